@@ -105,9 +105,11 @@ const std::vector<std::string>& choiceTexts() {
 void indexOf(benchmark::State& state, const std::string& text) {
   const std::vector<std::string_view> choices(choiceTexts().begin(), choiceTexts().end());
   const TagStrings strings(std::nullopt, english().view());
-  const TagItem item = detail::TagItemMaker::make(0, TagName("QuickTime", "GenreID"),
-                                                  TagType::int32u, 0, false, true, false, false,
-                                                  false, choices, strings);
+  const TagItem item = detail::TagItemMaker::make({.name = TagName("QuickTime", "GenreID"),
+                                                   .type = TagType::int32u,
+                                                   .isWritable = true,
+                                                   .choices = choices,
+                                                   .strings = &strings});
   for (auto _ : state) {
     benchmark::DoNotOptimize(item.index(text));
   }

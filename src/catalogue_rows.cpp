@@ -28,11 +28,17 @@ const TagItem& StreamTags::item(std::size_t index) {
         const TagItem::Choices view(choices);
         return BuiltItem{
             std::move(choices),
-            TagItemMaker::make(static_cast<int>(index), TagName(stream_, textAt(text_, row.key)),
-                               row.type, row.count, (row.flags & list) != 0,
-                               (row.flags & writable) != 0, (row.flags & flatten) != 0,
-                               (row.flags & binary) != 0, (row.flags & unsafe) != 0, view,
-                               strings_())};
+            TagItemMaker::make({.index = static_cast<int>(index),
+                                .name = TagName(stream_, textAt(text_, row.key)),
+                                .type = row.type,
+                                .count = row.count,
+                                .isList = (row.flags & list) != 0,
+                                .isWritable = (row.flags & writable) != 0,
+                                .isFlatten = (row.flags & flatten) != 0,
+                                .isBinary = (row.flags & binary) != 0,
+                                .isUnsafe = (row.flags & unsafe) != 0,
+                                .choices = view,
+                                .strings = &strings_()})};
       })
       .item;
 }
@@ -60,22 +66,22 @@ std::span<const TagItem* const> StreamTags::all() {
   });
 }
 
-const TagStream& StreamIndex::stream(std::size_t position) {
+const TagStream& CatalogueIndex::stream(std::size_t position) {
   return streams_[position].get([&] { return TagStream(names_[position]); });
 }
 
-std::span<const TagStream> StreamIndex::allCases() {
+std::span<const TagStream> CatalogueIndex::allCases() {
   return allCases_.get([&] {
     std::vector<TagStream> made;
-    made.reserve(withTags_);
-    for (std::size_t position = 0; position < withTags_; ++position) {
+    made.reserve(tags_.size());
+    for (std::size_t position = 0; position < tags_.size(); ++position) {
       made.push_back(stream(position));
     }
     return made;
   });
 }
 
-std::span<const TagStream> StreamIndex::makerStreams() {
+std::span<const TagStream> CatalogueIndex::makerStreams() {
   return makerStreams_.get([&] {
     std::vector<TagStream> made;
     made.reserve(makers_.size());
@@ -86,15 +92,24 @@ std::span<const TagStream> StreamIndex::makerStreams() {
   });
 }
 
-std::span<const TagItem* const> ItemIndex::all() {
-  return all_.get([&] {
+std::span<const TagItem* const> CatalogueIndex::allItems() {
+  return allItems_.get([&] {
     std::vector<const TagItem*> made;
-    for (const StreamList list : lists_) {
-      const auto items = list();
+    for (StreamTags* const tags : tags_) {
+      const auto items = tags->all();
       made.insert(made.end(), items.begin(), items.end());
     }
     return made;
   });
+}
+
+const TagItem* CatalogueIndex::find(std::string_view stream, std::string_view key) {
+  const auto streams = names_.first(tags_.size());
+  const auto found = std::lower_bound(streams.begin(), streams.end(), stream);
+  if (found == streams.end() || *found != stream) {
+    return nullptr;
+  }
+  return tags_[static_cast<std::size_t>(found - streams.begin())]->find(key);
 }
 
 }  // namespace lorvane::detail

@@ -62,7 +62,9 @@ constexpr std::string_view textAt(const char* text, TextRef ref) {
 // One entry of a string table: text key and text.
 using StringRow = TagStringTable::TextEntry;
 
+// The flags of a tag's row, written by name in the generated rows ("list | writable").
 enum TagFlag : std::uint8_t {
+  none = 0,
   list = 1,
   writable = 2,
   flatten = 4,
@@ -131,45 +133,38 @@ private:
   Lazy<std::vector<const TagItem*>> all_;
 };
 
-// The stream constants: each built on its first use; the two lists copy them on theirs.
-class StreamIndex {
+// The catalogue's index: the stream constants, each built on its first use, the two lists of
+// streams and the list of all tags, each copied on its own first use, and the search for a tag
+// by name.
+class CatalogueIndex {
 public:
-  // `names` holds the streams with tags first, `withTags` of them, then those without;
-  // `makers` holds positions in `names`.
-  constexpr StreamIndex(std::span<const std::string_view> names, std::size_t withTags,
-                        std::span<const std::uint8_t> makers, std::span<Lazy<TagStream>> streams)
-      : names_(names), withTags_(withTags), makers_(makers), streams_(streams) {}
+  // `names` holds the streams with tags, one for each of `tags` and in byte order, then those
+  // without; `makers` holds positions in `names`.
+  constexpr CatalogueIndex(std::span<const std::string_view> names,
+                           std::span<const std::uint8_t> makers, std::span<Lazy<TagStream>> streams,
+                           std::span<StreamTags* const> tags)
+      : names_(names), makers_(makers), streams_(streams), tags_(tags) {}
 
   const TagStream& stream(std::size_t position);
   std::span<const TagStream> allCases();
   std::span<const TagStream> makerStreams();
+  // Every tag: the streams' lists joined in stream order.
+  std::span<const TagItem* const> allItems();
+  // The item of this stream and key (bytes compared), built if need be; nothing when there is
+  // none. A binary search over the stream names, then over the stream's keys.
+  const TagItem* find(std::string_view stream, std::string_view key);
 
 private:
   std::span<const std::string_view> names_;
-  std::size_t withTags_;
   std::span<const std::uint8_t> makers_;
   std::span<Lazy<TagStream>> streams_;
+  std::span<StreamTags* const> tags_;
   Lazy<std::vector<TagStream>> allCases_;
   Lazy<std::vector<TagStream>> makerStreams_;
+  Lazy<std::vector<const TagItem*>> allItems_;
 };
 
-using StreamList = std::span<const TagItem* const> (*)();
-
-// The catalogue's item of a stream and key, both in NFC; nothing when there is none.
-// Generated with the index: a binary search over the stream names, then over the keys.
-const TagItem* findCatalogueItem(std::string_view stream, std::string_view key);
-using StreamFinder = const TagItem* (*)(std::string_view key);
-
-// TagItem::allCases(): every stream's list, joined in stream order.
-class ItemIndex {
-public:
-  constexpr explicit ItemIndex(std::span<const StreamList> lists) : lists_(lists) {}
-
-  std::span<const TagItem* const> all();
-
-private:
-  std::span<const StreamList> lists_;
-  Lazy<std::vector<const TagItem*>> all_;
-};
+// Defined with the generated index.
+extern CatalogueIndex catalogueIndex;
 
 }  // namespace lorvane::detail

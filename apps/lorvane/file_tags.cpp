@@ -133,6 +133,7 @@ std::vector<FileTags> makeFileTags(const std::vector<std::string>& files, const 
   }
   std::vector<std::vector<const Json*>> objectsOfArgument(files.size());
   std::map<std::string, std::size_t, std::less<>> takenOfPath;
+  std::vector<const Json*> unnamed;
   for (const auto& object : reading.objects) {
     const auto source = object.find("SourceFile");
     if (source == object.end() || !source->is_string()) {
@@ -145,11 +146,19 @@ std::vector<FileTags> makeFileTags(const std::vector<std::string>& files, const 
       ++taken;
       continue;
     }
-    for (std::size_t i = 0; i < files.size(); ++i) {
-      if (liesIn(path, files[i])) {
-        objectsOfArgument[i].push_back(&object);
-        break;
-      }
+    const auto folder = std::find_if(files.begin(), files.end(),
+                                     [&](const std::string& file) { return liesIn(path, file); });
+    if (folder != files.end()) {
+      objectsOfArgument[static_cast<std::size_t>(folder - files.begin())].push_back(&object);
+    } else {
+      unnamed.push_back(&object);
+    }
+  }
+  // The tool prints a name that isn't UTF-8 mended: such an object goes to the first argument
+  // that has none, in order.
+  for (std::size_t i = 0, next = 0; i < files.size() && next < unnamed.size(); ++i) {
+    if (objectsOfArgument[i].empty() && !messageAbout(reading.messages, files[i])) {
+      objectsOfArgument[i].push_back(unnamed[next++]);
     }
   }
   std::vector<FileTags> result;
@@ -164,7 +173,7 @@ std::vector<FileTags> makeFileTags(const std::vector<std::string>& files, const 
     }
     for (const Json* object : objectsOfArgument[i]) {
       const auto& source = (*object)["SourceFile"].get_ref<const std::string&>();
-      result.push_back(makeFile(source == files[i] ? files[i] : source, *object));
+      result.push_back(makeFile(liesIn(source, files[i]) ? source : files[i], *object));
     }
   }
   return result;

@@ -7,20 +7,23 @@
 #include <functional>
 #include <initializer_list>
 #include <map>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include <lorvane/et_language.hpp>
 #include <lorvane/generated/tag_strings_catalogue.hpp>
 
 namespace lorvane {
 
-// A read-only view of one language's string table: text key to text. It copies nothing, so
-// whatever it looks at must outlive it. It looks either at constant entries sorted by key in
-// byte order or at a caller's own map (applications, tests). Either way a lookup is a binary
-// search, O(log n).
+// One language's string table, read-only: text key to text. Over constant entries sorted by
+// key in byte order it is a view that copies nothing, so the entries must outlive it; made
+// from a caller's own map (applications, tests) it keeps a copy of that map, which its copies
+// share, so that a later change of the caller's map never shows in it. Either way a lookup is
+// a binary search, O(log n).
 class TagStringTable {
 public:
   struct Entry {
@@ -58,9 +61,7 @@ public:
                sortedEntries.end() &&
            "TagStringTable: entries not sorted by key, or a key twice");
   }
-  explicit TagStringTable(const Map& map) : map_(&map) {}
-  // A temporary map would be gone before the first lookup.
-  explicit TagStringTable(const Map&& map) = delete;
+  explicit TagStringTable(Map map) : map_(std::make_shared<const Map>(std::move(map))) {}
 
   std::size_t size() const {
     return map_ != nullptr ? map_->size() : text_ != nullptr ? textEntries_.size() : entries_.size();
@@ -89,7 +90,7 @@ private:
   std::span<const Entry> entries_;
   const char* text_ = nullptr;
   std::span<const TextEntry> textEntries_;
-  const Map* map_ = nullptr;
+  std::shared_ptr<const Map> map_;
 };
 
 // The texts of one stream: the title of each tag and the label of each of its choices, in the

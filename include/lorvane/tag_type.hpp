@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -64,127 +65,121 @@ inline std::ostream& operator<<(std::ostream& out, const TagNumber& number) {
   return out << number.description();
 }
 
+namespace detail {
+
+// The number kinds of a range's bounds: a type whose lowest and highest values they are,
+// ZeroBound for the 64-bit float 0.0, NoBound for a format without a range.
+struct ZeroBound {};
+struct NoBound {};
+
+template <class Kind>
+constexpr std::optional<TagNumber> lowest() {
+  if constexpr (std::is_same_v<Kind, NoBound>) {
+    return std::nullopt;
+  } else if constexpr (std::is_same_v<Kind, ZeroBound>) {
+    return TagNumber::make(0.0);
+  } else {
+    return TagNumber::make(std::numeric_limits<Kind>::lowest());
+  }
+}
+
+template <class Kind>
+constexpr std::optional<TagNumber> highest() {
+  if constexpr (std::is_same_v<Kind, NoBound>) {
+    return std::nullopt;
+  } else {
+    return TagNumber::make(std::numeric_limits<Kind>::max());
+  }
+}
+
+}  // namespace detail
+
 // One of ExifTool's 56 value formats, with its raw value as the tool writes it ("int16u",
 // "lang-alt", "struct") and its classification for applications: text or number, integer or
 // fraction, date or time, and the range of each numeric format. Equality and hash go by the
 // raw value; there is no order.
 class TagType {
+private:
+  // At most one group for each format.
+  enum class Group : std::uint8_t {
+    none, shortString, longString, integer, float_, rational, dateTime, dateOnly, timeOnly, forced, imageData
+  };
+  using Zero = detail::ZeroBound;
+  using NoRange = detail::NoBound;
+  static constexpr bool yes = true;
+  static constexpr bool no = false;
+
+// Every format once, in declared order: case, raw value, group, isSupported, allowsFloats,
+// isSigned, and the kinds of its minimum and maximum. The cases, the constants and the rows
+// below are all made from this one list.
+#define LORVANE_TAG_TYPES(X) \
+  X(unknown,       "unknown",       none,        no,  yes, no,  NoRange,       NoRange) \
+  X(string,        "string",        shortString, yes, yes, no,  NoRange,       NoRange) \
+  X(pstring,       "pstring",       shortString, yes, yes, no,  NoRange,       NoRange) \
+  X(longstring,    "longstring",    longString,  yes, yes, no,  NoRange,       NoRange) \
+  X(note,          "note",          none,        no,  yes, no,  NoRange,       NoRange) \
+  X(date,          "date",          dateTime,    yes, yes, no,  NoRange,       NoRange) \
+  X(datetime,      "datetime",      dateTime,    yes, yes, no,  NoRange,       NoRange) \
+  X(datetimez,     "datetimez",     dateTime,    yes, yes, no,  NoRange,       NoRange) \
+  X(imagedata,     "imagedata",     forced,      no,  yes, no,  NoRange,       NoRange) \
+  X(int8u,         "int8u",         integer,     yes, no,  no,  std::uint8_t,  std::uint8_t) \
+  X(int8s,         "int8s",         integer,     yes, no,  yes, std::int8_t,   std::int8_t) \
+  X(int16u,        "int16u",        integer,     yes, no,  no,  std::uint16_t, std::uint16_t) \
+  X(int16urev,     "int16urev",     integer,     yes, no,  no,  std::uint16_t, std::uint16_t) \
+  X(int16s,        "int16s",        integer,     yes, no,  yes, std::int16_t,  std::int16_t) \
+  X(int32u,        "int32u",        integer,     yes, no,  no,  std::uint32_t, std::uint32_t) \
+  X(int32urev,     "int32urev",     integer,     yes, yes, no,  std::uint32_t, std::uint32_t) \
+  X(int32s,        "int32s",        integer,     yes, no,  yes, std::int32_t,  std::int32_t) \
+  X(int64u,        "int64u",        integer,     yes, no,  no,  std::uint64_t, std::uint64_t) \
+  X(int64s,        "int64s",        integer,     yes, no,  yes, std::int64_t,  std::int64_t) \
+  X(integer,       "integer",       integer,     yes, no,  yes, std::int64_t,  std::int32_t) \
+  X(float_,        "float",         float_,      yes, yes, yes, float,         float) \
+  X(double_,       "double",        float_,      yes, yes, yes, double,        double) \
+  X(fixed16s,      "fixed16s",      integer,     yes, yes, yes, std::int16_t,  std::int16_t) \
+  X(fixed32u,      "fixed32u",      integer,     yes, yes, no,  std::uint32_t, std::uint32_t) \
+  X(fixed32s,      "fixed32s",      integer,     yes, yes, yes, std::int32_t,  std::int32_t) \
+  X(var_ue7,       "var_ue7",       none,        no,  yes, no,  NoRange,       NoRange) \
+  X(var_int16u,    "var_int16u",    integer,     yes, yes, no,  std::uint16_t, std::uint16_t) \
+  X(var_string,    "var_string",    shortString, yes, yes, no,  NoRange,       NoRange) \
+  X(var_ustr32,    "var_ustr32",    shortString, yes, yes, no,  NoRange,       NoRange) \
+  X(var_pstr32,    "var_pstr32",    shortString, yes, yes, no,  NoRange,       NoRange) \
+  X(real,          "real",          float_,      yes, yes, yes, float,         float) \
+  X(rational,      "rational",      rational,    yes, yes, yes, float,         float) \
+  X(rational32u,   "rational32u",   rational,    yes, yes, no,  Zero,          float) \
+  X(rational32s,   "rational32s",   rational,    yes, yes, yes, float,         float) \
+  X(rational64u,   "rational64u",   rational,    yes, yes, no,  Zero,          double) \
+  X(rational64s,   "rational64s",   rational,    yes, yes, yes, double,        double) \
+  X(speed,         "speed",         rational,    yes, yes, no,  Zero,          double) \
+  X(digits,        "digits",        shortString, yes, yes, no,  NoRange,       NoRange) \
+  X(boolean,       "boolean",       none,        yes, yes, no,  NoRange,       NoRange) \
+  X(lang_alt,      "lang-alt",      shortString, yes, yes, no,  NoRange,       NoRange) \
+  X(country3166a3, "country3166a3", none,        yes, yes, no,  NoRange,       NoRange) \
+  X(partialdate,   "partialdate",   dateOnly,    yes, yes, no,  NoRange,       NoRange) \
+  X(partialtime,   "partialtime",   timeOnly,    yes, yes, no,  NoRange,       NoRange) \
+  X(digitstime,    "digitstime",    timeOnly,    yes, yes, no,  NoRange,       NoRange) \
+  X(digitsdate,    "digitsdate",    dateOnly,    yes, yes, no,  NoRange,       NoRange) \
+  X(extended,      "extended",      none,        no,  yes, no,  NoRange,       NoRange) \
+  X(binary,        "binary",        forced,      no,  yes, no,  NoRange,       NoRange) \
+  X(structure,     "struct",        none,        no,  yes, no,  NoRange,       NoRange) \
+  X(vt_filetime,   "vt_filetime",   none,        no,  yes, no,  NoRange,       NoRange) \
+  X(utf8,          "utf8",          none,        no,  yes, no,  NoRange,       NoRange) \
+  X(unsigned_,     "unsigned",      none,        no,  yes, no,  NoRange,       NoRange) \
+  X(signed_,       "signed",        none,        no,  yes, no,  NoRange,       NoRange) \
+  X(unicode,       "unicode",       none,        no,  yes, no,  NoRange,       NoRange) \
+  X(guid,          "guid",          none,        no,  yes, no,  NoRange,       NoRange) \
+  X(resize,        "resize",        none,        no,  yes, no,  NoRange,       NoRange) \
+  X(image_b64,     "image_b64",     imageData,   yes, yes, no,  NoRange,       NoRange)
+
 public:
   enum class Case : std::uint8_t {
-    unknown,
-    string,
-    pstring,
-    longstring,
-    note,
-    date,
-    datetime,
-    datetimez,
-    imagedata,
-    int8u,
-    int8s,
-    int16u,
-    int16urev,
-    int16s,
-    int32u,
-    int32urev,
-    int32s,
-    int64u,
-    int64s,
-    integer,
-    float_,
-    double_,
-    fixed16s,
-    fixed32u,
-    fixed32s,
-    var_ue7,
-    var_int16u,
-    var_string,
-    var_ustr32,
-    var_pstr32,
-    real,
-    rational,
-    rational32u,
-    rational32s,
-    rational64u,
-    rational64s,
-    speed,
-    digits,
-    boolean,
-    lang_alt,
-    country3166a3,
-    partialdate,
-    partialtime,
-    digitstime,
-    digitsdate,
-    extended,
-    binary,
-    structure,
-    vt_filetime,
-    utf8,
-    unsigned_,
-    signed_,
-    unicode,
-    guid,
-    resize,
-    image_b64
+#define LORVANE_TAG_TYPE_CASE(name, ...) name,
+    LORVANE_TAG_TYPES(LORVANE_TAG_TYPE_CASE)
+#undef LORVANE_TAG_TYPE_CASE
   };
 
-  static const TagType unknown;
-  static const TagType string;
-  static const TagType pstring;
-  static const TagType longstring;
-  static const TagType note;
-  static const TagType date;
-  static const TagType datetime;
-  static const TagType datetimez;
-  static const TagType imagedata;
-  static const TagType int8u;
-  static const TagType int8s;
-  static const TagType int16u;
-  static const TagType int16urev;
-  static const TagType int16s;
-  static const TagType int32u;
-  static const TagType int32urev;
-  static const TagType int32s;
-  static const TagType int64u;
-  static const TagType int64s;
-  static const TagType integer;
-  static const TagType float_;
-  static const TagType double_;
-  static const TagType fixed16s;
-  static const TagType fixed32u;
-  static const TagType fixed32s;
-  static const TagType var_ue7;
-  static const TagType var_int16u;
-  static const TagType var_string;
-  static const TagType var_ustr32;
-  static const TagType var_pstr32;
-  static const TagType real;
-  static const TagType rational;
-  static const TagType rational32u;
-  static const TagType rational32s;
-  static const TagType rational64u;
-  static const TagType rational64s;
-  static const TagType speed;
-  static const TagType digits;
-  static const TagType boolean;
-  static const TagType lang_alt;
-  static const TagType country3166a3;
-  static const TagType partialdate;
-  static const TagType partialtime;
-  static const TagType digitstime;
-  static const TagType digitsdate;
-  static const TagType extended;
-  static const TagType binary;
-  static const TagType structure;
-  static const TagType vt_filetime;
-  static const TagType utf8;
-  static const TagType unsigned_;
-  static const TagType signed_;
-  static const TagType unicode;
-  static const TagType guid;
-  static const TagType resize;
-  static const TagType image_b64;
+#define LORVANE_TAG_TYPE_CONSTANT(name, ...) static const TagType name;
+  LORVANE_TAG_TYPES(LORVANE_TAG_TYPE_CONSTANT)
+#undef LORVANE_TAG_TYPE_CONSTANT
 
   constexpr explicit TagType(Case value) : value_(value) {}
 
@@ -221,81 +216,26 @@ public:
 
   // The range of the integer, float and rational formats, each bound with its number kind
   // (the two bounds may differ in kind, as for integer); nothing for every other format.
-  std::optional<TagNumber> minimumNumberValue() const;
-  std::optional<TagNumber> maximumNumberValue() const;
+  constexpr std::optional<TagNumber> minimumNumberValue() const { return row().minimum; }
+  constexpr std::optional<TagNumber> maximumNumberValue() const { return row().maximum; }
 
   friend constexpr bool operator==(TagType a, TagType b) { return a.value_ == b.value_; }
 
 private:
-  // At most one group for each format.
-  enum class Group : std::uint8_t {
-    none, shortString, longString, integer, float_, rational, dateTime, dateOnly, timeOnly, forced, imageData
-  };
   struct Row {
     std::string_view rawValue;
     Group group;
     bool isSupported;
     bool allowsFloats;
     bool isSigned;
+    std::optional<TagNumber> minimum;
+    std::optional<TagNumber> maximum;
   };
-  // In the order of Case.
   static constexpr std::array<Row, 56> rows_{{
-      {"unknown", Group::none, false, true, false},
-      {"string", Group::shortString, true, true, false},
-      {"pstring", Group::shortString, true, true, false},
-      {"longstring", Group::longString, true, true, false},
-      {"note", Group::none, false, true, false},
-      {"date", Group::dateTime, true, true, false},
-      {"datetime", Group::dateTime, true, true, false},
-      {"datetimez", Group::dateTime, true, true, false},
-      {"imagedata", Group::forced, false, true, false},
-      {"int8u", Group::integer, true, false, false},
-      {"int8s", Group::integer, true, false, true},
-      {"int16u", Group::integer, true, false, false},
-      {"int16urev", Group::integer, true, false, false},
-      {"int16s", Group::integer, true, false, true},
-      {"int32u", Group::integer, true, false, false},
-      {"int32urev", Group::integer, true, true, false},
-      {"int32s", Group::integer, true, false, true},
-      {"int64u", Group::integer, true, false, false},
-      {"int64s", Group::integer, true, false, true},
-      {"integer", Group::integer, true, false, true},
-      {"float", Group::float_, true, true, true},
-      {"double", Group::float_, true, true, true},
-      {"fixed16s", Group::integer, true, true, true},
-      {"fixed32u", Group::integer, true, true, false},
-      {"fixed32s", Group::integer, true, true, true},
-      {"var_ue7", Group::none, false, true, false},
-      {"var_int16u", Group::integer, true, true, false},
-      {"var_string", Group::shortString, true, true, false},
-      {"var_ustr32", Group::shortString, true, true, false},
-      {"var_pstr32", Group::shortString, true, true, false},
-      {"real", Group::float_, true, true, true},
-      {"rational", Group::rational, true, true, true},
-      {"rational32u", Group::rational, true, true, false},
-      {"rational32s", Group::rational, true, true, true},
-      {"rational64u", Group::rational, true, true, false},
-      {"rational64s", Group::rational, true, true, true},
-      {"speed", Group::rational, true, true, false},
-      {"digits", Group::shortString, true, true, false},
-      {"boolean", Group::none, true, true, false},
-      {"lang-alt", Group::shortString, true, true, false},
-      {"country3166a3", Group::none, true, true, false},
-      {"partialdate", Group::dateOnly, true, true, false},
-      {"partialtime", Group::timeOnly, true, true, false},
-      {"digitstime", Group::timeOnly, true, true, false},
-      {"digitsdate", Group::dateOnly, true, true, false},
-      {"extended", Group::none, false, true, false},
-      {"binary", Group::forced, false, true, false},
-      {"struct", Group::none, false, true, false},
-      {"vt_filetime", Group::none, false, true, false},
-      {"utf8", Group::none, false, true, false},
-      {"unsigned", Group::none, false, true, false},
-      {"signed", Group::none, false, true, false},
-      {"unicode", Group::none, false, true, false},
-      {"guid", Group::none, false, true, false},
-      {"resize", Group::none, false, true, false},
-      {"image_b64", Group::imageData, true, true, false},
+#define LORVANE_TAG_TYPE_ROW(name, raw, group, supported, floats, isSigned, minimum, maximum) \
+  {raw, Group::group, supported, floats, isSigned, detail::lowest<minimum>(), detail::highest<maximum>()},
+      LORVANE_TAG_TYPES(LORVANE_TAG_TYPE_ROW)
+#undef LORVANE_TAG_TYPE_ROW
   }};
 
   constexpr const Row& row() const { return rows_[static_cast<std::size_t>(value_)]; }
@@ -303,62 +243,10 @@ private:
   Case value_;
 };
 
-inline constexpr TagType TagType::unknown{Case::unknown};
-inline constexpr TagType TagType::string{Case::string};
-inline constexpr TagType TagType::pstring{Case::pstring};
-inline constexpr TagType TagType::longstring{Case::longstring};
-inline constexpr TagType TagType::note{Case::note};
-inline constexpr TagType TagType::date{Case::date};
-inline constexpr TagType TagType::datetime{Case::datetime};
-inline constexpr TagType TagType::datetimez{Case::datetimez};
-inline constexpr TagType TagType::imagedata{Case::imagedata};
-inline constexpr TagType TagType::int8u{Case::int8u};
-inline constexpr TagType TagType::int8s{Case::int8s};
-inline constexpr TagType TagType::int16u{Case::int16u};
-inline constexpr TagType TagType::int16urev{Case::int16urev};
-inline constexpr TagType TagType::int16s{Case::int16s};
-inline constexpr TagType TagType::int32u{Case::int32u};
-inline constexpr TagType TagType::int32urev{Case::int32urev};
-inline constexpr TagType TagType::int32s{Case::int32s};
-inline constexpr TagType TagType::int64u{Case::int64u};
-inline constexpr TagType TagType::int64s{Case::int64s};
-inline constexpr TagType TagType::integer{Case::integer};
-inline constexpr TagType TagType::float_{Case::float_};
-inline constexpr TagType TagType::double_{Case::double_};
-inline constexpr TagType TagType::fixed16s{Case::fixed16s};
-inline constexpr TagType TagType::fixed32u{Case::fixed32u};
-inline constexpr TagType TagType::fixed32s{Case::fixed32s};
-inline constexpr TagType TagType::var_ue7{Case::var_ue7};
-inline constexpr TagType TagType::var_int16u{Case::var_int16u};
-inline constexpr TagType TagType::var_string{Case::var_string};
-inline constexpr TagType TagType::var_ustr32{Case::var_ustr32};
-inline constexpr TagType TagType::var_pstr32{Case::var_pstr32};
-inline constexpr TagType TagType::real{Case::real};
-inline constexpr TagType TagType::rational{Case::rational};
-inline constexpr TagType TagType::rational32u{Case::rational32u};
-inline constexpr TagType TagType::rational32s{Case::rational32s};
-inline constexpr TagType TagType::rational64u{Case::rational64u};
-inline constexpr TagType TagType::rational64s{Case::rational64s};
-inline constexpr TagType TagType::speed{Case::speed};
-inline constexpr TagType TagType::digits{Case::digits};
-inline constexpr TagType TagType::boolean{Case::boolean};
-inline constexpr TagType TagType::lang_alt{Case::lang_alt};
-inline constexpr TagType TagType::country3166a3{Case::country3166a3};
-inline constexpr TagType TagType::partialdate{Case::partialdate};
-inline constexpr TagType TagType::partialtime{Case::partialtime};
-inline constexpr TagType TagType::digitstime{Case::digitstime};
-inline constexpr TagType TagType::digitsdate{Case::digitsdate};
-inline constexpr TagType TagType::extended{Case::extended};
-inline constexpr TagType TagType::binary{Case::binary};
-inline constexpr TagType TagType::structure{Case::structure};
-inline constexpr TagType TagType::vt_filetime{Case::vt_filetime};
-inline constexpr TagType TagType::utf8{Case::utf8};
-inline constexpr TagType TagType::unsigned_{Case::unsigned_};
-inline constexpr TagType TagType::signed_{Case::signed_};
-inline constexpr TagType TagType::unicode{Case::unicode};
-inline constexpr TagType TagType::guid{Case::guid};
-inline constexpr TagType TagType::resize{Case::resize};
-inline constexpr TagType TagType::image_b64{Case::image_b64};
+#define LORVANE_TAG_TYPE_DEFINITION(name, ...) inline constexpr TagType TagType::name{Case::name};
+LORVANE_TAG_TYPES(LORVANE_TAG_TYPE_DEFINITION)
+#undef LORVANE_TAG_TYPE_DEFINITION
+#undef LORVANE_TAG_TYPES
 
 inline std::ostream& operator<<(std::ostream& out, TagType type) { return out << type.rawValue(); }
 

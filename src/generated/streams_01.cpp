@@ -7,6 +7,8 @@
 namespace lorvane {
 namespace {
 
+using enum detail::TagFlag;
+
 constexpr char kText[] =
     "ThumbnailImage" "PreviewImage" "Text" "AFCP:PreviewImage" "Preview Image" "AFCP:Text"
     "AFCP:ThumbnailImage" "Thumbnail Image" "缩略图" "Aperçu de l'image" "Texte" "Vignette"
@@ -2754,9 +2756,9 @@ constexpr char kText[] =
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAFCP[] = {
-    {{0, 14}, TagType::string, 0, 0, 0, 0},  // ThumbnailImage
-    {{14, 12}, TagType::string, 0, 0, 0, 0},  // PreviewImage
-    {{26, 4}, TagType::string, 0, 0, 0, 0},  // Text
+    {{0, 14}, TagType::string, none, 0, 0, 0},  // ThumbnailImage
+    {{14, 12}, TagType::string, none, 0, 0, 0},  // PreviewImage
+    {{26, 4}, TagType::string, none, 0, 0, 0},  // Text
 };
 constexpr detail::StringRow kStringsEnglishAFCP[] = {
     {{30, 17}, {47, 13}},
@@ -2795,26 +2797,25 @@ constexpr std::uint16_t kKeyOrderAFCP[] = {
     1, 2, 0,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsAFCP[3];
-constinit detail::StreamTags gTagsAFCP("AFCP", kText, kTagsAFCP, kKeyOrderAFCP, {}, gItemsAFCP, &TagStringsCatalogue::stringsAFCP);
 
 // AIFF: 14 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAIFF[] = {
-    {{276, 11}, TagType::string, 0, 0, 0, 0},  // CommentTime
-    {{287, 8}, TagType::string, 0, 0, 0, 0},  // MarkerID
-    {{295, 7}, TagType::string, 0, 0, 0, 0},  // Comment
-    {{302, 11}, TagType::int16u, 0, 0, 0, 0},  // NumChannels
-    {{313, 15}, TagType::int32u, 0, 0, 0, 0},  // NumSampleFrames
-    {{328, 10}, TagType::int16u, 0, 0, 0, 0},  // SampleSize
-    {{338, 15}, TagType::string, 0, 4, 0, 14},  // CompressionType
-    {{353, 14}, TagType::pstring, 0, 0, 0, 0},  // CompressorName
-    {{367, 17}, TagType::int32u, 0, 0, 0, 0},  // FormatVersionTime
-    {{384, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
-    {{393, 10}, TagType::string, 0, 0, 0, 0},  // Annotation
-    {{403, 15}, TagType::string, 0, 0, 0, 0},  // ApplicationData
-    {{418, 6}, TagType::string, 0, 0, 0, 0},  // Author
-    {{424, 4}, TagType::string, 0, 0, 0, 0},  // Name
+    {{276, 11}, TagType::string, none, 0, 0, 0},  // CommentTime
+    {{287, 8}, TagType::string, none, 0, 0, 0},  // MarkerID
+    {{295, 7}, TagType::string, none, 0, 0, 0},  // Comment
+    {{302, 11}, TagType::int16u, none, 0, 0, 0},  // NumChannels
+    {{313, 15}, TagType::int32u, none, 0, 0, 0},  // NumSampleFrames
+    {{328, 10}, TagType::int16u, none, 0, 0, 0},  // SampleSize
+    {{338, 15}, TagType::string, none, 4, 0, 14},  // CompressionType
+    {{353, 14}, TagType::pstring, none, 0, 0, 0},  // CompressorName
+    {{367, 17}, TagType::int32u, none, 0, 0, 0},  // FormatVersionTime
+    {{384, 9}, TagType::string, none, 0, 0, 0},  // Copyright
+    {{393, 10}, TagType::string, none, 0, 0, 0},  // Annotation
+    {{403, 15}, TagType::string, none, 0, 0, 0},  // ApplicationData
+    {{418, 6}, TagType::string, none, 0, 0, 0},  // Author
+    {{424, 4}, TagType::string, none, 0, 0, 0},  // Name
 };
 constexpr detail::TextRef kChoicesAIFF[] = {
     {428, 4}, {432, 4}, {436, 4}, {440, 4}, {444, 4}, {448, 4}, {452, 4}, {456, 4}, {460, 4},
@@ -2913,29 +2914,28 @@ constexpr std::uint16_t kKeyOrderAIFF[] = {
     10, 11, 12, 2, 0, 6, 7, 9, 8, 1, 13, 3, 4, 5,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsAIFF[14];
-constinit detail::StreamTags gTagsAIFF("AIFF", kText, kTagsAIFF, kKeyOrderAIFF, kChoicesAIFF, gItemsAIFF, &TagStringsCatalogue::stringsAIFF);
 
 // APE: 17 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPE[] = {
-    {{1867, 5}, TagType::string, 0, 0, 0, 0},  // Album
-    {{1872, 6}, TagType::string, 0, 0, 0, 0},  // Artist
-    {{1878, 8}, TagType::string, 0, 0, 0, 0},  // Duration
-    {{1886, 5}, TagType::string, 0, 0, 0, 0},  // Genre
-    {{1891, 5}, TagType::string, 0, 0, 0, 0},  // Title
-    {{1896, 8}, TagType::string, 0, 0, 0, 0},  // ToolName
-    {{1904, 11}, TagType::string, 0, 0, 0, 0},  // ToolVersion
-    {{1915, 5}, TagType::string, 0, 0, 0, 0},  // Track
-    {{1920, 4}, TagType::string, 0, 0, 0, 0},  // Year
-    {{1924, 16}, TagType::int16u, 0, 0, 0, 0},  // CompressionLevel
-    {{1940, 14}, TagType::int32u, 0, 0, 0, 0},  // BlocksPerFrame
-    {{1954, 16}, TagType::int32u, 0, 0, 0, 0},  // FinalFrameBlocks
-    {{1970, 11}, TagType::int32u, 0, 0, 0, 0},  // TotalFrames
-    {{1981, 13}, TagType::int16u, 0, 0, 0, 0},  // BitsPerSample
-    {{1994, 8}, TagType::int16u, 0, 0, 0, 0},  // Channels
-    {{2002, 10}, TagType::int32u, 0, 0, 0, 0},  // SampleRate
-    {{2012, 10}, TagType::int16u, 0, 0, 0, 0},  // APEVersion
+    {{1867, 5}, TagType::string, none, 0, 0, 0},  // Album
+    {{1872, 6}, TagType::string, none, 0, 0, 0},  // Artist
+    {{1878, 8}, TagType::string, none, 0, 0, 0},  // Duration
+    {{1886, 5}, TagType::string, none, 0, 0, 0},  // Genre
+    {{1891, 5}, TagType::string, none, 0, 0, 0},  // Title
+    {{1896, 8}, TagType::string, none, 0, 0, 0},  // ToolName
+    {{1904, 11}, TagType::string, none, 0, 0, 0},  // ToolVersion
+    {{1915, 5}, TagType::string, none, 0, 0, 0},  // Track
+    {{1920, 4}, TagType::string, none, 0, 0, 0},  // Year
+    {{1924, 16}, TagType::int16u, none, 0, 0, 0},  // CompressionLevel
+    {{1940, 14}, TagType::int32u, none, 0, 0, 0},  // BlocksPerFrame
+    {{1954, 16}, TagType::int32u, none, 0, 0, 0},  // FinalFrameBlocks
+    {{1970, 11}, TagType::int32u, none, 0, 0, 0},  // TotalFrames
+    {{1981, 13}, TagType::int16u, none, 0, 0, 0},  // BitsPerSample
+    {{1994, 8}, TagType::int16u, none, 0, 0, 0},  // Channels
+    {{2002, 10}, TagType::int32u, none, 0, 0, 0},  // SampleRate
+    {{2012, 10}, TagType::int16u, none, 0, 0, 0},  // APEVersion
 };
 constexpr detail::StringRow kStringsEnglishAPE[] = {
     {{2022, 14}, {2036, 11}},
@@ -3028,14 +3028,13 @@ constexpr std::uint16_t kKeyOrderAPE[] = {
     16, 0, 1, 13, 10, 14, 9, 2, 11, 3, 15, 4, 5, 6, 12, 7, 8,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsAPE[17];
-constinit detail::StreamTags gTagsAPE("APE", kText, kTagsAPE, kKeyOrderAPE, {}, gItemsAPE, &TagStringsCatalogue::stringsAPE);
 
 // APP0: 2 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP0[] = {
-    {{3090, 16}, TagType::int8u, 0, 0, 0, 3},  // InterleavedField
-    {{3106, 12}, TagType::string, 0, 6, 0, 0},  // OcadRevision
+    {{3090, 16}, TagType::int8u, none, 0, 0, 3},  // InterleavedField
+    {{3106, 12}, TagType::string, none, 6, 0, 0},  // OcadRevision
 };
 constexpr detail::TextRef kChoicesAPP0[] = {
     {3118, 1}, {3119, 1}, {3120, 1},
@@ -3055,150 +3054,149 @@ constexpr std::uint16_t kKeyOrderAPP0[] = {
     0, 1,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP0[2];
-constinit detail::StreamTags gTagsAPP0("APP0", kText, kTagsAPP0, kKeyOrderAPP0, kChoicesAPP0, gItemsAPP0, &TagStringsCatalogue::stringsAPP0);
 
 // APP1: 138 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP1[] = {
-    {{3284, 19}, TagType::int16u, 0, 0, 0, 0},  // CameraInfoByteOrder
-    {{3303, 10}, TagType::float_, 0, 0, 0, 0},  // Emissivity
-    {{3313, 14}, TagType::float_, 0, 0, 0, 0},  // ObjectDistance
-    {{3327, 28}, TagType::float_, 0, 0, 0, 0},  // ReflectedApparentTemperature
-    {{3355, 22}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTemperature
-    {{3377, 19}, TagType::float_, 0, 0, 0, 0},  // IRWindowTemperature
-    {{3396, 20}, TagType::float_, 0, 0, 0, 0},  // IRWindowTransmission
-    {{3416, 16}, TagType::float_, 0, 0, 0, 0},  // RelativeHumidity
-    {{3432, 8}, TagType::float_, 0, 0, 0, 0},  // PlanckR1
-    {{3440, 7}, TagType::float_, 0, 0, 0, 0},  // PlanckB
-    {{3447, 7}, TagType::float_, 0, 0, 0, 0},  // PlanckF
-    {{3454, 22}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTransAlpha1
-    {{3476, 22}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTransAlpha2
-    {{3498, 21}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTransBeta1
-    {{3519, 21}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTransBeta2
-    {{3540, 17}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTransX
-    {{3557, 25}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureRangeMax
-    {{3582, 25}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureRangeMin
-    {{3607, 24}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMaxClip
-    {{3631, 24}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMinClip
-    {{3655, 24}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMaxWarn
-    {{3679, 24}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMinWarn
-    {{3703, 29}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMaxSaturated
-    {{3732, 29}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMinSaturated
-    {{3761, 11}, TagType::string, 0, 32, 0, 0},  // CameraModel
-    {{3772, 16}, TagType::string, 0, 16, 0, 0},  // CameraPartNumber
-    {{3788, 18}, TagType::string, 0, 16, 0, 0},  // CameraSerialNumber
-    {{3806, 14}, TagType::string, 0, 16, 0, 0},  // CameraSoftware
-    {{3820, 9}, TagType::string, 0, 32, 0, 0},  // LensModel
-    {{3829, 14}, TagType::string, 0, 16, 0, 0},  // LensPartNumber
-    {{3843, 16}, TagType::string, 0, 16, 0, 0},  // LensSerialNumber
-    {{3859, 11}, TagType::float_, 0, 0, 0, 0},  // FieldOfView
-    {{3870, 11}, TagType::string, 0, 16, 0, 0},  // FilterModel
-    {{3881, 16}, TagType::string, 0, 32, 0, 0},  // FilterPartNumber
-    {{3897, 18}, TagType::string, 0, 32, 0, 0},  // FilterSerialNumber
-    {{3915, 7}, TagType::int32s, 0, 0, 0, 0},  // PlanckO
-    {{3922, 8}, TagType::float_, 0, 0, 0, 0},  // PlanckR2
-    {{3930, 16}, TagType::int16u, 0, 0, 0, 0},  // RawValueRangeMin
-    {{3946, 16}, TagType::int16u, 0, 0, 0, 0},  // RawValueRangeMax
-    {{3962, 14}, TagType::int16u, 0, 0, 0, 0},  // RawValueMedian
-    {{3976, 13}, TagType::int16u, 0, 0, 0, 0},  // RawValueRange
-    {{3989, 16}, TagType::string, 0, 10, 0, 0},  // DateTimeOriginal
-    {{4005, 14}, TagType::int16u, 0, 0, 0, 0},  // FocusStepCount
-    {{4019, 13}, TagType::float_, 0, 0, 0, 0},  // FocusDistance
-    {{4032, 9}, TagType::int16u, 0, 0, 0, 0},  // FrameRate
-    {{4041, 18}, TagType::int16u, 0, 0, 0, 0},  // CoarseMapByteOrder
-    {{4059, 19}, TagType::int16u, 0, 0, 0, 0},  // CoarseMapImageWidth
-    {{4078, 20}, TagType::int16u, 0, 0, 0, 0},  // CoarseMapImageHeight
-    {{4098, 18}, TagType::string, 0, 0, 0, 0},  // CoarseMapImageType
-    {{4116, 14}, TagType::int16u, 0, 0, 0, 0},  // CoarseMapImage
-    {{4130, 22}, TagType::int16u, 0, 0, 0, 0},  // EmbeddedImageByteOrder
-    {{4152, 18}, TagType::int16u, 0, 0, 0, 0},  // EmbeddedImageWidth
-    {{4170, 19}, TagType::int16u, 0, 0, 0, 0},  // EmbeddedImageHeight
-    {{4189, 17}, TagType::string, 0, 4, 0, 0},  // EmbeddedImageType
-    {{4206, 13}, TagType::string, 8, 0, 0, 0},  // EmbeddedImage
-    {{4219, 17}, TagType::string, 0, 0, 0, 0},  // EmbeddedAudioFile
-    {{4236, 8}, TagType::int32u, 0, 0, 0, 2},  // GPSValid
-    {{4244, 12}, TagType::string, 0, 4, 0, 0},  // GPSVersionID
-    {{4256, 14}, TagType::string, 0, 2, 2, 2},  // GPSLatitudeRef
-    {{4270, 15}, TagType::string, 0, 2, 4, 2},  // GPSLongitudeRef
-    {{4285, 11}, TagType::double_, 0, 0, 0, 0},  // GPSLatitude
-    {{4296, 12}, TagType::double_, 0, 0, 0, 0},  // GPSLongitude
-    {{4308, 11}, TagType::float_, 0, 0, 0, 0},  // GPSAltitude
-    {{4319, 6}, TagType::float_, 0, 0, 0, 0},  // GPSDOP
-    {{4325, 11}, TagType::string, 0, 2, 6, 3},  // GPSSpeedRef
-    {{4336, 11}, TagType::string, 0, 2, 9, 2},  // GPSTrackRef
-    {{4347, 18}, TagType::string, 0, 2, 9, 2},  // GPSImgDirectionRef
-    {{4365, 8}, TagType::float_, 0, 0, 0, 0},  // GPSSpeed
-    {{4373, 8}, TagType::float_, 0, 0, 0, 0},  // GPSTrack
-    {{4381, 15}, TagType::float_, 0, 0, 0, 0},  // GPSImgDirection
-    {{4396, 11}, TagType::string, 0, 16, 0, 0},  // GPSMapDatum
-    {{4407, 20}, TagType::int16u, 0, 0, 0, 0},  // GainDeadMapByteOrder
-    {{4427, 21}, TagType::int16u, 0, 0, 0, 0},  // GainDeadMapImageWidth
-    {{4448, 22}, TagType::int16u, 0, 0, 0, 0},  // GainDeadMapImageHeight
-    {{4470, 20}, TagType::string, 0, 0, 0, 0},  // GainDeadMapImageType
-    {{4490, 16}, TagType::int16u, 0, 0, 0, 0},  // GainDeadMapImage
-    {{4506, 15}, TagType::string, 0, 16, 0, 0},  // CreatorSoftware
-    {{4521, 10}, TagType::int16u, 0, 0, 0, 0},  // Meas1Label
-    {{4531, 11}, TagType::int16u, 0, 0, 0, 0},  // Meas1Params
-    {{4542, 9}, TagType::int16u, 0, 0, 11, 8},  // Meas1Type
-    {{4551, 13}, TagType::int8u, 0, 0, 19, 4},  // Reading1Units
-    {{4564, 19}, TagType::int8u, 0, 0, 23, 6},  // Reading1Description
-    {{4583, 14}, TagType::string, 0, 16, 0, 0},  // Reading1Device
-    {{4597, 13}, TagType::double_, 0, 0, 0, 0},  // Reading1Value
-    {{4610, 13}, TagType::int8u, 0, 0, 19, 4},  // Reading2Units
-    {{4623, 19}, TagType::int8u, 0, 0, 23, 6},  // Reading2Description
-    {{4642, 14}, TagType::string, 0, 16, 0, 0},  // Reading2Device
-    {{4656, 13}, TagType::double_, 0, 0, 0, 0},  // Reading2Value
-    {{4669, 13}, TagType::int8u, 0, 0, 19, 4},  // Reading3Units
-    {{4682, 19}, TagType::int8u, 0, 0, 23, 6},  // Reading3Description
-    {{4701, 14}, TagType::string, 0, 16, 0, 0},  // Reading3Device
-    {{4715, 13}, TagType::double_, 0, 0, 0, 0},  // Reading3Value
-    {{4728, 13}, TagType::int8u, 0, 0, 19, 4},  // Reading4Units
-    {{4741, 19}, TagType::int8u, 0, 0, 23, 6},  // Reading4Description
-    {{4760, 14}, TagType::string, 0, 16, 0, 0},  // Reading4Device
-    {{4774, 13}, TagType::double_, 0, 0, 0, 0},  // Reading4Value
-    {{4787, 14}, TagType::int16u, 0, 0, 0, 0},  // PaintByteOrder
-    {{4801, 15}, TagType::int16u, 0, 0, 0, 0},  // PaintImageWidth
-    {{4816, 16}, TagType::int16u, 0, 0, 0, 0},  // PaintImageHeight
-    {{4832, 14}, TagType::string, 0, 0, 0, 0},  // PaintImageType
-    {{4846, 10}, TagType::int16u, 0, 0, 0, 0},  // PaintImage
-    {{4856, 13}, TagType::int8u, 0, 0, 0, 0},  // PaletteColors
-    {{4869, 10}, TagType::int8u, 0, 3, 0, 0},  // AboveColor
-    {{4879, 10}, TagType::int8u, 0, 3, 0, 0},  // BelowColor
-    {{4889, 13}, TagType::int8u, 0, 3, 0, 0},  // OverflowColor
-    {{4902, 14}, TagType::int8u, 0, 3, 0, 0},  // UnderflowColor
-    {{4916, 14}, TagType::int8u, 0, 3, 0, 0},  // Isotherm1Color
-    {{4930, 14}, TagType::int8u, 0, 3, 0, 0},  // Isotherm2Color
-    {{4944, 13}, TagType::int8u, 0, 0, 0, 0},  // PaletteMethod
-    {{4957, 14}, TagType::int8u, 0, 0, 0, 0},  // PaletteStretch
-    {{4971, 15}, TagType::string, 0, 32, 0, 0},  // PaletteFileName
-    {{4986, 11}, TagType::string, 0, 32, 0, 0},  // PaletteName
-    {{4997, 7}, TagType::string, 8, 0, 0, 0},  // Palette
-    {{5004, 17}, TagType::string, 0, 0, 0, 0},  // DateTimeGenerated
-    {{5021, 6}, TagType::string, 0, 0, 0, 0},  // Param0
-    {{5027, 6}, TagType::string, 0, 0, 0, 0},  // Param1
-    {{5033, 6}, TagType::string, 0, 0, 0, 0},  // Param2
-    {{5039, 6}, TagType::string, 0, 0, 0, 0},  // Param3
-    {{5045, 7}, TagType::float_, 0, 0, 0, 0},  // Real2IR
-    {{5052, 7}, TagType::int16s, 0, 0, 0, 0},  // OffsetX
-    {{5059, 7}, TagType::int16s, 0, 0, 0, 0},  // OffsetY
-    {{5066, 5}, TagType::int16s, 0, 0, 0, 0},  // PiPX1
-    {{5071, 5}, TagType::int16s, 0, 0, 0, 0},  // PiPX2
-    {{5076, 5}, TagType::int16s, 0, 0, 0, 0},  // PiPY1
-    {{5081, 5}, TagType::int16s, 0, 0, 0, 0},  // PiPY2
-    {{5086, 16}, TagType::int16u, 0, 0, 0, 0},  // RawDataByteOrder
-    {{5102, 20}, TagType::int16u, 0, 0, 0, 0},  // RawThermalImageWidth
-    {{5122, 21}, TagType::int16u, 0, 0, 0, 0},  // RawThermalImageHeight
-    {{5143, 19}, TagType::string, 0, 0, 0, 0},  // RawThermalImageType
-    {{5162, 15}, TagType::int16u, 0, 0, 0, 0},  // RawThermalImage
-    {{5177, 6}, TagType::string, 0, 0, 0, 0},  // Label0
-    {{5183, 6}, TagType::string, 0, 0, 0, 0},  // Label1
-    {{5189, 6}, TagType::string, 0, 0, 0, 0},  // Label2
-    {{5195, 6}, TagType::string, 0, 0, 0, 0},  // Label3
-    {{5201, 6}, TagType::string, 0, 0, 0, 0},  // Value0
-    {{5207, 6}, TagType::string, 0, 0, 0, 0},  // Value1
-    {{5213, 6}, TagType::string, 0, 0, 0, 0},  // Value2
-    {{5219, 6}, TagType::string, 0, 0, 0, 0},  // Value3
+    {{3284, 19}, TagType::int16u, none, 0, 0, 0},  // CameraInfoByteOrder
+    {{3303, 10}, TagType::float_, none, 0, 0, 0},  // Emissivity
+    {{3313, 14}, TagType::float_, none, 0, 0, 0},  // ObjectDistance
+    {{3327, 28}, TagType::float_, none, 0, 0, 0},  // ReflectedApparentTemperature
+    {{3355, 22}, TagType::float_, none, 0, 0, 0},  // AtmosphericTemperature
+    {{3377, 19}, TagType::float_, none, 0, 0, 0},  // IRWindowTemperature
+    {{3396, 20}, TagType::float_, none, 0, 0, 0},  // IRWindowTransmission
+    {{3416, 16}, TagType::float_, none, 0, 0, 0},  // RelativeHumidity
+    {{3432, 8}, TagType::float_, none, 0, 0, 0},  // PlanckR1
+    {{3440, 7}, TagType::float_, none, 0, 0, 0},  // PlanckB
+    {{3447, 7}, TagType::float_, none, 0, 0, 0},  // PlanckF
+    {{3454, 22}, TagType::float_, none, 0, 0, 0},  // AtmosphericTransAlpha1
+    {{3476, 22}, TagType::float_, none, 0, 0, 0},  // AtmosphericTransAlpha2
+    {{3498, 21}, TagType::float_, none, 0, 0, 0},  // AtmosphericTransBeta1
+    {{3519, 21}, TagType::float_, none, 0, 0, 0},  // AtmosphericTransBeta2
+    {{3540, 17}, TagType::float_, none, 0, 0, 0},  // AtmosphericTransX
+    {{3557, 25}, TagType::float_, none, 0, 0, 0},  // CameraTemperatureRangeMax
+    {{3582, 25}, TagType::float_, none, 0, 0, 0},  // CameraTemperatureRangeMin
+    {{3607, 24}, TagType::float_, none, 0, 0, 0},  // CameraTemperatureMaxClip
+    {{3631, 24}, TagType::float_, none, 0, 0, 0},  // CameraTemperatureMinClip
+    {{3655, 24}, TagType::float_, none, 0, 0, 0},  // CameraTemperatureMaxWarn
+    {{3679, 24}, TagType::float_, none, 0, 0, 0},  // CameraTemperatureMinWarn
+    {{3703, 29}, TagType::float_, none, 0, 0, 0},  // CameraTemperatureMaxSaturated
+    {{3732, 29}, TagType::float_, none, 0, 0, 0},  // CameraTemperatureMinSaturated
+    {{3761, 11}, TagType::string, none, 32, 0, 0},  // CameraModel
+    {{3772, 16}, TagType::string, none, 16, 0, 0},  // CameraPartNumber
+    {{3788, 18}, TagType::string, none, 16, 0, 0},  // CameraSerialNumber
+    {{3806, 14}, TagType::string, none, 16, 0, 0},  // CameraSoftware
+    {{3820, 9}, TagType::string, none, 32, 0, 0},  // LensModel
+    {{3829, 14}, TagType::string, none, 16, 0, 0},  // LensPartNumber
+    {{3843, 16}, TagType::string, none, 16, 0, 0},  // LensSerialNumber
+    {{3859, 11}, TagType::float_, none, 0, 0, 0},  // FieldOfView
+    {{3870, 11}, TagType::string, none, 16, 0, 0},  // FilterModel
+    {{3881, 16}, TagType::string, none, 32, 0, 0},  // FilterPartNumber
+    {{3897, 18}, TagType::string, none, 32, 0, 0},  // FilterSerialNumber
+    {{3915, 7}, TagType::int32s, none, 0, 0, 0},  // PlanckO
+    {{3922, 8}, TagType::float_, none, 0, 0, 0},  // PlanckR2
+    {{3930, 16}, TagType::int16u, none, 0, 0, 0},  // RawValueRangeMin
+    {{3946, 16}, TagType::int16u, none, 0, 0, 0},  // RawValueRangeMax
+    {{3962, 14}, TagType::int16u, none, 0, 0, 0},  // RawValueMedian
+    {{3976, 13}, TagType::int16u, none, 0, 0, 0},  // RawValueRange
+    {{3989, 16}, TagType::string, none, 10, 0, 0},  // DateTimeOriginal
+    {{4005, 14}, TagType::int16u, none, 0, 0, 0},  // FocusStepCount
+    {{4019, 13}, TagType::float_, none, 0, 0, 0},  // FocusDistance
+    {{4032, 9}, TagType::int16u, none, 0, 0, 0},  // FrameRate
+    {{4041, 18}, TagType::int16u, none, 0, 0, 0},  // CoarseMapByteOrder
+    {{4059, 19}, TagType::int16u, none, 0, 0, 0},  // CoarseMapImageWidth
+    {{4078, 20}, TagType::int16u, none, 0, 0, 0},  // CoarseMapImageHeight
+    {{4098, 18}, TagType::string, none, 0, 0, 0},  // CoarseMapImageType
+    {{4116, 14}, TagType::int16u, none, 0, 0, 0},  // CoarseMapImage
+    {{4130, 22}, TagType::int16u, none, 0, 0, 0},  // EmbeddedImageByteOrder
+    {{4152, 18}, TagType::int16u, none, 0, 0, 0},  // EmbeddedImageWidth
+    {{4170, 19}, TagType::int16u, none, 0, 0, 0},  // EmbeddedImageHeight
+    {{4189, 17}, TagType::string, none, 4, 0, 0},  // EmbeddedImageType
+    {{4206, 13}, TagType::string, binary, 0, 0, 0},  // EmbeddedImage
+    {{4219, 17}, TagType::string, none, 0, 0, 0},  // EmbeddedAudioFile
+    {{4236, 8}, TagType::int32u, none, 0, 0, 2},  // GPSValid
+    {{4244, 12}, TagType::string, none, 4, 0, 0},  // GPSVersionID
+    {{4256, 14}, TagType::string, none, 2, 2, 2},  // GPSLatitudeRef
+    {{4270, 15}, TagType::string, none, 2, 4, 2},  // GPSLongitudeRef
+    {{4285, 11}, TagType::double_, none, 0, 0, 0},  // GPSLatitude
+    {{4296, 12}, TagType::double_, none, 0, 0, 0},  // GPSLongitude
+    {{4308, 11}, TagType::float_, none, 0, 0, 0},  // GPSAltitude
+    {{4319, 6}, TagType::float_, none, 0, 0, 0},  // GPSDOP
+    {{4325, 11}, TagType::string, none, 2, 6, 3},  // GPSSpeedRef
+    {{4336, 11}, TagType::string, none, 2, 9, 2},  // GPSTrackRef
+    {{4347, 18}, TagType::string, none, 2, 9, 2},  // GPSImgDirectionRef
+    {{4365, 8}, TagType::float_, none, 0, 0, 0},  // GPSSpeed
+    {{4373, 8}, TagType::float_, none, 0, 0, 0},  // GPSTrack
+    {{4381, 15}, TagType::float_, none, 0, 0, 0},  // GPSImgDirection
+    {{4396, 11}, TagType::string, none, 16, 0, 0},  // GPSMapDatum
+    {{4407, 20}, TagType::int16u, none, 0, 0, 0},  // GainDeadMapByteOrder
+    {{4427, 21}, TagType::int16u, none, 0, 0, 0},  // GainDeadMapImageWidth
+    {{4448, 22}, TagType::int16u, none, 0, 0, 0},  // GainDeadMapImageHeight
+    {{4470, 20}, TagType::string, none, 0, 0, 0},  // GainDeadMapImageType
+    {{4490, 16}, TagType::int16u, none, 0, 0, 0},  // GainDeadMapImage
+    {{4506, 15}, TagType::string, none, 16, 0, 0},  // CreatorSoftware
+    {{4521, 10}, TagType::int16u, none, 0, 0, 0},  // Meas1Label
+    {{4531, 11}, TagType::int16u, none, 0, 0, 0},  // Meas1Params
+    {{4542, 9}, TagType::int16u, none, 0, 11, 8},  // Meas1Type
+    {{4551, 13}, TagType::int8u, none, 0, 19, 4},  // Reading1Units
+    {{4564, 19}, TagType::int8u, none, 0, 23, 6},  // Reading1Description
+    {{4583, 14}, TagType::string, none, 16, 0, 0},  // Reading1Device
+    {{4597, 13}, TagType::double_, none, 0, 0, 0},  // Reading1Value
+    {{4610, 13}, TagType::int8u, none, 0, 19, 4},  // Reading2Units
+    {{4623, 19}, TagType::int8u, none, 0, 23, 6},  // Reading2Description
+    {{4642, 14}, TagType::string, none, 16, 0, 0},  // Reading2Device
+    {{4656, 13}, TagType::double_, none, 0, 0, 0},  // Reading2Value
+    {{4669, 13}, TagType::int8u, none, 0, 19, 4},  // Reading3Units
+    {{4682, 19}, TagType::int8u, none, 0, 23, 6},  // Reading3Description
+    {{4701, 14}, TagType::string, none, 16, 0, 0},  // Reading3Device
+    {{4715, 13}, TagType::double_, none, 0, 0, 0},  // Reading3Value
+    {{4728, 13}, TagType::int8u, none, 0, 19, 4},  // Reading4Units
+    {{4741, 19}, TagType::int8u, none, 0, 23, 6},  // Reading4Description
+    {{4760, 14}, TagType::string, none, 16, 0, 0},  // Reading4Device
+    {{4774, 13}, TagType::double_, none, 0, 0, 0},  // Reading4Value
+    {{4787, 14}, TagType::int16u, none, 0, 0, 0},  // PaintByteOrder
+    {{4801, 15}, TagType::int16u, none, 0, 0, 0},  // PaintImageWidth
+    {{4816, 16}, TagType::int16u, none, 0, 0, 0},  // PaintImageHeight
+    {{4832, 14}, TagType::string, none, 0, 0, 0},  // PaintImageType
+    {{4846, 10}, TagType::int16u, none, 0, 0, 0},  // PaintImage
+    {{4856, 13}, TagType::int8u, none, 0, 0, 0},  // PaletteColors
+    {{4869, 10}, TagType::int8u, none, 3, 0, 0},  // AboveColor
+    {{4879, 10}, TagType::int8u, none, 3, 0, 0},  // BelowColor
+    {{4889, 13}, TagType::int8u, none, 3, 0, 0},  // OverflowColor
+    {{4902, 14}, TagType::int8u, none, 3, 0, 0},  // UnderflowColor
+    {{4916, 14}, TagType::int8u, none, 3, 0, 0},  // Isotherm1Color
+    {{4930, 14}, TagType::int8u, none, 3, 0, 0},  // Isotherm2Color
+    {{4944, 13}, TagType::int8u, none, 0, 0, 0},  // PaletteMethod
+    {{4957, 14}, TagType::int8u, none, 0, 0, 0},  // PaletteStretch
+    {{4971, 15}, TagType::string, none, 32, 0, 0},  // PaletteFileName
+    {{4986, 11}, TagType::string, none, 32, 0, 0},  // PaletteName
+    {{4997, 7}, TagType::string, binary, 0, 0, 0},  // Palette
+    {{5004, 17}, TagType::string, none, 0, 0, 0},  // DateTimeGenerated
+    {{5021, 6}, TagType::string, none, 0, 0, 0},  // Param0
+    {{5027, 6}, TagType::string, none, 0, 0, 0},  // Param1
+    {{5033, 6}, TagType::string, none, 0, 0, 0},  // Param2
+    {{5039, 6}, TagType::string, none, 0, 0, 0},  // Param3
+    {{5045, 7}, TagType::float_, none, 0, 0, 0},  // Real2IR
+    {{5052, 7}, TagType::int16s, none, 0, 0, 0},  // OffsetX
+    {{5059, 7}, TagType::int16s, none, 0, 0, 0},  // OffsetY
+    {{5066, 5}, TagType::int16s, none, 0, 0, 0},  // PiPX1
+    {{5071, 5}, TagType::int16s, none, 0, 0, 0},  // PiPX2
+    {{5076, 5}, TagType::int16s, none, 0, 0, 0},  // PiPY1
+    {{5081, 5}, TagType::int16s, none, 0, 0, 0},  // PiPY2
+    {{5086, 16}, TagType::int16u, none, 0, 0, 0},  // RawDataByteOrder
+    {{5102, 20}, TagType::int16u, none, 0, 0, 0},  // RawThermalImageWidth
+    {{5122, 21}, TagType::int16u, none, 0, 0, 0},  // RawThermalImageHeight
+    {{5143, 19}, TagType::string, none, 0, 0, 0},  // RawThermalImageType
+    {{5162, 15}, TagType::int16u, none, 0, 0, 0},  // RawThermalImage
+    {{5177, 6}, TagType::string, none, 0, 0, 0},  // Label0
+    {{5183, 6}, TagType::string, none, 0, 0, 0},  // Label1
+    {{5189, 6}, TagType::string, none, 0, 0, 0},  // Label2
+    {{5195, 6}, TagType::string, none, 0, 0, 0},  // Label3
+    {{5201, 6}, TagType::string, none, 0, 0, 0},  // Value0
+    {{5207, 6}, TagType::string, none, 0, 0, 0},  // Value1
+    {{5213, 6}, TagType::string, none, 0, 0, 0},  // Value2
+    {{5219, 6}, TagType::string, none, 0, 0, 0},  // Value3
 };
 constexpr detail::TextRef kChoicesAPP1[] = {
     {3118, 1}, {3119, 1}, {5225, 1}, {5226, 1}, {5227, 1}, {5228, 1}, {5229, 1}, {5230, 1},
@@ -3626,20 +3624,19 @@ constexpr std::uint16_t kKeyOrderAPP1[] = {
     136, 137,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP1[138];
-constinit detail::StreamTags gTagsAPP1("APP1", kText, kTagsAPP1, kKeyOrderAPP1, kChoicesAPP1, gItemsAPP1, &TagStringsCatalogue::stringsAPP1);
 
 // APP11: 8 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP11[] = {
-    {{15217, 10}, TagType::string, 8, 0, 0, 0},  // RatioImage
-    {{15227, 5}, TagType::string, 0, 0, 0, 0},  // Alpha
-    {{15232, 4}, TagType::string, 0, 0, 0, 0},  // Beta
-    {{15236, 16}, TagType::string, 0, 0, 0, 0},  // CorrectionMethod
-    {{15252, 3}, TagType::string, 0, 0, 0, 0},  // Ln0
-    {{15255, 3}, TagType::string, 0, 0, 0, 0},  // Ln1
-    {{15258, 3}, TagType::string, 0, 0, 0, 0},  // S2n
-    {{15261, 15}, TagType::string, 0, 0, 0, 0},  // JPEG-HDRVersion
+    {{15217, 10}, TagType::string, binary, 0, 0, 0},  // RatioImage
+    {{15227, 5}, TagType::string, none, 0, 0, 0},  // Alpha
+    {{15232, 4}, TagType::string, none, 0, 0, 0},  // Beta
+    {{15236, 16}, TagType::string, none, 0, 0, 0},  // CorrectionMethod
+    {{15252, 3}, TagType::string, none, 0, 0, 0},  // Ln0
+    {{15255, 3}, TagType::string, none, 0, 0, 0},  // Ln1
+    {{15258, 3}, TagType::string, none, 0, 0, 0},  // S2n
+    {{15261, 15}, TagType::string, none, 0, 0, 0},  // JPEG-HDRVersion
 };
 constexpr detail::StringRow kStringsEnglishAPP11[] = {
     {{15276, 11}, {15227, 5}},
@@ -3656,38 +3653,37 @@ constexpr std::uint16_t kKeyOrderAPP11[] = {
     1, 2, 3, 7, 4, 5, 0, 6,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP11[8];
-constinit detail::StreamTags gTagsAPP11("APP11", kText, kTagsAPP11, kKeyOrderAPP11, {}, gItemsAPP11, &TagStringsCatalogue::stringsAPP11);
 
 // APP12: 26 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP12[] = {
-    {{15427, 8}, TagType::string, 0, 0, 0, 0},  // Aperture
-    {{15435, 9}, TagType::string, 0, 0, 0, 0},  // ColorMode
-    {{15444, 7}, TagType::string, 0, 0, 0, 0},  // ConTake
-    {{15451, 20}, TagType::string, 0, 0, 0, 0},  // ExposureCompensation
-    {{15471, 7}, TagType::string, 0, 0, 0, 0},  // FNumber
-    {{15478, 15}, TagType::string, 0, 0, 0, 0},  // FirmwareVersion
-    {{15493, 5}, TagType::string, 0, 0, 0, 2},  // Flash
-    {{15498, 9}, TagType::string, 0, 0, 0, 0},  // FocusMode
-    {{15507, 8}, TagType::string, 0, 0, 0, 0},  // FocusPos
-    {{15515, 2}, TagType::string, 0, 0, 0, 0},  // ID
-    {{15517, 9}, TagType::string, 0, 0, 0, 0},  // ImageSize
-    {{15526, 6}, TagType::string, 0, 0, 0, 0},  // LightS
-    {{15532, 5}, TagType::string, 0, 0, 0, 2},  // Macro
-    {{15537, 7}, TagType::string, 0, 0, 0, 0},  // Protect
-    {{15544, 7}, TagType::string, 0, 0, 0, 0},  // Quality
-    {{15551, 10}, TagType::string, 0, 0, 0, 0},  // Resolution
-    {{15561, 12}, TagType::string, 0, 0, 0, 0},  // SerialNumber
-    {{15573, 12}, TagType::string, 0, 0, 0, 0},  // ExposureTime
-    {{15585, 10}, TagType::string, 0, 0, 0, 0},  // StrobeTime
-    {{3989, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
-    {{15595, 10}, TagType::string, 0, 0, 0, 0},  // CameraType
-    {{15605, 7}, TagType::string, 0, 0, 0, 0},  // Version
-    {{15612, 7}, TagType::string, 0, 0, 0, 0},  // YTarget
-    {{15619, 4}, TagType::string, 0, 0, 0, 0},  // Zoom
-    {{15623, 7}, TagType::string, 0, 0, 0, 0},  // ZoomPos
-    {{15630, 6}, TagType::string, 0, 0, 0, 0},  // YLevel
+    {{15427, 8}, TagType::string, none, 0, 0, 0},  // Aperture
+    {{15435, 9}, TagType::string, none, 0, 0, 0},  // ColorMode
+    {{15444, 7}, TagType::string, none, 0, 0, 0},  // ConTake
+    {{15451, 20}, TagType::string, none, 0, 0, 0},  // ExposureCompensation
+    {{15471, 7}, TagType::string, none, 0, 0, 0},  // FNumber
+    {{15478, 15}, TagType::string, none, 0, 0, 0},  // FirmwareVersion
+    {{15493, 5}, TagType::string, none, 0, 0, 2},  // Flash
+    {{15498, 9}, TagType::string, none, 0, 0, 0},  // FocusMode
+    {{15507, 8}, TagType::string, none, 0, 0, 0},  // FocusPos
+    {{15515, 2}, TagType::string, none, 0, 0, 0},  // ID
+    {{15517, 9}, TagType::string, none, 0, 0, 0},  // ImageSize
+    {{15526, 6}, TagType::string, none, 0, 0, 0},  // LightS
+    {{15532, 5}, TagType::string, none, 0, 0, 2},  // Macro
+    {{15537, 7}, TagType::string, none, 0, 0, 0},  // Protect
+    {{15544, 7}, TagType::string, none, 0, 0, 0},  // Quality
+    {{15551, 10}, TagType::string, none, 0, 0, 0},  // Resolution
+    {{15561, 12}, TagType::string, none, 0, 0, 0},  // SerialNumber
+    {{15573, 12}, TagType::string, none, 0, 0, 0},  // ExposureTime
+    {{15585, 10}, TagType::string, none, 0, 0, 0},  // StrobeTime
+    {{3989, 16}, TagType::string, none, 0, 0, 0},  // DateTimeOriginal
+    {{15595, 10}, TagType::string, none, 0, 0, 0},  // CameraType
+    {{15605, 7}, TagType::string, none, 0, 0, 0},  // Version
+    {{15612, 7}, TagType::string, none, 0, 0, 0},  // YTarget
+    {{15619, 4}, TagType::string, none, 0, 0, 0},  // Zoom
+    {{15623, 7}, TagType::string, none, 0, 0, 0},  // ZoomPos
+    {{15630, 6}, TagType::string, none, 0, 0, 0},  // YLevel
 };
 constexpr detail::TextRef kChoicesAPP12[] = {
     {3118, 1}, {3119, 1},
@@ -3855,13 +3851,12 @@ constexpr std::uint16_t kKeyOrderAPP12[] = {
     0, 20, 1, 2, 19, 3, 17, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 18, 21, 25, 22, 23, 24,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP12[26];
-constinit detail::StreamTags gTagsAPP12("APP12", kText, kTagsAPP12, kKeyOrderAPP12, kChoicesAPP12, gItemsAPP12, &TagStringsCatalogue::stringsAPP12);
 
 // APP13: 1 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP13[] = {
-    {{17620, 11}, TagType::int16u, 0, 0, 0, 0},  // AdobeCMType
+    {{17620, 11}, TagType::int16u, none, 0, 0, 0},  // AdobeCMType
 };
 constexpr detail::StringRow kStringsEnglishAPP13[] = {
     {{17631, 17}, {17648, 13}},
@@ -3874,17 +3869,16 @@ constexpr std::uint16_t kKeyOrderAPP13[] = {
     0,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP13[1];
-constinit detail::StreamTags gTagsAPP13("APP13", kText, kTagsAPP13, kKeyOrderAPP13, {}, gItemsAPP13, &TagStringsCatalogue::stringsAPP13);
 
 // APP14: 5 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP14[] = {
-    {{17674, 5}, TagType::string, 26, 0, 0, 0},  // Adobe
-    {{17679, 16}, TagType::int16u, 0, 0, 0, 0},  // DCTEncodeVersion
-    {{17695, 11}, TagType::int16u, 0, 0, 0, 2},  // APP14Flags0
-    {{17706, 11}, TagType::int16u, 0, 0, 2, 1},  // APP14Flags1
-    {{17717, 14}, TagType::int8u, 0, 0, 3, 3},  // ColorTransform
+    {{17674, 5}, TagType::string, writable | binary | unsafe, 0, 0, 0},  // Adobe
+    {{17679, 16}, TagType::int16u, none, 0, 0, 0},  // DCTEncodeVersion
+    {{17695, 11}, TagType::int16u, none, 0, 0, 2},  // APP14Flags0
+    {{17706, 11}, TagType::int16u, none, 0, 2, 1},  // APP14Flags1
+    {{17717, 14}, TagType::int8u, none, 0, 3, 3},  // ColorTransform
 };
 constexpr detail::TextRef kChoicesAPP14[] = {
     {3118, 1}, {17731, 5}, {3118, 1}, {3118, 1}, {3119, 1}, {3120, 1},
@@ -3911,13 +3905,12 @@ constexpr std::uint16_t kKeyOrderAPP14[] = {
     2, 3, 0, 4, 1,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP14[5];
-constinit detail::StreamTags gTagsAPP14("APP14", kText, kTagsAPP14, kKeyOrderAPP14, kChoicesAPP14, gItemsAPP14, &TagStringsCatalogue::stringsAPP14);
 
 // APP15: 1 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP15[] = {
-    {{15544, 7}, TagType::string, 0, 0, 0, 0},  // Quality
+    {{15544, 7}, TagType::string, none, 0, 0, 0},  // Quality
 };
 constexpr detail::StringRow kStringsEnglishAPP15[] = {
     {{18121, 13}, {15544, 7}},
@@ -3945,34 +3938,33 @@ constexpr std::uint16_t kKeyOrderAPP15[] = {
     0,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP15[1];
-constinit detail::StreamTags gTagsAPP15("APP15", kText, kTagsAPP15, kKeyOrderAPP15, {}, gItemsAPP15, &TagStringsCatalogue::stringsAPP15);
 
 // APP2: 22 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP2[] = {
-    {{18134, 12}, TagType::int8u, 0, 4, 0, 0},  // IJPEGVersion
-    {{18146, 12}, TagType::int8u, 0, 0, 0, 0},  // IJPEGOrgType
-    {{18158, 13}, TagType::int8u, 0, 0, 0, 0},  // IJPEGDispType
-    {{18171, 11}, TagType::int8u, 0, 0, 0, 0},  // IJPEGRotate
-    {{18182, 15}, TagType::int8u, 0, 0, 0, 0},  // IJPEGMirrorFlip
-    {{18197, 20}, TagType::int8u, 0, 0, 0, 0},  // ImageColorSwitchable
-    {{18217, 19}, TagType::int16u, 0, 0, 0, 0},  // ThermalColorPalette
-    {{18236, 10}, TagType::int64u, 0, 0, 0, 0},  // IRDataSize
-    {{18246, 12}, TagType::int16u, 0, 0, 0, 0},  // IRDataFormat
-    {{18258, 12}, TagType::int16u, 0, 0, 0, 0},  // IRImageWidth
-    {{18270, 13}, TagType::int16u, 0, 0, 0, 0},  // IRImageHeight
-    {{18283, 10}, TagType::int8u, 0, 0, 0, 0},  // IRImageBpp
-    {{18293, 12}, TagType::int64u, 0, 0, 0, 0},  // TempDataSize
-    {{18305, 14}, TagType::int16u, 0, 0, 0, 0},  // TempDataFormat
-    {{18319, 14}, TagType::int16u, 0, 0, 0, 0},  // TempImageWidth
-    {{18333, 15}, TagType::int16u, 0, 0, 0, 0},  // TempImageHeight
-    {{18348, 12}, TagType::int8u, 0, 0, 0, 0},  // TempImageBpp
-    {{18360, 15}, TagType::int64u, 0, 0, 0, 0},  // VisibleDataSize
-    {{18375, 17}, TagType::int16u, 0, 0, 0, 0},  // VisibleDataFormat
-    {{18392, 17}, TagType::int16u, 0, 0, 0, 0},  // VisibleImageWidth
-    {{18409, 18}, TagType::int16u, 0, 0, 0, 0},  // VisibleImageHeight
-    {{18427, 15}, TagType::int8u, 0, 0, 0, 0},  // VisibleImageBpp
+    {{18134, 12}, TagType::int8u, none, 4, 0, 0},  // IJPEGVersion
+    {{18146, 12}, TagType::int8u, none, 0, 0, 0},  // IJPEGOrgType
+    {{18158, 13}, TagType::int8u, none, 0, 0, 0},  // IJPEGDispType
+    {{18171, 11}, TagType::int8u, none, 0, 0, 0},  // IJPEGRotate
+    {{18182, 15}, TagType::int8u, none, 0, 0, 0},  // IJPEGMirrorFlip
+    {{18197, 20}, TagType::int8u, none, 0, 0, 0},  // ImageColorSwitchable
+    {{18217, 19}, TagType::int16u, none, 0, 0, 0},  // ThermalColorPalette
+    {{18236, 10}, TagType::int64u, none, 0, 0, 0},  // IRDataSize
+    {{18246, 12}, TagType::int16u, none, 0, 0, 0},  // IRDataFormat
+    {{18258, 12}, TagType::int16u, none, 0, 0, 0},  // IRImageWidth
+    {{18270, 13}, TagType::int16u, none, 0, 0, 0},  // IRImageHeight
+    {{18283, 10}, TagType::int8u, none, 0, 0, 0},  // IRImageBpp
+    {{18293, 12}, TagType::int64u, none, 0, 0, 0},  // TempDataSize
+    {{18305, 14}, TagType::int16u, none, 0, 0, 0},  // TempDataFormat
+    {{18319, 14}, TagType::int16u, none, 0, 0, 0},  // TempImageWidth
+    {{18333, 15}, TagType::int16u, none, 0, 0, 0},  // TempImageHeight
+    {{18348, 12}, TagType::int8u, none, 0, 0, 0},  // TempImageBpp
+    {{18360, 15}, TagType::int64u, none, 0, 0, 0},  // VisibleDataSize
+    {{18375, 17}, TagType::int16u, none, 0, 0, 0},  // VisibleDataFormat
+    {{18392, 17}, TagType::int16u, none, 0, 0, 0},  // VisibleImageWidth
+    {{18409, 18}, TagType::int16u, none, 0, 0, 0},  // VisibleImageHeight
+    {{18427, 15}, TagType::int8u, none, 0, 0, 0},  // VisibleImageBpp
 };
 constexpr detail::StringRow kStringsEnglishAPP2[] = {
     {{18442, 18}, {18460, 15}},
@@ -4003,20 +3995,19 @@ constexpr std::uint16_t kKeyOrderAPP2[] = {
     2, 4, 1, 3, 0, 8, 7, 11, 10, 9, 5, 13, 12, 16, 15, 14, 6, 18, 17, 21, 20, 19,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP2[22];
-constinit detail::StreamTags gTagsAPP2("APP2", kText, kTagsAPP2, kKeyOrderAPP2, {}, gItemsAPP2, &TagStringsCatalogue::stringsAPP2);
 
 // APP3: 8 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP3[] = {
-    {{19210, 9}, TagType::int16u, 0, 0, 0, 0},  // HdrLength
-    {{19219, 13}, TagType::int32u, 0, 0, 0, 0},  // JPSSeparation
-    {{19232, 8}, TagType::int8u, 0, 0, 0, 3},  // JPSFlags
-    {{19240, 9}, TagType::int8u, 0, 0, 3, 5},  // JPSLayout
-    {{19249, 7}, TagType::int8u, 0, 0, 8, 2},  // JPSType
-    {{19256, 10}, TagType::string, 0, 0, 0, 0},  // JPSComment
-    {{19266, 11}, TagType::string, 8, 0, 0, 0},  // ThermalData
-    {{19277, 11}, TagType::string, 8, 0, 0, 0},  // ImagingData
+    {{19210, 9}, TagType::int16u, none, 0, 0, 0},  // HdrLength
+    {{19219, 13}, TagType::int32u, none, 0, 0, 0},  // JPSSeparation
+    {{19232, 8}, TagType::int8u, none, 0, 0, 3},  // JPSFlags
+    {{19240, 9}, TagType::int8u, none, 0, 3, 5},  // JPSLayout
+    {{19249, 7}, TagType::int8u, none, 0, 8, 2},  // JPSType
+    {{19256, 10}, TagType::string, none, 0, 0, 0},  // JPSComment
+    {{19266, 11}, TagType::string, binary, 0, 0, 0},  // ThermalData
+    {{19277, 11}, TagType::string, binary, 0, 0, 0},  // ImagingData
 };
 constexpr detail::TextRef kChoicesAPP3[] = {
     {3119, 1}, {3120, 1}, {5233, 1}, {3118, 1}, {3119, 1}, {3120, 1}, {5232, 1}, {5233, 1},
@@ -4047,54 +4038,53 @@ constexpr std::uint16_t kKeyOrderAPP3[] = {
     0, 7, 5, 2, 3, 1, 4, 6,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP3[8];
-constinit detail::StreamTags gTagsAPP3("APP3", kText, kTagsAPP3, kKeyOrderAPP3, kChoicesAPP3, gItemsAPP3, &TagStringsCatalogue::stringsAPP3);
 
 // APP4: 42 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP4[] = {
-    {{19767, 2}, TagType::float_, 0, 0, 0, 0},  // K1
-    {{19769, 2}, TagType::float_, 0, 0, 0, 0},  // K2
-    {{19771, 2}, TagType::float_, 0, 0, 0, 0},  // K3
-    {{19773, 2}, TagType::float_, 0, 0, 0, 0},  // K4
-    {{19775, 2}, TagType::float_, 0, 0, 0, 0},  // KF
-    {{19777, 2}, TagType::float_, 0, 0, 0, 0},  // B1
-    {{19779, 2}, TagType::float_, 0, 0, 0, 0},  // B2
-    {{3313, 14}, TagType::float_, 0, 0, 0, 0},  // ObjectDistance
-    {{3416, 16}, TagType::float_, 0, 0, 0, 0},  // RelativeHumidity
-    {{3303, 10}, TagType::float_, 0, 0, 0, 0},  // Emissivity
-    {{19781, 10}, TagType::int16u, 0, 0, 0, 0},  // Reflection
-    {{19791, 18}, TagType::float_, 0, 0, 0, 0},  // AmbientTemperature
-    {{19809, 2}, TagType::int32s, 0, 0, 0, 0},  // D2
-    {{19811, 2}, TagType::int16u, 0, 0, 0, 0},  // KJ
-    {{19813, 2}, TagType::int16u, 0, 0, 0, 0},  // DB
-    {{19815, 2}, TagType::int16u, 0, 0, 0, 0},  // KK
-    {{19817, 20}, TagType::float_, 0, 0, 0, 0},  // ReflectedTemperature
-    {{19837, 8}, TagType::string, 0, 16, 0, 0},  // IDString
-    {{19845, 16}, TagType::int8u, 0, 4, 0, 0},  // IJPEGTempVersion
-    {{19861, 17}, TagType::int8s, 0, 0, 0, 0},  // FactDefEmissivity
-    {{19878, 10}, TagType::int8s, 0, 0, 0, 0},  // FactDefTau
-    {{19888, 9}, TagType::int16s, 0, 0, 0, 0},  // FactDefTa
-    {{19897, 9}, TagType::int16s, 0, 0, 0, 0},  // FactDefTu
-    {{19906, 11}, TagType::int16s, 0, 0, 0, 0},  // FactDefDist
-    {{19917, 9}, TagType::int32s, 0, 0, 0, 0},  // FactDefA0
-    {{19926, 9}, TagType::int32s, 0, 0, 0, 0},  // FactDefB0
-    {{19935, 9}, TagType::int32s, 0, 0, 0, 0},  // FactDefA1
-    {{19944, 9}, TagType::int32s, 0, 0, 0, 0},  // FactDefB1
-    {{19953, 9}, TagType::int32s, 0, 0, 0, 0},  // FactDefP0
-    {{19962, 9}, TagType::int32s, 0, 0, 0, 0},  // FactDefP1
-    {{19971, 9}, TagType::int32s, 0, 0, 0, 0},  // FactDefP2
-    {{19980, 17}, TagType::int16s, 0, 0, 0, 0},  // FactRelSensorTemp
-    {{19997, 18}, TagType::int16s, 0, 0, 0, 0},  // FactRelShutterTemp
-    {{20015, 15}, TagType::int16s, 0, 0, 0, 0},  // FactRelLensTemp
-    {{20030, 14}, TagType::int8s, 0, 0, 0, 0},  // FactStatusGain
-    {{20044, 15}, TagType::int8s, 0, 0, 0, 0},  // FactStatusEnvOK
-    {{20059, 16}, TagType::int8s, 0, 0, 0, 0},  // FactStatusDistOK
-    {{20075, 17}, TagType::int8s, 0, 0, 0, 0},  // FactStatusTempMap
-    {{20092, 18}, TagType::int32s, 0, 0, 0, 0},  // PreviewImageHeight
-    {{20110, 14}, TagType::int32s, 0, 0, 0, 0},  // PreviewQuality
-    {{20124, 10}, TagType::int32s, 0, 0, 0, 0},  // DataLength
-    {{20134, 17}, TagType::int32s, 0, 0, 0, 0},  // PreviewImageWidth
+    {{19767, 2}, TagType::float_, none, 0, 0, 0},  // K1
+    {{19769, 2}, TagType::float_, none, 0, 0, 0},  // K2
+    {{19771, 2}, TagType::float_, none, 0, 0, 0},  // K3
+    {{19773, 2}, TagType::float_, none, 0, 0, 0},  // K4
+    {{19775, 2}, TagType::float_, none, 0, 0, 0},  // KF
+    {{19777, 2}, TagType::float_, none, 0, 0, 0},  // B1
+    {{19779, 2}, TagType::float_, none, 0, 0, 0},  // B2
+    {{3313, 14}, TagType::float_, none, 0, 0, 0},  // ObjectDistance
+    {{3416, 16}, TagType::float_, none, 0, 0, 0},  // RelativeHumidity
+    {{3303, 10}, TagType::float_, none, 0, 0, 0},  // Emissivity
+    {{19781, 10}, TagType::int16u, none, 0, 0, 0},  // Reflection
+    {{19791, 18}, TagType::float_, none, 0, 0, 0},  // AmbientTemperature
+    {{19809, 2}, TagType::int32s, none, 0, 0, 0},  // D2
+    {{19811, 2}, TagType::int16u, none, 0, 0, 0},  // KJ
+    {{19813, 2}, TagType::int16u, none, 0, 0, 0},  // DB
+    {{19815, 2}, TagType::int16u, none, 0, 0, 0},  // KK
+    {{19817, 20}, TagType::float_, none, 0, 0, 0},  // ReflectedTemperature
+    {{19837, 8}, TagType::string, none, 16, 0, 0},  // IDString
+    {{19845, 16}, TagType::int8u, none, 4, 0, 0},  // IJPEGTempVersion
+    {{19861, 17}, TagType::int8s, none, 0, 0, 0},  // FactDefEmissivity
+    {{19878, 10}, TagType::int8s, none, 0, 0, 0},  // FactDefTau
+    {{19888, 9}, TagType::int16s, none, 0, 0, 0},  // FactDefTa
+    {{19897, 9}, TagType::int16s, none, 0, 0, 0},  // FactDefTu
+    {{19906, 11}, TagType::int16s, none, 0, 0, 0},  // FactDefDist
+    {{19917, 9}, TagType::int32s, none, 0, 0, 0},  // FactDefA0
+    {{19926, 9}, TagType::int32s, none, 0, 0, 0},  // FactDefB0
+    {{19935, 9}, TagType::int32s, none, 0, 0, 0},  // FactDefA1
+    {{19944, 9}, TagType::int32s, none, 0, 0, 0},  // FactDefB1
+    {{19953, 9}, TagType::int32s, none, 0, 0, 0},  // FactDefP0
+    {{19962, 9}, TagType::int32s, none, 0, 0, 0},  // FactDefP1
+    {{19971, 9}, TagType::int32s, none, 0, 0, 0},  // FactDefP2
+    {{19980, 17}, TagType::int16s, none, 0, 0, 0},  // FactRelSensorTemp
+    {{19997, 18}, TagType::int16s, none, 0, 0, 0},  // FactRelShutterTemp
+    {{20015, 15}, TagType::int16s, none, 0, 0, 0},  // FactRelLensTemp
+    {{20030, 14}, TagType::int8s, none, 0, 0, 0},  // FactStatusGain
+    {{20044, 15}, TagType::int8s, none, 0, 0, 0},  // FactStatusEnvOK
+    {{20059, 16}, TagType::int8s, none, 0, 0, 0},  // FactStatusDistOK
+    {{20075, 17}, TagType::int8s, none, 0, 0, 0},  // FactStatusTempMap
+    {{20092, 18}, TagType::int32s, none, 0, 0, 0},  // PreviewImageHeight
+    {{20110, 14}, TagType::int32s, none, 0, 0, 0},  // PreviewQuality
+    {{20124, 10}, TagType::int32s, none, 0, 0, 0},  // DataLength
+    {{20134, 17}, TagType::int32s, none, 0, 0, 0},  // PreviewImageWidth
 };
 constexpr detail::StringRow kStringsEnglishAPP4[] = {
     {{20151, 23}, {20174, 19}},
@@ -4165,30 +4155,29 @@ constexpr std::uint16_t kKeyOrderAPP4[] = {
     37, 17, 18, 0, 1, 2, 3, 4, 13, 15, 7, 38, 41, 39, 16, 10, 8,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP4[42];
-constinit detail::StreamTags gTagsAPP4("APP4", kText, kTagsAPP4, kKeyOrderAPP4, {}, gItemsAPP4, &TagStringsCatalogue::stringsAPP4);
 
 // APP5: 18 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP5[] = {
-    {{21375, 15}, TagType::float_, 0, 0, 0, 0},  // EnvironmentTemp
-    {{21390, 8}, TagType::float_, 0, 0, 0, 0},  // Distance
-    {{3303, 10}, TagType::float_, 0, 0, 0, 0},  // Emissivity
-    {{9828, 8}, TagType::float_, 0, 0, 0, 0},  // Humidity
-    {{21398, 13}, TagType::float_, 0, 0, 0, 0},  // ReferenceTemp
-    {{21411, 8}, TagType::int8u, 0, 0, 0, 0},  // TempUnit
-    {{21419, 14}, TagType::int8u, 0, 0, 0, 0},  // ShowCenterTemp
-    {{21433, 11}, TagType::int8u, 0, 0, 0, 0},  // ShowMaxTemp
-    {{21444, 11}, TagType::int8u, 0, 0, 0, 0},  // ShowMinTemp
-    {{21455, 16}, TagType::int16u, 0, 0, 0, 0},  // TempMeasureCount
-    {{21471, 18}, TagType::string, 8, 0, 0, 0},  // ThermalCalibration
-    {{21489, 7}, TagType::string, 0, 0, 0, 16},  // Azimuth
-    {{21496, 9}, TagType::string, 0, 0, 16, 4},  // Condition
-    {{21505, 3}, TagType::string, 0, 0, 20, 2},  // Lit
-    {{21508, 8}, TagType::string, 0, 0, 16, 4},  // Location
-    {{21516, 8}, TagType::string, 0, 0, 22, 3},  // SignType
-    {{21524, 9}, TagType::string, 0, 0, 0, 0},  // SoundFile
-    {{21533, 8}, TagType::string, 1, 0, 0, 0},  // Barcodes
+    {{21375, 15}, TagType::float_, none, 0, 0, 0},  // EnvironmentTemp
+    {{21390, 8}, TagType::float_, none, 0, 0, 0},  // Distance
+    {{3303, 10}, TagType::float_, none, 0, 0, 0},  // Emissivity
+    {{9828, 8}, TagType::float_, none, 0, 0, 0},  // Humidity
+    {{21398, 13}, TagType::float_, none, 0, 0, 0},  // ReferenceTemp
+    {{21411, 8}, TagType::int8u, none, 0, 0, 0},  // TempUnit
+    {{21419, 14}, TagType::int8u, none, 0, 0, 0},  // ShowCenterTemp
+    {{21433, 11}, TagType::int8u, none, 0, 0, 0},  // ShowMaxTemp
+    {{21444, 11}, TagType::int8u, none, 0, 0, 0},  // ShowMinTemp
+    {{21455, 16}, TagType::int16u, none, 0, 0, 0},  // TempMeasureCount
+    {{21471, 18}, TagType::string, binary, 0, 0, 0},  // ThermalCalibration
+    {{21489, 7}, TagType::string, none, 0, 0, 16},  // Azimuth
+    {{21496, 9}, TagType::string, none, 0, 16, 4},  // Condition
+    {{21505, 3}, TagType::string, none, 0, 20, 2},  // Lit
+    {{21508, 8}, TagType::string, none, 0, 16, 4},  // Location
+    {{21516, 8}, TagType::string, none, 0, 22, 3},  // SignType
+    {{21524, 9}, TagType::string, none, 0, 0, 0},  // SoundFile
+    {{21533, 8}, TagType::string, list, 0, 0, 0},  // Barcodes
 };
 constexpr detail::TextRef kChoicesAPP5[] = {
     {3119, 1}, {3120, 1}, {5232, 1}, {5233, 1}, {5234, 1}, {5235, 1}, {5236, 1}, {5237, 1},
@@ -4275,30 +4264,29 @@ constexpr std::uint16_t kKeyOrderAPP5[] = {
     11, 17, 12, 1, 2, 0, 3, 13, 14, 4, 6, 7, 8, 15, 16, 9, 5, 10,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP5[18];
-constinit detail::StreamTags gTagsAPP5("APP5", kText, kTagsAPP5, kKeyOrderAPP5, kChoicesAPP5, gItemsAPP5, &TagStringsCatalogue::stringsAPP5);
 
 // APP6: 18 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP6[] = {
-    {{22598, 7}, TagType::int8u, 0, 0, 0, 0},  // MixMode
-    {{22605, 15}, TagType::float_, 0, 0, 0, 0},  // FusionIntensity
-    {{22620, 16}, TagType::float_, 0, 0, 0, 0},  // OffsetAdjustment
-    {{22636, 14}, TagType::float_, 0, 30, 0, 0},  // CorrectionAsix
-    {{22650, 7}, TagType::string, 2, 0, 0, 0},  // PrintIM
-    {{22657, 8}, TagType::string, 0, 0, 0, 0},  // DJI_DTAT
-    {{22665, 11}, TagType::int8u, 0, 2, 0, 0},  // NITFVersion
-    {{22676, 11}, TagType::int8u, 0, 0, 0, 1},  // ImageFormat
-    {{22687, 12}, TagType::int16u, 0, 0, 0, 0},  // BlocksPerRow
-    {{22699, 15}, TagType::int16u, 0, 0, 0, 0},  // BlocksPerColumn
-    {{22714, 10}, TagType::int8u, 0, 0, 1, 1},  // ImageColor
-    {{22724, 8}, TagType::int8u, 0, 0, 0, 0},  // BitDepth
-    {{22732, 10}, TagType::int8u, 0, 0, 2, 2},  // ImageClass
-    {{22742, 11}, TagType::int8u, 0, 0, 4, 2},  // JPEGProcess
-    {{15544, 7}, TagType::int8u, 0, 0, 0, 0},  // Quality
-    {{22753, 11}, TagType::int8u, 0, 0, 1, 1},  // StreamColor
-    {{22764, 14}, TagType::int8u, 0, 0, 0, 0},  // StreamBitDepth
-    {{22778, 5}, TagType::int32u, 0, 0, 0, 0},  // Flags
+    {{22598, 7}, TagType::int8u, none, 0, 0, 0},  // MixMode
+    {{22605, 15}, TagType::float_, none, 0, 0, 0},  // FusionIntensity
+    {{22620, 16}, TagType::float_, none, 0, 0, 0},  // OffsetAdjustment
+    {{22636, 14}, TagType::float_, none, 30, 0, 0},  // CorrectionAsix
+    {{22650, 7}, TagType::string, writable, 0, 0, 0},  // PrintIM
+    {{22657, 8}, TagType::string, none, 0, 0, 0},  // DJI_DTAT
+    {{22665, 11}, TagType::int8u, none, 2, 0, 0},  // NITFVersion
+    {{22676, 11}, TagType::int8u, none, 0, 0, 1},  // ImageFormat
+    {{22687, 12}, TagType::int16u, none, 0, 0, 0},  // BlocksPerRow
+    {{22699, 15}, TagType::int16u, none, 0, 0, 0},  // BlocksPerColumn
+    {{22714, 10}, TagType::int8u, none, 0, 1, 1},  // ImageColor
+    {{22724, 8}, TagType::int8u, none, 0, 0, 0},  // BitDepth
+    {{22732, 10}, TagType::int8u, none, 0, 2, 2},  // ImageClass
+    {{22742, 11}, TagType::int8u, none, 0, 4, 2},  // JPEGProcess
+    {{15544, 7}, TagType::int8u, none, 0, 0, 0},  // Quality
+    {{22753, 11}, TagType::int8u, none, 0, 1, 1},  // StreamColor
+    {{22764, 14}, TagType::int8u, none, 0, 0, 0},  // StreamBitDepth
+    {{22778, 5}, TagType::int32u, none, 0, 0, 0},  // Flags
 };
 constexpr detail::TextRef kChoicesAPP6[] = {
     {22783, 1}, {3118, 1}, {3118, 1}, {5233, 1}, {3119, 1}, {5233, 1},
@@ -4361,18 +4349,17 @@ constexpr std::uint16_t kKeyOrderAPP6[] = {
     11, 9, 8, 3, 5, 17, 1, 12, 10, 7, 13, 0, 6, 2, 4, 14, 16, 15,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP6[18];
-constinit detail::StreamTags gTagsAPP6("APP6", kText, kTagsAPP6, kKeyOrderAPP6, kChoicesAPP6, gItemsAPP6, &TagStringsCatalogue::stringsAPP6);
 
 // APP7: 6 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP7[] = {
-    {{23675, 11}, TagType::int8u, 0, 0, 0, 0},  // WorkingMode
-    {{23686, 12}, TagType::int32u, 0, 0, 0, 0},  // IntegralTime
-    {{23698, 15}, TagType::int32u, 0, 0, 0, 0},  // IntegratTimeHdr
-    {{23713, 10}, TagType::int8u, 0, 0, 0, 0},  // GainStable
-    {{23723, 17}, TagType::int8u, 0, 0, 0, 0},  // TempControlEnable
-    {{23740, 10}, TagType::float_, 0, 0, 0, 0},  // DeviceTemp
+    {{23675, 11}, TagType::int8u, none, 0, 0, 0},  // WorkingMode
+    {{23686, 12}, TagType::int32u, none, 0, 0, 0},  // IntegralTime
+    {{23698, 15}, TagType::int32u, none, 0, 0, 0},  // IntegratTimeHdr
+    {{23713, 10}, TagType::int8u, none, 0, 0, 0},  // GainStable
+    {{23723, 17}, TagType::int8u, none, 0, 0, 0},  // TempControlEnable
+    {{23740, 10}, TagType::float_, none, 0, 0, 0},  // DeviceTemp
 };
 constexpr detail::StringRow kStringsEnglishAPP7[] = {
     {{23750, 15}, {23765, 11}},
@@ -4387,27 +4374,26 @@ constexpr std::uint16_t kKeyOrderAPP7[] = {
     5, 3, 1, 2, 4, 0,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP7[6];
-constinit detail::StreamTags gTagsAPP7("APP7", kText, kTagsAPP7, kKeyOrderAPP7, {}, gItemsAPP7, &TagStringsCatalogue::stringsAPP7);
 
 // APP8: 15 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP8[] = {
-    {{23938, 13}, TagType::float_, 0, 0, 0, 0},  // IsothermalMax
-    {{23951, 13}, TagType::float_, 0, 0, 0, 0},  // IsothermalMin
-    {{23964, 12}, TagType::float_, 0, 0, 0, 0},  // ChromaBarMax
-    {{23976, 12}, TagType::float_, 0, 0, 0, 0},  // ChromaBarMin
-    {{23988, 12}, TagType::int8u, 0, 2, 0, 0},  // SPIFFVersion
-    {{24000, 9}, TagType::int8u, 0, 0, 0, 5},  // ProfileID
-    {{24009, 15}, TagType::int8u, 0, 0, 0, 0},  // ColorComponents
-    {{24024, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
-    {{24035, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
-    {{24045, 10}, TagType::int8u, 0, 0, 5, 12},  // ColorSpace
-    {{1981, 13}, TagType::int8u, 0, 0, 0, 0},  // BitsPerSample
-    {{24055, 11}, TagType::int8u, 0, 0, 17, 6},  // Compression
-    {{24066, 14}, TagType::int8u, 0, 0, 23, 3},  // ResolutionUnit
-    {{24080, 11}, TagType::int32u, 0, 0, 0, 0},  // YResolution
-    {{24091, 11}, TagType::int32u, 0, 0, 0, 0},  // XResolution
+    {{23938, 13}, TagType::float_, none, 0, 0, 0},  // IsothermalMax
+    {{23951, 13}, TagType::float_, none, 0, 0, 0},  // IsothermalMin
+    {{23964, 12}, TagType::float_, none, 0, 0, 0},  // ChromaBarMax
+    {{23976, 12}, TagType::float_, none, 0, 0, 0},  // ChromaBarMin
+    {{23988, 12}, TagType::int8u, none, 2, 0, 0},  // SPIFFVersion
+    {{24000, 9}, TagType::int8u, none, 0, 0, 5},  // ProfileID
+    {{24009, 15}, TagType::int8u, none, 0, 0, 0},  // ColorComponents
+    {{24024, 11}, TagType::int32u, none, 0, 0, 0},  // ImageHeight
+    {{24035, 10}, TagType::int32u, none, 0, 0, 0},  // ImageWidth
+    {{24045, 10}, TagType::int8u, none, 0, 5, 12},  // ColorSpace
+    {{1981, 13}, TagType::int8u, none, 0, 0, 0},  // BitsPerSample
+    {{24055, 11}, TagType::int8u, none, 0, 17, 6},  // Compression
+    {{24066, 14}, TagType::int8u, none, 0, 23, 3},  // ResolutionUnit
+    {{24080, 11}, TagType::int32u, none, 0, 0, 0},  // YResolution
+    {{24091, 11}, TagType::int32u, none, 0, 0, 0},  // XResolution
 };
 constexpr detail::TextRef kChoicesAPP8[] = {
     {3118, 1}, {3119, 1}, {3120, 1}, {5232, 1}, {5233, 1}, {3118, 1}, {3119, 1}, {3120, 1},
@@ -4562,26 +4548,25 @@ constexpr std::uint16_t kKeyOrderAPP8[] = {
     10, 2, 3, 6, 9, 11, 7, 8, 0, 1, 5, 12, 4, 14, 13,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP8[15];
-constinit detail::StreamTags gTagsAPP8("APP8", kText, kTagsAPP8, kKeyOrderAPP8, kChoicesAPP8, gItemsAPP8, &TagStringsCatalogue::stringsAPP8);
 
 // APP9: 14 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP9[] = {
-    {{26599, 20}, TagType::string, 0, 12, 0, 0},  // IRSensorManufacturer
-    {{26619, 12}, TagType::string, 0, 12, 0, 0},  // IRSensorName
-    {{26631, 18}, TagType::string, 0, 32, 0, 0},  // IRSensorPartNumber
-    {{26649, 20}, TagType::string, 0, 32, 0, 0},  // IRSensorSerialNumber
-    {{26669, 16}, TagType::string, 0, 12, 0, 0},  // IRSensorFirmware
-    {{26685, 16}, TagType::float_, 0, 0, 0, 0},  // IRSensorAperture
-    {{26701, 13}, TagType::float_, 0, 0, 0, 0},  // IRFocalLength
-    {{26714, 25}, TagType::string, 0, 12, 0, 0},  // VisibleSensorManufacturer
-    {{26739, 17}, TagType::string, 0, 12, 0, 0},  // VisibleSensorName
-    {{26756, 23}, TagType::string, 0, 32, 0, 0},  // VisibleSensorPartNumber
-    {{26779, 25}, TagType::string, 0, 32, 0, 0},  // VisibleSensorSerialNumber
-    {{26804, 21}, TagType::string, 0, 12, 0, 0},  // VisibleSensorFirmware
-    {{26825, 21}, TagType::float_, 0, 0, 0, 0},  // VisibleSensorAperture
-    {{26846, 18}, TagType::float_, 0, 0, 0, 0},  // VisibleFocalLength
+    {{26599, 20}, TagType::string, none, 12, 0, 0},  // IRSensorManufacturer
+    {{26619, 12}, TagType::string, none, 12, 0, 0},  // IRSensorName
+    {{26631, 18}, TagType::string, none, 32, 0, 0},  // IRSensorPartNumber
+    {{26649, 20}, TagType::string, none, 32, 0, 0},  // IRSensorSerialNumber
+    {{26669, 16}, TagType::string, none, 12, 0, 0},  // IRSensorFirmware
+    {{26685, 16}, TagType::float_, none, 0, 0, 0},  // IRSensorAperture
+    {{26701, 13}, TagType::float_, none, 0, 0, 0},  // IRFocalLength
+    {{26714, 25}, TagType::string, none, 12, 0, 0},  // VisibleSensorManufacturer
+    {{26739, 17}, TagType::string, none, 12, 0, 0},  // VisibleSensorName
+    {{26756, 23}, TagType::string, none, 32, 0, 0},  // VisibleSensorPartNumber
+    {{26779, 25}, TagType::string, none, 32, 0, 0},  // VisibleSensorSerialNumber
+    {{26804, 21}, TagType::string, none, 12, 0, 0},  // VisibleSensorFirmware
+    {{26825, 21}, TagType::float_, none, 0, 0, 0},  // VisibleSensorAperture
+    {{26846, 18}, TagType::float_, none, 0, 0, 0},  // VisibleFocalLength
 };
 constexpr detail::StringRow kStringsEnglishAPP9[] = {
     {{26864, 18}, {26882, 15}},
@@ -4604,222 +4589,221 @@ constexpr std::uint16_t kKeyOrderAPP9[] = {
     6, 5, 4, 0, 1, 2, 3, 13, 12, 11, 7, 8, 9, 10,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP9[14];
-constinit detail::StreamTags gTagsAPP9("APP9", kText, kTagsAPP9, kKeyOrderAPP9, {}, gItemsAPP9, &TagStringsCatalogue::stringsAPP9);
 
 // ASF: 210 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsASF[] = {
-    {{27496, 21}, TagType::string, 0, 0, 0, 0},  // AudioCodecDescription
-    {{27517, 14}, TagType::string, 0, 0, 0, 0},  // AudioCodecName
-    {{27531, 21}, TagType::string, 0, 0, 0, 0},  // OtherCodecDescription
-    {{27552, 14}, TagType::string, 0, 0, 0, 0},  // OtherCodecName
-    {{27566, 21}, TagType::string, 0, 0, 0, 0},  // VideoCodecDescription
-    {{27587, 14}, TagType::string, 0, 0, 0, 0},  // VideoCodecName
-    {{27601, 15}, TagType::string, 0, 0, 0, 4},  // BannerImageType
-    {{27616, 11}, TagType::string, 8, 0, 0, 0},  // BannerImage
-    {{27627, 14}, TagType::string, 0, 0, 0, 0},  // BannerImageURL
-    {{27641, 12}, TagType::string, 0, 0, 0, 0},  // CopyrightURL
-    {{1891, 5}, TagType::string, 0, 0, 0, 0},  // Title
-    {{418, 6}, TagType::string, 0, 0, 0, 0},  // Author
-    {{384, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
-    {{27653, 11}, TagType::string, 0, 0, 0, 0},  // Description
-    {{27664, 6}, TagType::string, 0, 0, 0, 0},  // Rating
-    {{27670, 19}, TagType::string, 8, 0, 0, 0},  // ASFLeakyBucketPairs
-    {{27689, 14}, TagType::string, 0, 0, 0, 0},  // ASFPacketCount
-    {{27703, 22}, TagType::string, 0, 0, 0, 0},  // ASFSecurityObjectsSize
-    {{27725, 11}, TagType::string, 0, 0, 0, 0},  // AlbumArtist
-    {{27736, 13}, TagType::string, 0, 0, 0, 0},  // AlbumCoverURL
-    {{27749, 10}, TagType::string, 0, 0, 0, 0},  // AlbumTitle
-    {{27759, 12}, TagType::string, 0, 0, 0, 0},  // AspectRatioX
-    {{27771, 12}, TagType::string, 0, 0, 0, 0},  // AspectRatioY
-    {{27783, 12}, TagType::string, 0, 0, 0, 0},  // AudioFileURL
-    {{27795, 14}, TagType::string, 0, 0, 0, 0},  // AudioSourceURL
-    {{27809, 9}, TagType::string, 0, 0, 0, 0},  // AuthorURL
-    {{27818, 12}, TagType::string, 0, 0, 0, 0},  // AverageLevel
-    {{27830, 15}, TagType::string, 0, 0, 0, 0},  // BannerImageData
-    {{27845, 14}, TagType::string, 0, 0, 0, 0},  // BeatsPerMinute
-    {{27859, 7}, TagType::string, 0, 0, 0, 0},  // Bitrate
-    {{27866, 9}, TagType::string, 0, 0, 0, 0},  // Broadcast
-    {{27875, 13}, TagType::string, 0, 0, 0, 0},  // BufferAverage
-    {{27888, 17}, TagType::string, 0, 0, 0, 0},  // Can_Skip_Backward
-    {{27905, 16}, TagType::string, 0, 0, 0, 0},  // Can_Skip_Forward
-    {{27921, 8}, TagType::string, 0, 0, 0, 0},  // Category
-    {{27929, 5}, TagType::string, 0, 0, 0, 0},  // Codec
-    {{27934, 8}, TagType::string, 0, 0, 0, 0},  // Composer
-    {{27942, 9}, TagType::string, 0, 0, 0, 0},  // Conductor
-    {{27951, 15}, TagType::string, 0, 0, 0, 0},  // ContainerFormat
-    {{27966, 18}, TagType::string, 0, 0, 0, 0},  // ContentDistributor
-    {{27984, 23}, TagType::string, 0, 0, 0, 0},  // ContentGroupDescription
-    {{28007, 14}, TagType::string, 0, 0, 0, 0},  // CurrentBitrate
-    {{28021, 3}, TagType::string, 0, 0, 0, 0},  // DRM
-    {{28024, 13}, TagType::string, 0, 0, 0, 0},  // DRM_ContentID
-    {{28037, 13}, TagType::string, 0, 0, 0, 0},  // DRM_DRMHeader
-    {{28050, 32}, TagType::string, 0, 0, 0, 0},  // DRM_DRMHeader_ContentDistributor
-    {{28082, 23}, TagType::string, 0, 0, 0, 0},  // DRM_DRMHeader_ContentID
-    {{28105, 35}, TagType::string, 0, 0, 0, 0},  // DRM_DRMHeader_IndividualizedVersion
-    {{28140, 19}, TagType::string, 0, 0, 0, 0},  // DRM_DRMHeader_KeyID
-    {{28159, 27}, TagType::string, 0, 0, 0, 0},  // DRM_DRMHeader_LicenseAcqURL
-    {{28186, 35}, TagType::string, 0, 0, 0, 0},  // DRM_DRMHeader_SubscriptionContentID
-    {{28221, 25}, TagType::string, 0, 0, 0, 0},  // DRM_IndividualizedVersion
-    {{28246, 9}, TagType::string, 0, 0, 0, 0},  // DRM_KeyID
-    {{28255, 19}, TagType::string, 0, 0, 0, 0},  // DRM_LASignatureCert
-    {{28274, 25}, TagType::string, 0, 0, 0, 0},  // DRM_LASignatureLicSrvCert
-    {{28299, 22}, TagType::string, 0, 0, 0, 0},  // DRM_LASignaturePrivKey
-    {{28321, 23}, TagType::string, 0, 0, 0, 0},  // DRM_LASignatureRootCert
-    {{28344, 17}, TagType::string, 0, 0, 0, 0},  // DRM_LicenseAcqURL
-    {{28361, 19}, TagType::string, 0, 0, 0, 0},  // DRM_V1LicenseAcqURL
-    {{28380, 5}, TagType::string, 0, 0, 0, 0},  // DVDID
-    {{28385, 8}, TagType::string, 0, 0, 0, 0},  // Director
-    {{1878, 8}, TagType::int64u, 0, 0, 0, 0},  // Duration
-    {{28393, 9}, TagType::string, 0, 0, 0, 0},  // EncodedBy
-    {{28402, 16}, TagType::string, 0, 0, 0, 0},  // EncodingSettings
-    {{28418, 12}, TagType::string, 0, 0, 0, 0},  // EncodingTime
-    {{28430, 8}, TagType::string, 0, 0, 0, 0},  // FileSize
-    {{1886, 5}, TagType::string, 0, 0, 0, 0},  // Genre
-    {{28438, 7}, TagType::string, 0, 0, 0, 0},  // GenreID
-    {{28445, 22}, TagType::string, 0, 0, 0, 0},  // HasArbitraryDataStream
-    {{28467, 17}, TagType::string, 0, 0, 0, 0},  // HasAttachedImages
-    {{28484, 8}, TagType::string, 0, 0, 0, 0},  // HasAudio
-    {{28492, 21}, TagType::string, 0, 0, 0, 0},  // HasFileTransferStream
-    {{28513, 8}, TagType::string, 0, 0, 0, 0},  // HasImage
-    {{28521, 9}, TagType::string, 0, 0, 0, 0},  // HasScript
-    {{28530, 8}, TagType::string, 0, 0, 0, 0},  // HasVideo
-    {{28538, 4}, TagType::string, 0, 0, 0, 0},  // ISRC
-    {{28542, 10}, TagType::string, 0, 0, 0, 0},  // InitialKey
-    {{28552, 5}, TagType::string, 0, 0, 0, 0},  // IsVBR
-    {{28557, 12}, TagType::string, 0, 0, 0, 0},  // Is_Protected
-    {{28569, 10}, TagType::string, 0, 0, 0, 0},  // Is_Trusted
-    {{28579, 8}, TagType::string, 0, 0, 0, 0},  // Language
-    {{28587, 6}, TagType::string, 0, 0, 0, 0},  // Lyrics
-    {{28593, 19}, TagType::string, 0, 0, 0, 0},  // Lyrics_Synchronised
-    {{28612, 4}, TagType::string, 0, 0, 0, 0},  // MCDI
-    {{28616, 19}, TagType::string, 0, 0, 0, 0},  // MediaClassPrimaryID
-    {{28635, 21}, TagType::string, 0, 0, 0, 0},  // MediaClassSecondaryID
-    {{28656, 12}, TagType::string, 0, 0, 0, 0},  // MediaCredits
-    {{28668, 12}, TagType::string, 0, 0, 0, 0},  // MediaIsDelay
-    {{28680, 13}, TagType::string, 0, 0, 0, 0},  // MediaIsFinale
-    {{28693, 11}, TagType::string, 0, 0, 0, 0},  // MediaIsLive
-    {{28704, 15}, TagType::string, 0, 0, 0, 0},  // MediaIsPremiere
-    {{28719, 13}, TagType::string, 0, 0, 0, 0},  // MediaIsRepeat
-    {{28732, 10}, TagType::string, 0, 0, 0, 0},  // MediaIsSAP
-    {{28742, 13}, TagType::string, 0, 0, 0, 0},  // MediaIsStereo
-    {{28755, 16}, TagType::string, 0, 0, 0, 0},  // MediaIsSubtitled
-    {{28771, 11}, TagType::string, 0, 0, 0, 0},  // MediaIsTape
-    {{28782, 23}, TagType::string, 0, 0, 0, 0},  // MediaNetworkAffiliation
-    {{28805, 30}, TagType::string, 0, 0, 0, 0},  // MediaOriginalBroadcastDateTime
-    {{28835, 20}, TagType::string, 0, 0, 0, 0},  // MediaOriginalChannel
-    {{28855, 20}, TagType::string, 0, 0, 0, 0},  // MediaStationCallSign
-    {{28875, 16}, TagType::string, 0, 0, 0, 0},  // MediaStationName
-    {{28891, 10}, TagType::string, 0, 0, 0, 0},  // ModifiedBy
-    {{28901, 4}, TagType::string, 0, 0, 0, 0},  // Mood
-    {{28905, 11}, TagType::string, 0, 0, 0, 0},  // NSC_Address
-    {{28916, 15}, TagType::string, 0, 0, 0, 0},  // NSC_Description
-    {{28931, 9}, TagType::string, 0, 0, 0, 0},  // NSC_Email
-    {{28940, 8}, TagType::string, 0, 0, 0, 0},  // NSC_Name
-    {{28948, 9}, TagType::string, 0, 0, 0, 0},  // NSC_Phone
-    {{28957, 14}, TagType::string, 0, 0, 0, 0},  // NumberOfFrames
-    {{28971, 14}, TagType::string, 0, 0, 0, 0},  // OptimalBitrate
-    {{28985, 18}, TagType::string, 0, 0, 0, 0},  // OriginalAlbumTitle
-    {{29003, 14}, TagType::string, 0, 0, 0, 0},  // OriginalArtist
-    {{29017, 16}, TagType::string, 0, 0, 0, 0},  // OriginalFileName
-    {{29033, 16}, TagType::string, 0, 0, 0, 0},  // OriginalLyricist
-    {{29049, 19}, TagType::string, 0, 0, 0, 0},  // OriginalReleaseTime
-    {{29068, 19}, TagType::string, 0, 0, 0, 0},  // OriginalReleaseYear
-    {{29087, 14}, TagType::string, 0, 0, 0, 0},  // ParentalRating
-    {{29101, 20}, TagType::string, 0, 0, 0, 0},  // ParentalRatingReason
-    {{29121, 9}, TagType::string, 0, 0, 0, 0},  // PartOfSet
-    {{29130, 11}, TagType::string, 0, 0, 0, 0},  // PeakBitrate
-    {{29141, 9}, TagType::string, 0, 0, 0, 0},  // PeakValue
-    {{29150, 6}, TagType::string, 0, 0, 0, 0},  // Period
-    {{29156, 13}, TagType::string, 0, 0, 0, 0},  // PlaylistDelay
-    {{29169, 8}, TagType::string, 0, 0, 0, 0},  // Producer
-    {{29177, 12}, TagType::string, 0, 0, 0, 0},  // PromotionURL
-    {{29189, 14}, TagType::string, 0, 0, 0, 0},  // ProtectionType
-    {{29203, 8}, TagType::string, 0, 0, 0, 0},  // Provider
-    {{29211, 17}, TagType::string, 0, 0, 0, 0},  // ProviderCopyright
-    {{29228, 14}, TagType::string, 0, 0, 0, 0},  // ProviderRating
-    {{29242, 13}, TagType::string, 0, 0, 0, 0},  // ProviderStyle
-    {{29255, 9}, TagType::string, 0, 0, 0, 0},  // Publisher
-    {{29264, 16}, TagType::string, 0, 0, 0, 0},  // RadioStationName
-    {{29280, 17}, TagType::string, 0, 0, 0, 0},  // RadioStationOwner
-    {{29297, 8}, TagType::string, 0, 0, 0, 0},  // Seekable
-    {{29305, 16}, TagType::string, 0, 0, 0, 0},  // SharedUserRating
-    {{29321, 14}, TagType::string, 0, 0, 0, 0},  // Signature_Name
-    {{29335, 14}, TagType::string, 0, 0, 0, 0},  // StreamTypeInfo
-    {{29349, 9}, TagType::string, 0, 0, 0, 0},  // Stridable
-    {{29358, 8}, TagType::string, 0, 0, 0, 0},  // Subtitle
-    {{29366, 19}, TagType::string, 0, 0, 0, 0},  // SubtitleDescription
-    {{29385, 21}, TagType::string, 0, 0, 0, 0},  // SubscriptionContentID
-    {{26, 4}, TagType::string, 0, 0, 0, 0},  // Text
-    {{1896, 8}, TagType::string, 0, 0, 0, 0},  // ToolName
-    {{1904, 11}, TagType::string, 0, 0, 0, 0},  // ToolVersion
-    {{1915, 5}, TagType::string, 0, 0, 0, 0},  // Track
-    {{29406, 11}, TagType::string, 0, 0, 0, 0},  // TrackNumber
-    {{29417, 20}, TagType::string, 0, 0, 0, 0},  // UniqueFileIdentifier
-    {{29437, 10}, TagType::string, 0, 0, 0, 0},  // UserWebURL
-    {{29447, 7}, TagType::string, 0, 0, 0, 0},  // VBRPeak
-    {{29454, 21}, TagType::string, 0, 0, 0, 0},  // VideoClosedCaptioning
-    {{29475, 14}, TagType::string, 0, 0, 0, 0},  // VideoFrameRate
-    {{29489, 11}, TagType::string, 0, 0, 0, 0},  // VideoHeight
-    {{29500, 10}, TagType::string, 0, 0, 0, 0},  // VideoWidth
-    {{29510, 22}, TagType::string, 0, 0, 0, 0},  // WMADRCAverageReference
-    {{29532, 19}, TagType::string, 0, 0, 0, 0},  // WMADRCAverageTarget
-    {{29551, 19}, TagType::string, 0, 0, 0, 0},  // WMADRCPeakReference
-    {{29570, 16}, TagType::string, 0, 0, 0, 0},  // WMADRCPeakTarget
-    {{29586, 19}, TagType::string, 0, 0, 0, 0},  // WMCollectionGroupID
-    {{29605, 14}, TagType::string, 0, 0, 0, 0},  // WMCollectionID
-    {{29619, 11}, TagType::string, 0, 0, 0, 0},  // WMContentID
-    {{29630, 6}, TagType::string, 0, 0, 0, 0},  // Writer
-    {{1920, 4}, TagType::string, 0, 0, 0, 0},  // Year
-    {{29636, 6}, TagType::binary, 0, 16, 0, 0},  // FileID
-    {{29642, 10}, TagType::int64u, 0, 0, 0, 0},  // FileLength
-    {{29652, 12}, TagType::int64u, 0, 0, 0, 0},  // CreationDate
-    {{29664, 11}, TagType::int64u, 0, 0, 0, 0},  // DataPackets
-    {{29675, 12}, TagType::int64u, 0, 0, 0, 0},  // SendDuration
-    {{29687, 7}, TagType::int64u, 0, 0, 0, 0},  // Preroll
-    {{22778, 5}, TagType::int32u, 0, 0, 0, 0},  // Flags
-    {{29694, 13}, TagType::int32u, 0, 0, 0, 0},  // MinPacketSize
-    {{29707, 13}, TagType::int32u, 0, 0, 0, 0},  // MaxPacketSize
-    {{29720, 10}, TagType::int32u, 0, 0, 0, 0},  // MaxBitrate
-    {{29730, 7}, TagType::string, 0, 0, 0, 0},  // Padding
-    {{29737, 13}, TagType::string, 0, 0, 0, 0},  // ScriptCommand
-    {{29750, 17}, TagType::string, 0, 0, 0, 0},  // ContentEncryption
-    {{29767, 16}, TagType::string, 0, 0, 0, 0},  // DigitalSignature
-    {{29783, 25}, TagType::string, 0, 0, 0, 0},  // ExtendedContentEncryption
-    {{29808, 15}, TagType::string, 0, 0, 0, 0},  // ErrorCorrection
-    {{29823, 18}, TagType::string, 0, 0, 0, 0},  // StreamBitrateProps
-    {{29841, 22}, TagType::string, 0, 0, 0, 0},  // BitrateMutualExclusion
-    {{29863, 6}, TagType::string, 0, 0, 0, 0},  // Marker
-    {{29869, 19}, TagType::string, 0, 0, 0, 0},  // ExtendedStreamProps
-    {{29888, 25}, TagType::string, 0, 0, 0, 0},  // AdvancedContentEncryption
-    {{29913, 18}, TagType::string, 0, 0, 0, 0},  // TimecodeIndexParms
-    {{29931, 13}, TagType::string, 0, 0, 0, 0},  // Compatibility
-    {{29944, 12}, TagType::string, 0, 0, 0, 0},  // LanguageList
-    {{29956, 18}, TagType::string, 0, 0, 0, 0},  // AdvancedMutualExcl
-    {{29974, 16}, TagType::string, 0, 0, 0, 0},  // BandwidthSharing
-    {{29990, 9}, TagType::string, 0, 0, 0, 0},  // Reserved1
-    {{29999, 20}, TagType::string, 0, 0, 0, 0},  // GroupMutualExclusion
-    {{30019, 20}, TagType::string, 0, 0, 0, 0},  // StreamPrioritization
-    {{30039, 15}, TagType::string, 0, 0, 0, 0},  // IndexParameters
-    {{30054, 11}, TagType::string, 0, 0, 0, 0},  // SimpleIndex
-    {{30065, 13}, TagType::string, 0, 0, 0, 0},  // TimecodeIndex
-    {{30078, 4}, TagType::string, 0, 0, 0, 0},  // Data
-    {{30082, 5}, TagType::string, 0, 0, 0, 0},  // Index
-    {{30087, 10}, TagType::string, 0, 0, 0, 0},  // MediaIndex
-    {{30097, 11}, TagType::string, 0, 0, 4, 21},  // PictureType
-    {{30108, 15}, TagType::string, 0, 0, 0, 0},  // PictureMIMEType
-    {{30123, 18}, TagType::string, 0, 0, 0, 0},  // PictureDescription
-    {{30141, 7}, TagType::string, 8, 0, 0, 0},  // Picture
-    {{30148, 10}, TagType::binary, 0, 16, 25, 7},  // StreamType
-    {{30158, 19}, TagType::binary, 0, 16, 32, 2},  // ErrorCorrectionType
-    {{30177, 10}, TagType::int64u, 0, 0, 0, 0},  // TimeOffset
-    {{30187, 12}, TagType::int16u, 0, 0, 0, 0},  // StreamNumber
-    {{30199, 12}, TagType::int16u, 0, 0, 34, 243},  // AudioCodecID
-    {{24035, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
-    {{30211, 13}, TagType::int16u, 0, 0, 0, 0},  // AudioChannels
-    {{30224, 15}, TagType::int32u, 0, 0, 0, 0},  // AudioSampleRate
-    {{24024, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
+    {{27496, 21}, TagType::string, none, 0, 0, 0},  // AudioCodecDescription
+    {{27517, 14}, TagType::string, none, 0, 0, 0},  // AudioCodecName
+    {{27531, 21}, TagType::string, none, 0, 0, 0},  // OtherCodecDescription
+    {{27552, 14}, TagType::string, none, 0, 0, 0},  // OtherCodecName
+    {{27566, 21}, TagType::string, none, 0, 0, 0},  // VideoCodecDescription
+    {{27587, 14}, TagType::string, none, 0, 0, 0},  // VideoCodecName
+    {{27601, 15}, TagType::string, none, 0, 0, 4},  // BannerImageType
+    {{27616, 11}, TagType::string, binary, 0, 0, 0},  // BannerImage
+    {{27627, 14}, TagType::string, none, 0, 0, 0},  // BannerImageURL
+    {{27641, 12}, TagType::string, none, 0, 0, 0},  // CopyrightURL
+    {{1891, 5}, TagType::string, none, 0, 0, 0},  // Title
+    {{418, 6}, TagType::string, none, 0, 0, 0},  // Author
+    {{384, 9}, TagType::string, none, 0, 0, 0},  // Copyright
+    {{27653, 11}, TagType::string, none, 0, 0, 0},  // Description
+    {{27664, 6}, TagType::string, none, 0, 0, 0},  // Rating
+    {{27670, 19}, TagType::string, binary, 0, 0, 0},  // ASFLeakyBucketPairs
+    {{27689, 14}, TagType::string, none, 0, 0, 0},  // ASFPacketCount
+    {{27703, 22}, TagType::string, none, 0, 0, 0},  // ASFSecurityObjectsSize
+    {{27725, 11}, TagType::string, none, 0, 0, 0},  // AlbumArtist
+    {{27736, 13}, TagType::string, none, 0, 0, 0},  // AlbumCoverURL
+    {{27749, 10}, TagType::string, none, 0, 0, 0},  // AlbumTitle
+    {{27759, 12}, TagType::string, none, 0, 0, 0},  // AspectRatioX
+    {{27771, 12}, TagType::string, none, 0, 0, 0},  // AspectRatioY
+    {{27783, 12}, TagType::string, none, 0, 0, 0},  // AudioFileURL
+    {{27795, 14}, TagType::string, none, 0, 0, 0},  // AudioSourceURL
+    {{27809, 9}, TagType::string, none, 0, 0, 0},  // AuthorURL
+    {{27818, 12}, TagType::string, none, 0, 0, 0},  // AverageLevel
+    {{27830, 15}, TagType::string, none, 0, 0, 0},  // BannerImageData
+    {{27845, 14}, TagType::string, none, 0, 0, 0},  // BeatsPerMinute
+    {{27859, 7}, TagType::string, none, 0, 0, 0},  // Bitrate
+    {{27866, 9}, TagType::string, none, 0, 0, 0},  // Broadcast
+    {{27875, 13}, TagType::string, none, 0, 0, 0},  // BufferAverage
+    {{27888, 17}, TagType::string, none, 0, 0, 0},  // Can_Skip_Backward
+    {{27905, 16}, TagType::string, none, 0, 0, 0},  // Can_Skip_Forward
+    {{27921, 8}, TagType::string, none, 0, 0, 0},  // Category
+    {{27929, 5}, TagType::string, none, 0, 0, 0},  // Codec
+    {{27934, 8}, TagType::string, none, 0, 0, 0},  // Composer
+    {{27942, 9}, TagType::string, none, 0, 0, 0},  // Conductor
+    {{27951, 15}, TagType::string, none, 0, 0, 0},  // ContainerFormat
+    {{27966, 18}, TagType::string, none, 0, 0, 0},  // ContentDistributor
+    {{27984, 23}, TagType::string, none, 0, 0, 0},  // ContentGroupDescription
+    {{28007, 14}, TagType::string, none, 0, 0, 0},  // CurrentBitrate
+    {{28021, 3}, TagType::string, none, 0, 0, 0},  // DRM
+    {{28024, 13}, TagType::string, none, 0, 0, 0},  // DRM_ContentID
+    {{28037, 13}, TagType::string, none, 0, 0, 0},  // DRM_DRMHeader
+    {{28050, 32}, TagType::string, none, 0, 0, 0},  // DRM_DRMHeader_ContentDistributor
+    {{28082, 23}, TagType::string, none, 0, 0, 0},  // DRM_DRMHeader_ContentID
+    {{28105, 35}, TagType::string, none, 0, 0, 0},  // DRM_DRMHeader_IndividualizedVersion
+    {{28140, 19}, TagType::string, none, 0, 0, 0},  // DRM_DRMHeader_KeyID
+    {{28159, 27}, TagType::string, none, 0, 0, 0},  // DRM_DRMHeader_LicenseAcqURL
+    {{28186, 35}, TagType::string, none, 0, 0, 0},  // DRM_DRMHeader_SubscriptionContentID
+    {{28221, 25}, TagType::string, none, 0, 0, 0},  // DRM_IndividualizedVersion
+    {{28246, 9}, TagType::string, none, 0, 0, 0},  // DRM_KeyID
+    {{28255, 19}, TagType::string, none, 0, 0, 0},  // DRM_LASignatureCert
+    {{28274, 25}, TagType::string, none, 0, 0, 0},  // DRM_LASignatureLicSrvCert
+    {{28299, 22}, TagType::string, none, 0, 0, 0},  // DRM_LASignaturePrivKey
+    {{28321, 23}, TagType::string, none, 0, 0, 0},  // DRM_LASignatureRootCert
+    {{28344, 17}, TagType::string, none, 0, 0, 0},  // DRM_LicenseAcqURL
+    {{28361, 19}, TagType::string, none, 0, 0, 0},  // DRM_V1LicenseAcqURL
+    {{28380, 5}, TagType::string, none, 0, 0, 0},  // DVDID
+    {{28385, 8}, TagType::string, none, 0, 0, 0},  // Director
+    {{1878, 8}, TagType::int64u, none, 0, 0, 0},  // Duration
+    {{28393, 9}, TagType::string, none, 0, 0, 0},  // EncodedBy
+    {{28402, 16}, TagType::string, none, 0, 0, 0},  // EncodingSettings
+    {{28418, 12}, TagType::string, none, 0, 0, 0},  // EncodingTime
+    {{28430, 8}, TagType::string, none, 0, 0, 0},  // FileSize
+    {{1886, 5}, TagType::string, none, 0, 0, 0},  // Genre
+    {{28438, 7}, TagType::string, none, 0, 0, 0},  // GenreID
+    {{28445, 22}, TagType::string, none, 0, 0, 0},  // HasArbitraryDataStream
+    {{28467, 17}, TagType::string, none, 0, 0, 0},  // HasAttachedImages
+    {{28484, 8}, TagType::string, none, 0, 0, 0},  // HasAudio
+    {{28492, 21}, TagType::string, none, 0, 0, 0},  // HasFileTransferStream
+    {{28513, 8}, TagType::string, none, 0, 0, 0},  // HasImage
+    {{28521, 9}, TagType::string, none, 0, 0, 0},  // HasScript
+    {{28530, 8}, TagType::string, none, 0, 0, 0},  // HasVideo
+    {{28538, 4}, TagType::string, none, 0, 0, 0},  // ISRC
+    {{28542, 10}, TagType::string, none, 0, 0, 0},  // InitialKey
+    {{28552, 5}, TagType::string, none, 0, 0, 0},  // IsVBR
+    {{28557, 12}, TagType::string, none, 0, 0, 0},  // Is_Protected
+    {{28569, 10}, TagType::string, none, 0, 0, 0},  // Is_Trusted
+    {{28579, 8}, TagType::string, none, 0, 0, 0},  // Language
+    {{28587, 6}, TagType::string, none, 0, 0, 0},  // Lyrics
+    {{28593, 19}, TagType::string, none, 0, 0, 0},  // Lyrics_Synchronised
+    {{28612, 4}, TagType::string, none, 0, 0, 0},  // MCDI
+    {{28616, 19}, TagType::string, none, 0, 0, 0},  // MediaClassPrimaryID
+    {{28635, 21}, TagType::string, none, 0, 0, 0},  // MediaClassSecondaryID
+    {{28656, 12}, TagType::string, none, 0, 0, 0},  // MediaCredits
+    {{28668, 12}, TagType::string, none, 0, 0, 0},  // MediaIsDelay
+    {{28680, 13}, TagType::string, none, 0, 0, 0},  // MediaIsFinale
+    {{28693, 11}, TagType::string, none, 0, 0, 0},  // MediaIsLive
+    {{28704, 15}, TagType::string, none, 0, 0, 0},  // MediaIsPremiere
+    {{28719, 13}, TagType::string, none, 0, 0, 0},  // MediaIsRepeat
+    {{28732, 10}, TagType::string, none, 0, 0, 0},  // MediaIsSAP
+    {{28742, 13}, TagType::string, none, 0, 0, 0},  // MediaIsStereo
+    {{28755, 16}, TagType::string, none, 0, 0, 0},  // MediaIsSubtitled
+    {{28771, 11}, TagType::string, none, 0, 0, 0},  // MediaIsTape
+    {{28782, 23}, TagType::string, none, 0, 0, 0},  // MediaNetworkAffiliation
+    {{28805, 30}, TagType::string, none, 0, 0, 0},  // MediaOriginalBroadcastDateTime
+    {{28835, 20}, TagType::string, none, 0, 0, 0},  // MediaOriginalChannel
+    {{28855, 20}, TagType::string, none, 0, 0, 0},  // MediaStationCallSign
+    {{28875, 16}, TagType::string, none, 0, 0, 0},  // MediaStationName
+    {{28891, 10}, TagType::string, none, 0, 0, 0},  // ModifiedBy
+    {{28901, 4}, TagType::string, none, 0, 0, 0},  // Mood
+    {{28905, 11}, TagType::string, none, 0, 0, 0},  // NSC_Address
+    {{28916, 15}, TagType::string, none, 0, 0, 0},  // NSC_Description
+    {{28931, 9}, TagType::string, none, 0, 0, 0},  // NSC_Email
+    {{28940, 8}, TagType::string, none, 0, 0, 0},  // NSC_Name
+    {{28948, 9}, TagType::string, none, 0, 0, 0},  // NSC_Phone
+    {{28957, 14}, TagType::string, none, 0, 0, 0},  // NumberOfFrames
+    {{28971, 14}, TagType::string, none, 0, 0, 0},  // OptimalBitrate
+    {{28985, 18}, TagType::string, none, 0, 0, 0},  // OriginalAlbumTitle
+    {{29003, 14}, TagType::string, none, 0, 0, 0},  // OriginalArtist
+    {{29017, 16}, TagType::string, none, 0, 0, 0},  // OriginalFileName
+    {{29033, 16}, TagType::string, none, 0, 0, 0},  // OriginalLyricist
+    {{29049, 19}, TagType::string, none, 0, 0, 0},  // OriginalReleaseTime
+    {{29068, 19}, TagType::string, none, 0, 0, 0},  // OriginalReleaseYear
+    {{29087, 14}, TagType::string, none, 0, 0, 0},  // ParentalRating
+    {{29101, 20}, TagType::string, none, 0, 0, 0},  // ParentalRatingReason
+    {{29121, 9}, TagType::string, none, 0, 0, 0},  // PartOfSet
+    {{29130, 11}, TagType::string, none, 0, 0, 0},  // PeakBitrate
+    {{29141, 9}, TagType::string, none, 0, 0, 0},  // PeakValue
+    {{29150, 6}, TagType::string, none, 0, 0, 0},  // Period
+    {{29156, 13}, TagType::string, none, 0, 0, 0},  // PlaylistDelay
+    {{29169, 8}, TagType::string, none, 0, 0, 0},  // Producer
+    {{29177, 12}, TagType::string, none, 0, 0, 0},  // PromotionURL
+    {{29189, 14}, TagType::string, none, 0, 0, 0},  // ProtectionType
+    {{29203, 8}, TagType::string, none, 0, 0, 0},  // Provider
+    {{29211, 17}, TagType::string, none, 0, 0, 0},  // ProviderCopyright
+    {{29228, 14}, TagType::string, none, 0, 0, 0},  // ProviderRating
+    {{29242, 13}, TagType::string, none, 0, 0, 0},  // ProviderStyle
+    {{29255, 9}, TagType::string, none, 0, 0, 0},  // Publisher
+    {{29264, 16}, TagType::string, none, 0, 0, 0},  // RadioStationName
+    {{29280, 17}, TagType::string, none, 0, 0, 0},  // RadioStationOwner
+    {{29297, 8}, TagType::string, none, 0, 0, 0},  // Seekable
+    {{29305, 16}, TagType::string, none, 0, 0, 0},  // SharedUserRating
+    {{29321, 14}, TagType::string, none, 0, 0, 0},  // Signature_Name
+    {{29335, 14}, TagType::string, none, 0, 0, 0},  // StreamTypeInfo
+    {{29349, 9}, TagType::string, none, 0, 0, 0},  // Stridable
+    {{29358, 8}, TagType::string, none, 0, 0, 0},  // Subtitle
+    {{29366, 19}, TagType::string, none, 0, 0, 0},  // SubtitleDescription
+    {{29385, 21}, TagType::string, none, 0, 0, 0},  // SubscriptionContentID
+    {{26, 4}, TagType::string, none, 0, 0, 0},  // Text
+    {{1896, 8}, TagType::string, none, 0, 0, 0},  // ToolName
+    {{1904, 11}, TagType::string, none, 0, 0, 0},  // ToolVersion
+    {{1915, 5}, TagType::string, none, 0, 0, 0},  // Track
+    {{29406, 11}, TagType::string, none, 0, 0, 0},  // TrackNumber
+    {{29417, 20}, TagType::string, none, 0, 0, 0},  // UniqueFileIdentifier
+    {{29437, 10}, TagType::string, none, 0, 0, 0},  // UserWebURL
+    {{29447, 7}, TagType::string, none, 0, 0, 0},  // VBRPeak
+    {{29454, 21}, TagType::string, none, 0, 0, 0},  // VideoClosedCaptioning
+    {{29475, 14}, TagType::string, none, 0, 0, 0},  // VideoFrameRate
+    {{29489, 11}, TagType::string, none, 0, 0, 0},  // VideoHeight
+    {{29500, 10}, TagType::string, none, 0, 0, 0},  // VideoWidth
+    {{29510, 22}, TagType::string, none, 0, 0, 0},  // WMADRCAverageReference
+    {{29532, 19}, TagType::string, none, 0, 0, 0},  // WMADRCAverageTarget
+    {{29551, 19}, TagType::string, none, 0, 0, 0},  // WMADRCPeakReference
+    {{29570, 16}, TagType::string, none, 0, 0, 0},  // WMADRCPeakTarget
+    {{29586, 19}, TagType::string, none, 0, 0, 0},  // WMCollectionGroupID
+    {{29605, 14}, TagType::string, none, 0, 0, 0},  // WMCollectionID
+    {{29619, 11}, TagType::string, none, 0, 0, 0},  // WMContentID
+    {{29630, 6}, TagType::string, none, 0, 0, 0},  // Writer
+    {{1920, 4}, TagType::string, none, 0, 0, 0},  // Year
+    {{29636, 6}, TagType::binary, none, 16, 0, 0},  // FileID
+    {{29642, 10}, TagType::int64u, none, 0, 0, 0},  // FileLength
+    {{29652, 12}, TagType::int64u, none, 0, 0, 0},  // CreationDate
+    {{29664, 11}, TagType::int64u, none, 0, 0, 0},  // DataPackets
+    {{29675, 12}, TagType::int64u, none, 0, 0, 0},  // SendDuration
+    {{29687, 7}, TagType::int64u, none, 0, 0, 0},  // Preroll
+    {{22778, 5}, TagType::int32u, none, 0, 0, 0},  // Flags
+    {{29694, 13}, TagType::int32u, none, 0, 0, 0},  // MinPacketSize
+    {{29707, 13}, TagType::int32u, none, 0, 0, 0},  // MaxPacketSize
+    {{29720, 10}, TagType::int32u, none, 0, 0, 0},  // MaxBitrate
+    {{29730, 7}, TagType::string, none, 0, 0, 0},  // Padding
+    {{29737, 13}, TagType::string, none, 0, 0, 0},  // ScriptCommand
+    {{29750, 17}, TagType::string, none, 0, 0, 0},  // ContentEncryption
+    {{29767, 16}, TagType::string, none, 0, 0, 0},  // DigitalSignature
+    {{29783, 25}, TagType::string, none, 0, 0, 0},  // ExtendedContentEncryption
+    {{29808, 15}, TagType::string, none, 0, 0, 0},  // ErrorCorrection
+    {{29823, 18}, TagType::string, none, 0, 0, 0},  // StreamBitrateProps
+    {{29841, 22}, TagType::string, none, 0, 0, 0},  // BitrateMutualExclusion
+    {{29863, 6}, TagType::string, none, 0, 0, 0},  // Marker
+    {{29869, 19}, TagType::string, none, 0, 0, 0},  // ExtendedStreamProps
+    {{29888, 25}, TagType::string, none, 0, 0, 0},  // AdvancedContentEncryption
+    {{29913, 18}, TagType::string, none, 0, 0, 0},  // TimecodeIndexParms
+    {{29931, 13}, TagType::string, none, 0, 0, 0},  // Compatibility
+    {{29944, 12}, TagType::string, none, 0, 0, 0},  // LanguageList
+    {{29956, 18}, TagType::string, none, 0, 0, 0},  // AdvancedMutualExcl
+    {{29974, 16}, TagType::string, none, 0, 0, 0},  // BandwidthSharing
+    {{29990, 9}, TagType::string, none, 0, 0, 0},  // Reserved1
+    {{29999, 20}, TagType::string, none, 0, 0, 0},  // GroupMutualExclusion
+    {{30019, 20}, TagType::string, none, 0, 0, 0},  // StreamPrioritization
+    {{30039, 15}, TagType::string, none, 0, 0, 0},  // IndexParameters
+    {{30054, 11}, TagType::string, none, 0, 0, 0},  // SimpleIndex
+    {{30065, 13}, TagType::string, none, 0, 0, 0},  // TimecodeIndex
+    {{30078, 4}, TagType::string, none, 0, 0, 0},  // Data
+    {{30082, 5}, TagType::string, none, 0, 0, 0},  // Index
+    {{30087, 10}, TagType::string, none, 0, 0, 0},  // MediaIndex
+    {{30097, 11}, TagType::string, none, 0, 4, 21},  // PictureType
+    {{30108, 15}, TagType::string, none, 0, 0, 0},  // PictureMIMEType
+    {{30123, 18}, TagType::string, none, 0, 0, 0},  // PictureDescription
+    {{30141, 7}, TagType::string, binary, 0, 0, 0},  // Picture
+    {{30148, 10}, TagType::binary, none, 16, 25, 7},  // StreamType
+    {{30158, 19}, TagType::binary, none, 16, 32, 2},  // ErrorCorrectionType
+    {{30177, 10}, TagType::int64u, none, 0, 0, 0},  // TimeOffset
+    {{30187, 12}, TagType::int16u, none, 0, 0, 0},  // StreamNumber
+    {{30199, 12}, TagType::int16u, none, 0, 34, 243},  // AudioCodecID
+    {{24035, 10}, TagType::int32u, none, 0, 0, 0},  // ImageWidth
+    {{30211, 13}, TagType::int16u, none, 0, 0, 0},  // AudioChannels
+    {{30224, 15}, TagType::int32u, none, 0, 0, 0},  // AudioSampleRate
+    {{24024, 11}, TagType::int32u, none, 0, 0, 0},  // ImageHeight
 };
 constexpr detail::TextRef kChoicesASF[] = {
     {3118, 1}, {3119, 1}, {3120, 1}, {5232, 1}, {3118, 1}, {3119, 1}, {3120, 1}, {5232, 1},
@@ -5621,103 +5605,102 @@ constexpr std::uint16_t kKeyOrderASF[] = {
     147, 148, 149, 4, 5, 150, 151, 152, 153, 154, 155, 156, 157, 158, 159, 160, 161,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsASF[210];
-constinit detail::StreamTags gTagsASF("ASF", kText, kTagsASF, kKeyOrderASF, kChoicesASF, gItemsASF, &TagStringsCatalogue::stringsASF);
 
 // AdobeDNG: 91 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAdobeDNG[] = {
-    {{51107, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteApple
-    {{51121, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteNikon
-    {{51135, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteCanon
-    {{51149, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteCasio
-    {{51163, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteCasio2
-    {{51178, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteDJIInfo
-    {{51194, 12}, TagType::string, 10, 0, 0, 0},  // MakerNoteDJI
-    {{51206, 13}, TagType::string, 10, 0, 0, 0},  // MakerNoteFLIR
-    {{51219, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteFujiFilm
-    {{51236, 11}, TagType::string, 10, 0, 0, 0},  // MakerNoteGE
-    {{51247, 12}, TagType::string, 10, 0, 0, 0},  // MakerNoteGE2
-    {{51259, 19}, TagType::string, 10, 0, 0, 0},  // MakerNoteHasselblad
-    {{51278, 11}, TagType::string, 10, 0, 0, 0},  // MakerNoteHP
-    {{51289, 12}, TagType::string, 10, 0, 0, 0},  // MakerNoteHP2
-    {{51301, 12}, TagType::string, 10, 0, 0, 0},  // MakerNoteHP4
-    {{51313, 12}, TagType::string, 10, 0, 0, 0},  // MakerNoteHP6
-    {{51325, 12}, TagType::string, 10, 0, 0, 0},  // MakerNoteISL
-    {{51337, 12}, TagType::string, 10, 0, 0, 0},  // MakerNoteJVC
-    {{51349, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteJVCText
-    {{51365, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak1a
-    {{51381, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak1b
-    {{51397, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak2
-    {{51412, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak3
-    {{51427, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak4
-    {{51442, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak5
-    {{51457, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak6a
-    {{51473, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak6b
-    {{51489, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak7
-    {{51504, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak8a
-    {{51520, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak8b
-    {{51536, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak8c
-    {{51552, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak9
-    {{51567, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak10
-    {{51583, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak11
-    {{51599, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak12
-    {{51615, 21}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodakUnknown
-    {{51636, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKyocera
-    {{51652, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteMinolta
-    {{51668, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteMinolta2
-    {{51685, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteMinolta3
-    {{51702, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteMotorola
-    {{51719, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteNikon2
-    {{51734, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteNikon3
-    {{51749, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteNintendo
-    {{51766, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteOlympus
-    {{51782, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteOlympus2
-    {{51799, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteOlympus3
-    {{51816, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteLeica
-    {{51830, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteLeica2
-    {{51845, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteLeica3
-    {{51860, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteLeica4
-    {{51875, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteLeica5
-    {{51890, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteLeica6
-    {{51905, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteLeica7
-    {{51920, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteLeica8
-    {{51935, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteLeica9
-    {{51950, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteLeica10
-    {{51966, 18}, TagType::string, 10, 0, 0, 0},  // MakerNotePanasonic
-    {{51984, 19}, TagType::string, 10, 0, 0, 0},  // MakerNotePanasonic2
-    {{52003, 19}, TagType::string, 10, 0, 0, 0},  // MakerNotePanasonic3
-    {{52022, 15}, TagType::string, 10, 0, 0, 0},  // MakerNotePentax
-    {{52037, 16}, TagType::string, 10, 0, 0, 0},  // MakerNotePentax2
-    {{52053, 16}, TagType::string, 10, 0, 0, 0},  // MakerNotePentax3
-    {{52069, 16}, TagType::string, 10, 0, 0, 0},  // MakerNotePentax4
-    {{52085, 16}, TagType::string, 10, 0, 0, 0},  // MakerNotePentax5
-    {{52101, 16}, TagType::string, 10, 0, 0, 0},  // MakerNotePentax6
-    {{52117, 17}, TagType::string, 10, 0, 0, 0},  // MakerNotePhaseOne
-    {{52134, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteReconyx
-    {{52150, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteReconyx2
-    {{52167, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteReconyx3
-    {{52184, 20}, TagType::string, 10, 0, 0, 0},  // MakerNoteRicohPentax
-    {{52204, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteRicoh
-    {{52218, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteRicoh2
-    {{52233, 18}, TagType::string, 10, 0, 0, 0},  // MakerNoteRicohText
-    {{52251, 18}, TagType::string, 10, 0, 0, 0},  // MakerNoteSamsung1a
-    {{52269, 18}, TagType::string, 10, 0, 0, 0},  // MakerNoteSamsung1b
-    {{52287, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteSamsung2
-    {{52304, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteSanyo
-    {{52318, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteSanyoC4
-    {{52334, 19}, TagType::string, 10, 0, 0, 0},  // MakerNoteSanyoPatch
-    {{52353, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteSigma
-    {{52367, 13}, TagType::string, 10, 0, 0, 0},  // MakerNoteSony
-    {{52380, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteSony2
-    {{52394, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteSony3
-    {{52408, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteSony4
-    {{52422, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteSony5
-    {{52436, 21}, TagType::string, 10, 0, 0, 0},  // MakerNoteSonyEricsson
-    {{52457, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteSonySRF
-    {{52473, 20}, TagType::string, 2, 0, 0, 0},  // MakerNoteUnknownText
-    {{52493, 22}, TagType::string, 10, 0, 0, 0},  // MakerNoteUnknownBinary
-    {{52515, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteUnknown
+    {{51107, 14}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteApple
+    {{51121, 14}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteNikon
+    {{51135, 14}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteCanon
+    {{51149, 14}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteCasio
+    {{51163, 15}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteCasio2
+    {{51178, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteDJIInfo
+    {{51194, 12}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteDJI
+    {{51206, 13}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteFLIR
+    {{51219, 17}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteFujiFilm
+    {{51236, 11}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteGE
+    {{51247, 12}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteGE2
+    {{51259, 19}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteHasselblad
+    {{51278, 11}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteHP
+    {{51289, 12}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteHP2
+    {{51301, 12}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteHP4
+    {{51313, 12}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteHP6
+    {{51325, 12}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteISL
+    {{51337, 12}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteJVC
+    {{51349, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteJVCText
+    {{51365, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteKodak1a
+    {{51381, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteKodak1b
+    {{51397, 15}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteKodak2
+    {{51412, 15}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteKodak3
+    {{51427, 15}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteKodak4
+    {{51442, 15}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteKodak5
+    {{51457, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteKodak6a
+    {{51473, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteKodak6b
+    {{51489, 15}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteKodak7
+    {{51504, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteKodak8a
+    {{51520, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteKodak8b
+    {{51536, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteKodak8c
+    {{51552, 15}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteKodak9
+    {{51567, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteKodak10
+    {{51583, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteKodak11
+    {{51599, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteKodak12
+    {{51615, 21}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteKodakUnknown
+    {{51636, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteKyocera
+    {{51652, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteMinolta
+    {{51668, 17}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteMinolta2
+    {{51685, 17}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteMinolta3
+    {{51702, 17}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteMotorola
+    {{51719, 15}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteNikon2
+    {{51734, 15}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteNikon3
+    {{51749, 17}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteNintendo
+    {{51766, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteOlympus
+    {{51782, 17}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteOlympus2
+    {{51799, 17}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteOlympus3
+    {{51816, 14}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteLeica
+    {{51830, 15}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteLeica2
+    {{51845, 15}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteLeica3
+    {{51860, 15}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteLeica4
+    {{51875, 15}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteLeica5
+    {{51890, 15}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteLeica6
+    {{51905, 15}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteLeica7
+    {{51920, 15}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteLeica8
+    {{51935, 15}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteLeica9
+    {{51950, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteLeica10
+    {{51966, 18}, TagType::string, writable | binary, 0, 0, 0},  // MakerNotePanasonic
+    {{51984, 19}, TagType::string, writable | binary, 0, 0, 0},  // MakerNotePanasonic2
+    {{52003, 19}, TagType::string, writable | binary, 0, 0, 0},  // MakerNotePanasonic3
+    {{52022, 15}, TagType::string, writable | binary, 0, 0, 0},  // MakerNotePentax
+    {{52037, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNotePentax2
+    {{52053, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNotePentax3
+    {{52069, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNotePentax4
+    {{52085, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNotePentax5
+    {{52101, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNotePentax6
+    {{52117, 17}, TagType::string, writable | binary, 0, 0, 0},  // MakerNotePhaseOne
+    {{52134, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteReconyx
+    {{52150, 17}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteReconyx2
+    {{52167, 17}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteReconyx3
+    {{52184, 20}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteRicohPentax
+    {{52204, 14}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteRicoh
+    {{52218, 15}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteRicoh2
+    {{52233, 18}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteRicohText
+    {{52251, 18}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteSamsung1a
+    {{52269, 18}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteSamsung1b
+    {{52287, 17}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteSamsung2
+    {{52304, 14}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteSanyo
+    {{52318, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteSanyoC4
+    {{52334, 19}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteSanyoPatch
+    {{52353, 14}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteSigma
+    {{52367, 13}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteSony
+    {{52380, 14}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteSony2
+    {{52394, 14}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteSony3
+    {{52408, 14}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteSony4
+    {{52422, 14}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteSony5
+    {{52436, 21}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteSonyEricsson
+    {{52457, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteSonySRF
+    {{52473, 20}, TagType::string, writable, 0, 0, 0},  // MakerNoteUnknownText
+    {{52493, 22}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteUnknownBinary
+    {{52515, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteUnknown
 };
 constexpr detail::StringRow kStringsEnglishAdobeDNG[] = {
     {{52531, 23}, {52554, 16}},
@@ -6044,50 +6027,49 @@ constexpr std::uint16_t kKeyOrderAdobeDNG[] = {
     74, 75, 76, 77, 78, 79, 80, 81, 82, 83, 84, 85, 86, 87, 90, 89, 88,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsAdobeDNG[91];
-constinit detail::StreamTags gTagsAdobeDNG("AdobeDNG", kText, kTagsAdobeDNG, kKeyOrderAdobeDNG, {}, gItemsAdobeDNG, &TagStringsCatalogue::stringsAdobeDNG);
 
 // Apple: 38 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsApple[] = {
-    {{61321, 16}, TagType::int32s, 2, 0, 0, 0},  // MakerNoteVersion
-    {{61337, 8}, TagType::string, 0, 0, 0, 0},  // AEMatrix
-    {{61345, 8}, TagType::int32s, 2, 0, 0, 2},  // AEStable
-    {{61353, 8}, TagType::int32s, 2, 0, 0, 0},  // AETarget
-    {{61361, 9}, TagType::int32s, 2, 0, 0, 0},  // AEAverage
-    {{61370, 8}, TagType::int32s, 2, 0, 0, 2},  // AFStable
-    {{61378, 18}, TagType::rational64s, 2, 3, 0, 0},  // AccelerationVector
-    {{61396, 12}, TagType::int32s, 2, 0, 2, 2},  // HDRImageType
-    {{61408, 9}, TagType::string, 2, 0, 0, 0},  // BurstUUID
-    {{61417, 18}, TagType::rational64s, 2, 2, 0, 0},  // FocusDistanceRange
-    {{61435, 7}, TagType::int32s, 2, 0, 0, 0},  // OISMode
-    {{61442, 17}, TagType::string, 2, 0, 0, 0},  // ContentIdentifier
-    {{61459, 16}, TagType::int32s, 2, 0, 4, 3},  // ImageCaptureType
-    {{61475, 13}, TagType::string, 2, 0, 0, 0},  // ImageUniqueID
-    {{61488, 19}, TagType::string, 2, 0, 0, 0},  // LivePhotoVideoIndex
-    {{61507, 20}, TagType::int32s, 2, 0, 0, 0},  // ImageProcessingFlags
-    {{61527, 11}, TagType::string, 2, 0, 0, 0},  // QualityHint
-    {{61538, 23}, TagType::rational64s, 2, 0, 0, 0},  // LuminanceNoiseAmplitude
-    {{61561, 21}, TagType::string, 2, 0, 0, 0},  // ImageCaptureRequestID
-    {{61582, 11}, TagType::rational64s, 2, 0, 0, 0},  // HDRHeadroom
-    {{61593, 10}, TagType::int32s, 2, 0, 0, 0},  // SceneFlags
-    {{61603, 22}, TagType::int32s, 2, 0, 0, 0},  // SignalToNoiseRatioType
-    {{61625, 18}, TagType::rational64s, 2, 0, 0, 0},  // SignalToNoiseRatio
-    {{61643, 15}, TagType::string, 2, 0, 0, 0},  // PhotoIdentifier
-    {{61658, 13}, TagType::int32s, 2, 0, 0, 0},  // FocusPosition
-    {{61671, 7}, TagType::rational64s, 2, 0, 0, 0},  // HDRGain
-    {{61678, 15}, TagType::int32s, 2, 0, 0, 0},  // AFMeasuredDepth
-    {{61693, 12}, TagType::int32s, 2, 0, 0, 0},  // AFConfidence
-    {{61705, 21}, TagType::string, 0, 0, 0, 0},  // ColorCorrectionMatrix
-    {{61726, 26}, TagType::int32s, 2, 0, 0, 0},  // GreenGhostMitigationStatus
-    {{61752, 13}, TagType::string, 0, 0, 0, 0},  // SemanticStyle
-    {{61765, 25}, TagType::string, 0, 0, 0, 0},  // SemanticStyleRenderingVer
-    {{61790, 19}, TagType::string, 0, 0, 0, 0},  // SemanticStylePreset
-    {{61809, 17}, TagType::int32s, 2, 0, 0, 2},  // FrontFacingCamera
-    {{61826, 12}, TagType::string, 0, 0, 0, 0},  // RunTimeEpoch
-    {{61838, 12}, TagType::string, 0, 0, 7, 5},  // RunTimeFlags
-    {{61850, 12}, TagType::string, 0, 0, 0, 0},  // RunTimeScale
-    {{61862, 12}, TagType::string, 0, 0, 0, 0},  // RunTimeValue
+    {{61321, 16}, TagType::int32s, writable, 0, 0, 0},  // MakerNoteVersion
+    {{61337, 8}, TagType::string, none, 0, 0, 0},  // AEMatrix
+    {{61345, 8}, TagType::int32s, writable, 0, 0, 2},  // AEStable
+    {{61353, 8}, TagType::int32s, writable, 0, 0, 0},  // AETarget
+    {{61361, 9}, TagType::int32s, writable, 0, 0, 0},  // AEAverage
+    {{61370, 8}, TagType::int32s, writable, 0, 0, 2},  // AFStable
+    {{61378, 18}, TagType::rational64s, writable, 3, 0, 0},  // AccelerationVector
+    {{61396, 12}, TagType::int32s, writable, 0, 2, 2},  // HDRImageType
+    {{61408, 9}, TagType::string, writable, 0, 0, 0},  // BurstUUID
+    {{61417, 18}, TagType::rational64s, writable, 2, 0, 0},  // FocusDistanceRange
+    {{61435, 7}, TagType::int32s, writable, 0, 0, 0},  // OISMode
+    {{61442, 17}, TagType::string, writable, 0, 0, 0},  // ContentIdentifier
+    {{61459, 16}, TagType::int32s, writable, 0, 4, 3},  // ImageCaptureType
+    {{61475, 13}, TagType::string, writable, 0, 0, 0},  // ImageUniqueID
+    {{61488, 19}, TagType::string, writable, 0, 0, 0},  // LivePhotoVideoIndex
+    {{61507, 20}, TagType::int32s, writable, 0, 0, 0},  // ImageProcessingFlags
+    {{61527, 11}, TagType::string, writable, 0, 0, 0},  // QualityHint
+    {{61538, 23}, TagType::rational64s, writable, 0, 0, 0},  // LuminanceNoiseAmplitude
+    {{61561, 21}, TagType::string, writable, 0, 0, 0},  // ImageCaptureRequestID
+    {{61582, 11}, TagType::rational64s, writable, 0, 0, 0},  // HDRHeadroom
+    {{61593, 10}, TagType::int32s, writable, 0, 0, 0},  // SceneFlags
+    {{61603, 22}, TagType::int32s, writable, 0, 0, 0},  // SignalToNoiseRatioType
+    {{61625, 18}, TagType::rational64s, writable, 0, 0, 0},  // SignalToNoiseRatio
+    {{61643, 15}, TagType::string, writable, 0, 0, 0},  // PhotoIdentifier
+    {{61658, 13}, TagType::int32s, writable, 0, 0, 0},  // FocusPosition
+    {{61671, 7}, TagType::rational64s, writable, 0, 0, 0},  // HDRGain
+    {{61678, 15}, TagType::int32s, writable, 0, 0, 0},  // AFMeasuredDepth
+    {{61693, 12}, TagType::int32s, writable, 0, 0, 0},  // AFConfidence
+    {{61705, 21}, TagType::string, none, 0, 0, 0},  // ColorCorrectionMatrix
+    {{61726, 26}, TagType::int32s, writable, 0, 0, 0},  // GreenGhostMitigationStatus
+    {{61752, 13}, TagType::string, none, 0, 0, 0},  // SemanticStyle
+    {{61765, 25}, TagType::string, none, 0, 0, 0},  // SemanticStyleRenderingVer
+    {{61790, 19}, TagType::string, none, 0, 0, 0},  // SemanticStylePreset
+    {{61809, 17}, TagType::int32s, writable, 0, 0, 2},  // FrontFacingCamera
+    {{61826, 12}, TagType::string, none, 0, 0, 0},  // RunTimeEpoch
+    {{61838, 12}, TagType::string, none, 0, 7, 5},  // RunTimeFlags
+    {{61850, 12}, TagType::string, none, 0, 0, 0},  // RunTimeScale
+    {{61862, 12}, TagType::string, none, 0, 0, 0},  // RunTimeValue
 };
 constexpr detail::TextRef kChoicesApple[] = {
     {3118, 1}, {3119, 1}, {5232, 1}, {5233, 1}, {3119, 1}, {3120, 1}, {21541, 2}, {3119, 1},
@@ -6201,31 +6183,30 @@ constexpr std::uint16_t kKeyOrderApple[] = {
     23, 16, 34, 35, 36, 37, 20, 30, 32, 31, 22, 21,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsApple[38];
-constinit detail::StreamTags gTagsApple("Apple", kText, kTagsApple, kKeyOrderApple, kChoicesApple, gItemsApple, &TagStringsCatalogue::stringsApple);
 
 // Audible: 19 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAudible[] = {
-    {{64396, 12}, TagType::string, 0, 0, 0, 0},  // ChapterCount
-    {{64408, 8}, TagType::string, 8, 0, 0, 0},  // CoverArt
-    {{418, 6}, TagType::string, 0, 0, 0, 0},  // Author
-    {{384, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
-    {{64416, 16}, TagType::string, 0, 0, 0, 0},  // PublishDateStart
-    {{64432, 11}, TagType::string, 0, 0, 0, 0},  // PublishDate
-    {{64443, 12}, TagType::string, 0, 0, 0, 0},  // CoverArtType
-    {{27725, 11}, TagType::string, 0, 0, 0, 0},  // AlbumArtist
-    {{1867, 5}, TagType::string, 0, 0, 0, 0},  // Album
-    {{1872, 6}, TagType::string, 0, 0, 0, 0},  // Artist
-    {{295, 7}, TagType::string, 0, 0, 0, 0},  // Comment
-    {{1886, 5}, TagType::string, 0, 0, 0, 0},  // Genre
-    {{29358, 8}, TagType::string, 0, 0, 0, 0},  // Subtitle
-    {{64455, 11}, TagType::string, 0, 0, 0, 0},  // CreatorTool
-    {{1891, 5}, TagType::string, 0, 0, 0, 0},  // Title
-    {{1920, 4}, TagType::string, 0, 0, 0, 0},  // Year
-    {{64466, 15}, TagType::string, 0, 0, 0, 0},  // iTunesMediaType
-    {{64481, 11}, TagType::string, 0, 0, 0, 0},  // ChapterName
-    {{64492, 13}, TagType::int32u, 0, 0, 0, 0},  // ChapterNumber
+    {{64396, 12}, TagType::string, none, 0, 0, 0},  // ChapterCount
+    {{64408, 8}, TagType::string, binary, 0, 0, 0},  // CoverArt
+    {{418, 6}, TagType::string, none, 0, 0, 0},  // Author
+    {{384, 9}, TagType::string, none, 0, 0, 0},  // Copyright
+    {{64416, 16}, TagType::string, none, 0, 0, 0},  // PublishDateStart
+    {{64432, 11}, TagType::string, none, 0, 0, 0},  // PublishDate
+    {{64443, 12}, TagType::string, none, 0, 0, 0},  // CoverArtType
+    {{27725, 11}, TagType::string, none, 0, 0, 0},  // AlbumArtist
+    {{1867, 5}, TagType::string, none, 0, 0, 0},  // Album
+    {{1872, 6}, TagType::string, none, 0, 0, 0},  // Artist
+    {{295, 7}, TagType::string, none, 0, 0, 0},  // Comment
+    {{1886, 5}, TagType::string, none, 0, 0, 0},  // Genre
+    {{29358, 8}, TagType::string, none, 0, 0, 0},  // Subtitle
+    {{64455, 11}, TagType::string, none, 0, 0, 0},  // CreatorTool
+    {{1891, 5}, TagType::string, none, 0, 0, 0},  // Title
+    {{1920, 4}, TagType::string, none, 0, 0, 0},  // Year
+    {{64466, 15}, TagType::string, none, 0, 0, 0},  // iTunesMediaType
+    {{64481, 11}, TagType::string, none, 0, 0, 0},  // ChapterName
+    {{64492, 13}, TagType::int32u, none, 0, 0, 0},  // ChapterNumber
 };
 constexpr detail::StringRow kStringsEnglishAudible[] = {
     {{64505, 13}, {1867, 5}},
@@ -6308,504 +6289,503 @@ constexpr std::uint16_t kKeyOrderAudible[] = {
     8, 7, 9, 2, 0, 17, 18, 10, 3, 1, 6, 13, 11, 5, 4, 12, 14, 15, 16,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsAudible[19];
-constinit detail::StreamTags gTagsAudible("Audible", kText, kTagsAudible, kKeyOrderAudible, {}, gItemsAudible, &TagStringsCatalogue::stringsAudible);
 
 // Canon: 492 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsCanon[] = {
-    {{64984, 12}, TagType::int32s, 2, 0, 0, 0},  // AFConfigTool
-    {{64996, 21}, TagType::int32s, 2, 0, 0, 0},  // AFTrackingSensitivity
-    {{65017, 20}, TagType::int32s, 2, 0, 0, 0},  // AFAccelDecelTracking
-    {{65037, 16}, TagType::int32s, 2, 0, 0, 0},  // AFPointSwitching
-    {{65053, 17}, TagType::int32s, 2, 0, 0, 3},  // AIServoFirstImage
-    {{65070, 18}, TagType::int32s, 2, 0, 3, 5},  // AIServoSecondImage
-    {{65088, 19}, TagType::int32s, 2, 0, 0, 3},  // USMLensElectronicMF
-    {{65107, 12}, TagType::int32s, 2, 0, 0, 3},  // AFAssistBeam
-    {{65119, 16}, TagType::int32s, 2, 0, 8, 2},  // OneShotAFRelease
-    {{65135, 22}, TagType::int32s, 2, 0, 8, 2},  // AutoAFPointSelEOSiTRAF
-    {{65157, 25}, TagType::int32s, 2, 0, 8, 2},  // LensDriveWhenAFImpossible
-    {{65182, 25}, TagType::int32s, 2, 0, 10, 6},  // SelectAFAreaSelectionMode
-    {{65207, 21}, TagType::int32s, 2, 0, 8, 2},  // AFAreaSelectionMethod
-    {{65228, 19}, TagType::int32s, 2, 0, 0, 3},  // OrientationLinkedAF
-    {{65247, 23}, TagType::int32s, 2, 0, 8, 2},  // ManualAFPointSelPattern
-    {{65270, 25}, TagType::int32s, 2, 0, 3, 5},  // AFPointDisplayDuringFocus
-    {{65295, 21}, TagType::int32s, 2, 0, 0, 3},  // VFDisplayIllumination
-    {{65316, 18}, TagType::int32s, 2, 0, 8, 2},  // AFStatusViewfinder
-    {{65334, 21}, TagType::int32s, 2, 0, 0, 3},  // InitialAFPointInServo
-    {{65355, 11}, TagType::int16u, 0, 0, 0, 0},  // NumAFPoints
-    {{65366, 13}, TagType::int16u, 0, 0, 0, 0},  // ValidAFPoints
-    {{65379, 15}, TagType::int16u, 0, 0, 0, 0},  // CanonImageWidth
-    {{65394, 16}, TagType::int16u, 0, 0, 0, 0},  // CanonImageHeight
-    {{65410, 12}, TagType::int16u, 0, 0, 0, 0},  // AFImageWidth
-    {{65422, 13}, TagType::int16u, 0, 0, 0, 0},  // AFImageHeight
-    {{65435, 11}, TagType::int16u, 0, 0, 0, 0},  // AFAreaWidth
-    {{65446, 12}, TagType::int16u, 0, 0, 0, 0},  // AFAreaHeight
-    {{65458, 16}, TagType::int16s, 0, 0, 0, 0},  // AFAreaXPositions
-    {{65474, 16}, TagType::int16s, 0, 0, 0, 0},  // AFAreaYPositions
-    {{65490, 15}, TagType::int16s, 2, 0, 16, 8},  // AFPointsInFocus
-    {{65505, 14}, TagType::int16u, 0, 0, 0, 0},  // PrimaryAFPoint
-    {{65519, 19}, TagType::int16u, 0, 8, 0, 0},  // Canon_AFInfo_0x000b
-    {{65538, 10}, TagType::int16u, 0, 0, 0, 0},  // AFInfoSize
-    {{65548, 10}, TagType::int16u, 0, 0, 24, 14},  // AFAreaMode
-    {{65558, 12}, TagType::int16s, 0, 0, 0, 0},  // AFAreaWidths
-    {{65570, 13}, TagType::int16s, 0, 0, 0, 0},  // AFAreaHeights
-    {{65583, 16}, TagType::int16s, 0, 0, 0, 0},  // AFPointsSelected
-    {{65599, 20}, TagType::int16s, 0, 0, 0, 0},  // Canon_AFInfo2_0x000d
-    {{65619, 14}, TagType::int32s, 2, 0, 0, 3},  // AFMicroAdjMode
-    {{65633, 15}, TagType::rational64s, 2, 0, 0, 0},  // AFMicroAdjValue
-    {{65648, 17}, TagType::int32s, 2, 0, 38, 9},  // AmbienceSelection
-    {{65665, 11}, TagType::int32u, 2, 0, 47, 8},  // AspectRatio
-    {{65676, 17}, TagType::int32u, 2, 0, 0, 0},  // CroppedImageWidth
-    {{65693, 18}, TagType::int32u, 2, 0, 0, 0},  // CroppedImageHeight
-    {{65711, 16}, TagType::int32u, 2, 0, 0, 0},  // CroppedImageLeft
-    {{65727, 15}, TagType::int32u, 2, 0, 0, 0},  // CroppedImageTop
-    {{24035, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
-    {{24024, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
-    {{0, 14}, TagType::imagedata, 2, 0, 0, 0},  // ThumbnailImage
-    {{65742, 9}, TagType::int32u, 2, 0, 0, 0},  // TimeStamp
-    {{15471, 7}, TagType::float_, 2, 0, 0, 0},  // FNumber
-    {{15573, 12}, TagType::float_, 2, 0, 0, 0},  // ExposureTime
-    {{65751, 3}, TagType::string, 2, 5, 0, 0},  // ISO
-    {{65754, 17}, TagType::int8u, 2, 0, 55, 5},  // FlashMeteringMode
-    {{65771, 17}, TagType::int32s, 2, 0, 0, 0},  // CameraTemperature
-    {{65788, 18}, TagType::int32s, 2, 0, 0, 0},  // MacroMagnification
-    {{65806, 11}, TagType::float_, 2, 0, 0, 0},  // FocalLength
-    {{65817, 17}, TagType::int32s, 2, 0, 0, 3},  // CameraOrientation
-    {{65834, 18}, TagType::int32s, 2, 0, 0, 0},  // FocusDistanceUpper
-    {{65852, 18}, TagType::int32s, 2, 0, 0, 0},  // FocusDistanceLower
-    {{65870, 12}, TagType::int32s, 2, 0, 60, 22},  // WhiteBalance
-    {{65882, 16}, TagType::int32s, 2, 0, 0, 0},  // ColorTemperature
-    {{65898, 8}, TagType::string, 2, 0, 82, 513},  // LensType
-    {{65906, 14}, TagType::int32s, 2, 0, 0, 0},  // MinFocalLength
-    {{65920, 14}, TagType::int32s, 2, 0, 0, 0},  // MaxFocalLength
-    {{15478, 15}, TagType::string, 2, 6, 0, 0},  // FirmwareVersion
-    {{65934, 14}, TagType::int32u, 2, 0, 0, 0},  // DirectoryIndex
-    {{65948, 9}, TagType::int32s, 2, 0, 0, 0},  // FileIndex
-    {{3820, 9}, TagType::string, 2, 64, 0, 0},  // LensModel
-    {{65957, 18}, TagType::int32s, 2, 0, 595, 6},  // SharpnessFrequency
-    {{65975, 9}, TagType::int32s, 2, 0, 0, 0},  // Sharpness
-    {{65984, 12}, TagType::int32s, 2, 0, 601, 24},  // PictureStyle
-    {{65996, 24}, TagType::string, 2, 184, 0, 0},  // FirmwareVersionLookAhead
-    {{66020, 9}, TagType::int32s, 2, 0, 0, 3},  // FocalType
-    {{66029, 14}, TagType::int32s, 2, 0, 625, 19},  // CanonImageSize
-    {{66043, 11}, TagType::int8u, 2, 0, 0, 0},  // JPEGQuality
-    {{66054, 10}, TagType::int32s, 2, 0, 644, 1},  // Saturation
-    {{66064, 9}, TagType::int32s, 2, 0, 644, 1},  // ColorTone
-    {{66073, 8}, TagType::int32s, 2, 0, 644, 1},  // Contrast
-    {{66081, 12}, TagType::int32u, 2, 0, 0, 0},  // ShutterCount
-    {{66093, 10}, TagType::int32u, 2, 0, 0, 0},  // TimeStamp1
-    {{66103, 21}, TagType::int32s, 2, 0, 8, 2},  // HighlightTonePriority
-    {{66124, 11}, TagType::int32s, 2, 0, 0, 0},  // MeasuredEV2
-    {{66135, 11}, TagType::int8u, 2, 0, 0, 0},  // MeasuredEV3
-    {{66146, 9}, TagType::string, 2, 32, 0, 0},  // OwnerName
-    {{66155, 21}, TagType::int32s, 2, 0, 645, 4},  // HighISONoiseReduction
-    {{66176, 21}, TagType::int32s, 2, 0, 645, 4},  // AutoLightingOptimizer
-    {{66197, 17}, TagType::int16urev, 2, 0, 649, 16},  // AFPointsInFocus5D
-    {{66214, 16}, TagType::string, 2, 8, 0, 0},  // FirmwareRevision
-    {{66230, 14}, TagType::string, 2, 16, 0, 0},  // ShortOwnerName
-    {{66244, 16}, TagType::int32s, 2, 0, 665, 1},  // ContrastStandard
-    {{66260, 16}, TagType::int32s, 2, 0, 665, 1},  // ContrastPortrait
-    {{66276, 17}, TagType::int32s, 2, 0, 665, 1},  // ContrastLandscape
-    {{66293, 15}, TagType::int32s, 2, 0, 665, 1},  // ContrastNeutral
-    {{66308, 16}, TagType::int32s, 2, 0, 665, 1},  // ContrastFaithful
-    {{66324, 18}, TagType::int32s, 2, 0, 665, 1},  // ContrastMonochrome
-    {{66342, 16}, TagType::int32s, 2, 0, 665, 1},  // ContrastUserDef1
-    {{66358, 16}, TagType::int32s, 2, 0, 665, 1},  // ContrastUserDef2
-    {{66374, 16}, TagType::int32s, 2, 0, 665, 1},  // ContrastUserDef3
-    {{66390, 17}, TagType::int32s, 2, 0, 665, 1},  // SharpnessStandard
-    {{66407, 17}, TagType::int32s, 2, 0, 665, 1},  // SharpnessPortrait
-    {{66424, 18}, TagType::int32s, 2, 0, 665, 1},  // SharpnessLandscape
-    {{66442, 16}, TagType::int32s, 2, 0, 665, 1},  // SharpnessNeutral
-    {{66458, 17}, TagType::int32s, 2, 0, 665, 1},  // SharpnessFaithful
-    {{66475, 19}, TagType::int32s, 2, 0, 665, 1},  // SharpnessMonochrome
-    {{66494, 17}, TagType::int32s, 2, 0, 665, 1},  // SharpnessUserDef1
-    {{66511, 17}, TagType::int32s, 2, 0, 665, 1},  // SharpnessUserDef2
-    {{66528, 17}, TagType::int32s, 2, 0, 665, 1},  // SharpnessUserDef3
-    {{66545, 18}, TagType::int32s, 2, 0, 665, 1},  // SaturationStandard
-    {{66563, 18}, TagType::int32s, 2, 0, 665, 1},  // SaturationPortrait
-    {{66581, 19}, TagType::int32s, 2, 0, 665, 1},  // SaturationLandscape
-    {{66600, 17}, TagType::int32s, 2, 0, 665, 1},  // SaturationNeutral
-    {{66617, 18}, TagType::int32s, 2, 0, 665, 1},  // SaturationFaithful
-    {{66635, 22}, TagType::int32s, 2, 0, 666, 6},  // FilterEffectMonochrome
-    {{66657, 18}, TagType::int32s, 2, 0, 665, 1},  // SaturationUserDef1
-    {{66675, 18}, TagType::int32s, 2, 0, 665, 1},  // SaturationUserDef2
-    {{66693, 18}, TagType::int32s, 2, 0, 665, 1},  // SaturationUserDef3
-    {{66711, 17}, TagType::int32s, 2, 0, 665, 1},  // ColorToneStandard
-    {{66728, 17}, TagType::int32s, 2, 0, 665, 1},  // ColorTonePortrait
-    {{66745, 18}, TagType::int32s, 2, 0, 665, 1},  // ColorToneLandscape
-    {{66763, 16}, TagType::int32s, 2, 0, 665, 1},  // ColorToneNeutral
-    {{66779, 17}, TagType::int32s, 2, 0, 665, 1},  // ColorToneFaithful
-    {{66796, 22}, TagType::int32s, 2, 0, 666, 6},  // ToningEffectMonochrome
-    {{66818, 17}, TagType::int32s, 2, 0, 665, 1},  // ColorToneUserDef1
-    {{66835, 17}, TagType::int32s, 2, 0, 665, 1},  // ColorToneUserDef2
-    {{66852, 17}, TagType::int32s, 2, 0, 665, 1},  // ColorToneUserDef3
-    {{66869, 20}, TagType::int16u, 2, 0, 672, 10},  // UserDef1PictureStyle
-    {{66889, 20}, TagType::int16u, 2, 0, 672, 10},  // UserDef2PictureStyle
-    {{66909, 20}, TagType::int16u, 2, 0, 672, 10},  // UserDef3PictureStyle
-    {{3843, 16}, TagType::string, 2, 5, 0, 0},  // LensSerialNumber
-    {{66929, 10}, TagType::int32u, 2, 0, 0, 0},  // FileIndex2
-    {{66939, 15}, TagType::int32u, 2, 0, 0, 0},  // DirectoryIndex2
-    {{66954, 10}, TagType::int32s, 2, 0, 0, 0},  // MeasuredEV
-    {{66964, 18}, TagType::int8u, 2, 0, 682, 9},  // CameraPictureStyle
-    {{66982, 8}, TagType::int32s, 2, 0, 0, 0},  // Rotation
-    {{66990, 9}, TagType::int16s, 2, 0, 691, 2},  // MacroMode
-    {{66999, 9}, TagType::int16s, 2, 0, 0, 0},  // SelfTimer
-    {{15544, 7}, TagType::int16s, 2, 0, 693, 9},  // Quality
-    {{67008, 14}, TagType::int16s, 2, 0, 702, 9},  // CanonFlashMode
-    {{67022, 15}, TagType::int16s, 2, 0, 711, 10},  // ContinuousDrive
-    {{15498, 9}, TagType::int16s, 2, 0, 721, 12},  // FocusMode
-    {{67037, 10}, TagType::int16s, 2, 0, 733, 14},  // RecordMode
-    {{67047, 8}, TagType::int16s, 2, 0, 747, 75},  // EasyMode
-    {{67055, 11}, TagType::int16s, 2, 0, 645, 4},  // DigitalZoom
-    {{67066, 9}, TagType::int16s, 2, 0, 0, 0},  // CameraISO
-    {{67075, 12}, TagType::int16s, 2, 0, 595, 6},  // MeteringMode
-    {{67087, 10}, TagType::int16s, 2, 0, 822, 11},  // FocusRange
-    {{67097, 7}, TagType::int16s, 2, 0, 833, 8},  // AFPoint
-    {{67104, 17}, TagType::int16s, 2, 0, 38, 9},  // CanonExposureMode
-    {{67121, 10}, TagType::int16s, 2, 0, 0, 0},  // FocalUnits
-    {{67131, 11}, TagType::int16s, 2, 0, 0, 0},  // MaxAperture
-    {{67142, 11}, TagType::int16s, 2, 0, 0, 0},  // MinAperture
-    {{67153, 13}, TagType::int16s, 2, 0, 0, 0},  // FlashActivity
-    {{67166, 9}, TagType::int16s, 2, 0, 841, 10},  // FlashBits
-    {{67175, 15}, TagType::int16s, 2, 0, 851, 3},  // FocusContinuous
-    {{67190, 9}, TagType::int16s, 2, 0, 3, 5},  // AESetting
-    {{67199, 18}, TagType::int16s, 2, 0, 854, 10},  // ImageStabilization
-    {{67217, 15}, TagType::int16s, 2, 0, 0, 0},  // DisplayAperture
-    {{67232, 15}, TagType::int16s, 2, 0, 0, 0},  // ZoomSourceWidth
-    {{67247, 15}, TagType::int16s, 2, 0, 0, 0},  // ZoomTargetWidth
-    {{67262, 16}, TagType::int16s, 2, 0, 8, 2},  // SpotMeteringMode
-    {{67278, 11}, TagType::int16s, 2, 0, 864, 8},  // PhotoEffect
-    {{67289, 17}, TagType::int16s, 2, 0, 872, 5},  // ManualFlashOutput
-    {{67306, 11}, TagType::int16s, 2, 0, 0, 3},  // SRAWQuality
-    {{67317, 17}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsAuto
-    {{67334, 21}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsDaylight
-    {{67355, 18}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsShade
-    {{67373, 19}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsCloudy
-    {{67392, 21}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsTungsten
-    {{67413, 24}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsFluorescent
-    {{67437, 18}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsFlash
-    {{67455, 19}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsCustom
-    {{67474, 11}, TagType::int16s, 2, 4, 0, 0},  // BlackLevels
-    {{67485, 19}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsKelvin
-    {{67504, 18}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBBlackLevels
-    {{67522, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration01
-    {{67546, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration02
-    {{67570, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration03
-    {{67594, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration04
-    {{67618, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration05
-    {{67642, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration06
-    {{67666, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration07
-    {{67690, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration08
-    {{67714, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration09
-    {{67738, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration10
-    {{67762, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration11
-    {{67786, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration12
-    {{67810, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration13
-    {{67834, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration14
-    {{67858, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration15
-    {{67882, 19}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsAsShot
-    {{67901, 15}, TagType::int16s, 2, 0, 0, 0},  // ColorTempAsShot
-    {{67916, 13}, TagType::int16s, 2, 0, 0, 0},  // ColorTempAuto
-    {{67929, 21}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsMeasured
-    {{67950, 17}, TagType::int16s, 2, 0, 0, 0},  // ColorTempMeasured
-    {{67967, 20}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown
-    {{67987, 16}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown
-    {{68003, 17}, TagType::int16s, 2, 0, 0, 0},  // ColorTempDaylight
-    {{68020, 14}, TagType::int16s, 2, 0, 0, 0},  // ColorTempShade
-    {{68034, 15}, TagType::int16s, 2, 0, 0, 0},  // ColorTempCloudy
-    {{68049, 17}, TagType::int16s, 2, 0, 0, 0},  // ColorTempTungsten
-    {{68066, 20}, TagType::int16s, 2, 0, 0, 0},  // ColorTempFluorescent
-    {{68086, 15}, TagType::int16s, 2, 0, 0, 0},  // ColorTempKelvin
-    {{68101, 14}, TagType::int16s, 2, 0, 0, 0},  // ColorTempFlash
-    {{68115, 21}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown2
-    {{68136, 17}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown2
-    {{68153, 21}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown3
-    {{68174, 17}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown3
-    {{68191, 21}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown4
-    {{68212, 17}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown4
-    {{68229, 21}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown5
-    {{68250, 17}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown5
-    {{68267, 21}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown6
-    {{68288, 17}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown6
-    {{68305, 21}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown7
-    {{68326, 17}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown7
-    {{68343, 21}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown8
-    {{68364, 17}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown8
-    {{68381, 21}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown9
-    {{68402, 17}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown9
-    {{68419, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown10
-    {{68441, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown10
-    {{68459, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown11
-    {{68481, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown11
-    {{68499, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown12
-    {{68521, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown12
-    {{68539, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown13
-    {{68561, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown13
-    {{68579, 20}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsCustom1
-    {{68599, 16}, TagType::int16s, 2, 0, 0, 0},  // ColorTempCustom1
-    {{68615, 20}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsCustom2
-    {{68635, 16}, TagType::int16s, 2, 0, 0, 0},  // ColorTempCustom2
-    {{68651, 16}, TagType::int16s, 2, 0, 877, 24},  // ColorDataVersion
-    {{68667, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown14
-    {{68689, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown14
-    {{68707, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown15
-    {{68729, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown15
-    {{68747, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown16
-    {{68769, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown16
-    {{68787, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown17
-    {{68809, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown17
-    {{68827, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown18
-    {{68849, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown18
-    {{68867, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown19
-    {{68889, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown19
-    {{68907, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown20
-    {{68929, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown20
-    {{68947, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown21
-    {{68969, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown21
-    {{68987, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown22
-    {{69009, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown22
-    {{69027, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown23
-    {{69049, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown23
-    {{69067, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown24
-    {{69089, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown24
-    {{69107, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown25
-    {{69129, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown25
-    {{69147, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown26
-    {{69169, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown26
-    {{69187, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown27
-    {{69209, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown27
-    {{69227, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown28
-    {{69249, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown28
-    {{69267, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown29
-    {{69289, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown29
-    {{69307, 20}, TagType::int32s, 2, 4, 0, 0},  // PerChannelBlackLevel
-    {{69327, 16}, TagType::int16u, 2, 0, 0, 0},  // NormalWhiteLevel
-    {{69343, 18}, TagType::int16u, 2, 0, 0, 0},  // SpecularWhiteLevel
-    {{69361, 20}, TagType::int16u, 2, 0, 0, 0},  // LinearityUpperMargin
-    {{69381, 16}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsPC1
-    {{69397, 12}, TagType::int16s, 2, 0, 0, 0},  // ColorTempPC1
-    {{69409, 16}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsPC2
-    {{69425, 12}, TagType::int16s, 2, 0, 0, 0},  // ColorTempPC2
-    {{69437, 16}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsPC3
-    {{69453, 12}, TagType::int16s, 2, 0, 0, 0},  // ColorTempPC3
-    {{69465, 15}, TagType::int32u, 2, 4, 0, 0},  // RawMeasuredRGGB
-    {{69480, 15}, TagType::int16s, 2, 0, 0, 0},  // ColorTempCustom
-    {{69495, 11}, TagType::int16s, 2, 0, 0, 0},  // FlashOutput
-    {{69506, 17}, TagType::int16s, 2, 0, 0, 0},  // FlashBatteryLevel
-    {{69523, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempFlashData
-    {{69541, 16}, TagType::int32u, 2, 4, 0, 0},  // MeasuredRGGBData
-    {{69557, 17}, TagType::int16u, 2, 4, 0, 0},  // AverageBlackLevel
-    {{69574, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown30
-    {{69596, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown30
-    {{24045, 10}, TagType::int32s, 2, 0, 901, 3},  // ColorSpace
-    {{69614, 19}, TagType::int16u, 2, 0, 904, 3},  // IntelligentContrast
-    {{69633, 14}, TagType::int16u, 2, 0, 0, 0},  // CropLeftMargin
-    {{69647, 15}, TagType::int16u, 2, 0, 0, 0},  // CropRightMargin
-    {{69662, 13}, TagType::int16u, 2, 0, 0, 0},  // CropTopMargin
-    {{69675, 16}, TagType::int16u, 2, 0, 0, 0},  // CropBottomMargin
-    {{69691, 13}, TagType::int32s, 2, 0, 0, 0},  // FacesDetected
-    {{69704, 19}, TagType::int16u, 2, 2, 0, 0},  // FaceDetectFrameSize
-    {{69723, 13}, TagType::int16s, 2, 2, 0, 0},  // Face1Position
-    {{69736, 13}, TagType::int16s, 2, 2, 0, 0},  // Face2Position
-    {{69749, 13}, TagType::int16s, 2, 2, 0, 0},  // Face3Position
-    {{69762, 13}, TagType::int16s, 2, 2, 0, 0},  // Face4Position
-    {{69775, 13}, TagType::int16s, 2, 2, 0, 0},  // Face5Position
-    {{69788, 13}, TagType::int16s, 2, 2, 0, 0},  // Face6Position
-    {{69801, 13}, TagType::int16s, 2, 2, 0, 0},  // Face7Position
-    {{69814, 13}, TagType::int16s, 2, 2, 0, 0},  // Face8Position
-    {{69827, 13}, TagType::int16s, 2, 2, 0, 0},  // Face9Position
-    {{69840, 9}, TagType::int8u, 2, 0, 0, 0},  // FaceWidth
-    {{69849, 10}, TagType::int32u, 2, 0, 0, 0},  // FileNumber
-    {{69859, 11}, TagType::int16s, 2, 0, 3, 5},  // BracketMode
-    {{69870, 12}, TagType::int16s, 2, 0, 0, 0},  // BracketValue
-    {{69882, 17}, TagType::int16s, 2, 0, 0, 0},  // BracketShotNumber
-    {{69899, 13}, TagType::int16s, 2, 0, 693, 9},  // RawJpgQuality
-    {{69912, 10}, TagType::int16s, 2, 0, 625, 19},  // RawJpgSize
-    {{69922, 27}, TagType::int16s, 2, 0, 907, 4},  // LongExposureNoiseReduction2
-    {{69949, 13}, TagType::int16s, 2, 0, 0, 3},  // WBBracketMode
-    {{69962, 16}, TagType::int16s, 2, 0, 0, 0},  // WBBracketValueAB
-    {{69978, 16}, TagType::int16s, 2, 0, 0, 0},  // WBBracketValueGM
-    {{69994, 12}, TagType::int16s, 2, 0, 3, 5},  // FilterEffect
-    {{70006, 12}, TagType::int16s, 2, 0, 3, 5},  // ToningEffect
-    {{70018, 16}, TagType::int16s, 2, 0, 8, 2},  // LiveViewShooting
-    {{70034, 11}, TagType::int16s, 2, 0, 0, 3},  // ShutterMode
-    {{70045, 17}, TagType::int16s, 2, 0, 8, 2},  // FlashExposureLock
-    {{70062, 10}, TagType::int16u, 2, 0, 911, 55},  // RFLensType
-    {{70072, 14}, TagType::string, 0, 0, 966, 1},  // GrainyBWFilter
-    {{70086, 15}, TagType::string, 0, 0, 966, 1},  // SoftFocusFilter
-    {{70101, 15}, TagType::string, 0, 0, 966, 1},  // ToyCameraFilter
-    {{70116, 15}, TagType::string, 0, 0, 966, 1},  // MiniatureFilter
-    {{70131, 26}, TagType::string, 0, 0, 8, 2},  // MiniatureFilterOrientation
-    {{70157, 23}, TagType::string, 0, 0, 0, 0},  // MiniatureFilterPosition
-    {{70180, 24}, TagType::string, 0, 0, 0, 0},  // MiniatureFilterParameter
-    {{70204, 13}, TagType::string, 0, 0, 966, 1},  // FisheyeFilter
-    {{70217, 14}, TagType::string, 0, 0, 966, 1},  // PaintingFilter
-    {{70231, 16}, TagType::string, 0, 0, 966, 1},  // WatercolorFilter
-    {{70247, 17}, TagType::int16s, 2, 0, 0, 0},  // ModifiedParamFlag
-    {{70264, 15}, TagType::int16u, 2, 0, 0, 0},  // FocalPlaneXSize
-    {{70279, 18}, TagType::int16u, 2, 0, 0, 0},  // FocalPlaneXUnknown
-    {{70297, 15}, TagType::int16u, 2, 0, 0, 0},  // FocalPlaneYSize
-    {{70312, 18}, TagType::int16u, 2, 0, 0, 0},  // FocalPlaneYUnknown
-    {{70330, 3}, TagType::int32s, 2, 0, 0, 3},  // HDR
-    {{70333, 9}, TagType::int32s, 2, 0, 3, 5},  // HDREffect
-    {{70342, 26}, TagType::int32s, 2, 0, 8, 2},  // PeripheralIlluminationCorr
-    {{70368, 26}, TagType::int32s, 2, 0, 0, 3},  // LongExposureNoiseReduction
-    {{70394, 20}, TagType::int32s, 2, 0, 0, 3},  // DigitalLensOptimizer
-    {{70414, 17}, TagType::int32s, 2, 0, 3, 5},  // CompressionFormat
-    {{70431, 11}, TagType::int32s, 2, 0, 0, 3},  // ColorSpace2
-    {{70442, 11}, TagType::int32s, 2, 0, 8, 2},  // ColorMatrix
-    {{70453, 15}, TagType::int32s, 2, 0, 645, 4},  // CanonLogVersion
-    {{70468, 14}, TagType::string, 0, 0, 0, 0},  // CanonFlashInfo
-    {{70482, 14}, TagType::string, 2, 0, 0, 0},  // CanonImageType
-    {{70496, 20}, TagType::string, 2, 0, 0, 0},  // CanonFirmwareVersion
-    {{15561, 12}, TagType::int32u, 2, 0, 0, 0},  // SerialNumber
-    {{70516, 15}, TagType::int32u, 2, 0, 0, 0},  // CanonFileLength
-    {{70531, 12}, TagType::int32u, 2, 0, 967, 351},  // CanonModelID
-    {{70543, 23}, TagType::int16u, 2, 4, 0, 0},  // ThumbnailImageValidArea
-    {{70566, 18}, TagType::int32u, 2, 0, 1318, 2},  // SerialNumberFormat
-    {{70584, 10}, TagType::int16u, 2, 0, 0, 3},  // SuperMacro
-    {{70594, 13}, TagType::int16u, 2, 0, 0, 3},  // DateStampMode
-    {{70607, 10}, TagType::int32u, 2, 2, 1320, 8},  // Categories
-    {{61475, 13}, TagType::int8u, 2, 0, 0, 0},  // ImageUniqueID
-    {{70617, 11}, TagType::string, 2, 0, 0, 0},  // BatteryType
-    {{70628, 13}, TagType::string, 0, 0, 0, 0},  // RawDataOffset
-    {{70641, 13}, TagType::string, 0, 0, 0, 0},  // RawDataLength
-    {{70654, 26}, TagType::int32u, 2, 0, 0, 0},  // OriginalDecisionDataOffset
-    {{70680, 17}, TagType::string, 0, 0, 0, 0},  // AFPointsInFocus1D
-    {{70697, 20}, TagType::string, 2, 0, 0, 0},  // InternalSerialNumber
-    {{70717, 14}, TagType::string, 0, 0, 0, 0},  // ToneCurveTable
-    {{70731, 14}, TagType::string, 0, 0, 0, 0},  // SharpnessTable
-    {{70745, 18}, TagType::string, 0, 0, 0, 0},  // SharpnessFreqTable
-    {{70763, 17}, TagType::string, 0, 0, 0, 0},  // WhiteBalanceTable
-    {{70780, 17}, TagType::string, 0, 0, 0, 0},  // ToneCurveMatching
-    {{70797, 20}, TagType::string, 0, 0, 0, 0},  // WhiteBalanceMatching
-    {{70817, 9}, TagType::int32u, 2, 0, 0, 0},  // VRDOffset
-    {{70826, 8}, TagType::string, 8, 0, 0, 0},  // CRWParam
-    {{70834, 6}, TagType::string, 8, 0, 0, 0},  // Flavor
-    {{70840, 19}, TagType::int16u, 2, 3, 1328, 72},  // PictureStyleUserDef
-    {{70859, 14}, TagType::int16u, 2, 3, 1328, 72},  // PictureStylePC
-    {{70873, 26}, TagType::string, 2, 0, 0, 0},  // CustomPictureStyleFileName
-    {{70899, 12}, TagType::int16u, 2, 4, 0, 0},  // MeasuredRGGB
-    {{70911, 17}, TagType::int16s, 2, 0, 0, 3},  // ModifiedToneCurve
-    {{70928, 17}, TagType::int16s, 2, 0, 0, 0},  // ModifiedSharpness
-    {{70945, 21}, TagType::int16s, 2, 0, 595, 6},  // ModifiedSharpnessFreq
-    {{70966, 22}, TagType::int16s, 2, 0, 0, 0},  // ModifiedSensorRedLevel
-    {{70988, 23}, TagType::int16s, 2, 0, 0, 0},  // ModifiedSensorBlueLevel
-    {{71011, 23}, TagType::int16s, 2, 0, 0, 0},  // ModifiedWhiteBalanceRed
-    {{71034, 24}, TagType::int16s, 2, 0, 0, 0},  // ModifiedWhiteBalanceBlue
-    {{71058, 20}, TagType::int16s, 2, 0, 60, 22},  // ModifiedWhiteBalance
-    {{71078, 17}, TagType::int16s, 2, 0, 0, 0},  // ModifiedColorTemp
-    {{71095, 20}, TagType::int16s, 2, 0, 601, 24},  // ModifiedPictureStyle
-    {{71115, 19}, TagType::int16s, 2, 0, 0, 0},  // ModifiedDigitalGain
-    {{4032, 9}, TagType::float_, 2, 0, 0, 0},  // FrameRate
-    {{71134, 10}, TagType::int32s, 2, 0, 0, 0},  // FrameCount
-    {{1878, 8}, TagType::int32u, 2, 0, 0, 0},  // Duration
-    {{71144, 12}, TagType::int32u, 2, 0, 0, 0},  // AudioBitrate
-    {{30224, 15}, TagType::int32u, 2, 0, 0, 0},  // AudioSampleRate
-    {{30211, 13}, TagType::int32u, 2, 0, 0, 0},  // AudioChannels
-    {{71156, 10}, TagType::string, 2, 4, 0, 0},  // VideoCodec
-    {{71166, 13}, TagType::int32s, 2, 0, 0, 3},  // MultiExposure
-    {{71179, 20}, TagType::int32s, 2, 0, 645, 4},  // MultiExposureControl
-    {{71199, 18}, TagType::int32s, 2, 0, 0, 0},  // MultiExposureShots
-    {{71217, 11}, TagType::int16u, 2, 0, 1400, 14},  // MyColorMode
-    {{71228, 20}, TagType::int32s, 2, 0, 665, 1},  // FilterEffectStandard
-    {{71248, 20}, TagType::int32s, 2, 0, 665, 1},  // ToningEffectStandard
-    {{71268, 20}, TagType::int32s, 2, 0, 665, 1},  // FilterEffectPortrait
-    {{71288, 20}, TagType::int32s, 2, 0, 665, 1},  // ToningEffectPortrait
-    {{71308, 21}, TagType::int32s, 2, 0, 665, 1},  // FilterEffectLandscape
-    {{71329, 21}, TagType::int32s, 2, 0, 665, 1},  // ToningEffectLandscape
-    {{71350, 19}, TagType::int32s, 2, 0, 665, 1},  // FilterEffectNeutral
-    {{71369, 19}, TagType::int32s, 2, 0, 665, 1},  // ToningEffectNeutral
-    {{71388, 20}, TagType::int32s, 2, 0, 665, 1},  // FilterEffectFaithful
-    {{71408, 20}, TagType::int32s, 2, 0, 665, 1},  // ToningEffectFaithful
-    {{71428, 20}, TagType::int32s, 2, 0, 665, 1},  // SaturationMonochrome
-    {{71448, 19}, TagType::int32s, 2, 0, 665, 1},  // ColorToneMonochrome
-    {{71467, 20}, TagType::int32s, 2, 0, 666, 6},  // FilterEffectUserDef1
-    {{71487, 20}, TagType::int32s, 2, 0, 666, 6},  // ToningEffectUserDef1
-    {{71507, 20}, TagType::int32s, 2, 0, 666, 6},  // FilterEffectUserDef2
-    {{71527, 20}, TagType::int32s, 2, 0, 666, 6},  // ToningEffectUserDef2
-    {{71547, 20}, TagType::int32s, 2, 0, 666, 6},  // FilterEffectUserDef3
-    {{71567, 20}, TagType::int32s, 2, 0, 666, 6},  // ToningEffectUserDef3
-    {{71587, 12}, TagType::int32s, 2, 0, 665, 1},  // ContrastAuto
-    {{71599, 13}, TagType::int32s, 2, 0, 665, 1},  // SharpnessAuto
-    {{71612, 14}, TagType::int32s, 2, 0, 665, 1},  // SaturationAuto
-    {{71626, 13}, TagType::int32s, 2, 0, 665, 1},  // ColorToneAuto
-    {{71639, 16}, TagType::int32s, 2, 0, 666, 6},  // FilterEffectAuto
-    {{71655, 16}, TagType::int32s, 2, 0, 666, 6},  // ToningEffectAuto
-    {{71671, 19}, TagType::int16s, 2, 0, 0, 0},  // PanoramaFrameNumber
-    {{71690, 17}, TagType::int16s, 2, 0, 3, 5},  // PanoramaDirection
-    {{20110, 14}, TagType::int32u, 2, 0, 693, 9},  // PreviewQuality
-    {{71707, 18}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageLength
-    {{20134, 17}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageWidth
-    {{20092, 18}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageHeight
-    {{71725, 17}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageStart
-    {{71742, 9}, TagType::int16s, 2, 0, 0, 3},  // ToneCurve
-    {{71751, 14}, TagType::int16s, 2, 0, 0, 0},  // SensorRedLevel
-    {{71765, 15}, TagType::int16s, 2, 0, 0, 0},  // SensorBlueLevel
-    {{71780, 15}, TagType::int16s, 2, 0, 0, 0},  // WhiteBalanceRed
-    {{71795, 16}, TagType::int16s, 2, 0, 0, 0},  // WhiteBalanceBlue
-    {{71811, 11}, TagType::int16s, 2, 0, 0, 0},  // DigitalGain
-    {{71822, 9}, TagType::int16s, 2, 0, 0, 0},  // WBShiftAB
-    {{71831, 9}, TagType::int16s, 2, 0, 0, 0},  // WBShiftGM
-    {{71840, 16}, TagType::int32u, 2, 0, 0, 0},  // RawBurstImageNum
-    {{71856, 18}, TagType::int32u, 2, 0, 0, 0},  // RawBurstImageCount
-    {{71874, 11}, TagType::int16s, 0, 0, 0, 0},  // SensorWidth
-    {{71885, 12}, TagType::int16s, 0, 0, 0, 0},  // SensorHeight
-    {{71897, 16}, TagType::int16s, 0, 0, 0, 0},  // SensorLeftBorder
-    {{71913, 15}, TagType::int16s, 0, 0, 0, 0},  // SensorTopBorder
-    {{71928, 17}, TagType::int16s, 0, 0, 0, 0},  // SensorRightBorder
-    {{71945, 18}, TagType::int16s, 0, 0, 0, 0},  // SensorBottomBorder
-    {{71963, 19}, TagType::int16s, 0, 0, 0, 0},  // BlackMaskLeftBorder
-    {{71982, 18}, TagType::int16s, 0, 0, 0, 0},  // BlackMaskTopBorder
-    {{72000, 20}, TagType::int16s, 0, 0, 0, 0},  // BlackMaskRightBorder
-    {{72020, 21}, TagType::int16s, 0, 0, 0, 0},  // BlackMaskBottomBorder
-    {{72041, 7}, TagType::int16s, 2, 0, 0, 0},  // AutoISO
-    {{72048, 7}, TagType::int16s, 2, 0, 0, 0},  // BaseISO
-    {{72055, 14}, TagType::int16s, 2, 0, 0, 0},  // TargetAperture
-    {{72069, 18}, TagType::int16s, 2, 0, 0, 0},  // TargetExposureTime
-    {{15451, 20}, TagType::int16s, 2, 0, 0, 0},  // ExposureCompensation
-    {{72087, 11}, TagType::int16s, 2, 0, 1414, 5},  // SlowShutter
-    {{72098, 14}, TagType::int16s, 2, 0, 0, 0},  // SequenceNumber
-    {{72112, 15}, TagType::int16s, 2, 0, 0, 0},  // OpticalZoomCode
-    {{72127, 16}, TagType::int16s, 2, 0, 0, 0},  // FlashGuideNumber
-    {{72143, 17}, TagType::int16s, 2, 0, 0, 0},  // FlashExposureComp
-    {{72160, 22}, TagType::int16s, 2, 0, 1414, 5},  // AutoExposureBracketing
-    {{72182, 15}, TagType::int16s, 2, 0, 0, 0},  // AEBBracketValue
-    {{72197, 11}, TagType::int16s, 2, 0, 1419, 3},  // ControlMode
-    {{72208, 12}, TagType::int16s, 2, 0, 0, 0},  // BulbDuration
-    {{15595, 10}, TagType::int16s, 2, 0, 1422, 5},  // CameraType
-    {{72220, 10}, TagType::int16s, 2, 0, 1414, 5},  // AutoRotate
-    {{72230, 8}, TagType::int16s, 2, 0, 1427, 3},  // NDFilter
-    {{72238, 10}, TagType::int16s, 2, 0, 0, 0},  // SelfTimer2
-    {{72248, 12}, TagType::string, 8, 0, 0, 0},  // Unknown_CNDB
-    {{72260, 8}, TagType::int32s, 2, 0, 0, 0},  // TimeZone
-    {{72268, 12}, TagType::int32s, 2, 0, 1430, 35},  // TimeZoneCity
-    {{72280, 15}, TagType::int32s, 2, 0, 1465, 2},  // DaylightSavings
-    {{72295, 21}, TagType::int8u, 2, 0, 0, 0},  // VignettingCorrVersion
-    {{72316, 18}, TagType::int16s, 2, 0, 8, 2},  // PeripheralLighting
-    {{72334, 20}, TagType::int16s, 2, 0, 8, 2},  // DistortionCorrection
-    {{72354, 23}, TagType::int16s, 2, 0, 8, 2},  // ChromaticAberrationCorr
-    {{72377, 23}, TagType::int16s, 2, 0, 0, 0},  // PeripheralLightingValue
-    {{72400, 25}, TagType::int16s, 2, 0, 0, 0},  // DistortionCorrectionValue
-    {{72425, 18}, TagType::int16s, 2, 0, 0, 0},  // OriginalImageWidth
-    {{72443, 19}, TagType::int16s, 2, 0, 0, 0},  // OriginalImageHeight
-    {{72462, 25}, TagType::int32s, 2, 0, 8, 2},  // PeripheralLightingSetting
-    {{72487, 26}, TagType::int32s, 2, 0, 8, 2},  // ChromaticAberrationSetting
-    {{72513, 27}, TagType::int32s, 2, 0, 8, 2},  // DistortionCorrectionSetting
-    {{72540, 27}, TagType::int32s, 2, 0, 8, 2},  // DigitalLensOptimizerSetting
-    {{72567, 17}, TagType::int32s, 2, 4, 0, 0},  // WB_GRBGLevelsAuto
-    {{72584, 21}, TagType::int32s, 2, 4, 0, 0},  // WB_GRBGLevelsDaylight
-    {{72605, 19}, TagType::int32s, 2, 4, 0, 0},  // WB_GRBGLevelsCloudy
-    {{72624, 21}, TagType::int32s, 2, 4, 0, 0},  // WB_GRBGLevelsTungsten
-    {{72645, 24}, TagType::int32s, 2, 4, 0, 0},  // WB_GRBGLevelsFluorescent
-    {{72669, 22}, TagType::int32s, 2, 4, 0, 0},  // WB_GRBGLevelsFluorHigh
-    {{72691, 18}, TagType::int32s, 2, 4, 0, 0},  // WB_GRBGLevelsFlash
-    {{72709, 23}, TagType::int32s, 2, 4, 0, 0},  // WB_GRBGLevelsUnderwater
-    {{72732, 20}, TagType::int32s, 2, 4, 0, 0},  // WB_GRBGLevelsCustom1
-    {{72752, 20}, TagType::int32s, 2, 4, 0, 0},  // WB_GRBGLevelsCustom2
-    {{51135, 14}, TagType::string, 2, 0, 0, 0},  // MakerNoteCanon
-    {{72772, 17}, TagType::string, 0, 0, 0, 0},  // CompressorVersion
+    {{64984, 12}, TagType::int32s, writable, 0, 0, 0},  // AFConfigTool
+    {{64996, 21}, TagType::int32s, writable, 0, 0, 0},  // AFTrackingSensitivity
+    {{65017, 20}, TagType::int32s, writable, 0, 0, 0},  // AFAccelDecelTracking
+    {{65037, 16}, TagType::int32s, writable, 0, 0, 0},  // AFPointSwitching
+    {{65053, 17}, TagType::int32s, writable, 0, 0, 3},  // AIServoFirstImage
+    {{65070, 18}, TagType::int32s, writable, 0, 3, 5},  // AIServoSecondImage
+    {{65088, 19}, TagType::int32s, writable, 0, 0, 3},  // USMLensElectronicMF
+    {{65107, 12}, TagType::int32s, writable, 0, 0, 3},  // AFAssistBeam
+    {{65119, 16}, TagType::int32s, writable, 0, 8, 2},  // OneShotAFRelease
+    {{65135, 22}, TagType::int32s, writable, 0, 8, 2},  // AutoAFPointSelEOSiTRAF
+    {{65157, 25}, TagType::int32s, writable, 0, 8, 2},  // LensDriveWhenAFImpossible
+    {{65182, 25}, TagType::int32s, writable, 0, 10, 6},  // SelectAFAreaSelectionMode
+    {{65207, 21}, TagType::int32s, writable, 0, 8, 2},  // AFAreaSelectionMethod
+    {{65228, 19}, TagType::int32s, writable, 0, 0, 3},  // OrientationLinkedAF
+    {{65247, 23}, TagType::int32s, writable, 0, 8, 2},  // ManualAFPointSelPattern
+    {{65270, 25}, TagType::int32s, writable, 0, 3, 5},  // AFPointDisplayDuringFocus
+    {{65295, 21}, TagType::int32s, writable, 0, 0, 3},  // VFDisplayIllumination
+    {{65316, 18}, TagType::int32s, writable, 0, 8, 2},  // AFStatusViewfinder
+    {{65334, 21}, TagType::int32s, writable, 0, 0, 3},  // InitialAFPointInServo
+    {{65355, 11}, TagType::int16u, none, 0, 0, 0},  // NumAFPoints
+    {{65366, 13}, TagType::int16u, none, 0, 0, 0},  // ValidAFPoints
+    {{65379, 15}, TagType::int16u, none, 0, 0, 0},  // CanonImageWidth
+    {{65394, 16}, TagType::int16u, none, 0, 0, 0},  // CanonImageHeight
+    {{65410, 12}, TagType::int16u, none, 0, 0, 0},  // AFImageWidth
+    {{65422, 13}, TagType::int16u, none, 0, 0, 0},  // AFImageHeight
+    {{65435, 11}, TagType::int16u, none, 0, 0, 0},  // AFAreaWidth
+    {{65446, 12}, TagType::int16u, none, 0, 0, 0},  // AFAreaHeight
+    {{65458, 16}, TagType::int16s, none, 0, 0, 0},  // AFAreaXPositions
+    {{65474, 16}, TagType::int16s, none, 0, 0, 0},  // AFAreaYPositions
+    {{65490, 15}, TagType::int16s, writable, 0, 16, 8},  // AFPointsInFocus
+    {{65505, 14}, TagType::int16u, none, 0, 0, 0},  // PrimaryAFPoint
+    {{65519, 19}, TagType::int16u, none, 8, 0, 0},  // Canon_AFInfo_0x000b
+    {{65538, 10}, TagType::int16u, none, 0, 0, 0},  // AFInfoSize
+    {{65548, 10}, TagType::int16u, none, 0, 24, 14},  // AFAreaMode
+    {{65558, 12}, TagType::int16s, none, 0, 0, 0},  // AFAreaWidths
+    {{65570, 13}, TagType::int16s, none, 0, 0, 0},  // AFAreaHeights
+    {{65583, 16}, TagType::int16s, none, 0, 0, 0},  // AFPointsSelected
+    {{65599, 20}, TagType::int16s, none, 0, 0, 0},  // Canon_AFInfo2_0x000d
+    {{65619, 14}, TagType::int32s, writable, 0, 0, 3},  // AFMicroAdjMode
+    {{65633, 15}, TagType::rational64s, writable, 0, 0, 0},  // AFMicroAdjValue
+    {{65648, 17}, TagType::int32s, writable, 0, 38, 9},  // AmbienceSelection
+    {{65665, 11}, TagType::int32u, writable, 0, 47, 8},  // AspectRatio
+    {{65676, 17}, TagType::int32u, writable, 0, 0, 0},  // CroppedImageWidth
+    {{65693, 18}, TagType::int32u, writable, 0, 0, 0},  // CroppedImageHeight
+    {{65711, 16}, TagType::int32u, writable, 0, 0, 0},  // CroppedImageLeft
+    {{65727, 15}, TagType::int32u, writable, 0, 0, 0},  // CroppedImageTop
+    {{24035, 10}, TagType::int32u, none, 0, 0, 0},  // ImageWidth
+    {{24024, 11}, TagType::int32u, none, 0, 0, 0},  // ImageHeight
+    {{0, 14}, TagType::imagedata, writable, 0, 0, 0},  // ThumbnailImage
+    {{65742, 9}, TagType::int32u, writable, 0, 0, 0},  // TimeStamp
+    {{15471, 7}, TagType::float_, writable, 0, 0, 0},  // FNumber
+    {{15573, 12}, TagType::float_, writable, 0, 0, 0},  // ExposureTime
+    {{65751, 3}, TagType::string, writable, 5, 0, 0},  // ISO
+    {{65754, 17}, TagType::int8u, writable, 0, 55, 5},  // FlashMeteringMode
+    {{65771, 17}, TagType::int32s, writable, 0, 0, 0},  // CameraTemperature
+    {{65788, 18}, TagType::int32s, writable, 0, 0, 0},  // MacroMagnification
+    {{65806, 11}, TagType::float_, writable, 0, 0, 0},  // FocalLength
+    {{65817, 17}, TagType::int32s, writable, 0, 0, 3},  // CameraOrientation
+    {{65834, 18}, TagType::int32s, writable, 0, 0, 0},  // FocusDistanceUpper
+    {{65852, 18}, TagType::int32s, writable, 0, 0, 0},  // FocusDistanceLower
+    {{65870, 12}, TagType::int32s, writable, 0, 60, 22},  // WhiteBalance
+    {{65882, 16}, TagType::int32s, writable, 0, 0, 0},  // ColorTemperature
+    {{65898, 8}, TagType::string, writable, 0, 82, 513},  // LensType
+    {{65906, 14}, TagType::int32s, writable, 0, 0, 0},  // MinFocalLength
+    {{65920, 14}, TagType::int32s, writable, 0, 0, 0},  // MaxFocalLength
+    {{15478, 15}, TagType::string, writable, 6, 0, 0},  // FirmwareVersion
+    {{65934, 14}, TagType::int32u, writable, 0, 0, 0},  // DirectoryIndex
+    {{65948, 9}, TagType::int32s, writable, 0, 0, 0},  // FileIndex
+    {{3820, 9}, TagType::string, writable, 64, 0, 0},  // LensModel
+    {{65957, 18}, TagType::int32s, writable, 0, 595, 6},  // SharpnessFrequency
+    {{65975, 9}, TagType::int32s, writable, 0, 0, 0},  // Sharpness
+    {{65984, 12}, TagType::int32s, writable, 0, 601, 24},  // PictureStyle
+    {{65996, 24}, TagType::string, writable, 184, 0, 0},  // FirmwareVersionLookAhead
+    {{66020, 9}, TagType::int32s, writable, 0, 0, 3},  // FocalType
+    {{66029, 14}, TagType::int32s, writable, 0, 625, 19},  // CanonImageSize
+    {{66043, 11}, TagType::int8u, writable, 0, 0, 0},  // JPEGQuality
+    {{66054, 10}, TagType::int32s, writable, 0, 644, 1},  // Saturation
+    {{66064, 9}, TagType::int32s, writable, 0, 644, 1},  // ColorTone
+    {{66073, 8}, TagType::int32s, writable, 0, 644, 1},  // Contrast
+    {{66081, 12}, TagType::int32u, writable, 0, 0, 0},  // ShutterCount
+    {{66093, 10}, TagType::int32u, writable, 0, 0, 0},  // TimeStamp1
+    {{66103, 21}, TagType::int32s, writable, 0, 8, 2},  // HighlightTonePriority
+    {{66124, 11}, TagType::int32s, writable, 0, 0, 0},  // MeasuredEV2
+    {{66135, 11}, TagType::int8u, writable, 0, 0, 0},  // MeasuredEV3
+    {{66146, 9}, TagType::string, writable, 32, 0, 0},  // OwnerName
+    {{66155, 21}, TagType::int32s, writable, 0, 645, 4},  // HighISONoiseReduction
+    {{66176, 21}, TagType::int32s, writable, 0, 645, 4},  // AutoLightingOptimizer
+    {{66197, 17}, TagType::int16urev, writable, 0, 649, 16},  // AFPointsInFocus5D
+    {{66214, 16}, TagType::string, writable, 8, 0, 0},  // FirmwareRevision
+    {{66230, 14}, TagType::string, writable, 16, 0, 0},  // ShortOwnerName
+    {{66244, 16}, TagType::int32s, writable, 0, 665, 1},  // ContrastStandard
+    {{66260, 16}, TagType::int32s, writable, 0, 665, 1},  // ContrastPortrait
+    {{66276, 17}, TagType::int32s, writable, 0, 665, 1},  // ContrastLandscape
+    {{66293, 15}, TagType::int32s, writable, 0, 665, 1},  // ContrastNeutral
+    {{66308, 16}, TagType::int32s, writable, 0, 665, 1},  // ContrastFaithful
+    {{66324, 18}, TagType::int32s, writable, 0, 665, 1},  // ContrastMonochrome
+    {{66342, 16}, TagType::int32s, writable, 0, 665, 1},  // ContrastUserDef1
+    {{66358, 16}, TagType::int32s, writable, 0, 665, 1},  // ContrastUserDef2
+    {{66374, 16}, TagType::int32s, writable, 0, 665, 1},  // ContrastUserDef3
+    {{66390, 17}, TagType::int32s, writable, 0, 665, 1},  // SharpnessStandard
+    {{66407, 17}, TagType::int32s, writable, 0, 665, 1},  // SharpnessPortrait
+    {{66424, 18}, TagType::int32s, writable, 0, 665, 1},  // SharpnessLandscape
+    {{66442, 16}, TagType::int32s, writable, 0, 665, 1},  // SharpnessNeutral
+    {{66458, 17}, TagType::int32s, writable, 0, 665, 1},  // SharpnessFaithful
+    {{66475, 19}, TagType::int32s, writable, 0, 665, 1},  // SharpnessMonochrome
+    {{66494, 17}, TagType::int32s, writable, 0, 665, 1},  // SharpnessUserDef1
+    {{66511, 17}, TagType::int32s, writable, 0, 665, 1},  // SharpnessUserDef2
+    {{66528, 17}, TagType::int32s, writable, 0, 665, 1},  // SharpnessUserDef3
+    {{66545, 18}, TagType::int32s, writable, 0, 665, 1},  // SaturationStandard
+    {{66563, 18}, TagType::int32s, writable, 0, 665, 1},  // SaturationPortrait
+    {{66581, 19}, TagType::int32s, writable, 0, 665, 1},  // SaturationLandscape
+    {{66600, 17}, TagType::int32s, writable, 0, 665, 1},  // SaturationNeutral
+    {{66617, 18}, TagType::int32s, writable, 0, 665, 1},  // SaturationFaithful
+    {{66635, 22}, TagType::int32s, writable, 0, 666, 6},  // FilterEffectMonochrome
+    {{66657, 18}, TagType::int32s, writable, 0, 665, 1},  // SaturationUserDef1
+    {{66675, 18}, TagType::int32s, writable, 0, 665, 1},  // SaturationUserDef2
+    {{66693, 18}, TagType::int32s, writable, 0, 665, 1},  // SaturationUserDef3
+    {{66711, 17}, TagType::int32s, writable, 0, 665, 1},  // ColorToneStandard
+    {{66728, 17}, TagType::int32s, writable, 0, 665, 1},  // ColorTonePortrait
+    {{66745, 18}, TagType::int32s, writable, 0, 665, 1},  // ColorToneLandscape
+    {{66763, 16}, TagType::int32s, writable, 0, 665, 1},  // ColorToneNeutral
+    {{66779, 17}, TagType::int32s, writable, 0, 665, 1},  // ColorToneFaithful
+    {{66796, 22}, TagType::int32s, writable, 0, 666, 6},  // ToningEffectMonochrome
+    {{66818, 17}, TagType::int32s, writable, 0, 665, 1},  // ColorToneUserDef1
+    {{66835, 17}, TagType::int32s, writable, 0, 665, 1},  // ColorToneUserDef2
+    {{66852, 17}, TagType::int32s, writable, 0, 665, 1},  // ColorToneUserDef3
+    {{66869, 20}, TagType::int16u, writable, 0, 672, 10},  // UserDef1PictureStyle
+    {{66889, 20}, TagType::int16u, writable, 0, 672, 10},  // UserDef2PictureStyle
+    {{66909, 20}, TagType::int16u, writable, 0, 672, 10},  // UserDef3PictureStyle
+    {{3843, 16}, TagType::string, writable, 5, 0, 0},  // LensSerialNumber
+    {{66929, 10}, TagType::int32u, writable, 0, 0, 0},  // FileIndex2
+    {{66939, 15}, TagType::int32u, writable, 0, 0, 0},  // DirectoryIndex2
+    {{66954, 10}, TagType::int32s, writable, 0, 0, 0},  // MeasuredEV
+    {{66964, 18}, TagType::int8u, writable, 0, 682, 9},  // CameraPictureStyle
+    {{66982, 8}, TagType::int32s, writable, 0, 0, 0},  // Rotation
+    {{66990, 9}, TagType::int16s, writable, 0, 691, 2},  // MacroMode
+    {{66999, 9}, TagType::int16s, writable, 0, 0, 0},  // SelfTimer
+    {{15544, 7}, TagType::int16s, writable, 0, 693, 9},  // Quality
+    {{67008, 14}, TagType::int16s, writable, 0, 702, 9},  // CanonFlashMode
+    {{67022, 15}, TagType::int16s, writable, 0, 711, 10},  // ContinuousDrive
+    {{15498, 9}, TagType::int16s, writable, 0, 721, 12},  // FocusMode
+    {{67037, 10}, TagType::int16s, writable, 0, 733, 14},  // RecordMode
+    {{67047, 8}, TagType::int16s, writable, 0, 747, 75},  // EasyMode
+    {{67055, 11}, TagType::int16s, writable, 0, 645, 4},  // DigitalZoom
+    {{67066, 9}, TagType::int16s, writable, 0, 0, 0},  // CameraISO
+    {{67075, 12}, TagType::int16s, writable, 0, 595, 6},  // MeteringMode
+    {{67087, 10}, TagType::int16s, writable, 0, 822, 11},  // FocusRange
+    {{67097, 7}, TagType::int16s, writable, 0, 833, 8},  // AFPoint
+    {{67104, 17}, TagType::int16s, writable, 0, 38, 9},  // CanonExposureMode
+    {{67121, 10}, TagType::int16s, writable, 0, 0, 0},  // FocalUnits
+    {{67131, 11}, TagType::int16s, writable, 0, 0, 0},  // MaxAperture
+    {{67142, 11}, TagType::int16s, writable, 0, 0, 0},  // MinAperture
+    {{67153, 13}, TagType::int16s, writable, 0, 0, 0},  // FlashActivity
+    {{67166, 9}, TagType::int16s, writable, 0, 841, 10},  // FlashBits
+    {{67175, 15}, TagType::int16s, writable, 0, 851, 3},  // FocusContinuous
+    {{67190, 9}, TagType::int16s, writable, 0, 3, 5},  // AESetting
+    {{67199, 18}, TagType::int16s, writable, 0, 854, 10},  // ImageStabilization
+    {{67217, 15}, TagType::int16s, writable, 0, 0, 0},  // DisplayAperture
+    {{67232, 15}, TagType::int16s, writable, 0, 0, 0},  // ZoomSourceWidth
+    {{67247, 15}, TagType::int16s, writable, 0, 0, 0},  // ZoomTargetWidth
+    {{67262, 16}, TagType::int16s, writable, 0, 8, 2},  // SpotMeteringMode
+    {{67278, 11}, TagType::int16s, writable, 0, 864, 8},  // PhotoEffect
+    {{67289, 17}, TagType::int16s, writable, 0, 872, 5},  // ManualFlashOutput
+    {{67306, 11}, TagType::int16s, writable, 0, 0, 3},  // SRAWQuality
+    {{67317, 17}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsAuto
+    {{67334, 21}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsDaylight
+    {{67355, 18}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsShade
+    {{67373, 19}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsCloudy
+    {{67392, 21}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsTungsten
+    {{67413, 24}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsFluorescent
+    {{67437, 18}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsFlash
+    {{67455, 19}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsCustom
+    {{67474, 11}, TagType::int16s, writable, 4, 0, 0},  // BlackLevels
+    {{67485, 19}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsKelvin
+    {{67504, 18}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBBlackLevels
+    {{67522, 24}, TagType::int16s, writable, 5, 0, 0},  // CameraColorCalibration01
+    {{67546, 24}, TagType::int16s, writable, 5, 0, 0},  // CameraColorCalibration02
+    {{67570, 24}, TagType::int16s, writable, 5, 0, 0},  // CameraColorCalibration03
+    {{67594, 24}, TagType::int16s, writable, 5, 0, 0},  // CameraColorCalibration04
+    {{67618, 24}, TagType::int16s, writable, 5, 0, 0},  // CameraColorCalibration05
+    {{67642, 24}, TagType::int16s, writable, 5, 0, 0},  // CameraColorCalibration06
+    {{67666, 24}, TagType::int16s, writable, 5, 0, 0},  // CameraColorCalibration07
+    {{67690, 24}, TagType::int16s, writable, 5, 0, 0},  // CameraColorCalibration08
+    {{67714, 24}, TagType::int16s, writable, 5, 0, 0},  // CameraColorCalibration09
+    {{67738, 24}, TagType::int16s, writable, 5, 0, 0},  // CameraColorCalibration10
+    {{67762, 24}, TagType::int16s, writable, 5, 0, 0},  // CameraColorCalibration11
+    {{67786, 24}, TagType::int16s, writable, 5, 0, 0},  // CameraColorCalibration12
+    {{67810, 24}, TagType::int16s, writable, 5, 0, 0},  // CameraColorCalibration13
+    {{67834, 24}, TagType::int16s, writable, 5, 0, 0},  // CameraColorCalibration14
+    {{67858, 24}, TagType::int16s, writable, 5, 0, 0},  // CameraColorCalibration15
+    {{67882, 19}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsAsShot
+    {{67901, 15}, TagType::int16s, writable, 0, 0, 0},  // ColorTempAsShot
+    {{67916, 13}, TagType::int16s, writable, 0, 0, 0},  // ColorTempAuto
+    {{67929, 21}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsMeasured
+    {{67950, 17}, TagType::int16s, writable, 0, 0, 0},  // ColorTempMeasured
+    {{67967, 20}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown
+    {{67987, 16}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown
+    {{68003, 17}, TagType::int16s, writable, 0, 0, 0},  // ColorTempDaylight
+    {{68020, 14}, TagType::int16s, writable, 0, 0, 0},  // ColorTempShade
+    {{68034, 15}, TagType::int16s, writable, 0, 0, 0},  // ColorTempCloudy
+    {{68049, 17}, TagType::int16s, writable, 0, 0, 0},  // ColorTempTungsten
+    {{68066, 20}, TagType::int16s, writable, 0, 0, 0},  // ColorTempFluorescent
+    {{68086, 15}, TagType::int16s, writable, 0, 0, 0},  // ColorTempKelvin
+    {{68101, 14}, TagType::int16s, writable, 0, 0, 0},  // ColorTempFlash
+    {{68115, 21}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown2
+    {{68136, 17}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown2
+    {{68153, 21}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown3
+    {{68174, 17}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown3
+    {{68191, 21}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown4
+    {{68212, 17}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown4
+    {{68229, 21}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown5
+    {{68250, 17}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown5
+    {{68267, 21}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown6
+    {{68288, 17}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown6
+    {{68305, 21}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown7
+    {{68326, 17}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown7
+    {{68343, 21}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown8
+    {{68364, 17}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown8
+    {{68381, 21}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown9
+    {{68402, 17}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown9
+    {{68419, 22}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown10
+    {{68441, 18}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown10
+    {{68459, 22}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown11
+    {{68481, 18}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown11
+    {{68499, 22}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown12
+    {{68521, 18}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown12
+    {{68539, 22}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown13
+    {{68561, 18}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown13
+    {{68579, 20}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsCustom1
+    {{68599, 16}, TagType::int16s, writable, 0, 0, 0},  // ColorTempCustom1
+    {{68615, 20}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsCustom2
+    {{68635, 16}, TagType::int16s, writable, 0, 0, 0},  // ColorTempCustom2
+    {{68651, 16}, TagType::int16s, writable, 0, 877, 24},  // ColorDataVersion
+    {{68667, 22}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown14
+    {{68689, 18}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown14
+    {{68707, 22}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown15
+    {{68729, 18}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown15
+    {{68747, 22}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown16
+    {{68769, 18}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown16
+    {{68787, 22}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown17
+    {{68809, 18}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown17
+    {{68827, 22}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown18
+    {{68849, 18}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown18
+    {{68867, 22}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown19
+    {{68889, 18}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown19
+    {{68907, 22}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown20
+    {{68929, 18}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown20
+    {{68947, 22}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown21
+    {{68969, 18}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown21
+    {{68987, 22}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown22
+    {{69009, 18}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown22
+    {{69027, 22}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown23
+    {{69049, 18}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown23
+    {{69067, 22}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown24
+    {{69089, 18}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown24
+    {{69107, 22}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown25
+    {{69129, 18}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown25
+    {{69147, 22}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown26
+    {{69169, 18}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown26
+    {{69187, 22}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown27
+    {{69209, 18}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown27
+    {{69227, 22}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown28
+    {{69249, 18}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown28
+    {{69267, 22}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown29
+    {{69289, 18}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown29
+    {{69307, 20}, TagType::int32s, writable, 4, 0, 0},  // PerChannelBlackLevel
+    {{69327, 16}, TagType::int16u, writable, 0, 0, 0},  // NormalWhiteLevel
+    {{69343, 18}, TagType::int16u, writable, 0, 0, 0},  // SpecularWhiteLevel
+    {{69361, 20}, TagType::int16u, writable, 0, 0, 0},  // LinearityUpperMargin
+    {{69381, 16}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsPC1
+    {{69397, 12}, TagType::int16s, writable, 0, 0, 0},  // ColorTempPC1
+    {{69409, 16}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsPC2
+    {{69425, 12}, TagType::int16s, writable, 0, 0, 0},  // ColorTempPC2
+    {{69437, 16}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsPC3
+    {{69453, 12}, TagType::int16s, writable, 0, 0, 0},  // ColorTempPC3
+    {{69465, 15}, TagType::int32u, writable, 4, 0, 0},  // RawMeasuredRGGB
+    {{69480, 15}, TagType::int16s, writable, 0, 0, 0},  // ColorTempCustom
+    {{69495, 11}, TagType::int16s, writable, 0, 0, 0},  // FlashOutput
+    {{69506, 17}, TagType::int16s, writable, 0, 0, 0},  // FlashBatteryLevel
+    {{69523, 18}, TagType::int16s, writable, 0, 0, 0},  // ColorTempFlashData
+    {{69541, 16}, TagType::int32u, writable, 4, 0, 0},  // MeasuredRGGBData
+    {{69557, 17}, TagType::int16u, writable, 4, 0, 0},  // AverageBlackLevel
+    {{69574, 22}, TagType::int16s, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown30
+    {{69596, 18}, TagType::int16s, writable, 0, 0, 0},  // ColorTempUnknown30
+    {{24045, 10}, TagType::int32s, writable, 0, 901, 3},  // ColorSpace
+    {{69614, 19}, TagType::int16u, writable, 0, 904, 3},  // IntelligentContrast
+    {{69633, 14}, TagType::int16u, writable, 0, 0, 0},  // CropLeftMargin
+    {{69647, 15}, TagType::int16u, writable, 0, 0, 0},  // CropRightMargin
+    {{69662, 13}, TagType::int16u, writable, 0, 0, 0},  // CropTopMargin
+    {{69675, 16}, TagType::int16u, writable, 0, 0, 0},  // CropBottomMargin
+    {{69691, 13}, TagType::int32s, writable, 0, 0, 0},  // FacesDetected
+    {{69704, 19}, TagType::int16u, writable, 2, 0, 0},  // FaceDetectFrameSize
+    {{69723, 13}, TagType::int16s, writable, 2, 0, 0},  // Face1Position
+    {{69736, 13}, TagType::int16s, writable, 2, 0, 0},  // Face2Position
+    {{69749, 13}, TagType::int16s, writable, 2, 0, 0},  // Face3Position
+    {{69762, 13}, TagType::int16s, writable, 2, 0, 0},  // Face4Position
+    {{69775, 13}, TagType::int16s, writable, 2, 0, 0},  // Face5Position
+    {{69788, 13}, TagType::int16s, writable, 2, 0, 0},  // Face6Position
+    {{69801, 13}, TagType::int16s, writable, 2, 0, 0},  // Face7Position
+    {{69814, 13}, TagType::int16s, writable, 2, 0, 0},  // Face8Position
+    {{69827, 13}, TagType::int16s, writable, 2, 0, 0},  // Face9Position
+    {{69840, 9}, TagType::int8u, writable, 0, 0, 0},  // FaceWidth
+    {{69849, 10}, TagType::int32u, writable, 0, 0, 0},  // FileNumber
+    {{69859, 11}, TagType::int16s, writable, 0, 3, 5},  // BracketMode
+    {{69870, 12}, TagType::int16s, writable, 0, 0, 0},  // BracketValue
+    {{69882, 17}, TagType::int16s, writable, 0, 0, 0},  // BracketShotNumber
+    {{69899, 13}, TagType::int16s, writable, 0, 693, 9},  // RawJpgQuality
+    {{69912, 10}, TagType::int16s, writable, 0, 625, 19},  // RawJpgSize
+    {{69922, 27}, TagType::int16s, writable, 0, 907, 4},  // LongExposureNoiseReduction2
+    {{69949, 13}, TagType::int16s, writable, 0, 0, 3},  // WBBracketMode
+    {{69962, 16}, TagType::int16s, writable, 0, 0, 0},  // WBBracketValueAB
+    {{69978, 16}, TagType::int16s, writable, 0, 0, 0},  // WBBracketValueGM
+    {{69994, 12}, TagType::int16s, writable, 0, 3, 5},  // FilterEffect
+    {{70006, 12}, TagType::int16s, writable, 0, 3, 5},  // ToningEffect
+    {{70018, 16}, TagType::int16s, writable, 0, 8, 2},  // LiveViewShooting
+    {{70034, 11}, TagType::int16s, writable, 0, 0, 3},  // ShutterMode
+    {{70045, 17}, TagType::int16s, writable, 0, 8, 2},  // FlashExposureLock
+    {{70062, 10}, TagType::int16u, writable, 0, 911, 55},  // RFLensType
+    {{70072, 14}, TagType::string, none, 0, 966, 1},  // GrainyBWFilter
+    {{70086, 15}, TagType::string, none, 0, 966, 1},  // SoftFocusFilter
+    {{70101, 15}, TagType::string, none, 0, 966, 1},  // ToyCameraFilter
+    {{70116, 15}, TagType::string, none, 0, 966, 1},  // MiniatureFilter
+    {{70131, 26}, TagType::string, none, 0, 8, 2},  // MiniatureFilterOrientation
+    {{70157, 23}, TagType::string, none, 0, 0, 0},  // MiniatureFilterPosition
+    {{70180, 24}, TagType::string, none, 0, 0, 0},  // MiniatureFilterParameter
+    {{70204, 13}, TagType::string, none, 0, 966, 1},  // FisheyeFilter
+    {{70217, 14}, TagType::string, none, 0, 966, 1},  // PaintingFilter
+    {{70231, 16}, TagType::string, none, 0, 966, 1},  // WatercolorFilter
+    {{70247, 17}, TagType::int16s, writable, 0, 0, 0},  // ModifiedParamFlag
+    {{70264, 15}, TagType::int16u, writable, 0, 0, 0},  // FocalPlaneXSize
+    {{70279, 18}, TagType::int16u, writable, 0, 0, 0},  // FocalPlaneXUnknown
+    {{70297, 15}, TagType::int16u, writable, 0, 0, 0},  // FocalPlaneYSize
+    {{70312, 18}, TagType::int16u, writable, 0, 0, 0},  // FocalPlaneYUnknown
+    {{70330, 3}, TagType::int32s, writable, 0, 0, 3},  // HDR
+    {{70333, 9}, TagType::int32s, writable, 0, 3, 5},  // HDREffect
+    {{70342, 26}, TagType::int32s, writable, 0, 8, 2},  // PeripheralIlluminationCorr
+    {{70368, 26}, TagType::int32s, writable, 0, 0, 3},  // LongExposureNoiseReduction
+    {{70394, 20}, TagType::int32s, writable, 0, 0, 3},  // DigitalLensOptimizer
+    {{70414, 17}, TagType::int32s, writable, 0, 3, 5},  // CompressionFormat
+    {{70431, 11}, TagType::int32s, writable, 0, 0, 3},  // ColorSpace2
+    {{70442, 11}, TagType::int32s, writable, 0, 8, 2},  // ColorMatrix
+    {{70453, 15}, TagType::int32s, writable, 0, 645, 4},  // CanonLogVersion
+    {{70468, 14}, TagType::string, none, 0, 0, 0},  // CanonFlashInfo
+    {{70482, 14}, TagType::string, writable, 0, 0, 0},  // CanonImageType
+    {{70496, 20}, TagType::string, writable, 0, 0, 0},  // CanonFirmwareVersion
+    {{15561, 12}, TagType::int32u, writable, 0, 0, 0},  // SerialNumber
+    {{70516, 15}, TagType::int32u, writable, 0, 0, 0},  // CanonFileLength
+    {{70531, 12}, TagType::int32u, writable, 0, 967, 351},  // CanonModelID
+    {{70543, 23}, TagType::int16u, writable, 4, 0, 0},  // ThumbnailImageValidArea
+    {{70566, 18}, TagType::int32u, writable, 0, 1318, 2},  // SerialNumberFormat
+    {{70584, 10}, TagType::int16u, writable, 0, 0, 3},  // SuperMacro
+    {{70594, 13}, TagType::int16u, writable, 0, 0, 3},  // DateStampMode
+    {{70607, 10}, TagType::int32u, writable, 2, 1320, 8},  // Categories
+    {{61475, 13}, TagType::int8u, writable, 0, 0, 0},  // ImageUniqueID
+    {{70617, 11}, TagType::string, writable, 0, 0, 0},  // BatteryType
+    {{70628, 13}, TagType::string, none, 0, 0, 0},  // RawDataOffset
+    {{70641, 13}, TagType::string, none, 0, 0, 0},  // RawDataLength
+    {{70654, 26}, TagType::int32u, writable, 0, 0, 0},  // OriginalDecisionDataOffset
+    {{70680, 17}, TagType::string, none, 0, 0, 0},  // AFPointsInFocus1D
+    {{70697, 20}, TagType::string, writable, 0, 0, 0},  // InternalSerialNumber
+    {{70717, 14}, TagType::string, none, 0, 0, 0},  // ToneCurveTable
+    {{70731, 14}, TagType::string, none, 0, 0, 0},  // SharpnessTable
+    {{70745, 18}, TagType::string, none, 0, 0, 0},  // SharpnessFreqTable
+    {{70763, 17}, TagType::string, none, 0, 0, 0},  // WhiteBalanceTable
+    {{70780, 17}, TagType::string, none, 0, 0, 0},  // ToneCurveMatching
+    {{70797, 20}, TagType::string, none, 0, 0, 0},  // WhiteBalanceMatching
+    {{70817, 9}, TagType::int32u, writable, 0, 0, 0},  // VRDOffset
+    {{70826, 8}, TagType::string, binary, 0, 0, 0},  // CRWParam
+    {{70834, 6}, TagType::string, binary, 0, 0, 0},  // Flavor
+    {{70840, 19}, TagType::int16u, writable, 3, 1328, 72},  // PictureStyleUserDef
+    {{70859, 14}, TagType::int16u, writable, 3, 1328, 72},  // PictureStylePC
+    {{70873, 26}, TagType::string, writable, 0, 0, 0},  // CustomPictureStyleFileName
+    {{70899, 12}, TagType::int16u, writable, 4, 0, 0},  // MeasuredRGGB
+    {{70911, 17}, TagType::int16s, writable, 0, 0, 3},  // ModifiedToneCurve
+    {{70928, 17}, TagType::int16s, writable, 0, 0, 0},  // ModifiedSharpness
+    {{70945, 21}, TagType::int16s, writable, 0, 595, 6},  // ModifiedSharpnessFreq
+    {{70966, 22}, TagType::int16s, writable, 0, 0, 0},  // ModifiedSensorRedLevel
+    {{70988, 23}, TagType::int16s, writable, 0, 0, 0},  // ModifiedSensorBlueLevel
+    {{71011, 23}, TagType::int16s, writable, 0, 0, 0},  // ModifiedWhiteBalanceRed
+    {{71034, 24}, TagType::int16s, writable, 0, 0, 0},  // ModifiedWhiteBalanceBlue
+    {{71058, 20}, TagType::int16s, writable, 0, 60, 22},  // ModifiedWhiteBalance
+    {{71078, 17}, TagType::int16s, writable, 0, 0, 0},  // ModifiedColorTemp
+    {{71095, 20}, TagType::int16s, writable, 0, 601, 24},  // ModifiedPictureStyle
+    {{71115, 19}, TagType::int16s, writable, 0, 0, 0},  // ModifiedDigitalGain
+    {{4032, 9}, TagType::float_, writable, 0, 0, 0},  // FrameRate
+    {{71134, 10}, TagType::int32s, writable, 0, 0, 0},  // FrameCount
+    {{1878, 8}, TagType::int32u, writable, 0, 0, 0},  // Duration
+    {{71144, 12}, TagType::int32u, writable, 0, 0, 0},  // AudioBitrate
+    {{30224, 15}, TagType::int32u, writable, 0, 0, 0},  // AudioSampleRate
+    {{30211, 13}, TagType::int32u, writable, 0, 0, 0},  // AudioChannels
+    {{71156, 10}, TagType::string, writable, 4, 0, 0},  // VideoCodec
+    {{71166, 13}, TagType::int32s, writable, 0, 0, 3},  // MultiExposure
+    {{71179, 20}, TagType::int32s, writable, 0, 645, 4},  // MultiExposureControl
+    {{71199, 18}, TagType::int32s, writable, 0, 0, 0},  // MultiExposureShots
+    {{71217, 11}, TagType::int16u, writable, 0, 1400, 14},  // MyColorMode
+    {{71228, 20}, TagType::int32s, writable, 0, 665, 1},  // FilterEffectStandard
+    {{71248, 20}, TagType::int32s, writable, 0, 665, 1},  // ToningEffectStandard
+    {{71268, 20}, TagType::int32s, writable, 0, 665, 1},  // FilterEffectPortrait
+    {{71288, 20}, TagType::int32s, writable, 0, 665, 1},  // ToningEffectPortrait
+    {{71308, 21}, TagType::int32s, writable, 0, 665, 1},  // FilterEffectLandscape
+    {{71329, 21}, TagType::int32s, writable, 0, 665, 1},  // ToningEffectLandscape
+    {{71350, 19}, TagType::int32s, writable, 0, 665, 1},  // FilterEffectNeutral
+    {{71369, 19}, TagType::int32s, writable, 0, 665, 1},  // ToningEffectNeutral
+    {{71388, 20}, TagType::int32s, writable, 0, 665, 1},  // FilterEffectFaithful
+    {{71408, 20}, TagType::int32s, writable, 0, 665, 1},  // ToningEffectFaithful
+    {{71428, 20}, TagType::int32s, writable, 0, 665, 1},  // SaturationMonochrome
+    {{71448, 19}, TagType::int32s, writable, 0, 665, 1},  // ColorToneMonochrome
+    {{71467, 20}, TagType::int32s, writable, 0, 666, 6},  // FilterEffectUserDef1
+    {{71487, 20}, TagType::int32s, writable, 0, 666, 6},  // ToningEffectUserDef1
+    {{71507, 20}, TagType::int32s, writable, 0, 666, 6},  // FilterEffectUserDef2
+    {{71527, 20}, TagType::int32s, writable, 0, 666, 6},  // ToningEffectUserDef2
+    {{71547, 20}, TagType::int32s, writable, 0, 666, 6},  // FilterEffectUserDef3
+    {{71567, 20}, TagType::int32s, writable, 0, 666, 6},  // ToningEffectUserDef3
+    {{71587, 12}, TagType::int32s, writable, 0, 665, 1},  // ContrastAuto
+    {{71599, 13}, TagType::int32s, writable, 0, 665, 1},  // SharpnessAuto
+    {{71612, 14}, TagType::int32s, writable, 0, 665, 1},  // SaturationAuto
+    {{71626, 13}, TagType::int32s, writable, 0, 665, 1},  // ColorToneAuto
+    {{71639, 16}, TagType::int32s, writable, 0, 666, 6},  // FilterEffectAuto
+    {{71655, 16}, TagType::int32s, writable, 0, 666, 6},  // ToningEffectAuto
+    {{71671, 19}, TagType::int16s, writable, 0, 0, 0},  // PanoramaFrameNumber
+    {{71690, 17}, TagType::int16s, writable, 0, 3, 5},  // PanoramaDirection
+    {{20110, 14}, TagType::int32u, writable, 0, 693, 9},  // PreviewQuality
+    {{71707, 18}, TagType::int32u, writable, 0, 0, 0},  // PreviewImageLength
+    {{20134, 17}, TagType::int32u, writable, 0, 0, 0},  // PreviewImageWidth
+    {{20092, 18}, TagType::int32u, writable, 0, 0, 0},  // PreviewImageHeight
+    {{71725, 17}, TagType::int32u, writable, 0, 0, 0},  // PreviewImageStart
+    {{71742, 9}, TagType::int16s, writable, 0, 0, 3},  // ToneCurve
+    {{71751, 14}, TagType::int16s, writable, 0, 0, 0},  // SensorRedLevel
+    {{71765, 15}, TagType::int16s, writable, 0, 0, 0},  // SensorBlueLevel
+    {{71780, 15}, TagType::int16s, writable, 0, 0, 0},  // WhiteBalanceRed
+    {{71795, 16}, TagType::int16s, writable, 0, 0, 0},  // WhiteBalanceBlue
+    {{71811, 11}, TagType::int16s, writable, 0, 0, 0},  // DigitalGain
+    {{71822, 9}, TagType::int16s, writable, 0, 0, 0},  // WBShiftAB
+    {{71831, 9}, TagType::int16s, writable, 0, 0, 0},  // WBShiftGM
+    {{71840, 16}, TagType::int32u, writable, 0, 0, 0},  // RawBurstImageNum
+    {{71856, 18}, TagType::int32u, writable, 0, 0, 0},  // RawBurstImageCount
+    {{71874, 11}, TagType::int16s, none, 0, 0, 0},  // SensorWidth
+    {{71885, 12}, TagType::int16s, none, 0, 0, 0},  // SensorHeight
+    {{71897, 16}, TagType::int16s, none, 0, 0, 0},  // SensorLeftBorder
+    {{71913, 15}, TagType::int16s, none, 0, 0, 0},  // SensorTopBorder
+    {{71928, 17}, TagType::int16s, none, 0, 0, 0},  // SensorRightBorder
+    {{71945, 18}, TagType::int16s, none, 0, 0, 0},  // SensorBottomBorder
+    {{71963, 19}, TagType::int16s, none, 0, 0, 0},  // BlackMaskLeftBorder
+    {{71982, 18}, TagType::int16s, none, 0, 0, 0},  // BlackMaskTopBorder
+    {{72000, 20}, TagType::int16s, none, 0, 0, 0},  // BlackMaskRightBorder
+    {{72020, 21}, TagType::int16s, none, 0, 0, 0},  // BlackMaskBottomBorder
+    {{72041, 7}, TagType::int16s, writable, 0, 0, 0},  // AutoISO
+    {{72048, 7}, TagType::int16s, writable, 0, 0, 0},  // BaseISO
+    {{72055, 14}, TagType::int16s, writable, 0, 0, 0},  // TargetAperture
+    {{72069, 18}, TagType::int16s, writable, 0, 0, 0},  // TargetExposureTime
+    {{15451, 20}, TagType::int16s, writable, 0, 0, 0},  // ExposureCompensation
+    {{72087, 11}, TagType::int16s, writable, 0, 1414, 5},  // SlowShutter
+    {{72098, 14}, TagType::int16s, writable, 0, 0, 0},  // SequenceNumber
+    {{72112, 15}, TagType::int16s, writable, 0, 0, 0},  // OpticalZoomCode
+    {{72127, 16}, TagType::int16s, writable, 0, 0, 0},  // FlashGuideNumber
+    {{72143, 17}, TagType::int16s, writable, 0, 0, 0},  // FlashExposureComp
+    {{72160, 22}, TagType::int16s, writable, 0, 1414, 5},  // AutoExposureBracketing
+    {{72182, 15}, TagType::int16s, writable, 0, 0, 0},  // AEBBracketValue
+    {{72197, 11}, TagType::int16s, writable, 0, 1419, 3},  // ControlMode
+    {{72208, 12}, TagType::int16s, writable, 0, 0, 0},  // BulbDuration
+    {{15595, 10}, TagType::int16s, writable, 0, 1422, 5},  // CameraType
+    {{72220, 10}, TagType::int16s, writable, 0, 1414, 5},  // AutoRotate
+    {{72230, 8}, TagType::int16s, writable, 0, 1427, 3},  // NDFilter
+    {{72238, 10}, TagType::int16s, writable, 0, 0, 0},  // SelfTimer2
+    {{72248, 12}, TagType::string, binary, 0, 0, 0},  // Unknown_CNDB
+    {{72260, 8}, TagType::int32s, writable, 0, 0, 0},  // TimeZone
+    {{72268, 12}, TagType::int32s, writable, 0, 1430, 35},  // TimeZoneCity
+    {{72280, 15}, TagType::int32s, writable, 0, 1465, 2},  // DaylightSavings
+    {{72295, 21}, TagType::int8u, writable, 0, 0, 0},  // VignettingCorrVersion
+    {{72316, 18}, TagType::int16s, writable, 0, 8, 2},  // PeripheralLighting
+    {{72334, 20}, TagType::int16s, writable, 0, 8, 2},  // DistortionCorrection
+    {{72354, 23}, TagType::int16s, writable, 0, 8, 2},  // ChromaticAberrationCorr
+    {{72377, 23}, TagType::int16s, writable, 0, 0, 0},  // PeripheralLightingValue
+    {{72400, 25}, TagType::int16s, writable, 0, 0, 0},  // DistortionCorrectionValue
+    {{72425, 18}, TagType::int16s, writable, 0, 0, 0},  // OriginalImageWidth
+    {{72443, 19}, TagType::int16s, writable, 0, 0, 0},  // OriginalImageHeight
+    {{72462, 25}, TagType::int32s, writable, 0, 8, 2},  // PeripheralLightingSetting
+    {{72487, 26}, TagType::int32s, writable, 0, 8, 2},  // ChromaticAberrationSetting
+    {{72513, 27}, TagType::int32s, writable, 0, 8, 2},  // DistortionCorrectionSetting
+    {{72540, 27}, TagType::int32s, writable, 0, 8, 2},  // DigitalLensOptimizerSetting
+    {{72567, 17}, TagType::int32s, writable, 4, 0, 0},  // WB_GRBGLevelsAuto
+    {{72584, 21}, TagType::int32s, writable, 4, 0, 0},  // WB_GRBGLevelsDaylight
+    {{72605, 19}, TagType::int32s, writable, 4, 0, 0},  // WB_GRBGLevelsCloudy
+    {{72624, 21}, TagType::int32s, writable, 4, 0, 0},  // WB_GRBGLevelsTungsten
+    {{72645, 24}, TagType::int32s, writable, 4, 0, 0},  // WB_GRBGLevelsFluorescent
+    {{72669, 22}, TagType::int32s, writable, 4, 0, 0},  // WB_GRBGLevelsFluorHigh
+    {{72691, 18}, TagType::int32s, writable, 4, 0, 0},  // WB_GRBGLevelsFlash
+    {{72709, 23}, TagType::int32s, writable, 4, 0, 0},  // WB_GRBGLevelsUnderwater
+    {{72732, 20}, TagType::int32s, writable, 4, 0, 0},  // WB_GRBGLevelsCustom1
+    {{72752, 20}, TagType::int32s, writable, 4, 0, 0},  // WB_GRBGLevelsCustom2
+    {{51135, 14}, TagType::string, writable, 0, 0, 0},  // MakerNoteCanon
+    {{72772, 17}, TagType::string, none, 0, 0, 0},  // CompressorVersion
 };
 constexpr detail::TextRef kChoicesCanon[] = {
     {3118, 1}, {3119, 1}, {3120, 1}, {3118, 1}, {3119, 1}, {3120, 1}, {5232, 1}, {5233, 1},
@@ -12478,9 +12458,35 @@ constexpr std::uint16_t kKeyOrderCanon[] = {
     282, 208, 210, 212, 214, 216, 218, 327, 60, 430, 365, 429, 363, 158, 159,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsCanon[492];
-constinit detail::StreamTags gTagsCanon("Canon", kText, kTagsCanon, kKeyOrderCanon, kChoicesCanon, gItemsCanon, &TagStringsCatalogue::stringsCanon);
 
 }  // namespace
+
+// Each stream's tags, which the catalogue's index finds them by.
+namespace detail {
+constinit StreamTags gTagsAFCP("AFCP", kText, kTagsAFCP, kKeyOrderAFCP, {}, gItemsAFCP, &TagStringsCatalogue::stringsAFCP);
+constinit StreamTags gTagsAIFF("AIFF", kText, kTagsAIFF, kKeyOrderAIFF, kChoicesAIFF, gItemsAIFF, &TagStringsCatalogue::stringsAIFF);
+constinit StreamTags gTagsAPE("APE", kText, kTagsAPE, kKeyOrderAPE, {}, gItemsAPE, &TagStringsCatalogue::stringsAPE);
+constinit StreamTags gTagsAPP0("APP0", kText, kTagsAPP0, kKeyOrderAPP0, kChoicesAPP0, gItemsAPP0, &TagStringsCatalogue::stringsAPP0);
+constinit StreamTags gTagsAPP1("APP1", kText, kTagsAPP1, kKeyOrderAPP1, kChoicesAPP1, gItemsAPP1, &TagStringsCatalogue::stringsAPP1);
+constinit StreamTags gTagsAPP11("APP11", kText, kTagsAPP11, kKeyOrderAPP11, {}, gItemsAPP11, &TagStringsCatalogue::stringsAPP11);
+constinit StreamTags gTagsAPP12("APP12", kText, kTagsAPP12, kKeyOrderAPP12, kChoicesAPP12, gItemsAPP12, &TagStringsCatalogue::stringsAPP12);
+constinit StreamTags gTagsAPP13("APP13", kText, kTagsAPP13, kKeyOrderAPP13, {}, gItemsAPP13, &TagStringsCatalogue::stringsAPP13);
+constinit StreamTags gTagsAPP14("APP14", kText, kTagsAPP14, kKeyOrderAPP14, kChoicesAPP14, gItemsAPP14, &TagStringsCatalogue::stringsAPP14);
+constinit StreamTags gTagsAPP15("APP15", kText, kTagsAPP15, kKeyOrderAPP15, {}, gItemsAPP15, &TagStringsCatalogue::stringsAPP15);
+constinit StreamTags gTagsAPP2("APP2", kText, kTagsAPP2, kKeyOrderAPP2, {}, gItemsAPP2, &TagStringsCatalogue::stringsAPP2);
+constinit StreamTags gTagsAPP3("APP3", kText, kTagsAPP3, kKeyOrderAPP3, kChoicesAPP3, gItemsAPP3, &TagStringsCatalogue::stringsAPP3);
+constinit StreamTags gTagsAPP4("APP4", kText, kTagsAPP4, kKeyOrderAPP4, {}, gItemsAPP4, &TagStringsCatalogue::stringsAPP4);
+constinit StreamTags gTagsAPP5("APP5", kText, kTagsAPP5, kKeyOrderAPP5, kChoicesAPP5, gItemsAPP5, &TagStringsCatalogue::stringsAPP5);
+constinit StreamTags gTagsAPP6("APP6", kText, kTagsAPP6, kKeyOrderAPP6, kChoicesAPP6, gItemsAPP6, &TagStringsCatalogue::stringsAPP6);
+constinit StreamTags gTagsAPP7("APP7", kText, kTagsAPP7, kKeyOrderAPP7, {}, gItemsAPP7, &TagStringsCatalogue::stringsAPP7);
+constinit StreamTags gTagsAPP8("APP8", kText, kTagsAPP8, kKeyOrderAPP8, kChoicesAPP8, gItemsAPP8, &TagStringsCatalogue::stringsAPP8);
+constinit StreamTags gTagsAPP9("APP9", kText, kTagsAPP9, kKeyOrderAPP9, {}, gItemsAPP9, &TagStringsCatalogue::stringsAPP9);
+constinit StreamTags gTagsASF("ASF", kText, kTagsASF, kKeyOrderASF, kChoicesASF, gItemsASF, &TagStringsCatalogue::stringsASF);
+constinit StreamTags gTagsAdobeDNG("AdobeDNG", kText, kTagsAdobeDNG, kKeyOrderAdobeDNG, {}, gItemsAdobeDNG, &TagStringsCatalogue::stringsAdobeDNG);
+constinit StreamTags gTagsApple("Apple", kText, kTagsApple, kKeyOrderApple, kChoicesApple, gItemsApple, &TagStringsCatalogue::stringsApple);
+constinit StreamTags gTagsAudible("Audible", kText, kTagsAudible, kKeyOrderAudible, {}, gItemsAudible, &TagStringsCatalogue::stringsAudible);
+constinit StreamTags gTagsCanon("Canon", kText, kTagsCanon, kKeyOrderCanon, kChoicesCanon, gItemsCanon, &TagStringsCatalogue::stringsCanon);
+}  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsAFCP() {
   return gStringsAFCP.strings(&TagStringsCatalogue::stringTableAFCP);
@@ -12489,11 +12495,11 @@ TagStringTable TagStringsCatalogue::stringTableAFCP(ETLanguage language) {
   return gStringsAFCP.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue01::allStreamsAFCP() {
-  return gTagsAFCP.all();
+  return detail::gTagsAFCP.all();
 }
-const TagItem& detail::TagItemCatalogue01::itemAFCPThumbnailImage() { return gTagsAFCP.item(0); }
-const TagItem& detail::TagItemCatalogue01::itemAFCPPreviewImage() { return gTagsAFCP.item(1); }
-const TagItem& detail::TagItemCatalogue01::itemAFCPText() { return gTagsAFCP.item(2); }
+const TagItem& detail::TagItemCatalogue01::itemAFCPThumbnailImage() { return detail::gTagsAFCP.item(0); }
+const TagItem& detail::TagItemCatalogue01::itemAFCPPreviewImage() { return detail::gTagsAFCP.item(1); }
+const TagItem& detail::TagItemCatalogue01::itemAFCPText() { return detail::gTagsAFCP.item(2); }
 
 const TagStrings& TagStringsCatalogue::stringsAIFF() {
   return gStringsAIFF.strings(&TagStringsCatalogue::stringTableAIFF);
@@ -12502,22 +12508,22 @@ TagStringTable TagStringsCatalogue::stringTableAIFF(ETLanguage language) {
   return gStringsAIFF.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue01::allStreamsAIFF() {
-  return gTagsAIFF.all();
+  return detail::gTagsAIFF.all();
 }
-const TagItem& detail::TagItemCatalogue01::itemAIFFCommentTime() { return gTagsAIFF.item(0); }
-const TagItem& detail::TagItemCatalogue01::itemAIFFMarkerID() { return gTagsAIFF.item(1); }
-const TagItem& detail::TagItemCatalogue01::itemAIFFComment() { return gTagsAIFF.item(2); }
-const TagItem& detail::TagItemCatalogue01::itemAIFFNumChannels() { return gTagsAIFF.item(3); }
-const TagItem& detail::TagItemCatalogue01::itemAIFFNumSampleFrames() { return gTagsAIFF.item(4); }
-const TagItem& detail::TagItemCatalogue01::itemAIFFSampleSize() { return gTagsAIFF.item(5); }
-const TagItem& detail::TagItemCatalogue01::itemAIFFCompressionType() { return gTagsAIFF.item(6); }
-const TagItem& detail::TagItemCatalogue01::itemAIFFCompressorName() { return gTagsAIFF.item(7); }
-const TagItem& detail::TagItemCatalogue01::itemAIFFFormatVersionTime() { return gTagsAIFF.item(8); }
-const TagItem& detail::TagItemCatalogue01::itemAIFFCopyright() { return gTagsAIFF.item(9); }
-const TagItem& detail::TagItemCatalogue01::itemAIFFAnnotation() { return gTagsAIFF.item(10); }
-const TagItem& detail::TagItemCatalogue01::itemAIFFApplicationData() { return gTagsAIFF.item(11); }
-const TagItem& detail::TagItemCatalogue01::itemAIFFAuthor() { return gTagsAIFF.item(12); }
-const TagItem& detail::TagItemCatalogue01::itemAIFFName() { return gTagsAIFF.item(13); }
+const TagItem& detail::TagItemCatalogue01::itemAIFFCommentTime() { return detail::gTagsAIFF.item(0); }
+const TagItem& detail::TagItemCatalogue01::itemAIFFMarkerID() { return detail::gTagsAIFF.item(1); }
+const TagItem& detail::TagItemCatalogue01::itemAIFFComment() { return detail::gTagsAIFF.item(2); }
+const TagItem& detail::TagItemCatalogue01::itemAIFFNumChannels() { return detail::gTagsAIFF.item(3); }
+const TagItem& detail::TagItemCatalogue01::itemAIFFNumSampleFrames() { return detail::gTagsAIFF.item(4); }
+const TagItem& detail::TagItemCatalogue01::itemAIFFSampleSize() { return detail::gTagsAIFF.item(5); }
+const TagItem& detail::TagItemCatalogue01::itemAIFFCompressionType() { return detail::gTagsAIFF.item(6); }
+const TagItem& detail::TagItemCatalogue01::itemAIFFCompressorName() { return detail::gTagsAIFF.item(7); }
+const TagItem& detail::TagItemCatalogue01::itemAIFFFormatVersionTime() { return detail::gTagsAIFF.item(8); }
+const TagItem& detail::TagItemCatalogue01::itemAIFFCopyright() { return detail::gTagsAIFF.item(9); }
+const TagItem& detail::TagItemCatalogue01::itemAIFFAnnotation() { return detail::gTagsAIFF.item(10); }
+const TagItem& detail::TagItemCatalogue01::itemAIFFApplicationData() { return detail::gTagsAIFF.item(11); }
+const TagItem& detail::TagItemCatalogue01::itemAIFFAuthor() { return detail::gTagsAIFF.item(12); }
+const TagItem& detail::TagItemCatalogue01::itemAIFFName() { return detail::gTagsAIFF.item(13); }
 
 const TagStrings& TagStringsCatalogue::stringsAPE() {
   return gStringsAPE.strings(&TagStringsCatalogue::stringTableAPE);
@@ -12526,25 +12532,25 @@ TagStringTable TagStringsCatalogue::stringTableAPE(ETLanguage language) {
   return gStringsAPE.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue01::allStreamsAPE() {
-  return gTagsAPE.all();
+  return detail::gTagsAPE.all();
 }
-const TagItem& detail::TagItemCatalogue01::itemAPEAlbum() { return gTagsAPE.item(0); }
-const TagItem& detail::TagItemCatalogue01::itemAPEArtist() { return gTagsAPE.item(1); }
-const TagItem& detail::TagItemCatalogue01::itemAPEDuration() { return gTagsAPE.item(2); }
-const TagItem& detail::TagItemCatalogue01::itemAPEGenre() { return gTagsAPE.item(3); }
-const TagItem& detail::TagItemCatalogue01::itemAPETitle() { return gTagsAPE.item(4); }
-const TagItem& detail::TagItemCatalogue01::itemAPEToolName() { return gTagsAPE.item(5); }
-const TagItem& detail::TagItemCatalogue01::itemAPEToolVersion() { return gTagsAPE.item(6); }
-const TagItem& detail::TagItemCatalogue01::itemAPETrack() { return gTagsAPE.item(7); }
-const TagItem& detail::TagItemCatalogue01::itemAPEYear() { return gTagsAPE.item(8); }
-const TagItem& detail::TagItemCatalogue01::itemAPECompressionLevel() { return gTagsAPE.item(9); }
-const TagItem& detail::TagItemCatalogue01::itemAPEBlocksPerFrame() { return gTagsAPE.item(10); }
-const TagItem& detail::TagItemCatalogue01::itemAPEFinalFrameBlocks() { return gTagsAPE.item(11); }
-const TagItem& detail::TagItemCatalogue01::itemAPETotalFrames() { return gTagsAPE.item(12); }
-const TagItem& detail::TagItemCatalogue01::itemAPEBitsPerSample() { return gTagsAPE.item(13); }
-const TagItem& detail::TagItemCatalogue01::itemAPEChannels() { return gTagsAPE.item(14); }
-const TagItem& detail::TagItemCatalogue01::itemAPESampleRate() { return gTagsAPE.item(15); }
-const TagItem& detail::TagItemCatalogue01::itemAPEAPEVersion() { return gTagsAPE.item(16); }
+const TagItem& detail::TagItemCatalogue01::itemAPEAlbum() { return detail::gTagsAPE.item(0); }
+const TagItem& detail::TagItemCatalogue01::itemAPEArtist() { return detail::gTagsAPE.item(1); }
+const TagItem& detail::TagItemCatalogue01::itemAPEDuration() { return detail::gTagsAPE.item(2); }
+const TagItem& detail::TagItemCatalogue01::itemAPEGenre() { return detail::gTagsAPE.item(3); }
+const TagItem& detail::TagItemCatalogue01::itemAPETitle() { return detail::gTagsAPE.item(4); }
+const TagItem& detail::TagItemCatalogue01::itemAPEToolName() { return detail::gTagsAPE.item(5); }
+const TagItem& detail::TagItemCatalogue01::itemAPEToolVersion() { return detail::gTagsAPE.item(6); }
+const TagItem& detail::TagItemCatalogue01::itemAPETrack() { return detail::gTagsAPE.item(7); }
+const TagItem& detail::TagItemCatalogue01::itemAPEYear() { return detail::gTagsAPE.item(8); }
+const TagItem& detail::TagItemCatalogue01::itemAPECompressionLevel() { return detail::gTagsAPE.item(9); }
+const TagItem& detail::TagItemCatalogue01::itemAPEBlocksPerFrame() { return detail::gTagsAPE.item(10); }
+const TagItem& detail::TagItemCatalogue01::itemAPEFinalFrameBlocks() { return detail::gTagsAPE.item(11); }
+const TagItem& detail::TagItemCatalogue01::itemAPETotalFrames() { return detail::gTagsAPE.item(12); }
+const TagItem& detail::TagItemCatalogue01::itemAPEBitsPerSample() { return detail::gTagsAPE.item(13); }
+const TagItem& detail::TagItemCatalogue01::itemAPEChannels() { return detail::gTagsAPE.item(14); }
+const TagItem& detail::TagItemCatalogue01::itemAPESampleRate() { return detail::gTagsAPE.item(15); }
+const TagItem& detail::TagItemCatalogue01::itemAPEAPEVersion() { return detail::gTagsAPE.item(16); }
 
 const TagStrings& TagStringsCatalogue::stringsAPP0() {
   return gStringsAPP0.strings(&TagStringsCatalogue::stringTableAPP0);
@@ -12553,10 +12559,10 @@ TagStringTable TagStringsCatalogue::stringTableAPP0(ETLanguage language) {
   return gStringsAPP0.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue01::allStreamsAPP0() {
-  return gTagsAPP0.all();
+  return detail::gTagsAPP0.all();
 }
-const TagItem& detail::TagItemCatalogue01::itemAPP0InterleavedField() { return gTagsAPP0.item(0); }
-const TagItem& detail::TagItemCatalogue01::itemAPP0OcadRevision() { return gTagsAPP0.item(1); }
+const TagItem& detail::TagItemCatalogue01::itemAPP0InterleavedField() { return detail::gTagsAPP0.item(0); }
+const TagItem& detail::TagItemCatalogue01::itemAPP0OcadRevision() { return detail::gTagsAPP0.item(1); }
 
 const TagStrings& TagStringsCatalogue::stringsAPP1() {
   return gStringsAPP1.strings(&TagStringsCatalogue::stringTableAPP1);
@@ -12565,146 +12571,146 @@ TagStringTable TagStringsCatalogue::stringTableAPP1(ETLanguage language) {
   return gStringsAPP1.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue01::allStreamsAPP1() {
-  return gTagsAPP1.all();
+  return detail::gTagsAPP1.all();
 }
-const TagItem& detail::TagItemCatalogue01::itemAPP1CameraInfoByteOrder() { return gTagsAPP1.item(0); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Emissivity() { return gTagsAPP1.item(1); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1ObjectDistance() { return gTagsAPP1.item(2); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1ReflectedApparentTemperature() { return gTagsAPP1.item(3); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1AtmosphericTemperature() { return gTagsAPP1.item(4); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1IRWindowTemperature() { return gTagsAPP1.item(5); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1IRWindowTransmission() { return gTagsAPP1.item(6); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1RelativeHumidity() { return gTagsAPP1.item(7); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1PlanckR1() { return gTagsAPP1.item(8); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1PlanckB() { return gTagsAPP1.item(9); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1PlanckF() { return gTagsAPP1.item(10); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1AtmosphericTransAlpha1() { return gTagsAPP1.item(11); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1AtmosphericTransAlpha2() { return gTagsAPP1.item(12); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1AtmosphericTransBeta1() { return gTagsAPP1.item(13); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1AtmosphericTransBeta2() { return gTagsAPP1.item(14); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1AtmosphericTransX() { return gTagsAPP1.item(15); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1CameraTemperatureRangeMax() { return gTagsAPP1.item(16); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1CameraTemperatureRangeMin() { return gTagsAPP1.item(17); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1CameraTemperatureMaxClip() { return gTagsAPP1.item(18); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1CameraTemperatureMinClip() { return gTagsAPP1.item(19); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1CameraTemperatureMaxWarn() { return gTagsAPP1.item(20); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1CameraTemperatureMinWarn() { return gTagsAPP1.item(21); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1CameraTemperatureMaxSaturated() { return gTagsAPP1.item(22); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1CameraTemperatureMinSaturated() { return gTagsAPP1.item(23); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1CameraModel() { return gTagsAPP1.item(24); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1CameraPartNumber() { return gTagsAPP1.item(25); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1CameraSerialNumber() { return gTagsAPP1.item(26); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1CameraSoftware() { return gTagsAPP1.item(27); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1LensModel() { return gTagsAPP1.item(28); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1LensPartNumber() { return gTagsAPP1.item(29); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1LensSerialNumber() { return gTagsAPP1.item(30); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1FieldOfView() { return gTagsAPP1.item(31); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1FilterModel() { return gTagsAPP1.item(32); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1FilterPartNumber() { return gTagsAPP1.item(33); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1FilterSerialNumber() { return gTagsAPP1.item(34); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1PlanckO() { return gTagsAPP1.item(35); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1PlanckR2() { return gTagsAPP1.item(36); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1RawValueRangeMin() { return gTagsAPP1.item(37); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1RawValueRangeMax() { return gTagsAPP1.item(38); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1RawValueMedian() { return gTagsAPP1.item(39); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1RawValueRange() { return gTagsAPP1.item(40); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1DateTimeOriginal() { return gTagsAPP1.item(41); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1FocusStepCount() { return gTagsAPP1.item(42); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1FocusDistance() { return gTagsAPP1.item(43); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1FrameRate() { return gTagsAPP1.item(44); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1CoarseMapByteOrder() { return gTagsAPP1.item(45); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1CoarseMapImageWidth() { return gTagsAPP1.item(46); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1CoarseMapImageHeight() { return gTagsAPP1.item(47); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1CoarseMapImageType() { return gTagsAPP1.item(48); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1CoarseMapImage() { return gTagsAPP1.item(49); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1EmbeddedImageByteOrder() { return gTagsAPP1.item(50); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1EmbeddedImageWidth() { return gTagsAPP1.item(51); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1EmbeddedImageHeight() { return gTagsAPP1.item(52); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1EmbeddedImageType() { return gTagsAPP1.item(53); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1EmbeddedImage() { return gTagsAPP1.item(54); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1EmbeddedAudioFile() { return gTagsAPP1.item(55); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1GPSValid() { return gTagsAPP1.item(56); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1GPSVersionID() { return gTagsAPP1.item(57); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1GPSLatitudeRef() { return gTagsAPP1.item(58); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1GPSLongitudeRef() { return gTagsAPP1.item(59); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1GPSLatitude() { return gTagsAPP1.item(60); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1GPSLongitude() { return gTagsAPP1.item(61); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1GPSAltitude() { return gTagsAPP1.item(62); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1GPSDOP() { return gTagsAPP1.item(63); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1GPSSpeedRef() { return gTagsAPP1.item(64); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1GPSTrackRef() { return gTagsAPP1.item(65); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1GPSImgDirectionRef() { return gTagsAPP1.item(66); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1GPSSpeed() { return gTagsAPP1.item(67); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1GPSTrack() { return gTagsAPP1.item(68); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1GPSImgDirection() { return gTagsAPP1.item(69); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1GPSMapDatum() { return gTagsAPP1.item(70); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1GainDeadMapByteOrder() { return gTagsAPP1.item(71); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1GainDeadMapImageWidth() { return gTagsAPP1.item(72); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1GainDeadMapImageHeight() { return gTagsAPP1.item(73); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1GainDeadMapImageType() { return gTagsAPP1.item(74); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1GainDeadMapImage() { return gTagsAPP1.item(75); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1CreatorSoftware() { return gTagsAPP1.item(76); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Meas1Label() { return gTagsAPP1.item(77); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Meas1Params() { return gTagsAPP1.item(78); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Meas1Type() { return gTagsAPP1.item(79); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Reading1Units() { return gTagsAPP1.item(80); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Reading1Description() { return gTagsAPP1.item(81); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Reading1Device() { return gTagsAPP1.item(82); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Reading1Value() { return gTagsAPP1.item(83); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Reading2Units() { return gTagsAPP1.item(84); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Reading2Description() { return gTagsAPP1.item(85); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Reading2Device() { return gTagsAPP1.item(86); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Reading2Value() { return gTagsAPP1.item(87); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Reading3Units() { return gTagsAPP1.item(88); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Reading3Description() { return gTagsAPP1.item(89); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Reading3Device() { return gTagsAPP1.item(90); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Reading3Value() { return gTagsAPP1.item(91); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Reading4Units() { return gTagsAPP1.item(92); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Reading4Description() { return gTagsAPP1.item(93); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Reading4Device() { return gTagsAPP1.item(94); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Reading4Value() { return gTagsAPP1.item(95); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1PaintByteOrder() { return gTagsAPP1.item(96); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1PaintImageWidth() { return gTagsAPP1.item(97); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1PaintImageHeight() { return gTagsAPP1.item(98); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1PaintImageType() { return gTagsAPP1.item(99); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1PaintImage() { return gTagsAPP1.item(100); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1PaletteColors() { return gTagsAPP1.item(101); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1AboveColor() { return gTagsAPP1.item(102); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1BelowColor() { return gTagsAPP1.item(103); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1OverflowColor() { return gTagsAPP1.item(104); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1UnderflowColor() { return gTagsAPP1.item(105); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Isotherm1Color() { return gTagsAPP1.item(106); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Isotherm2Color() { return gTagsAPP1.item(107); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1PaletteMethod() { return gTagsAPP1.item(108); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1PaletteStretch() { return gTagsAPP1.item(109); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1PaletteFileName() { return gTagsAPP1.item(110); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1PaletteName() { return gTagsAPP1.item(111); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Palette() { return gTagsAPP1.item(112); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1DateTimeGenerated() { return gTagsAPP1.item(113); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Param0() { return gTagsAPP1.item(114); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Param1() { return gTagsAPP1.item(115); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Param2() { return gTagsAPP1.item(116); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Param3() { return gTagsAPP1.item(117); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Real2IR() { return gTagsAPP1.item(118); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1OffsetX() { return gTagsAPP1.item(119); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1OffsetY() { return gTagsAPP1.item(120); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1PiPX1() { return gTagsAPP1.item(121); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1PiPX2() { return gTagsAPP1.item(122); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1PiPY1() { return gTagsAPP1.item(123); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1PiPY2() { return gTagsAPP1.item(124); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1RawDataByteOrder() { return gTagsAPP1.item(125); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1RawThermalImageWidth() { return gTagsAPP1.item(126); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1RawThermalImageHeight() { return gTagsAPP1.item(127); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1RawThermalImageType() { return gTagsAPP1.item(128); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1RawThermalImage() { return gTagsAPP1.item(129); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Label0() { return gTagsAPP1.item(130); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Label1() { return gTagsAPP1.item(131); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Label2() { return gTagsAPP1.item(132); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Label3() { return gTagsAPP1.item(133); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Value0() { return gTagsAPP1.item(134); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Value1() { return gTagsAPP1.item(135); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Value2() { return gTagsAPP1.item(136); }
-const TagItem& detail::TagItemCatalogue01::itemAPP1Value3() { return gTagsAPP1.item(137); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1CameraInfoByteOrder() { return detail::gTagsAPP1.item(0); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Emissivity() { return detail::gTagsAPP1.item(1); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1ObjectDistance() { return detail::gTagsAPP1.item(2); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1ReflectedApparentTemperature() { return detail::gTagsAPP1.item(3); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1AtmosphericTemperature() { return detail::gTagsAPP1.item(4); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1IRWindowTemperature() { return detail::gTagsAPP1.item(5); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1IRWindowTransmission() { return detail::gTagsAPP1.item(6); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1RelativeHumidity() { return detail::gTagsAPP1.item(7); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1PlanckR1() { return detail::gTagsAPP1.item(8); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1PlanckB() { return detail::gTagsAPP1.item(9); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1PlanckF() { return detail::gTagsAPP1.item(10); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1AtmosphericTransAlpha1() { return detail::gTagsAPP1.item(11); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1AtmosphericTransAlpha2() { return detail::gTagsAPP1.item(12); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1AtmosphericTransBeta1() { return detail::gTagsAPP1.item(13); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1AtmosphericTransBeta2() { return detail::gTagsAPP1.item(14); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1AtmosphericTransX() { return detail::gTagsAPP1.item(15); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1CameraTemperatureRangeMax() { return detail::gTagsAPP1.item(16); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1CameraTemperatureRangeMin() { return detail::gTagsAPP1.item(17); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1CameraTemperatureMaxClip() { return detail::gTagsAPP1.item(18); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1CameraTemperatureMinClip() { return detail::gTagsAPP1.item(19); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1CameraTemperatureMaxWarn() { return detail::gTagsAPP1.item(20); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1CameraTemperatureMinWarn() { return detail::gTagsAPP1.item(21); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1CameraTemperatureMaxSaturated() { return detail::gTagsAPP1.item(22); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1CameraTemperatureMinSaturated() { return detail::gTagsAPP1.item(23); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1CameraModel() { return detail::gTagsAPP1.item(24); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1CameraPartNumber() { return detail::gTagsAPP1.item(25); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1CameraSerialNumber() { return detail::gTagsAPP1.item(26); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1CameraSoftware() { return detail::gTagsAPP1.item(27); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1LensModel() { return detail::gTagsAPP1.item(28); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1LensPartNumber() { return detail::gTagsAPP1.item(29); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1LensSerialNumber() { return detail::gTagsAPP1.item(30); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1FieldOfView() { return detail::gTagsAPP1.item(31); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1FilterModel() { return detail::gTagsAPP1.item(32); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1FilterPartNumber() { return detail::gTagsAPP1.item(33); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1FilterSerialNumber() { return detail::gTagsAPP1.item(34); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1PlanckO() { return detail::gTagsAPP1.item(35); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1PlanckR2() { return detail::gTagsAPP1.item(36); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1RawValueRangeMin() { return detail::gTagsAPP1.item(37); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1RawValueRangeMax() { return detail::gTagsAPP1.item(38); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1RawValueMedian() { return detail::gTagsAPP1.item(39); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1RawValueRange() { return detail::gTagsAPP1.item(40); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1DateTimeOriginal() { return detail::gTagsAPP1.item(41); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1FocusStepCount() { return detail::gTagsAPP1.item(42); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1FocusDistance() { return detail::gTagsAPP1.item(43); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1FrameRate() { return detail::gTagsAPP1.item(44); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1CoarseMapByteOrder() { return detail::gTagsAPP1.item(45); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1CoarseMapImageWidth() { return detail::gTagsAPP1.item(46); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1CoarseMapImageHeight() { return detail::gTagsAPP1.item(47); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1CoarseMapImageType() { return detail::gTagsAPP1.item(48); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1CoarseMapImage() { return detail::gTagsAPP1.item(49); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1EmbeddedImageByteOrder() { return detail::gTagsAPP1.item(50); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1EmbeddedImageWidth() { return detail::gTagsAPP1.item(51); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1EmbeddedImageHeight() { return detail::gTagsAPP1.item(52); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1EmbeddedImageType() { return detail::gTagsAPP1.item(53); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1EmbeddedImage() { return detail::gTagsAPP1.item(54); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1EmbeddedAudioFile() { return detail::gTagsAPP1.item(55); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1GPSValid() { return detail::gTagsAPP1.item(56); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1GPSVersionID() { return detail::gTagsAPP1.item(57); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1GPSLatitudeRef() { return detail::gTagsAPP1.item(58); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1GPSLongitudeRef() { return detail::gTagsAPP1.item(59); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1GPSLatitude() { return detail::gTagsAPP1.item(60); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1GPSLongitude() { return detail::gTagsAPP1.item(61); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1GPSAltitude() { return detail::gTagsAPP1.item(62); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1GPSDOP() { return detail::gTagsAPP1.item(63); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1GPSSpeedRef() { return detail::gTagsAPP1.item(64); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1GPSTrackRef() { return detail::gTagsAPP1.item(65); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1GPSImgDirectionRef() { return detail::gTagsAPP1.item(66); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1GPSSpeed() { return detail::gTagsAPP1.item(67); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1GPSTrack() { return detail::gTagsAPP1.item(68); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1GPSImgDirection() { return detail::gTagsAPP1.item(69); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1GPSMapDatum() { return detail::gTagsAPP1.item(70); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1GainDeadMapByteOrder() { return detail::gTagsAPP1.item(71); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1GainDeadMapImageWidth() { return detail::gTagsAPP1.item(72); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1GainDeadMapImageHeight() { return detail::gTagsAPP1.item(73); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1GainDeadMapImageType() { return detail::gTagsAPP1.item(74); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1GainDeadMapImage() { return detail::gTagsAPP1.item(75); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1CreatorSoftware() { return detail::gTagsAPP1.item(76); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Meas1Label() { return detail::gTagsAPP1.item(77); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Meas1Params() { return detail::gTagsAPP1.item(78); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Meas1Type() { return detail::gTagsAPP1.item(79); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Reading1Units() { return detail::gTagsAPP1.item(80); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Reading1Description() { return detail::gTagsAPP1.item(81); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Reading1Device() { return detail::gTagsAPP1.item(82); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Reading1Value() { return detail::gTagsAPP1.item(83); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Reading2Units() { return detail::gTagsAPP1.item(84); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Reading2Description() { return detail::gTagsAPP1.item(85); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Reading2Device() { return detail::gTagsAPP1.item(86); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Reading2Value() { return detail::gTagsAPP1.item(87); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Reading3Units() { return detail::gTagsAPP1.item(88); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Reading3Description() { return detail::gTagsAPP1.item(89); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Reading3Device() { return detail::gTagsAPP1.item(90); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Reading3Value() { return detail::gTagsAPP1.item(91); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Reading4Units() { return detail::gTagsAPP1.item(92); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Reading4Description() { return detail::gTagsAPP1.item(93); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Reading4Device() { return detail::gTagsAPP1.item(94); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Reading4Value() { return detail::gTagsAPP1.item(95); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1PaintByteOrder() { return detail::gTagsAPP1.item(96); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1PaintImageWidth() { return detail::gTagsAPP1.item(97); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1PaintImageHeight() { return detail::gTagsAPP1.item(98); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1PaintImageType() { return detail::gTagsAPP1.item(99); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1PaintImage() { return detail::gTagsAPP1.item(100); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1PaletteColors() { return detail::gTagsAPP1.item(101); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1AboveColor() { return detail::gTagsAPP1.item(102); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1BelowColor() { return detail::gTagsAPP1.item(103); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1OverflowColor() { return detail::gTagsAPP1.item(104); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1UnderflowColor() { return detail::gTagsAPP1.item(105); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Isotherm1Color() { return detail::gTagsAPP1.item(106); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Isotherm2Color() { return detail::gTagsAPP1.item(107); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1PaletteMethod() { return detail::gTagsAPP1.item(108); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1PaletteStretch() { return detail::gTagsAPP1.item(109); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1PaletteFileName() { return detail::gTagsAPP1.item(110); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1PaletteName() { return detail::gTagsAPP1.item(111); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Palette() { return detail::gTagsAPP1.item(112); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1DateTimeGenerated() { return detail::gTagsAPP1.item(113); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Param0() { return detail::gTagsAPP1.item(114); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Param1() { return detail::gTagsAPP1.item(115); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Param2() { return detail::gTagsAPP1.item(116); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Param3() { return detail::gTagsAPP1.item(117); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Real2IR() { return detail::gTagsAPP1.item(118); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1OffsetX() { return detail::gTagsAPP1.item(119); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1OffsetY() { return detail::gTagsAPP1.item(120); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1PiPX1() { return detail::gTagsAPP1.item(121); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1PiPX2() { return detail::gTagsAPP1.item(122); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1PiPY1() { return detail::gTagsAPP1.item(123); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1PiPY2() { return detail::gTagsAPP1.item(124); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1RawDataByteOrder() { return detail::gTagsAPP1.item(125); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1RawThermalImageWidth() { return detail::gTagsAPP1.item(126); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1RawThermalImageHeight() { return detail::gTagsAPP1.item(127); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1RawThermalImageType() { return detail::gTagsAPP1.item(128); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1RawThermalImage() { return detail::gTagsAPP1.item(129); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Label0() { return detail::gTagsAPP1.item(130); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Label1() { return detail::gTagsAPP1.item(131); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Label2() { return detail::gTagsAPP1.item(132); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Label3() { return detail::gTagsAPP1.item(133); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Value0() { return detail::gTagsAPP1.item(134); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Value1() { return detail::gTagsAPP1.item(135); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Value2() { return detail::gTagsAPP1.item(136); }
+const TagItem& detail::TagItemCatalogue01::itemAPP1Value3() { return detail::gTagsAPP1.item(137); }
 
 const TagStrings& TagStringsCatalogue::stringsAPP11() {
   return gStringsAPP11.strings(&TagStringsCatalogue::stringTableAPP11);
@@ -12713,16 +12719,16 @@ TagStringTable TagStringsCatalogue::stringTableAPP11(ETLanguage language) {
   return gStringsAPP11.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue01::allStreamsAPP11() {
-  return gTagsAPP11.all();
+  return detail::gTagsAPP11.all();
 }
-const TagItem& detail::TagItemCatalogue01::itemAPP11RatioImage() { return gTagsAPP11.item(0); }
-const TagItem& detail::TagItemCatalogue01::itemAPP11Alpha() { return gTagsAPP11.item(1); }
-const TagItem& detail::TagItemCatalogue01::itemAPP11Beta() { return gTagsAPP11.item(2); }
-const TagItem& detail::TagItemCatalogue01::itemAPP11CorrectionMethod() { return gTagsAPP11.item(3); }
-const TagItem& detail::TagItemCatalogue01::itemAPP11Ln0() { return gTagsAPP11.item(4); }
-const TagItem& detail::TagItemCatalogue01::itemAPP11Ln1() { return gTagsAPP11.item(5); }
-const TagItem& detail::TagItemCatalogue01::itemAPP11S2n() { return gTagsAPP11.item(6); }
-const TagItem& detail::TagItemCatalogue01::itemAPP11JPEG_HDRVersion() { return gTagsAPP11.item(7); }
+const TagItem& detail::TagItemCatalogue01::itemAPP11RatioImage() { return detail::gTagsAPP11.item(0); }
+const TagItem& detail::TagItemCatalogue01::itemAPP11Alpha() { return detail::gTagsAPP11.item(1); }
+const TagItem& detail::TagItemCatalogue01::itemAPP11Beta() { return detail::gTagsAPP11.item(2); }
+const TagItem& detail::TagItemCatalogue01::itemAPP11CorrectionMethod() { return detail::gTagsAPP11.item(3); }
+const TagItem& detail::TagItemCatalogue01::itemAPP11Ln0() { return detail::gTagsAPP11.item(4); }
+const TagItem& detail::TagItemCatalogue01::itemAPP11Ln1() { return detail::gTagsAPP11.item(5); }
+const TagItem& detail::TagItemCatalogue01::itemAPP11S2n() { return detail::gTagsAPP11.item(6); }
+const TagItem& detail::TagItemCatalogue01::itemAPP11JPEG_HDRVersion() { return detail::gTagsAPP11.item(7); }
 
 const TagStrings& TagStringsCatalogue::stringsAPP12() {
   return gStringsAPP12.strings(&TagStringsCatalogue::stringTableAPP12);
@@ -12731,34 +12737,34 @@ TagStringTable TagStringsCatalogue::stringTableAPP12(ETLanguage language) {
   return gStringsAPP12.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue01::allStreamsAPP12() {
-  return gTagsAPP12.all();
+  return detail::gTagsAPP12.all();
 }
-const TagItem& detail::TagItemCatalogue01::itemAPP12Aperture() { return gTagsAPP12.item(0); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12ColorMode() { return gTagsAPP12.item(1); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12ConTake() { return gTagsAPP12.item(2); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12ExposureCompensation() { return gTagsAPP12.item(3); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12FNumber() { return gTagsAPP12.item(4); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12FirmwareVersion() { return gTagsAPP12.item(5); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12Flash() { return gTagsAPP12.item(6); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12FocusMode() { return gTagsAPP12.item(7); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12FocusPos() { return gTagsAPP12.item(8); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12ID() { return gTagsAPP12.item(9); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12ImageSize() { return gTagsAPP12.item(10); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12LightS() { return gTagsAPP12.item(11); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12Macro() { return gTagsAPP12.item(12); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12Protect() { return gTagsAPP12.item(13); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12Quality() { return gTagsAPP12.item(14); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12Resolution() { return gTagsAPP12.item(15); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12SerialNumber() { return gTagsAPP12.item(16); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12ExposureTime() { return gTagsAPP12.item(17); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12StrobeTime() { return gTagsAPP12.item(18); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12DateTimeOriginal() { return gTagsAPP12.item(19); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12CameraType() { return gTagsAPP12.item(20); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12Version() { return gTagsAPP12.item(21); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12YTarget() { return gTagsAPP12.item(22); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12Zoom() { return gTagsAPP12.item(23); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12ZoomPos() { return gTagsAPP12.item(24); }
-const TagItem& detail::TagItemCatalogue01::itemAPP12YLevel() { return gTagsAPP12.item(25); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12Aperture() { return detail::gTagsAPP12.item(0); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12ColorMode() { return detail::gTagsAPP12.item(1); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12ConTake() { return detail::gTagsAPP12.item(2); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12ExposureCompensation() { return detail::gTagsAPP12.item(3); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12FNumber() { return detail::gTagsAPP12.item(4); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12FirmwareVersion() { return detail::gTagsAPP12.item(5); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12Flash() { return detail::gTagsAPP12.item(6); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12FocusMode() { return detail::gTagsAPP12.item(7); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12FocusPos() { return detail::gTagsAPP12.item(8); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12ID() { return detail::gTagsAPP12.item(9); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12ImageSize() { return detail::gTagsAPP12.item(10); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12LightS() { return detail::gTagsAPP12.item(11); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12Macro() { return detail::gTagsAPP12.item(12); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12Protect() { return detail::gTagsAPP12.item(13); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12Quality() { return detail::gTagsAPP12.item(14); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12Resolution() { return detail::gTagsAPP12.item(15); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12SerialNumber() { return detail::gTagsAPP12.item(16); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12ExposureTime() { return detail::gTagsAPP12.item(17); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12StrobeTime() { return detail::gTagsAPP12.item(18); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12DateTimeOriginal() { return detail::gTagsAPP12.item(19); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12CameraType() { return detail::gTagsAPP12.item(20); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12Version() { return detail::gTagsAPP12.item(21); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12YTarget() { return detail::gTagsAPP12.item(22); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12Zoom() { return detail::gTagsAPP12.item(23); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12ZoomPos() { return detail::gTagsAPP12.item(24); }
+const TagItem& detail::TagItemCatalogue01::itemAPP12YLevel() { return detail::gTagsAPP12.item(25); }
 
 const TagStrings& TagStringsCatalogue::stringsAPP13() {
   return gStringsAPP13.strings(&TagStringsCatalogue::stringTableAPP13);
@@ -12767,9 +12773,9 @@ TagStringTable TagStringsCatalogue::stringTableAPP13(ETLanguage language) {
   return gStringsAPP13.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue01::allStreamsAPP13() {
-  return gTagsAPP13.all();
+  return detail::gTagsAPP13.all();
 }
-const TagItem& detail::TagItemCatalogue01::itemAPP13AdobeCMType() { return gTagsAPP13.item(0); }
+const TagItem& detail::TagItemCatalogue01::itemAPP13AdobeCMType() { return detail::gTagsAPP13.item(0); }
 
 const TagStrings& TagStringsCatalogue::stringsAPP14() {
   return gStringsAPP14.strings(&TagStringsCatalogue::stringTableAPP14);
@@ -12778,13 +12784,13 @@ TagStringTable TagStringsCatalogue::stringTableAPP14(ETLanguage language) {
   return gStringsAPP14.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue01::allStreamsAPP14() {
-  return gTagsAPP14.all();
+  return detail::gTagsAPP14.all();
 }
-const TagItem& detail::TagItemCatalogue01::itemAPP14Adobe() { return gTagsAPP14.item(0); }
-const TagItem& detail::TagItemCatalogue01::itemAPP14DCTEncodeVersion() { return gTagsAPP14.item(1); }
-const TagItem& detail::TagItemCatalogue01::itemAPP14APP14Flags0() { return gTagsAPP14.item(2); }
-const TagItem& detail::TagItemCatalogue01::itemAPP14APP14Flags1() { return gTagsAPP14.item(3); }
-const TagItem& detail::TagItemCatalogue01::itemAPP14ColorTransform() { return gTagsAPP14.item(4); }
+const TagItem& detail::TagItemCatalogue01::itemAPP14Adobe() { return detail::gTagsAPP14.item(0); }
+const TagItem& detail::TagItemCatalogue01::itemAPP14DCTEncodeVersion() { return detail::gTagsAPP14.item(1); }
+const TagItem& detail::TagItemCatalogue01::itemAPP14APP14Flags0() { return detail::gTagsAPP14.item(2); }
+const TagItem& detail::TagItemCatalogue01::itemAPP14APP14Flags1() { return detail::gTagsAPP14.item(3); }
+const TagItem& detail::TagItemCatalogue01::itemAPP14ColorTransform() { return detail::gTagsAPP14.item(4); }
 
 const TagStrings& TagStringsCatalogue::stringsAPP15() {
   return gStringsAPP15.strings(&TagStringsCatalogue::stringTableAPP15);
@@ -12793,9 +12799,9 @@ TagStringTable TagStringsCatalogue::stringTableAPP15(ETLanguage language) {
   return gStringsAPP15.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue01::allStreamsAPP15() {
-  return gTagsAPP15.all();
+  return detail::gTagsAPP15.all();
 }
-const TagItem& detail::TagItemCatalogue01::itemAPP15Quality() { return gTagsAPP15.item(0); }
+const TagItem& detail::TagItemCatalogue01::itemAPP15Quality() { return detail::gTagsAPP15.item(0); }
 
 const TagStrings& TagStringsCatalogue::stringsAPP2() {
   return gStringsAPP2.strings(&TagStringsCatalogue::stringTableAPP2);
@@ -12804,30 +12810,30 @@ TagStringTable TagStringsCatalogue::stringTableAPP2(ETLanguage language) {
   return gStringsAPP2.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue01::allStreamsAPP2() {
-  return gTagsAPP2.all();
+  return detail::gTagsAPP2.all();
 }
-const TagItem& detail::TagItemCatalogue01::itemAPP2IJPEGVersion() { return gTagsAPP2.item(0); }
-const TagItem& detail::TagItemCatalogue01::itemAPP2IJPEGOrgType() { return gTagsAPP2.item(1); }
-const TagItem& detail::TagItemCatalogue01::itemAPP2IJPEGDispType() { return gTagsAPP2.item(2); }
-const TagItem& detail::TagItemCatalogue01::itemAPP2IJPEGRotate() { return gTagsAPP2.item(3); }
-const TagItem& detail::TagItemCatalogue01::itemAPP2IJPEGMirrorFlip() { return gTagsAPP2.item(4); }
-const TagItem& detail::TagItemCatalogue01::itemAPP2ImageColorSwitchable() { return gTagsAPP2.item(5); }
-const TagItem& detail::TagItemCatalogue01::itemAPP2ThermalColorPalette() { return gTagsAPP2.item(6); }
-const TagItem& detail::TagItemCatalogue01::itemAPP2IRDataSize() { return gTagsAPP2.item(7); }
-const TagItem& detail::TagItemCatalogue01::itemAPP2IRDataFormat() { return gTagsAPP2.item(8); }
-const TagItem& detail::TagItemCatalogue01::itemAPP2IRImageWidth() { return gTagsAPP2.item(9); }
-const TagItem& detail::TagItemCatalogue01::itemAPP2IRImageHeight() { return gTagsAPP2.item(10); }
-const TagItem& detail::TagItemCatalogue01::itemAPP2IRImageBpp() { return gTagsAPP2.item(11); }
-const TagItem& detail::TagItemCatalogue01::itemAPP2TempDataSize() { return gTagsAPP2.item(12); }
-const TagItem& detail::TagItemCatalogue01::itemAPP2TempDataFormat() { return gTagsAPP2.item(13); }
-const TagItem& detail::TagItemCatalogue01::itemAPP2TempImageWidth() { return gTagsAPP2.item(14); }
-const TagItem& detail::TagItemCatalogue01::itemAPP2TempImageHeight() { return gTagsAPP2.item(15); }
-const TagItem& detail::TagItemCatalogue01::itemAPP2TempImageBpp() { return gTagsAPP2.item(16); }
-const TagItem& detail::TagItemCatalogue01::itemAPP2VisibleDataSize() { return gTagsAPP2.item(17); }
-const TagItem& detail::TagItemCatalogue01::itemAPP2VisibleDataFormat() { return gTagsAPP2.item(18); }
-const TagItem& detail::TagItemCatalogue01::itemAPP2VisibleImageWidth() { return gTagsAPP2.item(19); }
-const TagItem& detail::TagItemCatalogue01::itemAPP2VisibleImageHeight() { return gTagsAPP2.item(20); }
-const TagItem& detail::TagItemCatalogue01::itemAPP2VisibleImageBpp() { return gTagsAPP2.item(21); }
+const TagItem& detail::TagItemCatalogue01::itemAPP2IJPEGVersion() { return detail::gTagsAPP2.item(0); }
+const TagItem& detail::TagItemCatalogue01::itemAPP2IJPEGOrgType() { return detail::gTagsAPP2.item(1); }
+const TagItem& detail::TagItemCatalogue01::itemAPP2IJPEGDispType() { return detail::gTagsAPP2.item(2); }
+const TagItem& detail::TagItemCatalogue01::itemAPP2IJPEGRotate() { return detail::gTagsAPP2.item(3); }
+const TagItem& detail::TagItemCatalogue01::itemAPP2IJPEGMirrorFlip() { return detail::gTagsAPP2.item(4); }
+const TagItem& detail::TagItemCatalogue01::itemAPP2ImageColorSwitchable() { return detail::gTagsAPP2.item(5); }
+const TagItem& detail::TagItemCatalogue01::itemAPP2ThermalColorPalette() { return detail::gTagsAPP2.item(6); }
+const TagItem& detail::TagItemCatalogue01::itemAPP2IRDataSize() { return detail::gTagsAPP2.item(7); }
+const TagItem& detail::TagItemCatalogue01::itemAPP2IRDataFormat() { return detail::gTagsAPP2.item(8); }
+const TagItem& detail::TagItemCatalogue01::itemAPP2IRImageWidth() { return detail::gTagsAPP2.item(9); }
+const TagItem& detail::TagItemCatalogue01::itemAPP2IRImageHeight() { return detail::gTagsAPP2.item(10); }
+const TagItem& detail::TagItemCatalogue01::itemAPP2IRImageBpp() { return detail::gTagsAPP2.item(11); }
+const TagItem& detail::TagItemCatalogue01::itemAPP2TempDataSize() { return detail::gTagsAPP2.item(12); }
+const TagItem& detail::TagItemCatalogue01::itemAPP2TempDataFormat() { return detail::gTagsAPP2.item(13); }
+const TagItem& detail::TagItemCatalogue01::itemAPP2TempImageWidth() { return detail::gTagsAPP2.item(14); }
+const TagItem& detail::TagItemCatalogue01::itemAPP2TempImageHeight() { return detail::gTagsAPP2.item(15); }
+const TagItem& detail::TagItemCatalogue01::itemAPP2TempImageBpp() { return detail::gTagsAPP2.item(16); }
+const TagItem& detail::TagItemCatalogue01::itemAPP2VisibleDataSize() { return detail::gTagsAPP2.item(17); }
+const TagItem& detail::TagItemCatalogue01::itemAPP2VisibleDataFormat() { return detail::gTagsAPP2.item(18); }
+const TagItem& detail::TagItemCatalogue01::itemAPP2VisibleImageWidth() { return detail::gTagsAPP2.item(19); }
+const TagItem& detail::TagItemCatalogue01::itemAPP2VisibleImageHeight() { return detail::gTagsAPP2.item(20); }
+const TagItem& detail::TagItemCatalogue01::itemAPP2VisibleImageBpp() { return detail::gTagsAPP2.item(21); }
 
 const TagStrings& TagStringsCatalogue::stringsAPP3() {
   return gStringsAPP3.strings(&TagStringsCatalogue::stringTableAPP3);
@@ -12836,16 +12842,16 @@ TagStringTable TagStringsCatalogue::stringTableAPP3(ETLanguage language) {
   return gStringsAPP3.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue01::allStreamsAPP3() {
-  return gTagsAPP3.all();
+  return detail::gTagsAPP3.all();
 }
-const TagItem& detail::TagItemCatalogue01::itemAPP3HdrLength() { return gTagsAPP3.item(0); }
-const TagItem& detail::TagItemCatalogue01::itemAPP3JPSSeparation() { return gTagsAPP3.item(1); }
-const TagItem& detail::TagItemCatalogue01::itemAPP3JPSFlags() { return gTagsAPP3.item(2); }
-const TagItem& detail::TagItemCatalogue01::itemAPP3JPSLayout() { return gTagsAPP3.item(3); }
-const TagItem& detail::TagItemCatalogue01::itemAPP3JPSType() { return gTagsAPP3.item(4); }
-const TagItem& detail::TagItemCatalogue01::itemAPP3JPSComment() { return gTagsAPP3.item(5); }
-const TagItem& detail::TagItemCatalogue01::itemAPP3ThermalData() { return gTagsAPP3.item(6); }
-const TagItem& detail::TagItemCatalogue01::itemAPP3ImagingData() { return gTagsAPP3.item(7); }
+const TagItem& detail::TagItemCatalogue01::itemAPP3HdrLength() { return detail::gTagsAPP3.item(0); }
+const TagItem& detail::TagItemCatalogue01::itemAPP3JPSSeparation() { return detail::gTagsAPP3.item(1); }
+const TagItem& detail::TagItemCatalogue01::itemAPP3JPSFlags() { return detail::gTagsAPP3.item(2); }
+const TagItem& detail::TagItemCatalogue01::itemAPP3JPSLayout() { return detail::gTagsAPP3.item(3); }
+const TagItem& detail::TagItemCatalogue01::itemAPP3JPSType() { return detail::gTagsAPP3.item(4); }
+const TagItem& detail::TagItemCatalogue01::itemAPP3JPSComment() { return detail::gTagsAPP3.item(5); }
+const TagItem& detail::TagItemCatalogue01::itemAPP3ThermalData() { return detail::gTagsAPP3.item(6); }
+const TagItem& detail::TagItemCatalogue01::itemAPP3ImagingData() { return detail::gTagsAPP3.item(7); }
 
 const TagStrings& TagStringsCatalogue::stringsAPP4() {
   return gStringsAPP4.strings(&TagStringsCatalogue::stringTableAPP4);
@@ -12854,50 +12860,50 @@ TagStringTable TagStringsCatalogue::stringTableAPP4(ETLanguage language) {
   return gStringsAPP4.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue01::allStreamsAPP4() {
-  return gTagsAPP4.all();
+  return detail::gTagsAPP4.all();
 }
-const TagItem& detail::TagItemCatalogue01::itemAPP4K1() { return gTagsAPP4.item(0); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4K2() { return gTagsAPP4.item(1); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4K3() { return gTagsAPP4.item(2); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4K4() { return gTagsAPP4.item(3); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4KF() { return gTagsAPP4.item(4); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4B1() { return gTagsAPP4.item(5); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4B2() { return gTagsAPP4.item(6); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4ObjectDistance() { return gTagsAPP4.item(7); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4RelativeHumidity() { return gTagsAPP4.item(8); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4Emissivity() { return gTagsAPP4.item(9); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4Reflection() { return gTagsAPP4.item(10); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4AmbientTemperature() { return gTagsAPP4.item(11); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4D2() { return gTagsAPP4.item(12); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4KJ() { return gTagsAPP4.item(13); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4DB() { return gTagsAPP4.item(14); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4KK() { return gTagsAPP4.item(15); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4ReflectedTemperature() { return gTagsAPP4.item(16); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4IDString() { return gTagsAPP4.item(17); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4IJPEGTempVersion() { return gTagsAPP4.item(18); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefEmissivity() { return gTagsAPP4.item(19); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefTau() { return gTagsAPP4.item(20); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefTa() { return gTagsAPP4.item(21); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefTu() { return gTagsAPP4.item(22); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefDist() { return gTagsAPP4.item(23); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefA0() { return gTagsAPP4.item(24); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefB0() { return gTagsAPP4.item(25); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefA1() { return gTagsAPP4.item(26); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefB1() { return gTagsAPP4.item(27); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefP0() { return gTagsAPP4.item(28); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefP1() { return gTagsAPP4.item(29); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefP2() { return gTagsAPP4.item(30); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4FactRelSensorTemp() { return gTagsAPP4.item(31); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4FactRelShutterTemp() { return gTagsAPP4.item(32); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4FactRelLensTemp() { return gTagsAPP4.item(33); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4FactStatusGain() { return gTagsAPP4.item(34); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4FactStatusEnvOK() { return gTagsAPP4.item(35); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4FactStatusDistOK() { return gTagsAPP4.item(36); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4FactStatusTempMap() { return gTagsAPP4.item(37); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4PreviewImageHeight() { return gTagsAPP4.item(38); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4PreviewQuality() { return gTagsAPP4.item(39); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4DataLength() { return gTagsAPP4.item(40); }
-const TagItem& detail::TagItemCatalogue01::itemAPP4PreviewImageWidth() { return gTagsAPP4.item(41); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4K1() { return detail::gTagsAPP4.item(0); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4K2() { return detail::gTagsAPP4.item(1); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4K3() { return detail::gTagsAPP4.item(2); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4K4() { return detail::gTagsAPP4.item(3); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4KF() { return detail::gTagsAPP4.item(4); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4B1() { return detail::gTagsAPP4.item(5); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4B2() { return detail::gTagsAPP4.item(6); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4ObjectDistance() { return detail::gTagsAPP4.item(7); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4RelativeHumidity() { return detail::gTagsAPP4.item(8); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4Emissivity() { return detail::gTagsAPP4.item(9); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4Reflection() { return detail::gTagsAPP4.item(10); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4AmbientTemperature() { return detail::gTagsAPP4.item(11); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4D2() { return detail::gTagsAPP4.item(12); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4KJ() { return detail::gTagsAPP4.item(13); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4DB() { return detail::gTagsAPP4.item(14); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4KK() { return detail::gTagsAPP4.item(15); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4ReflectedTemperature() { return detail::gTagsAPP4.item(16); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4IDString() { return detail::gTagsAPP4.item(17); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4IJPEGTempVersion() { return detail::gTagsAPP4.item(18); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefEmissivity() { return detail::gTagsAPP4.item(19); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefTau() { return detail::gTagsAPP4.item(20); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefTa() { return detail::gTagsAPP4.item(21); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefTu() { return detail::gTagsAPP4.item(22); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefDist() { return detail::gTagsAPP4.item(23); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefA0() { return detail::gTagsAPP4.item(24); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefB0() { return detail::gTagsAPP4.item(25); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefA1() { return detail::gTagsAPP4.item(26); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefB1() { return detail::gTagsAPP4.item(27); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefP0() { return detail::gTagsAPP4.item(28); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefP1() { return detail::gTagsAPP4.item(29); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4FactDefP2() { return detail::gTagsAPP4.item(30); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4FactRelSensorTemp() { return detail::gTagsAPP4.item(31); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4FactRelShutterTemp() { return detail::gTagsAPP4.item(32); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4FactRelLensTemp() { return detail::gTagsAPP4.item(33); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4FactStatusGain() { return detail::gTagsAPP4.item(34); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4FactStatusEnvOK() { return detail::gTagsAPP4.item(35); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4FactStatusDistOK() { return detail::gTagsAPP4.item(36); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4FactStatusTempMap() { return detail::gTagsAPP4.item(37); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4PreviewImageHeight() { return detail::gTagsAPP4.item(38); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4PreviewQuality() { return detail::gTagsAPP4.item(39); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4DataLength() { return detail::gTagsAPP4.item(40); }
+const TagItem& detail::TagItemCatalogue01::itemAPP4PreviewImageWidth() { return detail::gTagsAPP4.item(41); }
 
 const TagStrings& TagStringsCatalogue::stringsAPP5() {
   return gStringsAPP5.strings(&TagStringsCatalogue::stringTableAPP5);
@@ -12906,26 +12912,26 @@ TagStringTable TagStringsCatalogue::stringTableAPP5(ETLanguage language) {
   return gStringsAPP5.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue01::allStreamsAPP5() {
-  return gTagsAPP5.all();
+  return detail::gTagsAPP5.all();
 }
-const TagItem& detail::TagItemCatalogue01::itemAPP5EnvironmentTemp() { return gTagsAPP5.item(0); }
-const TagItem& detail::TagItemCatalogue01::itemAPP5Distance() { return gTagsAPP5.item(1); }
-const TagItem& detail::TagItemCatalogue01::itemAPP5Emissivity() { return gTagsAPP5.item(2); }
-const TagItem& detail::TagItemCatalogue01::itemAPP5Humidity() { return gTagsAPP5.item(3); }
-const TagItem& detail::TagItemCatalogue01::itemAPP5ReferenceTemp() { return gTagsAPP5.item(4); }
-const TagItem& detail::TagItemCatalogue01::itemAPP5TempUnit() { return gTagsAPP5.item(5); }
-const TagItem& detail::TagItemCatalogue01::itemAPP5ShowCenterTemp() { return gTagsAPP5.item(6); }
-const TagItem& detail::TagItemCatalogue01::itemAPP5ShowMaxTemp() { return gTagsAPP5.item(7); }
-const TagItem& detail::TagItemCatalogue01::itemAPP5ShowMinTemp() { return gTagsAPP5.item(8); }
-const TagItem& detail::TagItemCatalogue01::itemAPP5TempMeasureCount() { return gTagsAPP5.item(9); }
-const TagItem& detail::TagItemCatalogue01::itemAPP5ThermalCalibration() { return gTagsAPP5.item(10); }
-const TagItem& detail::TagItemCatalogue01::itemAPP5Azimuth() { return gTagsAPP5.item(11); }
-const TagItem& detail::TagItemCatalogue01::itemAPP5Condition() { return gTagsAPP5.item(12); }
-const TagItem& detail::TagItemCatalogue01::itemAPP5Lit() { return gTagsAPP5.item(13); }
-const TagItem& detail::TagItemCatalogue01::itemAPP5Location() { return gTagsAPP5.item(14); }
-const TagItem& detail::TagItemCatalogue01::itemAPP5SignType() { return gTagsAPP5.item(15); }
-const TagItem& detail::TagItemCatalogue01::itemAPP5SoundFile() { return gTagsAPP5.item(16); }
-const TagItem& detail::TagItemCatalogue01::itemAPP5Barcodes() { return gTagsAPP5.item(17); }
+const TagItem& detail::TagItemCatalogue01::itemAPP5EnvironmentTemp() { return detail::gTagsAPP5.item(0); }
+const TagItem& detail::TagItemCatalogue01::itemAPP5Distance() { return detail::gTagsAPP5.item(1); }
+const TagItem& detail::TagItemCatalogue01::itemAPP5Emissivity() { return detail::gTagsAPP5.item(2); }
+const TagItem& detail::TagItemCatalogue01::itemAPP5Humidity() { return detail::gTagsAPP5.item(3); }
+const TagItem& detail::TagItemCatalogue01::itemAPP5ReferenceTemp() { return detail::gTagsAPP5.item(4); }
+const TagItem& detail::TagItemCatalogue01::itemAPP5TempUnit() { return detail::gTagsAPP5.item(5); }
+const TagItem& detail::TagItemCatalogue01::itemAPP5ShowCenterTemp() { return detail::gTagsAPP5.item(6); }
+const TagItem& detail::TagItemCatalogue01::itemAPP5ShowMaxTemp() { return detail::gTagsAPP5.item(7); }
+const TagItem& detail::TagItemCatalogue01::itemAPP5ShowMinTemp() { return detail::gTagsAPP5.item(8); }
+const TagItem& detail::TagItemCatalogue01::itemAPP5TempMeasureCount() { return detail::gTagsAPP5.item(9); }
+const TagItem& detail::TagItemCatalogue01::itemAPP5ThermalCalibration() { return detail::gTagsAPP5.item(10); }
+const TagItem& detail::TagItemCatalogue01::itemAPP5Azimuth() { return detail::gTagsAPP5.item(11); }
+const TagItem& detail::TagItemCatalogue01::itemAPP5Condition() { return detail::gTagsAPP5.item(12); }
+const TagItem& detail::TagItemCatalogue01::itemAPP5Lit() { return detail::gTagsAPP5.item(13); }
+const TagItem& detail::TagItemCatalogue01::itemAPP5Location() { return detail::gTagsAPP5.item(14); }
+const TagItem& detail::TagItemCatalogue01::itemAPP5SignType() { return detail::gTagsAPP5.item(15); }
+const TagItem& detail::TagItemCatalogue01::itemAPP5SoundFile() { return detail::gTagsAPP5.item(16); }
+const TagItem& detail::TagItemCatalogue01::itemAPP5Barcodes() { return detail::gTagsAPP5.item(17); }
 
 const TagStrings& TagStringsCatalogue::stringsAPP6() {
   return gStringsAPP6.strings(&TagStringsCatalogue::stringTableAPP6);
@@ -12934,26 +12940,26 @@ TagStringTable TagStringsCatalogue::stringTableAPP6(ETLanguage language) {
   return gStringsAPP6.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue01::allStreamsAPP6() {
-  return gTagsAPP6.all();
+  return detail::gTagsAPP6.all();
 }
-const TagItem& detail::TagItemCatalogue01::itemAPP6MixMode() { return gTagsAPP6.item(0); }
-const TagItem& detail::TagItemCatalogue01::itemAPP6FusionIntensity() { return gTagsAPP6.item(1); }
-const TagItem& detail::TagItemCatalogue01::itemAPP6OffsetAdjustment() { return gTagsAPP6.item(2); }
-const TagItem& detail::TagItemCatalogue01::itemAPP6CorrectionAsix() { return gTagsAPP6.item(3); }
-const TagItem& detail::TagItemCatalogue01::itemAPP6PrintIM() { return gTagsAPP6.item(4); }
-const TagItem& detail::TagItemCatalogue01::itemAPP6DJI_DTAT() { return gTagsAPP6.item(5); }
-const TagItem& detail::TagItemCatalogue01::itemAPP6NITFVersion() { return gTagsAPP6.item(6); }
-const TagItem& detail::TagItemCatalogue01::itemAPP6ImageFormat() { return gTagsAPP6.item(7); }
-const TagItem& detail::TagItemCatalogue01::itemAPP6BlocksPerRow() { return gTagsAPP6.item(8); }
-const TagItem& detail::TagItemCatalogue01::itemAPP6BlocksPerColumn() { return gTagsAPP6.item(9); }
-const TagItem& detail::TagItemCatalogue01::itemAPP6ImageColor() { return gTagsAPP6.item(10); }
-const TagItem& detail::TagItemCatalogue01::itemAPP6BitDepth() { return gTagsAPP6.item(11); }
-const TagItem& detail::TagItemCatalogue01::itemAPP6ImageClass() { return gTagsAPP6.item(12); }
-const TagItem& detail::TagItemCatalogue01::itemAPP6JPEGProcess() { return gTagsAPP6.item(13); }
-const TagItem& detail::TagItemCatalogue01::itemAPP6Quality() { return gTagsAPP6.item(14); }
-const TagItem& detail::TagItemCatalogue01::itemAPP6StreamColor() { return gTagsAPP6.item(15); }
-const TagItem& detail::TagItemCatalogue01::itemAPP6StreamBitDepth() { return gTagsAPP6.item(16); }
-const TagItem& detail::TagItemCatalogue01::itemAPP6Flags() { return gTagsAPP6.item(17); }
+const TagItem& detail::TagItemCatalogue01::itemAPP6MixMode() { return detail::gTagsAPP6.item(0); }
+const TagItem& detail::TagItemCatalogue01::itemAPP6FusionIntensity() { return detail::gTagsAPP6.item(1); }
+const TagItem& detail::TagItemCatalogue01::itemAPP6OffsetAdjustment() { return detail::gTagsAPP6.item(2); }
+const TagItem& detail::TagItemCatalogue01::itemAPP6CorrectionAsix() { return detail::gTagsAPP6.item(3); }
+const TagItem& detail::TagItemCatalogue01::itemAPP6PrintIM() { return detail::gTagsAPP6.item(4); }
+const TagItem& detail::TagItemCatalogue01::itemAPP6DJI_DTAT() { return detail::gTagsAPP6.item(5); }
+const TagItem& detail::TagItemCatalogue01::itemAPP6NITFVersion() { return detail::gTagsAPP6.item(6); }
+const TagItem& detail::TagItemCatalogue01::itemAPP6ImageFormat() { return detail::gTagsAPP6.item(7); }
+const TagItem& detail::TagItemCatalogue01::itemAPP6BlocksPerRow() { return detail::gTagsAPP6.item(8); }
+const TagItem& detail::TagItemCatalogue01::itemAPP6BlocksPerColumn() { return detail::gTagsAPP6.item(9); }
+const TagItem& detail::TagItemCatalogue01::itemAPP6ImageColor() { return detail::gTagsAPP6.item(10); }
+const TagItem& detail::TagItemCatalogue01::itemAPP6BitDepth() { return detail::gTagsAPP6.item(11); }
+const TagItem& detail::TagItemCatalogue01::itemAPP6ImageClass() { return detail::gTagsAPP6.item(12); }
+const TagItem& detail::TagItemCatalogue01::itemAPP6JPEGProcess() { return detail::gTagsAPP6.item(13); }
+const TagItem& detail::TagItemCatalogue01::itemAPP6Quality() { return detail::gTagsAPP6.item(14); }
+const TagItem& detail::TagItemCatalogue01::itemAPP6StreamColor() { return detail::gTagsAPP6.item(15); }
+const TagItem& detail::TagItemCatalogue01::itemAPP6StreamBitDepth() { return detail::gTagsAPP6.item(16); }
+const TagItem& detail::TagItemCatalogue01::itemAPP6Flags() { return detail::gTagsAPP6.item(17); }
 
 const TagStrings& TagStringsCatalogue::stringsAPP7() {
   return gStringsAPP7.strings(&TagStringsCatalogue::stringTableAPP7);
@@ -12962,14 +12968,14 @@ TagStringTable TagStringsCatalogue::stringTableAPP7(ETLanguage language) {
   return gStringsAPP7.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue01::allStreamsAPP7() {
-  return gTagsAPP7.all();
+  return detail::gTagsAPP7.all();
 }
-const TagItem& detail::TagItemCatalogue01::itemAPP7WorkingMode() { return gTagsAPP7.item(0); }
-const TagItem& detail::TagItemCatalogue01::itemAPP7IntegralTime() { return gTagsAPP7.item(1); }
-const TagItem& detail::TagItemCatalogue01::itemAPP7IntegratTimeHdr() { return gTagsAPP7.item(2); }
-const TagItem& detail::TagItemCatalogue01::itemAPP7GainStable() { return gTagsAPP7.item(3); }
-const TagItem& detail::TagItemCatalogue01::itemAPP7TempControlEnable() { return gTagsAPP7.item(4); }
-const TagItem& detail::TagItemCatalogue01::itemAPP7DeviceTemp() { return gTagsAPP7.item(5); }
+const TagItem& detail::TagItemCatalogue01::itemAPP7WorkingMode() { return detail::gTagsAPP7.item(0); }
+const TagItem& detail::TagItemCatalogue01::itemAPP7IntegralTime() { return detail::gTagsAPP7.item(1); }
+const TagItem& detail::TagItemCatalogue01::itemAPP7IntegratTimeHdr() { return detail::gTagsAPP7.item(2); }
+const TagItem& detail::TagItemCatalogue01::itemAPP7GainStable() { return detail::gTagsAPP7.item(3); }
+const TagItem& detail::TagItemCatalogue01::itemAPP7TempControlEnable() { return detail::gTagsAPP7.item(4); }
+const TagItem& detail::TagItemCatalogue01::itemAPP7DeviceTemp() { return detail::gTagsAPP7.item(5); }
 
 const TagStrings& TagStringsCatalogue::stringsAPP8() {
   return gStringsAPP8.strings(&TagStringsCatalogue::stringTableAPP8);
@@ -12978,23 +12984,23 @@ TagStringTable TagStringsCatalogue::stringTableAPP8(ETLanguage language) {
   return gStringsAPP8.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue01::allStreamsAPP8() {
-  return gTagsAPP8.all();
+  return detail::gTagsAPP8.all();
 }
-const TagItem& detail::TagItemCatalogue01::itemAPP8IsothermalMax() { return gTagsAPP8.item(0); }
-const TagItem& detail::TagItemCatalogue01::itemAPP8IsothermalMin() { return gTagsAPP8.item(1); }
-const TagItem& detail::TagItemCatalogue01::itemAPP8ChromaBarMax() { return gTagsAPP8.item(2); }
-const TagItem& detail::TagItemCatalogue01::itemAPP8ChromaBarMin() { return gTagsAPP8.item(3); }
-const TagItem& detail::TagItemCatalogue01::itemAPP8SPIFFVersion() { return gTagsAPP8.item(4); }
-const TagItem& detail::TagItemCatalogue01::itemAPP8ProfileID() { return gTagsAPP8.item(5); }
-const TagItem& detail::TagItemCatalogue01::itemAPP8ColorComponents() { return gTagsAPP8.item(6); }
-const TagItem& detail::TagItemCatalogue01::itemAPP8ImageHeight() { return gTagsAPP8.item(7); }
-const TagItem& detail::TagItemCatalogue01::itemAPP8ImageWidth() { return gTagsAPP8.item(8); }
-const TagItem& detail::TagItemCatalogue01::itemAPP8ColorSpace() { return gTagsAPP8.item(9); }
-const TagItem& detail::TagItemCatalogue01::itemAPP8BitsPerSample() { return gTagsAPP8.item(10); }
-const TagItem& detail::TagItemCatalogue01::itemAPP8Compression() { return gTagsAPP8.item(11); }
-const TagItem& detail::TagItemCatalogue01::itemAPP8ResolutionUnit() { return gTagsAPP8.item(12); }
-const TagItem& detail::TagItemCatalogue01::itemAPP8YResolution() { return gTagsAPP8.item(13); }
-const TagItem& detail::TagItemCatalogue01::itemAPP8XResolution() { return gTagsAPP8.item(14); }
+const TagItem& detail::TagItemCatalogue01::itemAPP8IsothermalMax() { return detail::gTagsAPP8.item(0); }
+const TagItem& detail::TagItemCatalogue01::itemAPP8IsothermalMin() { return detail::gTagsAPP8.item(1); }
+const TagItem& detail::TagItemCatalogue01::itemAPP8ChromaBarMax() { return detail::gTagsAPP8.item(2); }
+const TagItem& detail::TagItemCatalogue01::itemAPP8ChromaBarMin() { return detail::gTagsAPP8.item(3); }
+const TagItem& detail::TagItemCatalogue01::itemAPP8SPIFFVersion() { return detail::gTagsAPP8.item(4); }
+const TagItem& detail::TagItemCatalogue01::itemAPP8ProfileID() { return detail::gTagsAPP8.item(5); }
+const TagItem& detail::TagItemCatalogue01::itemAPP8ColorComponents() { return detail::gTagsAPP8.item(6); }
+const TagItem& detail::TagItemCatalogue01::itemAPP8ImageHeight() { return detail::gTagsAPP8.item(7); }
+const TagItem& detail::TagItemCatalogue01::itemAPP8ImageWidth() { return detail::gTagsAPP8.item(8); }
+const TagItem& detail::TagItemCatalogue01::itemAPP8ColorSpace() { return detail::gTagsAPP8.item(9); }
+const TagItem& detail::TagItemCatalogue01::itemAPP8BitsPerSample() { return detail::gTagsAPP8.item(10); }
+const TagItem& detail::TagItemCatalogue01::itemAPP8Compression() { return detail::gTagsAPP8.item(11); }
+const TagItem& detail::TagItemCatalogue01::itemAPP8ResolutionUnit() { return detail::gTagsAPP8.item(12); }
+const TagItem& detail::TagItemCatalogue01::itemAPP8YResolution() { return detail::gTagsAPP8.item(13); }
+const TagItem& detail::TagItemCatalogue01::itemAPP8XResolution() { return detail::gTagsAPP8.item(14); }
 
 const TagStrings& TagStringsCatalogue::stringsAPP9() {
   return gStringsAPP9.strings(&TagStringsCatalogue::stringTableAPP9);
@@ -13003,22 +13009,22 @@ TagStringTable TagStringsCatalogue::stringTableAPP9(ETLanguage language) {
   return gStringsAPP9.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue01::allStreamsAPP9() {
-  return gTagsAPP9.all();
+  return detail::gTagsAPP9.all();
 }
-const TagItem& detail::TagItemCatalogue01::itemAPP9IRSensorManufacturer() { return gTagsAPP9.item(0); }
-const TagItem& detail::TagItemCatalogue01::itemAPP9IRSensorName() { return gTagsAPP9.item(1); }
-const TagItem& detail::TagItemCatalogue01::itemAPP9IRSensorPartNumber() { return gTagsAPP9.item(2); }
-const TagItem& detail::TagItemCatalogue01::itemAPP9IRSensorSerialNumber() { return gTagsAPP9.item(3); }
-const TagItem& detail::TagItemCatalogue01::itemAPP9IRSensorFirmware() { return gTagsAPP9.item(4); }
-const TagItem& detail::TagItemCatalogue01::itemAPP9IRSensorAperture() { return gTagsAPP9.item(5); }
-const TagItem& detail::TagItemCatalogue01::itemAPP9IRFocalLength() { return gTagsAPP9.item(6); }
-const TagItem& detail::TagItemCatalogue01::itemAPP9VisibleSensorManufacturer() { return gTagsAPP9.item(7); }
-const TagItem& detail::TagItemCatalogue01::itemAPP9VisibleSensorName() { return gTagsAPP9.item(8); }
-const TagItem& detail::TagItemCatalogue01::itemAPP9VisibleSensorPartNumber() { return gTagsAPP9.item(9); }
-const TagItem& detail::TagItemCatalogue01::itemAPP9VisibleSensorSerialNumber() { return gTagsAPP9.item(10); }
-const TagItem& detail::TagItemCatalogue01::itemAPP9VisibleSensorFirmware() { return gTagsAPP9.item(11); }
-const TagItem& detail::TagItemCatalogue01::itemAPP9VisibleSensorAperture() { return gTagsAPP9.item(12); }
-const TagItem& detail::TagItemCatalogue01::itemAPP9VisibleFocalLength() { return gTagsAPP9.item(13); }
+const TagItem& detail::TagItemCatalogue01::itemAPP9IRSensorManufacturer() { return detail::gTagsAPP9.item(0); }
+const TagItem& detail::TagItemCatalogue01::itemAPP9IRSensorName() { return detail::gTagsAPP9.item(1); }
+const TagItem& detail::TagItemCatalogue01::itemAPP9IRSensorPartNumber() { return detail::gTagsAPP9.item(2); }
+const TagItem& detail::TagItemCatalogue01::itemAPP9IRSensorSerialNumber() { return detail::gTagsAPP9.item(3); }
+const TagItem& detail::TagItemCatalogue01::itemAPP9IRSensorFirmware() { return detail::gTagsAPP9.item(4); }
+const TagItem& detail::TagItemCatalogue01::itemAPP9IRSensorAperture() { return detail::gTagsAPP9.item(5); }
+const TagItem& detail::TagItemCatalogue01::itemAPP9IRFocalLength() { return detail::gTagsAPP9.item(6); }
+const TagItem& detail::TagItemCatalogue01::itemAPP9VisibleSensorManufacturer() { return detail::gTagsAPP9.item(7); }
+const TagItem& detail::TagItemCatalogue01::itemAPP9VisibleSensorName() { return detail::gTagsAPP9.item(8); }
+const TagItem& detail::TagItemCatalogue01::itemAPP9VisibleSensorPartNumber() { return detail::gTagsAPP9.item(9); }
+const TagItem& detail::TagItemCatalogue01::itemAPP9VisibleSensorSerialNumber() { return detail::gTagsAPP9.item(10); }
+const TagItem& detail::TagItemCatalogue01::itemAPP9VisibleSensorFirmware() { return detail::gTagsAPP9.item(11); }
+const TagItem& detail::TagItemCatalogue01::itemAPP9VisibleSensorAperture() { return detail::gTagsAPP9.item(12); }
+const TagItem& detail::TagItemCatalogue01::itemAPP9VisibleFocalLength() { return detail::gTagsAPP9.item(13); }
 
 const TagStrings& TagStringsCatalogue::stringsASF() {
   return gStringsASF.strings(&TagStringsCatalogue::stringTableASF);
@@ -13027,218 +13033,218 @@ TagStringTable TagStringsCatalogue::stringTableASF(ETLanguage language) {
   return gStringsASF.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue01::allStreamsASF() {
-  return gTagsASF.all();
+  return detail::gTagsASF.all();
 }
-const TagItem& detail::TagItemCatalogue01::itemASFAudioCodecDescription() { return gTagsASF.item(0); }
-const TagItem& detail::TagItemCatalogue01::itemASFAudioCodecName() { return gTagsASF.item(1); }
-const TagItem& detail::TagItemCatalogue01::itemASFOtherCodecDescription() { return gTagsASF.item(2); }
-const TagItem& detail::TagItemCatalogue01::itemASFOtherCodecName() { return gTagsASF.item(3); }
-const TagItem& detail::TagItemCatalogue01::itemASFVideoCodecDescription() { return gTagsASF.item(4); }
-const TagItem& detail::TagItemCatalogue01::itemASFVideoCodecName() { return gTagsASF.item(5); }
-const TagItem& detail::TagItemCatalogue01::itemASFBannerImageType() { return gTagsASF.item(6); }
-const TagItem& detail::TagItemCatalogue01::itemASFBannerImage() { return gTagsASF.item(7); }
-const TagItem& detail::TagItemCatalogue01::itemASFBannerImageURL() { return gTagsASF.item(8); }
-const TagItem& detail::TagItemCatalogue01::itemASFCopyrightURL() { return gTagsASF.item(9); }
-const TagItem& detail::TagItemCatalogue01::itemASFTitle() { return gTagsASF.item(10); }
-const TagItem& detail::TagItemCatalogue01::itemASFAuthor() { return gTagsASF.item(11); }
-const TagItem& detail::TagItemCatalogue01::itemASFCopyright() { return gTagsASF.item(12); }
-const TagItem& detail::TagItemCatalogue01::itemASFDescription() { return gTagsASF.item(13); }
-const TagItem& detail::TagItemCatalogue01::itemASFRating() { return gTagsASF.item(14); }
-const TagItem& detail::TagItemCatalogue01::itemASFASFLeakyBucketPairs() { return gTagsASF.item(15); }
-const TagItem& detail::TagItemCatalogue01::itemASFASFPacketCount() { return gTagsASF.item(16); }
-const TagItem& detail::TagItemCatalogue01::itemASFASFSecurityObjectsSize() { return gTagsASF.item(17); }
-const TagItem& detail::TagItemCatalogue01::itemASFAlbumArtist() { return gTagsASF.item(18); }
-const TagItem& detail::TagItemCatalogue01::itemASFAlbumCoverURL() { return gTagsASF.item(19); }
-const TagItem& detail::TagItemCatalogue01::itemASFAlbumTitle() { return gTagsASF.item(20); }
-const TagItem& detail::TagItemCatalogue01::itemASFAspectRatioX() { return gTagsASF.item(21); }
-const TagItem& detail::TagItemCatalogue01::itemASFAspectRatioY() { return gTagsASF.item(22); }
-const TagItem& detail::TagItemCatalogue01::itemASFAudioFileURL() { return gTagsASF.item(23); }
-const TagItem& detail::TagItemCatalogue01::itemASFAudioSourceURL() { return gTagsASF.item(24); }
-const TagItem& detail::TagItemCatalogue01::itemASFAuthorURL() { return gTagsASF.item(25); }
-const TagItem& detail::TagItemCatalogue01::itemASFAverageLevel() { return gTagsASF.item(26); }
-const TagItem& detail::TagItemCatalogue01::itemASFBannerImageData() { return gTagsASF.item(27); }
-const TagItem& detail::TagItemCatalogue01::itemASFBeatsPerMinute() { return gTagsASF.item(28); }
-const TagItem& detail::TagItemCatalogue01::itemASFBitrate() { return gTagsASF.item(29); }
-const TagItem& detail::TagItemCatalogue01::itemASFBroadcast() { return gTagsASF.item(30); }
-const TagItem& detail::TagItemCatalogue01::itemASFBufferAverage() { return gTagsASF.item(31); }
-const TagItem& detail::TagItemCatalogue01::itemASFCan_Skip_Backward() { return gTagsASF.item(32); }
-const TagItem& detail::TagItemCatalogue01::itemASFCan_Skip_Forward() { return gTagsASF.item(33); }
-const TagItem& detail::TagItemCatalogue01::itemASFCategory() { return gTagsASF.item(34); }
-const TagItem& detail::TagItemCatalogue01::itemASFCodec() { return gTagsASF.item(35); }
-const TagItem& detail::TagItemCatalogue01::itemASFComposer() { return gTagsASF.item(36); }
-const TagItem& detail::TagItemCatalogue01::itemASFConductor() { return gTagsASF.item(37); }
-const TagItem& detail::TagItemCatalogue01::itemASFContainerFormat() { return gTagsASF.item(38); }
-const TagItem& detail::TagItemCatalogue01::itemASFContentDistributor() { return gTagsASF.item(39); }
-const TagItem& detail::TagItemCatalogue01::itemASFContentGroupDescription() { return gTagsASF.item(40); }
-const TagItem& detail::TagItemCatalogue01::itemASFCurrentBitrate() { return gTagsASF.item(41); }
-const TagItem& detail::TagItemCatalogue01::itemASFDRM() { return gTagsASF.item(42); }
-const TagItem& detail::TagItemCatalogue01::itemASFDRM_ContentID() { return gTagsASF.item(43); }
-const TagItem& detail::TagItemCatalogue01::itemASFDRM_DRMHeader() { return gTagsASF.item(44); }
-const TagItem& detail::TagItemCatalogue01::itemASFDRM_DRMHeader_ContentDistributor() { return gTagsASF.item(45); }
-const TagItem& detail::TagItemCatalogue01::itemASFDRM_DRMHeader_ContentID() { return gTagsASF.item(46); }
-const TagItem& detail::TagItemCatalogue01::itemASFDRM_DRMHeader_IndividualizedVersion() { return gTagsASF.item(47); }
-const TagItem& detail::TagItemCatalogue01::itemASFDRM_DRMHeader_KeyID() { return gTagsASF.item(48); }
-const TagItem& detail::TagItemCatalogue01::itemASFDRM_DRMHeader_LicenseAcqURL() { return gTagsASF.item(49); }
-const TagItem& detail::TagItemCatalogue01::itemASFDRM_DRMHeader_SubscriptionContentID() { return gTagsASF.item(50); }
-const TagItem& detail::TagItemCatalogue01::itemASFDRM_IndividualizedVersion() { return gTagsASF.item(51); }
-const TagItem& detail::TagItemCatalogue01::itemASFDRM_KeyID() { return gTagsASF.item(52); }
-const TagItem& detail::TagItemCatalogue01::itemASFDRM_LASignatureCert() { return gTagsASF.item(53); }
-const TagItem& detail::TagItemCatalogue01::itemASFDRM_LASignatureLicSrvCert() { return gTagsASF.item(54); }
-const TagItem& detail::TagItemCatalogue01::itemASFDRM_LASignaturePrivKey() { return gTagsASF.item(55); }
-const TagItem& detail::TagItemCatalogue01::itemASFDRM_LASignatureRootCert() { return gTagsASF.item(56); }
-const TagItem& detail::TagItemCatalogue01::itemASFDRM_LicenseAcqURL() { return gTagsASF.item(57); }
-const TagItem& detail::TagItemCatalogue01::itemASFDRM_V1LicenseAcqURL() { return gTagsASF.item(58); }
-const TagItem& detail::TagItemCatalogue01::itemASFDVDID() { return gTagsASF.item(59); }
-const TagItem& detail::TagItemCatalogue01::itemASFDirector() { return gTagsASF.item(60); }
-const TagItem& detail::TagItemCatalogue01::itemASFDuration() { return gTagsASF.item(61); }
-const TagItem& detail::TagItemCatalogue01::itemASFEncodedBy() { return gTagsASF.item(62); }
-const TagItem& detail::TagItemCatalogue01::itemASFEncodingSettings() { return gTagsASF.item(63); }
-const TagItem& detail::TagItemCatalogue01::itemASFEncodingTime() { return gTagsASF.item(64); }
-const TagItem& detail::TagItemCatalogue01::itemASFFileSize() { return gTagsASF.item(65); }
-const TagItem& detail::TagItemCatalogue01::itemASFGenre() { return gTagsASF.item(66); }
-const TagItem& detail::TagItemCatalogue01::itemASFGenreID() { return gTagsASF.item(67); }
-const TagItem& detail::TagItemCatalogue01::itemASFHasArbitraryDataStream() { return gTagsASF.item(68); }
-const TagItem& detail::TagItemCatalogue01::itemASFHasAttachedImages() { return gTagsASF.item(69); }
-const TagItem& detail::TagItemCatalogue01::itemASFHasAudio() { return gTagsASF.item(70); }
-const TagItem& detail::TagItemCatalogue01::itemASFHasFileTransferStream() { return gTagsASF.item(71); }
-const TagItem& detail::TagItemCatalogue01::itemASFHasImage() { return gTagsASF.item(72); }
-const TagItem& detail::TagItemCatalogue01::itemASFHasScript() { return gTagsASF.item(73); }
-const TagItem& detail::TagItemCatalogue01::itemASFHasVideo() { return gTagsASF.item(74); }
-const TagItem& detail::TagItemCatalogue01::itemASFISRC() { return gTagsASF.item(75); }
-const TagItem& detail::TagItemCatalogue01::itemASFInitialKey() { return gTagsASF.item(76); }
-const TagItem& detail::TagItemCatalogue01::itemASFIsVBR() { return gTagsASF.item(77); }
-const TagItem& detail::TagItemCatalogue01::itemASFIs_Protected() { return gTagsASF.item(78); }
-const TagItem& detail::TagItemCatalogue01::itemASFIs_Trusted() { return gTagsASF.item(79); }
-const TagItem& detail::TagItemCatalogue01::itemASFLanguage() { return gTagsASF.item(80); }
-const TagItem& detail::TagItemCatalogue01::itemASFLyrics() { return gTagsASF.item(81); }
-const TagItem& detail::TagItemCatalogue01::itemASFLyrics_Synchronised() { return gTagsASF.item(82); }
-const TagItem& detail::TagItemCatalogue01::itemASFMCDI() { return gTagsASF.item(83); }
-const TagItem& detail::TagItemCatalogue01::itemASFMediaClassPrimaryID() { return gTagsASF.item(84); }
-const TagItem& detail::TagItemCatalogue01::itemASFMediaClassSecondaryID() { return gTagsASF.item(85); }
-const TagItem& detail::TagItemCatalogue01::itemASFMediaCredits() { return gTagsASF.item(86); }
-const TagItem& detail::TagItemCatalogue01::itemASFMediaIsDelay() { return gTagsASF.item(87); }
-const TagItem& detail::TagItemCatalogue01::itemASFMediaIsFinale() { return gTagsASF.item(88); }
-const TagItem& detail::TagItemCatalogue01::itemASFMediaIsLive() { return gTagsASF.item(89); }
-const TagItem& detail::TagItemCatalogue01::itemASFMediaIsPremiere() { return gTagsASF.item(90); }
-const TagItem& detail::TagItemCatalogue01::itemASFMediaIsRepeat() { return gTagsASF.item(91); }
-const TagItem& detail::TagItemCatalogue01::itemASFMediaIsSAP() { return gTagsASF.item(92); }
-const TagItem& detail::TagItemCatalogue01::itemASFMediaIsStereo() { return gTagsASF.item(93); }
-const TagItem& detail::TagItemCatalogue01::itemASFMediaIsSubtitled() { return gTagsASF.item(94); }
-const TagItem& detail::TagItemCatalogue01::itemASFMediaIsTape() { return gTagsASF.item(95); }
-const TagItem& detail::TagItemCatalogue01::itemASFMediaNetworkAffiliation() { return gTagsASF.item(96); }
-const TagItem& detail::TagItemCatalogue01::itemASFMediaOriginalBroadcastDateTime() { return gTagsASF.item(97); }
-const TagItem& detail::TagItemCatalogue01::itemASFMediaOriginalChannel() { return gTagsASF.item(98); }
-const TagItem& detail::TagItemCatalogue01::itemASFMediaStationCallSign() { return gTagsASF.item(99); }
-const TagItem& detail::TagItemCatalogue01::itemASFMediaStationName() { return gTagsASF.item(100); }
-const TagItem& detail::TagItemCatalogue01::itemASFModifiedBy() { return gTagsASF.item(101); }
-const TagItem& detail::TagItemCatalogue01::itemASFMood() { return gTagsASF.item(102); }
-const TagItem& detail::TagItemCatalogue01::itemASFNSC_Address() { return gTagsASF.item(103); }
-const TagItem& detail::TagItemCatalogue01::itemASFNSC_Description() { return gTagsASF.item(104); }
-const TagItem& detail::TagItemCatalogue01::itemASFNSC_Email() { return gTagsASF.item(105); }
-const TagItem& detail::TagItemCatalogue01::itemASFNSC_Name() { return gTagsASF.item(106); }
-const TagItem& detail::TagItemCatalogue01::itemASFNSC_Phone() { return gTagsASF.item(107); }
-const TagItem& detail::TagItemCatalogue01::itemASFNumberOfFrames() { return gTagsASF.item(108); }
-const TagItem& detail::TagItemCatalogue01::itemASFOptimalBitrate() { return gTagsASF.item(109); }
-const TagItem& detail::TagItemCatalogue01::itemASFOriginalAlbumTitle() { return gTagsASF.item(110); }
-const TagItem& detail::TagItemCatalogue01::itemASFOriginalArtist() { return gTagsASF.item(111); }
-const TagItem& detail::TagItemCatalogue01::itemASFOriginalFileName() { return gTagsASF.item(112); }
-const TagItem& detail::TagItemCatalogue01::itemASFOriginalLyricist() { return gTagsASF.item(113); }
-const TagItem& detail::TagItemCatalogue01::itemASFOriginalReleaseTime() { return gTagsASF.item(114); }
-const TagItem& detail::TagItemCatalogue01::itemASFOriginalReleaseYear() { return gTagsASF.item(115); }
-const TagItem& detail::TagItemCatalogue01::itemASFParentalRating() { return gTagsASF.item(116); }
-const TagItem& detail::TagItemCatalogue01::itemASFParentalRatingReason() { return gTagsASF.item(117); }
-const TagItem& detail::TagItemCatalogue01::itemASFPartOfSet() { return gTagsASF.item(118); }
-const TagItem& detail::TagItemCatalogue01::itemASFPeakBitrate() { return gTagsASF.item(119); }
-const TagItem& detail::TagItemCatalogue01::itemASFPeakValue() { return gTagsASF.item(120); }
-const TagItem& detail::TagItemCatalogue01::itemASFPeriod() { return gTagsASF.item(121); }
-const TagItem& detail::TagItemCatalogue01::itemASFPlaylistDelay() { return gTagsASF.item(122); }
-const TagItem& detail::TagItemCatalogue01::itemASFProducer() { return gTagsASF.item(123); }
-const TagItem& detail::TagItemCatalogue01::itemASFPromotionURL() { return gTagsASF.item(124); }
-const TagItem& detail::TagItemCatalogue01::itemASFProtectionType() { return gTagsASF.item(125); }
-const TagItem& detail::TagItemCatalogue01::itemASFProvider() { return gTagsASF.item(126); }
-const TagItem& detail::TagItemCatalogue01::itemASFProviderCopyright() { return gTagsASF.item(127); }
-const TagItem& detail::TagItemCatalogue01::itemASFProviderRating() { return gTagsASF.item(128); }
-const TagItem& detail::TagItemCatalogue01::itemASFProviderStyle() { return gTagsASF.item(129); }
-const TagItem& detail::TagItemCatalogue01::itemASFPublisher() { return gTagsASF.item(130); }
-const TagItem& detail::TagItemCatalogue01::itemASFRadioStationName() { return gTagsASF.item(131); }
-const TagItem& detail::TagItemCatalogue01::itemASFRadioStationOwner() { return gTagsASF.item(132); }
-const TagItem& detail::TagItemCatalogue01::itemASFSeekable() { return gTagsASF.item(133); }
-const TagItem& detail::TagItemCatalogue01::itemASFSharedUserRating() { return gTagsASF.item(134); }
-const TagItem& detail::TagItemCatalogue01::itemASFSignature_Name() { return gTagsASF.item(135); }
-const TagItem& detail::TagItemCatalogue01::itemASFStreamTypeInfo() { return gTagsASF.item(136); }
-const TagItem& detail::TagItemCatalogue01::itemASFStridable() { return gTagsASF.item(137); }
-const TagItem& detail::TagItemCatalogue01::itemASFSubtitle() { return gTagsASF.item(138); }
-const TagItem& detail::TagItemCatalogue01::itemASFSubtitleDescription() { return gTagsASF.item(139); }
-const TagItem& detail::TagItemCatalogue01::itemASFSubscriptionContentID() { return gTagsASF.item(140); }
-const TagItem& detail::TagItemCatalogue01::itemASFText() { return gTagsASF.item(141); }
-const TagItem& detail::TagItemCatalogue02::itemASFToolName() { return gTagsASF.item(142); }
-const TagItem& detail::TagItemCatalogue02::itemASFToolVersion() { return gTagsASF.item(143); }
-const TagItem& detail::TagItemCatalogue02::itemASFTrack() { return gTagsASF.item(144); }
-const TagItem& detail::TagItemCatalogue02::itemASFTrackNumber() { return gTagsASF.item(145); }
-const TagItem& detail::TagItemCatalogue02::itemASFUniqueFileIdentifier() { return gTagsASF.item(146); }
-const TagItem& detail::TagItemCatalogue02::itemASFUserWebURL() { return gTagsASF.item(147); }
-const TagItem& detail::TagItemCatalogue02::itemASFVBRPeak() { return gTagsASF.item(148); }
-const TagItem& detail::TagItemCatalogue02::itemASFVideoClosedCaptioning() { return gTagsASF.item(149); }
-const TagItem& detail::TagItemCatalogue02::itemASFVideoFrameRate() { return gTagsASF.item(150); }
-const TagItem& detail::TagItemCatalogue02::itemASFVideoHeight() { return gTagsASF.item(151); }
-const TagItem& detail::TagItemCatalogue02::itemASFVideoWidth() { return gTagsASF.item(152); }
-const TagItem& detail::TagItemCatalogue02::itemASFWMADRCAverageReference() { return gTagsASF.item(153); }
-const TagItem& detail::TagItemCatalogue02::itemASFWMADRCAverageTarget() { return gTagsASF.item(154); }
-const TagItem& detail::TagItemCatalogue02::itemASFWMADRCPeakReference() { return gTagsASF.item(155); }
-const TagItem& detail::TagItemCatalogue02::itemASFWMADRCPeakTarget() { return gTagsASF.item(156); }
-const TagItem& detail::TagItemCatalogue02::itemASFWMCollectionGroupID() { return gTagsASF.item(157); }
-const TagItem& detail::TagItemCatalogue02::itemASFWMCollectionID() { return gTagsASF.item(158); }
-const TagItem& detail::TagItemCatalogue02::itemASFWMContentID() { return gTagsASF.item(159); }
-const TagItem& detail::TagItemCatalogue02::itemASFWriter() { return gTagsASF.item(160); }
-const TagItem& detail::TagItemCatalogue02::itemASFYear() { return gTagsASF.item(161); }
-const TagItem& detail::TagItemCatalogue02::itemASFFileID() { return gTagsASF.item(162); }
-const TagItem& detail::TagItemCatalogue02::itemASFFileLength() { return gTagsASF.item(163); }
-const TagItem& detail::TagItemCatalogue02::itemASFCreationDate() { return gTagsASF.item(164); }
-const TagItem& detail::TagItemCatalogue02::itemASFDataPackets() { return gTagsASF.item(165); }
-const TagItem& detail::TagItemCatalogue02::itemASFSendDuration() { return gTagsASF.item(166); }
-const TagItem& detail::TagItemCatalogue02::itemASFPreroll() { return gTagsASF.item(167); }
-const TagItem& detail::TagItemCatalogue02::itemASFFlags() { return gTagsASF.item(168); }
-const TagItem& detail::TagItemCatalogue02::itemASFMinPacketSize() { return gTagsASF.item(169); }
-const TagItem& detail::TagItemCatalogue02::itemASFMaxPacketSize() { return gTagsASF.item(170); }
-const TagItem& detail::TagItemCatalogue02::itemASFMaxBitrate() { return gTagsASF.item(171); }
-const TagItem& detail::TagItemCatalogue02::itemASFPadding() { return gTagsASF.item(172); }
-const TagItem& detail::TagItemCatalogue02::itemASFScriptCommand() { return gTagsASF.item(173); }
-const TagItem& detail::TagItemCatalogue02::itemASFContentEncryption() { return gTagsASF.item(174); }
-const TagItem& detail::TagItemCatalogue02::itemASFDigitalSignature() { return gTagsASF.item(175); }
-const TagItem& detail::TagItemCatalogue02::itemASFExtendedContentEncryption() { return gTagsASF.item(176); }
-const TagItem& detail::TagItemCatalogue02::itemASFErrorCorrection() { return gTagsASF.item(177); }
-const TagItem& detail::TagItemCatalogue02::itemASFStreamBitrateProps() { return gTagsASF.item(178); }
-const TagItem& detail::TagItemCatalogue02::itemASFBitrateMutualExclusion() { return gTagsASF.item(179); }
-const TagItem& detail::TagItemCatalogue02::itemASFMarker() { return gTagsASF.item(180); }
-const TagItem& detail::TagItemCatalogue02::itemASFExtendedStreamProps() { return gTagsASF.item(181); }
-const TagItem& detail::TagItemCatalogue02::itemASFAdvancedContentEncryption() { return gTagsASF.item(182); }
-const TagItem& detail::TagItemCatalogue02::itemASFTimecodeIndexParms() { return gTagsASF.item(183); }
-const TagItem& detail::TagItemCatalogue02::itemASFCompatibility() { return gTagsASF.item(184); }
-const TagItem& detail::TagItemCatalogue02::itemASFLanguageList() { return gTagsASF.item(185); }
-const TagItem& detail::TagItemCatalogue02::itemASFAdvancedMutualExcl() { return gTagsASF.item(186); }
-const TagItem& detail::TagItemCatalogue02::itemASFBandwidthSharing() { return gTagsASF.item(187); }
-const TagItem& detail::TagItemCatalogue02::itemASFReserved1() { return gTagsASF.item(188); }
-const TagItem& detail::TagItemCatalogue02::itemASFGroupMutualExclusion() { return gTagsASF.item(189); }
-const TagItem& detail::TagItemCatalogue02::itemASFStreamPrioritization() { return gTagsASF.item(190); }
-const TagItem& detail::TagItemCatalogue02::itemASFIndexParameters() { return gTagsASF.item(191); }
-const TagItem& detail::TagItemCatalogue02::itemASFSimpleIndex() { return gTagsASF.item(192); }
-const TagItem& detail::TagItemCatalogue02::itemASFTimecodeIndex() { return gTagsASF.item(193); }
-const TagItem& detail::TagItemCatalogue02::itemASFData() { return gTagsASF.item(194); }
-const TagItem& detail::TagItemCatalogue02::itemASFIndex() { return gTagsASF.item(195); }
-const TagItem& detail::TagItemCatalogue02::itemASFMediaIndex() { return gTagsASF.item(196); }
-const TagItem& detail::TagItemCatalogue02::itemASFPictureType() { return gTagsASF.item(197); }
-const TagItem& detail::TagItemCatalogue02::itemASFPictureMIMEType() { return gTagsASF.item(198); }
-const TagItem& detail::TagItemCatalogue02::itemASFPictureDescription() { return gTagsASF.item(199); }
-const TagItem& detail::TagItemCatalogue02::itemASFPicture() { return gTagsASF.item(200); }
-const TagItem& detail::TagItemCatalogue02::itemASFStreamType() { return gTagsASF.item(201); }
-const TagItem& detail::TagItemCatalogue02::itemASFErrorCorrectionType() { return gTagsASF.item(202); }
-const TagItem& detail::TagItemCatalogue02::itemASFTimeOffset() { return gTagsASF.item(203); }
-const TagItem& detail::TagItemCatalogue02::itemASFStreamNumber() { return gTagsASF.item(204); }
-const TagItem& detail::TagItemCatalogue02::itemASFAudioCodecID() { return gTagsASF.item(205); }
-const TagItem& detail::TagItemCatalogue02::itemASFImageWidth() { return gTagsASF.item(206); }
-const TagItem& detail::TagItemCatalogue02::itemASFAudioChannels() { return gTagsASF.item(207); }
-const TagItem& detail::TagItemCatalogue02::itemASFAudioSampleRate() { return gTagsASF.item(208); }
-const TagItem& detail::TagItemCatalogue02::itemASFImageHeight() { return gTagsASF.item(209); }
+const TagItem& detail::TagItemCatalogue01::itemASFAudioCodecDescription() { return detail::gTagsASF.item(0); }
+const TagItem& detail::TagItemCatalogue01::itemASFAudioCodecName() { return detail::gTagsASF.item(1); }
+const TagItem& detail::TagItemCatalogue01::itemASFOtherCodecDescription() { return detail::gTagsASF.item(2); }
+const TagItem& detail::TagItemCatalogue01::itemASFOtherCodecName() { return detail::gTagsASF.item(3); }
+const TagItem& detail::TagItemCatalogue01::itemASFVideoCodecDescription() { return detail::gTagsASF.item(4); }
+const TagItem& detail::TagItemCatalogue01::itemASFVideoCodecName() { return detail::gTagsASF.item(5); }
+const TagItem& detail::TagItemCatalogue01::itemASFBannerImageType() { return detail::gTagsASF.item(6); }
+const TagItem& detail::TagItemCatalogue01::itemASFBannerImage() { return detail::gTagsASF.item(7); }
+const TagItem& detail::TagItemCatalogue01::itemASFBannerImageURL() { return detail::gTagsASF.item(8); }
+const TagItem& detail::TagItemCatalogue01::itemASFCopyrightURL() { return detail::gTagsASF.item(9); }
+const TagItem& detail::TagItemCatalogue01::itemASFTitle() { return detail::gTagsASF.item(10); }
+const TagItem& detail::TagItemCatalogue01::itemASFAuthor() { return detail::gTagsASF.item(11); }
+const TagItem& detail::TagItemCatalogue01::itemASFCopyright() { return detail::gTagsASF.item(12); }
+const TagItem& detail::TagItemCatalogue01::itemASFDescription() { return detail::gTagsASF.item(13); }
+const TagItem& detail::TagItemCatalogue01::itemASFRating() { return detail::gTagsASF.item(14); }
+const TagItem& detail::TagItemCatalogue01::itemASFASFLeakyBucketPairs() { return detail::gTagsASF.item(15); }
+const TagItem& detail::TagItemCatalogue01::itemASFASFPacketCount() { return detail::gTagsASF.item(16); }
+const TagItem& detail::TagItemCatalogue01::itemASFASFSecurityObjectsSize() { return detail::gTagsASF.item(17); }
+const TagItem& detail::TagItemCatalogue01::itemASFAlbumArtist() { return detail::gTagsASF.item(18); }
+const TagItem& detail::TagItemCatalogue01::itemASFAlbumCoverURL() { return detail::gTagsASF.item(19); }
+const TagItem& detail::TagItemCatalogue01::itemASFAlbumTitle() { return detail::gTagsASF.item(20); }
+const TagItem& detail::TagItemCatalogue01::itemASFAspectRatioX() { return detail::gTagsASF.item(21); }
+const TagItem& detail::TagItemCatalogue01::itemASFAspectRatioY() { return detail::gTagsASF.item(22); }
+const TagItem& detail::TagItemCatalogue01::itemASFAudioFileURL() { return detail::gTagsASF.item(23); }
+const TagItem& detail::TagItemCatalogue01::itemASFAudioSourceURL() { return detail::gTagsASF.item(24); }
+const TagItem& detail::TagItemCatalogue01::itemASFAuthorURL() { return detail::gTagsASF.item(25); }
+const TagItem& detail::TagItemCatalogue01::itemASFAverageLevel() { return detail::gTagsASF.item(26); }
+const TagItem& detail::TagItemCatalogue01::itemASFBannerImageData() { return detail::gTagsASF.item(27); }
+const TagItem& detail::TagItemCatalogue01::itemASFBeatsPerMinute() { return detail::gTagsASF.item(28); }
+const TagItem& detail::TagItemCatalogue01::itemASFBitrate() { return detail::gTagsASF.item(29); }
+const TagItem& detail::TagItemCatalogue01::itemASFBroadcast() { return detail::gTagsASF.item(30); }
+const TagItem& detail::TagItemCatalogue01::itemASFBufferAverage() { return detail::gTagsASF.item(31); }
+const TagItem& detail::TagItemCatalogue01::itemASFCan_Skip_Backward() { return detail::gTagsASF.item(32); }
+const TagItem& detail::TagItemCatalogue01::itemASFCan_Skip_Forward() { return detail::gTagsASF.item(33); }
+const TagItem& detail::TagItemCatalogue01::itemASFCategory() { return detail::gTagsASF.item(34); }
+const TagItem& detail::TagItemCatalogue01::itemASFCodec() { return detail::gTagsASF.item(35); }
+const TagItem& detail::TagItemCatalogue01::itemASFComposer() { return detail::gTagsASF.item(36); }
+const TagItem& detail::TagItemCatalogue01::itemASFConductor() { return detail::gTagsASF.item(37); }
+const TagItem& detail::TagItemCatalogue01::itemASFContainerFormat() { return detail::gTagsASF.item(38); }
+const TagItem& detail::TagItemCatalogue01::itemASFContentDistributor() { return detail::gTagsASF.item(39); }
+const TagItem& detail::TagItemCatalogue01::itemASFContentGroupDescription() { return detail::gTagsASF.item(40); }
+const TagItem& detail::TagItemCatalogue01::itemASFCurrentBitrate() { return detail::gTagsASF.item(41); }
+const TagItem& detail::TagItemCatalogue01::itemASFDRM() { return detail::gTagsASF.item(42); }
+const TagItem& detail::TagItemCatalogue01::itemASFDRM_ContentID() { return detail::gTagsASF.item(43); }
+const TagItem& detail::TagItemCatalogue01::itemASFDRM_DRMHeader() { return detail::gTagsASF.item(44); }
+const TagItem& detail::TagItemCatalogue01::itemASFDRM_DRMHeader_ContentDistributor() { return detail::gTagsASF.item(45); }
+const TagItem& detail::TagItemCatalogue01::itemASFDRM_DRMHeader_ContentID() { return detail::gTagsASF.item(46); }
+const TagItem& detail::TagItemCatalogue01::itemASFDRM_DRMHeader_IndividualizedVersion() { return detail::gTagsASF.item(47); }
+const TagItem& detail::TagItemCatalogue01::itemASFDRM_DRMHeader_KeyID() { return detail::gTagsASF.item(48); }
+const TagItem& detail::TagItemCatalogue01::itemASFDRM_DRMHeader_LicenseAcqURL() { return detail::gTagsASF.item(49); }
+const TagItem& detail::TagItemCatalogue01::itemASFDRM_DRMHeader_SubscriptionContentID() { return detail::gTagsASF.item(50); }
+const TagItem& detail::TagItemCatalogue01::itemASFDRM_IndividualizedVersion() { return detail::gTagsASF.item(51); }
+const TagItem& detail::TagItemCatalogue01::itemASFDRM_KeyID() { return detail::gTagsASF.item(52); }
+const TagItem& detail::TagItemCatalogue01::itemASFDRM_LASignatureCert() { return detail::gTagsASF.item(53); }
+const TagItem& detail::TagItemCatalogue01::itemASFDRM_LASignatureLicSrvCert() { return detail::gTagsASF.item(54); }
+const TagItem& detail::TagItemCatalogue01::itemASFDRM_LASignaturePrivKey() { return detail::gTagsASF.item(55); }
+const TagItem& detail::TagItemCatalogue01::itemASFDRM_LASignatureRootCert() { return detail::gTagsASF.item(56); }
+const TagItem& detail::TagItemCatalogue01::itemASFDRM_LicenseAcqURL() { return detail::gTagsASF.item(57); }
+const TagItem& detail::TagItemCatalogue01::itemASFDRM_V1LicenseAcqURL() { return detail::gTagsASF.item(58); }
+const TagItem& detail::TagItemCatalogue01::itemASFDVDID() { return detail::gTagsASF.item(59); }
+const TagItem& detail::TagItemCatalogue01::itemASFDirector() { return detail::gTagsASF.item(60); }
+const TagItem& detail::TagItemCatalogue01::itemASFDuration() { return detail::gTagsASF.item(61); }
+const TagItem& detail::TagItemCatalogue01::itemASFEncodedBy() { return detail::gTagsASF.item(62); }
+const TagItem& detail::TagItemCatalogue01::itemASFEncodingSettings() { return detail::gTagsASF.item(63); }
+const TagItem& detail::TagItemCatalogue01::itemASFEncodingTime() { return detail::gTagsASF.item(64); }
+const TagItem& detail::TagItemCatalogue01::itemASFFileSize() { return detail::gTagsASF.item(65); }
+const TagItem& detail::TagItemCatalogue01::itemASFGenre() { return detail::gTagsASF.item(66); }
+const TagItem& detail::TagItemCatalogue01::itemASFGenreID() { return detail::gTagsASF.item(67); }
+const TagItem& detail::TagItemCatalogue01::itemASFHasArbitraryDataStream() { return detail::gTagsASF.item(68); }
+const TagItem& detail::TagItemCatalogue01::itemASFHasAttachedImages() { return detail::gTagsASF.item(69); }
+const TagItem& detail::TagItemCatalogue01::itemASFHasAudio() { return detail::gTagsASF.item(70); }
+const TagItem& detail::TagItemCatalogue01::itemASFHasFileTransferStream() { return detail::gTagsASF.item(71); }
+const TagItem& detail::TagItemCatalogue01::itemASFHasImage() { return detail::gTagsASF.item(72); }
+const TagItem& detail::TagItemCatalogue01::itemASFHasScript() { return detail::gTagsASF.item(73); }
+const TagItem& detail::TagItemCatalogue01::itemASFHasVideo() { return detail::gTagsASF.item(74); }
+const TagItem& detail::TagItemCatalogue01::itemASFISRC() { return detail::gTagsASF.item(75); }
+const TagItem& detail::TagItemCatalogue01::itemASFInitialKey() { return detail::gTagsASF.item(76); }
+const TagItem& detail::TagItemCatalogue01::itemASFIsVBR() { return detail::gTagsASF.item(77); }
+const TagItem& detail::TagItemCatalogue01::itemASFIs_Protected() { return detail::gTagsASF.item(78); }
+const TagItem& detail::TagItemCatalogue01::itemASFIs_Trusted() { return detail::gTagsASF.item(79); }
+const TagItem& detail::TagItemCatalogue01::itemASFLanguage() { return detail::gTagsASF.item(80); }
+const TagItem& detail::TagItemCatalogue01::itemASFLyrics() { return detail::gTagsASF.item(81); }
+const TagItem& detail::TagItemCatalogue01::itemASFLyrics_Synchronised() { return detail::gTagsASF.item(82); }
+const TagItem& detail::TagItemCatalogue01::itemASFMCDI() { return detail::gTagsASF.item(83); }
+const TagItem& detail::TagItemCatalogue01::itemASFMediaClassPrimaryID() { return detail::gTagsASF.item(84); }
+const TagItem& detail::TagItemCatalogue01::itemASFMediaClassSecondaryID() { return detail::gTagsASF.item(85); }
+const TagItem& detail::TagItemCatalogue01::itemASFMediaCredits() { return detail::gTagsASF.item(86); }
+const TagItem& detail::TagItemCatalogue01::itemASFMediaIsDelay() { return detail::gTagsASF.item(87); }
+const TagItem& detail::TagItemCatalogue01::itemASFMediaIsFinale() { return detail::gTagsASF.item(88); }
+const TagItem& detail::TagItemCatalogue01::itemASFMediaIsLive() { return detail::gTagsASF.item(89); }
+const TagItem& detail::TagItemCatalogue01::itemASFMediaIsPremiere() { return detail::gTagsASF.item(90); }
+const TagItem& detail::TagItemCatalogue01::itemASFMediaIsRepeat() { return detail::gTagsASF.item(91); }
+const TagItem& detail::TagItemCatalogue01::itemASFMediaIsSAP() { return detail::gTagsASF.item(92); }
+const TagItem& detail::TagItemCatalogue01::itemASFMediaIsStereo() { return detail::gTagsASF.item(93); }
+const TagItem& detail::TagItemCatalogue01::itemASFMediaIsSubtitled() { return detail::gTagsASF.item(94); }
+const TagItem& detail::TagItemCatalogue01::itemASFMediaIsTape() { return detail::gTagsASF.item(95); }
+const TagItem& detail::TagItemCatalogue01::itemASFMediaNetworkAffiliation() { return detail::gTagsASF.item(96); }
+const TagItem& detail::TagItemCatalogue01::itemASFMediaOriginalBroadcastDateTime() { return detail::gTagsASF.item(97); }
+const TagItem& detail::TagItemCatalogue01::itemASFMediaOriginalChannel() { return detail::gTagsASF.item(98); }
+const TagItem& detail::TagItemCatalogue01::itemASFMediaStationCallSign() { return detail::gTagsASF.item(99); }
+const TagItem& detail::TagItemCatalogue01::itemASFMediaStationName() { return detail::gTagsASF.item(100); }
+const TagItem& detail::TagItemCatalogue01::itemASFModifiedBy() { return detail::gTagsASF.item(101); }
+const TagItem& detail::TagItemCatalogue01::itemASFMood() { return detail::gTagsASF.item(102); }
+const TagItem& detail::TagItemCatalogue01::itemASFNSC_Address() { return detail::gTagsASF.item(103); }
+const TagItem& detail::TagItemCatalogue01::itemASFNSC_Description() { return detail::gTagsASF.item(104); }
+const TagItem& detail::TagItemCatalogue01::itemASFNSC_Email() { return detail::gTagsASF.item(105); }
+const TagItem& detail::TagItemCatalogue01::itemASFNSC_Name() { return detail::gTagsASF.item(106); }
+const TagItem& detail::TagItemCatalogue01::itemASFNSC_Phone() { return detail::gTagsASF.item(107); }
+const TagItem& detail::TagItemCatalogue01::itemASFNumberOfFrames() { return detail::gTagsASF.item(108); }
+const TagItem& detail::TagItemCatalogue01::itemASFOptimalBitrate() { return detail::gTagsASF.item(109); }
+const TagItem& detail::TagItemCatalogue01::itemASFOriginalAlbumTitle() { return detail::gTagsASF.item(110); }
+const TagItem& detail::TagItemCatalogue01::itemASFOriginalArtist() { return detail::gTagsASF.item(111); }
+const TagItem& detail::TagItemCatalogue01::itemASFOriginalFileName() { return detail::gTagsASF.item(112); }
+const TagItem& detail::TagItemCatalogue01::itemASFOriginalLyricist() { return detail::gTagsASF.item(113); }
+const TagItem& detail::TagItemCatalogue01::itemASFOriginalReleaseTime() { return detail::gTagsASF.item(114); }
+const TagItem& detail::TagItemCatalogue01::itemASFOriginalReleaseYear() { return detail::gTagsASF.item(115); }
+const TagItem& detail::TagItemCatalogue01::itemASFParentalRating() { return detail::gTagsASF.item(116); }
+const TagItem& detail::TagItemCatalogue01::itemASFParentalRatingReason() { return detail::gTagsASF.item(117); }
+const TagItem& detail::TagItemCatalogue01::itemASFPartOfSet() { return detail::gTagsASF.item(118); }
+const TagItem& detail::TagItemCatalogue01::itemASFPeakBitrate() { return detail::gTagsASF.item(119); }
+const TagItem& detail::TagItemCatalogue01::itemASFPeakValue() { return detail::gTagsASF.item(120); }
+const TagItem& detail::TagItemCatalogue01::itemASFPeriod() { return detail::gTagsASF.item(121); }
+const TagItem& detail::TagItemCatalogue01::itemASFPlaylistDelay() { return detail::gTagsASF.item(122); }
+const TagItem& detail::TagItemCatalogue01::itemASFProducer() { return detail::gTagsASF.item(123); }
+const TagItem& detail::TagItemCatalogue01::itemASFPromotionURL() { return detail::gTagsASF.item(124); }
+const TagItem& detail::TagItemCatalogue01::itemASFProtectionType() { return detail::gTagsASF.item(125); }
+const TagItem& detail::TagItemCatalogue01::itemASFProvider() { return detail::gTagsASF.item(126); }
+const TagItem& detail::TagItemCatalogue01::itemASFProviderCopyright() { return detail::gTagsASF.item(127); }
+const TagItem& detail::TagItemCatalogue01::itemASFProviderRating() { return detail::gTagsASF.item(128); }
+const TagItem& detail::TagItemCatalogue01::itemASFProviderStyle() { return detail::gTagsASF.item(129); }
+const TagItem& detail::TagItemCatalogue01::itemASFPublisher() { return detail::gTagsASF.item(130); }
+const TagItem& detail::TagItemCatalogue01::itemASFRadioStationName() { return detail::gTagsASF.item(131); }
+const TagItem& detail::TagItemCatalogue01::itemASFRadioStationOwner() { return detail::gTagsASF.item(132); }
+const TagItem& detail::TagItemCatalogue01::itemASFSeekable() { return detail::gTagsASF.item(133); }
+const TagItem& detail::TagItemCatalogue01::itemASFSharedUserRating() { return detail::gTagsASF.item(134); }
+const TagItem& detail::TagItemCatalogue01::itemASFSignature_Name() { return detail::gTagsASF.item(135); }
+const TagItem& detail::TagItemCatalogue01::itemASFStreamTypeInfo() { return detail::gTagsASF.item(136); }
+const TagItem& detail::TagItemCatalogue01::itemASFStridable() { return detail::gTagsASF.item(137); }
+const TagItem& detail::TagItemCatalogue01::itemASFSubtitle() { return detail::gTagsASF.item(138); }
+const TagItem& detail::TagItemCatalogue01::itemASFSubtitleDescription() { return detail::gTagsASF.item(139); }
+const TagItem& detail::TagItemCatalogue01::itemASFSubscriptionContentID() { return detail::gTagsASF.item(140); }
+const TagItem& detail::TagItemCatalogue01::itemASFText() { return detail::gTagsASF.item(141); }
+const TagItem& detail::TagItemCatalogue02::itemASFToolName() { return detail::gTagsASF.item(142); }
+const TagItem& detail::TagItemCatalogue02::itemASFToolVersion() { return detail::gTagsASF.item(143); }
+const TagItem& detail::TagItemCatalogue02::itemASFTrack() { return detail::gTagsASF.item(144); }
+const TagItem& detail::TagItemCatalogue02::itemASFTrackNumber() { return detail::gTagsASF.item(145); }
+const TagItem& detail::TagItemCatalogue02::itemASFUniqueFileIdentifier() { return detail::gTagsASF.item(146); }
+const TagItem& detail::TagItemCatalogue02::itemASFUserWebURL() { return detail::gTagsASF.item(147); }
+const TagItem& detail::TagItemCatalogue02::itemASFVBRPeak() { return detail::gTagsASF.item(148); }
+const TagItem& detail::TagItemCatalogue02::itemASFVideoClosedCaptioning() { return detail::gTagsASF.item(149); }
+const TagItem& detail::TagItemCatalogue02::itemASFVideoFrameRate() { return detail::gTagsASF.item(150); }
+const TagItem& detail::TagItemCatalogue02::itemASFVideoHeight() { return detail::gTagsASF.item(151); }
+const TagItem& detail::TagItemCatalogue02::itemASFVideoWidth() { return detail::gTagsASF.item(152); }
+const TagItem& detail::TagItemCatalogue02::itemASFWMADRCAverageReference() { return detail::gTagsASF.item(153); }
+const TagItem& detail::TagItemCatalogue02::itemASFWMADRCAverageTarget() { return detail::gTagsASF.item(154); }
+const TagItem& detail::TagItemCatalogue02::itemASFWMADRCPeakReference() { return detail::gTagsASF.item(155); }
+const TagItem& detail::TagItemCatalogue02::itemASFWMADRCPeakTarget() { return detail::gTagsASF.item(156); }
+const TagItem& detail::TagItemCatalogue02::itemASFWMCollectionGroupID() { return detail::gTagsASF.item(157); }
+const TagItem& detail::TagItemCatalogue02::itemASFWMCollectionID() { return detail::gTagsASF.item(158); }
+const TagItem& detail::TagItemCatalogue02::itemASFWMContentID() { return detail::gTagsASF.item(159); }
+const TagItem& detail::TagItemCatalogue02::itemASFWriter() { return detail::gTagsASF.item(160); }
+const TagItem& detail::TagItemCatalogue02::itemASFYear() { return detail::gTagsASF.item(161); }
+const TagItem& detail::TagItemCatalogue02::itemASFFileID() { return detail::gTagsASF.item(162); }
+const TagItem& detail::TagItemCatalogue02::itemASFFileLength() { return detail::gTagsASF.item(163); }
+const TagItem& detail::TagItemCatalogue02::itemASFCreationDate() { return detail::gTagsASF.item(164); }
+const TagItem& detail::TagItemCatalogue02::itemASFDataPackets() { return detail::gTagsASF.item(165); }
+const TagItem& detail::TagItemCatalogue02::itemASFSendDuration() { return detail::gTagsASF.item(166); }
+const TagItem& detail::TagItemCatalogue02::itemASFPreroll() { return detail::gTagsASF.item(167); }
+const TagItem& detail::TagItemCatalogue02::itemASFFlags() { return detail::gTagsASF.item(168); }
+const TagItem& detail::TagItemCatalogue02::itemASFMinPacketSize() { return detail::gTagsASF.item(169); }
+const TagItem& detail::TagItemCatalogue02::itemASFMaxPacketSize() { return detail::gTagsASF.item(170); }
+const TagItem& detail::TagItemCatalogue02::itemASFMaxBitrate() { return detail::gTagsASF.item(171); }
+const TagItem& detail::TagItemCatalogue02::itemASFPadding() { return detail::gTagsASF.item(172); }
+const TagItem& detail::TagItemCatalogue02::itemASFScriptCommand() { return detail::gTagsASF.item(173); }
+const TagItem& detail::TagItemCatalogue02::itemASFContentEncryption() { return detail::gTagsASF.item(174); }
+const TagItem& detail::TagItemCatalogue02::itemASFDigitalSignature() { return detail::gTagsASF.item(175); }
+const TagItem& detail::TagItemCatalogue02::itemASFExtendedContentEncryption() { return detail::gTagsASF.item(176); }
+const TagItem& detail::TagItemCatalogue02::itemASFErrorCorrection() { return detail::gTagsASF.item(177); }
+const TagItem& detail::TagItemCatalogue02::itemASFStreamBitrateProps() { return detail::gTagsASF.item(178); }
+const TagItem& detail::TagItemCatalogue02::itemASFBitrateMutualExclusion() { return detail::gTagsASF.item(179); }
+const TagItem& detail::TagItemCatalogue02::itemASFMarker() { return detail::gTagsASF.item(180); }
+const TagItem& detail::TagItemCatalogue02::itemASFExtendedStreamProps() { return detail::gTagsASF.item(181); }
+const TagItem& detail::TagItemCatalogue02::itemASFAdvancedContentEncryption() { return detail::gTagsASF.item(182); }
+const TagItem& detail::TagItemCatalogue02::itemASFTimecodeIndexParms() { return detail::gTagsASF.item(183); }
+const TagItem& detail::TagItemCatalogue02::itemASFCompatibility() { return detail::gTagsASF.item(184); }
+const TagItem& detail::TagItemCatalogue02::itemASFLanguageList() { return detail::gTagsASF.item(185); }
+const TagItem& detail::TagItemCatalogue02::itemASFAdvancedMutualExcl() { return detail::gTagsASF.item(186); }
+const TagItem& detail::TagItemCatalogue02::itemASFBandwidthSharing() { return detail::gTagsASF.item(187); }
+const TagItem& detail::TagItemCatalogue02::itemASFReserved1() { return detail::gTagsASF.item(188); }
+const TagItem& detail::TagItemCatalogue02::itemASFGroupMutualExclusion() { return detail::gTagsASF.item(189); }
+const TagItem& detail::TagItemCatalogue02::itemASFStreamPrioritization() { return detail::gTagsASF.item(190); }
+const TagItem& detail::TagItemCatalogue02::itemASFIndexParameters() { return detail::gTagsASF.item(191); }
+const TagItem& detail::TagItemCatalogue02::itemASFSimpleIndex() { return detail::gTagsASF.item(192); }
+const TagItem& detail::TagItemCatalogue02::itemASFTimecodeIndex() { return detail::gTagsASF.item(193); }
+const TagItem& detail::TagItemCatalogue02::itemASFData() { return detail::gTagsASF.item(194); }
+const TagItem& detail::TagItemCatalogue02::itemASFIndex() { return detail::gTagsASF.item(195); }
+const TagItem& detail::TagItemCatalogue02::itemASFMediaIndex() { return detail::gTagsASF.item(196); }
+const TagItem& detail::TagItemCatalogue02::itemASFPictureType() { return detail::gTagsASF.item(197); }
+const TagItem& detail::TagItemCatalogue02::itemASFPictureMIMEType() { return detail::gTagsASF.item(198); }
+const TagItem& detail::TagItemCatalogue02::itemASFPictureDescription() { return detail::gTagsASF.item(199); }
+const TagItem& detail::TagItemCatalogue02::itemASFPicture() { return detail::gTagsASF.item(200); }
+const TagItem& detail::TagItemCatalogue02::itemASFStreamType() { return detail::gTagsASF.item(201); }
+const TagItem& detail::TagItemCatalogue02::itemASFErrorCorrectionType() { return detail::gTagsASF.item(202); }
+const TagItem& detail::TagItemCatalogue02::itemASFTimeOffset() { return detail::gTagsASF.item(203); }
+const TagItem& detail::TagItemCatalogue02::itemASFStreamNumber() { return detail::gTagsASF.item(204); }
+const TagItem& detail::TagItemCatalogue02::itemASFAudioCodecID() { return detail::gTagsASF.item(205); }
+const TagItem& detail::TagItemCatalogue02::itemASFImageWidth() { return detail::gTagsASF.item(206); }
+const TagItem& detail::TagItemCatalogue02::itemASFAudioChannels() { return detail::gTagsASF.item(207); }
+const TagItem& detail::TagItemCatalogue02::itemASFAudioSampleRate() { return detail::gTagsASF.item(208); }
+const TagItem& detail::TagItemCatalogue02::itemASFImageHeight() { return detail::gTagsASF.item(209); }
 
 const TagStrings& TagStringsCatalogue::stringsAdobeDNG() {
   return gStringsAdobeDNG.strings(&TagStringsCatalogue::stringTableAdobeDNG);
@@ -13247,99 +13253,99 @@ TagStringTable TagStringsCatalogue::stringTableAdobeDNG(ETLanguage language) {
   return gStringsAdobeDNG.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue02::allStreamsAdobeDNG() {
-  return gTagsAdobeDNG.all();
+  return detail::gTagsAdobeDNG.all();
 }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteApple() { return gTagsAdobeDNG.item(0); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteNikon() { return gTagsAdobeDNG.item(1); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteCanon() { return gTagsAdobeDNG.item(2); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteCasio() { return gTagsAdobeDNG.item(3); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteCasio2() { return gTagsAdobeDNG.item(4); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteDJIInfo() { return gTagsAdobeDNG.item(5); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteDJI() { return gTagsAdobeDNG.item(6); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteFLIR() { return gTagsAdobeDNG.item(7); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteFujiFilm() { return gTagsAdobeDNG.item(8); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteGE() { return gTagsAdobeDNG.item(9); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteGE2() { return gTagsAdobeDNG.item(10); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteHasselblad() { return gTagsAdobeDNG.item(11); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteHP() { return gTagsAdobeDNG.item(12); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteHP2() { return gTagsAdobeDNG.item(13); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteHP4() { return gTagsAdobeDNG.item(14); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteHP6() { return gTagsAdobeDNG.item(15); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteISL() { return gTagsAdobeDNG.item(16); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteJVC() { return gTagsAdobeDNG.item(17); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteJVCText() { return gTagsAdobeDNG.item(18); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak1a() { return gTagsAdobeDNG.item(19); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak1b() { return gTagsAdobeDNG.item(20); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak2() { return gTagsAdobeDNG.item(21); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak3() { return gTagsAdobeDNG.item(22); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak4() { return gTagsAdobeDNG.item(23); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak5() { return gTagsAdobeDNG.item(24); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak6a() { return gTagsAdobeDNG.item(25); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak6b() { return gTagsAdobeDNG.item(26); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak7() { return gTagsAdobeDNG.item(27); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak8a() { return gTagsAdobeDNG.item(28); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak8b() { return gTagsAdobeDNG.item(29); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak8c() { return gTagsAdobeDNG.item(30); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak9() { return gTagsAdobeDNG.item(31); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak10() { return gTagsAdobeDNG.item(32); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak11() { return gTagsAdobeDNG.item(33); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak12() { return gTagsAdobeDNG.item(34); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodakUnknown() { return gTagsAdobeDNG.item(35); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKyocera() { return gTagsAdobeDNG.item(36); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteMinolta() { return gTagsAdobeDNG.item(37); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteMinolta2() { return gTagsAdobeDNG.item(38); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteMinolta3() { return gTagsAdobeDNG.item(39); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteMotorola() { return gTagsAdobeDNG.item(40); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteNikon2() { return gTagsAdobeDNG.item(41); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteNikon3() { return gTagsAdobeDNG.item(42); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteNintendo() { return gTagsAdobeDNG.item(43); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteOlympus() { return gTagsAdobeDNG.item(44); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteOlympus2() { return gTagsAdobeDNG.item(45); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteOlympus3() { return gTagsAdobeDNG.item(46); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteLeica() { return gTagsAdobeDNG.item(47); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteLeica2() { return gTagsAdobeDNG.item(48); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteLeica3() { return gTagsAdobeDNG.item(49); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteLeica4() { return gTagsAdobeDNG.item(50); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteLeica5() { return gTagsAdobeDNG.item(51); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteLeica6() { return gTagsAdobeDNG.item(52); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteLeica7() { return gTagsAdobeDNG.item(53); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteLeica8() { return gTagsAdobeDNG.item(54); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteLeica9() { return gTagsAdobeDNG.item(55); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteLeica10() { return gTagsAdobeDNG.item(56); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNotePanasonic() { return gTagsAdobeDNG.item(57); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNotePanasonic2() { return gTagsAdobeDNG.item(58); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNotePanasonic3() { return gTagsAdobeDNG.item(59); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNotePentax() { return gTagsAdobeDNG.item(60); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNotePentax2() { return gTagsAdobeDNG.item(61); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNotePentax3() { return gTagsAdobeDNG.item(62); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNotePentax4() { return gTagsAdobeDNG.item(63); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNotePentax5() { return gTagsAdobeDNG.item(64); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNotePentax6() { return gTagsAdobeDNG.item(65); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNotePhaseOne() { return gTagsAdobeDNG.item(66); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteReconyx() { return gTagsAdobeDNG.item(67); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteReconyx2() { return gTagsAdobeDNG.item(68); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteReconyx3() { return gTagsAdobeDNG.item(69); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteRicohPentax() { return gTagsAdobeDNG.item(70); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteRicoh() { return gTagsAdobeDNG.item(71); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteRicoh2() { return gTagsAdobeDNG.item(72); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteRicohText() { return gTagsAdobeDNG.item(73); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSamsung1a() { return gTagsAdobeDNG.item(74); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSamsung1b() { return gTagsAdobeDNG.item(75); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSamsung2() { return gTagsAdobeDNG.item(76); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSanyo() { return gTagsAdobeDNG.item(77); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSanyoC4() { return gTagsAdobeDNG.item(78); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSanyoPatch() { return gTagsAdobeDNG.item(79); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSigma() { return gTagsAdobeDNG.item(80); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSony() { return gTagsAdobeDNG.item(81); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSony2() { return gTagsAdobeDNG.item(82); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSony3() { return gTagsAdobeDNG.item(83); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSony4() { return gTagsAdobeDNG.item(84); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSony5() { return gTagsAdobeDNG.item(85); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSonyEricsson() { return gTagsAdobeDNG.item(86); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSonySRF() { return gTagsAdobeDNG.item(87); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteUnknownText() { return gTagsAdobeDNG.item(88); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteUnknownBinary() { return gTagsAdobeDNG.item(89); }
-const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteUnknown() { return gTagsAdobeDNG.item(90); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteApple() { return detail::gTagsAdobeDNG.item(0); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteNikon() { return detail::gTagsAdobeDNG.item(1); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteCanon() { return detail::gTagsAdobeDNG.item(2); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteCasio() { return detail::gTagsAdobeDNG.item(3); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteCasio2() { return detail::gTagsAdobeDNG.item(4); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteDJIInfo() { return detail::gTagsAdobeDNG.item(5); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteDJI() { return detail::gTagsAdobeDNG.item(6); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteFLIR() { return detail::gTagsAdobeDNG.item(7); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteFujiFilm() { return detail::gTagsAdobeDNG.item(8); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteGE() { return detail::gTagsAdobeDNG.item(9); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteGE2() { return detail::gTagsAdobeDNG.item(10); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteHasselblad() { return detail::gTagsAdobeDNG.item(11); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteHP() { return detail::gTagsAdobeDNG.item(12); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteHP2() { return detail::gTagsAdobeDNG.item(13); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteHP4() { return detail::gTagsAdobeDNG.item(14); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteHP6() { return detail::gTagsAdobeDNG.item(15); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteISL() { return detail::gTagsAdobeDNG.item(16); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteJVC() { return detail::gTagsAdobeDNG.item(17); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteJVCText() { return detail::gTagsAdobeDNG.item(18); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak1a() { return detail::gTagsAdobeDNG.item(19); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak1b() { return detail::gTagsAdobeDNG.item(20); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak2() { return detail::gTagsAdobeDNG.item(21); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak3() { return detail::gTagsAdobeDNG.item(22); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak4() { return detail::gTagsAdobeDNG.item(23); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak5() { return detail::gTagsAdobeDNG.item(24); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak6a() { return detail::gTagsAdobeDNG.item(25); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak6b() { return detail::gTagsAdobeDNG.item(26); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak7() { return detail::gTagsAdobeDNG.item(27); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak8a() { return detail::gTagsAdobeDNG.item(28); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak8b() { return detail::gTagsAdobeDNG.item(29); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak8c() { return detail::gTagsAdobeDNG.item(30); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak9() { return detail::gTagsAdobeDNG.item(31); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak10() { return detail::gTagsAdobeDNG.item(32); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak11() { return detail::gTagsAdobeDNG.item(33); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodak12() { return detail::gTagsAdobeDNG.item(34); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKodakUnknown() { return detail::gTagsAdobeDNG.item(35); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteKyocera() { return detail::gTagsAdobeDNG.item(36); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteMinolta() { return detail::gTagsAdobeDNG.item(37); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteMinolta2() { return detail::gTagsAdobeDNG.item(38); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteMinolta3() { return detail::gTagsAdobeDNG.item(39); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteMotorola() { return detail::gTagsAdobeDNG.item(40); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteNikon2() { return detail::gTagsAdobeDNG.item(41); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteNikon3() { return detail::gTagsAdobeDNG.item(42); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteNintendo() { return detail::gTagsAdobeDNG.item(43); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteOlympus() { return detail::gTagsAdobeDNG.item(44); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteOlympus2() { return detail::gTagsAdobeDNG.item(45); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteOlympus3() { return detail::gTagsAdobeDNG.item(46); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteLeica() { return detail::gTagsAdobeDNG.item(47); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteLeica2() { return detail::gTagsAdobeDNG.item(48); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteLeica3() { return detail::gTagsAdobeDNG.item(49); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteLeica4() { return detail::gTagsAdobeDNG.item(50); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteLeica5() { return detail::gTagsAdobeDNG.item(51); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteLeica6() { return detail::gTagsAdobeDNG.item(52); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteLeica7() { return detail::gTagsAdobeDNG.item(53); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteLeica8() { return detail::gTagsAdobeDNG.item(54); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteLeica9() { return detail::gTagsAdobeDNG.item(55); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteLeica10() { return detail::gTagsAdobeDNG.item(56); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNotePanasonic() { return detail::gTagsAdobeDNG.item(57); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNotePanasonic2() { return detail::gTagsAdobeDNG.item(58); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNotePanasonic3() { return detail::gTagsAdobeDNG.item(59); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNotePentax() { return detail::gTagsAdobeDNG.item(60); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNotePentax2() { return detail::gTagsAdobeDNG.item(61); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNotePentax3() { return detail::gTagsAdobeDNG.item(62); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNotePentax4() { return detail::gTagsAdobeDNG.item(63); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNotePentax5() { return detail::gTagsAdobeDNG.item(64); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNotePentax6() { return detail::gTagsAdobeDNG.item(65); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNotePhaseOne() { return detail::gTagsAdobeDNG.item(66); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteReconyx() { return detail::gTagsAdobeDNG.item(67); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteReconyx2() { return detail::gTagsAdobeDNG.item(68); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteReconyx3() { return detail::gTagsAdobeDNG.item(69); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteRicohPentax() { return detail::gTagsAdobeDNG.item(70); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteRicoh() { return detail::gTagsAdobeDNG.item(71); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteRicoh2() { return detail::gTagsAdobeDNG.item(72); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteRicohText() { return detail::gTagsAdobeDNG.item(73); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSamsung1a() { return detail::gTagsAdobeDNG.item(74); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSamsung1b() { return detail::gTagsAdobeDNG.item(75); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSamsung2() { return detail::gTagsAdobeDNG.item(76); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSanyo() { return detail::gTagsAdobeDNG.item(77); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSanyoC4() { return detail::gTagsAdobeDNG.item(78); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSanyoPatch() { return detail::gTagsAdobeDNG.item(79); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSigma() { return detail::gTagsAdobeDNG.item(80); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSony() { return detail::gTagsAdobeDNG.item(81); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSony2() { return detail::gTagsAdobeDNG.item(82); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSony3() { return detail::gTagsAdobeDNG.item(83); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSony4() { return detail::gTagsAdobeDNG.item(84); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSony5() { return detail::gTagsAdobeDNG.item(85); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSonyEricsson() { return detail::gTagsAdobeDNG.item(86); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteSonySRF() { return detail::gTagsAdobeDNG.item(87); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteUnknownText() { return detail::gTagsAdobeDNG.item(88); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteUnknownBinary() { return detail::gTagsAdobeDNG.item(89); }
+const TagItem& detail::TagItemCatalogue02::itemAdobeDNGMakerNoteUnknown() { return detail::gTagsAdobeDNG.item(90); }
 
 const TagStrings& TagStringsCatalogue::stringsApple() {
   return gStringsApple.strings(&TagStringsCatalogue::stringTableApple);
@@ -13348,46 +13354,46 @@ TagStringTable TagStringsCatalogue::stringTableApple(ETLanguage language) {
   return gStringsApple.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue02::allStreamsApple() {
-  return gTagsApple.all();
+  return detail::gTagsApple.all();
 }
-const TagItem& detail::TagItemCatalogue02::itemAppleMakerNoteVersion() { return gTagsApple.item(0); }
-const TagItem& detail::TagItemCatalogue02::itemAppleAEMatrix() { return gTagsApple.item(1); }
-const TagItem& detail::TagItemCatalogue02::itemAppleAEStable() { return gTagsApple.item(2); }
-const TagItem& detail::TagItemCatalogue02::itemAppleAETarget() { return gTagsApple.item(3); }
-const TagItem& detail::TagItemCatalogue02::itemAppleAEAverage() { return gTagsApple.item(4); }
-const TagItem& detail::TagItemCatalogue02::itemAppleAFStable() { return gTagsApple.item(5); }
-const TagItem& detail::TagItemCatalogue02::itemAppleAccelerationVector() { return gTagsApple.item(6); }
-const TagItem& detail::TagItemCatalogue02::itemAppleHDRImageType() { return gTagsApple.item(7); }
-const TagItem& detail::TagItemCatalogue02::itemAppleBurstUUID() { return gTagsApple.item(8); }
-const TagItem& detail::TagItemCatalogue02::itemAppleFocusDistanceRange() { return gTagsApple.item(9); }
-const TagItem& detail::TagItemCatalogue02::itemAppleOISMode() { return gTagsApple.item(10); }
-const TagItem& detail::TagItemCatalogue02::itemAppleContentIdentifier() { return gTagsApple.item(11); }
-const TagItem& detail::TagItemCatalogue02::itemAppleImageCaptureType() { return gTagsApple.item(12); }
-const TagItem& detail::TagItemCatalogue02::itemAppleImageUniqueID() { return gTagsApple.item(13); }
-const TagItem& detail::TagItemCatalogue02::itemAppleLivePhotoVideoIndex() { return gTagsApple.item(14); }
-const TagItem& detail::TagItemCatalogue02::itemAppleImageProcessingFlags() { return gTagsApple.item(15); }
-const TagItem& detail::TagItemCatalogue02::itemAppleQualityHint() { return gTagsApple.item(16); }
-const TagItem& detail::TagItemCatalogue02::itemAppleLuminanceNoiseAmplitude() { return gTagsApple.item(17); }
-const TagItem& detail::TagItemCatalogue02::itemAppleImageCaptureRequestID() { return gTagsApple.item(18); }
-const TagItem& detail::TagItemCatalogue02::itemAppleHDRHeadroom() { return gTagsApple.item(19); }
-const TagItem& detail::TagItemCatalogue02::itemAppleSceneFlags() { return gTagsApple.item(20); }
-const TagItem& detail::TagItemCatalogue02::itemAppleSignalToNoiseRatioType() { return gTagsApple.item(21); }
-const TagItem& detail::TagItemCatalogue02::itemAppleSignalToNoiseRatio() { return gTagsApple.item(22); }
-const TagItem& detail::TagItemCatalogue02::itemApplePhotoIdentifier() { return gTagsApple.item(23); }
-const TagItem& detail::TagItemCatalogue02::itemAppleFocusPosition() { return gTagsApple.item(24); }
-const TagItem& detail::TagItemCatalogue02::itemAppleHDRGain() { return gTagsApple.item(25); }
-const TagItem& detail::TagItemCatalogue02::itemAppleAFMeasuredDepth() { return gTagsApple.item(26); }
-const TagItem& detail::TagItemCatalogue02::itemAppleAFConfidence() { return gTagsApple.item(27); }
-const TagItem& detail::TagItemCatalogue02::itemAppleColorCorrectionMatrix() { return gTagsApple.item(28); }
-const TagItem& detail::TagItemCatalogue02::itemAppleGreenGhostMitigationStatus() { return gTagsApple.item(29); }
-const TagItem& detail::TagItemCatalogue02::itemAppleSemanticStyle() { return gTagsApple.item(30); }
-const TagItem& detail::TagItemCatalogue02::itemAppleSemanticStyleRenderingVer() { return gTagsApple.item(31); }
-const TagItem& detail::TagItemCatalogue02::itemAppleSemanticStylePreset() { return gTagsApple.item(32); }
-const TagItem& detail::TagItemCatalogue02::itemAppleFrontFacingCamera() { return gTagsApple.item(33); }
-const TagItem& detail::TagItemCatalogue02::itemAppleRunTimeEpoch() { return gTagsApple.item(34); }
-const TagItem& detail::TagItemCatalogue02::itemAppleRunTimeFlags() { return gTagsApple.item(35); }
-const TagItem& detail::TagItemCatalogue02::itemAppleRunTimeScale() { return gTagsApple.item(36); }
-const TagItem& detail::TagItemCatalogue02::itemAppleRunTimeValue() { return gTagsApple.item(37); }
+const TagItem& detail::TagItemCatalogue02::itemAppleMakerNoteVersion() { return detail::gTagsApple.item(0); }
+const TagItem& detail::TagItemCatalogue02::itemAppleAEMatrix() { return detail::gTagsApple.item(1); }
+const TagItem& detail::TagItemCatalogue02::itemAppleAEStable() { return detail::gTagsApple.item(2); }
+const TagItem& detail::TagItemCatalogue02::itemAppleAETarget() { return detail::gTagsApple.item(3); }
+const TagItem& detail::TagItemCatalogue02::itemAppleAEAverage() { return detail::gTagsApple.item(4); }
+const TagItem& detail::TagItemCatalogue02::itemAppleAFStable() { return detail::gTagsApple.item(5); }
+const TagItem& detail::TagItemCatalogue02::itemAppleAccelerationVector() { return detail::gTagsApple.item(6); }
+const TagItem& detail::TagItemCatalogue02::itemAppleHDRImageType() { return detail::gTagsApple.item(7); }
+const TagItem& detail::TagItemCatalogue02::itemAppleBurstUUID() { return detail::gTagsApple.item(8); }
+const TagItem& detail::TagItemCatalogue02::itemAppleFocusDistanceRange() { return detail::gTagsApple.item(9); }
+const TagItem& detail::TagItemCatalogue02::itemAppleOISMode() { return detail::gTagsApple.item(10); }
+const TagItem& detail::TagItemCatalogue02::itemAppleContentIdentifier() { return detail::gTagsApple.item(11); }
+const TagItem& detail::TagItemCatalogue02::itemAppleImageCaptureType() { return detail::gTagsApple.item(12); }
+const TagItem& detail::TagItemCatalogue02::itemAppleImageUniqueID() { return detail::gTagsApple.item(13); }
+const TagItem& detail::TagItemCatalogue02::itemAppleLivePhotoVideoIndex() { return detail::gTagsApple.item(14); }
+const TagItem& detail::TagItemCatalogue02::itemAppleImageProcessingFlags() { return detail::gTagsApple.item(15); }
+const TagItem& detail::TagItemCatalogue02::itemAppleQualityHint() { return detail::gTagsApple.item(16); }
+const TagItem& detail::TagItemCatalogue02::itemAppleLuminanceNoiseAmplitude() { return detail::gTagsApple.item(17); }
+const TagItem& detail::TagItemCatalogue02::itemAppleImageCaptureRequestID() { return detail::gTagsApple.item(18); }
+const TagItem& detail::TagItemCatalogue02::itemAppleHDRHeadroom() { return detail::gTagsApple.item(19); }
+const TagItem& detail::TagItemCatalogue02::itemAppleSceneFlags() { return detail::gTagsApple.item(20); }
+const TagItem& detail::TagItemCatalogue02::itemAppleSignalToNoiseRatioType() { return detail::gTagsApple.item(21); }
+const TagItem& detail::TagItemCatalogue02::itemAppleSignalToNoiseRatio() { return detail::gTagsApple.item(22); }
+const TagItem& detail::TagItemCatalogue02::itemApplePhotoIdentifier() { return detail::gTagsApple.item(23); }
+const TagItem& detail::TagItemCatalogue02::itemAppleFocusPosition() { return detail::gTagsApple.item(24); }
+const TagItem& detail::TagItemCatalogue02::itemAppleHDRGain() { return detail::gTagsApple.item(25); }
+const TagItem& detail::TagItemCatalogue02::itemAppleAFMeasuredDepth() { return detail::gTagsApple.item(26); }
+const TagItem& detail::TagItemCatalogue02::itemAppleAFConfidence() { return detail::gTagsApple.item(27); }
+const TagItem& detail::TagItemCatalogue02::itemAppleColorCorrectionMatrix() { return detail::gTagsApple.item(28); }
+const TagItem& detail::TagItemCatalogue02::itemAppleGreenGhostMitigationStatus() { return detail::gTagsApple.item(29); }
+const TagItem& detail::TagItemCatalogue02::itemAppleSemanticStyle() { return detail::gTagsApple.item(30); }
+const TagItem& detail::TagItemCatalogue02::itemAppleSemanticStyleRenderingVer() { return detail::gTagsApple.item(31); }
+const TagItem& detail::TagItemCatalogue02::itemAppleSemanticStylePreset() { return detail::gTagsApple.item(32); }
+const TagItem& detail::TagItemCatalogue02::itemAppleFrontFacingCamera() { return detail::gTagsApple.item(33); }
+const TagItem& detail::TagItemCatalogue02::itemAppleRunTimeEpoch() { return detail::gTagsApple.item(34); }
+const TagItem& detail::TagItemCatalogue02::itemAppleRunTimeFlags() { return detail::gTagsApple.item(35); }
+const TagItem& detail::TagItemCatalogue02::itemAppleRunTimeScale() { return detail::gTagsApple.item(36); }
+const TagItem& detail::TagItemCatalogue02::itemAppleRunTimeValue() { return detail::gTagsApple.item(37); }
 
 const TagStrings& TagStringsCatalogue::stringsAudible() {
   return gStringsAudible.strings(&TagStringsCatalogue::stringTableAudible);
@@ -13396,27 +13402,27 @@ TagStringTable TagStringsCatalogue::stringTableAudible(ETLanguage language) {
   return gStringsAudible.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue02::allStreamsAudible() {
-  return gTagsAudible.all();
+  return detail::gTagsAudible.all();
 }
-const TagItem& detail::TagItemCatalogue02::itemAudibleChapterCount() { return gTagsAudible.item(0); }
-const TagItem& detail::TagItemCatalogue02::itemAudibleCoverArt() { return gTagsAudible.item(1); }
-const TagItem& detail::TagItemCatalogue02::itemAudibleAuthor() { return gTagsAudible.item(2); }
-const TagItem& detail::TagItemCatalogue02::itemAudibleCopyright() { return gTagsAudible.item(3); }
-const TagItem& detail::TagItemCatalogue02::itemAudiblePublishDateStart() { return gTagsAudible.item(4); }
-const TagItem& detail::TagItemCatalogue02::itemAudiblePublishDate() { return gTagsAudible.item(5); }
-const TagItem& detail::TagItemCatalogue02::itemAudibleCoverArtType() { return gTagsAudible.item(6); }
-const TagItem& detail::TagItemCatalogue02::itemAudibleAlbumArtist() { return gTagsAudible.item(7); }
-const TagItem& detail::TagItemCatalogue02::itemAudibleAlbum() { return gTagsAudible.item(8); }
-const TagItem& detail::TagItemCatalogue02::itemAudibleArtist() { return gTagsAudible.item(9); }
-const TagItem& detail::TagItemCatalogue02::itemAudibleComment() { return gTagsAudible.item(10); }
-const TagItem& detail::TagItemCatalogue02::itemAudibleGenre() { return gTagsAudible.item(11); }
-const TagItem& detail::TagItemCatalogue02::itemAudibleSubtitle() { return gTagsAudible.item(12); }
-const TagItem& detail::TagItemCatalogue02::itemAudibleCreatorTool() { return gTagsAudible.item(13); }
-const TagItem& detail::TagItemCatalogue02::itemAudibleTitle() { return gTagsAudible.item(14); }
-const TagItem& detail::TagItemCatalogue02::itemAudibleYear() { return gTagsAudible.item(15); }
-const TagItem& detail::TagItemCatalogue02::itemAudibleiTunesMediaType() { return gTagsAudible.item(16); }
-const TagItem& detail::TagItemCatalogue02::itemAudibleChapterName() { return gTagsAudible.item(17); }
-const TagItem& detail::TagItemCatalogue02::itemAudibleChapterNumber() { return gTagsAudible.item(18); }
+const TagItem& detail::TagItemCatalogue02::itemAudibleChapterCount() { return detail::gTagsAudible.item(0); }
+const TagItem& detail::TagItemCatalogue02::itemAudibleCoverArt() { return detail::gTagsAudible.item(1); }
+const TagItem& detail::TagItemCatalogue02::itemAudibleAuthor() { return detail::gTagsAudible.item(2); }
+const TagItem& detail::TagItemCatalogue02::itemAudibleCopyright() { return detail::gTagsAudible.item(3); }
+const TagItem& detail::TagItemCatalogue02::itemAudiblePublishDateStart() { return detail::gTagsAudible.item(4); }
+const TagItem& detail::TagItemCatalogue02::itemAudiblePublishDate() { return detail::gTagsAudible.item(5); }
+const TagItem& detail::TagItemCatalogue02::itemAudibleCoverArtType() { return detail::gTagsAudible.item(6); }
+const TagItem& detail::TagItemCatalogue02::itemAudibleAlbumArtist() { return detail::gTagsAudible.item(7); }
+const TagItem& detail::TagItemCatalogue02::itemAudibleAlbum() { return detail::gTagsAudible.item(8); }
+const TagItem& detail::TagItemCatalogue02::itemAudibleArtist() { return detail::gTagsAudible.item(9); }
+const TagItem& detail::TagItemCatalogue02::itemAudibleComment() { return detail::gTagsAudible.item(10); }
+const TagItem& detail::TagItemCatalogue02::itemAudibleGenre() { return detail::gTagsAudible.item(11); }
+const TagItem& detail::TagItemCatalogue02::itemAudibleSubtitle() { return detail::gTagsAudible.item(12); }
+const TagItem& detail::TagItemCatalogue02::itemAudibleCreatorTool() { return detail::gTagsAudible.item(13); }
+const TagItem& detail::TagItemCatalogue02::itemAudibleTitle() { return detail::gTagsAudible.item(14); }
+const TagItem& detail::TagItemCatalogue02::itemAudibleYear() { return detail::gTagsAudible.item(15); }
+const TagItem& detail::TagItemCatalogue02::itemAudibleiTunesMediaType() { return detail::gTagsAudible.item(16); }
+const TagItem& detail::TagItemCatalogue02::itemAudibleChapterName() { return detail::gTagsAudible.item(17); }
+const TagItem& detail::TagItemCatalogue02::itemAudibleChapterNumber() { return detail::gTagsAudible.item(18); }
 
 const TagStrings& TagStringsCatalogue::stringsCanon() {
   return gStringsCanon.strings(&TagStringsCatalogue::stringTableCanon);
@@ -13425,525 +13431,499 @@ TagStringTable TagStringsCatalogue::stringTableCanon(ETLanguage language) {
   return gStringsCanon.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue02::allStreamsCanon() {
-  return gTagsCanon.all();
+  return detail::gTagsCanon.all();
 }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFConfigTool() { return gTagsCanon.item(0); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFTrackingSensitivity() { return gTagsCanon.item(1); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFAccelDecelTracking() { return gTagsCanon.item(2); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFPointSwitching() { return gTagsCanon.item(3); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAIServoFirstImage() { return gTagsCanon.item(4); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAIServoSecondImage() { return gTagsCanon.item(5); }
-const TagItem& detail::TagItemCatalogue02::itemCanonUSMLensElectronicMF() { return gTagsCanon.item(6); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFAssistBeam() { return gTagsCanon.item(7); }
-const TagItem& detail::TagItemCatalogue02::itemCanonOneShotAFRelease() { return gTagsCanon.item(8); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAutoAFPointSelEOSiTRAF() { return gTagsCanon.item(9); }
-const TagItem& detail::TagItemCatalogue02::itemCanonLensDriveWhenAFImpossible() { return gTagsCanon.item(10); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSelectAFAreaSelectionMode() { return gTagsCanon.item(11); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFAreaSelectionMethod() { return gTagsCanon.item(12); }
-const TagItem& detail::TagItemCatalogue02::itemCanonOrientationLinkedAF() { return gTagsCanon.item(13); }
-const TagItem& detail::TagItemCatalogue02::itemCanonManualAFPointSelPattern() { return gTagsCanon.item(14); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFPointDisplayDuringFocus() { return gTagsCanon.item(15); }
-const TagItem& detail::TagItemCatalogue02::itemCanonVFDisplayIllumination() { return gTagsCanon.item(16); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFStatusViewfinder() { return gTagsCanon.item(17); }
-const TagItem& detail::TagItemCatalogue02::itemCanonInitialAFPointInServo() { return gTagsCanon.item(18); }
-const TagItem& detail::TagItemCatalogue02::itemCanonNumAFPoints() { return gTagsCanon.item(19); }
-const TagItem& detail::TagItemCatalogue02::itemCanonValidAFPoints() { return gTagsCanon.item(20); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCanonImageWidth() { return gTagsCanon.item(21); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCanonImageHeight() { return gTagsCanon.item(22); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFImageWidth() { return gTagsCanon.item(23); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFImageHeight() { return gTagsCanon.item(24); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFAreaWidth() { return gTagsCanon.item(25); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFAreaHeight() { return gTagsCanon.item(26); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFAreaXPositions() { return gTagsCanon.item(27); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFAreaYPositions() { return gTagsCanon.item(28); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFPointsInFocus() { return gTagsCanon.item(29); }
-const TagItem& detail::TagItemCatalogue02::itemCanonPrimaryAFPoint() { return gTagsCanon.item(30); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCanon_AFInfo_0x000b() { return gTagsCanon.item(31); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFInfoSize() { return gTagsCanon.item(32); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFAreaMode() { return gTagsCanon.item(33); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFAreaWidths() { return gTagsCanon.item(34); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFAreaHeights() { return gTagsCanon.item(35); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFPointsSelected() { return gTagsCanon.item(36); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCanon_AFInfo2_0x000d() { return gTagsCanon.item(37); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFMicroAdjMode() { return gTagsCanon.item(38); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFMicroAdjValue() { return gTagsCanon.item(39); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAmbienceSelection() { return gTagsCanon.item(40); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAspectRatio() { return gTagsCanon.item(41); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCroppedImageWidth() { return gTagsCanon.item(42); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCroppedImageHeight() { return gTagsCanon.item(43); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCroppedImageLeft() { return gTagsCanon.item(44); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCroppedImageTop() { return gTagsCanon.item(45); }
-const TagItem& detail::TagItemCatalogue02::itemCanonImageWidth() { return gTagsCanon.item(46); }
-const TagItem& detail::TagItemCatalogue02::itemCanonImageHeight() { return gTagsCanon.item(47); }
-const TagItem& detail::TagItemCatalogue02::itemCanonThumbnailImage() { return gTagsCanon.item(48); }
-const TagItem& detail::TagItemCatalogue02::itemCanonTimeStamp() { return gTagsCanon.item(49); }
-const TagItem& detail::TagItemCatalogue02::itemCanonFNumber() { return gTagsCanon.item(50); }
-const TagItem& detail::TagItemCatalogue02::itemCanonExposureTime() { return gTagsCanon.item(51); }
-const TagItem& detail::TagItemCatalogue02::itemCanonISO() { return gTagsCanon.item(52); }
-const TagItem& detail::TagItemCatalogue02::itemCanonFlashMeteringMode() { return gTagsCanon.item(53); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCameraTemperature() { return gTagsCanon.item(54); }
-const TagItem& detail::TagItemCatalogue02::itemCanonMacroMagnification() { return gTagsCanon.item(55); }
-const TagItem& detail::TagItemCatalogue02::itemCanonFocalLength() { return gTagsCanon.item(56); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCameraOrientation() { return gTagsCanon.item(57); }
-const TagItem& detail::TagItemCatalogue02::itemCanonFocusDistanceUpper() { return gTagsCanon.item(58); }
-const TagItem& detail::TagItemCatalogue02::itemCanonFocusDistanceLower() { return gTagsCanon.item(59); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWhiteBalance() { return gTagsCanon.item(60); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTemperature() { return gTagsCanon.item(61); }
-const TagItem& detail::TagItemCatalogue02::itemCanonLensType() { return gTagsCanon.item(62); }
-const TagItem& detail::TagItemCatalogue02::itemCanonMinFocalLength() { return gTagsCanon.item(63); }
-const TagItem& detail::TagItemCatalogue02::itemCanonMaxFocalLength() { return gTagsCanon.item(64); }
-const TagItem& detail::TagItemCatalogue02::itemCanonFirmwareVersion() { return gTagsCanon.item(65); }
-const TagItem& detail::TagItemCatalogue02::itemCanonDirectoryIndex() { return gTagsCanon.item(66); }
-const TagItem& detail::TagItemCatalogue02::itemCanonFileIndex() { return gTagsCanon.item(67); }
-const TagItem& detail::TagItemCatalogue02::itemCanonLensModel() { return gTagsCanon.item(68); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSharpnessFrequency() { return gTagsCanon.item(69); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSharpness() { return gTagsCanon.item(70); }
-const TagItem& detail::TagItemCatalogue02::itemCanonPictureStyle() { return gTagsCanon.item(71); }
-const TagItem& detail::TagItemCatalogue02::itemCanonFirmwareVersionLookAhead() { return gTagsCanon.item(72); }
-const TagItem& detail::TagItemCatalogue02::itemCanonFocalType() { return gTagsCanon.item(73); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCanonImageSize() { return gTagsCanon.item(74); }
-const TagItem& detail::TagItemCatalogue02::itemCanonJPEGQuality() { return gTagsCanon.item(75); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSaturation() { return gTagsCanon.item(76); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTone() { return gTagsCanon.item(77); }
-const TagItem& detail::TagItemCatalogue02::itemCanonContrast() { return gTagsCanon.item(78); }
-const TagItem& detail::TagItemCatalogue02::itemCanonShutterCount() { return gTagsCanon.item(79); }
-const TagItem& detail::TagItemCatalogue02::itemCanonTimeStamp1() { return gTagsCanon.item(80); }
-const TagItem& detail::TagItemCatalogue02::itemCanonHighlightTonePriority() { return gTagsCanon.item(81); }
-const TagItem& detail::TagItemCatalogue02::itemCanonMeasuredEV2() { return gTagsCanon.item(82); }
-const TagItem& detail::TagItemCatalogue02::itemCanonMeasuredEV3() { return gTagsCanon.item(83); }
-const TagItem& detail::TagItemCatalogue02::itemCanonOwnerName() { return gTagsCanon.item(84); }
-const TagItem& detail::TagItemCatalogue02::itemCanonHighISONoiseReduction() { return gTagsCanon.item(85); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAutoLightingOptimizer() { return gTagsCanon.item(86); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFPointsInFocus5D() { return gTagsCanon.item(87); }
-const TagItem& detail::TagItemCatalogue02::itemCanonFirmwareRevision() { return gTagsCanon.item(88); }
-const TagItem& detail::TagItemCatalogue02::itemCanonShortOwnerName() { return gTagsCanon.item(89); }
-const TagItem& detail::TagItemCatalogue02::itemCanonContrastStandard() { return gTagsCanon.item(90); }
-const TagItem& detail::TagItemCatalogue02::itemCanonContrastPortrait() { return gTagsCanon.item(91); }
-const TagItem& detail::TagItemCatalogue02::itemCanonContrastLandscape() { return gTagsCanon.item(92); }
-const TagItem& detail::TagItemCatalogue02::itemCanonContrastNeutral() { return gTagsCanon.item(93); }
-const TagItem& detail::TagItemCatalogue02::itemCanonContrastFaithful() { return gTagsCanon.item(94); }
-const TagItem& detail::TagItemCatalogue02::itemCanonContrastMonochrome() { return gTagsCanon.item(95); }
-const TagItem& detail::TagItemCatalogue02::itemCanonContrastUserDef1() { return gTagsCanon.item(96); }
-const TagItem& detail::TagItemCatalogue02::itemCanonContrastUserDef2() { return gTagsCanon.item(97); }
-const TagItem& detail::TagItemCatalogue02::itemCanonContrastUserDef3() { return gTagsCanon.item(98); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSharpnessStandard() { return gTagsCanon.item(99); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSharpnessPortrait() { return gTagsCanon.item(100); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSharpnessLandscape() { return gTagsCanon.item(101); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSharpnessNeutral() { return gTagsCanon.item(102); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSharpnessFaithful() { return gTagsCanon.item(103); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSharpnessMonochrome() { return gTagsCanon.item(104); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSharpnessUserDef1() { return gTagsCanon.item(105); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSharpnessUserDef2() { return gTagsCanon.item(106); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSharpnessUserDef3() { return gTagsCanon.item(107); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSaturationStandard() { return gTagsCanon.item(108); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSaturationPortrait() { return gTagsCanon.item(109); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSaturationLandscape() { return gTagsCanon.item(110); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSaturationNeutral() { return gTagsCanon.item(111); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSaturationFaithful() { return gTagsCanon.item(112); }
-const TagItem& detail::TagItemCatalogue02::itemCanonFilterEffectMonochrome() { return gTagsCanon.item(113); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSaturationUserDef1() { return gTagsCanon.item(114); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSaturationUserDef2() { return gTagsCanon.item(115); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSaturationUserDef3() { return gTagsCanon.item(116); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorToneStandard() { return gTagsCanon.item(117); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTonePortrait() { return gTagsCanon.item(118); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorToneLandscape() { return gTagsCanon.item(119); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorToneNeutral() { return gTagsCanon.item(120); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorToneFaithful() { return gTagsCanon.item(121); }
-const TagItem& detail::TagItemCatalogue02::itemCanonToningEffectMonochrome() { return gTagsCanon.item(122); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorToneUserDef1() { return gTagsCanon.item(123); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorToneUserDef2() { return gTagsCanon.item(124); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorToneUserDef3() { return gTagsCanon.item(125); }
-const TagItem& detail::TagItemCatalogue02::itemCanonUserDef1PictureStyle() { return gTagsCanon.item(126); }
-const TagItem& detail::TagItemCatalogue02::itemCanonUserDef2PictureStyle() { return gTagsCanon.item(127); }
-const TagItem& detail::TagItemCatalogue02::itemCanonUserDef3PictureStyle() { return gTagsCanon.item(128); }
-const TagItem& detail::TagItemCatalogue02::itemCanonLensSerialNumber() { return gTagsCanon.item(129); }
-const TagItem& detail::TagItemCatalogue02::itemCanonFileIndex2() { return gTagsCanon.item(130); }
-const TagItem& detail::TagItemCatalogue02::itemCanonDirectoryIndex2() { return gTagsCanon.item(131); }
-const TagItem& detail::TagItemCatalogue02::itemCanonMeasuredEV() { return gTagsCanon.item(132); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCameraPictureStyle() { return gTagsCanon.item(133); }
-const TagItem& detail::TagItemCatalogue02::itemCanonRotation() { return gTagsCanon.item(134); }
-const TagItem& detail::TagItemCatalogue02::itemCanonMacroMode() { return gTagsCanon.item(135); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSelfTimer() { return gTagsCanon.item(136); }
-const TagItem& detail::TagItemCatalogue02::itemCanonQuality() { return gTagsCanon.item(137); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCanonFlashMode() { return gTagsCanon.item(138); }
-const TagItem& detail::TagItemCatalogue02::itemCanonContinuousDrive() { return gTagsCanon.item(139); }
-const TagItem& detail::TagItemCatalogue02::itemCanonFocusMode() { return gTagsCanon.item(140); }
-const TagItem& detail::TagItemCatalogue02::itemCanonRecordMode() { return gTagsCanon.item(141); }
-const TagItem& detail::TagItemCatalogue02::itemCanonEasyMode() { return gTagsCanon.item(142); }
-const TagItem& detail::TagItemCatalogue02::itemCanonDigitalZoom() { return gTagsCanon.item(143); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCameraISO() { return gTagsCanon.item(144); }
-const TagItem& detail::TagItemCatalogue02::itemCanonMeteringMode() { return gTagsCanon.item(145); }
-const TagItem& detail::TagItemCatalogue02::itemCanonFocusRange() { return gTagsCanon.item(146); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAFPoint() { return gTagsCanon.item(147); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCanonExposureMode() { return gTagsCanon.item(148); }
-const TagItem& detail::TagItemCatalogue02::itemCanonFocalUnits() { return gTagsCanon.item(149); }
-const TagItem& detail::TagItemCatalogue02::itemCanonMaxAperture() { return gTagsCanon.item(150); }
-const TagItem& detail::TagItemCatalogue02::itemCanonMinAperture() { return gTagsCanon.item(151); }
-const TagItem& detail::TagItemCatalogue02::itemCanonFlashActivity() { return gTagsCanon.item(152); }
-const TagItem& detail::TagItemCatalogue02::itemCanonFlashBits() { return gTagsCanon.item(153); }
-const TagItem& detail::TagItemCatalogue02::itemCanonFocusContinuous() { return gTagsCanon.item(154); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAESetting() { return gTagsCanon.item(155); }
-const TagItem& detail::TagItemCatalogue02::itemCanonImageStabilization() { return gTagsCanon.item(156); }
-const TagItem& detail::TagItemCatalogue02::itemCanonDisplayAperture() { return gTagsCanon.item(157); }
-const TagItem& detail::TagItemCatalogue02::itemCanonZoomSourceWidth() { return gTagsCanon.item(158); }
-const TagItem& detail::TagItemCatalogue02::itemCanonZoomTargetWidth() { return gTagsCanon.item(159); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSpotMeteringMode() { return gTagsCanon.item(160); }
-const TagItem& detail::TagItemCatalogue02::itemCanonPhotoEffect() { return gTagsCanon.item(161); }
-const TagItem& detail::TagItemCatalogue02::itemCanonManualFlashOutput() { return gTagsCanon.item(162); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSRAWQuality() { return gTagsCanon.item(163); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsAuto() { return gTagsCanon.item(164); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsDaylight() { return gTagsCanon.item(165); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsShade() { return gTagsCanon.item(166); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsCloudy() { return gTagsCanon.item(167); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsTungsten() { return gTagsCanon.item(168); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsFluorescent() { return gTagsCanon.item(169); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsFlash() { return gTagsCanon.item(170); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsCustom() { return gTagsCanon.item(171); }
-const TagItem& detail::TagItemCatalogue02::itemCanonBlackLevels() { return gTagsCanon.item(172); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsKelvin() { return gTagsCanon.item(173); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBBlackLevels() { return gTagsCanon.item(174); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration01() { return gTagsCanon.item(175); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration02() { return gTagsCanon.item(176); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration03() { return gTagsCanon.item(177); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration04() { return gTagsCanon.item(178); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration05() { return gTagsCanon.item(179); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration06() { return gTagsCanon.item(180); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration07() { return gTagsCanon.item(181); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration08() { return gTagsCanon.item(182); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration09() { return gTagsCanon.item(183); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration10() { return gTagsCanon.item(184); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration11() { return gTagsCanon.item(185); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration12() { return gTagsCanon.item(186); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration13() { return gTagsCanon.item(187); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration14() { return gTagsCanon.item(188); }
-const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration15() { return gTagsCanon.item(189); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsAsShot() { return gTagsCanon.item(190); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempAsShot() { return gTagsCanon.item(191); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempAuto() { return gTagsCanon.item(192); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsMeasured() { return gTagsCanon.item(193); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempMeasured() { return gTagsCanon.item(194); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown() { return gTagsCanon.item(195); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown() { return gTagsCanon.item(196); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempDaylight() { return gTagsCanon.item(197); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempShade() { return gTagsCanon.item(198); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempCloudy() { return gTagsCanon.item(199); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempTungsten() { return gTagsCanon.item(200); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempFluorescent() { return gTagsCanon.item(201); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempKelvin() { return gTagsCanon.item(202); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempFlash() { return gTagsCanon.item(203); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown2() { return gTagsCanon.item(204); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown2() { return gTagsCanon.item(205); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown3() { return gTagsCanon.item(206); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown3() { return gTagsCanon.item(207); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown4() { return gTagsCanon.item(208); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown4() { return gTagsCanon.item(209); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown5() { return gTagsCanon.item(210); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown5() { return gTagsCanon.item(211); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown6() { return gTagsCanon.item(212); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown6() { return gTagsCanon.item(213); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown7() { return gTagsCanon.item(214); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown7() { return gTagsCanon.item(215); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown8() { return gTagsCanon.item(216); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown8() { return gTagsCanon.item(217); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown9() { return gTagsCanon.item(218); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown9() { return gTagsCanon.item(219); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown10() { return gTagsCanon.item(220); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown10() { return gTagsCanon.item(221); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown11() { return gTagsCanon.item(222); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown11() { return gTagsCanon.item(223); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown12() { return gTagsCanon.item(224); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown12() { return gTagsCanon.item(225); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown13() { return gTagsCanon.item(226); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown13() { return gTagsCanon.item(227); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsCustom1() { return gTagsCanon.item(228); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempCustom1() { return gTagsCanon.item(229); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsCustom2() { return gTagsCanon.item(230); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempCustom2() { return gTagsCanon.item(231); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorDataVersion() { return gTagsCanon.item(232); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown14() { return gTagsCanon.item(233); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown14() { return gTagsCanon.item(234); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown15() { return gTagsCanon.item(235); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown15() { return gTagsCanon.item(236); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown16() { return gTagsCanon.item(237); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown16() { return gTagsCanon.item(238); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown17() { return gTagsCanon.item(239); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown17() { return gTagsCanon.item(240); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown18() { return gTagsCanon.item(241); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown18() { return gTagsCanon.item(242); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown19() { return gTagsCanon.item(243); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown19() { return gTagsCanon.item(244); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown20() { return gTagsCanon.item(245); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown20() { return gTagsCanon.item(246); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown21() { return gTagsCanon.item(247); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown21() { return gTagsCanon.item(248); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown22() { return gTagsCanon.item(249); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown22() { return gTagsCanon.item(250); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown23() { return gTagsCanon.item(251); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown23() { return gTagsCanon.item(252); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown24() { return gTagsCanon.item(253); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown24() { return gTagsCanon.item(254); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown25() { return gTagsCanon.item(255); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown25() { return gTagsCanon.item(256); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown26() { return gTagsCanon.item(257); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown26() { return gTagsCanon.item(258); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown27() { return gTagsCanon.item(259); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown27() { return gTagsCanon.item(260); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown28() { return gTagsCanon.item(261); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown28() { return gTagsCanon.item(262); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown29() { return gTagsCanon.item(263); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown29() { return gTagsCanon.item(264); }
-const TagItem& detail::TagItemCatalogue02::itemCanonPerChannelBlackLevel() { return gTagsCanon.item(265); }
-const TagItem& detail::TagItemCatalogue02::itemCanonNormalWhiteLevel() { return gTagsCanon.item(266); }
-const TagItem& detail::TagItemCatalogue02::itemCanonSpecularWhiteLevel() { return gTagsCanon.item(267); }
-const TagItem& detail::TagItemCatalogue02::itemCanonLinearityUpperMargin() { return gTagsCanon.item(268); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsPC1() { return gTagsCanon.item(269); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempPC1() { return gTagsCanon.item(270); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsPC2() { return gTagsCanon.item(271); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempPC2() { return gTagsCanon.item(272); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsPC3() { return gTagsCanon.item(273); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempPC3() { return gTagsCanon.item(274); }
-const TagItem& detail::TagItemCatalogue02::itemCanonRawMeasuredRGGB() { return gTagsCanon.item(275); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempCustom() { return gTagsCanon.item(276); }
-const TagItem& detail::TagItemCatalogue02::itemCanonFlashOutput() { return gTagsCanon.item(277); }
-const TagItem& detail::TagItemCatalogue02::itemCanonFlashBatteryLevel() { return gTagsCanon.item(278); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempFlashData() { return gTagsCanon.item(279); }
-const TagItem& detail::TagItemCatalogue02::itemCanonMeasuredRGGBData() { return gTagsCanon.item(280); }
-const TagItem& detail::TagItemCatalogue02::itemCanonAverageBlackLevel() { return gTagsCanon.item(281); }
-const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown30() { return gTagsCanon.item(282); }
-const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown30() { return gTagsCanon.item(283); }
-const TagItem& detail::TagItemCatalogue03::itemCanonColorSpace() { return gTagsCanon.item(284); }
-const TagItem& detail::TagItemCatalogue03::itemCanonIntelligentContrast() { return gTagsCanon.item(285); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCropLeftMargin() { return gTagsCanon.item(286); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCropRightMargin() { return gTagsCanon.item(287); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCropTopMargin() { return gTagsCanon.item(288); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCropBottomMargin() { return gTagsCanon.item(289); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFacesDetected() { return gTagsCanon.item(290); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFaceDetectFrameSize() { return gTagsCanon.item(291); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFace1Position() { return gTagsCanon.item(292); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFace2Position() { return gTagsCanon.item(293); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFace3Position() { return gTagsCanon.item(294); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFace4Position() { return gTagsCanon.item(295); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFace5Position() { return gTagsCanon.item(296); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFace6Position() { return gTagsCanon.item(297); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFace7Position() { return gTagsCanon.item(298); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFace8Position() { return gTagsCanon.item(299); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFace9Position() { return gTagsCanon.item(300); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFaceWidth() { return gTagsCanon.item(301); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFileNumber() { return gTagsCanon.item(302); }
-const TagItem& detail::TagItemCatalogue03::itemCanonBracketMode() { return gTagsCanon.item(303); }
-const TagItem& detail::TagItemCatalogue03::itemCanonBracketValue() { return gTagsCanon.item(304); }
-const TagItem& detail::TagItemCatalogue03::itemCanonBracketShotNumber() { return gTagsCanon.item(305); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawJpgQuality() { return gTagsCanon.item(306); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawJpgSize() { return gTagsCanon.item(307); }
-const TagItem& detail::TagItemCatalogue03::itemCanonLongExposureNoiseReduction2() { return gTagsCanon.item(308); }
-const TagItem& detail::TagItemCatalogue03::itemCanonWBBracketMode() { return gTagsCanon.item(309); }
-const TagItem& detail::TagItemCatalogue03::itemCanonWBBracketValueAB() { return gTagsCanon.item(310); }
-const TagItem& detail::TagItemCatalogue03::itemCanonWBBracketValueGM() { return gTagsCanon.item(311); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFilterEffect() { return gTagsCanon.item(312); }
-const TagItem& detail::TagItemCatalogue03::itemCanonToningEffect() { return gTagsCanon.item(313); }
-const TagItem& detail::TagItemCatalogue03::itemCanonLiveViewShooting() { return gTagsCanon.item(314); }
-const TagItem& detail::TagItemCatalogue03::itemCanonShutterMode() { return gTagsCanon.item(315); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFlashExposureLock() { return gTagsCanon.item(316); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRFLensType() { return gTagsCanon.item(317); }
-const TagItem& detail::TagItemCatalogue03::itemCanonGrainyBWFilter() { return gTagsCanon.item(318); }
-const TagItem& detail::TagItemCatalogue03::itemCanonSoftFocusFilter() { return gTagsCanon.item(319); }
-const TagItem& detail::TagItemCatalogue03::itemCanonToyCameraFilter() { return gTagsCanon.item(320); }
-const TagItem& detail::TagItemCatalogue03::itemCanonMiniatureFilter() { return gTagsCanon.item(321); }
-const TagItem& detail::TagItemCatalogue03::itemCanonMiniatureFilterOrientation() { return gTagsCanon.item(322); }
-const TagItem& detail::TagItemCatalogue03::itemCanonMiniatureFilterPosition() { return gTagsCanon.item(323); }
-const TagItem& detail::TagItemCatalogue03::itemCanonMiniatureFilterParameter() { return gTagsCanon.item(324); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFisheyeFilter() { return gTagsCanon.item(325); }
-const TagItem& detail::TagItemCatalogue03::itemCanonPaintingFilter() { return gTagsCanon.item(326); }
-const TagItem& detail::TagItemCatalogue03::itemCanonWatercolorFilter() { return gTagsCanon.item(327); }
-const TagItem& detail::TagItemCatalogue03::itemCanonModifiedParamFlag() { return gTagsCanon.item(328); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFocalPlaneXSize() { return gTagsCanon.item(329); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFocalPlaneXUnknown() { return gTagsCanon.item(330); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFocalPlaneYSize() { return gTagsCanon.item(331); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFocalPlaneYUnknown() { return gTagsCanon.item(332); }
-const TagItem& detail::TagItemCatalogue03::itemCanonHDR() { return gTagsCanon.item(333); }
-const TagItem& detail::TagItemCatalogue03::itemCanonHDREffect() { return gTagsCanon.item(334); }
-const TagItem& detail::TagItemCatalogue03::itemCanonPeripheralIlluminationCorr() { return gTagsCanon.item(335); }
-const TagItem& detail::TagItemCatalogue03::itemCanonLongExposureNoiseReduction() { return gTagsCanon.item(336); }
-const TagItem& detail::TagItemCatalogue03::itemCanonDigitalLensOptimizer() { return gTagsCanon.item(337); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCompressionFormat() { return gTagsCanon.item(338); }
-const TagItem& detail::TagItemCatalogue03::itemCanonColorSpace2() { return gTagsCanon.item(339); }
-const TagItem& detail::TagItemCatalogue03::itemCanonColorMatrix() { return gTagsCanon.item(340); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCanonLogVersion() { return gTagsCanon.item(341); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCanonFlashInfo() { return gTagsCanon.item(342); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCanonImageType() { return gTagsCanon.item(343); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCanonFirmwareVersion() { return gTagsCanon.item(344); }
-const TagItem& detail::TagItemCatalogue03::itemCanonSerialNumber() { return gTagsCanon.item(345); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCanonFileLength() { return gTagsCanon.item(346); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCanonModelID() { return gTagsCanon.item(347); }
-const TagItem& detail::TagItemCatalogue03::itemCanonThumbnailImageValidArea() { return gTagsCanon.item(348); }
-const TagItem& detail::TagItemCatalogue03::itemCanonSerialNumberFormat() { return gTagsCanon.item(349); }
-const TagItem& detail::TagItemCatalogue03::itemCanonSuperMacro() { return gTagsCanon.item(350); }
-const TagItem& detail::TagItemCatalogue03::itemCanonDateStampMode() { return gTagsCanon.item(351); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCategories() { return gTagsCanon.item(352); }
-const TagItem& detail::TagItemCatalogue03::itemCanonImageUniqueID() { return gTagsCanon.item(353); }
-const TagItem& detail::TagItemCatalogue03::itemCanonBatteryType() { return gTagsCanon.item(354); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawDataOffset() { return gTagsCanon.item(355); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawDataLength() { return gTagsCanon.item(356); }
-const TagItem& detail::TagItemCatalogue03::itemCanonOriginalDecisionDataOffset() { return gTagsCanon.item(357); }
-const TagItem& detail::TagItemCatalogue03::itemCanonAFPointsInFocus1D() { return gTagsCanon.item(358); }
-const TagItem& detail::TagItemCatalogue03::itemCanonInternalSerialNumber() { return gTagsCanon.item(359); }
-const TagItem& detail::TagItemCatalogue03::itemCanonToneCurveTable() { return gTagsCanon.item(360); }
-const TagItem& detail::TagItemCatalogue03::itemCanonSharpnessTable() { return gTagsCanon.item(361); }
-const TagItem& detail::TagItemCatalogue03::itemCanonSharpnessFreqTable() { return gTagsCanon.item(362); }
-const TagItem& detail::TagItemCatalogue03::itemCanonWhiteBalanceTable() { return gTagsCanon.item(363); }
-const TagItem& detail::TagItemCatalogue03::itemCanonToneCurveMatching() { return gTagsCanon.item(364); }
-const TagItem& detail::TagItemCatalogue03::itemCanonWhiteBalanceMatching() { return gTagsCanon.item(365); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDOffset() { return gTagsCanon.item(366); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCRWParam() { return gTagsCanon.item(367); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFlavor() { return gTagsCanon.item(368); }
-const TagItem& detail::TagItemCatalogue03::itemCanonPictureStyleUserDef() { return gTagsCanon.item(369); }
-const TagItem& detail::TagItemCatalogue03::itemCanonPictureStylePC() { return gTagsCanon.item(370); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPictureStyleFileName() { return gTagsCanon.item(371); }
-const TagItem& detail::TagItemCatalogue03::itemCanonMeasuredRGGB() { return gTagsCanon.item(372); }
-const TagItem& detail::TagItemCatalogue03::itemCanonModifiedToneCurve() { return gTagsCanon.item(373); }
-const TagItem& detail::TagItemCatalogue03::itemCanonModifiedSharpness() { return gTagsCanon.item(374); }
-const TagItem& detail::TagItemCatalogue03::itemCanonModifiedSharpnessFreq() { return gTagsCanon.item(375); }
-const TagItem& detail::TagItemCatalogue03::itemCanonModifiedSensorRedLevel() { return gTagsCanon.item(376); }
-const TagItem& detail::TagItemCatalogue03::itemCanonModifiedSensorBlueLevel() { return gTagsCanon.item(377); }
-const TagItem& detail::TagItemCatalogue03::itemCanonModifiedWhiteBalanceRed() { return gTagsCanon.item(378); }
-const TagItem& detail::TagItemCatalogue03::itemCanonModifiedWhiteBalanceBlue() { return gTagsCanon.item(379); }
-const TagItem& detail::TagItemCatalogue03::itemCanonModifiedWhiteBalance() { return gTagsCanon.item(380); }
-const TagItem& detail::TagItemCatalogue03::itemCanonModifiedColorTemp() { return gTagsCanon.item(381); }
-const TagItem& detail::TagItemCatalogue03::itemCanonModifiedPictureStyle() { return gTagsCanon.item(382); }
-const TagItem& detail::TagItemCatalogue03::itemCanonModifiedDigitalGain() { return gTagsCanon.item(383); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFrameRate() { return gTagsCanon.item(384); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFrameCount() { return gTagsCanon.item(385); }
-const TagItem& detail::TagItemCatalogue03::itemCanonDuration() { return gTagsCanon.item(386); }
-const TagItem& detail::TagItemCatalogue03::itemCanonAudioBitrate() { return gTagsCanon.item(387); }
-const TagItem& detail::TagItemCatalogue03::itemCanonAudioSampleRate() { return gTagsCanon.item(388); }
-const TagItem& detail::TagItemCatalogue03::itemCanonAudioChannels() { return gTagsCanon.item(389); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVideoCodec() { return gTagsCanon.item(390); }
-const TagItem& detail::TagItemCatalogue03::itemCanonMultiExposure() { return gTagsCanon.item(391); }
-const TagItem& detail::TagItemCatalogue03::itemCanonMultiExposureControl() { return gTagsCanon.item(392); }
-const TagItem& detail::TagItemCatalogue03::itemCanonMultiExposureShots() { return gTagsCanon.item(393); }
-const TagItem& detail::TagItemCatalogue03::itemCanonMyColorMode() { return gTagsCanon.item(394); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFilterEffectStandard() { return gTagsCanon.item(395); }
-const TagItem& detail::TagItemCatalogue03::itemCanonToningEffectStandard() { return gTagsCanon.item(396); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFilterEffectPortrait() { return gTagsCanon.item(397); }
-const TagItem& detail::TagItemCatalogue03::itemCanonToningEffectPortrait() { return gTagsCanon.item(398); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFilterEffectLandscape() { return gTagsCanon.item(399); }
-const TagItem& detail::TagItemCatalogue03::itemCanonToningEffectLandscape() { return gTagsCanon.item(400); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFilterEffectNeutral() { return gTagsCanon.item(401); }
-const TagItem& detail::TagItemCatalogue03::itemCanonToningEffectNeutral() { return gTagsCanon.item(402); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFilterEffectFaithful() { return gTagsCanon.item(403); }
-const TagItem& detail::TagItemCatalogue03::itemCanonToningEffectFaithful() { return gTagsCanon.item(404); }
-const TagItem& detail::TagItemCatalogue03::itemCanonSaturationMonochrome() { return gTagsCanon.item(405); }
-const TagItem& detail::TagItemCatalogue03::itemCanonColorToneMonochrome() { return gTagsCanon.item(406); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFilterEffectUserDef1() { return gTagsCanon.item(407); }
-const TagItem& detail::TagItemCatalogue03::itemCanonToningEffectUserDef1() { return gTagsCanon.item(408); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFilterEffectUserDef2() { return gTagsCanon.item(409); }
-const TagItem& detail::TagItemCatalogue03::itemCanonToningEffectUserDef2() { return gTagsCanon.item(410); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFilterEffectUserDef3() { return gTagsCanon.item(411); }
-const TagItem& detail::TagItemCatalogue03::itemCanonToningEffectUserDef3() { return gTagsCanon.item(412); }
-const TagItem& detail::TagItemCatalogue03::itemCanonContrastAuto() { return gTagsCanon.item(413); }
-const TagItem& detail::TagItemCatalogue03::itemCanonSharpnessAuto() { return gTagsCanon.item(414); }
-const TagItem& detail::TagItemCatalogue03::itemCanonSaturationAuto() { return gTagsCanon.item(415); }
-const TagItem& detail::TagItemCatalogue03::itemCanonColorToneAuto() { return gTagsCanon.item(416); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFilterEffectAuto() { return gTagsCanon.item(417); }
-const TagItem& detail::TagItemCatalogue03::itemCanonToningEffectAuto() { return gTagsCanon.item(418); }
-const TagItem& detail::TagItemCatalogue03::itemCanonPanoramaFrameNumber() { return gTagsCanon.item(419); }
-const TagItem& detail::TagItemCatalogue03::itemCanonPanoramaDirection() { return gTagsCanon.item(420); }
-const TagItem& detail::TagItemCatalogue03::itemCanonPreviewQuality() { return gTagsCanon.item(421); }
-const TagItem& detail::TagItemCatalogue03::itemCanonPreviewImageLength() { return gTagsCanon.item(422); }
-const TagItem& detail::TagItemCatalogue03::itemCanonPreviewImageWidth() { return gTagsCanon.item(423); }
-const TagItem& detail::TagItemCatalogue03::itemCanonPreviewImageHeight() { return gTagsCanon.item(424); }
-const TagItem& detail::TagItemCatalogue03::itemCanonPreviewImageStart() { return gTagsCanon.item(425); }
-const TagItem& detail::TagItemCatalogue03::itemCanonToneCurve() { return gTagsCanon.item(426); }
-const TagItem& detail::TagItemCatalogue03::itemCanonSensorRedLevel() { return gTagsCanon.item(427); }
-const TagItem& detail::TagItemCatalogue03::itemCanonSensorBlueLevel() { return gTagsCanon.item(428); }
-const TagItem& detail::TagItemCatalogue03::itemCanonWhiteBalanceRed() { return gTagsCanon.item(429); }
-const TagItem& detail::TagItemCatalogue03::itemCanonWhiteBalanceBlue() { return gTagsCanon.item(430); }
-const TagItem& detail::TagItemCatalogue03::itemCanonDigitalGain() { return gTagsCanon.item(431); }
-const TagItem& detail::TagItemCatalogue03::itemCanonWBShiftAB() { return gTagsCanon.item(432); }
-const TagItem& detail::TagItemCatalogue03::itemCanonWBShiftGM() { return gTagsCanon.item(433); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawBurstImageNum() { return gTagsCanon.item(434); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawBurstImageCount() { return gTagsCanon.item(435); }
-const TagItem& detail::TagItemCatalogue03::itemCanonSensorWidth() { return gTagsCanon.item(436); }
-const TagItem& detail::TagItemCatalogue03::itemCanonSensorHeight() { return gTagsCanon.item(437); }
-const TagItem& detail::TagItemCatalogue03::itemCanonSensorLeftBorder() { return gTagsCanon.item(438); }
-const TagItem& detail::TagItemCatalogue03::itemCanonSensorTopBorder() { return gTagsCanon.item(439); }
-const TagItem& detail::TagItemCatalogue03::itemCanonSensorRightBorder() { return gTagsCanon.item(440); }
-const TagItem& detail::TagItemCatalogue03::itemCanonSensorBottomBorder() { return gTagsCanon.item(441); }
-const TagItem& detail::TagItemCatalogue03::itemCanonBlackMaskLeftBorder() { return gTagsCanon.item(442); }
-const TagItem& detail::TagItemCatalogue03::itemCanonBlackMaskTopBorder() { return gTagsCanon.item(443); }
-const TagItem& detail::TagItemCatalogue03::itemCanonBlackMaskRightBorder() { return gTagsCanon.item(444); }
-const TagItem& detail::TagItemCatalogue03::itemCanonBlackMaskBottomBorder() { return gTagsCanon.item(445); }
-const TagItem& detail::TagItemCatalogue03::itemCanonAutoISO() { return gTagsCanon.item(446); }
-const TagItem& detail::TagItemCatalogue03::itemCanonBaseISO() { return gTagsCanon.item(447); }
-const TagItem& detail::TagItemCatalogue03::itemCanonTargetAperture() { return gTagsCanon.item(448); }
-const TagItem& detail::TagItemCatalogue03::itemCanonTargetExposureTime() { return gTagsCanon.item(449); }
-const TagItem& detail::TagItemCatalogue03::itemCanonExposureCompensation() { return gTagsCanon.item(450); }
-const TagItem& detail::TagItemCatalogue03::itemCanonSlowShutter() { return gTagsCanon.item(451); }
-const TagItem& detail::TagItemCatalogue03::itemCanonSequenceNumber() { return gTagsCanon.item(452); }
-const TagItem& detail::TagItemCatalogue03::itemCanonOpticalZoomCode() { return gTagsCanon.item(453); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFlashGuideNumber() { return gTagsCanon.item(454); }
-const TagItem& detail::TagItemCatalogue03::itemCanonFlashExposureComp() { return gTagsCanon.item(455); }
-const TagItem& detail::TagItemCatalogue03::itemCanonAutoExposureBracketing() { return gTagsCanon.item(456); }
-const TagItem& detail::TagItemCatalogue03::itemCanonAEBBracketValue() { return gTagsCanon.item(457); }
-const TagItem& detail::TagItemCatalogue03::itemCanonControlMode() { return gTagsCanon.item(458); }
-const TagItem& detail::TagItemCatalogue03::itemCanonBulbDuration() { return gTagsCanon.item(459); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCameraType() { return gTagsCanon.item(460); }
-const TagItem& detail::TagItemCatalogue03::itemCanonAutoRotate() { return gTagsCanon.item(461); }
-const TagItem& detail::TagItemCatalogue03::itemCanonNDFilter() { return gTagsCanon.item(462); }
-const TagItem& detail::TagItemCatalogue03::itemCanonSelfTimer2() { return gTagsCanon.item(463); }
-const TagItem& detail::TagItemCatalogue03::itemCanonUnknown_CNDB() { return gTagsCanon.item(464); }
-const TagItem& detail::TagItemCatalogue03::itemCanonTimeZone() { return gTagsCanon.item(465); }
-const TagItem& detail::TagItemCatalogue03::itemCanonTimeZoneCity() { return gTagsCanon.item(466); }
-const TagItem& detail::TagItemCatalogue03::itemCanonDaylightSavings() { return gTagsCanon.item(467); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVignettingCorrVersion() { return gTagsCanon.item(468); }
-const TagItem& detail::TagItemCatalogue03::itemCanonPeripheralLighting() { return gTagsCanon.item(469); }
-const TagItem& detail::TagItemCatalogue03::itemCanonDistortionCorrection() { return gTagsCanon.item(470); }
-const TagItem& detail::TagItemCatalogue03::itemCanonChromaticAberrationCorr() { return gTagsCanon.item(471); }
-const TagItem& detail::TagItemCatalogue03::itemCanonPeripheralLightingValue() { return gTagsCanon.item(472); }
-const TagItem& detail::TagItemCatalogue03::itemCanonDistortionCorrectionValue() { return gTagsCanon.item(473); }
-const TagItem& detail::TagItemCatalogue03::itemCanonOriginalImageWidth() { return gTagsCanon.item(474); }
-const TagItem& detail::TagItemCatalogue03::itemCanonOriginalImageHeight() { return gTagsCanon.item(475); }
-const TagItem& detail::TagItemCatalogue03::itemCanonPeripheralLightingSetting() { return gTagsCanon.item(476); }
-const TagItem& detail::TagItemCatalogue03::itemCanonChromaticAberrationSetting() { return gTagsCanon.item(477); }
-const TagItem& detail::TagItemCatalogue03::itemCanonDistortionCorrectionSetting() { return gTagsCanon.item(478); }
-const TagItem& detail::TagItemCatalogue03::itemCanonDigitalLensOptimizerSetting() { return gTagsCanon.item(479); }
-const TagItem& detail::TagItemCatalogue03::itemCanonWB_GRBGLevelsAuto() { return gTagsCanon.item(480); }
-const TagItem& detail::TagItemCatalogue03::itemCanonWB_GRBGLevelsDaylight() { return gTagsCanon.item(481); }
-const TagItem& detail::TagItemCatalogue03::itemCanonWB_GRBGLevelsCloudy() { return gTagsCanon.item(482); }
-const TagItem& detail::TagItemCatalogue03::itemCanonWB_GRBGLevelsTungsten() { return gTagsCanon.item(483); }
-const TagItem& detail::TagItemCatalogue03::itemCanonWB_GRBGLevelsFluorescent() { return gTagsCanon.item(484); }
-const TagItem& detail::TagItemCatalogue03::itemCanonWB_GRBGLevelsFluorHigh() { return gTagsCanon.item(485); }
-const TagItem& detail::TagItemCatalogue03::itemCanonWB_GRBGLevelsFlash() { return gTagsCanon.item(486); }
-const TagItem& detail::TagItemCatalogue03::itemCanonWB_GRBGLevelsUnderwater() { return gTagsCanon.item(487); }
-const TagItem& detail::TagItemCatalogue03::itemCanonWB_GRBGLevelsCustom1() { return gTagsCanon.item(488); }
-const TagItem& detail::TagItemCatalogue03::itemCanonWB_GRBGLevelsCustom2() { return gTagsCanon.item(489); }
-const TagItem& detail::TagItemCatalogue03::itemCanonMakerNoteCanon() { return gTagsCanon.item(490); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCompressorVersion() { return gTagsCanon.item(491); }
-
-namespace detail {
-const TagItem* findInAFCP(std::string_view key) { return gTagsAFCP.find(key); }
-const TagItem* findInAIFF(std::string_view key) { return gTagsAIFF.find(key); }
-const TagItem* findInAPE(std::string_view key) { return gTagsAPE.find(key); }
-const TagItem* findInAPP0(std::string_view key) { return gTagsAPP0.find(key); }
-const TagItem* findInAPP1(std::string_view key) { return gTagsAPP1.find(key); }
-const TagItem* findInAPP11(std::string_view key) { return gTagsAPP11.find(key); }
-const TagItem* findInAPP12(std::string_view key) { return gTagsAPP12.find(key); }
-const TagItem* findInAPP13(std::string_view key) { return gTagsAPP13.find(key); }
-const TagItem* findInAPP14(std::string_view key) { return gTagsAPP14.find(key); }
-const TagItem* findInAPP15(std::string_view key) { return gTagsAPP15.find(key); }
-const TagItem* findInAPP2(std::string_view key) { return gTagsAPP2.find(key); }
-const TagItem* findInAPP3(std::string_view key) { return gTagsAPP3.find(key); }
-const TagItem* findInAPP4(std::string_view key) { return gTagsAPP4.find(key); }
-const TagItem* findInAPP5(std::string_view key) { return gTagsAPP5.find(key); }
-const TagItem* findInAPP6(std::string_view key) { return gTagsAPP6.find(key); }
-const TagItem* findInAPP7(std::string_view key) { return gTagsAPP7.find(key); }
-const TagItem* findInAPP8(std::string_view key) { return gTagsAPP8.find(key); }
-const TagItem* findInAPP9(std::string_view key) { return gTagsAPP9.find(key); }
-const TagItem* findInASF(std::string_view key) { return gTagsASF.find(key); }
-const TagItem* findInAdobeDNG(std::string_view key) { return gTagsAdobeDNG.find(key); }
-const TagItem* findInApple(std::string_view key) { return gTagsApple.find(key); }
-const TagItem* findInAudible(std::string_view key) { return gTagsAudible.find(key); }
-const TagItem* findInCanon(std::string_view key) { return gTagsCanon.find(key); }
-}  // namespace detail
+const TagItem& detail::TagItemCatalogue02::itemCanonAFConfigTool() { return detail::gTagsCanon.item(0); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFTrackingSensitivity() { return detail::gTagsCanon.item(1); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFAccelDecelTracking() { return detail::gTagsCanon.item(2); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFPointSwitching() { return detail::gTagsCanon.item(3); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAIServoFirstImage() { return detail::gTagsCanon.item(4); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAIServoSecondImage() { return detail::gTagsCanon.item(5); }
+const TagItem& detail::TagItemCatalogue02::itemCanonUSMLensElectronicMF() { return detail::gTagsCanon.item(6); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFAssistBeam() { return detail::gTagsCanon.item(7); }
+const TagItem& detail::TagItemCatalogue02::itemCanonOneShotAFRelease() { return detail::gTagsCanon.item(8); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAutoAFPointSelEOSiTRAF() { return detail::gTagsCanon.item(9); }
+const TagItem& detail::TagItemCatalogue02::itemCanonLensDriveWhenAFImpossible() { return detail::gTagsCanon.item(10); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSelectAFAreaSelectionMode() { return detail::gTagsCanon.item(11); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFAreaSelectionMethod() { return detail::gTagsCanon.item(12); }
+const TagItem& detail::TagItemCatalogue02::itemCanonOrientationLinkedAF() { return detail::gTagsCanon.item(13); }
+const TagItem& detail::TagItemCatalogue02::itemCanonManualAFPointSelPattern() { return detail::gTagsCanon.item(14); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFPointDisplayDuringFocus() { return detail::gTagsCanon.item(15); }
+const TagItem& detail::TagItemCatalogue02::itemCanonVFDisplayIllumination() { return detail::gTagsCanon.item(16); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFStatusViewfinder() { return detail::gTagsCanon.item(17); }
+const TagItem& detail::TagItemCatalogue02::itemCanonInitialAFPointInServo() { return detail::gTagsCanon.item(18); }
+const TagItem& detail::TagItemCatalogue02::itemCanonNumAFPoints() { return detail::gTagsCanon.item(19); }
+const TagItem& detail::TagItemCatalogue02::itemCanonValidAFPoints() { return detail::gTagsCanon.item(20); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCanonImageWidth() { return detail::gTagsCanon.item(21); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCanonImageHeight() { return detail::gTagsCanon.item(22); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFImageWidth() { return detail::gTagsCanon.item(23); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFImageHeight() { return detail::gTagsCanon.item(24); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFAreaWidth() { return detail::gTagsCanon.item(25); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFAreaHeight() { return detail::gTagsCanon.item(26); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFAreaXPositions() { return detail::gTagsCanon.item(27); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFAreaYPositions() { return detail::gTagsCanon.item(28); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFPointsInFocus() { return detail::gTagsCanon.item(29); }
+const TagItem& detail::TagItemCatalogue02::itemCanonPrimaryAFPoint() { return detail::gTagsCanon.item(30); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCanon_AFInfo_0x000b() { return detail::gTagsCanon.item(31); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFInfoSize() { return detail::gTagsCanon.item(32); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFAreaMode() { return detail::gTagsCanon.item(33); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFAreaWidths() { return detail::gTagsCanon.item(34); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFAreaHeights() { return detail::gTagsCanon.item(35); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFPointsSelected() { return detail::gTagsCanon.item(36); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCanon_AFInfo2_0x000d() { return detail::gTagsCanon.item(37); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFMicroAdjMode() { return detail::gTagsCanon.item(38); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFMicroAdjValue() { return detail::gTagsCanon.item(39); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAmbienceSelection() { return detail::gTagsCanon.item(40); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAspectRatio() { return detail::gTagsCanon.item(41); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCroppedImageWidth() { return detail::gTagsCanon.item(42); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCroppedImageHeight() { return detail::gTagsCanon.item(43); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCroppedImageLeft() { return detail::gTagsCanon.item(44); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCroppedImageTop() { return detail::gTagsCanon.item(45); }
+const TagItem& detail::TagItemCatalogue02::itemCanonImageWidth() { return detail::gTagsCanon.item(46); }
+const TagItem& detail::TagItemCatalogue02::itemCanonImageHeight() { return detail::gTagsCanon.item(47); }
+const TagItem& detail::TagItemCatalogue02::itemCanonThumbnailImage() { return detail::gTagsCanon.item(48); }
+const TagItem& detail::TagItemCatalogue02::itemCanonTimeStamp() { return detail::gTagsCanon.item(49); }
+const TagItem& detail::TagItemCatalogue02::itemCanonFNumber() { return detail::gTagsCanon.item(50); }
+const TagItem& detail::TagItemCatalogue02::itemCanonExposureTime() { return detail::gTagsCanon.item(51); }
+const TagItem& detail::TagItemCatalogue02::itemCanonISO() { return detail::gTagsCanon.item(52); }
+const TagItem& detail::TagItemCatalogue02::itemCanonFlashMeteringMode() { return detail::gTagsCanon.item(53); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCameraTemperature() { return detail::gTagsCanon.item(54); }
+const TagItem& detail::TagItemCatalogue02::itemCanonMacroMagnification() { return detail::gTagsCanon.item(55); }
+const TagItem& detail::TagItemCatalogue02::itemCanonFocalLength() { return detail::gTagsCanon.item(56); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCameraOrientation() { return detail::gTagsCanon.item(57); }
+const TagItem& detail::TagItemCatalogue02::itemCanonFocusDistanceUpper() { return detail::gTagsCanon.item(58); }
+const TagItem& detail::TagItemCatalogue02::itemCanonFocusDistanceLower() { return detail::gTagsCanon.item(59); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWhiteBalance() { return detail::gTagsCanon.item(60); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTemperature() { return detail::gTagsCanon.item(61); }
+const TagItem& detail::TagItemCatalogue02::itemCanonLensType() { return detail::gTagsCanon.item(62); }
+const TagItem& detail::TagItemCatalogue02::itemCanonMinFocalLength() { return detail::gTagsCanon.item(63); }
+const TagItem& detail::TagItemCatalogue02::itemCanonMaxFocalLength() { return detail::gTagsCanon.item(64); }
+const TagItem& detail::TagItemCatalogue02::itemCanonFirmwareVersion() { return detail::gTagsCanon.item(65); }
+const TagItem& detail::TagItemCatalogue02::itemCanonDirectoryIndex() { return detail::gTagsCanon.item(66); }
+const TagItem& detail::TagItemCatalogue02::itemCanonFileIndex() { return detail::gTagsCanon.item(67); }
+const TagItem& detail::TagItemCatalogue02::itemCanonLensModel() { return detail::gTagsCanon.item(68); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSharpnessFrequency() { return detail::gTagsCanon.item(69); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSharpness() { return detail::gTagsCanon.item(70); }
+const TagItem& detail::TagItemCatalogue02::itemCanonPictureStyle() { return detail::gTagsCanon.item(71); }
+const TagItem& detail::TagItemCatalogue02::itemCanonFirmwareVersionLookAhead() { return detail::gTagsCanon.item(72); }
+const TagItem& detail::TagItemCatalogue02::itemCanonFocalType() { return detail::gTagsCanon.item(73); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCanonImageSize() { return detail::gTagsCanon.item(74); }
+const TagItem& detail::TagItemCatalogue02::itemCanonJPEGQuality() { return detail::gTagsCanon.item(75); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSaturation() { return detail::gTagsCanon.item(76); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTone() { return detail::gTagsCanon.item(77); }
+const TagItem& detail::TagItemCatalogue02::itemCanonContrast() { return detail::gTagsCanon.item(78); }
+const TagItem& detail::TagItemCatalogue02::itemCanonShutterCount() { return detail::gTagsCanon.item(79); }
+const TagItem& detail::TagItemCatalogue02::itemCanonTimeStamp1() { return detail::gTagsCanon.item(80); }
+const TagItem& detail::TagItemCatalogue02::itemCanonHighlightTonePriority() { return detail::gTagsCanon.item(81); }
+const TagItem& detail::TagItemCatalogue02::itemCanonMeasuredEV2() { return detail::gTagsCanon.item(82); }
+const TagItem& detail::TagItemCatalogue02::itemCanonMeasuredEV3() { return detail::gTagsCanon.item(83); }
+const TagItem& detail::TagItemCatalogue02::itemCanonOwnerName() { return detail::gTagsCanon.item(84); }
+const TagItem& detail::TagItemCatalogue02::itemCanonHighISONoiseReduction() { return detail::gTagsCanon.item(85); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAutoLightingOptimizer() { return detail::gTagsCanon.item(86); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFPointsInFocus5D() { return detail::gTagsCanon.item(87); }
+const TagItem& detail::TagItemCatalogue02::itemCanonFirmwareRevision() { return detail::gTagsCanon.item(88); }
+const TagItem& detail::TagItemCatalogue02::itemCanonShortOwnerName() { return detail::gTagsCanon.item(89); }
+const TagItem& detail::TagItemCatalogue02::itemCanonContrastStandard() { return detail::gTagsCanon.item(90); }
+const TagItem& detail::TagItemCatalogue02::itemCanonContrastPortrait() { return detail::gTagsCanon.item(91); }
+const TagItem& detail::TagItemCatalogue02::itemCanonContrastLandscape() { return detail::gTagsCanon.item(92); }
+const TagItem& detail::TagItemCatalogue02::itemCanonContrastNeutral() { return detail::gTagsCanon.item(93); }
+const TagItem& detail::TagItemCatalogue02::itemCanonContrastFaithful() { return detail::gTagsCanon.item(94); }
+const TagItem& detail::TagItemCatalogue02::itemCanonContrastMonochrome() { return detail::gTagsCanon.item(95); }
+const TagItem& detail::TagItemCatalogue02::itemCanonContrastUserDef1() { return detail::gTagsCanon.item(96); }
+const TagItem& detail::TagItemCatalogue02::itemCanonContrastUserDef2() { return detail::gTagsCanon.item(97); }
+const TagItem& detail::TagItemCatalogue02::itemCanonContrastUserDef3() { return detail::gTagsCanon.item(98); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSharpnessStandard() { return detail::gTagsCanon.item(99); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSharpnessPortrait() { return detail::gTagsCanon.item(100); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSharpnessLandscape() { return detail::gTagsCanon.item(101); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSharpnessNeutral() { return detail::gTagsCanon.item(102); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSharpnessFaithful() { return detail::gTagsCanon.item(103); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSharpnessMonochrome() { return detail::gTagsCanon.item(104); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSharpnessUserDef1() { return detail::gTagsCanon.item(105); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSharpnessUserDef2() { return detail::gTagsCanon.item(106); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSharpnessUserDef3() { return detail::gTagsCanon.item(107); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSaturationStandard() { return detail::gTagsCanon.item(108); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSaturationPortrait() { return detail::gTagsCanon.item(109); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSaturationLandscape() { return detail::gTagsCanon.item(110); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSaturationNeutral() { return detail::gTagsCanon.item(111); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSaturationFaithful() { return detail::gTagsCanon.item(112); }
+const TagItem& detail::TagItemCatalogue02::itemCanonFilterEffectMonochrome() { return detail::gTagsCanon.item(113); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSaturationUserDef1() { return detail::gTagsCanon.item(114); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSaturationUserDef2() { return detail::gTagsCanon.item(115); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSaturationUserDef3() { return detail::gTagsCanon.item(116); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorToneStandard() { return detail::gTagsCanon.item(117); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTonePortrait() { return detail::gTagsCanon.item(118); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorToneLandscape() { return detail::gTagsCanon.item(119); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorToneNeutral() { return detail::gTagsCanon.item(120); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorToneFaithful() { return detail::gTagsCanon.item(121); }
+const TagItem& detail::TagItemCatalogue02::itemCanonToningEffectMonochrome() { return detail::gTagsCanon.item(122); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorToneUserDef1() { return detail::gTagsCanon.item(123); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorToneUserDef2() { return detail::gTagsCanon.item(124); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorToneUserDef3() { return detail::gTagsCanon.item(125); }
+const TagItem& detail::TagItemCatalogue02::itemCanonUserDef1PictureStyle() { return detail::gTagsCanon.item(126); }
+const TagItem& detail::TagItemCatalogue02::itemCanonUserDef2PictureStyle() { return detail::gTagsCanon.item(127); }
+const TagItem& detail::TagItemCatalogue02::itemCanonUserDef3PictureStyle() { return detail::gTagsCanon.item(128); }
+const TagItem& detail::TagItemCatalogue02::itemCanonLensSerialNumber() { return detail::gTagsCanon.item(129); }
+const TagItem& detail::TagItemCatalogue02::itemCanonFileIndex2() { return detail::gTagsCanon.item(130); }
+const TagItem& detail::TagItemCatalogue02::itemCanonDirectoryIndex2() { return detail::gTagsCanon.item(131); }
+const TagItem& detail::TagItemCatalogue02::itemCanonMeasuredEV() { return detail::gTagsCanon.item(132); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCameraPictureStyle() { return detail::gTagsCanon.item(133); }
+const TagItem& detail::TagItemCatalogue02::itemCanonRotation() { return detail::gTagsCanon.item(134); }
+const TagItem& detail::TagItemCatalogue02::itemCanonMacroMode() { return detail::gTagsCanon.item(135); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSelfTimer() { return detail::gTagsCanon.item(136); }
+const TagItem& detail::TagItemCatalogue02::itemCanonQuality() { return detail::gTagsCanon.item(137); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCanonFlashMode() { return detail::gTagsCanon.item(138); }
+const TagItem& detail::TagItemCatalogue02::itemCanonContinuousDrive() { return detail::gTagsCanon.item(139); }
+const TagItem& detail::TagItemCatalogue02::itemCanonFocusMode() { return detail::gTagsCanon.item(140); }
+const TagItem& detail::TagItemCatalogue02::itemCanonRecordMode() { return detail::gTagsCanon.item(141); }
+const TagItem& detail::TagItemCatalogue02::itemCanonEasyMode() { return detail::gTagsCanon.item(142); }
+const TagItem& detail::TagItemCatalogue02::itemCanonDigitalZoom() { return detail::gTagsCanon.item(143); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCameraISO() { return detail::gTagsCanon.item(144); }
+const TagItem& detail::TagItemCatalogue02::itemCanonMeteringMode() { return detail::gTagsCanon.item(145); }
+const TagItem& detail::TagItemCatalogue02::itemCanonFocusRange() { return detail::gTagsCanon.item(146); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAFPoint() { return detail::gTagsCanon.item(147); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCanonExposureMode() { return detail::gTagsCanon.item(148); }
+const TagItem& detail::TagItemCatalogue02::itemCanonFocalUnits() { return detail::gTagsCanon.item(149); }
+const TagItem& detail::TagItemCatalogue02::itemCanonMaxAperture() { return detail::gTagsCanon.item(150); }
+const TagItem& detail::TagItemCatalogue02::itemCanonMinAperture() { return detail::gTagsCanon.item(151); }
+const TagItem& detail::TagItemCatalogue02::itemCanonFlashActivity() { return detail::gTagsCanon.item(152); }
+const TagItem& detail::TagItemCatalogue02::itemCanonFlashBits() { return detail::gTagsCanon.item(153); }
+const TagItem& detail::TagItemCatalogue02::itemCanonFocusContinuous() { return detail::gTagsCanon.item(154); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAESetting() { return detail::gTagsCanon.item(155); }
+const TagItem& detail::TagItemCatalogue02::itemCanonImageStabilization() { return detail::gTagsCanon.item(156); }
+const TagItem& detail::TagItemCatalogue02::itemCanonDisplayAperture() { return detail::gTagsCanon.item(157); }
+const TagItem& detail::TagItemCatalogue02::itemCanonZoomSourceWidth() { return detail::gTagsCanon.item(158); }
+const TagItem& detail::TagItemCatalogue02::itemCanonZoomTargetWidth() { return detail::gTagsCanon.item(159); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSpotMeteringMode() { return detail::gTagsCanon.item(160); }
+const TagItem& detail::TagItemCatalogue02::itemCanonPhotoEffect() { return detail::gTagsCanon.item(161); }
+const TagItem& detail::TagItemCatalogue02::itemCanonManualFlashOutput() { return detail::gTagsCanon.item(162); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSRAWQuality() { return detail::gTagsCanon.item(163); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsAuto() { return detail::gTagsCanon.item(164); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsDaylight() { return detail::gTagsCanon.item(165); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsShade() { return detail::gTagsCanon.item(166); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsCloudy() { return detail::gTagsCanon.item(167); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsTungsten() { return detail::gTagsCanon.item(168); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsFluorescent() { return detail::gTagsCanon.item(169); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsFlash() { return detail::gTagsCanon.item(170); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsCustom() { return detail::gTagsCanon.item(171); }
+const TagItem& detail::TagItemCatalogue02::itemCanonBlackLevels() { return detail::gTagsCanon.item(172); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsKelvin() { return detail::gTagsCanon.item(173); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBBlackLevels() { return detail::gTagsCanon.item(174); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration01() { return detail::gTagsCanon.item(175); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration02() { return detail::gTagsCanon.item(176); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration03() { return detail::gTagsCanon.item(177); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration04() { return detail::gTagsCanon.item(178); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration05() { return detail::gTagsCanon.item(179); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration06() { return detail::gTagsCanon.item(180); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration07() { return detail::gTagsCanon.item(181); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration08() { return detail::gTagsCanon.item(182); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration09() { return detail::gTagsCanon.item(183); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration10() { return detail::gTagsCanon.item(184); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration11() { return detail::gTagsCanon.item(185); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration12() { return detail::gTagsCanon.item(186); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration13() { return detail::gTagsCanon.item(187); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration14() { return detail::gTagsCanon.item(188); }
+const TagItem& detail::TagItemCatalogue02::itemCanonCameraColorCalibration15() { return detail::gTagsCanon.item(189); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsAsShot() { return detail::gTagsCanon.item(190); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempAsShot() { return detail::gTagsCanon.item(191); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempAuto() { return detail::gTagsCanon.item(192); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsMeasured() { return detail::gTagsCanon.item(193); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempMeasured() { return detail::gTagsCanon.item(194); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown() { return detail::gTagsCanon.item(195); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown() { return detail::gTagsCanon.item(196); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempDaylight() { return detail::gTagsCanon.item(197); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempShade() { return detail::gTagsCanon.item(198); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempCloudy() { return detail::gTagsCanon.item(199); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempTungsten() { return detail::gTagsCanon.item(200); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempFluorescent() { return detail::gTagsCanon.item(201); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempKelvin() { return detail::gTagsCanon.item(202); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempFlash() { return detail::gTagsCanon.item(203); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown2() { return detail::gTagsCanon.item(204); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown2() { return detail::gTagsCanon.item(205); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown3() { return detail::gTagsCanon.item(206); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown3() { return detail::gTagsCanon.item(207); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown4() { return detail::gTagsCanon.item(208); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown4() { return detail::gTagsCanon.item(209); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown5() { return detail::gTagsCanon.item(210); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown5() { return detail::gTagsCanon.item(211); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown6() { return detail::gTagsCanon.item(212); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown6() { return detail::gTagsCanon.item(213); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown7() { return detail::gTagsCanon.item(214); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown7() { return detail::gTagsCanon.item(215); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown8() { return detail::gTagsCanon.item(216); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown8() { return detail::gTagsCanon.item(217); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown9() { return detail::gTagsCanon.item(218); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown9() { return detail::gTagsCanon.item(219); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown10() { return detail::gTagsCanon.item(220); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown10() { return detail::gTagsCanon.item(221); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown11() { return detail::gTagsCanon.item(222); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown11() { return detail::gTagsCanon.item(223); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown12() { return detail::gTagsCanon.item(224); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown12() { return detail::gTagsCanon.item(225); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown13() { return detail::gTagsCanon.item(226); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown13() { return detail::gTagsCanon.item(227); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsCustom1() { return detail::gTagsCanon.item(228); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempCustom1() { return detail::gTagsCanon.item(229); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsCustom2() { return detail::gTagsCanon.item(230); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempCustom2() { return detail::gTagsCanon.item(231); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorDataVersion() { return detail::gTagsCanon.item(232); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown14() { return detail::gTagsCanon.item(233); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown14() { return detail::gTagsCanon.item(234); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown15() { return detail::gTagsCanon.item(235); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown15() { return detail::gTagsCanon.item(236); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown16() { return detail::gTagsCanon.item(237); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown16() { return detail::gTagsCanon.item(238); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown17() { return detail::gTagsCanon.item(239); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown17() { return detail::gTagsCanon.item(240); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown18() { return detail::gTagsCanon.item(241); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown18() { return detail::gTagsCanon.item(242); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown19() { return detail::gTagsCanon.item(243); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown19() { return detail::gTagsCanon.item(244); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown20() { return detail::gTagsCanon.item(245); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown20() { return detail::gTagsCanon.item(246); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown21() { return detail::gTagsCanon.item(247); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown21() { return detail::gTagsCanon.item(248); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown22() { return detail::gTagsCanon.item(249); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown22() { return detail::gTagsCanon.item(250); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown23() { return detail::gTagsCanon.item(251); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown23() { return detail::gTagsCanon.item(252); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown24() { return detail::gTagsCanon.item(253); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown24() { return detail::gTagsCanon.item(254); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown25() { return detail::gTagsCanon.item(255); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown25() { return detail::gTagsCanon.item(256); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown26() { return detail::gTagsCanon.item(257); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown26() { return detail::gTagsCanon.item(258); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown27() { return detail::gTagsCanon.item(259); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown27() { return detail::gTagsCanon.item(260); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown28() { return detail::gTagsCanon.item(261); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown28() { return detail::gTagsCanon.item(262); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown29() { return detail::gTagsCanon.item(263); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown29() { return detail::gTagsCanon.item(264); }
+const TagItem& detail::TagItemCatalogue02::itemCanonPerChannelBlackLevel() { return detail::gTagsCanon.item(265); }
+const TagItem& detail::TagItemCatalogue02::itemCanonNormalWhiteLevel() { return detail::gTagsCanon.item(266); }
+const TagItem& detail::TagItemCatalogue02::itemCanonSpecularWhiteLevel() { return detail::gTagsCanon.item(267); }
+const TagItem& detail::TagItemCatalogue02::itemCanonLinearityUpperMargin() { return detail::gTagsCanon.item(268); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsPC1() { return detail::gTagsCanon.item(269); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempPC1() { return detail::gTagsCanon.item(270); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsPC2() { return detail::gTagsCanon.item(271); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempPC2() { return detail::gTagsCanon.item(272); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsPC3() { return detail::gTagsCanon.item(273); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempPC3() { return detail::gTagsCanon.item(274); }
+const TagItem& detail::TagItemCatalogue02::itemCanonRawMeasuredRGGB() { return detail::gTagsCanon.item(275); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempCustom() { return detail::gTagsCanon.item(276); }
+const TagItem& detail::TagItemCatalogue02::itemCanonFlashOutput() { return detail::gTagsCanon.item(277); }
+const TagItem& detail::TagItemCatalogue02::itemCanonFlashBatteryLevel() { return detail::gTagsCanon.item(278); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempFlashData() { return detail::gTagsCanon.item(279); }
+const TagItem& detail::TagItemCatalogue02::itemCanonMeasuredRGGBData() { return detail::gTagsCanon.item(280); }
+const TagItem& detail::TagItemCatalogue02::itemCanonAverageBlackLevel() { return detail::gTagsCanon.item(281); }
+const TagItem& detail::TagItemCatalogue02::itemCanonWB_RGGBLevelsUnknown30() { return detail::gTagsCanon.item(282); }
+const TagItem& detail::TagItemCatalogue02::itemCanonColorTempUnknown30() { return detail::gTagsCanon.item(283); }
+const TagItem& detail::TagItemCatalogue03::itemCanonColorSpace() { return detail::gTagsCanon.item(284); }
+const TagItem& detail::TagItemCatalogue03::itemCanonIntelligentContrast() { return detail::gTagsCanon.item(285); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCropLeftMargin() { return detail::gTagsCanon.item(286); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCropRightMargin() { return detail::gTagsCanon.item(287); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCropTopMargin() { return detail::gTagsCanon.item(288); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCropBottomMargin() { return detail::gTagsCanon.item(289); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFacesDetected() { return detail::gTagsCanon.item(290); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFaceDetectFrameSize() { return detail::gTagsCanon.item(291); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFace1Position() { return detail::gTagsCanon.item(292); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFace2Position() { return detail::gTagsCanon.item(293); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFace3Position() { return detail::gTagsCanon.item(294); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFace4Position() { return detail::gTagsCanon.item(295); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFace5Position() { return detail::gTagsCanon.item(296); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFace6Position() { return detail::gTagsCanon.item(297); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFace7Position() { return detail::gTagsCanon.item(298); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFace8Position() { return detail::gTagsCanon.item(299); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFace9Position() { return detail::gTagsCanon.item(300); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFaceWidth() { return detail::gTagsCanon.item(301); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFileNumber() { return detail::gTagsCanon.item(302); }
+const TagItem& detail::TagItemCatalogue03::itemCanonBracketMode() { return detail::gTagsCanon.item(303); }
+const TagItem& detail::TagItemCatalogue03::itemCanonBracketValue() { return detail::gTagsCanon.item(304); }
+const TagItem& detail::TagItemCatalogue03::itemCanonBracketShotNumber() { return detail::gTagsCanon.item(305); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawJpgQuality() { return detail::gTagsCanon.item(306); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawJpgSize() { return detail::gTagsCanon.item(307); }
+const TagItem& detail::TagItemCatalogue03::itemCanonLongExposureNoiseReduction2() { return detail::gTagsCanon.item(308); }
+const TagItem& detail::TagItemCatalogue03::itemCanonWBBracketMode() { return detail::gTagsCanon.item(309); }
+const TagItem& detail::TagItemCatalogue03::itemCanonWBBracketValueAB() { return detail::gTagsCanon.item(310); }
+const TagItem& detail::TagItemCatalogue03::itemCanonWBBracketValueGM() { return detail::gTagsCanon.item(311); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFilterEffect() { return detail::gTagsCanon.item(312); }
+const TagItem& detail::TagItemCatalogue03::itemCanonToningEffect() { return detail::gTagsCanon.item(313); }
+const TagItem& detail::TagItemCatalogue03::itemCanonLiveViewShooting() { return detail::gTagsCanon.item(314); }
+const TagItem& detail::TagItemCatalogue03::itemCanonShutterMode() { return detail::gTagsCanon.item(315); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFlashExposureLock() { return detail::gTagsCanon.item(316); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRFLensType() { return detail::gTagsCanon.item(317); }
+const TagItem& detail::TagItemCatalogue03::itemCanonGrainyBWFilter() { return detail::gTagsCanon.item(318); }
+const TagItem& detail::TagItemCatalogue03::itemCanonSoftFocusFilter() { return detail::gTagsCanon.item(319); }
+const TagItem& detail::TagItemCatalogue03::itemCanonToyCameraFilter() { return detail::gTagsCanon.item(320); }
+const TagItem& detail::TagItemCatalogue03::itemCanonMiniatureFilter() { return detail::gTagsCanon.item(321); }
+const TagItem& detail::TagItemCatalogue03::itemCanonMiniatureFilterOrientation() { return detail::gTagsCanon.item(322); }
+const TagItem& detail::TagItemCatalogue03::itemCanonMiniatureFilterPosition() { return detail::gTagsCanon.item(323); }
+const TagItem& detail::TagItemCatalogue03::itemCanonMiniatureFilterParameter() { return detail::gTagsCanon.item(324); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFisheyeFilter() { return detail::gTagsCanon.item(325); }
+const TagItem& detail::TagItemCatalogue03::itemCanonPaintingFilter() { return detail::gTagsCanon.item(326); }
+const TagItem& detail::TagItemCatalogue03::itemCanonWatercolorFilter() { return detail::gTagsCanon.item(327); }
+const TagItem& detail::TagItemCatalogue03::itemCanonModifiedParamFlag() { return detail::gTagsCanon.item(328); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFocalPlaneXSize() { return detail::gTagsCanon.item(329); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFocalPlaneXUnknown() { return detail::gTagsCanon.item(330); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFocalPlaneYSize() { return detail::gTagsCanon.item(331); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFocalPlaneYUnknown() { return detail::gTagsCanon.item(332); }
+const TagItem& detail::TagItemCatalogue03::itemCanonHDR() { return detail::gTagsCanon.item(333); }
+const TagItem& detail::TagItemCatalogue03::itemCanonHDREffect() { return detail::gTagsCanon.item(334); }
+const TagItem& detail::TagItemCatalogue03::itemCanonPeripheralIlluminationCorr() { return detail::gTagsCanon.item(335); }
+const TagItem& detail::TagItemCatalogue03::itemCanonLongExposureNoiseReduction() { return detail::gTagsCanon.item(336); }
+const TagItem& detail::TagItemCatalogue03::itemCanonDigitalLensOptimizer() { return detail::gTagsCanon.item(337); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCompressionFormat() { return detail::gTagsCanon.item(338); }
+const TagItem& detail::TagItemCatalogue03::itemCanonColorSpace2() { return detail::gTagsCanon.item(339); }
+const TagItem& detail::TagItemCatalogue03::itemCanonColorMatrix() { return detail::gTagsCanon.item(340); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCanonLogVersion() { return detail::gTagsCanon.item(341); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCanonFlashInfo() { return detail::gTagsCanon.item(342); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCanonImageType() { return detail::gTagsCanon.item(343); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCanonFirmwareVersion() { return detail::gTagsCanon.item(344); }
+const TagItem& detail::TagItemCatalogue03::itemCanonSerialNumber() { return detail::gTagsCanon.item(345); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCanonFileLength() { return detail::gTagsCanon.item(346); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCanonModelID() { return detail::gTagsCanon.item(347); }
+const TagItem& detail::TagItemCatalogue03::itemCanonThumbnailImageValidArea() { return detail::gTagsCanon.item(348); }
+const TagItem& detail::TagItemCatalogue03::itemCanonSerialNumberFormat() { return detail::gTagsCanon.item(349); }
+const TagItem& detail::TagItemCatalogue03::itemCanonSuperMacro() { return detail::gTagsCanon.item(350); }
+const TagItem& detail::TagItemCatalogue03::itemCanonDateStampMode() { return detail::gTagsCanon.item(351); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCategories() { return detail::gTagsCanon.item(352); }
+const TagItem& detail::TagItemCatalogue03::itemCanonImageUniqueID() { return detail::gTagsCanon.item(353); }
+const TagItem& detail::TagItemCatalogue03::itemCanonBatteryType() { return detail::gTagsCanon.item(354); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawDataOffset() { return detail::gTagsCanon.item(355); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawDataLength() { return detail::gTagsCanon.item(356); }
+const TagItem& detail::TagItemCatalogue03::itemCanonOriginalDecisionDataOffset() { return detail::gTagsCanon.item(357); }
+const TagItem& detail::TagItemCatalogue03::itemCanonAFPointsInFocus1D() { return detail::gTagsCanon.item(358); }
+const TagItem& detail::TagItemCatalogue03::itemCanonInternalSerialNumber() { return detail::gTagsCanon.item(359); }
+const TagItem& detail::TagItemCatalogue03::itemCanonToneCurveTable() { return detail::gTagsCanon.item(360); }
+const TagItem& detail::TagItemCatalogue03::itemCanonSharpnessTable() { return detail::gTagsCanon.item(361); }
+const TagItem& detail::TagItemCatalogue03::itemCanonSharpnessFreqTable() { return detail::gTagsCanon.item(362); }
+const TagItem& detail::TagItemCatalogue03::itemCanonWhiteBalanceTable() { return detail::gTagsCanon.item(363); }
+const TagItem& detail::TagItemCatalogue03::itemCanonToneCurveMatching() { return detail::gTagsCanon.item(364); }
+const TagItem& detail::TagItemCatalogue03::itemCanonWhiteBalanceMatching() { return detail::gTagsCanon.item(365); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDOffset() { return detail::gTagsCanon.item(366); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCRWParam() { return detail::gTagsCanon.item(367); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFlavor() { return detail::gTagsCanon.item(368); }
+const TagItem& detail::TagItemCatalogue03::itemCanonPictureStyleUserDef() { return detail::gTagsCanon.item(369); }
+const TagItem& detail::TagItemCatalogue03::itemCanonPictureStylePC() { return detail::gTagsCanon.item(370); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPictureStyleFileName() { return detail::gTagsCanon.item(371); }
+const TagItem& detail::TagItemCatalogue03::itemCanonMeasuredRGGB() { return detail::gTagsCanon.item(372); }
+const TagItem& detail::TagItemCatalogue03::itemCanonModifiedToneCurve() { return detail::gTagsCanon.item(373); }
+const TagItem& detail::TagItemCatalogue03::itemCanonModifiedSharpness() { return detail::gTagsCanon.item(374); }
+const TagItem& detail::TagItemCatalogue03::itemCanonModifiedSharpnessFreq() { return detail::gTagsCanon.item(375); }
+const TagItem& detail::TagItemCatalogue03::itemCanonModifiedSensorRedLevel() { return detail::gTagsCanon.item(376); }
+const TagItem& detail::TagItemCatalogue03::itemCanonModifiedSensorBlueLevel() { return detail::gTagsCanon.item(377); }
+const TagItem& detail::TagItemCatalogue03::itemCanonModifiedWhiteBalanceRed() { return detail::gTagsCanon.item(378); }
+const TagItem& detail::TagItemCatalogue03::itemCanonModifiedWhiteBalanceBlue() { return detail::gTagsCanon.item(379); }
+const TagItem& detail::TagItemCatalogue03::itemCanonModifiedWhiteBalance() { return detail::gTagsCanon.item(380); }
+const TagItem& detail::TagItemCatalogue03::itemCanonModifiedColorTemp() { return detail::gTagsCanon.item(381); }
+const TagItem& detail::TagItemCatalogue03::itemCanonModifiedPictureStyle() { return detail::gTagsCanon.item(382); }
+const TagItem& detail::TagItemCatalogue03::itemCanonModifiedDigitalGain() { return detail::gTagsCanon.item(383); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFrameRate() { return detail::gTagsCanon.item(384); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFrameCount() { return detail::gTagsCanon.item(385); }
+const TagItem& detail::TagItemCatalogue03::itemCanonDuration() { return detail::gTagsCanon.item(386); }
+const TagItem& detail::TagItemCatalogue03::itemCanonAudioBitrate() { return detail::gTagsCanon.item(387); }
+const TagItem& detail::TagItemCatalogue03::itemCanonAudioSampleRate() { return detail::gTagsCanon.item(388); }
+const TagItem& detail::TagItemCatalogue03::itemCanonAudioChannels() { return detail::gTagsCanon.item(389); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVideoCodec() { return detail::gTagsCanon.item(390); }
+const TagItem& detail::TagItemCatalogue03::itemCanonMultiExposure() { return detail::gTagsCanon.item(391); }
+const TagItem& detail::TagItemCatalogue03::itemCanonMultiExposureControl() { return detail::gTagsCanon.item(392); }
+const TagItem& detail::TagItemCatalogue03::itemCanonMultiExposureShots() { return detail::gTagsCanon.item(393); }
+const TagItem& detail::TagItemCatalogue03::itemCanonMyColorMode() { return detail::gTagsCanon.item(394); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFilterEffectStandard() { return detail::gTagsCanon.item(395); }
+const TagItem& detail::TagItemCatalogue03::itemCanonToningEffectStandard() { return detail::gTagsCanon.item(396); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFilterEffectPortrait() { return detail::gTagsCanon.item(397); }
+const TagItem& detail::TagItemCatalogue03::itemCanonToningEffectPortrait() { return detail::gTagsCanon.item(398); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFilterEffectLandscape() { return detail::gTagsCanon.item(399); }
+const TagItem& detail::TagItemCatalogue03::itemCanonToningEffectLandscape() { return detail::gTagsCanon.item(400); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFilterEffectNeutral() { return detail::gTagsCanon.item(401); }
+const TagItem& detail::TagItemCatalogue03::itemCanonToningEffectNeutral() { return detail::gTagsCanon.item(402); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFilterEffectFaithful() { return detail::gTagsCanon.item(403); }
+const TagItem& detail::TagItemCatalogue03::itemCanonToningEffectFaithful() { return detail::gTagsCanon.item(404); }
+const TagItem& detail::TagItemCatalogue03::itemCanonSaturationMonochrome() { return detail::gTagsCanon.item(405); }
+const TagItem& detail::TagItemCatalogue03::itemCanonColorToneMonochrome() { return detail::gTagsCanon.item(406); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFilterEffectUserDef1() { return detail::gTagsCanon.item(407); }
+const TagItem& detail::TagItemCatalogue03::itemCanonToningEffectUserDef1() { return detail::gTagsCanon.item(408); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFilterEffectUserDef2() { return detail::gTagsCanon.item(409); }
+const TagItem& detail::TagItemCatalogue03::itemCanonToningEffectUserDef2() { return detail::gTagsCanon.item(410); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFilterEffectUserDef3() { return detail::gTagsCanon.item(411); }
+const TagItem& detail::TagItemCatalogue03::itemCanonToningEffectUserDef3() { return detail::gTagsCanon.item(412); }
+const TagItem& detail::TagItemCatalogue03::itemCanonContrastAuto() { return detail::gTagsCanon.item(413); }
+const TagItem& detail::TagItemCatalogue03::itemCanonSharpnessAuto() { return detail::gTagsCanon.item(414); }
+const TagItem& detail::TagItemCatalogue03::itemCanonSaturationAuto() { return detail::gTagsCanon.item(415); }
+const TagItem& detail::TagItemCatalogue03::itemCanonColorToneAuto() { return detail::gTagsCanon.item(416); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFilterEffectAuto() { return detail::gTagsCanon.item(417); }
+const TagItem& detail::TagItemCatalogue03::itemCanonToningEffectAuto() { return detail::gTagsCanon.item(418); }
+const TagItem& detail::TagItemCatalogue03::itemCanonPanoramaFrameNumber() { return detail::gTagsCanon.item(419); }
+const TagItem& detail::TagItemCatalogue03::itemCanonPanoramaDirection() { return detail::gTagsCanon.item(420); }
+const TagItem& detail::TagItemCatalogue03::itemCanonPreviewQuality() { return detail::gTagsCanon.item(421); }
+const TagItem& detail::TagItemCatalogue03::itemCanonPreviewImageLength() { return detail::gTagsCanon.item(422); }
+const TagItem& detail::TagItemCatalogue03::itemCanonPreviewImageWidth() { return detail::gTagsCanon.item(423); }
+const TagItem& detail::TagItemCatalogue03::itemCanonPreviewImageHeight() { return detail::gTagsCanon.item(424); }
+const TagItem& detail::TagItemCatalogue03::itemCanonPreviewImageStart() { return detail::gTagsCanon.item(425); }
+const TagItem& detail::TagItemCatalogue03::itemCanonToneCurve() { return detail::gTagsCanon.item(426); }
+const TagItem& detail::TagItemCatalogue03::itemCanonSensorRedLevel() { return detail::gTagsCanon.item(427); }
+const TagItem& detail::TagItemCatalogue03::itemCanonSensorBlueLevel() { return detail::gTagsCanon.item(428); }
+const TagItem& detail::TagItemCatalogue03::itemCanonWhiteBalanceRed() { return detail::gTagsCanon.item(429); }
+const TagItem& detail::TagItemCatalogue03::itemCanonWhiteBalanceBlue() { return detail::gTagsCanon.item(430); }
+const TagItem& detail::TagItemCatalogue03::itemCanonDigitalGain() { return detail::gTagsCanon.item(431); }
+const TagItem& detail::TagItemCatalogue03::itemCanonWBShiftAB() { return detail::gTagsCanon.item(432); }
+const TagItem& detail::TagItemCatalogue03::itemCanonWBShiftGM() { return detail::gTagsCanon.item(433); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawBurstImageNum() { return detail::gTagsCanon.item(434); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawBurstImageCount() { return detail::gTagsCanon.item(435); }
+const TagItem& detail::TagItemCatalogue03::itemCanonSensorWidth() { return detail::gTagsCanon.item(436); }
+const TagItem& detail::TagItemCatalogue03::itemCanonSensorHeight() { return detail::gTagsCanon.item(437); }
+const TagItem& detail::TagItemCatalogue03::itemCanonSensorLeftBorder() { return detail::gTagsCanon.item(438); }
+const TagItem& detail::TagItemCatalogue03::itemCanonSensorTopBorder() { return detail::gTagsCanon.item(439); }
+const TagItem& detail::TagItemCatalogue03::itemCanonSensorRightBorder() { return detail::gTagsCanon.item(440); }
+const TagItem& detail::TagItemCatalogue03::itemCanonSensorBottomBorder() { return detail::gTagsCanon.item(441); }
+const TagItem& detail::TagItemCatalogue03::itemCanonBlackMaskLeftBorder() { return detail::gTagsCanon.item(442); }
+const TagItem& detail::TagItemCatalogue03::itemCanonBlackMaskTopBorder() { return detail::gTagsCanon.item(443); }
+const TagItem& detail::TagItemCatalogue03::itemCanonBlackMaskRightBorder() { return detail::gTagsCanon.item(444); }
+const TagItem& detail::TagItemCatalogue03::itemCanonBlackMaskBottomBorder() { return detail::gTagsCanon.item(445); }
+const TagItem& detail::TagItemCatalogue03::itemCanonAutoISO() { return detail::gTagsCanon.item(446); }
+const TagItem& detail::TagItemCatalogue03::itemCanonBaseISO() { return detail::gTagsCanon.item(447); }
+const TagItem& detail::TagItemCatalogue03::itemCanonTargetAperture() { return detail::gTagsCanon.item(448); }
+const TagItem& detail::TagItemCatalogue03::itemCanonTargetExposureTime() { return detail::gTagsCanon.item(449); }
+const TagItem& detail::TagItemCatalogue03::itemCanonExposureCompensation() { return detail::gTagsCanon.item(450); }
+const TagItem& detail::TagItemCatalogue03::itemCanonSlowShutter() { return detail::gTagsCanon.item(451); }
+const TagItem& detail::TagItemCatalogue03::itemCanonSequenceNumber() { return detail::gTagsCanon.item(452); }
+const TagItem& detail::TagItemCatalogue03::itemCanonOpticalZoomCode() { return detail::gTagsCanon.item(453); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFlashGuideNumber() { return detail::gTagsCanon.item(454); }
+const TagItem& detail::TagItemCatalogue03::itemCanonFlashExposureComp() { return detail::gTagsCanon.item(455); }
+const TagItem& detail::TagItemCatalogue03::itemCanonAutoExposureBracketing() { return detail::gTagsCanon.item(456); }
+const TagItem& detail::TagItemCatalogue03::itemCanonAEBBracketValue() { return detail::gTagsCanon.item(457); }
+const TagItem& detail::TagItemCatalogue03::itemCanonControlMode() { return detail::gTagsCanon.item(458); }
+const TagItem& detail::TagItemCatalogue03::itemCanonBulbDuration() { return detail::gTagsCanon.item(459); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCameraType() { return detail::gTagsCanon.item(460); }
+const TagItem& detail::TagItemCatalogue03::itemCanonAutoRotate() { return detail::gTagsCanon.item(461); }
+const TagItem& detail::TagItemCatalogue03::itemCanonNDFilter() { return detail::gTagsCanon.item(462); }
+const TagItem& detail::TagItemCatalogue03::itemCanonSelfTimer2() { return detail::gTagsCanon.item(463); }
+const TagItem& detail::TagItemCatalogue03::itemCanonUnknown_CNDB() { return detail::gTagsCanon.item(464); }
+const TagItem& detail::TagItemCatalogue03::itemCanonTimeZone() { return detail::gTagsCanon.item(465); }
+const TagItem& detail::TagItemCatalogue03::itemCanonTimeZoneCity() { return detail::gTagsCanon.item(466); }
+const TagItem& detail::TagItemCatalogue03::itemCanonDaylightSavings() { return detail::gTagsCanon.item(467); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVignettingCorrVersion() { return detail::gTagsCanon.item(468); }
+const TagItem& detail::TagItemCatalogue03::itemCanonPeripheralLighting() { return detail::gTagsCanon.item(469); }
+const TagItem& detail::TagItemCatalogue03::itemCanonDistortionCorrection() { return detail::gTagsCanon.item(470); }
+const TagItem& detail::TagItemCatalogue03::itemCanonChromaticAberrationCorr() { return detail::gTagsCanon.item(471); }
+const TagItem& detail::TagItemCatalogue03::itemCanonPeripheralLightingValue() { return detail::gTagsCanon.item(472); }
+const TagItem& detail::TagItemCatalogue03::itemCanonDistortionCorrectionValue() { return detail::gTagsCanon.item(473); }
+const TagItem& detail::TagItemCatalogue03::itemCanonOriginalImageWidth() { return detail::gTagsCanon.item(474); }
+const TagItem& detail::TagItemCatalogue03::itemCanonOriginalImageHeight() { return detail::gTagsCanon.item(475); }
+const TagItem& detail::TagItemCatalogue03::itemCanonPeripheralLightingSetting() { return detail::gTagsCanon.item(476); }
+const TagItem& detail::TagItemCatalogue03::itemCanonChromaticAberrationSetting() { return detail::gTagsCanon.item(477); }
+const TagItem& detail::TagItemCatalogue03::itemCanonDistortionCorrectionSetting() { return detail::gTagsCanon.item(478); }
+const TagItem& detail::TagItemCatalogue03::itemCanonDigitalLensOptimizerSetting() { return detail::gTagsCanon.item(479); }
+const TagItem& detail::TagItemCatalogue03::itemCanonWB_GRBGLevelsAuto() { return detail::gTagsCanon.item(480); }
+const TagItem& detail::TagItemCatalogue03::itemCanonWB_GRBGLevelsDaylight() { return detail::gTagsCanon.item(481); }
+const TagItem& detail::TagItemCatalogue03::itemCanonWB_GRBGLevelsCloudy() { return detail::gTagsCanon.item(482); }
+const TagItem& detail::TagItemCatalogue03::itemCanonWB_GRBGLevelsTungsten() { return detail::gTagsCanon.item(483); }
+const TagItem& detail::TagItemCatalogue03::itemCanonWB_GRBGLevelsFluorescent() { return detail::gTagsCanon.item(484); }
+const TagItem& detail::TagItemCatalogue03::itemCanonWB_GRBGLevelsFluorHigh() { return detail::gTagsCanon.item(485); }
+const TagItem& detail::TagItemCatalogue03::itemCanonWB_GRBGLevelsFlash() { return detail::gTagsCanon.item(486); }
+const TagItem& detail::TagItemCatalogue03::itemCanonWB_GRBGLevelsUnderwater() { return detail::gTagsCanon.item(487); }
+const TagItem& detail::TagItemCatalogue03::itemCanonWB_GRBGLevelsCustom1() { return detail::gTagsCanon.item(488); }
+const TagItem& detail::TagItemCatalogue03::itemCanonWB_GRBGLevelsCustom2() { return detail::gTagsCanon.item(489); }
+const TagItem& detail::TagItemCatalogue03::itemCanonMakerNoteCanon() { return detail::gTagsCanon.item(490); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCompressorVersion() { return detail::gTagsCanon.item(491); }
 
 }  // namespace lorvane

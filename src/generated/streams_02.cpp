@@ -6,6 +6,8 @@
 namespace lorvane {
 namespace {
 
+using enum detail::TagFlag;
+
 constexpr char kText[] =
     "SetButtonWhenShooting" "ShutterReleaseNoCFCard" "FlashSyncSpeedAv" "Shutter-AELock" "AFAssist"
     "ExposureLevelIncrements" "AFPointRegistration" "RawAndJpgRecording" "AEBSequenceAutoCancel"
@@ -3307,185 +3309,185 @@ constexpr char kText[] =
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsCanonCustom[] = {
-    {{0, 21}, TagType::int32s, 2, 0, 0, 8},  // SetButtonWhenShooting
-    {{21, 22}, TagType::int8u, 2, 0, 8, 2},  // ShutterReleaseNoCFCard
-    {{43, 16}, TagType::int32s, 2, 0, 10, 3},  // FlashSyncSpeedAv
-    {{59, 14}, TagType::int32s, 2, 0, 13, 8},  // Shutter-AELock
-    {{73, 8}, TagType::int8u, 2, 0, 21, 4},  // AFAssist
-    {{81, 23}, TagType::int32s, 2, 0, 10, 3},  // ExposureLevelIncrements
-    {{104, 19}, TagType::int8u, 2, 0, 0, 8},  // AFPointRegistration
-    {{123, 18}, TagType::int8u, 2, 0, 25, 6},  // RawAndJpgRecording
-    {{141, 21}, TagType::int8u, 2, 0, 21, 4},  // AEBSequenceAutoCancel
-    {{162, 19}, TagType::int32s, 2, 0, 8, 2},  // SuperimposedDisplay
-    {{181, 25}, TagType::int8u, 2, 0, 10, 3},  // MenuButtonDisplayPosition
-    {{206, 12}, TagType::int32s, 2, 0, 10, 3},  // MirrorLockup
-    {{218, 20}, TagType::int8u, 2, 0, 31, 5},  // AssistButtonFunction
-    {{238, 22}, TagType::int8u, 2, 0, 8, 2},  // FillFlashAutoReduction
-    {{260, 18}, TagType::int32s, 2, 0, 8, 2},  // ShutterCurtainSync
-    {{278, 19}, TagType::int8u, 2, 0, 8, 2},  // SafetyShiftInAvOrTv
-    {{297, 16}, TagType::int32s, 2, 0, 0, 8},  // LensAFStopButton
-    {{313, 14}, TagType::int32s, 2, 0, 21, 4},  // FocusingScreen
-    {{327, 27}, TagType::int8u, 2, 0, 8, 2},  // FinderDisplayDuringExposure
-    {{354, 17}, TagType::int8u, 2, 0, 8, 2},  // ISOSpeedExpansion
-    {{371, 16}, TagType::int8u, 2, 0, 21, 4},  // ShutterAELButton
-    {{387, 8}, TagType::int32s, 2, 0, 21, 4},  // ManualTv
-    {{395, 19}, TagType::int32s, 2, 0, 10, 3},  // USMLensElectronicMF
-    {{414, 9}, TagType::int8u, 2, 0, 21, 4},  // LCDPanels
-    {{423, 19}, TagType::int8u, 2, 0, 21, 4},  // AFPointIllumination
-    {{442, 16}, TagType::int8u, 2, 0, 21, 4},  // AFPointSelection
-    {{458, 19}, TagType::int8u, 2, 0, 21, 4},  // AFPointSpotMetering
-    {{477, 21}, TagType::int8u, 2, 0, 10, 3},  // AFPointActivationArea
-    {{498, 25}, TagType::int32s, 2, 0, 10, 3},  // SwitchToRegisteredAFPoint
-    {{523, 26}, TagType::int32s, 2, 0, 36, 7},  // AIServoTrackingSensitivity
-    {{549, 25}, TagType::int8u, 2, 0, 8, 2},  // AIServoContinuousShooting
-    {{574, 18}, TagType::int32s, 2, 0, 8, 2},  // ISOSpeedIncrements
-    {{592, 13}, TagType::int32s, 2, 3, 8, 2},  // ISOSpeedRange
-    {{605, 12}, TagType::int32s, 2, 0, 8, 2},  // ISOExpansion
-    {{617, 13}, TagType::int32s, 2, 0, 8, 2},  // AEBAutoCancel
-    {{630, 11}, TagType::int32s, 2, 0, 10, 3},  // AEBSequence
-    {{641, 12}, TagType::int32s, 2, 2, 43, 10},  // AEBShotCount
-    {{653, 22}, TagType::int32s, 2, 0, 8, 2},  // SpotMeterLinkToAFPoint
-    {{675, 11}, TagType::int32s, 2, 0, 10, 3},  // SafetyShift
-    {{686, 19}, TagType::int32s, 2, 2, 8, 2},  // UsableShootingModes
-    {{705, 19}, TagType::int32s, 2, 2, 8, 2},  // UsableMeteringModes
-    {{724, 20}, TagType::int32s, 2, 0, 31, 5},  // ExposureModeInManual
-    {{744, 17}, TagType::int32s, 2, 4, 8, 2},  // ShutterSpeedRange
-    {{761, 13}, TagType::int32s, 2, 4, 8, 2},  // ApertureRange
-    {{774, 25}, TagType::int32s, 2, 8, 8, 2},  // ApplyShootingMeteringMode
-    {{799, 17}, TagType::int32s, 2, 3, 8, 2},  // AEMicroadjustment
-    {{816, 17}, TagType::int32s, 2, 3, 8, 2},  // FEMicroadjustment
-    {{833, 26}, TagType::int32s, 2, 0, 21, 4},  // SameExposureForNewAperture
-    {{859, 22}, TagType::int32s, 2, 0, 8, 2},  // ExposureCompAutoCancel
-    {{881, 25}, TagType::int32s, 2, 0, 53, 4},  // AELockMeterModeAfterFocus
-    {{906, 26}, TagType::int32s, 2, 0, 10, 3},  // LongExposureNoiseReduction
-    {{932, 21}, TagType::int32s, 2, 0, 21, 4},  // HighISONoiseReduction
-    {{953, 21}, TagType::int32s, 2, 0, 8, 2},  // HighlightTonePriority
-    {{974, 21}, TagType::int32s, 2, 0, 21, 4},  // AutoLightingOptimizer
-    {{995, 6}, TagType::int32s, 2, 0, 8, 2},  // ETTLII
-    {{1001, 11}, TagType::int32s, 2, 0, 8, 2},  // FlashFiring
-    {{1012, 22}, TagType::int32s, 2, 0, 8, 2},  // ViewInfoDuringExposure
-    {{1034, 25}, TagType::int32s, 2, 0, 8, 2},  // LCDIlluminationDuringBulb
-    {{1059, 22}, TagType::int32s, 2, 0, 8, 2},  // InfoButtonWhenShooting
-    {{1081, 18}, TagType::int32s, 2, 0, 57, 7},  // ViewfinderWarnings
-    {{1099, 21}, TagType::int32s, 2, 0, 8, 2},  // LVShootingAreaDisplay
-    {{1120, 20}, TagType::int32s, 2, 0, 21, 4},  // AIServoImagePriority
-    {{1140, 21}, TagType::int32s, 2, 0, 8, 2},  // AIServoTrackingMethod
-    {{1161, 13}, TagType::int32s, 2, 0, 8, 2},  // LensDriveNoAF
-    {{1174, 17}, TagType::int32s, 2, 5, 10, 3},  // AFMicroadjustment
-    {{1191, 20}, TagType::int32s, 2, 0, 21, 4},  // AFPointAreaExpansion
-    {{1211, 17}, TagType::int32s, 2, 0, 25, 6},  // SelectableAFPoint
-    {{1228, 20}, TagType::int32s, 2, 0, 10, 3},  // AFPointAutoSelection
-    {{1248, 25}, TagType::int32s, 2, 0, 31, 5},  // AFPointDisplayDuringFocus
-    {{1273, 17}, TagType::int32s, 2, 0, 8, 2},  // AFPointBrightness
-    {{1290, 12}, TagType::int32s, 2, 0, 21, 4},  // AFAssistBeam
-    {{1302, 22}, TagType::int32s, 2, 0, 10, 3},  // AFPointSelectionMethod
-    {{1324, 21}, TagType::int32s, 2, 0, 10, 3},  // VFDisplayIllumination
-    {{1345, 16}, TagType::int32s, 2, 0, 10, 3},  // AFDuringLiveView
-    {{1361, 22}, TagType::int32s, 2, 0, 21, 4},  // SelectAFAreaSelectMode
-    {{1383, 26}, TagType::int32s, 2, 0, 8, 2},  // ManualAFPointSelectPattern
-    {{1409, 18}, TagType::int32s, 2, 0, 8, 2},  // DisplayAllAFPoints
-    {{1427, 24}, TagType::int32s, 2, 0, 8, 2},  // FocusDisplayAIServoAndMF
-    {{1451, 24}, TagType::int32s, 2, 0, 8, 2},  // OrientationLinkedAFPoint
-    {{1475, 28}, TagType::int32s, 2, 0, 8, 2},  // MultiControllerWhileMetering
-    {{1503, 20}, TagType::int32s, 2, 0, 0, 0},  // AccelerationTracking
-    {{1523, 25}, TagType::int32s, 2, 0, 64, 3},  // AIServoFirstImagePriority
-    {{1548, 26}, TagType::int32s, 2, 0, 64, 3},  // AIServoSecondImagePriority
-    {{1574, 18}, TagType::int32s, 2, 0, 8, 2},  // AFAreaSelectMethod
-    {{1592, 24}, TagType::int32s, 2, 0, 8, 2},  // AutoAFPointColorTracking
-    {{1616, 23}, TagType::int32s, 2, 0, 10, 3},  // InitialAFPointAIServoAF
-    {{1639, 23}, TagType::int32s, 2, 6, 8, 2},  // ContinuousShootingSpeed
-    {{1662, 19}, TagType::int32s, 2, 2, 8, 2},  // ContinuousShotLimit
-    {{1681, 18}, TagType::int32s, 2, 2, 8, 2},  // RestrictDriveModes
-    {{1699, 20}, TagType::int32s, 2, 0, 31, 5},  // AFAndMeteringButtons
-    {{1719, 23}, TagType::int32s, 2, 0, 31, 5},  // ShutterButtonAFOnButton
-    {{1742, 22}, TagType::int32s, 2, 0, 8, 2},  // AFOnAELockButtonSwitch
-    {{1764, 23}, TagType::int32s, 2, 0, 31, 5},  // QuickControlDialInMeter
-    {{1787, 17}, TagType::int32s, 2, 0, 8, 2},  // DialDirectionTvAv
-    {{1804, 20}, TagType::int32s, 2, 0, 8, 2},  // AvSettingWithoutLens
-    {{1824, 23}, TagType::int32s, 2, 0, 10, 3},  // WBMediaImageSizeSetting
-    {{1847, 20}, TagType::int32s, 2, 0, 21, 4},  // LockMicrophoneButton
-    {{1867, 24}, TagType::int32s, 2, 0, 8, 2},  // ButtonFunctionControlOff
-    {{1891, 16}, TagType::int32s, 2, 0, 31, 5},  // AssignFuncButton
-    {{1907, 14}, TagType::int32s, 2, 0, 0, 0},  // CustomControls
-    {{1921, 18}, TagType::int32s, 2, 0, 8, 2},  // StartMovieShooting
-    {{1939, 19}, TagType::int32s, 2, 0, 8, 2},  // FlashButtonFunction
-    {{1958, 17}, TagType::int32s, 2, 0, 67, 7},  // MultiFunctionLock
-    {{1975, 19}, TagType::int32s, 2, 0, 8, 2},  // TrashButtonFunction
-    {{1994, 25}, TagType::int32s, 2, 0, 8, 2},  // ShutterReleaseWithoutLens
-    {{2019, 19}, TagType::int32s, 2, 0, 8, 2},  // ControlRingRotation
-    {{2038, 17}, TagType::int32s, 2, 0, 8, 2},  // FocusRingRotation
-    {{2055, 28}, TagType::int32s, 2, 0, 8, 2},  // RFLensMFFocusRingSensitivity
-    {{2083, 14}, TagType::int32s, 2, 0, 0, 0},  // CustomizeDials
-    {{2097, 11}, TagType::int32s, 2, 4, 8, 2},  // TimerLength
-    {{2108, 19}, TagType::int32s, 2, 0, 8, 2},  // ShortReleaseTimeLag
-    {{2127, 18}, TagType::int32s, 2, 0, 74, 7},  // AddAspectRatioInfo
-    {{2145, 23}, TagType::int32s, 2, 0, 8, 2},  // AddOriginalDecisionData
-    {{2168, 26}, TagType::int32s, 2, 0, 8, 2},  // LiveViewExposureSimulation
-    {{2194, 19}, TagType::int32s, 2, 0, 8, 2},  // LCDDisplayAtPowerOn
-    {{2213, 16}, TagType::int32s, 2, 0, 8, 2},  // MemoAudioQuality
-    {{2229, 18}, TagType::int32s, 2, 0, 21, 4},  // DefaultEraseOption
-    {{2247, 21}, TagType::int32s, 2, 0, 8, 2},  // RetractLensOnPowerOff
-    {{2268, 18}, TagType::int32s, 2, 0, 8, 2},  // AddIPTCInformation
-    {{2286, 16}, TagType::int32s, 2, 0, 8, 2},  // AudioCompression
-    {{2302, 23}, TagType::int8u, 2, 0, 31, 5},  // SetFunctionWhenShooting
-    {{2325, 13}, TagType::int8u, 2, 0, 8, 2},  // MagnifiedView
-    {{2338, 22}, TagType::int8u, 2, 0, 31, 5},  // SetButtonCrossKeysFunc
-    {{2360, 23}, TagType::int8u, 2, 0, 8, 2},  // LCDDisplayReturnToShoot
-    {{2383, 16}, TagType::int8u, 2, 0, 10, 3},  // MenuButtonReturn
-    {{2399, 14}, TagType::int8u, 2, 0, 8, 2},  // SensorCleaning
-    {{2413, 8}, TagType::int16u, 2, 0, 0, 0},  // PF1Value
-    {{2421, 8}, TagType::int16u, 2, 0, 0, 0},  // PF2Value
-    {{2429, 8}, TagType::int16u, 2, 0, 0, 0},  // PF3Value
-    {{2437, 18}, TagType::int16u, 2, 0, 0, 0},  // PF4ExposureTimeMin
-    {{2455, 18}, TagType::int16u, 2, 0, 0, 0},  // PF4ExposureTimeMax
-    {{2473, 14}, TagType::int16u, 2, 0, 0, 0},  // PF5ApertureMin
-    {{2487, 14}, TagType::int16u, 2, 0, 0, 0},  // PF5ApertureMax
-    {{2501, 15}, TagType::int16u, 2, 0, 0, 0},  // PF8BracketShots
-    {{2516, 20}, TagType::int16u, 2, 0, 0, 0},  // PF19ShootingSpeedLow
-    {{2536, 21}, TagType::int16u, 2, 0, 0, 0},  // PF19ShootingSpeedHigh
-    {{2557, 21}, TagType::int16u, 2, 0, 0, 0},  // PF20MaxContinousShots
-    {{2578, 21}, TagType::int16u, 2, 0, 0, 0},  // PF23ShutterButtonTime
-    {{2599, 14}, TagType::int16u, 2, 0, 0, 0},  // PF23FELockTime
-    {{2613, 19}, TagType::int16u, 2, 0, 0, 0},  // PF23PostReleaseTime
-    {{2632, 10}, TagType::int16u, 2, 0, 0, 0},  // PF25AEMode
-    {{2642, 16}, TagType::int16u, 2, 0, 0, 0},  // PF25MeteringMode
-    {{2658, 13}, TagType::int16u, 2, 0, 0, 0},  // PF25DriveMode
-    {{2671, 10}, TagType::int16u, 2, 0, 0, 0},  // PF25AFMode
-    {{2681, 14}, TagType::int16u, 2, 0, 0, 0},  // PF25AFPointSel
-    {{2695, 13}, TagType::int16u, 2, 0, 0, 0},  // PF25ImageSize
-    {{2708, 10}, TagType::int16u, 2, 0, 0, 0},  // PF25WBMode
-    {{2718, 14}, TagType::int16u, 2, 0, 0, 0},  // PF25Parameters
-    {{2732, 15}, TagType::int16u, 2, 0, 0, 0},  // PF25ColorMatrix
-    {{2747, 9}, TagType::int16u, 2, 0, 0, 0},  // PF27Value
-    {{2756, 25}, TagType::int16u, 2, 0, 0, 0},  // PF0CustomFuncRegistration
-    {{2781, 23}, TagType::int16u, 2, 0, 0, 0},  // PF1DisableShootingModes
-    {{2804, 23}, TagType::int16u, 2, 0, 0, 0},  // PF2DisableMeteringModes
-    {{2827, 25}, TagType::int16u, 2, 0, 0, 0},  // PF3ManualExposureMetering
-    {{2852, 21}, TagType::int16u, 2, 0, 0, 0},  // PF4ExposureTimeLimits
-    {{2873, 17}, TagType::int16u, 2, 0, 0, 0},  // PF5ApertureLimits
-    {{2890, 22}, TagType::int16u, 2, 0, 0, 0},  // PF6PresetShootingModes
-    {{2912, 25}, TagType::int16u, 2, 0, 0, 0},  // PF7BracketContinuousShoot
-    {{2937, 18}, TagType::int16u, 2, 0, 0, 0},  // PF8SetBracketShots
-    {{2955, 24}, TagType::int16u, 2, 0, 0, 0},  // PF9ChangeBracketSequence
-    {{2979, 22}, TagType::int16u, 2, 0, 0, 0},  // PF10RetainProgramShift
-    {{3001, 17}, TagType::int16u, 2, 0, 0, 0},  // PF13DrivePriority
-    {{3018, 22}, TagType::int16u, 2, 0, 0, 0},  // PF14DisableFocusSearch
-    {{3040, 23}, TagType::int16u, 2, 0, 0, 0},  // PF15DisableAFAssistBeam
-    {{3063, 23}, TagType::int16u, 2, 0, 0, 0},  // PF16AutoFocusPointShoot
-    {{3086, 21}, TagType::int16u, 2, 0, 0, 0},  // PF17DisableAFPointSel
-    {{3107, 24}, TagType::int16u, 2, 0, 0, 0},  // PF18EnableAutoAFPointSel
-    {{3131, 24}, TagType::int16u, 2, 0, 0, 0},  // PF19ContinuousShootSpeed
-    {{3155, 23}, TagType::int16u, 2, 0, 0, 0},  // PF20LimitContinousShots
-    {{3178, 24}, TagType::int16u, 2, 0, 0, 0},  // PF21EnableQuietOperation
-    {{3202, 19}, TagType::int16u, 2, 0, 0, 0},  // PF23SetTimerLengths
-    {{3221, 22}, TagType::int16u, 2, 0, 0, 0},  // PF24LightLCDDuringBulb
-    {{3243, 24}, TagType::int16u, 2, 0, 0, 0},  // PF25DefaultClearSettings
-    {{3267, 21}, TagType::int16u, 2, 0, 0, 0},  // PF26ShortenReleaseLag
-    {{3288, 23}, TagType::int16u, 2, 0, 0, 0},  // PF27ReverseDialRotation
-    {{3311, 22}, TagType::int16u, 2, 0, 0, 0},  // PF28NoQuickDialExpComp
-    {{3333, 22}, TagType::int16u, 2, 0, 0, 0},  // PF29QuickDialSwitchOff
-    {{3355, 19}, TagType::int16u, 2, 0, 0, 0},  // PF30EnlargementMode
-    {{3374, 24}, TagType::int16u, 2, 0, 0, 0},  // PF31OriginalDecisionData
+    {{0, 21}, TagType::int32s, writable, 0, 0, 8},  // SetButtonWhenShooting
+    {{21, 22}, TagType::int8u, writable, 0, 8, 2},  // ShutterReleaseNoCFCard
+    {{43, 16}, TagType::int32s, writable, 0, 10, 3},  // FlashSyncSpeedAv
+    {{59, 14}, TagType::int32s, writable, 0, 13, 8},  // Shutter-AELock
+    {{73, 8}, TagType::int8u, writable, 0, 21, 4},  // AFAssist
+    {{81, 23}, TagType::int32s, writable, 0, 10, 3},  // ExposureLevelIncrements
+    {{104, 19}, TagType::int8u, writable, 0, 0, 8},  // AFPointRegistration
+    {{123, 18}, TagType::int8u, writable, 0, 25, 6},  // RawAndJpgRecording
+    {{141, 21}, TagType::int8u, writable, 0, 21, 4},  // AEBSequenceAutoCancel
+    {{162, 19}, TagType::int32s, writable, 0, 8, 2},  // SuperimposedDisplay
+    {{181, 25}, TagType::int8u, writable, 0, 10, 3},  // MenuButtonDisplayPosition
+    {{206, 12}, TagType::int32s, writable, 0, 10, 3},  // MirrorLockup
+    {{218, 20}, TagType::int8u, writable, 0, 31, 5},  // AssistButtonFunction
+    {{238, 22}, TagType::int8u, writable, 0, 8, 2},  // FillFlashAutoReduction
+    {{260, 18}, TagType::int32s, writable, 0, 8, 2},  // ShutterCurtainSync
+    {{278, 19}, TagType::int8u, writable, 0, 8, 2},  // SafetyShiftInAvOrTv
+    {{297, 16}, TagType::int32s, writable, 0, 0, 8},  // LensAFStopButton
+    {{313, 14}, TagType::int32s, writable, 0, 21, 4},  // FocusingScreen
+    {{327, 27}, TagType::int8u, writable, 0, 8, 2},  // FinderDisplayDuringExposure
+    {{354, 17}, TagType::int8u, writable, 0, 8, 2},  // ISOSpeedExpansion
+    {{371, 16}, TagType::int8u, writable, 0, 21, 4},  // ShutterAELButton
+    {{387, 8}, TagType::int32s, writable, 0, 21, 4},  // ManualTv
+    {{395, 19}, TagType::int32s, writable, 0, 10, 3},  // USMLensElectronicMF
+    {{414, 9}, TagType::int8u, writable, 0, 21, 4},  // LCDPanels
+    {{423, 19}, TagType::int8u, writable, 0, 21, 4},  // AFPointIllumination
+    {{442, 16}, TagType::int8u, writable, 0, 21, 4},  // AFPointSelection
+    {{458, 19}, TagType::int8u, writable, 0, 21, 4},  // AFPointSpotMetering
+    {{477, 21}, TagType::int8u, writable, 0, 10, 3},  // AFPointActivationArea
+    {{498, 25}, TagType::int32s, writable, 0, 10, 3},  // SwitchToRegisteredAFPoint
+    {{523, 26}, TagType::int32s, writable, 0, 36, 7},  // AIServoTrackingSensitivity
+    {{549, 25}, TagType::int8u, writable, 0, 8, 2},  // AIServoContinuousShooting
+    {{574, 18}, TagType::int32s, writable, 0, 8, 2},  // ISOSpeedIncrements
+    {{592, 13}, TagType::int32s, writable, 3, 8, 2},  // ISOSpeedRange
+    {{605, 12}, TagType::int32s, writable, 0, 8, 2},  // ISOExpansion
+    {{617, 13}, TagType::int32s, writable, 0, 8, 2},  // AEBAutoCancel
+    {{630, 11}, TagType::int32s, writable, 0, 10, 3},  // AEBSequence
+    {{641, 12}, TagType::int32s, writable, 2, 43, 10},  // AEBShotCount
+    {{653, 22}, TagType::int32s, writable, 0, 8, 2},  // SpotMeterLinkToAFPoint
+    {{675, 11}, TagType::int32s, writable, 0, 10, 3},  // SafetyShift
+    {{686, 19}, TagType::int32s, writable, 2, 8, 2},  // UsableShootingModes
+    {{705, 19}, TagType::int32s, writable, 2, 8, 2},  // UsableMeteringModes
+    {{724, 20}, TagType::int32s, writable, 0, 31, 5},  // ExposureModeInManual
+    {{744, 17}, TagType::int32s, writable, 4, 8, 2},  // ShutterSpeedRange
+    {{761, 13}, TagType::int32s, writable, 4, 8, 2},  // ApertureRange
+    {{774, 25}, TagType::int32s, writable, 8, 8, 2},  // ApplyShootingMeteringMode
+    {{799, 17}, TagType::int32s, writable, 3, 8, 2},  // AEMicroadjustment
+    {{816, 17}, TagType::int32s, writable, 3, 8, 2},  // FEMicroadjustment
+    {{833, 26}, TagType::int32s, writable, 0, 21, 4},  // SameExposureForNewAperture
+    {{859, 22}, TagType::int32s, writable, 0, 8, 2},  // ExposureCompAutoCancel
+    {{881, 25}, TagType::int32s, writable, 0, 53, 4},  // AELockMeterModeAfterFocus
+    {{906, 26}, TagType::int32s, writable, 0, 10, 3},  // LongExposureNoiseReduction
+    {{932, 21}, TagType::int32s, writable, 0, 21, 4},  // HighISONoiseReduction
+    {{953, 21}, TagType::int32s, writable, 0, 8, 2},  // HighlightTonePriority
+    {{974, 21}, TagType::int32s, writable, 0, 21, 4},  // AutoLightingOptimizer
+    {{995, 6}, TagType::int32s, writable, 0, 8, 2},  // ETTLII
+    {{1001, 11}, TagType::int32s, writable, 0, 8, 2},  // FlashFiring
+    {{1012, 22}, TagType::int32s, writable, 0, 8, 2},  // ViewInfoDuringExposure
+    {{1034, 25}, TagType::int32s, writable, 0, 8, 2},  // LCDIlluminationDuringBulb
+    {{1059, 22}, TagType::int32s, writable, 0, 8, 2},  // InfoButtonWhenShooting
+    {{1081, 18}, TagType::int32s, writable, 0, 57, 7},  // ViewfinderWarnings
+    {{1099, 21}, TagType::int32s, writable, 0, 8, 2},  // LVShootingAreaDisplay
+    {{1120, 20}, TagType::int32s, writable, 0, 21, 4},  // AIServoImagePriority
+    {{1140, 21}, TagType::int32s, writable, 0, 8, 2},  // AIServoTrackingMethod
+    {{1161, 13}, TagType::int32s, writable, 0, 8, 2},  // LensDriveNoAF
+    {{1174, 17}, TagType::int32s, writable, 5, 10, 3},  // AFMicroadjustment
+    {{1191, 20}, TagType::int32s, writable, 0, 21, 4},  // AFPointAreaExpansion
+    {{1211, 17}, TagType::int32s, writable, 0, 25, 6},  // SelectableAFPoint
+    {{1228, 20}, TagType::int32s, writable, 0, 10, 3},  // AFPointAutoSelection
+    {{1248, 25}, TagType::int32s, writable, 0, 31, 5},  // AFPointDisplayDuringFocus
+    {{1273, 17}, TagType::int32s, writable, 0, 8, 2},  // AFPointBrightness
+    {{1290, 12}, TagType::int32s, writable, 0, 21, 4},  // AFAssistBeam
+    {{1302, 22}, TagType::int32s, writable, 0, 10, 3},  // AFPointSelectionMethod
+    {{1324, 21}, TagType::int32s, writable, 0, 10, 3},  // VFDisplayIllumination
+    {{1345, 16}, TagType::int32s, writable, 0, 10, 3},  // AFDuringLiveView
+    {{1361, 22}, TagType::int32s, writable, 0, 21, 4},  // SelectAFAreaSelectMode
+    {{1383, 26}, TagType::int32s, writable, 0, 8, 2},  // ManualAFPointSelectPattern
+    {{1409, 18}, TagType::int32s, writable, 0, 8, 2},  // DisplayAllAFPoints
+    {{1427, 24}, TagType::int32s, writable, 0, 8, 2},  // FocusDisplayAIServoAndMF
+    {{1451, 24}, TagType::int32s, writable, 0, 8, 2},  // OrientationLinkedAFPoint
+    {{1475, 28}, TagType::int32s, writable, 0, 8, 2},  // MultiControllerWhileMetering
+    {{1503, 20}, TagType::int32s, writable, 0, 0, 0},  // AccelerationTracking
+    {{1523, 25}, TagType::int32s, writable, 0, 64, 3},  // AIServoFirstImagePriority
+    {{1548, 26}, TagType::int32s, writable, 0, 64, 3},  // AIServoSecondImagePriority
+    {{1574, 18}, TagType::int32s, writable, 0, 8, 2},  // AFAreaSelectMethod
+    {{1592, 24}, TagType::int32s, writable, 0, 8, 2},  // AutoAFPointColorTracking
+    {{1616, 23}, TagType::int32s, writable, 0, 10, 3},  // InitialAFPointAIServoAF
+    {{1639, 23}, TagType::int32s, writable, 6, 8, 2},  // ContinuousShootingSpeed
+    {{1662, 19}, TagType::int32s, writable, 2, 8, 2},  // ContinuousShotLimit
+    {{1681, 18}, TagType::int32s, writable, 2, 8, 2},  // RestrictDriveModes
+    {{1699, 20}, TagType::int32s, writable, 0, 31, 5},  // AFAndMeteringButtons
+    {{1719, 23}, TagType::int32s, writable, 0, 31, 5},  // ShutterButtonAFOnButton
+    {{1742, 22}, TagType::int32s, writable, 0, 8, 2},  // AFOnAELockButtonSwitch
+    {{1764, 23}, TagType::int32s, writable, 0, 31, 5},  // QuickControlDialInMeter
+    {{1787, 17}, TagType::int32s, writable, 0, 8, 2},  // DialDirectionTvAv
+    {{1804, 20}, TagType::int32s, writable, 0, 8, 2},  // AvSettingWithoutLens
+    {{1824, 23}, TagType::int32s, writable, 0, 10, 3},  // WBMediaImageSizeSetting
+    {{1847, 20}, TagType::int32s, writable, 0, 21, 4},  // LockMicrophoneButton
+    {{1867, 24}, TagType::int32s, writable, 0, 8, 2},  // ButtonFunctionControlOff
+    {{1891, 16}, TagType::int32s, writable, 0, 31, 5},  // AssignFuncButton
+    {{1907, 14}, TagType::int32s, writable, 0, 0, 0},  // CustomControls
+    {{1921, 18}, TagType::int32s, writable, 0, 8, 2},  // StartMovieShooting
+    {{1939, 19}, TagType::int32s, writable, 0, 8, 2},  // FlashButtonFunction
+    {{1958, 17}, TagType::int32s, writable, 0, 67, 7},  // MultiFunctionLock
+    {{1975, 19}, TagType::int32s, writable, 0, 8, 2},  // TrashButtonFunction
+    {{1994, 25}, TagType::int32s, writable, 0, 8, 2},  // ShutterReleaseWithoutLens
+    {{2019, 19}, TagType::int32s, writable, 0, 8, 2},  // ControlRingRotation
+    {{2038, 17}, TagType::int32s, writable, 0, 8, 2},  // FocusRingRotation
+    {{2055, 28}, TagType::int32s, writable, 0, 8, 2},  // RFLensMFFocusRingSensitivity
+    {{2083, 14}, TagType::int32s, writable, 0, 0, 0},  // CustomizeDials
+    {{2097, 11}, TagType::int32s, writable, 4, 8, 2},  // TimerLength
+    {{2108, 19}, TagType::int32s, writable, 0, 8, 2},  // ShortReleaseTimeLag
+    {{2127, 18}, TagType::int32s, writable, 0, 74, 7},  // AddAspectRatioInfo
+    {{2145, 23}, TagType::int32s, writable, 0, 8, 2},  // AddOriginalDecisionData
+    {{2168, 26}, TagType::int32s, writable, 0, 8, 2},  // LiveViewExposureSimulation
+    {{2194, 19}, TagType::int32s, writable, 0, 8, 2},  // LCDDisplayAtPowerOn
+    {{2213, 16}, TagType::int32s, writable, 0, 8, 2},  // MemoAudioQuality
+    {{2229, 18}, TagType::int32s, writable, 0, 21, 4},  // DefaultEraseOption
+    {{2247, 21}, TagType::int32s, writable, 0, 8, 2},  // RetractLensOnPowerOff
+    {{2268, 18}, TagType::int32s, writable, 0, 8, 2},  // AddIPTCInformation
+    {{2286, 16}, TagType::int32s, writable, 0, 8, 2},  // AudioCompression
+    {{2302, 23}, TagType::int8u, writable, 0, 31, 5},  // SetFunctionWhenShooting
+    {{2325, 13}, TagType::int8u, writable, 0, 8, 2},  // MagnifiedView
+    {{2338, 22}, TagType::int8u, writable, 0, 31, 5},  // SetButtonCrossKeysFunc
+    {{2360, 23}, TagType::int8u, writable, 0, 8, 2},  // LCDDisplayReturnToShoot
+    {{2383, 16}, TagType::int8u, writable, 0, 10, 3},  // MenuButtonReturn
+    {{2399, 14}, TagType::int8u, writable, 0, 8, 2},  // SensorCleaning
+    {{2413, 8}, TagType::int16u, writable, 0, 0, 0},  // PF1Value
+    {{2421, 8}, TagType::int16u, writable, 0, 0, 0},  // PF2Value
+    {{2429, 8}, TagType::int16u, writable, 0, 0, 0},  // PF3Value
+    {{2437, 18}, TagType::int16u, writable, 0, 0, 0},  // PF4ExposureTimeMin
+    {{2455, 18}, TagType::int16u, writable, 0, 0, 0},  // PF4ExposureTimeMax
+    {{2473, 14}, TagType::int16u, writable, 0, 0, 0},  // PF5ApertureMin
+    {{2487, 14}, TagType::int16u, writable, 0, 0, 0},  // PF5ApertureMax
+    {{2501, 15}, TagType::int16u, writable, 0, 0, 0},  // PF8BracketShots
+    {{2516, 20}, TagType::int16u, writable, 0, 0, 0},  // PF19ShootingSpeedLow
+    {{2536, 21}, TagType::int16u, writable, 0, 0, 0},  // PF19ShootingSpeedHigh
+    {{2557, 21}, TagType::int16u, writable, 0, 0, 0},  // PF20MaxContinousShots
+    {{2578, 21}, TagType::int16u, writable, 0, 0, 0},  // PF23ShutterButtonTime
+    {{2599, 14}, TagType::int16u, writable, 0, 0, 0},  // PF23FELockTime
+    {{2613, 19}, TagType::int16u, writable, 0, 0, 0},  // PF23PostReleaseTime
+    {{2632, 10}, TagType::int16u, writable, 0, 0, 0},  // PF25AEMode
+    {{2642, 16}, TagType::int16u, writable, 0, 0, 0},  // PF25MeteringMode
+    {{2658, 13}, TagType::int16u, writable, 0, 0, 0},  // PF25DriveMode
+    {{2671, 10}, TagType::int16u, writable, 0, 0, 0},  // PF25AFMode
+    {{2681, 14}, TagType::int16u, writable, 0, 0, 0},  // PF25AFPointSel
+    {{2695, 13}, TagType::int16u, writable, 0, 0, 0},  // PF25ImageSize
+    {{2708, 10}, TagType::int16u, writable, 0, 0, 0},  // PF25WBMode
+    {{2718, 14}, TagType::int16u, writable, 0, 0, 0},  // PF25Parameters
+    {{2732, 15}, TagType::int16u, writable, 0, 0, 0},  // PF25ColorMatrix
+    {{2747, 9}, TagType::int16u, writable, 0, 0, 0},  // PF27Value
+    {{2756, 25}, TagType::int16u, writable, 0, 0, 0},  // PF0CustomFuncRegistration
+    {{2781, 23}, TagType::int16u, writable, 0, 0, 0},  // PF1DisableShootingModes
+    {{2804, 23}, TagType::int16u, writable, 0, 0, 0},  // PF2DisableMeteringModes
+    {{2827, 25}, TagType::int16u, writable, 0, 0, 0},  // PF3ManualExposureMetering
+    {{2852, 21}, TagType::int16u, writable, 0, 0, 0},  // PF4ExposureTimeLimits
+    {{2873, 17}, TagType::int16u, writable, 0, 0, 0},  // PF5ApertureLimits
+    {{2890, 22}, TagType::int16u, writable, 0, 0, 0},  // PF6PresetShootingModes
+    {{2912, 25}, TagType::int16u, writable, 0, 0, 0},  // PF7BracketContinuousShoot
+    {{2937, 18}, TagType::int16u, writable, 0, 0, 0},  // PF8SetBracketShots
+    {{2955, 24}, TagType::int16u, writable, 0, 0, 0},  // PF9ChangeBracketSequence
+    {{2979, 22}, TagType::int16u, writable, 0, 0, 0},  // PF10RetainProgramShift
+    {{3001, 17}, TagType::int16u, writable, 0, 0, 0},  // PF13DrivePriority
+    {{3018, 22}, TagType::int16u, writable, 0, 0, 0},  // PF14DisableFocusSearch
+    {{3040, 23}, TagType::int16u, writable, 0, 0, 0},  // PF15DisableAFAssistBeam
+    {{3063, 23}, TagType::int16u, writable, 0, 0, 0},  // PF16AutoFocusPointShoot
+    {{3086, 21}, TagType::int16u, writable, 0, 0, 0},  // PF17DisableAFPointSel
+    {{3107, 24}, TagType::int16u, writable, 0, 0, 0},  // PF18EnableAutoAFPointSel
+    {{3131, 24}, TagType::int16u, writable, 0, 0, 0},  // PF19ContinuousShootSpeed
+    {{3155, 23}, TagType::int16u, writable, 0, 0, 0},  // PF20LimitContinousShots
+    {{3178, 24}, TagType::int16u, writable, 0, 0, 0},  // PF21EnableQuietOperation
+    {{3202, 19}, TagType::int16u, writable, 0, 0, 0},  // PF23SetTimerLengths
+    {{3221, 22}, TagType::int16u, writable, 0, 0, 0},  // PF24LightLCDDuringBulb
+    {{3243, 24}, TagType::int16u, writable, 0, 0, 0},  // PF25DefaultClearSettings
+    {{3267, 21}, TagType::int16u, writable, 0, 0, 0},  // PF26ShortenReleaseLag
+    {{3288, 23}, TagType::int16u, writable, 0, 0, 0},  // PF27ReverseDialRotation
+    {{3311, 22}, TagType::int16u, writable, 0, 0, 0},  // PF28NoQuickDialExpComp
+    {{3333, 22}, TagType::int16u, writable, 0, 0, 0},  // PF29QuickDialSwitchOff
+    {{3355, 19}, TagType::int16u, writable, 0, 0, 0},  // PF30EnlargementMode
+    {{3374, 24}, TagType::int16u, writable, 0, 0, 0},  // PF31OriginalDecisionData
 };
 constexpr detail::TextRef kChoicesCanonCustom[] = {
     {3398, 1}, {3399, 1}, {3400, 1}, {3401, 1}, {3402, 1}, {3403, 1}, {3404, 1}, {3405, 1},
@@ -5287,74 +5289,73 @@ constexpr std::uint16_t kKeyOrderCanonCustom[] = {
     39, 72, 56, 59, 95,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsCanonCustom[179];
-constinit detail::StreamTags gTagsCanonCustom("CanonCustom", kText, kTagsCanonCustom, kKeyOrderCanonCustom, kChoicesCanonCustom, gItemsCanonCustom, &TagStringsCatalogue::stringsCanonCustom);
 
 // CanonRaw: 62 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsCanonRaw[] = {
-    {{55227, 18}, TagType::int32u, 0, 0, 0, 0},  // DecoderTableNumber
-    {{55245, 20}, TagType::int32u, 0, 0, 0, 0},  // CompressedDataOffset
-    {{55265, 20}, TagType::int32u, 0, 0, 0, 0},  // CompressedDataLength
-    {{55285, 20}, TagType::float_, 2, 0, 0, 0},  // ExposureCompensation
-    {{55305, 17}, TagType::float_, 2, 0, 0, 0},  // ShutterSpeedValue
-    {{55322, 13}, TagType::float_, 2, 0, 0, 0},  // ApertureValue
-    {{55335, 16}, TagType::float_, 2, 0, 0, 0},  // FlashGuideNumber
-    {{55351, 14}, TagType::float_, 2, 0, 0, 0},  // FlashThreshold
-    {{55365, 10}, TagType::int32u, 2, 0, 0, 4},  // FileFormat
-    {{55375, 22}, TagType::float_, 2, 0, 0, 0},  // TargetCompressionRatio
-    {{55397, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
-    {{55407, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
-    {{55418, 16}, TagType::float_, 0, 0, 0, 0},  // PixelAspectRatio
-    {{55434, 8}, TagType::int32s, 2, 0, 0, 0},  // Rotation
-    {{55442, 17}, TagType::int32u, 0, 0, 0, 0},  // ComponentBitDepth
-    {{55459, 13}, TagType::int32u, 0, 0, 0, 0},  // ColorBitDepth
-    {{55472, 7}, TagType::int32u, 0, 0, 0, 0},  // ColorBW
-    {{55479, 10}, TagType::string, 2, 0, 0, 0},  // NullRecord
-    {{55489, 9}, TagType::string, 10, 0, 0, 0},  // FreeBytes
-    {{55498, 15}, TagType::string, 2, 0, 0, 0},  // CanonColorInfo1
-    {{55513, 20}, TagType::string, 2, 32, 0, 0},  // CanonFileDescription
-    {{55533, 11}, TagType::string, 2, 256, 0, 0},  // UserComment
-    {{55544, 20}, TagType::string, 2, 32, 0, 0},  // CanonFirmwareVersion
-    {{55564, 16}, TagType::string, 2, 0, 0, 0},  // ComponentVersion
-    {{55580, 16}, TagType::string, 2, 8, 0, 0},  // ROMOperationMode
-    {{55596, 9}, TagType::string, 2, 32, 0, 0},  // OwnerName
-    {{55605, 14}, TagType::string, 2, 32, 0, 0},  // CanonImageType
-    {{55619, 16}, TagType::string, 2, 32, 0, 0},  // OriginalFileName
-    {{55635, 17}, TagType::string, 2, 32, 0, 0},  // ThumbnailFileName
-    {{55652, 15}, TagType::int16u, 2, 0, 4, 2},  // TargetImageType
-    {{55667, 20}, TagType::int16u, 2, 0, 6, 2},  // ShutterReleaseMethod
-    {{55687, 20}, TagType::int16u, 2, 0, 4, 2},  // ShutterReleaseTiming
-    {{55707, 14}, TagType::int16u, 2, 0, 0, 0},  // ReleaseSetting
-    {{55721, 7}, TagType::int16u, 2, 0, 0, 0},  // BaseISO
-    {{55728, 14}, TagType::int16u, 2, 4, 0, 0},  // CanonFlashInfo
-    {{55742, 15}, TagType::string, 2, 0, 0, 0},  // CanonColorInfo2
-    {{55757, 16}, TagType::int16u, 2, 0, 0, 0},  // ColorTemperature
-    {{55773, 10}, TagType::int16u, 2, 0, 8, 3},  // ColorSpace
-    {{55783, 8}, TagType::int32u, 2, 0, 0, 0},  // RecordID
-    {{55791, 13}, TagType::int32u, 2, 0, 0, 0},  // SelfTimerTime
-    {{55804, 21}, TagType::float_, 2, 0, 0, 0},  // TargetDistanceSetting
-    {{55825, 12}, TagType::int32u, 2, 0, 0, 0},  // SerialNumber
-    {{55837, 13}, TagType::string, 2, 0, 0, 0},  // UnknownNumber
-    {{55850, 10}, TagType::float_, 2, 0, 0, 0},  // MeasuredEV
-    {{55860, 10}, TagType::int32u, 2, 0, 0, 0},  // FileNumber
-    {{55870, 12}, TagType::int32u, 2, 0, 11, 351},  // CanonModelID
-    {{55882, 18}, TagType::int32u, 2, 0, 362, 2},  // SerialNumberFormat
-    {{55900, 7}, TagType::string, 10, 0, 0, 0},  // RawData
-    {{55907, 4}, TagType::string, 2, 6, 0, 0},  // Make
-    {{55911, 5}, TagType::string, 2, 0, 0, 0},  // Model
-    {{55916, 13}, TagType::int16u, 2, 0, 364, 4},  // RawJpgQuality
-    {{55929, 10}, TagType::int16u, 2, 0, 368, 3},  // RawJpgSize
-    {{55939, 11}, TagType::int16u, 2, 0, 0, 0},  // RawJpgWidth
-    {{55950, 12}, TagType::int16u, 2, 0, 0, 0},  // RawJpgHeight
-    {{55962, 16}, TagType::int32u, 2, 0, 0, 0},  // DateTimeOriginal
-    {{55978, 12}, TagType::int32s, 2, 0, 0, 0},  // TimeZoneCode
-    {{55990, 12}, TagType::int32u, 2, 0, 0, 0},  // TimeZoneInfo
-    {{56002, 16}, TagType::int16u, 0, 0, 0, 0},  // WhiteSampleWidth
-    {{56018, 17}, TagType::int16u, 0, 0, 0, 0},  // WhiteSampleHeight
-    {{56035, 21}, TagType::int16u, 0, 0, 0, 0},  // WhiteSampleLeftBorder
-    {{56056, 20}, TagType::int16u, 0, 0, 0, 0},  // WhiteSampleTopBorder
-    {{56076, 15}, TagType::int16u, 0, 0, 0, 0},  // WhiteSampleBits
+    {{55227, 18}, TagType::int32u, none, 0, 0, 0},  // DecoderTableNumber
+    {{55245, 20}, TagType::int32u, none, 0, 0, 0},  // CompressedDataOffset
+    {{55265, 20}, TagType::int32u, none, 0, 0, 0},  // CompressedDataLength
+    {{55285, 20}, TagType::float_, writable, 0, 0, 0},  // ExposureCompensation
+    {{55305, 17}, TagType::float_, writable, 0, 0, 0},  // ShutterSpeedValue
+    {{55322, 13}, TagType::float_, writable, 0, 0, 0},  // ApertureValue
+    {{55335, 16}, TagType::float_, writable, 0, 0, 0},  // FlashGuideNumber
+    {{55351, 14}, TagType::float_, writable, 0, 0, 0},  // FlashThreshold
+    {{55365, 10}, TagType::int32u, writable, 0, 0, 4},  // FileFormat
+    {{55375, 22}, TagType::float_, writable, 0, 0, 0},  // TargetCompressionRatio
+    {{55397, 10}, TagType::int32u, none, 0, 0, 0},  // ImageWidth
+    {{55407, 11}, TagType::int32u, none, 0, 0, 0},  // ImageHeight
+    {{55418, 16}, TagType::float_, none, 0, 0, 0},  // PixelAspectRatio
+    {{55434, 8}, TagType::int32s, writable, 0, 0, 0},  // Rotation
+    {{55442, 17}, TagType::int32u, none, 0, 0, 0},  // ComponentBitDepth
+    {{55459, 13}, TagType::int32u, none, 0, 0, 0},  // ColorBitDepth
+    {{55472, 7}, TagType::int32u, none, 0, 0, 0},  // ColorBW
+    {{55479, 10}, TagType::string, writable, 0, 0, 0},  // NullRecord
+    {{55489, 9}, TagType::string, writable | binary, 0, 0, 0},  // FreeBytes
+    {{55498, 15}, TagType::string, writable, 0, 0, 0},  // CanonColorInfo1
+    {{55513, 20}, TagType::string, writable, 32, 0, 0},  // CanonFileDescription
+    {{55533, 11}, TagType::string, writable, 256, 0, 0},  // UserComment
+    {{55544, 20}, TagType::string, writable, 32, 0, 0},  // CanonFirmwareVersion
+    {{55564, 16}, TagType::string, writable, 0, 0, 0},  // ComponentVersion
+    {{55580, 16}, TagType::string, writable, 8, 0, 0},  // ROMOperationMode
+    {{55596, 9}, TagType::string, writable, 32, 0, 0},  // OwnerName
+    {{55605, 14}, TagType::string, writable, 32, 0, 0},  // CanonImageType
+    {{55619, 16}, TagType::string, writable, 32, 0, 0},  // OriginalFileName
+    {{55635, 17}, TagType::string, writable, 32, 0, 0},  // ThumbnailFileName
+    {{55652, 15}, TagType::int16u, writable, 0, 4, 2},  // TargetImageType
+    {{55667, 20}, TagType::int16u, writable, 0, 6, 2},  // ShutterReleaseMethod
+    {{55687, 20}, TagType::int16u, writable, 0, 4, 2},  // ShutterReleaseTiming
+    {{55707, 14}, TagType::int16u, writable, 0, 0, 0},  // ReleaseSetting
+    {{55721, 7}, TagType::int16u, writable, 0, 0, 0},  // BaseISO
+    {{55728, 14}, TagType::int16u, writable, 4, 0, 0},  // CanonFlashInfo
+    {{55742, 15}, TagType::string, writable, 0, 0, 0},  // CanonColorInfo2
+    {{55757, 16}, TagType::int16u, writable, 0, 0, 0},  // ColorTemperature
+    {{55773, 10}, TagType::int16u, writable, 0, 8, 3},  // ColorSpace
+    {{55783, 8}, TagType::int32u, writable, 0, 0, 0},  // RecordID
+    {{55791, 13}, TagType::int32u, writable, 0, 0, 0},  // SelfTimerTime
+    {{55804, 21}, TagType::float_, writable, 0, 0, 0},  // TargetDistanceSetting
+    {{55825, 12}, TagType::int32u, writable, 0, 0, 0},  // SerialNumber
+    {{55837, 13}, TagType::string, writable, 0, 0, 0},  // UnknownNumber
+    {{55850, 10}, TagType::float_, writable, 0, 0, 0},  // MeasuredEV
+    {{55860, 10}, TagType::int32u, writable, 0, 0, 0},  // FileNumber
+    {{55870, 12}, TagType::int32u, writable, 0, 11, 351},  // CanonModelID
+    {{55882, 18}, TagType::int32u, writable, 0, 362, 2},  // SerialNumberFormat
+    {{55900, 7}, TagType::string, writable | binary, 0, 0, 0},  // RawData
+    {{55907, 4}, TagType::string, writable, 6, 0, 0},  // Make
+    {{55911, 5}, TagType::string, writable, 0, 0, 0},  // Model
+    {{55916, 13}, TagType::int16u, writable, 0, 364, 4},  // RawJpgQuality
+    {{55929, 10}, TagType::int16u, writable, 0, 368, 3},  // RawJpgSize
+    {{55939, 11}, TagType::int16u, writable, 0, 0, 0},  // RawJpgWidth
+    {{55950, 12}, TagType::int16u, writable, 0, 0, 0},  // RawJpgHeight
+    {{55962, 16}, TagType::int32u, writable, 0, 0, 0},  // DateTimeOriginal
+    {{55978, 12}, TagType::int32s, writable, 0, 0, 0},  // TimeZoneCode
+    {{55990, 12}, TagType::int32u, writable, 0, 0, 0},  // TimeZoneInfo
+    {{56002, 16}, TagType::int16u, none, 0, 0, 0},  // WhiteSampleWidth
+    {{56018, 17}, TagType::int16u, none, 0, 0, 0},  // WhiteSampleHeight
+    {{56035, 21}, TagType::int16u, none, 0, 0, 0},  // WhiteSampleLeftBorder
+    {{56056, 20}, TagType::int16u, none, 0, 0, 0},  // WhiteSampleTopBorder
+    {{56076, 15}, TagType::int16u, none, 0, 0, 0},  // WhiteSampleBits
 };
 constexpr detail::TextRef kChoicesCanonRaw[] = {
     {56091, 5}, {56096, 5}, {56101, 5}, {56106, 6}, {3398, 1}, {3399, 1}, {3398, 1}, {3400, 1},
@@ -6070,276 +6071,275 @@ constexpr std::uint16_t kKeyOrderCanonRaw[] = {
     40, 29, 28, 55, 56, 42, 21, 61, 58, 59, 60, 57,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsCanonRaw[62];
-constinit detail::StreamTags gTagsCanonRaw("CanonRaw", kText, kTagsCanonRaw, kKeyOrderCanonRaw, kChoicesCanonRaw, gItemsCanonRaw, &TagStringsCatalogue::stringsCanonRaw);
 
 // CanonVRD: 264 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsCanonVRD[] = {
-    {{84383, 10}, TagType::int32s, 2, 0, 0, 2},  // CropActive
-    {{84393, 24}, TagType::int32s, 2, 0, 0, 0},  // CropRotatedOriginalWidth
-    {{84417, 25}, TagType::int32s, 2, 0, 0, 0},  // CropRotatedOriginalHeight
-    {{84442, 5}, TagType::int32s, 2, 0, 0, 0},  // CropX
-    {{84447, 5}, TagType::int32s, 2, 0, 0, 0},  // CropY
-    {{84452, 9}, TagType::int32s, 2, 0, 0, 0},  // CropWidth
-    {{84461, 10}, TagType::int32s, 2, 0, 0, 0},  // CropHeight
-    {{84471, 12}, TagType::double_, 2, 0, 0, 0},  // CropRotation
-    {{84483, 17}, TagType::int32s, 2, 0, 0, 0},  // CropOriginalWidth
-    {{84500, 18}, TagType::int32s, 2, 0, 0, 0},  // CropOriginalHeight
-    {{84518, 17}, TagType::int16s, 2, 0, 0, 0},  // DLOSettingApplied
-    {{84535, 10}, TagType::string, 2, 10, 0, 0},  // DLOVersion
-    {{84545, 7}, TagType::string, 10, 0, 0, 0},  // DLOData
-    {{55434, 8}, TagType::int16u, 2, 0, 2, 4},  // Rotation
-    {{84552, 8}, TagType::int32s, 2, 0, 0, 0},  // AngleAdj
-    {{84560, 18}, TagType::string, 2, 0, 0, 0},  // CustomPictureStyle
-    {{84578, 9}, TagType::int16u, 2, 0, 6, 6},  // CheckMark
-    {{84587, 14}, TagType::int16u, 2, 0, 6, 6},  // WorkColorSpace
-    {{84601, 16}, TagType::int32s, 2, 0, 0, 0},  // RawBrightnessAdj
-    {{84617, 15}, TagType::int16u, 2, 0, 12, 12},  // WhiteBalanceAdj
-    {{84632, 14}, TagType::int16u, 2, 0, 0, 0},  // WBAdjColorTemp
-    {{84646, 17}, TagType::string, 2, 0, 0, 0},  // WBAdjMagentaGreen
-    {{84663, 14}, TagType::string, 2, 0, 0, 0},  // WBAdjBlueAmber
-    {{84677, 15}, TagType::int16u, 2, 4, 0, 0},  // WBAdjRGGBLevels
-    {{84692, 11}, TagType::string, 2, 0, 0, 2},  // GammaLinear
-    {{84703, 12}, TagType::int16s, 2, 0, 24, 18},  // PictureStyle
-    {{84715, 11}, TagType::int8s, 2, 0, 0, 0},  // ContrastAdj
-    {{84726, 12}, TagType::int32s, 2, 0, 0, 0},  // ColorToneAdj
-    {{84738, 18}, TagType::string, 2, 0, 0, 0},  // ColorSaturationAdj
-    {{84756, 22}, TagType::int16s, 2, 0, 42, 7},  // MonochromeToningEffect
-    {{84778, 22}, TagType::int16s, 2, 0, 42, 7},  // MonochromeFilterEffect
-    {{84800, 19}, TagType::string, 2, 0, 0, 0},  // UnsharpMaskStrength
-    {{84819, 19}, TagType::string, 2, 0, 0, 0},  // UnsharpMaskFineness
-    {{84838, 20}, TagType::string, 2, 0, 0, 0},  // UnsharpMaskThreshold
-    {{84858, 9}, TagType::string, 2, 0, 0, 0},  // ShadowAdj
-    {{84867, 12}, TagType::string, 2, 0, 0, 0},  // HighlightAdj
-    {{84879, 12}, TagType::int16u, 2, 0, 0, 2},  // SharpnessAdj
-    {{84891, 17}, TagType::string, 2, 0, 0, 0},  // SharpnessStrength
-    {{84908, 19}, TagType::string, 2, 0, 0, 0},  // ToneCurveBrightness
-    {{84927, 17}, TagType::string, 2, 0, 0, 0},  // ToneCurveContrast
-    {{974, 21}, TagType::int16s, 2, 0, 49, 7},  // AutoLightingOptimizer
-    {{84944, 23}, TagType::int16s, 2, 0, 56, 21},  // LuminanceNoiseReduction
-    {{84967, 25}, TagType::int16s, 2, 0, 77, 22},  // ChrominanceNoiseReduction
-    {{84992, 19}, TagType::string, 2, 0, 0, 0},  // ColorMoireReduction
-    {{85011, 16}, TagType::string, 2, 0, 0, 0},  // ShootingDistance
-    {{85027, 22}, TagType::int16s, 2, 0, 0, 0},  // PeripheralIllumination
-    {{85049, 19}, TagType::int16s, 2, 0, 0, 0},  // ChromaticAberration
-    {{85068, 11}, TagType::string, 2, 0, 0, 2},  // ColorBlurOn
-    {{85079, 20}, TagType::int16s, 2, 0, 0, 0},  // DistortionCorrection
-    {{85099, 10}, TagType::int16s, 2, 0, 0, 0},  // DLOSetting
-    {{85109, 22}, TagType::int16s, 2, 0, 0, 0},  // ChromaticAberrationRed
-    {{85131, 23}, TagType::int16s, 2, 0, 0, 0},  // ChromaticAberrationBlue
-    {{85154, 16}, TagType::string, 2, 0, 99, 5},  // DistortionEffect
-    {{85170, 23}, TagType::string, 2, 0, 0, 2},  // DiffractionCorrectionOn
-    {{85193, 8}, TagType::string, 2, 0, 0, 0},  // ColorHue
-    {{85201, 13}, TagType::int16s, 2, 0, 0, 0},  // SaturationAdj
-    {{85214, 6}, TagType::string, 2, 0, 0, 0},  // RedHSL
-    {{85220, 9}, TagType::string, 2, 0, 0, 0},  // OrangeHSL
-    {{85229, 9}, TagType::string, 2, 0, 0, 0},  // YellowHSL
-    {{85238, 8}, TagType::string, 2, 0, 0, 0},  // GreenHSL
-    {{85246, 7}, TagType::string, 2, 0, 0, 0},  // AquaHSL
-    {{85253, 7}, TagType::string, 2, 0, 0, 0},  // BlueHSL
-    {{85260, 9}, TagType::string, 2, 0, 0, 0},  // PurpleHSL
-    {{85269, 10}, TagType::string, 2, 0, 0, 0},  // MagentaHSL
-    {{85279, 15}, TagType::int16u, 2, 0, 104, 14},  // CropAspectRatio
-    {{85294, 21}, TagType::string, 2, 0, 0, 0},  // CropAspectRatioCustom
-    {{85315, 22}, TagType::var_int16u, 10, 0, 0, 0},  // CustomPictureStyleData
-    {{85337, 15}, TagType::string, 2, 0, 0, 0},  // LensFocalLength
-    {{85352, 14}, TagType::string, 2, 0, 0, 2},  // SharpnessAdjOn
-    {{85366, 17}, TagType::string, 2, 0, 0, 2},  // ToneCurveOriginal
-    {{85383, 23}, TagType::int16s, 2, 0, 0, 2},  // AutoLightingOptimizerOn
-    {{85406, 21}, TagType::string, 2, 0, 0, 2},  // ColorMoireReductionOn
-    {{85427, 24}, TagType::int16s, 2, 0, 0, 2},  // PeripheralIlluminationOn
-    {{85451, 21}, TagType::int16s, 2, 0, 0, 2},  // ChromaticAberrationOn
-    {{85472, 22}, TagType::int16s, 2, 0, 0, 2},  // DistortionCorrectionOn
-    {{85494, 5}, TagType::int16s, 2, 0, 0, 2},  // DLOOn
-    {{85499, 14}, TagType::int32u, 2, 0, 118, 351},  // DR4CameraModel
-    {{85513, 17}, TagType::int32u, 0, 0, 0, 2},  // DustDeleteApplied
-    {{85530, 13}, TagType::double_, 2, 0, 0, 0},  // GammaContrast
-    {{85543, 14}, TagType::double_, 2, 0, 0, 0},  // GammaColorTone
-    {{85557, 15}, TagType::double_, 2, 0, 0, 0},  // GammaSaturation
-    {{85572, 24}, TagType::double_, 2, 0, 0, 0},  // GammaUnsharpMaskStrength
-    {{85596, 24}, TagType::double_, 2, 0, 0, 0},  // GammaUnsharpMaskFineness
-    {{85620, 25}, TagType::double_, 2, 0, 0, 0},  // GammaUnsharpMaskThreshold
-    {{85645, 22}, TagType::double_, 2, 0, 0, 0},  // GammaSharpnessStrength
-    {{85667, 11}, TagType::double_, 2, 0, 0, 0},  // GammaShadow
-    {{85678, 14}, TagType::double_, 2, 0, 0, 0},  // GammaHighlight
-    {{85692, 15}, TagType::double_, 2, 0, 0, 0},  // GammaBlackPoint
-    {{85707, 15}, TagType::double_, 2, 0, 0, 0},  // GammaWhitePoint
-    {{85722, 13}, TagType::double_, 2, 0, 0, 0},  // GammaMidPoint
-    {{85735, 21}, TagType::double_, 2, 2, 0, 0},  // GammaCurveOutputRange
-    {{85756, 8}, TagType::string, 8, 0, 0, 0},  // IHL_EXIF
-    {{85764, 14}, TagType::string, 8, 0, 0, 0},  // ThumbnailImage
-    {{85778, 12}, TagType::string, 8, 0, 0, 0},  // PreviewImage
-    {{85790, 15}, TagType::string, 0, 0, 0, 0},  // RawCodecVersion
-    {{85805, 14}, TagType::string, 8, 0, 0, 0},  // CRCDevelParams
-    {{85819, 3}, TagType::string, 26, 0, 0, 0},  // XMP
-    {{85822, 14}, TagType::int32u, 0, 0, 0, 0},  // StampToolCount
-    {{85836, 19}, TagType::int32u, 2, 0, 0, 2},  // ToneCurveColorSpace
-    {{85855, 14}, TagType::int32u, 2, 0, 0, 2},  // ToneCurveShape
-    {{85869, 19}, TagType::int32u, 2, 2, 0, 0},  // ToneCurveInputRange
-    {{85888, 20}, TagType::int32u, 2, 2, 0, 0},  // ToneCurveOutputRange
-    {{85908, 14}, TagType::int32s, 2, 21, 0, 0},  // RGBCurvePoints
-    {{85922, 10}, TagType::int32u, 2, 0, 0, 0},  // ToneCurveX
-    {{85932, 10}, TagType::int32u, 2, 0, 0, 0},  // ToneCurveY
-    {{85942, 14}, TagType::int32s, 2, 21, 0, 0},  // RedCurvePoints
-    {{85956, 16}, TagType::int32s, 2, 21, 0, 0},  // GreenCurvePoints
-    {{85972, 15}, TagType::int32s, 2, 21, 0, 0},  // BlueCurvePoints
-    {{85987, 10}, TagType::int16u, 0, 0, 0, 0},  // VRDVersion
-    {{85997, 16}, TagType::int16u, 2, 0, 0, 2},  // WBFineTuneActive
-    {{86013, 20}, TagType::int16u, 2, 0, 0, 0},  // WBFineTuneSaturation
-    {{86033, 14}, TagType::int16u, 2, 0, 0, 0},  // WBFineTuneTone
-    {{86047, 11}, TagType::int16u, 2, 0, 469, 3},  // RawColorAdj
-    {{86058, 19}, TagType::int32s, 2, 0, 0, 0},  // RawCustomSaturation
-    {{86077, 13}, TagType::int32s, 2, 0, 0, 0},  // RawCustomTone
-    {{86090, 17}, TagType::int16u, 2, 0, 472, 7},  // ToneCurveProperty
-    {{86107, 15}, TagType::int16u, 2, 0, 0, 0},  // DynamicRangeMin
-    {{86122, 15}, TagType::int16u, 2, 0, 0, 0},  // DynamicRangeMax
-    {{86137, 15}, TagType::int16u, 2, 0, 0, 2},  // ToneCurveActive
-    {{86152, 13}, TagType::int8u, 2, 0, 0, 2},  // ToneCurveMode
-    {{86165, 13}, TagType::int8s, 2, 0, 0, 0},  // BrightnessAdj
-    {{86178, 20}, TagType::int16u, 2, 21, 0, 0},  // LuminanceCurvePoints
-    {{86198, 20}, TagType::int16u, 2, 4, 0, 0},  // LuminanceCurveLimits
-    {{86218, 22}, TagType::int8u, 2, 0, 0, 2},  // ToneCurveInterpolation
-    {{86240, 14}, TagType::int16u, 2, 4, 0, 0},  // RedCurveLimits
-    {{86254, 16}, TagType::int16u, 2, 4, 0, 0},  // GreenCurveLimits
-    {{86270, 15}, TagType::int16u, 2, 4, 0, 0},  // BlueCurveLimits
-    {{86285, 14}, TagType::int16u, 2, 4, 0, 0},  // RGBCurveLimits
-    {{86299, 8}, TagType::int16u, 2, 0, 0, 0},  // CropLeft
-    {{86307, 7}, TagType::int16u, 2, 0, 0, 0},  // CropTop
-    {{86314, 20}, TagType::float_, 2, 0, 0, 0},  // ConstrainedCropWidth
-    {{86334, 21}, TagType::float_, 2, 0, 0, 0},  // ConstrainedCropHeight
-    {{86355, 20}, TagType::int16s, 2, 0, 0, 2},  // IsCustomPictureStyle
-    {{86375, 20}, TagType::int16s, 2, 0, 0, 0},  // StandardRawColorTone
-    {{86395, 21}, TagType::int16s, 2, 0, 0, 0},  // StandardRawSaturation
-    {{86416, 19}, TagType::int16s, 2, 0, 0, 0},  // StandardRawContrast
-    {{86435, 17}, TagType::int16s, 2, 0, 0, 2},  // StandardRawLinear
-    {{86452, 20}, TagType::int16s, 2, 0, 0, 0},  // StandardRawSharpness
-    {{86472, 25}, TagType::int16s, 2, 0, 0, 0},  // StandardRawHighlightPoint
-    {{86497, 22}, TagType::int16s, 2, 0, 0, 0},  // StandardRawShadowPoint
-    {{86519, 28}, TagType::int16s, 2, 0, 0, 0},  // StandardOutputHighlightPoint
-    {{86547, 25}, TagType::int16s, 2, 0, 0, 0},  // StandardOutputShadowPoint
-    {{86572, 20}, TagType::int16s, 2, 0, 0, 0},  // PortraitRawColorTone
-    {{86592, 21}, TagType::int16s, 2, 0, 0, 0},  // PortraitRawSaturation
-    {{86613, 19}, TagType::int16s, 2, 0, 0, 0},  // PortraitRawContrast
-    {{86632, 17}, TagType::int16s, 2, 0, 0, 2},  // PortraitRawLinear
-    {{86649, 20}, TagType::int16s, 2, 0, 0, 0},  // PortraitRawSharpness
-    {{86669, 25}, TagType::int16s, 2, 0, 0, 0},  // PortraitRawHighlightPoint
-    {{86694, 22}, TagType::int16s, 2, 0, 0, 0},  // PortraitRawShadowPoint
-    {{86716, 28}, TagType::int16s, 2, 0, 0, 0},  // PortraitOutputHighlightPoint
-    {{86744, 25}, TagType::int16s, 2, 0, 0, 0},  // PortraitOutputShadowPoint
-    {{86769, 21}, TagType::int16s, 2, 0, 0, 0},  // LandscapeRawColorTone
-    {{86790, 22}, TagType::int16s, 2, 0, 0, 0},  // LandscapeRawSaturation
-    {{86812, 20}, TagType::int16s, 2, 0, 0, 0},  // LandscapeRawContrast
-    {{86832, 18}, TagType::int16s, 2, 0, 0, 2},  // LandscapeRawLinear
-    {{86850, 21}, TagType::int16s, 2, 0, 0, 0},  // LandscapeRawSharpness
-    {{86871, 26}, TagType::int16s, 2, 0, 0, 0},  // LandscapeRawHighlightPoint
-    {{86897, 23}, TagType::int16s, 2, 0, 0, 0},  // LandscapeRawShadowPoint
-    {{86920, 29}, TagType::int16s, 2, 0, 0, 0},  // LandscapeOutputHighlightPoint
-    {{86949, 26}, TagType::int16s, 2, 0, 0, 0},  // LandscapeOutputShadowPoint
-    {{86975, 19}, TagType::int16s, 2, 0, 0, 0},  // NeutralRawColorTone
-    {{86994, 20}, TagType::int16s, 2, 0, 0, 0},  // NeutralRawSaturation
-    {{87014, 18}, TagType::int16s, 2, 0, 0, 0},  // NeutralRawContrast
-    {{87032, 16}, TagType::int16s, 2, 0, 0, 2},  // NeutralRawLinear
-    {{87048, 19}, TagType::int16s, 2, 0, 0, 0},  // NeutralRawSharpness
-    {{87067, 24}, TagType::int16s, 2, 0, 0, 0},  // NeutralRawHighlightPoint
-    {{87091, 21}, TagType::int16s, 2, 0, 0, 0},  // NeutralRawShadowPoint
-    {{87112, 27}, TagType::int16s, 2, 0, 0, 0},  // NeutralOutputHighlightPoint
-    {{87139, 24}, TagType::int16s, 2, 0, 0, 0},  // NeutralOutputShadowPoint
-    {{87163, 20}, TagType::int16s, 2, 0, 0, 0},  // FaithfulRawColorTone
-    {{87183, 21}, TagType::int16s, 2, 0, 0, 0},  // FaithfulRawSaturation
-    {{87204, 19}, TagType::int16s, 2, 0, 0, 0},  // FaithfulRawContrast
-    {{87223, 17}, TagType::int16s, 2, 0, 0, 2},  // FaithfulRawLinear
-    {{87240, 20}, TagType::int16s, 2, 0, 0, 0},  // FaithfulRawSharpness
-    {{87260, 25}, TagType::int16s, 2, 0, 0, 0},  // FaithfulRawHighlightPoint
-    {{87285, 22}, TagType::int16s, 2, 0, 0, 0},  // FaithfulRawShadowPoint
-    {{87307, 28}, TagType::int16s, 2, 0, 0, 0},  // FaithfulOutputHighlightPoint
-    {{87335, 25}, TagType::int16s, 2, 0, 0, 0},  // FaithfulOutputShadowPoint
-    {{87360, 18}, TagType::int16s, 2, 0, 0, 0},  // MonochromeContrast
-    {{87378, 16}, TagType::int16s, 2, 0, 0, 2},  // MonochromeLinear
-    {{87394, 19}, TagType::int16s, 2, 0, 0, 0},  // MonochromeSharpness
-    {{87413, 27}, TagType::int16s, 2, 0, 0, 0},  // MonochromeRawHighlightPoint
-    {{87440, 24}, TagType::int16s, 2, 0, 0, 0},  // MonochromeRawShadowPoint
-    {{87464, 30}, TagType::int16s, 2, 0, 0, 0},  // MonochromeOutputHighlightPoint
-    {{87494, 27}, TagType::int16s, 2, 0, 0, 0},  // MonochromeOutputShadowPoint
-    {{87521, 15}, TagType::int16s, 2, 0, 0, 0},  // UnknownContrast
-    {{87536, 13}, TagType::int16s, 2, 0, 0, 2},  // UnknownLinear
-    {{87549, 16}, TagType::int16s, 2, 0, 0, 0},  // UnknownSharpness
-    {{87565, 24}, TagType::int16s, 2, 0, 0, 0},  // UnknownRawHighlightPoint
-    {{87589, 21}, TagType::int16s, 2, 0, 0, 0},  // UnknownRawShadowPoint
-    {{87610, 27}, TagType::int16s, 2, 0, 0, 0},  // UnknownOutputHighlightPoint
-    {{87637, 24}, TagType::int16s, 2, 0, 0, 0},  // UnknownOutputShadowPoint
-    {{87661, 15}, TagType::int16s, 2, 0, 0, 0},  // CustomColorTone
-    {{87676, 16}, TagType::int16s, 2, 0, 0, 0},  // CustomSaturation
-    {{87692, 14}, TagType::int16s, 2, 0, 0, 0},  // CustomContrast
-    {{87706, 12}, TagType::int16s, 2, 0, 0, 2},  // CustomLinear
-    {{87718, 15}, TagType::int16s, 2, 0, 0, 0},  // CustomSharpness
-    {{87733, 23}, TagType::int16s, 2, 0, 0, 0},  // CustomRawHighlightPoint
-    {{87756, 20}, TagType::int16s, 2, 0, 0, 0},  // CustomRawShadowPoint
-    {{87776, 26}, TagType::int16s, 2, 0, 0, 0},  // CustomOutputHighlightPoint
-    {{87802, 23}, TagType::int16s, 2, 0, 0, 0},  // CustomOutputShadowPoint
-    {{87825, 23}, TagType::int16s, 2, 0, 479, 21},  // ChrominanceNR_TIFF_JPEG
-    {{87848, 9}, TagType::int16s, 2, 0, 0, 2},  // ColorBlur
-    {{87857, 28}, TagType::int16s, 2, 0, 0, 0},  // AberrationCorrectionDistance
-    {{87885, 21}, TagType::int16s, 2, 0, 0, 0},  // LuminanceNR_TIFF_JPEG
-    {{87906, 20}, TagType::int16s, 2, 0, 0, 0},  // StandardRawHighlight
-    {{87926, 20}, TagType::int16s, 2, 0, 0, 0},  // PortraitRawHighlight
-    {{87946, 21}, TagType::int16s, 2, 0, 0, 0},  // LandscapeRawHighlight
-    {{87967, 19}, TagType::int16s, 2, 0, 0, 0},  // NeutralRawHighlight
-    {{87986, 20}, TagType::int16s, 2, 0, 0, 0},  // FaithfulRawHighlight
-    {{88006, 22}, TagType::int16s, 2, 0, 0, 0},  // MonochromeRawHighlight
-    {{88028, 19}, TagType::int16s, 2, 0, 0, 0},  // UnknownRawHighlight
-    {{88047, 18}, TagType::int16s, 2, 0, 0, 0},  // CustomRawHighlight
-    {{88065, 17}, TagType::int16s, 2, 0, 0, 0},  // StandardRawShadow
-    {{88082, 17}, TagType::int16s, 2, 0, 0, 0},  // PortraitRawShadow
-    {{88099, 18}, TagType::int16s, 2, 0, 0, 0},  // LandscapeRawShadow
-    {{88117, 16}, TagType::int16s, 2, 0, 0, 0},  // NeutralRawShadow
-    {{88133, 17}, TagType::int16s, 2, 0, 0, 0},  // FaithfulRawShadow
-    {{88150, 19}, TagType::int16s, 2, 0, 0, 0},  // MonochromeRawShadow
-    {{88169, 16}, TagType::int16s, 2, 0, 0, 0},  // UnknownRawShadow
-    {{88185, 15}, TagType::int16s, 2, 0, 0, 0},  // CustomRawShadow
-    {{88200, 10}, TagType::int16u, 2, 0, 6, 6},  // CheckMark2
-    {{88210, 11}, TagType::int16s, 2, 0, 0, 2},  // UnsharpMask
-    {{88221, 27}, TagType::int16s, 2, 0, 0, 0},  // StandardUnsharpMaskStrength
-    {{88248, 27}, TagType::int16s, 2, 0, 0, 0},  // StandardUnsharpMaskFineness
-    {{88275, 28}, TagType::int16s, 2, 0, 0, 0},  // StandardUnsharpMaskThreshold
-    {{88303, 27}, TagType::int16s, 2, 0, 0, 0},  // PortraitUnsharpMaskStrength
-    {{88330, 27}, TagType::int16s, 2, 0, 0, 0},  // PortraitUnsharpMaskFineness
-    {{88357, 28}, TagType::int16s, 2, 0, 0, 0},  // PortraitUnsharpMaskThreshold
-    {{88385, 28}, TagType::int16s, 2, 0, 0, 0},  // LandscapeUnsharpMaskStrength
-    {{88413, 28}, TagType::int16s, 2, 0, 0, 0},  // LandscapeUnsharpMaskFineness
-    {{88441, 29}, TagType::int16s, 2, 0, 0, 0},  // LandscapeUnsharpMaskThreshold
-    {{88470, 25}, TagType::int16s, 2, 0, 0, 0},  // NeutraUnsharpMaskStrength
-    {{88495, 26}, TagType::int16s, 2, 0, 0, 0},  // NeutralUnsharpMaskFineness
-    {{88521, 27}, TagType::int16s, 2, 0, 0, 0},  // NeutralUnsharpMaskThreshold
-    {{88548, 27}, TagType::int16s, 2, 0, 0, 0},  // FaithfulUnsharpMaskStrength
-    {{88575, 27}, TagType::int16s, 2, 0, 0, 0},  // FaithfulUnsharpMaskFineness
-    {{88602, 28}, TagType::int16s, 2, 0, 0, 0},  // FaithfulUnsharpMaskThreshold
-    {{88630, 29}, TagType::int16s, 2, 0, 0, 0},  // MonochromeUnsharpMaskStrength
-    {{88659, 29}, TagType::int16s, 2, 0, 0, 0},  // MonochromeUnsharpMaskFineness
-    {{88688, 30}, TagType::int16s, 2, 0, 0, 0},  // MonochromeUnsharpMaskThreshold
-    {{88718, 25}, TagType::int16s, 2, 0, 0, 0},  // CustomUnsharpMaskStrength
-    {{88743, 25}, TagType::int16s, 2, 0, 0, 0},  // CustomUnsharpMaskFineness
-    {{88768, 26}, TagType::int16s, 2, 0, 0, 0},  // CustomUnsharpMaskThreshold
-    {{88794, 28}, TagType::int16s, 2, 0, 0, 0},  // CustomDefaultUnsharpStrength
-    {{88822, 28}, TagType::int16s, 2, 0, 0, 0},  // CustomDefaultUnsharpFineness
-    {{88850, 29}, TagType::int16s, 2, 0, 0, 0},  // CustomDefaultUnsharpThreshold
-    {{88879, 16}, TagType::int16s, 2, 0, 0, 2},  // CropCircleActive
-    {{88895, 11}, TagType::int16s, 2, 0, 0, 0},  // CropCircleX
-    {{88906, 11}, TagType::int16s, 2, 0, 0, 0},  // CropCircleY
-    {{88917, 16}, TagType::int16s, 2, 0, 0, 0},  // CropCircleRadius
-    {{88933, 19}, TagType::int16s, 2, 0, 0, 0},  // DLOShootingDistance
-    {{88952, 13}, TagType::int32u, 2, 0, 0, 0},  // DLODataLength
-    {{88965, 18}, TagType::int16s, 2, 0, 0, 0},  // CameraRawColorTone
-    {{88983, 19}, TagType::int16s, 2, 0, 0, 0},  // CameraRawSaturation
-    {{89002, 17}, TagType::int16s, 2, 0, 0, 0},  // CameraRawContrast
-    {{89019, 15}, TagType::int16s, 2, 0, 0, 2},  // CameraRawLinear
-    {{89034, 18}, TagType::int16s, 2, 0, 0, 0},  // CameraRawSharpness
-    {{89052, 23}, TagType::int16s, 2, 0, 0, 0},  // CameraRawHighlightPoint
-    {{89075, 20}, TagType::int16s, 2, 0, 0, 0},  // CameraRawShadowPoint
-    {{89095, 29}, TagType::int16s, 2, 0, 0, 0},  // CameraRawOutputHighlightPoint
-    {{89124, 26}, TagType::int16s, 2, 0, 0, 0},  // CameraRawOutputShadowPoint
-    {{89150, 8}, TagType::string, 26, 0, 0, 0},  // CanonDR4
-    {{89158, 8}, TagType::string, 26, 0, 0, 0},  // CanonVRD
+    {{84383, 10}, TagType::int32s, writable, 0, 0, 2},  // CropActive
+    {{84393, 24}, TagType::int32s, writable, 0, 0, 0},  // CropRotatedOriginalWidth
+    {{84417, 25}, TagType::int32s, writable, 0, 0, 0},  // CropRotatedOriginalHeight
+    {{84442, 5}, TagType::int32s, writable, 0, 0, 0},  // CropX
+    {{84447, 5}, TagType::int32s, writable, 0, 0, 0},  // CropY
+    {{84452, 9}, TagType::int32s, writable, 0, 0, 0},  // CropWidth
+    {{84461, 10}, TagType::int32s, writable, 0, 0, 0},  // CropHeight
+    {{84471, 12}, TagType::double_, writable, 0, 0, 0},  // CropRotation
+    {{84483, 17}, TagType::int32s, writable, 0, 0, 0},  // CropOriginalWidth
+    {{84500, 18}, TagType::int32s, writable, 0, 0, 0},  // CropOriginalHeight
+    {{84518, 17}, TagType::int16s, writable, 0, 0, 0},  // DLOSettingApplied
+    {{84535, 10}, TagType::string, writable, 10, 0, 0},  // DLOVersion
+    {{84545, 7}, TagType::string, writable | binary, 0, 0, 0},  // DLOData
+    {{55434, 8}, TagType::int16u, writable, 0, 2, 4},  // Rotation
+    {{84552, 8}, TagType::int32s, writable, 0, 0, 0},  // AngleAdj
+    {{84560, 18}, TagType::string, writable, 0, 0, 0},  // CustomPictureStyle
+    {{84578, 9}, TagType::int16u, writable, 0, 6, 6},  // CheckMark
+    {{84587, 14}, TagType::int16u, writable, 0, 6, 6},  // WorkColorSpace
+    {{84601, 16}, TagType::int32s, writable, 0, 0, 0},  // RawBrightnessAdj
+    {{84617, 15}, TagType::int16u, writable, 0, 12, 12},  // WhiteBalanceAdj
+    {{84632, 14}, TagType::int16u, writable, 0, 0, 0},  // WBAdjColorTemp
+    {{84646, 17}, TagType::string, writable, 0, 0, 0},  // WBAdjMagentaGreen
+    {{84663, 14}, TagType::string, writable, 0, 0, 0},  // WBAdjBlueAmber
+    {{84677, 15}, TagType::int16u, writable, 4, 0, 0},  // WBAdjRGGBLevels
+    {{84692, 11}, TagType::string, writable, 0, 0, 2},  // GammaLinear
+    {{84703, 12}, TagType::int16s, writable, 0, 24, 18},  // PictureStyle
+    {{84715, 11}, TagType::int8s, writable, 0, 0, 0},  // ContrastAdj
+    {{84726, 12}, TagType::int32s, writable, 0, 0, 0},  // ColorToneAdj
+    {{84738, 18}, TagType::string, writable, 0, 0, 0},  // ColorSaturationAdj
+    {{84756, 22}, TagType::int16s, writable, 0, 42, 7},  // MonochromeToningEffect
+    {{84778, 22}, TagType::int16s, writable, 0, 42, 7},  // MonochromeFilterEffect
+    {{84800, 19}, TagType::string, writable, 0, 0, 0},  // UnsharpMaskStrength
+    {{84819, 19}, TagType::string, writable, 0, 0, 0},  // UnsharpMaskFineness
+    {{84838, 20}, TagType::string, writable, 0, 0, 0},  // UnsharpMaskThreshold
+    {{84858, 9}, TagType::string, writable, 0, 0, 0},  // ShadowAdj
+    {{84867, 12}, TagType::string, writable, 0, 0, 0},  // HighlightAdj
+    {{84879, 12}, TagType::int16u, writable, 0, 0, 2},  // SharpnessAdj
+    {{84891, 17}, TagType::string, writable, 0, 0, 0},  // SharpnessStrength
+    {{84908, 19}, TagType::string, writable, 0, 0, 0},  // ToneCurveBrightness
+    {{84927, 17}, TagType::string, writable, 0, 0, 0},  // ToneCurveContrast
+    {{974, 21}, TagType::int16s, writable, 0, 49, 7},  // AutoLightingOptimizer
+    {{84944, 23}, TagType::int16s, writable, 0, 56, 21},  // LuminanceNoiseReduction
+    {{84967, 25}, TagType::int16s, writable, 0, 77, 22},  // ChrominanceNoiseReduction
+    {{84992, 19}, TagType::string, writable, 0, 0, 0},  // ColorMoireReduction
+    {{85011, 16}, TagType::string, writable, 0, 0, 0},  // ShootingDistance
+    {{85027, 22}, TagType::int16s, writable, 0, 0, 0},  // PeripheralIllumination
+    {{85049, 19}, TagType::int16s, writable, 0, 0, 0},  // ChromaticAberration
+    {{85068, 11}, TagType::string, writable, 0, 0, 2},  // ColorBlurOn
+    {{85079, 20}, TagType::int16s, writable, 0, 0, 0},  // DistortionCorrection
+    {{85099, 10}, TagType::int16s, writable, 0, 0, 0},  // DLOSetting
+    {{85109, 22}, TagType::int16s, writable, 0, 0, 0},  // ChromaticAberrationRed
+    {{85131, 23}, TagType::int16s, writable, 0, 0, 0},  // ChromaticAberrationBlue
+    {{85154, 16}, TagType::string, writable, 0, 99, 5},  // DistortionEffect
+    {{85170, 23}, TagType::string, writable, 0, 0, 2},  // DiffractionCorrectionOn
+    {{85193, 8}, TagType::string, writable, 0, 0, 0},  // ColorHue
+    {{85201, 13}, TagType::int16s, writable, 0, 0, 0},  // SaturationAdj
+    {{85214, 6}, TagType::string, writable, 0, 0, 0},  // RedHSL
+    {{85220, 9}, TagType::string, writable, 0, 0, 0},  // OrangeHSL
+    {{85229, 9}, TagType::string, writable, 0, 0, 0},  // YellowHSL
+    {{85238, 8}, TagType::string, writable, 0, 0, 0},  // GreenHSL
+    {{85246, 7}, TagType::string, writable, 0, 0, 0},  // AquaHSL
+    {{85253, 7}, TagType::string, writable, 0, 0, 0},  // BlueHSL
+    {{85260, 9}, TagType::string, writable, 0, 0, 0},  // PurpleHSL
+    {{85269, 10}, TagType::string, writable, 0, 0, 0},  // MagentaHSL
+    {{85279, 15}, TagType::int16u, writable, 0, 104, 14},  // CropAspectRatio
+    {{85294, 21}, TagType::string, writable, 0, 0, 0},  // CropAspectRatioCustom
+    {{85315, 22}, TagType::var_int16u, writable | binary, 0, 0, 0},  // CustomPictureStyleData
+    {{85337, 15}, TagType::string, writable, 0, 0, 0},  // LensFocalLength
+    {{85352, 14}, TagType::string, writable, 0, 0, 2},  // SharpnessAdjOn
+    {{85366, 17}, TagType::string, writable, 0, 0, 2},  // ToneCurveOriginal
+    {{85383, 23}, TagType::int16s, writable, 0, 0, 2},  // AutoLightingOptimizerOn
+    {{85406, 21}, TagType::string, writable, 0, 0, 2},  // ColorMoireReductionOn
+    {{85427, 24}, TagType::int16s, writable, 0, 0, 2},  // PeripheralIlluminationOn
+    {{85451, 21}, TagType::int16s, writable, 0, 0, 2},  // ChromaticAberrationOn
+    {{85472, 22}, TagType::int16s, writable, 0, 0, 2},  // DistortionCorrectionOn
+    {{85494, 5}, TagType::int16s, writable, 0, 0, 2},  // DLOOn
+    {{85499, 14}, TagType::int32u, writable, 0, 118, 351},  // DR4CameraModel
+    {{85513, 17}, TagType::int32u, none, 0, 0, 2},  // DustDeleteApplied
+    {{85530, 13}, TagType::double_, writable, 0, 0, 0},  // GammaContrast
+    {{85543, 14}, TagType::double_, writable, 0, 0, 0},  // GammaColorTone
+    {{85557, 15}, TagType::double_, writable, 0, 0, 0},  // GammaSaturation
+    {{85572, 24}, TagType::double_, writable, 0, 0, 0},  // GammaUnsharpMaskStrength
+    {{85596, 24}, TagType::double_, writable, 0, 0, 0},  // GammaUnsharpMaskFineness
+    {{85620, 25}, TagType::double_, writable, 0, 0, 0},  // GammaUnsharpMaskThreshold
+    {{85645, 22}, TagType::double_, writable, 0, 0, 0},  // GammaSharpnessStrength
+    {{85667, 11}, TagType::double_, writable, 0, 0, 0},  // GammaShadow
+    {{85678, 14}, TagType::double_, writable, 0, 0, 0},  // GammaHighlight
+    {{85692, 15}, TagType::double_, writable, 0, 0, 0},  // GammaBlackPoint
+    {{85707, 15}, TagType::double_, writable, 0, 0, 0},  // GammaWhitePoint
+    {{85722, 13}, TagType::double_, writable, 0, 0, 0},  // GammaMidPoint
+    {{85735, 21}, TagType::double_, writable, 2, 0, 0},  // GammaCurveOutputRange
+    {{85756, 8}, TagType::string, binary, 0, 0, 0},  // IHL_EXIF
+    {{85764, 14}, TagType::string, binary, 0, 0, 0},  // ThumbnailImage
+    {{85778, 12}, TagType::string, binary, 0, 0, 0},  // PreviewImage
+    {{85790, 15}, TagType::string, none, 0, 0, 0},  // RawCodecVersion
+    {{85805, 14}, TagType::string, binary, 0, 0, 0},  // CRCDevelParams
+    {{85819, 3}, TagType::string, writable | binary | unsafe, 0, 0, 0},  // XMP
+    {{85822, 14}, TagType::int32u, none, 0, 0, 0},  // StampToolCount
+    {{85836, 19}, TagType::int32u, writable, 0, 0, 2},  // ToneCurveColorSpace
+    {{85855, 14}, TagType::int32u, writable, 0, 0, 2},  // ToneCurveShape
+    {{85869, 19}, TagType::int32u, writable, 2, 0, 0},  // ToneCurveInputRange
+    {{85888, 20}, TagType::int32u, writable, 2, 0, 0},  // ToneCurveOutputRange
+    {{85908, 14}, TagType::int32s, writable, 21, 0, 0},  // RGBCurvePoints
+    {{85922, 10}, TagType::int32u, writable, 0, 0, 0},  // ToneCurveX
+    {{85932, 10}, TagType::int32u, writable, 0, 0, 0},  // ToneCurveY
+    {{85942, 14}, TagType::int32s, writable, 21, 0, 0},  // RedCurvePoints
+    {{85956, 16}, TagType::int32s, writable, 21, 0, 0},  // GreenCurvePoints
+    {{85972, 15}, TagType::int32s, writable, 21, 0, 0},  // BlueCurvePoints
+    {{85987, 10}, TagType::int16u, none, 0, 0, 0},  // VRDVersion
+    {{85997, 16}, TagType::int16u, writable, 0, 0, 2},  // WBFineTuneActive
+    {{86013, 20}, TagType::int16u, writable, 0, 0, 0},  // WBFineTuneSaturation
+    {{86033, 14}, TagType::int16u, writable, 0, 0, 0},  // WBFineTuneTone
+    {{86047, 11}, TagType::int16u, writable, 0, 469, 3},  // RawColorAdj
+    {{86058, 19}, TagType::int32s, writable, 0, 0, 0},  // RawCustomSaturation
+    {{86077, 13}, TagType::int32s, writable, 0, 0, 0},  // RawCustomTone
+    {{86090, 17}, TagType::int16u, writable, 0, 472, 7},  // ToneCurveProperty
+    {{86107, 15}, TagType::int16u, writable, 0, 0, 0},  // DynamicRangeMin
+    {{86122, 15}, TagType::int16u, writable, 0, 0, 0},  // DynamicRangeMax
+    {{86137, 15}, TagType::int16u, writable, 0, 0, 2},  // ToneCurveActive
+    {{86152, 13}, TagType::int8u, writable, 0, 0, 2},  // ToneCurveMode
+    {{86165, 13}, TagType::int8s, writable, 0, 0, 0},  // BrightnessAdj
+    {{86178, 20}, TagType::int16u, writable, 21, 0, 0},  // LuminanceCurvePoints
+    {{86198, 20}, TagType::int16u, writable, 4, 0, 0},  // LuminanceCurveLimits
+    {{86218, 22}, TagType::int8u, writable, 0, 0, 2},  // ToneCurveInterpolation
+    {{86240, 14}, TagType::int16u, writable, 4, 0, 0},  // RedCurveLimits
+    {{86254, 16}, TagType::int16u, writable, 4, 0, 0},  // GreenCurveLimits
+    {{86270, 15}, TagType::int16u, writable, 4, 0, 0},  // BlueCurveLimits
+    {{86285, 14}, TagType::int16u, writable, 4, 0, 0},  // RGBCurveLimits
+    {{86299, 8}, TagType::int16u, writable, 0, 0, 0},  // CropLeft
+    {{86307, 7}, TagType::int16u, writable, 0, 0, 0},  // CropTop
+    {{86314, 20}, TagType::float_, writable, 0, 0, 0},  // ConstrainedCropWidth
+    {{86334, 21}, TagType::float_, writable, 0, 0, 0},  // ConstrainedCropHeight
+    {{86355, 20}, TagType::int16s, writable, 0, 0, 2},  // IsCustomPictureStyle
+    {{86375, 20}, TagType::int16s, writable, 0, 0, 0},  // StandardRawColorTone
+    {{86395, 21}, TagType::int16s, writable, 0, 0, 0},  // StandardRawSaturation
+    {{86416, 19}, TagType::int16s, writable, 0, 0, 0},  // StandardRawContrast
+    {{86435, 17}, TagType::int16s, writable, 0, 0, 2},  // StandardRawLinear
+    {{86452, 20}, TagType::int16s, writable, 0, 0, 0},  // StandardRawSharpness
+    {{86472, 25}, TagType::int16s, writable, 0, 0, 0},  // StandardRawHighlightPoint
+    {{86497, 22}, TagType::int16s, writable, 0, 0, 0},  // StandardRawShadowPoint
+    {{86519, 28}, TagType::int16s, writable, 0, 0, 0},  // StandardOutputHighlightPoint
+    {{86547, 25}, TagType::int16s, writable, 0, 0, 0},  // StandardOutputShadowPoint
+    {{86572, 20}, TagType::int16s, writable, 0, 0, 0},  // PortraitRawColorTone
+    {{86592, 21}, TagType::int16s, writable, 0, 0, 0},  // PortraitRawSaturation
+    {{86613, 19}, TagType::int16s, writable, 0, 0, 0},  // PortraitRawContrast
+    {{86632, 17}, TagType::int16s, writable, 0, 0, 2},  // PortraitRawLinear
+    {{86649, 20}, TagType::int16s, writable, 0, 0, 0},  // PortraitRawSharpness
+    {{86669, 25}, TagType::int16s, writable, 0, 0, 0},  // PortraitRawHighlightPoint
+    {{86694, 22}, TagType::int16s, writable, 0, 0, 0},  // PortraitRawShadowPoint
+    {{86716, 28}, TagType::int16s, writable, 0, 0, 0},  // PortraitOutputHighlightPoint
+    {{86744, 25}, TagType::int16s, writable, 0, 0, 0},  // PortraitOutputShadowPoint
+    {{86769, 21}, TagType::int16s, writable, 0, 0, 0},  // LandscapeRawColorTone
+    {{86790, 22}, TagType::int16s, writable, 0, 0, 0},  // LandscapeRawSaturation
+    {{86812, 20}, TagType::int16s, writable, 0, 0, 0},  // LandscapeRawContrast
+    {{86832, 18}, TagType::int16s, writable, 0, 0, 2},  // LandscapeRawLinear
+    {{86850, 21}, TagType::int16s, writable, 0, 0, 0},  // LandscapeRawSharpness
+    {{86871, 26}, TagType::int16s, writable, 0, 0, 0},  // LandscapeRawHighlightPoint
+    {{86897, 23}, TagType::int16s, writable, 0, 0, 0},  // LandscapeRawShadowPoint
+    {{86920, 29}, TagType::int16s, writable, 0, 0, 0},  // LandscapeOutputHighlightPoint
+    {{86949, 26}, TagType::int16s, writable, 0, 0, 0},  // LandscapeOutputShadowPoint
+    {{86975, 19}, TagType::int16s, writable, 0, 0, 0},  // NeutralRawColorTone
+    {{86994, 20}, TagType::int16s, writable, 0, 0, 0},  // NeutralRawSaturation
+    {{87014, 18}, TagType::int16s, writable, 0, 0, 0},  // NeutralRawContrast
+    {{87032, 16}, TagType::int16s, writable, 0, 0, 2},  // NeutralRawLinear
+    {{87048, 19}, TagType::int16s, writable, 0, 0, 0},  // NeutralRawSharpness
+    {{87067, 24}, TagType::int16s, writable, 0, 0, 0},  // NeutralRawHighlightPoint
+    {{87091, 21}, TagType::int16s, writable, 0, 0, 0},  // NeutralRawShadowPoint
+    {{87112, 27}, TagType::int16s, writable, 0, 0, 0},  // NeutralOutputHighlightPoint
+    {{87139, 24}, TagType::int16s, writable, 0, 0, 0},  // NeutralOutputShadowPoint
+    {{87163, 20}, TagType::int16s, writable, 0, 0, 0},  // FaithfulRawColorTone
+    {{87183, 21}, TagType::int16s, writable, 0, 0, 0},  // FaithfulRawSaturation
+    {{87204, 19}, TagType::int16s, writable, 0, 0, 0},  // FaithfulRawContrast
+    {{87223, 17}, TagType::int16s, writable, 0, 0, 2},  // FaithfulRawLinear
+    {{87240, 20}, TagType::int16s, writable, 0, 0, 0},  // FaithfulRawSharpness
+    {{87260, 25}, TagType::int16s, writable, 0, 0, 0},  // FaithfulRawHighlightPoint
+    {{87285, 22}, TagType::int16s, writable, 0, 0, 0},  // FaithfulRawShadowPoint
+    {{87307, 28}, TagType::int16s, writable, 0, 0, 0},  // FaithfulOutputHighlightPoint
+    {{87335, 25}, TagType::int16s, writable, 0, 0, 0},  // FaithfulOutputShadowPoint
+    {{87360, 18}, TagType::int16s, writable, 0, 0, 0},  // MonochromeContrast
+    {{87378, 16}, TagType::int16s, writable, 0, 0, 2},  // MonochromeLinear
+    {{87394, 19}, TagType::int16s, writable, 0, 0, 0},  // MonochromeSharpness
+    {{87413, 27}, TagType::int16s, writable, 0, 0, 0},  // MonochromeRawHighlightPoint
+    {{87440, 24}, TagType::int16s, writable, 0, 0, 0},  // MonochromeRawShadowPoint
+    {{87464, 30}, TagType::int16s, writable, 0, 0, 0},  // MonochromeOutputHighlightPoint
+    {{87494, 27}, TagType::int16s, writable, 0, 0, 0},  // MonochromeOutputShadowPoint
+    {{87521, 15}, TagType::int16s, writable, 0, 0, 0},  // UnknownContrast
+    {{87536, 13}, TagType::int16s, writable, 0, 0, 2},  // UnknownLinear
+    {{87549, 16}, TagType::int16s, writable, 0, 0, 0},  // UnknownSharpness
+    {{87565, 24}, TagType::int16s, writable, 0, 0, 0},  // UnknownRawHighlightPoint
+    {{87589, 21}, TagType::int16s, writable, 0, 0, 0},  // UnknownRawShadowPoint
+    {{87610, 27}, TagType::int16s, writable, 0, 0, 0},  // UnknownOutputHighlightPoint
+    {{87637, 24}, TagType::int16s, writable, 0, 0, 0},  // UnknownOutputShadowPoint
+    {{87661, 15}, TagType::int16s, writable, 0, 0, 0},  // CustomColorTone
+    {{87676, 16}, TagType::int16s, writable, 0, 0, 0},  // CustomSaturation
+    {{87692, 14}, TagType::int16s, writable, 0, 0, 0},  // CustomContrast
+    {{87706, 12}, TagType::int16s, writable, 0, 0, 2},  // CustomLinear
+    {{87718, 15}, TagType::int16s, writable, 0, 0, 0},  // CustomSharpness
+    {{87733, 23}, TagType::int16s, writable, 0, 0, 0},  // CustomRawHighlightPoint
+    {{87756, 20}, TagType::int16s, writable, 0, 0, 0},  // CustomRawShadowPoint
+    {{87776, 26}, TagType::int16s, writable, 0, 0, 0},  // CustomOutputHighlightPoint
+    {{87802, 23}, TagType::int16s, writable, 0, 0, 0},  // CustomOutputShadowPoint
+    {{87825, 23}, TagType::int16s, writable, 0, 479, 21},  // ChrominanceNR_TIFF_JPEG
+    {{87848, 9}, TagType::int16s, writable, 0, 0, 2},  // ColorBlur
+    {{87857, 28}, TagType::int16s, writable, 0, 0, 0},  // AberrationCorrectionDistance
+    {{87885, 21}, TagType::int16s, writable, 0, 0, 0},  // LuminanceNR_TIFF_JPEG
+    {{87906, 20}, TagType::int16s, writable, 0, 0, 0},  // StandardRawHighlight
+    {{87926, 20}, TagType::int16s, writable, 0, 0, 0},  // PortraitRawHighlight
+    {{87946, 21}, TagType::int16s, writable, 0, 0, 0},  // LandscapeRawHighlight
+    {{87967, 19}, TagType::int16s, writable, 0, 0, 0},  // NeutralRawHighlight
+    {{87986, 20}, TagType::int16s, writable, 0, 0, 0},  // FaithfulRawHighlight
+    {{88006, 22}, TagType::int16s, writable, 0, 0, 0},  // MonochromeRawHighlight
+    {{88028, 19}, TagType::int16s, writable, 0, 0, 0},  // UnknownRawHighlight
+    {{88047, 18}, TagType::int16s, writable, 0, 0, 0},  // CustomRawHighlight
+    {{88065, 17}, TagType::int16s, writable, 0, 0, 0},  // StandardRawShadow
+    {{88082, 17}, TagType::int16s, writable, 0, 0, 0},  // PortraitRawShadow
+    {{88099, 18}, TagType::int16s, writable, 0, 0, 0},  // LandscapeRawShadow
+    {{88117, 16}, TagType::int16s, writable, 0, 0, 0},  // NeutralRawShadow
+    {{88133, 17}, TagType::int16s, writable, 0, 0, 0},  // FaithfulRawShadow
+    {{88150, 19}, TagType::int16s, writable, 0, 0, 0},  // MonochromeRawShadow
+    {{88169, 16}, TagType::int16s, writable, 0, 0, 0},  // UnknownRawShadow
+    {{88185, 15}, TagType::int16s, writable, 0, 0, 0},  // CustomRawShadow
+    {{88200, 10}, TagType::int16u, writable, 0, 6, 6},  // CheckMark2
+    {{88210, 11}, TagType::int16s, writable, 0, 0, 2},  // UnsharpMask
+    {{88221, 27}, TagType::int16s, writable, 0, 0, 0},  // StandardUnsharpMaskStrength
+    {{88248, 27}, TagType::int16s, writable, 0, 0, 0},  // StandardUnsharpMaskFineness
+    {{88275, 28}, TagType::int16s, writable, 0, 0, 0},  // StandardUnsharpMaskThreshold
+    {{88303, 27}, TagType::int16s, writable, 0, 0, 0},  // PortraitUnsharpMaskStrength
+    {{88330, 27}, TagType::int16s, writable, 0, 0, 0},  // PortraitUnsharpMaskFineness
+    {{88357, 28}, TagType::int16s, writable, 0, 0, 0},  // PortraitUnsharpMaskThreshold
+    {{88385, 28}, TagType::int16s, writable, 0, 0, 0},  // LandscapeUnsharpMaskStrength
+    {{88413, 28}, TagType::int16s, writable, 0, 0, 0},  // LandscapeUnsharpMaskFineness
+    {{88441, 29}, TagType::int16s, writable, 0, 0, 0},  // LandscapeUnsharpMaskThreshold
+    {{88470, 25}, TagType::int16s, writable, 0, 0, 0},  // NeutraUnsharpMaskStrength
+    {{88495, 26}, TagType::int16s, writable, 0, 0, 0},  // NeutralUnsharpMaskFineness
+    {{88521, 27}, TagType::int16s, writable, 0, 0, 0},  // NeutralUnsharpMaskThreshold
+    {{88548, 27}, TagType::int16s, writable, 0, 0, 0},  // FaithfulUnsharpMaskStrength
+    {{88575, 27}, TagType::int16s, writable, 0, 0, 0},  // FaithfulUnsharpMaskFineness
+    {{88602, 28}, TagType::int16s, writable, 0, 0, 0},  // FaithfulUnsharpMaskThreshold
+    {{88630, 29}, TagType::int16s, writable, 0, 0, 0},  // MonochromeUnsharpMaskStrength
+    {{88659, 29}, TagType::int16s, writable, 0, 0, 0},  // MonochromeUnsharpMaskFineness
+    {{88688, 30}, TagType::int16s, writable, 0, 0, 0},  // MonochromeUnsharpMaskThreshold
+    {{88718, 25}, TagType::int16s, writable, 0, 0, 0},  // CustomUnsharpMaskStrength
+    {{88743, 25}, TagType::int16s, writable, 0, 0, 0},  // CustomUnsharpMaskFineness
+    {{88768, 26}, TagType::int16s, writable, 0, 0, 0},  // CustomUnsharpMaskThreshold
+    {{88794, 28}, TagType::int16s, writable, 0, 0, 0},  // CustomDefaultUnsharpStrength
+    {{88822, 28}, TagType::int16s, writable, 0, 0, 0},  // CustomDefaultUnsharpFineness
+    {{88850, 29}, TagType::int16s, writable, 0, 0, 0},  // CustomDefaultUnsharpThreshold
+    {{88879, 16}, TagType::int16s, writable, 0, 0, 2},  // CropCircleActive
+    {{88895, 11}, TagType::int16s, writable, 0, 0, 0},  // CropCircleX
+    {{88906, 11}, TagType::int16s, writable, 0, 0, 0},  // CropCircleY
+    {{88917, 16}, TagType::int16s, writable, 0, 0, 0},  // CropCircleRadius
+    {{88933, 19}, TagType::int16s, writable, 0, 0, 0},  // DLOShootingDistance
+    {{88952, 13}, TagType::int32u, writable, 0, 0, 0},  // DLODataLength
+    {{88965, 18}, TagType::int16s, writable, 0, 0, 0},  // CameraRawColorTone
+    {{88983, 19}, TagType::int16s, writable, 0, 0, 0},  // CameraRawSaturation
+    {{89002, 17}, TagType::int16s, writable, 0, 0, 0},  // CameraRawContrast
+    {{89019, 15}, TagType::int16s, writable, 0, 0, 2},  // CameraRawLinear
+    {{89034, 18}, TagType::int16s, writable, 0, 0, 0},  // CameraRawSharpness
+    {{89052, 23}, TagType::int16s, writable, 0, 0, 0},  // CameraRawHighlightPoint
+    {{89075, 20}, TagType::int16s, writable, 0, 0, 0},  // CameraRawShadowPoint
+    {{89095, 29}, TagType::int16s, writable, 0, 0, 0},  // CameraRawOutputHighlightPoint
+    {{89124, 26}, TagType::int16s, writable, 0, 0, 0},  // CameraRawOutputShadowPoint
+    {{89150, 8}, TagType::string, writable | binary | unsafe, 0, 0, 0},  // CanonDR4
+    {{89158, 8}, TagType::string, writable | binary | unsafe, 0, 0, 0},  // CanonVRD
 };
 constexpr detail::TextRef kChoicesCanonVRD[] = {
     {3398, 1}, {3399, 1}, {3398, 1}, {3399, 1}, {3400, 1}, {3401, 1}, {3398, 1}, {3399, 1},
@@ -7730,79 +7730,78 @@ constexpr std::uint16_t kKeyOrderCanonVRD[] = {
     222, 32, 31, 33, 108, 22, 20, 21, 23, 109, 110, 111, 19, 17, 96, 58,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsCanonVRD[264];
-constinit detail::StreamTags gTagsCanonVRD("CanonVRD", kText, kTagsCanonVRD, kKeyOrderCanonVRD, kChoicesCanonVRD, gItemsCanonVRD, &TagStringsCatalogue::stringsCanonVRD);
 
 // Casio: 67 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsCasio[] = {
-    {{124598, 8}, TagType::string, 0, 0, 0, 0},  // Software
-    {{124606, 13}, TagType::int8u, 2, 0, 0, 0},  // FacesDetected
-    {{124619, 19}, TagType::int16u, 2, 2, 0, 0},  // FaceDetectFrameSize
-    {{124638, 13}, TagType::int16u, 2, 4, 0, 0},  // Face1Position
-    {{124651, 13}, TagType::int16u, 2, 4, 0, 0},  // Face2Position
-    {{124664, 13}, TagType::int16u, 2, 4, 0, 0},  // Face3Position
-    {{124677, 13}, TagType::int16u, 2, 4, 0, 0},  // Face4Position
-    {{124690, 13}, TagType::int16u, 2, 4, 0, 0},  // Face5Position
-    {{124703, 13}, TagType::int16u, 2, 4, 0, 0},  // Face6Position
-    {{124716, 13}, TagType::int16u, 2, 4, 0, 0},  // Face7Position
-    {{124729, 13}, TagType::int16u, 2, 4, 0, 0},  // Face8Position
-    {{124742, 13}, TagType::int16u, 2, 4, 0, 0},  // Face9Position
-    {{124755, 14}, TagType::int16u, 2, 4, 0, 0},  // Face10Position
-    {{124769, 15}, TagType::int8u, 2, 0, 0, 4},  // FaceOrientation
-    {{124784, 13}, TagType::int16u, 2, 0, 4, 9},  // RecordingMode
-    {{124797, 7}, TagType::int16u, 2, 0, 13, 3},  // Quality
-    {{124804, 9}, TagType::int16u, 2, 0, 16, 9},  // FocusMode
-    {{124813, 9}, TagType::int16u, 2, 0, 25, 5},  // FlashMode
-    {{124822, 14}, TagType::int16u, 2, 0, 30, 8},  // FlashIntensity
-    {{124836, 14}, TagType::int32u, 2, 0, 0, 0},  // ObjectDistance
-    {{124850, 12}, TagType::int16u, 2, 0, 38, 11},  // WhiteBalance
-    {{124862, 11}, TagType::int32u, 2, 0, 49, 6},  // DigitalZoom
-    {{116644, 9}, TagType::int16u, 2, 0, 55, 6},  // Sharpness
-    {{124873, 8}, TagType::int16u, 2, 0, 55, 6},  // Contrast
-    {{124881, 10}, TagType::int16u, 2, 0, 55, 6},  // Saturation
-    {{124891, 3}, TagType::int16u, 2, 0, 61, 4},  // ISO
-    {{124894, 12}, TagType::string, 2, 18, 0, 0},  // FirmwareDate
-    {{124906, 11}, TagType::int16u, 2, 0, 65, 7},  // Enhancement
-    {{124917, 11}, TagType::int16u, 2, 0, 72, 10},  // ColorFilter
-    {{124928, 7}, TagType::int16u, 2, 0, 82, 17},  // AFPoint
-    {{124935, 12}, TagType::int8u, 0, 0, 99, 4},  // CasioQuality
-    {{124947, 10}, TagType::int8u, 0, 0, 0, 0},  // FocalRange
-    {{55962, 16}, TagType::string, 0, 20, 0, 0},  // DateTimeOriginal
-    {{124957, 9}, TagType::string, 0, 7, 0, 0},  // ModelType
-    {{124966, 16}, TagType::string, 0, 9, 0, 0},  // ManufactureIndex
-    {{124982, 15}, TagType::string, 0, 9, 0, 0},  // ManufactureCode
-    {{124997, 16}, TagType::int16u, 2, 2, 0, 0},  // PreviewImageSize
-    {{125013, 18}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageLength
-    {{125031, 17}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageStart
-    {{125048, 11}, TagType::int16u, 2, 0, 103, 3},  // QualityMode
-    {{125059, 14}, TagType::int16u, 2, 0, 106, 7},  // CasioImageSize
-    {{125073, 11}, TagType::rational64u, 2, 0, 0, 0},  // FocalLength
-    {{85778, 12}, TagType::string, 2, 0, 0, 0},  // PreviewImage
-    {{125084, 16}, TagType::int16u, 2, 2, 0, 0},  // WhiteBalanceBias
-    {{125100, 15}, TagType::int16u, 0, 4, 0, 0},  // AFPointPosition
-    {{125115, 13}, TagType::int16u, 2, 0, 0, 0},  // FlashDistance
-    {{125128, 17}, TagType::int8u, 2, 3, 113, 4},  // SpecialEffectMode
-    {{125145, 15}, TagType::string, 2, 0, 0, 0},  // FaceInfoUnknown
-    {{125160, 10}, TagType::int16u, 2, 0, 117, 13},  // RecordMode
-    {{125170, 11}, TagType::int16u, 2, 0, 130, 5},  // ReleaseMode
-    {{125181, 12}, TagType::string, 2, 0, 0, 0},  // HometownCity
-    {{125193, 12}, TagType::int16u, 2, 0, 135, 45},  // BestShotMode
-    {{125205, 7}, TagType::int16u, 2, 0, 180, 5},  // AutoISO
-    {{125212, 6}, TagType::int16u, 2, 0, 185, 6},  // AFMode
-    {{125218, 9}, TagType::int16u, 2, 0, 191, 3},  // ColorMode
-    {{125227, 7}, TagType::int16u, 2, 0, 194, 13},  // ArtMode
-    {{125234, 14}, TagType::int16u, 2, 0, 0, 0},  // SequenceNumber
-    {{125248, 15}, TagType::int16u, 2, 2, 0, 0},  // BracketSequence
-    {{125263, 18}, TagType::int16u, 2, 0, 207, 12},  // ImageStabilization
-    {{125281, 12}, TagType::int16u, 2, 0, 219, 4},  // LightingMode
-    {{125293, 15}, TagType::int16u, 2, 0, 103, 3},  // PortraitRefiner
-    {{125308, 18}, TagType::int16u, 2, 0, 0, 0},  // SpecialEffectLevel
-    {{125326, 20}, TagType::int16u, 2, 0, 223, 5},  // SpecialEffectSetting
-    {{125346, 9}, TagType::int16u, 2, 0, 228, 16},  // DriveMode
-    {{125355, 17}, TagType::int8u, 2, 3, 0, 0},  // ArtModeParameters
-    {{125372, 16}, TagType::int16u, 2, 0, 0, 0},  // CaptureFrameRate
-    {{125388, 12}, TagType::int16u, 2, 0, 244, 4},  // VideoQuality
+    {{124598, 8}, TagType::string, none, 0, 0, 0},  // Software
+    {{124606, 13}, TagType::int8u, writable, 0, 0, 0},  // FacesDetected
+    {{124619, 19}, TagType::int16u, writable, 2, 0, 0},  // FaceDetectFrameSize
+    {{124638, 13}, TagType::int16u, writable, 4, 0, 0},  // Face1Position
+    {{124651, 13}, TagType::int16u, writable, 4, 0, 0},  // Face2Position
+    {{124664, 13}, TagType::int16u, writable, 4, 0, 0},  // Face3Position
+    {{124677, 13}, TagType::int16u, writable, 4, 0, 0},  // Face4Position
+    {{124690, 13}, TagType::int16u, writable, 4, 0, 0},  // Face5Position
+    {{124703, 13}, TagType::int16u, writable, 4, 0, 0},  // Face6Position
+    {{124716, 13}, TagType::int16u, writable, 4, 0, 0},  // Face7Position
+    {{124729, 13}, TagType::int16u, writable, 4, 0, 0},  // Face8Position
+    {{124742, 13}, TagType::int16u, writable, 4, 0, 0},  // Face9Position
+    {{124755, 14}, TagType::int16u, writable, 4, 0, 0},  // Face10Position
+    {{124769, 15}, TagType::int8u, writable, 0, 0, 4},  // FaceOrientation
+    {{124784, 13}, TagType::int16u, writable, 0, 4, 9},  // RecordingMode
+    {{124797, 7}, TagType::int16u, writable, 0, 13, 3},  // Quality
+    {{124804, 9}, TagType::int16u, writable, 0, 16, 9},  // FocusMode
+    {{124813, 9}, TagType::int16u, writable, 0, 25, 5},  // FlashMode
+    {{124822, 14}, TagType::int16u, writable, 0, 30, 8},  // FlashIntensity
+    {{124836, 14}, TagType::int32u, writable, 0, 0, 0},  // ObjectDistance
+    {{124850, 12}, TagType::int16u, writable, 0, 38, 11},  // WhiteBalance
+    {{124862, 11}, TagType::int32u, writable, 0, 49, 6},  // DigitalZoom
+    {{116644, 9}, TagType::int16u, writable, 0, 55, 6},  // Sharpness
+    {{124873, 8}, TagType::int16u, writable, 0, 55, 6},  // Contrast
+    {{124881, 10}, TagType::int16u, writable, 0, 55, 6},  // Saturation
+    {{124891, 3}, TagType::int16u, writable, 0, 61, 4},  // ISO
+    {{124894, 12}, TagType::string, writable, 18, 0, 0},  // FirmwareDate
+    {{124906, 11}, TagType::int16u, writable, 0, 65, 7},  // Enhancement
+    {{124917, 11}, TagType::int16u, writable, 0, 72, 10},  // ColorFilter
+    {{124928, 7}, TagType::int16u, writable, 0, 82, 17},  // AFPoint
+    {{124935, 12}, TagType::int8u, none, 0, 99, 4},  // CasioQuality
+    {{124947, 10}, TagType::int8u, none, 0, 0, 0},  // FocalRange
+    {{55962, 16}, TagType::string, none, 20, 0, 0},  // DateTimeOriginal
+    {{124957, 9}, TagType::string, none, 7, 0, 0},  // ModelType
+    {{124966, 16}, TagType::string, none, 9, 0, 0},  // ManufactureIndex
+    {{124982, 15}, TagType::string, none, 9, 0, 0},  // ManufactureCode
+    {{124997, 16}, TagType::int16u, writable, 2, 0, 0},  // PreviewImageSize
+    {{125013, 18}, TagType::int32u, writable, 0, 0, 0},  // PreviewImageLength
+    {{125031, 17}, TagType::int32u, writable, 0, 0, 0},  // PreviewImageStart
+    {{125048, 11}, TagType::int16u, writable, 0, 103, 3},  // QualityMode
+    {{125059, 14}, TagType::int16u, writable, 0, 106, 7},  // CasioImageSize
+    {{125073, 11}, TagType::rational64u, writable, 0, 0, 0},  // FocalLength
+    {{85778, 12}, TagType::string, writable, 0, 0, 0},  // PreviewImage
+    {{125084, 16}, TagType::int16u, writable, 2, 0, 0},  // WhiteBalanceBias
+    {{125100, 15}, TagType::int16u, none, 4, 0, 0},  // AFPointPosition
+    {{125115, 13}, TagType::int16u, writable, 0, 0, 0},  // FlashDistance
+    {{125128, 17}, TagType::int8u, writable, 3, 113, 4},  // SpecialEffectMode
+    {{125145, 15}, TagType::string, writable, 0, 0, 0},  // FaceInfoUnknown
+    {{125160, 10}, TagType::int16u, writable, 0, 117, 13},  // RecordMode
+    {{125170, 11}, TagType::int16u, writable, 0, 130, 5},  // ReleaseMode
+    {{125181, 12}, TagType::string, writable, 0, 0, 0},  // HometownCity
+    {{125193, 12}, TagType::int16u, writable, 0, 135, 45},  // BestShotMode
+    {{125205, 7}, TagType::int16u, writable, 0, 180, 5},  // AutoISO
+    {{125212, 6}, TagType::int16u, writable, 0, 185, 6},  // AFMode
+    {{125218, 9}, TagType::int16u, writable, 0, 191, 3},  // ColorMode
+    {{125227, 7}, TagType::int16u, writable, 0, 194, 13},  // ArtMode
+    {{125234, 14}, TagType::int16u, writable, 0, 0, 0},  // SequenceNumber
+    {{125248, 15}, TagType::int16u, writable, 2, 0, 0},  // BracketSequence
+    {{125263, 18}, TagType::int16u, writable, 0, 207, 12},  // ImageStabilization
+    {{125281, 12}, TagType::int16u, writable, 0, 219, 4},  // LightingMode
+    {{125293, 15}, TagType::int16u, writable, 0, 103, 3},  // PortraitRefiner
+    {{125308, 18}, TagType::int16u, writable, 0, 0, 0},  // SpecialEffectLevel
+    {{125326, 20}, TagType::int16u, writable, 0, 223, 5},  // SpecialEffectSetting
+    {{125346, 9}, TagType::int16u, writable, 0, 228, 16},  // DriveMode
+    {{125355, 17}, TagType::int8u, writable, 3, 0, 0},  // ArtModeParameters
+    {{125372, 16}, TagType::int16u, writable, 0, 0, 0},  // CaptureFrameRate
+    {{125388, 12}, TagType::int16u, writable, 0, 244, 4},  // VideoQuality
 };
 constexpr detail::TextRef kChoicesCasio[] = {
     {3398, 1}, {3399, 1}, {3400, 1}, {3401, 1}, {3399, 1}, {3400, 1}, {3401, 1}, {3402, 1},
@@ -9077,89 +9076,88 @@ constexpr std::uint16_t kKeyOrderCasio[] = {
     36, 38, 15, 39, 48, 14, 49, 24, 56, 22, 0, 61, 46, 62, 66, 20, 43,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsCasio[67];
-constinit detail::StreamTags gTagsCasio("Casio", kText, kTagsCasio, kKeyOrderCasio, kChoicesCasio, gItemsCasio, &TagStringsCatalogue::stringsCasio);
 
 // Composite: 77 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsComposite[] = {
-    {{162780, 8}, TagType::string, 0, 0, 0, 0},  // Duration
-    {{162788, 19}, TagType::string, 0, 0, 0, 0},  // RunTimeSincePowerUp
-    {{162807, 14}, TagType::string, 0, 0, 0, 0},  // ConditionalFEC
-    {{124862, 11}, TagType::string, 0, 0, 0, 0},  // DigitalZoom
-    {{125346, 9}, TagType::string, 0, 0, 0, 3},  // DriveMode
-    {{55860, 10}, TagType::string, 2, 0, 0, 0},  // FileNumber
-    {{162821, 9}, TagType::string, 0, 0, 3, 2},  // FlashType
-    {{124891, 3}, TagType::string, 0, 0, 0, 0},  // ISO
-    {{162830, 4}, TagType::string, 0, 0, 0, 0},  // Lens
-    {{162834, 9}, TagType::string, 0, 0, 0, 0},  // Lens35efl
-    {{162843, 20}, TagType::string, 18, 0, 0, 0},  // OriginalDecisionData
-    {{162863, 15}, TagType::string, 0, 0, 3, 2},  // RedEyeReduction
-    {{162878, 12}, TagType::string, 0, 0, 0, 0},  // ShootingMode
-    {{162890, 18}, TagType::string, 0, 0, 3, 2},  // ShutterCurtainHack
-    {{162908, 13}, TagType::string, 0, 0, 0, 0},  // WB_RGGBLevels
-    {{162921, 8}, TagType::string, 0, 0, 0, 0},  // Aperture
-    {{162929, 11}, TagType::string, 0, 0, 0, 0},  // BlueBalance
-    {{162940, 10}, TagType::string, 0, 0, 0, 0},  // CFAPattern
-    {{162950, 17}, TagType::string, 0, 0, 0, 0},  // CircleOfConfusion
-    {{162967, 3}, TagType::string, 0, 0, 0, 0},  // DOF
-    {{55962, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
-    {{162970, 3}, TagType::string, 0, 0, 0, 0},  // FOV
-    {{162973, 16}, TagType::string, 0, 0, 0, 0},  // FocalLength35efl
-    {{162989, 11}, TagType::string, 18, 0, 0, 0},  // GPSPosition
-    {{163000, 18}, TagType::string, 0, 0, 0, 0},  // HyperfocalDistance
-    {{163018, 9}, TagType::string, 0, 0, 0, 0},  // ImageSize
-    {{163027, 6}, TagType::string, 0, 0, 5, 614},  // LensID
-    {{163033, 10}, TagType::string, 0, 0, 0, 0},  // LightValue
-    {{163043, 10}, TagType::string, 0, 0, 0, 0},  // Megapixels
-    {{124997, 16}, TagType::string, 0, 0, 0, 0},  // PreviewImageSize
-    {{163053, 10}, TagType::string, 0, 0, 0, 0},  // RedBalance
-    {{163063, 16}, TagType::string, 0, 0, 0, 0},  // ScaleFactor35efl
-    {{163079, 12}, TagType::string, 0, 0, 0, 0},  // ShutterSpeed
-    {{163091, 16}, TagType::string, 2, 0, 0, 0},  // SubSecCreateDate
-    {{163107, 22}, TagType::string, 2, 0, 0, 0},  // SubSecDateTimeOriginal
-    {{163129, 16}, TagType::string, 2, 0, 0, 0},  // SubSecModifyDate
-    {{163145, 13}, TagType::string, 0, 0, 0, 0},  // ThumbnailTIFF
-    {{163158, 23}, TagType::string, 0, 0, 0, 0},  // PeakSpectralSensitivity
-    {{85778, 12}, TagType::string, 8, 0, 0, 0},  // PreviewImage
-    {{163181, 11}, TagType::string, 0, 0, 0, 0},  // GPSAltitude
-    {{163192, 11}, TagType::string, 0, 0, 0, 0},  // GPSDateTime
-    {{163203, 15}, TagType::string, 0, 0, 0, 0},  // GPSDestLatitude
-    {{163218, 16}, TagType::string, 0, 0, 0, 0},  // GPSDestLongitude
-    {{163234, 11}, TagType::string, 2, 0, 0, 0},  // GPSLatitude
-    {{163245, 12}, TagType::string, 2, 0, 0, 0},  // GPSLongitude
-    {{163257, 15}, TagType::string, 0, 0, 0, 0},  // DateTimeCreated
-    {{163272, 23}, TagType::string, 0, 0, 0, 0},  // DigitalCreationDateTime
-    {{163295, 10}, TagType::string, 0, 0, 0, 0},  // VolumeSize
-    {{163305, 11}, TagType::string, 0, 0, 0, 0},  // DateCreated
-    {{163316, 12}, TagType::string, 0, 0, 0, 0},  // WB_RGBLevels
-    {{163328, 12}, TagType::string, 0, 0, 0, 0},  // AudioBitrate
-    {{163340, 7}, TagType::string, 0, 0, 0, 0},  // MPImage
-    {{163347, 9}, TagType::string, 0, 0, 3, 2},  // AutoFocus
-    {{163356, 8}, TagType::string, 0, 0, 0, 0},  // LensSpec
-    {{163364, 14}, TagType::string, 0, 0, 0, 3},  // ExtenderStatus
-    {{163378, 8}, TagType::string, 0, 0, 619, 136},  // LensType
-    {{163386, 18}, TagType::string, 0, 0, 0, 0},  // ZoomedPreviewImage
-    {{163404, 17}, TagType::string, 0, 0, 755, 67},  // AdvancedSceneMode
-    {{55407, 11}, TagType::string, 0, 0, 0, 0},  // ImageHeight
-    {{55397, 10}, TagType::string, 0, 0, 0, 0},  // ImageWidth
-    {{163421, 10}, TagType::string, 0, 0, 0, 0},  // AvgBitrate
-    {{163431, 16}, TagType::string, 0, 0, 0, 0},  // CDDBDiscPlayTime
-    {{163447, 14}, TagType::string, 0, 0, 0, 0},  // CDDBDiscTracks
-    {{163461, 14}, TagType::string, 0, 0, 3, 2},  // GPSAltitudeRef
-    {{55434, 8}, TagType::string, 18, 0, 0, 0},  // Rotation
-    {{163475, 10}, TagType::string, 0, 0, 0, 0},  // RicohPitch
-    {{163485, 9}, TagType::string, 0, 0, 0, 0},  // RicohRoll
-    {{163494, 12}, TagType::string, 0, 0, 0, 0},  // DepthMapTiff
-    {{163506, 22}, TagType::string, 0, 0, 0, 0},  // SingleShotDepthMapTiff
-    {{163528, 13}, TagType::string, 0, 0, 0, 0},  // FocusDistance
-    {{163541, 14}, TagType::string, 0, 0, 0, 0},  // FocusDistance2
-    {{163555, 15}, TagType::string, 0, 0, 0, 0},  // IDCPreviewImage
-    {{120411, 5}, TagType::string, 2, 0, 822, 27},  // Flash
-    {{163570, 18}, TagType::string, 0, 0, 849, 2},  // GPSDestLatitudeRef
-    {{163588, 19}, TagType::string, 0, 0, 851, 2},  // GPSDestLongitudeRef
-    {{163607, 14}, TagType::string, 0, 0, 849, 2},  // GPSLatitudeRef
-    {{163621, 15}, TagType::string, 0, 0, 851, 2},  // GPSLongitudeRef
+    {{162780, 8}, TagType::string, none, 0, 0, 0},  // Duration
+    {{162788, 19}, TagType::string, none, 0, 0, 0},  // RunTimeSincePowerUp
+    {{162807, 14}, TagType::string, none, 0, 0, 0},  // ConditionalFEC
+    {{124862, 11}, TagType::string, none, 0, 0, 0},  // DigitalZoom
+    {{125346, 9}, TagType::string, none, 0, 0, 3},  // DriveMode
+    {{55860, 10}, TagType::string, writable, 0, 0, 0},  // FileNumber
+    {{162821, 9}, TagType::string, none, 0, 3, 2},  // FlashType
+    {{124891, 3}, TagType::string, none, 0, 0, 0},  // ISO
+    {{162830, 4}, TagType::string, none, 0, 0, 0},  // Lens
+    {{162834, 9}, TagType::string, none, 0, 0, 0},  // Lens35efl
+    {{162843, 20}, TagType::string, writable | unsafe, 0, 0, 0},  // OriginalDecisionData
+    {{162863, 15}, TagType::string, none, 0, 3, 2},  // RedEyeReduction
+    {{162878, 12}, TagType::string, none, 0, 0, 0},  // ShootingMode
+    {{162890, 18}, TagType::string, none, 0, 3, 2},  // ShutterCurtainHack
+    {{162908, 13}, TagType::string, none, 0, 0, 0},  // WB_RGGBLevels
+    {{162921, 8}, TagType::string, none, 0, 0, 0},  // Aperture
+    {{162929, 11}, TagType::string, none, 0, 0, 0},  // BlueBalance
+    {{162940, 10}, TagType::string, none, 0, 0, 0},  // CFAPattern
+    {{162950, 17}, TagType::string, none, 0, 0, 0},  // CircleOfConfusion
+    {{162967, 3}, TagType::string, none, 0, 0, 0},  // DOF
+    {{55962, 16}, TagType::string, none, 0, 0, 0},  // DateTimeOriginal
+    {{162970, 3}, TagType::string, none, 0, 0, 0},  // FOV
+    {{162973, 16}, TagType::string, none, 0, 0, 0},  // FocalLength35efl
+    {{162989, 11}, TagType::string, writable | unsafe, 0, 0, 0},  // GPSPosition
+    {{163000, 18}, TagType::string, none, 0, 0, 0},  // HyperfocalDistance
+    {{163018, 9}, TagType::string, none, 0, 0, 0},  // ImageSize
+    {{163027, 6}, TagType::string, none, 0, 5, 614},  // LensID
+    {{163033, 10}, TagType::string, none, 0, 0, 0},  // LightValue
+    {{163043, 10}, TagType::string, none, 0, 0, 0},  // Megapixels
+    {{124997, 16}, TagType::string, none, 0, 0, 0},  // PreviewImageSize
+    {{163053, 10}, TagType::string, none, 0, 0, 0},  // RedBalance
+    {{163063, 16}, TagType::string, none, 0, 0, 0},  // ScaleFactor35efl
+    {{163079, 12}, TagType::string, none, 0, 0, 0},  // ShutterSpeed
+    {{163091, 16}, TagType::string, writable, 0, 0, 0},  // SubSecCreateDate
+    {{163107, 22}, TagType::string, writable, 0, 0, 0},  // SubSecDateTimeOriginal
+    {{163129, 16}, TagType::string, writable, 0, 0, 0},  // SubSecModifyDate
+    {{163145, 13}, TagType::string, none, 0, 0, 0},  // ThumbnailTIFF
+    {{163158, 23}, TagType::string, none, 0, 0, 0},  // PeakSpectralSensitivity
+    {{85778, 12}, TagType::string, binary, 0, 0, 0},  // PreviewImage
+    {{163181, 11}, TagType::string, none, 0, 0, 0},  // GPSAltitude
+    {{163192, 11}, TagType::string, none, 0, 0, 0},  // GPSDateTime
+    {{163203, 15}, TagType::string, none, 0, 0, 0},  // GPSDestLatitude
+    {{163218, 16}, TagType::string, none, 0, 0, 0},  // GPSDestLongitude
+    {{163234, 11}, TagType::string, writable, 0, 0, 0},  // GPSLatitude
+    {{163245, 12}, TagType::string, writable, 0, 0, 0},  // GPSLongitude
+    {{163257, 15}, TagType::string, none, 0, 0, 0},  // DateTimeCreated
+    {{163272, 23}, TagType::string, none, 0, 0, 0},  // DigitalCreationDateTime
+    {{163295, 10}, TagType::string, none, 0, 0, 0},  // VolumeSize
+    {{163305, 11}, TagType::string, none, 0, 0, 0},  // DateCreated
+    {{163316, 12}, TagType::string, none, 0, 0, 0},  // WB_RGBLevels
+    {{163328, 12}, TagType::string, none, 0, 0, 0},  // AudioBitrate
+    {{163340, 7}, TagType::string, none, 0, 0, 0},  // MPImage
+    {{163347, 9}, TagType::string, none, 0, 3, 2},  // AutoFocus
+    {{163356, 8}, TagType::string, none, 0, 0, 0},  // LensSpec
+    {{163364, 14}, TagType::string, none, 0, 0, 3},  // ExtenderStatus
+    {{163378, 8}, TagType::string, none, 0, 619, 136},  // LensType
+    {{163386, 18}, TagType::string, none, 0, 0, 0},  // ZoomedPreviewImage
+    {{163404, 17}, TagType::string, none, 0, 755, 67},  // AdvancedSceneMode
+    {{55407, 11}, TagType::string, none, 0, 0, 0},  // ImageHeight
+    {{55397, 10}, TagType::string, none, 0, 0, 0},  // ImageWidth
+    {{163421, 10}, TagType::string, none, 0, 0, 0},  // AvgBitrate
+    {{163431, 16}, TagType::string, none, 0, 0, 0},  // CDDBDiscPlayTime
+    {{163447, 14}, TagType::string, none, 0, 0, 0},  // CDDBDiscTracks
+    {{163461, 14}, TagType::string, none, 0, 3, 2},  // GPSAltitudeRef
+    {{55434, 8}, TagType::string, writable | unsafe, 0, 0, 0},  // Rotation
+    {{163475, 10}, TagType::string, none, 0, 0, 0},  // RicohPitch
+    {{163485, 9}, TagType::string, none, 0, 0, 0},  // RicohRoll
+    {{163494, 12}, TagType::string, none, 0, 0, 0},  // DepthMapTiff
+    {{163506, 22}, TagType::string, none, 0, 0, 0},  // SingleShotDepthMapTiff
+    {{163528, 13}, TagType::string, none, 0, 0, 0},  // FocusDistance
+    {{163541, 14}, TagType::string, none, 0, 0, 0},  // FocusDistance2
+    {{163555, 15}, TagType::string, none, 0, 0, 0},  // IDCPreviewImage
+    {{120411, 5}, TagType::string, writable, 0, 822, 27},  // Flash
+    {{163570, 18}, TagType::string, none, 0, 849, 2},  // GPSDestLatitudeRef
+    {{163588, 19}, TagType::string, none, 0, 851, 2},  // GPSDestLongitudeRef
+    {{163607, 14}, TagType::string, none, 0, 849, 2},  // GPSLatitudeRef
+    {{163621, 15}, TagType::string, none, 0, 851, 2},  // GPSLongitudeRef
 };
 constexpr detail::TextRef kChoicesComposite[] = {
     {3398, 1}, {3399, 1}, {3400, 1}, {3398, 1}, {3399, 1}, {163636, 23}, {163659, 23}, {163682, 23},
@@ -10914,9 +10912,17 @@ constexpr std::uint16_t kKeyOrderComposite[] = {
     49, 14, 56,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsComposite[77];
-constinit detail::StreamTags gTagsComposite("Composite", kText, kTagsComposite, kKeyOrderComposite, kChoicesComposite, gItemsComposite, &TagStringsCatalogue::stringsComposite);
 
 }  // namespace
+
+// Each stream's tags, which the catalogue's index finds them by.
+namespace detail {
+constinit StreamTags gTagsCanonCustom("CanonCustom", kText, kTagsCanonCustom, kKeyOrderCanonCustom, kChoicesCanonCustom, gItemsCanonCustom, &TagStringsCatalogue::stringsCanonCustom);
+constinit StreamTags gTagsCanonRaw("CanonRaw", kText, kTagsCanonRaw, kKeyOrderCanonRaw, kChoicesCanonRaw, gItemsCanonRaw, &TagStringsCatalogue::stringsCanonRaw);
+constinit StreamTags gTagsCanonVRD("CanonVRD", kText, kTagsCanonVRD, kKeyOrderCanonVRD, kChoicesCanonVRD, gItemsCanonVRD, &TagStringsCatalogue::stringsCanonVRD);
+constinit StreamTags gTagsCasio("Casio", kText, kTagsCasio, kKeyOrderCasio, kChoicesCasio, gItemsCasio, &TagStringsCatalogue::stringsCasio);
+constinit StreamTags gTagsComposite("Composite", kText, kTagsComposite, kKeyOrderComposite, kChoicesComposite, gItemsComposite, &TagStringsCatalogue::stringsComposite);
+}  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsCanonCustom() {
   return gStringsCanonCustom.strings(&TagStringsCatalogue::stringTableCanonCustom);
@@ -10925,187 +10931,187 @@ TagStringTable TagStringsCatalogue::stringTableCanonCustom(ETLanguage language) 
   return gStringsCanonCustom.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue03::allStreamsCanonCustom() {
-  return gTagsCanonCustom.all();
+  return detail::gTagsCanonCustom.all();
 }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomSetButtonWhenShooting() { return gTagsCanonCustom.item(0); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomShutterReleaseNoCFCard() { return gTagsCanonCustom.item(1); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomFlashSyncSpeedAv() { return gTagsCanonCustom.item(2); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomShutter_AELock() { return gTagsCanonCustom.item(3); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFAssist() { return gTagsCanonCustom.item(4); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomExposureLevelIncrements() { return gTagsCanonCustom.item(5); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFPointRegistration() { return gTagsCanonCustom.item(6); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomRawAndJpgRecording() { return gTagsCanonCustom.item(7); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAEBSequenceAutoCancel() { return gTagsCanonCustom.item(8); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomSuperimposedDisplay() { return gTagsCanonCustom.item(9); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomMenuButtonDisplayPosition() { return gTagsCanonCustom.item(10); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomMirrorLockup() { return gTagsCanonCustom.item(11); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAssistButtonFunction() { return gTagsCanonCustom.item(12); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomFillFlashAutoReduction() { return gTagsCanonCustom.item(13); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomShutterCurtainSync() { return gTagsCanonCustom.item(14); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomSafetyShiftInAvOrTv() { return gTagsCanonCustom.item(15); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomLensAFStopButton() { return gTagsCanonCustom.item(16); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomFocusingScreen() { return gTagsCanonCustom.item(17); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomFinderDisplayDuringExposure() { return gTagsCanonCustom.item(18); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomISOSpeedExpansion() { return gTagsCanonCustom.item(19); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomShutterAELButton() { return gTagsCanonCustom.item(20); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomManualTv() { return gTagsCanonCustom.item(21); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomUSMLensElectronicMF() { return gTagsCanonCustom.item(22); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomLCDPanels() { return gTagsCanonCustom.item(23); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFPointIllumination() { return gTagsCanonCustom.item(24); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFPointSelection() { return gTagsCanonCustom.item(25); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFPointSpotMetering() { return gTagsCanonCustom.item(26); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFPointActivationArea() { return gTagsCanonCustom.item(27); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomSwitchToRegisteredAFPoint() { return gTagsCanonCustom.item(28); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAIServoTrackingSensitivity() { return gTagsCanonCustom.item(29); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAIServoContinuousShooting() { return gTagsCanonCustom.item(30); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomISOSpeedIncrements() { return gTagsCanonCustom.item(31); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomISOSpeedRange() { return gTagsCanonCustom.item(32); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomISOExpansion() { return gTagsCanonCustom.item(33); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAEBAutoCancel() { return gTagsCanonCustom.item(34); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAEBSequence() { return gTagsCanonCustom.item(35); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAEBShotCount() { return gTagsCanonCustom.item(36); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomSpotMeterLinkToAFPoint() { return gTagsCanonCustom.item(37); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomSafetyShift() { return gTagsCanonCustom.item(38); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomUsableShootingModes() { return gTagsCanonCustom.item(39); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomUsableMeteringModes() { return gTagsCanonCustom.item(40); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomExposureModeInManual() { return gTagsCanonCustom.item(41); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomShutterSpeedRange() { return gTagsCanonCustom.item(42); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomApertureRange() { return gTagsCanonCustom.item(43); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomApplyShootingMeteringMode() { return gTagsCanonCustom.item(44); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAEMicroadjustment() { return gTagsCanonCustom.item(45); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomFEMicroadjustment() { return gTagsCanonCustom.item(46); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomSameExposureForNewAperture() { return gTagsCanonCustom.item(47); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomExposureCompAutoCancel() { return gTagsCanonCustom.item(48); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAELockMeterModeAfterFocus() { return gTagsCanonCustom.item(49); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomLongExposureNoiseReduction() { return gTagsCanonCustom.item(50); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomHighISONoiseReduction() { return gTagsCanonCustom.item(51); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomHighlightTonePriority() { return gTagsCanonCustom.item(52); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAutoLightingOptimizer() { return gTagsCanonCustom.item(53); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomETTLII() { return gTagsCanonCustom.item(54); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomFlashFiring() { return gTagsCanonCustom.item(55); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomViewInfoDuringExposure() { return gTagsCanonCustom.item(56); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomLCDIlluminationDuringBulb() { return gTagsCanonCustom.item(57); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomInfoButtonWhenShooting() { return gTagsCanonCustom.item(58); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomViewfinderWarnings() { return gTagsCanonCustom.item(59); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomLVShootingAreaDisplay() { return gTagsCanonCustom.item(60); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAIServoImagePriority() { return gTagsCanonCustom.item(61); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAIServoTrackingMethod() { return gTagsCanonCustom.item(62); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomLensDriveNoAF() { return gTagsCanonCustom.item(63); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFMicroadjustment() { return gTagsCanonCustom.item(64); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFPointAreaExpansion() { return gTagsCanonCustom.item(65); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomSelectableAFPoint() { return gTagsCanonCustom.item(66); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFPointAutoSelection() { return gTagsCanonCustom.item(67); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFPointDisplayDuringFocus() { return gTagsCanonCustom.item(68); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFPointBrightness() { return gTagsCanonCustom.item(69); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFAssistBeam() { return gTagsCanonCustom.item(70); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFPointSelectionMethod() { return gTagsCanonCustom.item(71); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomVFDisplayIllumination() { return gTagsCanonCustom.item(72); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFDuringLiveView() { return gTagsCanonCustom.item(73); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomSelectAFAreaSelectMode() { return gTagsCanonCustom.item(74); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomManualAFPointSelectPattern() { return gTagsCanonCustom.item(75); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomDisplayAllAFPoints() { return gTagsCanonCustom.item(76); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomFocusDisplayAIServoAndMF() { return gTagsCanonCustom.item(77); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomOrientationLinkedAFPoint() { return gTagsCanonCustom.item(78); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomMultiControllerWhileMetering() { return gTagsCanonCustom.item(79); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAccelerationTracking() { return gTagsCanonCustom.item(80); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAIServoFirstImagePriority() { return gTagsCanonCustom.item(81); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAIServoSecondImagePriority() { return gTagsCanonCustom.item(82); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFAreaSelectMethod() { return gTagsCanonCustom.item(83); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAutoAFPointColorTracking() { return gTagsCanonCustom.item(84); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomInitialAFPointAIServoAF() { return gTagsCanonCustom.item(85); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomContinuousShootingSpeed() { return gTagsCanonCustom.item(86); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomContinuousShotLimit() { return gTagsCanonCustom.item(87); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomRestrictDriveModes() { return gTagsCanonCustom.item(88); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFAndMeteringButtons() { return gTagsCanonCustom.item(89); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomShutterButtonAFOnButton() { return gTagsCanonCustom.item(90); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFOnAELockButtonSwitch() { return gTagsCanonCustom.item(91); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomQuickControlDialInMeter() { return gTagsCanonCustom.item(92); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomDialDirectionTvAv() { return gTagsCanonCustom.item(93); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAvSettingWithoutLens() { return gTagsCanonCustom.item(94); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomWBMediaImageSizeSetting() { return gTagsCanonCustom.item(95); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomLockMicrophoneButton() { return gTagsCanonCustom.item(96); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomButtonFunctionControlOff() { return gTagsCanonCustom.item(97); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAssignFuncButton() { return gTagsCanonCustom.item(98); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomCustomControls() { return gTagsCanonCustom.item(99); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomStartMovieShooting() { return gTagsCanonCustom.item(100); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomFlashButtonFunction() { return gTagsCanonCustom.item(101); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomMultiFunctionLock() { return gTagsCanonCustom.item(102); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomTrashButtonFunction() { return gTagsCanonCustom.item(103); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomShutterReleaseWithoutLens() { return gTagsCanonCustom.item(104); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomControlRingRotation() { return gTagsCanonCustom.item(105); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomFocusRingRotation() { return gTagsCanonCustom.item(106); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomRFLensMFFocusRingSensitivity() { return gTagsCanonCustom.item(107); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomCustomizeDials() { return gTagsCanonCustom.item(108); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomTimerLength() { return gTagsCanonCustom.item(109); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomShortReleaseTimeLag() { return gTagsCanonCustom.item(110); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAddAspectRatioInfo() { return gTagsCanonCustom.item(111); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAddOriginalDecisionData() { return gTagsCanonCustom.item(112); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomLiveViewExposureSimulation() { return gTagsCanonCustom.item(113); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomLCDDisplayAtPowerOn() { return gTagsCanonCustom.item(114); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomMemoAudioQuality() { return gTagsCanonCustom.item(115); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomDefaultEraseOption() { return gTagsCanonCustom.item(116); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomRetractLensOnPowerOff() { return gTagsCanonCustom.item(117); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAddIPTCInformation() { return gTagsCanonCustom.item(118); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomAudioCompression() { return gTagsCanonCustom.item(119); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomSetFunctionWhenShooting() { return gTagsCanonCustom.item(120); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomMagnifiedView() { return gTagsCanonCustom.item(121); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomSetButtonCrossKeysFunc() { return gTagsCanonCustom.item(122); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomLCDDisplayReturnToShoot() { return gTagsCanonCustom.item(123); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomMenuButtonReturn() { return gTagsCanonCustom.item(124); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomSensorCleaning() { return gTagsCanonCustom.item(125); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF1Value() { return gTagsCanonCustom.item(126); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF2Value() { return gTagsCanonCustom.item(127); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF3Value() { return gTagsCanonCustom.item(128); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF4ExposureTimeMin() { return gTagsCanonCustom.item(129); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF4ExposureTimeMax() { return gTagsCanonCustom.item(130); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF5ApertureMin() { return gTagsCanonCustom.item(131); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF5ApertureMax() { return gTagsCanonCustom.item(132); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF8BracketShots() { return gTagsCanonCustom.item(133); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF19ShootingSpeedLow() { return gTagsCanonCustom.item(134); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF19ShootingSpeedHigh() { return gTagsCanonCustom.item(135); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF20MaxContinousShots() { return gTagsCanonCustom.item(136); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF23ShutterButtonTime() { return gTagsCanonCustom.item(137); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF23FELockTime() { return gTagsCanonCustom.item(138); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF23PostReleaseTime() { return gTagsCanonCustom.item(139); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF25AEMode() { return gTagsCanonCustom.item(140); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF25MeteringMode() { return gTagsCanonCustom.item(141); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF25DriveMode() { return gTagsCanonCustom.item(142); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF25AFMode() { return gTagsCanonCustom.item(143); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF25AFPointSel() { return gTagsCanonCustom.item(144); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF25ImageSize() { return gTagsCanonCustom.item(145); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF25WBMode() { return gTagsCanonCustom.item(146); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF25Parameters() { return gTagsCanonCustom.item(147); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF25ColorMatrix() { return gTagsCanonCustom.item(148); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF27Value() { return gTagsCanonCustom.item(149); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF0CustomFuncRegistration() { return gTagsCanonCustom.item(150); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF1DisableShootingModes() { return gTagsCanonCustom.item(151); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF2DisableMeteringModes() { return gTagsCanonCustom.item(152); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF3ManualExposureMetering() { return gTagsCanonCustom.item(153); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF4ExposureTimeLimits() { return gTagsCanonCustom.item(154); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF5ApertureLimits() { return gTagsCanonCustom.item(155); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF6PresetShootingModes() { return gTagsCanonCustom.item(156); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF7BracketContinuousShoot() { return gTagsCanonCustom.item(157); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF8SetBracketShots() { return gTagsCanonCustom.item(158); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF9ChangeBracketSequence() { return gTagsCanonCustom.item(159); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF10RetainProgramShift() { return gTagsCanonCustom.item(160); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF13DrivePriority() { return gTagsCanonCustom.item(161); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF14DisableFocusSearch() { return gTagsCanonCustom.item(162); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF15DisableAFAssistBeam() { return gTagsCanonCustom.item(163); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF16AutoFocusPointShoot() { return gTagsCanonCustom.item(164); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF17DisableAFPointSel() { return gTagsCanonCustom.item(165); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF18EnableAutoAFPointSel() { return gTagsCanonCustom.item(166); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF19ContinuousShootSpeed() { return gTagsCanonCustom.item(167); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF20LimitContinousShots() { return gTagsCanonCustom.item(168); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF21EnableQuietOperation() { return gTagsCanonCustom.item(169); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF23SetTimerLengths() { return gTagsCanonCustom.item(170); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF24LightLCDDuringBulb() { return gTagsCanonCustom.item(171); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF25DefaultClearSettings() { return gTagsCanonCustom.item(172); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF26ShortenReleaseLag() { return gTagsCanonCustom.item(173); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF27ReverseDialRotation() { return gTagsCanonCustom.item(174); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF28NoQuickDialExpComp() { return gTagsCanonCustom.item(175); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF29QuickDialSwitchOff() { return gTagsCanonCustom.item(176); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF30EnlargementMode() { return gTagsCanonCustom.item(177); }
-const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF31OriginalDecisionData() { return gTagsCanonCustom.item(178); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomSetButtonWhenShooting() { return detail::gTagsCanonCustom.item(0); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomShutterReleaseNoCFCard() { return detail::gTagsCanonCustom.item(1); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomFlashSyncSpeedAv() { return detail::gTagsCanonCustom.item(2); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomShutter_AELock() { return detail::gTagsCanonCustom.item(3); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFAssist() { return detail::gTagsCanonCustom.item(4); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomExposureLevelIncrements() { return detail::gTagsCanonCustom.item(5); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFPointRegistration() { return detail::gTagsCanonCustom.item(6); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomRawAndJpgRecording() { return detail::gTagsCanonCustom.item(7); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAEBSequenceAutoCancel() { return detail::gTagsCanonCustom.item(8); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomSuperimposedDisplay() { return detail::gTagsCanonCustom.item(9); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomMenuButtonDisplayPosition() { return detail::gTagsCanonCustom.item(10); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomMirrorLockup() { return detail::gTagsCanonCustom.item(11); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAssistButtonFunction() { return detail::gTagsCanonCustom.item(12); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomFillFlashAutoReduction() { return detail::gTagsCanonCustom.item(13); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomShutterCurtainSync() { return detail::gTagsCanonCustom.item(14); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomSafetyShiftInAvOrTv() { return detail::gTagsCanonCustom.item(15); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomLensAFStopButton() { return detail::gTagsCanonCustom.item(16); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomFocusingScreen() { return detail::gTagsCanonCustom.item(17); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomFinderDisplayDuringExposure() { return detail::gTagsCanonCustom.item(18); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomISOSpeedExpansion() { return detail::gTagsCanonCustom.item(19); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomShutterAELButton() { return detail::gTagsCanonCustom.item(20); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomManualTv() { return detail::gTagsCanonCustom.item(21); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomUSMLensElectronicMF() { return detail::gTagsCanonCustom.item(22); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomLCDPanels() { return detail::gTagsCanonCustom.item(23); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFPointIllumination() { return detail::gTagsCanonCustom.item(24); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFPointSelection() { return detail::gTagsCanonCustom.item(25); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFPointSpotMetering() { return detail::gTagsCanonCustom.item(26); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFPointActivationArea() { return detail::gTagsCanonCustom.item(27); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomSwitchToRegisteredAFPoint() { return detail::gTagsCanonCustom.item(28); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAIServoTrackingSensitivity() { return detail::gTagsCanonCustom.item(29); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAIServoContinuousShooting() { return detail::gTagsCanonCustom.item(30); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomISOSpeedIncrements() { return detail::gTagsCanonCustom.item(31); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomISOSpeedRange() { return detail::gTagsCanonCustom.item(32); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomISOExpansion() { return detail::gTagsCanonCustom.item(33); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAEBAutoCancel() { return detail::gTagsCanonCustom.item(34); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAEBSequence() { return detail::gTagsCanonCustom.item(35); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAEBShotCount() { return detail::gTagsCanonCustom.item(36); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomSpotMeterLinkToAFPoint() { return detail::gTagsCanonCustom.item(37); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomSafetyShift() { return detail::gTagsCanonCustom.item(38); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomUsableShootingModes() { return detail::gTagsCanonCustom.item(39); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomUsableMeteringModes() { return detail::gTagsCanonCustom.item(40); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomExposureModeInManual() { return detail::gTagsCanonCustom.item(41); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomShutterSpeedRange() { return detail::gTagsCanonCustom.item(42); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomApertureRange() { return detail::gTagsCanonCustom.item(43); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomApplyShootingMeteringMode() { return detail::gTagsCanonCustom.item(44); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAEMicroadjustment() { return detail::gTagsCanonCustom.item(45); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomFEMicroadjustment() { return detail::gTagsCanonCustom.item(46); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomSameExposureForNewAperture() { return detail::gTagsCanonCustom.item(47); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomExposureCompAutoCancel() { return detail::gTagsCanonCustom.item(48); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAELockMeterModeAfterFocus() { return detail::gTagsCanonCustom.item(49); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomLongExposureNoiseReduction() { return detail::gTagsCanonCustom.item(50); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomHighISONoiseReduction() { return detail::gTagsCanonCustom.item(51); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomHighlightTonePriority() { return detail::gTagsCanonCustom.item(52); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAutoLightingOptimizer() { return detail::gTagsCanonCustom.item(53); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomETTLII() { return detail::gTagsCanonCustom.item(54); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomFlashFiring() { return detail::gTagsCanonCustom.item(55); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomViewInfoDuringExposure() { return detail::gTagsCanonCustom.item(56); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomLCDIlluminationDuringBulb() { return detail::gTagsCanonCustom.item(57); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomInfoButtonWhenShooting() { return detail::gTagsCanonCustom.item(58); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomViewfinderWarnings() { return detail::gTagsCanonCustom.item(59); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomLVShootingAreaDisplay() { return detail::gTagsCanonCustom.item(60); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAIServoImagePriority() { return detail::gTagsCanonCustom.item(61); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAIServoTrackingMethod() { return detail::gTagsCanonCustom.item(62); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomLensDriveNoAF() { return detail::gTagsCanonCustom.item(63); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFMicroadjustment() { return detail::gTagsCanonCustom.item(64); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFPointAreaExpansion() { return detail::gTagsCanonCustom.item(65); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomSelectableAFPoint() { return detail::gTagsCanonCustom.item(66); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFPointAutoSelection() { return detail::gTagsCanonCustom.item(67); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFPointDisplayDuringFocus() { return detail::gTagsCanonCustom.item(68); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFPointBrightness() { return detail::gTagsCanonCustom.item(69); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFAssistBeam() { return detail::gTagsCanonCustom.item(70); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFPointSelectionMethod() { return detail::gTagsCanonCustom.item(71); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomVFDisplayIllumination() { return detail::gTagsCanonCustom.item(72); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFDuringLiveView() { return detail::gTagsCanonCustom.item(73); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomSelectAFAreaSelectMode() { return detail::gTagsCanonCustom.item(74); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomManualAFPointSelectPattern() { return detail::gTagsCanonCustom.item(75); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomDisplayAllAFPoints() { return detail::gTagsCanonCustom.item(76); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomFocusDisplayAIServoAndMF() { return detail::gTagsCanonCustom.item(77); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomOrientationLinkedAFPoint() { return detail::gTagsCanonCustom.item(78); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomMultiControllerWhileMetering() { return detail::gTagsCanonCustom.item(79); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAccelerationTracking() { return detail::gTagsCanonCustom.item(80); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAIServoFirstImagePriority() { return detail::gTagsCanonCustom.item(81); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAIServoSecondImagePriority() { return detail::gTagsCanonCustom.item(82); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFAreaSelectMethod() { return detail::gTagsCanonCustom.item(83); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAutoAFPointColorTracking() { return detail::gTagsCanonCustom.item(84); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomInitialAFPointAIServoAF() { return detail::gTagsCanonCustom.item(85); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomContinuousShootingSpeed() { return detail::gTagsCanonCustom.item(86); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomContinuousShotLimit() { return detail::gTagsCanonCustom.item(87); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomRestrictDriveModes() { return detail::gTagsCanonCustom.item(88); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFAndMeteringButtons() { return detail::gTagsCanonCustom.item(89); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomShutterButtonAFOnButton() { return detail::gTagsCanonCustom.item(90); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAFOnAELockButtonSwitch() { return detail::gTagsCanonCustom.item(91); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomQuickControlDialInMeter() { return detail::gTagsCanonCustom.item(92); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomDialDirectionTvAv() { return detail::gTagsCanonCustom.item(93); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAvSettingWithoutLens() { return detail::gTagsCanonCustom.item(94); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomWBMediaImageSizeSetting() { return detail::gTagsCanonCustom.item(95); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomLockMicrophoneButton() { return detail::gTagsCanonCustom.item(96); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomButtonFunctionControlOff() { return detail::gTagsCanonCustom.item(97); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAssignFuncButton() { return detail::gTagsCanonCustom.item(98); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomCustomControls() { return detail::gTagsCanonCustom.item(99); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomStartMovieShooting() { return detail::gTagsCanonCustom.item(100); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomFlashButtonFunction() { return detail::gTagsCanonCustom.item(101); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomMultiFunctionLock() { return detail::gTagsCanonCustom.item(102); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomTrashButtonFunction() { return detail::gTagsCanonCustom.item(103); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomShutterReleaseWithoutLens() { return detail::gTagsCanonCustom.item(104); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomControlRingRotation() { return detail::gTagsCanonCustom.item(105); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomFocusRingRotation() { return detail::gTagsCanonCustom.item(106); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomRFLensMFFocusRingSensitivity() { return detail::gTagsCanonCustom.item(107); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomCustomizeDials() { return detail::gTagsCanonCustom.item(108); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomTimerLength() { return detail::gTagsCanonCustom.item(109); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomShortReleaseTimeLag() { return detail::gTagsCanonCustom.item(110); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAddAspectRatioInfo() { return detail::gTagsCanonCustom.item(111); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAddOriginalDecisionData() { return detail::gTagsCanonCustom.item(112); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomLiveViewExposureSimulation() { return detail::gTagsCanonCustom.item(113); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomLCDDisplayAtPowerOn() { return detail::gTagsCanonCustom.item(114); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomMemoAudioQuality() { return detail::gTagsCanonCustom.item(115); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomDefaultEraseOption() { return detail::gTagsCanonCustom.item(116); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomRetractLensOnPowerOff() { return detail::gTagsCanonCustom.item(117); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAddIPTCInformation() { return detail::gTagsCanonCustom.item(118); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomAudioCompression() { return detail::gTagsCanonCustom.item(119); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomSetFunctionWhenShooting() { return detail::gTagsCanonCustom.item(120); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomMagnifiedView() { return detail::gTagsCanonCustom.item(121); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomSetButtonCrossKeysFunc() { return detail::gTagsCanonCustom.item(122); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomLCDDisplayReturnToShoot() { return detail::gTagsCanonCustom.item(123); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomMenuButtonReturn() { return detail::gTagsCanonCustom.item(124); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomSensorCleaning() { return detail::gTagsCanonCustom.item(125); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF1Value() { return detail::gTagsCanonCustom.item(126); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF2Value() { return detail::gTagsCanonCustom.item(127); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF3Value() { return detail::gTagsCanonCustom.item(128); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF4ExposureTimeMin() { return detail::gTagsCanonCustom.item(129); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF4ExposureTimeMax() { return detail::gTagsCanonCustom.item(130); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF5ApertureMin() { return detail::gTagsCanonCustom.item(131); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF5ApertureMax() { return detail::gTagsCanonCustom.item(132); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF8BracketShots() { return detail::gTagsCanonCustom.item(133); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF19ShootingSpeedLow() { return detail::gTagsCanonCustom.item(134); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF19ShootingSpeedHigh() { return detail::gTagsCanonCustom.item(135); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF20MaxContinousShots() { return detail::gTagsCanonCustom.item(136); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF23ShutterButtonTime() { return detail::gTagsCanonCustom.item(137); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF23FELockTime() { return detail::gTagsCanonCustom.item(138); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF23PostReleaseTime() { return detail::gTagsCanonCustom.item(139); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF25AEMode() { return detail::gTagsCanonCustom.item(140); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF25MeteringMode() { return detail::gTagsCanonCustom.item(141); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF25DriveMode() { return detail::gTagsCanonCustom.item(142); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF25AFMode() { return detail::gTagsCanonCustom.item(143); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF25AFPointSel() { return detail::gTagsCanonCustom.item(144); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF25ImageSize() { return detail::gTagsCanonCustom.item(145); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF25WBMode() { return detail::gTagsCanonCustom.item(146); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF25Parameters() { return detail::gTagsCanonCustom.item(147); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF25ColorMatrix() { return detail::gTagsCanonCustom.item(148); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF27Value() { return detail::gTagsCanonCustom.item(149); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF0CustomFuncRegistration() { return detail::gTagsCanonCustom.item(150); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF1DisableShootingModes() { return detail::gTagsCanonCustom.item(151); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF2DisableMeteringModes() { return detail::gTagsCanonCustom.item(152); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF3ManualExposureMetering() { return detail::gTagsCanonCustom.item(153); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF4ExposureTimeLimits() { return detail::gTagsCanonCustom.item(154); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF5ApertureLimits() { return detail::gTagsCanonCustom.item(155); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF6PresetShootingModes() { return detail::gTagsCanonCustom.item(156); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF7BracketContinuousShoot() { return detail::gTagsCanonCustom.item(157); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF8SetBracketShots() { return detail::gTagsCanonCustom.item(158); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF9ChangeBracketSequence() { return detail::gTagsCanonCustom.item(159); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF10RetainProgramShift() { return detail::gTagsCanonCustom.item(160); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF13DrivePriority() { return detail::gTagsCanonCustom.item(161); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF14DisableFocusSearch() { return detail::gTagsCanonCustom.item(162); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF15DisableAFAssistBeam() { return detail::gTagsCanonCustom.item(163); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF16AutoFocusPointShoot() { return detail::gTagsCanonCustom.item(164); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF17DisableAFPointSel() { return detail::gTagsCanonCustom.item(165); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF18EnableAutoAFPointSel() { return detail::gTagsCanonCustom.item(166); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF19ContinuousShootSpeed() { return detail::gTagsCanonCustom.item(167); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF20LimitContinousShots() { return detail::gTagsCanonCustom.item(168); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF21EnableQuietOperation() { return detail::gTagsCanonCustom.item(169); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF23SetTimerLengths() { return detail::gTagsCanonCustom.item(170); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF24LightLCDDuringBulb() { return detail::gTagsCanonCustom.item(171); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF25DefaultClearSettings() { return detail::gTagsCanonCustom.item(172); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF26ShortenReleaseLag() { return detail::gTagsCanonCustom.item(173); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF27ReverseDialRotation() { return detail::gTagsCanonCustom.item(174); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF28NoQuickDialExpComp() { return detail::gTagsCanonCustom.item(175); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF29QuickDialSwitchOff() { return detail::gTagsCanonCustom.item(176); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF30EnlargementMode() { return detail::gTagsCanonCustom.item(177); }
+const TagItem& detail::TagItemCatalogue03::itemCanonCustomPF31OriginalDecisionData() { return detail::gTagsCanonCustom.item(178); }
 
 const TagStrings& TagStringsCatalogue::stringsCanonRaw() {
   return gStringsCanonRaw.strings(&TagStringsCatalogue::stringTableCanonRaw);
@@ -11114,70 +11120,70 @@ TagStringTable TagStringsCatalogue::stringTableCanonRaw(ETLanguage language) {
   return gStringsCanonRaw.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue03::allStreamsCanonRaw() {
-  return gTagsCanonRaw.all();
+  return detail::gTagsCanonRaw.all();
 }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawDecoderTableNumber() { return gTagsCanonRaw.item(0); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawCompressedDataOffset() { return gTagsCanonRaw.item(1); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawCompressedDataLength() { return gTagsCanonRaw.item(2); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawExposureCompensation() { return gTagsCanonRaw.item(3); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawShutterSpeedValue() { return gTagsCanonRaw.item(4); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawApertureValue() { return gTagsCanonRaw.item(5); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawFlashGuideNumber() { return gTagsCanonRaw.item(6); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawFlashThreshold() { return gTagsCanonRaw.item(7); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawFileFormat() { return gTagsCanonRaw.item(8); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawTargetCompressionRatio() { return gTagsCanonRaw.item(9); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawImageWidth() { return gTagsCanonRaw.item(10); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawImageHeight() { return gTagsCanonRaw.item(11); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawPixelAspectRatio() { return gTagsCanonRaw.item(12); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawRotation() { return gTagsCanonRaw.item(13); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawComponentBitDepth() { return gTagsCanonRaw.item(14); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawColorBitDepth() { return gTagsCanonRaw.item(15); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawColorBW() { return gTagsCanonRaw.item(16); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawNullRecord() { return gTagsCanonRaw.item(17); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawFreeBytes() { return gTagsCanonRaw.item(18); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawCanonColorInfo1() { return gTagsCanonRaw.item(19); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawCanonFileDescription() { return gTagsCanonRaw.item(20); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawUserComment() { return gTagsCanonRaw.item(21); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawCanonFirmwareVersion() { return gTagsCanonRaw.item(22); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawComponentVersion() { return gTagsCanonRaw.item(23); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawROMOperationMode() { return gTagsCanonRaw.item(24); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawOwnerName() { return gTagsCanonRaw.item(25); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawCanonImageType() { return gTagsCanonRaw.item(26); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawOriginalFileName() { return gTagsCanonRaw.item(27); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawThumbnailFileName() { return gTagsCanonRaw.item(28); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawTargetImageType() { return gTagsCanonRaw.item(29); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawShutterReleaseMethod() { return gTagsCanonRaw.item(30); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawShutterReleaseTiming() { return gTagsCanonRaw.item(31); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawReleaseSetting() { return gTagsCanonRaw.item(32); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawBaseISO() { return gTagsCanonRaw.item(33); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawCanonFlashInfo() { return gTagsCanonRaw.item(34); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawCanonColorInfo2() { return gTagsCanonRaw.item(35); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawColorTemperature() { return gTagsCanonRaw.item(36); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawColorSpace() { return gTagsCanonRaw.item(37); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawRecordID() { return gTagsCanonRaw.item(38); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawSelfTimerTime() { return gTagsCanonRaw.item(39); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawTargetDistanceSetting() { return gTagsCanonRaw.item(40); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawSerialNumber() { return gTagsCanonRaw.item(41); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawUnknownNumber() { return gTagsCanonRaw.item(42); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawMeasuredEV() { return gTagsCanonRaw.item(43); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawFileNumber() { return gTagsCanonRaw.item(44); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawCanonModelID() { return gTagsCanonRaw.item(45); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawSerialNumberFormat() { return gTagsCanonRaw.item(46); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawRawData() { return gTagsCanonRaw.item(47); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawMake() { return gTagsCanonRaw.item(48); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawModel() { return gTagsCanonRaw.item(49); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawRawJpgQuality() { return gTagsCanonRaw.item(50); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawRawJpgSize() { return gTagsCanonRaw.item(51); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawRawJpgWidth() { return gTagsCanonRaw.item(52); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawRawJpgHeight() { return gTagsCanonRaw.item(53); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawDateTimeOriginal() { return gTagsCanonRaw.item(54); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawTimeZoneCode() { return gTagsCanonRaw.item(55); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawTimeZoneInfo() { return gTagsCanonRaw.item(56); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawWhiteSampleWidth() { return gTagsCanonRaw.item(57); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawWhiteSampleHeight() { return gTagsCanonRaw.item(58); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawWhiteSampleLeftBorder() { return gTagsCanonRaw.item(59); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawWhiteSampleTopBorder() { return gTagsCanonRaw.item(60); }
-const TagItem& detail::TagItemCatalogue03::itemCanonRawWhiteSampleBits() { return gTagsCanonRaw.item(61); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawDecoderTableNumber() { return detail::gTagsCanonRaw.item(0); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawCompressedDataOffset() { return detail::gTagsCanonRaw.item(1); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawCompressedDataLength() { return detail::gTagsCanonRaw.item(2); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawExposureCompensation() { return detail::gTagsCanonRaw.item(3); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawShutterSpeedValue() { return detail::gTagsCanonRaw.item(4); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawApertureValue() { return detail::gTagsCanonRaw.item(5); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawFlashGuideNumber() { return detail::gTagsCanonRaw.item(6); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawFlashThreshold() { return detail::gTagsCanonRaw.item(7); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawFileFormat() { return detail::gTagsCanonRaw.item(8); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawTargetCompressionRatio() { return detail::gTagsCanonRaw.item(9); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawImageWidth() { return detail::gTagsCanonRaw.item(10); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawImageHeight() { return detail::gTagsCanonRaw.item(11); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawPixelAspectRatio() { return detail::gTagsCanonRaw.item(12); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawRotation() { return detail::gTagsCanonRaw.item(13); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawComponentBitDepth() { return detail::gTagsCanonRaw.item(14); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawColorBitDepth() { return detail::gTagsCanonRaw.item(15); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawColorBW() { return detail::gTagsCanonRaw.item(16); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawNullRecord() { return detail::gTagsCanonRaw.item(17); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawFreeBytes() { return detail::gTagsCanonRaw.item(18); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawCanonColorInfo1() { return detail::gTagsCanonRaw.item(19); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawCanonFileDescription() { return detail::gTagsCanonRaw.item(20); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawUserComment() { return detail::gTagsCanonRaw.item(21); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawCanonFirmwareVersion() { return detail::gTagsCanonRaw.item(22); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawComponentVersion() { return detail::gTagsCanonRaw.item(23); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawROMOperationMode() { return detail::gTagsCanonRaw.item(24); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawOwnerName() { return detail::gTagsCanonRaw.item(25); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawCanonImageType() { return detail::gTagsCanonRaw.item(26); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawOriginalFileName() { return detail::gTagsCanonRaw.item(27); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawThumbnailFileName() { return detail::gTagsCanonRaw.item(28); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawTargetImageType() { return detail::gTagsCanonRaw.item(29); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawShutterReleaseMethod() { return detail::gTagsCanonRaw.item(30); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawShutterReleaseTiming() { return detail::gTagsCanonRaw.item(31); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawReleaseSetting() { return detail::gTagsCanonRaw.item(32); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawBaseISO() { return detail::gTagsCanonRaw.item(33); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawCanonFlashInfo() { return detail::gTagsCanonRaw.item(34); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawCanonColorInfo2() { return detail::gTagsCanonRaw.item(35); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawColorTemperature() { return detail::gTagsCanonRaw.item(36); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawColorSpace() { return detail::gTagsCanonRaw.item(37); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawRecordID() { return detail::gTagsCanonRaw.item(38); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawSelfTimerTime() { return detail::gTagsCanonRaw.item(39); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawTargetDistanceSetting() { return detail::gTagsCanonRaw.item(40); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawSerialNumber() { return detail::gTagsCanonRaw.item(41); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawUnknownNumber() { return detail::gTagsCanonRaw.item(42); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawMeasuredEV() { return detail::gTagsCanonRaw.item(43); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawFileNumber() { return detail::gTagsCanonRaw.item(44); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawCanonModelID() { return detail::gTagsCanonRaw.item(45); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawSerialNumberFormat() { return detail::gTagsCanonRaw.item(46); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawRawData() { return detail::gTagsCanonRaw.item(47); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawMake() { return detail::gTagsCanonRaw.item(48); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawModel() { return detail::gTagsCanonRaw.item(49); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawRawJpgQuality() { return detail::gTagsCanonRaw.item(50); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawRawJpgSize() { return detail::gTagsCanonRaw.item(51); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawRawJpgWidth() { return detail::gTagsCanonRaw.item(52); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawRawJpgHeight() { return detail::gTagsCanonRaw.item(53); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawDateTimeOriginal() { return detail::gTagsCanonRaw.item(54); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawTimeZoneCode() { return detail::gTagsCanonRaw.item(55); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawTimeZoneInfo() { return detail::gTagsCanonRaw.item(56); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawWhiteSampleWidth() { return detail::gTagsCanonRaw.item(57); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawWhiteSampleHeight() { return detail::gTagsCanonRaw.item(58); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawWhiteSampleLeftBorder() { return detail::gTagsCanonRaw.item(59); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawWhiteSampleTopBorder() { return detail::gTagsCanonRaw.item(60); }
+const TagItem& detail::TagItemCatalogue03::itemCanonRawWhiteSampleBits() { return detail::gTagsCanonRaw.item(61); }
 
 const TagStrings& TagStringsCatalogue::stringsCanonVRD() {
   return gStringsCanonVRD.strings(&TagStringsCatalogue::stringTableCanonVRD);
@@ -11186,272 +11192,272 @@ TagStringTable TagStringsCatalogue::stringTableCanonVRD(ETLanguage language) {
   return gStringsCanonVRD.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue03::allStreamsCanonVRD() {
-  return gTagsCanonVRD.all();
+  return detail::gTagsCanonVRD.all();
 }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDCropActive() { return gTagsCanonVRD.item(0); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDCropRotatedOriginalWidth() { return gTagsCanonVRD.item(1); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDCropRotatedOriginalHeight() { return gTagsCanonVRD.item(2); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDCropX() { return gTagsCanonVRD.item(3); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDCropY() { return gTagsCanonVRD.item(4); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDCropWidth() { return gTagsCanonVRD.item(5); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDCropHeight() { return gTagsCanonVRD.item(6); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDCropRotation() { return gTagsCanonVRD.item(7); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDCropOriginalWidth() { return gTagsCanonVRD.item(8); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDCropOriginalHeight() { return gTagsCanonVRD.item(9); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDDLOSettingApplied() { return gTagsCanonVRD.item(10); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDDLOVersion() { return gTagsCanonVRD.item(11); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDDLOData() { return gTagsCanonVRD.item(12); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDRotation() { return gTagsCanonVRD.item(13); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDAngleAdj() { return gTagsCanonVRD.item(14); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDCustomPictureStyle() { return gTagsCanonVRD.item(15); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDCheckMark() { return gTagsCanonVRD.item(16); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDWorkColorSpace() { return gTagsCanonVRD.item(17); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDRawBrightnessAdj() { return gTagsCanonVRD.item(18); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDWhiteBalanceAdj() { return gTagsCanonVRD.item(19); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDWBAdjColorTemp() { return gTagsCanonVRD.item(20); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDWBAdjMagentaGreen() { return gTagsCanonVRD.item(21); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDWBAdjBlueAmber() { return gTagsCanonVRD.item(22); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDWBAdjRGGBLevels() { return gTagsCanonVRD.item(23); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDGammaLinear() { return gTagsCanonVRD.item(24); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDPictureStyle() { return gTagsCanonVRD.item(25); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDContrastAdj() { return gTagsCanonVRD.item(26); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDColorToneAdj() { return gTagsCanonVRD.item(27); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDColorSaturationAdj() { return gTagsCanonVRD.item(28); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDMonochromeToningEffect() { return gTagsCanonVRD.item(29); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDMonochromeFilterEffect() { return gTagsCanonVRD.item(30); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDUnsharpMaskStrength() { return gTagsCanonVRD.item(31); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDUnsharpMaskFineness() { return gTagsCanonVRD.item(32); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDUnsharpMaskThreshold() { return gTagsCanonVRD.item(33); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDShadowAdj() { return gTagsCanonVRD.item(34); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDHighlightAdj() { return gTagsCanonVRD.item(35); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDSharpnessAdj() { return gTagsCanonVRD.item(36); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDSharpnessStrength() { return gTagsCanonVRD.item(37); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDToneCurveBrightness() { return gTagsCanonVRD.item(38); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDToneCurveContrast() { return gTagsCanonVRD.item(39); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDAutoLightingOptimizer() { return gTagsCanonVRD.item(40); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDLuminanceNoiseReduction() { return gTagsCanonVRD.item(41); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDChrominanceNoiseReduction() { return gTagsCanonVRD.item(42); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDColorMoireReduction() { return gTagsCanonVRD.item(43); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDShootingDistance() { return gTagsCanonVRD.item(44); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDPeripheralIllumination() { return gTagsCanonVRD.item(45); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDChromaticAberration() { return gTagsCanonVRD.item(46); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDColorBlurOn() { return gTagsCanonVRD.item(47); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDDistortionCorrection() { return gTagsCanonVRD.item(48); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDDLOSetting() { return gTagsCanonVRD.item(49); }
-const TagItem& detail::TagItemCatalogue03::itemCanonVRDChromaticAberrationRed() { return gTagsCanonVRD.item(50); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDChromaticAberrationBlue() { return gTagsCanonVRD.item(51); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDDistortionEffect() { return gTagsCanonVRD.item(52); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDDiffractionCorrectionOn() { return gTagsCanonVRD.item(53); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDColorHue() { return gTagsCanonVRD.item(54); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDSaturationAdj() { return gTagsCanonVRD.item(55); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDRedHSL() { return gTagsCanonVRD.item(56); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDOrangeHSL() { return gTagsCanonVRD.item(57); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDYellowHSL() { return gTagsCanonVRD.item(58); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDGreenHSL() { return gTagsCanonVRD.item(59); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDAquaHSL() { return gTagsCanonVRD.item(60); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDBlueHSL() { return gTagsCanonVRD.item(61); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDPurpleHSL() { return gTagsCanonVRD.item(62); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDMagentaHSL() { return gTagsCanonVRD.item(63); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCropAspectRatio() { return gTagsCanonVRD.item(64); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCropAspectRatioCustom() { return gTagsCanonVRD.item(65); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomPictureStyleData() { return gTagsCanonVRD.item(66); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDLensFocalLength() { return gTagsCanonVRD.item(67); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDSharpnessAdjOn() { return gTagsCanonVRD.item(68); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDToneCurveOriginal() { return gTagsCanonVRD.item(69); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDAutoLightingOptimizerOn() { return gTagsCanonVRD.item(70); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDColorMoireReductionOn() { return gTagsCanonVRD.item(71); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDPeripheralIlluminationOn() { return gTagsCanonVRD.item(72); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDChromaticAberrationOn() { return gTagsCanonVRD.item(73); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDDistortionCorrectionOn() { return gTagsCanonVRD.item(74); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDDLOOn() { return gTagsCanonVRD.item(75); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDDR4CameraModel() { return gTagsCanonVRD.item(76); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDDustDeleteApplied() { return gTagsCanonVRD.item(77); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaContrast() { return gTagsCanonVRD.item(78); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaColorTone() { return gTagsCanonVRD.item(79); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaSaturation() { return gTagsCanonVRD.item(80); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaUnsharpMaskStrength() { return gTagsCanonVRD.item(81); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaUnsharpMaskFineness() { return gTagsCanonVRD.item(82); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaUnsharpMaskThreshold() { return gTagsCanonVRD.item(83); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaSharpnessStrength() { return gTagsCanonVRD.item(84); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaShadow() { return gTagsCanonVRD.item(85); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaHighlight() { return gTagsCanonVRD.item(86); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaBlackPoint() { return gTagsCanonVRD.item(87); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaWhitePoint() { return gTagsCanonVRD.item(88); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaMidPoint() { return gTagsCanonVRD.item(89); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaCurveOutputRange() { return gTagsCanonVRD.item(90); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDIHL_EXIF() { return gTagsCanonVRD.item(91); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDThumbnailImage() { return gTagsCanonVRD.item(92); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDPreviewImage() { return gTagsCanonVRD.item(93); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDRawCodecVersion() { return gTagsCanonVRD.item(94); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCRCDevelParams() { return gTagsCanonVRD.item(95); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDXMP() { return gTagsCanonVRD.item(96); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDStampToolCount() { return gTagsCanonVRD.item(97); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDToneCurveColorSpace() { return gTagsCanonVRD.item(98); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDToneCurveShape() { return gTagsCanonVRD.item(99); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDToneCurveInputRange() { return gTagsCanonVRD.item(100); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDToneCurveOutputRange() { return gTagsCanonVRD.item(101); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDRGBCurvePoints() { return gTagsCanonVRD.item(102); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDToneCurveX() { return gTagsCanonVRD.item(103); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDToneCurveY() { return gTagsCanonVRD.item(104); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDRedCurvePoints() { return gTagsCanonVRD.item(105); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDGreenCurvePoints() { return gTagsCanonVRD.item(106); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDBlueCurvePoints() { return gTagsCanonVRD.item(107); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDVRDVersion() { return gTagsCanonVRD.item(108); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDWBFineTuneActive() { return gTagsCanonVRD.item(109); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDWBFineTuneSaturation() { return gTagsCanonVRD.item(110); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDWBFineTuneTone() { return gTagsCanonVRD.item(111); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDRawColorAdj() { return gTagsCanonVRD.item(112); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDRawCustomSaturation() { return gTagsCanonVRD.item(113); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDRawCustomTone() { return gTagsCanonVRD.item(114); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDToneCurveProperty() { return gTagsCanonVRD.item(115); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDDynamicRangeMin() { return gTagsCanonVRD.item(116); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDDynamicRangeMax() { return gTagsCanonVRD.item(117); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDToneCurveActive() { return gTagsCanonVRD.item(118); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDToneCurveMode() { return gTagsCanonVRD.item(119); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDBrightnessAdj() { return gTagsCanonVRD.item(120); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDLuminanceCurvePoints() { return gTagsCanonVRD.item(121); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDLuminanceCurveLimits() { return gTagsCanonVRD.item(122); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDToneCurveInterpolation() { return gTagsCanonVRD.item(123); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDRedCurveLimits() { return gTagsCanonVRD.item(124); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDGreenCurveLimits() { return gTagsCanonVRD.item(125); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDBlueCurveLimits() { return gTagsCanonVRD.item(126); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDRGBCurveLimits() { return gTagsCanonVRD.item(127); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCropLeft() { return gTagsCanonVRD.item(128); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCropTop() { return gTagsCanonVRD.item(129); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDConstrainedCropWidth() { return gTagsCanonVRD.item(130); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDConstrainedCropHeight() { return gTagsCanonVRD.item(131); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDIsCustomPictureStyle() { return gTagsCanonVRD.item(132); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardRawColorTone() { return gTagsCanonVRD.item(133); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardRawSaturation() { return gTagsCanonVRD.item(134); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardRawContrast() { return gTagsCanonVRD.item(135); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardRawLinear() { return gTagsCanonVRD.item(136); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardRawSharpness() { return gTagsCanonVRD.item(137); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardRawHighlightPoint() { return gTagsCanonVRD.item(138); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardRawShadowPoint() { return gTagsCanonVRD.item(139); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardOutputHighlightPoint() { return gTagsCanonVRD.item(140); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardOutputShadowPoint() { return gTagsCanonVRD.item(141); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitRawColorTone() { return gTagsCanonVRD.item(142); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitRawSaturation() { return gTagsCanonVRD.item(143); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitRawContrast() { return gTagsCanonVRD.item(144); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitRawLinear() { return gTagsCanonVRD.item(145); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitRawSharpness() { return gTagsCanonVRD.item(146); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitRawHighlightPoint() { return gTagsCanonVRD.item(147); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitRawShadowPoint() { return gTagsCanonVRD.item(148); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitOutputHighlightPoint() { return gTagsCanonVRD.item(149); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitOutputShadowPoint() { return gTagsCanonVRD.item(150); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeRawColorTone() { return gTagsCanonVRD.item(151); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeRawSaturation() { return gTagsCanonVRD.item(152); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeRawContrast() { return gTagsCanonVRD.item(153); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeRawLinear() { return gTagsCanonVRD.item(154); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeRawSharpness() { return gTagsCanonVRD.item(155); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeRawHighlightPoint() { return gTagsCanonVRD.item(156); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeRawShadowPoint() { return gTagsCanonVRD.item(157); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeOutputHighlightPoint() { return gTagsCanonVRD.item(158); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeOutputShadowPoint() { return gTagsCanonVRD.item(159); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralRawColorTone() { return gTagsCanonVRD.item(160); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralRawSaturation() { return gTagsCanonVRD.item(161); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralRawContrast() { return gTagsCanonVRD.item(162); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralRawLinear() { return gTagsCanonVRD.item(163); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralRawSharpness() { return gTagsCanonVRD.item(164); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralRawHighlightPoint() { return gTagsCanonVRD.item(165); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralRawShadowPoint() { return gTagsCanonVRD.item(166); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralOutputHighlightPoint() { return gTagsCanonVRD.item(167); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralOutputShadowPoint() { return gTagsCanonVRD.item(168); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulRawColorTone() { return gTagsCanonVRD.item(169); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulRawSaturation() { return gTagsCanonVRD.item(170); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulRawContrast() { return gTagsCanonVRD.item(171); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulRawLinear() { return gTagsCanonVRD.item(172); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulRawSharpness() { return gTagsCanonVRD.item(173); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulRawHighlightPoint() { return gTagsCanonVRD.item(174); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulRawShadowPoint() { return gTagsCanonVRD.item(175); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulOutputHighlightPoint() { return gTagsCanonVRD.item(176); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulOutputShadowPoint() { return gTagsCanonVRD.item(177); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeContrast() { return gTagsCanonVRD.item(178); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeLinear() { return gTagsCanonVRD.item(179); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeSharpness() { return gTagsCanonVRD.item(180); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeRawHighlightPoint() { return gTagsCanonVRD.item(181); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeRawShadowPoint() { return gTagsCanonVRD.item(182); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeOutputHighlightPoint() { return gTagsCanonVRD.item(183); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeOutputShadowPoint() { return gTagsCanonVRD.item(184); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDUnknownContrast() { return gTagsCanonVRD.item(185); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDUnknownLinear() { return gTagsCanonVRD.item(186); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDUnknownSharpness() { return gTagsCanonVRD.item(187); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDUnknownRawHighlightPoint() { return gTagsCanonVRD.item(188); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDUnknownRawShadowPoint() { return gTagsCanonVRD.item(189); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDUnknownOutputHighlightPoint() { return gTagsCanonVRD.item(190); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDUnknownOutputShadowPoint() { return gTagsCanonVRD.item(191); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomColorTone() { return gTagsCanonVRD.item(192); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomSaturation() { return gTagsCanonVRD.item(193); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomContrast() { return gTagsCanonVRD.item(194); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomLinear() { return gTagsCanonVRD.item(195); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomSharpness() { return gTagsCanonVRD.item(196); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomRawHighlightPoint() { return gTagsCanonVRD.item(197); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomRawShadowPoint() { return gTagsCanonVRD.item(198); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomOutputHighlightPoint() { return gTagsCanonVRD.item(199); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomOutputShadowPoint() { return gTagsCanonVRD.item(200); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDChrominanceNR_TIFF_JPEG() { return gTagsCanonVRD.item(201); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDColorBlur() { return gTagsCanonVRD.item(202); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDAberrationCorrectionDistance() { return gTagsCanonVRD.item(203); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDLuminanceNR_TIFF_JPEG() { return gTagsCanonVRD.item(204); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardRawHighlight() { return gTagsCanonVRD.item(205); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitRawHighlight() { return gTagsCanonVRD.item(206); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeRawHighlight() { return gTagsCanonVRD.item(207); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralRawHighlight() { return gTagsCanonVRD.item(208); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulRawHighlight() { return gTagsCanonVRD.item(209); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeRawHighlight() { return gTagsCanonVRD.item(210); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDUnknownRawHighlight() { return gTagsCanonVRD.item(211); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomRawHighlight() { return gTagsCanonVRD.item(212); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardRawShadow() { return gTagsCanonVRD.item(213); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitRawShadow() { return gTagsCanonVRD.item(214); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeRawShadow() { return gTagsCanonVRD.item(215); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralRawShadow() { return gTagsCanonVRD.item(216); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulRawShadow() { return gTagsCanonVRD.item(217); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeRawShadow() { return gTagsCanonVRD.item(218); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDUnknownRawShadow() { return gTagsCanonVRD.item(219); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomRawShadow() { return gTagsCanonVRD.item(220); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCheckMark2() { return gTagsCanonVRD.item(221); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDUnsharpMask() { return gTagsCanonVRD.item(222); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardUnsharpMaskStrength() { return gTagsCanonVRD.item(223); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardUnsharpMaskFineness() { return gTagsCanonVRD.item(224); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardUnsharpMaskThreshold() { return gTagsCanonVRD.item(225); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitUnsharpMaskStrength() { return gTagsCanonVRD.item(226); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitUnsharpMaskFineness() { return gTagsCanonVRD.item(227); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitUnsharpMaskThreshold() { return gTagsCanonVRD.item(228); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeUnsharpMaskStrength() { return gTagsCanonVRD.item(229); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeUnsharpMaskFineness() { return gTagsCanonVRD.item(230); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeUnsharpMaskThreshold() { return gTagsCanonVRD.item(231); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutraUnsharpMaskStrength() { return gTagsCanonVRD.item(232); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralUnsharpMaskFineness() { return gTagsCanonVRD.item(233); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralUnsharpMaskThreshold() { return gTagsCanonVRD.item(234); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulUnsharpMaskStrength() { return gTagsCanonVRD.item(235); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulUnsharpMaskFineness() { return gTagsCanonVRD.item(236); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulUnsharpMaskThreshold() { return gTagsCanonVRD.item(237); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeUnsharpMaskStrength() { return gTagsCanonVRD.item(238); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeUnsharpMaskFineness() { return gTagsCanonVRD.item(239); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeUnsharpMaskThreshold() { return gTagsCanonVRD.item(240); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomUnsharpMaskStrength() { return gTagsCanonVRD.item(241); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomUnsharpMaskFineness() { return gTagsCanonVRD.item(242); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomUnsharpMaskThreshold() { return gTagsCanonVRD.item(243); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomDefaultUnsharpStrength() { return gTagsCanonVRD.item(244); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomDefaultUnsharpFineness() { return gTagsCanonVRD.item(245); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomDefaultUnsharpThreshold() { return gTagsCanonVRD.item(246); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCropCircleActive() { return gTagsCanonVRD.item(247); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCropCircleX() { return gTagsCanonVRD.item(248); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCropCircleY() { return gTagsCanonVRD.item(249); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCropCircleRadius() { return gTagsCanonVRD.item(250); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDDLOShootingDistance() { return gTagsCanonVRD.item(251); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDDLODataLength() { return gTagsCanonVRD.item(252); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCameraRawColorTone() { return gTagsCanonVRD.item(253); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCameraRawSaturation() { return gTagsCanonVRD.item(254); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCameraRawContrast() { return gTagsCanonVRD.item(255); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCameraRawLinear() { return gTagsCanonVRD.item(256); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCameraRawSharpness() { return gTagsCanonVRD.item(257); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCameraRawHighlightPoint() { return gTagsCanonVRD.item(258); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCameraRawShadowPoint() { return gTagsCanonVRD.item(259); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCameraRawOutputHighlightPoint() { return gTagsCanonVRD.item(260); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCameraRawOutputShadowPoint() { return gTagsCanonVRD.item(261); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCanonDR4() { return gTagsCanonVRD.item(262); }
-const TagItem& detail::TagItemCatalogue04::itemCanonVRDCanonVRD() { return gTagsCanonVRD.item(263); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDCropActive() { return detail::gTagsCanonVRD.item(0); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDCropRotatedOriginalWidth() { return detail::gTagsCanonVRD.item(1); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDCropRotatedOriginalHeight() { return detail::gTagsCanonVRD.item(2); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDCropX() { return detail::gTagsCanonVRD.item(3); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDCropY() { return detail::gTagsCanonVRD.item(4); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDCropWidth() { return detail::gTagsCanonVRD.item(5); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDCropHeight() { return detail::gTagsCanonVRD.item(6); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDCropRotation() { return detail::gTagsCanonVRD.item(7); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDCropOriginalWidth() { return detail::gTagsCanonVRD.item(8); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDCropOriginalHeight() { return detail::gTagsCanonVRD.item(9); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDDLOSettingApplied() { return detail::gTagsCanonVRD.item(10); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDDLOVersion() { return detail::gTagsCanonVRD.item(11); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDDLOData() { return detail::gTagsCanonVRD.item(12); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDRotation() { return detail::gTagsCanonVRD.item(13); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDAngleAdj() { return detail::gTagsCanonVRD.item(14); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDCustomPictureStyle() { return detail::gTagsCanonVRD.item(15); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDCheckMark() { return detail::gTagsCanonVRD.item(16); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDWorkColorSpace() { return detail::gTagsCanonVRD.item(17); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDRawBrightnessAdj() { return detail::gTagsCanonVRD.item(18); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDWhiteBalanceAdj() { return detail::gTagsCanonVRD.item(19); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDWBAdjColorTemp() { return detail::gTagsCanonVRD.item(20); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDWBAdjMagentaGreen() { return detail::gTagsCanonVRD.item(21); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDWBAdjBlueAmber() { return detail::gTagsCanonVRD.item(22); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDWBAdjRGGBLevels() { return detail::gTagsCanonVRD.item(23); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDGammaLinear() { return detail::gTagsCanonVRD.item(24); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDPictureStyle() { return detail::gTagsCanonVRD.item(25); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDContrastAdj() { return detail::gTagsCanonVRD.item(26); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDColorToneAdj() { return detail::gTagsCanonVRD.item(27); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDColorSaturationAdj() { return detail::gTagsCanonVRD.item(28); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDMonochromeToningEffect() { return detail::gTagsCanonVRD.item(29); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDMonochromeFilterEffect() { return detail::gTagsCanonVRD.item(30); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDUnsharpMaskStrength() { return detail::gTagsCanonVRD.item(31); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDUnsharpMaskFineness() { return detail::gTagsCanonVRD.item(32); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDUnsharpMaskThreshold() { return detail::gTagsCanonVRD.item(33); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDShadowAdj() { return detail::gTagsCanonVRD.item(34); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDHighlightAdj() { return detail::gTagsCanonVRD.item(35); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDSharpnessAdj() { return detail::gTagsCanonVRD.item(36); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDSharpnessStrength() { return detail::gTagsCanonVRD.item(37); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDToneCurveBrightness() { return detail::gTagsCanonVRD.item(38); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDToneCurveContrast() { return detail::gTagsCanonVRD.item(39); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDAutoLightingOptimizer() { return detail::gTagsCanonVRD.item(40); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDLuminanceNoiseReduction() { return detail::gTagsCanonVRD.item(41); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDChrominanceNoiseReduction() { return detail::gTagsCanonVRD.item(42); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDColorMoireReduction() { return detail::gTagsCanonVRD.item(43); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDShootingDistance() { return detail::gTagsCanonVRD.item(44); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDPeripheralIllumination() { return detail::gTagsCanonVRD.item(45); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDChromaticAberration() { return detail::gTagsCanonVRD.item(46); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDColorBlurOn() { return detail::gTagsCanonVRD.item(47); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDDistortionCorrection() { return detail::gTagsCanonVRD.item(48); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDDLOSetting() { return detail::gTagsCanonVRD.item(49); }
+const TagItem& detail::TagItemCatalogue03::itemCanonVRDChromaticAberrationRed() { return detail::gTagsCanonVRD.item(50); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDChromaticAberrationBlue() { return detail::gTagsCanonVRD.item(51); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDDistortionEffect() { return detail::gTagsCanonVRD.item(52); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDDiffractionCorrectionOn() { return detail::gTagsCanonVRD.item(53); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDColorHue() { return detail::gTagsCanonVRD.item(54); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDSaturationAdj() { return detail::gTagsCanonVRD.item(55); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDRedHSL() { return detail::gTagsCanonVRD.item(56); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDOrangeHSL() { return detail::gTagsCanonVRD.item(57); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDYellowHSL() { return detail::gTagsCanonVRD.item(58); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDGreenHSL() { return detail::gTagsCanonVRD.item(59); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDAquaHSL() { return detail::gTagsCanonVRD.item(60); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDBlueHSL() { return detail::gTagsCanonVRD.item(61); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDPurpleHSL() { return detail::gTagsCanonVRD.item(62); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDMagentaHSL() { return detail::gTagsCanonVRD.item(63); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCropAspectRatio() { return detail::gTagsCanonVRD.item(64); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCropAspectRatioCustom() { return detail::gTagsCanonVRD.item(65); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomPictureStyleData() { return detail::gTagsCanonVRD.item(66); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDLensFocalLength() { return detail::gTagsCanonVRD.item(67); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDSharpnessAdjOn() { return detail::gTagsCanonVRD.item(68); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDToneCurveOriginal() { return detail::gTagsCanonVRD.item(69); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDAutoLightingOptimizerOn() { return detail::gTagsCanonVRD.item(70); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDColorMoireReductionOn() { return detail::gTagsCanonVRD.item(71); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDPeripheralIlluminationOn() { return detail::gTagsCanonVRD.item(72); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDChromaticAberrationOn() { return detail::gTagsCanonVRD.item(73); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDDistortionCorrectionOn() { return detail::gTagsCanonVRD.item(74); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDDLOOn() { return detail::gTagsCanonVRD.item(75); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDDR4CameraModel() { return detail::gTagsCanonVRD.item(76); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDDustDeleteApplied() { return detail::gTagsCanonVRD.item(77); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaContrast() { return detail::gTagsCanonVRD.item(78); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaColorTone() { return detail::gTagsCanonVRD.item(79); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaSaturation() { return detail::gTagsCanonVRD.item(80); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaUnsharpMaskStrength() { return detail::gTagsCanonVRD.item(81); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaUnsharpMaskFineness() { return detail::gTagsCanonVRD.item(82); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaUnsharpMaskThreshold() { return detail::gTagsCanonVRD.item(83); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaSharpnessStrength() { return detail::gTagsCanonVRD.item(84); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaShadow() { return detail::gTagsCanonVRD.item(85); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaHighlight() { return detail::gTagsCanonVRD.item(86); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaBlackPoint() { return detail::gTagsCanonVRD.item(87); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaWhitePoint() { return detail::gTagsCanonVRD.item(88); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaMidPoint() { return detail::gTagsCanonVRD.item(89); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDGammaCurveOutputRange() { return detail::gTagsCanonVRD.item(90); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDIHL_EXIF() { return detail::gTagsCanonVRD.item(91); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDThumbnailImage() { return detail::gTagsCanonVRD.item(92); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDPreviewImage() { return detail::gTagsCanonVRD.item(93); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDRawCodecVersion() { return detail::gTagsCanonVRD.item(94); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCRCDevelParams() { return detail::gTagsCanonVRD.item(95); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDXMP() { return detail::gTagsCanonVRD.item(96); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDStampToolCount() { return detail::gTagsCanonVRD.item(97); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDToneCurveColorSpace() { return detail::gTagsCanonVRD.item(98); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDToneCurveShape() { return detail::gTagsCanonVRD.item(99); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDToneCurveInputRange() { return detail::gTagsCanonVRD.item(100); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDToneCurveOutputRange() { return detail::gTagsCanonVRD.item(101); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDRGBCurvePoints() { return detail::gTagsCanonVRD.item(102); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDToneCurveX() { return detail::gTagsCanonVRD.item(103); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDToneCurveY() { return detail::gTagsCanonVRD.item(104); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDRedCurvePoints() { return detail::gTagsCanonVRD.item(105); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDGreenCurvePoints() { return detail::gTagsCanonVRD.item(106); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDBlueCurvePoints() { return detail::gTagsCanonVRD.item(107); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDVRDVersion() { return detail::gTagsCanonVRD.item(108); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDWBFineTuneActive() { return detail::gTagsCanonVRD.item(109); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDWBFineTuneSaturation() { return detail::gTagsCanonVRD.item(110); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDWBFineTuneTone() { return detail::gTagsCanonVRD.item(111); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDRawColorAdj() { return detail::gTagsCanonVRD.item(112); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDRawCustomSaturation() { return detail::gTagsCanonVRD.item(113); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDRawCustomTone() { return detail::gTagsCanonVRD.item(114); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDToneCurveProperty() { return detail::gTagsCanonVRD.item(115); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDDynamicRangeMin() { return detail::gTagsCanonVRD.item(116); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDDynamicRangeMax() { return detail::gTagsCanonVRD.item(117); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDToneCurveActive() { return detail::gTagsCanonVRD.item(118); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDToneCurveMode() { return detail::gTagsCanonVRD.item(119); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDBrightnessAdj() { return detail::gTagsCanonVRD.item(120); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDLuminanceCurvePoints() { return detail::gTagsCanonVRD.item(121); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDLuminanceCurveLimits() { return detail::gTagsCanonVRD.item(122); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDToneCurveInterpolation() { return detail::gTagsCanonVRD.item(123); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDRedCurveLimits() { return detail::gTagsCanonVRD.item(124); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDGreenCurveLimits() { return detail::gTagsCanonVRD.item(125); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDBlueCurveLimits() { return detail::gTagsCanonVRD.item(126); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDRGBCurveLimits() { return detail::gTagsCanonVRD.item(127); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCropLeft() { return detail::gTagsCanonVRD.item(128); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCropTop() { return detail::gTagsCanonVRD.item(129); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDConstrainedCropWidth() { return detail::gTagsCanonVRD.item(130); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDConstrainedCropHeight() { return detail::gTagsCanonVRD.item(131); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDIsCustomPictureStyle() { return detail::gTagsCanonVRD.item(132); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardRawColorTone() { return detail::gTagsCanonVRD.item(133); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardRawSaturation() { return detail::gTagsCanonVRD.item(134); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardRawContrast() { return detail::gTagsCanonVRD.item(135); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardRawLinear() { return detail::gTagsCanonVRD.item(136); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardRawSharpness() { return detail::gTagsCanonVRD.item(137); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardRawHighlightPoint() { return detail::gTagsCanonVRD.item(138); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardRawShadowPoint() { return detail::gTagsCanonVRD.item(139); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardOutputHighlightPoint() { return detail::gTagsCanonVRD.item(140); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardOutputShadowPoint() { return detail::gTagsCanonVRD.item(141); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitRawColorTone() { return detail::gTagsCanonVRD.item(142); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitRawSaturation() { return detail::gTagsCanonVRD.item(143); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitRawContrast() { return detail::gTagsCanonVRD.item(144); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitRawLinear() { return detail::gTagsCanonVRD.item(145); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitRawSharpness() { return detail::gTagsCanonVRD.item(146); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitRawHighlightPoint() { return detail::gTagsCanonVRD.item(147); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitRawShadowPoint() { return detail::gTagsCanonVRD.item(148); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitOutputHighlightPoint() { return detail::gTagsCanonVRD.item(149); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitOutputShadowPoint() { return detail::gTagsCanonVRD.item(150); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeRawColorTone() { return detail::gTagsCanonVRD.item(151); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeRawSaturation() { return detail::gTagsCanonVRD.item(152); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeRawContrast() { return detail::gTagsCanonVRD.item(153); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeRawLinear() { return detail::gTagsCanonVRD.item(154); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeRawSharpness() { return detail::gTagsCanonVRD.item(155); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeRawHighlightPoint() { return detail::gTagsCanonVRD.item(156); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeRawShadowPoint() { return detail::gTagsCanonVRD.item(157); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeOutputHighlightPoint() { return detail::gTagsCanonVRD.item(158); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeOutputShadowPoint() { return detail::gTagsCanonVRD.item(159); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralRawColorTone() { return detail::gTagsCanonVRD.item(160); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralRawSaturation() { return detail::gTagsCanonVRD.item(161); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralRawContrast() { return detail::gTagsCanonVRD.item(162); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralRawLinear() { return detail::gTagsCanonVRD.item(163); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralRawSharpness() { return detail::gTagsCanonVRD.item(164); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralRawHighlightPoint() { return detail::gTagsCanonVRD.item(165); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralRawShadowPoint() { return detail::gTagsCanonVRD.item(166); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralOutputHighlightPoint() { return detail::gTagsCanonVRD.item(167); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralOutputShadowPoint() { return detail::gTagsCanonVRD.item(168); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulRawColorTone() { return detail::gTagsCanonVRD.item(169); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulRawSaturation() { return detail::gTagsCanonVRD.item(170); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulRawContrast() { return detail::gTagsCanonVRD.item(171); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulRawLinear() { return detail::gTagsCanonVRD.item(172); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulRawSharpness() { return detail::gTagsCanonVRD.item(173); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulRawHighlightPoint() { return detail::gTagsCanonVRD.item(174); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulRawShadowPoint() { return detail::gTagsCanonVRD.item(175); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulOutputHighlightPoint() { return detail::gTagsCanonVRD.item(176); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulOutputShadowPoint() { return detail::gTagsCanonVRD.item(177); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeContrast() { return detail::gTagsCanonVRD.item(178); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeLinear() { return detail::gTagsCanonVRD.item(179); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeSharpness() { return detail::gTagsCanonVRD.item(180); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeRawHighlightPoint() { return detail::gTagsCanonVRD.item(181); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeRawShadowPoint() { return detail::gTagsCanonVRD.item(182); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeOutputHighlightPoint() { return detail::gTagsCanonVRD.item(183); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeOutputShadowPoint() { return detail::gTagsCanonVRD.item(184); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDUnknownContrast() { return detail::gTagsCanonVRD.item(185); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDUnknownLinear() { return detail::gTagsCanonVRD.item(186); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDUnknownSharpness() { return detail::gTagsCanonVRD.item(187); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDUnknownRawHighlightPoint() { return detail::gTagsCanonVRD.item(188); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDUnknownRawShadowPoint() { return detail::gTagsCanonVRD.item(189); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDUnknownOutputHighlightPoint() { return detail::gTagsCanonVRD.item(190); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDUnknownOutputShadowPoint() { return detail::gTagsCanonVRD.item(191); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomColorTone() { return detail::gTagsCanonVRD.item(192); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomSaturation() { return detail::gTagsCanonVRD.item(193); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomContrast() { return detail::gTagsCanonVRD.item(194); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomLinear() { return detail::gTagsCanonVRD.item(195); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomSharpness() { return detail::gTagsCanonVRD.item(196); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomRawHighlightPoint() { return detail::gTagsCanonVRD.item(197); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomRawShadowPoint() { return detail::gTagsCanonVRD.item(198); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomOutputHighlightPoint() { return detail::gTagsCanonVRD.item(199); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomOutputShadowPoint() { return detail::gTagsCanonVRD.item(200); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDChrominanceNR_TIFF_JPEG() { return detail::gTagsCanonVRD.item(201); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDColorBlur() { return detail::gTagsCanonVRD.item(202); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDAberrationCorrectionDistance() { return detail::gTagsCanonVRD.item(203); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDLuminanceNR_TIFF_JPEG() { return detail::gTagsCanonVRD.item(204); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardRawHighlight() { return detail::gTagsCanonVRD.item(205); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitRawHighlight() { return detail::gTagsCanonVRD.item(206); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeRawHighlight() { return detail::gTagsCanonVRD.item(207); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralRawHighlight() { return detail::gTagsCanonVRD.item(208); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulRawHighlight() { return detail::gTagsCanonVRD.item(209); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeRawHighlight() { return detail::gTagsCanonVRD.item(210); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDUnknownRawHighlight() { return detail::gTagsCanonVRD.item(211); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomRawHighlight() { return detail::gTagsCanonVRD.item(212); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardRawShadow() { return detail::gTagsCanonVRD.item(213); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitRawShadow() { return detail::gTagsCanonVRD.item(214); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeRawShadow() { return detail::gTagsCanonVRD.item(215); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralRawShadow() { return detail::gTagsCanonVRD.item(216); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulRawShadow() { return detail::gTagsCanonVRD.item(217); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeRawShadow() { return detail::gTagsCanonVRD.item(218); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDUnknownRawShadow() { return detail::gTagsCanonVRD.item(219); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomRawShadow() { return detail::gTagsCanonVRD.item(220); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCheckMark2() { return detail::gTagsCanonVRD.item(221); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDUnsharpMask() { return detail::gTagsCanonVRD.item(222); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardUnsharpMaskStrength() { return detail::gTagsCanonVRD.item(223); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardUnsharpMaskFineness() { return detail::gTagsCanonVRD.item(224); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDStandardUnsharpMaskThreshold() { return detail::gTagsCanonVRD.item(225); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitUnsharpMaskStrength() { return detail::gTagsCanonVRD.item(226); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitUnsharpMaskFineness() { return detail::gTagsCanonVRD.item(227); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDPortraitUnsharpMaskThreshold() { return detail::gTagsCanonVRD.item(228); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeUnsharpMaskStrength() { return detail::gTagsCanonVRD.item(229); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeUnsharpMaskFineness() { return detail::gTagsCanonVRD.item(230); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDLandscapeUnsharpMaskThreshold() { return detail::gTagsCanonVRD.item(231); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutraUnsharpMaskStrength() { return detail::gTagsCanonVRD.item(232); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralUnsharpMaskFineness() { return detail::gTagsCanonVRD.item(233); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDNeutralUnsharpMaskThreshold() { return detail::gTagsCanonVRD.item(234); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulUnsharpMaskStrength() { return detail::gTagsCanonVRD.item(235); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulUnsharpMaskFineness() { return detail::gTagsCanonVRD.item(236); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDFaithfulUnsharpMaskThreshold() { return detail::gTagsCanonVRD.item(237); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeUnsharpMaskStrength() { return detail::gTagsCanonVRD.item(238); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeUnsharpMaskFineness() { return detail::gTagsCanonVRD.item(239); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDMonochromeUnsharpMaskThreshold() { return detail::gTagsCanonVRD.item(240); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomUnsharpMaskStrength() { return detail::gTagsCanonVRD.item(241); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomUnsharpMaskFineness() { return detail::gTagsCanonVRD.item(242); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomUnsharpMaskThreshold() { return detail::gTagsCanonVRD.item(243); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomDefaultUnsharpStrength() { return detail::gTagsCanonVRD.item(244); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomDefaultUnsharpFineness() { return detail::gTagsCanonVRD.item(245); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCustomDefaultUnsharpThreshold() { return detail::gTagsCanonVRD.item(246); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCropCircleActive() { return detail::gTagsCanonVRD.item(247); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCropCircleX() { return detail::gTagsCanonVRD.item(248); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCropCircleY() { return detail::gTagsCanonVRD.item(249); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCropCircleRadius() { return detail::gTagsCanonVRD.item(250); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDDLOShootingDistance() { return detail::gTagsCanonVRD.item(251); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDDLODataLength() { return detail::gTagsCanonVRD.item(252); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCameraRawColorTone() { return detail::gTagsCanonVRD.item(253); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCameraRawSaturation() { return detail::gTagsCanonVRD.item(254); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCameraRawContrast() { return detail::gTagsCanonVRD.item(255); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCameraRawLinear() { return detail::gTagsCanonVRD.item(256); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCameraRawSharpness() { return detail::gTagsCanonVRD.item(257); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCameraRawHighlightPoint() { return detail::gTagsCanonVRD.item(258); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCameraRawShadowPoint() { return detail::gTagsCanonVRD.item(259); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCameraRawOutputHighlightPoint() { return detail::gTagsCanonVRD.item(260); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCameraRawOutputShadowPoint() { return detail::gTagsCanonVRD.item(261); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCanonDR4() { return detail::gTagsCanonVRD.item(262); }
+const TagItem& detail::TagItemCatalogue04::itemCanonVRDCanonVRD() { return detail::gTagsCanonVRD.item(263); }
 
 const TagStrings& TagStringsCatalogue::stringsCasio() {
   return gStringsCasio.strings(&TagStringsCatalogue::stringTableCasio);
@@ -11460,75 +11466,75 @@ TagStringTable TagStringsCatalogue::stringTableCasio(ETLanguage language) {
   return gStringsCasio.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue04::allStreamsCasio() {
-  return gTagsCasio.all();
+  return detail::gTagsCasio.all();
 }
-const TagItem& detail::TagItemCatalogue04::itemCasioSoftware() { return gTagsCasio.item(0); }
-const TagItem& detail::TagItemCatalogue04::itemCasioFacesDetected() { return gTagsCasio.item(1); }
-const TagItem& detail::TagItemCatalogue04::itemCasioFaceDetectFrameSize() { return gTagsCasio.item(2); }
-const TagItem& detail::TagItemCatalogue04::itemCasioFace1Position() { return gTagsCasio.item(3); }
-const TagItem& detail::TagItemCatalogue04::itemCasioFace2Position() { return gTagsCasio.item(4); }
-const TagItem& detail::TagItemCatalogue04::itemCasioFace3Position() { return gTagsCasio.item(5); }
-const TagItem& detail::TagItemCatalogue04::itemCasioFace4Position() { return gTagsCasio.item(6); }
-const TagItem& detail::TagItemCatalogue04::itemCasioFace5Position() { return gTagsCasio.item(7); }
-const TagItem& detail::TagItemCatalogue04::itemCasioFace6Position() { return gTagsCasio.item(8); }
-const TagItem& detail::TagItemCatalogue04::itemCasioFace7Position() { return gTagsCasio.item(9); }
-const TagItem& detail::TagItemCatalogue04::itemCasioFace8Position() { return gTagsCasio.item(10); }
-const TagItem& detail::TagItemCatalogue04::itemCasioFace9Position() { return gTagsCasio.item(11); }
-const TagItem& detail::TagItemCatalogue04::itemCasioFace10Position() { return gTagsCasio.item(12); }
-const TagItem& detail::TagItemCatalogue04::itemCasioFaceOrientation() { return gTagsCasio.item(13); }
-const TagItem& detail::TagItemCatalogue04::itemCasioRecordingMode() { return gTagsCasio.item(14); }
-const TagItem& detail::TagItemCatalogue04::itemCasioQuality() { return gTagsCasio.item(15); }
-const TagItem& detail::TagItemCatalogue04::itemCasioFocusMode() { return gTagsCasio.item(16); }
-const TagItem& detail::TagItemCatalogue04::itemCasioFlashMode() { return gTagsCasio.item(17); }
-const TagItem& detail::TagItemCatalogue04::itemCasioFlashIntensity() { return gTagsCasio.item(18); }
-const TagItem& detail::TagItemCatalogue04::itemCasioObjectDistance() { return gTagsCasio.item(19); }
-const TagItem& detail::TagItemCatalogue04::itemCasioWhiteBalance() { return gTagsCasio.item(20); }
-const TagItem& detail::TagItemCatalogue04::itemCasioDigitalZoom() { return gTagsCasio.item(21); }
-const TagItem& detail::TagItemCatalogue04::itemCasioSharpness() { return gTagsCasio.item(22); }
-const TagItem& detail::TagItemCatalogue04::itemCasioContrast() { return gTagsCasio.item(23); }
-const TagItem& detail::TagItemCatalogue04::itemCasioSaturation() { return gTagsCasio.item(24); }
-const TagItem& detail::TagItemCatalogue04::itemCasioISO() { return gTagsCasio.item(25); }
-const TagItem& detail::TagItemCatalogue04::itemCasioFirmwareDate() { return gTagsCasio.item(26); }
-const TagItem& detail::TagItemCatalogue04::itemCasioEnhancement() { return gTagsCasio.item(27); }
-const TagItem& detail::TagItemCatalogue04::itemCasioColorFilter() { return gTagsCasio.item(28); }
-const TagItem& detail::TagItemCatalogue04::itemCasioAFPoint() { return gTagsCasio.item(29); }
-const TagItem& detail::TagItemCatalogue04::itemCasioCasioQuality() { return gTagsCasio.item(30); }
-const TagItem& detail::TagItemCatalogue04::itemCasioFocalRange() { return gTagsCasio.item(31); }
-const TagItem& detail::TagItemCatalogue04::itemCasioDateTimeOriginal() { return gTagsCasio.item(32); }
-const TagItem& detail::TagItemCatalogue04::itemCasioModelType() { return gTagsCasio.item(33); }
-const TagItem& detail::TagItemCatalogue04::itemCasioManufactureIndex() { return gTagsCasio.item(34); }
-const TagItem& detail::TagItemCatalogue04::itemCasioManufactureCode() { return gTagsCasio.item(35); }
-const TagItem& detail::TagItemCatalogue04::itemCasioPreviewImageSize() { return gTagsCasio.item(36); }
-const TagItem& detail::TagItemCatalogue04::itemCasioPreviewImageLength() { return gTagsCasio.item(37); }
-const TagItem& detail::TagItemCatalogue04::itemCasioPreviewImageStart() { return gTagsCasio.item(38); }
-const TagItem& detail::TagItemCatalogue04::itemCasioQualityMode() { return gTagsCasio.item(39); }
-const TagItem& detail::TagItemCatalogue04::itemCasioCasioImageSize() { return gTagsCasio.item(40); }
-const TagItem& detail::TagItemCatalogue04::itemCasioFocalLength() { return gTagsCasio.item(41); }
-const TagItem& detail::TagItemCatalogue04::itemCasioPreviewImage() { return gTagsCasio.item(42); }
-const TagItem& detail::TagItemCatalogue04::itemCasioWhiteBalanceBias() { return gTagsCasio.item(43); }
-const TagItem& detail::TagItemCatalogue04::itemCasioAFPointPosition() { return gTagsCasio.item(44); }
-const TagItem& detail::TagItemCatalogue04::itemCasioFlashDistance() { return gTagsCasio.item(45); }
-const TagItem& detail::TagItemCatalogue04::itemCasioSpecialEffectMode() { return gTagsCasio.item(46); }
-const TagItem& detail::TagItemCatalogue04::itemCasioFaceInfoUnknown() { return gTagsCasio.item(47); }
-const TagItem& detail::TagItemCatalogue04::itemCasioRecordMode() { return gTagsCasio.item(48); }
-const TagItem& detail::TagItemCatalogue04::itemCasioReleaseMode() { return gTagsCasio.item(49); }
-const TagItem& detail::TagItemCatalogue04::itemCasioHometownCity() { return gTagsCasio.item(50); }
-const TagItem& detail::TagItemCatalogue04::itemCasioBestShotMode() { return gTagsCasio.item(51); }
-const TagItem& detail::TagItemCatalogue04::itemCasioAutoISO() { return gTagsCasio.item(52); }
-const TagItem& detail::TagItemCatalogue04::itemCasioAFMode() { return gTagsCasio.item(53); }
-const TagItem& detail::TagItemCatalogue04::itemCasioColorMode() { return gTagsCasio.item(54); }
-const TagItem& detail::TagItemCatalogue04::itemCasioArtMode() { return gTagsCasio.item(55); }
-const TagItem& detail::TagItemCatalogue04::itemCasioSequenceNumber() { return gTagsCasio.item(56); }
-const TagItem& detail::TagItemCatalogue04::itemCasioBracketSequence() { return gTagsCasio.item(57); }
-const TagItem& detail::TagItemCatalogue04::itemCasioImageStabilization() { return gTagsCasio.item(58); }
-const TagItem& detail::TagItemCatalogue04::itemCasioLightingMode() { return gTagsCasio.item(59); }
-const TagItem& detail::TagItemCatalogue04::itemCasioPortraitRefiner() { return gTagsCasio.item(60); }
-const TagItem& detail::TagItemCatalogue04::itemCasioSpecialEffectLevel() { return gTagsCasio.item(61); }
-const TagItem& detail::TagItemCatalogue04::itemCasioSpecialEffectSetting() { return gTagsCasio.item(62); }
-const TagItem& detail::TagItemCatalogue04::itemCasioDriveMode() { return gTagsCasio.item(63); }
-const TagItem& detail::TagItemCatalogue04::itemCasioArtModeParameters() { return gTagsCasio.item(64); }
-const TagItem& detail::TagItemCatalogue04::itemCasioCaptureFrameRate() { return gTagsCasio.item(65); }
-const TagItem& detail::TagItemCatalogue04::itemCasioVideoQuality() { return gTagsCasio.item(66); }
+const TagItem& detail::TagItemCatalogue04::itemCasioSoftware() { return detail::gTagsCasio.item(0); }
+const TagItem& detail::TagItemCatalogue04::itemCasioFacesDetected() { return detail::gTagsCasio.item(1); }
+const TagItem& detail::TagItemCatalogue04::itemCasioFaceDetectFrameSize() { return detail::gTagsCasio.item(2); }
+const TagItem& detail::TagItemCatalogue04::itemCasioFace1Position() { return detail::gTagsCasio.item(3); }
+const TagItem& detail::TagItemCatalogue04::itemCasioFace2Position() { return detail::gTagsCasio.item(4); }
+const TagItem& detail::TagItemCatalogue04::itemCasioFace3Position() { return detail::gTagsCasio.item(5); }
+const TagItem& detail::TagItemCatalogue04::itemCasioFace4Position() { return detail::gTagsCasio.item(6); }
+const TagItem& detail::TagItemCatalogue04::itemCasioFace5Position() { return detail::gTagsCasio.item(7); }
+const TagItem& detail::TagItemCatalogue04::itemCasioFace6Position() { return detail::gTagsCasio.item(8); }
+const TagItem& detail::TagItemCatalogue04::itemCasioFace7Position() { return detail::gTagsCasio.item(9); }
+const TagItem& detail::TagItemCatalogue04::itemCasioFace8Position() { return detail::gTagsCasio.item(10); }
+const TagItem& detail::TagItemCatalogue04::itemCasioFace9Position() { return detail::gTagsCasio.item(11); }
+const TagItem& detail::TagItemCatalogue04::itemCasioFace10Position() { return detail::gTagsCasio.item(12); }
+const TagItem& detail::TagItemCatalogue04::itemCasioFaceOrientation() { return detail::gTagsCasio.item(13); }
+const TagItem& detail::TagItemCatalogue04::itemCasioRecordingMode() { return detail::gTagsCasio.item(14); }
+const TagItem& detail::TagItemCatalogue04::itemCasioQuality() { return detail::gTagsCasio.item(15); }
+const TagItem& detail::TagItemCatalogue04::itemCasioFocusMode() { return detail::gTagsCasio.item(16); }
+const TagItem& detail::TagItemCatalogue04::itemCasioFlashMode() { return detail::gTagsCasio.item(17); }
+const TagItem& detail::TagItemCatalogue04::itemCasioFlashIntensity() { return detail::gTagsCasio.item(18); }
+const TagItem& detail::TagItemCatalogue04::itemCasioObjectDistance() { return detail::gTagsCasio.item(19); }
+const TagItem& detail::TagItemCatalogue04::itemCasioWhiteBalance() { return detail::gTagsCasio.item(20); }
+const TagItem& detail::TagItemCatalogue04::itemCasioDigitalZoom() { return detail::gTagsCasio.item(21); }
+const TagItem& detail::TagItemCatalogue04::itemCasioSharpness() { return detail::gTagsCasio.item(22); }
+const TagItem& detail::TagItemCatalogue04::itemCasioContrast() { return detail::gTagsCasio.item(23); }
+const TagItem& detail::TagItemCatalogue04::itemCasioSaturation() { return detail::gTagsCasio.item(24); }
+const TagItem& detail::TagItemCatalogue04::itemCasioISO() { return detail::gTagsCasio.item(25); }
+const TagItem& detail::TagItemCatalogue04::itemCasioFirmwareDate() { return detail::gTagsCasio.item(26); }
+const TagItem& detail::TagItemCatalogue04::itemCasioEnhancement() { return detail::gTagsCasio.item(27); }
+const TagItem& detail::TagItemCatalogue04::itemCasioColorFilter() { return detail::gTagsCasio.item(28); }
+const TagItem& detail::TagItemCatalogue04::itemCasioAFPoint() { return detail::gTagsCasio.item(29); }
+const TagItem& detail::TagItemCatalogue04::itemCasioCasioQuality() { return detail::gTagsCasio.item(30); }
+const TagItem& detail::TagItemCatalogue04::itemCasioFocalRange() { return detail::gTagsCasio.item(31); }
+const TagItem& detail::TagItemCatalogue04::itemCasioDateTimeOriginal() { return detail::gTagsCasio.item(32); }
+const TagItem& detail::TagItemCatalogue04::itemCasioModelType() { return detail::gTagsCasio.item(33); }
+const TagItem& detail::TagItemCatalogue04::itemCasioManufactureIndex() { return detail::gTagsCasio.item(34); }
+const TagItem& detail::TagItemCatalogue04::itemCasioManufactureCode() { return detail::gTagsCasio.item(35); }
+const TagItem& detail::TagItemCatalogue04::itemCasioPreviewImageSize() { return detail::gTagsCasio.item(36); }
+const TagItem& detail::TagItemCatalogue04::itemCasioPreviewImageLength() { return detail::gTagsCasio.item(37); }
+const TagItem& detail::TagItemCatalogue04::itemCasioPreviewImageStart() { return detail::gTagsCasio.item(38); }
+const TagItem& detail::TagItemCatalogue04::itemCasioQualityMode() { return detail::gTagsCasio.item(39); }
+const TagItem& detail::TagItemCatalogue04::itemCasioCasioImageSize() { return detail::gTagsCasio.item(40); }
+const TagItem& detail::TagItemCatalogue04::itemCasioFocalLength() { return detail::gTagsCasio.item(41); }
+const TagItem& detail::TagItemCatalogue04::itemCasioPreviewImage() { return detail::gTagsCasio.item(42); }
+const TagItem& detail::TagItemCatalogue04::itemCasioWhiteBalanceBias() { return detail::gTagsCasio.item(43); }
+const TagItem& detail::TagItemCatalogue04::itemCasioAFPointPosition() { return detail::gTagsCasio.item(44); }
+const TagItem& detail::TagItemCatalogue04::itemCasioFlashDistance() { return detail::gTagsCasio.item(45); }
+const TagItem& detail::TagItemCatalogue04::itemCasioSpecialEffectMode() { return detail::gTagsCasio.item(46); }
+const TagItem& detail::TagItemCatalogue04::itemCasioFaceInfoUnknown() { return detail::gTagsCasio.item(47); }
+const TagItem& detail::TagItemCatalogue04::itemCasioRecordMode() { return detail::gTagsCasio.item(48); }
+const TagItem& detail::TagItemCatalogue04::itemCasioReleaseMode() { return detail::gTagsCasio.item(49); }
+const TagItem& detail::TagItemCatalogue04::itemCasioHometownCity() { return detail::gTagsCasio.item(50); }
+const TagItem& detail::TagItemCatalogue04::itemCasioBestShotMode() { return detail::gTagsCasio.item(51); }
+const TagItem& detail::TagItemCatalogue04::itemCasioAutoISO() { return detail::gTagsCasio.item(52); }
+const TagItem& detail::TagItemCatalogue04::itemCasioAFMode() { return detail::gTagsCasio.item(53); }
+const TagItem& detail::TagItemCatalogue04::itemCasioColorMode() { return detail::gTagsCasio.item(54); }
+const TagItem& detail::TagItemCatalogue04::itemCasioArtMode() { return detail::gTagsCasio.item(55); }
+const TagItem& detail::TagItemCatalogue04::itemCasioSequenceNumber() { return detail::gTagsCasio.item(56); }
+const TagItem& detail::TagItemCatalogue04::itemCasioBracketSequence() { return detail::gTagsCasio.item(57); }
+const TagItem& detail::TagItemCatalogue04::itemCasioImageStabilization() { return detail::gTagsCasio.item(58); }
+const TagItem& detail::TagItemCatalogue04::itemCasioLightingMode() { return detail::gTagsCasio.item(59); }
+const TagItem& detail::TagItemCatalogue04::itemCasioPortraitRefiner() { return detail::gTagsCasio.item(60); }
+const TagItem& detail::TagItemCatalogue04::itemCasioSpecialEffectLevel() { return detail::gTagsCasio.item(61); }
+const TagItem& detail::TagItemCatalogue04::itemCasioSpecialEffectSetting() { return detail::gTagsCasio.item(62); }
+const TagItem& detail::TagItemCatalogue04::itemCasioDriveMode() { return detail::gTagsCasio.item(63); }
+const TagItem& detail::TagItemCatalogue04::itemCasioArtModeParameters() { return detail::gTagsCasio.item(64); }
+const TagItem& detail::TagItemCatalogue04::itemCasioCaptureFrameRate() { return detail::gTagsCasio.item(65); }
+const TagItem& detail::TagItemCatalogue04::itemCasioVideoQuality() { return detail::gTagsCasio.item(66); }
 
 const TagStrings& TagStringsCatalogue::stringsComposite() {
   return gStringsComposite.strings(&TagStringsCatalogue::stringTableComposite);
@@ -11537,92 +11543,84 @@ TagStringTable TagStringsCatalogue::stringTableComposite(ETLanguage language) {
   return gStringsComposite.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue04::allStreamsComposite() {
-  return gTagsComposite.all();
+  return detail::gTagsComposite.all();
 }
-const TagItem& detail::TagItemCatalogue04::itemCompositeDuration() { return gTagsComposite.item(0); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeRunTimeSincePowerUp() { return gTagsComposite.item(1); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeConditionalFEC() { return gTagsComposite.item(2); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeDigitalZoom() { return gTagsComposite.item(3); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeDriveMode() { return gTagsComposite.item(4); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeFileNumber() { return gTagsComposite.item(5); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeFlashType() { return gTagsComposite.item(6); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeISO() { return gTagsComposite.item(7); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeLens() { return gTagsComposite.item(8); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeLens35efl() { return gTagsComposite.item(9); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeOriginalDecisionData() { return gTagsComposite.item(10); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeRedEyeReduction() { return gTagsComposite.item(11); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeShootingMode() { return gTagsComposite.item(12); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeShutterCurtainHack() { return gTagsComposite.item(13); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeWB_RGGBLevels() { return gTagsComposite.item(14); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeAperture() { return gTagsComposite.item(15); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeBlueBalance() { return gTagsComposite.item(16); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeCFAPattern() { return gTagsComposite.item(17); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeCircleOfConfusion() { return gTagsComposite.item(18); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeDOF() { return gTagsComposite.item(19); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeDateTimeOriginal() { return gTagsComposite.item(20); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeFOV() { return gTagsComposite.item(21); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeFocalLength35efl() { return gTagsComposite.item(22); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeGPSPosition() { return gTagsComposite.item(23); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeHyperfocalDistance() { return gTagsComposite.item(24); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeImageSize() { return gTagsComposite.item(25); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeLensID() { return gTagsComposite.item(26); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeLightValue() { return gTagsComposite.item(27); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeMegapixels() { return gTagsComposite.item(28); }
-const TagItem& detail::TagItemCatalogue04::itemCompositePreviewImageSize() { return gTagsComposite.item(29); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeRedBalance() { return gTagsComposite.item(30); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeScaleFactor35efl() { return gTagsComposite.item(31); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeShutterSpeed() { return gTagsComposite.item(32); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeSubSecCreateDate() { return gTagsComposite.item(33); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeSubSecDateTimeOriginal() { return gTagsComposite.item(34); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeSubSecModifyDate() { return gTagsComposite.item(35); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeThumbnailTIFF() { return gTagsComposite.item(36); }
-const TagItem& detail::TagItemCatalogue04::itemCompositePeakSpectralSensitivity() { return gTagsComposite.item(37); }
-const TagItem& detail::TagItemCatalogue04::itemCompositePreviewImage() { return gTagsComposite.item(38); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeGPSAltitude() { return gTagsComposite.item(39); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeGPSDateTime() { return gTagsComposite.item(40); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeGPSDestLatitude() { return gTagsComposite.item(41); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeGPSDestLongitude() { return gTagsComposite.item(42); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeGPSLatitude() { return gTagsComposite.item(43); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeGPSLongitude() { return gTagsComposite.item(44); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeDateTimeCreated() { return gTagsComposite.item(45); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeDigitalCreationDateTime() { return gTagsComposite.item(46); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeVolumeSize() { return gTagsComposite.item(47); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeDateCreated() { return gTagsComposite.item(48); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeWB_RGBLevels() { return gTagsComposite.item(49); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeAudioBitrate() { return gTagsComposite.item(50); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeMPImage() { return gTagsComposite.item(51); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeAutoFocus() { return gTagsComposite.item(52); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeLensSpec() { return gTagsComposite.item(53); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeExtenderStatus() { return gTagsComposite.item(54); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeLensType() { return gTagsComposite.item(55); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeZoomedPreviewImage() { return gTagsComposite.item(56); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeAdvancedSceneMode() { return gTagsComposite.item(57); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeImageHeight() { return gTagsComposite.item(58); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeImageWidth() { return gTagsComposite.item(59); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeAvgBitrate() { return gTagsComposite.item(60); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeCDDBDiscPlayTime() { return gTagsComposite.item(61); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeCDDBDiscTracks() { return gTagsComposite.item(62); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeGPSAltitudeRef() { return gTagsComposite.item(63); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeRotation() { return gTagsComposite.item(64); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeRicohPitch() { return gTagsComposite.item(65); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeRicohRoll() { return gTagsComposite.item(66); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeDepthMapTiff() { return gTagsComposite.item(67); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeSingleShotDepthMapTiff() { return gTagsComposite.item(68); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeFocusDistance() { return gTagsComposite.item(69); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeFocusDistance2() { return gTagsComposite.item(70); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeIDCPreviewImage() { return gTagsComposite.item(71); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeFlash() { return gTagsComposite.item(72); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeGPSDestLatitudeRef() { return gTagsComposite.item(73); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeGPSDestLongitudeRef() { return gTagsComposite.item(74); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeGPSLatitudeRef() { return gTagsComposite.item(75); }
-const TagItem& detail::TagItemCatalogue04::itemCompositeGPSLongitudeRef() { return gTagsComposite.item(76); }
-
-namespace detail {
-const TagItem* findInCanonCustom(std::string_view key) { return gTagsCanonCustom.find(key); }
-const TagItem* findInCanonRaw(std::string_view key) { return gTagsCanonRaw.find(key); }
-const TagItem* findInCanonVRD(std::string_view key) { return gTagsCanonVRD.find(key); }
-const TagItem* findInCasio(std::string_view key) { return gTagsCasio.find(key); }
-const TagItem* findInComposite(std::string_view key) { return gTagsComposite.find(key); }
-}  // namespace detail
+const TagItem& detail::TagItemCatalogue04::itemCompositeDuration() { return detail::gTagsComposite.item(0); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeRunTimeSincePowerUp() { return detail::gTagsComposite.item(1); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeConditionalFEC() { return detail::gTagsComposite.item(2); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeDigitalZoom() { return detail::gTagsComposite.item(3); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeDriveMode() { return detail::gTagsComposite.item(4); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeFileNumber() { return detail::gTagsComposite.item(5); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeFlashType() { return detail::gTagsComposite.item(6); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeISO() { return detail::gTagsComposite.item(7); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeLens() { return detail::gTagsComposite.item(8); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeLens35efl() { return detail::gTagsComposite.item(9); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeOriginalDecisionData() { return detail::gTagsComposite.item(10); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeRedEyeReduction() { return detail::gTagsComposite.item(11); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeShootingMode() { return detail::gTagsComposite.item(12); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeShutterCurtainHack() { return detail::gTagsComposite.item(13); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeWB_RGGBLevels() { return detail::gTagsComposite.item(14); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeAperture() { return detail::gTagsComposite.item(15); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeBlueBalance() { return detail::gTagsComposite.item(16); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeCFAPattern() { return detail::gTagsComposite.item(17); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeCircleOfConfusion() { return detail::gTagsComposite.item(18); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeDOF() { return detail::gTagsComposite.item(19); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeDateTimeOriginal() { return detail::gTagsComposite.item(20); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeFOV() { return detail::gTagsComposite.item(21); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeFocalLength35efl() { return detail::gTagsComposite.item(22); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeGPSPosition() { return detail::gTagsComposite.item(23); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeHyperfocalDistance() { return detail::gTagsComposite.item(24); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeImageSize() { return detail::gTagsComposite.item(25); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeLensID() { return detail::gTagsComposite.item(26); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeLightValue() { return detail::gTagsComposite.item(27); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeMegapixels() { return detail::gTagsComposite.item(28); }
+const TagItem& detail::TagItemCatalogue04::itemCompositePreviewImageSize() { return detail::gTagsComposite.item(29); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeRedBalance() { return detail::gTagsComposite.item(30); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeScaleFactor35efl() { return detail::gTagsComposite.item(31); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeShutterSpeed() { return detail::gTagsComposite.item(32); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeSubSecCreateDate() { return detail::gTagsComposite.item(33); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeSubSecDateTimeOriginal() { return detail::gTagsComposite.item(34); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeSubSecModifyDate() { return detail::gTagsComposite.item(35); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeThumbnailTIFF() { return detail::gTagsComposite.item(36); }
+const TagItem& detail::TagItemCatalogue04::itemCompositePeakSpectralSensitivity() { return detail::gTagsComposite.item(37); }
+const TagItem& detail::TagItemCatalogue04::itemCompositePreviewImage() { return detail::gTagsComposite.item(38); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeGPSAltitude() { return detail::gTagsComposite.item(39); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeGPSDateTime() { return detail::gTagsComposite.item(40); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeGPSDestLatitude() { return detail::gTagsComposite.item(41); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeGPSDestLongitude() { return detail::gTagsComposite.item(42); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeGPSLatitude() { return detail::gTagsComposite.item(43); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeGPSLongitude() { return detail::gTagsComposite.item(44); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeDateTimeCreated() { return detail::gTagsComposite.item(45); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeDigitalCreationDateTime() { return detail::gTagsComposite.item(46); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeVolumeSize() { return detail::gTagsComposite.item(47); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeDateCreated() { return detail::gTagsComposite.item(48); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeWB_RGBLevels() { return detail::gTagsComposite.item(49); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeAudioBitrate() { return detail::gTagsComposite.item(50); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeMPImage() { return detail::gTagsComposite.item(51); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeAutoFocus() { return detail::gTagsComposite.item(52); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeLensSpec() { return detail::gTagsComposite.item(53); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeExtenderStatus() { return detail::gTagsComposite.item(54); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeLensType() { return detail::gTagsComposite.item(55); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeZoomedPreviewImage() { return detail::gTagsComposite.item(56); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeAdvancedSceneMode() { return detail::gTagsComposite.item(57); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeImageHeight() { return detail::gTagsComposite.item(58); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeImageWidth() { return detail::gTagsComposite.item(59); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeAvgBitrate() { return detail::gTagsComposite.item(60); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeCDDBDiscPlayTime() { return detail::gTagsComposite.item(61); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeCDDBDiscTracks() { return detail::gTagsComposite.item(62); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeGPSAltitudeRef() { return detail::gTagsComposite.item(63); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeRotation() { return detail::gTagsComposite.item(64); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeRicohPitch() { return detail::gTagsComposite.item(65); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeRicohRoll() { return detail::gTagsComposite.item(66); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeDepthMapTiff() { return detail::gTagsComposite.item(67); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeSingleShotDepthMapTiff() { return detail::gTagsComposite.item(68); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeFocusDistance() { return detail::gTagsComposite.item(69); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeFocusDistance2() { return detail::gTagsComposite.item(70); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeIDCPreviewImage() { return detail::gTagsComposite.item(71); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeFlash() { return detail::gTagsComposite.item(72); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeGPSDestLatitudeRef() { return detail::gTagsComposite.item(73); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeGPSDestLongitudeRef() { return detail::gTagsComposite.item(74); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeGPSLatitudeRef() { return detail::gTagsComposite.item(75); }
+const TagItem& detail::TagItemCatalogue04::itemCompositeGPSLongitudeRef() { return detail::gTagsComposite.item(76); }
 
 }  // namespace lorvane

@@ -7,6 +7,8 @@
 namespace lorvane {
 namespace {
 
+using enum detail::TagFlag;
+
 constexpr char kText[] =
     "FlightDegree" "FlightSpeed" "GimbalDegree" "ADJDebugInfo" "AEDebugInfo" "AEHistogramInfo"
     "AELiveViewHistogramInfo" "AELiveViewLocalHistogram" "AELocalHistogram" "AFDebugInfo"
@@ -2517,52 +2519,52 @@ constexpr char kText[] =
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsDJI[] = {
-    {{0, 12}, TagType::string, 0, 0, 0, 0},  // FlightDegree
-    {{12, 11}, TagType::string, 0, 0, 0, 0},  // FlightSpeed
-    {{23, 12}, TagType::string, 0, 0, 0, 0},  // GimbalDegree
-    {{35, 12}, TagType::string, 0, 0, 0, 0},  // ADJDebugInfo
-    {{47, 11}, TagType::string, 0, 0, 0, 0},  // AEDebugInfo
-    {{58, 15}, TagType::string, 0, 0, 0, 0},  // AEHistogramInfo
-    {{73, 23}, TagType::string, 0, 0, 0, 0},  // AELiveViewHistogramInfo
-    {{96, 24}, TagType::string, 0, 0, 0, 0},  // AELiveViewLocalHistogram
-    {{120, 16}, TagType::string, 0, 0, 0, 0},  // AELocalHistogram
-    {{136, 11}, TagType::string, 0, 0, 0, 0},  // AFDebugInfo
-    {{147, 12}, TagType::string, 0, 0, 0, 0},  // AWBDebugInfo
-    {{159, 9}, TagType::string, 0, 0, 0, 0},  // Histogram
-    {{168, 18}, TagType::string, 0, 0, 0, 0},  // HyperlapsDebugInfo
-    {{186, 8}, TagType::string, 0, 0, 0, 0},  // SensorID
-    {{194, 6}, TagType::string, 0, 0, 0, 0},  // Xidiri
-    {{200, 4}, TagType::string, 2, 0, 0, 0},  // Make
-    {{204, 6}, TagType::float_, 2, 0, 0, 0},  // SpeedX
-    {{210, 6}, TagType::float_, 2, 0, 0, 0},  // SpeedY
-    {{216, 6}, TagType::float_, 2, 0, 0, 0},  // SpeedZ
-    {{222, 5}, TagType::float_, 2, 0, 0, 0},  // Pitch
-    {{227, 3}, TagType::float_, 2, 0, 0, 0},  // Yaw
-    {{230, 4}, TagType::float_, 2, 0, 0, 0},  // Roll
-    {{234, 11}, TagType::float_, 2, 0, 0, 0},  // CameraPitch
-    {{245, 9}, TagType::float_, 2, 0, 0, 0},  // CameraYaw
-    {{254, 10}, TagType::float_, 2, 0, 0, 0},  // CameraRoll
-    {{264, 2}, TagType::float_, 0, 0, 0, 0},  // K1
-    {{266, 2}, TagType::float_, 0, 0, 0, 0},  // K2
-    {{268, 2}, TagType::float_, 0, 0, 0, 0},  // K3
-    {{270, 2}, TagType::float_, 0, 0, 0, 0},  // K4
-    {{272, 2}, TagType::float_, 0, 0, 0, 0},  // KF
-    {{274, 2}, TagType::float_, 0, 0, 0, 0},  // B1
-    {{276, 2}, TagType::float_, 0, 0, 0, 0},  // B2
-    {{278, 14}, TagType::float_, 0, 0, 0, 0},  // ObjectDistance
-    {{292, 16}, TagType::float_, 0, 0, 0, 0},  // RelativeHumidity
-    {{308, 10}, TagType::float_, 0, 0, 0, 0},  // Emissivity
-    {{318, 10}, TagType::int16u, 0, 0, 0, 0},  // Reflection
-    {{328, 18}, TagType::float_, 0, 0, 0, 0},  // AmbientTemperature
-    {{346, 2}, TagType::int32s, 0, 0, 0, 0},  // D2
-    {{348, 2}, TagType::int16u, 0, 0, 0, 0},  // KJ
-    {{350, 2}, TagType::int16u, 0, 0, 0, 0},  // DB
-    {{352, 2}, TagType::int16u, 0, 0, 0, 0},  // KK
-    {{354, 20}, TagType::float_, 0, 0, 0, 0},  // ReflectedTemperature
-    {{374, 8}, TagType::string, 0, 16, 0, 0},  // IDString
-    {{382, 11}, TagType::string, 8, 0, 0, 0},  // ThermalData
-    {{393, 18}, TagType::string, 8, 0, 0, 0},  // ThermalCalibration
-    {{411, 8}, TagType::string, 0, 0, 0, 0},  // DJI_DTAT
+    {{0, 12}, TagType::string, none, 0, 0, 0},  // FlightDegree
+    {{12, 11}, TagType::string, none, 0, 0, 0},  // FlightSpeed
+    {{23, 12}, TagType::string, none, 0, 0, 0},  // GimbalDegree
+    {{35, 12}, TagType::string, none, 0, 0, 0},  // ADJDebugInfo
+    {{47, 11}, TagType::string, none, 0, 0, 0},  // AEDebugInfo
+    {{58, 15}, TagType::string, none, 0, 0, 0},  // AEHistogramInfo
+    {{73, 23}, TagType::string, none, 0, 0, 0},  // AELiveViewHistogramInfo
+    {{96, 24}, TagType::string, none, 0, 0, 0},  // AELiveViewLocalHistogram
+    {{120, 16}, TagType::string, none, 0, 0, 0},  // AELocalHistogram
+    {{136, 11}, TagType::string, none, 0, 0, 0},  // AFDebugInfo
+    {{147, 12}, TagType::string, none, 0, 0, 0},  // AWBDebugInfo
+    {{159, 9}, TagType::string, none, 0, 0, 0},  // Histogram
+    {{168, 18}, TagType::string, none, 0, 0, 0},  // HyperlapsDebugInfo
+    {{186, 8}, TagType::string, none, 0, 0, 0},  // SensorID
+    {{194, 6}, TagType::string, none, 0, 0, 0},  // Xidiri
+    {{200, 4}, TagType::string, writable, 0, 0, 0},  // Make
+    {{204, 6}, TagType::float_, writable, 0, 0, 0},  // SpeedX
+    {{210, 6}, TagType::float_, writable, 0, 0, 0},  // SpeedY
+    {{216, 6}, TagType::float_, writable, 0, 0, 0},  // SpeedZ
+    {{222, 5}, TagType::float_, writable, 0, 0, 0},  // Pitch
+    {{227, 3}, TagType::float_, writable, 0, 0, 0},  // Yaw
+    {{230, 4}, TagType::float_, writable, 0, 0, 0},  // Roll
+    {{234, 11}, TagType::float_, writable, 0, 0, 0},  // CameraPitch
+    {{245, 9}, TagType::float_, writable, 0, 0, 0},  // CameraYaw
+    {{254, 10}, TagType::float_, writable, 0, 0, 0},  // CameraRoll
+    {{264, 2}, TagType::float_, none, 0, 0, 0},  // K1
+    {{266, 2}, TagType::float_, none, 0, 0, 0},  // K2
+    {{268, 2}, TagType::float_, none, 0, 0, 0},  // K3
+    {{270, 2}, TagType::float_, none, 0, 0, 0},  // K4
+    {{272, 2}, TagType::float_, none, 0, 0, 0},  // KF
+    {{274, 2}, TagType::float_, none, 0, 0, 0},  // B1
+    {{276, 2}, TagType::float_, none, 0, 0, 0},  // B2
+    {{278, 14}, TagType::float_, none, 0, 0, 0},  // ObjectDistance
+    {{292, 16}, TagType::float_, none, 0, 0, 0},  // RelativeHumidity
+    {{308, 10}, TagType::float_, none, 0, 0, 0},  // Emissivity
+    {{318, 10}, TagType::int16u, none, 0, 0, 0},  // Reflection
+    {{328, 18}, TagType::float_, none, 0, 0, 0},  // AmbientTemperature
+    {{346, 2}, TagType::int32s, none, 0, 0, 0},  // D2
+    {{348, 2}, TagType::int16u, none, 0, 0, 0},  // KJ
+    {{350, 2}, TagType::int16u, none, 0, 0, 0},  // DB
+    {{352, 2}, TagType::int16u, none, 0, 0, 0},  // KK
+    {{354, 20}, TagType::float_, none, 0, 0, 0},  // ReflectedTemperature
+    {{374, 8}, TagType::string, none, 16, 0, 0},  // IDString
+    {{382, 11}, TagType::string, binary, 0, 0, 0},  // ThermalData
+    {{393, 18}, TagType::string, binary, 0, 0, 0},  // ThermalCalibration
+    {{411, 8}, TagType::string, none, 0, 0, 0},  // DJI_DTAT
 };
 constexpr detail::StringRow kStringsEnglishDJI[] = {
     {{419, 16}, {435, 14}},
@@ -2648,29 +2650,28 @@ constexpr std::uint16_t kKeyOrderDJI[] = {
     27, 28, 29, 38, 40, 15, 32, 19, 41, 35, 33, 21, 13, 16, 17, 18, 44, 43, 14, 20,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsDJI[46];
-constinit detail::StreamTags gTagsDJI("DJI", kText, kTagsDJI, kKeyOrderDJI, {}, gItemsDJI, &TagStringsCatalogue::stringsDJI);
 
 // DNG: 17 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsDNG[] = {
-    {{1654, 5}, TagType::var_string, 0, 0, 0, 0},  // SeqID
-    {{1659, 7}, TagType::var_string, 0, 0, 0, 0},  // SeqType
-    {{1666, 12}, TagType::var_string, 0, 0, 0, 0},  // SeqFrameInfo
-    {{1678, 8}, TagType::int32u, 0, 0, 0, 0},  // SeqIndex
-    {{1686, 8}, TagType::int32u, 0, 0, 0, 0},  // SeqCount
-    {{1694, 8}, TagType::int8u, 0, 0, 0, 2},  // SeqFinal
-    {{1702, 16}, TagType::string, 8, 0, 0, 0},  // OriginalRawImage
-    {{1718, 19}, TagType::string, 8, 0, 0, 0},  // OriginalRawResource
-    {{1737, 19}, TagType::string, 0, 0, 0, 0},  // OriginalRawFileType
-    {{1756, 18}, TagType::string, 0, 0, 0, 0},  // OriginalRawCreator
-    {{1774, 16}, TagType::string, 8, 0, 0, 0},  // OriginalTHMImage
-    {{1790, 19}, TagType::string, 8, 0, 0, 0},  // OriginalTHMResource
-    {{1809, 19}, TagType::string, 0, 0, 0, 0},  // OriginalTHMFileType
-    {{1828, 18}, TagType::string, 0, 0, 0, 0},  // OriginalTHMCreator
-    {{1846, 10}, TagType::int16u, 0, 0, 0, 0},  // PDRVersion
-    {{1856, 12}, TagType::int16u, 0, 0, 0, 2},  // DynamicRange
-    {{1868, 18}, TagType::float_, 0, 0, 0, 0},  // HintMaxOutputValue
+    {{1654, 5}, TagType::var_string, none, 0, 0, 0},  // SeqID
+    {{1659, 7}, TagType::var_string, none, 0, 0, 0},  // SeqType
+    {{1666, 12}, TagType::var_string, none, 0, 0, 0},  // SeqFrameInfo
+    {{1678, 8}, TagType::int32u, none, 0, 0, 0},  // SeqIndex
+    {{1686, 8}, TagType::int32u, none, 0, 0, 0},  // SeqCount
+    {{1694, 8}, TagType::int8u, none, 0, 0, 2},  // SeqFinal
+    {{1702, 16}, TagType::string, binary, 0, 0, 0},  // OriginalRawImage
+    {{1718, 19}, TagType::string, binary, 0, 0, 0},  // OriginalRawResource
+    {{1737, 19}, TagType::string, none, 0, 0, 0},  // OriginalRawFileType
+    {{1756, 18}, TagType::string, none, 0, 0, 0},  // OriginalRawCreator
+    {{1774, 16}, TagType::string, binary, 0, 0, 0},  // OriginalTHMImage
+    {{1790, 19}, TagType::string, binary, 0, 0, 0},  // OriginalTHMResource
+    {{1809, 19}, TagType::string, none, 0, 0, 0},  // OriginalTHMFileType
+    {{1828, 18}, TagType::string, none, 0, 0, 0},  // OriginalTHMCreator
+    {{1846, 10}, TagType::int16u, none, 0, 0, 0},  // PDRVersion
+    {{1856, 12}, TagType::int16u, none, 0, 0, 2},  // DynamicRange
+    {{1868, 18}, TagType::float_, none, 0, 0, 0},  // HintMaxOutputValue
 };
 constexpr detail::TextRef kChoicesDNG[] = {
     {1886, 1}, {1887, 1},
@@ -2726,25 +2727,24 @@ constexpr std::uint16_t kKeyOrderDNG[] = {
     15, 16, 9, 8, 6, 7, 13, 12, 10, 11, 14, 4, 5, 2, 0, 3, 1,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsDNG[17];
-constinit detail::StreamTags gTagsDNG("DNG", kText, kTagsDNG, kKeyOrderDNG, kChoicesDNG, gItemsDNG, &TagStringsCatalogue::stringsDNG);
 
 // DV: 13 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsDV[] = {
-    {{2828, 11}, TagType::string, 0, 0, 0, 0},  // AspectRatio
-    {{2839, 18}, TagType::string, 0, 0, 0, 0},  // AudioBitsPerSample
-    {{2857, 13}, TagType::string, 0, 0, 0, 0},  // AudioChannels
-    {{2870, 15}, TagType::string, 0, 0, 0, 0},  // AudioSampleRate
-    {{2885, 11}, TagType::string, 0, 0, 0, 0},  // Colorimetry
-    {{2896, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
-    {{2912, 8}, TagType::string, 0, 0, 0, 0},  // Duration
-    {{2920, 9}, TagType::string, 0, 0, 0, 0},  // FrameRate
-    {{2929, 11}, TagType::string, 0, 0, 0, 0},  // ImageHeight
-    {{2940, 10}, TagType::string, 0, 0, 0, 0},  // ImageWidth
-    {{2950, 12}, TagType::string, 0, 0, 0, 0},  // TotalBitrate
-    {{2962, 11}, TagType::string, 0, 0, 0, 0},  // VideoFormat
-    {{2973, 13}, TagType::string, 0, 0, 0, 0},  // VideoScanType
+    {{2828, 11}, TagType::string, none, 0, 0, 0},  // AspectRatio
+    {{2839, 18}, TagType::string, none, 0, 0, 0},  // AudioBitsPerSample
+    {{2857, 13}, TagType::string, none, 0, 0, 0},  // AudioChannels
+    {{2870, 15}, TagType::string, none, 0, 0, 0},  // AudioSampleRate
+    {{2885, 11}, TagType::string, none, 0, 0, 0},  // Colorimetry
+    {{2896, 16}, TagType::string, none, 0, 0, 0},  // DateTimeOriginal
+    {{2912, 8}, TagType::string, none, 0, 0, 0},  // Duration
+    {{2920, 9}, TagType::string, none, 0, 0, 0},  // FrameRate
+    {{2929, 11}, TagType::string, none, 0, 0, 0},  // ImageHeight
+    {{2940, 10}, TagType::string, none, 0, 0, 0},  // ImageWidth
+    {{2950, 12}, TagType::string, none, 0, 0, 0},  // TotalBitrate
+    {{2962, 11}, TagType::string, none, 0, 0, 0},  // VideoFormat
+    {{2973, 13}, TagType::string, none, 0, 0, 0},  // VideoScanType
 };
 constexpr detail::StringRow kStringsEnglishDV[] = {
     {{2986, 14}, {3000, 12}},
@@ -2810,52 +2810,51 @@ constexpr std::uint16_t kKeyOrderDV[] = {
     0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsDV[13];
-constinit detail::StreamTags gTagsDV("DV", kText, kTagsDV, kKeyOrderDV, {}, gItemsDV, &TagStringsCatalogue::stringsDV);
 
 // DjVu: 40 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsDjVu[] = {
-    {{3870, 11}, TagType::string, 0, 4, 0, 6},  // SubfileType
-    {{2940, 10}, TagType::int16u, 0, 0, 0, 0},  // ImageWidth
-    {{2929, 11}, TagType::int16u, 0, 0, 0, 0},  // ImageHeight
-    {{3881, 11}, TagType::int8u, 0, 2, 0, 0},  // DjVuVersion
-    {{3892, 17}, TagType::int16u, 0, 0, 0, 0},  // SpatialResolution
-    {{3909, 5}, TagType::int8u, 0, 0, 0, 0},  // Gamma
-    {{3914, 11}, TagType::int8u, 0, 0, 6, 4},  // Orientation
-    {{3925, 14}, TagType::string, 0, 0, 0, 0},  // IncludedFileID
-    {{3939, 6}, TagType::string, 0, 0, 0, 0},  // Author
-    {{3945, 10}, TagType::string, 0, 0, 0, 0},  // CreateDate
-    {{3955, 7}, TagType::string, 0, 0, 0, 0},  // Creator
-    {{3962, 8}, TagType::string, 0, 0, 0, 0},  // Keywords
-    {{3970, 10}, TagType::string, 0, 0, 0, 0},  // ModifyDate
-    {{3980, 8}, TagType::string, 0, 0, 0, 0},  // Producer
-    {{3988, 7}, TagType::string, 0, 0, 0, 0},  // Subject
-    {{3995, 5}, TagType::string, 0, 0, 0, 0},  // Title
-    {{4000, 7}, TagType::string, 0, 0, 0, 0},  // Trapped
-    {{4007, 7}, TagType::string, 0, 0, 0, 0},  // Address
-    {{4014, 10}, TagType::string, 0, 0, 0, 0},  // Annotation
-    {{4024, 9}, TagType::string, 0, 0, 0, 0},  // BookTitle
-    {{4033, 7}, TagType::string, 0, 0, 0, 0},  // Chapter
-    {{4040, 8}, TagType::string, 0, 0, 0, 0},  // CrossRef
-    {{4048, 7}, TagType::string, 0, 0, 0, 0},  // Edition
-    {{4055, 6}, TagType::string, 0, 0, 0, 0},  // EPrint
-    {{4061, 12}, TagType::string, 0, 0, 0, 0},  // HowPublished
-    {{4073, 11}, TagType::string, 0, 0, 0, 0},  // Institution
-    {{4084, 7}, TagType::string, 0, 0, 0, 0},  // Journal
-    {{4091, 3}, TagType::string, 0, 0, 0, 0},  // Key
-    {{4094, 5}, TagType::string, 0, 0, 0, 0},  // Month
-    {{4099, 4}, TagType::string, 0, 0, 0, 0},  // Note
-    {{4103, 6}, TagType::string, 0, 0, 0, 0},  // Number
-    {{4109, 12}, TagType::string, 0, 0, 0, 0},  // Organization
-    {{4121, 5}, TagType::string, 0, 0, 0, 0},  // Pages
-    {{4126, 9}, TagType::string, 0, 0, 0, 0},  // Publisher
-    {{4135, 6}, TagType::string, 0, 0, 0, 0},  // School
-    {{4141, 6}, TagType::string, 0, 0, 0, 0},  // Series
-    {{4147, 4}, TagType::string, 0, 0, 0, 0},  // Type
-    {{4151, 3}, TagType::string, 0, 0, 0, 0},  // URL
-    {{4154, 6}, TagType::string, 0, 0, 0, 0},  // Volume
-    {{4160, 4}, TagType::string, 0, 0, 0, 0},  // Year
+    {{3870, 11}, TagType::string, none, 4, 0, 6},  // SubfileType
+    {{2940, 10}, TagType::int16u, none, 0, 0, 0},  // ImageWidth
+    {{2929, 11}, TagType::int16u, none, 0, 0, 0},  // ImageHeight
+    {{3881, 11}, TagType::int8u, none, 2, 0, 0},  // DjVuVersion
+    {{3892, 17}, TagType::int16u, none, 0, 0, 0},  // SpatialResolution
+    {{3909, 5}, TagType::int8u, none, 0, 0, 0},  // Gamma
+    {{3914, 11}, TagType::int8u, none, 0, 6, 4},  // Orientation
+    {{3925, 14}, TagType::string, none, 0, 0, 0},  // IncludedFileID
+    {{3939, 6}, TagType::string, none, 0, 0, 0},  // Author
+    {{3945, 10}, TagType::string, none, 0, 0, 0},  // CreateDate
+    {{3955, 7}, TagType::string, none, 0, 0, 0},  // Creator
+    {{3962, 8}, TagType::string, none, 0, 0, 0},  // Keywords
+    {{3970, 10}, TagType::string, none, 0, 0, 0},  // ModifyDate
+    {{3980, 8}, TagType::string, none, 0, 0, 0},  // Producer
+    {{3988, 7}, TagType::string, none, 0, 0, 0},  // Subject
+    {{3995, 5}, TagType::string, none, 0, 0, 0},  // Title
+    {{4000, 7}, TagType::string, none, 0, 0, 0},  // Trapped
+    {{4007, 7}, TagType::string, none, 0, 0, 0},  // Address
+    {{4014, 10}, TagType::string, none, 0, 0, 0},  // Annotation
+    {{4024, 9}, TagType::string, none, 0, 0, 0},  // BookTitle
+    {{4033, 7}, TagType::string, none, 0, 0, 0},  // Chapter
+    {{4040, 8}, TagType::string, none, 0, 0, 0},  // CrossRef
+    {{4048, 7}, TagType::string, none, 0, 0, 0},  // Edition
+    {{4055, 6}, TagType::string, none, 0, 0, 0},  // EPrint
+    {{4061, 12}, TagType::string, none, 0, 0, 0},  // HowPublished
+    {{4073, 11}, TagType::string, none, 0, 0, 0},  // Institution
+    {{4084, 7}, TagType::string, none, 0, 0, 0},  // Journal
+    {{4091, 3}, TagType::string, none, 0, 0, 0},  // Key
+    {{4094, 5}, TagType::string, none, 0, 0, 0},  // Month
+    {{4099, 4}, TagType::string, none, 0, 0, 0},  // Note
+    {{4103, 6}, TagType::string, none, 0, 0, 0},  // Number
+    {{4109, 12}, TagType::string, none, 0, 0, 0},  // Organization
+    {{4121, 5}, TagType::string, none, 0, 0, 0},  // Pages
+    {{4126, 9}, TagType::string, none, 0, 0, 0},  // Publisher
+    {{4135, 6}, TagType::string, none, 0, 0, 0},  // School
+    {{4141, 6}, TagType::string, none, 0, 0, 0},  // Series
+    {{4147, 4}, TagType::string, none, 0, 0, 0},  // Type
+    {{4151, 3}, TagType::string, none, 0, 0, 0},  // URL
+    {{4154, 6}, TagType::string, none, 0, 0, 0},  // Volume
+    {{4160, 4}, TagType::string, none, 0, 0, 0},  // Year
 };
 constexpr detail::TextRef kChoicesDjVu[] = {
     {4164, 4}, {4168, 4}, {4172, 4}, {4176, 4}, {4180, 4}, {4184, 4}, {1887, 1}, {4188, 1},
@@ -3064,15 +3063,14 @@ constexpr std::uint16_t kKeyOrderDjVu[] = {
     32, 13, 33, 34, 35, 4, 0, 14, 15, 16, 36, 37, 38, 39,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsDjVu[40];
-constinit detail::StreamTags gTagsDjVu("DjVu", kText, kTagsDjVu, kKeyOrderDjVu, kChoicesDjVu, gItemsDjVu, &TagStringsCatalogue::stringsDjVu);
 
 // Ducky: 3 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsDucky[] = {
-    {{6836, 7}, TagType::int32u, 2, 0, 0, 0},  // Quality
-    {{6843, 7}, TagType::string, 2, 0, 0, 0},  // Comment
-    {{6850, 9}, TagType::string, 2, 0, 0, 0},  // Copyright
+    {{6836, 7}, TagType::int32u, writable, 0, 0, 0},  // Quality
+    {{6843, 7}, TagType::string, writable, 0, 0, 0},  // Comment
+    {{6850, 9}, TagType::string, writable, 0, 0, 0},  // Copyright
 };
 constexpr detail::StringRow kStringsEnglishDucky[] = {
     {{6859, 13}, {6843, 7}},
@@ -3114,58 +3112,57 @@ constexpr std::uint16_t kKeyOrderDucky[] = {
     1, 2, 0,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsDucky[3];
-constinit detail::StreamTags gTagsDucky("Ducky", kText, kTagsDucky, kKeyOrderDucky, {}, gItemsDucky, &TagStringsCatalogue::stringsDucky);
 
 // EXE: 46 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsEXE[] = {
-    {{3945, 10}, TagType::string, 0, 12, 0, 0},  // CreateDate
-    {{7120, 10}, TagType::int32u, 0, 0, 0, 0},  // CHMVersion
-    {{7130, 12}, TagType::int32u, 0, 0, 0, 112},  // LanguageCode
-    {{7142, 15}, TagType::int8u, 0, 4, 112, 4},  // CPUArchitecture
-    {{7157, 12}, TagType::int8u, 0, 0, 116, 2},  // CPUByteOrder
-    {{7169, 14}, TagType::int32s, 0, 0, 118, 13},  // ObjectFileType
-    {{7183, 7}, TagType::int16u, 1, 0, 131, 84},  // CPUType
-    {{7190, 8}, TagType::string, 0, 0, 0, 0},  // CPUCount
-    {{7198, 10}, TagType::string, 1, 0, 215, 100},  // CPUSubtype
-    {{7208, 11}, TagType::string, 0, 0, 315, 22},  // ObjectFlags
-    {{7219, 11}, TagType::int16u, 0, 0, 337, 27},  // MachineType
-    {{7230, 9}, TagType::int32u, 0, 0, 0, 0},  // TimeStamp
-    {{7239, 24}, TagType::int16u, 0, 0, 364, 15},  // ImageFileCharacteristics
-    {{7263, 6}, TagType::int16u, 0, 0, 379, 3},  // PEType
-    {{7269, 13}, TagType::int8u, 0, 2, 0, 0},  // LinkerVersion
-    {{7282, 8}, TagType::int32u, 0, 0, 0, 0},  // CodeSize
-    {{7290, 19}, TagType::int32u, 0, 0, 0, 0},  // InitializedDataSize
-    {{7309, 21}, TagType::int32u, 0, 0, 0, 0},  // UninitializedDataSize
-    {{7330, 10}, TagType::int32u, 0, 0, 0, 0},  // EntryPoint
-    {{7340, 9}, TagType::int16u, 0, 2, 0, 0},  // OSVersion
-    {{7349, 12}, TagType::int16u, 0, 2, 0, 0},  // ImageVersion
-    {{7361, 16}, TagType::int16u, 0, 2, 0, 0},  // SubsystemVersion
-    {{7377, 9}, TagType::int16u, 0, 0, 382, 12},  // Subsystem
-    {{7386, 10}, TagType::int32u, 0, 0, 0, 0},  // PEFVersion
-    {{7396, 9}, TagType::string, 0, 0, 0, 0},  // BuildDate
-    {{7405, 12}, TagType::string, 0, 0, 0, 0},  // BuildVersion
-    {{7417, 12}, TagType::string, 0, 0, 394, 13},  // CharacterSet
-    {{7429, 8}, TagType::string, 0, 0, 0, 0},  // Comments
-    {{7437, 11}, TagType::string, 0, 0, 0, 0},  // CompanyName
-    {{6850, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
-    {{7448, 15}, TagType::string, 0, 0, 0, 0},  // FileDescription
-    {{7463, 11}, TagType::string, 0, 0, 0, 0},  // FileVersion
-    {{7474, 12}, TagType::string, 0, 0, 0, 0},  // InternalName
-    {{7486, 14}, TagType::string, 0, 0, 0, 0},  // LegalCopyright
-    {{7500, 15}, TagType::string, 0, 0, 0, 0},  // LegalTrademarks
-    {{7515, 16}, TagType::string, 0, 0, 0, 0},  // OriginalFileName
-    {{7531, 12}, TagType::string, 0, 0, 0, 0},  // PrivateBuild
-    {{7543, 11}, TagType::string, 0, 0, 0, 0},  // ProductName
-    {{7554, 14}, TagType::string, 0, 0, 0, 0},  // ProductVersion
-    {{7568, 12}, TagType::string, 0, 0, 0, 0},  // SpecialBuild
-    {{7580, 17}, TagType::int16u, 0, 4, 0, 0},  // FileVersionNumber
-    {{7597, 20}, TagType::int16u, 0, 4, 0, 0},  // ProductVersionNumber
-    {{7617, 13}, TagType::int32u, 0, 0, 0, 0},  // FileFlagsMask
-    {{7630, 9}, TagType::int32u, 0, 0, 407, 6},  // FileFlags
-    {{7639, 6}, TagType::int32u, 0, 0, 413, 13},  // FileOS
-    {{7645, 11}, TagType::int32u, 0, 0, 0, 0},  // FileSubtype
+    {{3945, 10}, TagType::string, none, 12, 0, 0},  // CreateDate
+    {{7120, 10}, TagType::int32u, none, 0, 0, 0},  // CHMVersion
+    {{7130, 12}, TagType::int32u, none, 0, 0, 112},  // LanguageCode
+    {{7142, 15}, TagType::int8u, none, 4, 112, 4},  // CPUArchitecture
+    {{7157, 12}, TagType::int8u, none, 0, 116, 2},  // CPUByteOrder
+    {{7169, 14}, TagType::int32s, none, 0, 118, 13},  // ObjectFileType
+    {{7183, 7}, TagType::int16u, list, 0, 131, 84},  // CPUType
+    {{7190, 8}, TagType::string, none, 0, 0, 0},  // CPUCount
+    {{7198, 10}, TagType::string, list, 0, 215, 100},  // CPUSubtype
+    {{7208, 11}, TagType::string, none, 0, 315, 22},  // ObjectFlags
+    {{7219, 11}, TagType::int16u, none, 0, 337, 27},  // MachineType
+    {{7230, 9}, TagType::int32u, none, 0, 0, 0},  // TimeStamp
+    {{7239, 24}, TagType::int16u, none, 0, 364, 15},  // ImageFileCharacteristics
+    {{7263, 6}, TagType::int16u, none, 0, 379, 3},  // PEType
+    {{7269, 13}, TagType::int8u, none, 2, 0, 0},  // LinkerVersion
+    {{7282, 8}, TagType::int32u, none, 0, 0, 0},  // CodeSize
+    {{7290, 19}, TagType::int32u, none, 0, 0, 0},  // InitializedDataSize
+    {{7309, 21}, TagType::int32u, none, 0, 0, 0},  // UninitializedDataSize
+    {{7330, 10}, TagType::int32u, none, 0, 0, 0},  // EntryPoint
+    {{7340, 9}, TagType::int16u, none, 2, 0, 0},  // OSVersion
+    {{7349, 12}, TagType::int16u, none, 2, 0, 0},  // ImageVersion
+    {{7361, 16}, TagType::int16u, none, 2, 0, 0},  // SubsystemVersion
+    {{7377, 9}, TagType::int16u, none, 0, 382, 12},  // Subsystem
+    {{7386, 10}, TagType::int32u, none, 0, 0, 0},  // PEFVersion
+    {{7396, 9}, TagType::string, none, 0, 0, 0},  // BuildDate
+    {{7405, 12}, TagType::string, none, 0, 0, 0},  // BuildVersion
+    {{7417, 12}, TagType::string, none, 0, 394, 13},  // CharacterSet
+    {{7429, 8}, TagType::string, none, 0, 0, 0},  // Comments
+    {{7437, 11}, TagType::string, none, 0, 0, 0},  // CompanyName
+    {{6850, 9}, TagType::string, none, 0, 0, 0},  // Copyright
+    {{7448, 15}, TagType::string, none, 0, 0, 0},  // FileDescription
+    {{7463, 11}, TagType::string, none, 0, 0, 0},  // FileVersion
+    {{7474, 12}, TagType::string, none, 0, 0, 0},  // InternalName
+    {{7486, 14}, TagType::string, none, 0, 0, 0},  // LegalCopyright
+    {{7500, 15}, TagType::string, none, 0, 0, 0},  // LegalTrademarks
+    {{7515, 16}, TagType::string, none, 0, 0, 0},  // OriginalFileName
+    {{7531, 12}, TagType::string, none, 0, 0, 0},  // PrivateBuild
+    {{7543, 11}, TagType::string, none, 0, 0, 0},  // ProductName
+    {{7554, 14}, TagType::string, none, 0, 0, 0},  // ProductVersion
+    {{7568, 12}, TagType::string, none, 0, 0, 0},  // SpecialBuild
+    {{7580, 17}, TagType::int16u, none, 4, 0, 0},  // FileVersionNumber
+    {{7597, 20}, TagType::int16u, none, 4, 0, 0},  // ProductVersionNumber
+    {{7617, 13}, TagType::int32u, none, 0, 0, 0},  // FileFlagsMask
+    {{7630, 9}, TagType::int32u, none, 0, 407, 6},  // FileFlags
+    {{7639, 6}, TagType::int32u, none, 0, 413, 13},  // FileOS
+    {{7645, 11}, TagType::int32u, none, 0, 0, 0},  // FileSubtype
 };
 constexpr detail::TextRef kChoicesEXE[] = {
     {7656, 4}, {7660, 4}, {7664, 4}, {7668, 4}, {7672, 4}, {7676, 4}, {7680, 4}, {7684, 4},
@@ -4080,626 +4077,625 @@ constexpr std::uint16_t kKeyOrderEXE[] = {
     2, 33, 34, 14, 10, 19, 5, 9, 35, 23, 13, 36, 37, 38, 41, 39, 22, 21, 11, 17,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsEXE[46];
-constinit detail::StreamTags gTagsEXE("EXE", kText, kTagsEXE, kKeyOrderEXE, kChoicesEXE, gItemsEXE, &TagStringsCatalogue::stringsEXE);
 
 // EXIF: 614 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsEXIF[] = {
-    {{29108, 10}, TagType::imagedata, 2, 0, 0, 0},  // JpgFromRaw
-    {{29118, 10}, TagType::string, 2, 0, 0, 0},  // OtherImage
-    {{29128, 12}, TagType::string, 2, 0, 0, 0},  // PreviewImage
-    {{29140, 14}, TagType::string, 2, 0, 0, 0},  // ThumbnailImage
-    {{29154, 12}, TagType::string, 18, 0, 0, 3},  // InteropIndex
-    {{29166, 14}, TagType::string, 16, 0, 0, 0},  // InteropVersion
-    {{29180, 18}, TagType::string, 2, 0, 0, 0},  // ProcessingSoftware
-    {{3870, 11}, TagType::int32u, 18, 0, 3, 14},  // SubfileType
-    {{29198, 14}, TagType::int16u, 18, 0, 17, 3},  // OldSubfileType
-    {{2940, 10}, TagType::int32u, 18, 0, 0, 0},  // ImageWidth
-    {{2929, 11}, TagType::int32u, 18, 0, 0, 0},  // ImageHeight
-    {{29212, 13}, TagType::int16u, 18, -1, 0, 0},  // BitsPerSample
-    {{29225, 11}, TagType::int16u, 18, 0, 20, 54},  // Compression
-    {{29236, 25}, TagType::int16u, 18, 0, 74, 17},  // PhotometricInterpretation
-    {{29261, 12}, TagType::int16u, 18, 0, 17, 3},  // Thresholding
-    {{29273, 9}, TagType::int16u, 18, 0, 0, 0},  // CellWidth
-    {{29282, 10}, TagType::int16u, 18, 0, 0, 0},  // CellLength
-    {{29292, 9}, TagType::int16u, 18, 0, 91, 2},  // FillOrder
-    {{29301, 12}, TagType::string, 2, 0, 0, 0},  // DocumentName
-    {{29313, 16}, TagType::longstring, 2, 0, 0, 0},  // ImageDescription
-    {{200, 4}, TagType::string, 2, 0, 0, 0},  // Make
-    {{29329, 5}, TagType::string, 2, 0, 0, 0},  // Model
-    {{29334, 12}, TagType::string, 0, 0, 0, 0},  // StripOffsets
-    {{29346, 15}, TagType::int32u, 2, 0, 0, 0},  // OtherImageStart
-    {{29361, 17}, TagType::int32u, 0, 0, 0, 0},  // PreviewImageStart
-    {{29378, 15}, TagType::int32u, 2, 0, 0, 0},  // JpgFromRawStart
-    {{3914, 11}, TagType::int16u, 2, 0, 93, 8},  // Orientation
-    {{29393, 15}, TagType::int16u, 18, 0, 0, 0},  // SamplesPerPixel
-    {{29408, 12}, TagType::int32u, 18, 0, 0, 0},  // RowsPerStrip
-    {{29420, 15}, TagType::string, 0, 0, 0, 0},  // StripByteCounts
-    {{29435, 16}, TagType::int32u, 2, 0, 0, 0},  // OtherImageLength
-    {{29451, 18}, TagType::int32u, 0, 0, 0, 0},  // PreviewImageLength
-    {{29469, 16}, TagType::int32u, 2, 0, 0, 0},  // JpgFromRawLength
-    {{29485, 14}, TagType::int16u, 2, 0, 0, 0},  // MinSampleValue
-    {{29499, 14}, TagType::int16u, 2, 0, 0, 0},  // MaxSampleValue
-    {{29513, 11}, TagType::rational64u, 2, 0, 0, 0},  // XResolution
-    {{29524, 11}, TagType::rational64u, 2, 0, 0, 0},  // YResolution
-    {{29535, 19}, TagType::int16u, 18, 0, 91, 2},  // PlanarConfiguration
-    {{29554, 8}, TagType::string, 2, 0, 0, 0},  // PageName
-    {{29562, 9}, TagType::rational64u, 2, 0, 0, 0},  // XPosition
-    {{29571, 9}, TagType::rational64u, 2, 0, 0, 0},  // YPosition
-    {{29580, 11}, TagType::string, 0, 0, 0, 0},  // FreeOffsets
-    {{29591, 14}, TagType::string, 0, 0, 0, 0},  // FreeByteCounts
-    {{29605, 16}, TagType::int16u, 2, 0, 101, 5},  // GrayResponseUnit
-    {{29621, 17}, TagType::string, 8, 0, 0, 0},  // GrayResponseCurve
-    {{29638, 9}, TagType::string, 0, 0, 106, 3},  // T4Options
-    {{29647, 9}, TagType::string, 0, 0, 109, 1},  // T6Options
-    {{29656, 14}, TagType::int16u, 2, 0, 17, 3},  // ResolutionUnit
-    {{29670, 10}, TagType::int16u, 2, 2, 0, 0},  // PageNumber
-    {{29680, 17}, TagType::string, 0, 0, 0, 0},  // ColorResponseUnit
-    {{29697, 16}, TagType::int16u, 26, 768, 0, 0},  // TransferFunction
-    {{29713, 8}, TagType::string, 2, 0, 0, 0},  // Software
-    {{3970, 10}, TagType::datetime, 2, 0, 0, 0},  // ModifyDate
-    {{29721, 6}, TagType::string, 2, 0, 0, 0},  // Artist
-    {{29727, 12}, TagType::string, 2, 0, 0, 0},  // HostComputer
-    {{29739, 9}, TagType::int16u, 18, 0, 110, 7},  // Predictor
-    {{29748, 10}, TagType::rational64u, 2, 2, 0, 0},  // WhitePoint
-    {{29758, 21}, TagType::rational64u, 2, 6, 0, 0},  // PrimaryChromaticities
-    {{29779, 8}, TagType::binary, 8, 0, 0, 0},  // ColorMap
-    {{29787, 13}, TagType::int16u, 2, 2, 0, 0},  // HalftoneHints
-    {{29800, 9}, TagType::int32u, 18, 0, 0, 0},  // TileWidth
-    {{29809, 10}, TagType::int32u, 18, 0, 0, 0},  // TileLength
-    {{29819, 11}, TagType::string, 0, 0, 0, 0},  // TileOffsets
-    {{29830, 14}, TagType::string, 0, 0, 0, 0},  // TileByteCounts
-    {{29844, 11}, TagType::string, 0, 0, 0, 0},  // BadFaxLines
-    {{29855, 12}, TagType::string, 0, 0, 117, 3},  // CleanFaxData
-    {{29867, 22}, TagType::string, 0, 0, 0, 0},  // ConsecutiveBadFaxLines
-    {{29889, 14}, TagType::string, 0, 0, 0, 0},  // A100DataOffset
-    {{29903, 6}, TagType::int16u, 2, 0, 91, 2},  // InkSet
-    {{29909, 8}, TagType::string, 0, 0, 0, 0},  // InkNames
-    {{29917, 12}, TagType::string, 0, 0, 0, 0},  // NumberofInks
-    {{29929, 8}, TagType::string, 0, 0, 0, 0},  // DotRange
-    {{29937, 13}, TagType::string, 2, 0, 0, 0},  // TargetPrinter
-    {{29950, 12}, TagType::string, 0, 0, 117, 3},  // ExtraSamples
-    {{29962, 12}, TagType::string, 0, 0, 120, 24},  // SampleFormat
-    {{29974, 15}, TagType::string, 0, 0, 0, 0},  // SMinSampleValue
-    {{29989, 15}, TagType::string, 0, 0, 0, 0},  // SMaxSampleValue
-    {{30004, 13}, TagType::string, 0, 0, 0, 0},  // TransferRange
-    {{30017, 8}, TagType::string, 0, 0, 0, 0},  // ClipPath
-    {{30025, 14}, TagType::string, 0, 0, 0, 0},  // XClipPathUnits
-    {{30039, 14}, TagType::string, 0, 0, 0, 0},  // YClipPathUnits
-    {{30053, 7}, TagType::string, 0, 0, 144, 2},  // Indexed
-    {{30060, 10}, TagType::string, 8, 0, 0, 0},  // JPEGTables
-    {{30070, 8}, TagType::string, 0, 0, 144, 2},  // OPIProxy
-    {{30078, 11}, TagType::string, 0, 0, 144, 2},  // ProfileType
-    {{30089, 10}, TagType::string, 0, 0, 146, 9},  // FaxProfile
-    {{30099, 13}, TagType::string, 0, 0, 155, 7},  // CodingMethods
-    {{30112, 11}, TagType::string, 0, 0, 0, 0},  // VersionYear
-    {{30123, 10}, TagType::string, 0, 0, 0, 0},  // ModeNumber
-    {{30133, 6}, TagType::string, 0, 0, 0, 0},  // Decode
-    {{30139, 17}, TagType::string, 0, 0, 0, 0},  // DefaultImageColor
-    {{30156, 10}, TagType::string, 0, 0, 0, 0},  // T82Options
-    {{30166, 8}, TagType::string, 0, 0, 162, 2},  // JPEGProc
-    {{30174, 15}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailOffset
-    {{30189, 15}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailLength
-    {{30204, 19}, TagType::string, 0, 0, 0, 0},  // JPEGRestartInterval
-    {{30223, 22}, TagType::string, 0, 0, 0, 0},  // JPEGLosslessPredictors
-    {{30245, 19}, TagType::string, 0, 0, 0, 0},  // JPEGPointTransforms
-    {{30264, 11}, TagType::string, 0, 0, 0, 0},  // JPEGQTables
-    {{30275, 12}, TagType::string, 0, 0, 0, 0},  // JPEGDCTables
-    {{30287, 12}, TagType::string, 0, 0, 0, 0},  // JPEGACTables
-    {{30299, 17}, TagType::rational64u, 18, 3, 0, 0},  // YCbCrCoefficients
-    {{30316, 16}, TagType::int16u, 18, 2, 164, 8},  // YCbCrSubSampling
-    {{30332, 16}, TagType::int16u, 18, 0, 91, 2},  // YCbCrPositioning
-    {{30348, 19}, TagType::rational64u, 2, 6, 0, 0},  // ReferenceBlackWhite
-    {{30367, 14}, TagType::string, 0, 0, 0, 0},  // StripRowCounts
-    {{30381, 16}, TagType::int8u, 26, 0, 0, 0},  // ApplicationNotes
-    {{30397, 18}, TagType::string, 0, 0, 0, 0},  // USPTOMiscellaneous
-    {{30415, 22}, TagType::string, 18, 0, 0, 0},  // RelatedImageFileFormat
-    {{30437, 17}, TagType::int16u, 18, 0, 0, 0},  // RelatedImageWidth
-    {{30454, 18}, TagType::int16u, 18, 0, 0, 0},  // RelatedImageHeight
-    {{30472, 6}, TagType::int16u, 2, 0, 0, 0},  // Rating
-    {{30478, 13}, TagType::int16u, 2, 0, 0, 0},  // RatingPercent
-    {{30491, 15}, TagType::string, 0, 0, 0, 0},  // ResolutionXUnit
-    {{30506, 15}, TagType::string, 0, 0, 0, 0},  // ResolutionYUnit
-    {{30521, 21}, TagType::string, 0, 0, 0, 0},  // ResolutionXLengthUnit
-    {{30542, 21}, TagType::string, 0, 0, 0, 0},  // ResolutionYLengthUnit
-    {{30563, 10}, TagType::string, 0, 0, 0, 0},  // PrintFlags
-    {{30573, 17}, TagType::string, 0, 0, 0, 0},  // PrintFlagsVersion
-    {{30590, 14}, TagType::string, 0, 0, 0, 0},  // PrintFlagsCrop
-    {{30604, 20}, TagType::string, 0, 0, 0, 0},  // PrintFlagsBleedWidth
-    {{30624, 25}, TagType::string, 0, 0, 0, 0},  // PrintFlagsBleedWidthScale
-    {{30649, 11}, TagType::string, 0, 0, 0, 0},  // HalftoneLPI
-    {{30660, 15}, TagType::string, 0, 0, 0, 0},  // HalftoneLPIUnit
-    {{30675, 14}, TagType::string, 0, 0, 0, 0},  // HalftoneDegree
-    {{30689, 13}, TagType::string, 0, 0, 0, 0},  // HalftoneShape
-    {{30702, 12}, TagType::string, 0, 0, 0, 0},  // HalftoneMisc
-    {{30714, 14}, TagType::string, 0, 0, 0, 0},  // HalftoneScreen
-    {{30728, 11}, TagType::string, 0, 0, 0, 0},  // JPEGQuality
-    {{30739, 8}, TagType::string, 8, 0, 0, 0},  // GridSize
-    {{30747, 15}, TagType::string, 0, 0, 0, 0},  // ThumbnailFormat
-    {{30762, 14}, TagType::string, 0, 0, 0, 0},  // ThumbnailWidth
-    {{30776, 15}, TagType::string, 0, 0, 0, 0},  // ThumbnailHeight
-    {{30791, 19}, TagType::string, 0, 0, 0, 0},  // ThumbnailColorDepth
-    {{30810, 15}, TagType::string, 0, 0, 0, 0},  // ThumbnailPlanes
-    {{30825, 17}, TagType::string, 0, 0, 0, 0},  // ThumbnailRawBytes
-    {{30842, 23}, TagType::string, 0, 0, 0, 0},  // ThumbnailCompressedSize
-    {{30865, 21}, TagType::string, 8, 0, 0, 0},  // ColorTransferFunction
-    {{30886, 13}, TagType::string, 8, 0, 0, 0},  // ThumbnailData
-    {{30899, 19}, TagType::string, 0, 0, 0, 0},  // ThumbnailImageWidth
-    {{30918, 20}, TagType::string, 0, 0, 0, 0},  // ThumbnailImageHeight
-    {{30938, 22}, TagType::string, 0, 0, 0, 0},  // ThumbnailBitsPerSample
-    {{30960, 20}, TagType::string, 0, 0, 0, 0},  // ThumbnailCompression
-    {{30980, 26}, TagType::string, 0, 0, 0, 0},  // ThumbnailPhotometricInterp
-    {{31006, 20}, TagType::string, 0, 0, 0, 0},  // ThumbnailDescription
-    {{31026, 18}, TagType::string, 0, 0, 0, 0},  // ThumbnailEquipMake
-    {{31044, 19}, TagType::string, 0, 0, 0, 0},  // ThumbnailEquipModel
-    {{31063, 21}, TagType::string, 0, 0, 0, 0},  // ThumbnailStripOffsets
-    {{31084, 20}, TagType::string, 0, 0, 0, 0},  // ThumbnailOrientation
-    {{31104, 24}, TagType::string, 0, 0, 0, 0},  // ThumbnailSamplesPerPixel
-    {{31128, 21}, TagType::string, 0, 0, 0, 0},  // ThumbnailRowsPerStrip
-    {{31149, 24}, TagType::string, 0, 0, 0, 0},  // ThumbnailStripByteCounts
-    {{31173, 20}, TagType::string, 0, 0, 0, 0},  // ThumbnailResolutionX
-    {{31193, 20}, TagType::string, 0, 0, 0, 0},  // ThumbnailResolutionY
-    {{31213, 21}, TagType::string, 0, 0, 0, 0},  // ThumbnailPlanarConfig
-    {{31234, 23}, TagType::string, 0, 0, 0, 0},  // ThumbnailResolutionUnit
-    {{31257, 25}, TagType::string, 0, 0, 0, 0},  // ThumbnailTransferFunction
-    {{31282, 17}, TagType::string, 0, 0, 0, 0},  // ThumbnailSoftware
-    {{31299, 17}, TagType::string, 0, 0, 0, 0},  // ThumbnailDateTime
-    {{31316, 15}, TagType::string, 0, 0, 0, 0},  // ThumbnailArtist
-    {{31331, 19}, TagType::string, 0, 0, 0, 0},  // ThumbnailWhitePoint
-    {{31350, 30}, TagType::string, 0, 0, 0, 0},  // ThumbnailPrimaryChromaticities
-    {{31380, 26}, TagType::string, 0, 0, 0, 0},  // ThumbnailYCbCrCoefficients
-    {{31406, 25}, TagType::string, 0, 0, 0, 0},  // ThumbnailYCbCrSubsampling
-    {{31431, 25}, TagType::string, 0, 0, 0, 0},  // ThumbnailYCbCrPositioning
-    {{31456, 22}, TagType::string, 0, 0, 0, 0},  // ThumbnailRefBlackWhite
-    {{31478, 18}, TagType::string, 0, 0, 0, 0},  // ThumbnailCopyright
-    {{31496, 14}, TagType::string, 0, 0, 0, 0},  // LuminanceTable
-    {{31510, 16}, TagType::string, 0, 0, 0, 0},  // ChrominanceTable
-    {{31526, 10}, TagType::string, 0, 0, 0, 0},  // FrameDelay
-    {{31536, 9}, TagType::string, 0, 0, 0, 0},  // LoopCount
-    {{31545, 13}, TagType::string, 0, 0, 0, 0},  // GlobalPalette
-    {{31558, 15}, TagType::string, 0, 0, 0, 0},  // IndexBackground
-    {{31573, 16}, TagType::string, 0, 0, 0, 0},  // IndexTransparent
-    {{31589, 10}, TagType::string, 0, 0, 0, 0},  // PixelUnits
-    {{31599, 14}, TagType::string, 0, 0, 0, 0},  // PixelsPerUnitX
-    {{31613, 14}, TagType::string, 0, 0, 0, 0},  // PixelsPerUnitY
-    {{31627, 16}, TagType::string, 0, 0, 0, 0},  // PaletteHistogram
-    {{31643, 15}, TagType::string, 0, 0, 172, 5},  // SonyRawFileType
-    {{31658, 13}, TagType::string, 0, 0, 0, 0},  // SonyToneCurve
-    {{31671, 20}, TagType::int16s, 18, 0, 177, 4},  // VignettingCorrection
-    {{31691, 20}, TagType::int16s, 18, 17, 0, 0},  // VignettingCorrParams
-    {{31711, 29}, TagType::int16s, 18, 0, 181, 3},  // ChromaticAberrationCorrection
-    {{31740, 29}, TagType::int16s, 18, 33, 0, 0},  // ChromaticAberrationCorrParams
-    {{31769, 20}, TagType::int16s, 18, 0, 184, 4},  // DistortionCorrection
-    {{31789, 20}, TagType::int16s, 18, 17, 0, 0},  // DistortionCorrParams
-    {{31809, 16}, TagType::int32u, 18, 2, 0, 0},  // SonyRawImageSize
-    {{31825, 10}, TagType::float_, 18, -1, 0, 0},  // BlackLevel
-    {{31835, 13}, TagType::int16s, 18, 4, 0, 0},  // WB_RGGBLevels
-    {{31848, 15}, TagType::int32u, 18, 2, 0, 0},  // SonyCropTopLeft
-    {{31863, 12}, TagType::int32u, 18, 2, 0, 0},  // SonyCropSize
-    {{31875, 7}, TagType::string, 0, 0, 0, 0},  // ImageID
-    {{31882, 8}, TagType::string, 8, 0, 0, 0},  // WangTag1
-    {{31890, 14}, TagType::string, 8, 0, 0, 0},  // WangAnnotation
-    {{31904, 8}, TagType::string, 8, 0, 0, 0},  // WangTag3
-    {{31912, 8}, TagType::string, 0, 0, 0, 0},  // WangTag4
-    {{31920, 20}, TagType::string, 0, 0, 0, 0},  // ImageReferencePoints
-    {{31940, 20}, TagType::string, 0, 0, 0, 0},  // RegionXformTackPoint
-    {{31960, 17}, TagType::string, 0, 0, 0, 0},  // WarpQuadrilateral
-    {{31977, 18}, TagType::string, 0, 0, 0, 0},  // AffineTransformMat
-    {{31995, 8}, TagType::string, 0, 0, 0, 0},  // Matteing
-    {{32003, 8}, TagType::string, 0, 0, 0, 0},  // DataType
-    {{32011, 10}, TagType::string, 0, 0, 0, 0},  // ImageDepth
-    {{32021, 9}, TagType::string, 0, 0, 0, 0},  // TileDepth
-    {{32030, 14}, TagType::string, 0, 0, 0, 0},  // ImageFullWidth
-    {{32044, 15}, TagType::string, 0, 0, 0, 0},  // ImageFullHeight
-    {{32059, 13}, TagType::string, 0, 0, 0, 0},  // TextureFormat
-    {{32072, 9}, TagType::string, 0, 0, 0, 0},  // WrapModes
-    {{32081, 6}, TagType::string, 0, 0, 0, 0},  // FovCot
-    {{32087, 19}, TagType::string, 0, 0, 0, 0},  // MatrixWorldToScreen
-    {{32106, 19}, TagType::string, 0, 0, 0, 0},  // MatrixWorldToCamera
-    {{32125, 6}, TagType::string, 0, 0, 0, 0},  // Model2
-    {{32131, 19}, TagType::int16u, 18, 2, 0, 0},  // CFARepeatPatternDim
-    {{32150, 11}, TagType::int8u, 18, -1, 0, 0},  // CFAPattern2
-    {{32161, 12}, TagType::string, 0, 0, 0, 0},  // BatteryLevel
-    {{6850, 9}, TagType::string, 2, 0, 0, 0},  // Copyright
-    {{32173, 12}, TagType::speed, 2, 0, 0, 0},  // ExposureTime
-    {{32185, 7}, TagType::rational64u, 2, 0, 0, 0},  // FNumber
-    {{32192, 9}, TagType::string, 0, 0, 0, 0},  // MDFileTag
-    {{32201, 12}, TagType::string, 0, 0, 0, 0},  // MDScalePixel
-    {{32213, 12}, TagType::string, 0, 0, 0, 0},  // MDColorTable
-    {{32225, 9}, TagType::string, 0, 0, 0, 0},  // MDLabName
-    {{32234, 12}, TagType::string, 0, 0, 0, 0},  // MDSampleInfo
-    {{32246, 10}, TagType::string, 0, 0, 0, 0},  // MDPrepDate
-    {{32256, 10}, TagType::string, 0, 0, 0, 0},  // MDPrepTime
-    {{32266, 11}, TagType::string, 0, 0, 0, 0},  // MDFileUnits
-    {{32277, 10}, TagType::double_, 2, 3, 0, 0},  // PixelScale
-    {{32287, 11}, TagType::string, 0, 0, 0, 0},  // AdventScale
-    {{32298, 14}, TagType::string, 0, 0, 0, 0},  // AdventRevision
-    {{32312, 7}, TagType::string, 0, 0, 0, 0},  // UIC1Tag
-    {{32319, 7}, TagType::string, 0, 0, 0, 0},  // UIC2Tag
-    {{32326, 7}, TagType::string, 0, 0, 0, 0},  // UIC3Tag
-    {{32333, 7}, TagType::string, 0, 0, 0, 0},  // UIC4Tag
-    {{32340, 8}, TagType::int32u, 26, 0, 0, 0},  // IPTC-NAA
-    {{32348, 20}, TagType::string, 0, 0, 0, 0},  // IntergraphPacketData
-    {{32368, 23}, TagType::string, 0, 0, 0, 0},  // IntergraphFlagRegisters
-    {{32391, 16}, TagType::double_, 2, 0, 0, 0},  // IntergraphMatrix
-    {{32407, 12}, TagType::string, 0, 0, 0, 0},  // INGRReserved
-    {{32419, 13}, TagType::double_, 2, 0, 0, 0},  // ModelTiePoint
-    {{32432, 4}, TagType::string, 0, 0, 0, 0},  // Site
-    {{32436, 13}, TagType::string, 0, 0, 0, 0},  // ColorSequence
-    {{32449, 9}, TagType::string, 0, 0, 0, 0},  // IT8Header
-    {{32458, 13}, TagType::string, 0, 0, 188, 5},  // RasterPadding
-    {{32471, 16}, TagType::string, 0, 0, 0, 0},  // BitsPerRunLength
-    {{32487, 24}, TagType::string, 0, 0, 0, 0},  // BitsPerExtendedRunLength
-    {{32511, 10}, TagType::string, 0, 0, 0, 0},  // ColorTable
-    {{32521, 19}, TagType::string, 0, 0, 144, 2},  // ImageColorIndicator
-    {{32540, 24}, TagType::string, 0, 0, 144, 2},  // BackgroundColorIndicator
-    {{32564, 15}, TagType::string, 0, 0, 0, 0},  // ImageColorValue
-    {{32579, 20}, TagType::string, 0, 0, 0, 0},  // BackgroundColorValue
-    {{32599, 19}, TagType::string, 0, 0, 0, 0},  // PixelIntensityRange
-    {{32618, 21}, TagType::string, 0, 0, 0, 0},  // TransparencyIndicator
-    {{32639, 21}, TagType::string, 0, 0, 0, 0},  // ColorCharacterization
-    {{32660, 7}, TagType::string, 0, 0, 117, 3},  // HCUsage
-    {{32667, 13}, TagType::string, 0, 0, 0, 0},  // TrapIndicator
-    {{32680, 14}, TagType::string, 0, 0, 0, 0},  // CMYKEquivalent
-    {{32694, 7}, TagType::string, 2, 0, 0, 0},  // SEMInfo
-    {{32701, 21}, TagType::string, 0, 0, 0, 0},  // PixelMagicJBIGOptions
-    {{32722, 11}, TagType::string, 0, 0, 0, 0},  // JPLCartoIFD
-    {{32733, 14}, TagType::double_, 2, 16, 0, 0},  // ModelTransform
-    {{32747, 13}, TagType::string, 0, 0, 0, 0},  // WB_GRGBLevels
-    {{32760, 17}, TagType::string, 0, 0, 193, 5},  // TIFF_FXExtensions
-    {{32777, 13}, TagType::string, 0, 0, 198, 11},  // MultiProfiles
-    {{32790, 10}, TagType::string, 0, 0, 0, 0},  // SharedData
-    {{32800, 10}, TagType::string, 0, 0, 0, 0},  // T88Options
-    {{32810, 10}, TagType::string, 0, 0, 0, 0},  // ImageLayer
-    {{32820, 18}, TagType::string, 10, 0, 0, 0},  // GeoTiffAsciiParams
-    {{32838, 11}, TagType::string, 0, 0, 0, 0},  // JBIGOptions
-    {{32849, 15}, TagType::int16u, 2, 0, 209, 10},  // ExposureProgram
-    {{32864, 19}, TagType::string, 2, 0, 0, 0},  // SpectralSensitivity
-    {{32883, 3}, TagType::int16u, 2, -1, 0, 0},  // ISO
-    {{32886, 23}, TagType::string, 8, 0, 0, 0},  // Opto-ElectricConvFactor
-    {{32909, 9}, TagType::string, 0, 0, 0, 0},  // Interlace
-    {{32918, 14}, TagType::int16s, 2, -1, 0, 0},  // TimeZoneOffset
-    {{32932, 13}, TagType::int16u, 2, 0, 0, 0},  // SelfTimerMode
-    {{32945, 15}, TagType::int16u, 2, 0, 219, 8},  // SensitivityType
-    {{32960, 25}, TagType::int32u, 2, 0, 0, 0},  // StandardOutputSensitivity
-    {{32985, 24}, TagType::int32u, 2, 0, 0, 0},  // RecommendedExposureIndex
-    {{33009, 8}, TagType::int32u, 2, 0, 0, 0},  // ISOSpeed
-    {{33017, 19}, TagType::int32u, 2, 0, 0, 0},  // ISOSpeedLatitudeyyy
-    {{33036, 19}, TagType::int32u, 2, 0, 0, 0},  // ISOSpeedLatitudezzz
-    {{33055, 13}, TagType::string, 0, 0, 0, 0},  // FaxRecvParams
-    {{33068, 13}, TagType::string, 0, 0, 0, 0},  // FaxSubAddress
-    {{33081, 11}, TagType::string, 0, 0, 0, 0},  // FaxRecvTime
-    {{33092, 8}, TagType::string, 0, 0, 0, 0},  // FedexEDR
-    {{33100, 11}, TagType::string, 2, 0, 0, 0},  // ExifVersion
-    {{2896, 16}, TagType::datetime, 2, 0, 0, 0},  // DateTimeOriginal
-    {{3945, 10}, TagType::datetime, 2, 0, 0, 0},  // CreateDate
-    {{33111, 10}, TagType::string, 2, 0, 0, 0},  // OffsetTime
-    {{33121, 18}, TagType::string, 2, 0, 0, 0},  // OffsetTimeOriginal
-    {{33139, 19}, TagType::string, 2, 0, 0, 0},  // OffsetTimeDigitized
-    {{33158, 22}, TagType::rational64u, 18, 0, 0, 0},  // CompressedBitsPerPixel
-    {{33180, 17}, TagType::speed, 2, 0, 0, 0},  // ShutterSpeedValue
-    {{33197, 13}, TagType::rational64u, 2, 0, 0, 0},  // ApertureValue
-    {{33210, 15}, TagType::rational64s, 2, 0, 0, 0},  // BrightnessValue
-    {{33225, 20}, TagType::rational64s, 2, 0, 0, 0},  // ExposureCompensation
-    {{33245, 16}, TagType::rational64u, 2, 0, 0, 0},  // MaxApertureValue
-    {{33261, 15}, TagType::rational64u, 2, 0, 0, 0},  // SubjectDistance
-    {{33276, 12}, TagType::int16u, 2, 0, 227, 8},  // MeteringMode
-    {{33288, 11}, TagType::int16u, 2, 0, 235, 22},  // LightSource
-    {{33299, 5}, TagType::int16u, 2, 0, 257, 27},  // Flash
-    {{33304, 11}, TagType::rational64u, 2, 0, 0, 0},  // FocalLength
-    {{33315, 11}, TagType::rational64u, 2, 0, 0, 0},  // FlashEnergy
-    {{33326, 24}, TagType::string, 0, 0, 0, 0},  // SpatialFrequencyResponse
-    {{33350, 5}, TagType::string, 0, 0, 0, 0},  // Noise
-    {{33355, 21}, TagType::rational64u, 2, 0, 0, 0},  // FocalPlaneXResolution
-    {{33376, 21}, TagType::rational64u, 2, 0, 0, 0},  // FocalPlaneYResolution
-    {{33397, 24}, TagType::int16u, 2, 0, 101, 5},  // FocalPlaneResolutionUnit
-    {{33421, 11}, TagType::int32u, 2, 0, 0, 0},  // ImageNumber
-    {{33432, 22}, TagType::string, 2, 0, 284, 5},  // SecurityClassification
-    {{33454, 12}, TagType::string, 2, 0, 0, 0},  // ImageHistory
-    {{33466, 11}, TagType::int16u, 2, -1, 0, 0},  // SubjectArea
-    {{33477, 13}, TagType::rational64u, 2, 0, 0, 0},  // ExposureIndex
-    {{33490, 17}, TagType::string, 0, 0, 0, 0},  // TIFF-EPStandardID
-    {{33507, 13}, TagType::int16u, 2, 0, 93, 8},  // SensingMethod
-    {{33520, 12}, TagType::string, 0, 0, 0, 0},  // CIP3DataFile
-    {{33532, 9}, TagType::string, 0, 0, 0, 0},  // CIP3Sheet
-    {{33541, 8}, TagType::string, 0, 0, 0, 0},  // CIP3Side
-    {{33549, 7}, TagType::string, 0, 0, 0, 0},  // StoNits
-    {{33556, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteDJIInfo
-    {{33572, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak12
-    {{33588, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteOlympus3
-    {{33605, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteLeica10
-    {{33621, 19}, TagType::string, 10, 0, 0, 0},  // MakerNotePanasonic3
-    {{33640, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteReconyx3
-    {{33657, 20}, TagType::string, 10, 0, 0, 0},  // MakerNoteRicohPentax
-    {{33677, 11}, TagType::longstring, 2, 0, 0, 0},  // UserComment
-    {{33688, 10}, TagType::string, 2, 0, 0, 0},  // SubSecTime
-    {{33698, 18}, TagType::string, 2, 0, 0, 0},  // SubSecTimeOriginal
-    {{33716, 19}, TagType::string, 2, 0, 0, 0},  // SubSecTimeDigitized
-    {{33735, 14}, TagType::string, 0, 0, 0, 0},  // MSDocumentText
-    {{33749, 20}, TagType::string, 8, 0, 0, 0},  // MSPropertySetStorage
-    {{33769, 22}, TagType::string, 8, 0, 0, 0},  // MSDocumentTextPosition
-    {{33791, 15}, TagType::imagedata, 26, 0, 0, 0},  // ImageSourceData
-    {{328, 18}, TagType::rational64s, 2, 0, 0, 0},  // AmbientTemperature
-    {{33806, 8}, TagType::rational64u, 2, 0, 0, 0},  // Humidity
-    {{33814, 8}, TagType::rational64u, 2, 0, 0, 0},  // Pressure
-    {{33822, 10}, TagType::rational64s, 2, 0, 0, 0},  // WaterDepth
-    {{33832, 12}, TagType::rational64u, 2, 0, 0, 0},  // Acceleration
-    {{33844, 20}, TagType::rational64s, 2, 0, 0, 0},  // CameraElevationAngle
-    {{33864, 7}, TagType::int8u, 2, 0, 0, 0},  // XPTitle
-    {{33871, 9}, TagType::int8u, 2, 0, 0, 0},  // XPComment
-    {{33880, 8}, TagType::int8u, 2, 0, 0, 0},  // XPAuthor
-    {{33888, 10}, TagType::int8u, 2, 0, 0, 0},  // XPKeywords
-    {{33898, 9}, TagType::int8u, 2, 0, 0, 0},  // XPSubject
-    {{33907, 15}, TagType::string, 2, 0, 0, 0},  // FlashpixVersion
-    {{33922, 10}, TagType::int16u, 2, 0, 289, 5},  // ColorSpace
-    {{33932, 14}, TagType::int16u, 2, 0, 0, 0},  // ExifImageWidth
-    {{33946, 15}, TagType::int16u, 2, 0, 0, 0},  // ExifImageHeight
-    {{33961, 16}, TagType::string, 2, 0, 0, 0},  // RelatedSoundFile
-    {{33977, 24}, TagType::string, 0, 0, 0, 0},  // SamsungRawPointersOffset
-    {{34001, 24}, TagType::string, 0, 0, 0, 0},  // SamsungRawPointersLength
-    {{34025, 19}, TagType::string, 0, 0, 0, 0},  // SamsungRawByteOrder
-    {{34044, 17}, TagType::string, 0, 0, 0, 0},  // SamsungRawUnknown
-    {{34061, 15}, TagType::int16u, 2, 2, 0, 0},  // SubjectLocation
-    {{34076, 10}, TagType::string, 2, 0, 294, 4},  // FileSource
-    {{34086, 9}, TagType::string, 2, 0, 298, 1},  // SceneType
-    {{34095, 10}, TagType::string, 18, 0, 172, 5},  // CFAPattern
-    {{34105, 14}, TagType::int16u, 2, 0, 299, 8},  // CustomRendered
-    {{34119, 12}, TagType::int16u, 2, 0, 117, 3},  // ExposureMode
-    {{34131, 12}, TagType::string, 2, 0, 144, 2},  // WhiteBalance
-    {{34143, 16}, TagType::rational64u, 2, 0, 0, 0},  // DigitalZoomRatio
-    {{34159, 23}, TagType::int16u, 2, 0, 0, 0},  // FocalLengthIn35mmFormat
-    {{34182, 16}, TagType::int16u, 2, 0, 172, 5},  // SceneCaptureType
-    {{34198, 11}, TagType::int16u, 2, 0, 172, 5},  // GainControl
-    {{34209, 8}, TagType::string, 2, 0, 117, 3},  // Contrast
-    {{34217, 10}, TagType::string, 2, 0, 117, 3},  // Saturation
-    {{34227, 9}, TagType::string, 2, 0, 117, 3},  // Sharpness
-    {{34236, 24}, TagType::string, 8, 0, 0, 0},  // DeviceSettingDescription
-    {{34260, 20}, TagType::int16u, 2, 0, 307, 4},  // SubjectDistanceRange
-    {{34280, 13}, TagType::string, 2, 0, 0, 0},  // ImageUniqueID
-    {{34293, 9}, TagType::string, 2, 0, 0, 0},  // OwnerName
-    {{34302, 12}, TagType::string, 2, 0, 0, 0},  // SerialNumber
-    {{34314, 8}, TagType::rational64u, 2, 4, 0, 0},  // LensInfo
-    {{34322, 8}, TagType::string, 2, 0, 0, 0},  // LensMake
-    {{34330, 9}, TagType::string, 2, 0, 0, 0},  // LensModel
-    {{34339, 16}, TagType::string, 2, 0, 0, 0},  // LensSerialNumber
-    {{3995, 5}, TagType::string, 2, 0, 0, 0},  // Title
-    {{34355, 12}, TagType::string, 2, 0, 0, 0},  // Photographer
-    {{34367, 11}, TagType::string, 2, 0, 0, 0},  // ImageEditor
-    {{34378, 14}, TagType::string, 2, 0, 0, 0},  // CameraFirmware
-    {{34392, 21}, TagType::string, 2, 0, 0, 0},  // RAWDevelopingSoftware
-    {{34413, 20}, TagType::string, 2, 0, 0, 0},  // ImageEditingSoftware
-    {{34433, 23}, TagType::string, 2, 0, 0, 0},  // MetadataEditingSoftware
-    {{34456, 14}, TagType::int16u, 2, 0, 307, 4},  // CompositeImage
-    {{34470, 19}, TagType::int16u, 2, 2, 0, 0},  // CompositeImageCount
-    {{34489, 27}, TagType::string, 2, 0, 0, 0},  // CompositeImageExposureTimes
-    {{34516, 12}, TagType::string, 2, 0, 0, 0},  // GDALMetadata
-    {{34528, 10}, TagType::string, 2, 0, 0, 0},  // GDALNoData
-    {{3909, 5}, TagType::float_, 2, 0, 0, 0},  // Gamma
-    {{34538, 14}, TagType::string, 0, 0, 0, 0},  // ExpandSoftware
-    {{34552, 10}, TagType::string, 0, 0, 0, 0},  // ExpandLens
-    {{34562, 10}, TagType::string, 0, 0, 0, 0},  // ExpandFilm
-    {{34572, 16}, TagType::string, 0, 0, 0, 0},  // ExpandFilterLens
-    {{34588, 13}, TagType::string, 0, 0, 0, 0},  // ExpandScanner
-    {{34601, 15}, TagType::string, 0, 0, 0, 0},  // ExpandFlashLamp
-    {{34616, 18}, TagType::string, 8, 0, 0, 0},  // HasselbladRawImage
-    {{34634, 11}, TagType::string, 0, 0, 311, 55},  // PixelFormat
-    {{34645, 14}, TagType::string, 0, 0, 219, 8},  // Transformation
-    {{34659, 12}, TagType::string, 0, 0, 144, 2},  // Uncompressed
-    {{34671, 9}, TagType::string, 0, 0, 91, 2},  // ImageType
-    {{34680, 15}, TagType::string, 0, 0, 0, 0},  // WidthResolution
-    {{34695, 16}, TagType::string, 0, 0, 0, 0},  // HeightResolution
-    {{34711, 11}, TagType::string, 0, 0, 0, 0},  // ImageOffset
-    {{34722, 14}, TagType::string, 0, 0, 0, 0},  // ImageByteCount
-    {{34736, 11}, TagType::string, 0, 0, 0, 0},  // AlphaOffset
-    {{34747, 14}, TagType::string, 0, 0, 0, 0},  // AlphaByteCount
-    {{34761, 16}, TagType::string, 0, 0, 307, 4},  // ImageDataDiscard
-    {{34777, 16}, TagType::string, 0, 0, 307, 4},  // AlphaDataDiscard
-    {{34793, 14}, TagType::string, 0, 0, 0, 0},  // OceScanjobDesc
-    {{34807, 22}, TagType::string, 0, 0, 0, 0},  // OceApplicationSelector
-    {{34829, 11}, TagType::string, 0, 0, 0, 0},  // OceIDNumber
-    {{34840, 13}, TagType::string, 0, 0, 0, 0},  // OceImageLogic
-    {{34853, 11}, TagType::string, 8, 0, 0, 0},  // Annotations
-    {{34864, 7}, TagType::string, 10, 0, 0, 0},  // PrintIM
-    {{7515, 16}, TagType::string, 0, 0, 0, 0},  // OriginalFileName
-    {{34871, 24}, TagType::string, 0, 0, 117, 3},  // USPTOOriginalContentType
-    {{34895, 13}, TagType::string, 0, 0, 366, 4},  // CR2CFAPattern
-    {{34908, 10}, TagType::int8u, 18, 4, 0, 0},  // DNGVersion
-    {{34918, 18}, TagType::int8u, 18, 4, 0, 0},  // DNGBackwardVersion
-    {{34936, 17}, TagType::string, 2, 0, 0, 0},  // UniqueCameraModel
-    {{34953, 20}, TagType::string, 2, 0, 0, 0},  // LocalizedCameraModel
-    {{34973, 13}, TagType::string, 0, 0, 0, 0},  // CFAPlaneColor
-    {{34986, 9}, TagType::string, 0, 0, 370, 9},  // CFALayout
-    {{34995, 18}, TagType::int16u, 26, -1, 0, 0},  // LinearizationTable
-    {{35013, 19}, TagType::int16u, 18, 2, 0, 0},  // BlackLevelRepeatDim
-    {{35032, 16}, TagType::rational64s, 18, -1, 0, 0},  // BlackLevelDeltaH
-    {{35048, 16}, TagType::rational64s, 18, -1, 0, 0},  // BlackLevelDeltaV
-    {{35064, 10}, TagType::int32u, 18, -1, 0, 0},  // WhiteLevel
-    {{35074, 12}, TagType::rational64u, 18, 2, 0, 0},  // DefaultScale
-    {{35086, 17}, TagType::int32u, 18, 2, 0, 0},  // DefaultCropOrigin
-    {{35103, 15}, TagType::int32u, 18, 2, 0, 0},  // DefaultCropSize
-    {{35118, 12}, TagType::rational64s, 18, -1, 0, 0},  // ColorMatrix1
-    {{35130, 12}, TagType::rational64s, 18, -1, 0, 0},  // ColorMatrix2
-    {{35142, 18}, TagType::rational64s, 18, -1, 0, 0},  // CameraCalibration1
-    {{35160, 18}, TagType::rational64s, 18, -1, 0, 0},  // CameraCalibration2
-    {{35178, 16}, TagType::rational64s, 18, -1, 0, 0},  // ReductionMatrix1
-    {{35194, 16}, TagType::rational64s, 18, -1, 0, 0},  // ReductionMatrix2
-    {{35210, 13}, TagType::rational64u, 18, -1, 0, 0},  // AnalogBalance
-    {{35223, 13}, TagType::rational64u, 18, -1, 0, 0},  // AsShotNeutral
-    {{35236, 13}, TagType::rational64u, 18, 2, 0, 0},  // AsShotWhiteXY
-    {{35249, 16}, TagType::rational64s, 18, 0, 0, 0},  // BaselineExposure
-    {{35265, 13}, TagType::rational64u, 18, 0, 0, 0},  // BaselineNoise
-    {{35278, 17}, TagType::rational64u, 18, 0, 0, 0},  // BaselineSharpness
-    {{35295, 15}, TagType::int32u, 18, 0, 0, 0},  // BayerGreenSplit
-    {{35310, 19}, TagType::rational64u, 18, 0, 0, 0},  // LinearResponseLimit
-    {{35329, 18}, TagType::string, 2, 0, 0, 0},  // CameraSerialNumber
-    {{35347, 11}, TagType::rational64u, 2, 4, 0, 0},  // DNGLensInfo
-    {{35358, 16}, TagType::rational64u, 18, 0, 0, 0},  // ChromaBlurRadius
-    {{35374, 17}, TagType::rational64u, 18, 0, 0, 0},  // AntiAliasStrength
-    {{35391, 11}, TagType::rational64u, 18, 0, 0, 0},  // ShadowScale
-    {{35402, 12}, TagType::imagedata, 26, 0, 0, 0},  // DNGAdobeData
-    {{35414, 14}, TagType::imagedata, 26, 0, 0, 0},  // DNGPrivateData
-    {{35428, 15}, TagType::int16u, 2, 0, 144, 2},  // MakerNoteSafety
-    {{35443, 20}, TagType::string, 0, 0, 0, 0},  // RawImageSegmentation
-    {{35463, 22}, TagType::int16u, 18, 0, 235, 22},  // CalibrationIlluminant1
-    {{35485, 22}, TagType::int16u, 18, 0, 235, 22},  // CalibrationIlluminant2
-    {{35507, 16}, TagType::rational64u, 18, 0, 0, 0},  // BestQualityScale
-    {{35523, 15}, TagType::int8u, 18, 16, 0, 0},  // RawDataUniqueID
-    {{35538, 18}, TagType::string, 0, 0, 0, 0},  // AliasLayerMetadata
-    {{35556, 19}, TagType::string, 18, 0, 0, 0},  // OriginalRawFileName
-    {{35575, 19}, TagType::imagedata, 26, 0, 0, 0},  // OriginalRawFileData
-    {{35594, 10}, TagType::int32u, 18, 4, 0, 0},  // ActiveArea
-    {{35604, 11}, TagType::int32u, 18, -1, 0, 0},  // MaskedAreas
-    {{35615, 22}, TagType::rational64s, 18, -1, 0, 0},  // AsShotPreProfileMatrix
-    {{35637, 23}, TagType::rational64s, 18, -1, 0, 0},  // CurrentPreProfileMatrix
-    {{35660, 21}, TagType::int16u, 18, 0, 117, 3},  // ColorimetricReference
-    {{35681, 8}, TagType::string, 0, 0, 0, 0},  // SRawType
-    {{35689, 14}, TagType::string, 2, 0, 0, 0},  // PanasonicTitle
-    {{35703, 15}, TagType::string, 2, 0, 0, 0},  // PanasonicTitle2
-    {{35718, 20}, TagType::string, 18, 0, 0, 0},  // CameraCalibrationSig
-    {{35738, 21}, TagType::string, 18, 0, 0, 0},  // ProfileCalibrationSig
-    {{35759, 17}, TagType::string, 18, 0, 0, 0},  // AsShotProfileName
-    {{35776, 21}, TagType::rational64u, 18, 0, 0, 0},  // NoiseReductionApplied
-    {{35797, 11}, TagType::string, 18, 0, 0, 0},  // ProfileName
-    {{35808, 20}, TagType::int32u, 18, 3, 0, 0},  // ProfileHueSatMapDims
-    {{35828, 21}, TagType::float_, 18, -1, 0, 0},  // ProfileHueSatMapData1
-    {{35849, 21}, TagType::float_, 18, -1, 0, 0},  // ProfileHueSatMapData2
-    {{35870, 16}, TagType::float_, 18, -1, 0, 0},  // ProfileToneCurve
-    {{35886, 18}, TagType::int32u, 18, 0, 307, 4},  // ProfileEmbedPolicy
-    {{35904, 16}, TagType::string, 18, 0, 0, 0},  // ProfileCopyright
-    {{35920, 14}, TagType::rational64s, 18, -1, 0, 0},  // ForwardMatrix1
-    {{35934, 14}, TagType::rational64s, 18, -1, 0, 0},  // ForwardMatrix2
-    {{35948, 22}, TagType::string, 18, 0, 0, 0},  // PreviewApplicationName
-    {{35970, 25}, TagType::string, 18, 0, 0, 0},  // PreviewApplicationVersion
-    {{35995, 19}, TagType::string, 18, 0, 0, 0},  // PreviewSettingsName
-    {{36014, 21}, TagType::int8u, 18, 0, 0, 0},  // PreviewSettingsDigest
-    {{36035, 17}, TagType::int32u, 18, 0, 172, 5},  // PreviewColorSpace
-    {{36052, 15}, TagType::datetime, 18, 0, 0, 0},  // PreviewDateTime
-    {{36067, 14}, TagType::int8u, 18, 16, 0, 0},  // RawImageDigest
-    {{36081, 21}, TagType::int8u, 18, 16, 0, 0},  // OriginalRawFileDigest
-    {{36102, 16}, TagType::string, 0, 0, 0, 0},  // SubTileBlockSize
-    {{36118, 19}, TagType::string, 0, 0, 0, 0},  // RowInterleaveFactor
-    {{36137, 20}, TagType::int32u, 18, 3, 0, 0},  // ProfileLookTableDims
-    {{36157, 20}, TagType::float_, 18, -1, 0, 0},  // ProfileLookTableData
-    {{36177, 11}, TagType::string, 26, 0, 379, 14},  // OpcodeList1
-    {{36188, 11}, TagType::string, 26, 0, 379, 14},  // OpcodeList2
-    {{36199, 11}, TagType::string, 26, 0, 379, 14},  // OpcodeList3
-    {{36210, 12}, TagType::double_, 18, -1, 0, 0},  // NoiseProfile
-    {{36222, 9}, TagType::int8u, 2, -1, 0, 0},  // TimeCodes
-    {{2920, 9}, TagType::rational64s, 2, 0, 0, 0},  // FrameRate
-    {{36231, 5}, TagType::rational64u, 2, -1, 0, 0},  // TStop
-    {{36236, 8}, TagType::string, 2, 0, 0, 0},  // ReelName
-    {{36244, 24}, TagType::int32u, 18, 2, 0, 0},  // OriginalDefaultFinalSize
-    {{36268, 23}, TagType::int32u, 18, 2, 0, 0},  // OriginalBestQualitySize
-    {{36291, 23}, TagType::rational64u, 18, 2, 0, 0},  // OriginalDefaultCropSize
-    {{36314, 11}, TagType::string, 2, 0, 0, 0},  // CameraLabel
-    {{36325, 24}, TagType::int32u, 18, 0, 144, 2},  // ProfileHueSatMapEncoding
-    {{36349, 24}, TagType::int32u, 18, 0, 144, 2},  // ProfileLookTableEncoding
-    {{36373, 22}, TagType::rational64s, 18, 0, 0, 0},  // BaselineExposureOffset
-    {{36395, 18}, TagType::int32u, 18, 0, 144, 2},  // DefaultBlackRender
-    {{36413, 17}, TagType::int8u, 18, 16, 0, 0},  // NewRawImageDigest
-    {{36430, 16}, TagType::double_, 18, 0, 0, 0},  // RawToPreviewGain
-    {{36446, 12}, TagType::int32u, 18, 4, 0, 0},  // CacheVersion
-    {{36458, 15}, TagType::rational64u, 18, 4, 0, 0},  // DefaultUserCrop
-    {{36473, 11}, TagType::int16u, 18, 0, 117, 3},  // DepthFormat
-    {{36484, 9}, TagType::rational64u, 18, 0, 0, 0},  // DepthNear
-    {{36493, 8}, TagType::rational64u, 18, 0, 0, 0},  // DepthFar
-    {{36501, 10}, TagType::int16u, 18, 0, 144, 2},  // DepthUnits
-    {{36511, 16}, TagType::int16u, 18, 0, 117, 3},  // DepthMeasureType
-    {{36527, 13}, TagType::string, 18, 0, 0, 0},  // EnhanceParams
-    {{36540, 19}, TagType::string, 26, 0, 0, 0},  // ProfileGainTableMap
-    {{36559, 12}, TagType::string, 0, 0, 0, 0},  // SemanticName
-    {{36571, 18}, TagType::string, 0, 0, 0, 0},  // SemanticInstanceID
-    {{36589, 22}, TagType::int16u, 18, 0, 235, 22},  // CalibrationIlluminant3
-    {{36611, 18}, TagType::rational64s, 18, 0, 0, 0},  // CameraCalibration3
-    {{36629, 12}, TagType::rational64s, 18, 0, 0, 0},  // ColorMatrix3
-    {{36641, 14}, TagType::rational64s, 18, 0, 0, 0},  // ForwardMatrix3
-    {{36655, 15}, TagType::string, 18, 0, 0, 0},  // IlluminantData1
-    {{36670, 15}, TagType::string, 18, 0, 0, 0},  // IlluminantData2
-    {{36685, 15}, TagType::string, 18, 0, 0, 0},  // IlluminantData3
-    {{36700, 11}, TagType::string, 0, 4, 0, 0},  // MaskSubArea
-    {{36711, 21}, TagType::float_, 18, 0, 0, 0},  // ProfileHueSatMapData3
-    {{36732, 16}, TagType::rational64s, 18, 0, 0, 0},  // ReductionMatrix3
-    {{36748, 9}, TagType::string, 18, 0, 0, 0},  // RGBTables
-    {{36757, 20}, TagType::string, 26, 0, 0, 0},  // ProfileGainTableMap2
-    {{36777, 22}, TagType::int32u, 18, 0, 0, 0},  // ColumnInterleaveFactor
-    {{36799, 17}, TagType::string, 2, 0, 0, 0},  // ImageSequenceInfo
-    {{36816, 10}, TagType::string, 26, 0, 0, 0},  // ImageStats
-    {{36826, 19}, TagType::string, 2, 0, 0, 0},  // ProfileDynamicRange
-    {{36845, 16}, TagType::string, 18, 0, 0, 0},  // ProfileGroupName
-    {{36861, 7}, TagType::string, 26, 0, 0, 0},  // Padding
-    {{36868, 12}, TagType::int32s, 18, 0, 0, 0},  // OffsetSchema
-    {{36880, 4}, TagType::string, 2, 0, 0, 0},  // Lens
-    {{36884, 7}, TagType::string, 2, 0, 0, 0},  // RawFile
-    {{36891, 9}, TagType::string, 2, 0, 0, 0},  // Converter
-    {{36900, 8}, TagType::string, 2, 0, 0, 0},  // Exposure
-    {{36908, 7}, TagType::string, 2, 0, 0, 0},  // Shadows
-    {{36915, 10}, TagType::string, 2, 0, 0, 0},  // Brightness
-    {{36925, 10}, TagType::string, 2, 0, 0, 0},  // Smoothness
-    {{36935, 11}, TagType::string, 2, 0, 0, 0},  // MoireFilter
-    {{36946, 4}, TagType::string, 26, 0, 0, 0},  // EXIF
-    {{36950, 12}, TagType::int8u, 2, 4, 0, 0},  // GPSVersionID
-    {{36962, 14}, TagType::string, 2, 2, 393, 2},  // GPSLatitudeRef
-    {{36976, 11}, TagType::rational64u, 2, 1, 0, 0},  // GPSLatitude
-    {{36987, 15}, TagType::string, 2, 2, 395, 2},  // GPSLongitudeRef
-    {{37002, 12}, TagType::rational64u, 2, 1, 0, 0},  // GPSLongitude
-    {{37014, 14}, TagType::int8u, 2, 0, 144, 2},  // GPSAltitudeRef
-    {{37028, 11}, TagType::rational64u, 2, 0, 0, 0},  // GPSAltitude
-    {{37039, 12}, TagType::partialtime, 2, 1, 0, 0},  // GPSTimeStamp
-    {{37051, 13}, TagType::string, 2, 0, 0, 0},  // GPSSatellites
-    {{37064, 9}, TagType::string, 2, 2, 397, 2},  // GPSStatus
-    {{37073, 14}, TagType::string, 2, 2, 399, 2},  // GPSMeasureMode
-    {{37087, 6}, TagType::rational64u, 2, 0, 0, 0},  // GPSDOP
-    {{37093, 11}, TagType::string, 2, 2, 401, 3},  // GPSSpeedRef
-    {{37104, 8}, TagType::rational64u, 2, 0, 0, 0},  // GPSSpeed
-    {{37112, 11}, TagType::string, 2, 2, 404, 2},  // GPSTrackRef
-    {{37123, 8}, TagType::rational64u, 2, 0, 0, 0},  // GPSTrack
-    {{37131, 18}, TagType::string, 2, 2, 404, 2},  // GPSImgDirectionRef
-    {{37149, 15}, TagType::rational64u, 2, 0, 0, 0},  // GPSImgDirection
-    {{37164, 11}, TagType::string, 2, 0, 0, 0},  // GPSMapDatum
-    {{37175, 18}, TagType::string, 2, 2, 393, 2},  // GPSDestLatitudeRef
-    {{37193, 15}, TagType::rational64u, 2, 1, 0, 0},  // GPSDestLatitude
-    {{37208, 19}, TagType::string, 2, 2, 395, 2},  // GPSDestLongitudeRef
-    {{37227, 16}, TagType::rational64u, 2, 1, 0, 0},  // GPSDestLongitude
-    {{37243, 17}, TagType::string, 2, 2, 404, 2},  // GPSDestBearingRef
-    {{37260, 14}, TagType::rational64u, 2, 0, 0, 0},  // GPSDestBearing
-    {{37274, 18}, TagType::string, 2, 2, 401, 3},  // GPSDestDistanceRef
-    {{37292, 15}, TagType::rational64u, 2, 0, 0, 0},  // GPSDestDistance
-    {{37307, 19}, TagType::string, 2, 0, 0, 0},  // GPSProcessingMethod
-    {{37326, 18}, TagType::string, 2, 0, 0, 0},  // GPSAreaInformation
-    {{37344, 12}, TagType::partialdate, 2, 1, 0, 0},  // GPSDateStamp
-    {{37356, 15}, TagType::int16u, 2, 0, 144, 2},  // GPSDifferential
-    {{37371, 20}, TagType::rational64u, 2, 0, 0, 0},  // GPSHPositioningError
-    {{37391, 19}, TagType::string, 2, 0, 0, 0},  // PanasonicRawVersion
-    {{37410, 11}, TagType::string, 0, 0, 0, 0},  // SensorWidth
-    {{37421, 12}, TagType::string, 0, 0, 0, 0},  // SensorHeight
-    {{37433, 15}, TagType::string, 0, 0, 0, 0},  // SensorTopBorder
-    {{37448, 16}, TagType::string, 0, 0, 0, 0},  // SensorLeftBorder
-    {{37464, 18}, TagType::string, 0, 0, 0, 0},  // SensorBottomBorder
-    {{37482, 17}, TagType::string, 0, 0, 0, 0},  // SensorRightBorder
-    {{37499, 17}, TagType::int16u, 2, 0, 0, 0},  // LinearityLimitRed
-    {{37516, 19}, TagType::int16u, 2, 0, 0, 0},  // LinearityLimitGreen
-    {{37535, 18}, TagType::int16u, 2, 0, 0, 0},  // LinearityLimitBlue
-    {{37553, 10}, TagType::int16u, 2, 0, 0, 0},  // RedBalance
-    {{37563, 11}, TagType::int16u, 2, 0, 0, 0},  // BlueBalance
-    {{37574, 20}, TagType::int16u, 2, 0, 0, 0},  // HighISOMultiplierRed
-    {{37594, 22}, TagType::int16u, 2, 0, 0, 0},  // HighISOMultiplierGreen
-    {{37616, 21}, TagType::int16u, 2, 0, 0, 0},  // HighISOMultiplierBlue
-    {{37637, 20}, TagType::string, 18, 0, 0, 0},  // NoiseReductionParams
-    {{37657, 13}, TagType::int16u, 2, 0, 0, 0},  // BlackLevelRed
-    {{37670, 15}, TagType::int16u, 2, 0, 0, 0},  // BlackLevelGreen
-    {{37685, 14}, TagType::int16u, 2, 0, 0, 0},  // BlackLevelBlue
-    {{37699, 10}, TagType::int16u, 2, 0, 0, 0},  // WBRedLevel
-    {{37709, 12}, TagType::int16u, 2, 0, 0, 0},  // WBGreenLevel
-    {{37721, 11}, TagType::int16u, 2, 0, 0, 0},  // WBBlueLevel
-    {{37732, 9}, TagType::int16u, 18, 0, 0, 0},  // RawFormat
-    {{37741, 7}, TagType::int16u, 2, 0, 0, 0},  // CropTop
-    {{37748, 8}, TagType::int16u, 2, 0, 0, 0},  // CropLeft
-    {{37756, 10}, TagType::int16u, 2, 0, 0, 0},  // CropBottom
-    {{37766, 9}, TagType::int16u, 2, 0, 0, 0},  // CropRight
-    {{37775, 13}, TagType::string, 0, 0, 0, 0},  // RawDataOffset
-    {{37788, 9}, TagType::int32u, 2, 0, 406, 2},  // Multishot
-    {{37797, 11}, TagType::string, 0, 0, 0, 0},  // JpgFromRaw2
+    {{29108, 10}, TagType::imagedata, writable, 0, 0, 0},  // JpgFromRaw
+    {{29118, 10}, TagType::string, writable, 0, 0, 0},  // OtherImage
+    {{29128, 12}, TagType::string, writable, 0, 0, 0},  // PreviewImage
+    {{29140, 14}, TagType::string, writable, 0, 0, 0},  // ThumbnailImage
+    {{29154, 12}, TagType::string, writable | unsafe, 0, 0, 3},  // InteropIndex
+    {{29166, 14}, TagType::string, unsafe, 0, 0, 0},  // InteropVersion
+    {{29180, 18}, TagType::string, writable, 0, 0, 0},  // ProcessingSoftware
+    {{3870, 11}, TagType::int32u, writable | unsafe, 0, 3, 14},  // SubfileType
+    {{29198, 14}, TagType::int16u, writable | unsafe, 0, 17, 3},  // OldSubfileType
+    {{2940, 10}, TagType::int32u, writable | unsafe, 0, 0, 0},  // ImageWidth
+    {{2929, 11}, TagType::int32u, writable | unsafe, 0, 0, 0},  // ImageHeight
+    {{29212, 13}, TagType::int16u, writable | unsafe, -1, 0, 0},  // BitsPerSample
+    {{29225, 11}, TagType::int16u, writable | unsafe, 0, 20, 54},  // Compression
+    {{29236, 25}, TagType::int16u, writable | unsafe, 0, 74, 17},  // PhotometricInterpretation
+    {{29261, 12}, TagType::int16u, writable | unsafe, 0, 17, 3},  // Thresholding
+    {{29273, 9}, TagType::int16u, writable | unsafe, 0, 0, 0},  // CellWidth
+    {{29282, 10}, TagType::int16u, writable | unsafe, 0, 0, 0},  // CellLength
+    {{29292, 9}, TagType::int16u, writable | unsafe, 0, 91, 2},  // FillOrder
+    {{29301, 12}, TagType::string, writable, 0, 0, 0},  // DocumentName
+    {{29313, 16}, TagType::longstring, writable, 0, 0, 0},  // ImageDescription
+    {{200, 4}, TagType::string, writable, 0, 0, 0},  // Make
+    {{29329, 5}, TagType::string, writable, 0, 0, 0},  // Model
+    {{29334, 12}, TagType::string, none, 0, 0, 0},  // StripOffsets
+    {{29346, 15}, TagType::int32u, writable, 0, 0, 0},  // OtherImageStart
+    {{29361, 17}, TagType::int32u, none, 0, 0, 0},  // PreviewImageStart
+    {{29378, 15}, TagType::int32u, writable, 0, 0, 0},  // JpgFromRawStart
+    {{3914, 11}, TagType::int16u, writable, 0, 93, 8},  // Orientation
+    {{29393, 15}, TagType::int16u, writable | unsafe, 0, 0, 0},  // SamplesPerPixel
+    {{29408, 12}, TagType::int32u, writable | unsafe, 0, 0, 0},  // RowsPerStrip
+    {{29420, 15}, TagType::string, none, 0, 0, 0},  // StripByteCounts
+    {{29435, 16}, TagType::int32u, writable, 0, 0, 0},  // OtherImageLength
+    {{29451, 18}, TagType::int32u, none, 0, 0, 0},  // PreviewImageLength
+    {{29469, 16}, TagType::int32u, writable, 0, 0, 0},  // JpgFromRawLength
+    {{29485, 14}, TagType::int16u, writable, 0, 0, 0},  // MinSampleValue
+    {{29499, 14}, TagType::int16u, writable, 0, 0, 0},  // MaxSampleValue
+    {{29513, 11}, TagType::rational64u, writable, 0, 0, 0},  // XResolution
+    {{29524, 11}, TagType::rational64u, writable, 0, 0, 0},  // YResolution
+    {{29535, 19}, TagType::int16u, writable | unsafe, 0, 91, 2},  // PlanarConfiguration
+    {{29554, 8}, TagType::string, writable, 0, 0, 0},  // PageName
+    {{29562, 9}, TagType::rational64u, writable, 0, 0, 0},  // XPosition
+    {{29571, 9}, TagType::rational64u, writable, 0, 0, 0},  // YPosition
+    {{29580, 11}, TagType::string, none, 0, 0, 0},  // FreeOffsets
+    {{29591, 14}, TagType::string, none, 0, 0, 0},  // FreeByteCounts
+    {{29605, 16}, TagType::int16u, writable, 0, 101, 5},  // GrayResponseUnit
+    {{29621, 17}, TagType::string, binary, 0, 0, 0},  // GrayResponseCurve
+    {{29638, 9}, TagType::string, none, 0, 106, 3},  // T4Options
+    {{29647, 9}, TagType::string, none, 0, 109, 1},  // T6Options
+    {{29656, 14}, TagType::int16u, writable, 0, 17, 3},  // ResolutionUnit
+    {{29670, 10}, TagType::int16u, writable, 2, 0, 0},  // PageNumber
+    {{29680, 17}, TagType::string, none, 0, 0, 0},  // ColorResponseUnit
+    {{29697, 16}, TagType::int16u, writable | binary | unsafe, 768, 0, 0},  // TransferFunction
+    {{29713, 8}, TagType::string, writable, 0, 0, 0},  // Software
+    {{3970, 10}, TagType::datetime, writable, 0, 0, 0},  // ModifyDate
+    {{29721, 6}, TagType::string, writable, 0, 0, 0},  // Artist
+    {{29727, 12}, TagType::string, writable, 0, 0, 0},  // HostComputer
+    {{29739, 9}, TagType::int16u, writable | unsafe, 0, 110, 7},  // Predictor
+    {{29748, 10}, TagType::rational64u, writable, 2, 0, 0},  // WhitePoint
+    {{29758, 21}, TagType::rational64u, writable, 6, 0, 0},  // PrimaryChromaticities
+    {{29779, 8}, TagType::binary, binary, 0, 0, 0},  // ColorMap
+    {{29787, 13}, TagType::int16u, writable, 2, 0, 0},  // HalftoneHints
+    {{29800, 9}, TagType::int32u, writable | unsafe, 0, 0, 0},  // TileWidth
+    {{29809, 10}, TagType::int32u, writable | unsafe, 0, 0, 0},  // TileLength
+    {{29819, 11}, TagType::string, none, 0, 0, 0},  // TileOffsets
+    {{29830, 14}, TagType::string, none, 0, 0, 0},  // TileByteCounts
+    {{29844, 11}, TagType::string, none, 0, 0, 0},  // BadFaxLines
+    {{29855, 12}, TagType::string, none, 0, 117, 3},  // CleanFaxData
+    {{29867, 22}, TagType::string, none, 0, 0, 0},  // ConsecutiveBadFaxLines
+    {{29889, 14}, TagType::string, none, 0, 0, 0},  // A100DataOffset
+    {{29903, 6}, TagType::int16u, writable, 0, 91, 2},  // InkSet
+    {{29909, 8}, TagType::string, none, 0, 0, 0},  // InkNames
+    {{29917, 12}, TagType::string, none, 0, 0, 0},  // NumberofInks
+    {{29929, 8}, TagType::string, none, 0, 0, 0},  // DotRange
+    {{29937, 13}, TagType::string, writable, 0, 0, 0},  // TargetPrinter
+    {{29950, 12}, TagType::string, none, 0, 117, 3},  // ExtraSamples
+    {{29962, 12}, TagType::string, none, 0, 120, 24},  // SampleFormat
+    {{29974, 15}, TagType::string, none, 0, 0, 0},  // SMinSampleValue
+    {{29989, 15}, TagType::string, none, 0, 0, 0},  // SMaxSampleValue
+    {{30004, 13}, TagType::string, none, 0, 0, 0},  // TransferRange
+    {{30017, 8}, TagType::string, none, 0, 0, 0},  // ClipPath
+    {{30025, 14}, TagType::string, none, 0, 0, 0},  // XClipPathUnits
+    {{30039, 14}, TagType::string, none, 0, 0, 0},  // YClipPathUnits
+    {{30053, 7}, TagType::string, none, 0, 144, 2},  // Indexed
+    {{30060, 10}, TagType::string, binary, 0, 0, 0},  // JPEGTables
+    {{30070, 8}, TagType::string, none, 0, 144, 2},  // OPIProxy
+    {{30078, 11}, TagType::string, none, 0, 144, 2},  // ProfileType
+    {{30089, 10}, TagType::string, none, 0, 146, 9},  // FaxProfile
+    {{30099, 13}, TagType::string, none, 0, 155, 7},  // CodingMethods
+    {{30112, 11}, TagType::string, none, 0, 0, 0},  // VersionYear
+    {{30123, 10}, TagType::string, none, 0, 0, 0},  // ModeNumber
+    {{30133, 6}, TagType::string, none, 0, 0, 0},  // Decode
+    {{30139, 17}, TagType::string, none, 0, 0, 0},  // DefaultImageColor
+    {{30156, 10}, TagType::string, none, 0, 0, 0},  // T82Options
+    {{30166, 8}, TagType::string, none, 0, 162, 2},  // JPEGProc
+    {{30174, 15}, TagType::int32u, none, 0, 0, 0},  // ThumbnailOffset
+    {{30189, 15}, TagType::int32u, none, 0, 0, 0},  // ThumbnailLength
+    {{30204, 19}, TagType::string, none, 0, 0, 0},  // JPEGRestartInterval
+    {{30223, 22}, TagType::string, none, 0, 0, 0},  // JPEGLosslessPredictors
+    {{30245, 19}, TagType::string, none, 0, 0, 0},  // JPEGPointTransforms
+    {{30264, 11}, TagType::string, none, 0, 0, 0},  // JPEGQTables
+    {{30275, 12}, TagType::string, none, 0, 0, 0},  // JPEGDCTables
+    {{30287, 12}, TagType::string, none, 0, 0, 0},  // JPEGACTables
+    {{30299, 17}, TagType::rational64u, writable | unsafe, 3, 0, 0},  // YCbCrCoefficients
+    {{30316, 16}, TagType::int16u, writable | unsafe, 2, 164, 8},  // YCbCrSubSampling
+    {{30332, 16}, TagType::int16u, writable | unsafe, 0, 91, 2},  // YCbCrPositioning
+    {{30348, 19}, TagType::rational64u, writable, 6, 0, 0},  // ReferenceBlackWhite
+    {{30367, 14}, TagType::string, none, 0, 0, 0},  // StripRowCounts
+    {{30381, 16}, TagType::int8u, writable | binary | unsafe, 0, 0, 0},  // ApplicationNotes
+    {{30397, 18}, TagType::string, none, 0, 0, 0},  // USPTOMiscellaneous
+    {{30415, 22}, TagType::string, writable | unsafe, 0, 0, 0},  // RelatedImageFileFormat
+    {{30437, 17}, TagType::int16u, writable | unsafe, 0, 0, 0},  // RelatedImageWidth
+    {{30454, 18}, TagType::int16u, writable | unsafe, 0, 0, 0},  // RelatedImageHeight
+    {{30472, 6}, TagType::int16u, writable, 0, 0, 0},  // Rating
+    {{30478, 13}, TagType::int16u, writable, 0, 0, 0},  // RatingPercent
+    {{30491, 15}, TagType::string, none, 0, 0, 0},  // ResolutionXUnit
+    {{30506, 15}, TagType::string, none, 0, 0, 0},  // ResolutionYUnit
+    {{30521, 21}, TagType::string, none, 0, 0, 0},  // ResolutionXLengthUnit
+    {{30542, 21}, TagType::string, none, 0, 0, 0},  // ResolutionYLengthUnit
+    {{30563, 10}, TagType::string, none, 0, 0, 0},  // PrintFlags
+    {{30573, 17}, TagType::string, none, 0, 0, 0},  // PrintFlagsVersion
+    {{30590, 14}, TagType::string, none, 0, 0, 0},  // PrintFlagsCrop
+    {{30604, 20}, TagType::string, none, 0, 0, 0},  // PrintFlagsBleedWidth
+    {{30624, 25}, TagType::string, none, 0, 0, 0},  // PrintFlagsBleedWidthScale
+    {{30649, 11}, TagType::string, none, 0, 0, 0},  // HalftoneLPI
+    {{30660, 15}, TagType::string, none, 0, 0, 0},  // HalftoneLPIUnit
+    {{30675, 14}, TagType::string, none, 0, 0, 0},  // HalftoneDegree
+    {{30689, 13}, TagType::string, none, 0, 0, 0},  // HalftoneShape
+    {{30702, 12}, TagType::string, none, 0, 0, 0},  // HalftoneMisc
+    {{30714, 14}, TagType::string, none, 0, 0, 0},  // HalftoneScreen
+    {{30728, 11}, TagType::string, none, 0, 0, 0},  // JPEGQuality
+    {{30739, 8}, TagType::string, binary, 0, 0, 0},  // GridSize
+    {{30747, 15}, TagType::string, none, 0, 0, 0},  // ThumbnailFormat
+    {{30762, 14}, TagType::string, none, 0, 0, 0},  // ThumbnailWidth
+    {{30776, 15}, TagType::string, none, 0, 0, 0},  // ThumbnailHeight
+    {{30791, 19}, TagType::string, none, 0, 0, 0},  // ThumbnailColorDepth
+    {{30810, 15}, TagType::string, none, 0, 0, 0},  // ThumbnailPlanes
+    {{30825, 17}, TagType::string, none, 0, 0, 0},  // ThumbnailRawBytes
+    {{30842, 23}, TagType::string, none, 0, 0, 0},  // ThumbnailCompressedSize
+    {{30865, 21}, TagType::string, binary, 0, 0, 0},  // ColorTransferFunction
+    {{30886, 13}, TagType::string, binary, 0, 0, 0},  // ThumbnailData
+    {{30899, 19}, TagType::string, none, 0, 0, 0},  // ThumbnailImageWidth
+    {{30918, 20}, TagType::string, none, 0, 0, 0},  // ThumbnailImageHeight
+    {{30938, 22}, TagType::string, none, 0, 0, 0},  // ThumbnailBitsPerSample
+    {{30960, 20}, TagType::string, none, 0, 0, 0},  // ThumbnailCompression
+    {{30980, 26}, TagType::string, none, 0, 0, 0},  // ThumbnailPhotometricInterp
+    {{31006, 20}, TagType::string, none, 0, 0, 0},  // ThumbnailDescription
+    {{31026, 18}, TagType::string, none, 0, 0, 0},  // ThumbnailEquipMake
+    {{31044, 19}, TagType::string, none, 0, 0, 0},  // ThumbnailEquipModel
+    {{31063, 21}, TagType::string, none, 0, 0, 0},  // ThumbnailStripOffsets
+    {{31084, 20}, TagType::string, none, 0, 0, 0},  // ThumbnailOrientation
+    {{31104, 24}, TagType::string, none, 0, 0, 0},  // ThumbnailSamplesPerPixel
+    {{31128, 21}, TagType::string, none, 0, 0, 0},  // ThumbnailRowsPerStrip
+    {{31149, 24}, TagType::string, none, 0, 0, 0},  // ThumbnailStripByteCounts
+    {{31173, 20}, TagType::string, none, 0, 0, 0},  // ThumbnailResolutionX
+    {{31193, 20}, TagType::string, none, 0, 0, 0},  // ThumbnailResolutionY
+    {{31213, 21}, TagType::string, none, 0, 0, 0},  // ThumbnailPlanarConfig
+    {{31234, 23}, TagType::string, none, 0, 0, 0},  // ThumbnailResolutionUnit
+    {{31257, 25}, TagType::string, none, 0, 0, 0},  // ThumbnailTransferFunction
+    {{31282, 17}, TagType::string, none, 0, 0, 0},  // ThumbnailSoftware
+    {{31299, 17}, TagType::string, none, 0, 0, 0},  // ThumbnailDateTime
+    {{31316, 15}, TagType::string, none, 0, 0, 0},  // ThumbnailArtist
+    {{31331, 19}, TagType::string, none, 0, 0, 0},  // ThumbnailWhitePoint
+    {{31350, 30}, TagType::string, none, 0, 0, 0},  // ThumbnailPrimaryChromaticities
+    {{31380, 26}, TagType::string, none, 0, 0, 0},  // ThumbnailYCbCrCoefficients
+    {{31406, 25}, TagType::string, none, 0, 0, 0},  // ThumbnailYCbCrSubsampling
+    {{31431, 25}, TagType::string, none, 0, 0, 0},  // ThumbnailYCbCrPositioning
+    {{31456, 22}, TagType::string, none, 0, 0, 0},  // ThumbnailRefBlackWhite
+    {{31478, 18}, TagType::string, none, 0, 0, 0},  // ThumbnailCopyright
+    {{31496, 14}, TagType::string, none, 0, 0, 0},  // LuminanceTable
+    {{31510, 16}, TagType::string, none, 0, 0, 0},  // ChrominanceTable
+    {{31526, 10}, TagType::string, none, 0, 0, 0},  // FrameDelay
+    {{31536, 9}, TagType::string, none, 0, 0, 0},  // LoopCount
+    {{31545, 13}, TagType::string, none, 0, 0, 0},  // GlobalPalette
+    {{31558, 15}, TagType::string, none, 0, 0, 0},  // IndexBackground
+    {{31573, 16}, TagType::string, none, 0, 0, 0},  // IndexTransparent
+    {{31589, 10}, TagType::string, none, 0, 0, 0},  // PixelUnits
+    {{31599, 14}, TagType::string, none, 0, 0, 0},  // PixelsPerUnitX
+    {{31613, 14}, TagType::string, none, 0, 0, 0},  // PixelsPerUnitY
+    {{31627, 16}, TagType::string, none, 0, 0, 0},  // PaletteHistogram
+    {{31643, 15}, TagType::string, none, 0, 172, 5},  // SonyRawFileType
+    {{31658, 13}, TagType::string, none, 0, 0, 0},  // SonyToneCurve
+    {{31671, 20}, TagType::int16s, writable | unsafe, 0, 177, 4},  // VignettingCorrection
+    {{31691, 20}, TagType::int16s, writable | unsafe, 17, 0, 0},  // VignettingCorrParams
+    {{31711, 29}, TagType::int16s, writable | unsafe, 0, 181, 3},  // ChromaticAberrationCorrection
+    {{31740, 29}, TagType::int16s, writable | unsafe, 33, 0, 0},  // ChromaticAberrationCorrParams
+    {{31769, 20}, TagType::int16s, writable | unsafe, 0, 184, 4},  // DistortionCorrection
+    {{31789, 20}, TagType::int16s, writable | unsafe, 17, 0, 0},  // DistortionCorrParams
+    {{31809, 16}, TagType::int32u, writable | unsafe, 2, 0, 0},  // SonyRawImageSize
+    {{31825, 10}, TagType::float_, writable | unsafe, -1, 0, 0},  // BlackLevel
+    {{31835, 13}, TagType::int16s, writable | unsafe, 4, 0, 0},  // WB_RGGBLevels
+    {{31848, 15}, TagType::int32u, writable | unsafe, 2, 0, 0},  // SonyCropTopLeft
+    {{31863, 12}, TagType::int32u, writable | unsafe, 2, 0, 0},  // SonyCropSize
+    {{31875, 7}, TagType::string, none, 0, 0, 0},  // ImageID
+    {{31882, 8}, TagType::string, binary, 0, 0, 0},  // WangTag1
+    {{31890, 14}, TagType::string, binary, 0, 0, 0},  // WangAnnotation
+    {{31904, 8}, TagType::string, binary, 0, 0, 0},  // WangTag3
+    {{31912, 8}, TagType::string, none, 0, 0, 0},  // WangTag4
+    {{31920, 20}, TagType::string, none, 0, 0, 0},  // ImageReferencePoints
+    {{31940, 20}, TagType::string, none, 0, 0, 0},  // RegionXformTackPoint
+    {{31960, 17}, TagType::string, none, 0, 0, 0},  // WarpQuadrilateral
+    {{31977, 18}, TagType::string, none, 0, 0, 0},  // AffineTransformMat
+    {{31995, 8}, TagType::string, none, 0, 0, 0},  // Matteing
+    {{32003, 8}, TagType::string, none, 0, 0, 0},  // DataType
+    {{32011, 10}, TagType::string, none, 0, 0, 0},  // ImageDepth
+    {{32021, 9}, TagType::string, none, 0, 0, 0},  // TileDepth
+    {{32030, 14}, TagType::string, none, 0, 0, 0},  // ImageFullWidth
+    {{32044, 15}, TagType::string, none, 0, 0, 0},  // ImageFullHeight
+    {{32059, 13}, TagType::string, none, 0, 0, 0},  // TextureFormat
+    {{32072, 9}, TagType::string, none, 0, 0, 0},  // WrapModes
+    {{32081, 6}, TagType::string, none, 0, 0, 0},  // FovCot
+    {{32087, 19}, TagType::string, none, 0, 0, 0},  // MatrixWorldToScreen
+    {{32106, 19}, TagType::string, none, 0, 0, 0},  // MatrixWorldToCamera
+    {{32125, 6}, TagType::string, none, 0, 0, 0},  // Model2
+    {{32131, 19}, TagType::int16u, writable | unsafe, 2, 0, 0},  // CFARepeatPatternDim
+    {{32150, 11}, TagType::int8u, writable | unsafe, -1, 0, 0},  // CFAPattern2
+    {{32161, 12}, TagType::string, none, 0, 0, 0},  // BatteryLevel
+    {{6850, 9}, TagType::string, writable, 0, 0, 0},  // Copyright
+    {{32173, 12}, TagType::speed, writable, 0, 0, 0},  // ExposureTime
+    {{32185, 7}, TagType::rational64u, writable, 0, 0, 0},  // FNumber
+    {{32192, 9}, TagType::string, none, 0, 0, 0},  // MDFileTag
+    {{32201, 12}, TagType::string, none, 0, 0, 0},  // MDScalePixel
+    {{32213, 12}, TagType::string, none, 0, 0, 0},  // MDColorTable
+    {{32225, 9}, TagType::string, none, 0, 0, 0},  // MDLabName
+    {{32234, 12}, TagType::string, none, 0, 0, 0},  // MDSampleInfo
+    {{32246, 10}, TagType::string, none, 0, 0, 0},  // MDPrepDate
+    {{32256, 10}, TagType::string, none, 0, 0, 0},  // MDPrepTime
+    {{32266, 11}, TagType::string, none, 0, 0, 0},  // MDFileUnits
+    {{32277, 10}, TagType::double_, writable, 3, 0, 0},  // PixelScale
+    {{32287, 11}, TagType::string, none, 0, 0, 0},  // AdventScale
+    {{32298, 14}, TagType::string, none, 0, 0, 0},  // AdventRevision
+    {{32312, 7}, TagType::string, none, 0, 0, 0},  // UIC1Tag
+    {{32319, 7}, TagType::string, none, 0, 0, 0},  // UIC2Tag
+    {{32326, 7}, TagType::string, none, 0, 0, 0},  // UIC3Tag
+    {{32333, 7}, TagType::string, none, 0, 0, 0},  // UIC4Tag
+    {{32340, 8}, TagType::int32u, writable | binary | unsafe, 0, 0, 0},  // IPTC-NAA
+    {{32348, 20}, TagType::string, none, 0, 0, 0},  // IntergraphPacketData
+    {{32368, 23}, TagType::string, none, 0, 0, 0},  // IntergraphFlagRegisters
+    {{32391, 16}, TagType::double_, writable, 0, 0, 0},  // IntergraphMatrix
+    {{32407, 12}, TagType::string, none, 0, 0, 0},  // INGRReserved
+    {{32419, 13}, TagType::double_, writable, 0, 0, 0},  // ModelTiePoint
+    {{32432, 4}, TagType::string, none, 0, 0, 0},  // Site
+    {{32436, 13}, TagType::string, none, 0, 0, 0},  // ColorSequence
+    {{32449, 9}, TagType::string, none, 0, 0, 0},  // IT8Header
+    {{32458, 13}, TagType::string, none, 0, 188, 5},  // RasterPadding
+    {{32471, 16}, TagType::string, none, 0, 0, 0},  // BitsPerRunLength
+    {{32487, 24}, TagType::string, none, 0, 0, 0},  // BitsPerExtendedRunLength
+    {{32511, 10}, TagType::string, none, 0, 0, 0},  // ColorTable
+    {{32521, 19}, TagType::string, none, 0, 144, 2},  // ImageColorIndicator
+    {{32540, 24}, TagType::string, none, 0, 144, 2},  // BackgroundColorIndicator
+    {{32564, 15}, TagType::string, none, 0, 0, 0},  // ImageColorValue
+    {{32579, 20}, TagType::string, none, 0, 0, 0},  // BackgroundColorValue
+    {{32599, 19}, TagType::string, none, 0, 0, 0},  // PixelIntensityRange
+    {{32618, 21}, TagType::string, none, 0, 0, 0},  // TransparencyIndicator
+    {{32639, 21}, TagType::string, none, 0, 0, 0},  // ColorCharacterization
+    {{32660, 7}, TagType::string, none, 0, 117, 3},  // HCUsage
+    {{32667, 13}, TagType::string, none, 0, 0, 0},  // TrapIndicator
+    {{32680, 14}, TagType::string, none, 0, 0, 0},  // CMYKEquivalent
+    {{32694, 7}, TagType::string, writable, 0, 0, 0},  // SEMInfo
+    {{32701, 21}, TagType::string, none, 0, 0, 0},  // PixelMagicJBIGOptions
+    {{32722, 11}, TagType::string, none, 0, 0, 0},  // JPLCartoIFD
+    {{32733, 14}, TagType::double_, writable, 16, 0, 0},  // ModelTransform
+    {{32747, 13}, TagType::string, none, 0, 0, 0},  // WB_GRGBLevels
+    {{32760, 17}, TagType::string, none, 0, 193, 5},  // TIFF_FXExtensions
+    {{32777, 13}, TagType::string, none, 0, 198, 11},  // MultiProfiles
+    {{32790, 10}, TagType::string, none, 0, 0, 0},  // SharedData
+    {{32800, 10}, TagType::string, none, 0, 0, 0},  // T88Options
+    {{32810, 10}, TagType::string, none, 0, 0, 0},  // ImageLayer
+    {{32820, 18}, TagType::string, writable | binary, 0, 0, 0},  // GeoTiffAsciiParams
+    {{32838, 11}, TagType::string, none, 0, 0, 0},  // JBIGOptions
+    {{32849, 15}, TagType::int16u, writable, 0, 209, 10},  // ExposureProgram
+    {{32864, 19}, TagType::string, writable, 0, 0, 0},  // SpectralSensitivity
+    {{32883, 3}, TagType::int16u, writable, -1, 0, 0},  // ISO
+    {{32886, 23}, TagType::string, binary, 0, 0, 0},  // Opto-ElectricConvFactor
+    {{32909, 9}, TagType::string, none, 0, 0, 0},  // Interlace
+    {{32918, 14}, TagType::int16s, writable, -1, 0, 0},  // TimeZoneOffset
+    {{32932, 13}, TagType::int16u, writable, 0, 0, 0},  // SelfTimerMode
+    {{32945, 15}, TagType::int16u, writable, 0, 219, 8},  // SensitivityType
+    {{32960, 25}, TagType::int32u, writable, 0, 0, 0},  // StandardOutputSensitivity
+    {{32985, 24}, TagType::int32u, writable, 0, 0, 0},  // RecommendedExposureIndex
+    {{33009, 8}, TagType::int32u, writable, 0, 0, 0},  // ISOSpeed
+    {{33017, 19}, TagType::int32u, writable, 0, 0, 0},  // ISOSpeedLatitudeyyy
+    {{33036, 19}, TagType::int32u, writable, 0, 0, 0},  // ISOSpeedLatitudezzz
+    {{33055, 13}, TagType::string, none, 0, 0, 0},  // FaxRecvParams
+    {{33068, 13}, TagType::string, none, 0, 0, 0},  // FaxSubAddress
+    {{33081, 11}, TagType::string, none, 0, 0, 0},  // FaxRecvTime
+    {{33092, 8}, TagType::string, none, 0, 0, 0},  // FedexEDR
+    {{33100, 11}, TagType::string, writable, 0, 0, 0},  // ExifVersion
+    {{2896, 16}, TagType::datetime, writable, 0, 0, 0},  // DateTimeOriginal
+    {{3945, 10}, TagType::datetime, writable, 0, 0, 0},  // CreateDate
+    {{33111, 10}, TagType::string, writable, 0, 0, 0},  // OffsetTime
+    {{33121, 18}, TagType::string, writable, 0, 0, 0},  // OffsetTimeOriginal
+    {{33139, 19}, TagType::string, writable, 0, 0, 0},  // OffsetTimeDigitized
+    {{33158, 22}, TagType::rational64u, writable | unsafe, 0, 0, 0},  // CompressedBitsPerPixel
+    {{33180, 17}, TagType::speed, writable, 0, 0, 0},  // ShutterSpeedValue
+    {{33197, 13}, TagType::rational64u, writable, 0, 0, 0},  // ApertureValue
+    {{33210, 15}, TagType::rational64s, writable, 0, 0, 0},  // BrightnessValue
+    {{33225, 20}, TagType::rational64s, writable, 0, 0, 0},  // ExposureCompensation
+    {{33245, 16}, TagType::rational64u, writable, 0, 0, 0},  // MaxApertureValue
+    {{33261, 15}, TagType::rational64u, writable, 0, 0, 0},  // SubjectDistance
+    {{33276, 12}, TagType::int16u, writable, 0, 227, 8},  // MeteringMode
+    {{33288, 11}, TagType::int16u, writable, 0, 235, 22},  // LightSource
+    {{33299, 5}, TagType::int16u, writable, 0, 257, 27},  // Flash
+    {{33304, 11}, TagType::rational64u, writable, 0, 0, 0},  // FocalLength
+    {{33315, 11}, TagType::rational64u, writable, 0, 0, 0},  // FlashEnergy
+    {{33326, 24}, TagType::string, none, 0, 0, 0},  // SpatialFrequencyResponse
+    {{33350, 5}, TagType::string, none, 0, 0, 0},  // Noise
+    {{33355, 21}, TagType::rational64u, writable, 0, 0, 0},  // FocalPlaneXResolution
+    {{33376, 21}, TagType::rational64u, writable, 0, 0, 0},  // FocalPlaneYResolution
+    {{33397, 24}, TagType::int16u, writable, 0, 101, 5},  // FocalPlaneResolutionUnit
+    {{33421, 11}, TagType::int32u, writable, 0, 0, 0},  // ImageNumber
+    {{33432, 22}, TagType::string, writable, 0, 284, 5},  // SecurityClassification
+    {{33454, 12}, TagType::string, writable, 0, 0, 0},  // ImageHistory
+    {{33466, 11}, TagType::int16u, writable, -1, 0, 0},  // SubjectArea
+    {{33477, 13}, TagType::rational64u, writable, 0, 0, 0},  // ExposureIndex
+    {{33490, 17}, TagType::string, none, 0, 0, 0},  // TIFF-EPStandardID
+    {{33507, 13}, TagType::int16u, writable, 0, 93, 8},  // SensingMethod
+    {{33520, 12}, TagType::string, none, 0, 0, 0},  // CIP3DataFile
+    {{33532, 9}, TagType::string, none, 0, 0, 0},  // CIP3Sheet
+    {{33541, 8}, TagType::string, none, 0, 0, 0},  // CIP3Side
+    {{33549, 7}, TagType::string, none, 0, 0, 0},  // StoNits
+    {{33556, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteDJIInfo
+    {{33572, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteKodak12
+    {{33588, 17}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteOlympus3
+    {{33605, 16}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteLeica10
+    {{33621, 19}, TagType::string, writable | binary, 0, 0, 0},  // MakerNotePanasonic3
+    {{33640, 17}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteReconyx3
+    {{33657, 20}, TagType::string, writable | binary, 0, 0, 0},  // MakerNoteRicohPentax
+    {{33677, 11}, TagType::longstring, writable, 0, 0, 0},  // UserComment
+    {{33688, 10}, TagType::string, writable, 0, 0, 0},  // SubSecTime
+    {{33698, 18}, TagType::string, writable, 0, 0, 0},  // SubSecTimeOriginal
+    {{33716, 19}, TagType::string, writable, 0, 0, 0},  // SubSecTimeDigitized
+    {{33735, 14}, TagType::string, none, 0, 0, 0},  // MSDocumentText
+    {{33749, 20}, TagType::string, binary, 0, 0, 0},  // MSPropertySetStorage
+    {{33769, 22}, TagType::string, binary, 0, 0, 0},  // MSDocumentTextPosition
+    {{33791, 15}, TagType::imagedata, writable | binary | unsafe, 0, 0, 0},  // ImageSourceData
+    {{328, 18}, TagType::rational64s, writable, 0, 0, 0},  // AmbientTemperature
+    {{33806, 8}, TagType::rational64u, writable, 0, 0, 0},  // Humidity
+    {{33814, 8}, TagType::rational64u, writable, 0, 0, 0},  // Pressure
+    {{33822, 10}, TagType::rational64s, writable, 0, 0, 0},  // WaterDepth
+    {{33832, 12}, TagType::rational64u, writable, 0, 0, 0},  // Acceleration
+    {{33844, 20}, TagType::rational64s, writable, 0, 0, 0},  // CameraElevationAngle
+    {{33864, 7}, TagType::int8u, writable, 0, 0, 0},  // XPTitle
+    {{33871, 9}, TagType::int8u, writable, 0, 0, 0},  // XPComment
+    {{33880, 8}, TagType::int8u, writable, 0, 0, 0},  // XPAuthor
+    {{33888, 10}, TagType::int8u, writable, 0, 0, 0},  // XPKeywords
+    {{33898, 9}, TagType::int8u, writable, 0, 0, 0},  // XPSubject
+    {{33907, 15}, TagType::string, writable, 0, 0, 0},  // FlashpixVersion
+    {{33922, 10}, TagType::int16u, writable, 0, 289, 5},  // ColorSpace
+    {{33932, 14}, TagType::int16u, writable, 0, 0, 0},  // ExifImageWidth
+    {{33946, 15}, TagType::int16u, writable, 0, 0, 0},  // ExifImageHeight
+    {{33961, 16}, TagType::string, writable, 0, 0, 0},  // RelatedSoundFile
+    {{33977, 24}, TagType::string, none, 0, 0, 0},  // SamsungRawPointersOffset
+    {{34001, 24}, TagType::string, none, 0, 0, 0},  // SamsungRawPointersLength
+    {{34025, 19}, TagType::string, none, 0, 0, 0},  // SamsungRawByteOrder
+    {{34044, 17}, TagType::string, none, 0, 0, 0},  // SamsungRawUnknown
+    {{34061, 15}, TagType::int16u, writable, 2, 0, 0},  // SubjectLocation
+    {{34076, 10}, TagType::string, writable, 0, 294, 4},  // FileSource
+    {{34086, 9}, TagType::string, writable, 0, 298, 1},  // SceneType
+    {{34095, 10}, TagType::string, writable | unsafe, 0, 172, 5},  // CFAPattern
+    {{34105, 14}, TagType::int16u, writable, 0, 299, 8},  // CustomRendered
+    {{34119, 12}, TagType::int16u, writable, 0, 117, 3},  // ExposureMode
+    {{34131, 12}, TagType::string, writable, 0, 144, 2},  // WhiteBalance
+    {{34143, 16}, TagType::rational64u, writable, 0, 0, 0},  // DigitalZoomRatio
+    {{34159, 23}, TagType::int16u, writable, 0, 0, 0},  // FocalLengthIn35mmFormat
+    {{34182, 16}, TagType::int16u, writable, 0, 172, 5},  // SceneCaptureType
+    {{34198, 11}, TagType::int16u, writable, 0, 172, 5},  // GainControl
+    {{34209, 8}, TagType::string, writable, 0, 117, 3},  // Contrast
+    {{34217, 10}, TagType::string, writable, 0, 117, 3},  // Saturation
+    {{34227, 9}, TagType::string, writable, 0, 117, 3},  // Sharpness
+    {{34236, 24}, TagType::string, binary, 0, 0, 0},  // DeviceSettingDescription
+    {{34260, 20}, TagType::int16u, writable, 0, 307, 4},  // SubjectDistanceRange
+    {{34280, 13}, TagType::string, writable, 0, 0, 0},  // ImageUniqueID
+    {{34293, 9}, TagType::string, writable, 0, 0, 0},  // OwnerName
+    {{34302, 12}, TagType::string, writable, 0, 0, 0},  // SerialNumber
+    {{34314, 8}, TagType::rational64u, writable, 4, 0, 0},  // LensInfo
+    {{34322, 8}, TagType::string, writable, 0, 0, 0},  // LensMake
+    {{34330, 9}, TagType::string, writable, 0, 0, 0},  // LensModel
+    {{34339, 16}, TagType::string, writable, 0, 0, 0},  // LensSerialNumber
+    {{3995, 5}, TagType::string, writable, 0, 0, 0},  // Title
+    {{34355, 12}, TagType::string, writable, 0, 0, 0},  // Photographer
+    {{34367, 11}, TagType::string, writable, 0, 0, 0},  // ImageEditor
+    {{34378, 14}, TagType::string, writable, 0, 0, 0},  // CameraFirmware
+    {{34392, 21}, TagType::string, writable, 0, 0, 0},  // RAWDevelopingSoftware
+    {{34413, 20}, TagType::string, writable, 0, 0, 0},  // ImageEditingSoftware
+    {{34433, 23}, TagType::string, writable, 0, 0, 0},  // MetadataEditingSoftware
+    {{34456, 14}, TagType::int16u, writable, 0, 307, 4},  // CompositeImage
+    {{34470, 19}, TagType::int16u, writable, 2, 0, 0},  // CompositeImageCount
+    {{34489, 27}, TagType::string, writable, 0, 0, 0},  // CompositeImageExposureTimes
+    {{34516, 12}, TagType::string, writable, 0, 0, 0},  // GDALMetadata
+    {{34528, 10}, TagType::string, writable, 0, 0, 0},  // GDALNoData
+    {{3909, 5}, TagType::float_, writable, 0, 0, 0},  // Gamma
+    {{34538, 14}, TagType::string, none, 0, 0, 0},  // ExpandSoftware
+    {{34552, 10}, TagType::string, none, 0, 0, 0},  // ExpandLens
+    {{34562, 10}, TagType::string, none, 0, 0, 0},  // ExpandFilm
+    {{34572, 16}, TagType::string, none, 0, 0, 0},  // ExpandFilterLens
+    {{34588, 13}, TagType::string, none, 0, 0, 0},  // ExpandScanner
+    {{34601, 15}, TagType::string, none, 0, 0, 0},  // ExpandFlashLamp
+    {{34616, 18}, TagType::string, binary, 0, 0, 0},  // HasselbladRawImage
+    {{34634, 11}, TagType::string, none, 0, 311, 55},  // PixelFormat
+    {{34645, 14}, TagType::string, none, 0, 219, 8},  // Transformation
+    {{34659, 12}, TagType::string, none, 0, 144, 2},  // Uncompressed
+    {{34671, 9}, TagType::string, none, 0, 91, 2},  // ImageType
+    {{34680, 15}, TagType::string, none, 0, 0, 0},  // WidthResolution
+    {{34695, 16}, TagType::string, none, 0, 0, 0},  // HeightResolution
+    {{34711, 11}, TagType::string, none, 0, 0, 0},  // ImageOffset
+    {{34722, 14}, TagType::string, none, 0, 0, 0},  // ImageByteCount
+    {{34736, 11}, TagType::string, none, 0, 0, 0},  // AlphaOffset
+    {{34747, 14}, TagType::string, none, 0, 0, 0},  // AlphaByteCount
+    {{34761, 16}, TagType::string, none, 0, 307, 4},  // ImageDataDiscard
+    {{34777, 16}, TagType::string, none, 0, 307, 4},  // AlphaDataDiscard
+    {{34793, 14}, TagType::string, none, 0, 0, 0},  // OceScanjobDesc
+    {{34807, 22}, TagType::string, none, 0, 0, 0},  // OceApplicationSelector
+    {{34829, 11}, TagType::string, none, 0, 0, 0},  // OceIDNumber
+    {{34840, 13}, TagType::string, none, 0, 0, 0},  // OceImageLogic
+    {{34853, 11}, TagType::string, binary, 0, 0, 0},  // Annotations
+    {{34864, 7}, TagType::string, writable | binary, 0, 0, 0},  // PrintIM
+    {{7515, 16}, TagType::string, none, 0, 0, 0},  // OriginalFileName
+    {{34871, 24}, TagType::string, none, 0, 117, 3},  // USPTOOriginalContentType
+    {{34895, 13}, TagType::string, none, 0, 366, 4},  // CR2CFAPattern
+    {{34908, 10}, TagType::int8u, writable | unsafe, 4, 0, 0},  // DNGVersion
+    {{34918, 18}, TagType::int8u, writable | unsafe, 4, 0, 0},  // DNGBackwardVersion
+    {{34936, 17}, TagType::string, writable, 0, 0, 0},  // UniqueCameraModel
+    {{34953, 20}, TagType::string, writable, 0, 0, 0},  // LocalizedCameraModel
+    {{34973, 13}, TagType::string, none, 0, 0, 0},  // CFAPlaneColor
+    {{34986, 9}, TagType::string, none, 0, 370, 9},  // CFALayout
+    {{34995, 18}, TagType::int16u, writable | binary | unsafe, -1, 0, 0},  // LinearizationTable
+    {{35013, 19}, TagType::int16u, writable | unsafe, 2, 0, 0},  // BlackLevelRepeatDim
+    {{35032, 16}, TagType::rational64s, writable | unsafe, -1, 0, 0},  // BlackLevelDeltaH
+    {{35048, 16}, TagType::rational64s, writable | unsafe, -1, 0, 0},  // BlackLevelDeltaV
+    {{35064, 10}, TagType::int32u, writable | unsafe, -1, 0, 0},  // WhiteLevel
+    {{35074, 12}, TagType::rational64u, writable | unsafe, 2, 0, 0},  // DefaultScale
+    {{35086, 17}, TagType::int32u, writable | unsafe, 2, 0, 0},  // DefaultCropOrigin
+    {{35103, 15}, TagType::int32u, writable | unsafe, 2, 0, 0},  // DefaultCropSize
+    {{35118, 12}, TagType::rational64s, writable | unsafe, -1, 0, 0},  // ColorMatrix1
+    {{35130, 12}, TagType::rational64s, writable | unsafe, -1, 0, 0},  // ColorMatrix2
+    {{35142, 18}, TagType::rational64s, writable | unsafe, -1, 0, 0},  // CameraCalibration1
+    {{35160, 18}, TagType::rational64s, writable | unsafe, -1, 0, 0},  // CameraCalibration2
+    {{35178, 16}, TagType::rational64s, writable | unsafe, -1, 0, 0},  // ReductionMatrix1
+    {{35194, 16}, TagType::rational64s, writable | unsafe, -1, 0, 0},  // ReductionMatrix2
+    {{35210, 13}, TagType::rational64u, writable | unsafe, -1, 0, 0},  // AnalogBalance
+    {{35223, 13}, TagType::rational64u, writable | unsafe, -1, 0, 0},  // AsShotNeutral
+    {{35236, 13}, TagType::rational64u, writable | unsafe, 2, 0, 0},  // AsShotWhiteXY
+    {{35249, 16}, TagType::rational64s, writable | unsafe, 0, 0, 0},  // BaselineExposure
+    {{35265, 13}, TagType::rational64u, writable | unsafe, 0, 0, 0},  // BaselineNoise
+    {{35278, 17}, TagType::rational64u, writable | unsafe, 0, 0, 0},  // BaselineSharpness
+    {{35295, 15}, TagType::int32u, writable | unsafe, 0, 0, 0},  // BayerGreenSplit
+    {{35310, 19}, TagType::rational64u, writable | unsafe, 0, 0, 0},  // LinearResponseLimit
+    {{35329, 18}, TagType::string, writable, 0, 0, 0},  // CameraSerialNumber
+    {{35347, 11}, TagType::rational64u, writable, 4, 0, 0},  // DNGLensInfo
+    {{35358, 16}, TagType::rational64u, writable | unsafe, 0, 0, 0},  // ChromaBlurRadius
+    {{35374, 17}, TagType::rational64u, writable | unsafe, 0, 0, 0},  // AntiAliasStrength
+    {{35391, 11}, TagType::rational64u, writable | unsafe, 0, 0, 0},  // ShadowScale
+    {{35402, 12}, TagType::imagedata, writable | binary | unsafe, 0, 0, 0},  // DNGAdobeData
+    {{35414, 14}, TagType::imagedata, writable | binary | unsafe, 0, 0, 0},  // DNGPrivateData
+    {{35428, 15}, TagType::int16u, writable, 0, 144, 2},  // MakerNoteSafety
+    {{35443, 20}, TagType::string, none, 0, 0, 0},  // RawImageSegmentation
+    {{35463, 22}, TagType::int16u, writable | unsafe, 0, 235, 22},  // CalibrationIlluminant1
+    {{35485, 22}, TagType::int16u, writable | unsafe, 0, 235, 22},  // CalibrationIlluminant2
+    {{35507, 16}, TagType::rational64u, writable | unsafe, 0, 0, 0},  // BestQualityScale
+    {{35523, 15}, TagType::int8u, writable | unsafe, 16, 0, 0},  // RawDataUniqueID
+    {{35538, 18}, TagType::string, none, 0, 0, 0},  // AliasLayerMetadata
+    {{35556, 19}, TagType::string, writable | unsafe, 0, 0, 0},  // OriginalRawFileName
+    {{35575, 19}, TagType::imagedata, writable | binary | unsafe, 0, 0, 0},  // OriginalRawFileData
+    {{35594, 10}, TagType::int32u, writable | unsafe, 4, 0, 0},  // ActiveArea
+    {{35604, 11}, TagType::int32u, writable | unsafe, -1, 0, 0},  // MaskedAreas
+    {{35615, 22}, TagType::rational64s, writable | unsafe, -1, 0, 0},  // AsShotPreProfileMatrix
+    {{35637, 23}, TagType::rational64s, writable | unsafe, -1, 0, 0},  // CurrentPreProfileMatrix
+    {{35660, 21}, TagType::int16u, writable | unsafe, 0, 117, 3},  // ColorimetricReference
+    {{35681, 8}, TagType::string, none, 0, 0, 0},  // SRawType
+    {{35689, 14}, TagType::string, writable, 0, 0, 0},  // PanasonicTitle
+    {{35703, 15}, TagType::string, writable, 0, 0, 0},  // PanasonicTitle2
+    {{35718, 20}, TagType::string, writable | unsafe, 0, 0, 0},  // CameraCalibrationSig
+    {{35738, 21}, TagType::string, writable | unsafe, 0, 0, 0},  // ProfileCalibrationSig
+    {{35759, 17}, TagType::string, writable | unsafe, 0, 0, 0},  // AsShotProfileName
+    {{35776, 21}, TagType::rational64u, writable | unsafe, 0, 0, 0},  // NoiseReductionApplied
+    {{35797, 11}, TagType::string, writable | unsafe, 0, 0, 0},  // ProfileName
+    {{35808, 20}, TagType::int32u, writable | unsafe, 3, 0, 0},  // ProfileHueSatMapDims
+    {{35828, 21}, TagType::float_, writable | unsafe, -1, 0, 0},  // ProfileHueSatMapData1
+    {{35849, 21}, TagType::float_, writable | unsafe, -1, 0, 0},  // ProfileHueSatMapData2
+    {{35870, 16}, TagType::float_, writable | unsafe, -1, 0, 0},  // ProfileToneCurve
+    {{35886, 18}, TagType::int32u, writable | unsafe, 0, 307, 4},  // ProfileEmbedPolicy
+    {{35904, 16}, TagType::string, writable | unsafe, 0, 0, 0},  // ProfileCopyright
+    {{35920, 14}, TagType::rational64s, writable | unsafe, -1, 0, 0},  // ForwardMatrix1
+    {{35934, 14}, TagType::rational64s, writable | unsafe, -1, 0, 0},  // ForwardMatrix2
+    {{35948, 22}, TagType::string, writable | unsafe, 0, 0, 0},  // PreviewApplicationName
+    {{35970, 25}, TagType::string, writable | unsafe, 0, 0, 0},  // PreviewApplicationVersion
+    {{35995, 19}, TagType::string, writable | unsafe, 0, 0, 0},  // PreviewSettingsName
+    {{36014, 21}, TagType::int8u, writable | unsafe, 0, 0, 0},  // PreviewSettingsDigest
+    {{36035, 17}, TagType::int32u, writable | unsafe, 0, 172, 5},  // PreviewColorSpace
+    {{36052, 15}, TagType::datetime, writable | unsafe, 0, 0, 0},  // PreviewDateTime
+    {{36067, 14}, TagType::int8u, writable | unsafe, 16, 0, 0},  // RawImageDigest
+    {{36081, 21}, TagType::int8u, writable | unsafe, 16, 0, 0},  // OriginalRawFileDigest
+    {{36102, 16}, TagType::string, none, 0, 0, 0},  // SubTileBlockSize
+    {{36118, 19}, TagType::string, none, 0, 0, 0},  // RowInterleaveFactor
+    {{36137, 20}, TagType::int32u, writable | unsafe, 3, 0, 0},  // ProfileLookTableDims
+    {{36157, 20}, TagType::float_, writable | unsafe, -1, 0, 0},  // ProfileLookTableData
+    {{36177, 11}, TagType::string, writable | binary | unsafe, 0, 379, 14},  // OpcodeList1
+    {{36188, 11}, TagType::string, writable | binary | unsafe, 0, 379, 14},  // OpcodeList2
+    {{36199, 11}, TagType::string, writable | binary | unsafe, 0, 379, 14},  // OpcodeList3
+    {{36210, 12}, TagType::double_, writable | unsafe, -1, 0, 0},  // NoiseProfile
+    {{36222, 9}, TagType::int8u, writable, -1, 0, 0},  // TimeCodes
+    {{2920, 9}, TagType::rational64s, writable, 0, 0, 0},  // FrameRate
+    {{36231, 5}, TagType::rational64u, writable, -1, 0, 0},  // TStop
+    {{36236, 8}, TagType::string, writable, 0, 0, 0},  // ReelName
+    {{36244, 24}, TagType::int32u, writable | unsafe, 2, 0, 0},  // OriginalDefaultFinalSize
+    {{36268, 23}, TagType::int32u, writable | unsafe, 2, 0, 0},  // OriginalBestQualitySize
+    {{36291, 23}, TagType::rational64u, writable | unsafe, 2, 0, 0},  // OriginalDefaultCropSize
+    {{36314, 11}, TagType::string, writable, 0, 0, 0},  // CameraLabel
+    {{36325, 24}, TagType::int32u, writable | unsafe, 0, 144, 2},  // ProfileHueSatMapEncoding
+    {{36349, 24}, TagType::int32u, writable | unsafe, 0, 144, 2},  // ProfileLookTableEncoding
+    {{36373, 22}, TagType::rational64s, writable | unsafe, 0, 0, 0},  // BaselineExposureOffset
+    {{36395, 18}, TagType::int32u, writable | unsafe, 0, 144, 2},  // DefaultBlackRender
+    {{36413, 17}, TagType::int8u, writable | unsafe, 16, 0, 0},  // NewRawImageDigest
+    {{36430, 16}, TagType::double_, writable | unsafe, 0, 0, 0},  // RawToPreviewGain
+    {{36446, 12}, TagType::int32u, writable | unsafe, 4, 0, 0},  // CacheVersion
+    {{36458, 15}, TagType::rational64u, writable | unsafe, 4, 0, 0},  // DefaultUserCrop
+    {{36473, 11}, TagType::int16u, writable | unsafe, 0, 117, 3},  // DepthFormat
+    {{36484, 9}, TagType::rational64u, writable | unsafe, 0, 0, 0},  // DepthNear
+    {{36493, 8}, TagType::rational64u, writable | unsafe, 0, 0, 0},  // DepthFar
+    {{36501, 10}, TagType::int16u, writable | unsafe, 0, 144, 2},  // DepthUnits
+    {{36511, 16}, TagType::int16u, writable | unsafe, 0, 117, 3},  // DepthMeasureType
+    {{36527, 13}, TagType::string, writable | unsafe, 0, 0, 0},  // EnhanceParams
+    {{36540, 19}, TagType::string, writable | binary | unsafe, 0, 0, 0},  // ProfileGainTableMap
+    {{36559, 12}, TagType::string, none, 0, 0, 0},  // SemanticName
+    {{36571, 18}, TagType::string, none, 0, 0, 0},  // SemanticInstanceID
+    {{36589, 22}, TagType::int16u, writable | unsafe, 0, 235, 22},  // CalibrationIlluminant3
+    {{36611, 18}, TagType::rational64s, writable | unsafe, 0, 0, 0},  // CameraCalibration3
+    {{36629, 12}, TagType::rational64s, writable | unsafe, 0, 0, 0},  // ColorMatrix3
+    {{36641, 14}, TagType::rational64s, writable | unsafe, 0, 0, 0},  // ForwardMatrix3
+    {{36655, 15}, TagType::string, writable | unsafe, 0, 0, 0},  // IlluminantData1
+    {{36670, 15}, TagType::string, writable | unsafe, 0, 0, 0},  // IlluminantData2
+    {{36685, 15}, TagType::string, writable | unsafe, 0, 0, 0},  // IlluminantData3
+    {{36700, 11}, TagType::string, none, 4, 0, 0},  // MaskSubArea
+    {{36711, 21}, TagType::float_, writable | unsafe, 0, 0, 0},  // ProfileHueSatMapData3
+    {{36732, 16}, TagType::rational64s, writable | unsafe, 0, 0, 0},  // ReductionMatrix3
+    {{36748, 9}, TagType::string, writable | unsafe, 0, 0, 0},  // RGBTables
+    {{36757, 20}, TagType::string, writable | binary | unsafe, 0, 0, 0},  // ProfileGainTableMap2
+    {{36777, 22}, TagType::int32u, writable | unsafe, 0, 0, 0},  // ColumnInterleaveFactor
+    {{36799, 17}, TagType::string, writable, 0, 0, 0},  // ImageSequenceInfo
+    {{36816, 10}, TagType::string, writable | binary | unsafe, 0, 0, 0},  // ImageStats
+    {{36826, 19}, TagType::string, writable, 0, 0, 0},  // ProfileDynamicRange
+    {{36845, 16}, TagType::string, writable | unsafe, 0, 0, 0},  // ProfileGroupName
+    {{36861, 7}, TagType::string, writable | binary | unsafe, 0, 0, 0},  // Padding
+    {{36868, 12}, TagType::int32s, writable | unsafe, 0, 0, 0},  // OffsetSchema
+    {{36880, 4}, TagType::string, writable, 0, 0, 0},  // Lens
+    {{36884, 7}, TagType::string, writable, 0, 0, 0},  // RawFile
+    {{36891, 9}, TagType::string, writable, 0, 0, 0},  // Converter
+    {{36900, 8}, TagType::string, writable, 0, 0, 0},  // Exposure
+    {{36908, 7}, TagType::string, writable, 0, 0, 0},  // Shadows
+    {{36915, 10}, TagType::string, writable, 0, 0, 0},  // Brightness
+    {{36925, 10}, TagType::string, writable, 0, 0, 0},  // Smoothness
+    {{36935, 11}, TagType::string, writable, 0, 0, 0},  // MoireFilter
+    {{36946, 4}, TagType::string, writable | binary | unsafe, 0, 0, 0},  // EXIF
+    {{36950, 12}, TagType::int8u, writable, 4, 0, 0},  // GPSVersionID
+    {{36962, 14}, TagType::string, writable, 2, 393, 2},  // GPSLatitudeRef
+    {{36976, 11}, TagType::rational64u, writable, 1, 0, 0},  // GPSLatitude
+    {{36987, 15}, TagType::string, writable, 2, 395, 2},  // GPSLongitudeRef
+    {{37002, 12}, TagType::rational64u, writable, 1, 0, 0},  // GPSLongitude
+    {{37014, 14}, TagType::int8u, writable, 0, 144, 2},  // GPSAltitudeRef
+    {{37028, 11}, TagType::rational64u, writable, 0, 0, 0},  // GPSAltitude
+    {{37039, 12}, TagType::partialtime, writable, 1, 0, 0},  // GPSTimeStamp
+    {{37051, 13}, TagType::string, writable, 0, 0, 0},  // GPSSatellites
+    {{37064, 9}, TagType::string, writable, 2, 397, 2},  // GPSStatus
+    {{37073, 14}, TagType::string, writable, 2, 399, 2},  // GPSMeasureMode
+    {{37087, 6}, TagType::rational64u, writable, 0, 0, 0},  // GPSDOP
+    {{37093, 11}, TagType::string, writable, 2, 401, 3},  // GPSSpeedRef
+    {{37104, 8}, TagType::rational64u, writable, 0, 0, 0},  // GPSSpeed
+    {{37112, 11}, TagType::string, writable, 2, 404, 2},  // GPSTrackRef
+    {{37123, 8}, TagType::rational64u, writable, 0, 0, 0},  // GPSTrack
+    {{37131, 18}, TagType::string, writable, 2, 404, 2},  // GPSImgDirectionRef
+    {{37149, 15}, TagType::rational64u, writable, 0, 0, 0},  // GPSImgDirection
+    {{37164, 11}, TagType::string, writable, 0, 0, 0},  // GPSMapDatum
+    {{37175, 18}, TagType::string, writable, 2, 393, 2},  // GPSDestLatitudeRef
+    {{37193, 15}, TagType::rational64u, writable, 1, 0, 0},  // GPSDestLatitude
+    {{37208, 19}, TagType::string, writable, 2, 395, 2},  // GPSDestLongitudeRef
+    {{37227, 16}, TagType::rational64u, writable, 1, 0, 0},  // GPSDestLongitude
+    {{37243, 17}, TagType::string, writable, 2, 404, 2},  // GPSDestBearingRef
+    {{37260, 14}, TagType::rational64u, writable, 0, 0, 0},  // GPSDestBearing
+    {{37274, 18}, TagType::string, writable, 2, 401, 3},  // GPSDestDistanceRef
+    {{37292, 15}, TagType::rational64u, writable, 0, 0, 0},  // GPSDestDistance
+    {{37307, 19}, TagType::string, writable, 0, 0, 0},  // GPSProcessingMethod
+    {{37326, 18}, TagType::string, writable, 0, 0, 0},  // GPSAreaInformation
+    {{37344, 12}, TagType::partialdate, writable, 1, 0, 0},  // GPSDateStamp
+    {{37356, 15}, TagType::int16u, writable, 0, 144, 2},  // GPSDifferential
+    {{37371, 20}, TagType::rational64u, writable, 0, 0, 0},  // GPSHPositioningError
+    {{37391, 19}, TagType::string, writable, 0, 0, 0},  // PanasonicRawVersion
+    {{37410, 11}, TagType::string, none, 0, 0, 0},  // SensorWidth
+    {{37421, 12}, TagType::string, none, 0, 0, 0},  // SensorHeight
+    {{37433, 15}, TagType::string, none, 0, 0, 0},  // SensorTopBorder
+    {{37448, 16}, TagType::string, none, 0, 0, 0},  // SensorLeftBorder
+    {{37464, 18}, TagType::string, none, 0, 0, 0},  // SensorBottomBorder
+    {{37482, 17}, TagType::string, none, 0, 0, 0},  // SensorRightBorder
+    {{37499, 17}, TagType::int16u, writable, 0, 0, 0},  // LinearityLimitRed
+    {{37516, 19}, TagType::int16u, writable, 0, 0, 0},  // LinearityLimitGreen
+    {{37535, 18}, TagType::int16u, writable, 0, 0, 0},  // LinearityLimitBlue
+    {{37553, 10}, TagType::int16u, writable, 0, 0, 0},  // RedBalance
+    {{37563, 11}, TagType::int16u, writable, 0, 0, 0},  // BlueBalance
+    {{37574, 20}, TagType::int16u, writable, 0, 0, 0},  // HighISOMultiplierRed
+    {{37594, 22}, TagType::int16u, writable, 0, 0, 0},  // HighISOMultiplierGreen
+    {{37616, 21}, TagType::int16u, writable, 0, 0, 0},  // HighISOMultiplierBlue
+    {{37637, 20}, TagType::string, writable | unsafe, 0, 0, 0},  // NoiseReductionParams
+    {{37657, 13}, TagType::int16u, writable, 0, 0, 0},  // BlackLevelRed
+    {{37670, 15}, TagType::int16u, writable, 0, 0, 0},  // BlackLevelGreen
+    {{37685, 14}, TagType::int16u, writable, 0, 0, 0},  // BlackLevelBlue
+    {{37699, 10}, TagType::int16u, writable, 0, 0, 0},  // WBRedLevel
+    {{37709, 12}, TagType::int16u, writable, 0, 0, 0},  // WBGreenLevel
+    {{37721, 11}, TagType::int16u, writable, 0, 0, 0},  // WBBlueLevel
+    {{37732, 9}, TagType::int16u, writable | unsafe, 0, 0, 0},  // RawFormat
+    {{37741, 7}, TagType::int16u, writable, 0, 0, 0},  // CropTop
+    {{37748, 8}, TagType::int16u, writable, 0, 0, 0},  // CropLeft
+    {{37756, 10}, TagType::int16u, writable, 0, 0, 0},  // CropBottom
+    {{37766, 9}, TagType::int16u, writable, 0, 0, 0},  // CropRight
+    {{37775, 13}, TagType::string, none, 0, 0, 0},  // RawDataOffset
+    {{37788, 9}, TagType::int32u, writable, 0, 406, 2},  // Multishot
+    {{37797, 11}, TagType::string, none, 0, 0, 0},  // JpgFromRaw2
 };
 constexpr detail::TextRef kChoicesEXIF[] = {
     {37808, 3}, {37811, 3}, {37814, 3}, {1886, 1}, {1887, 1}, {4188, 1}, {8118, 1}, {8119, 1},
@@ -9603,26 +9599,25 @@ constexpr std::uint16_t kKeyOrderEXIF[] = {
     101, 103, 102, 80, 40, 36,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsEXIF[614];
-constinit detail::StreamTags gTagsEXIF("EXIF", kText, kTagsEXIF, kKeyOrderEXIF, kChoicesEXIF, gItemsEXIF, &TagStringsCatalogue::stringsEXIF);
 
 // FITS: 14 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsFITS[] = {
-    {{3939, 6}, TagType::string, 0, 0, 0, 0},  // Author
-    {{145898, 10}, TagType::string, 0, 0, 0, 0},  // Background
-    {{6843, 7}, TagType::string, 0, 0, 0, 0},  // Comment
-    {{3945, 10}, TagType::string, 0, 0, 0, 0},  // CreateDate
-    {{145908, 18}, TagType::string, 0, 0, 0, 0},  // ObservationDateEnd
-    {{145926, 15}, TagType::string, 0, 0, 0, 0},  // ObservationDate
-    {{145941, 7}, TagType::string, 0, 0, 0, 0},  // History
-    {{145948, 10}, TagType::string, 0, 0, 0, 0},  // Instrument
-    {{145958, 6}, TagType::string, 0, 0, 0, 0},  // Object
-    {{145964, 8}, TagType::string, 0, 0, 0, 0},  // Observer
-    {{145972, 9}, TagType::string, 0, 0, 0, 0},  // Reference
-    {{145981, 9}, TagType::string, 0, 0, 0, 0},  // Telescope
-    {{145990, 18}, TagType::string, 0, 0, 0, 0},  // ObservationTimeEnd
-    {{146008, 15}, TagType::string, 0, 0, 0, 0},  // ObservationTime
+    {{3939, 6}, TagType::string, none, 0, 0, 0},  // Author
+    {{145898, 10}, TagType::string, none, 0, 0, 0},  // Background
+    {{6843, 7}, TagType::string, none, 0, 0, 0},  // Comment
+    {{3945, 10}, TagType::string, none, 0, 0, 0},  // CreateDate
+    {{145908, 18}, TagType::string, none, 0, 0, 0},  // ObservationDateEnd
+    {{145926, 15}, TagType::string, none, 0, 0, 0},  // ObservationDate
+    {{145941, 7}, TagType::string, none, 0, 0, 0},  // History
+    {{145948, 10}, TagType::string, none, 0, 0, 0},  // Instrument
+    {{145958, 6}, TagType::string, none, 0, 0, 0},  // Object
+    {{145964, 8}, TagType::string, none, 0, 0, 0},  // Observer
+    {{145972, 9}, TagType::string, none, 0, 0, 0},  // Reference
+    {{145981, 9}, TagType::string, none, 0, 0, 0},  // Telescope
+    {{145990, 18}, TagType::string, none, 0, 0, 0},  // ObservationTimeEnd
+    {{146008, 15}, TagType::string, none, 0, 0, 0},  // ObservationTime
 };
 constexpr detail::StringRow kStringsEnglishFITS[] = {
     {{146023, 11}, {3939, 6}},
@@ -9678,34 +9673,33 @@ constexpr std::uint16_t kKeyOrderFITS[] = {
     0, 1, 2, 3, 6, 7, 8, 5, 4, 13, 12, 9, 10, 11,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsFITS[14];
-constinit detail::StreamTags gTagsFITS("FITS", kText, kTagsFITS, kKeyOrderFITS, {}, gItemsFITS, &TagStringsCatalogue::stringsFITS);
 
 // FLAC: 22 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsFLAC[] = {
-    {{36861, 7}, TagType::string, 8, 0, 0, 0},  // Padding
-    {{146345, 18}, TagType::string, 8, 0, 0, 0},  // ApplicationUnknown
-    {{146363, 9}, TagType::string, 8, 0, 0, 0},  // SeekTable
-    {{146372, 8}, TagType::string, 8, 0, 0, 0},  // CueSheet
-    {{146380, 11}, TagType::int32u, 0, 0, 0, 21},  // PictureType
-    {{146391, 15}, TagType::var_pstr32, 0, 0, 0, 0},  // PictureMIMEType
-    {{146406, 18}, TagType::var_pstr32, 0, 0, 0, 0},  // PictureDescription
-    {{146424, 12}, TagType::int32u, 0, 0, 0, 0},  // PictureWidth
-    {{146436, 13}, TagType::int32u, 0, 0, 0, 0},  // PictureHeight
-    {{146449, 19}, TagType::int32u, 0, 0, 0, 0},  // PictureBitsPerPixel
-    {{146468, 20}, TagType::int32u, 0, 0, 0, 0},  // PictureIndexedColors
-    {{146488, 13}, TagType::int32u, 0, 0, 0, 0},  // PictureLength
-    {{146501, 7}, TagType::string, 8, 0, 0, 0},  // Picture
-    {{146508, 12}, TagType::string, 0, 0, 0, 0},  // BlockSizeMin
-    {{146520, 12}, TagType::string, 0, 0, 0, 0},  // BlockSizeMax
-    {{146532, 12}, TagType::string, 0, 0, 0, 0},  // FrameSizeMin
-    {{146544, 12}, TagType::string, 0, 0, 0, 0},  // FrameSizeMax
-    {{146556, 10}, TagType::string, 0, 0, 0, 0},  // SampleRate
-    {{146566, 8}, TagType::string, 0, 0, 0, 0},  // Channels
-    {{29212, 13}, TagType::string, 0, 0, 0, 0},  // BitsPerSample
-    {{146574, 12}, TagType::string, 0, 0, 0, 0},  // TotalSamples
-    {{146586, 12}, TagType::string, 0, 0, 0, 0},  // MD5Signature
+    {{36861, 7}, TagType::string, binary, 0, 0, 0},  // Padding
+    {{146345, 18}, TagType::string, binary, 0, 0, 0},  // ApplicationUnknown
+    {{146363, 9}, TagType::string, binary, 0, 0, 0},  // SeekTable
+    {{146372, 8}, TagType::string, binary, 0, 0, 0},  // CueSheet
+    {{146380, 11}, TagType::int32u, none, 0, 0, 21},  // PictureType
+    {{146391, 15}, TagType::var_pstr32, none, 0, 0, 0},  // PictureMIMEType
+    {{146406, 18}, TagType::var_pstr32, none, 0, 0, 0},  // PictureDescription
+    {{146424, 12}, TagType::int32u, none, 0, 0, 0},  // PictureWidth
+    {{146436, 13}, TagType::int32u, none, 0, 0, 0},  // PictureHeight
+    {{146449, 19}, TagType::int32u, none, 0, 0, 0},  // PictureBitsPerPixel
+    {{146468, 20}, TagType::int32u, none, 0, 0, 0},  // PictureIndexedColors
+    {{146488, 13}, TagType::int32u, none, 0, 0, 0},  // PictureLength
+    {{146501, 7}, TagType::string, binary, 0, 0, 0},  // Picture
+    {{146508, 12}, TagType::string, none, 0, 0, 0},  // BlockSizeMin
+    {{146520, 12}, TagType::string, none, 0, 0, 0},  // BlockSizeMax
+    {{146532, 12}, TagType::string, none, 0, 0, 0},  // FrameSizeMin
+    {{146544, 12}, TagType::string, none, 0, 0, 0},  // FrameSizeMax
+    {{146556, 10}, TagType::string, none, 0, 0, 0},  // SampleRate
+    {{146566, 8}, TagType::string, none, 0, 0, 0},  // Channels
+    {{29212, 13}, TagType::string, none, 0, 0, 0},  // BitsPerSample
+    {{146574, 12}, TagType::string, none, 0, 0, 0},  // TotalSamples
+    {{146586, 12}, TagType::string, none, 0, 0, 0},  // MD5Signature
 };
 constexpr detail::TextRef kChoicesFLAC[] = {
     {1886, 1}, {1887, 1}, {4188, 1}, {8118, 1}, {8119, 1}, {4189, 1}, {4190, 1}, {8120, 1},
@@ -9829,199 +9823,198 @@ constexpr std::uint16_t kKeyOrderFLAC[] = {
     1, 19, 14, 13, 18, 3, 16, 15, 21, 0, 12, 9, 6, 8, 10, 11, 5, 4, 7, 17, 2, 20,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsFLAC[22];
-constinit detail::StreamTags gTagsFLAC("FLAC", kText, kTagsFLAC, kKeyOrderFLAC, kChoicesFLAC, gItemsFLAC, &TagStringsCatalogue::stringsFLAC);
 
 // FLIR: 187 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsFLIR[] = {
-    {{148419, 23}, TagType::string, 0, 0, 0, 0},  // PeakSpectralSensitivity
-    {{148442, 16}, TagType::int16u, 0, 0, 0, 0},  // RawDataByteOrder
-    {{37410, 11}, TagType::int16u, 0, 0, 0, 0},  // SensorWidth
-    {{37421, 12}, TagType::int16u, 0, 0, 0, 0},  // SensorHeight
-    {{148458, 19}, TagType::int16u, 0, 0, 0, 0},  // CameraInfoByteOrder
-    {{308, 10}, TagType::float_, 2, 0, 0, 0},  // Emissivity
-    {{278, 14}, TagType::float_, 0, 0, 0, 0},  // ObjectDistance
-    {{148477, 28}, TagType::float_, 0, 0, 0, 0},  // ReflectedApparentTemperature
-    {{148505, 22}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTemperature
-    {{148527, 19}, TagType::float_, 0, 0, 0, 0},  // IRWindowTemperature
-    {{148546, 20}, TagType::float_, 0, 0, 0, 0},  // IRWindowTransmission
-    {{292, 16}, TagType::float_, 0, 0, 0, 0},  // RelativeHumidity
-    {{148566, 8}, TagType::float_, 0, 0, 0, 0},  // PlanckR1
-    {{148574, 7}, TagType::float_, 0, 0, 0, 0},  // PlanckB
-    {{148581, 7}, TagType::float_, 0, 0, 0, 0},  // PlanckF
-    {{148588, 22}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTransAlpha1
-    {{148610, 22}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTransAlpha2
-    {{148632, 21}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTransBeta1
-    {{148653, 21}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTransBeta2
-    {{148674, 17}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTransX
-    {{148691, 25}, TagType::float_, 2, 0, 0, 0},  // CameraTemperatureRangeMax
-    {{148716, 25}, TagType::float_, 2, 0, 0, 0},  // CameraTemperatureRangeMin
-    {{148741, 24}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMaxClip
-    {{148765, 24}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMinClip
-    {{148789, 24}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMaxWarn
-    {{148813, 24}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMinWarn
-    {{148837, 29}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMaxSaturated
-    {{148866, 29}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMinSaturated
-    {{148895, 11}, TagType::string, 0, 32, 0, 0},  // CameraModel
-    {{148906, 16}, TagType::string, 0, 32, 0, 0},  // CameraPartNumber
-    {{35329, 18}, TagType::string, 0, 32, 0, 0},  // CameraSerialNumber
-    {{148922, 14}, TagType::string, 0, 16, 0, 0},  // CameraSoftware
-    {{34330, 9}, TagType::string, 0, 32, 0, 0},  // LensModel
-    {{148936, 14}, TagType::string, 0, 32, 0, 0},  // LensPartNumber
-    {{34339, 16}, TagType::string, 0, 32, 0, 0},  // LensSerialNumber
-    {{148950, 11}, TagType::float_, 0, 0, 0, 0},  // FieldOfView
-    {{148961, 11}, TagType::string, 0, 32, 0, 0},  // FilterModel
-    {{148972, 16}, TagType::string, 0, 32, 0, 0},  // FilterPartNumber
-    {{148988, 18}, TagType::string, 0, 32, 0, 0},  // FilterSerialNumber
-    {{149006, 7}, TagType::int32s, 0, 0, 0, 0},  // PlanckO
-    {{149013, 8}, TagType::float_, 0, 0, 0, 0},  // PlanckR2
-    {{149021, 16}, TagType::int16u, 0, 0, 0, 0},  // RawValueRangeMin
-    {{149037, 16}, TagType::int16u, 0, 0, 0, 0},  // RawValueRangeMax
-    {{149053, 14}, TagType::int16u, 0, 0, 0, 0},  // RawValueMedian
-    {{149067, 13}, TagType::int16u, 0, 0, 0, 0},  // RawValueRange
-    {{2896, 16}, TagType::int32u, 0, 10, 0, 0},  // DateTimeOriginal
-    {{149080, 14}, TagType::int16u, 0, 0, 0, 0},  // FocusStepCount
-    {{149094, 13}, TagType::float_, 0, 0, 0, 0},  // FocusDistance
-    {{2920, 9}, TagType::int16u, 0, 0, 0, 0},  // FrameRate
-    {{149107, 18}, TagType::int16u, 0, 0, 0, 0},  // CoarseMapByteOrder
-    {{149125, 19}, TagType::int16u, 0, 0, 0, 0},  // CoarseMapImageWidth
-    {{149144, 20}, TagType::int16u, 0, 0, 0, 0},  // CoarseMapImageHeight
-    {{149164, 18}, TagType::string, 0, 0, 0, 0},  // CoarseMapImageType
-    {{149182, 14}, TagType::int16u, 0, 0, 0, 0},  // CoarseMapImage
-    {{149196, 22}, TagType::int16u, 0, 0, 0, 0},  // EmbeddedImageByteOrder
-    {{149218, 18}, TagType::int16u, 0, 0, 0, 0},  // EmbeddedImageWidth
-    {{149236, 19}, TagType::int16u, 0, 0, 0, 0},  // EmbeddedImageHeight
-    {{149255, 17}, TagType::string, 0, 4, 0, 0},  // EmbeddedImageType
-    {{149272, 13}, TagType::string, 8, 0, 0, 0},  // EmbeddedImage
-    {{149285, 17}, TagType::string, 0, 0, 0, 0},  // EmbeddedAudioFile
-    {{149302, 10}, TagType::int32u, 0, 0, 0, 0},  // FPFVersion
-    {{149312, 15}, TagType::int32u, 0, 0, 0, 0},  // ImageDataOffset
-    {{34671, 9}, TagType::int16u, 0, 0, 0, 4},  // ImageType
-    {{149327, 16}, TagType::int16u, 0, 0, 0, 4},  // ImagePixelFormat
-    {{2940, 10}, TagType::int16u, 0, 0, 0, 0},  // ImageWidth
-    {{2929, 11}, TagType::int16u, 0, 0, 0, 0},  // ImageHeight
-    {{149343, 20}, TagType::int32u, 0, 0, 0, 0},  // ExternalTriggerCount
-    {{149363, 19}, TagType::int32u, 0, 0, 0, 0},  // SequenceFrameNumber
-    {{149382, 24}, TagType::float_, 0, 0, 0, 0},  // ComputedAtmosphericTrans
-    {{149406, 25}, TagType::float_, 0, 0, 0, 0},  // EstimatedAtmosphericTrans
-    {{149431, 20}, TagType::float_, 0, 0, 0, 0},  // ReferenceTemperature
-    {{149451, 14}, TagType::float_, 0, 0, 0, 0},  // CameraScaleMin
-    {{149465, 14}, TagType::float_, 0, 0, 0, 0},  // CameraScaleMax
-    {{149479, 18}, TagType::float_, 0, 0, 0, 0},  // CalculatedScaleMin
-    {{149497, 18}, TagType::float_, 0, 0, 0, 0},  // CalculatedScaleMax
-    {{149515, 14}, TagType::float_, 0, 0, 0, 0},  // ActualScaleMin
-    {{149529, 14}, TagType::float_, 0, 0, 0, 0},  // ActualScaleMax
-    {{149543, 8}, TagType::int32u, 0, 0, 4, 2},  // GPSValid
-    {{36950, 12}, TagType::string, 0, 4, 0, 0},  // GPSVersionID
-    {{36962, 14}, TagType::string, 0, 2, 6, 2},  // GPSLatitudeRef
-    {{36987, 15}, TagType::string, 0, 2, 8, 2},  // GPSLongitudeRef
-    {{36976, 11}, TagType::float_, 0, 0, 0, 0},  // GPSLatitude
-    {{37002, 12}, TagType::float_, 0, 0, 0, 0},  // GPSLongitude
-    {{37028, 11}, TagType::float_, 0, 0, 0, 0},  // GPSAltitude
-    {{37087, 6}, TagType::float_, 0, 0, 0, 0},  // GPSDOP
-    {{37093, 11}, TagType::string, 0, 2, 10, 3},  // GPSSpeedRef
-    {{37112, 11}, TagType::string, 0, 2, 13, 2},  // GPSTrackRef
-    {{37131, 18}, TagType::string, 0, 2, 13, 2},  // GPSImgDirectionRef
-    {{37104, 8}, TagType::float_, 0, 0, 0, 0},  // GPSSpeed
-    {{37123, 8}, TagType::float_, 0, 0, 0, 0},  // GPSTrack
-    {{37149, 15}, TagType::float_, 0, 0, 0, 0},  // GPSImgDirection
-    {{37164, 11}, TagType::string, 0, 16, 0, 0},  // GPSMapDatum
-    {{149551, 20}, TagType::int16u, 0, 0, 0, 0},  // GainDeadMapByteOrder
-    {{149571, 21}, TagType::int16u, 0, 0, 0, 0},  // GainDeadMapImageWidth
-    {{149592, 22}, TagType::int16u, 0, 0, 0, 0},  // GainDeadMapImageHeight
-    {{149614, 20}, TagType::string, 0, 0, 0, 0},  // GainDeadMapImageType
-    {{149634, 16}, TagType::int16u, 0, 0, 0, 0},  // GainDeadMapImage
-    {{149650, 15}, TagType::string, 0, 16, 0, 0},  // CreatorSoftware
-    {{149665, 19}, TagType::rational64u, 2, 0, 0, 0},  // ImageTemperatureMax
-    {{149684, 19}, TagType::rational64u, 2, 0, 0, 0},  // ImageTemperatureMin
-    {{149703, 18}, TagType::rational64u, 2, 0, 0, 0},  // UnknownTemperature
-    {{149721, 10}, TagType::int16u, 0, 0, 0, 0},  // Meas1Label
-    {{149731, 11}, TagType::int16u, 0, 0, 0, 0},  // Meas1Params
-    {{149742, 9}, TagType::int16u, 0, 0, 15, 8},  // Meas1Type
-    {{149751, 13}, TagType::int8u, 0, 0, 23, 4},  // Reading1Units
-    {{149764, 19}, TagType::int8u, 0, 0, 27, 6},  // Reading1Description
-    {{149783, 14}, TagType::string, 0, 16, 0, 0},  // Reading1Device
-    {{149797, 13}, TagType::double_, 0, 0, 0, 0},  // Reading1Value
-    {{149810, 13}, TagType::int8u, 0, 0, 23, 4},  // Reading2Units
-    {{149823, 19}, TagType::int8u, 0, 0, 27, 6},  // Reading2Description
-    {{149842, 14}, TagType::string, 0, 16, 0, 0},  // Reading2Device
-    {{149856, 13}, TagType::double_, 0, 0, 0, 0},  // Reading2Value
-    {{149869, 13}, TagType::int8u, 0, 0, 23, 4},  // Reading3Units
-    {{149882, 19}, TagType::int8u, 0, 0, 27, 6},  // Reading3Description
-    {{149901, 14}, TagType::string, 0, 16, 0, 0},  // Reading3Device
-    {{149915, 13}, TagType::double_, 0, 0, 0, 0},  // Reading3Value
-    {{149928, 13}, TagType::int8u, 0, 0, 23, 4},  // Reading4Units
-    {{149941, 19}, TagType::int8u, 0, 0, 27, 6},  // Reading4Description
-    {{149960, 14}, TagType::string, 0, 16, 0, 0},  // Reading4Device
-    {{149974, 13}, TagType::double_, 0, 0, 0, 0},  // Reading4Value
-    {{149987, 19}, TagType::float_, 0, 0, 0, 0},  // UnknownTemperature1
-    {{150006, 19}, TagType::float_, 0, 0, 0, 0},  // UnknownTemperature2
-    {{150025, 14}, TagType::int16u, 0, 0, 0, 0},  // PaintByteOrder
-    {{150039, 15}, TagType::int16u, 0, 0, 0, 0},  // PaintImageWidth
-    {{150054, 16}, TagType::int16u, 0, 0, 0, 0},  // PaintImageHeight
-    {{150070, 14}, TagType::string, 0, 0, 0, 0},  // PaintImageType
-    {{150084, 10}, TagType::int16u, 0, 0, 0, 0},  // PaintImage
-    {{150094, 13}, TagType::int8u, 0, 0, 0, 0},  // PaletteColors
-    {{150107, 10}, TagType::int8u, 0, 3, 0, 0},  // AboveColor
-    {{150117, 10}, TagType::int8u, 0, 3, 0, 0},  // BelowColor
-    {{150127, 13}, TagType::int8u, 0, 3, 0, 0},  // OverflowColor
-    {{150140, 14}, TagType::int8u, 0, 3, 0, 0},  // UnderflowColor
-    {{150154, 14}, TagType::int8u, 0, 3, 0, 0},  // Isotherm1Color
-    {{150168, 14}, TagType::int8u, 0, 3, 0, 0},  // Isotherm2Color
-    {{150182, 13}, TagType::int8u, 0, 0, 0, 0},  // PaletteMethod
-    {{150195, 14}, TagType::int8u, 0, 0, 0, 0},  // PaletteStretch
-    {{150209, 15}, TagType::string, 0, 32, 0, 0},  // PaletteFileName
-    {{150224, 11}, TagType::string, 0, 32, 0, 0},  // PaletteName
-    {{150235, 7}, TagType::string, 8, 0, 0, 0},  // Palette
-    {{150242, 17}, TagType::string, 0, 0, 0, 0},  // DateTimeGenerated
-    {{150259, 6}, TagType::string, 0, 0, 0, 0},  // Param0
-    {{150265, 6}, TagType::string, 0, 0, 0, 0},  // Param1
-    {{150271, 6}, TagType::string, 0, 0, 0, 0},  // Param2
-    {{150277, 6}, TagType::string, 0, 0, 0, 0},  // Param3
-    {{150283, 7}, TagType::string, 0, 0, 0, 0},  // BAHPVer
-    {{150290, 7}, TagType::string, 0, 0, 0, 0},  // BALPVer
-    {{150297, 7}, TagType::string, 0, 0, 0, 0},  // Battery
-    {{150304, 7}, TagType::string, 0, 0, 0, 0},  // BAVPVer
-    {{150311, 7}, TagType::string, 0, 0, 0, 0},  // CamCore
-    {{150318, 13}, TagType::string, 0, 0, 0, 0},  // DetectorBoard
-    {{150331, 8}, TagType::string, 0, 0, 0, 0},  // Detector
-    {{150339, 7}, TagType::string, 0, 0, 0, 0},  // GIDCVer
-    {{150346, 7}, TagType::string, 0, 0, 0, 0},  // GIDPVer
-    {{150353, 9}, TagType::string, 0, 0, 0, 0},  // GIPC_CPLD
-    {{150362, 7}, TagType::string, 0, 0, 0, 0},  // GIPCVer
-    {{150369, 7}, TagType::string, 0, 0, 0, 0},  // GIXIVer
-    {{150376, 9}, TagType::string, 0, 0, 0, 0},  // MainBoard
-    {{150385, 6}, TagType::string, 0, 0, 0, 0},  // Optics
-    {{150391, 10}, TagType::string, 0, 0, 0, 0},  // PartNumber
-    {{150401, 7}, TagType::float_, 0, 0, 0, 0},  // Real2IR
-    {{150408, 7}, TagType::int16s, 0, 0, 0, 0},  // OffsetX
-    {{150415, 7}, TagType::int16s, 0, 0, 0, 0},  // OffsetY
-    {{150422, 5}, TagType::int16s, 0, 0, 0, 0},  // PiPX1
-    {{150427, 5}, TagType::int16s, 0, 0, 0, 0},  // PiPX2
-    {{150432, 5}, TagType::int16s, 0, 0, 0, 0},  // PiPY1
-    {{150437, 5}, TagType::int16s, 0, 0, 0, 0},  // PiPY2
-    {{150442, 20}, TagType::int16u, 0, 0, 0, 0},  // RawThermalImageWidth
-    {{150462, 21}, TagType::int16u, 0, 0, 0, 0},  // RawThermalImageHeight
-    {{150483, 19}, TagType::string, 0, 0, 0, 0},  // RawThermalImageType
-    {{150502, 15}, TagType::int16u, 0, 0, 0, 0},  // RawThermalImage
-    {{150517, 14}, TagType::string, 0, 33, 0, 0},  // UnknownSerial1
-    {{150531, 14}, TagType::string, 0, 33, 0, 0},  // UnknownSerial2
-    {{150545, 14}, TagType::string, 0, 33, 0, 0},  // UnknownSerial3
-    {{150559, 14}, TagType::string, 0, 11, 0, 0},  // UnknownSerial4
-    {{150573, 13}, TagType::string, 0, 3, 0, 0},  // UnknownNumber
-    {{150586, 6}, TagType::string, 0, 0, 0, 0},  // Label0
-    {{150592, 6}, TagType::string, 0, 0, 0, 0},  // Label1
-    {{150598, 6}, TagType::string, 0, 0, 0, 0},  // Label2
-    {{150604, 6}, TagType::string, 0, 0, 0, 0},  // Label3
-    {{150610, 6}, TagType::string, 0, 0, 0, 0},  // Value0
-    {{150616, 6}, TagType::string, 0, 0, 0, 0},  // Value1
-    {{150622, 6}, TagType::string, 0, 0, 0, 0},  // Value2
-    {{150628, 6}, TagType::string, 0, 0, 0, 0},  // Value3
-    {{150634, 18}, TagType::string, 0, 0, 0, 0},  // SoftwareComponents
-    {{150652, 12}, TagType::string, 0, 0, 0, 0},  // FLIR_Unknown
-    {{150664, 5}, TagType::string, 1, 0, 0, 0},  // Units
-    {{29140, 14}, TagType::string, 8, 0, 0, 0},  // ThumbnailImage
+    {{148419, 23}, TagType::string, none, 0, 0, 0},  // PeakSpectralSensitivity
+    {{148442, 16}, TagType::int16u, none, 0, 0, 0},  // RawDataByteOrder
+    {{37410, 11}, TagType::int16u, none, 0, 0, 0},  // SensorWidth
+    {{37421, 12}, TagType::int16u, none, 0, 0, 0},  // SensorHeight
+    {{148458, 19}, TagType::int16u, none, 0, 0, 0},  // CameraInfoByteOrder
+    {{308, 10}, TagType::float_, writable, 0, 0, 0},  // Emissivity
+    {{278, 14}, TagType::float_, none, 0, 0, 0},  // ObjectDistance
+    {{148477, 28}, TagType::float_, none, 0, 0, 0},  // ReflectedApparentTemperature
+    {{148505, 22}, TagType::float_, none, 0, 0, 0},  // AtmosphericTemperature
+    {{148527, 19}, TagType::float_, none, 0, 0, 0},  // IRWindowTemperature
+    {{148546, 20}, TagType::float_, none, 0, 0, 0},  // IRWindowTransmission
+    {{292, 16}, TagType::float_, none, 0, 0, 0},  // RelativeHumidity
+    {{148566, 8}, TagType::float_, none, 0, 0, 0},  // PlanckR1
+    {{148574, 7}, TagType::float_, none, 0, 0, 0},  // PlanckB
+    {{148581, 7}, TagType::float_, none, 0, 0, 0},  // PlanckF
+    {{148588, 22}, TagType::float_, none, 0, 0, 0},  // AtmosphericTransAlpha1
+    {{148610, 22}, TagType::float_, none, 0, 0, 0},  // AtmosphericTransAlpha2
+    {{148632, 21}, TagType::float_, none, 0, 0, 0},  // AtmosphericTransBeta1
+    {{148653, 21}, TagType::float_, none, 0, 0, 0},  // AtmosphericTransBeta2
+    {{148674, 17}, TagType::float_, none, 0, 0, 0},  // AtmosphericTransX
+    {{148691, 25}, TagType::float_, writable, 0, 0, 0},  // CameraTemperatureRangeMax
+    {{148716, 25}, TagType::float_, writable, 0, 0, 0},  // CameraTemperatureRangeMin
+    {{148741, 24}, TagType::float_, none, 0, 0, 0},  // CameraTemperatureMaxClip
+    {{148765, 24}, TagType::float_, none, 0, 0, 0},  // CameraTemperatureMinClip
+    {{148789, 24}, TagType::float_, none, 0, 0, 0},  // CameraTemperatureMaxWarn
+    {{148813, 24}, TagType::float_, none, 0, 0, 0},  // CameraTemperatureMinWarn
+    {{148837, 29}, TagType::float_, none, 0, 0, 0},  // CameraTemperatureMaxSaturated
+    {{148866, 29}, TagType::float_, none, 0, 0, 0},  // CameraTemperatureMinSaturated
+    {{148895, 11}, TagType::string, none, 32, 0, 0},  // CameraModel
+    {{148906, 16}, TagType::string, none, 32, 0, 0},  // CameraPartNumber
+    {{35329, 18}, TagType::string, none, 32, 0, 0},  // CameraSerialNumber
+    {{148922, 14}, TagType::string, none, 16, 0, 0},  // CameraSoftware
+    {{34330, 9}, TagType::string, none, 32, 0, 0},  // LensModel
+    {{148936, 14}, TagType::string, none, 32, 0, 0},  // LensPartNumber
+    {{34339, 16}, TagType::string, none, 32, 0, 0},  // LensSerialNumber
+    {{148950, 11}, TagType::float_, none, 0, 0, 0},  // FieldOfView
+    {{148961, 11}, TagType::string, none, 32, 0, 0},  // FilterModel
+    {{148972, 16}, TagType::string, none, 32, 0, 0},  // FilterPartNumber
+    {{148988, 18}, TagType::string, none, 32, 0, 0},  // FilterSerialNumber
+    {{149006, 7}, TagType::int32s, none, 0, 0, 0},  // PlanckO
+    {{149013, 8}, TagType::float_, none, 0, 0, 0},  // PlanckR2
+    {{149021, 16}, TagType::int16u, none, 0, 0, 0},  // RawValueRangeMin
+    {{149037, 16}, TagType::int16u, none, 0, 0, 0},  // RawValueRangeMax
+    {{149053, 14}, TagType::int16u, none, 0, 0, 0},  // RawValueMedian
+    {{149067, 13}, TagType::int16u, none, 0, 0, 0},  // RawValueRange
+    {{2896, 16}, TagType::int32u, none, 10, 0, 0},  // DateTimeOriginal
+    {{149080, 14}, TagType::int16u, none, 0, 0, 0},  // FocusStepCount
+    {{149094, 13}, TagType::float_, none, 0, 0, 0},  // FocusDistance
+    {{2920, 9}, TagType::int16u, none, 0, 0, 0},  // FrameRate
+    {{149107, 18}, TagType::int16u, none, 0, 0, 0},  // CoarseMapByteOrder
+    {{149125, 19}, TagType::int16u, none, 0, 0, 0},  // CoarseMapImageWidth
+    {{149144, 20}, TagType::int16u, none, 0, 0, 0},  // CoarseMapImageHeight
+    {{149164, 18}, TagType::string, none, 0, 0, 0},  // CoarseMapImageType
+    {{149182, 14}, TagType::int16u, none, 0, 0, 0},  // CoarseMapImage
+    {{149196, 22}, TagType::int16u, none, 0, 0, 0},  // EmbeddedImageByteOrder
+    {{149218, 18}, TagType::int16u, none, 0, 0, 0},  // EmbeddedImageWidth
+    {{149236, 19}, TagType::int16u, none, 0, 0, 0},  // EmbeddedImageHeight
+    {{149255, 17}, TagType::string, none, 4, 0, 0},  // EmbeddedImageType
+    {{149272, 13}, TagType::string, binary, 0, 0, 0},  // EmbeddedImage
+    {{149285, 17}, TagType::string, none, 0, 0, 0},  // EmbeddedAudioFile
+    {{149302, 10}, TagType::int32u, none, 0, 0, 0},  // FPFVersion
+    {{149312, 15}, TagType::int32u, none, 0, 0, 0},  // ImageDataOffset
+    {{34671, 9}, TagType::int16u, none, 0, 0, 4},  // ImageType
+    {{149327, 16}, TagType::int16u, none, 0, 0, 4},  // ImagePixelFormat
+    {{2940, 10}, TagType::int16u, none, 0, 0, 0},  // ImageWidth
+    {{2929, 11}, TagType::int16u, none, 0, 0, 0},  // ImageHeight
+    {{149343, 20}, TagType::int32u, none, 0, 0, 0},  // ExternalTriggerCount
+    {{149363, 19}, TagType::int32u, none, 0, 0, 0},  // SequenceFrameNumber
+    {{149382, 24}, TagType::float_, none, 0, 0, 0},  // ComputedAtmosphericTrans
+    {{149406, 25}, TagType::float_, none, 0, 0, 0},  // EstimatedAtmosphericTrans
+    {{149431, 20}, TagType::float_, none, 0, 0, 0},  // ReferenceTemperature
+    {{149451, 14}, TagType::float_, none, 0, 0, 0},  // CameraScaleMin
+    {{149465, 14}, TagType::float_, none, 0, 0, 0},  // CameraScaleMax
+    {{149479, 18}, TagType::float_, none, 0, 0, 0},  // CalculatedScaleMin
+    {{149497, 18}, TagType::float_, none, 0, 0, 0},  // CalculatedScaleMax
+    {{149515, 14}, TagType::float_, none, 0, 0, 0},  // ActualScaleMin
+    {{149529, 14}, TagType::float_, none, 0, 0, 0},  // ActualScaleMax
+    {{149543, 8}, TagType::int32u, none, 0, 4, 2},  // GPSValid
+    {{36950, 12}, TagType::string, none, 4, 0, 0},  // GPSVersionID
+    {{36962, 14}, TagType::string, none, 2, 6, 2},  // GPSLatitudeRef
+    {{36987, 15}, TagType::string, none, 2, 8, 2},  // GPSLongitudeRef
+    {{36976, 11}, TagType::float_, none, 0, 0, 0},  // GPSLatitude
+    {{37002, 12}, TagType::float_, none, 0, 0, 0},  // GPSLongitude
+    {{37028, 11}, TagType::float_, none, 0, 0, 0},  // GPSAltitude
+    {{37087, 6}, TagType::float_, none, 0, 0, 0},  // GPSDOP
+    {{37093, 11}, TagType::string, none, 2, 10, 3},  // GPSSpeedRef
+    {{37112, 11}, TagType::string, none, 2, 13, 2},  // GPSTrackRef
+    {{37131, 18}, TagType::string, none, 2, 13, 2},  // GPSImgDirectionRef
+    {{37104, 8}, TagType::float_, none, 0, 0, 0},  // GPSSpeed
+    {{37123, 8}, TagType::float_, none, 0, 0, 0},  // GPSTrack
+    {{37149, 15}, TagType::float_, none, 0, 0, 0},  // GPSImgDirection
+    {{37164, 11}, TagType::string, none, 16, 0, 0},  // GPSMapDatum
+    {{149551, 20}, TagType::int16u, none, 0, 0, 0},  // GainDeadMapByteOrder
+    {{149571, 21}, TagType::int16u, none, 0, 0, 0},  // GainDeadMapImageWidth
+    {{149592, 22}, TagType::int16u, none, 0, 0, 0},  // GainDeadMapImageHeight
+    {{149614, 20}, TagType::string, none, 0, 0, 0},  // GainDeadMapImageType
+    {{149634, 16}, TagType::int16u, none, 0, 0, 0},  // GainDeadMapImage
+    {{149650, 15}, TagType::string, none, 16, 0, 0},  // CreatorSoftware
+    {{149665, 19}, TagType::rational64u, writable, 0, 0, 0},  // ImageTemperatureMax
+    {{149684, 19}, TagType::rational64u, writable, 0, 0, 0},  // ImageTemperatureMin
+    {{149703, 18}, TagType::rational64u, writable, 0, 0, 0},  // UnknownTemperature
+    {{149721, 10}, TagType::int16u, none, 0, 0, 0},  // Meas1Label
+    {{149731, 11}, TagType::int16u, none, 0, 0, 0},  // Meas1Params
+    {{149742, 9}, TagType::int16u, none, 0, 15, 8},  // Meas1Type
+    {{149751, 13}, TagType::int8u, none, 0, 23, 4},  // Reading1Units
+    {{149764, 19}, TagType::int8u, none, 0, 27, 6},  // Reading1Description
+    {{149783, 14}, TagType::string, none, 16, 0, 0},  // Reading1Device
+    {{149797, 13}, TagType::double_, none, 0, 0, 0},  // Reading1Value
+    {{149810, 13}, TagType::int8u, none, 0, 23, 4},  // Reading2Units
+    {{149823, 19}, TagType::int8u, none, 0, 27, 6},  // Reading2Description
+    {{149842, 14}, TagType::string, none, 16, 0, 0},  // Reading2Device
+    {{149856, 13}, TagType::double_, none, 0, 0, 0},  // Reading2Value
+    {{149869, 13}, TagType::int8u, none, 0, 23, 4},  // Reading3Units
+    {{149882, 19}, TagType::int8u, none, 0, 27, 6},  // Reading3Description
+    {{149901, 14}, TagType::string, none, 16, 0, 0},  // Reading3Device
+    {{149915, 13}, TagType::double_, none, 0, 0, 0},  // Reading3Value
+    {{149928, 13}, TagType::int8u, none, 0, 23, 4},  // Reading4Units
+    {{149941, 19}, TagType::int8u, none, 0, 27, 6},  // Reading4Description
+    {{149960, 14}, TagType::string, none, 16, 0, 0},  // Reading4Device
+    {{149974, 13}, TagType::double_, none, 0, 0, 0},  // Reading4Value
+    {{149987, 19}, TagType::float_, none, 0, 0, 0},  // UnknownTemperature1
+    {{150006, 19}, TagType::float_, none, 0, 0, 0},  // UnknownTemperature2
+    {{150025, 14}, TagType::int16u, none, 0, 0, 0},  // PaintByteOrder
+    {{150039, 15}, TagType::int16u, none, 0, 0, 0},  // PaintImageWidth
+    {{150054, 16}, TagType::int16u, none, 0, 0, 0},  // PaintImageHeight
+    {{150070, 14}, TagType::string, none, 0, 0, 0},  // PaintImageType
+    {{150084, 10}, TagType::int16u, none, 0, 0, 0},  // PaintImage
+    {{150094, 13}, TagType::int8u, none, 0, 0, 0},  // PaletteColors
+    {{150107, 10}, TagType::int8u, none, 3, 0, 0},  // AboveColor
+    {{150117, 10}, TagType::int8u, none, 3, 0, 0},  // BelowColor
+    {{150127, 13}, TagType::int8u, none, 3, 0, 0},  // OverflowColor
+    {{150140, 14}, TagType::int8u, none, 3, 0, 0},  // UnderflowColor
+    {{150154, 14}, TagType::int8u, none, 3, 0, 0},  // Isotherm1Color
+    {{150168, 14}, TagType::int8u, none, 3, 0, 0},  // Isotherm2Color
+    {{150182, 13}, TagType::int8u, none, 0, 0, 0},  // PaletteMethod
+    {{150195, 14}, TagType::int8u, none, 0, 0, 0},  // PaletteStretch
+    {{150209, 15}, TagType::string, none, 32, 0, 0},  // PaletteFileName
+    {{150224, 11}, TagType::string, none, 32, 0, 0},  // PaletteName
+    {{150235, 7}, TagType::string, binary, 0, 0, 0},  // Palette
+    {{150242, 17}, TagType::string, none, 0, 0, 0},  // DateTimeGenerated
+    {{150259, 6}, TagType::string, none, 0, 0, 0},  // Param0
+    {{150265, 6}, TagType::string, none, 0, 0, 0},  // Param1
+    {{150271, 6}, TagType::string, none, 0, 0, 0},  // Param2
+    {{150277, 6}, TagType::string, none, 0, 0, 0},  // Param3
+    {{150283, 7}, TagType::string, none, 0, 0, 0},  // BAHPVer
+    {{150290, 7}, TagType::string, none, 0, 0, 0},  // BALPVer
+    {{150297, 7}, TagType::string, none, 0, 0, 0},  // Battery
+    {{150304, 7}, TagType::string, none, 0, 0, 0},  // BAVPVer
+    {{150311, 7}, TagType::string, none, 0, 0, 0},  // CamCore
+    {{150318, 13}, TagType::string, none, 0, 0, 0},  // DetectorBoard
+    {{150331, 8}, TagType::string, none, 0, 0, 0},  // Detector
+    {{150339, 7}, TagType::string, none, 0, 0, 0},  // GIDCVer
+    {{150346, 7}, TagType::string, none, 0, 0, 0},  // GIDPVer
+    {{150353, 9}, TagType::string, none, 0, 0, 0},  // GIPC_CPLD
+    {{150362, 7}, TagType::string, none, 0, 0, 0},  // GIPCVer
+    {{150369, 7}, TagType::string, none, 0, 0, 0},  // GIXIVer
+    {{150376, 9}, TagType::string, none, 0, 0, 0},  // MainBoard
+    {{150385, 6}, TagType::string, none, 0, 0, 0},  // Optics
+    {{150391, 10}, TagType::string, none, 0, 0, 0},  // PartNumber
+    {{150401, 7}, TagType::float_, none, 0, 0, 0},  // Real2IR
+    {{150408, 7}, TagType::int16s, none, 0, 0, 0},  // OffsetX
+    {{150415, 7}, TagType::int16s, none, 0, 0, 0},  // OffsetY
+    {{150422, 5}, TagType::int16s, none, 0, 0, 0},  // PiPX1
+    {{150427, 5}, TagType::int16s, none, 0, 0, 0},  // PiPX2
+    {{150432, 5}, TagType::int16s, none, 0, 0, 0},  // PiPY1
+    {{150437, 5}, TagType::int16s, none, 0, 0, 0},  // PiPY2
+    {{150442, 20}, TagType::int16u, none, 0, 0, 0},  // RawThermalImageWidth
+    {{150462, 21}, TagType::int16u, none, 0, 0, 0},  // RawThermalImageHeight
+    {{150483, 19}, TagType::string, none, 0, 0, 0},  // RawThermalImageType
+    {{150502, 15}, TagType::int16u, none, 0, 0, 0},  // RawThermalImage
+    {{150517, 14}, TagType::string, none, 33, 0, 0},  // UnknownSerial1
+    {{150531, 14}, TagType::string, none, 33, 0, 0},  // UnknownSerial2
+    {{150545, 14}, TagType::string, none, 33, 0, 0},  // UnknownSerial3
+    {{150559, 14}, TagType::string, none, 11, 0, 0},  // UnknownSerial4
+    {{150573, 13}, TagType::string, none, 3, 0, 0},  // UnknownNumber
+    {{150586, 6}, TagType::string, none, 0, 0, 0},  // Label0
+    {{150592, 6}, TagType::string, none, 0, 0, 0},  // Label1
+    {{150598, 6}, TagType::string, none, 0, 0, 0},  // Label2
+    {{150604, 6}, TagType::string, none, 0, 0, 0},  // Label3
+    {{150610, 6}, TagType::string, none, 0, 0, 0},  // Value0
+    {{150616, 6}, TagType::string, none, 0, 0, 0},  // Value1
+    {{150622, 6}, TagType::string, none, 0, 0, 0},  // Value2
+    {{150628, 6}, TagType::string, none, 0, 0, 0},  // Value3
+    {{150634, 18}, TagType::string, none, 0, 0, 0},  // SoftwareComponents
+    {{150652, 12}, TagType::string, none, 0, 0, 0},  // FLIR_Unknown
+    {{150664, 5}, TagType::string, list, 0, 0, 0},  // Units
+    {{29140, 14}, TagType::string, binary, 0, 0, 0},  // ThumbnailImage
 };
 constexpr detail::TextRef kChoicesFLIR[] = {
     {1886, 1}, {1887, 1}, {4188, 1}, {8118, 1}, {1886, 1}, {1887, 1}, {38185, 1}, {38114, 1},
@@ -10549,20 +10542,19 @@ constexpr std::uint16_t kKeyOrderFLIR[] = {
     185, 174, 170, 171, 172, 173, 100, 120, 121, 179, 180, 181, 182,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsFLIR[187];
-constinit detail::StreamTags gTagsFLIR("FLIR", kText, kTagsFLIR, kKeyOrderFLIR, kChoicesFLIR, gItemsFLIR, &TagStringsCatalogue::stringsFLIR);
 
 // File: 8 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsFile[] = {
-    {{159083, 9}, TagType::string, 16, 0, 0, 0},  // Directory
-    {{159092, 14}, TagType::datetime, 18, 0, 0, 0},  // FileCreateDate
-    {{159106, 14}, TagType::datetime, 18, 0, 0, 0},  // FileModifyDate
-    {{159120, 8}, TagType::string, 16, 0, 0, 0},  // FileName
-    {{159128, 8}, TagType::string, 0, 0, 0, 0},  // FilePath
-    {{159136, 17}, TagType::string, 0, 0, 0, 0},  // FileTypeExtension
-    {{159153, 8}, TagType::string, 0, 0, 0, 0},  // MIMEType
-    {{159161, 14}, TagType::string, 19, 0, 0, 0},  // MDItemUserTags
+    {{159083, 9}, TagType::string, unsafe, 0, 0, 0},  // Directory
+    {{159092, 14}, TagType::datetime, writable | unsafe, 0, 0, 0},  // FileCreateDate
+    {{159106, 14}, TagType::datetime, writable | unsafe, 0, 0, 0},  // FileModifyDate
+    {{159120, 8}, TagType::string, unsafe, 0, 0, 0},  // FileName
+    {{159128, 8}, TagType::string, none, 0, 0, 0},  // FilePath
+    {{159136, 17}, TagType::string, none, 0, 0, 0},  // FileTypeExtension
+    {{159153, 8}, TagType::string, none, 0, 0, 0},  // MIMEType
+    {{159161, 14}, TagType::string, list | writable | unsafe, 0, 0, 0},  // MDItemUserTags
 };
 constexpr detail::StringRow kStringsEnglishFile[] = {
     {{159175, 14}, {159083, 9}},
@@ -10617,62 +10609,61 @@ constexpr std::uint16_t kKeyOrderFile[] = {
     0, 1, 2, 3, 4, 5, 7, 6,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsFile[8];
-constinit detail::StreamTags gTagsFile("File", kText, kTagsFile, kKeyOrderFile, {}, gItemsFile, &TagStringsCatalogue::stringsFile);
 
 // Flash: 50 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsFlash[] = {
-    {{159833, 13}, TagType::string, 0, 0, 0, 13},  // AudioEncoding
-    {{2870, 15}, TagType::string, 0, 0, 0, 0},  // AudioSampleRate
-    {{2839, 18}, TagType::string, 0, 0, 0, 0},  // AudioBitsPerSample
-    {{2857, 13}, TagType::string, 0, 0, 13, 2},  // AudioChannels
-    {{159846, 4}, TagType::string, 0, 0, 0, 0},  // Name
-    {{159850, 4}, TagType::string, 0, 0, 0, 0},  // Time
-    {{4147, 4}, TagType::string, 0, 0, 0, 0},  // Type
-    {{159854, 10}, TagType::string, 0, 0, 15, 2},  // Compressed
-    {{2912, 8}, TagType::string, 0, 0, 0, 0},  // Duration
-    {{159864, 12}, TagType::string, 0, 0, 0, 0},  // FlashVersion
-    {{159876, 10}, TagType::string, 0, 0, 0, 0},  // FrameCount
-    {{2920, 9}, TagType::string, 0, 0, 0, 0},  // FrameRate
-    {{2929, 11}, TagType::string, 0, 0, 0, 0},  // ImageHeight
-    {{2940, 10}, TagType::string, 0, 0, 0, 0},  // ImageWidth
-    {{159886, 15}, TagType::string, 0, 0, 17, 3},  // FlashAttributes
-    {{159901, 12}, TagType::string, 0, 0, 0, 0},  // AudioCodecID
-    {{159913, 12}, TagType::string, 0, 0, 0, 0},  // AudioBitrate
-    {{159925, 10}, TagType::string, 0, 0, 0, 0},  // AudioDelay
-    {{159935, 15}, TagType::string, 0, 0, 0, 0},  // AudioSampleSize
-    {{159950, 9}, TagType::string, 0, 0, 0, 0},  // AudioSize
-    {{159959, 10}, TagType::string, 0, 0, 0, 0},  // ByteLength
-    {{159969, 12}, TagType::string, 0, 0, 0, 0},  // CanSeekToEnd
-    {{159981, 13}, TagType::string, 0, 0, 0, 0},  // CanSeekOnTime
-    {{159994, 9}, TagType::string, 0, 0, 0, 0},  // CreatedBy
-    {{3945, 10}, TagType::string, 0, 0, 0, 0},  // CreateDate
-    {{160003, 8}, TagType::string, 0, 0, 0, 0},  // DataSize
-    {{160011, 13}, TagType::string, 0, 0, 0, 0},  // FileSizeBytes
-    {{160024, 8}, TagType::string, 0, 0, 0, 0},  // HasAudio
-    {{160032, 12}, TagType::string, 0, 0, 0, 0},  // HasCuePoints
-    {{160044, 12}, TagType::string, 0, 0, 0, 0},  // HasKeyFrames
-    {{160056, 11}, TagType::string, 0, 0, 0, 0},  // HasMetadata
-    {{160067, 8}, TagType::string, 0, 0, 0, 0},  // HasVideo
-    {{160075, 14}, TagType::string, 0, 0, 0, 0},  // HTTPHostHeader
-    {{160089, 17}, TagType::string, 0, 0, 0, 0},  // KeyFramePositions
-    {{160106, 14}, TagType::string, 0, 0, 0, 0},  // KeyFramesTimes
-    {{160120, 16}, TagType::string, 0, 0, 0, 0},  // LastKeyFrameTime
-    {{160136, 13}, TagType::string, 0, 0, 0, 0},  // LastTimeStamp
-    {{160149, 15}, TagType::string, 0, 0, 0, 0},  // MetadataCreator
-    {{160164, 12}, TagType::string, 0, 0, 0, 0},  // MetadataDate
-    {{160176, 7}, TagType::string, 0, 0, 0, 0},  // Message
-    {{4151, 3}, TagType::string, 0, 0, 0, 0},  // URL
-    {{160183, 10}, TagType::string, 0, 0, 0, 0},  // SourceData
-    {{160193, 9}, TagType::string, 0, 0, 0, 0},  // StartTime
-    {{160202, 6}, TagType::string, 0, 0, 0, 0},  // Stereo
-    {{160208, 13}, TagType::string, 0, 0, 0, 0},  // TotalDataRate
-    {{160221, 13}, TagType::string, 0, 0, 0, 0},  // TotalDuration
-    {{160234, 12}, TagType::string, 0, 0, 0, 0},  // VideoCodecID
-    {{160246, 12}, TagType::string, 0, 0, 0, 0},  // VideoBitrate
-    {{160258, 9}, TagType::string, 0, 0, 0, 0},  // VideoSize
-    {{160267, 13}, TagType::string, 0, 0, 20, 7},  // VideoEncoding
+    {{159833, 13}, TagType::string, none, 0, 0, 13},  // AudioEncoding
+    {{2870, 15}, TagType::string, none, 0, 0, 0},  // AudioSampleRate
+    {{2839, 18}, TagType::string, none, 0, 0, 0},  // AudioBitsPerSample
+    {{2857, 13}, TagType::string, none, 0, 13, 2},  // AudioChannels
+    {{159846, 4}, TagType::string, none, 0, 0, 0},  // Name
+    {{159850, 4}, TagType::string, none, 0, 0, 0},  // Time
+    {{4147, 4}, TagType::string, none, 0, 0, 0},  // Type
+    {{159854, 10}, TagType::string, none, 0, 15, 2},  // Compressed
+    {{2912, 8}, TagType::string, none, 0, 0, 0},  // Duration
+    {{159864, 12}, TagType::string, none, 0, 0, 0},  // FlashVersion
+    {{159876, 10}, TagType::string, none, 0, 0, 0},  // FrameCount
+    {{2920, 9}, TagType::string, none, 0, 0, 0},  // FrameRate
+    {{2929, 11}, TagType::string, none, 0, 0, 0},  // ImageHeight
+    {{2940, 10}, TagType::string, none, 0, 0, 0},  // ImageWidth
+    {{159886, 15}, TagType::string, none, 0, 17, 3},  // FlashAttributes
+    {{159901, 12}, TagType::string, none, 0, 0, 0},  // AudioCodecID
+    {{159913, 12}, TagType::string, none, 0, 0, 0},  // AudioBitrate
+    {{159925, 10}, TagType::string, none, 0, 0, 0},  // AudioDelay
+    {{159935, 15}, TagType::string, none, 0, 0, 0},  // AudioSampleSize
+    {{159950, 9}, TagType::string, none, 0, 0, 0},  // AudioSize
+    {{159959, 10}, TagType::string, none, 0, 0, 0},  // ByteLength
+    {{159969, 12}, TagType::string, none, 0, 0, 0},  // CanSeekToEnd
+    {{159981, 13}, TagType::string, none, 0, 0, 0},  // CanSeekOnTime
+    {{159994, 9}, TagType::string, none, 0, 0, 0},  // CreatedBy
+    {{3945, 10}, TagType::string, none, 0, 0, 0},  // CreateDate
+    {{160003, 8}, TagType::string, none, 0, 0, 0},  // DataSize
+    {{160011, 13}, TagType::string, none, 0, 0, 0},  // FileSizeBytes
+    {{160024, 8}, TagType::string, none, 0, 0, 0},  // HasAudio
+    {{160032, 12}, TagType::string, none, 0, 0, 0},  // HasCuePoints
+    {{160044, 12}, TagType::string, none, 0, 0, 0},  // HasKeyFrames
+    {{160056, 11}, TagType::string, none, 0, 0, 0},  // HasMetadata
+    {{160067, 8}, TagType::string, none, 0, 0, 0},  // HasVideo
+    {{160075, 14}, TagType::string, none, 0, 0, 0},  // HTTPHostHeader
+    {{160089, 17}, TagType::string, none, 0, 0, 0},  // KeyFramePositions
+    {{160106, 14}, TagType::string, none, 0, 0, 0},  // KeyFramesTimes
+    {{160120, 16}, TagType::string, none, 0, 0, 0},  // LastKeyFrameTime
+    {{160136, 13}, TagType::string, none, 0, 0, 0},  // LastTimeStamp
+    {{160149, 15}, TagType::string, none, 0, 0, 0},  // MetadataCreator
+    {{160164, 12}, TagType::string, none, 0, 0, 0},  // MetadataDate
+    {{160176, 7}, TagType::string, none, 0, 0, 0},  // Message
+    {{4151, 3}, TagType::string, none, 0, 0, 0},  // URL
+    {{160183, 10}, TagType::string, none, 0, 0, 0},  // SourceData
+    {{160193, 9}, TagType::string, none, 0, 0, 0},  // StartTime
+    {{160202, 6}, TagType::string, none, 0, 0, 0},  // Stereo
+    {{160208, 13}, TagType::string, none, 0, 0, 0},  // TotalDataRate
+    {{160221, 13}, TagType::string, none, 0, 0, 0},  // TotalDuration
+    {{160234, 12}, TagType::string, none, 0, 0, 0},  // VideoCodecID
+    {{160246, 12}, TagType::string, none, 0, 0, 0},  // VideoBitrate
+    {{160258, 9}, TagType::string, none, 0, 0, 0},  // VideoSize
+    {{160267, 13}, TagType::string, none, 0, 20, 7},  // VideoEncoding
 };
 constexpr detail::TextRef kChoicesFlash[] = {
     {1886, 1}, {1887, 1}, {4188, 1}, {8118, 1}, {8119, 1}, {4189, 1}, {4190, 1}, {8120, 1},
@@ -10835,214 +10826,213 @@ constexpr std::uint16_t kKeyOrderFlash[] = {
     30, 31, 12, 13, 33, 34, 35, 36, 39, 37, 38, 4, 41, 42, 43, 5, 44, 45, 6, 40, 47, 46, 49, 48,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsFlash[50];
-constinit detail::StreamTags gTagsFlash("Flash", kText, kTagsFlash, kKeyOrderFlash, kChoicesFlash, gItemsFlash, &TagStringsCatalogue::stringsFlash);
 
 // FlashPix: 202 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsFlashPix[] = {
-    {{162795, 18}, TagType::int32u, 0, 0, 0, 0},  // CompObjUserTypeLen
-    {{162813, 15}, TagType::string, 0, 0, 0, 0},  // CompObjUserType
-    {{3945, 10}, TagType::int32u, 0, 0, 0, 0},  // CreateDate
-    {{3970, 10}, TagType::int32s, 0, 0, 0, 0},  // ModifyDate
-    {{162828, 11}, TagType::int32u, 0, 0, 0, 0},  // LastPrinted
-    {{162839, 14}, TagType::int16u, 0, 0, 0, 0},  // RevisionNumber
-    {{162853, 13}, TagType::int32u, 0, 0, 0, 0},  // TotalEditTime
-    {{162866, 5}, TagType::int32u, 0, 0, 0, 0},  // Words
-    {{162871, 10}, TagType::int32u, 0, 0, 0, 0},  // Characters
-    {{4121, 5}, TagType::int16u, 0, 0, 0, 0},  // Pages
-    {{162881, 10}, TagType::int32u, 0, 0, 0, 0},  // Paragraphs
-    {{162891, 5}, TagType::int32u, 0, 0, 0, 0},  // Lines
-    {{162896, 12}, TagType::string, 0, 0, 0, 0},  // DataObjectID
-    {{162908, 18}, TagType::string, 0, 0, 0, 0},  // LockedPropertyList
-    {{162926, 15}, TagType::string, 0, 0, 0, 0},  // DataObjectTitle
-    {{162941, 12}, TagType::string, 0, 0, 0, 0},  // LastModifier
-    {{162953, 14}, TagType::string, 0, 0, 0, 0},  // DataCreateDate
-    {{162967, 14}, TagType::string, 0, 0, 0, 0},  // DataModifyDate
-    {{162981, 19}, TagType::string, 0, 0, 0, 0},  // CreatingApplication
-    {{163000, 16}, TagType::string, 0, 0, 0, 0},  // DataObjectStatus
-    {{163016, 17}, TagType::string, 0, 0, 0, 0},  // CreatingTransform
-    {{163033, 15}, TagType::string, 0, 0, 0, 0},  // UsingTransforms
-    {{163048, 17}, TagType::string, 0, 0, 0, 0},  // CachedImageHeight
-    {{163065, 16}, TagType::string, 0, 0, 0, 0},  // CachedImageWidth
-    {{163081, 9}, TagType::string, 0, 0, 0, 0},  // CommentBy
-    {{163090, 11}, TagType::string, 0, 0, 0, 0},  // LastSavedBy
-    {{163101, 12}, TagType::string, 0, 0, 0, 0},  // TableOffsets
-    {{163113, 8}, TagType::string, 0, 0, 0, 0},  // Category
-    {{163121, 18}, TagType::string, 0, 0, 0, 0},  // PresentationTarget
-    {{163139, 5}, TagType::string, 0, 0, 0, 0},  // Bytes
-    {{163144, 6}, TagType::string, 0, 0, 0, 0},  // Slides
-    {{163150, 5}, TagType::string, 0, 0, 0, 0},  // Notes
-    {{163155, 12}, TagType::string, 0, 0, 0, 0},  // HiddenSlides
-    {{163167, 7}, TagType::string, 0, 0, 0, 0},  // MMClips
-    {{163174, 9}, TagType::string, 0, 0, 0, 2},  // ScaleCrop
-    {{163183, 12}, TagType::string, 0, 0, 0, 0},  // HeadingPairs
-    {{163195, 12}, TagType::string, 0, 0, 0, 0},  // TitleOfParts
-    {{163207, 7}, TagType::string, 0, 0, 0, 0},  // Manager
-    {{163214, 7}, TagType::string, 0, 0, 0, 0},  // Company
-    {{163221, 13}, TagType::string, 0, 0, 0, 2},  // LinksUpToDate
-    {{163234, 19}, TagType::string, 0, 0, 0, 0},  // CharCountWithSpaces
-    {{163253, 9}, TagType::string, 0, 0, 0, 2},  // SharedDoc
-    {{163262, 17}, TagType::string, 0, 0, 0, 2},  // HyperlinksChanged
-    {{163279, 10}, TagType::string, 0, 0, 0, 0},  // AppVersion
-    {{163289, 11}, TagType::string, 0, 0, 0, 0},  // ContentType
-    {{163300, 13}, TagType::string, 0, 0, 0, 0},  // ContentStatus
-    {{163313, 8}, TagType::string, 0, 0, 0, 0},  // Language
-    {{163321, 10}, TagType::string, 0, 0, 0, 0},  // DocVersion
-    {{163331, 10}, TagType::string, 0, 0, 0, 0},  // Hyperlinks
-    {{163341, 13}, TagType::string, 0, 0, 0, 0},  // HyperlinkBase
-    {{163354, 13}, TagType::string, 0, 0, 0, 0},  // ExtensionName
-    {{163367, 16}, TagType::string, 0, 0, 0, 0},  // ExtensionClassID
-    {{163383, 20}, TagType::string, 0, 0, 2, 3},  // ExtensionPersistence
-    {{163403, 19}, TagType::string, 0, 0, 0, 0},  // ExtensionCreateDate
-    {{163422, 19}, TagType::string, 0, 0, 0, 0},  // ExtensionModifyDate
-    {{163441, 20}, TagType::string, 0, 0, 0, 0},  // ExtensionDescription
-    {{163461, 22}, TagType::string, 0, 0, 0, 0},  // Storage-StreamPathname
-    {{163483, 22}, TagType::string, 0, 0, 0, 0},  // FlashPixStreamPathname
-    {{163505, 25}, TagType::string, 0, 0, 0, 0},  // FlashPixStreamFieldOffset
-    {{163530, 19}, TagType::string, 0, 0, 0, 0},  // PropertySetPathname
-    {{163549, 18}, TagType::string, 0, 0, 0, 0},  // PropertySetIDCodes
-    {{163567, 22}, TagType::string, 0, 0, 0, 0},  // PropertyVectorElements
-    {{163589, 19}, TagType::string, 0, 0, 0, 0},  // SubimageResolutions
-    {{163608, 20}, TagType::string, 0, 0, 0, 0},  // UsedExtensionNumbers
-    {{163628, 21}, TagType::string, 0, 0, 0, 0},  // TransformedImageTitle
-    {{163649, 14}, TagType::string, 0, 0, 0, 0},  // VisibleOutputs
-    {{163663, 17}, TagType::string, 0, 0, 0, 0},  // MaximumImageIndex
-    {{163680, 21}, TagType::string, 0, 0, 0, 0},  // MaximumTransformIndex
-    {{163701, 21}, TagType::string, 0, 0, 0, 0},  // MaximumOperationIndex
-    {{163722, 19}, TagType::string, 0, 0, 0, 0},  // NumberOfResolutions
-    {{2940, 10}, TagType::string, 0, 0, 0, 0},  // ImageWidth
-    {{2929, 11}, TagType::string, 0, 0, 0, 0},  // ImageHeight
-    {{163741, 20}, TagType::string, 0, 0, 0, 0},  // DefaultDisplayHeight
-    {{163761, 19}, TagType::string, 0, 0, 0, 0},  // DefaultDisplayWidth
-    {{163780, 12}, TagType::string, 0, 0, 5, 4},  // DisplayUnits
-    {{163792, 13}, TagType::int32u, 0, 0, 0, 0},  // SubimageWidth
-    {{163805, 14}, TagType::int32u, 0, 0, 0, 0},  // SubimageHeight
-    {{163819, 13}, TagType::string, 0, 0, 9, 12},  // SubimageColor
-    {{163832, 23}, TagType::string, 0, 0, 21, 3},  // SubimageNumericalFormat
-    {{163855, 16}, TagType::string, 0, 0, 24, 2},  // DecimationMethod
-    {{163871, 24}, TagType::string, 0, 0, 0, 0},  // DecimationPrefilterWidth
-    {{163895, 19}, TagType::string, 0, 0, 0, 0},  // SubimageICC_Profile
-    {{30060, 10}, TagType::string, 8, 0, 0, 0},  // JPEGTables
-    {{163914, 17}, TagType::string, 0, 0, 0, 0},  // MaxJPEGTableIndex
-    {{34076, 10}, TagType::string, 0, 0, 26, 5},  // FileSource
-    {{34086, 9}, TagType::string, 0, 0, 31, 3},  // SceneType
-    {{163931, 18}, TagType::string, 0, 0, 0, 0},  // CreationPathVector
-    {{163949, 15}, TagType::string, 0, 0, 0, 0},  // SoftwareRelease
-    {{163964, 13}, TagType::string, 0, 0, 0, 0},  // UserDefinedID
-    {{163977, 22}, TagType::string, 0, 0, 0, 0},  // SharpnessApproximation
-    {{6850, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
-    {{163999, 19}, TagType::string, 0, 0, 0, 0},  // OriginalImageBroker
-    {{164018, 18}, TagType::string, 0, 0, 0, 0},  // DigitalImageBroker
-    {{164036, 10}, TagType::string, 0, 0, 0, 0},  // Authorship
-    {{164046, 25}, TagType::string, 0, 0, 0, 0},  // IntellectualPropertyNotes
-    {{164071, 10}, TagType::string, 0, 0, 34, 8},  // TestTarget
-    {{164081, 12}, TagType::string, 0, 0, 0, 0},  // GroupCaption
-    {{164093, 11}, TagType::string, 0, 0, 0, 0},  // CaptionText
-    {{164104, 6}, TagType::string, 0, 0, 0, 0},  // People
-    {{164110, 6}, TagType::string, 0, 0, 0, 0},  // Things
-    {{2896, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
-    {{164116, 6}, TagType::string, 0, 0, 0, 0},  // Events
-    {{164122, 6}, TagType::string, 0, 0, 0, 0},  // Places
-    {{164128, 23}, TagType::string, 0, 0, 0, 0},  // ContentDescriptionNotes
-    {{200, 4}, TagType::string, 0, 0, 0, 0},  // Make
-    {{29329, 5}, TagType::string, 0, 0, 0, 0},  // Model
-    {{34302, 12}, TagType::string, 0, 0, 0, 0},  // SerialNumber
-    {{32173, 12}, TagType::string, 0, 0, 0, 0},  // ExposureTime
-    {{32185, 7}, TagType::string, 0, 0, 0, 0},  // FNumber
-    {{32849, 15}, TagType::string, 0, 0, 42, 10},  // ExposureProgram
-    {{33210, 15}, TagType::string, 0, 0, 0, 0},  // BrightnessValue
-    {{33225, 20}, TagType::string, 0, 0, 0, 0},  // ExposureCompensation
-    {{33261, 15}, TagType::string, 0, 0, 0, 0},  // SubjectDistance
-    {{33276, 12}, TagType::string, 0, 0, 52, 8},  // MeteringMode
-    {{33288, 11}, TagType::string, 0, 0, 60, 22},  // LightSource
-    {{33304, 11}, TagType::string, 0, 0, 0, 0},  // FocalLength
-    {{33245, 16}, TagType::string, 0, 0, 0, 0},  // MaxApertureValue
-    {{33299, 5}, TagType::string, 0, 0, 82, 2},  // Flash
-    {{33315, 11}, TagType::string, 0, 0, 0, 0},  // FlashEnergy
-    {{164151, 11}, TagType::string, 0, 0, 82, 2},  // FlashReturn
-    {{164162, 9}, TagType::string, 0, 0, 31, 3},  // BackLight
-    {{34061, 15}, TagType::string, 0, 0, 0, 0},  // SubjectLocation
-    {{33477, 13}, TagType::string, 0, 0, 0, 0},  // ExposureIndex
-    {{164171, 27}, TagType::string, 0, 0, 84, 7},  // SpecialEffectsOpticalFilter
-    {{164198, 15}, TagType::string, 0, 0, 0, 0},  // PerPictureNotes
-    {{33507, 13}, TagType::string, 0, 0, 34, 8},  // SensingMethod
-    {{33355, 21}, TagType::string, 0, 0, 0, 0},  // FocalPlaneXResolution
-    {{33376, 21}, TagType::string, 0, 0, 0, 0},  // FocalPlaneYResolution
-    {{33397, 24}, TagType::string, 0, 0, 26, 5},  // FocalPlaneResolutionUnit
-    {{33326, 24}, TagType::string, 0, 0, 0, 0},  // SpatialFrequencyResponse
-    {{34095, 10}, TagType::string, 0, 0, 0, 0},  // CFAPattern
-    {{32883, 3}, TagType::string, 0, 0, 0, 0},  // ISO
-    {{32886, 23}, TagType::string, 0, 0, 0, 0},  // Opto-ElectricConvFactor
-    {{164213, 9}, TagType::string, 0, 0, 0, 0},  // FilmBrand
-    {{164222, 12}, TagType::string, 0, 0, 0, 0},  // FilmCategory
-    {{164234, 8}, TagType::string, 0, 0, 0, 0},  // FilmSize
-    {{164242, 14}, TagType::string, 0, 0, 0, 0},  // FilmRollNumber
-    {{164256, 15}, TagType::string, 0, 0, 0, 0},  // FilmFrameNumber
-    {{164271, 11}, TagType::string, 0, 0, 0, 0},  // ScannerMake
-    {{164282, 12}, TagType::string, 0, 0, 0, 0},  // ScannerModel
-    {{164294, 19}, TagType::string, 0, 0, 0, 0},  // ScannerSerialNumber
-    {{164313, 12}, TagType::string, 0, 0, 0, 0},  // ScanSoftware
-    {{164325, 24}, TagType::string, 0, 0, 0, 0},  // ScanSoftwareRevisionDate
-    {{164349, 23}, TagType::string, 0, 0, 0, 0},  // ServiceOrganizationName
-    {{164372, 14}, TagType::string, 0, 0, 0, 0},  // ScanOperatorID
-    {{164386, 8}, TagType::string, 0, 0, 0, 0},  // ScanDate
-    {{164394, 16}, TagType::string, 0, 0, 0, 0},  // ScannerPixelSize
-    {{164410, 24}, TagType::string, 0, 0, 0, 0},  // OriginalScannedImageSize
-    {{164434, 20}, TagType::string, 0, 0, 0, 0},  // OriginalDocumentSize
-    {{164454, 14}, TagType::string, 0, 0, 31, 3},  // OriginalMedium
-    {{164468, 14}, TagType::string, 0, 0, 91, 4},  // TypeOfOriginal
-    {{164482, 10}, TagType::string, 0, 0, 0, 0},  // ScreenNail
-    {{164492, 6}, TagType::string, 8, 0, 0, 0},  // Table0
-    {{164498, 6}, TagType::string, 8, 0, 0, 0},  // Table1
-    {{164504, 11}, TagType::string, 0, 0, 0, 0},  // AudioStream
-    {{164515, 13}, TagType::string, 8, 0, 0, 0},  // BasicFileInfo
-    {{164528, 11}, TagType::string, 0, 0, 0, 0},  // CurrentUser
-    {{149272, 13}, TagType::string, 8, 0, 0, 0},  // EmbeddedImage
-    {{164539, 18}, TagType::string, 0, 0, 0, 0},  // EmbeddedImageClass
-    {{164557, 22}, TagType::string, 0, 0, 0, 0},  // EmbeddedImageRectangle
-    {{29128, 12}, TagType::string, 8, 0, 0, 0},  // PreviewImage
-    {{164579, 11}, TagType::string, 0, 0, 0, 0},  // OperationID
-    {{164590, 17}, TagType::int16u, 0, 0, 0, 0},  // PreviewImageWidth
-    {{164607, 18}, TagType::int16u, 0, 0, 0, 0},  // PreviewImageHeight
-    {{164625, 17}, TagType::int32u, 0, 0, 0, 0},  // SubimageTileCount
-    {{164642, 17}, TagType::int32u, 0, 0, 0, 0},  // SubimageTileWidth
-    {{164659, 18}, TagType::int32u, 0, 0, 0, 0},  // SubimageTileHeight
-    {{164677, 11}, TagType::int32u, 0, 0, 0, 0},  // NumChannels
-    {{164688, 10}, TagType::string, 8, 0, 0, 0},  // Dictionary
-    {{164698, 8}, TagType::string, 0, 0, 95, 152},  // CodePage
-    {{3995, 5}, TagType::string, 0, 0, 0, 0},  // Title
-    {{3988, 7}, TagType::string, 0, 0, 0, 0},  // Subject
-    {{3939, 6}, TagType::string, 0, 0, 0, 0},  // Author
-    {{3962, 8}, TagType::string, 0, 0, 0, 0},  // Keywords
-    {{7429, 8}, TagType::string, 0, 0, 0, 0},  // Comments
-    {{164706, 8}, TagType::string, 0, 0, 0, 0},  // Template
-    {{164714, 14}, TagType::string, 0, 0, 0, 0},  // LastModifiedBy
-    {{164728, 13}, TagType::string, 8, 0, 0, 0},  // ThumbnailClip
-    {{29713, 8}, TagType::string, 0, 0, 0, 0},  // Software
-    {{164741, 8}, TagType::string, 0, 0, 247, 5},  // Security
-    {{159994, 9}, TagType::string, 0, 0, 0, 0},  // CreatedBy
-    {{164749, 10}, TagType::string, 0, 0, 0, 0},  // DocumentID
-    {{164759, 15}, TagType::string, 0, 0, 0, 0},  // LocaleIndicator
-    {{164774, 15}, TagType::string, 0, 0, 0, 0},  // TransformNodeID
-    {{164789, 16}, TagType::string, 0, 0, 0, 0},  // OperationClassID
-    {{164805, 14}, TagType::string, 0, 0, 0, 0},  // TransformTitle
-    {{164819, 19}, TagType::string, 0, 0, 0, 0},  // TransformCreateDate
-    {{164838, 19}, TagType::string, 0, 0, 0, 0},  // TransformModifyDate
-    {{164857, 19}, TagType::string, 0, 0, 0, 0},  // InputDataObjectList
-    {{164876, 20}, TagType::string, 0, 0, 0, 0},  // OutputDataObjectList
-    {{164896, 15}, TagType::string, 0, 0, 0, 0},  // OperationNumber
-    {{164911, 17}, TagType::string, 0, 0, 0, 0},  // ResultAspectRatio
-    {{164928, 19}, TagType::string, 0, 0, 0, 0},  // RectangleOfInterest
-    {{164947, 9}, TagType::string, 0, 0, 0, 0},  // Filtering
-    {{164956, 18}, TagType::string, 0, 0, 0, 0},  // SpatialOrientation
-    {{164974, 16}, TagType::string, 0, 0, 0, 0},  // ColorTwistMatrix
-    {{164990, 18}, TagType::string, 0, 0, 0, 0},  // ContrastAdjustment
-    {{165008, 14}, TagType::int16u, 0, 0, 252, 4},  // Identification
-    {{7130, 12}, TagType::int16u, 0, 0, 256, 58},  // LanguageCode
-    {{165022, 8}, TagType::int16u, 0, 0, 314, 12},  // DocFlags
-    {{165030, 6}, TagType::int16u, 0, 0, 0, 2},  // System
-    {{165036, 6}, TagType::int16u, 0, 0, 0, 2},  // Word97
+    {{162795, 18}, TagType::int32u, none, 0, 0, 0},  // CompObjUserTypeLen
+    {{162813, 15}, TagType::string, none, 0, 0, 0},  // CompObjUserType
+    {{3945, 10}, TagType::int32u, none, 0, 0, 0},  // CreateDate
+    {{3970, 10}, TagType::int32s, none, 0, 0, 0},  // ModifyDate
+    {{162828, 11}, TagType::int32u, none, 0, 0, 0},  // LastPrinted
+    {{162839, 14}, TagType::int16u, none, 0, 0, 0},  // RevisionNumber
+    {{162853, 13}, TagType::int32u, none, 0, 0, 0},  // TotalEditTime
+    {{162866, 5}, TagType::int32u, none, 0, 0, 0},  // Words
+    {{162871, 10}, TagType::int32u, none, 0, 0, 0},  // Characters
+    {{4121, 5}, TagType::int16u, none, 0, 0, 0},  // Pages
+    {{162881, 10}, TagType::int32u, none, 0, 0, 0},  // Paragraphs
+    {{162891, 5}, TagType::int32u, none, 0, 0, 0},  // Lines
+    {{162896, 12}, TagType::string, none, 0, 0, 0},  // DataObjectID
+    {{162908, 18}, TagType::string, none, 0, 0, 0},  // LockedPropertyList
+    {{162926, 15}, TagType::string, none, 0, 0, 0},  // DataObjectTitle
+    {{162941, 12}, TagType::string, none, 0, 0, 0},  // LastModifier
+    {{162953, 14}, TagType::string, none, 0, 0, 0},  // DataCreateDate
+    {{162967, 14}, TagType::string, none, 0, 0, 0},  // DataModifyDate
+    {{162981, 19}, TagType::string, none, 0, 0, 0},  // CreatingApplication
+    {{163000, 16}, TagType::string, none, 0, 0, 0},  // DataObjectStatus
+    {{163016, 17}, TagType::string, none, 0, 0, 0},  // CreatingTransform
+    {{163033, 15}, TagType::string, none, 0, 0, 0},  // UsingTransforms
+    {{163048, 17}, TagType::string, none, 0, 0, 0},  // CachedImageHeight
+    {{163065, 16}, TagType::string, none, 0, 0, 0},  // CachedImageWidth
+    {{163081, 9}, TagType::string, none, 0, 0, 0},  // CommentBy
+    {{163090, 11}, TagType::string, none, 0, 0, 0},  // LastSavedBy
+    {{163101, 12}, TagType::string, none, 0, 0, 0},  // TableOffsets
+    {{163113, 8}, TagType::string, none, 0, 0, 0},  // Category
+    {{163121, 18}, TagType::string, none, 0, 0, 0},  // PresentationTarget
+    {{163139, 5}, TagType::string, none, 0, 0, 0},  // Bytes
+    {{163144, 6}, TagType::string, none, 0, 0, 0},  // Slides
+    {{163150, 5}, TagType::string, none, 0, 0, 0},  // Notes
+    {{163155, 12}, TagType::string, none, 0, 0, 0},  // HiddenSlides
+    {{163167, 7}, TagType::string, none, 0, 0, 0},  // MMClips
+    {{163174, 9}, TagType::string, none, 0, 0, 2},  // ScaleCrop
+    {{163183, 12}, TagType::string, none, 0, 0, 0},  // HeadingPairs
+    {{163195, 12}, TagType::string, none, 0, 0, 0},  // TitleOfParts
+    {{163207, 7}, TagType::string, none, 0, 0, 0},  // Manager
+    {{163214, 7}, TagType::string, none, 0, 0, 0},  // Company
+    {{163221, 13}, TagType::string, none, 0, 0, 2},  // LinksUpToDate
+    {{163234, 19}, TagType::string, none, 0, 0, 0},  // CharCountWithSpaces
+    {{163253, 9}, TagType::string, none, 0, 0, 2},  // SharedDoc
+    {{163262, 17}, TagType::string, none, 0, 0, 2},  // HyperlinksChanged
+    {{163279, 10}, TagType::string, none, 0, 0, 0},  // AppVersion
+    {{163289, 11}, TagType::string, none, 0, 0, 0},  // ContentType
+    {{163300, 13}, TagType::string, none, 0, 0, 0},  // ContentStatus
+    {{163313, 8}, TagType::string, none, 0, 0, 0},  // Language
+    {{163321, 10}, TagType::string, none, 0, 0, 0},  // DocVersion
+    {{163331, 10}, TagType::string, none, 0, 0, 0},  // Hyperlinks
+    {{163341, 13}, TagType::string, none, 0, 0, 0},  // HyperlinkBase
+    {{163354, 13}, TagType::string, none, 0, 0, 0},  // ExtensionName
+    {{163367, 16}, TagType::string, none, 0, 0, 0},  // ExtensionClassID
+    {{163383, 20}, TagType::string, none, 0, 2, 3},  // ExtensionPersistence
+    {{163403, 19}, TagType::string, none, 0, 0, 0},  // ExtensionCreateDate
+    {{163422, 19}, TagType::string, none, 0, 0, 0},  // ExtensionModifyDate
+    {{163441, 20}, TagType::string, none, 0, 0, 0},  // ExtensionDescription
+    {{163461, 22}, TagType::string, none, 0, 0, 0},  // Storage-StreamPathname
+    {{163483, 22}, TagType::string, none, 0, 0, 0},  // FlashPixStreamPathname
+    {{163505, 25}, TagType::string, none, 0, 0, 0},  // FlashPixStreamFieldOffset
+    {{163530, 19}, TagType::string, none, 0, 0, 0},  // PropertySetPathname
+    {{163549, 18}, TagType::string, none, 0, 0, 0},  // PropertySetIDCodes
+    {{163567, 22}, TagType::string, none, 0, 0, 0},  // PropertyVectorElements
+    {{163589, 19}, TagType::string, none, 0, 0, 0},  // SubimageResolutions
+    {{163608, 20}, TagType::string, none, 0, 0, 0},  // UsedExtensionNumbers
+    {{163628, 21}, TagType::string, none, 0, 0, 0},  // TransformedImageTitle
+    {{163649, 14}, TagType::string, none, 0, 0, 0},  // VisibleOutputs
+    {{163663, 17}, TagType::string, none, 0, 0, 0},  // MaximumImageIndex
+    {{163680, 21}, TagType::string, none, 0, 0, 0},  // MaximumTransformIndex
+    {{163701, 21}, TagType::string, none, 0, 0, 0},  // MaximumOperationIndex
+    {{163722, 19}, TagType::string, none, 0, 0, 0},  // NumberOfResolutions
+    {{2940, 10}, TagType::string, none, 0, 0, 0},  // ImageWidth
+    {{2929, 11}, TagType::string, none, 0, 0, 0},  // ImageHeight
+    {{163741, 20}, TagType::string, none, 0, 0, 0},  // DefaultDisplayHeight
+    {{163761, 19}, TagType::string, none, 0, 0, 0},  // DefaultDisplayWidth
+    {{163780, 12}, TagType::string, none, 0, 5, 4},  // DisplayUnits
+    {{163792, 13}, TagType::int32u, none, 0, 0, 0},  // SubimageWidth
+    {{163805, 14}, TagType::int32u, none, 0, 0, 0},  // SubimageHeight
+    {{163819, 13}, TagType::string, none, 0, 9, 12},  // SubimageColor
+    {{163832, 23}, TagType::string, none, 0, 21, 3},  // SubimageNumericalFormat
+    {{163855, 16}, TagType::string, none, 0, 24, 2},  // DecimationMethod
+    {{163871, 24}, TagType::string, none, 0, 0, 0},  // DecimationPrefilterWidth
+    {{163895, 19}, TagType::string, none, 0, 0, 0},  // SubimageICC_Profile
+    {{30060, 10}, TagType::string, binary, 0, 0, 0},  // JPEGTables
+    {{163914, 17}, TagType::string, none, 0, 0, 0},  // MaxJPEGTableIndex
+    {{34076, 10}, TagType::string, none, 0, 26, 5},  // FileSource
+    {{34086, 9}, TagType::string, none, 0, 31, 3},  // SceneType
+    {{163931, 18}, TagType::string, none, 0, 0, 0},  // CreationPathVector
+    {{163949, 15}, TagType::string, none, 0, 0, 0},  // SoftwareRelease
+    {{163964, 13}, TagType::string, none, 0, 0, 0},  // UserDefinedID
+    {{163977, 22}, TagType::string, none, 0, 0, 0},  // SharpnessApproximation
+    {{6850, 9}, TagType::string, none, 0, 0, 0},  // Copyright
+    {{163999, 19}, TagType::string, none, 0, 0, 0},  // OriginalImageBroker
+    {{164018, 18}, TagType::string, none, 0, 0, 0},  // DigitalImageBroker
+    {{164036, 10}, TagType::string, none, 0, 0, 0},  // Authorship
+    {{164046, 25}, TagType::string, none, 0, 0, 0},  // IntellectualPropertyNotes
+    {{164071, 10}, TagType::string, none, 0, 34, 8},  // TestTarget
+    {{164081, 12}, TagType::string, none, 0, 0, 0},  // GroupCaption
+    {{164093, 11}, TagType::string, none, 0, 0, 0},  // CaptionText
+    {{164104, 6}, TagType::string, none, 0, 0, 0},  // People
+    {{164110, 6}, TagType::string, none, 0, 0, 0},  // Things
+    {{2896, 16}, TagType::string, none, 0, 0, 0},  // DateTimeOriginal
+    {{164116, 6}, TagType::string, none, 0, 0, 0},  // Events
+    {{164122, 6}, TagType::string, none, 0, 0, 0},  // Places
+    {{164128, 23}, TagType::string, none, 0, 0, 0},  // ContentDescriptionNotes
+    {{200, 4}, TagType::string, none, 0, 0, 0},  // Make
+    {{29329, 5}, TagType::string, none, 0, 0, 0},  // Model
+    {{34302, 12}, TagType::string, none, 0, 0, 0},  // SerialNumber
+    {{32173, 12}, TagType::string, none, 0, 0, 0},  // ExposureTime
+    {{32185, 7}, TagType::string, none, 0, 0, 0},  // FNumber
+    {{32849, 15}, TagType::string, none, 0, 42, 10},  // ExposureProgram
+    {{33210, 15}, TagType::string, none, 0, 0, 0},  // BrightnessValue
+    {{33225, 20}, TagType::string, none, 0, 0, 0},  // ExposureCompensation
+    {{33261, 15}, TagType::string, none, 0, 0, 0},  // SubjectDistance
+    {{33276, 12}, TagType::string, none, 0, 52, 8},  // MeteringMode
+    {{33288, 11}, TagType::string, none, 0, 60, 22},  // LightSource
+    {{33304, 11}, TagType::string, none, 0, 0, 0},  // FocalLength
+    {{33245, 16}, TagType::string, none, 0, 0, 0},  // MaxApertureValue
+    {{33299, 5}, TagType::string, none, 0, 82, 2},  // Flash
+    {{33315, 11}, TagType::string, none, 0, 0, 0},  // FlashEnergy
+    {{164151, 11}, TagType::string, none, 0, 82, 2},  // FlashReturn
+    {{164162, 9}, TagType::string, none, 0, 31, 3},  // BackLight
+    {{34061, 15}, TagType::string, none, 0, 0, 0},  // SubjectLocation
+    {{33477, 13}, TagType::string, none, 0, 0, 0},  // ExposureIndex
+    {{164171, 27}, TagType::string, none, 0, 84, 7},  // SpecialEffectsOpticalFilter
+    {{164198, 15}, TagType::string, none, 0, 0, 0},  // PerPictureNotes
+    {{33507, 13}, TagType::string, none, 0, 34, 8},  // SensingMethod
+    {{33355, 21}, TagType::string, none, 0, 0, 0},  // FocalPlaneXResolution
+    {{33376, 21}, TagType::string, none, 0, 0, 0},  // FocalPlaneYResolution
+    {{33397, 24}, TagType::string, none, 0, 26, 5},  // FocalPlaneResolutionUnit
+    {{33326, 24}, TagType::string, none, 0, 0, 0},  // SpatialFrequencyResponse
+    {{34095, 10}, TagType::string, none, 0, 0, 0},  // CFAPattern
+    {{32883, 3}, TagType::string, none, 0, 0, 0},  // ISO
+    {{32886, 23}, TagType::string, none, 0, 0, 0},  // Opto-ElectricConvFactor
+    {{164213, 9}, TagType::string, none, 0, 0, 0},  // FilmBrand
+    {{164222, 12}, TagType::string, none, 0, 0, 0},  // FilmCategory
+    {{164234, 8}, TagType::string, none, 0, 0, 0},  // FilmSize
+    {{164242, 14}, TagType::string, none, 0, 0, 0},  // FilmRollNumber
+    {{164256, 15}, TagType::string, none, 0, 0, 0},  // FilmFrameNumber
+    {{164271, 11}, TagType::string, none, 0, 0, 0},  // ScannerMake
+    {{164282, 12}, TagType::string, none, 0, 0, 0},  // ScannerModel
+    {{164294, 19}, TagType::string, none, 0, 0, 0},  // ScannerSerialNumber
+    {{164313, 12}, TagType::string, none, 0, 0, 0},  // ScanSoftware
+    {{164325, 24}, TagType::string, none, 0, 0, 0},  // ScanSoftwareRevisionDate
+    {{164349, 23}, TagType::string, none, 0, 0, 0},  // ServiceOrganizationName
+    {{164372, 14}, TagType::string, none, 0, 0, 0},  // ScanOperatorID
+    {{164386, 8}, TagType::string, none, 0, 0, 0},  // ScanDate
+    {{164394, 16}, TagType::string, none, 0, 0, 0},  // ScannerPixelSize
+    {{164410, 24}, TagType::string, none, 0, 0, 0},  // OriginalScannedImageSize
+    {{164434, 20}, TagType::string, none, 0, 0, 0},  // OriginalDocumentSize
+    {{164454, 14}, TagType::string, none, 0, 31, 3},  // OriginalMedium
+    {{164468, 14}, TagType::string, none, 0, 91, 4},  // TypeOfOriginal
+    {{164482, 10}, TagType::string, none, 0, 0, 0},  // ScreenNail
+    {{164492, 6}, TagType::string, binary, 0, 0, 0},  // Table0
+    {{164498, 6}, TagType::string, binary, 0, 0, 0},  // Table1
+    {{164504, 11}, TagType::string, none, 0, 0, 0},  // AudioStream
+    {{164515, 13}, TagType::string, binary, 0, 0, 0},  // BasicFileInfo
+    {{164528, 11}, TagType::string, none, 0, 0, 0},  // CurrentUser
+    {{149272, 13}, TagType::string, binary, 0, 0, 0},  // EmbeddedImage
+    {{164539, 18}, TagType::string, none, 0, 0, 0},  // EmbeddedImageClass
+    {{164557, 22}, TagType::string, none, 0, 0, 0},  // EmbeddedImageRectangle
+    {{29128, 12}, TagType::string, binary, 0, 0, 0},  // PreviewImage
+    {{164579, 11}, TagType::string, none, 0, 0, 0},  // OperationID
+    {{164590, 17}, TagType::int16u, none, 0, 0, 0},  // PreviewImageWidth
+    {{164607, 18}, TagType::int16u, none, 0, 0, 0},  // PreviewImageHeight
+    {{164625, 17}, TagType::int32u, none, 0, 0, 0},  // SubimageTileCount
+    {{164642, 17}, TagType::int32u, none, 0, 0, 0},  // SubimageTileWidth
+    {{164659, 18}, TagType::int32u, none, 0, 0, 0},  // SubimageTileHeight
+    {{164677, 11}, TagType::int32u, none, 0, 0, 0},  // NumChannels
+    {{164688, 10}, TagType::string, binary, 0, 0, 0},  // Dictionary
+    {{164698, 8}, TagType::string, none, 0, 95, 152},  // CodePage
+    {{3995, 5}, TagType::string, none, 0, 0, 0},  // Title
+    {{3988, 7}, TagType::string, none, 0, 0, 0},  // Subject
+    {{3939, 6}, TagType::string, none, 0, 0, 0},  // Author
+    {{3962, 8}, TagType::string, none, 0, 0, 0},  // Keywords
+    {{7429, 8}, TagType::string, none, 0, 0, 0},  // Comments
+    {{164706, 8}, TagType::string, none, 0, 0, 0},  // Template
+    {{164714, 14}, TagType::string, none, 0, 0, 0},  // LastModifiedBy
+    {{164728, 13}, TagType::string, binary, 0, 0, 0},  // ThumbnailClip
+    {{29713, 8}, TagType::string, none, 0, 0, 0},  // Software
+    {{164741, 8}, TagType::string, none, 0, 247, 5},  // Security
+    {{159994, 9}, TagType::string, none, 0, 0, 0},  // CreatedBy
+    {{164749, 10}, TagType::string, none, 0, 0, 0},  // DocumentID
+    {{164759, 15}, TagType::string, none, 0, 0, 0},  // LocaleIndicator
+    {{164774, 15}, TagType::string, none, 0, 0, 0},  // TransformNodeID
+    {{164789, 16}, TagType::string, none, 0, 0, 0},  // OperationClassID
+    {{164805, 14}, TagType::string, none, 0, 0, 0},  // TransformTitle
+    {{164819, 19}, TagType::string, none, 0, 0, 0},  // TransformCreateDate
+    {{164838, 19}, TagType::string, none, 0, 0, 0},  // TransformModifyDate
+    {{164857, 19}, TagType::string, none, 0, 0, 0},  // InputDataObjectList
+    {{164876, 20}, TagType::string, none, 0, 0, 0},  // OutputDataObjectList
+    {{164896, 15}, TagType::string, none, 0, 0, 0},  // OperationNumber
+    {{164911, 17}, TagType::string, none, 0, 0, 0},  // ResultAspectRatio
+    {{164928, 19}, TagType::string, none, 0, 0, 0},  // RectangleOfInterest
+    {{164947, 9}, TagType::string, none, 0, 0, 0},  // Filtering
+    {{164956, 18}, TagType::string, none, 0, 0, 0},  // SpatialOrientation
+    {{164974, 16}, TagType::string, none, 0, 0, 0},  // ColorTwistMatrix
+    {{164990, 18}, TagType::string, none, 0, 0, 0},  // ContrastAdjustment
+    {{165008, 14}, TagType::int16u, none, 0, 252, 4},  // Identification
+    {{7130, 12}, TagType::int16u, none, 0, 256, 58},  // LanguageCode
+    {{165022, 8}, TagType::int16u, none, 0, 314, 12},  // DocFlags
+    {{165030, 6}, TagType::int16u, none, 0, 0, 2},  // System
+    {{165036, 6}, TagType::int16u, none, 0, 0, 2},  // Word97
 };
 constexpr detail::TextRef kChoicesFlashPix[] = {
     {1886, 1}, {1887, 1}, {1886, 1}, {1887, 1}, {4188, 1}, {1886, 1}, {1887, 1}, {4188, 1},
@@ -12418,76 +12408,75 @@ constexpr std::uint16_t kKeyOrderFlashPix[] = {
     183, 185, 64, 150, 63, 88, 21, 65, 201, 7,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsFlashPix[202];
-constinit detail::StreamTags gTagsFlashPix("FlashPix", kText, kTagsFlashPix, kKeyOrderFlashPix, kChoicesFlashPix, gItemsFlashPix, &TagStringsCatalogue::stringsFlashPix);
 
 // Font: 64 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsFont[] = {
-    {{187954, 8}, TagType::string, 0, 0, 0, 0},  // Ascender
-    {{187962, 9}, TagType::string, 0, 0, 0, 0},  // CapHeight
-    {{7417, 12}, TagType::int8u, 0, 0, 0, 0},  // CharacterSet
-    {{162871, 10}, TagType::string, 0, 0, 0, 0},  // Characters
-    {{3945, 10}, TagType::string, 0, 0, 0, 0},  // CreateDate
-    {{187971, 9}, TagType::string, 0, 0, 0, 0},  // Descender
-    {{187980, 14}, TagType::string, 0, 0, 0, 0},  // EncodingScheme
-    {{187994, 7}, TagType::string, 0, 0, 0, 0},  // EscChar
-    {{188001, 10}, TagType::string, 0, 0, 0, 0},  // FontFamily
-    {{188011, 8}, TagType::string, 0, 0, 0, 0},  // FontName
-    {{188019, 8}, TagType::string, 0, 0, 0, 0},  // FullName
-    {{188027, 10}, TagType::string, 0, 0, 0, 0},  // IsBaseFont
-    {{188037, 8}, TagType::string, 0, 0, 0, 0},  // IsFixedV
-    {{188045, 13}, TagType::string, 0, 0, 0, 0},  // MappingScheme
-    {{188058, 6}, TagType::string, 0, 0, 0, 0},  // Notice
-    {{188064, 7}, TagType::string, 0, 0, 0, 0},  // Version
-    {{188071, 6}, TagType::int16u, 0, 0, 0, 0},  // Weight
-    {{188077, 7}, TagType::string, 0, 0, 0, 0},  // XHeight
-    {{188084, 8}, TagType::string, 0, 0, 0, 0},  // NumFonts
-    {{188092, 18}, TagType::string, 0, 0, 0, 0},  // PostScriptFontName
-    {{6850, 9}, TagType::string, 0, 60, 0, 0},  // Copyright
-    {{188110, 13}, TagType::string, 0, 0, 0, 0},  // FontSubfamily
-    {{188123, 15}, TagType::string, 0, 0, 0, 0},  // FontSubfamilyID
-    {{188138, 16}, TagType::string, 0, 0, 0, 0},  // NameTableVersion
-    {{188154, 9}, TagType::string, 0, 0, 0, 0},  // Trademark
-    {{188163, 12}, TagType::string, 0, 0, 0, 0},  // Manufacturer
-    {{188175, 8}, TagType::string, 0, 0, 0, 0},  // Designer
-    {{188183, 11}, TagType::string, 0, 0, 0, 0},  // Description
-    {{188194, 9}, TagType::string, 0, 0, 0, 0},  // VendorURL
-    {{188203, 11}, TagType::string, 0, 0, 0, 0},  // DesignerURL
-    {{188214, 7}, TagType::string, 0, 0, 0, 0},  // License
-    {{188221, 14}, TagType::string, 0, 0, 0, 0},  // LicenseInfoURL
-    {{188235, 15}, TagType::string, 0, 0, 0, 0},  // PreferredFamily
-    {{188250, 18}, TagType::string, 0, 0, 0, 0},  // PreferredSubfamily
-    {{188268, 18}, TagType::string, 0, 0, 0, 0},  // CompatibleFontName
-    {{188286, 10}, TagType::string, 0, 0, 0, 0},  // SampleText
-    {{188296, 13}, TagType::string, 0, 0, 0, 0},  // WWSFamilyName
-    {{188309, 16}, TagType::string, 0, 0, 0, 0},  // WWSSubfamilyName
-    {{188325, 10}, TagType::int16u, 0, 0, 0, 0},  // PFMVersion
-    {{188335, 8}, TagType::int16u, 0, 0, 0, 0},  // FontType
-    {{188343, 9}, TagType::int16u, 0, 0, 0, 0},  // PointSize
-    {{29524, 11}, TagType::int16u, 0, 0, 0, 0},  // YResolution
-    {{29513, 11}, TagType::int16u, 0, 0, 0, 0},  // XResolution
-    {{188352, 6}, TagType::int16u, 0, 0, 0, 0},  // Ascent
-    {{188358, 15}, TagType::int16u, 0, 0, 0, 0},  // InternalLeading
-    {{188373, 15}, TagType::int16u, 0, 0, 0, 0},  // ExternalLeading
-    {{188388, 6}, TagType::int8u, 0, 0, 0, 0},  // Italic
-    {{188394, 9}, TagType::int8u, 0, 0, 0, 0},  // Underline
-    {{188403, 9}, TagType::int8u, 0, 0, 0, 0},  // Strikeout
-    {{188412, 8}, TagType::int16u, 0, 0, 0, 0},  // PixWidth
-    {{188420, 9}, TagType::int16u, 0, 0, 0, 0},  // PixHeight
-    {{188429, 14}, TagType::int8u, 0, 0, 0, 0},  // PitchAndFamily
-    {{188443, 8}, TagType::int16u, 0, 0, 0, 0},  // AvgWidth
-    {{188451, 8}, TagType::int16u, 0, 0, 0, 0},  // MaxWidth
-    {{188459, 9}, TagType::int8u, 0, 0, 0, 0},  // FirstChar
-    {{188468, 8}, TagType::int8u, 0, 0, 0, 0},  // LastChar
-    {{188476, 11}, TagType::int8u, 0, 0, 0, 0},  // DefaultChar
-    {{188487, 9}, TagType::int8u, 0, 0, 0, 0},  // BreakChar
-    {{188496, 10}, TagType::int16u, 0, 0, 0, 0},  // WidthBytes
-    {{188506, 6}, TagType::string, 0, 0, 0, 0},  // FSType
-    {{188512, 11}, TagType::string, 0, 0, 0, 0},  // ItalicAngle
-    {{188523, 17}, TagType::string, 0, 0, 0, 0},  // UnderlinePosition
-    {{188540, 18}, TagType::string, 0, 0, 0, 0},  // UnderlineThickness
-    {{188558, 12}, TagType::string, 0, 0, 0, 0},  // IsFixedPitch
+    {{187954, 8}, TagType::string, none, 0, 0, 0},  // Ascender
+    {{187962, 9}, TagType::string, none, 0, 0, 0},  // CapHeight
+    {{7417, 12}, TagType::int8u, none, 0, 0, 0},  // CharacterSet
+    {{162871, 10}, TagType::string, none, 0, 0, 0},  // Characters
+    {{3945, 10}, TagType::string, none, 0, 0, 0},  // CreateDate
+    {{187971, 9}, TagType::string, none, 0, 0, 0},  // Descender
+    {{187980, 14}, TagType::string, none, 0, 0, 0},  // EncodingScheme
+    {{187994, 7}, TagType::string, none, 0, 0, 0},  // EscChar
+    {{188001, 10}, TagType::string, none, 0, 0, 0},  // FontFamily
+    {{188011, 8}, TagType::string, none, 0, 0, 0},  // FontName
+    {{188019, 8}, TagType::string, none, 0, 0, 0},  // FullName
+    {{188027, 10}, TagType::string, none, 0, 0, 0},  // IsBaseFont
+    {{188037, 8}, TagType::string, none, 0, 0, 0},  // IsFixedV
+    {{188045, 13}, TagType::string, none, 0, 0, 0},  // MappingScheme
+    {{188058, 6}, TagType::string, none, 0, 0, 0},  // Notice
+    {{188064, 7}, TagType::string, none, 0, 0, 0},  // Version
+    {{188071, 6}, TagType::int16u, none, 0, 0, 0},  // Weight
+    {{188077, 7}, TagType::string, none, 0, 0, 0},  // XHeight
+    {{188084, 8}, TagType::string, none, 0, 0, 0},  // NumFonts
+    {{188092, 18}, TagType::string, none, 0, 0, 0},  // PostScriptFontName
+    {{6850, 9}, TagType::string, none, 60, 0, 0},  // Copyright
+    {{188110, 13}, TagType::string, none, 0, 0, 0},  // FontSubfamily
+    {{188123, 15}, TagType::string, none, 0, 0, 0},  // FontSubfamilyID
+    {{188138, 16}, TagType::string, none, 0, 0, 0},  // NameTableVersion
+    {{188154, 9}, TagType::string, none, 0, 0, 0},  // Trademark
+    {{188163, 12}, TagType::string, none, 0, 0, 0},  // Manufacturer
+    {{188175, 8}, TagType::string, none, 0, 0, 0},  // Designer
+    {{188183, 11}, TagType::string, none, 0, 0, 0},  // Description
+    {{188194, 9}, TagType::string, none, 0, 0, 0},  // VendorURL
+    {{188203, 11}, TagType::string, none, 0, 0, 0},  // DesignerURL
+    {{188214, 7}, TagType::string, none, 0, 0, 0},  // License
+    {{188221, 14}, TagType::string, none, 0, 0, 0},  // LicenseInfoURL
+    {{188235, 15}, TagType::string, none, 0, 0, 0},  // PreferredFamily
+    {{188250, 18}, TagType::string, none, 0, 0, 0},  // PreferredSubfamily
+    {{188268, 18}, TagType::string, none, 0, 0, 0},  // CompatibleFontName
+    {{188286, 10}, TagType::string, none, 0, 0, 0},  // SampleText
+    {{188296, 13}, TagType::string, none, 0, 0, 0},  // WWSFamilyName
+    {{188309, 16}, TagType::string, none, 0, 0, 0},  // WWSSubfamilyName
+    {{188325, 10}, TagType::int16u, none, 0, 0, 0},  // PFMVersion
+    {{188335, 8}, TagType::int16u, none, 0, 0, 0},  // FontType
+    {{188343, 9}, TagType::int16u, none, 0, 0, 0},  // PointSize
+    {{29524, 11}, TagType::int16u, none, 0, 0, 0},  // YResolution
+    {{29513, 11}, TagType::int16u, none, 0, 0, 0},  // XResolution
+    {{188352, 6}, TagType::int16u, none, 0, 0, 0},  // Ascent
+    {{188358, 15}, TagType::int16u, none, 0, 0, 0},  // InternalLeading
+    {{188373, 15}, TagType::int16u, none, 0, 0, 0},  // ExternalLeading
+    {{188388, 6}, TagType::int8u, none, 0, 0, 0},  // Italic
+    {{188394, 9}, TagType::int8u, none, 0, 0, 0},  // Underline
+    {{188403, 9}, TagType::int8u, none, 0, 0, 0},  // Strikeout
+    {{188412, 8}, TagType::int16u, none, 0, 0, 0},  // PixWidth
+    {{188420, 9}, TagType::int16u, none, 0, 0, 0},  // PixHeight
+    {{188429, 14}, TagType::int8u, none, 0, 0, 0},  // PitchAndFamily
+    {{188443, 8}, TagType::int16u, none, 0, 0, 0},  // AvgWidth
+    {{188451, 8}, TagType::int16u, none, 0, 0, 0},  // MaxWidth
+    {{188459, 9}, TagType::int8u, none, 0, 0, 0},  // FirstChar
+    {{188468, 8}, TagType::int8u, none, 0, 0, 0},  // LastChar
+    {{188476, 11}, TagType::int8u, none, 0, 0, 0},  // DefaultChar
+    {{188487, 9}, TagType::int8u, none, 0, 0, 0},  // BreakChar
+    {{188496, 10}, TagType::int16u, none, 0, 0, 0},  // WidthBytes
+    {{188506, 6}, TagType::string, none, 0, 0, 0},  // FSType
+    {{188512, 11}, TagType::string, none, 0, 0, 0},  // ItalicAngle
+    {{188523, 17}, TagType::string, none, 0, 0, 0},  // UnderlinePosition
+    {{188540, 18}, TagType::string, none, 0, 0, 0},  // UnderlineThickness
+    {{188558, 12}, TagType::string, none, 0, 0, 0},  // IsFixedPitch
 };
 constexpr detail::StringRow kStringsEnglishFont[] = {
     {{188570, 13}, {187954, 8}},
@@ -12628,24 +12617,23 @@ constexpr std::uint16_t kKeyOrderFont[] = {
     48, 24, 47, 61, 62, 28, 15, 36, 37, 16, 58, 17, 42, 41,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsFont[64];
-constinit detail::StreamTags gTagsFont("Font", kText, kTagsFont, kKeyOrderFont, {}, gItemsFont, &TagStringsCatalogue::stringsFont);
 
 // FotoStation: 12 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsFotoStation[] = {
-    {{29140, 14}, TagType::string, 2, 0, 0, 0},  // ThumbnailImage
-    {{29128, 12}, TagType::string, 2, 0, 0, 0},  // PreviewImage
-    {{190501, 18}, TagType::int32s, 2, 0, 0, 0},  // OriginalImageWidth
-    {{190519, 19}, TagType::int32s, 2, 0, 0, 0},  // OriginalImageHeight
-    {{190538, 11}, TagType::int32s, 2, 0, 0, 0},  // ColorPlanes
-    {{190549, 12}, TagType::int32s, 2, 0, 0, 0},  // XYResolution
-    {{190561, 8}, TagType::int32s, 2, 0, 0, 0},  // Rotation
-    {{37748, 8}, TagType::int32s, 2, 0, 0, 0},  // CropLeft
-    {{37741, 7}, TagType::int32s, 2, 0, 0, 0},  // CropTop
-    {{37766, 9}, TagType::int32s, 2, 0, 0, 0},  // CropRight
-    {{37756, 10}, TagType::int32s, 2, 0, 0, 0},  // CropBottom
-    {{190569, 12}, TagType::int32s, 2, 0, 0, 0},  // CropRotation
+    {{29140, 14}, TagType::string, writable, 0, 0, 0},  // ThumbnailImage
+    {{29128, 12}, TagType::string, writable, 0, 0, 0},  // PreviewImage
+    {{190501, 18}, TagType::int32s, writable, 0, 0, 0},  // OriginalImageWidth
+    {{190519, 19}, TagType::int32s, writable, 0, 0, 0},  // OriginalImageHeight
+    {{190538, 11}, TagType::int32s, writable, 0, 0, 0},  // ColorPlanes
+    {{190549, 12}, TagType::int32s, writable, 0, 0, 0},  // XYResolution
+    {{190561, 8}, TagType::int32s, writable, 0, 0, 0},  // Rotation
+    {{37748, 8}, TagType::int32s, writable, 0, 0, 0},  // CropLeft
+    {{37741, 7}, TagType::int32s, writable, 0, 0, 0},  // CropTop
+    {{37766, 9}, TagType::int32s, writable, 0, 0, 0},  // CropRight
+    {{37756, 10}, TagType::int32s, writable, 0, 0, 0},  // CropBottom
+    {{190569, 12}, TagType::int32s, writable, 0, 0, 0},  // CropRotation
 };
 constexpr detail::StringRow kStringsEnglishFotoStation[] = {
     {{190581, 23}, {190604, 12}},
@@ -12711,9 +12699,27 @@ constexpr std::uint16_t kKeyOrderFotoStation[] = {
     4, 10, 7, 9, 11, 8, 3, 2, 1, 6, 0, 5,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsFotoStation[12];
-constinit detail::StreamTags gTagsFotoStation("FotoStation", kText, kTagsFotoStation, kKeyOrderFotoStation, {}, gItemsFotoStation, &TagStringsCatalogue::stringsFotoStation);
 
 }  // namespace
+
+// Each stream's tags, which the catalogue's index finds them by.
+namespace detail {
+constinit StreamTags gTagsDJI("DJI", kText, kTagsDJI, kKeyOrderDJI, {}, gItemsDJI, &TagStringsCatalogue::stringsDJI);
+constinit StreamTags gTagsDNG("DNG", kText, kTagsDNG, kKeyOrderDNG, kChoicesDNG, gItemsDNG, &TagStringsCatalogue::stringsDNG);
+constinit StreamTags gTagsDV("DV", kText, kTagsDV, kKeyOrderDV, {}, gItemsDV, &TagStringsCatalogue::stringsDV);
+constinit StreamTags gTagsDjVu("DjVu", kText, kTagsDjVu, kKeyOrderDjVu, kChoicesDjVu, gItemsDjVu, &TagStringsCatalogue::stringsDjVu);
+constinit StreamTags gTagsDucky("Ducky", kText, kTagsDucky, kKeyOrderDucky, {}, gItemsDucky, &TagStringsCatalogue::stringsDucky);
+constinit StreamTags gTagsEXE("EXE", kText, kTagsEXE, kKeyOrderEXE, kChoicesEXE, gItemsEXE, &TagStringsCatalogue::stringsEXE);
+constinit StreamTags gTagsEXIF("EXIF", kText, kTagsEXIF, kKeyOrderEXIF, kChoicesEXIF, gItemsEXIF, &TagStringsCatalogue::stringsEXIF);
+constinit StreamTags gTagsFITS("FITS", kText, kTagsFITS, kKeyOrderFITS, {}, gItemsFITS, &TagStringsCatalogue::stringsFITS);
+constinit StreamTags gTagsFLAC("FLAC", kText, kTagsFLAC, kKeyOrderFLAC, kChoicesFLAC, gItemsFLAC, &TagStringsCatalogue::stringsFLAC);
+constinit StreamTags gTagsFLIR("FLIR", kText, kTagsFLIR, kKeyOrderFLIR, kChoicesFLIR, gItemsFLIR, &TagStringsCatalogue::stringsFLIR);
+constinit StreamTags gTagsFile("File", kText, kTagsFile, kKeyOrderFile, {}, gItemsFile, &TagStringsCatalogue::stringsFile);
+constinit StreamTags gTagsFlash("Flash", kText, kTagsFlash, kKeyOrderFlash, kChoicesFlash, gItemsFlash, &TagStringsCatalogue::stringsFlash);
+constinit StreamTags gTagsFlashPix("FlashPix", kText, kTagsFlashPix, kKeyOrderFlashPix, kChoicesFlashPix, gItemsFlashPix, &TagStringsCatalogue::stringsFlashPix);
+constinit StreamTags gTagsFont("Font", kText, kTagsFont, kKeyOrderFont, {}, gItemsFont, &TagStringsCatalogue::stringsFont);
+constinit StreamTags gTagsFotoStation("FotoStation", kText, kTagsFotoStation, kKeyOrderFotoStation, {}, gItemsFotoStation, &TagStringsCatalogue::stringsFotoStation);
+}  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsDJI() {
   return gStringsDJI.strings(&TagStringsCatalogue::stringTableDJI);
@@ -12722,54 +12728,54 @@ TagStringTable TagStringsCatalogue::stringTableDJI(ETLanguage language) {
   return gStringsDJI.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue10::allStreamsDJI() {
-  return gTagsDJI.all();
+  return detail::gTagsDJI.all();
 }
-const TagItem& detail::TagItemCatalogue10::itemDJIFlightDegree() { return gTagsDJI.item(0); }
-const TagItem& detail::TagItemCatalogue10::itemDJIFlightSpeed() { return gTagsDJI.item(1); }
-const TagItem& detail::TagItemCatalogue10::itemDJIGimbalDegree() { return gTagsDJI.item(2); }
-const TagItem& detail::TagItemCatalogue10::itemDJIADJDebugInfo() { return gTagsDJI.item(3); }
-const TagItem& detail::TagItemCatalogue10::itemDJIAEDebugInfo() { return gTagsDJI.item(4); }
-const TagItem& detail::TagItemCatalogue10::itemDJIAEHistogramInfo() { return gTagsDJI.item(5); }
-const TagItem& detail::TagItemCatalogue10::itemDJIAELiveViewHistogramInfo() { return gTagsDJI.item(6); }
-const TagItem& detail::TagItemCatalogue10::itemDJIAELiveViewLocalHistogram() { return gTagsDJI.item(7); }
-const TagItem& detail::TagItemCatalogue10::itemDJIAELocalHistogram() { return gTagsDJI.item(8); }
-const TagItem& detail::TagItemCatalogue10::itemDJIAFDebugInfo() { return gTagsDJI.item(9); }
-const TagItem& detail::TagItemCatalogue10::itemDJIAWBDebugInfo() { return gTagsDJI.item(10); }
-const TagItem& detail::TagItemCatalogue10::itemDJIHistogram() { return gTagsDJI.item(11); }
-const TagItem& detail::TagItemCatalogue10::itemDJIHyperlapsDebugInfo() { return gTagsDJI.item(12); }
-const TagItem& detail::TagItemCatalogue10::itemDJISensorID() { return gTagsDJI.item(13); }
-const TagItem& detail::TagItemCatalogue10::itemDJIXidiri() { return gTagsDJI.item(14); }
-const TagItem& detail::TagItemCatalogue10::itemDJIMake() { return gTagsDJI.item(15); }
-const TagItem& detail::TagItemCatalogue10::itemDJISpeedX() { return gTagsDJI.item(16); }
-const TagItem& detail::TagItemCatalogue10::itemDJISpeedY() { return gTagsDJI.item(17); }
-const TagItem& detail::TagItemCatalogue10::itemDJISpeedZ() { return gTagsDJI.item(18); }
-const TagItem& detail::TagItemCatalogue10::itemDJIPitch() { return gTagsDJI.item(19); }
-const TagItem& detail::TagItemCatalogue10::itemDJIYaw() { return gTagsDJI.item(20); }
-const TagItem& detail::TagItemCatalogue10::itemDJIRoll() { return gTagsDJI.item(21); }
-const TagItem& detail::TagItemCatalogue10::itemDJICameraPitch() { return gTagsDJI.item(22); }
-const TagItem& detail::TagItemCatalogue10::itemDJICameraYaw() { return gTagsDJI.item(23); }
-const TagItem& detail::TagItemCatalogue10::itemDJICameraRoll() { return gTagsDJI.item(24); }
-const TagItem& detail::TagItemCatalogue10::itemDJIK1() { return gTagsDJI.item(25); }
-const TagItem& detail::TagItemCatalogue10::itemDJIK2() { return gTagsDJI.item(26); }
-const TagItem& detail::TagItemCatalogue10::itemDJIK3() { return gTagsDJI.item(27); }
-const TagItem& detail::TagItemCatalogue10::itemDJIK4() { return gTagsDJI.item(28); }
-const TagItem& detail::TagItemCatalogue10::itemDJIKF() { return gTagsDJI.item(29); }
-const TagItem& detail::TagItemCatalogue11::itemDJIB1() { return gTagsDJI.item(30); }
-const TagItem& detail::TagItemCatalogue11::itemDJIB2() { return gTagsDJI.item(31); }
-const TagItem& detail::TagItemCatalogue11::itemDJIObjectDistance() { return gTagsDJI.item(32); }
-const TagItem& detail::TagItemCatalogue11::itemDJIRelativeHumidity() { return gTagsDJI.item(33); }
-const TagItem& detail::TagItemCatalogue11::itemDJIEmissivity() { return gTagsDJI.item(34); }
-const TagItem& detail::TagItemCatalogue11::itemDJIReflection() { return gTagsDJI.item(35); }
-const TagItem& detail::TagItemCatalogue11::itemDJIAmbientTemperature() { return gTagsDJI.item(36); }
-const TagItem& detail::TagItemCatalogue11::itemDJID2() { return gTagsDJI.item(37); }
-const TagItem& detail::TagItemCatalogue11::itemDJIKJ() { return gTagsDJI.item(38); }
-const TagItem& detail::TagItemCatalogue11::itemDJIDB() { return gTagsDJI.item(39); }
-const TagItem& detail::TagItemCatalogue11::itemDJIKK() { return gTagsDJI.item(40); }
-const TagItem& detail::TagItemCatalogue11::itemDJIReflectedTemperature() { return gTagsDJI.item(41); }
-const TagItem& detail::TagItemCatalogue11::itemDJIIDString() { return gTagsDJI.item(42); }
-const TagItem& detail::TagItemCatalogue11::itemDJIThermalData() { return gTagsDJI.item(43); }
-const TagItem& detail::TagItemCatalogue11::itemDJIThermalCalibration() { return gTagsDJI.item(44); }
-const TagItem& detail::TagItemCatalogue11::itemDJIDJI_DTAT() { return gTagsDJI.item(45); }
+const TagItem& detail::TagItemCatalogue10::itemDJIFlightDegree() { return detail::gTagsDJI.item(0); }
+const TagItem& detail::TagItemCatalogue10::itemDJIFlightSpeed() { return detail::gTagsDJI.item(1); }
+const TagItem& detail::TagItemCatalogue10::itemDJIGimbalDegree() { return detail::gTagsDJI.item(2); }
+const TagItem& detail::TagItemCatalogue10::itemDJIADJDebugInfo() { return detail::gTagsDJI.item(3); }
+const TagItem& detail::TagItemCatalogue10::itemDJIAEDebugInfo() { return detail::gTagsDJI.item(4); }
+const TagItem& detail::TagItemCatalogue10::itemDJIAEHistogramInfo() { return detail::gTagsDJI.item(5); }
+const TagItem& detail::TagItemCatalogue10::itemDJIAELiveViewHistogramInfo() { return detail::gTagsDJI.item(6); }
+const TagItem& detail::TagItemCatalogue10::itemDJIAELiveViewLocalHistogram() { return detail::gTagsDJI.item(7); }
+const TagItem& detail::TagItemCatalogue10::itemDJIAELocalHistogram() { return detail::gTagsDJI.item(8); }
+const TagItem& detail::TagItemCatalogue10::itemDJIAFDebugInfo() { return detail::gTagsDJI.item(9); }
+const TagItem& detail::TagItemCatalogue10::itemDJIAWBDebugInfo() { return detail::gTagsDJI.item(10); }
+const TagItem& detail::TagItemCatalogue10::itemDJIHistogram() { return detail::gTagsDJI.item(11); }
+const TagItem& detail::TagItemCatalogue10::itemDJIHyperlapsDebugInfo() { return detail::gTagsDJI.item(12); }
+const TagItem& detail::TagItemCatalogue10::itemDJISensorID() { return detail::gTagsDJI.item(13); }
+const TagItem& detail::TagItemCatalogue10::itemDJIXidiri() { return detail::gTagsDJI.item(14); }
+const TagItem& detail::TagItemCatalogue10::itemDJIMake() { return detail::gTagsDJI.item(15); }
+const TagItem& detail::TagItemCatalogue10::itemDJISpeedX() { return detail::gTagsDJI.item(16); }
+const TagItem& detail::TagItemCatalogue10::itemDJISpeedY() { return detail::gTagsDJI.item(17); }
+const TagItem& detail::TagItemCatalogue10::itemDJISpeedZ() { return detail::gTagsDJI.item(18); }
+const TagItem& detail::TagItemCatalogue10::itemDJIPitch() { return detail::gTagsDJI.item(19); }
+const TagItem& detail::TagItemCatalogue10::itemDJIYaw() { return detail::gTagsDJI.item(20); }
+const TagItem& detail::TagItemCatalogue10::itemDJIRoll() { return detail::gTagsDJI.item(21); }
+const TagItem& detail::TagItemCatalogue10::itemDJICameraPitch() { return detail::gTagsDJI.item(22); }
+const TagItem& detail::TagItemCatalogue10::itemDJICameraYaw() { return detail::gTagsDJI.item(23); }
+const TagItem& detail::TagItemCatalogue10::itemDJICameraRoll() { return detail::gTagsDJI.item(24); }
+const TagItem& detail::TagItemCatalogue10::itemDJIK1() { return detail::gTagsDJI.item(25); }
+const TagItem& detail::TagItemCatalogue10::itemDJIK2() { return detail::gTagsDJI.item(26); }
+const TagItem& detail::TagItemCatalogue10::itemDJIK3() { return detail::gTagsDJI.item(27); }
+const TagItem& detail::TagItemCatalogue10::itemDJIK4() { return detail::gTagsDJI.item(28); }
+const TagItem& detail::TagItemCatalogue10::itemDJIKF() { return detail::gTagsDJI.item(29); }
+const TagItem& detail::TagItemCatalogue11::itemDJIB1() { return detail::gTagsDJI.item(30); }
+const TagItem& detail::TagItemCatalogue11::itemDJIB2() { return detail::gTagsDJI.item(31); }
+const TagItem& detail::TagItemCatalogue11::itemDJIObjectDistance() { return detail::gTagsDJI.item(32); }
+const TagItem& detail::TagItemCatalogue11::itemDJIRelativeHumidity() { return detail::gTagsDJI.item(33); }
+const TagItem& detail::TagItemCatalogue11::itemDJIEmissivity() { return detail::gTagsDJI.item(34); }
+const TagItem& detail::TagItemCatalogue11::itemDJIReflection() { return detail::gTagsDJI.item(35); }
+const TagItem& detail::TagItemCatalogue11::itemDJIAmbientTemperature() { return detail::gTagsDJI.item(36); }
+const TagItem& detail::TagItemCatalogue11::itemDJID2() { return detail::gTagsDJI.item(37); }
+const TagItem& detail::TagItemCatalogue11::itemDJIKJ() { return detail::gTagsDJI.item(38); }
+const TagItem& detail::TagItemCatalogue11::itemDJIDB() { return detail::gTagsDJI.item(39); }
+const TagItem& detail::TagItemCatalogue11::itemDJIKK() { return detail::gTagsDJI.item(40); }
+const TagItem& detail::TagItemCatalogue11::itemDJIReflectedTemperature() { return detail::gTagsDJI.item(41); }
+const TagItem& detail::TagItemCatalogue11::itemDJIIDString() { return detail::gTagsDJI.item(42); }
+const TagItem& detail::TagItemCatalogue11::itemDJIThermalData() { return detail::gTagsDJI.item(43); }
+const TagItem& detail::TagItemCatalogue11::itemDJIThermalCalibration() { return detail::gTagsDJI.item(44); }
+const TagItem& detail::TagItemCatalogue11::itemDJIDJI_DTAT() { return detail::gTagsDJI.item(45); }
 
 const TagStrings& TagStringsCatalogue::stringsDNG() {
   return gStringsDNG.strings(&TagStringsCatalogue::stringTableDNG);
@@ -12778,25 +12784,25 @@ TagStringTable TagStringsCatalogue::stringTableDNG(ETLanguage language) {
   return gStringsDNG.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue11::allStreamsDNG() {
-  return gTagsDNG.all();
+  return detail::gTagsDNG.all();
 }
-const TagItem& detail::TagItemCatalogue11::itemDNGSeqID() { return gTagsDNG.item(0); }
-const TagItem& detail::TagItemCatalogue11::itemDNGSeqType() { return gTagsDNG.item(1); }
-const TagItem& detail::TagItemCatalogue11::itemDNGSeqFrameInfo() { return gTagsDNG.item(2); }
-const TagItem& detail::TagItemCatalogue11::itemDNGSeqIndex() { return gTagsDNG.item(3); }
-const TagItem& detail::TagItemCatalogue11::itemDNGSeqCount() { return gTagsDNG.item(4); }
-const TagItem& detail::TagItemCatalogue11::itemDNGSeqFinal() { return gTagsDNG.item(5); }
-const TagItem& detail::TagItemCatalogue11::itemDNGOriginalRawImage() { return gTagsDNG.item(6); }
-const TagItem& detail::TagItemCatalogue11::itemDNGOriginalRawResource() { return gTagsDNG.item(7); }
-const TagItem& detail::TagItemCatalogue11::itemDNGOriginalRawFileType() { return gTagsDNG.item(8); }
-const TagItem& detail::TagItemCatalogue11::itemDNGOriginalRawCreator() { return gTagsDNG.item(9); }
-const TagItem& detail::TagItemCatalogue11::itemDNGOriginalTHMImage() { return gTagsDNG.item(10); }
-const TagItem& detail::TagItemCatalogue11::itemDNGOriginalTHMResource() { return gTagsDNG.item(11); }
-const TagItem& detail::TagItemCatalogue11::itemDNGOriginalTHMFileType() { return gTagsDNG.item(12); }
-const TagItem& detail::TagItemCatalogue11::itemDNGOriginalTHMCreator() { return gTagsDNG.item(13); }
-const TagItem& detail::TagItemCatalogue11::itemDNGPDRVersion() { return gTagsDNG.item(14); }
-const TagItem& detail::TagItemCatalogue11::itemDNGDynamicRange() { return gTagsDNG.item(15); }
-const TagItem& detail::TagItemCatalogue11::itemDNGHintMaxOutputValue() { return gTagsDNG.item(16); }
+const TagItem& detail::TagItemCatalogue11::itemDNGSeqID() { return detail::gTagsDNG.item(0); }
+const TagItem& detail::TagItemCatalogue11::itemDNGSeqType() { return detail::gTagsDNG.item(1); }
+const TagItem& detail::TagItemCatalogue11::itemDNGSeqFrameInfo() { return detail::gTagsDNG.item(2); }
+const TagItem& detail::TagItemCatalogue11::itemDNGSeqIndex() { return detail::gTagsDNG.item(3); }
+const TagItem& detail::TagItemCatalogue11::itemDNGSeqCount() { return detail::gTagsDNG.item(4); }
+const TagItem& detail::TagItemCatalogue11::itemDNGSeqFinal() { return detail::gTagsDNG.item(5); }
+const TagItem& detail::TagItemCatalogue11::itemDNGOriginalRawImage() { return detail::gTagsDNG.item(6); }
+const TagItem& detail::TagItemCatalogue11::itemDNGOriginalRawResource() { return detail::gTagsDNG.item(7); }
+const TagItem& detail::TagItemCatalogue11::itemDNGOriginalRawFileType() { return detail::gTagsDNG.item(8); }
+const TagItem& detail::TagItemCatalogue11::itemDNGOriginalRawCreator() { return detail::gTagsDNG.item(9); }
+const TagItem& detail::TagItemCatalogue11::itemDNGOriginalTHMImage() { return detail::gTagsDNG.item(10); }
+const TagItem& detail::TagItemCatalogue11::itemDNGOriginalTHMResource() { return detail::gTagsDNG.item(11); }
+const TagItem& detail::TagItemCatalogue11::itemDNGOriginalTHMFileType() { return detail::gTagsDNG.item(12); }
+const TagItem& detail::TagItemCatalogue11::itemDNGOriginalTHMCreator() { return detail::gTagsDNG.item(13); }
+const TagItem& detail::TagItemCatalogue11::itemDNGPDRVersion() { return detail::gTagsDNG.item(14); }
+const TagItem& detail::TagItemCatalogue11::itemDNGDynamicRange() { return detail::gTagsDNG.item(15); }
+const TagItem& detail::TagItemCatalogue11::itemDNGHintMaxOutputValue() { return detail::gTagsDNG.item(16); }
 
 const TagStrings& TagStringsCatalogue::stringsDV() {
   return gStringsDV.strings(&TagStringsCatalogue::stringTableDV);
@@ -12805,21 +12811,21 @@ TagStringTable TagStringsCatalogue::stringTableDV(ETLanguage language) {
   return gStringsDV.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue11::allStreamsDV() {
-  return gTagsDV.all();
+  return detail::gTagsDV.all();
 }
-const TagItem& detail::TagItemCatalogue11::itemDVAspectRatio() { return gTagsDV.item(0); }
-const TagItem& detail::TagItemCatalogue11::itemDVAudioBitsPerSample() { return gTagsDV.item(1); }
-const TagItem& detail::TagItemCatalogue11::itemDVAudioChannels() { return gTagsDV.item(2); }
-const TagItem& detail::TagItemCatalogue11::itemDVAudioSampleRate() { return gTagsDV.item(3); }
-const TagItem& detail::TagItemCatalogue11::itemDVColorimetry() { return gTagsDV.item(4); }
-const TagItem& detail::TagItemCatalogue11::itemDVDateTimeOriginal() { return gTagsDV.item(5); }
-const TagItem& detail::TagItemCatalogue11::itemDVDuration() { return gTagsDV.item(6); }
-const TagItem& detail::TagItemCatalogue11::itemDVFrameRate() { return gTagsDV.item(7); }
-const TagItem& detail::TagItemCatalogue11::itemDVImageHeight() { return gTagsDV.item(8); }
-const TagItem& detail::TagItemCatalogue11::itemDVImageWidth() { return gTagsDV.item(9); }
-const TagItem& detail::TagItemCatalogue11::itemDVTotalBitrate() { return gTagsDV.item(10); }
-const TagItem& detail::TagItemCatalogue11::itemDVVideoFormat() { return gTagsDV.item(11); }
-const TagItem& detail::TagItemCatalogue11::itemDVVideoScanType() { return gTagsDV.item(12); }
+const TagItem& detail::TagItemCatalogue11::itemDVAspectRatio() { return detail::gTagsDV.item(0); }
+const TagItem& detail::TagItemCatalogue11::itemDVAudioBitsPerSample() { return detail::gTagsDV.item(1); }
+const TagItem& detail::TagItemCatalogue11::itemDVAudioChannels() { return detail::gTagsDV.item(2); }
+const TagItem& detail::TagItemCatalogue11::itemDVAudioSampleRate() { return detail::gTagsDV.item(3); }
+const TagItem& detail::TagItemCatalogue11::itemDVColorimetry() { return detail::gTagsDV.item(4); }
+const TagItem& detail::TagItemCatalogue11::itemDVDateTimeOriginal() { return detail::gTagsDV.item(5); }
+const TagItem& detail::TagItemCatalogue11::itemDVDuration() { return detail::gTagsDV.item(6); }
+const TagItem& detail::TagItemCatalogue11::itemDVFrameRate() { return detail::gTagsDV.item(7); }
+const TagItem& detail::TagItemCatalogue11::itemDVImageHeight() { return detail::gTagsDV.item(8); }
+const TagItem& detail::TagItemCatalogue11::itemDVImageWidth() { return detail::gTagsDV.item(9); }
+const TagItem& detail::TagItemCatalogue11::itemDVTotalBitrate() { return detail::gTagsDV.item(10); }
+const TagItem& detail::TagItemCatalogue11::itemDVVideoFormat() { return detail::gTagsDV.item(11); }
+const TagItem& detail::TagItemCatalogue11::itemDVVideoScanType() { return detail::gTagsDV.item(12); }
 
 const TagStrings& TagStringsCatalogue::stringsDjVu() {
   return gStringsDjVu.strings(&TagStringsCatalogue::stringTableDjVu);
@@ -12828,48 +12834,48 @@ TagStringTable TagStringsCatalogue::stringTableDjVu(ETLanguage language) {
   return gStringsDjVu.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue11::allStreamsDjVu() {
-  return gTagsDjVu.all();
+  return detail::gTagsDjVu.all();
 }
-const TagItem& detail::TagItemCatalogue11::itemDjVuSubfileType() { return gTagsDjVu.item(0); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuImageWidth() { return gTagsDjVu.item(1); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuImageHeight() { return gTagsDjVu.item(2); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuDjVuVersion() { return gTagsDjVu.item(3); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuSpatialResolution() { return gTagsDjVu.item(4); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuGamma() { return gTagsDjVu.item(5); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuOrientation() { return gTagsDjVu.item(6); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuIncludedFileID() { return gTagsDjVu.item(7); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuAuthor() { return gTagsDjVu.item(8); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuCreateDate() { return gTagsDjVu.item(9); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuCreator() { return gTagsDjVu.item(10); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuKeywords() { return gTagsDjVu.item(11); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuModifyDate() { return gTagsDjVu.item(12); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuProducer() { return gTagsDjVu.item(13); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuSubject() { return gTagsDjVu.item(14); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuTitle() { return gTagsDjVu.item(15); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuTrapped() { return gTagsDjVu.item(16); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuAddress() { return gTagsDjVu.item(17); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuAnnotation() { return gTagsDjVu.item(18); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuBookTitle() { return gTagsDjVu.item(19); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuChapter() { return gTagsDjVu.item(20); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuCrossRef() { return gTagsDjVu.item(21); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuEdition() { return gTagsDjVu.item(22); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuEPrint() { return gTagsDjVu.item(23); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuHowPublished() { return gTagsDjVu.item(24); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuInstitution() { return gTagsDjVu.item(25); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuJournal() { return gTagsDjVu.item(26); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuKey() { return gTagsDjVu.item(27); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuMonth() { return gTagsDjVu.item(28); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuNote() { return gTagsDjVu.item(29); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuNumber() { return gTagsDjVu.item(30); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuOrganization() { return gTagsDjVu.item(31); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuPages() { return gTagsDjVu.item(32); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuPublisher() { return gTagsDjVu.item(33); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuSchool() { return gTagsDjVu.item(34); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuSeries() { return gTagsDjVu.item(35); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuType() { return gTagsDjVu.item(36); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuURL() { return gTagsDjVu.item(37); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuVolume() { return gTagsDjVu.item(38); }
-const TagItem& detail::TagItemCatalogue11::itemDjVuYear() { return gTagsDjVu.item(39); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuSubfileType() { return detail::gTagsDjVu.item(0); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuImageWidth() { return detail::gTagsDjVu.item(1); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuImageHeight() { return detail::gTagsDjVu.item(2); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuDjVuVersion() { return detail::gTagsDjVu.item(3); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuSpatialResolution() { return detail::gTagsDjVu.item(4); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuGamma() { return detail::gTagsDjVu.item(5); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuOrientation() { return detail::gTagsDjVu.item(6); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuIncludedFileID() { return detail::gTagsDjVu.item(7); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuAuthor() { return detail::gTagsDjVu.item(8); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuCreateDate() { return detail::gTagsDjVu.item(9); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuCreator() { return detail::gTagsDjVu.item(10); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuKeywords() { return detail::gTagsDjVu.item(11); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuModifyDate() { return detail::gTagsDjVu.item(12); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuProducer() { return detail::gTagsDjVu.item(13); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuSubject() { return detail::gTagsDjVu.item(14); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuTitle() { return detail::gTagsDjVu.item(15); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuTrapped() { return detail::gTagsDjVu.item(16); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuAddress() { return detail::gTagsDjVu.item(17); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuAnnotation() { return detail::gTagsDjVu.item(18); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuBookTitle() { return detail::gTagsDjVu.item(19); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuChapter() { return detail::gTagsDjVu.item(20); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuCrossRef() { return detail::gTagsDjVu.item(21); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuEdition() { return detail::gTagsDjVu.item(22); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuEPrint() { return detail::gTagsDjVu.item(23); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuHowPublished() { return detail::gTagsDjVu.item(24); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuInstitution() { return detail::gTagsDjVu.item(25); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuJournal() { return detail::gTagsDjVu.item(26); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuKey() { return detail::gTagsDjVu.item(27); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuMonth() { return detail::gTagsDjVu.item(28); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuNote() { return detail::gTagsDjVu.item(29); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuNumber() { return detail::gTagsDjVu.item(30); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuOrganization() { return detail::gTagsDjVu.item(31); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuPages() { return detail::gTagsDjVu.item(32); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuPublisher() { return detail::gTagsDjVu.item(33); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuSchool() { return detail::gTagsDjVu.item(34); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuSeries() { return detail::gTagsDjVu.item(35); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuType() { return detail::gTagsDjVu.item(36); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuURL() { return detail::gTagsDjVu.item(37); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuVolume() { return detail::gTagsDjVu.item(38); }
+const TagItem& detail::TagItemCatalogue11::itemDjVuYear() { return detail::gTagsDjVu.item(39); }
 
 const TagStrings& TagStringsCatalogue::stringsDucky() {
   return gStringsDucky.strings(&TagStringsCatalogue::stringTableDucky);
@@ -12878,11 +12884,11 @@ TagStringTable TagStringsCatalogue::stringTableDucky(ETLanguage language) {
   return gStringsDucky.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue11::allStreamsDucky() {
-  return gTagsDucky.all();
+  return detail::gTagsDucky.all();
 }
-const TagItem& detail::TagItemCatalogue11::itemDuckyQuality() { return gTagsDucky.item(0); }
-const TagItem& detail::TagItemCatalogue11::itemDuckyComment() { return gTagsDucky.item(1); }
-const TagItem& detail::TagItemCatalogue11::itemDuckyCopyright() { return gTagsDucky.item(2); }
+const TagItem& detail::TagItemCatalogue11::itemDuckyQuality() { return detail::gTagsDucky.item(0); }
+const TagItem& detail::TagItemCatalogue11::itemDuckyComment() { return detail::gTagsDucky.item(1); }
+const TagItem& detail::TagItemCatalogue11::itemDuckyCopyright() { return detail::gTagsDucky.item(2); }
 
 const TagStrings& TagStringsCatalogue::stringsEXE() {
   return gStringsEXE.strings(&TagStringsCatalogue::stringTableEXE);
@@ -12891,54 +12897,54 @@ TagStringTable TagStringsCatalogue::stringTableEXE(ETLanguage language) {
   return gStringsEXE.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue11::allStreamsEXE() {
-  return gTagsEXE.all();
+  return detail::gTagsEXE.all();
 }
-const TagItem& detail::TagItemCatalogue11::itemEXECreateDate() { return gTagsEXE.item(0); }
-const TagItem& detail::TagItemCatalogue11::itemEXECHMVersion() { return gTagsEXE.item(1); }
-const TagItem& detail::TagItemCatalogue11::itemEXELanguageCode() { return gTagsEXE.item(2); }
-const TagItem& detail::TagItemCatalogue11::itemEXECPUArchitecture() { return gTagsEXE.item(3); }
-const TagItem& detail::TagItemCatalogue11::itemEXECPUByteOrder() { return gTagsEXE.item(4); }
-const TagItem& detail::TagItemCatalogue11::itemEXEObjectFileType() { return gTagsEXE.item(5); }
-const TagItem& detail::TagItemCatalogue11::itemEXECPUType() { return gTagsEXE.item(6); }
-const TagItem& detail::TagItemCatalogue11::itemEXECPUCount() { return gTagsEXE.item(7); }
-const TagItem& detail::TagItemCatalogue11::itemEXECPUSubtype() { return gTagsEXE.item(8); }
-const TagItem& detail::TagItemCatalogue11::itemEXEObjectFlags() { return gTagsEXE.item(9); }
-const TagItem& detail::TagItemCatalogue11::itemEXEMachineType() { return gTagsEXE.item(10); }
-const TagItem& detail::TagItemCatalogue11::itemEXETimeStamp() { return gTagsEXE.item(11); }
-const TagItem& detail::TagItemCatalogue11::itemEXEImageFileCharacteristics() { return gTagsEXE.item(12); }
-const TagItem& detail::TagItemCatalogue11::itemEXEPEType() { return gTagsEXE.item(13); }
-const TagItem& detail::TagItemCatalogue11::itemEXELinkerVersion() { return gTagsEXE.item(14); }
-const TagItem& detail::TagItemCatalogue11::itemEXECodeSize() { return gTagsEXE.item(15); }
-const TagItem& detail::TagItemCatalogue11::itemEXEInitializedDataSize() { return gTagsEXE.item(16); }
-const TagItem& detail::TagItemCatalogue11::itemEXEUninitializedDataSize() { return gTagsEXE.item(17); }
-const TagItem& detail::TagItemCatalogue11::itemEXEEntryPoint() { return gTagsEXE.item(18); }
-const TagItem& detail::TagItemCatalogue11::itemEXEOSVersion() { return gTagsEXE.item(19); }
-const TagItem& detail::TagItemCatalogue11::itemEXEImageVersion() { return gTagsEXE.item(20); }
-const TagItem& detail::TagItemCatalogue11::itemEXESubsystemVersion() { return gTagsEXE.item(21); }
-const TagItem& detail::TagItemCatalogue11::itemEXESubsystem() { return gTagsEXE.item(22); }
-const TagItem& detail::TagItemCatalogue11::itemEXEPEFVersion() { return gTagsEXE.item(23); }
-const TagItem& detail::TagItemCatalogue11::itemEXEBuildDate() { return gTagsEXE.item(24); }
-const TagItem& detail::TagItemCatalogue11::itemEXEBuildVersion() { return gTagsEXE.item(25); }
-const TagItem& detail::TagItemCatalogue11::itemEXECharacterSet() { return gTagsEXE.item(26); }
-const TagItem& detail::TagItemCatalogue11::itemEXEComments() { return gTagsEXE.item(27); }
-const TagItem& detail::TagItemCatalogue11::itemEXECompanyName() { return gTagsEXE.item(28); }
-const TagItem& detail::TagItemCatalogue11::itemEXECopyright() { return gTagsEXE.item(29); }
-const TagItem& detail::TagItemCatalogue11::itemEXEFileDescription() { return gTagsEXE.item(30); }
-const TagItem& detail::TagItemCatalogue11::itemEXEFileVersion() { return gTagsEXE.item(31); }
-const TagItem& detail::TagItemCatalogue11::itemEXEInternalName() { return gTagsEXE.item(32); }
-const TagItem& detail::TagItemCatalogue11::itemEXELegalCopyright() { return gTagsEXE.item(33); }
-const TagItem& detail::TagItemCatalogue11::itemEXELegalTrademarks() { return gTagsEXE.item(34); }
-const TagItem& detail::TagItemCatalogue11::itemEXEOriginalFileName() { return gTagsEXE.item(35); }
-const TagItem& detail::TagItemCatalogue11::itemEXEPrivateBuild() { return gTagsEXE.item(36); }
-const TagItem& detail::TagItemCatalogue11::itemEXEProductName() { return gTagsEXE.item(37); }
-const TagItem& detail::TagItemCatalogue11::itemEXEProductVersion() { return gTagsEXE.item(38); }
-const TagItem& detail::TagItemCatalogue11::itemEXESpecialBuild() { return gTagsEXE.item(39); }
-const TagItem& detail::TagItemCatalogue11::itemEXEFileVersionNumber() { return gTagsEXE.item(40); }
-const TagItem& detail::TagItemCatalogue11::itemEXEProductVersionNumber() { return gTagsEXE.item(41); }
-const TagItem& detail::TagItemCatalogue11::itemEXEFileFlagsMask() { return gTagsEXE.item(42); }
-const TagItem& detail::TagItemCatalogue11::itemEXEFileFlags() { return gTagsEXE.item(43); }
-const TagItem& detail::TagItemCatalogue11::itemEXEFileOS() { return gTagsEXE.item(44); }
-const TagItem& detail::TagItemCatalogue11::itemEXEFileSubtype() { return gTagsEXE.item(45); }
+const TagItem& detail::TagItemCatalogue11::itemEXECreateDate() { return detail::gTagsEXE.item(0); }
+const TagItem& detail::TagItemCatalogue11::itemEXECHMVersion() { return detail::gTagsEXE.item(1); }
+const TagItem& detail::TagItemCatalogue11::itemEXELanguageCode() { return detail::gTagsEXE.item(2); }
+const TagItem& detail::TagItemCatalogue11::itemEXECPUArchitecture() { return detail::gTagsEXE.item(3); }
+const TagItem& detail::TagItemCatalogue11::itemEXECPUByteOrder() { return detail::gTagsEXE.item(4); }
+const TagItem& detail::TagItemCatalogue11::itemEXEObjectFileType() { return detail::gTagsEXE.item(5); }
+const TagItem& detail::TagItemCatalogue11::itemEXECPUType() { return detail::gTagsEXE.item(6); }
+const TagItem& detail::TagItemCatalogue11::itemEXECPUCount() { return detail::gTagsEXE.item(7); }
+const TagItem& detail::TagItemCatalogue11::itemEXECPUSubtype() { return detail::gTagsEXE.item(8); }
+const TagItem& detail::TagItemCatalogue11::itemEXEObjectFlags() { return detail::gTagsEXE.item(9); }
+const TagItem& detail::TagItemCatalogue11::itemEXEMachineType() { return detail::gTagsEXE.item(10); }
+const TagItem& detail::TagItemCatalogue11::itemEXETimeStamp() { return detail::gTagsEXE.item(11); }
+const TagItem& detail::TagItemCatalogue11::itemEXEImageFileCharacteristics() { return detail::gTagsEXE.item(12); }
+const TagItem& detail::TagItemCatalogue11::itemEXEPEType() { return detail::gTagsEXE.item(13); }
+const TagItem& detail::TagItemCatalogue11::itemEXELinkerVersion() { return detail::gTagsEXE.item(14); }
+const TagItem& detail::TagItemCatalogue11::itemEXECodeSize() { return detail::gTagsEXE.item(15); }
+const TagItem& detail::TagItemCatalogue11::itemEXEInitializedDataSize() { return detail::gTagsEXE.item(16); }
+const TagItem& detail::TagItemCatalogue11::itemEXEUninitializedDataSize() { return detail::gTagsEXE.item(17); }
+const TagItem& detail::TagItemCatalogue11::itemEXEEntryPoint() { return detail::gTagsEXE.item(18); }
+const TagItem& detail::TagItemCatalogue11::itemEXEOSVersion() { return detail::gTagsEXE.item(19); }
+const TagItem& detail::TagItemCatalogue11::itemEXEImageVersion() { return detail::gTagsEXE.item(20); }
+const TagItem& detail::TagItemCatalogue11::itemEXESubsystemVersion() { return detail::gTagsEXE.item(21); }
+const TagItem& detail::TagItemCatalogue11::itemEXESubsystem() { return detail::gTagsEXE.item(22); }
+const TagItem& detail::TagItemCatalogue11::itemEXEPEFVersion() { return detail::gTagsEXE.item(23); }
+const TagItem& detail::TagItemCatalogue11::itemEXEBuildDate() { return detail::gTagsEXE.item(24); }
+const TagItem& detail::TagItemCatalogue11::itemEXEBuildVersion() { return detail::gTagsEXE.item(25); }
+const TagItem& detail::TagItemCatalogue11::itemEXECharacterSet() { return detail::gTagsEXE.item(26); }
+const TagItem& detail::TagItemCatalogue11::itemEXEComments() { return detail::gTagsEXE.item(27); }
+const TagItem& detail::TagItemCatalogue11::itemEXECompanyName() { return detail::gTagsEXE.item(28); }
+const TagItem& detail::TagItemCatalogue11::itemEXECopyright() { return detail::gTagsEXE.item(29); }
+const TagItem& detail::TagItemCatalogue11::itemEXEFileDescription() { return detail::gTagsEXE.item(30); }
+const TagItem& detail::TagItemCatalogue11::itemEXEFileVersion() { return detail::gTagsEXE.item(31); }
+const TagItem& detail::TagItemCatalogue11::itemEXEInternalName() { return detail::gTagsEXE.item(32); }
+const TagItem& detail::TagItemCatalogue11::itemEXELegalCopyright() { return detail::gTagsEXE.item(33); }
+const TagItem& detail::TagItemCatalogue11::itemEXELegalTrademarks() { return detail::gTagsEXE.item(34); }
+const TagItem& detail::TagItemCatalogue11::itemEXEOriginalFileName() { return detail::gTagsEXE.item(35); }
+const TagItem& detail::TagItemCatalogue11::itemEXEPrivateBuild() { return detail::gTagsEXE.item(36); }
+const TagItem& detail::TagItemCatalogue11::itemEXEProductName() { return detail::gTagsEXE.item(37); }
+const TagItem& detail::TagItemCatalogue11::itemEXEProductVersion() { return detail::gTagsEXE.item(38); }
+const TagItem& detail::TagItemCatalogue11::itemEXESpecialBuild() { return detail::gTagsEXE.item(39); }
+const TagItem& detail::TagItemCatalogue11::itemEXEFileVersionNumber() { return detail::gTagsEXE.item(40); }
+const TagItem& detail::TagItemCatalogue11::itemEXEProductVersionNumber() { return detail::gTagsEXE.item(41); }
+const TagItem& detail::TagItemCatalogue11::itemEXEFileFlagsMask() { return detail::gTagsEXE.item(42); }
+const TagItem& detail::TagItemCatalogue11::itemEXEFileFlags() { return detail::gTagsEXE.item(43); }
+const TagItem& detail::TagItemCatalogue11::itemEXEFileOS() { return detail::gTagsEXE.item(44); }
+const TagItem& detail::TagItemCatalogue11::itemEXEFileSubtype() { return detail::gTagsEXE.item(45); }
 
 const TagStrings& TagStringsCatalogue::stringsEXIF() {
   return gStringsEXIF.strings(&TagStringsCatalogue::stringTableEXIF);
@@ -12947,622 +12953,622 @@ TagStringTable TagStringsCatalogue::stringTableEXIF(ETLanguage language) {
   return gStringsEXIF.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue11::allStreamsEXIF() {
-  return gTagsEXIF.all();
+  return detail::gTagsEXIF.all();
 }
-const TagItem& detail::TagItemCatalogue11::itemEXIFJpgFromRaw() { return gTagsEXIF.item(0); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFOtherImage() { return gTagsEXIF.item(1); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFPreviewImage() { return gTagsEXIF.item(2); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailImage() { return gTagsEXIF.item(3); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFInteropIndex() { return gTagsEXIF.item(4); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFInteropVersion() { return gTagsEXIF.item(5); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFProcessingSoftware() { return gTagsEXIF.item(6); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSubfileType() { return gTagsEXIF.item(7); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFOldSubfileType() { return gTagsEXIF.item(8); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFImageWidth() { return gTagsEXIF.item(9); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFImageHeight() { return gTagsEXIF.item(10); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFBitsPerSample() { return gTagsEXIF.item(11); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFCompression() { return gTagsEXIF.item(12); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFPhotometricInterpretation() { return gTagsEXIF.item(13); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThresholding() { return gTagsEXIF.item(14); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFCellWidth() { return gTagsEXIF.item(15); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFCellLength() { return gTagsEXIF.item(16); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFFillOrder() { return gTagsEXIF.item(17); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFDocumentName() { return gTagsEXIF.item(18); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFImageDescription() { return gTagsEXIF.item(19); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMake() { return gTagsEXIF.item(20); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFModel() { return gTagsEXIF.item(21); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFStripOffsets() { return gTagsEXIF.item(22); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFOtherImageStart() { return gTagsEXIF.item(23); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFPreviewImageStart() { return gTagsEXIF.item(24); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFJpgFromRawStart() { return gTagsEXIF.item(25); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFOrientation() { return gTagsEXIF.item(26); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSamplesPerPixel() { return gTagsEXIF.item(27); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFRowsPerStrip() { return gTagsEXIF.item(28); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFStripByteCounts() { return gTagsEXIF.item(29); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFOtherImageLength() { return gTagsEXIF.item(30); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFPreviewImageLength() { return gTagsEXIF.item(31); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFJpgFromRawLength() { return gTagsEXIF.item(32); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMinSampleValue() { return gTagsEXIF.item(33); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMaxSampleValue() { return gTagsEXIF.item(34); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFXResolution() { return gTagsEXIF.item(35); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFYResolution() { return gTagsEXIF.item(36); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFPlanarConfiguration() { return gTagsEXIF.item(37); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFPageName() { return gTagsEXIF.item(38); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFXPosition() { return gTagsEXIF.item(39); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFYPosition() { return gTagsEXIF.item(40); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFFreeOffsets() { return gTagsEXIF.item(41); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFFreeByteCounts() { return gTagsEXIF.item(42); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFGrayResponseUnit() { return gTagsEXIF.item(43); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFGrayResponseCurve() { return gTagsEXIF.item(44); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFT4Options() { return gTagsEXIF.item(45); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFT6Options() { return gTagsEXIF.item(46); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFResolutionUnit() { return gTagsEXIF.item(47); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFPageNumber() { return gTagsEXIF.item(48); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFColorResponseUnit() { return gTagsEXIF.item(49); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFTransferFunction() { return gTagsEXIF.item(50); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSoftware() { return gTagsEXIF.item(51); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFModifyDate() { return gTagsEXIF.item(52); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFArtist() { return gTagsEXIF.item(53); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFHostComputer() { return gTagsEXIF.item(54); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFPredictor() { return gTagsEXIF.item(55); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFWhitePoint() { return gTagsEXIF.item(56); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFPrimaryChromaticities() { return gTagsEXIF.item(57); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFColorMap() { return gTagsEXIF.item(58); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFHalftoneHints() { return gTagsEXIF.item(59); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFTileWidth() { return gTagsEXIF.item(60); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFTileLength() { return gTagsEXIF.item(61); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFTileOffsets() { return gTagsEXIF.item(62); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFTileByteCounts() { return gTagsEXIF.item(63); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFBadFaxLines() { return gTagsEXIF.item(64); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFCleanFaxData() { return gTagsEXIF.item(65); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFConsecutiveBadFaxLines() { return gTagsEXIF.item(66); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFA100DataOffset() { return gTagsEXIF.item(67); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFInkSet() { return gTagsEXIF.item(68); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFInkNames() { return gTagsEXIF.item(69); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFNumberofInks() { return gTagsEXIF.item(70); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFDotRange() { return gTagsEXIF.item(71); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFTargetPrinter() { return gTagsEXIF.item(72); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFExtraSamples() { return gTagsEXIF.item(73); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSampleFormat() { return gTagsEXIF.item(74); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSMinSampleValue() { return gTagsEXIF.item(75); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSMaxSampleValue() { return gTagsEXIF.item(76); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFTransferRange() { return gTagsEXIF.item(77); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFClipPath() { return gTagsEXIF.item(78); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFXClipPathUnits() { return gTagsEXIF.item(79); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFYClipPathUnits() { return gTagsEXIF.item(80); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFIndexed() { return gTagsEXIF.item(81); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFJPEGTables() { return gTagsEXIF.item(82); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFOPIProxy() { return gTagsEXIF.item(83); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFProfileType() { return gTagsEXIF.item(84); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFFaxProfile() { return gTagsEXIF.item(85); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFCodingMethods() { return gTagsEXIF.item(86); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFVersionYear() { return gTagsEXIF.item(87); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFModeNumber() { return gTagsEXIF.item(88); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFDecode() { return gTagsEXIF.item(89); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFDefaultImageColor() { return gTagsEXIF.item(90); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFT82Options() { return gTagsEXIF.item(91); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFJPEGProc() { return gTagsEXIF.item(92); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailOffset() { return gTagsEXIF.item(93); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailLength() { return gTagsEXIF.item(94); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFJPEGRestartInterval() { return gTagsEXIF.item(95); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFJPEGLosslessPredictors() { return gTagsEXIF.item(96); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFJPEGPointTransforms() { return gTagsEXIF.item(97); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFJPEGQTables() { return gTagsEXIF.item(98); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFJPEGDCTables() { return gTagsEXIF.item(99); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFJPEGACTables() { return gTagsEXIF.item(100); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFYCbCrCoefficients() { return gTagsEXIF.item(101); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFYCbCrSubSampling() { return gTagsEXIF.item(102); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFYCbCrPositioning() { return gTagsEXIF.item(103); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFReferenceBlackWhite() { return gTagsEXIF.item(104); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFStripRowCounts() { return gTagsEXIF.item(105); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFApplicationNotes() { return gTagsEXIF.item(106); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFUSPTOMiscellaneous() { return gTagsEXIF.item(107); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFRelatedImageFileFormat() { return gTagsEXIF.item(108); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFRelatedImageWidth() { return gTagsEXIF.item(109); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFRelatedImageHeight() { return gTagsEXIF.item(110); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFRating() { return gTagsEXIF.item(111); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFRatingPercent() { return gTagsEXIF.item(112); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFResolutionXUnit() { return gTagsEXIF.item(113); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFResolutionYUnit() { return gTagsEXIF.item(114); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFResolutionXLengthUnit() { return gTagsEXIF.item(115); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFResolutionYLengthUnit() { return gTagsEXIF.item(116); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFPrintFlags() { return gTagsEXIF.item(117); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFPrintFlagsVersion() { return gTagsEXIF.item(118); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFPrintFlagsCrop() { return gTagsEXIF.item(119); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFPrintFlagsBleedWidth() { return gTagsEXIF.item(120); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFPrintFlagsBleedWidthScale() { return gTagsEXIF.item(121); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFHalftoneLPI() { return gTagsEXIF.item(122); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFHalftoneLPIUnit() { return gTagsEXIF.item(123); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFHalftoneDegree() { return gTagsEXIF.item(124); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFHalftoneShape() { return gTagsEXIF.item(125); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFHalftoneMisc() { return gTagsEXIF.item(126); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFHalftoneScreen() { return gTagsEXIF.item(127); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFJPEGQuality() { return gTagsEXIF.item(128); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFGridSize() { return gTagsEXIF.item(129); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailFormat() { return gTagsEXIF.item(130); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailWidth() { return gTagsEXIF.item(131); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailHeight() { return gTagsEXIF.item(132); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailColorDepth() { return gTagsEXIF.item(133); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailPlanes() { return gTagsEXIF.item(134); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailRawBytes() { return gTagsEXIF.item(135); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailCompressedSize() { return gTagsEXIF.item(136); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFColorTransferFunction() { return gTagsEXIF.item(137); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailData() { return gTagsEXIF.item(138); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailImageWidth() { return gTagsEXIF.item(139); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailImageHeight() { return gTagsEXIF.item(140); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailBitsPerSample() { return gTagsEXIF.item(141); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailCompression() { return gTagsEXIF.item(142); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailPhotometricInterp() { return gTagsEXIF.item(143); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailDescription() { return gTagsEXIF.item(144); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailEquipMake() { return gTagsEXIF.item(145); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailEquipModel() { return gTagsEXIF.item(146); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailStripOffsets() { return gTagsEXIF.item(147); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailOrientation() { return gTagsEXIF.item(148); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailSamplesPerPixel() { return gTagsEXIF.item(149); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailRowsPerStrip() { return gTagsEXIF.item(150); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailStripByteCounts() { return gTagsEXIF.item(151); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailResolutionX() { return gTagsEXIF.item(152); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailResolutionY() { return gTagsEXIF.item(153); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailPlanarConfig() { return gTagsEXIF.item(154); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailResolutionUnit() { return gTagsEXIF.item(155); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailTransferFunction() { return gTagsEXIF.item(156); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailSoftware() { return gTagsEXIF.item(157); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailDateTime() { return gTagsEXIF.item(158); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailArtist() { return gTagsEXIF.item(159); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailWhitePoint() { return gTagsEXIF.item(160); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailPrimaryChromaticities() { return gTagsEXIF.item(161); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailYCbCrCoefficients() { return gTagsEXIF.item(162); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailYCbCrSubsampling() { return gTagsEXIF.item(163); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailYCbCrPositioning() { return gTagsEXIF.item(164); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailRefBlackWhite() { return gTagsEXIF.item(165); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailCopyright() { return gTagsEXIF.item(166); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFLuminanceTable() { return gTagsEXIF.item(167); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFChrominanceTable() { return gTagsEXIF.item(168); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFFrameDelay() { return gTagsEXIF.item(169); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFLoopCount() { return gTagsEXIF.item(170); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFGlobalPalette() { return gTagsEXIF.item(171); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFIndexBackground() { return gTagsEXIF.item(172); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFIndexTransparent() { return gTagsEXIF.item(173); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFPixelUnits() { return gTagsEXIF.item(174); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFPixelsPerUnitX() { return gTagsEXIF.item(175); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFPixelsPerUnitY() { return gTagsEXIF.item(176); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFPaletteHistogram() { return gTagsEXIF.item(177); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSonyRawFileType() { return gTagsEXIF.item(178); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSonyToneCurve() { return gTagsEXIF.item(179); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFVignettingCorrection() { return gTagsEXIF.item(180); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFVignettingCorrParams() { return gTagsEXIF.item(181); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFChromaticAberrationCorrection() { return gTagsEXIF.item(182); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFChromaticAberrationCorrParams() { return gTagsEXIF.item(183); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFDistortionCorrection() { return gTagsEXIF.item(184); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFDistortionCorrParams() { return gTagsEXIF.item(185); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSonyRawImageSize() { return gTagsEXIF.item(186); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFBlackLevel() { return gTagsEXIF.item(187); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFWB_RGGBLevels() { return gTagsEXIF.item(188); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSonyCropTopLeft() { return gTagsEXIF.item(189); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSonyCropSize() { return gTagsEXIF.item(190); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFImageID() { return gTagsEXIF.item(191); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFWangTag1() { return gTagsEXIF.item(192); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFWangAnnotation() { return gTagsEXIF.item(193); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFWangTag3() { return gTagsEXIF.item(194); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFWangTag4() { return gTagsEXIF.item(195); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFImageReferencePoints() { return gTagsEXIF.item(196); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFRegionXformTackPoint() { return gTagsEXIF.item(197); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFWarpQuadrilateral() { return gTagsEXIF.item(198); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFAffineTransformMat() { return gTagsEXIF.item(199); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMatteing() { return gTagsEXIF.item(200); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFDataType() { return gTagsEXIF.item(201); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFImageDepth() { return gTagsEXIF.item(202); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFTileDepth() { return gTagsEXIF.item(203); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFImageFullWidth() { return gTagsEXIF.item(204); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFImageFullHeight() { return gTagsEXIF.item(205); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFTextureFormat() { return gTagsEXIF.item(206); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFWrapModes() { return gTagsEXIF.item(207); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFFovCot() { return gTagsEXIF.item(208); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMatrixWorldToScreen() { return gTagsEXIF.item(209); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMatrixWorldToCamera() { return gTagsEXIF.item(210); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFModel2() { return gTagsEXIF.item(211); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFCFARepeatPatternDim() { return gTagsEXIF.item(212); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFCFAPattern2() { return gTagsEXIF.item(213); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFBatteryLevel() { return gTagsEXIF.item(214); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFCopyright() { return gTagsEXIF.item(215); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFExposureTime() { return gTagsEXIF.item(216); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFFNumber() { return gTagsEXIF.item(217); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMDFileTag() { return gTagsEXIF.item(218); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMDScalePixel() { return gTagsEXIF.item(219); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMDColorTable() { return gTagsEXIF.item(220); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMDLabName() { return gTagsEXIF.item(221); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMDSampleInfo() { return gTagsEXIF.item(222); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMDPrepDate() { return gTagsEXIF.item(223); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMDPrepTime() { return gTagsEXIF.item(224); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMDFileUnits() { return gTagsEXIF.item(225); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFPixelScale() { return gTagsEXIF.item(226); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFAdventScale() { return gTagsEXIF.item(227); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFAdventRevision() { return gTagsEXIF.item(228); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFUIC1Tag() { return gTagsEXIF.item(229); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFUIC2Tag() { return gTagsEXIF.item(230); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFUIC3Tag() { return gTagsEXIF.item(231); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFUIC4Tag() { return gTagsEXIF.item(232); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFIPTC_NAA() { return gTagsEXIF.item(233); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFIntergraphPacketData() { return gTagsEXIF.item(234); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFIntergraphFlagRegisters() { return gTagsEXIF.item(235); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFIntergraphMatrix() { return gTagsEXIF.item(236); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFINGRReserved() { return gTagsEXIF.item(237); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFModelTiePoint() { return gTagsEXIF.item(238); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSite() { return gTagsEXIF.item(239); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFColorSequence() { return gTagsEXIF.item(240); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFIT8Header() { return gTagsEXIF.item(241); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFRasterPadding() { return gTagsEXIF.item(242); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFBitsPerRunLength() { return gTagsEXIF.item(243); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFBitsPerExtendedRunLength() { return gTagsEXIF.item(244); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFColorTable() { return gTagsEXIF.item(245); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFImageColorIndicator() { return gTagsEXIF.item(246); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFBackgroundColorIndicator() { return gTagsEXIF.item(247); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFImageColorValue() { return gTagsEXIF.item(248); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFBackgroundColorValue() { return gTagsEXIF.item(249); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFPixelIntensityRange() { return gTagsEXIF.item(250); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFTransparencyIndicator() { return gTagsEXIF.item(251); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFColorCharacterization() { return gTagsEXIF.item(252); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFHCUsage() { return gTagsEXIF.item(253); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFTrapIndicator() { return gTagsEXIF.item(254); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFCMYKEquivalent() { return gTagsEXIF.item(255); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSEMInfo() { return gTagsEXIF.item(256); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFPixelMagicJBIGOptions() { return gTagsEXIF.item(257); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFJPLCartoIFD() { return gTagsEXIF.item(258); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFModelTransform() { return gTagsEXIF.item(259); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFWB_GRGBLevels() { return gTagsEXIF.item(260); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFTIFF_FXExtensions() { return gTagsEXIF.item(261); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMultiProfiles() { return gTagsEXIF.item(262); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSharedData() { return gTagsEXIF.item(263); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFT88Options() { return gTagsEXIF.item(264); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFImageLayer() { return gTagsEXIF.item(265); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFGeoTiffAsciiParams() { return gTagsEXIF.item(266); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFJBIGOptions() { return gTagsEXIF.item(267); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFExposureProgram() { return gTagsEXIF.item(268); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSpectralSensitivity() { return gTagsEXIF.item(269); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFISO() { return gTagsEXIF.item(270); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFOpto_ElectricConvFactor() { return gTagsEXIF.item(271); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFInterlace() { return gTagsEXIF.item(272); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFTimeZoneOffset() { return gTagsEXIF.item(273); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSelfTimerMode() { return gTagsEXIF.item(274); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSensitivityType() { return gTagsEXIF.item(275); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFStandardOutputSensitivity() { return gTagsEXIF.item(276); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFRecommendedExposureIndex() { return gTagsEXIF.item(277); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFISOSpeed() { return gTagsEXIF.item(278); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFISOSpeedLatitudeyyy() { return gTagsEXIF.item(279); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFISOSpeedLatitudezzz() { return gTagsEXIF.item(280); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFFaxRecvParams() { return gTagsEXIF.item(281); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFFaxSubAddress() { return gTagsEXIF.item(282); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFFaxRecvTime() { return gTagsEXIF.item(283); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFFedexEDR() { return gTagsEXIF.item(284); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFExifVersion() { return gTagsEXIF.item(285); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFDateTimeOriginal() { return gTagsEXIF.item(286); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFCreateDate() { return gTagsEXIF.item(287); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFOffsetTime() { return gTagsEXIF.item(288); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFOffsetTimeOriginal() { return gTagsEXIF.item(289); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFOffsetTimeDigitized() { return gTagsEXIF.item(290); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFCompressedBitsPerPixel() { return gTagsEXIF.item(291); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFShutterSpeedValue() { return gTagsEXIF.item(292); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFApertureValue() { return gTagsEXIF.item(293); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFBrightnessValue() { return gTagsEXIF.item(294); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFExposureCompensation() { return gTagsEXIF.item(295); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMaxApertureValue() { return gTagsEXIF.item(296); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSubjectDistance() { return gTagsEXIF.item(297); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMeteringMode() { return gTagsEXIF.item(298); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFLightSource() { return gTagsEXIF.item(299); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFFlash() { return gTagsEXIF.item(300); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFFocalLength() { return gTagsEXIF.item(301); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFFlashEnergy() { return gTagsEXIF.item(302); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSpatialFrequencyResponse() { return gTagsEXIF.item(303); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFNoise() { return gTagsEXIF.item(304); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFFocalPlaneXResolution() { return gTagsEXIF.item(305); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFFocalPlaneYResolution() { return gTagsEXIF.item(306); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFFocalPlaneResolutionUnit() { return gTagsEXIF.item(307); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFImageNumber() { return gTagsEXIF.item(308); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSecurityClassification() { return gTagsEXIF.item(309); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFImageHistory() { return gTagsEXIF.item(310); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSubjectArea() { return gTagsEXIF.item(311); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFExposureIndex() { return gTagsEXIF.item(312); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFTIFF_EPStandardID() { return gTagsEXIF.item(313); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSensingMethod() { return gTagsEXIF.item(314); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFCIP3DataFile() { return gTagsEXIF.item(315); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFCIP3Sheet() { return gTagsEXIF.item(316); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFCIP3Side() { return gTagsEXIF.item(317); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFStoNits() { return gTagsEXIF.item(318); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMakerNoteDJIInfo() { return gTagsEXIF.item(319); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMakerNoteKodak12() { return gTagsEXIF.item(320); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMakerNoteOlympus3() { return gTagsEXIF.item(321); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMakerNoteLeica10() { return gTagsEXIF.item(322); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMakerNotePanasonic3() { return gTagsEXIF.item(323); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMakerNoteReconyx3() { return gTagsEXIF.item(324); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMakerNoteRicohPentax() { return gTagsEXIF.item(325); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFUserComment() { return gTagsEXIF.item(326); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSubSecTime() { return gTagsEXIF.item(327); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSubSecTimeOriginal() { return gTagsEXIF.item(328); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSubSecTimeDigitized() { return gTagsEXIF.item(329); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMSDocumentText() { return gTagsEXIF.item(330); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMSPropertySetStorage() { return gTagsEXIF.item(331); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFMSDocumentTextPosition() { return gTagsEXIF.item(332); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFImageSourceData() { return gTagsEXIF.item(333); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFAmbientTemperature() { return gTagsEXIF.item(334); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFHumidity() { return gTagsEXIF.item(335); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFPressure() { return gTagsEXIF.item(336); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFWaterDepth() { return gTagsEXIF.item(337); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFAcceleration() { return gTagsEXIF.item(338); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFCameraElevationAngle() { return gTagsEXIF.item(339); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFXPTitle() { return gTagsEXIF.item(340); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFXPComment() { return gTagsEXIF.item(341); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFXPAuthor() { return gTagsEXIF.item(342); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFXPKeywords() { return gTagsEXIF.item(343); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFXPSubject() { return gTagsEXIF.item(344); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFFlashpixVersion() { return gTagsEXIF.item(345); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFColorSpace() { return gTagsEXIF.item(346); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFExifImageWidth() { return gTagsEXIF.item(347); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFExifImageHeight() { return gTagsEXIF.item(348); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFRelatedSoundFile() { return gTagsEXIF.item(349); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSamsungRawPointersOffset() { return gTagsEXIF.item(350); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSamsungRawPointersLength() { return gTagsEXIF.item(351); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSamsungRawByteOrder() { return gTagsEXIF.item(352); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSamsungRawUnknown() { return gTagsEXIF.item(353); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSubjectLocation() { return gTagsEXIF.item(354); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFFileSource() { return gTagsEXIF.item(355); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSceneType() { return gTagsEXIF.item(356); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFCFAPattern() { return gTagsEXIF.item(357); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFCustomRendered() { return gTagsEXIF.item(358); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFExposureMode() { return gTagsEXIF.item(359); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFWhiteBalance() { return gTagsEXIF.item(360); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFDigitalZoomRatio() { return gTagsEXIF.item(361); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFFocalLengthIn35mmFormat() { return gTagsEXIF.item(362); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFSceneCaptureType() { return gTagsEXIF.item(363); }
-const TagItem& detail::TagItemCatalogue11::itemEXIFGainControl() { return gTagsEXIF.item(364); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFContrast() { return gTagsEXIF.item(365); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFSaturation() { return gTagsEXIF.item(366); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFSharpness() { return gTagsEXIF.item(367); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFDeviceSettingDescription() { return gTagsEXIF.item(368); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFSubjectDistanceRange() { return gTagsEXIF.item(369); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFImageUniqueID() { return gTagsEXIF.item(370); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFOwnerName() { return gTagsEXIF.item(371); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFSerialNumber() { return gTagsEXIF.item(372); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFLensInfo() { return gTagsEXIF.item(373); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFLensMake() { return gTagsEXIF.item(374); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFLensModel() { return gTagsEXIF.item(375); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFLensSerialNumber() { return gTagsEXIF.item(376); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFTitle() { return gTagsEXIF.item(377); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFPhotographer() { return gTagsEXIF.item(378); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFImageEditor() { return gTagsEXIF.item(379); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFCameraFirmware() { return gTagsEXIF.item(380); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFRAWDevelopingSoftware() { return gTagsEXIF.item(381); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFImageEditingSoftware() { return gTagsEXIF.item(382); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFMetadataEditingSoftware() { return gTagsEXIF.item(383); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFCompositeImage() { return gTagsEXIF.item(384); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFCompositeImageCount() { return gTagsEXIF.item(385); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFCompositeImageExposureTimes() { return gTagsEXIF.item(386); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGDALMetadata() { return gTagsEXIF.item(387); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGDALNoData() { return gTagsEXIF.item(388); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGamma() { return gTagsEXIF.item(389); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFExpandSoftware() { return gTagsEXIF.item(390); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFExpandLens() { return gTagsEXIF.item(391); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFExpandFilm() { return gTagsEXIF.item(392); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFExpandFilterLens() { return gTagsEXIF.item(393); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFExpandScanner() { return gTagsEXIF.item(394); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFExpandFlashLamp() { return gTagsEXIF.item(395); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFHasselbladRawImage() { return gTagsEXIF.item(396); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFPixelFormat() { return gTagsEXIF.item(397); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFTransformation() { return gTagsEXIF.item(398); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFUncompressed() { return gTagsEXIF.item(399); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFImageType() { return gTagsEXIF.item(400); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFWidthResolution() { return gTagsEXIF.item(401); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFHeightResolution() { return gTagsEXIF.item(402); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFImageOffset() { return gTagsEXIF.item(403); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFImageByteCount() { return gTagsEXIF.item(404); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFAlphaOffset() { return gTagsEXIF.item(405); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFAlphaByteCount() { return gTagsEXIF.item(406); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFImageDataDiscard() { return gTagsEXIF.item(407); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFAlphaDataDiscard() { return gTagsEXIF.item(408); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFOceScanjobDesc() { return gTagsEXIF.item(409); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFOceApplicationSelector() { return gTagsEXIF.item(410); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFOceIDNumber() { return gTagsEXIF.item(411); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFOceImageLogic() { return gTagsEXIF.item(412); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFAnnotations() { return gTagsEXIF.item(413); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFPrintIM() { return gTagsEXIF.item(414); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFOriginalFileName() { return gTagsEXIF.item(415); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFUSPTOOriginalContentType() { return gTagsEXIF.item(416); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFCR2CFAPattern() { return gTagsEXIF.item(417); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFDNGVersion() { return gTagsEXIF.item(418); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFDNGBackwardVersion() { return gTagsEXIF.item(419); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFUniqueCameraModel() { return gTagsEXIF.item(420); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFLocalizedCameraModel() { return gTagsEXIF.item(421); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFCFAPlaneColor() { return gTagsEXIF.item(422); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFCFALayout() { return gTagsEXIF.item(423); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFLinearizationTable() { return gTagsEXIF.item(424); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFBlackLevelRepeatDim() { return gTagsEXIF.item(425); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFBlackLevelDeltaH() { return gTagsEXIF.item(426); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFBlackLevelDeltaV() { return gTagsEXIF.item(427); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFWhiteLevel() { return gTagsEXIF.item(428); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFDefaultScale() { return gTagsEXIF.item(429); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFDefaultCropOrigin() { return gTagsEXIF.item(430); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFDefaultCropSize() { return gTagsEXIF.item(431); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFColorMatrix1() { return gTagsEXIF.item(432); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFColorMatrix2() { return gTagsEXIF.item(433); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFCameraCalibration1() { return gTagsEXIF.item(434); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFCameraCalibration2() { return gTagsEXIF.item(435); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFReductionMatrix1() { return gTagsEXIF.item(436); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFReductionMatrix2() { return gTagsEXIF.item(437); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFAnalogBalance() { return gTagsEXIF.item(438); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFAsShotNeutral() { return gTagsEXIF.item(439); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFAsShotWhiteXY() { return gTagsEXIF.item(440); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFBaselineExposure() { return gTagsEXIF.item(441); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFBaselineNoise() { return gTagsEXIF.item(442); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFBaselineSharpness() { return gTagsEXIF.item(443); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFBayerGreenSplit() { return gTagsEXIF.item(444); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFLinearResponseLimit() { return gTagsEXIF.item(445); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFCameraSerialNumber() { return gTagsEXIF.item(446); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFDNGLensInfo() { return gTagsEXIF.item(447); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFChromaBlurRadius() { return gTagsEXIF.item(448); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFAntiAliasStrength() { return gTagsEXIF.item(449); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFShadowScale() { return gTagsEXIF.item(450); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFDNGAdobeData() { return gTagsEXIF.item(451); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFDNGPrivateData() { return gTagsEXIF.item(452); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFMakerNoteSafety() { return gTagsEXIF.item(453); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFRawImageSegmentation() { return gTagsEXIF.item(454); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFCalibrationIlluminant1() { return gTagsEXIF.item(455); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFCalibrationIlluminant2() { return gTagsEXIF.item(456); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFBestQualityScale() { return gTagsEXIF.item(457); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFRawDataUniqueID() { return gTagsEXIF.item(458); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFAliasLayerMetadata() { return gTagsEXIF.item(459); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFOriginalRawFileName() { return gTagsEXIF.item(460); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFOriginalRawFileData() { return gTagsEXIF.item(461); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFActiveArea() { return gTagsEXIF.item(462); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFMaskedAreas() { return gTagsEXIF.item(463); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFAsShotPreProfileMatrix() { return gTagsEXIF.item(464); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFCurrentPreProfileMatrix() { return gTagsEXIF.item(465); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFColorimetricReference() { return gTagsEXIF.item(466); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFSRawType() { return gTagsEXIF.item(467); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFPanasonicTitle() { return gTagsEXIF.item(468); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFPanasonicTitle2() { return gTagsEXIF.item(469); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFCameraCalibrationSig() { return gTagsEXIF.item(470); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFProfileCalibrationSig() { return gTagsEXIF.item(471); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFAsShotProfileName() { return gTagsEXIF.item(472); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFNoiseReductionApplied() { return gTagsEXIF.item(473); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFProfileName() { return gTagsEXIF.item(474); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFProfileHueSatMapDims() { return gTagsEXIF.item(475); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFProfileHueSatMapData1() { return gTagsEXIF.item(476); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFProfileHueSatMapData2() { return gTagsEXIF.item(477); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFProfileToneCurve() { return gTagsEXIF.item(478); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFProfileEmbedPolicy() { return gTagsEXIF.item(479); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFProfileCopyright() { return gTagsEXIF.item(480); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFForwardMatrix1() { return gTagsEXIF.item(481); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFForwardMatrix2() { return gTagsEXIF.item(482); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFPreviewApplicationName() { return gTagsEXIF.item(483); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFPreviewApplicationVersion() { return gTagsEXIF.item(484); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFPreviewSettingsName() { return gTagsEXIF.item(485); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFPreviewSettingsDigest() { return gTagsEXIF.item(486); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFPreviewColorSpace() { return gTagsEXIF.item(487); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFPreviewDateTime() { return gTagsEXIF.item(488); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFRawImageDigest() { return gTagsEXIF.item(489); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFOriginalRawFileDigest() { return gTagsEXIF.item(490); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFSubTileBlockSize() { return gTagsEXIF.item(491); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFRowInterleaveFactor() { return gTagsEXIF.item(492); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFProfileLookTableDims() { return gTagsEXIF.item(493); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFProfileLookTableData() { return gTagsEXIF.item(494); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFOpcodeList1() { return gTagsEXIF.item(495); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFOpcodeList2() { return gTagsEXIF.item(496); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFOpcodeList3() { return gTagsEXIF.item(497); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFNoiseProfile() { return gTagsEXIF.item(498); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFTimeCodes() { return gTagsEXIF.item(499); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFFrameRate() { return gTagsEXIF.item(500); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFTStop() { return gTagsEXIF.item(501); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFReelName() { return gTagsEXIF.item(502); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFOriginalDefaultFinalSize() { return gTagsEXIF.item(503); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFOriginalBestQualitySize() { return gTagsEXIF.item(504); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFOriginalDefaultCropSize() { return gTagsEXIF.item(505); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFCameraLabel() { return gTagsEXIF.item(506); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFProfileHueSatMapEncoding() { return gTagsEXIF.item(507); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFProfileLookTableEncoding() { return gTagsEXIF.item(508); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFBaselineExposureOffset() { return gTagsEXIF.item(509); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFDefaultBlackRender() { return gTagsEXIF.item(510); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFNewRawImageDigest() { return gTagsEXIF.item(511); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFRawToPreviewGain() { return gTagsEXIF.item(512); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFCacheVersion() { return gTagsEXIF.item(513); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFDefaultUserCrop() { return gTagsEXIF.item(514); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFDepthFormat() { return gTagsEXIF.item(515); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFDepthNear() { return gTagsEXIF.item(516); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFDepthFar() { return gTagsEXIF.item(517); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFDepthUnits() { return gTagsEXIF.item(518); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFDepthMeasureType() { return gTagsEXIF.item(519); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFEnhanceParams() { return gTagsEXIF.item(520); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFProfileGainTableMap() { return gTagsEXIF.item(521); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFSemanticName() { return gTagsEXIF.item(522); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFSemanticInstanceID() { return gTagsEXIF.item(523); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFCalibrationIlluminant3() { return gTagsEXIF.item(524); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFCameraCalibration3() { return gTagsEXIF.item(525); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFColorMatrix3() { return gTagsEXIF.item(526); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFForwardMatrix3() { return gTagsEXIF.item(527); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFIlluminantData1() { return gTagsEXIF.item(528); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFIlluminantData2() { return gTagsEXIF.item(529); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFIlluminantData3() { return gTagsEXIF.item(530); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFMaskSubArea() { return gTagsEXIF.item(531); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFProfileHueSatMapData3() { return gTagsEXIF.item(532); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFReductionMatrix3() { return gTagsEXIF.item(533); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFRGBTables() { return gTagsEXIF.item(534); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFProfileGainTableMap2() { return gTagsEXIF.item(535); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFColumnInterleaveFactor() { return gTagsEXIF.item(536); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFImageSequenceInfo() { return gTagsEXIF.item(537); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFImageStats() { return gTagsEXIF.item(538); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFProfileDynamicRange() { return gTagsEXIF.item(539); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFProfileGroupName() { return gTagsEXIF.item(540); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFPadding() { return gTagsEXIF.item(541); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFOffsetSchema() { return gTagsEXIF.item(542); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFLens() { return gTagsEXIF.item(543); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFRawFile() { return gTagsEXIF.item(544); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFConverter() { return gTagsEXIF.item(545); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFExposure() { return gTagsEXIF.item(546); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFShadows() { return gTagsEXIF.item(547); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFBrightness() { return gTagsEXIF.item(548); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFSmoothness() { return gTagsEXIF.item(549); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFMoireFilter() { return gTagsEXIF.item(550); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFEXIF() { return gTagsEXIF.item(551); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSVersionID() { return gTagsEXIF.item(552); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSLatitudeRef() { return gTagsEXIF.item(553); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSLatitude() { return gTagsEXIF.item(554); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSLongitudeRef() { return gTagsEXIF.item(555); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSLongitude() { return gTagsEXIF.item(556); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSAltitudeRef() { return gTagsEXIF.item(557); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSAltitude() { return gTagsEXIF.item(558); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSTimeStamp() { return gTagsEXIF.item(559); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSSatellites() { return gTagsEXIF.item(560); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSStatus() { return gTagsEXIF.item(561); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSMeasureMode() { return gTagsEXIF.item(562); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSDOP() { return gTagsEXIF.item(563); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSSpeedRef() { return gTagsEXIF.item(564); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSSpeed() { return gTagsEXIF.item(565); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSTrackRef() { return gTagsEXIF.item(566); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSTrack() { return gTagsEXIF.item(567); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSImgDirectionRef() { return gTagsEXIF.item(568); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSImgDirection() { return gTagsEXIF.item(569); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSMapDatum() { return gTagsEXIF.item(570); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSDestLatitudeRef() { return gTagsEXIF.item(571); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSDestLatitude() { return gTagsEXIF.item(572); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSDestLongitudeRef() { return gTagsEXIF.item(573); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSDestLongitude() { return gTagsEXIF.item(574); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSDestBearingRef() { return gTagsEXIF.item(575); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSDestBearing() { return gTagsEXIF.item(576); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSDestDistanceRef() { return gTagsEXIF.item(577); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSDestDistance() { return gTagsEXIF.item(578); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSProcessingMethod() { return gTagsEXIF.item(579); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSAreaInformation() { return gTagsEXIF.item(580); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSDateStamp() { return gTagsEXIF.item(581); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSDifferential() { return gTagsEXIF.item(582); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFGPSHPositioningError() { return gTagsEXIF.item(583); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFPanasonicRawVersion() { return gTagsEXIF.item(584); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFSensorWidth() { return gTagsEXIF.item(585); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFSensorHeight() { return gTagsEXIF.item(586); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFSensorTopBorder() { return gTagsEXIF.item(587); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFSensorLeftBorder() { return gTagsEXIF.item(588); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFSensorBottomBorder() { return gTagsEXIF.item(589); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFSensorRightBorder() { return gTagsEXIF.item(590); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFLinearityLimitRed() { return gTagsEXIF.item(591); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFLinearityLimitGreen() { return gTagsEXIF.item(592); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFLinearityLimitBlue() { return gTagsEXIF.item(593); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFRedBalance() { return gTagsEXIF.item(594); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFBlueBalance() { return gTagsEXIF.item(595); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFHighISOMultiplierRed() { return gTagsEXIF.item(596); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFHighISOMultiplierGreen() { return gTagsEXIF.item(597); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFHighISOMultiplierBlue() { return gTagsEXIF.item(598); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFNoiseReductionParams() { return gTagsEXIF.item(599); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFBlackLevelRed() { return gTagsEXIF.item(600); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFBlackLevelGreen() { return gTagsEXIF.item(601); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFBlackLevelBlue() { return gTagsEXIF.item(602); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFWBRedLevel() { return gTagsEXIF.item(603); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFWBGreenLevel() { return gTagsEXIF.item(604); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFWBBlueLevel() { return gTagsEXIF.item(605); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFRawFormat() { return gTagsEXIF.item(606); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFCropTop() { return gTagsEXIF.item(607); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFCropLeft() { return gTagsEXIF.item(608); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFCropBottom() { return gTagsEXIF.item(609); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFCropRight() { return gTagsEXIF.item(610); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFRawDataOffset() { return gTagsEXIF.item(611); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFMultishot() { return gTagsEXIF.item(612); }
-const TagItem& detail::TagItemCatalogue12::itemEXIFJpgFromRaw2() { return gTagsEXIF.item(613); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFJpgFromRaw() { return detail::gTagsEXIF.item(0); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFOtherImage() { return detail::gTagsEXIF.item(1); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFPreviewImage() { return detail::gTagsEXIF.item(2); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailImage() { return detail::gTagsEXIF.item(3); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFInteropIndex() { return detail::gTagsEXIF.item(4); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFInteropVersion() { return detail::gTagsEXIF.item(5); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFProcessingSoftware() { return detail::gTagsEXIF.item(6); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSubfileType() { return detail::gTagsEXIF.item(7); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFOldSubfileType() { return detail::gTagsEXIF.item(8); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFImageWidth() { return detail::gTagsEXIF.item(9); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFImageHeight() { return detail::gTagsEXIF.item(10); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFBitsPerSample() { return detail::gTagsEXIF.item(11); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFCompression() { return detail::gTagsEXIF.item(12); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFPhotometricInterpretation() { return detail::gTagsEXIF.item(13); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThresholding() { return detail::gTagsEXIF.item(14); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFCellWidth() { return detail::gTagsEXIF.item(15); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFCellLength() { return detail::gTagsEXIF.item(16); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFFillOrder() { return detail::gTagsEXIF.item(17); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFDocumentName() { return detail::gTagsEXIF.item(18); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFImageDescription() { return detail::gTagsEXIF.item(19); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMake() { return detail::gTagsEXIF.item(20); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFModel() { return detail::gTagsEXIF.item(21); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFStripOffsets() { return detail::gTagsEXIF.item(22); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFOtherImageStart() { return detail::gTagsEXIF.item(23); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFPreviewImageStart() { return detail::gTagsEXIF.item(24); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFJpgFromRawStart() { return detail::gTagsEXIF.item(25); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFOrientation() { return detail::gTagsEXIF.item(26); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSamplesPerPixel() { return detail::gTagsEXIF.item(27); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFRowsPerStrip() { return detail::gTagsEXIF.item(28); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFStripByteCounts() { return detail::gTagsEXIF.item(29); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFOtherImageLength() { return detail::gTagsEXIF.item(30); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFPreviewImageLength() { return detail::gTagsEXIF.item(31); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFJpgFromRawLength() { return detail::gTagsEXIF.item(32); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMinSampleValue() { return detail::gTagsEXIF.item(33); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMaxSampleValue() { return detail::gTagsEXIF.item(34); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFXResolution() { return detail::gTagsEXIF.item(35); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFYResolution() { return detail::gTagsEXIF.item(36); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFPlanarConfiguration() { return detail::gTagsEXIF.item(37); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFPageName() { return detail::gTagsEXIF.item(38); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFXPosition() { return detail::gTagsEXIF.item(39); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFYPosition() { return detail::gTagsEXIF.item(40); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFFreeOffsets() { return detail::gTagsEXIF.item(41); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFFreeByteCounts() { return detail::gTagsEXIF.item(42); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFGrayResponseUnit() { return detail::gTagsEXIF.item(43); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFGrayResponseCurve() { return detail::gTagsEXIF.item(44); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFT4Options() { return detail::gTagsEXIF.item(45); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFT6Options() { return detail::gTagsEXIF.item(46); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFResolutionUnit() { return detail::gTagsEXIF.item(47); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFPageNumber() { return detail::gTagsEXIF.item(48); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFColorResponseUnit() { return detail::gTagsEXIF.item(49); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFTransferFunction() { return detail::gTagsEXIF.item(50); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSoftware() { return detail::gTagsEXIF.item(51); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFModifyDate() { return detail::gTagsEXIF.item(52); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFArtist() { return detail::gTagsEXIF.item(53); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFHostComputer() { return detail::gTagsEXIF.item(54); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFPredictor() { return detail::gTagsEXIF.item(55); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFWhitePoint() { return detail::gTagsEXIF.item(56); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFPrimaryChromaticities() { return detail::gTagsEXIF.item(57); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFColorMap() { return detail::gTagsEXIF.item(58); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFHalftoneHints() { return detail::gTagsEXIF.item(59); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFTileWidth() { return detail::gTagsEXIF.item(60); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFTileLength() { return detail::gTagsEXIF.item(61); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFTileOffsets() { return detail::gTagsEXIF.item(62); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFTileByteCounts() { return detail::gTagsEXIF.item(63); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFBadFaxLines() { return detail::gTagsEXIF.item(64); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFCleanFaxData() { return detail::gTagsEXIF.item(65); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFConsecutiveBadFaxLines() { return detail::gTagsEXIF.item(66); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFA100DataOffset() { return detail::gTagsEXIF.item(67); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFInkSet() { return detail::gTagsEXIF.item(68); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFInkNames() { return detail::gTagsEXIF.item(69); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFNumberofInks() { return detail::gTagsEXIF.item(70); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFDotRange() { return detail::gTagsEXIF.item(71); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFTargetPrinter() { return detail::gTagsEXIF.item(72); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFExtraSamples() { return detail::gTagsEXIF.item(73); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSampleFormat() { return detail::gTagsEXIF.item(74); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSMinSampleValue() { return detail::gTagsEXIF.item(75); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSMaxSampleValue() { return detail::gTagsEXIF.item(76); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFTransferRange() { return detail::gTagsEXIF.item(77); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFClipPath() { return detail::gTagsEXIF.item(78); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFXClipPathUnits() { return detail::gTagsEXIF.item(79); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFYClipPathUnits() { return detail::gTagsEXIF.item(80); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFIndexed() { return detail::gTagsEXIF.item(81); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFJPEGTables() { return detail::gTagsEXIF.item(82); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFOPIProxy() { return detail::gTagsEXIF.item(83); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFProfileType() { return detail::gTagsEXIF.item(84); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFFaxProfile() { return detail::gTagsEXIF.item(85); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFCodingMethods() { return detail::gTagsEXIF.item(86); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFVersionYear() { return detail::gTagsEXIF.item(87); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFModeNumber() { return detail::gTagsEXIF.item(88); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFDecode() { return detail::gTagsEXIF.item(89); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFDefaultImageColor() { return detail::gTagsEXIF.item(90); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFT82Options() { return detail::gTagsEXIF.item(91); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFJPEGProc() { return detail::gTagsEXIF.item(92); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailOffset() { return detail::gTagsEXIF.item(93); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailLength() { return detail::gTagsEXIF.item(94); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFJPEGRestartInterval() { return detail::gTagsEXIF.item(95); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFJPEGLosslessPredictors() { return detail::gTagsEXIF.item(96); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFJPEGPointTransforms() { return detail::gTagsEXIF.item(97); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFJPEGQTables() { return detail::gTagsEXIF.item(98); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFJPEGDCTables() { return detail::gTagsEXIF.item(99); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFJPEGACTables() { return detail::gTagsEXIF.item(100); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFYCbCrCoefficients() { return detail::gTagsEXIF.item(101); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFYCbCrSubSampling() { return detail::gTagsEXIF.item(102); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFYCbCrPositioning() { return detail::gTagsEXIF.item(103); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFReferenceBlackWhite() { return detail::gTagsEXIF.item(104); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFStripRowCounts() { return detail::gTagsEXIF.item(105); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFApplicationNotes() { return detail::gTagsEXIF.item(106); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFUSPTOMiscellaneous() { return detail::gTagsEXIF.item(107); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFRelatedImageFileFormat() { return detail::gTagsEXIF.item(108); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFRelatedImageWidth() { return detail::gTagsEXIF.item(109); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFRelatedImageHeight() { return detail::gTagsEXIF.item(110); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFRating() { return detail::gTagsEXIF.item(111); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFRatingPercent() { return detail::gTagsEXIF.item(112); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFResolutionXUnit() { return detail::gTagsEXIF.item(113); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFResolutionYUnit() { return detail::gTagsEXIF.item(114); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFResolutionXLengthUnit() { return detail::gTagsEXIF.item(115); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFResolutionYLengthUnit() { return detail::gTagsEXIF.item(116); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFPrintFlags() { return detail::gTagsEXIF.item(117); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFPrintFlagsVersion() { return detail::gTagsEXIF.item(118); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFPrintFlagsCrop() { return detail::gTagsEXIF.item(119); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFPrintFlagsBleedWidth() { return detail::gTagsEXIF.item(120); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFPrintFlagsBleedWidthScale() { return detail::gTagsEXIF.item(121); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFHalftoneLPI() { return detail::gTagsEXIF.item(122); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFHalftoneLPIUnit() { return detail::gTagsEXIF.item(123); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFHalftoneDegree() { return detail::gTagsEXIF.item(124); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFHalftoneShape() { return detail::gTagsEXIF.item(125); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFHalftoneMisc() { return detail::gTagsEXIF.item(126); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFHalftoneScreen() { return detail::gTagsEXIF.item(127); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFJPEGQuality() { return detail::gTagsEXIF.item(128); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFGridSize() { return detail::gTagsEXIF.item(129); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailFormat() { return detail::gTagsEXIF.item(130); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailWidth() { return detail::gTagsEXIF.item(131); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailHeight() { return detail::gTagsEXIF.item(132); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailColorDepth() { return detail::gTagsEXIF.item(133); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailPlanes() { return detail::gTagsEXIF.item(134); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailRawBytes() { return detail::gTagsEXIF.item(135); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailCompressedSize() { return detail::gTagsEXIF.item(136); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFColorTransferFunction() { return detail::gTagsEXIF.item(137); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailData() { return detail::gTagsEXIF.item(138); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailImageWidth() { return detail::gTagsEXIF.item(139); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailImageHeight() { return detail::gTagsEXIF.item(140); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailBitsPerSample() { return detail::gTagsEXIF.item(141); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailCompression() { return detail::gTagsEXIF.item(142); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailPhotometricInterp() { return detail::gTagsEXIF.item(143); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailDescription() { return detail::gTagsEXIF.item(144); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailEquipMake() { return detail::gTagsEXIF.item(145); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailEquipModel() { return detail::gTagsEXIF.item(146); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailStripOffsets() { return detail::gTagsEXIF.item(147); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailOrientation() { return detail::gTagsEXIF.item(148); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailSamplesPerPixel() { return detail::gTagsEXIF.item(149); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailRowsPerStrip() { return detail::gTagsEXIF.item(150); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailStripByteCounts() { return detail::gTagsEXIF.item(151); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailResolutionX() { return detail::gTagsEXIF.item(152); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailResolutionY() { return detail::gTagsEXIF.item(153); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailPlanarConfig() { return detail::gTagsEXIF.item(154); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailResolutionUnit() { return detail::gTagsEXIF.item(155); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailTransferFunction() { return detail::gTagsEXIF.item(156); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailSoftware() { return detail::gTagsEXIF.item(157); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailDateTime() { return detail::gTagsEXIF.item(158); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailArtist() { return detail::gTagsEXIF.item(159); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailWhitePoint() { return detail::gTagsEXIF.item(160); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailPrimaryChromaticities() { return detail::gTagsEXIF.item(161); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailYCbCrCoefficients() { return detail::gTagsEXIF.item(162); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailYCbCrSubsampling() { return detail::gTagsEXIF.item(163); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailYCbCrPositioning() { return detail::gTagsEXIF.item(164); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailRefBlackWhite() { return detail::gTagsEXIF.item(165); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFThumbnailCopyright() { return detail::gTagsEXIF.item(166); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFLuminanceTable() { return detail::gTagsEXIF.item(167); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFChrominanceTable() { return detail::gTagsEXIF.item(168); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFFrameDelay() { return detail::gTagsEXIF.item(169); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFLoopCount() { return detail::gTagsEXIF.item(170); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFGlobalPalette() { return detail::gTagsEXIF.item(171); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFIndexBackground() { return detail::gTagsEXIF.item(172); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFIndexTransparent() { return detail::gTagsEXIF.item(173); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFPixelUnits() { return detail::gTagsEXIF.item(174); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFPixelsPerUnitX() { return detail::gTagsEXIF.item(175); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFPixelsPerUnitY() { return detail::gTagsEXIF.item(176); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFPaletteHistogram() { return detail::gTagsEXIF.item(177); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSonyRawFileType() { return detail::gTagsEXIF.item(178); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSonyToneCurve() { return detail::gTagsEXIF.item(179); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFVignettingCorrection() { return detail::gTagsEXIF.item(180); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFVignettingCorrParams() { return detail::gTagsEXIF.item(181); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFChromaticAberrationCorrection() { return detail::gTagsEXIF.item(182); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFChromaticAberrationCorrParams() { return detail::gTagsEXIF.item(183); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFDistortionCorrection() { return detail::gTagsEXIF.item(184); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFDistortionCorrParams() { return detail::gTagsEXIF.item(185); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSonyRawImageSize() { return detail::gTagsEXIF.item(186); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFBlackLevel() { return detail::gTagsEXIF.item(187); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFWB_RGGBLevels() { return detail::gTagsEXIF.item(188); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSonyCropTopLeft() { return detail::gTagsEXIF.item(189); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSonyCropSize() { return detail::gTagsEXIF.item(190); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFImageID() { return detail::gTagsEXIF.item(191); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFWangTag1() { return detail::gTagsEXIF.item(192); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFWangAnnotation() { return detail::gTagsEXIF.item(193); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFWangTag3() { return detail::gTagsEXIF.item(194); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFWangTag4() { return detail::gTagsEXIF.item(195); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFImageReferencePoints() { return detail::gTagsEXIF.item(196); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFRegionXformTackPoint() { return detail::gTagsEXIF.item(197); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFWarpQuadrilateral() { return detail::gTagsEXIF.item(198); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFAffineTransformMat() { return detail::gTagsEXIF.item(199); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMatteing() { return detail::gTagsEXIF.item(200); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFDataType() { return detail::gTagsEXIF.item(201); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFImageDepth() { return detail::gTagsEXIF.item(202); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFTileDepth() { return detail::gTagsEXIF.item(203); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFImageFullWidth() { return detail::gTagsEXIF.item(204); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFImageFullHeight() { return detail::gTagsEXIF.item(205); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFTextureFormat() { return detail::gTagsEXIF.item(206); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFWrapModes() { return detail::gTagsEXIF.item(207); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFFovCot() { return detail::gTagsEXIF.item(208); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMatrixWorldToScreen() { return detail::gTagsEXIF.item(209); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMatrixWorldToCamera() { return detail::gTagsEXIF.item(210); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFModel2() { return detail::gTagsEXIF.item(211); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFCFARepeatPatternDim() { return detail::gTagsEXIF.item(212); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFCFAPattern2() { return detail::gTagsEXIF.item(213); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFBatteryLevel() { return detail::gTagsEXIF.item(214); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFCopyright() { return detail::gTagsEXIF.item(215); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFExposureTime() { return detail::gTagsEXIF.item(216); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFFNumber() { return detail::gTagsEXIF.item(217); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMDFileTag() { return detail::gTagsEXIF.item(218); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMDScalePixel() { return detail::gTagsEXIF.item(219); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMDColorTable() { return detail::gTagsEXIF.item(220); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMDLabName() { return detail::gTagsEXIF.item(221); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMDSampleInfo() { return detail::gTagsEXIF.item(222); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMDPrepDate() { return detail::gTagsEXIF.item(223); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMDPrepTime() { return detail::gTagsEXIF.item(224); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMDFileUnits() { return detail::gTagsEXIF.item(225); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFPixelScale() { return detail::gTagsEXIF.item(226); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFAdventScale() { return detail::gTagsEXIF.item(227); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFAdventRevision() { return detail::gTagsEXIF.item(228); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFUIC1Tag() { return detail::gTagsEXIF.item(229); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFUIC2Tag() { return detail::gTagsEXIF.item(230); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFUIC3Tag() { return detail::gTagsEXIF.item(231); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFUIC4Tag() { return detail::gTagsEXIF.item(232); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFIPTC_NAA() { return detail::gTagsEXIF.item(233); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFIntergraphPacketData() { return detail::gTagsEXIF.item(234); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFIntergraphFlagRegisters() { return detail::gTagsEXIF.item(235); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFIntergraphMatrix() { return detail::gTagsEXIF.item(236); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFINGRReserved() { return detail::gTagsEXIF.item(237); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFModelTiePoint() { return detail::gTagsEXIF.item(238); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSite() { return detail::gTagsEXIF.item(239); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFColorSequence() { return detail::gTagsEXIF.item(240); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFIT8Header() { return detail::gTagsEXIF.item(241); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFRasterPadding() { return detail::gTagsEXIF.item(242); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFBitsPerRunLength() { return detail::gTagsEXIF.item(243); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFBitsPerExtendedRunLength() { return detail::gTagsEXIF.item(244); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFColorTable() { return detail::gTagsEXIF.item(245); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFImageColorIndicator() { return detail::gTagsEXIF.item(246); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFBackgroundColorIndicator() { return detail::gTagsEXIF.item(247); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFImageColorValue() { return detail::gTagsEXIF.item(248); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFBackgroundColorValue() { return detail::gTagsEXIF.item(249); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFPixelIntensityRange() { return detail::gTagsEXIF.item(250); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFTransparencyIndicator() { return detail::gTagsEXIF.item(251); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFColorCharacterization() { return detail::gTagsEXIF.item(252); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFHCUsage() { return detail::gTagsEXIF.item(253); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFTrapIndicator() { return detail::gTagsEXIF.item(254); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFCMYKEquivalent() { return detail::gTagsEXIF.item(255); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSEMInfo() { return detail::gTagsEXIF.item(256); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFPixelMagicJBIGOptions() { return detail::gTagsEXIF.item(257); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFJPLCartoIFD() { return detail::gTagsEXIF.item(258); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFModelTransform() { return detail::gTagsEXIF.item(259); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFWB_GRGBLevels() { return detail::gTagsEXIF.item(260); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFTIFF_FXExtensions() { return detail::gTagsEXIF.item(261); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMultiProfiles() { return detail::gTagsEXIF.item(262); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSharedData() { return detail::gTagsEXIF.item(263); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFT88Options() { return detail::gTagsEXIF.item(264); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFImageLayer() { return detail::gTagsEXIF.item(265); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFGeoTiffAsciiParams() { return detail::gTagsEXIF.item(266); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFJBIGOptions() { return detail::gTagsEXIF.item(267); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFExposureProgram() { return detail::gTagsEXIF.item(268); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSpectralSensitivity() { return detail::gTagsEXIF.item(269); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFISO() { return detail::gTagsEXIF.item(270); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFOpto_ElectricConvFactor() { return detail::gTagsEXIF.item(271); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFInterlace() { return detail::gTagsEXIF.item(272); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFTimeZoneOffset() { return detail::gTagsEXIF.item(273); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSelfTimerMode() { return detail::gTagsEXIF.item(274); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSensitivityType() { return detail::gTagsEXIF.item(275); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFStandardOutputSensitivity() { return detail::gTagsEXIF.item(276); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFRecommendedExposureIndex() { return detail::gTagsEXIF.item(277); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFISOSpeed() { return detail::gTagsEXIF.item(278); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFISOSpeedLatitudeyyy() { return detail::gTagsEXIF.item(279); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFISOSpeedLatitudezzz() { return detail::gTagsEXIF.item(280); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFFaxRecvParams() { return detail::gTagsEXIF.item(281); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFFaxSubAddress() { return detail::gTagsEXIF.item(282); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFFaxRecvTime() { return detail::gTagsEXIF.item(283); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFFedexEDR() { return detail::gTagsEXIF.item(284); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFExifVersion() { return detail::gTagsEXIF.item(285); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFDateTimeOriginal() { return detail::gTagsEXIF.item(286); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFCreateDate() { return detail::gTagsEXIF.item(287); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFOffsetTime() { return detail::gTagsEXIF.item(288); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFOffsetTimeOriginal() { return detail::gTagsEXIF.item(289); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFOffsetTimeDigitized() { return detail::gTagsEXIF.item(290); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFCompressedBitsPerPixel() { return detail::gTagsEXIF.item(291); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFShutterSpeedValue() { return detail::gTagsEXIF.item(292); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFApertureValue() { return detail::gTagsEXIF.item(293); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFBrightnessValue() { return detail::gTagsEXIF.item(294); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFExposureCompensation() { return detail::gTagsEXIF.item(295); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMaxApertureValue() { return detail::gTagsEXIF.item(296); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSubjectDistance() { return detail::gTagsEXIF.item(297); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMeteringMode() { return detail::gTagsEXIF.item(298); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFLightSource() { return detail::gTagsEXIF.item(299); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFFlash() { return detail::gTagsEXIF.item(300); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFFocalLength() { return detail::gTagsEXIF.item(301); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFFlashEnergy() { return detail::gTagsEXIF.item(302); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSpatialFrequencyResponse() { return detail::gTagsEXIF.item(303); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFNoise() { return detail::gTagsEXIF.item(304); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFFocalPlaneXResolution() { return detail::gTagsEXIF.item(305); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFFocalPlaneYResolution() { return detail::gTagsEXIF.item(306); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFFocalPlaneResolutionUnit() { return detail::gTagsEXIF.item(307); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFImageNumber() { return detail::gTagsEXIF.item(308); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSecurityClassification() { return detail::gTagsEXIF.item(309); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFImageHistory() { return detail::gTagsEXIF.item(310); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSubjectArea() { return detail::gTagsEXIF.item(311); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFExposureIndex() { return detail::gTagsEXIF.item(312); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFTIFF_EPStandardID() { return detail::gTagsEXIF.item(313); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSensingMethod() { return detail::gTagsEXIF.item(314); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFCIP3DataFile() { return detail::gTagsEXIF.item(315); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFCIP3Sheet() { return detail::gTagsEXIF.item(316); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFCIP3Side() { return detail::gTagsEXIF.item(317); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFStoNits() { return detail::gTagsEXIF.item(318); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMakerNoteDJIInfo() { return detail::gTagsEXIF.item(319); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMakerNoteKodak12() { return detail::gTagsEXIF.item(320); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMakerNoteOlympus3() { return detail::gTagsEXIF.item(321); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMakerNoteLeica10() { return detail::gTagsEXIF.item(322); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMakerNotePanasonic3() { return detail::gTagsEXIF.item(323); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMakerNoteReconyx3() { return detail::gTagsEXIF.item(324); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMakerNoteRicohPentax() { return detail::gTagsEXIF.item(325); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFUserComment() { return detail::gTagsEXIF.item(326); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSubSecTime() { return detail::gTagsEXIF.item(327); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSubSecTimeOriginal() { return detail::gTagsEXIF.item(328); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSubSecTimeDigitized() { return detail::gTagsEXIF.item(329); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMSDocumentText() { return detail::gTagsEXIF.item(330); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMSPropertySetStorage() { return detail::gTagsEXIF.item(331); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFMSDocumentTextPosition() { return detail::gTagsEXIF.item(332); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFImageSourceData() { return detail::gTagsEXIF.item(333); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFAmbientTemperature() { return detail::gTagsEXIF.item(334); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFHumidity() { return detail::gTagsEXIF.item(335); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFPressure() { return detail::gTagsEXIF.item(336); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFWaterDepth() { return detail::gTagsEXIF.item(337); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFAcceleration() { return detail::gTagsEXIF.item(338); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFCameraElevationAngle() { return detail::gTagsEXIF.item(339); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFXPTitle() { return detail::gTagsEXIF.item(340); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFXPComment() { return detail::gTagsEXIF.item(341); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFXPAuthor() { return detail::gTagsEXIF.item(342); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFXPKeywords() { return detail::gTagsEXIF.item(343); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFXPSubject() { return detail::gTagsEXIF.item(344); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFFlashpixVersion() { return detail::gTagsEXIF.item(345); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFColorSpace() { return detail::gTagsEXIF.item(346); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFExifImageWidth() { return detail::gTagsEXIF.item(347); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFExifImageHeight() { return detail::gTagsEXIF.item(348); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFRelatedSoundFile() { return detail::gTagsEXIF.item(349); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSamsungRawPointersOffset() { return detail::gTagsEXIF.item(350); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSamsungRawPointersLength() { return detail::gTagsEXIF.item(351); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSamsungRawByteOrder() { return detail::gTagsEXIF.item(352); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSamsungRawUnknown() { return detail::gTagsEXIF.item(353); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSubjectLocation() { return detail::gTagsEXIF.item(354); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFFileSource() { return detail::gTagsEXIF.item(355); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSceneType() { return detail::gTagsEXIF.item(356); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFCFAPattern() { return detail::gTagsEXIF.item(357); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFCustomRendered() { return detail::gTagsEXIF.item(358); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFExposureMode() { return detail::gTagsEXIF.item(359); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFWhiteBalance() { return detail::gTagsEXIF.item(360); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFDigitalZoomRatio() { return detail::gTagsEXIF.item(361); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFFocalLengthIn35mmFormat() { return detail::gTagsEXIF.item(362); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFSceneCaptureType() { return detail::gTagsEXIF.item(363); }
+const TagItem& detail::TagItemCatalogue11::itemEXIFGainControl() { return detail::gTagsEXIF.item(364); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFContrast() { return detail::gTagsEXIF.item(365); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFSaturation() { return detail::gTagsEXIF.item(366); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFSharpness() { return detail::gTagsEXIF.item(367); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFDeviceSettingDescription() { return detail::gTagsEXIF.item(368); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFSubjectDistanceRange() { return detail::gTagsEXIF.item(369); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFImageUniqueID() { return detail::gTagsEXIF.item(370); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFOwnerName() { return detail::gTagsEXIF.item(371); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFSerialNumber() { return detail::gTagsEXIF.item(372); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFLensInfo() { return detail::gTagsEXIF.item(373); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFLensMake() { return detail::gTagsEXIF.item(374); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFLensModel() { return detail::gTagsEXIF.item(375); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFLensSerialNumber() { return detail::gTagsEXIF.item(376); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFTitle() { return detail::gTagsEXIF.item(377); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFPhotographer() { return detail::gTagsEXIF.item(378); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFImageEditor() { return detail::gTagsEXIF.item(379); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFCameraFirmware() { return detail::gTagsEXIF.item(380); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFRAWDevelopingSoftware() { return detail::gTagsEXIF.item(381); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFImageEditingSoftware() { return detail::gTagsEXIF.item(382); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFMetadataEditingSoftware() { return detail::gTagsEXIF.item(383); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFCompositeImage() { return detail::gTagsEXIF.item(384); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFCompositeImageCount() { return detail::gTagsEXIF.item(385); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFCompositeImageExposureTimes() { return detail::gTagsEXIF.item(386); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGDALMetadata() { return detail::gTagsEXIF.item(387); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGDALNoData() { return detail::gTagsEXIF.item(388); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGamma() { return detail::gTagsEXIF.item(389); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFExpandSoftware() { return detail::gTagsEXIF.item(390); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFExpandLens() { return detail::gTagsEXIF.item(391); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFExpandFilm() { return detail::gTagsEXIF.item(392); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFExpandFilterLens() { return detail::gTagsEXIF.item(393); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFExpandScanner() { return detail::gTagsEXIF.item(394); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFExpandFlashLamp() { return detail::gTagsEXIF.item(395); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFHasselbladRawImage() { return detail::gTagsEXIF.item(396); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFPixelFormat() { return detail::gTagsEXIF.item(397); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFTransformation() { return detail::gTagsEXIF.item(398); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFUncompressed() { return detail::gTagsEXIF.item(399); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFImageType() { return detail::gTagsEXIF.item(400); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFWidthResolution() { return detail::gTagsEXIF.item(401); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFHeightResolution() { return detail::gTagsEXIF.item(402); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFImageOffset() { return detail::gTagsEXIF.item(403); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFImageByteCount() { return detail::gTagsEXIF.item(404); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFAlphaOffset() { return detail::gTagsEXIF.item(405); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFAlphaByteCount() { return detail::gTagsEXIF.item(406); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFImageDataDiscard() { return detail::gTagsEXIF.item(407); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFAlphaDataDiscard() { return detail::gTagsEXIF.item(408); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFOceScanjobDesc() { return detail::gTagsEXIF.item(409); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFOceApplicationSelector() { return detail::gTagsEXIF.item(410); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFOceIDNumber() { return detail::gTagsEXIF.item(411); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFOceImageLogic() { return detail::gTagsEXIF.item(412); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFAnnotations() { return detail::gTagsEXIF.item(413); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFPrintIM() { return detail::gTagsEXIF.item(414); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFOriginalFileName() { return detail::gTagsEXIF.item(415); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFUSPTOOriginalContentType() { return detail::gTagsEXIF.item(416); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFCR2CFAPattern() { return detail::gTagsEXIF.item(417); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFDNGVersion() { return detail::gTagsEXIF.item(418); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFDNGBackwardVersion() { return detail::gTagsEXIF.item(419); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFUniqueCameraModel() { return detail::gTagsEXIF.item(420); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFLocalizedCameraModel() { return detail::gTagsEXIF.item(421); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFCFAPlaneColor() { return detail::gTagsEXIF.item(422); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFCFALayout() { return detail::gTagsEXIF.item(423); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFLinearizationTable() { return detail::gTagsEXIF.item(424); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFBlackLevelRepeatDim() { return detail::gTagsEXIF.item(425); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFBlackLevelDeltaH() { return detail::gTagsEXIF.item(426); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFBlackLevelDeltaV() { return detail::gTagsEXIF.item(427); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFWhiteLevel() { return detail::gTagsEXIF.item(428); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFDefaultScale() { return detail::gTagsEXIF.item(429); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFDefaultCropOrigin() { return detail::gTagsEXIF.item(430); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFDefaultCropSize() { return detail::gTagsEXIF.item(431); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFColorMatrix1() { return detail::gTagsEXIF.item(432); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFColorMatrix2() { return detail::gTagsEXIF.item(433); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFCameraCalibration1() { return detail::gTagsEXIF.item(434); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFCameraCalibration2() { return detail::gTagsEXIF.item(435); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFReductionMatrix1() { return detail::gTagsEXIF.item(436); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFReductionMatrix2() { return detail::gTagsEXIF.item(437); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFAnalogBalance() { return detail::gTagsEXIF.item(438); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFAsShotNeutral() { return detail::gTagsEXIF.item(439); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFAsShotWhiteXY() { return detail::gTagsEXIF.item(440); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFBaselineExposure() { return detail::gTagsEXIF.item(441); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFBaselineNoise() { return detail::gTagsEXIF.item(442); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFBaselineSharpness() { return detail::gTagsEXIF.item(443); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFBayerGreenSplit() { return detail::gTagsEXIF.item(444); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFLinearResponseLimit() { return detail::gTagsEXIF.item(445); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFCameraSerialNumber() { return detail::gTagsEXIF.item(446); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFDNGLensInfo() { return detail::gTagsEXIF.item(447); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFChromaBlurRadius() { return detail::gTagsEXIF.item(448); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFAntiAliasStrength() { return detail::gTagsEXIF.item(449); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFShadowScale() { return detail::gTagsEXIF.item(450); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFDNGAdobeData() { return detail::gTagsEXIF.item(451); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFDNGPrivateData() { return detail::gTagsEXIF.item(452); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFMakerNoteSafety() { return detail::gTagsEXIF.item(453); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFRawImageSegmentation() { return detail::gTagsEXIF.item(454); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFCalibrationIlluminant1() { return detail::gTagsEXIF.item(455); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFCalibrationIlluminant2() { return detail::gTagsEXIF.item(456); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFBestQualityScale() { return detail::gTagsEXIF.item(457); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFRawDataUniqueID() { return detail::gTagsEXIF.item(458); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFAliasLayerMetadata() { return detail::gTagsEXIF.item(459); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFOriginalRawFileName() { return detail::gTagsEXIF.item(460); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFOriginalRawFileData() { return detail::gTagsEXIF.item(461); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFActiveArea() { return detail::gTagsEXIF.item(462); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFMaskedAreas() { return detail::gTagsEXIF.item(463); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFAsShotPreProfileMatrix() { return detail::gTagsEXIF.item(464); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFCurrentPreProfileMatrix() { return detail::gTagsEXIF.item(465); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFColorimetricReference() { return detail::gTagsEXIF.item(466); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFSRawType() { return detail::gTagsEXIF.item(467); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFPanasonicTitle() { return detail::gTagsEXIF.item(468); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFPanasonicTitle2() { return detail::gTagsEXIF.item(469); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFCameraCalibrationSig() { return detail::gTagsEXIF.item(470); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFProfileCalibrationSig() { return detail::gTagsEXIF.item(471); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFAsShotProfileName() { return detail::gTagsEXIF.item(472); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFNoiseReductionApplied() { return detail::gTagsEXIF.item(473); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFProfileName() { return detail::gTagsEXIF.item(474); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFProfileHueSatMapDims() { return detail::gTagsEXIF.item(475); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFProfileHueSatMapData1() { return detail::gTagsEXIF.item(476); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFProfileHueSatMapData2() { return detail::gTagsEXIF.item(477); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFProfileToneCurve() { return detail::gTagsEXIF.item(478); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFProfileEmbedPolicy() { return detail::gTagsEXIF.item(479); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFProfileCopyright() { return detail::gTagsEXIF.item(480); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFForwardMatrix1() { return detail::gTagsEXIF.item(481); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFForwardMatrix2() { return detail::gTagsEXIF.item(482); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFPreviewApplicationName() { return detail::gTagsEXIF.item(483); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFPreviewApplicationVersion() { return detail::gTagsEXIF.item(484); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFPreviewSettingsName() { return detail::gTagsEXIF.item(485); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFPreviewSettingsDigest() { return detail::gTagsEXIF.item(486); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFPreviewColorSpace() { return detail::gTagsEXIF.item(487); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFPreviewDateTime() { return detail::gTagsEXIF.item(488); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFRawImageDigest() { return detail::gTagsEXIF.item(489); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFOriginalRawFileDigest() { return detail::gTagsEXIF.item(490); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFSubTileBlockSize() { return detail::gTagsEXIF.item(491); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFRowInterleaveFactor() { return detail::gTagsEXIF.item(492); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFProfileLookTableDims() { return detail::gTagsEXIF.item(493); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFProfileLookTableData() { return detail::gTagsEXIF.item(494); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFOpcodeList1() { return detail::gTagsEXIF.item(495); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFOpcodeList2() { return detail::gTagsEXIF.item(496); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFOpcodeList3() { return detail::gTagsEXIF.item(497); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFNoiseProfile() { return detail::gTagsEXIF.item(498); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFTimeCodes() { return detail::gTagsEXIF.item(499); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFFrameRate() { return detail::gTagsEXIF.item(500); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFTStop() { return detail::gTagsEXIF.item(501); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFReelName() { return detail::gTagsEXIF.item(502); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFOriginalDefaultFinalSize() { return detail::gTagsEXIF.item(503); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFOriginalBestQualitySize() { return detail::gTagsEXIF.item(504); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFOriginalDefaultCropSize() { return detail::gTagsEXIF.item(505); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFCameraLabel() { return detail::gTagsEXIF.item(506); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFProfileHueSatMapEncoding() { return detail::gTagsEXIF.item(507); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFProfileLookTableEncoding() { return detail::gTagsEXIF.item(508); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFBaselineExposureOffset() { return detail::gTagsEXIF.item(509); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFDefaultBlackRender() { return detail::gTagsEXIF.item(510); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFNewRawImageDigest() { return detail::gTagsEXIF.item(511); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFRawToPreviewGain() { return detail::gTagsEXIF.item(512); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFCacheVersion() { return detail::gTagsEXIF.item(513); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFDefaultUserCrop() { return detail::gTagsEXIF.item(514); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFDepthFormat() { return detail::gTagsEXIF.item(515); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFDepthNear() { return detail::gTagsEXIF.item(516); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFDepthFar() { return detail::gTagsEXIF.item(517); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFDepthUnits() { return detail::gTagsEXIF.item(518); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFDepthMeasureType() { return detail::gTagsEXIF.item(519); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFEnhanceParams() { return detail::gTagsEXIF.item(520); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFProfileGainTableMap() { return detail::gTagsEXIF.item(521); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFSemanticName() { return detail::gTagsEXIF.item(522); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFSemanticInstanceID() { return detail::gTagsEXIF.item(523); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFCalibrationIlluminant3() { return detail::gTagsEXIF.item(524); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFCameraCalibration3() { return detail::gTagsEXIF.item(525); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFColorMatrix3() { return detail::gTagsEXIF.item(526); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFForwardMatrix3() { return detail::gTagsEXIF.item(527); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFIlluminantData1() { return detail::gTagsEXIF.item(528); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFIlluminantData2() { return detail::gTagsEXIF.item(529); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFIlluminantData3() { return detail::gTagsEXIF.item(530); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFMaskSubArea() { return detail::gTagsEXIF.item(531); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFProfileHueSatMapData3() { return detail::gTagsEXIF.item(532); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFReductionMatrix3() { return detail::gTagsEXIF.item(533); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFRGBTables() { return detail::gTagsEXIF.item(534); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFProfileGainTableMap2() { return detail::gTagsEXIF.item(535); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFColumnInterleaveFactor() { return detail::gTagsEXIF.item(536); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFImageSequenceInfo() { return detail::gTagsEXIF.item(537); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFImageStats() { return detail::gTagsEXIF.item(538); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFProfileDynamicRange() { return detail::gTagsEXIF.item(539); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFProfileGroupName() { return detail::gTagsEXIF.item(540); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFPadding() { return detail::gTagsEXIF.item(541); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFOffsetSchema() { return detail::gTagsEXIF.item(542); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFLens() { return detail::gTagsEXIF.item(543); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFRawFile() { return detail::gTagsEXIF.item(544); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFConverter() { return detail::gTagsEXIF.item(545); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFExposure() { return detail::gTagsEXIF.item(546); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFShadows() { return detail::gTagsEXIF.item(547); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFBrightness() { return detail::gTagsEXIF.item(548); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFSmoothness() { return detail::gTagsEXIF.item(549); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFMoireFilter() { return detail::gTagsEXIF.item(550); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFEXIF() { return detail::gTagsEXIF.item(551); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSVersionID() { return detail::gTagsEXIF.item(552); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSLatitudeRef() { return detail::gTagsEXIF.item(553); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSLatitude() { return detail::gTagsEXIF.item(554); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSLongitudeRef() { return detail::gTagsEXIF.item(555); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSLongitude() { return detail::gTagsEXIF.item(556); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSAltitudeRef() { return detail::gTagsEXIF.item(557); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSAltitude() { return detail::gTagsEXIF.item(558); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSTimeStamp() { return detail::gTagsEXIF.item(559); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSSatellites() { return detail::gTagsEXIF.item(560); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSStatus() { return detail::gTagsEXIF.item(561); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSMeasureMode() { return detail::gTagsEXIF.item(562); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSDOP() { return detail::gTagsEXIF.item(563); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSSpeedRef() { return detail::gTagsEXIF.item(564); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSSpeed() { return detail::gTagsEXIF.item(565); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSTrackRef() { return detail::gTagsEXIF.item(566); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSTrack() { return detail::gTagsEXIF.item(567); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSImgDirectionRef() { return detail::gTagsEXIF.item(568); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSImgDirection() { return detail::gTagsEXIF.item(569); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSMapDatum() { return detail::gTagsEXIF.item(570); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSDestLatitudeRef() { return detail::gTagsEXIF.item(571); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSDestLatitude() { return detail::gTagsEXIF.item(572); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSDestLongitudeRef() { return detail::gTagsEXIF.item(573); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSDestLongitude() { return detail::gTagsEXIF.item(574); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSDestBearingRef() { return detail::gTagsEXIF.item(575); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSDestBearing() { return detail::gTagsEXIF.item(576); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSDestDistanceRef() { return detail::gTagsEXIF.item(577); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSDestDistance() { return detail::gTagsEXIF.item(578); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSProcessingMethod() { return detail::gTagsEXIF.item(579); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSAreaInformation() { return detail::gTagsEXIF.item(580); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSDateStamp() { return detail::gTagsEXIF.item(581); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSDifferential() { return detail::gTagsEXIF.item(582); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFGPSHPositioningError() { return detail::gTagsEXIF.item(583); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFPanasonicRawVersion() { return detail::gTagsEXIF.item(584); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFSensorWidth() { return detail::gTagsEXIF.item(585); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFSensorHeight() { return detail::gTagsEXIF.item(586); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFSensorTopBorder() { return detail::gTagsEXIF.item(587); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFSensorLeftBorder() { return detail::gTagsEXIF.item(588); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFSensorBottomBorder() { return detail::gTagsEXIF.item(589); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFSensorRightBorder() { return detail::gTagsEXIF.item(590); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFLinearityLimitRed() { return detail::gTagsEXIF.item(591); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFLinearityLimitGreen() { return detail::gTagsEXIF.item(592); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFLinearityLimitBlue() { return detail::gTagsEXIF.item(593); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFRedBalance() { return detail::gTagsEXIF.item(594); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFBlueBalance() { return detail::gTagsEXIF.item(595); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFHighISOMultiplierRed() { return detail::gTagsEXIF.item(596); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFHighISOMultiplierGreen() { return detail::gTagsEXIF.item(597); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFHighISOMultiplierBlue() { return detail::gTagsEXIF.item(598); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFNoiseReductionParams() { return detail::gTagsEXIF.item(599); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFBlackLevelRed() { return detail::gTagsEXIF.item(600); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFBlackLevelGreen() { return detail::gTagsEXIF.item(601); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFBlackLevelBlue() { return detail::gTagsEXIF.item(602); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFWBRedLevel() { return detail::gTagsEXIF.item(603); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFWBGreenLevel() { return detail::gTagsEXIF.item(604); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFWBBlueLevel() { return detail::gTagsEXIF.item(605); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFRawFormat() { return detail::gTagsEXIF.item(606); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFCropTop() { return detail::gTagsEXIF.item(607); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFCropLeft() { return detail::gTagsEXIF.item(608); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFCropBottom() { return detail::gTagsEXIF.item(609); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFCropRight() { return detail::gTagsEXIF.item(610); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFRawDataOffset() { return detail::gTagsEXIF.item(611); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFMultishot() { return detail::gTagsEXIF.item(612); }
+const TagItem& detail::TagItemCatalogue12::itemEXIFJpgFromRaw2() { return detail::gTagsEXIF.item(613); }
 
 const TagStrings& TagStringsCatalogue::stringsFITS() {
   return gStringsFITS.strings(&TagStringsCatalogue::stringTableFITS);
@@ -13571,22 +13577,22 @@ TagStringTable TagStringsCatalogue::stringTableFITS(ETLanguage language) {
   return gStringsFITS.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue12::allStreamsFITS() {
-  return gTagsFITS.all();
+  return detail::gTagsFITS.all();
 }
-const TagItem& detail::TagItemCatalogue12::itemFITSAuthor() { return gTagsFITS.item(0); }
-const TagItem& detail::TagItemCatalogue12::itemFITSBackground() { return gTagsFITS.item(1); }
-const TagItem& detail::TagItemCatalogue12::itemFITSComment() { return gTagsFITS.item(2); }
-const TagItem& detail::TagItemCatalogue12::itemFITSCreateDate() { return gTagsFITS.item(3); }
-const TagItem& detail::TagItemCatalogue12::itemFITSObservationDateEnd() { return gTagsFITS.item(4); }
-const TagItem& detail::TagItemCatalogue12::itemFITSObservationDate() { return gTagsFITS.item(5); }
-const TagItem& detail::TagItemCatalogue12::itemFITSHistory() { return gTagsFITS.item(6); }
-const TagItem& detail::TagItemCatalogue12::itemFITSInstrument() { return gTagsFITS.item(7); }
-const TagItem& detail::TagItemCatalogue12::itemFITSObject() { return gTagsFITS.item(8); }
-const TagItem& detail::TagItemCatalogue12::itemFITSObserver() { return gTagsFITS.item(9); }
-const TagItem& detail::TagItemCatalogue12::itemFITSReference() { return gTagsFITS.item(10); }
-const TagItem& detail::TagItemCatalogue12::itemFITSTelescope() { return gTagsFITS.item(11); }
-const TagItem& detail::TagItemCatalogue12::itemFITSObservationTimeEnd() { return gTagsFITS.item(12); }
-const TagItem& detail::TagItemCatalogue12::itemFITSObservationTime() { return gTagsFITS.item(13); }
+const TagItem& detail::TagItemCatalogue12::itemFITSAuthor() { return detail::gTagsFITS.item(0); }
+const TagItem& detail::TagItemCatalogue12::itemFITSBackground() { return detail::gTagsFITS.item(1); }
+const TagItem& detail::TagItemCatalogue12::itemFITSComment() { return detail::gTagsFITS.item(2); }
+const TagItem& detail::TagItemCatalogue12::itemFITSCreateDate() { return detail::gTagsFITS.item(3); }
+const TagItem& detail::TagItemCatalogue12::itemFITSObservationDateEnd() { return detail::gTagsFITS.item(4); }
+const TagItem& detail::TagItemCatalogue12::itemFITSObservationDate() { return detail::gTagsFITS.item(5); }
+const TagItem& detail::TagItemCatalogue12::itemFITSHistory() { return detail::gTagsFITS.item(6); }
+const TagItem& detail::TagItemCatalogue12::itemFITSInstrument() { return detail::gTagsFITS.item(7); }
+const TagItem& detail::TagItemCatalogue12::itemFITSObject() { return detail::gTagsFITS.item(8); }
+const TagItem& detail::TagItemCatalogue12::itemFITSObserver() { return detail::gTagsFITS.item(9); }
+const TagItem& detail::TagItemCatalogue12::itemFITSReference() { return detail::gTagsFITS.item(10); }
+const TagItem& detail::TagItemCatalogue12::itemFITSTelescope() { return detail::gTagsFITS.item(11); }
+const TagItem& detail::TagItemCatalogue12::itemFITSObservationTimeEnd() { return detail::gTagsFITS.item(12); }
+const TagItem& detail::TagItemCatalogue12::itemFITSObservationTime() { return detail::gTagsFITS.item(13); }
 
 const TagStrings& TagStringsCatalogue::stringsFLAC() {
   return gStringsFLAC.strings(&TagStringsCatalogue::stringTableFLAC);
@@ -13595,30 +13601,30 @@ TagStringTable TagStringsCatalogue::stringTableFLAC(ETLanguage language) {
   return gStringsFLAC.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue12::allStreamsFLAC() {
-  return gTagsFLAC.all();
+  return detail::gTagsFLAC.all();
 }
-const TagItem& detail::TagItemCatalogue12::itemFLACPadding() { return gTagsFLAC.item(0); }
-const TagItem& detail::TagItemCatalogue12::itemFLACApplicationUnknown() { return gTagsFLAC.item(1); }
-const TagItem& detail::TagItemCatalogue12::itemFLACSeekTable() { return gTagsFLAC.item(2); }
-const TagItem& detail::TagItemCatalogue12::itemFLACCueSheet() { return gTagsFLAC.item(3); }
-const TagItem& detail::TagItemCatalogue12::itemFLACPictureType() { return gTagsFLAC.item(4); }
-const TagItem& detail::TagItemCatalogue12::itemFLACPictureMIMEType() { return gTagsFLAC.item(5); }
-const TagItem& detail::TagItemCatalogue12::itemFLACPictureDescription() { return gTagsFLAC.item(6); }
-const TagItem& detail::TagItemCatalogue12::itemFLACPictureWidth() { return gTagsFLAC.item(7); }
-const TagItem& detail::TagItemCatalogue12::itemFLACPictureHeight() { return gTagsFLAC.item(8); }
-const TagItem& detail::TagItemCatalogue12::itemFLACPictureBitsPerPixel() { return gTagsFLAC.item(9); }
-const TagItem& detail::TagItemCatalogue12::itemFLACPictureIndexedColors() { return gTagsFLAC.item(10); }
-const TagItem& detail::TagItemCatalogue12::itemFLACPictureLength() { return gTagsFLAC.item(11); }
-const TagItem& detail::TagItemCatalogue12::itemFLACPicture() { return gTagsFLAC.item(12); }
-const TagItem& detail::TagItemCatalogue12::itemFLACBlockSizeMin() { return gTagsFLAC.item(13); }
-const TagItem& detail::TagItemCatalogue12::itemFLACBlockSizeMax() { return gTagsFLAC.item(14); }
-const TagItem& detail::TagItemCatalogue12::itemFLACFrameSizeMin() { return gTagsFLAC.item(15); }
-const TagItem& detail::TagItemCatalogue12::itemFLACFrameSizeMax() { return gTagsFLAC.item(16); }
-const TagItem& detail::TagItemCatalogue12::itemFLACSampleRate() { return gTagsFLAC.item(17); }
-const TagItem& detail::TagItemCatalogue12::itemFLACChannels() { return gTagsFLAC.item(18); }
-const TagItem& detail::TagItemCatalogue12::itemFLACBitsPerSample() { return gTagsFLAC.item(19); }
-const TagItem& detail::TagItemCatalogue12::itemFLACTotalSamples() { return gTagsFLAC.item(20); }
-const TagItem& detail::TagItemCatalogue12::itemFLACMD5Signature() { return gTagsFLAC.item(21); }
+const TagItem& detail::TagItemCatalogue12::itemFLACPadding() { return detail::gTagsFLAC.item(0); }
+const TagItem& detail::TagItemCatalogue12::itemFLACApplicationUnknown() { return detail::gTagsFLAC.item(1); }
+const TagItem& detail::TagItemCatalogue12::itemFLACSeekTable() { return detail::gTagsFLAC.item(2); }
+const TagItem& detail::TagItemCatalogue12::itemFLACCueSheet() { return detail::gTagsFLAC.item(3); }
+const TagItem& detail::TagItemCatalogue12::itemFLACPictureType() { return detail::gTagsFLAC.item(4); }
+const TagItem& detail::TagItemCatalogue12::itemFLACPictureMIMEType() { return detail::gTagsFLAC.item(5); }
+const TagItem& detail::TagItemCatalogue12::itemFLACPictureDescription() { return detail::gTagsFLAC.item(6); }
+const TagItem& detail::TagItemCatalogue12::itemFLACPictureWidth() { return detail::gTagsFLAC.item(7); }
+const TagItem& detail::TagItemCatalogue12::itemFLACPictureHeight() { return detail::gTagsFLAC.item(8); }
+const TagItem& detail::TagItemCatalogue12::itemFLACPictureBitsPerPixel() { return detail::gTagsFLAC.item(9); }
+const TagItem& detail::TagItemCatalogue12::itemFLACPictureIndexedColors() { return detail::gTagsFLAC.item(10); }
+const TagItem& detail::TagItemCatalogue12::itemFLACPictureLength() { return detail::gTagsFLAC.item(11); }
+const TagItem& detail::TagItemCatalogue12::itemFLACPicture() { return detail::gTagsFLAC.item(12); }
+const TagItem& detail::TagItemCatalogue12::itemFLACBlockSizeMin() { return detail::gTagsFLAC.item(13); }
+const TagItem& detail::TagItemCatalogue12::itemFLACBlockSizeMax() { return detail::gTagsFLAC.item(14); }
+const TagItem& detail::TagItemCatalogue12::itemFLACFrameSizeMin() { return detail::gTagsFLAC.item(15); }
+const TagItem& detail::TagItemCatalogue12::itemFLACFrameSizeMax() { return detail::gTagsFLAC.item(16); }
+const TagItem& detail::TagItemCatalogue12::itemFLACSampleRate() { return detail::gTagsFLAC.item(17); }
+const TagItem& detail::TagItemCatalogue12::itemFLACChannels() { return detail::gTagsFLAC.item(18); }
+const TagItem& detail::TagItemCatalogue12::itemFLACBitsPerSample() { return detail::gTagsFLAC.item(19); }
+const TagItem& detail::TagItemCatalogue12::itemFLACTotalSamples() { return detail::gTagsFLAC.item(20); }
+const TagItem& detail::TagItemCatalogue12::itemFLACMD5Signature() { return detail::gTagsFLAC.item(21); }
 
 const TagStrings& TagStringsCatalogue::stringsFLIR() {
   return gStringsFLIR.strings(&TagStringsCatalogue::stringTableFLIR);
@@ -13627,195 +13633,195 @@ TagStringTable TagStringsCatalogue::stringTableFLIR(ETLanguage language) {
   return gStringsFLIR.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue12::allStreamsFLIR() {
-  return gTagsFLIR.all();
+  return detail::gTagsFLIR.all();
 }
-const TagItem& detail::TagItemCatalogue12::itemFLIRPeakSpectralSensitivity() { return gTagsFLIR.item(0); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRRawDataByteOrder() { return gTagsFLIR.item(1); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRSensorWidth() { return gTagsFLIR.item(2); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRSensorHeight() { return gTagsFLIR.item(3); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCameraInfoByteOrder() { return gTagsFLIR.item(4); }
-const TagItem& detail::TagItemCatalogue12::itemFLIREmissivity() { return gTagsFLIR.item(5); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRObjectDistance() { return gTagsFLIR.item(6); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRReflectedApparentTemperature() { return gTagsFLIR.item(7); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRAtmosphericTemperature() { return gTagsFLIR.item(8); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRIRWindowTemperature() { return gTagsFLIR.item(9); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRIRWindowTransmission() { return gTagsFLIR.item(10); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRRelativeHumidity() { return gTagsFLIR.item(11); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRPlanckR1() { return gTagsFLIR.item(12); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRPlanckB() { return gTagsFLIR.item(13); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRPlanckF() { return gTagsFLIR.item(14); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRAtmosphericTransAlpha1() { return gTagsFLIR.item(15); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRAtmosphericTransAlpha2() { return gTagsFLIR.item(16); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRAtmosphericTransBeta1() { return gTagsFLIR.item(17); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRAtmosphericTransBeta2() { return gTagsFLIR.item(18); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRAtmosphericTransX() { return gTagsFLIR.item(19); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCameraTemperatureRangeMax() { return gTagsFLIR.item(20); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCameraTemperatureRangeMin() { return gTagsFLIR.item(21); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCameraTemperatureMaxClip() { return gTagsFLIR.item(22); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCameraTemperatureMinClip() { return gTagsFLIR.item(23); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCameraTemperatureMaxWarn() { return gTagsFLIR.item(24); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCameraTemperatureMinWarn() { return gTagsFLIR.item(25); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCameraTemperatureMaxSaturated() { return gTagsFLIR.item(26); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCameraTemperatureMinSaturated() { return gTagsFLIR.item(27); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCameraModel() { return gTagsFLIR.item(28); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCameraPartNumber() { return gTagsFLIR.item(29); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCameraSerialNumber() { return gTagsFLIR.item(30); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCameraSoftware() { return gTagsFLIR.item(31); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRLensModel() { return gTagsFLIR.item(32); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRLensPartNumber() { return gTagsFLIR.item(33); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRLensSerialNumber() { return gTagsFLIR.item(34); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRFieldOfView() { return gTagsFLIR.item(35); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRFilterModel() { return gTagsFLIR.item(36); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRFilterPartNumber() { return gTagsFLIR.item(37); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRFilterSerialNumber() { return gTagsFLIR.item(38); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRPlanckO() { return gTagsFLIR.item(39); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRPlanckR2() { return gTagsFLIR.item(40); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRRawValueRangeMin() { return gTagsFLIR.item(41); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRRawValueRangeMax() { return gTagsFLIR.item(42); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRRawValueMedian() { return gTagsFLIR.item(43); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRRawValueRange() { return gTagsFLIR.item(44); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRDateTimeOriginal() { return gTagsFLIR.item(45); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRFocusStepCount() { return gTagsFLIR.item(46); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRFocusDistance() { return gTagsFLIR.item(47); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRFrameRate() { return gTagsFLIR.item(48); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCoarseMapByteOrder() { return gTagsFLIR.item(49); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCoarseMapImageWidth() { return gTagsFLIR.item(50); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCoarseMapImageHeight() { return gTagsFLIR.item(51); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCoarseMapImageType() { return gTagsFLIR.item(52); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCoarseMapImage() { return gTagsFLIR.item(53); }
-const TagItem& detail::TagItemCatalogue12::itemFLIREmbeddedImageByteOrder() { return gTagsFLIR.item(54); }
-const TagItem& detail::TagItemCatalogue12::itemFLIREmbeddedImageWidth() { return gTagsFLIR.item(55); }
-const TagItem& detail::TagItemCatalogue12::itemFLIREmbeddedImageHeight() { return gTagsFLIR.item(56); }
-const TagItem& detail::TagItemCatalogue12::itemFLIREmbeddedImageType() { return gTagsFLIR.item(57); }
-const TagItem& detail::TagItemCatalogue12::itemFLIREmbeddedImage() { return gTagsFLIR.item(58); }
-const TagItem& detail::TagItemCatalogue12::itemFLIREmbeddedAudioFile() { return gTagsFLIR.item(59); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRFPFVersion() { return gTagsFLIR.item(60); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRImageDataOffset() { return gTagsFLIR.item(61); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRImageType() { return gTagsFLIR.item(62); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRImagePixelFormat() { return gTagsFLIR.item(63); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRImageWidth() { return gTagsFLIR.item(64); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRImageHeight() { return gTagsFLIR.item(65); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRExternalTriggerCount() { return gTagsFLIR.item(66); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRSequenceFrameNumber() { return gTagsFLIR.item(67); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRComputedAtmosphericTrans() { return gTagsFLIR.item(68); }
-const TagItem& detail::TagItemCatalogue12::itemFLIREstimatedAtmosphericTrans() { return gTagsFLIR.item(69); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRReferenceTemperature() { return gTagsFLIR.item(70); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCameraScaleMin() { return gTagsFLIR.item(71); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCameraScaleMax() { return gTagsFLIR.item(72); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCalculatedScaleMin() { return gTagsFLIR.item(73); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCalculatedScaleMax() { return gTagsFLIR.item(74); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRActualScaleMin() { return gTagsFLIR.item(75); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRActualScaleMax() { return gTagsFLIR.item(76); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGPSValid() { return gTagsFLIR.item(77); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGPSVersionID() { return gTagsFLIR.item(78); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGPSLatitudeRef() { return gTagsFLIR.item(79); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGPSLongitudeRef() { return gTagsFLIR.item(80); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGPSLatitude() { return gTagsFLIR.item(81); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGPSLongitude() { return gTagsFLIR.item(82); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGPSAltitude() { return gTagsFLIR.item(83); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGPSDOP() { return gTagsFLIR.item(84); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGPSSpeedRef() { return gTagsFLIR.item(85); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGPSTrackRef() { return gTagsFLIR.item(86); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGPSImgDirectionRef() { return gTagsFLIR.item(87); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGPSSpeed() { return gTagsFLIR.item(88); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGPSTrack() { return gTagsFLIR.item(89); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGPSImgDirection() { return gTagsFLIR.item(90); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGPSMapDatum() { return gTagsFLIR.item(91); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGainDeadMapByteOrder() { return gTagsFLIR.item(92); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGainDeadMapImageWidth() { return gTagsFLIR.item(93); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGainDeadMapImageHeight() { return gTagsFLIR.item(94); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGainDeadMapImageType() { return gTagsFLIR.item(95); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGainDeadMapImage() { return gTagsFLIR.item(96); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCreatorSoftware() { return gTagsFLIR.item(97); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRImageTemperatureMax() { return gTagsFLIR.item(98); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRImageTemperatureMin() { return gTagsFLIR.item(99); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRUnknownTemperature() { return gTagsFLIR.item(100); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRMeas1Label() { return gTagsFLIR.item(101); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRMeas1Params() { return gTagsFLIR.item(102); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRMeas1Type() { return gTagsFLIR.item(103); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRReading1Units() { return gTagsFLIR.item(104); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRReading1Description() { return gTagsFLIR.item(105); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRReading1Device() { return gTagsFLIR.item(106); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRReading1Value() { return gTagsFLIR.item(107); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRReading2Units() { return gTagsFLIR.item(108); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRReading2Description() { return gTagsFLIR.item(109); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRReading2Device() { return gTagsFLIR.item(110); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRReading2Value() { return gTagsFLIR.item(111); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRReading3Units() { return gTagsFLIR.item(112); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRReading3Description() { return gTagsFLIR.item(113); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRReading3Device() { return gTagsFLIR.item(114); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRReading3Value() { return gTagsFLIR.item(115); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRReading4Units() { return gTagsFLIR.item(116); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRReading4Description() { return gTagsFLIR.item(117); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRReading4Device() { return gTagsFLIR.item(118); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRReading4Value() { return gTagsFLIR.item(119); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRUnknownTemperature1() { return gTagsFLIR.item(120); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRUnknownTemperature2() { return gTagsFLIR.item(121); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRPaintByteOrder() { return gTagsFLIR.item(122); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRPaintImageWidth() { return gTagsFLIR.item(123); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRPaintImageHeight() { return gTagsFLIR.item(124); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRPaintImageType() { return gTagsFLIR.item(125); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRPaintImage() { return gTagsFLIR.item(126); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRPaletteColors() { return gTagsFLIR.item(127); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRAboveColor() { return gTagsFLIR.item(128); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRBelowColor() { return gTagsFLIR.item(129); }
-const TagItem& detail::TagItemCatalogue12::itemFLIROverflowColor() { return gTagsFLIR.item(130); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRUnderflowColor() { return gTagsFLIR.item(131); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRIsotherm1Color() { return gTagsFLIR.item(132); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRIsotherm2Color() { return gTagsFLIR.item(133); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRPaletteMethod() { return gTagsFLIR.item(134); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRPaletteStretch() { return gTagsFLIR.item(135); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRPaletteFileName() { return gTagsFLIR.item(136); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRPaletteName() { return gTagsFLIR.item(137); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRPalette() { return gTagsFLIR.item(138); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRDateTimeGenerated() { return gTagsFLIR.item(139); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRParam0() { return gTagsFLIR.item(140); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRParam1() { return gTagsFLIR.item(141); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRParam2() { return gTagsFLIR.item(142); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRParam3() { return gTagsFLIR.item(143); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRBAHPVer() { return gTagsFLIR.item(144); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRBALPVer() { return gTagsFLIR.item(145); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRBattery() { return gTagsFLIR.item(146); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRBAVPVer() { return gTagsFLIR.item(147); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRCamCore() { return gTagsFLIR.item(148); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRDetectorBoard() { return gTagsFLIR.item(149); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRDetector() { return gTagsFLIR.item(150); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGIDCVer() { return gTagsFLIR.item(151); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGIDPVer() { return gTagsFLIR.item(152); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGIPC_CPLD() { return gTagsFLIR.item(153); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGIPCVer() { return gTagsFLIR.item(154); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRGIXIVer() { return gTagsFLIR.item(155); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRMainBoard() { return gTagsFLIR.item(156); }
-const TagItem& detail::TagItemCatalogue12::itemFLIROptics() { return gTagsFLIR.item(157); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRPartNumber() { return gTagsFLIR.item(158); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRReal2IR() { return gTagsFLIR.item(159); }
-const TagItem& detail::TagItemCatalogue12::itemFLIROffsetX() { return gTagsFLIR.item(160); }
-const TagItem& detail::TagItemCatalogue12::itemFLIROffsetY() { return gTagsFLIR.item(161); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRPiPX1() { return gTagsFLIR.item(162); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRPiPX2() { return gTagsFLIR.item(163); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRPiPY1() { return gTagsFLIR.item(164); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRPiPY2() { return gTagsFLIR.item(165); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRRawThermalImageWidth() { return gTagsFLIR.item(166); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRRawThermalImageHeight() { return gTagsFLIR.item(167); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRRawThermalImageType() { return gTagsFLIR.item(168); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRRawThermalImage() { return gTagsFLIR.item(169); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRUnknownSerial1() { return gTagsFLIR.item(170); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRUnknownSerial2() { return gTagsFLIR.item(171); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRUnknownSerial3() { return gTagsFLIR.item(172); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRUnknownSerial4() { return gTagsFLIR.item(173); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRUnknownNumber() { return gTagsFLIR.item(174); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRLabel0() { return gTagsFLIR.item(175); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRLabel1() { return gTagsFLIR.item(176); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRLabel2() { return gTagsFLIR.item(177); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRLabel3() { return gTagsFLIR.item(178); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRValue0() { return gTagsFLIR.item(179); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRValue1() { return gTagsFLIR.item(180); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRValue2() { return gTagsFLIR.item(181); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRValue3() { return gTagsFLIR.item(182); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRSoftwareComponents() { return gTagsFLIR.item(183); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRFLIR_Unknown() { return gTagsFLIR.item(184); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRUnits() { return gTagsFLIR.item(185); }
-const TagItem& detail::TagItemCatalogue12::itemFLIRThumbnailImage() { return gTagsFLIR.item(186); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRPeakSpectralSensitivity() { return detail::gTagsFLIR.item(0); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRRawDataByteOrder() { return detail::gTagsFLIR.item(1); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRSensorWidth() { return detail::gTagsFLIR.item(2); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRSensorHeight() { return detail::gTagsFLIR.item(3); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCameraInfoByteOrder() { return detail::gTagsFLIR.item(4); }
+const TagItem& detail::TagItemCatalogue12::itemFLIREmissivity() { return detail::gTagsFLIR.item(5); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRObjectDistance() { return detail::gTagsFLIR.item(6); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRReflectedApparentTemperature() { return detail::gTagsFLIR.item(7); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRAtmosphericTemperature() { return detail::gTagsFLIR.item(8); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRIRWindowTemperature() { return detail::gTagsFLIR.item(9); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRIRWindowTransmission() { return detail::gTagsFLIR.item(10); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRRelativeHumidity() { return detail::gTagsFLIR.item(11); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRPlanckR1() { return detail::gTagsFLIR.item(12); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRPlanckB() { return detail::gTagsFLIR.item(13); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRPlanckF() { return detail::gTagsFLIR.item(14); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRAtmosphericTransAlpha1() { return detail::gTagsFLIR.item(15); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRAtmosphericTransAlpha2() { return detail::gTagsFLIR.item(16); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRAtmosphericTransBeta1() { return detail::gTagsFLIR.item(17); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRAtmosphericTransBeta2() { return detail::gTagsFLIR.item(18); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRAtmosphericTransX() { return detail::gTagsFLIR.item(19); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCameraTemperatureRangeMax() { return detail::gTagsFLIR.item(20); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCameraTemperatureRangeMin() { return detail::gTagsFLIR.item(21); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCameraTemperatureMaxClip() { return detail::gTagsFLIR.item(22); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCameraTemperatureMinClip() { return detail::gTagsFLIR.item(23); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCameraTemperatureMaxWarn() { return detail::gTagsFLIR.item(24); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCameraTemperatureMinWarn() { return detail::gTagsFLIR.item(25); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCameraTemperatureMaxSaturated() { return detail::gTagsFLIR.item(26); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCameraTemperatureMinSaturated() { return detail::gTagsFLIR.item(27); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCameraModel() { return detail::gTagsFLIR.item(28); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCameraPartNumber() { return detail::gTagsFLIR.item(29); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCameraSerialNumber() { return detail::gTagsFLIR.item(30); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCameraSoftware() { return detail::gTagsFLIR.item(31); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRLensModel() { return detail::gTagsFLIR.item(32); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRLensPartNumber() { return detail::gTagsFLIR.item(33); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRLensSerialNumber() { return detail::gTagsFLIR.item(34); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRFieldOfView() { return detail::gTagsFLIR.item(35); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRFilterModel() { return detail::gTagsFLIR.item(36); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRFilterPartNumber() { return detail::gTagsFLIR.item(37); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRFilterSerialNumber() { return detail::gTagsFLIR.item(38); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRPlanckO() { return detail::gTagsFLIR.item(39); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRPlanckR2() { return detail::gTagsFLIR.item(40); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRRawValueRangeMin() { return detail::gTagsFLIR.item(41); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRRawValueRangeMax() { return detail::gTagsFLIR.item(42); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRRawValueMedian() { return detail::gTagsFLIR.item(43); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRRawValueRange() { return detail::gTagsFLIR.item(44); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRDateTimeOriginal() { return detail::gTagsFLIR.item(45); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRFocusStepCount() { return detail::gTagsFLIR.item(46); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRFocusDistance() { return detail::gTagsFLIR.item(47); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRFrameRate() { return detail::gTagsFLIR.item(48); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCoarseMapByteOrder() { return detail::gTagsFLIR.item(49); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCoarseMapImageWidth() { return detail::gTagsFLIR.item(50); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCoarseMapImageHeight() { return detail::gTagsFLIR.item(51); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCoarseMapImageType() { return detail::gTagsFLIR.item(52); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCoarseMapImage() { return detail::gTagsFLIR.item(53); }
+const TagItem& detail::TagItemCatalogue12::itemFLIREmbeddedImageByteOrder() { return detail::gTagsFLIR.item(54); }
+const TagItem& detail::TagItemCatalogue12::itemFLIREmbeddedImageWidth() { return detail::gTagsFLIR.item(55); }
+const TagItem& detail::TagItemCatalogue12::itemFLIREmbeddedImageHeight() { return detail::gTagsFLIR.item(56); }
+const TagItem& detail::TagItemCatalogue12::itemFLIREmbeddedImageType() { return detail::gTagsFLIR.item(57); }
+const TagItem& detail::TagItemCatalogue12::itemFLIREmbeddedImage() { return detail::gTagsFLIR.item(58); }
+const TagItem& detail::TagItemCatalogue12::itemFLIREmbeddedAudioFile() { return detail::gTagsFLIR.item(59); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRFPFVersion() { return detail::gTagsFLIR.item(60); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRImageDataOffset() { return detail::gTagsFLIR.item(61); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRImageType() { return detail::gTagsFLIR.item(62); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRImagePixelFormat() { return detail::gTagsFLIR.item(63); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRImageWidth() { return detail::gTagsFLIR.item(64); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRImageHeight() { return detail::gTagsFLIR.item(65); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRExternalTriggerCount() { return detail::gTagsFLIR.item(66); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRSequenceFrameNumber() { return detail::gTagsFLIR.item(67); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRComputedAtmosphericTrans() { return detail::gTagsFLIR.item(68); }
+const TagItem& detail::TagItemCatalogue12::itemFLIREstimatedAtmosphericTrans() { return detail::gTagsFLIR.item(69); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRReferenceTemperature() { return detail::gTagsFLIR.item(70); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCameraScaleMin() { return detail::gTagsFLIR.item(71); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCameraScaleMax() { return detail::gTagsFLIR.item(72); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCalculatedScaleMin() { return detail::gTagsFLIR.item(73); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCalculatedScaleMax() { return detail::gTagsFLIR.item(74); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRActualScaleMin() { return detail::gTagsFLIR.item(75); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRActualScaleMax() { return detail::gTagsFLIR.item(76); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGPSValid() { return detail::gTagsFLIR.item(77); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGPSVersionID() { return detail::gTagsFLIR.item(78); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGPSLatitudeRef() { return detail::gTagsFLIR.item(79); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGPSLongitudeRef() { return detail::gTagsFLIR.item(80); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGPSLatitude() { return detail::gTagsFLIR.item(81); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGPSLongitude() { return detail::gTagsFLIR.item(82); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGPSAltitude() { return detail::gTagsFLIR.item(83); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGPSDOP() { return detail::gTagsFLIR.item(84); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGPSSpeedRef() { return detail::gTagsFLIR.item(85); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGPSTrackRef() { return detail::gTagsFLIR.item(86); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGPSImgDirectionRef() { return detail::gTagsFLIR.item(87); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGPSSpeed() { return detail::gTagsFLIR.item(88); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGPSTrack() { return detail::gTagsFLIR.item(89); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGPSImgDirection() { return detail::gTagsFLIR.item(90); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGPSMapDatum() { return detail::gTagsFLIR.item(91); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGainDeadMapByteOrder() { return detail::gTagsFLIR.item(92); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGainDeadMapImageWidth() { return detail::gTagsFLIR.item(93); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGainDeadMapImageHeight() { return detail::gTagsFLIR.item(94); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGainDeadMapImageType() { return detail::gTagsFLIR.item(95); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGainDeadMapImage() { return detail::gTagsFLIR.item(96); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCreatorSoftware() { return detail::gTagsFLIR.item(97); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRImageTemperatureMax() { return detail::gTagsFLIR.item(98); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRImageTemperatureMin() { return detail::gTagsFLIR.item(99); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRUnknownTemperature() { return detail::gTagsFLIR.item(100); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRMeas1Label() { return detail::gTagsFLIR.item(101); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRMeas1Params() { return detail::gTagsFLIR.item(102); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRMeas1Type() { return detail::gTagsFLIR.item(103); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRReading1Units() { return detail::gTagsFLIR.item(104); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRReading1Description() { return detail::gTagsFLIR.item(105); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRReading1Device() { return detail::gTagsFLIR.item(106); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRReading1Value() { return detail::gTagsFLIR.item(107); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRReading2Units() { return detail::gTagsFLIR.item(108); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRReading2Description() { return detail::gTagsFLIR.item(109); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRReading2Device() { return detail::gTagsFLIR.item(110); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRReading2Value() { return detail::gTagsFLIR.item(111); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRReading3Units() { return detail::gTagsFLIR.item(112); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRReading3Description() { return detail::gTagsFLIR.item(113); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRReading3Device() { return detail::gTagsFLIR.item(114); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRReading3Value() { return detail::gTagsFLIR.item(115); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRReading4Units() { return detail::gTagsFLIR.item(116); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRReading4Description() { return detail::gTagsFLIR.item(117); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRReading4Device() { return detail::gTagsFLIR.item(118); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRReading4Value() { return detail::gTagsFLIR.item(119); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRUnknownTemperature1() { return detail::gTagsFLIR.item(120); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRUnknownTemperature2() { return detail::gTagsFLIR.item(121); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRPaintByteOrder() { return detail::gTagsFLIR.item(122); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRPaintImageWidth() { return detail::gTagsFLIR.item(123); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRPaintImageHeight() { return detail::gTagsFLIR.item(124); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRPaintImageType() { return detail::gTagsFLIR.item(125); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRPaintImage() { return detail::gTagsFLIR.item(126); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRPaletteColors() { return detail::gTagsFLIR.item(127); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRAboveColor() { return detail::gTagsFLIR.item(128); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRBelowColor() { return detail::gTagsFLIR.item(129); }
+const TagItem& detail::TagItemCatalogue12::itemFLIROverflowColor() { return detail::gTagsFLIR.item(130); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRUnderflowColor() { return detail::gTagsFLIR.item(131); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRIsotherm1Color() { return detail::gTagsFLIR.item(132); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRIsotherm2Color() { return detail::gTagsFLIR.item(133); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRPaletteMethod() { return detail::gTagsFLIR.item(134); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRPaletteStretch() { return detail::gTagsFLIR.item(135); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRPaletteFileName() { return detail::gTagsFLIR.item(136); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRPaletteName() { return detail::gTagsFLIR.item(137); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRPalette() { return detail::gTagsFLIR.item(138); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRDateTimeGenerated() { return detail::gTagsFLIR.item(139); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRParam0() { return detail::gTagsFLIR.item(140); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRParam1() { return detail::gTagsFLIR.item(141); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRParam2() { return detail::gTagsFLIR.item(142); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRParam3() { return detail::gTagsFLIR.item(143); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRBAHPVer() { return detail::gTagsFLIR.item(144); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRBALPVer() { return detail::gTagsFLIR.item(145); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRBattery() { return detail::gTagsFLIR.item(146); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRBAVPVer() { return detail::gTagsFLIR.item(147); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRCamCore() { return detail::gTagsFLIR.item(148); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRDetectorBoard() { return detail::gTagsFLIR.item(149); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRDetector() { return detail::gTagsFLIR.item(150); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGIDCVer() { return detail::gTagsFLIR.item(151); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGIDPVer() { return detail::gTagsFLIR.item(152); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGIPC_CPLD() { return detail::gTagsFLIR.item(153); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGIPCVer() { return detail::gTagsFLIR.item(154); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRGIXIVer() { return detail::gTagsFLIR.item(155); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRMainBoard() { return detail::gTagsFLIR.item(156); }
+const TagItem& detail::TagItemCatalogue12::itemFLIROptics() { return detail::gTagsFLIR.item(157); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRPartNumber() { return detail::gTagsFLIR.item(158); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRReal2IR() { return detail::gTagsFLIR.item(159); }
+const TagItem& detail::TagItemCatalogue12::itemFLIROffsetX() { return detail::gTagsFLIR.item(160); }
+const TagItem& detail::TagItemCatalogue12::itemFLIROffsetY() { return detail::gTagsFLIR.item(161); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRPiPX1() { return detail::gTagsFLIR.item(162); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRPiPX2() { return detail::gTagsFLIR.item(163); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRPiPY1() { return detail::gTagsFLIR.item(164); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRPiPY2() { return detail::gTagsFLIR.item(165); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRRawThermalImageWidth() { return detail::gTagsFLIR.item(166); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRRawThermalImageHeight() { return detail::gTagsFLIR.item(167); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRRawThermalImageType() { return detail::gTagsFLIR.item(168); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRRawThermalImage() { return detail::gTagsFLIR.item(169); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRUnknownSerial1() { return detail::gTagsFLIR.item(170); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRUnknownSerial2() { return detail::gTagsFLIR.item(171); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRUnknownSerial3() { return detail::gTagsFLIR.item(172); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRUnknownSerial4() { return detail::gTagsFLIR.item(173); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRUnknownNumber() { return detail::gTagsFLIR.item(174); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRLabel0() { return detail::gTagsFLIR.item(175); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRLabel1() { return detail::gTagsFLIR.item(176); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRLabel2() { return detail::gTagsFLIR.item(177); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRLabel3() { return detail::gTagsFLIR.item(178); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRValue0() { return detail::gTagsFLIR.item(179); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRValue1() { return detail::gTagsFLIR.item(180); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRValue2() { return detail::gTagsFLIR.item(181); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRValue3() { return detail::gTagsFLIR.item(182); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRSoftwareComponents() { return detail::gTagsFLIR.item(183); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRFLIR_Unknown() { return detail::gTagsFLIR.item(184); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRUnits() { return detail::gTagsFLIR.item(185); }
+const TagItem& detail::TagItemCatalogue12::itemFLIRThumbnailImage() { return detail::gTagsFLIR.item(186); }
 
 const TagStrings& TagStringsCatalogue::stringsFile() {
   return gStringsFile.strings(&TagStringsCatalogue::stringTableFile);
@@ -13824,16 +13830,16 @@ TagStringTable TagStringsCatalogue::stringTableFile(ETLanguage language) {
   return gStringsFile.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue12::allStreamsFile() {
-  return gTagsFile.all();
+  return detail::gTagsFile.all();
 }
-const TagItem& detail::TagItemCatalogue12::itemFileDirectory() { return gTagsFile.item(0); }
-const TagItem& detail::TagItemCatalogue12::itemFileFileCreateDate() { return gTagsFile.item(1); }
-const TagItem& detail::TagItemCatalogue12::itemFileFileModifyDate() { return gTagsFile.item(2); }
-const TagItem& detail::TagItemCatalogue12::itemFileFileName() { return gTagsFile.item(3); }
-const TagItem& detail::TagItemCatalogue12::itemFileFilePath() { return gTagsFile.item(4); }
-const TagItem& detail::TagItemCatalogue12::itemFileFileTypeExtension() { return gTagsFile.item(5); }
-const TagItem& detail::TagItemCatalogue12::itemFileMIMEType() { return gTagsFile.item(6); }
-const TagItem& detail::TagItemCatalogue12::itemFileMDItemUserTags() { return gTagsFile.item(7); }
+const TagItem& detail::TagItemCatalogue12::itemFileDirectory() { return detail::gTagsFile.item(0); }
+const TagItem& detail::TagItemCatalogue12::itemFileFileCreateDate() { return detail::gTagsFile.item(1); }
+const TagItem& detail::TagItemCatalogue12::itemFileFileModifyDate() { return detail::gTagsFile.item(2); }
+const TagItem& detail::TagItemCatalogue12::itemFileFileName() { return detail::gTagsFile.item(3); }
+const TagItem& detail::TagItemCatalogue12::itemFileFilePath() { return detail::gTagsFile.item(4); }
+const TagItem& detail::TagItemCatalogue12::itemFileFileTypeExtension() { return detail::gTagsFile.item(5); }
+const TagItem& detail::TagItemCatalogue12::itemFileMIMEType() { return detail::gTagsFile.item(6); }
+const TagItem& detail::TagItemCatalogue12::itemFileMDItemUserTags() { return detail::gTagsFile.item(7); }
 
 const TagStrings& TagStringsCatalogue::stringsFlash() {
   return gStringsFlash.strings(&TagStringsCatalogue::stringTableFlash);
@@ -13842,58 +13848,58 @@ TagStringTable TagStringsCatalogue::stringTableFlash(ETLanguage language) {
   return gStringsFlash.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue12::allStreamsFlash() {
-  return gTagsFlash.all();
+  return detail::gTagsFlash.all();
 }
-const TagItem& detail::TagItemCatalogue12::itemFlashAudioEncoding() { return gTagsFlash.item(0); }
-const TagItem& detail::TagItemCatalogue12::itemFlashAudioSampleRate() { return gTagsFlash.item(1); }
-const TagItem& detail::TagItemCatalogue12::itemFlashAudioBitsPerSample() { return gTagsFlash.item(2); }
-const TagItem& detail::TagItemCatalogue12::itemFlashAudioChannels() { return gTagsFlash.item(3); }
-const TagItem& detail::TagItemCatalogue12::itemFlashName() { return gTagsFlash.item(4); }
-const TagItem& detail::TagItemCatalogue12::itemFlashTime() { return gTagsFlash.item(5); }
-const TagItem& detail::TagItemCatalogue12::itemFlashType() { return gTagsFlash.item(6); }
-const TagItem& detail::TagItemCatalogue12::itemFlashCompressed() { return gTagsFlash.item(7); }
-const TagItem& detail::TagItemCatalogue12::itemFlashDuration() { return gTagsFlash.item(8); }
-const TagItem& detail::TagItemCatalogue12::itemFlashFlashVersion() { return gTagsFlash.item(9); }
-const TagItem& detail::TagItemCatalogue12::itemFlashFrameCount() { return gTagsFlash.item(10); }
-const TagItem& detail::TagItemCatalogue12::itemFlashFrameRate() { return gTagsFlash.item(11); }
-const TagItem& detail::TagItemCatalogue12::itemFlashImageHeight() { return gTagsFlash.item(12); }
-const TagItem& detail::TagItemCatalogue12::itemFlashImageWidth() { return gTagsFlash.item(13); }
-const TagItem& detail::TagItemCatalogue12::itemFlashFlashAttributes() { return gTagsFlash.item(14); }
-const TagItem& detail::TagItemCatalogue12::itemFlashAudioCodecID() { return gTagsFlash.item(15); }
-const TagItem& detail::TagItemCatalogue12::itemFlashAudioBitrate() { return gTagsFlash.item(16); }
-const TagItem& detail::TagItemCatalogue12::itemFlashAudioDelay() { return gTagsFlash.item(17); }
-const TagItem& detail::TagItemCatalogue12::itemFlashAudioSampleSize() { return gTagsFlash.item(18); }
-const TagItem& detail::TagItemCatalogue12::itemFlashAudioSize() { return gTagsFlash.item(19); }
-const TagItem& detail::TagItemCatalogue13::itemFlashByteLength() { return gTagsFlash.item(20); }
-const TagItem& detail::TagItemCatalogue13::itemFlashCanSeekToEnd() { return gTagsFlash.item(21); }
-const TagItem& detail::TagItemCatalogue13::itemFlashCanSeekOnTime() { return gTagsFlash.item(22); }
-const TagItem& detail::TagItemCatalogue13::itemFlashCreatedBy() { return gTagsFlash.item(23); }
-const TagItem& detail::TagItemCatalogue13::itemFlashCreateDate() { return gTagsFlash.item(24); }
-const TagItem& detail::TagItemCatalogue13::itemFlashDataSize() { return gTagsFlash.item(25); }
-const TagItem& detail::TagItemCatalogue13::itemFlashFileSizeBytes() { return gTagsFlash.item(26); }
-const TagItem& detail::TagItemCatalogue13::itemFlashHasAudio() { return gTagsFlash.item(27); }
-const TagItem& detail::TagItemCatalogue13::itemFlashHasCuePoints() { return gTagsFlash.item(28); }
-const TagItem& detail::TagItemCatalogue13::itemFlashHasKeyFrames() { return gTagsFlash.item(29); }
-const TagItem& detail::TagItemCatalogue13::itemFlashHasMetadata() { return gTagsFlash.item(30); }
-const TagItem& detail::TagItemCatalogue13::itemFlashHasVideo() { return gTagsFlash.item(31); }
-const TagItem& detail::TagItemCatalogue13::itemFlashHTTPHostHeader() { return gTagsFlash.item(32); }
-const TagItem& detail::TagItemCatalogue13::itemFlashKeyFramePositions() { return gTagsFlash.item(33); }
-const TagItem& detail::TagItemCatalogue13::itemFlashKeyFramesTimes() { return gTagsFlash.item(34); }
-const TagItem& detail::TagItemCatalogue13::itemFlashLastKeyFrameTime() { return gTagsFlash.item(35); }
-const TagItem& detail::TagItemCatalogue13::itemFlashLastTimeStamp() { return gTagsFlash.item(36); }
-const TagItem& detail::TagItemCatalogue13::itemFlashMetadataCreator() { return gTagsFlash.item(37); }
-const TagItem& detail::TagItemCatalogue13::itemFlashMetadataDate() { return gTagsFlash.item(38); }
-const TagItem& detail::TagItemCatalogue13::itemFlashMessage() { return gTagsFlash.item(39); }
-const TagItem& detail::TagItemCatalogue13::itemFlashURL() { return gTagsFlash.item(40); }
-const TagItem& detail::TagItemCatalogue13::itemFlashSourceData() { return gTagsFlash.item(41); }
-const TagItem& detail::TagItemCatalogue13::itemFlashStartTime() { return gTagsFlash.item(42); }
-const TagItem& detail::TagItemCatalogue13::itemFlashStereo() { return gTagsFlash.item(43); }
-const TagItem& detail::TagItemCatalogue13::itemFlashTotalDataRate() { return gTagsFlash.item(44); }
-const TagItem& detail::TagItemCatalogue13::itemFlashTotalDuration() { return gTagsFlash.item(45); }
-const TagItem& detail::TagItemCatalogue13::itemFlashVideoCodecID() { return gTagsFlash.item(46); }
-const TagItem& detail::TagItemCatalogue13::itemFlashVideoBitrate() { return gTagsFlash.item(47); }
-const TagItem& detail::TagItemCatalogue13::itemFlashVideoSize() { return gTagsFlash.item(48); }
-const TagItem& detail::TagItemCatalogue13::itemFlashVideoEncoding() { return gTagsFlash.item(49); }
+const TagItem& detail::TagItemCatalogue12::itemFlashAudioEncoding() { return detail::gTagsFlash.item(0); }
+const TagItem& detail::TagItemCatalogue12::itemFlashAudioSampleRate() { return detail::gTagsFlash.item(1); }
+const TagItem& detail::TagItemCatalogue12::itemFlashAudioBitsPerSample() { return detail::gTagsFlash.item(2); }
+const TagItem& detail::TagItemCatalogue12::itemFlashAudioChannels() { return detail::gTagsFlash.item(3); }
+const TagItem& detail::TagItemCatalogue12::itemFlashName() { return detail::gTagsFlash.item(4); }
+const TagItem& detail::TagItemCatalogue12::itemFlashTime() { return detail::gTagsFlash.item(5); }
+const TagItem& detail::TagItemCatalogue12::itemFlashType() { return detail::gTagsFlash.item(6); }
+const TagItem& detail::TagItemCatalogue12::itemFlashCompressed() { return detail::gTagsFlash.item(7); }
+const TagItem& detail::TagItemCatalogue12::itemFlashDuration() { return detail::gTagsFlash.item(8); }
+const TagItem& detail::TagItemCatalogue12::itemFlashFlashVersion() { return detail::gTagsFlash.item(9); }
+const TagItem& detail::TagItemCatalogue12::itemFlashFrameCount() { return detail::gTagsFlash.item(10); }
+const TagItem& detail::TagItemCatalogue12::itemFlashFrameRate() { return detail::gTagsFlash.item(11); }
+const TagItem& detail::TagItemCatalogue12::itemFlashImageHeight() { return detail::gTagsFlash.item(12); }
+const TagItem& detail::TagItemCatalogue12::itemFlashImageWidth() { return detail::gTagsFlash.item(13); }
+const TagItem& detail::TagItemCatalogue12::itemFlashFlashAttributes() { return detail::gTagsFlash.item(14); }
+const TagItem& detail::TagItemCatalogue12::itemFlashAudioCodecID() { return detail::gTagsFlash.item(15); }
+const TagItem& detail::TagItemCatalogue12::itemFlashAudioBitrate() { return detail::gTagsFlash.item(16); }
+const TagItem& detail::TagItemCatalogue12::itemFlashAudioDelay() { return detail::gTagsFlash.item(17); }
+const TagItem& detail::TagItemCatalogue12::itemFlashAudioSampleSize() { return detail::gTagsFlash.item(18); }
+const TagItem& detail::TagItemCatalogue12::itemFlashAudioSize() { return detail::gTagsFlash.item(19); }
+const TagItem& detail::TagItemCatalogue13::itemFlashByteLength() { return detail::gTagsFlash.item(20); }
+const TagItem& detail::TagItemCatalogue13::itemFlashCanSeekToEnd() { return detail::gTagsFlash.item(21); }
+const TagItem& detail::TagItemCatalogue13::itemFlashCanSeekOnTime() { return detail::gTagsFlash.item(22); }
+const TagItem& detail::TagItemCatalogue13::itemFlashCreatedBy() { return detail::gTagsFlash.item(23); }
+const TagItem& detail::TagItemCatalogue13::itemFlashCreateDate() { return detail::gTagsFlash.item(24); }
+const TagItem& detail::TagItemCatalogue13::itemFlashDataSize() { return detail::gTagsFlash.item(25); }
+const TagItem& detail::TagItemCatalogue13::itemFlashFileSizeBytes() { return detail::gTagsFlash.item(26); }
+const TagItem& detail::TagItemCatalogue13::itemFlashHasAudio() { return detail::gTagsFlash.item(27); }
+const TagItem& detail::TagItemCatalogue13::itemFlashHasCuePoints() { return detail::gTagsFlash.item(28); }
+const TagItem& detail::TagItemCatalogue13::itemFlashHasKeyFrames() { return detail::gTagsFlash.item(29); }
+const TagItem& detail::TagItemCatalogue13::itemFlashHasMetadata() { return detail::gTagsFlash.item(30); }
+const TagItem& detail::TagItemCatalogue13::itemFlashHasVideo() { return detail::gTagsFlash.item(31); }
+const TagItem& detail::TagItemCatalogue13::itemFlashHTTPHostHeader() { return detail::gTagsFlash.item(32); }
+const TagItem& detail::TagItemCatalogue13::itemFlashKeyFramePositions() { return detail::gTagsFlash.item(33); }
+const TagItem& detail::TagItemCatalogue13::itemFlashKeyFramesTimes() { return detail::gTagsFlash.item(34); }
+const TagItem& detail::TagItemCatalogue13::itemFlashLastKeyFrameTime() { return detail::gTagsFlash.item(35); }
+const TagItem& detail::TagItemCatalogue13::itemFlashLastTimeStamp() { return detail::gTagsFlash.item(36); }
+const TagItem& detail::TagItemCatalogue13::itemFlashMetadataCreator() { return detail::gTagsFlash.item(37); }
+const TagItem& detail::TagItemCatalogue13::itemFlashMetadataDate() { return detail::gTagsFlash.item(38); }
+const TagItem& detail::TagItemCatalogue13::itemFlashMessage() { return detail::gTagsFlash.item(39); }
+const TagItem& detail::TagItemCatalogue13::itemFlashURL() { return detail::gTagsFlash.item(40); }
+const TagItem& detail::TagItemCatalogue13::itemFlashSourceData() { return detail::gTagsFlash.item(41); }
+const TagItem& detail::TagItemCatalogue13::itemFlashStartTime() { return detail::gTagsFlash.item(42); }
+const TagItem& detail::TagItemCatalogue13::itemFlashStereo() { return detail::gTagsFlash.item(43); }
+const TagItem& detail::TagItemCatalogue13::itemFlashTotalDataRate() { return detail::gTagsFlash.item(44); }
+const TagItem& detail::TagItemCatalogue13::itemFlashTotalDuration() { return detail::gTagsFlash.item(45); }
+const TagItem& detail::TagItemCatalogue13::itemFlashVideoCodecID() { return detail::gTagsFlash.item(46); }
+const TagItem& detail::TagItemCatalogue13::itemFlashVideoBitrate() { return detail::gTagsFlash.item(47); }
+const TagItem& detail::TagItemCatalogue13::itemFlashVideoSize() { return detail::gTagsFlash.item(48); }
+const TagItem& detail::TagItemCatalogue13::itemFlashVideoEncoding() { return detail::gTagsFlash.item(49); }
 
 const TagStrings& TagStringsCatalogue::stringsFlashPix() {
   return gStringsFlashPix.strings(&TagStringsCatalogue::stringTableFlashPix);
@@ -13902,210 +13908,210 @@ TagStringTable TagStringsCatalogue::stringTableFlashPix(ETLanguage language) {
   return gStringsFlashPix.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue13::allStreamsFlashPix() {
-  return gTagsFlashPix.all();
+  return detail::gTagsFlashPix.all();
 }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixCompObjUserTypeLen() { return gTagsFlashPix.item(0); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixCompObjUserType() { return gTagsFlashPix.item(1); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixCreateDate() { return gTagsFlashPix.item(2); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixModifyDate() { return gTagsFlashPix.item(3); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixLastPrinted() { return gTagsFlashPix.item(4); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixRevisionNumber() { return gTagsFlashPix.item(5); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixTotalEditTime() { return gTagsFlashPix.item(6); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixWords() { return gTagsFlashPix.item(7); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixCharacters() { return gTagsFlashPix.item(8); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixPages() { return gTagsFlashPix.item(9); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixParagraphs() { return gTagsFlashPix.item(10); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixLines() { return gTagsFlashPix.item(11); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixDataObjectID() { return gTagsFlashPix.item(12); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixLockedPropertyList() { return gTagsFlashPix.item(13); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixDataObjectTitle() { return gTagsFlashPix.item(14); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixLastModifier() { return gTagsFlashPix.item(15); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixDataCreateDate() { return gTagsFlashPix.item(16); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixDataModifyDate() { return gTagsFlashPix.item(17); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixCreatingApplication() { return gTagsFlashPix.item(18); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixDataObjectStatus() { return gTagsFlashPix.item(19); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixCreatingTransform() { return gTagsFlashPix.item(20); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixUsingTransforms() { return gTagsFlashPix.item(21); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixCachedImageHeight() { return gTagsFlashPix.item(22); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixCachedImageWidth() { return gTagsFlashPix.item(23); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixCommentBy() { return gTagsFlashPix.item(24); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixLastSavedBy() { return gTagsFlashPix.item(25); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixTableOffsets() { return gTagsFlashPix.item(26); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixCategory() { return gTagsFlashPix.item(27); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixPresentationTarget() { return gTagsFlashPix.item(28); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixBytes() { return gTagsFlashPix.item(29); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSlides() { return gTagsFlashPix.item(30); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixNotes() { return gTagsFlashPix.item(31); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixHiddenSlides() { return gTagsFlashPix.item(32); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixMMClips() { return gTagsFlashPix.item(33); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixScaleCrop() { return gTagsFlashPix.item(34); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixHeadingPairs() { return gTagsFlashPix.item(35); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixTitleOfParts() { return gTagsFlashPix.item(36); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixManager() { return gTagsFlashPix.item(37); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixCompany() { return gTagsFlashPix.item(38); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixLinksUpToDate() { return gTagsFlashPix.item(39); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixCharCountWithSpaces() { return gTagsFlashPix.item(40); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSharedDoc() { return gTagsFlashPix.item(41); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixHyperlinksChanged() { return gTagsFlashPix.item(42); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixAppVersion() { return gTagsFlashPix.item(43); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixContentType() { return gTagsFlashPix.item(44); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixContentStatus() { return gTagsFlashPix.item(45); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixLanguage() { return gTagsFlashPix.item(46); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixDocVersion() { return gTagsFlashPix.item(47); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixHyperlinks() { return gTagsFlashPix.item(48); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixHyperlinkBase() { return gTagsFlashPix.item(49); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixExtensionName() { return gTagsFlashPix.item(50); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixExtensionClassID() { return gTagsFlashPix.item(51); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixExtensionPersistence() { return gTagsFlashPix.item(52); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixExtensionCreateDate() { return gTagsFlashPix.item(53); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixExtensionModifyDate() { return gTagsFlashPix.item(54); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixExtensionDescription() { return gTagsFlashPix.item(55); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixStorage_StreamPathname() { return gTagsFlashPix.item(56); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixFlashPixStreamPathname() { return gTagsFlashPix.item(57); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixFlashPixStreamFieldOffset() { return gTagsFlashPix.item(58); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixPropertySetPathname() { return gTagsFlashPix.item(59); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixPropertySetIDCodes() { return gTagsFlashPix.item(60); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixPropertyVectorElements() { return gTagsFlashPix.item(61); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSubimageResolutions() { return gTagsFlashPix.item(62); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixUsedExtensionNumbers() { return gTagsFlashPix.item(63); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixTransformedImageTitle() { return gTagsFlashPix.item(64); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixVisibleOutputs() { return gTagsFlashPix.item(65); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixMaximumImageIndex() { return gTagsFlashPix.item(66); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixMaximumTransformIndex() { return gTagsFlashPix.item(67); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixMaximumOperationIndex() { return gTagsFlashPix.item(68); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixNumberOfResolutions() { return gTagsFlashPix.item(69); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixImageWidth() { return gTagsFlashPix.item(70); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixImageHeight() { return gTagsFlashPix.item(71); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixDefaultDisplayHeight() { return gTagsFlashPix.item(72); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixDefaultDisplayWidth() { return gTagsFlashPix.item(73); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixDisplayUnits() { return gTagsFlashPix.item(74); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSubimageWidth() { return gTagsFlashPix.item(75); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSubimageHeight() { return gTagsFlashPix.item(76); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSubimageColor() { return gTagsFlashPix.item(77); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSubimageNumericalFormat() { return gTagsFlashPix.item(78); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixDecimationMethod() { return gTagsFlashPix.item(79); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixDecimationPrefilterWidth() { return gTagsFlashPix.item(80); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSubimageICC_Profile() { return gTagsFlashPix.item(81); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixJPEGTables() { return gTagsFlashPix.item(82); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixMaxJPEGTableIndex() { return gTagsFlashPix.item(83); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixFileSource() { return gTagsFlashPix.item(84); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSceneType() { return gTagsFlashPix.item(85); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixCreationPathVector() { return gTagsFlashPix.item(86); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSoftwareRelease() { return gTagsFlashPix.item(87); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixUserDefinedID() { return gTagsFlashPix.item(88); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSharpnessApproximation() { return gTagsFlashPix.item(89); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixCopyright() { return gTagsFlashPix.item(90); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixOriginalImageBroker() { return gTagsFlashPix.item(91); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixDigitalImageBroker() { return gTagsFlashPix.item(92); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixAuthorship() { return gTagsFlashPix.item(93); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixIntellectualPropertyNotes() { return gTagsFlashPix.item(94); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixTestTarget() { return gTagsFlashPix.item(95); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixGroupCaption() { return gTagsFlashPix.item(96); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixCaptionText() { return gTagsFlashPix.item(97); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixPeople() { return gTagsFlashPix.item(98); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixThings() { return gTagsFlashPix.item(99); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixDateTimeOriginal() { return gTagsFlashPix.item(100); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixEvents() { return gTagsFlashPix.item(101); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixPlaces() { return gTagsFlashPix.item(102); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixContentDescriptionNotes() { return gTagsFlashPix.item(103); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixMake() { return gTagsFlashPix.item(104); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixModel() { return gTagsFlashPix.item(105); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSerialNumber() { return gTagsFlashPix.item(106); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixExposureTime() { return gTagsFlashPix.item(107); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixFNumber() { return gTagsFlashPix.item(108); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixExposureProgram() { return gTagsFlashPix.item(109); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixBrightnessValue() { return gTagsFlashPix.item(110); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixExposureCompensation() { return gTagsFlashPix.item(111); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSubjectDistance() { return gTagsFlashPix.item(112); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixMeteringMode() { return gTagsFlashPix.item(113); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixLightSource() { return gTagsFlashPix.item(114); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixFocalLength() { return gTagsFlashPix.item(115); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixMaxApertureValue() { return gTagsFlashPix.item(116); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixFlash() { return gTagsFlashPix.item(117); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixFlashEnergy() { return gTagsFlashPix.item(118); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixFlashReturn() { return gTagsFlashPix.item(119); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixBackLight() { return gTagsFlashPix.item(120); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSubjectLocation() { return gTagsFlashPix.item(121); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixExposureIndex() { return gTagsFlashPix.item(122); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSpecialEffectsOpticalFilter() { return gTagsFlashPix.item(123); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixPerPictureNotes() { return gTagsFlashPix.item(124); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSensingMethod() { return gTagsFlashPix.item(125); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixFocalPlaneXResolution() { return gTagsFlashPix.item(126); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixFocalPlaneYResolution() { return gTagsFlashPix.item(127); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixFocalPlaneResolutionUnit() { return gTagsFlashPix.item(128); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSpatialFrequencyResponse() { return gTagsFlashPix.item(129); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixCFAPattern() { return gTagsFlashPix.item(130); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixISO() { return gTagsFlashPix.item(131); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixOpto_ElectricConvFactor() { return gTagsFlashPix.item(132); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixFilmBrand() { return gTagsFlashPix.item(133); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixFilmCategory() { return gTagsFlashPix.item(134); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixFilmSize() { return gTagsFlashPix.item(135); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixFilmRollNumber() { return gTagsFlashPix.item(136); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixFilmFrameNumber() { return gTagsFlashPix.item(137); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixScannerMake() { return gTagsFlashPix.item(138); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixScannerModel() { return gTagsFlashPix.item(139); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixScannerSerialNumber() { return gTagsFlashPix.item(140); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixScanSoftware() { return gTagsFlashPix.item(141); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixScanSoftwareRevisionDate() { return gTagsFlashPix.item(142); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixServiceOrganizationName() { return gTagsFlashPix.item(143); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixScanOperatorID() { return gTagsFlashPix.item(144); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixScanDate() { return gTagsFlashPix.item(145); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixScannerPixelSize() { return gTagsFlashPix.item(146); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixOriginalScannedImageSize() { return gTagsFlashPix.item(147); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixOriginalDocumentSize() { return gTagsFlashPix.item(148); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixOriginalMedium() { return gTagsFlashPix.item(149); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixTypeOfOriginal() { return gTagsFlashPix.item(150); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixScreenNail() { return gTagsFlashPix.item(151); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixTable0() { return gTagsFlashPix.item(152); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixTable1() { return gTagsFlashPix.item(153); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixAudioStream() { return gTagsFlashPix.item(154); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixBasicFileInfo() { return gTagsFlashPix.item(155); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixCurrentUser() { return gTagsFlashPix.item(156); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixEmbeddedImage() { return gTagsFlashPix.item(157); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixEmbeddedImageClass() { return gTagsFlashPix.item(158); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixEmbeddedImageRectangle() { return gTagsFlashPix.item(159); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixPreviewImage() { return gTagsFlashPix.item(160); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixOperationID() { return gTagsFlashPix.item(161); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixPreviewImageWidth() { return gTagsFlashPix.item(162); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixPreviewImageHeight() { return gTagsFlashPix.item(163); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSubimageTileCount() { return gTagsFlashPix.item(164); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSubimageTileWidth() { return gTagsFlashPix.item(165); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSubimageTileHeight() { return gTagsFlashPix.item(166); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixNumChannels() { return gTagsFlashPix.item(167); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixDictionary() { return gTagsFlashPix.item(168); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixCodePage() { return gTagsFlashPix.item(169); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixTitle() { return gTagsFlashPix.item(170); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSubject() { return gTagsFlashPix.item(171); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixAuthor() { return gTagsFlashPix.item(172); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixKeywords() { return gTagsFlashPix.item(173); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixComments() { return gTagsFlashPix.item(174); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixTemplate() { return gTagsFlashPix.item(175); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixLastModifiedBy() { return gTagsFlashPix.item(176); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixThumbnailClip() { return gTagsFlashPix.item(177); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSoftware() { return gTagsFlashPix.item(178); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSecurity() { return gTagsFlashPix.item(179); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixCreatedBy() { return gTagsFlashPix.item(180); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixDocumentID() { return gTagsFlashPix.item(181); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixLocaleIndicator() { return gTagsFlashPix.item(182); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixTransformNodeID() { return gTagsFlashPix.item(183); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixOperationClassID() { return gTagsFlashPix.item(184); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixTransformTitle() { return gTagsFlashPix.item(185); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixTransformCreateDate() { return gTagsFlashPix.item(186); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixTransformModifyDate() { return gTagsFlashPix.item(187); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixInputDataObjectList() { return gTagsFlashPix.item(188); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixOutputDataObjectList() { return gTagsFlashPix.item(189); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixOperationNumber() { return gTagsFlashPix.item(190); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixResultAspectRatio() { return gTagsFlashPix.item(191); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixRectangleOfInterest() { return gTagsFlashPix.item(192); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixFiltering() { return gTagsFlashPix.item(193); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSpatialOrientation() { return gTagsFlashPix.item(194); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixColorTwistMatrix() { return gTagsFlashPix.item(195); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixContrastAdjustment() { return gTagsFlashPix.item(196); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixIdentification() { return gTagsFlashPix.item(197); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixLanguageCode() { return gTagsFlashPix.item(198); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixDocFlags() { return gTagsFlashPix.item(199); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixSystem() { return gTagsFlashPix.item(200); }
-const TagItem& detail::TagItemCatalogue13::itemFlashPixWord97() { return gTagsFlashPix.item(201); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixCompObjUserTypeLen() { return detail::gTagsFlashPix.item(0); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixCompObjUserType() { return detail::gTagsFlashPix.item(1); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixCreateDate() { return detail::gTagsFlashPix.item(2); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixModifyDate() { return detail::gTagsFlashPix.item(3); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixLastPrinted() { return detail::gTagsFlashPix.item(4); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixRevisionNumber() { return detail::gTagsFlashPix.item(5); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixTotalEditTime() { return detail::gTagsFlashPix.item(6); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixWords() { return detail::gTagsFlashPix.item(7); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixCharacters() { return detail::gTagsFlashPix.item(8); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixPages() { return detail::gTagsFlashPix.item(9); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixParagraphs() { return detail::gTagsFlashPix.item(10); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixLines() { return detail::gTagsFlashPix.item(11); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixDataObjectID() { return detail::gTagsFlashPix.item(12); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixLockedPropertyList() { return detail::gTagsFlashPix.item(13); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixDataObjectTitle() { return detail::gTagsFlashPix.item(14); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixLastModifier() { return detail::gTagsFlashPix.item(15); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixDataCreateDate() { return detail::gTagsFlashPix.item(16); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixDataModifyDate() { return detail::gTagsFlashPix.item(17); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixCreatingApplication() { return detail::gTagsFlashPix.item(18); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixDataObjectStatus() { return detail::gTagsFlashPix.item(19); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixCreatingTransform() { return detail::gTagsFlashPix.item(20); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixUsingTransforms() { return detail::gTagsFlashPix.item(21); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixCachedImageHeight() { return detail::gTagsFlashPix.item(22); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixCachedImageWidth() { return detail::gTagsFlashPix.item(23); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixCommentBy() { return detail::gTagsFlashPix.item(24); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixLastSavedBy() { return detail::gTagsFlashPix.item(25); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixTableOffsets() { return detail::gTagsFlashPix.item(26); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixCategory() { return detail::gTagsFlashPix.item(27); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixPresentationTarget() { return detail::gTagsFlashPix.item(28); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixBytes() { return detail::gTagsFlashPix.item(29); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSlides() { return detail::gTagsFlashPix.item(30); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixNotes() { return detail::gTagsFlashPix.item(31); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixHiddenSlides() { return detail::gTagsFlashPix.item(32); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixMMClips() { return detail::gTagsFlashPix.item(33); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixScaleCrop() { return detail::gTagsFlashPix.item(34); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixHeadingPairs() { return detail::gTagsFlashPix.item(35); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixTitleOfParts() { return detail::gTagsFlashPix.item(36); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixManager() { return detail::gTagsFlashPix.item(37); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixCompany() { return detail::gTagsFlashPix.item(38); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixLinksUpToDate() { return detail::gTagsFlashPix.item(39); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixCharCountWithSpaces() { return detail::gTagsFlashPix.item(40); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSharedDoc() { return detail::gTagsFlashPix.item(41); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixHyperlinksChanged() { return detail::gTagsFlashPix.item(42); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixAppVersion() { return detail::gTagsFlashPix.item(43); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixContentType() { return detail::gTagsFlashPix.item(44); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixContentStatus() { return detail::gTagsFlashPix.item(45); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixLanguage() { return detail::gTagsFlashPix.item(46); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixDocVersion() { return detail::gTagsFlashPix.item(47); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixHyperlinks() { return detail::gTagsFlashPix.item(48); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixHyperlinkBase() { return detail::gTagsFlashPix.item(49); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixExtensionName() { return detail::gTagsFlashPix.item(50); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixExtensionClassID() { return detail::gTagsFlashPix.item(51); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixExtensionPersistence() { return detail::gTagsFlashPix.item(52); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixExtensionCreateDate() { return detail::gTagsFlashPix.item(53); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixExtensionModifyDate() { return detail::gTagsFlashPix.item(54); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixExtensionDescription() { return detail::gTagsFlashPix.item(55); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixStorage_StreamPathname() { return detail::gTagsFlashPix.item(56); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixFlashPixStreamPathname() { return detail::gTagsFlashPix.item(57); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixFlashPixStreamFieldOffset() { return detail::gTagsFlashPix.item(58); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixPropertySetPathname() { return detail::gTagsFlashPix.item(59); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixPropertySetIDCodes() { return detail::gTagsFlashPix.item(60); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixPropertyVectorElements() { return detail::gTagsFlashPix.item(61); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSubimageResolutions() { return detail::gTagsFlashPix.item(62); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixUsedExtensionNumbers() { return detail::gTagsFlashPix.item(63); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixTransformedImageTitle() { return detail::gTagsFlashPix.item(64); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixVisibleOutputs() { return detail::gTagsFlashPix.item(65); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixMaximumImageIndex() { return detail::gTagsFlashPix.item(66); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixMaximumTransformIndex() { return detail::gTagsFlashPix.item(67); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixMaximumOperationIndex() { return detail::gTagsFlashPix.item(68); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixNumberOfResolutions() { return detail::gTagsFlashPix.item(69); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixImageWidth() { return detail::gTagsFlashPix.item(70); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixImageHeight() { return detail::gTagsFlashPix.item(71); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixDefaultDisplayHeight() { return detail::gTagsFlashPix.item(72); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixDefaultDisplayWidth() { return detail::gTagsFlashPix.item(73); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixDisplayUnits() { return detail::gTagsFlashPix.item(74); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSubimageWidth() { return detail::gTagsFlashPix.item(75); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSubimageHeight() { return detail::gTagsFlashPix.item(76); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSubimageColor() { return detail::gTagsFlashPix.item(77); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSubimageNumericalFormat() { return detail::gTagsFlashPix.item(78); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixDecimationMethod() { return detail::gTagsFlashPix.item(79); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixDecimationPrefilterWidth() { return detail::gTagsFlashPix.item(80); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSubimageICC_Profile() { return detail::gTagsFlashPix.item(81); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixJPEGTables() { return detail::gTagsFlashPix.item(82); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixMaxJPEGTableIndex() { return detail::gTagsFlashPix.item(83); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixFileSource() { return detail::gTagsFlashPix.item(84); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSceneType() { return detail::gTagsFlashPix.item(85); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixCreationPathVector() { return detail::gTagsFlashPix.item(86); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSoftwareRelease() { return detail::gTagsFlashPix.item(87); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixUserDefinedID() { return detail::gTagsFlashPix.item(88); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSharpnessApproximation() { return detail::gTagsFlashPix.item(89); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixCopyright() { return detail::gTagsFlashPix.item(90); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixOriginalImageBroker() { return detail::gTagsFlashPix.item(91); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixDigitalImageBroker() { return detail::gTagsFlashPix.item(92); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixAuthorship() { return detail::gTagsFlashPix.item(93); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixIntellectualPropertyNotes() { return detail::gTagsFlashPix.item(94); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixTestTarget() { return detail::gTagsFlashPix.item(95); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixGroupCaption() { return detail::gTagsFlashPix.item(96); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixCaptionText() { return detail::gTagsFlashPix.item(97); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixPeople() { return detail::gTagsFlashPix.item(98); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixThings() { return detail::gTagsFlashPix.item(99); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixDateTimeOriginal() { return detail::gTagsFlashPix.item(100); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixEvents() { return detail::gTagsFlashPix.item(101); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixPlaces() { return detail::gTagsFlashPix.item(102); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixContentDescriptionNotes() { return detail::gTagsFlashPix.item(103); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixMake() { return detail::gTagsFlashPix.item(104); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixModel() { return detail::gTagsFlashPix.item(105); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSerialNumber() { return detail::gTagsFlashPix.item(106); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixExposureTime() { return detail::gTagsFlashPix.item(107); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixFNumber() { return detail::gTagsFlashPix.item(108); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixExposureProgram() { return detail::gTagsFlashPix.item(109); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixBrightnessValue() { return detail::gTagsFlashPix.item(110); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixExposureCompensation() { return detail::gTagsFlashPix.item(111); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSubjectDistance() { return detail::gTagsFlashPix.item(112); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixMeteringMode() { return detail::gTagsFlashPix.item(113); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixLightSource() { return detail::gTagsFlashPix.item(114); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixFocalLength() { return detail::gTagsFlashPix.item(115); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixMaxApertureValue() { return detail::gTagsFlashPix.item(116); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixFlash() { return detail::gTagsFlashPix.item(117); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixFlashEnergy() { return detail::gTagsFlashPix.item(118); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixFlashReturn() { return detail::gTagsFlashPix.item(119); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixBackLight() { return detail::gTagsFlashPix.item(120); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSubjectLocation() { return detail::gTagsFlashPix.item(121); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixExposureIndex() { return detail::gTagsFlashPix.item(122); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSpecialEffectsOpticalFilter() { return detail::gTagsFlashPix.item(123); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixPerPictureNotes() { return detail::gTagsFlashPix.item(124); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSensingMethod() { return detail::gTagsFlashPix.item(125); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixFocalPlaneXResolution() { return detail::gTagsFlashPix.item(126); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixFocalPlaneYResolution() { return detail::gTagsFlashPix.item(127); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixFocalPlaneResolutionUnit() { return detail::gTagsFlashPix.item(128); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSpatialFrequencyResponse() { return detail::gTagsFlashPix.item(129); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixCFAPattern() { return detail::gTagsFlashPix.item(130); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixISO() { return detail::gTagsFlashPix.item(131); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixOpto_ElectricConvFactor() { return detail::gTagsFlashPix.item(132); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixFilmBrand() { return detail::gTagsFlashPix.item(133); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixFilmCategory() { return detail::gTagsFlashPix.item(134); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixFilmSize() { return detail::gTagsFlashPix.item(135); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixFilmRollNumber() { return detail::gTagsFlashPix.item(136); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixFilmFrameNumber() { return detail::gTagsFlashPix.item(137); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixScannerMake() { return detail::gTagsFlashPix.item(138); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixScannerModel() { return detail::gTagsFlashPix.item(139); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixScannerSerialNumber() { return detail::gTagsFlashPix.item(140); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixScanSoftware() { return detail::gTagsFlashPix.item(141); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixScanSoftwareRevisionDate() { return detail::gTagsFlashPix.item(142); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixServiceOrganizationName() { return detail::gTagsFlashPix.item(143); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixScanOperatorID() { return detail::gTagsFlashPix.item(144); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixScanDate() { return detail::gTagsFlashPix.item(145); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixScannerPixelSize() { return detail::gTagsFlashPix.item(146); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixOriginalScannedImageSize() { return detail::gTagsFlashPix.item(147); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixOriginalDocumentSize() { return detail::gTagsFlashPix.item(148); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixOriginalMedium() { return detail::gTagsFlashPix.item(149); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixTypeOfOriginal() { return detail::gTagsFlashPix.item(150); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixScreenNail() { return detail::gTagsFlashPix.item(151); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixTable0() { return detail::gTagsFlashPix.item(152); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixTable1() { return detail::gTagsFlashPix.item(153); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixAudioStream() { return detail::gTagsFlashPix.item(154); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixBasicFileInfo() { return detail::gTagsFlashPix.item(155); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixCurrentUser() { return detail::gTagsFlashPix.item(156); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixEmbeddedImage() { return detail::gTagsFlashPix.item(157); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixEmbeddedImageClass() { return detail::gTagsFlashPix.item(158); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixEmbeddedImageRectangle() { return detail::gTagsFlashPix.item(159); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixPreviewImage() { return detail::gTagsFlashPix.item(160); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixOperationID() { return detail::gTagsFlashPix.item(161); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixPreviewImageWidth() { return detail::gTagsFlashPix.item(162); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixPreviewImageHeight() { return detail::gTagsFlashPix.item(163); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSubimageTileCount() { return detail::gTagsFlashPix.item(164); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSubimageTileWidth() { return detail::gTagsFlashPix.item(165); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSubimageTileHeight() { return detail::gTagsFlashPix.item(166); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixNumChannels() { return detail::gTagsFlashPix.item(167); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixDictionary() { return detail::gTagsFlashPix.item(168); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixCodePage() { return detail::gTagsFlashPix.item(169); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixTitle() { return detail::gTagsFlashPix.item(170); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSubject() { return detail::gTagsFlashPix.item(171); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixAuthor() { return detail::gTagsFlashPix.item(172); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixKeywords() { return detail::gTagsFlashPix.item(173); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixComments() { return detail::gTagsFlashPix.item(174); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixTemplate() { return detail::gTagsFlashPix.item(175); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixLastModifiedBy() { return detail::gTagsFlashPix.item(176); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixThumbnailClip() { return detail::gTagsFlashPix.item(177); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSoftware() { return detail::gTagsFlashPix.item(178); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSecurity() { return detail::gTagsFlashPix.item(179); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixCreatedBy() { return detail::gTagsFlashPix.item(180); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixDocumentID() { return detail::gTagsFlashPix.item(181); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixLocaleIndicator() { return detail::gTagsFlashPix.item(182); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixTransformNodeID() { return detail::gTagsFlashPix.item(183); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixOperationClassID() { return detail::gTagsFlashPix.item(184); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixTransformTitle() { return detail::gTagsFlashPix.item(185); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixTransformCreateDate() { return detail::gTagsFlashPix.item(186); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixTransformModifyDate() { return detail::gTagsFlashPix.item(187); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixInputDataObjectList() { return detail::gTagsFlashPix.item(188); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixOutputDataObjectList() { return detail::gTagsFlashPix.item(189); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixOperationNumber() { return detail::gTagsFlashPix.item(190); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixResultAspectRatio() { return detail::gTagsFlashPix.item(191); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixRectangleOfInterest() { return detail::gTagsFlashPix.item(192); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixFiltering() { return detail::gTagsFlashPix.item(193); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSpatialOrientation() { return detail::gTagsFlashPix.item(194); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixColorTwistMatrix() { return detail::gTagsFlashPix.item(195); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixContrastAdjustment() { return detail::gTagsFlashPix.item(196); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixIdentification() { return detail::gTagsFlashPix.item(197); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixLanguageCode() { return detail::gTagsFlashPix.item(198); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixDocFlags() { return detail::gTagsFlashPix.item(199); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixSystem() { return detail::gTagsFlashPix.item(200); }
+const TagItem& detail::TagItemCatalogue13::itemFlashPixWord97() { return detail::gTagsFlashPix.item(201); }
 
 const TagStrings& TagStringsCatalogue::stringsFont() {
   return gStringsFont.strings(&TagStringsCatalogue::stringTableFont);
@@ -14114,72 +14120,72 @@ TagStringTable TagStringsCatalogue::stringTableFont(ETLanguage language) {
   return gStringsFont.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue13::allStreamsFont() {
-  return gTagsFont.all();
+  return detail::gTagsFont.all();
 }
-const TagItem& detail::TagItemCatalogue13::itemFontAscender() { return gTagsFont.item(0); }
-const TagItem& detail::TagItemCatalogue13::itemFontCapHeight() { return gTagsFont.item(1); }
-const TagItem& detail::TagItemCatalogue13::itemFontCharacterSet() { return gTagsFont.item(2); }
-const TagItem& detail::TagItemCatalogue13::itemFontCharacters() { return gTagsFont.item(3); }
-const TagItem& detail::TagItemCatalogue13::itemFontCreateDate() { return gTagsFont.item(4); }
-const TagItem& detail::TagItemCatalogue13::itemFontDescender() { return gTagsFont.item(5); }
-const TagItem& detail::TagItemCatalogue13::itemFontEncodingScheme() { return gTagsFont.item(6); }
-const TagItem& detail::TagItemCatalogue13::itemFontEscChar() { return gTagsFont.item(7); }
-const TagItem& detail::TagItemCatalogue13::itemFontFontFamily() { return gTagsFont.item(8); }
-const TagItem& detail::TagItemCatalogue13::itemFontFontName() { return gTagsFont.item(9); }
-const TagItem& detail::TagItemCatalogue13::itemFontFullName() { return gTagsFont.item(10); }
-const TagItem& detail::TagItemCatalogue13::itemFontIsBaseFont() { return gTagsFont.item(11); }
-const TagItem& detail::TagItemCatalogue13::itemFontIsFixedV() { return gTagsFont.item(12); }
-const TagItem& detail::TagItemCatalogue13::itemFontMappingScheme() { return gTagsFont.item(13); }
-const TagItem& detail::TagItemCatalogue13::itemFontNotice() { return gTagsFont.item(14); }
-const TagItem& detail::TagItemCatalogue13::itemFontVersion() { return gTagsFont.item(15); }
-const TagItem& detail::TagItemCatalogue13::itemFontWeight() { return gTagsFont.item(16); }
-const TagItem& detail::TagItemCatalogue13::itemFontXHeight() { return gTagsFont.item(17); }
-const TagItem& detail::TagItemCatalogue13::itemFontNumFonts() { return gTagsFont.item(18); }
-const TagItem& detail::TagItemCatalogue13::itemFontPostScriptFontName() { return gTagsFont.item(19); }
-const TagItem& detail::TagItemCatalogue13::itemFontCopyright() { return gTagsFont.item(20); }
-const TagItem& detail::TagItemCatalogue13::itemFontFontSubfamily() { return gTagsFont.item(21); }
-const TagItem& detail::TagItemCatalogue13::itemFontFontSubfamilyID() { return gTagsFont.item(22); }
-const TagItem& detail::TagItemCatalogue13::itemFontNameTableVersion() { return gTagsFont.item(23); }
-const TagItem& detail::TagItemCatalogue13::itemFontTrademark() { return gTagsFont.item(24); }
-const TagItem& detail::TagItemCatalogue13::itemFontManufacturer() { return gTagsFont.item(25); }
-const TagItem& detail::TagItemCatalogue13::itemFontDesigner() { return gTagsFont.item(26); }
-const TagItem& detail::TagItemCatalogue13::itemFontDescription() { return gTagsFont.item(27); }
-const TagItem& detail::TagItemCatalogue13::itemFontVendorURL() { return gTagsFont.item(28); }
-const TagItem& detail::TagItemCatalogue13::itemFontDesignerURL() { return gTagsFont.item(29); }
-const TagItem& detail::TagItemCatalogue13::itemFontLicense() { return gTagsFont.item(30); }
-const TagItem& detail::TagItemCatalogue13::itemFontLicenseInfoURL() { return gTagsFont.item(31); }
-const TagItem& detail::TagItemCatalogue13::itemFontPreferredFamily() { return gTagsFont.item(32); }
-const TagItem& detail::TagItemCatalogue13::itemFontPreferredSubfamily() { return gTagsFont.item(33); }
-const TagItem& detail::TagItemCatalogue13::itemFontCompatibleFontName() { return gTagsFont.item(34); }
-const TagItem& detail::TagItemCatalogue13::itemFontSampleText() { return gTagsFont.item(35); }
-const TagItem& detail::TagItemCatalogue13::itemFontWWSFamilyName() { return gTagsFont.item(36); }
-const TagItem& detail::TagItemCatalogue13::itemFontWWSSubfamilyName() { return gTagsFont.item(37); }
-const TagItem& detail::TagItemCatalogue13::itemFontPFMVersion() { return gTagsFont.item(38); }
-const TagItem& detail::TagItemCatalogue13::itemFontFontType() { return gTagsFont.item(39); }
-const TagItem& detail::TagItemCatalogue13::itemFontPointSize() { return gTagsFont.item(40); }
-const TagItem& detail::TagItemCatalogue13::itemFontYResolution() { return gTagsFont.item(41); }
-const TagItem& detail::TagItemCatalogue13::itemFontXResolution() { return gTagsFont.item(42); }
-const TagItem& detail::TagItemCatalogue13::itemFontAscent() { return gTagsFont.item(43); }
-const TagItem& detail::TagItemCatalogue13::itemFontInternalLeading() { return gTagsFont.item(44); }
-const TagItem& detail::TagItemCatalogue13::itemFontExternalLeading() { return gTagsFont.item(45); }
-const TagItem& detail::TagItemCatalogue13::itemFontItalic() { return gTagsFont.item(46); }
-const TagItem& detail::TagItemCatalogue13::itemFontUnderline() { return gTagsFont.item(47); }
-const TagItem& detail::TagItemCatalogue13::itemFontStrikeout() { return gTagsFont.item(48); }
-const TagItem& detail::TagItemCatalogue13::itemFontPixWidth() { return gTagsFont.item(49); }
-const TagItem& detail::TagItemCatalogue13::itemFontPixHeight() { return gTagsFont.item(50); }
-const TagItem& detail::TagItemCatalogue13::itemFontPitchAndFamily() { return gTagsFont.item(51); }
-const TagItem& detail::TagItemCatalogue13::itemFontAvgWidth() { return gTagsFont.item(52); }
-const TagItem& detail::TagItemCatalogue13::itemFontMaxWidth() { return gTagsFont.item(53); }
-const TagItem& detail::TagItemCatalogue13::itemFontFirstChar() { return gTagsFont.item(54); }
-const TagItem& detail::TagItemCatalogue13::itemFontLastChar() { return gTagsFont.item(55); }
-const TagItem& detail::TagItemCatalogue13::itemFontDefaultChar() { return gTagsFont.item(56); }
-const TagItem& detail::TagItemCatalogue13::itemFontBreakChar() { return gTagsFont.item(57); }
-const TagItem& detail::TagItemCatalogue13::itemFontWidthBytes() { return gTagsFont.item(58); }
-const TagItem& detail::TagItemCatalogue13::itemFontFSType() { return gTagsFont.item(59); }
-const TagItem& detail::TagItemCatalogue13::itemFontItalicAngle() { return gTagsFont.item(60); }
-const TagItem& detail::TagItemCatalogue13::itemFontUnderlinePosition() { return gTagsFont.item(61); }
-const TagItem& detail::TagItemCatalogue13::itemFontUnderlineThickness() { return gTagsFont.item(62); }
-const TagItem& detail::TagItemCatalogue13::itemFontIsFixedPitch() { return gTagsFont.item(63); }
+const TagItem& detail::TagItemCatalogue13::itemFontAscender() { return detail::gTagsFont.item(0); }
+const TagItem& detail::TagItemCatalogue13::itemFontCapHeight() { return detail::gTagsFont.item(1); }
+const TagItem& detail::TagItemCatalogue13::itemFontCharacterSet() { return detail::gTagsFont.item(2); }
+const TagItem& detail::TagItemCatalogue13::itemFontCharacters() { return detail::gTagsFont.item(3); }
+const TagItem& detail::TagItemCatalogue13::itemFontCreateDate() { return detail::gTagsFont.item(4); }
+const TagItem& detail::TagItemCatalogue13::itemFontDescender() { return detail::gTagsFont.item(5); }
+const TagItem& detail::TagItemCatalogue13::itemFontEncodingScheme() { return detail::gTagsFont.item(6); }
+const TagItem& detail::TagItemCatalogue13::itemFontEscChar() { return detail::gTagsFont.item(7); }
+const TagItem& detail::TagItemCatalogue13::itemFontFontFamily() { return detail::gTagsFont.item(8); }
+const TagItem& detail::TagItemCatalogue13::itemFontFontName() { return detail::gTagsFont.item(9); }
+const TagItem& detail::TagItemCatalogue13::itemFontFullName() { return detail::gTagsFont.item(10); }
+const TagItem& detail::TagItemCatalogue13::itemFontIsBaseFont() { return detail::gTagsFont.item(11); }
+const TagItem& detail::TagItemCatalogue13::itemFontIsFixedV() { return detail::gTagsFont.item(12); }
+const TagItem& detail::TagItemCatalogue13::itemFontMappingScheme() { return detail::gTagsFont.item(13); }
+const TagItem& detail::TagItemCatalogue13::itemFontNotice() { return detail::gTagsFont.item(14); }
+const TagItem& detail::TagItemCatalogue13::itemFontVersion() { return detail::gTagsFont.item(15); }
+const TagItem& detail::TagItemCatalogue13::itemFontWeight() { return detail::gTagsFont.item(16); }
+const TagItem& detail::TagItemCatalogue13::itemFontXHeight() { return detail::gTagsFont.item(17); }
+const TagItem& detail::TagItemCatalogue13::itemFontNumFonts() { return detail::gTagsFont.item(18); }
+const TagItem& detail::TagItemCatalogue13::itemFontPostScriptFontName() { return detail::gTagsFont.item(19); }
+const TagItem& detail::TagItemCatalogue13::itemFontCopyright() { return detail::gTagsFont.item(20); }
+const TagItem& detail::TagItemCatalogue13::itemFontFontSubfamily() { return detail::gTagsFont.item(21); }
+const TagItem& detail::TagItemCatalogue13::itemFontFontSubfamilyID() { return detail::gTagsFont.item(22); }
+const TagItem& detail::TagItemCatalogue13::itemFontNameTableVersion() { return detail::gTagsFont.item(23); }
+const TagItem& detail::TagItemCatalogue13::itemFontTrademark() { return detail::gTagsFont.item(24); }
+const TagItem& detail::TagItemCatalogue13::itemFontManufacturer() { return detail::gTagsFont.item(25); }
+const TagItem& detail::TagItemCatalogue13::itemFontDesigner() { return detail::gTagsFont.item(26); }
+const TagItem& detail::TagItemCatalogue13::itemFontDescription() { return detail::gTagsFont.item(27); }
+const TagItem& detail::TagItemCatalogue13::itemFontVendorURL() { return detail::gTagsFont.item(28); }
+const TagItem& detail::TagItemCatalogue13::itemFontDesignerURL() { return detail::gTagsFont.item(29); }
+const TagItem& detail::TagItemCatalogue13::itemFontLicense() { return detail::gTagsFont.item(30); }
+const TagItem& detail::TagItemCatalogue13::itemFontLicenseInfoURL() { return detail::gTagsFont.item(31); }
+const TagItem& detail::TagItemCatalogue13::itemFontPreferredFamily() { return detail::gTagsFont.item(32); }
+const TagItem& detail::TagItemCatalogue13::itemFontPreferredSubfamily() { return detail::gTagsFont.item(33); }
+const TagItem& detail::TagItemCatalogue13::itemFontCompatibleFontName() { return detail::gTagsFont.item(34); }
+const TagItem& detail::TagItemCatalogue13::itemFontSampleText() { return detail::gTagsFont.item(35); }
+const TagItem& detail::TagItemCatalogue13::itemFontWWSFamilyName() { return detail::gTagsFont.item(36); }
+const TagItem& detail::TagItemCatalogue13::itemFontWWSSubfamilyName() { return detail::gTagsFont.item(37); }
+const TagItem& detail::TagItemCatalogue13::itemFontPFMVersion() { return detail::gTagsFont.item(38); }
+const TagItem& detail::TagItemCatalogue13::itemFontFontType() { return detail::gTagsFont.item(39); }
+const TagItem& detail::TagItemCatalogue13::itemFontPointSize() { return detail::gTagsFont.item(40); }
+const TagItem& detail::TagItemCatalogue13::itemFontYResolution() { return detail::gTagsFont.item(41); }
+const TagItem& detail::TagItemCatalogue13::itemFontXResolution() { return detail::gTagsFont.item(42); }
+const TagItem& detail::TagItemCatalogue13::itemFontAscent() { return detail::gTagsFont.item(43); }
+const TagItem& detail::TagItemCatalogue13::itemFontInternalLeading() { return detail::gTagsFont.item(44); }
+const TagItem& detail::TagItemCatalogue13::itemFontExternalLeading() { return detail::gTagsFont.item(45); }
+const TagItem& detail::TagItemCatalogue13::itemFontItalic() { return detail::gTagsFont.item(46); }
+const TagItem& detail::TagItemCatalogue13::itemFontUnderline() { return detail::gTagsFont.item(47); }
+const TagItem& detail::TagItemCatalogue13::itemFontStrikeout() { return detail::gTagsFont.item(48); }
+const TagItem& detail::TagItemCatalogue13::itemFontPixWidth() { return detail::gTagsFont.item(49); }
+const TagItem& detail::TagItemCatalogue13::itemFontPixHeight() { return detail::gTagsFont.item(50); }
+const TagItem& detail::TagItemCatalogue13::itemFontPitchAndFamily() { return detail::gTagsFont.item(51); }
+const TagItem& detail::TagItemCatalogue13::itemFontAvgWidth() { return detail::gTagsFont.item(52); }
+const TagItem& detail::TagItemCatalogue13::itemFontMaxWidth() { return detail::gTagsFont.item(53); }
+const TagItem& detail::TagItemCatalogue13::itemFontFirstChar() { return detail::gTagsFont.item(54); }
+const TagItem& detail::TagItemCatalogue13::itemFontLastChar() { return detail::gTagsFont.item(55); }
+const TagItem& detail::TagItemCatalogue13::itemFontDefaultChar() { return detail::gTagsFont.item(56); }
+const TagItem& detail::TagItemCatalogue13::itemFontBreakChar() { return detail::gTagsFont.item(57); }
+const TagItem& detail::TagItemCatalogue13::itemFontWidthBytes() { return detail::gTagsFont.item(58); }
+const TagItem& detail::TagItemCatalogue13::itemFontFSType() { return detail::gTagsFont.item(59); }
+const TagItem& detail::TagItemCatalogue13::itemFontItalicAngle() { return detail::gTagsFont.item(60); }
+const TagItem& detail::TagItemCatalogue13::itemFontUnderlinePosition() { return detail::gTagsFont.item(61); }
+const TagItem& detail::TagItemCatalogue13::itemFontUnderlineThickness() { return detail::gTagsFont.item(62); }
+const TagItem& detail::TagItemCatalogue13::itemFontIsFixedPitch() { return detail::gTagsFont.item(63); }
 
 const TagStrings& TagStringsCatalogue::stringsFotoStation() {
   return gStringsFotoStation.strings(&TagStringsCatalogue::stringTableFotoStation);
@@ -14188,37 +14194,19 @@ TagStringTable TagStringsCatalogue::stringTableFotoStation(ETLanguage language) 
   return gStringsFotoStation.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue13::allStreamsFotoStation() {
-  return gTagsFotoStation.all();
+  return detail::gTagsFotoStation.all();
 }
-const TagItem& detail::TagItemCatalogue13::itemFotoStationThumbnailImage() { return gTagsFotoStation.item(0); }
-const TagItem& detail::TagItemCatalogue13::itemFotoStationPreviewImage() { return gTagsFotoStation.item(1); }
-const TagItem& detail::TagItemCatalogue13::itemFotoStationOriginalImageWidth() { return gTagsFotoStation.item(2); }
-const TagItem& detail::TagItemCatalogue13::itemFotoStationOriginalImageHeight() { return gTagsFotoStation.item(3); }
-const TagItem& detail::TagItemCatalogue13::itemFotoStationColorPlanes() { return gTagsFotoStation.item(4); }
-const TagItem& detail::TagItemCatalogue13::itemFotoStationXYResolution() { return gTagsFotoStation.item(5); }
-const TagItem& detail::TagItemCatalogue13::itemFotoStationRotation() { return gTagsFotoStation.item(6); }
-const TagItem& detail::TagItemCatalogue13::itemFotoStationCropLeft() { return gTagsFotoStation.item(7); }
-const TagItem& detail::TagItemCatalogue13::itemFotoStationCropTop() { return gTagsFotoStation.item(8); }
-const TagItem& detail::TagItemCatalogue13::itemFotoStationCropRight() { return gTagsFotoStation.item(9); }
-const TagItem& detail::TagItemCatalogue13::itemFotoStationCropBottom() { return gTagsFotoStation.item(10); }
-const TagItem& detail::TagItemCatalogue13::itemFotoStationCropRotation() { return gTagsFotoStation.item(11); }
-
-namespace detail {
-const TagItem* findInDJI(std::string_view key) { return gTagsDJI.find(key); }
-const TagItem* findInDNG(std::string_view key) { return gTagsDNG.find(key); }
-const TagItem* findInDV(std::string_view key) { return gTagsDV.find(key); }
-const TagItem* findInDjVu(std::string_view key) { return gTagsDjVu.find(key); }
-const TagItem* findInDucky(std::string_view key) { return gTagsDucky.find(key); }
-const TagItem* findInEXE(std::string_view key) { return gTagsEXE.find(key); }
-const TagItem* findInEXIF(std::string_view key) { return gTagsEXIF.find(key); }
-const TagItem* findInFITS(std::string_view key) { return gTagsFITS.find(key); }
-const TagItem* findInFLAC(std::string_view key) { return gTagsFLAC.find(key); }
-const TagItem* findInFLIR(std::string_view key) { return gTagsFLIR.find(key); }
-const TagItem* findInFile(std::string_view key) { return gTagsFile.find(key); }
-const TagItem* findInFlash(std::string_view key) { return gTagsFlash.find(key); }
-const TagItem* findInFlashPix(std::string_view key) { return gTagsFlashPix.find(key); }
-const TagItem* findInFont(std::string_view key) { return gTagsFont.find(key); }
-const TagItem* findInFotoStation(std::string_view key) { return gTagsFotoStation.find(key); }
-}  // namespace detail
+const TagItem& detail::TagItemCatalogue13::itemFotoStationThumbnailImage() { return detail::gTagsFotoStation.item(0); }
+const TagItem& detail::TagItemCatalogue13::itemFotoStationPreviewImage() { return detail::gTagsFotoStation.item(1); }
+const TagItem& detail::TagItemCatalogue13::itemFotoStationOriginalImageWidth() { return detail::gTagsFotoStation.item(2); }
+const TagItem& detail::TagItemCatalogue13::itemFotoStationOriginalImageHeight() { return detail::gTagsFotoStation.item(3); }
+const TagItem& detail::TagItemCatalogue13::itemFotoStationColorPlanes() { return detail::gTagsFotoStation.item(4); }
+const TagItem& detail::TagItemCatalogue13::itemFotoStationXYResolution() { return detail::gTagsFotoStation.item(5); }
+const TagItem& detail::TagItemCatalogue13::itemFotoStationRotation() { return detail::gTagsFotoStation.item(6); }
+const TagItem& detail::TagItemCatalogue13::itemFotoStationCropLeft() { return detail::gTagsFotoStation.item(7); }
+const TagItem& detail::TagItemCatalogue13::itemFotoStationCropTop() { return detail::gTagsFotoStation.item(8); }
+const TagItem& detail::TagItemCatalogue13::itemFotoStationCropRight() { return detail::gTagsFotoStation.item(9); }
+const TagItem& detail::TagItemCatalogue13::itemFotoStationCropBottom() { return detail::gTagsFotoStation.item(10); }
+const TagItem& detail::TagItemCatalogue13::itemFotoStationCropRotation() { return detail::gTagsFotoStation.item(11); }
 
 }  // namespace lorvane

@@ -7,6 +7,8 @@
 namespace lorvane {
 namespace {
 
+using enum detail::TagFlag;
+
 constexpr char kText[] =
     "AF-CSetting" "AF-CTrackingSensitivity" "AF-CSpeedTrackingSensitivity" "AF-CZoneAreaSwitching"
     "DriveMode" "DriveSpeed" "MovieStreamName" "Face1Birthday" "Face1Category" "Face1Name"
@@ -3573,135 +3575,135 @@ constexpr char kText[] =
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsFujiFilm[] = {
-    {{0, 11}, TagType::int32u, 2, 0, 0, 5},  // AF-CSetting
-    {{11, 23}, TagType::int32u, 2, 0, 0, 0},  // AF-CTrackingSensitivity
-    {{34, 28}, TagType::int32u, 2, 0, 0, 0},  // AF-CSpeedTrackingSensitivity
-    {{62, 21}, TagType::int32u, 2, 0, 5, 3},  // AF-CZoneAreaSwitching
-    {{83, 9}, TagType::int32u, 2, 0, 5, 3},  // DriveMode
-    {{92, 10}, TagType::int32u, 2, 0, 8, 1},  // DriveSpeed
-    {{102, 15}, TagType::string, 0, 34, 0, 0},  // MovieStreamName
-    {{117, 13}, TagType::string, 0, 0, 0, 0},  // Face1Birthday
-    {{130, 13}, TagType::int8u, 0, 0, 9, 3},  // Face1Category
-    {{143, 9}, TagType::string, 0, 0, 0, 0},  // Face1Name
-    {{152, 13}, TagType::string, 0, 0, 0, 0},  // Face2Birthday
-    {{165, 13}, TagType::int8u, 0, 0, 9, 3},  // Face2Category
-    {{178, 9}, TagType::string, 0, 0, 0, 0},  // Face2Name
-    {{187, 13}, TagType::string, 0, 0, 0, 0},  // Face3Birthday
-    {{200, 13}, TagType::int8u, 0, 0, 9, 3},  // Face3Category
-    {{213, 9}, TagType::string, 0, 0, 0, 0},  // Face3Name
-    {{222, 13}, TagType::string, 0, 0, 0, 0},  // Face4Birthday
-    {{235, 13}, TagType::int8u, 0, 0, 9, 3},  // Face4Category
-    {{248, 9}, TagType::string, 0, 0, 0, 0},  // Face4Name
-    {{257, 13}, TagType::string, 0, 0, 0, 0},  // Face5Birthday
-    {{270, 13}, TagType::int8u, 0, 0, 9, 3},  // Face5Category
-    {{283, 9}, TagType::string, 0, 0, 0, 0},  // Face5Name
-    {{292, 13}, TagType::string, 0, 0, 0, 0},  // Face6Birthday
-    {{305, 13}, TagType::int8u, 0, 0, 9, 3},  // Face6Category
-    {{318, 9}, TagType::string, 0, 0, 0, 0},  // Face6Name
-    {{327, 13}, TagType::string, 0, 0, 0, 0},  // Face7Birthday
-    {{340, 13}, TagType::int8u, 0, 0, 9, 3},  // Face7Category
-    {{353, 9}, TagType::string, 0, 0, 0, 0},  // Face7Name
-    {{362, 13}, TagType::string, 0, 0, 0, 0},  // Face8Birthday
-    {{375, 13}, TagType::int8u, 0, 0, 9, 3},  // Face8Category
-    {{388, 9}, TagType::string, 0, 0, 0, 0},  // Face8Name
-    {{397, 10}, TagType::int32u, 2, 0, 5, 3},  // FocusMode2
-    {{407, 5}, TagType::int32u, 2, 0, 12, 2},  // PreAF
-    {{412, 10}, TagType::int32u, 2, 0, 5, 3},  // AFAreaMode
-    {{422, 15}, TagType::int32u, 2, 0, 8, 1},  // AFAreaPointSize
-    {{437, 14}, TagType::int32u, 2, 0, 8, 1},  // AFAreaZoneSize
-    {{451, 4}, TagType::string, 0, 24, 0, 0},  // Make
-    {{455, 5}, TagType::string, 0, 16, 0, 0},  // Model
-    {{460, 12}, TagType::int32u, 0, 0, 0, 0},  // ExposureTime
-    {{472, 7}, TagType::rational64u, 0, 0, 0, 0},  // FNumber
-    {{479, 20}, TagType::rational64s, 0, 0, 0, 0},  // ExposureCompensation
-    {{499, 7}, TagType::string, 2, 0, 0, 0},  // Version
-    {{506, 20}, TagType::string, 2, 0, 0, 0},  // InternalSerialNumber
-    {{526, 7}, TagType::string, 2, 0, 0, 0},  // Quality
-    {{533, 9}, TagType::int16u, 2, 0, 14, 11},  // Sharpness
-    {{542, 12}, TagType::int16u, 2, 0, 25, 19},  // WhiteBalance
-    {{554, 10}, TagType::int16u, 2, 0, 44, 20},  // Saturation
-    {{564, 8}, TagType::int16u, 2, 0, 64, 7},  // Contrast
-    {{572, 16}, TagType::int16u, 2, 0, 0, 0},  // ColorTemperature
-    {{588, 20}, TagType::int32s, 2, 2, 0, 0},  // WhiteBalanceFineTune
-    {{608, 14}, TagType::int16u, 2, 0, 71, 11},  // NoiseReduction
-    {{622, 7}, TagType::int32s, 2, 0, 82, 11},  // Clarity
-    {{629, 13}, TagType::int16u, 2, 0, 93, 25},  // FujiFlashMode
-    {{642, 17}, TagType::rational64s, 2, 0, 0, 0},  // FlashExposureComp
-    {{659, 5}, TagType::int16u, 2, 0, 12, 2},  // Macro
-    {{664, 9}, TagType::int16u, 2, 0, 118, 3},  // FocusMode
-    {{673, 6}, TagType::int16u, 2, 0, 121, 4},  // AFMode
-    {{679, 10}, TagType::int16u, 2, 2, 0, 0},  // FocusPixel
-    {{689, 8}, TagType::int16u, 2, 0, 12, 2},  // SlowSync
-    {{697, 11}, TagType::int16u, 2, 0, 125, 33},  // PictureMode
-    {{708, 13}, TagType::int16u, 2, 0, 0, 0},  // ExposureCount
-    {{721, 7}, TagType::int16u, 2, 0, 12, 2},  // EXRAuto
-    {{728, 7}, TagType::int16u, 2, 0, 158, 3},  // EXRMode
-    {{735, 10}, TagType::int32s, 2, 0, 161, 7},  // ShadowTone
-    {{745, 13}, TagType::int32s, 2, 0, 161, 7},  // HighlightTone
-    {{758, 11}, TagType::int32u, 2, 0, 0, 0},  // DigitalZoom
-    {{769, 23}, TagType::int32u, 2, 0, 12, 2},  // LensModulationOptimizer
-    {{792, 20}, TagType::int32s, 2, 0, 168, 3},  // GrainEffectRoughness
-    {{812, 17}, TagType::int32s, 2, 0, 168, 3},  // ColorChromeEffect
-    {{829, 12}, TagType::int8s, 2, 0, 0, 0},  // BWAdjustment
-    {{841, 14}, TagType::int8s, 2, 0, 0, 0},  // BWMagentaGreen
-    {{855, 15}, TagType::int16u, 2, 0, 171, 3},  // GrainEffectSize
-    {{870, 8}, TagType::int16u, 2, 0, 174, 4},  // CropMode
-    {{878, 17}, TagType::int32s, 2, 0, 168, 3},  // ColorChromeFXBlue
-    {{895, 11}, TagType::int16u, 2, 0, 178, 4},  // ShutterType
-    {{906, 14}, TagType::int16u, 2, 0, 182, 4},  // AutoBracketing
-    {{920, 14}, TagType::int16u, 2, 0, 0, 0},  // SequenceNumber
-    {{934, 15}, TagType::int16u, 2, 0, 0, 0},  // PixelShiftShots
-    {{949, 16}, TagType::rational64s, 2, 2, 0, 0},  // PixelShiftOffset
-    {{965, 13}, TagType::int16u, 2, 0, 0, 0},  // PanoramaAngle
-    {{978, 17}, TagType::int16u, 2, 0, 186, 4},  // PanoramaDirection
-    {{995, 14}, TagType::int32u, 2, 0, 190, 13},  // AdvancedFilter
-    {{1009, 9}, TagType::int16u, 2, 0, 203, 3},  // ColorMode
-    {{1018, 11}, TagType::int16u, 2, 0, 12, 2},  // BlurWarning
-    {{1029, 12}, TagType::int16u, 2, 0, 12, 2},  // FocusWarning
-    {{1041, 15}, TagType::int16u, 2, 0, 12, 2},  // ExposureWarning
-    {{1056, 11}, TagType::string, 2, 0, 0, 0},  // GEImageSize
-    {{1067, 12}, TagType::int16u, 2, 0, 206, 2},  // DynamicRange
-    {{1079, 8}, TagType::int16u, 2, 0, 208, 16},  // FilmMode
-    {{1087, 19}, TagType::int16u, 2, 0, 224, 6},  // DynamicRangeSetting
-    {{1106, 23}, TagType::int16u, 2, 0, 0, 0},  // DevelopmentDynamicRange
-    {{1129, 14}, TagType::rational64s, 2, 0, 0, 0},  // MinFocalLength
-    {{1143, 14}, TagType::rational64s, 2, 0, 0, 0},  // MaxFocalLength
-    {{1157, 21}, TagType::rational64s, 2, 0, 0, 0},  // MaxApertureAtMinFocal
-    {{1178, 21}, TagType::rational64s, 2, 0, 0, 0},  // MaxApertureAtMaxFocal
-    {{1199, 16}, TagType::int16u, 2, 0, 0, 0},  // AutoDynamicRange
-    {{1215, 18}, TagType::int16u, 2, 3, 230, 9},  // ImageStabilization
-    {{1233, 16}, TagType::int16u, 2, 0, 239, 7},  // SceneRecognition
-    {{1249, 6}, TagType::int32u, 2, 0, 0, 0},  // Rating
-    {{1255, 15}, TagType::int16u, 2, 0, 12, 2},  // ImageGeneration
-    {{1270, 10}, TagType::int16u, 2, 0, 0, 0},  // ImageCount
-    {{1280, 14}, TagType::int16u, 2, 0, 12, 2},  // DRangePriority
-    {{1294, 18}, TagType::int16u, 2, 0, 246, 3},  // DRangePriorityAuto
-    {{1312, 19}, TagType::int16u, 2, 0, 249, 2},  // DRangePriorityFixed
-    {{1331, 16}, TagType::int32u, 2, 0, 0, 0},  // FlickerReduction
-    {{1347, 9}, TagType::string, 2, 0, 0, 0},  // FujiModel
-    {{1356, 10}, TagType::string, 2, 0, 0, 0},  // FujiModel2
-    {{1366, 9}, TagType::rational64s, 2, 0, 0, 0},  // RollAngle
-    {{1375, 18}, TagType::int32u, 2, 0, 251, 4},  // VideoRecordingMode
-    {{1393, 18}, TagType::int16u, 2, 0, 12, 2},  // PeripheralLighting
-    {{1411, 16}, TagType::int16u, 2, 0, 249, 2},  // VideoCompression
-    {{1427, 9}, TagType::int16u, 2, 0, 0, 0},  // FrameRate
-    {{1436, 10}, TagType::int16u, 2, 0, 0, 0},  // FrameWidth
-    {{1446, 11}, TagType::int16u, 2, 0, 0, 0},  // FrameHeight
-    {{1457, 18}, TagType::int32u, 2, 0, 249, 2},  // FullHDHighSpeedRec
-    {{1475, 19}, TagType::int16u, 2, 4, 0, 0},  // FaceElementSelected
-    {{1494, 13}, TagType::int16u, 2, 0, 0, 0},  // FacesDetected
-    {{1507, 13}, TagType::int16u, 2, -1, 0, 0},  // FacePositions
-    {{1520, 15}, TagType::int16u, 2, 0, 0, 0},  // NumFaceElements
-    {{1535, 16}, TagType::int8u, 2, -1, 255, 23},  // FaceElementTypes
-    {{1551, 20}, TagType::int16u, 2, -1, 0, 0},  // FaceElementPositions
-    {{1571, 10}, TagType::string, 2, 0, 0, 0},  // FileSource
-    {{1581, 11}, TagType::int32u, 2, 0, 0, 0},  // OrderNumber
-    {{1592, 11}, TagType::int16u, 2, 0, 0, 0},  // FrameNumber
-    {{1603, 8}, TagType::rational64s, 2, 0, 0, 0},  // Parallax
-    {{1611, 12}, TagType::int16u, 2, 0, 249, 2},  // AF-SPriority
-    {{1623, 12}, TagType::int16u, 2, 0, 249, 2},  // AF-CPriority
-    {{1635, 13}, TagType::int32u, 0, 0, 0, 0},  // RawImageWidth
-    {{1648, 14}, TagType::int32u, 0, 0, 0, 0},  // RawImageHeight
+    {{0, 11}, TagType::int32u, writable, 0, 0, 5},  // AF-CSetting
+    {{11, 23}, TagType::int32u, writable, 0, 0, 0},  // AF-CTrackingSensitivity
+    {{34, 28}, TagType::int32u, writable, 0, 0, 0},  // AF-CSpeedTrackingSensitivity
+    {{62, 21}, TagType::int32u, writable, 0, 5, 3},  // AF-CZoneAreaSwitching
+    {{83, 9}, TagType::int32u, writable, 0, 5, 3},  // DriveMode
+    {{92, 10}, TagType::int32u, writable, 0, 8, 1},  // DriveSpeed
+    {{102, 15}, TagType::string, none, 34, 0, 0},  // MovieStreamName
+    {{117, 13}, TagType::string, none, 0, 0, 0},  // Face1Birthday
+    {{130, 13}, TagType::int8u, none, 0, 9, 3},  // Face1Category
+    {{143, 9}, TagType::string, none, 0, 0, 0},  // Face1Name
+    {{152, 13}, TagType::string, none, 0, 0, 0},  // Face2Birthday
+    {{165, 13}, TagType::int8u, none, 0, 9, 3},  // Face2Category
+    {{178, 9}, TagType::string, none, 0, 0, 0},  // Face2Name
+    {{187, 13}, TagType::string, none, 0, 0, 0},  // Face3Birthday
+    {{200, 13}, TagType::int8u, none, 0, 9, 3},  // Face3Category
+    {{213, 9}, TagType::string, none, 0, 0, 0},  // Face3Name
+    {{222, 13}, TagType::string, none, 0, 0, 0},  // Face4Birthday
+    {{235, 13}, TagType::int8u, none, 0, 9, 3},  // Face4Category
+    {{248, 9}, TagType::string, none, 0, 0, 0},  // Face4Name
+    {{257, 13}, TagType::string, none, 0, 0, 0},  // Face5Birthday
+    {{270, 13}, TagType::int8u, none, 0, 9, 3},  // Face5Category
+    {{283, 9}, TagType::string, none, 0, 0, 0},  // Face5Name
+    {{292, 13}, TagType::string, none, 0, 0, 0},  // Face6Birthday
+    {{305, 13}, TagType::int8u, none, 0, 9, 3},  // Face6Category
+    {{318, 9}, TagType::string, none, 0, 0, 0},  // Face6Name
+    {{327, 13}, TagType::string, none, 0, 0, 0},  // Face7Birthday
+    {{340, 13}, TagType::int8u, none, 0, 9, 3},  // Face7Category
+    {{353, 9}, TagType::string, none, 0, 0, 0},  // Face7Name
+    {{362, 13}, TagType::string, none, 0, 0, 0},  // Face8Birthday
+    {{375, 13}, TagType::int8u, none, 0, 9, 3},  // Face8Category
+    {{388, 9}, TagType::string, none, 0, 0, 0},  // Face8Name
+    {{397, 10}, TagType::int32u, writable, 0, 5, 3},  // FocusMode2
+    {{407, 5}, TagType::int32u, writable, 0, 12, 2},  // PreAF
+    {{412, 10}, TagType::int32u, writable, 0, 5, 3},  // AFAreaMode
+    {{422, 15}, TagType::int32u, writable, 0, 8, 1},  // AFAreaPointSize
+    {{437, 14}, TagType::int32u, writable, 0, 8, 1},  // AFAreaZoneSize
+    {{451, 4}, TagType::string, none, 24, 0, 0},  // Make
+    {{455, 5}, TagType::string, none, 16, 0, 0},  // Model
+    {{460, 12}, TagType::int32u, none, 0, 0, 0},  // ExposureTime
+    {{472, 7}, TagType::rational64u, none, 0, 0, 0},  // FNumber
+    {{479, 20}, TagType::rational64s, none, 0, 0, 0},  // ExposureCompensation
+    {{499, 7}, TagType::string, writable, 0, 0, 0},  // Version
+    {{506, 20}, TagType::string, writable, 0, 0, 0},  // InternalSerialNumber
+    {{526, 7}, TagType::string, writable, 0, 0, 0},  // Quality
+    {{533, 9}, TagType::int16u, writable, 0, 14, 11},  // Sharpness
+    {{542, 12}, TagType::int16u, writable, 0, 25, 19},  // WhiteBalance
+    {{554, 10}, TagType::int16u, writable, 0, 44, 20},  // Saturation
+    {{564, 8}, TagType::int16u, writable, 0, 64, 7},  // Contrast
+    {{572, 16}, TagType::int16u, writable, 0, 0, 0},  // ColorTemperature
+    {{588, 20}, TagType::int32s, writable, 2, 0, 0},  // WhiteBalanceFineTune
+    {{608, 14}, TagType::int16u, writable, 0, 71, 11},  // NoiseReduction
+    {{622, 7}, TagType::int32s, writable, 0, 82, 11},  // Clarity
+    {{629, 13}, TagType::int16u, writable, 0, 93, 25},  // FujiFlashMode
+    {{642, 17}, TagType::rational64s, writable, 0, 0, 0},  // FlashExposureComp
+    {{659, 5}, TagType::int16u, writable, 0, 12, 2},  // Macro
+    {{664, 9}, TagType::int16u, writable, 0, 118, 3},  // FocusMode
+    {{673, 6}, TagType::int16u, writable, 0, 121, 4},  // AFMode
+    {{679, 10}, TagType::int16u, writable, 2, 0, 0},  // FocusPixel
+    {{689, 8}, TagType::int16u, writable, 0, 12, 2},  // SlowSync
+    {{697, 11}, TagType::int16u, writable, 0, 125, 33},  // PictureMode
+    {{708, 13}, TagType::int16u, writable, 0, 0, 0},  // ExposureCount
+    {{721, 7}, TagType::int16u, writable, 0, 12, 2},  // EXRAuto
+    {{728, 7}, TagType::int16u, writable, 0, 158, 3},  // EXRMode
+    {{735, 10}, TagType::int32s, writable, 0, 161, 7},  // ShadowTone
+    {{745, 13}, TagType::int32s, writable, 0, 161, 7},  // HighlightTone
+    {{758, 11}, TagType::int32u, writable, 0, 0, 0},  // DigitalZoom
+    {{769, 23}, TagType::int32u, writable, 0, 12, 2},  // LensModulationOptimizer
+    {{792, 20}, TagType::int32s, writable, 0, 168, 3},  // GrainEffectRoughness
+    {{812, 17}, TagType::int32s, writable, 0, 168, 3},  // ColorChromeEffect
+    {{829, 12}, TagType::int8s, writable, 0, 0, 0},  // BWAdjustment
+    {{841, 14}, TagType::int8s, writable, 0, 0, 0},  // BWMagentaGreen
+    {{855, 15}, TagType::int16u, writable, 0, 171, 3},  // GrainEffectSize
+    {{870, 8}, TagType::int16u, writable, 0, 174, 4},  // CropMode
+    {{878, 17}, TagType::int32s, writable, 0, 168, 3},  // ColorChromeFXBlue
+    {{895, 11}, TagType::int16u, writable, 0, 178, 4},  // ShutterType
+    {{906, 14}, TagType::int16u, writable, 0, 182, 4},  // AutoBracketing
+    {{920, 14}, TagType::int16u, writable, 0, 0, 0},  // SequenceNumber
+    {{934, 15}, TagType::int16u, writable, 0, 0, 0},  // PixelShiftShots
+    {{949, 16}, TagType::rational64s, writable, 2, 0, 0},  // PixelShiftOffset
+    {{965, 13}, TagType::int16u, writable, 0, 0, 0},  // PanoramaAngle
+    {{978, 17}, TagType::int16u, writable, 0, 186, 4},  // PanoramaDirection
+    {{995, 14}, TagType::int32u, writable, 0, 190, 13},  // AdvancedFilter
+    {{1009, 9}, TagType::int16u, writable, 0, 203, 3},  // ColorMode
+    {{1018, 11}, TagType::int16u, writable, 0, 12, 2},  // BlurWarning
+    {{1029, 12}, TagType::int16u, writable, 0, 12, 2},  // FocusWarning
+    {{1041, 15}, TagType::int16u, writable, 0, 12, 2},  // ExposureWarning
+    {{1056, 11}, TagType::string, writable, 0, 0, 0},  // GEImageSize
+    {{1067, 12}, TagType::int16u, writable, 0, 206, 2},  // DynamicRange
+    {{1079, 8}, TagType::int16u, writable, 0, 208, 16},  // FilmMode
+    {{1087, 19}, TagType::int16u, writable, 0, 224, 6},  // DynamicRangeSetting
+    {{1106, 23}, TagType::int16u, writable, 0, 0, 0},  // DevelopmentDynamicRange
+    {{1129, 14}, TagType::rational64s, writable, 0, 0, 0},  // MinFocalLength
+    {{1143, 14}, TagType::rational64s, writable, 0, 0, 0},  // MaxFocalLength
+    {{1157, 21}, TagType::rational64s, writable, 0, 0, 0},  // MaxApertureAtMinFocal
+    {{1178, 21}, TagType::rational64s, writable, 0, 0, 0},  // MaxApertureAtMaxFocal
+    {{1199, 16}, TagType::int16u, writable, 0, 0, 0},  // AutoDynamicRange
+    {{1215, 18}, TagType::int16u, writable, 3, 230, 9},  // ImageStabilization
+    {{1233, 16}, TagType::int16u, writable, 0, 239, 7},  // SceneRecognition
+    {{1249, 6}, TagType::int32u, writable, 0, 0, 0},  // Rating
+    {{1255, 15}, TagType::int16u, writable, 0, 12, 2},  // ImageGeneration
+    {{1270, 10}, TagType::int16u, writable, 0, 0, 0},  // ImageCount
+    {{1280, 14}, TagType::int16u, writable, 0, 12, 2},  // DRangePriority
+    {{1294, 18}, TagType::int16u, writable, 0, 246, 3},  // DRangePriorityAuto
+    {{1312, 19}, TagType::int16u, writable, 0, 249, 2},  // DRangePriorityFixed
+    {{1331, 16}, TagType::int32u, writable, 0, 0, 0},  // FlickerReduction
+    {{1347, 9}, TagType::string, writable, 0, 0, 0},  // FujiModel
+    {{1356, 10}, TagType::string, writable, 0, 0, 0},  // FujiModel2
+    {{1366, 9}, TagType::rational64s, writable, 0, 0, 0},  // RollAngle
+    {{1375, 18}, TagType::int32u, writable, 0, 251, 4},  // VideoRecordingMode
+    {{1393, 18}, TagType::int16u, writable, 0, 12, 2},  // PeripheralLighting
+    {{1411, 16}, TagType::int16u, writable, 0, 249, 2},  // VideoCompression
+    {{1427, 9}, TagType::int16u, writable, 0, 0, 0},  // FrameRate
+    {{1436, 10}, TagType::int16u, writable, 0, 0, 0},  // FrameWidth
+    {{1446, 11}, TagType::int16u, writable, 0, 0, 0},  // FrameHeight
+    {{1457, 18}, TagType::int32u, writable, 0, 249, 2},  // FullHDHighSpeedRec
+    {{1475, 19}, TagType::int16u, writable, 4, 0, 0},  // FaceElementSelected
+    {{1494, 13}, TagType::int16u, writable, 0, 0, 0},  // FacesDetected
+    {{1507, 13}, TagType::int16u, writable, -1, 0, 0},  // FacePositions
+    {{1520, 15}, TagType::int16u, writable, 0, 0, 0},  // NumFaceElements
+    {{1535, 16}, TagType::int8u, writable, -1, 255, 23},  // FaceElementTypes
+    {{1551, 20}, TagType::int16u, writable, -1, 0, 0},  // FaceElementPositions
+    {{1571, 10}, TagType::string, writable, 0, 0, 0},  // FileSource
+    {{1581, 11}, TagType::int32u, writable, 0, 0, 0},  // OrderNumber
+    {{1592, 11}, TagType::int16u, writable, 0, 0, 0},  // FrameNumber
+    {{1603, 8}, TagType::rational64s, writable, 0, 0, 0},  // Parallax
+    {{1611, 12}, TagType::int16u, writable, 0, 249, 2},  // AF-SPriority
+    {{1623, 12}, TagType::int16u, writable, 0, 249, 2},  // AF-CPriority
+    {{1635, 13}, TagType::int32u, none, 0, 0, 0},  // RawImageWidth
+    {{1648, 14}, TagType::int32u, none, 0, 0, 0},  // RawImageHeight
 };
 constexpr detail::TextRef kChoicesFujiFilm[] = {
     {1662, 2}, {1664, 3}, {1667, 3}, {1670, 3}, {1673, 3}, {1676, 1}, {1677, 1}, {1678, 1},
@@ -5040,15 +5042,14 @@ constexpr std::uint16_t kKeyOrderFujiFilm[] = {
     107, 46, 97, 76, 63, 44, 74, 58, 41, 110, 108, 45, 49,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsFujiFilm[129];
-constinit detail::StreamTags gTagsFujiFilm("FujiFilm", kText, kTagsFujiFilm, kKeyOrderFujiFilm, kChoicesFujiFilm, gItemsFujiFilm, &TagStringsCatalogue::stringsFujiFilm);
 
 // GE: 3 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsGE[] = {
-    {{659, 5}, TagType::int16u, 2, 0, 0, 2},  // Macro
-    {{28999, 7}, TagType::string, 2, 0, 0, 0},  // GEModel
-    {{29006, 6}, TagType::string, 2, 0, 0, 0},  // GEMake
+    {{659, 5}, TagType::int16u, writable, 0, 0, 2},  // Macro
+    {{28999, 7}, TagType::string, writable, 0, 0, 0},  // GEModel
+    {{29006, 6}, TagType::string, writable, 0, 0, 0},  // GEMake
 };
 constexpr detail::TextRef kChoicesGE[] = {
     {1676, 1}, {1677, 1},
@@ -5088,35 +5089,34 @@ constexpr std::uint16_t kKeyOrderGE[] = {
     2, 1, 0,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsGE[3];
-constinit detail::StreamTags gTagsGE("GE", kText, kTagsGE, kKeyOrderGE, kChoicesGE, gItemsGE, &TagStringsCatalogue::stringsGE);
 
 // GIF: 23 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsGIF[] = {
-    {{29083, 19}, TagType::int16u, 0, 0, 0, 0},  // AnimationIterations
-    {{29102, 11}, TagType::string, 2, 0, 0, 0},  // ICC_Profile
-    {{29113, 8}, TagType::string, 8, 0, 0, 0},  // MIDISong
-    {{29121, 3}, TagType::string, 2, 0, 0, 0},  // XMP
-    {{29124, 18}, TagType::int8u, 0, 0, 0, 0},  // MIDIControlVersion
-    {{920, 14}, TagType::int8u, 0, 0, 0, 0},  // SequenceNumber
-    {{29142, 16}, TagType::int8u, 0, 0, 0, 0},  // MelodicPolyphony
-    {{29158, 19}, TagType::int8u, 0, 0, 0, 0},  // PercussivePolyphony
-    {{29177, 12}, TagType::int16u, 0, 0, 0, 0},  // ChannelUsage
-    {{29189, 9}, TagType::int16u, 0, 0, 0, 0},  // DelayTime
-    {{29198, 7}, TagType::string, 2, 0, 0, 0},  // Comment
-    {{29205, 8}, TagType::string, 0, 0, 0, 0},  // Duration
-    {{29213, 10}, TagType::string, 0, 0, 0, 0},  // FrameCount
-    {{29223, 10}, TagType::string, 0, 0, 0, 0},  // GIFVersion
-    {{14517, 4}, TagType::string, 0, 0, 0, 0},  // Text
-    {{29233, 16}, TagType::string, 0, 0, 0, 0},  // TransparentColor
-    {{29249, 10}, TagType::int16u, 0, 0, 0, 0},  // ImageWidth
-    {{29259, 11}, TagType::int16u, 0, 0, 0, 0},  // ImageHeight
-    {{29270, 11}, TagType::int8u, 0, 0, 0, 2},  // HasColorMap
-    {{29281, 20}, TagType::int8u, 0, 0, 0, 0},  // ColorResolutionDepth
-    {{29301, 12}, TagType::int8u, 0, 0, 0, 0},  // BitsPerPixel
-    {{29313, 15}, TagType::int8u, 0, 0, 0, 0},  // BackgroundColor
-    {{29328, 16}, TagType::int8u, 0, 0, 0, 0},  // PixelAspectRatio
+    {{29083, 19}, TagType::int16u, none, 0, 0, 0},  // AnimationIterations
+    {{29102, 11}, TagType::string, writable, 0, 0, 0},  // ICC_Profile
+    {{29113, 8}, TagType::string, binary, 0, 0, 0},  // MIDISong
+    {{29121, 3}, TagType::string, writable, 0, 0, 0},  // XMP
+    {{29124, 18}, TagType::int8u, none, 0, 0, 0},  // MIDIControlVersion
+    {{920, 14}, TagType::int8u, none, 0, 0, 0},  // SequenceNumber
+    {{29142, 16}, TagType::int8u, none, 0, 0, 0},  // MelodicPolyphony
+    {{29158, 19}, TagType::int8u, none, 0, 0, 0},  // PercussivePolyphony
+    {{29177, 12}, TagType::int16u, none, 0, 0, 0},  // ChannelUsage
+    {{29189, 9}, TagType::int16u, none, 0, 0, 0},  // DelayTime
+    {{29198, 7}, TagType::string, writable, 0, 0, 0},  // Comment
+    {{29205, 8}, TagType::string, none, 0, 0, 0},  // Duration
+    {{29213, 10}, TagType::string, none, 0, 0, 0},  // FrameCount
+    {{29223, 10}, TagType::string, none, 0, 0, 0},  // GIFVersion
+    {{14517, 4}, TagType::string, none, 0, 0, 0},  // Text
+    {{29233, 16}, TagType::string, none, 0, 0, 0},  // TransparentColor
+    {{29249, 10}, TagType::int16u, none, 0, 0, 0},  // ImageWidth
+    {{29259, 11}, TagType::int16u, none, 0, 0, 0},  // ImageHeight
+    {{29270, 11}, TagType::int8u, none, 0, 0, 2},  // HasColorMap
+    {{29281, 20}, TagType::int8u, none, 0, 0, 0},  // ColorResolutionDepth
+    {{29301, 12}, TagType::int8u, none, 0, 0, 0},  // BitsPerPixel
+    {{29313, 15}, TagType::int8u, none, 0, 0, 0},  // BackgroundColor
+    {{29328, 16}, TagType::int8u, none, 0, 0, 0},  // PixelAspectRatio
 };
 constexpr detail::TextRef kChoicesGIF[] = {
     {1676, 1}, {1677, 1},
@@ -5210,23 +5210,22 @@ constexpr std::uint16_t kKeyOrderGIF[] = {
     0, 21, 20, 8, 19, 10, 9, 11, 12, 13, 18, 1, 17, 16, 4, 2, 6, 7, 22, 5, 14, 15, 3,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsGIF[23];
-constinit detail::StreamTags gTagsGIF("GIF", kText, kTagsGIF, kKeyOrderGIF, kChoicesGIF, gItemsGIF, &TagStringsCatalogue::stringsGIF);
 
 // GIMP: 11 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsGIMP[] = {
-    {{30515, 10}, TagType::string, 0, 5, 0, 3},  // XCFVersion
-    {{29249, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
-    {{29259, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
-    {{1009, 9}, TagType::int32u, 0, 0, 3, 3},  // ColorMode
-    {{30525, 11}, TagType::int8u, 0, 0, 6, 4},  // Compression
-    {{30536, 6}, TagType::int32u, 0, 0, 0, 0},  // Tattoo
-    {{30542, 5}, TagType::int32u, 0, 0, 10, 4},  // Units
-    {{29198, 7}, TagType::string, 0, 0, 0, 0},  // Comment
-    {{30547, 14}, TagType::string, 0, 0, 0, 0},  // ICCProfileName
-    {{30561, 11}, TagType::float_, 0, 0, 0, 0},  // XResolution
-    {{30572, 11}, TagType::float_, 0, 0, 0, 0},  // YResolution
+    {{30515, 10}, TagType::string, none, 5, 0, 3},  // XCFVersion
+    {{29249, 10}, TagType::int32u, none, 0, 0, 0},  // ImageWidth
+    {{29259, 11}, TagType::int32u, none, 0, 0, 0},  // ImageHeight
+    {{1009, 9}, TagType::int32u, none, 0, 3, 3},  // ColorMode
+    {{30525, 11}, TagType::int8u, none, 0, 6, 4},  // Compression
+    {{30536, 6}, TagType::int32u, none, 0, 0, 0},  // Tattoo
+    {{30542, 5}, TagType::int32u, none, 0, 10, 4},  // Units
+    {{29198, 7}, TagType::string, none, 0, 0, 0},  // Comment
+    {{30547, 14}, TagType::string, none, 0, 0, 0},  // ICCProfileName
+    {{30561, 11}, TagType::float_, none, 0, 0, 0},  // XResolution
+    {{30572, 11}, TagType::float_, none, 0, 0, 0},  // YResolution
 };
 constexpr detail::TextRef kChoicesGIMP[] = {
     {30583, 4}, {30587, 4}, {30591, 4}, {1676, 1}, {1677, 1}, {1678, 1}, {1676, 1}, {1677, 1},
@@ -5334,76 +5333,75 @@ constexpr std::uint16_t kKeyOrderGIMP[] = {
     3, 7, 4, 8, 2, 1, 5, 6, 0, 9, 10,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsGIMP[11];
-constinit detail::StreamTags gTagsGIMP("GIMP", kText, kTagsGIMP, kKeyOrderGIMP, kChoicesGIMP, gItemsGIMP, &TagStringsCatalogue::stringsGIMP);
 
 // GeoTiff: 64 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsGeoTiff[] = {
-    {{31652, 14}, TagType::string, 0, 0, 0, 0},  // GeoTiffVersion
-    {{31666, 11}, TagType::string, 0, 0, 0, 4},  // GTModelType
-    {{31677, 12}, TagType::string, 0, 0, 4, 3},  // GTRasterType
-    {{31689, 10}, TagType::string, 0, 0, 0, 0},  // GTCitation
-    {{31699, 14}, TagType::string, 0, 0, 7, 176},  // GeographicType
-    {{31713, 12}, TagType::string, 0, 0, 0, 0},  // GeogCitation
-    {{31725, 17}, TagType::string, 0, 0, 183, 157},  // GeogGeodeticDatum
-    {{31742, 17}, TagType::string, 0, 0, 340, 12},  // GeogPrimeMeridian
-    {{31759, 15}, TagType::string, 0, 0, 352, 24},  // GeogLinearUnits
-    {{31774, 18}, TagType::string, 0, 0, 0, 0},  // GeogLinearUnitSize
-    {{31792, 16}, TagType::string, 0, 0, 352, 24},  // GeogAngularUnits
-    {{31808, 19}, TagType::string, 0, 0, 0, 0},  // GeogAngularUnitSize
-    {{31827, 13}, TagType::string, 0, 0, 376, 36},  // GeogEllipsoid
-    {{31840, 17}, TagType::string, 0, 0, 0, 0},  // GeogSemiMajorAxis
-    {{31857, 17}, TagType::string, 0, 0, 0, 0},  // GeogSemiMinorAxis
-    {{31874, 17}, TagType::string, 0, 0, 0, 0},  // GeogInvFlattening
-    {{31891, 16}, TagType::string, 0, 0, 352, 24},  // GeogAzimuthUnits
-    {{31907, 21}, TagType::string, 0, 0, 0, 0},  // GeogPrimeMeridianLong
-    {{31928, 11}, TagType::string, 0, 0, 0, 0},  // GeogToWGS84
-    {{31939, 15}, TagType::string, 0, 0, 412, 995},  // ProjectedCSType
-    {{31954, 11}, TagType::string, 0, 0, 0, 0},  // PCSCitation
-    {{31965, 10}, TagType::string, 0, 0, 1407, 428},  // Projection
-    {{31975, 14}, TagType::string, 0, 0, 1835, 29},  // ProjCoordTrans
-    {{31989, 15}, TagType::string, 0, 0, 352, 24},  // ProjLinearUnits
-    {{32004, 18}, TagType::string, 0, 0, 0, 0},  // ProjLinearUnitSize
-    {{32022, 16}, TagType::string, 0, 0, 0, 0},  // ProjStdParallel1
-    {{32038, 16}, TagType::string, 0, 0, 0, 0},  // ProjStdParallel2
-    {{32054, 17}, TagType::string, 0, 0, 0, 0},  // ProjNatOriginLong
-    {{32071, 16}, TagType::string, 0, 0, 0, 0},  // ProjNatOriginLat
-    {{32087, 16}, TagType::string, 0, 0, 0, 0},  // ProjFalseEasting
-    {{32103, 17}, TagType::string, 0, 0, 0, 0},  // ProjFalseNorthing
-    {{32120, 19}, TagType::string, 0, 0, 0, 0},  // ProjFalseOriginLong
-    {{32139, 18}, TagType::string, 0, 0, 0, 0},  // ProjFalseOriginLat
-    {{32157, 22}, TagType::string, 0, 0, 0, 0},  // ProjFalseOriginEasting
-    {{32179, 23}, TagType::string, 0, 0, 0, 0},  // ProjFalseOriginNorthing
-    {{32202, 14}, TagType::string, 0, 0, 0, 0},  // ProjCenterLong
-    {{32216, 13}, TagType::string, 0, 0, 0, 0},  // ProjCenterLat
-    {{32229, 17}, TagType::string, 0, 0, 0, 0},  // ProjCenterEasting
-    {{32246, 18}, TagType::string, 0, 0, 0, 0},  // ProjCenterNorthing
-    {{32264, 20}, TagType::string, 0, 0, 0, 0},  // ProjScaleAtNatOrigin
-    {{32284, 17}, TagType::string, 0, 0, 0, 0},  // ProjScaleAtCenter
-    {{32301, 16}, TagType::string, 0, 0, 0, 0},  // ProjAzimuthAngle
-    {{32317, 24}, TagType::string, 0, 0, 0, 0},  // ProjStraightVertPoleLong
-    {{32341, 22}, TagType::string, 0, 0, 0, 0},  // ProjRectifiedGridAngle
-    {{32363, 14}, TagType::string, 0, 0, 1864, 40},  // VerticalCSType
-    {{32377, 16}, TagType::string, 0, 0, 0, 0},  // VerticalCitation
-    {{32393, 13}, TagType::string, 0, 0, 1864, 40},  // VerticalDatum
-    {{32406, 13}, TagType::string, 0, 0, 352, 24},  // VerticalUnits
-    {{32419, 11}, TagType::string, 0, 0, 1904, 11},  // ChartFormat
-    {{32430, 11}, TagType::string, 0, 0, 0, 0},  // ChartSource
-    {{32441, 18}, TagType::string, 0, 0, 0, 0},  // ChartSourceEdition
-    {{32459, 15}, TagType::string, 0, 0, 0, 0},  // ChartSourceDate
-    {{32474, 13}, TagType::string, 0, 0, 0, 0},  // ChartCorrDate
-    {{32487, 18}, TagType::string, 0, 0, 0, 0},  // ChartCountryOrigin
-    {{32505, 18}, TagType::string, 0, 0, 0, 0},  // ChartRasterEdition
-    {{32523, 18}, TagType::string, 0, 0, 1915, 14},  // ChartSoundingDatum
-    {{32541, 15}, TagType::string, 0, 0, 352, 24},  // ChartDepthUnits
-    {{32556, 11}, TagType::string, 0, 0, 0, 0},  // ChartMagVar
-    {{32567, 15}, TagType::string, 0, 0, 0, 0},  // ChartMagVarYear
-    {{32582, 20}, TagType::string, 0, 0, 0, 0},  // ChartMagVarAnnChange
-    {{32602, 15}, TagType::string, 0, 0, 0, 0},  // ChartWGSNSShift
-    {{32617, 13}, TagType::string, 0, 0, 0, 0},  // InsetNWPixelX
-    {{32630, 13}, TagType::string, 0, 0, 0, 0},  // InsetNWPixelY
-    {{32643, 20}, TagType::string, 0, 0, 0, 0},  // ChartContourInterval
+    {{31652, 14}, TagType::string, none, 0, 0, 0},  // GeoTiffVersion
+    {{31666, 11}, TagType::string, none, 0, 0, 4},  // GTModelType
+    {{31677, 12}, TagType::string, none, 0, 4, 3},  // GTRasterType
+    {{31689, 10}, TagType::string, none, 0, 0, 0},  // GTCitation
+    {{31699, 14}, TagType::string, none, 0, 7, 176},  // GeographicType
+    {{31713, 12}, TagType::string, none, 0, 0, 0},  // GeogCitation
+    {{31725, 17}, TagType::string, none, 0, 183, 157},  // GeogGeodeticDatum
+    {{31742, 17}, TagType::string, none, 0, 340, 12},  // GeogPrimeMeridian
+    {{31759, 15}, TagType::string, none, 0, 352, 24},  // GeogLinearUnits
+    {{31774, 18}, TagType::string, none, 0, 0, 0},  // GeogLinearUnitSize
+    {{31792, 16}, TagType::string, none, 0, 352, 24},  // GeogAngularUnits
+    {{31808, 19}, TagType::string, none, 0, 0, 0},  // GeogAngularUnitSize
+    {{31827, 13}, TagType::string, none, 0, 376, 36},  // GeogEllipsoid
+    {{31840, 17}, TagType::string, none, 0, 0, 0},  // GeogSemiMajorAxis
+    {{31857, 17}, TagType::string, none, 0, 0, 0},  // GeogSemiMinorAxis
+    {{31874, 17}, TagType::string, none, 0, 0, 0},  // GeogInvFlattening
+    {{31891, 16}, TagType::string, none, 0, 352, 24},  // GeogAzimuthUnits
+    {{31907, 21}, TagType::string, none, 0, 0, 0},  // GeogPrimeMeridianLong
+    {{31928, 11}, TagType::string, none, 0, 0, 0},  // GeogToWGS84
+    {{31939, 15}, TagType::string, none, 0, 412, 995},  // ProjectedCSType
+    {{31954, 11}, TagType::string, none, 0, 0, 0},  // PCSCitation
+    {{31965, 10}, TagType::string, none, 0, 1407, 428},  // Projection
+    {{31975, 14}, TagType::string, none, 0, 1835, 29},  // ProjCoordTrans
+    {{31989, 15}, TagType::string, none, 0, 352, 24},  // ProjLinearUnits
+    {{32004, 18}, TagType::string, none, 0, 0, 0},  // ProjLinearUnitSize
+    {{32022, 16}, TagType::string, none, 0, 0, 0},  // ProjStdParallel1
+    {{32038, 16}, TagType::string, none, 0, 0, 0},  // ProjStdParallel2
+    {{32054, 17}, TagType::string, none, 0, 0, 0},  // ProjNatOriginLong
+    {{32071, 16}, TagType::string, none, 0, 0, 0},  // ProjNatOriginLat
+    {{32087, 16}, TagType::string, none, 0, 0, 0},  // ProjFalseEasting
+    {{32103, 17}, TagType::string, none, 0, 0, 0},  // ProjFalseNorthing
+    {{32120, 19}, TagType::string, none, 0, 0, 0},  // ProjFalseOriginLong
+    {{32139, 18}, TagType::string, none, 0, 0, 0},  // ProjFalseOriginLat
+    {{32157, 22}, TagType::string, none, 0, 0, 0},  // ProjFalseOriginEasting
+    {{32179, 23}, TagType::string, none, 0, 0, 0},  // ProjFalseOriginNorthing
+    {{32202, 14}, TagType::string, none, 0, 0, 0},  // ProjCenterLong
+    {{32216, 13}, TagType::string, none, 0, 0, 0},  // ProjCenterLat
+    {{32229, 17}, TagType::string, none, 0, 0, 0},  // ProjCenterEasting
+    {{32246, 18}, TagType::string, none, 0, 0, 0},  // ProjCenterNorthing
+    {{32264, 20}, TagType::string, none, 0, 0, 0},  // ProjScaleAtNatOrigin
+    {{32284, 17}, TagType::string, none, 0, 0, 0},  // ProjScaleAtCenter
+    {{32301, 16}, TagType::string, none, 0, 0, 0},  // ProjAzimuthAngle
+    {{32317, 24}, TagType::string, none, 0, 0, 0},  // ProjStraightVertPoleLong
+    {{32341, 22}, TagType::string, none, 0, 0, 0},  // ProjRectifiedGridAngle
+    {{32363, 14}, TagType::string, none, 0, 1864, 40},  // VerticalCSType
+    {{32377, 16}, TagType::string, none, 0, 0, 0},  // VerticalCitation
+    {{32393, 13}, TagType::string, none, 0, 1864, 40},  // VerticalDatum
+    {{32406, 13}, TagType::string, none, 0, 352, 24},  // VerticalUnits
+    {{32419, 11}, TagType::string, none, 0, 1904, 11},  // ChartFormat
+    {{32430, 11}, TagType::string, none, 0, 0, 0},  // ChartSource
+    {{32441, 18}, TagType::string, none, 0, 0, 0},  // ChartSourceEdition
+    {{32459, 15}, TagType::string, none, 0, 0, 0},  // ChartSourceDate
+    {{32474, 13}, TagType::string, none, 0, 0, 0},  // ChartCorrDate
+    {{32487, 18}, TagType::string, none, 0, 0, 0},  // ChartCountryOrigin
+    {{32505, 18}, TagType::string, none, 0, 0, 0},  // ChartRasterEdition
+    {{32523, 18}, TagType::string, none, 0, 1915, 14},  // ChartSoundingDatum
+    {{32541, 15}, TagType::string, none, 0, 352, 24},  // ChartDepthUnits
+    {{32556, 11}, TagType::string, none, 0, 0, 0},  // ChartMagVar
+    {{32567, 15}, TagType::string, none, 0, 0, 0},  // ChartMagVarYear
+    {{32582, 20}, TagType::string, none, 0, 0, 0},  // ChartMagVarAnnChange
+    {{32602, 15}, TagType::string, none, 0, 0, 0},  // ChartWGSNSShift
+    {{32617, 13}, TagType::string, none, 0, 0, 0},  // InsetNWPixelX
+    {{32630, 13}, TagType::string, none, 0, 0, 0},  // InsetNWPixelY
+    {{32643, 20}, TagType::string, none, 0, 0, 0},  // ChartContourInterval
 };
 constexpr detail::TextRef kChoicesGeoTiff[] = {
     {1677, 1}, {1678, 1}, {1681, 1}, {32663, 5}, {1677, 1}, {1678, 1}, {32663, 5}, {32668, 4},
@@ -7876,113 +7874,112 @@ constexpr std::uint16_t kKeyOrderGeoTiff[] = {
     27, 43, 40, 39, 25, 26, 42, 19, 21, 44, 45, 46, 47,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsGeoTiff[64];
-constinit detail::StreamTags gTagsGeoTiff("GeoTiff", kText, kTagsGeoTiff, kKeyOrderGeoTiff, kChoicesGeoTiff, gItemsGeoTiff, &TagStringsCatalogue::stringsGeoTiff);
 
 // GoPro: 101 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsGoPro[] = {
-    {{133326, 11}, TagType::string, 0, 0, 0, 0},  // GPSDateTime
-    {{133337, 11}, TagType::string, 0, 0, 0, 0},  // GPSLatitude
-    {{133348, 12}, TagType::string, 0, 0, 0, 0},  // GPSLongitude
-    {{133360, 11}, TagType::string, 0, 0, 0, 0},  // GPSAltitude
-    {{133371, 13}, TagType::string, 0, 0, 0, 0},  // GLPI_Unknown4
-    {{133384, 9}, TagType::string, 0, 0, 0, 0},  // GPSSpeedX
-    {{133393, 9}, TagType::string, 0, 0, 0, 0},  // GPSSpeedY
-    {{133402, 9}, TagType::string, 0, 0, 0, 0},  // GPSSpeedZ
-    {{133411, 8}, TagType::string, 0, 0, 0, 0},  // GPSTrack
-    {{133419, 13}, TagType::string, 8, 0, 0, 0},  // Accelerometer
-    {{133432, 20}, TagType::string, 0, 0, 0, 0},  // AutoLowLightDuration
-    {{133452, 8}, TagType::string, 8, 0, 0, 0},  // Attitude
-    {{133460, 14}, TagType::string, 8, 0, 0, 0},  // AttitudeTarget
-    {{133474, 12}, TagType::string, 0, 0, 0, 0},  // AudioSetting
-    {{133486, 10}, TagType::string, 0, 0, 0, 0},  // Controller
-    {{133496, 18}, TagType::string, 0, 0, 0, 0},  // CameraSerialNumber
-    {{133514, 11}, TagType::string, 8, 0, 0, 0},  // CoyoteSense
-    {{133525, 12}, TagType::string, 8, 0, 0, 0},  // CoyoteStatus
-    {{133537, 8}, TagType::string, 0, 0, 0, 0},  // DeviceID
-    {{133545, 10}, TagType::string, 0, 0, 0, 0},  // DeviceName
-    {{758, 11}, TagType::string, 0, 0, 0, 2},  // DigitalZoom
-    {{133555, 28}, TagType::string, 0, 0, 0, 0},  // ElectronicImageStabilization
-    {{133583, 5}, TagType::string, 0, 0, 0, 0},  // Empty
-    {{133588, 12}, TagType::string, 0, 0, 0, 0},  // EscapeStatus
-    {{133600, 19}, TagType::string, 0, 0, 0, 0},  // MaximumShutterAngle
-    {{133619, 12}, TagType::string, 0, 0, 0, 0},  // FaceDetected
-    {{133631, 11}, TagType::string, 0, 0, 0, 0},  // FaceNumbers
-    {{133642, 15}, TagType::string, 0, 15, 0, 0},  // FirmwareVersion
-    {{133657, 13}, TagType::string, 0, 0, 0, 0},  // OtherFirmware
-    {{133670, 14}, TagType::string, 0, 0, 2, 2},  // GPSMeasureMode
-    {{133684, 20}, TagType::string, 0, 0, 0, 0},  // GPSHPositioningError
-    {{133704, 9}, TagType::string, 8, 0, 0, 0},  // Gyroscope
-    {{133713, 9}, TagType::string, 0, 0, 0, 0},  // ISOSpeeds
-    {{133722, 15}, TagType::string, 8, 0, 0, 0},  // ImageSensorGain
-    {{133737, 16}, TagType::string, 8, 0, 0, 0},  // LocalPositionNED
-    {{133753, 12}, TagType::string, 0, 0, 0, 0},  // Magnetometer
-    {{455, 5}, TagType::string, 0, 16, 0, 0},  // Model
-    {{133765, 19}, TagType::string, 0, 0, 0, 0},  // AccelerometerMatrix
-    {{133784, 13}, TagType::string, 0, 0, 0, 0},  // MediaUniqueID
-    {{133797, 12}, TagType::string, 0, 0, 4, 3},  // AutoRotation
-    {{133809, 16}, TagType::string, 0, 0, 0, 0},  // InputOrientation
-    {{133825, 17}, TagType::string, 0, 0, 0, 0},  // OutputOrientation
-    {{133842, 10}, TagType::string, 0, 0, 0, 0},  // HDRSetting
-    {{133852, 10}, TagType::string, 0, 0, 0, 0},  // AutoISOMin
-    {{133862, 10}, TagType::string, 0, 0, 0, 0},  // AutoISOMax
-    {{133872, 15}, TagType::string, 0, 0, 0, 0},  // PhotoResolution
-    {{133887, 7}, TagType::string, 0, 0, 0, 2},  // ProTune
-    {{1009, 9}, TagType::string, 0, 0, 0, 0},  // ColorMode
-    {{479, 20}, TagType::string, 0, 0, 0, 0},  // ExposureCompensation
-    {{533, 9}, TagType::string, 0, 0, 0, 0},  // Sharpness
-    {{542, 12}, TagType::string, 0, 0, 0, 0},  // WhiteBalance
-    {{133894, 4}, TagType::string, 0, 0, 0, 0},  // Rate
-    {{133898, 8}, TagType::string, 0, 0, 0, 0},  // Comments
-    {{133906, 11}, TagType::string, 0, 0, 0, 0},  // ScaleFactor
-    {{133917, 14}, TagType::string, 0, 0, 0, 0},  // ScaledPressure
-    {{133931, 13}, TagType::string, 0, 0, 0, 0},  // ExposureTimes
-    {{133944, 9}, TagType::string, 0, 0, 0, 0},  // ScaledIMU
-    {{133953, 7}, TagType::string, 0, 0, 0, 0},  // SIUnits
-    {{133960, 17}, TagType::string, 0, 0, 0, 0},  // SensorReadoutTime
-    {{133977, 9}, TagType::string, 0, 0, 0, 0},  // TimeStamp
-    {{133986, 10}, TagType::string, 0, 0, 0, 0},  // StreamName
-    {{133996, 10}, TagType::string, 0, 0, 0, 0},  // SystemTime
-    {{134006, 17}, TagType::string, 0, 0, 0, 0},  // CameraTemperature
-    {{134023, 12}, TagType::string, 0, 0, 0, 0},  // TotalSamples
-    {{134035, 13}, TagType::string, 0, 0, 0, 0},  // StructureType
-    {{134048, 15}, TagType::string, 0, 0, 0, 0},  // InputUniformity
-    {{30542, 5}, TagType::string, 0, 0, 0, 0},  // Units
-    {{134063, 15}, TagType::string, 0, 0, 0, 0},  // MetadataVersion
-    {{134078, 11}, TagType::string, 0, 0, 7, 3},  // FieldOfView
-    {{134089, 20}, TagType::string, 0, 0, 0, 0},  // VisualFlightRulesHUD
-    {{134109, 17}, TagType::string, 0, 0, 0, 0},  // ColorTemperatures
-    {{134126, 15}, TagType::string, 8, 0, 0, 0},  // WhiteBalanceRGB
-    {{134141, 14}, TagType::string, 0, 0, 0, 0},  // GPSDateTimeRaw
-    {{134155, 14}, TagType::string, 0, 0, 0, 0},  // GPSLatitudeRaw
-    {{134169, 15}, TagType::string, 0, 0, 0, 0},  // GPSLongitudeRaw
-    {{134184, 14}, TagType::string, 0, 0, 0, 0},  // GPSAltitudeRaw
-    {{134198, 13}, TagType::string, 0, 0, 0, 0},  // GPRI_Unknown4
-    {{134211, 13}, TagType::string, 0, 0, 0, 0},  // GPRI_Unknown5
-    {{134224, 11}, TagType::string, 0, 0, 0, 0},  // GPSSpeedRaw
-    {{134235, 11}, TagType::string, 0, 0, 0, 0},  // GPSTrackRaw
-    {{134246, 13}, TagType::string, 0, 0, 0, 0},  // GPRI_Unknown8
-    {{134259, 13}, TagType::string, 0, 0, 0, 0},  // GPRI_Unknown9
-    {{134272, 8}, TagType::string, 0, 0, 0, 0},  // GPSSpeed
-    {{134280, 10}, TagType::string, 0, 0, 0, 0},  // GPSSpeed3D
-    {{134290, 14}, TagType::string, 0, 0, 0, 0},  // BatteryCurrent
-    {{134304, 15}, TagType::string, 0, 0, 0, 0},  // BatteryCapacity
-    {{134319, 13}, TagType::string, 0, 0, 0, 0},  // KBAT_Unknown2
-    {{134332, 18}, TagType::string, 0, 0, 0, 0},  // BatteryTemperature
-    {{134350, 15}, TagType::string, 0, 0, 0, 0},  // BatteryVoltage1
-    {{134365, 15}, TagType::string, 0, 0, 0, 0},  // BatteryVoltage2
-    {{134380, 15}, TagType::string, 0, 0, 0, 0},  // BatteryVoltage3
-    {{134395, 15}, TagType::string, 0, 0, 0, 0},  // BatteryVoltage4
-    {{134410, 11}, TagType::string, 0, 0, 0, 0},  // BatteryTime
-    {{134421, 13}, TagType::string, 0, 0, 0, 0},  // KBAT_Unknown9
-    {{134434, 14}, TagType::string, 0, 0, 0, 0},  // KBAT_Unknown10
-    {{134448, 14}, TagType::string, 0, 0, 0, 0},  // KBAT_Unknown11
-    {{134462, 14}, TagType::string, 0, 0, 0, 0},  // KBAT_Unknown12
-    {{134476, 14}, TagType::string, 0, 0, 0, 0},  // KBAT_Unknown13
-    {{134490, 12}, TagType::string, 0, 0, 0, 0},  // BatteryLevel
-    {{134502, 12}, TagType::string, 0, 16, 0, 0},  // SerialNumber
-    {{134514, 17}, TagType::string, 0, 15, 0, 0},  // OtherSerialNumber
+    {{133326, 11}, TagType::string, none, 0, 0, 0},  // GPSDateTime
+    {{133337, 11}, TagType::string, none, 0, 0, 0},  // GPSLatitude
+    {{133348, 12}, TagType::string, none, 0, 0, 0},  // GPSLongitude
+    {{133360, 11}, TagType::string, none, 0, 0, 0},  // GPSAltitude
+    {{133371, 13}, TagType::string, none, 0, 0, 0},  // GLPI_Unknown4
+    {{133384, 9}, TagType::string, none, 0, 0, 0},  // GPSSpeedX
+    {{133393, 9}, TagType::string, none, 0, 0, 0},  // GPSSpeedY
+    {{133402, 9}, TagType::string, none, 0, 0, 0},  // GPSSpeedZ
+    {{133411, 8}, TagType::string, none, 0, 0, 0},  // GPSTrack
+    {{133419, 13}, TagType::string, binary, 0, 0, 0},  // Accelerometer
+    {{133432, 20}, TagType::string, none, 0, 0, 0},  // AutoLowLightDuration
+    {{133452, 8}, TagType::string, binary, 0, 0, 0},  // Attitude
+    {{133460, 14}, TagType::string, binary, 0, 0, 0},  // AttitudeTarget
+    {{133474, 12}, TagType::string, none, 0, 0, 0},  // AudioSetting
+    {{133486, 10}, TagType::string, none, 0, 0, 0},  // Controller
+    {{133496, 18}, TagType::string, none, 0, 0, 0},  // CameraSerialNumber
+    {{133514, 11}, TagType::string, binary, 0, 0, 0},  // CoyoteSense
+    {{133525, 12}, TagType::string, binary, 0, 0, 0},  // CoyoteStatus
+    {{133537, 8}, TagType::string, none, 0, 0, 0},  // DeviceID
+    {{133545, 10}, TagType::string, none, 0, 0, 0},  // DeviceName
+    {{758, 11}, TagType::string, none, 0, 0, 2},  // DigitalZoom
+    {{133555, 28}, TagType::string, none, 0, 0, 0},  // ElectronicImageStabilization
+    {{133583, 5}, TagType::string, none, 0, 0, 0},  // Empty
+    {{133588, 12}, TagType::string, none, 0, 0, 0},  // EscapeStatus
+    {{133600, 19}, TagType::string, none, 0, 0, 0},  // MaximumShutterAngle
+    {{133619, 12}, TagType::string, none, 0, 0, 0},  // FaceDetected
+    {{133631, 11}, TagType::string, none, 0, 0, 0},  // FaceNumbers
+    {{133642, 15}, TagType::string, none, 15, 0, 0},  // FirmwareVersion
+    {{133657, 13}, TagType::string, none, 0, 0, 0},  // OtherFirmware
+    {{133670, 14}, TagType::string, none, 0, 2, 2},  // GPSMeasureMode
+    {{133684, 20}, TagType::string, none, 0, 0, 0},  // GPSHPositioningError
+    {{133704, 9}, TagType::string, binary, 0, 0, 0},  // Gyroscope
+    {{133713, 9}, TagType::string, none, 0, 0, 0},  // ISOSpeeds
+    {{133722, 15}, TagType::string, binary, 0, 0, 0},  // ImageSensorGain
+    {{133737, 16}, TagType::string, binary, 0, 0, 0},  // LocalPositionNED
+    {{133753, 12}, TagType::string, none, 0, 0, 0},  // Magnetometer
+    {{455, 5}, TagType::string, none, 16, 0, 0},  // Model
+    {{133765, 19}, TagType::string, none, 0, 0, 0},  // AccelerometerMatrix
+    {{133784, 13}, TagType::string, none, 0, 0, 0},  // MediaUniqueID
+    {{133797, 12}, TagType::string, none, 0, 4, 3},  // AutoRotation
+    {{133809, 16}, TagType::string, none, 0, 0, 0},  // InputOrientation
+    {{133825, 17}, TagType::string, none, 0, 0, 0},  // OutputOrientation
+    {{133842, 10}, TagType::string, none, 0, 0, 0},  // HDRSetting
+    {{133852, 10}, TagType::string, none, 0, 0, 0},  // AutoISOMin
+    {{133862, 10}, TagType::string, none, 0, 0, 0},  // AutoISOMax
+    {{133872, 15}, TagType::string, none, 0, 0, 0},  // PhotoResolution
+    {{133887, 7}, TagType::string, none, 0, 0, 2},  // ProTune
+    {{1009, 9}, TagType::string, none, 0, 0, 0},  // ColorMode
+    {{479, 20}, TagType::string, none, 0, 0, 0},  // ExposureCompensation
+    {{533, 9}, TagType::string, none, 0, 0, 0},  // Sharpness
+    {{542, 12}, TagType::string, none, 0, 0, 0},  // WhiteBalance
+    {{133894, 4}, TagType::string, none, 0, 0, 0},  // Rate
+    {{133898, 8}, TagType::string, none, 0, 0, 0},  // Comments
+    {{133906, 11}, TagType::string, none, 0, 0, 0},  // ScaleFactor
+    {{133917, 14}, TagType::string, none, 0, 0, 0},  // ScaledPressure
+    {{133931, 13}, TagType::string, none, 0, 0, 0},  // ExposureTimes
+    {{133944, 9}, TagType::string, none, 0, 0, 0},  // ScaledIMU
+    {{133953, 7}, TagType::string, none, 0, 0, 0},  // SIUnits
+    {{133960, 17}, TagType::string, none, 0, 0, 0},  // SensorReadoutTime
+    {{133977, 9}, TagType::string, none, 0, 0, 0},  // TimeStamp
+    {{133986, 10}, TagType::string, none, 0, 0, 0},  // StreamName
+    {{133996, 10}, TagType::string, none, 0, 0, 0},  // SystemTime
+    {{134006, 17}, TagType::string, none, 0, 0, 0},  // CameraTemperature
+    {{134023, 12}, TagType::string, none, 0, 0, 0},  // TotalSamples
+    {{134035, 13}, TagType::string, none, 0, 0, 0},  // StructureType
+    {{134048, 15}, TagType::string, none, 0, 0, 0},  // InputUniformity
+    {{30542, 5}, TagType::string, none, 0, 0, 0},  // Units
+    {{134063, 15}, TagType::string, none, 0, 0, 0},  // MetadataVersion
+    {{134078, 11}, TagType::string, none, 0, 7, 3},  // FieldOfView
+    {{134089, 20}, TagType::string, none, 0, 0, 0},  // VisualFlightRulesHUD
+    {{134109, 17}, TagType::string, none, 0, 0, 0},  // ColorTemperatures
+    {{134126, 15}, TagType::string, binary, 0, 0, 0},  // WhiteBalanceRGB
+    {{134141, 14}, TagType::string, none, 0, 0, 0},  // GPSDateTimeRaw
+    {{134155, 14}, TagType::string, none, 0, 0, 0},  // GPSLatitudeRaw
+    {{134169, 15}, TagType::string, none, 0, 0, 0},  // GPSLongitudeRaw
+    {{134184, 14}, TagType::string, none, 0, 0, 0},  // GPSAltitudeRaw
+    {{134198, 13}, TagType::string, none, 0, 0, 0},  // GPRI_Unknown4
+    {{134211, 13}, TagType::string, none, 0, 0, 0},  // GPRI_Unknown5
+    {{134224, 11}, TagType::string, none, 0, 0, 0},  // GPSSpeedRaw
+    {{134235, 11}, TagType::string, none, 0, 0, 0},  // GPSTrackRaw
+    {{134246, 13}, TagType::string, none, 0, 0, 0},  // GPRI_Unknown8
+    {{134259, 13}, TagType::string, none, 0, 0, 0},  // GPRI_Unknown9
+    {{134272, 8}, TagType::string, none, 0, 0, 0},  // GPSSpeed
+    {{134280, 10}, TagType::string, none, 0, 0, 0},  // GPSSpeed3D
+    {{134290, 14}, TagType::string, none, 0, 0, 0},  // BatteryCurrent
+    {{134304, 15}, TagType::string, none, 0, 0, 0},  // BatteryCapacity
+    {{134319, 13}, TagType::string, none, 0, 0, 0},  // KBAT_Unknown2
+    {{134332, 18}, TagType::string, none, 0, 0, 0},  // BatteryTemperature
+    {{134350, 15}, TagType::string, none, 0, 0, 0},  // BatteryVoltage1
+    {{134365, 15}, TagType::string, none, 0, 0, 0},  // BatteryVoltage2
+    {{134380, 15}, TagType::string, none, 0, 0, 0},  // BatteryVoltage3
+    {{134395, 15}, TagType::string, none, 0, 0, 0},  // BatteryVoltage4
+    {{134410, 11}, TagType::string, none, 0, 0, 0},  // BatteryTime
+    {{134421, 13}, TagType::string, none, 0, 0, 0},  // KBAT_Unknown9
+    {{134434, 14}, TagType::string, none, 0, 0, 0},  // KBAT_Unknown10
+    {{134448, 14}, TagType::string, none, 0, 0, 0},  // KBAT_Unknown11
+    {{134462, 14}, TagType::string, none, 0, 0, 0},  // KBAT_Unknown12
+    {{134476, 14}, TagType::string, none, 0, 0, 0},  // KBAT_Unknown13
+    {{134490, 12}, TagType::string, none, 0, 0, 0},  // BatteryLevel
+    {{134502, 12}, TagType::string, none, 16, 0, 0},  // SerialNumber
+    {{134514, 17}, TagType::string, none, 15, 0, 0},  // OtherSerialNumber
 };
 constexpr detail::TextRef kChoicesGoPro[] = {
     {134531, 1}, {134532, 1}, {1678, 1}, {1681, 1}, {134533, 1}, {134534, 1}, {134535, 1},
@@ -8267,55 +8264,54 @@ constexpr std::uint16_t kKeyOrderGoPro[] = {
     69, 50, 71,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsGoPro[101];
-constinit detail::StreamTags gTagsGoPro("GoPro", kText, kTagsGoPro, kKeyOrderGoPro, kChoicesGoPro, gItemsGoPro, &TagStringsCatalogue::stringsGoPro);
 
 // H264: 43 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsH264[] = {
-    {{139848, 15}, TagType::int8u, 0, 0, 0, 2},  // ApertureSetting
-    {{139863, 4}, TagType::int8u, 0, 0, 0, 0},  // Gain
-    {{139867, 15}, TagType::int32s, 0, 0, 2, 9},  // ExposureProgram
-    {{542, 12}, TagType::int32s, 0, 0, 11, 4},  // WhiteBalance
-    {{2202, 5}, TagType::int8u, 0, 0, 0, 0},  // Focus
-    {{1215, 18}, TagType::int8u, 0, 0, 15, 4},  // ImageStabilization
-    {{139882, 16}, TagType::int8u, 0, 0, 0, 0},  // CaptureFrameRate
-    {{139898, 14}, TagType::int8u, 0, 0, 0, 0},  // VideoFrameRate
-    {{139912, 8}, TagType::string, 0, 0, 0, 0},  // TimeCode
-    {{139920, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
-    {{460, 12}, TagType::float_, 0, 0, 0, 0},  // ExposureTime
-    {{472, 7}, TagType::rational32u, 0, 0, 0, 0},  // FNumber
-    {{139936, 15}, TagType::rational32s, 0, 0, 0, 0},  // BrightnessValue
-    {{479, 20}, TagType::rational32s, 0, 0, 0, 0},  // ExposureCompensation
-    {{139951, 16}, TagType::rational32u, 0, 0, 0, 0},  // MaxApertureValue
-    {{17927, 5}, TagType::int32u, 0, 0, 19, 27},  // Flash
-    {{139967, 14}, TagType::int32u, 0, 0, 46, 2},  // CustomRendered
-    {{139981, 23}, TagType::rational32u, 0, 0, 0, 0},  // FocalLengthIn35mmFormat
-    {{140004, 16}, TagType::int32u, 0, 0, 11, 4},  // SceneCaptureType
-    {{140020, 12}, TagType::int8u, 0, 4, 0, 0},  // GPSVersionID
-    {{140032, 14}, TagType::string, 0, 0, 48, 2},  // GPSLatitudeRef
-    {{133337, 11}, TagType::rational32u, 0, 0, 0, 0},  // GPSLatitude
-    {{140046, 15}, TagType::string, 0, 0, 50, 2},  // GPSLongitudeRef
-    {{133348, 12}, TagType::rational32u, 0, 0, 0, 0},  // GPSLongitude
-    {{140061, 14}, TagType::int32u, 0, 0, 46, 2},  // GPSAltitudeRef
-    {{133360, 11}, TagType::rational32u, 0, 0, 0, 0},  // GPSAltitude
-    {{140075, 12}, TagType::rational32u, 0, 0, 0, 0},  // GPSTimeStamp
-    {{140087, 9}, TagType::string, 0, 0, 52, 2},  // GPSStatus
-    {{133670, 14}, TagType::string, 0, 0, 54, 2},  // GPSMeasureMode
-    {{140096, 6}, TagType::rational32u, 0, 0, 0, 0},  // GPSDOP
-    {{140102, 11}, TagType::string, 0, 0, 56, 3},  // GPSSpeedRef
-    {{134272, 8}, TagType::rational32u, 0, 0, 0, 0},  // GPSSpeed
-    {{140113, 11}, TagType::string, 0, 0, 59, 2},  // GPSTrackRef
-    {{133411, 8}, TagType::rational32u, 0, 0, 0, 0},  // GPSTrack
-    {{140124, 18}, TagType::string, 0, 0, 59, 2},  // GPSImgDirectionRef
-    {{140142, 15}, TagType::rational32u, 0, 0, 0, 0},  // GPSImgDirection
-    {{140157, 11}, TagType::string, 0, 0, 0, 0},  // GPSMapDatum
-    {{140168, 12}, TagType::string, 0, 0, 0, 0},  // GPSDateStamp
-    {{455, 5}, TagType::string, 0, 0, 0, 0},  // Model
-    {{29259, 11}, TagType::string, 0, 0, 0, 0},  // ImageHeight
-    {{29249, 10}, TagType::string, 0, 0, 0, 0},  // ImageWidth
-    {{451, 4}, TagType::int16u, 0, 0, 61, 4},  // Make
-    {{140180, 13}, TagType::int8u, 0, 0, 65, 5},  // RecordingMode
+    {{139848, 15}, TagType::int8u, none, 0, 0, 2},  // ApertureSetting
+    {{139863, 4}, TagType::int8u, none, 0, 0, 0},  // Gain
+    {{139867, 15}, TagType::int32s, none, 0, 2, 9},  // ExposureProgram
+    {{542, 12}, TagType::int32s, none, 0, 11, 4},  // WhiteBalance
+    {{2202, 5}, TagType::int8u, none, 0, 0, 0},  // Focus
+    {{1215, 18}, TagType::int8u, none, 0, 15, 4},  // ImageStabilization
+    {{139882, 16}, TagType::int8u, none, 0, 0, 0},  // CaptureFrameRate
+    {{139898, 14}, TagType::int8u, none, 0, 0, 0},  // VideoFrameRate
+    {{139912, 8}, TagType::string, none, 0, 0, 0},  // TimeCode
+    {{139920, 16}, TagType::string, none, 0, 0, 0},  // DateTimeOriginal
+    {{460, 12}, TagType::float_, none, 0, 0, 0},  // ExposureTime
+    {{472, 7}, TagType::rational32u, none, 0, 0, 0},  // FNumber
+    {{139936, 15}, TagType::rational32s, none, 0, 0, 0},  // BrightnessValue
+    {{479, 20}, TagType::rational32s, none, 0, 0, 0},  // ExposureCompensation
+    {{139951, 16}, TagType::rational32u, none, 0, 0, 0},  // MaxApertureValue
+    {{17927, 5}, TagType::int32u, none, 0, 19, 27},  // Flash
+    {{139967, 14}, TagType::int32u, none, 0, 46, 2},  // CustomRendered
+    {{139981, 23}, TagType::rational32u, none, 0, 0, 0},  // FocalLengthIn35mmFormat
+    {{140004, 16}, TagType::int32u, none, 0, 11, 4},  // SceneCaptureType
+    {{140020, 12}, TagType::int8u, none, 4, 0, 0},  // GPSVersionID
+    {{140032, 14}, TagType::string, none, 0, 48, 2},  // GPSLatitudeRef
+    {{133337, 11}, TagType::rational32u, none, 0, 0, 0},  // GPSLatitude
+    {{140046, 15}, TagType::string, none, 0, 50, 2},  // GPSLongitudeRef
+    {{133348, 12}, TagType::rational32u, none, 0, 0, 0},  // GPSLongitude
+    {{140061, 14}, TagType::int32u, none, 0, 46, 2},  // GPSAltitudeRef
+    {{133360, 11}, TagType::rational32u, none, 0, 0, 0},  // GPSAltitude
+    {{140075, 12}, TagType::rational32u, none, 0, 0, 0},  // GPSTimeStamp
+    {{140087, 9}, TagType::string, none, 0, 52, 2},  // GPSStatus
+    {{133670, 14}, TagType::string, none, 0, 54, 2},  // GPSMeasureMode
+    {{140096, 6}, TagType::rational32u, none, 0, 0, 0},  // GPSDOP
+    {{140102, 11}, TagType::string, none, 0, 56, 3},  // GPSSpeedRef
+    {{134272, 8}, TagType::rational32u, none, 0, 0, 0},  // GPSSpeed
+    {{140113, 11}, TagType::string, none, 0, 59, 2},  // GPSTrackRef
+    {{133411, 8}, TagType::rational32u, none, 0, 0, 0},  // GPSTrack
+    {{140124, 18}, TagType::string, none, 0, 59, 2},  // GPSImgDirectionRef
+    {{140142, 15}, TagType::rational32u, none, 0, 0, 0},  // GPSImgDirection
+    {{140157, 11}, TagType::string, none, 0, 0, 0},  // GPSMapDatum
+    {{140168, 12}, TagType::string, none, 0, 0, 0},  // GPSDateStamp
+    {{455, 5}, TagType::string, none, 0, 0, 0},  // Model
+    {{29259, 11}, TagType::string, none, 0, 0, 0},  // ImageHeight
+    {{29249, 10}, TagType::string, none, 0, 0, 0},  // ImageWidth
+    {{451, 4}, TagType::int16u, none, 0, 61, 4},  // Make
+    {{140180, 13}, TagType::int8u, none, 0, 65, 5},  // RecordingMode
 };
 constexpr detail::TextRef kChoicesH264[] = {
     {140193, 3}, {140196, 3}, {1676, 1}, {1677, 1}, {1678, 1}, {1681, 1}, {1679, 1}, {1682, 1},
@@ -9054,21 +9050,20 @@ constexpr std::uint16_t kKeyOrderH264[] = {
     30, 27, 26, 33, 32, 19, 1, 39, 5, 40, 41, 14, 38, 42, 18, 8, 7, 3,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsH264[43];
-constinit detail::StreamTags gTagsH264("H264", kText, kTagsH264, kKeyOrderH264, kChoicesH264, gItemsH264, &TagStringsCatalogue::stringsH264);
 
 // HP: 9 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsHP[] = {
-    {{134502, 12}, TagType::string, 0, 26, 0, 0},  // SerialNumber
-    {{133642, 15}, TagType::string, 0, 0, 0, 0},  // FirmwareVersion
-    {{156719, 11}, TagType::string, 0, 0, 0, 0},  // LensShading
-    {{156730, 12}, TagType::string, 0, 0, 0, 0},  // PreviewImage
-    {{156742, 11}, TagType::int16u, 0, 0, 0, 0},  // MaxAperture
-    {{460, 12}, TagType::int32u, 0, 0, 0, 0},  // ExposureTime
-    {{156753, 14}, TagType::string, 0, 20, 0, 0},  // CameraDateTime
-    {{156767, 3}, TagType::int16u, 0, 0, 0, 0},  // ISO
-    {{472, 7}, TagType::int16u, 0, 0, 0, 0},  // FNumber
+    {{134502, 12}, TagType::string, none, 26, 0, 0},  // SerialNumber
+    {{133642, 15}, TagType::string, none, 0, 0, 0},  // FirmwareVersion
+    {{156719, 11}, TagType::string, none, 0, 0, 0},  // LensShading
+    {{156730, 12}, TagType::string, none, 0, 0, 0},  // PreviewImage
+    {{156742, 11}, TagType::int16u, none, 0, 0, 0},  // MaxAperture
+    {{460, 12}, TagType::int32u, none, 0, 0, 0},  // ExposureTime
+    {{156753, 14}, TagType::string, none, 20, 0, 0},  // CameraDateTime
+    {{156767, 3}, TagType::int16u, none, 0, 0, 0},  // ISO
+    {{472, 7}, TagType::int16u, none, 0, 0, 0},  // FNumber
 };
 constexpr detail::StringRow kStringsEnglishHP[] = {
     {{156770, 17}, {156787, 16}},
@@ -9140,114 +9135,113 @@ constexpr std::uint16_t kKeyOrderHP[] = {
     6, 5, 8, 1, 7, 2, 4, 3, 0,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsHP[9];
-constinit detail::StreamTags gTagsHP("HP", kText, kTagsHP, kKeyOrderHP, {}, gItemsHP, &TagStringsCatalogue::stringsHP);
 
 // HTML: 102 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsHTML[] = {
-    {{157323, 8}, TagType::string, 0, 0, 0, 0},  // Abstract
-    {{157331, 6}, TagType::string, 0, 0, 0, 0},  // Author
-    {{157337, 14}, TagType::string, 0, 0, 0, 0},  // Classification
-    {{157351, 15}, TagType::string, 0, 0, 0, 0},  // ContentLanguage
-    {{157366, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
-    {{157375, 11}, TagType::string, 0, 0, 0, 0},  // Description
-    {{157386, 12}, TagType::string, 0, 0, 0, 0},  // Distribution
-    {{157398, 8}, TagType::string, 0, 0, 0, 0},  // DocClass
-    {{157406, 9}, TagType::string, 0, 0, 0, 0},  // DocRights
-    {{157415, 7}, TagType::string, 0, 0, 0, 0},  // DocType
-    {{157422, 9}, TagType::string, 0, 0, 0, 0},  // Formatter
-    {{157431, 9}, TagType::string, 0, 0, 0, 0},  // Generator
-    {{157440, 16}, TagType::string, 0, 0, 0, 0},  // GeneratorVersion
-    {{157456, 9}, TagType::string, 0, 0, 0, 0},  // GoogleBot
-    {{157465, 8}, TagType::string, 1, 0, 0, 0},  // Keywords
-    {{157473, 13}, TagType::string, 0, 0, 0, 0},  // NoMSSmartTags
-    {{157486, 10}, TagType::string, 0, 0, 0, 0},  // Originator
-    {{157496, 5}, TagType::string, 0, 0, 0, 0},  // Owner
-    {{157501, 6}, TagType::string, 0, 0, 0, 0},  // ProgID
-    {{1249, 6}, TagType::string, 0, 0, 0, 0},  // Rating
-    {{157507, 7}, TagType::string, 0, 0, 0, 0},  // Refresh
-    {{157514, 12}, TagType::string, 0, 0, 0, 0},  // ResourceType
-    {{157526, 12}, TagType::string, 0, 0, 0, 0},  // RevisitAfter
-    {{157538, 6}, TagType::string, 1, 0, 0, 0},  // Robots
-    {{157544, 5}, TagType::string, 0, 0, 0, 0},  // Title
-    {{157549, 8}, TagType::string, 0, 0, 0, 0},  // Category
-    {{157557, 10}, TagType::string, 0, 0, 0, 0},  // Characters
-    {{157567, 20}, TagType::string, 0, 0, 0, 0},  // CharactersWithSpaces
-    {{157587, 7}, TagType::string, 0, 0, 0, 0},  // Company
-    {{157594, 10}, TagType::string, 0, 0, 0, 0},  // CreateDate
-    {{157604, 10}, TagType::string, 0, 0, 0, 0},  // LastAuthor
-    {{157614, 11}, TagType::string, 0, 0, 0, 0},  // LastPrinted
-    {{157625, 10}, TagType::string, 0, 0, 0, 0},  // ModifyDate
-    {{157635, 5}, TagType::string, 0, 0, 0, 0},  // Lines
-    {{157640, 7}, TagType::string, 0, 0, 0, 0},  // Manager
-    {{157647, 5}, TagType::string, 0, 0, 0, 0},  // Pages
-    {{157652, 10}, TagType::string, 0, 0, 0, 0},  // Paragraphs
-    {{157662, 14}, TagType::string, 0, 0, 0, 0},  // RevisionNumber
-    {{157676, 7}, TagType::string, 1, 0, 0, 0},  // Subject
-    {{157683, 8}, TagType::string, 0, 0, 0, 0},  // Template
-    {{157691, 13}, TagType::string, 0, 0, 0, 0},  // TotalEditTime
-    {{157704, 5}, TagType::string, 0, 0, 0, 0},  // Words
-    {{157709, 11}, TagType::string, 1, 0, 0, 0},  // Contributor
-    {{157720, 8}, TagType::string, 0, 0, 0, 0},  // Coverage
-    {{157728, 7}, TagType::string, 1, 0, 0, 0},  // Creator
-    {{157735, 4}, TagType::string, 1, 0, 0, 0},  // Date
-    {{157739, 6}, TagType::string, 0, 0, 0, 0},  // Format
-    {{157745, 10}, TagType::string, 0, 0, 0, 0},  // Identifier
-    {{157755, 8}, TagType::string, 1, 0, 0, 0},  // Language
-    {{157763, 9}, TagType::string, 1, 0, 0, 0},  // Publisher
-    {{157772, 8}, TagType::string, 1, 0, 0, 0},  // Relation
-    {{157780, 6}, TagType::string, 0, 0, 0, 0},  // Rights
-    {{157786, 6}, TagType::string, 0, 0, 0, 0},  // Source
-    {{157792, 4}, TagType::string, 1, 0, 0, 0},  // Type
-    {{157796, 12}, TagType::string, 0, 0, 0, 0},  // CacheControl
-    {{157808, 18}, TagType::string, 0, 0, 0, 0},  // ContentDisposition
-    {{157826, 17}, TagType::string, 0, 0, 0, 0},  // ContentScriptType
-    {{157843, 16}, TagType::string, 0, 0, 0, 0},  // ContentStyleType
-    {{157859, 11}, TagType::string, 0, 0, 0, 0},  // ContentType
-    {{157870, 12}, TagType::string, 0, 0, 0, 0},  // DefaultStyle
-    {{157882, 7}, TagType::string, 0, 0, 0, 0},  // Expires
-    {{157889, 8}, TagType::string, 0, 0, 0, 0},  // ExtCache
-    {{157897, 12}, TagType::string, 0, 0, 0, 0},  // ImageToolbar
-    {{157909, 5}, TagType::string, 0, 0, 0, 0},  // Lotus
-    {{157914, 9}, TagType::string, 0, 0, 0, 0},  // PageEnter
-    {{157923, 8}, TagType::string, 0, 0, 0, 0},  // PageExit
-    {{157931, 9}, TagType::string, 0, 0, 0, 0},  // PicsLabel
-    {{157940, 6}, TagType::string, 0, 0, 0, 0},  // Pragma
-    {{157946, 7}, TagType::string, 0, 0, 0, 0},  // ReplyTo
-    {{157953, 9}, TagType::string, 0, 0, 0, 0},  // SetCookie
-    {{157962, 9}, TagType::string, 0, 0, 0, 0},  // SiteEnter
-    {{157971, 8}, TagType::string, 0, 0, 0, 0},  // SiteExit
-    {{157979, 4}, TagType::string, 0, 0, 0, 0},  // Vary
-    {{157983, 12}, TagType::string, 0, 0, 0, 0},  // WindowTarget
-    {{157995, 12}, TagType::string, 0, 0, 0, 0},  // CharacterSet
-    {{158007, 5}, TagType::string, 0, 0, 0, 0},  // Depth
-    {{158012, 5}, TagType::string, 0, 0, 0, 0},  // Files
-    {{158017, 9}, TagType::string, 0, 0, 0, 0},  // Footnotes
-    {{158026, 9}, TagType::string, 0, 0, 0, 0},  // KByteSize
-    {{158035, 13}, TagType::string, 0, 0, 0, 0},  // MaxPageNormal
-    {{158048, 14}, TagType::string, 0, 0, 0, 0},  // MultimediaType
-    {{158062, 8}, TagType::string, 0, 0, 0, 0},  // Narrator
-    {{158070, 9}, TagType::string, 0, 0, 0, 0},  // PageFront
-    {{158079, 10}, TagType::string, 0, 0, 0, 0},  // PageNormal
-    {{158089, 11}, TagType::string, 0, 0, 0, 0},  // PageSpecial
-    {{158100, 9}, TagType::string, 0, 0, 0, 0},  // ProdNotes
-    {{158109, 12}, TagType::string, 0, 0, 0, 0},  // ProducedDate
-    {{158121, 8}, TagType::string, 0, 0, 0, 0},  // Producer
-    {{158129, 8}, TagType::string, 0, 0, 0, 0},  // Revision
-    {{158137, 12}, TagType::string, 0, 0, 0, 0},  // RevisionDate
-    {{158149, 7}, TagType::string, 0, 0, 0, 0},  // SetInfo
-    {{158156, 8}, TagType::string, 0, 0, 0, 0},  // Sidebars
-    {{158164, 10}, TagType::string, 0, 0, 0, 0},  // SourceDate
-    {{158174, 13}, TagType::string, 0, 0, 0, 0},  // SourceEdition
-    {{158187, 15}, TagType::string, 0, 0, 0, 0},  // SourcePublisher
-    {{158202, 12}, TagType::string, 0, 0, 0, 0},  // SourceRights
-    {{158214, 11}, TagType::string, 0, 0, 0, 0},  // SourceTitle
-    {{158225, 8}, TagType::string, 0, 0, 0, 0},  // TOCItems
-    {{29205, 8}, TagType::string, 0, 0, 0, 0},  // Duration
-    {{158233, 11}, TagType::string, 0, 0, 0, 0},  // RecEngineer
-    {{158244, 11}, TagType::string, 0, 0, 0, 0},  // RecLocation
-    {{158255, 10}, TagType::string, 0, 0, 0, 0},  // ObjectType
+    {{157323, 8}, TagType::string, none, 0, 0, 0},  // Abstract
+    {{157331, 6}, TagType::string, none, 0, 0, 0},  // Author
+    {{157337, 14}, TagType::string, none, 0, 0, 0},  // Classification
+    {{157351, 15}, TagType::string, none, 0, 0, 0},  // ContentLanguage
+    {{157366, 9}, TagType::string, none, 0, 0, 0},  // Copyright
+    {{157375, 11}, TagType::string, none, 0, 0, 0},  // Description
+    {{157386, 12}, TagType::string, none, 0, 0, 0},  // Distribution
+    {{157398, 8}, TagType::string, none, 0, 0, 0},  // DocClass
+    {{157406, 9}, TagType::string, none, 0, 0, 0},  // DocRights
+    {{157415, 7}, TagType::string, none, 0, 0, 0},  // DocType
+    {{157422, 9}, TagType::string, none, 0, 0, 0},  // Formatter
+    {{157431, 9}, TagType::string, none, 0, 0, 0},  // Generator
+    {{157440, 16}, TagType::string, none, 0, 0, 0},  // GeneratorVersion
+    {{157456, 9}, TagType::string, none, 0, 0, 0},  // GoogleBot
+    {{157465, 8}, TagType::string, list, 0, 0, 0},  // Keywords
+    {{157473, 13}, TagType::string, none, 0, 0, 0},  // NoMSSmartTags
+    {{157486, 10}, TagType::string, none, 0, 0, 0},  // Originator
+    {{157496, 5}, TagType::string, none, 0, 0, 0},  // Owner
+    {{157501, 6}, TagType::string, none, 0, 0, 0},  // ProgID
+    {{1249, 6}, TagType::string, none, 0, 0, 0},  // Rating
+    {{157507, 7}, TagType::string, none, 0, 0, 0},  // Refresh
+    {{157514, 12}, TagType::string, none, 0, 0, 0},  // ResourceType
+    {{157526, 12}, TagType::string, none, 0, 0, 0},  // RevisitAfter
+    {{157538, 6}, TagType::string, list, 0, 0, 0},  // Robots
+    {{157544, 5}, TagType::string, none, 0, 0, 0},  // Title
+    {{157549, 8}, TagType::string, none, 0, 0, 0},  // Category
+    {{157557, 10}, TagType::string, none, 0, 0, 0},  // Characters
+    {{157567, 20}, TagType::string, none, 0, 0, 0},  // CharactersWithSpaces
+    {{157587, 7}, TagType::string, none, 0, 0, 0},  // Company
+    {{157594, 10}, TagType::string, none, 0, 0, 0},  // CreateDate
+    {{157604, 10}, TagType::string, none, 0, 0, 0},  // LastAuthor
+    {{157614, 11}, TagType::string, none, 0, 0, 0},  // LastPrinted
+    {{157625, 10}, TagType::string, none, 0, 0, 0},  // ModifyDate
+    {{157635, 5}, TagType::string, none, 0, 0, 0},  // Lines
+    {{157640, 7}, TagType::string, none, 0, 0, 0},  // Manager
+    {{157647, 5}, TagType::string, none, 0, 0, 0},  // Pages
+    {{157652, 10}, TagType::string, none, 0, 0, 0},  // Paragraphs
+    {{157662, 14}, TagType::string, none, 0, 0, 0},  // RevisionNumber
+    {{157676, 7}, TagType::string, list, 0, 0, 0},  // Subject
+    {{157683, 8}, TagType::string, none, 0, 0, 0},  // Template
+    {{157691, 13}, TagType::string, none, 0, 0, 0},  // TotalEditTime
+    {{157704, 5}, TagType::string, none, 0, 0, 0},  // Words
+    {{157709, 11}, TagType::string, list, 0, 0, 0},  // Contributor
+    {{157720, 8}, TagType::string, none, 0, 0, 0},  // Coverage
+    {{157728, 7}, TagType::string, list, 0, 0, 0},  // Creator
+    {{157735, 4}, TagType::string, list, 0, 0, 0},  // Date
+    {{157739, 6}, TagType::string, none, 0, 0, 0},  // Format
+    {{157745, 10}, TagType::string, none, 0, 0, 0},  // Identifier
+    {{157755, 8}, TagType::string, list, 0, 0, 0},  // Language
+    {{157763, 9}, TagType::string, list, 0, 0, 0},  // Publisher
+    {{157772, 8}, TagType::string, list, 0, 0, 0},  // Relation
+    {{157780, 6}, TagType::string, none, 0, 0, 0},  // Rights
+    {{157786, 6}, TagType::string, none, 0, 0, 0},  // Source
+    {{157792, 4}, TagType::string, list, 0, 0, 0},  // Type
+    {{157796, 12}, TagType::string, none, 0, 0, 0},  // CacheControl
+    {{157808, 18}, TagType::string, none, 0, 0, 0},  // ContentDisposition
+    {{157826, 17}, TagType::string, none, 0, 0, 0},  // ContentScriptType
+    {{157843, 16}, TagType::string, none, 0, 0, 0},  // ContentStyleType
+    {{157859, 11}, TagType::string, none, 0, 0, 0},  // ContentType
+    {{157870, 12}, TagType::string, none, 0, 0, 0},  // DefaultStyle
+    {{157882, 7}, TagType::string, none, 0, 0, 0},  // Expires
+    {{157889, 8}, TagType::string, none, 0, 0, 0},  // ExtCache
+    {{157897, 12}, TagType::string, none, 0, 0, 0},  // ImageToolbar
+    {{157909, 5}, TagType::string, none, 0, 0, 0},  // Lotus
+    {{157914, 9}, TagType::string, none, 0, 0, 0},  // PageEnter
+    {{157923, 8}, TagType::string, none, 0, 0, 0},  // PageExit
+    {{157931, 9}, TagType::string, none, 0, 0, 0},  // PicsLabel
+    {{157940, 6}, TagType::string, none, 0, 0, 0},  // Pragma
+    {{157946, 7}, TagType::string, none, 0, 0, 0},  // ReplyTo
+    {{157953, 9}, TagType::string, none, 0, 0, 0},  // SetCookie
+    {{157962, 9}, TagType::string, none, 0, 0, 0},  // SiteEnter
+    {{157971, 8}, TagType::string, none, 0, 0, 0},  // SiteExit
+    {{157979, 4}, TagType::string, none, 0, 0, 0},  // Vary
+    {{157983, 12}, TagType::string, none, 0, 0, 0},  // WindowTarget
+    {{157995, 12}, TagType::string, none, 0, 0, 0},  // CharacterSet
+    {{158007, 5}, TagType::string, none, 0, 0, 0},  // Depth
+    {{158012, 5}, TagType::string, none, 0, 0, 0},  // Files
+    {{158017, 9}, TagType::string, none, 0, 0, 0},  // Footnotes
+    {{158026, 9}, TagType::string, none, 0, 0, 0},  // KByteSize
+    {{158035, 13}, TagType::string, none, 0, 0, 0},  // MaxPageNormal
+    {{158048, 14}, TagType::string, none, 0, 0, 0},  // MultimediaType
+    {{158062, 8}, TagType::string, none, 0, 0, 0},  // Narrator
+    {{158070, 9}, TagType::string, none, 0, 0, 0},  // PageFront
+    {{158079, 10}, TagType::string, none, 0, 0, 0},  // PageNormal
+    {{158089, 11}, TagType::string, none, 0, 0, 0},  // PageSpecial
+    {{158100, 9}, TagType::string, none, 0, 0, 0},  // ProdNotes
+    {{158109, 12}, TagType::string, none, 0, 0, 0},  // ProducedDate
+    {{158121, 8}, TagType::string, none, 0, 0, 0},  // Producer
+    {{158129, 8}, TagType::string, none, 0, 0, 0},  // Revision
+    {{158137, 12}, TagType::string, none, 0, 0, 0},  // RevisionDate
+    {{158149, 7}, TagType::string, none, 0, 0, 0},  // SetInfo
+    {{158156, 8}, TagType::string, none, 0, 0, 0},  // Sidebars
+    {{158164, 10}, TagType::string, none, 0, 0, 0},  // SourceDate
+    {{158174, 13}, TagType::string, none, 0, 0, 0},  // SourceEdition
+    {{158187, 15}, TagType::string, none, 0, 0, 0},  // SourcePublisher
+    {{158202, 12}, TagType::string, none, 0, 0, 0},  // SourceRights
+    {{158214, 11}, TagType::string, none, 0, 0, 0},  // SourceTitle
+    {{158225, 8}, TagType::string, none, 0, 0, 0},  // TOCItems
+    {{29205, 8}, TagType::string, none, 0, 0, 0},  // Duration
+    {{158233, 11}, TagType::string, none, 0, 0, 0},  // RecEngineer
+    {{158244, 11}, TagType::string, none, 0, 0, 0},  // RecLocation
+    {{158255, 10}, TagType::string, none, 0, 0, 0},  // ObjectType
 };
 constexpr detail::StringRow kStringsEnglishHTML[] = {
     {{158265, 13}, {157323, 8}},
@@ -9506,203 +9500,202 @@ constexpr std::uint16_t kKeyOrderHTML[] = {
     40, 53, 72, 73, 41,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsHTML[102];
-constinit detail::StreamTags gTagsHTML("HTML", kText, kTagsHTML, kKeyOrderHTML, {}, gItemsHTML, &TagStringsCatalogue::stringsHTML);
 
 // ICC_Profile: 191 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsICC_Profile[] = {
-    {{29102, 11}, TagType::string, 26, 0, 0, 0},  // ICC_Profile
-    {{161829, 20}, TagType::int16u, 0, 0, 0, 0},  // ChromaticityChannels
-    {{161849, 20}, TagType::int16u, 0, 0, 0, 5},  // ChromaticityColorant
-    {{161869, 20}, TagType::fixed32u, 0, 2, 0, 0},  // ChromaticityChannel1
-    {{161889, 20}, TagType::fixed32u, 0, 2, 0, 0},  // ChromaticityChannel2
-    {{161909, 20}, TagType::fixed32u, 0, 2, 0, 0},  // ChromaticityChannel3
-    {{161929, 20}, TagType::fixed32u, 0, 2, 0, 0},  // ChromaticityChannel4
-    {{161949, 13}, TagType::int32u, 0, 0, 0, 0},  // ColorantCount
-    {{161962, 13}, TagType::string, 0, 32, 0, 0},  // Colorant1Name
-    {{161975, 20}, TagType::int16u, 0, 3, 0, 0},  // Colorant1Coordinates
-    {{161995, 13}, TagType::string, 0, 32, 0, 0},  // Colorant2Name
-    {{162008, 20}, TagType::int16u, 0, 3, 0, 0},  // Colorant2Coordinates
-    {{162028, 13}, TagType::string, 0, 32, 0, 0},  // Colorant3Name
-    {{162041, 20}, TagType::int16u, 0, 3, 0, 0},  // Colorant3Coordinates
-    {{162061, 14}, TagType::string, 0, 4, 5, 274},  // ProfileCMMType
-    {{162075, 14}, TagType::int16s, 0, 0, 0, 0},  // ProfileVersion
-    {{162089, 12}, TagType::string, 0, 4, 279, 12},  // ProfileClass
-    {{162101, 14}, TagType::string, 0, 4, 0, 0},  // ColorSpaceData
-    {{162115, 22}, TagType::string, 0, 4, 0, 0},  // ProfileConnectionSpace
-    {{162137, 15}, TagType::datetime, 0, 6, 0, 0},  // ProfileDateTime
-    {{162152, 20}, TagType::string, 0, 4, 0, 0},  // ProfileFileSignature
-    {{162172, 15}, TagType::string, 0, 4, 291, 5},  // PrimaryPlatform
-    {{162187, 8}, TagType::int32u, 0, 0, 0, 0},  // CMMFlags
-    {{162195, 18}, TagType::string, 0, 4, 5, 274},  // DeviceManufacturer
-    {{162213, 11}, TagType::string, 0, 4, 0, 0},  // DeviceModel
-    {{162224, 16}, TagType::int32u, 0, 2, 0, 0},  // DeviceAttributes
-    {{162240, 15}, TagType::int32u, 0, 0, 296, 4},  // RenderingIntent
-    {{162255, 25}, TagType::fixed32s, 0, 3, 0, 0},  // ConnectionSpaceIlluminant
-    {{162280, 14}, TagType::string, 0, 4, 5, 274},  // ProfileCreator
-    {{162294, 9}, TagType::int8u, 0, 16, 0, 0},  // ProfileID
-    {{162303, 5}, TagType::string, 0, 0, 0, 0},  // AToB0
-    {{162308, 5}, TagType::string, 0, 0, 0, 0},  // AToB1
-    {{162313, 5}, TagType::string, 0, 0, 0, 0},  // AToB2
-    {{162318, 5}, TagType::string, 0, 0, 0, 0},  // AToB3
-    {{162323, 5}, TagType::string, 0, 0, 0, 0},  // AToM0
-    {{162328, 5}, TagType::string, 0, 0, 0, 0},  // BToA0
-    {{162333, 5}, TagType::string, 0, 0, 0, 0},  // BToA1
-    {{162338, 5}, TagType::string, 0, 0, 0, 0},  // BToA2
-    {{162343, 5}, TagType::string, 0, 0, 0, 0},  // BToA3
-    {{162348, 5}, TagType::string, 8, 0, 0, 0},  // BToD0
-    {{162353, 5}, TagType::string, 8, 0, 0, 0},  // BToD1
-    {{162358, 5}, TagType::string, 8, 0, 0, 0},  // BToD2
-    {{162363, 5}, TagType::string, 8, 0, 0, 0},  // BToD3
-    {{162368, 3}, TagType::string, 0, 0, 0, 0},  // CXF
-    {{162371, 5}, TagType::string, 8, 0, 0, 0},  // DToB0
-    {{162376, 5}, TagType::string, 8, 0, 0, 0},  // DToB1
-    {{162381, 5}, TagType::string, 8, 0, 0, 0},  // DToB2
-    {{162386, 5}, TagType::string, 8, 0, 0, 0},  // DToB3
-    {{162391, 5}, TagType::string, 0, 0, 0, 0},  // MToA0
-    {{162396, 5}, TagType::string, 0, 0, 0, 0},  // MToB0
-    {{162401, 5}, TagType::string, 0, 0, 0, 0},  // MToB1
-    {{162406, 5}, TagType::string, 0, 0, 0, 0},  // MToB2
-    {{162411, 5}, TagType::string, 0, 0, 0, 0},  // MToB3
-    {{162416, 5}, TagType::string, 0, 0, 0, 0},  // MToS0
-    {{162421, 5}, TagType::string, 0, 0, 0, 0},  // MToS1
-    {{162426, 5}, TagType::string, 0, 0, 0, 0},  // MToS2
-    {{162431, 5}, TagType::string, 0, 0, 0, 0},  // MToS3
-    {{162436, 11}, TagType::string, 0, 0, 0, 0},  // WCSProfiles
-    {{162447, 9}, TagType::string, 0, 0, 0, 0},  // BRDFAToB0
-    {{162456, 9}, TagType::string, 0, 0, 0, 0},  // BRDFAToB1
-    {{162465, 9}, TagType::string, 0, 0, 0, 0},  // BRDFAToB2
-    {{162474, 9}, TagType::string, 0, 0, 0, 0},  // BRDFAToB3
-    {{162483, 9}, TagType::string, 0, 0, 0, 0},  // BRDFBToA0
-    {{162492, 9}, TagType::string, 0, 0, 0, 0},  // BRDFBToA1
-    {{162501, 9}, TagType::string, 0, 0, 0, 0},  // BRDFBToA2
-    {{162510, 9}, TagType::string, 0, 0, 0, 0},  // BRDFBToA3
-    {{162519, 9}, TagType::string, 0, 0, 0, 0},  // BRDFBToD0
-    {{162528, 9}, TagType::string, 0, 0, 0, 0},  // BRDFBToD1
-    {{162537, 9}, TagType::string, 0, 0, 0, 0},  // BRDFBToD2
-    {{162546, 9}, TagType::string, 0, 0, 0, 0},  // BRDFBToD3
-    {{162555, 9}, TagType::string, 0, 0, 0, 0},  // BRDFDToB0
-    {{162564, 9}, TagType::string, 0, 0, 0, 0},  // BRDFDToB1
-    {{162573, 9}, TagType::string, 0, 0, 0, 0},  // BRDFDToB2
-    {{162582, 9}, TagType::string, 0, 0, 0, 0},  // BRDFDToB3
-    {{162591, 9}, TagType::string, 0, 0, 0, 0},  // BRDFMToB0
-    {{162600, 9}, TagType::string, 0, 0, 0, 0},  // BRDFMToB1
-    {{162609, 9}, TagType::string, 0, 0, 0, 0},  // BRDFMToB2
-    {{162618, 9}, TagType::string, 0, 0, 0, 0},  // BRDFMToB3
-    {{162627, 9}, TagType::string, 0, 0, 0, 0},  // BRDFMToS0
-    {{162636, 9}, TagType::string, 0, 0, 0, 0},  // BRDFMToS1
-    {{162645, 9}, TagType::string, 0, 0, 0, 0},  // BRDFMToS2
-    {{162654, 9}, TagType::string, 0, 0, 0, 0},  // BRDFMToS3
-    {{162663, 7}, TagType::string, 0, 0, 0, 0},  // BlueTRC
-    {{162670, 16}, TagType::string, 0, 0, 0, 0},  // BlueMatrixColumn
-    {{162686, 22}, TagType::string, 0, 0, 0, 0},  // BRDFColorimetricParam0
-    {{162708, 22}, TagType::string, 0, 0, 0, 0},  // BRDFColorimetricParam1
-    {{162730, 22}, TagType::string, 0, 0, 0, 0},  // BRDFColorimetricParam2
-    {{162752, 22}, TagType::string, 0, 0, 0, 0},  // BRDFColorimetricParam3
-    {{162774, 5}, TagType::string, 0, 0, 0, 0},  // UCRBG
-    {{162779, 15}, TagType::string, 0, 0, 0, 0},  // MediaBlackPoint
-    {{162794, 18}, TagType::string, 0, 0, 0, 0},  // BRDFSpectralParam0
-    {{162812, 18}, TagType::string, 0, 0, 0, 0},  // BRDFSpectralParam1
-    {{162830, 18}, TagType::string, 0, 0, 0, 0},  // BRDFSpectralParam2
-    {{162848, 18}, TagType::string, 0, 0, 0, 0},  // BRDFSpectralParam3
-    {{162866, 19}, TagType::string, 0, 0, 0, 0},  // CustomToStandardPcc
-    {{162885, 19}, TagType::string, 0, 0, 0, 0},  // CalibrationDateTime
-    {{162904, 19}, TagType::string, 0, 0, 0, 0},  // ColorEncodingParams
-    {{162923, 19}, TagType::string, 0, 0, 0, 0},  // ChromaticAdaptation
-    {{162942, 28}, TagType::string, 0, 0, 0, 0},  // ColorimetricIntentImageState
-    {{162970, 15}, TagType::string, 0, 0, 0, 0},  // ColorantInfoOut
-    {{162985, 16}, TagType::string, 0, 0, 0, 0},  // ColorantOrderOut
-    {{163001, 16}, TagType::string, 8, 0, 0, 0},  // ColorantTableOut
-    {{163017, 13}, TagType::string, 0, 0, 0, 0},  // ColorantOrder
-    {{163030, 16}, TagType::string, 0, 0, 0, 0},  // ProfileCopyright
-    {{163046, 7}, TagType::string, 0, 0, 0, 0},  // CRDInfo
-    {{163053, 14}, TagType::string, 0, 0, 0, 0},  // ColorSpaceName
-    {{163067, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalAToB0
-    {{163083, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalAToB1
-    {{163099, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalAToB2
-    {{163115, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalAToB3
-    {{163131, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalBToA0
-    {{163147, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalBToA1
-    {{163163, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalBToA2
-    {{163179, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalBToA3
-    {{163195, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalBToD0
-    {{163211, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalBToD1
-    {{163227, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalBToD2
-    {{163243, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalBToD3
-    {{163259, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalDToB0
-    {{163275, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalDToB1
-    {{163291, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalDToB2
-    {{163307, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalDToB3
-    {{163323, 18}, TagType::string, 0, 0, 0, 0},  // ProfileDescription
-    {{163341, 14}, TagType::string, 0, 0, 0, 0},  // DeviceSettings
-    {{163355, 15}, TagType::string, 0, 0, 0, 0},  // DeviceModelDesc
-    {{163370, 13}, TagType::string, 0, 0, 0, 0},  // DeviceMfgDesc
-    {{163383, 20}, TagType::string, 0, 0, 0, 0},  // ProfileDescriptionML
-    {{163403, 30}, TagType::string, 0, 0, 0, 0},  // FocalPlaneColorimetryEstimates
-    {{163433, 8}, TagType::string, 0, 0, 0, 0},  // GreenTRC
-    {{163441, 17}, TagType::string, 0, 0, 0, 0},  // GreenMatrixColumn
-    {{163458, 5}, TagType::string, 0, 0, 0, 0},  // Gamut
-    {{163463, 25}, TagType::string, 0, 0, 0, 0},  // GamutBoundaryDescription0
-    {{163488, 25}, TagType::string, 0, 0, 0, 0},  // GamutBoundaryDescription1
-    {{163513, 25}, TagType::string, 0, 0, 0, 0},  // GamutBoundaryDescription2
-    {{163538, 25}, TagType::string, 0, 0, 0, 0},  // GamutBoundaryDescription3
-    {{163563, 7}, TagType::string, 0, 0, 0, 0},  // GrayTRC
-    {{163570, 9}, TagType::string, 0, 0, 0, 0},  // Luminance
-    {{163579, 18}, TagType::string, 0, 0, 0, 0},  // MultiplexTypeArray
-    {{163597, 22}, TagType::string, 0, 0, 0, 0},  // MultiplexDefaultValues
-    {{163619, 20}, TagType::string, 0, 0, 0, 0},  // MeasurementInputInfo
-    {{163639, 15}, TagType::string, 0, 0, 0, 0},  // MeasurementInfo
-    {{163654, 12}, TagType::string, 0, 0, 0, 0},  // MakeAndModel
-    {{163666, 11}, TagType::string, 0, 0, 0, 0},  // NamedColor2
-    {{163677, 10}, TagType::string, 0, 0, 0, 0},  // NamedColor
-    {{163687, 17}, TagType::string, 0, 0, 0, 0},  // NativeDisplayInfo
-    {{163704, 8}, TagType::string, 0, 0, 0, 0},  // Preview0
-    {{163712, 8}, TagType::string, 0, 0, 0, 0},  // Preview1
-    {{163720, 8}, TagType::string, 0, 0, 0, 0},  // Preview2
-    {{163728, 18}, TagType::string, 0, 0, 0, 0},  // PS2RenderingIntent
-    {{163746, 14}, TagType::string, 0, 0, 0, 0},  // PostScript2CSA
-    {{163760, 15}, TagType::string, 0, 0, 0, 0},  // PostScript2CRD0
-    {{163775, 15}, TagType::string, 0, 0, 0, 0},  // PostScript2CRD1
-    {{163790, 15}, TagType::string, 0, 0, 0, 0},  // PostScript2CRD2
-    {{163805, 15}, TagType::string, 8, 0, 0, 0},  // PostScript2CRD3
-    {{163820, 19}, TagType::string, 0, 0, 0, 0},  // ProfileSequenceDesc
-    {{163839, 25}, TagType::string, 8, 0, 0, 0},  // ProfileSequenceIdentifier
-    {{163864, 19}, TagType::string, 0, 0, 0, 0},  // ProfileSequenceInfo
-    {{163883, 12}, TagType::string, 0, 0, 0, 0},  // PS2CRDVMSize
-    {{163895, 6}, TagType::string, 0, 0, 0, 0},  // RedTRC
-    {{163901, 15}, TagType::string, 0, 0, 0, 0},  // RedMatrixColumn
-    {{163916, 14}, TagType::string, 0, 0, 0, 0},  // OutputResponse
-    {{163930, 13}, TagType::string, 0, 0, 0, 0},  // ReferenceName
-    {{163943, 33}, TagType::string, 0, 0, 0, 0},  // ReflectionHardcopyOrigColorimetry
-    {{163976, 30}, TagType::string, 0, 0, 300, 1},  // PerceptualRenderingIntentGamut
-    {{164006, 30}, TagType::string, 0, 0, 300, 1},  // SaturationRenderingIntentGamut
-    {{164036, 32}, TagType::string, 0, 0, 0, 0},  // ReflectionPrintOutputColorimetry
-    {{164068, 19}, TagType::string, 0, 0, 0, 0},  // StandardToCustomPcc
-    {{164087, 24}, TagType::string, 0, 0, 0, 0},  // SceneAppearanceEstimates
-    {{164111, 25}, TagType::string, 0, 0, 0, 0},  // SceneColorimetryEstimates
-    {{164136, 13}, TagType::string, 0, 0, 0, 0},  // ScreeningDesc
-    {{164149, 9}, TagType::string, 0, 0, 0, 0},  // Screening
-    {{164158, 10}, TagType::string, 0, 0, 0, 0},  // SurfaceMap
-    {{164168, 25}, TagType::string, 0, 0, 0, 0},  // SpectralViewingConditions
-    {{164193, 18}, TagType::string, 0, 0, 0, 0},  // SpectralWhitePoint
-    {{164211, 10}, TagType::string, 0, 0, 0, 0},  // CharTarget
-    {{164221, 10}, TagType::string, 0, 0, 301, 26},  // Technology
-    {{164231, 14}, TagType::string, 0, 0, 0, 0},  // VideoCardGamma
-    {{164245, 15}, TagType::string, 0, 0, 0, 0},  // ViewingCondDesc
-    {{164260, 15}, TagType::string, 0, 0, 0, 0},  // MediaWhitePoint
-    {{164275, 19}, TagType::int32u, 0, 0, 327, 2},  // MeasurementObserver
-    {{164294, 18}, TagType::fixed32s, 0, 3, 0, 0},  // MeasurementBacking
-    {{164312, 19}, TagType::int32u, 0, 0, 329, 3},  // MeasurementGeometry
-    {{164331, 16}, TagType::fixed32u, 0, 0, 0, 0},  // MeasurementFlare
-    {{164347, 21}, TagType::int32u, 0, 0, 332, 8},  // MeasurementIlluminant
-    {{164368, 10}, TagType::string, 0, 0, 0, 0},  // CreatorApp
-    {{164378, 16}, TagType::string, 0, 0, 0, 0},  // ManufacturerName
-    {{164394, 10}, TagType::string, 0, 0, 0, 0},  // MediaColor
-    {{164404, 11}, TagType::string, 0, 0, 0, 0},  // MediaWeight
-    {{164415, 21}, TagType::fixed32s, 0, 3, 0, 0},  // ViewingCondIlluminant
-    {{164436, 19}, TagType::fixed32s, 0, 3, 0, 0},  // ViewingCondSurround
-    {{164455, 25}, TagType::int32u, 0, 0, 332, 8},  // ViewingCondIlluminantType
+    {{29102, 11}, TagType::string, writable | binary | unsafe, 0, 0, 0},  // ICC_Profile
+    {{161829, 20}, TagType::int16u, none, 0, 0, 0},  // ChromaticityChannels
+    {{161849, 20}, TagType::int16u, none, 0, 0, 5},  // ChromaticityColorant
+    {{161869, 20}, TagType::fixed32u, none, 2, 0, 0},  // ChromaticityChannel1
+    {{161889, 20}, TagType::fixed32u, none, 2, 0, 0},  // ChromaticityChannel2
+    {{161909, 20}, TagType::fixed32u, none, 2, 0, 0},  // ChromaticityChannel3
+    {{161929, 20}, TagType::fixed32u, none, 2, 0, 0},  // ChromaticityChannel4
+    {{161949, 13}, TagType::int32u, none, 0, 0, 0},  // ColorantCount
+    {{161962, 13}, TagType::string, none, 32, 0, 0},  // Colorant1Name
+    {{161975, 20}, TagType::int16u, none, 3, 0, 0},  // Colorant1Coordinates
+    {{161995, 13}, TagType::string, none, 32, 0, 0},  // Colorant2Name
+    {{162008, 20}, TagType::int16u, none, 3, 0, 0},  // Colorant2Coordinates
+    {{162028, 13}, TagType::string, none, 32, 0, 0},  // Colorant3Name
+    {{162041, 20}, TagType::int16u, none, 3, 0, 0},  // Colorant3Coordinates
+    {{162061, 14}, TagType::string, none, 4, 5, 274},  // ProfileCMMType
+    {{162075, 14}, TagType::int16s, none, 0, 0, 0},  // ProfileVersion
+    {{162089, 12}, TagType::string, none, 4, 279, 12},  // ProfileClass
+    {{162101, 14}, TagType::string, none, 4, 0, 0},  // ColorSpaceData
+    {{162115, 22}, TagType::string, none, 4, 0, 0},  // ProfileConnectionSpace
+    {{162137, 15}, TagType::datetime, none, 6, 0, 0},  // ProfileDateTime
+    {{162152, 20}, TagType::string, none, 4, 0, 0},  // ProfileFileSignature
+    {{162172, 15}, TagType::string, none, 4, 291, 5},  // PrimaryPlatform
+    {{162187, 8}, TagType::int32u, none, 0, 0, 0},  // CMMFlags
+    {{162195, 18}, TagType::string, none, 4, 5, 274},  // DeviceManufacturer
+    {{162213, 11}, TagType::string, none, 4, 0, 0},  // DeviceModel
+    {{162224, 16}, TagType::int32u, none, 2, 0, 0},  // DeviceAttributes
+    {{162240, 15}, TagType::int32u, none, 0, 296, 4},  // RenderingIntent
+    {{162255, 25}, TagType::fixed32s, none, 3, 0, 0},  // ConnectionSpaceIlluminant
+    {{162280, 14}, TagType::string, none, 4, 5, 274},  // ProfileCreator
+    {{162294, 9}, TagType::int8u, none, 16, 0, 0},  // ProfileID
+    {{162303, 5}, TagType::string, none, 0, 0, 0},  // AToB0
+    {{162308, 5}, TagType::string, none, 0, 0, 0},  // AToB1
+    {{162313, 5}, TagType::string, none, 0, 0, 0},  // AToB2
+    {{162318, 5}, TagType::string, none, 0, 0, 0},  // AToB3
+    {{162323, 5}, TagType::string, none, 0, 0, 0},  // AToM0
+    {{162328, 5}, TagType::string, none, 0, 0, 0},  // BToA0
+    {{162333, 5}, TagType::string, none, 0, 0, 0},  // BToA1
+    {{162338, 5}, TagType::string, none, 0, 0, 0},  // BToA2
+    {{162343, 5}, TagType::string, none, 0, 0, 0},  // BToA3
+    {{162348, 5}, TagType::string, binary, 0, 0, 0},  // BToD0
+    {{162353, 5}, TagType::string, binary, 0, 0, 0},  // BToD1
+    {{162358, 5}, TagType::string, binary, 0, 0, 0},  // BToD2
+    {{162363, 5}, TagType::string, binary, 0, 0, 0},  // BToD3
+    {{162368, 3}, TagType::string, none, 0, 0, 0},  // CXF
+    {{162371, 5}, TagType::string, binary, 0, 0, 0},  // DToB0
+    {{162376, 5}, TagType::string, binary, 0, 0, 0},  // DToB1
+    {{162381, 5}, TagType::string, binary, 0, 0, 0},  // DToB2
+    {{162386, 5}, TagType::string, binary, 0, 0, 0},  // DToB3
+    {{162391, 5}, TagType::string, none, 0, 0, 0},  // MToA0
+    {{162396, 5}, TagType::string, none, 0, 0, 0},  // MToB0
+    {{162401, 5}, TagType::string, none, 0, 0, 0},  // MToB1
+    {{162406, 5}, TagType::string, none, 0, 0, 0},  // MToB2
+    {{162411, 5}, TagType::string, none, 0, 0, 0},  // MToB3
+    {{162416, 5}, TagType::string, none, 0, 0, 0},  // MToS0
+    {{162421, 5}, TagType::string, none, 0, 0, 0},  // MToS1
+    {{162426, 5}, TagType::string, none, 0, 0, 0},  // MToS2
+    {{162431, 5}, TagType::string, none, 0, 0, 0},  // MToS3
+    {{162436, 11}, TagType::string, none, 0, 0, 0},  // WCSProfiles
+    {{162447, 9}, TagType::string, none, 0, 0, 0},  // BRDFAToB0
+    {{162456, 9}, TagType::string, none, 0, 0, 0},  // BRDFAToB1
+    {{162465, 9}, TagType::string, none, 0, 0, 0},  // BRDFAToB2
+    {{162474, 9}, TagType::string, none, 0, 0, 0},  // BRDFAToB3
+    {{162483, 9}, TagType::string, none, 0, 0, 0},  // BRDFBToA0
+    {{162492, 9}, TagType::string, none, 0, 0, 0},  // BRDFBToA1
+    {{162501, 9}, TagType::string, none, 0, 0, 0},  // BRDFBToA2
+    {{162510, 9}, TagType::string, none, 0, 0, 0},  // BRDFBToA3
+    {{162519, 9}, TagType::string, none, 0, 0, 0},  // BRDFBToD0
+    {{162528, 9}, TagType::string, none, 0, 0, 0},  // BRDFBToD1
+    {{162537, 9}, TagType::string, none, 0, 0, 0},  // BRDFBToD2
+    {{162546, 9}, TagType::string, none, 0, 0, 0},  // BRDFBToD3
+    {{162555, 9}, TagType::string, none, 0, 0, 0},  // BRDFDToB0
+    {{162564, 9}, TagType::string, none, 0, 0, 0},  // BRDFDToB1
+    {{162573, 9}, TagType::string, none, 0, 0, 0},  // BRDFDToB2
+    {{162582, 9}, TagType::string, none, 0, 0, 0},  // BRDFDToB3
+    {{162591, 9}, TagType::string, none, 0, 0, 0},  // BRDFMToB0
+    {{162600, 9}, TagType::string, none, 0, 0, 0},  // BRDFMToB1
+    {{162609, 9}, TagType::string, none, 0, 0, 0},  // BRDFMToB2
+    {{162618, 9}, TagType::string, none, 0, 0, 0},  // BRDFMToB3
+    {{162627, 9}, TagType::string, none, 0, 0, 0},  // BRDFMToS0
+    {{162636, 9}, TagType::string, none, 0, 0, 0},  // BRDFMToS1
+    {{162645, 9}, TagType::string, none, 0, 0, 0},  // BRDFMToS2
+    {{162654, 9}, TagType::string, none, 0, 0, 0},  // BRDFMToS3
+    {{162663, 7}, TagType::string, none, 0, 0, 0},  // BlueTRC
+    {{162670, 16}, TagType::string, none, 0, 0, 0},  // BlueMatrixColumn
+    {{162686, 22}, TagType::string, none, 0, 0, 0},  // BRDFColorimetricParam0
+    {{162708, 22}, TagType::string, none, 0, 0, 0},  // BRDFColorimetricParam1
+    {{162730, 22}, TagType::string, none, 0, 0, 0},  // BRDFColorimetricParam2
+    {{162752, 22}, TagType::string, none, 0, 0, 0},  // BRDFColorimetricParam3
+    {{162774, 5}, TagType::string, none, 0, 0, 0},  // UCRBG
+    {{162779, 15}, TagType::string, none, 0, 0, 0},  // MediaBlackPoint
+    {{162794, 18}, TagType::string, none, 0, 0, 0},  // BRDFSpectralParam0
+    {{162812, 18}, TagType::string, none, 0, 0, 0},  // BRDFSpectralParam1
+    {{162830, 18}, TagType::string, none, 0, 0, 0},  // BRDFSpectralParam2
+    {{162848, 18}, TagType::string, none, 0, 0, 0},  // BRDFSpectralParam3
+    {{162866, 19}, TagType::string, none, 0, 0, 0},  // CustomToStandardPcc
+    {{162885, 19}, TagType::string, none, 0, 0, 0},  // CalibrationDateTime
+    {{162904, 19}, TagType::string, none, 0, 0, 0},  // ColorEncodingParams
+    {{162923, 19}, TagType::string, none, 0, 0, 0},  // ChromaticAdaptation
+    {{162942, 28}, TagType::string, none, 0, 0, 0},  // ColorimetricIntentImageState
+    {{162970, 15}, TagType::string, none, 0, 0, 0},  // ColorantInfoOut
+    {{162985, 16}, TagType::string, none, 0, 0, 0},  // ColorantOrderOut
+    {{163001, 16}, TagType::string, binary, 0, 0, 0},  // ColorantTableOut
+    {{163017, 13}, TagType::string, none, 0, 0, 0},  // ColorantOrder
+    {{163030, 16}, TagType::string, none, 0, 0, 0},  // ProfileCopyright
+    {{163046, 7}, TagType::string, none, 0, 0, 0},  // CRDInfo
+    {{163053, 14}, TagType::string, none, 0, 0, 0},  // ColorSpaceName
+    {{163067, 16}, TagType::string, none, 0, 0, 0},  // DirectionalAToB0
+    {{163083, 16}, TagType::string, none, 0, 0, 0},  // DirectionalAToB1
+    {{163099, 16}, TagType::string, none, 0, 0, 0},  // DirectionalAToB2
+    {{163115, 16}, TagType::string, none, 0, 0, 0},  // DirectionalAToB3
+    {{163131, 16}, TagType::string, none, 0, 0, 0},  // DirectionalBToA0
+    {{163147, 16}, TagType::string, none, 0, 0, 0},  // DirectionalBToA1
+    {{163163, 16}, TagType::string, none, 0, 0, 0},  // DirectionalBToA2
+    {{163179, 16}, TagType::string, none, 0, 0, 0},  // DirectionalBToA3
+    {{163195, 16}, TagType::string, none, 0, 0, 0},  // DirectionalBToD0
+    {{163211, 16}, TagType::string, none, 0, 0, 0},  // DirectionalBToD1
+    {{163227, 16}, TagType::string, none, 0, 0, 0},  // DirectionalBToD2
+    {{163243, 16}, TagType::string, none, 0, 0, 0},  // DirectionalBToD3
+    {{163259, 16}, TagType::string, none, 0, 0, 0},  // DirectionalDToB0
+    {{163275, 16}, TagType::string, none, 0, 0, 0},  // DirectionalDToB1
+    {{163291, 16}, TagType::string, none, 0, 0, 0},  // DirectionalDToB2
+    {{163307, 16}, TagType::string, none, 0, 0, 0},  // DirectionalDToB3
+    {{163323, 18}, TagType::string, none, 0, 0, 0},  // ProfileDescription
+    {{163341, 14}, TagType::string, none, 0, 0, 0},  // DeviceSettings
+    {{163355, 15}, TagType::string, none, 0, 0, 0},  // DeviceModelDesc
+    {{163370, 13}, TagType::string, none, 0, 0, 0},  // DeviceMfgDesc
+    {{163383, 20}, TagType::string, none, 0, 0, 0},  // ProfileDescriptionML
+    {{163403, 30}, TagType::string, none, 0, 0, 0},  // FocalPlaneColorimetryEstimates
+    {{163433, 8}, TagType::string, none, 0, 0, 0},  // GreenTRC
+    {{163441, 17}, TagType::string, none, 0, 0, 0},  // GreenMatrixColumn
+    {{163458, 5}, TagType::string, none, 0, 0, 0},  // Gamut
+    {{163463, 25}, TagType::string, none, 0, 0, 0},  // GamutBoundaryDescription0
+    {{163488, 25}, TagType::string, none, 0, 0, 0},  // GamutBoundaryDescription1
+    {{163513, 25}, TagType::string, none, 0, 0, 0},  // GamutBoundaryDescription2
+    {{163538, 25}, TagType::string, none, 0, 0, 0},  // GamutBoundaryDescription3
+    {{163563, 7}, TagType::string, none, 0, 0, 0},  // GrayTRC
+    {{163570, 9}, TagType::string, none, 0, 0, 0},  // Luminance
+    {{163579, 18}, TagType::string, none, 0, 0, 0},  // MultiplexTypeArray
+    {{163597, 22}, TagType::string, none, 0, 0, 0},  // MultiplexDefaultValues
+    {{163619, 20}, TagType::string, none, 0, 0, 0},  // MeasurementInputInfo
+    {{163639, 15}, TagType::string, none, 0, 0, 0},  // MeasurementInfo
+    {{163654, 12}, TagType::string, none, 0, 0, 0},  // MakeAndModel
+    {{163666, 11}, TagType::string, none, 0, 0, 0},  // NamedColor2
+    {{163677, 10}, TagType::string, none, 0, 0, 0},  // NamedColor
+    {{163687, 17}, TagType::string, none, 0, 0, 0},  // NativeDisplayInfo
+    {{163704, 8}, TagType::string, none, 0, 0, 0},  // Preview0
+    {{163712, 8}, TagType::string, none, 0, 0, 0},  // Preview1
+    {{163720, 8}, TagType::string, none, 0, 0, 0},  // Preview2
+    {{163728, 18}, TagType::string, none, 0, 0, 0},  // PS2RenderingIntent
+    {{163746, 14}, TagType::string, none, 0, 0, 0},  // PostScript2CSA
+    {{163760, 15}, TagType::string, none, 0, 0, 0},  // PostScript2CRD0
+    {{163775, 15}, TagType::string, none, 0, 0, 0},  // PostScript2CRD1
+    {{163790, 15}, TagType::string, none, 0, 0, 0},  // PostScript2CRD2
+    {{163805, 15}, TagType::string, binary, 0, 0, 0},  // PostScript2CRD3
+    {{163820, 19}, TagType::string, none, 0, 0, 0},  // ProfileSequenceDesc
+    {{163839, 25}, TagType::string, binary, 0, 0, 0},  // ProfileSequenceIdentifier
+    {{163864, 19}, TagType::string, none, 0, 0, 0},  // ProfileSequenceInfo
+    {{163883, 12}, TagType::string, none, 0, 0, 0},  // PS2CRDVMSize
+    {{163895, 6}, TagType::string, none, 0, 0, 0},  // RedTRC
+    {{163901, 15}, TagType::string, none, 0, 0, 0},  // RedMatrixColumn
+    {{163916, 14}, TagType::string, none, 0, 0, 0},  // OutputResponse
+    {{163930, 13}, TagType::string, none, 0, 0, 0},  // ReferenceName
+    {{163943, 33}, TagType::string, none, 0, 0, 0},  // ReflectionHardcopyOrigColorimetry
+    {{163976, 30}, TagType::string, none, 0, 300, 1},  // PerceptualRenderingIntentGamut
+    {{164006, 30}, TagType::string, none, 0, 300, 1},  // SaturationRenderingIntentGamut
+    {{164036, 32}, TagType::string, none, 0, 0, 0},  // ReflectionPrintOutputColorimetry
+    {{164068, 19}, TagType::string, none, 0, 0, 0},  // StandardToCustomPcc
+    {{164087, 24}, TagType::string, none, 0, 0, 0},  // SceneAppearanceEstimates
+    {{164111, 25}, TagType::string, none, 0, 0, 0},  // SceneColorimetryEstimates
+    {{164136, 13}, TagType::string, none, 0, 0, 0},  // ScreeningDesc
+    {{164149, 9}, TagType::string, none, 0, 0, 0},  // Screening
+    {{164158, 10}, TagType::string, none, 0, 0, 0},  // SurfaceMap
+    {{164168, 25}, TagType::string, none, 0, 0, 0},  // SpectralViewingConditions
+    {{164193, 18}, TagType::string, none, 0, 0, 0},  // SpectralWhitePoint
+    {{164211, 10}, TagType::string, none, 0, 0, 0},  // CharTarget
+    {{164221, 10}, TagType::string, none, 0, 301, 26},  // Technology
+    {{164231, 14}, TagType::string, none, 0, 0, 0},  // VideoCardGamma
+    {{164245, 15}, TagType::string, none, 0, 0, 0},  // ViewingCondDesc
+    {{164260, 15}, TagType::string, none, 0, 0, 0},  // MediaWhitePoint
+    {{164275, 19}, TagType::int32u, none, 0, 327, 2},  // MeasurementObserver
+    {{164294, 18}, TagType::fixed32s, none, 3, 0, 0},  // MeasurementBacking
+    {{164312, 19}, TagType::int32u, none, 0, 329, 3},  // MeasurementGeometry
+    {{164331, 16}, TagType::fixed32u, none, 0, 0, 0},  // MeasurementFlare
+    {{164347, 21}, TagType::int32u, none, 0, 332, 8},  // MeasurementIlluminant
+    {{164368, 10}, TagType::string, none, 0, 0, 0},  // CreatorApp
+    {{164378, 16}, TagType::string, none, 0, 0, 0},  // ManufacturerName
+    {{164394, 10}, TagType::string, none, 0, 0, 0},  // MediaColor
+    {{164404, 11}, TagType::string, none, 0, 0, 0},  // MediaWeight
+    {{164415, 21}, TagType::fixed32s, none, 3, 0, 0},  // ViewingCondIlluminant
+    {{164436, 19}, TagType::fixed32s, none, 3, 0, 0},  // ViewingCondSurround
+    {{164455, 25}, TagType::int32u, none, 0, 332, 8},  // ViewingCondIlluminantType
 };
 constexpr detail::TextRef kChoicesICC_Profile[] = {
     {1676, 1}, {1677, 1}, {1678, 1}, {1681, 1}, {1679, 1}, {164480, 0}, {164480, 4}, {164484, 4},
@@ -11315,127 +11308,126 @@ constexpr std::uint16_t kKeyOrderICC_Profile[] = {
     164, 167, 168, 170, 169, 172, 173, 166, 171, 175, 88, 176, 177, 188, 190, 189, 57,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsICC_Profile[191];
-constinit detail::StreamTags gTagsICC_Profile("ICC_Profile", kText, kTagsICC_Profile, kKeyOrderICC_Profile, kChoicesICC_Profile, gItemsICC_Profile, &TagStringsCatalogue::stringsICC_Profile);
 
 // ID3: 115 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsID3[] = {
-    {{217318, 9}, TagType::string, 0, 0, 0, 0},  // GEOB-Data
-    {{217327, 9}, TagType::string, 0, 0, 0, 0},  // GEOB-Desc
-    {{217336, 9}, TagType::string, 0, 0, 0, 0},  // GEOB-File
-    {{217345, 9}, TagType::string, 0, 0, 0, 0},  // GEOB-Mime
-    {{157331, 6}, TagType::string, 0, 0, 0, 0},  // Author
-    {{217354, 3}, TagType::string, 0, 0, 0, 0},  // CRC
-    {{217357, 17}, TagType::string, 0, 0, 0, 0},  // ExtendedAlbumName
-    {{217374, 18}, TagType::string, 0, 0, 0, 0},  // ExtendedArtistName
-    {{217392, 18}, TagType::string, 0, 0, 0, 0},  // ExtendedTrackTitle
-    {{217410, 19}, TagType::string, 0, 0, 0, 0},  // AssociatedImageFile
-    {{217429, 11}, TagType::string, 0, 0, 0, 0},  // Indications
-    {{217440, 14}, TagType::string, 0, 0, 0, 0},  // AdditionalInfo
-    {{217454, 6}, TagType::string, 0, 0, 0, 0},  // Lyrics
-    {{217460, 12}, TagType::string, 0, 0, 0, 0},  // AverageLevel
-    {{217472, 9}, TagType::string, 0, 0, 0, 0},  // PeakValue
-    {{217481, 22}, TagType::string, 0, 0, 0, 0},  // WM_MediaClassPrimaryID
-    {{217503, 24}, TagType::string, 0, 0, 0, 0},  // WM_MediaClassSecondaryID
-    {{217527, 11}, TagType::string, 0, 0, 0, 0},  // WM_Provider
-    {{217538, 20}, TagType::string, 0, 0, 0, 0},  // WM_CollectionGroupID
-    {{217558, 15}, TagType::string, 0, 0, 0, 0},  // WM_CollectionID
-    {{217573, 12}, TagType::string, 0, 0, 0, 0},  // WM_ContentID
-    {{217585, 29}, TagType::string, 0, 0, 0, 0},  // SynchronizedLyricsDescription
-    {{217614, 22}, TagType::string, 1, 0, 0, 0},  // SynchronizedLyricsText
-    {{217636, 22}, TagType::string, 0, 0, 0, 9},  // SynchronizedLyricsType
-    {{157544, 5}, TagType::string, 0, 30, 0, 0},  // Title
-    {{217658, 6}, TagType::string, 0, 30, 0, 0},  // Artist
-    {{217664, 5}, TagType::string, 0, 30, 0, 0},  // Album
-    {{217669, 4}, TagType::string, 0, 4, 0, 0},  // Year
-    {{29198, 7}, TagType::string, 0, 30, 0, 0},  // Comment
-    {{217673, 5}, TagType::int8u, 0, 2, 0, 0},  // Track
-    {{217678, 5}, TagType::string, 0, 30, 9, 195},  // Genre
-    {{217683, 6}, TagType::string, 0, 60, 0, 0},  // Title2
-    {{217689, 7}, TagType::string, 0, 60, 0, 0},  // Artist2
-    {{217696, 6}, TagType::string, 0, 60, 0, 0},  // Album2
-    {{217702, 5}, TagType::int8u, 0, 0, 204, 4},  // Speed
-    {{217707, 9}, TagType::string, 0, 6, 0, 0},  // StartTime
-    {{217716, 7}, TagType::string, 0, 6, 0, 0},  // EndTime
-    {{217723, 11}, TagType::string, 0, 0, 0, 0},  // PlayCounter
-    {{217734, 8}, TagType::string, 0, 0, 0, 0},  // Grouping
-    {{217742, 14}, TagType::string, 0, 0, 0, 0},  // InvolvedPeople
-    {{217756, 7}, TagType::string, 8, 0, 0, 0},  // iTunesU
-    {{217763, 14}, TagType::string, 0, 0, 0, 0},  // MovementNumber
-    {{217777, 12}, TagType::string, 0, 0, 0, 0},  // MovementName
-    {{217789, 7}, TagType::string, 8, 0, 0, 0},  // Podcast
-    {{217796, 7}, TagType::string, 8, 0, 0, 0},  // Picture
-    {{217803, 13}, TagType::string, 0, 0, 0, 0},  // PictureFormat
-    {{217816, 11}, TagType::string, 0, 0, 208, 21},  // PictureType
-    {{217827, 18}, TagType::string, 0, 0, 0, 0},  // PictureDescription
-    {{217845, 13}, TagType::string, 0, 0, 0, 0},  // Popularimeter
-    {{217858, 24}, TagType::string, 0, 0, 0, 0},  // RelativeVolumeAdjustment
-    {{217882, 14}, TagType::string, 0, 0, 0, 0},  // BeatsPerMinute
-    {{217896, 8}, TagType::string, 0, 0, 0, 0},  // Composer
-    {{217904, 11}, TagType::string, 0, 0, 229, 2},  // Compilation
-    {{157366, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
-    {{157735, 4}, TagType::string, 0, 0, 0, 0},  // Date
-    {{217915, 13}, TagType::string, 0, 0, 0, 0},  // PlaylistDelay
-    {{217928, 9}, TagType::string, 0, 0, 0, 0},  // EncodedBy
-    {{217937, 8}, TagType::string, 0, 0, 0, 0},  // FileType
-    {{217945, 4}, TagType::string, 0, 0, 0, 0},  // Time
-    {{217949, 10}, TagType::string, 0, 0, 0, 0},  // InitialKey
-    {{157755, 8}, TagType::string, 0, 0, 0, 0},  // Language
-    {{217959, 6}, TagType::string, 0, 0, 0, 0},  // Length
-    {{217965, 5}, TagType::string, 0, 0, 0, 0},  // Media
-    {{217970, 14}, TagType::string, 0, 0, 0, 0},  // OriginalArtist
-    {{217984, 16}, TagType::string, 0, 0, 0, 0},  // OriginalFileName
-    {{218000, 16}, TagType::string, 0, 0, 0, 0},  // OriginalLyricist
-    {{218016, 19}, TagType::string, 0, 0, 0, 0},  // OriginalReleaseYear
-    {{218035, 13}, TagType::string, 0, 0, 0, 0},  // OriginalAlbum
-    {{218048, 4}, TagType::string, 0, 0, 0, 0},  // Band
-    {{218052, 9}, TagType::string, 0, 0, 0, 0},  // Conductor
-    {{218061, 13}, TagType::string, 0, 0, 0, 0},  // InterpretedBy
-    {{218074, 9}, TagType::string, 0, 0, 0, 0},  // PartOfSet
-    {{157763, 9}, TagType::string, 0, 0, 0, 0},  // Publisher
-    {{218083, 4}, TagType::string, 0, 0, 0, 0},  // ISRC
-    {{218087, 14}, TagType::string, 0, 0, 0, 0},  // RecordingDates
-    {{218101, 20}, TagType::string, 0, 0, 0, 0},  // AlbumArtistSortOrder
-    {{218121, 14}, TagType::string, 0, 0, 0, 0},  // AlbumSortOrder
-    {{218135, 17}, TagType::string, 0, 0, 0, 0},  // ComposerSortOrder
-    {{218152, 4}, TagType::string, 0, 0, 0, 0},  // Size
-    {{218156, 18}, TagType::string, 0, 0, 0, 0},  // PerformerSortOrder
-    {{218174, 15}, TagType::string, 0, 0, 0, 0},  // EncoderSettings
-    {{218189, 14}, TagType::string, 0, 0, 0, 0},  // TitleSortOrder
-    {{218203, 8}, TagType::string, 0, 0, 0, 0},  // Subtitle
-    {{218211, 8}, TagType::string, 0, 0, 0, 0},  // Lyricist
-    {{218219, 15}, TagType::string, 0, 0, 0, 0},  // UserDefinedText
-    {{218234, 7}, TagType::string, 0, 0, 0, 0},  // FileURL
-    {{218241, 9}, TagType::string, 0, 0, 0, 0},  // ArtistURL
-    {{218250, 9}, TagType::string, 0, 0, 0, 0},  // SourceURL
-    {{218259, 13}, TagType::string, 0, 0, 0, 0},  // CommercialURL
-    {{218272, 12}, TagType::string, 0, 0, 0, 0},  // CopyrightURL
-    {{218284, 12}, TagType::string, 0, 0, 0, 0},  // PublisherURL
-    {{218296, 14}, TagType::string, 0, 0, 0, 0},  // UserDefinedURL
-    {{218310, 15}, TagType::string, 0, 0, 0, 0},  // PictureMIMEType
-    {{218325, 17}, TagType::string, 8, 0, 0, 0},  // MusicCDIdentifier
-    {{218342, 9}, TagType::string, 0, 0, 0, 0},  // Ownership
-    {{218351, 15}, TagType::string, 0, 0, 0, 0},  // PodcastCategory
-    {{218366, 18}, TagType::string, 0, 0, 0, 0},  // PodcastDescription
-    {{218384, 9}, TagType::string, 0, 0, 0, 0},  // PodcastID
-    {{218393, 15}, TagType::string, 0, 0, 0, 0},  // PodcastKeywords
-    {{218408, 9}, TagType::string, 0, 0, 0, 0},  // FileOwner
-    {{218417, 24}, TagType::string, 0, 0, 0, 0},  // InternetRadioStationName
-    {{218441, 25}, TagType::string, 0, 0, 0, 0},  // InternetRadioStationOwner
-    {{218466, 10}, TagType::string, 0, 0, 0, 0},  // TermsOfUse
-    {{218476, 10}, TagType::string, 0, 0, 0, 0},  // PodcastURL
-    {{218486, 23}, TagType::string, 0, 0, 0, 0},  // InternetRadioStationURL
-    {{218509, 10}, TagType::string, 0, 0, 0, 0},  // PaymentURL
-    {{218519, 19}, TagType::string, 0, 0, 0, 0},  // OriginalReleaseTime
-    {{218538, 12}, TagType::string, 0, 0, 0, 0},  // EncodingTime
-    {{218550, 13}, TagType::string, 0, 0, 0, 0},  // RecordingTime
-    {{218563, 11}, TagType::string, 0, 0, 0, 0},  // ReleaseTime
-    {{218574, 11}, TagType::string, 0, 0, 0, 0},  // TaggingTime
-    {{218585, 15}, TagType::string, 0, 0, 0, 0},  // MusicianCredits
-    {{218600, 4}, TagType::string, 0, 0, 0, 0},  // Mood
-    {{218604, 14}, TagType::string, 0, 0, 0, 0},  // ProducedNotice
-    {{218618, 11}, TagType::string, 0, 0, 0, 0},  // SetSubtitle
+    {{217318, 9}, TagType::string, none, 0, 0, 0},  // GEOB-Data
+    {{217327, 9}, TagType::string, none, 0, 0, 0},  // GEOB-Desc
+    {{217336, 9}, TagType::string, none, 0, 0, 0},  // GEOB-File
+    {{217345, 9}, TagType::string, none, 0, 0, 0},  // GEOB-Mime
+    {{157331, 6}, TagType::string, none, 0, 0, 0},  // Author
+    {{217354, 3}, TagType::string, none, 0, 0, 0},  // CRC
+    {{217357, 17}, TagType::string, none, 0, 0, 0},  // ExtendedAlbumName
+    {{217374, 18}, TagType::string, none, 0, 0, 0},  // ExtendedArtistName
+    {{217392, 18}, TagType::string, none, 0, 0, 0},  // ExtendedTrackTitle
+    {{217410, 19}, TagType::string, none, 0, 0, 0},  // AssociatedImageFile
+    {{217429, 11}, TagType::string, none, 0, 0, 0},  // Indications
+    {{217440, 14}, TagType::string, none, 0, 0, 0},  // AdditionalInfo
+    {{217454, 6}, TagType::string, none, 0, 0, 0},  // Lyrics
+    {{217460, 12}, TagType::string, none, 0, 0, 0},  // AverageLevel
+    {{217472, 9}, TagType::string, none, 0, 0, 0},  // PeakValue
+    {{217481, 22}, TagType::string, none, 0, 0, 0},  // WM_MediaClassPrimaryID
+    {{217503, 24}, TagType::string, none, 0, 0, 0},  // WM_MediaClassSecondaryID
+    {{217527, 11}, TagType::string, none, 0, 0, 0},  // WM_Provider
+    {{217538, 20}, TagType::string, none, 0, 0, 0},  // WM_CollectionGroupID
+    {{217558, 15}, TagType::string, none, 0, 0, 0},  // WM_CollectionID
+    {{217573, 12}, TagType::string, none, 0, 0, 0},  // WM_ContentID
+    {{217585, 29}, TagType::string, none, 0, 0, 0},  // SynchronizedLyricsDescription
+    {{217614, 22}, TagType::string, list, 0, 0, 0},  // SynchronizedLyricsText
+    {{217636, 22}, TagType::string, none, 0, 0, 9},  // SynchronizedLyricsType
+    {{157544, 5}, TagType::string, none, 30, 0, 0},  // Title
+    {{217658, 6}, TagType::string, none, 30, 0, 0},  // Artist
+    {{217664, 5}, TagType::string, none, 30, 0, 0},  // Album
+    {{217669, 4}, TagType::string, none, 4, 0, 0},  // Year
+    {{29198, 7}, TagType::string, none, 30, 0, 0},  // Comment
+    {{217673, 5}, TagType::int8u, none, 2, 0, 0},  // Track
+    {{217678, 5}, TagType::string, none, 30, 9, 195},  // Genre
+    {{217683, 6}, TagType::string, none, 60, 0, 0},  // Title2
+    {{217689, 7}, TagType::string, none, 60, 0, 0},  // Artist2
+    {{217696, 6}, TagType::string, none, 60, 0, 0},  // Album2
+    {{217702, 5}, TagType::int8u, none, 0, 204, 4},  // Speed
+    {{217707, 9}, TagType::string, none, 6, 0, 0},  // StartTime
+    {{217716, 7}, TagType::string, none, 6, 0, 0},  // EndTime
+    {{217723, 11}, TagType::string, none, 0, 0, 0},  // PlayCounter
+    {{217734, 8}, TagType::string, none, 0, 0, 0},  // Grouping
+    {{217742, 14}, TagType::string, none, 0, 0, 0},  // InvolvedPeople
+    {{217756, 7}, TagType::string, binary, 0, 0, 0},  // iTunesU
+    {{217763, 14}, TagType::string, none, 0, 0, 0},  // MovementNumber
+    {{217777, 12}, TagType::string, none, 0, 0, 0},  // MovementName
+    {{217789, 7}, TagType::string, binary, 0, 0, 0},  // Podcast
+    {{217796, 7}, TagType::string, binary, 0, 0, 0},  // Picture
+    {{217803, 13}, TagType::string, none, 0, 0, 0},  // PictureFormat
+    {{217816, 11}, TagType::string, none, 0, 208, 21},  // PictureType
+    {{217827, 18}, TagType::string, none, 0, 0, 0},  // PictureDescription
+    {{217845, 13}, TagType::string, none, 0, 0, 0},  // Popularimeter
+    {{217858, 24}, TagType::string, none, 0, 0, 0},  // RelativeVolumeAdjustment
+    {{217882, 14}, TagType::string, none, 0, 0, 0},  // BeatsPerMinute
+    {{217896, 8}, TagType::string, none, 0, 0, 0},  // Composer
+    {{217904, 11}, TagType::string, none, 0, 229, 2},  // Compilation
+    {{157366, 9}, TagType::string, none, 0, 0, 0},  // Copyright
+    {{157735, 4}, TagType::string, none, 0, 0, 0},  // Date
+    {{217915, 13}, TagType::string, none, 0, 0, 0},  // PlaylistDelay
+    {{217928, 9}, TagType::string, none, 0, 0, 0},  // EncodedBy
+    {{217937, 8}, TagType::string, none, 0, 0, 0},  // FileType
+    {{217945, 4}, TagType::string, none, 0, 0, 0},  // Time
+    {{217949, 10}, TagType::string, none, 0, 0, 0},  // InitialKey
+    {{157755, 8}, TagType::string, none, 0, 0, 0},  // Language
+    {{217959, 6}, TagType::string, none, 0, 0, 0},  // Length
+    {{217965, 5}, TagType::string, none, 0, 0, 0},  // Media
+    {{217970, 14}, TagType::string, none, 0, 0, 0},  // OriginalArtist
+    {{217984, 16}, TagType::string, none, 0, 0, 0},  // OriginalFileName
+    {{218000, 16}, TagType::string, none, 0, 0, 0},  // OriginalLyricist
+    {{218016, 19}, TagType::string, none, 0, 0, 0},  // OriginalReleaseYear
+    {{218035, 13}, TagType::string, none, 0, 0, 0},  // OriginalAlbum
+    {{218048, 4}, TagType::string, none, 0, 0, 0},  // Band
+    {{218052, 9}, TagType::string, none, 0, 0, 0},  // Conductor
+    {{218061, 13}, TagType::string, none, 0, 0, 0},  // InterpretedBy
+    {{218074, 9}, TagType::string, none, 0, 0, 0},  // PartOfSet
+    {{157763, 9}, TagType::string, none, 0, 0, 0},  // Publisher
+    {{218083, 4}, TagType::string, none, 0, 0, 0},  // ISRC
+    {{218087, 14}, TagType::string, none, 0, 0, 0},  // RecordingDates
+    {{218101, 20}, TagType::string, none, 0, 0, 0},  // AlbumArtistSortOrder
+    {{218121, 14}, TagType::string, none, 0, 0, 0},  // AlbumSortOrder
+    {{218135, 17}, TagType::string, none, 0, 0, 0},  // ComposerSortOrder
+    {{218152, 4}, TagType::string, none, 0, 0, 0},  // Size
+    {{218156, 18}, TagType::string, none, 0, 0, 0},  // PerformerSortOrder
+    {{218174, 15}, TagType::string, none, 0, 0, 0},  // EncoderSettings
+    {{218189, 14}, TagType::string, none, 0, 0, 0},  // TitleSortOrder
+    {{218203, 8}, TagType::string, none, 0, 0, 0},  // Subtitle
+    {{218211, 8}, TagType::string, none, 0, 0, 0},  // Lyricist
+    {{218219, 15}, TagType::string, none, 0, 0, 0},  // UserDefinedText
+    {{218234, 7}, TagType::string, none, 0, 0, 0},  // FileURL
+    {{218241, 9}, TagType::string, none, 0, 0, 0},  // ArtistURL
+    {{218250, 9}, TagType::string, none, 0, 0, 0},  // SourceURL
+    {{218259, 13}, TagType::string, none, 0, 0, 0},  // CommercialURL
+    {{218272, 12}, TagType::string, none, 0, 0, 0},  // CopyrightURL
+    {{218284, 12}, TagType::string, none, 0, 0, 0},  // PublisherURL
+    {{218296, 14}, TagType::string, none, 0, 0, 0},  // UserDefinedURL
+    {{218310, 15}, TagType::string, none, 0, 0, 0},  // PictureMIMEType
+    {{218325, 17}, TagType::string, binary, 0, 0, 0},  // MusicCDIdentifier
+    {{218342, 9}, TagType::string, none, 0, 0, 0},  // Ownership
+    {{218351, 15}, TagType::string, none, 0, 0, 0},  // PodcastCategory
+    {{218366, 18}, TagType::string, none, 0, 0, 0},  // PodcastDescription
+    {{218384, 9}, TagType::string, none, 0, 0, 0},  // PodcastID
+    {{218393, 15}, TagType::string, none, 0, 0, 0},  // PodcastKeywords
+    {{218408, 9}, TagType::string, none, 0, 0, 0},  // FileOwner
+    {{218417, 24}, TagType::string, none, 0, 0, 0},  // InternetRadioStationName
+    {{218441, 25}, TagType::string, none, 0, 0, 0},  // InternetRadioStationOwner
+    {{218466, 10}, TagType::string, none, 0, 0, 0},  // TermsOfUse
+    {{218476, 10}, TagType::string, none, 0, 0, 0},  // PodcastURL
+    {{218486, 23}, TagType::string, none, 0, 0, 0},  // InternetRadioStationURL
+    {{218509, 10}, TagType::string, none, 0, 0, 0},  // PaymentURL
+    {{218519, 19}, TagType::string, none, 0, 0, 0},  // OriginalReleaseTime
+    {{218538, 12}, TagType::string, none, 0, 0, 0},  // EncodingTime
+    {{218550, 13}, TagType::string, none, 0, 0, 0},  // RecordingTime
+    {{218563, 11}, TagType::string, none, 0, 0, 0},  // ReleaseTime
+    {{218574, 11}, TagType::string, none, 0, 0, 0},  // TaggingTime
+    {{218585, 15}, TagType::string, none, 0, 0, 0},  // MusicianCredits
+    {{218600, 4}, TagType::string, none, 0, 0, 0},  // Mood
+    {{218604, 14}, TagType::string, none, 0, 0, 0},  // ProducedNotice
+    {{218618, 11}, TagType::string, none, 0, 0, 0},  // SetSubtitle
 };
 constexpr detail::TextRef kChoicesID3[] = {
     {1676, 1}, {1677, 1}, {1678, 1}, {1681, 1}, {1679, 1}, {1682, 1}, {1683, 1}, {1944, 1},
@@ -12126,128 +12118,127 @@ constexpr std::uint16_t kKeyOrderID3[] = {
     22, 23, 110, 102, 58, 24, 31, 81, 29, 84, 91, 18, 19, 20, 15, 16, 17, 27, 40,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsID3[115];
-constinit detail::StreamTags gTagsID3("ID3", kText, kTagsID3, kKeyOrderID3, kChoicesID3, gItemsID3, &TagStringsCatalogue::stringsID3);
 
 // IPTC: 116 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsIPTC[] = {
-    {{229942, 4}, TagType::string, 26, 0, 0, 0},  // IPTC
-    {{229946, 24}, TagType::int16u, 2, 0, 0, 0},  // ApplicationRecordVersion
-    {{229970, 19}, TagType::string, 2, 67, 0, 0},  // ObjectTypeReference
-    {{229989, 24}, TagType::string, 3, 68, 0, 0},  // ObjectAttributeReference
-    {{230013, 10}, TagType::string, 2, 64, 0, 0},  // ObjectName
-    {{230023, 10}, TagType::string, 2, 64, 0, 0},  // EditStatus
-    {{230033, 15}, TagType::digits, 2, 2, 0, 1},  // EditorialUpdate
-    {{230048, 7}, TagType::digits, 2, 1, 1, 10},  // Urgency
-    {{230055, 16}, TagType::string, 3, 236, 0, 0},  // SubjectReference
-    {{157549, 8}, TagType::string, 2, 3, 0, 0},  // Category
-    {{230071, 22}, TagType::string, 3, 32, 0, 0},  // SupplementalCategories
-    {{230093, 17}, TagType::string, 2, 32, 0, 0},  // FixtureIdentifier
-    {{157465, 8}, TagType::string, 3, 64, 0, 0},  // Keywords
-    {{230110, 19}, TagType::country3166a3, 3, 3, 0, 0},  // ContentLocationCode
-    {{230129, 19}, TagType::string, 3, 64, 0, 0},  // ContentLocationName
-    {{230148, 11}, TagType::digitsdate, 2, 1, 0, 0},  // ReleaseDate
-    {{218563, 11}, TagType::digitstime, 2, 1, 0, 0},  // ReleaseTime
-    {{230159, 14}, TagType::digitsdate, 2, 1, 0, 0},  // ExpirationDate
-    {{230173, 14}, TagType::digitstime, 2, 1, 0, 0},  // ExpirationTime
-    {{230187, 19}, TagType::string, 2, 256, 0, 0},  // SpecialInstructions
-    {{230206, 13}, TagType::digits, 2, 2, 11, 5},  // ActionAdvised
-    {{230219, 16}, TagType::string, 3, 10, 0, 0},  // ReferenceService
-    {{230235, 13}, TagType::digitsdate, 3, 1, 0, 0},  // ReferenceDate
-    {{230248, 15}, TagType::digits, 3, 8, 0, 0},  // ReferenceNumber
-    {{230263, 11}, TagType::digitsdate, 2, 1, 0, 0},  // DateCreated
-    {{230274, 11}, TagType::digitstime, 2, 1, 0, 0},  // TimeCreated
-    {{230285, 19}, TagType::digitsdate, 2, 1, 0, 0},  // DigitalCreationDate
-    {{230304, 19}, TagType::digitstime, 2, 1, 0, 0},  // DigitalCreationTime
-    {{230323, 18}, TagType::string, 2, 32, 0, 0},  // OriginatingProgram
-    {{230341, 14}, TagType::string, 2, 10, 0, 0},  // ProgramVersion
-    {{230355, 11}, TagType::string, 2, 1, 16, 3},  // ObjectCycle
-    {{230366, 7}, TagType::string, 3, 32, 0, 0},  // By-line
-    {{230373, 12}, TagType::string, 3, 32, 0, 0},  // By-lineTitle
-    {{230385, 4}, TagType::string, 2, 32, 0, 0},  // City
-    {{230389, 12}, TagType::string, 2, 32, 0, 0},  // Sub-location
-    {{230401, 14}, TagType::string, 2, 32, 0, 0},  // Province-State
-    {{230415, 27}, TagType::country3166a3, 2, 3, 0, 0},  // Country-PrimaryLocationCode
-    {{230442, 27}, TagType::string, 2, 64, 0, 0},  // Country-PrimaryLocationName
-    {{230469, 29}, TagType::string, 2, 32, 0, 0},  // OriginalTransmissionReference
-    {{230498, 8}, TagType::string, 2, 256, 0, 0},  // Headline
-    {{230506, 6}, TagType::string, 2, 32, 0, 0},  // Credit
-    {{157786, 6}, TagType::string, 2, 32, 0, 0},  // Source
-    {{230512, 15}, TagType::string, 2, 128, 0, 0},  // CopyrightNotice
-    {{230527, 7}, TagType::string, 3, 128, 0, 0},  // Contact
-    {{230534, 16}, TagType::longstring, 2, 2000, 0, 0},  // Caption-Abstract
-    {{230550, 12}, TagType::string, 2, 256, 0, 0},  // LocalCaption
-    {{230562, 13}, TagType::string, 3, 32, 0, 0},  // Writer-Editor
-    {{230575, 9}, TagType::string, 2, 2, 0, 0},  // ImageType
-    {{230584, 16}, TagType::string, 2, 1, 19, 3},  // ImageOrientation
-    {{230600, 18}, TagType::string, 2, 3, 0, 0},  // LanguageIdentifier
-    {{230618, 9}, TagType::string, 2, 2, 22, 17},  // AudioType
-    {{230627, 17}, TagType::digits, 2, 6, 0, 0},  // AudioSamplingRate
-    {{230644, 23}, TagType::digits, 2, 2, 0, 0},  // AudioSamplingResolution
-    {{230667, 13}, TagType::digits, 2, 6, 0, 0},  // AudioDuration
-    {{230680, 11}, TagType::string, 2, 64, 0, 0},  // AudioOutcue
-    {{230691, 5}, TagType::string, 2, 64, 0, 0},  // JobID
-    {{230696, 16}, TagType::string, 2, 256, 0, 0},  // MasterDocumentID
-    {{230712, 15}, TagType::string, 2, 64, 0, 0},  // ShortDocumentID
-    {{230727, 16}, TagType::string, 2, 128, 0, 0},  // UniqueDocumentID
-    {{230743, 7}, TagType::string, 2, 128, 0, 0},  // OwnerID
-    {{230750, 23}, TagType::int16u, 2, 0, 39, 30},  // ObjectPreviewFileFormat
-    {{230773, 24}, TagType::int16u, 2, 0, 0, 0},  // ObjectPreviewFileVersion
-    {{230797, 17}, TagType::imagedata, 10, 256000, 0, 0},  // ObjectPreviewData
-    {{230814, 5}, TagType::string, 2, 64, 0, 0},  // Prefs
-    {{230819, 13}, TagType::string, 2, 64, 0, 0},  // ClassifyState
-    {{230832, 15}, TagType::string, 2, 32, 0, 0},  // SimilarityIndex
-    {{230847, 13}, TagType::string, 2, 1024, 0, 0},  // DocumentNotes
-    {{230860, 15}, TagType::string, 2, 256, 0, 0},  // DocumentHistory
-    {{230875, 14}, TagType::string, 2, 4096, 0, 0},  // ExifCameraInfo
-    {{230889, 11}, TagType::string, 3, 256, 0, 0},  // CatalogSets
-    {{230900, 21}, TagType::int16u, 2, 0, 0, 0},  // EnvelopeRecordVersion
-    {{230921, 11}, TagType::string, 3, 1024, 0, 0},  // Destination
-    {{230932, 10}, TagType::int16u, 2, 0, 39, 30},  // FileFormat
-    {{230942, 11}, TagType::int16u, 2, 0, 0, 0},  // FileVersion
-    {{230953, 17}, TagType::string, 2, 10, 0, 0},  // ServiceIdentifier
-    {{230970, 14}, TagType::digits, 2, 8, 0, 0},  // EnvelopeNumber
-    {{230984, 9}, TagType::string, 3, 32, 0, 0},  // ProductID
-    {{230993, 16}, TagType::digits, 2, 1, 1, 10},  // EnvelopePriority
-    {{231009, 8}, TagType::digitsdate, 2, 1, 0, 0},  // DateSent
-    {{231017, 8}, TagType::digitstime, 2, 1, 0, 0},  // TimeSent
-    {{231025, 17}, TagType::string, 18, 32, 0, 0},  // CodedCharacterSet
-    {{231042, 16}, TagType::string, 2, 80, 0, 0},  // UniqueObjectName
-    {{231058, 13}, TagType::int16u, 2, 0, 0, 0},  // ARMIdentifier
-    {{231071, 10}, TagType::int16u, 2, 0, 0, 0},  // ARMVersion
-    {{231081, 16}, TagType::int16u, 2, 0, 0, 0},  // NewsPhotoVersion
-    {{231097, 17}, TagType::string, 2, 16, 0, 0},  // IPTCPictureNumber
-    {{231114, 14}, TagType::int16u, 2, 0, 0, 0},  // IPTCImageWidth
-    {{231128, 15}, TagType::int16u, 2, 0, 0, 0},  // IPTCImageHeight
-    {{231143, 14}, TagType::int16u, 2, 0, 0, 0},  // IPTCPixelWidth
-    {{231157, 15}, TagType::int16u, 2, 0, 0, 0},  // IPTCPixelHeight
-    {{231172, 16}, TagType::int8u, 2, 0, 69, 4},  // SupplementalType
-    {{231188, 19}, TagType::int16u, 2, 0, 73, 14},  // ColorRepresentation
-    {{231207, 21}, TagType::int8u, 2, 0, 87, 8},  // InterchangeColorSpace
-    {{231228, 13}, TagType::int8u, 2, 0, 0, 0},  // ColorSequence
-    {{29102, 11}, TagType::string, 10, 0, 0, 0},  // ICC_Profile
-    {{231241, 22}, TagType::string, 10, 0, 0, 0},  // ColorCalibrationMatrix
-    {{231263, 11}, TagType::string, 10, 0, 0, 0},  // LookupTable
-    {{231274, 15}, TagType::int16u, 2, 0, 0, 0},  // NumIndexEntries
-    {{231289, 12}, TagType::string, 10, 0, 0, 0},  // ColorPalette
-    {{231301, 17}, TagType::int8u, 2, 0, 0, 0},  // IPTCBitsPerSample
-    {{231318, 15}, TagType::int8u, 2, 0, 95, 3},  // SampleStructure
-    {{231333, 17}, TagType::int8u, 2, 0, 98, 8},  // ScanningDirection
-    {{231350, 17}, TagType::int8u, 2, 0, 69, 4},  // IPTCImageRotation
-    {{231367, 21}, TagType::int32u, 2, 0, 0, 0},  // DataCompressionMethod
-    {{231388, 18}, TagType::int8u, 2, 0, 98, 8},  // QuantizationMethod
-    {{231406, 9}, TagType::string, 10, 0, 0, 0},  // EndPoints
-    {{231415, 18}, TagType::int8u, 2, 0, 106, 2},  // ExcursionTolerance
-    {{231433, 16}, TagType::int8u, 2, 0, 0, 0},  // BitsPerComponent
-    {{231449, 19}, TagType::int16u, 2, 0, 0, 0},  // MaximumDensityRange
-    {{231468, 21}, TagType::int16u, 2, 0, 0, 0},  // GammaCompensatedValue
-    {{231489, 7}, TagType::string, 9, 0, 0, 0},  // SubFile
-    {{231496, 19}, TagType::int32u, 0, 0, 0, 0},  // ConfirmedObjectSize
-    {{231515, 8}, TagType::int8u, 0, 0, 106, 2},  // SizeMode
-    {{231523, 14}, TagType::int32u, 0, 0, 0, 0},  // MaxSubfileSize
-    {{231537, 19}, TagType::int32u, 0, 0, 0, 0},  // ObjectSizeAnnounced
-    {{231556, 17}, TagType::int32u, 0, 0, 0, 0},  // MaximumObjectSize
+    {{229942, 4}, TagType::string, writable | binary | unsafe, 0, 0, 0},  // IPTC
+    {{229946, 24}, TagType::int16u, writable, 0, 0, 0},  // ApplicationRecordVersion
+    {{229970, 19}, TagType::string, writable, 67, 0, 0},  // ObjectTypeReference
+    {{229989, 24}, TagType::string, list | writable, 68, 0, 0},  // ObjectAttributeReference
+    {{230013, 10}, TagType::string, writable, 64, 0, 0},  // ObjectName
+    {{230023, 10}, TagType::string, writable, 64, 0, 0},  // EditStatus
+    {{230033, 15}, TagType::digits, writable, 2, 0, 1},  // EditorialUpdate
+    {{230048, 7}, TagType::digits, writable, 1, 1, 10},  // Urgency
+    {{230055, 16}, TagType::string, list | writable, 236, 0, 0},  // SubjectReference
+    {{157549, 8}, TagType::string, writable, 3, 0, 0},  // Category
+    {{230071, 22}, TagType::string, list | writable, 32, 0, 0},  // SupplementalCategories
+    {{230093, 17}, TagType::string, writable, 32, 0, 0},  // FixtureIdentifier
+    {{157465, 8}, TagType::string, list | writable, 64, 0, 0},  // Keywords
+    {{230110, 19}, TagType::country3166a3, list | writable, 3, 0, 0},  // ContentLocationCode
+    {{230129, 19}, TagType::string, list | writable, 64, 0, 0},  // ContentLocationName
+    {{230148, 11}, TagType::digitsdate, writable, 1, 0, 0},  // ReleaseDate
+    {{218563, 11}, TagType::digitstime, writable, 1, 0, 0},  // ReleaseTime
+    {{230159, 14}, TagType::digitsdate, writable, 1, 0, 0},  // ExpirationDate
+    {{230173, 14}, TagType::digitstime, writable, 1, 0, 0},  // ExpirationTime
+    {{230187, 19}, TagType::string, writable, 256, 0, 0},  // SpecialInstructions
+    {{230206, 13}, TagType::digits, writable, 2, 11, 5},  // ActionAdvised
+    {{230219, 16}, TagType::string, list | writable, 10, 0, 0},  // ReferenceService
+    {{230235, 13}, TagType::digitsdate, list | writable, 1, 0, 0},  // ReferenceDate
+    {{230248, 15}, TagType::digits, list | writable, 8, 0, 0},  // ReferenceNumber
+    {{230263, 11}, TagType::digitsdate, writable, 1, 0, 0},  // DateCreated
+    {{230274, 11}, TagType::digitstime, writable, 1, 0, 0},  // TimeCreated
+    {{230285, 19}, TagType::digitsdate, writable, 1, 0, 0},  // DigitalCreationDate
+    {{230304, 19}, TagType::digitstime, writable, 1, 0, 0},  // DigitalCreationTime
+    {{230323, 18}, TagType::string, writable, 32, 0, 0},  // OriginatingProgram
+    {{230341, 14}, TagType::string, writable, 10, 0, 0},  // ProgramVersion
+    {{230355, 11}, TagType::string, writable, 1, 16, 3},  // ObjectCycle
+    {{230366, 7}, TagType::string, list | writable, 32, 0, 0},  // By-line
+    {{230373, 12}, TagType::string, list | writable, 32, 0, 0},  // By-lineTitle
+    {{230385, 4}, TagType::string, writable, 32, 0, 0},  // City
+    {{230389, 12}, TagType::string, writable, 32, 0, 0},  // Sub-location
+    {{230401, 14}, TagType::string, writable, 32, 0, 0},  // Province-State
+    {{230415, 27}, TagType::country3166a3, writable, 3, 0, 0},  // Country-PrimaryLocationCode
+    {{230442, 27}, TagType::string, writable, 64, 0, 0},  // Country-PrimaryLocationName
+    {{230469, 29}, TagType::string, writable, 32, 0, 0},  // OriginalTransmissionReference
+    {{230498, 8}, TagType::string, writable, 256, 0, 0},  // Headline
+    {{230506, 6}, TagType::string, writable, 32, 0, 0},  // Credit
+    {{157786, 6}, TagType::string, writable, 32, 0, 0},  // Source
+    {{230512, 15}, TagType::string, writable, 128, 0, 0},  // CopyrightNotice
+    {{230527, 7}, TagType::string, list | writable, 128, 0, 0},  // Contact
+    {{230534, 16}, TagType::longstring, writable, 2000, 0, 0},  // Caption-Abstract
+    {{230550, 12}, TagType::string, writable, 256, 0, 0},  // LocalCaption
+    {{230562, 13}, TagType::string, list | writable, 32, 0, 0},  // Writer-Editor
+    {{230575, 9}, TagType::string, writable, 2, 0, 0},  // ImageType
+    {{230584, 16}, TagType::string, writable, 1, 19, 3},  // ImageOrientation
+    {{230600, 18}, TagType::string, writable, 3, 0, 0},  // LanguageIdentifier
+    {{230618, 9}, TagType::string, writable, 2, 22, 17},  // AudioType
+    {{230627, 17}, TagType::digits, writable, 6, 0, 0},  // AudioSamplingRate
+    {{230644, 23}, TagType::digits, writable, 2, 0, 0},  // AudioSamplingResolution
+    {{230667, 13}, TagType::digits, writable, 6, 0, 0},  // AudioDuration
+    {{230680, 11}, TagType::string, writable, 64, 0, 0},  // AudioOutcue
+    {{230691, 5}, TagType::string, writable, 64, 0, 0},  // JobID
+    {{230696, 16}, TagType::string, writable, 256, 0, 0},  // MasterDocumentID
+    {{230712, 15}, TagType::string, writable, 64, 0, 0},  // ShortDocumentID
+    {{230727, 16}, TagType::string, writable, 128, 0, 0},  // UniqueDocumentID
+    {{230743, 7}, TagType::string, writable, 128, 0, 0},  // OwnerID
+    {{230750, 23}, TagType::int16u, writable, 0, 39, 30},  // ObjectPreviewFileFormat
+    {{230773, 24}, TagType::int16u, writable, 0, 0, 0},  // ObjectPreviewFileVersion
+    {{230797, 17}, TagType::imagedata, writable | binary, 256000, 0, 0},  // ObjectPreviewData
+    {{230814, 5}, TagType::string, writable, 64, 0, 0},  // Prefs
+    {{230819, 13}, TagType::string, writable, 64, 0, 0},  // ClassifyState
+    {{230832, 15}, TagType::string, writable, 32, 0, 0},  // SimilarityIndex
+    {{230847, 13}, TagType::string, writable, 1024, 0, 0},  // DocumentNotes
+    {{230860, 15}, TagType::string, writable, 256, 0, 0},  // DocumentHistory
+    {{230875, 14}, TagType::string, writable, 4096, 0, 0},  // ExifCameraInfo
+    {{230889, 11}, TagType::string, list | writable, 256, 0, 0},  // CatalogSets
+    {{230900, 21}, TagType::int16u, writable, 0, 0, 0},  // EnvelopeRecordVersion
+    {{230921, 11}, TagType::string, list | writable, 1024, 0, 0},  // Destination
+    {{230932, 10}, TagType::int16u, writable, 0, 39, 30},  // FileFormat
+    {{230942, 11}, TagType::int16u, writable, 0, 0, 0},  // FileVersion
+    {{230953, 17}, TagType::string, writable, 10, 0, 0},  // ServiceIdentifier
+    {{230970, 14}, TagType::digits, writable, 8, 0, 0},  // EnvelopeNumber
+    {{230984, 9}, TagType::string, list | writable, 32, 0, 0},  // ProductID
+    {{230993, 16}, TagType::digits, writable, 1, 1, 10},  // EnvelopePriority
+    {{231009, 8}, TagType::digitsdate, writable, 1, 0, 0},  // DateSent
+    {{231017, 8}, TagType::digitstime, writable, 1, 0, 0},  // TimeSent
+    {{231025, 17}, TagType::string, writable | unsafe, 32, 0, 0},  // CodedCharacterSet
+    {{231042, 16}, TagType::string, writable, 80, 0, 0},  // UniqueObjectName
+    {{231058, 13}, TagType::int16u, writable, 0, 0, 0},  // ARMIdentifier
+    {{231071, 10}, TagType::int16u, writable, 0, 0, 0},  // ARMVersion
+    {{231081, 16}, TagType::int16u, writable, 0, 0, 0},  // NewsPhotoVersion
+    {{231097, 17}, TagType::string, writable, 16, 0, 0},  // IPTCPictureNumber
+    {{231114, 14}, TagType::int16u, writable, 0, 0, 0},  // IPTCImageWidth
+    {{231128, 15}, TagType::int16u, writable, 0, 0, 0},  // IPTCImageHeight
+    {{231143, 14}, TagType::int16u, writable, 0, 0, 0},  // IPTCPixelWidth
+    {{231157, 15}, TagType::int16u, writable, 0, 0, 0},  // IPTCPixelHeight
+    {{231172, 16}, TagType::int8u, writable, 0, 69, 4},  // SupplementalType
+    {{231188, 19}, TagType::int16u, writable, 0, 73, 14},  // ColorRepresentation
+    {{231207, 21}, TagType::int8u, writable, 0, 87, 8},  // InterchangeColorSpace
+    {{231228, 13}, TagType::int8u, writable, 0, 0, 0},  // ColorSequence
+    {{29102, 11}, TagType::string, writable | binary, 0, 0, 0},  // ICC_Profile
+    {{231241, 22}, TagType::string, writable | binary, 0, 0, 0},  // ColorCalibrationMatrix
+    {{231263, 11}, TagType::string, writable | binary, 0, 0, 0},  // LookupTable
+    {{231274, 15}, TagType::int16u, writable, 0, 0, 0},  // NumIndexEntries
+    {{231289, 12}, TagType::string, writable | binary, 0, 0, 0},  // ColorPalette
+    {{231301, 17}, TagType::int8u, writable, 0, 0, 0},  // IPTCBitsPerSample
+    {{231318, 15}, TagType::int8u, writable, 0, 95, 3},  // SampleStructure
+    {{231333, 17}, TagType::int8u, writable, 0, 98, 8},  // ScanningDirection
+    {{231350, 17}, TagType::int8u, writable, 0, 69, 4},  // IPTCImageRotation
+    {{231367, 21}, TagType::int32u, writable, 0, 0, 0},  // DataCompressionMethod
+    {{231388, 18}, TagType::int8u, writable, 0, 98, 8},  // QuantizationMethod
+    {{231406, 9}, TagType::string, writable | binary, 0, 0, 0},  // EndPoints
+    {{231415, 18}, TagType::int8u, writable, 0, 106, 2},  // ExcursionTolerance
+    {{231433, 16}, TagType::int8u, writable, 0, 0, 0},  // BitsPerComponent
+    {{231449, 19}, TagType::int16u, writable, 0, 0, 0},  // MaximumDensityRange
+    {{231468, 21}, TagType::int16u, writable, 0, 0, 0},  // GammaCompensatedValue
+    {{231489, 7}, TagType::string, list | binary, 0, 0, 0},  // SubFile
+    {{231496, 19}, TagType::int32u, none, 0, 0, 0},  // ConfirmedObjectSize
+    {{231515, 8}, TagType::int8u, none, 0, 106, 2},  // SizeMode
+    {{231523, 14}, TagType::int32u, none, 0, 0, 0},  // MaxSubfileSize
+    {{231537, 19}, TagType::int32u, none, 0, 0, 0},  // ObjectSizeAnnounced
+    {{231556, 17}, TagType::int32u, none, 0, 0, 0},  // MaximumObjectSize
 };
 constexpr detail::TextRef kChoicesIPTC[] = {
     {231573, 2}, {1676, 1}, {1677, 1}, {1678, 1}, {1681, 1}, {1679, 1}, {1682, 1}, {1683, 1},
@@ -13301,34 +13292,33 @@ constexpr std::uint16_t kKeyOrderIPTC[] = {
     21, 15, 16, 100, 101, 74, 57, 65, 112, 41, 19, 34, 110, 8, 10, 90, 25, 79, 58, 81, 7, 46,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsIPTC[116];
-constinit detail::StreamTags gTagsIPTC("IPTC", kText, kTagsIPTC, kKeyOrderIPTC, kChoicesIPTC, gItemsIPTC, &TagStringsCatalogue::stringsIPTC);
 
 // ISO: 22 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsISO[] = {
-    {{256778, 10}, TagType::string, 0, 32, 0, 0},  // BootSystem
-    {{256788, 14}, TagType::string, 0, 32, 0, 0},  // BootIdentifier
-    {{256802, 6}, TagType::string, 0, 32, 0, 0},  // System
-    {{256808, 10}, TagType::string, 0, 32, 0, 0},  // VolumeName
-    {{256818, 16}, TagType::int32u, 0, 0, 0, 0},  // VolumeBlockCount
-    {{256834, 18}, TagType::int16u, 0, 0, 0, 0},  // VolumeSetDiskCount
-    {{256852, 19}, TagType::int16u, 0, 0, 0, 0},  // VolumeSetDiskNumber
-    {{256871, 15}, TagType::int16u, 0, 0, 0, 0},  // VolumeBlockSize
-    {{256886, 13}, TagType::int32u, 0, 0, 0, 0},  // PathTableSize
-    {{256899, 17}, TagType::int32u, 0, 0, 0, 0},  // PathTableLocation
-    {{256916, 23}, TagType::string, 0, 7, 0, 0},  // RootDirectoryCreateDate
-    {{256939, 13}, TagType::string, 0, 128, 0, 0},  // VolumeSetName
-    {{157763, 9}, TagType::string, 0, 128, 0, 0},  // Publisher
-    {{256952, 12}, TagType::string, 0, 128, 0, 0},  // DataPreparer
-    {{256964, 8}, TagType::string, 0, 128, 0, 0},  // Software
-    {{256972, 17}, TagType::string, 0, 38, 0, 0},  // CopyrightFileName
-    {{256989, 16}, TagType::string, 0, 36, 0, 0},  // AbstractFileName
-    {{257005, 20}, TagType::string, 0, 37, 0, 0},  // BibligraphicFileName
-    {{257025, 16}, TagType::string, 0, 17, 0, 0},  // VolumeCreateDate
-    {{257041, 16}, TagType::string, 0, 17, 0, 0},  // VolumeModifyDate
-    {{257057, 20}, TagType::string, 0, 17, 0, 0},  // VolumeExpirationDate
-    {{257077, 19}, TagType::string, 0, 17, 0, 0},  // VolumeEffectiveDate
+    {{256778, 10}, TagType::string, none, 32, 0, 0},  // BootSystem
+    {{256788, 14}, TagType::string, none, 32, 0, 0},  // BootIdentifier
+    {{256802, 6}, TagType::string, none, 32, 0, 0},  // System
+    {{256808, 10}, TagType::string, none, 32, 0, 0},  // VolumeName
+    {{256818, 16}, TagType::int32u, none, 0, 0, 0},  // VolumeBlockCount
+    {{256834, 18}, TagType::int16u, none, 0, 0, 0},  // VolumeSetDiskCount
+    {{256852, 19}, TagType::int16u, none, 0, 0, 0},  // VolumeSetDiskNumber
+    {{256871, 15}, TagType::int16u, none, 0, 0, 0},  // VolumeBlockSize
+    {{256886, 13}, TagType::int32u, none, 0, 0, 0},  // PathTableSize
+    {{256899, 17}, TagType::int32u, none, 0, 0, 0},  // PathTableLocation
+    {{256916, 23}, TagType::string, none, 7, 0, 0},  // RootDirectoryCreateDate
+    {{256939, 13}, TagType::string, none, 128, 0, 0},  // VolumeSetName
+    {{157763, 9}, TagType::string, none, 128, 0, 0},  // Publisher
+    {{256952, 12}, TagType::string, none, 128, 0, 0},  // DataPreparer
+    {{256964, 8}, TagType::string, none, 128, 0, 0},  // Software
+    {{256972, 17}, TagType::string, none, 38, 0, 0},  // CopyrightFileName
+    {{256989, 16}, TagType::string, none, 36, 0, 0},  // AbstractFileName
+    {{257005, 20}, TagType::string, none, 37, 0, 0},  // BibligraphicFileName
+    {{257025, 16}, TagType::string, none, 17, 0, 0},  // VolumeCreateDate
+    {{257041, 16}, TagType::string, none, 17, 0, 0},  // VolumeModifyDate
+    {{257057, 20}, TagType::string, none, 17, 0, 0},  // VolumeExpirationDate
+    {{257077, 19}, TagType::string, none, 17, 0, 0},  // VolumeEffectiveDate
 };
 constexpr detail::StringRow kStringsEnglishISO[] = {
     {{257096, 20}, {257116, 18}},
@@ -13381,20 +13371,19 @@ constexpr std::uint16_t kKeyOrderISO[] = {
     16, 17, 1, 0, 15, 13, 9, 8, 12, 10, 14, 2, 4, 7, 18, 21, 20, 19, 3, 5, 6, 11,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsISO[22];
-constinit detail::StreamTags gTagsISO("ISO", kText, kTagsISO, kKeyOrderISO, {}, gItemsISO, &TagStringsCatalogue::stringsISO);
 
 // ITC: 8 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsITC[] = {
-    {{257935, 8}, TagType::string, 0, 4, 0, 1},  // DataType
-    {{257943, 9}, TagType::string, 0, 8, 0, 0},  // LibraryID
-    {{257952, 7}, TagType::string, 0, 8, 0, 0},  // TrackID
-    {{257959, 12}, TagType::string, 0, 4, 1, 2},  // DataLocation
-    {{230575, 9}, TagType::string, 0, 4, 0, 0},  // ImageType
-    {{29249, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
-    {{29259, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
-    {{257971, 9}, TagType::string, 0, 0, 0, 0},  // ImageData
+    {{257935, 8}, TagType::string, none, 4, 0, 1},  // DataType
+    {{257943, 9}, TagType::string, none, 8, 0, 0},  // LibraryID
+    {{257952, 7}, TagType::string, none, 8, 0, 0},  // TrackID
+    {{257959, 12}, TagType::string, none, 4, 1, 2},  // DataLocation
+    {{230575, 9}, TagType::string, none, 4, 0, 0},  // ImageType
+    {{29249, 10}, TagType::int32u, none, 0, 0, 0},  // ImageWidth
+    {{29259, 11}, TagType::int32u, none, 0, 0, 0},  // ImageHeight
+    {{257971, 9}, TagType::string, none, 0, 0, 0},  // ImageData
 };
 constexpr detail::TextRef kChoicesITC[] = {
     {257980, 4}, {257984, 4}, {257988, 4},
@@ -13451,20 +13440,19 @@ constexpr std::uint16_t kKeyOrderITC[] = {
     3, 0, 7, 6, 4, 5, 1, 2,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsITC[8];
-constinit detail::StreamTags gTagsITC("ITC", kText, kTagsITC, kKeyOrderITC, kChoicesITC, gItemsITC, &TagStringsCatalogue::stringsITC);
 
 // JFIF: 8 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsJFIF[] = {
-    {{258307, 14}, TagType::string, 0, 0, 0, 0},  // ThumbnailImage
-    {{258321, 13}, TagType::string, 0, 0, 0, 0},  // ThumbnailTIFF
-    {{258334, 11}, TagType::int8u, 0, 2, 0, 0},  // JFIFVersion
-    {{258345, 14}, TagType::int8u, 2, 0, 0, 3},  // ResolutionUnit
-    {{30561, 11}, TagType::int16u, 2, 0, 0, 0},  // XResolution
-    {{30572, 11}, TagType::int16u, 2, 0, 0, 0},  // YResolution
-    {{258359, 14}, TagType::int8u, 0, 0, 0, 0},  // ThumbnailWidth
-    {{258373, 15}, TagType::int8u, 0, 0, 0, 0},  // ThumbnailHeight
+    {{258307, 14}, TagType::string, none, 0, 0, 0},  // ThumbnailImage
+    {{258321, 13}, TagType::string, none, 0, 0, 0},  // ThumbnailTIFF
+    {{258334, 11}, TagType::int8u, none, 2, 0, 0},  // JFIFVersion
+    {{258345, 14}, TagType::int8u, writable, 0, 0, 3},  // ResolutionUnit
+    {{30561, 11}, TagType::int16u, writable, 0, 0, 0},  // XResolution
+    {{30572, 11}, TagType::int16u, writable, 0, 0, 0},  // YResolution
+    {{258359, 14}, TagType::int8u, none, 0, 0, 0},  // ThumbnailWidth
+    {{258373, 15}, TagType::int8u, none, 0, 0, 0},  // ThumbnailHeight
 };
 constexpr detail::TextRef kChoicesJFIF[] = {
     {1676, 1}, {1677, 1}, {1678, 1},
@@ -13549,19 +13537,18 @@ constexpr std::uint16_t kKeyOrderJFIF[] = {
     2, 3, 7, 0, 1, 6, 4, 5,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsJFIF[8];
-constinit detail::StreamTags gTagsJFIF("JFIF", kText, kTagsJFIF, kKeyOrderJFIF, kChoicesJFIF, gItemsJFIF, &TagStringsCatalogue::stringsJFIF);
 
 // JPEG: 7 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsJPEG[] = {
-    {{156730, 12}, TagType::string, 2, 0, 0, 0},  // PreviewImage
-    {{29198, 7}, TagType::string, 2, 0, 0, 0},  // Comment
-    {{259153, 5}, TagType::string, 2, 0, 0, 0},  // Adobe
-    {{259158, 23}, TagType::string, 0, 0, 0, 0},  // DefineQuantizationTable
-    {{259181, 13}, TagType::string, 0, 0, 0, 0},  // EmbeddedVideo
-    {{259194, 8}, TagType::string, 0, 0, 0, 0},  // Insta360
-    {{259202, 8}, TagType::string, 0, 0, 0, 0},  // NikonApp
+    {{156730, 12}, TagType::string, writable, 0, 0, 0},  // PreviewImage
+    {{29198, 7}, TagType::string, writable, 0, 0, 0},  // Comment
+    {{259153, 5}, TagType::string, writable, 0, 0, 0},  // Adobe
+    {{259158, 23}, TagType::string, none, 0, 0, 0},  // DefineQuantizationTable
+    {{259181, 13}, TagType::string, none, 0, 0, 0},  // EmbeddedVideo
+    {{259194, 8}, TagType::string, none, 0, 0, 0},  // Insta360
+    {{259202, 8}, TagType::string, none, 0, 0, 0},  // NikonApp
 };
 constexpr detail::StringRow kStringsEnglishJPEG[] = {
     {{259210, 10}, {259153, 5}},
@@ -13600,19 +13587,18 @@ constexpr std::uint16_t kKeyOrderJPEG[] = {
     2, 1, 3, 4, 5, 6, 0,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsJPEG[7];
-constinit detail::StreamTags gTagsJPEG("JPEG", kText, kTagsJPEG, kKeyOrderJPEG, {}, gItemsJPEG, &TagStringsCatalogue::stringsJPEG);
 
 // JSON: 7 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsJSON[] = {
-    {{259378, 27}, TagType::string, 0, 0, 0, 0},  // ON1_SettingsMetadataCreated
-    {{259405, 28}, TagType::string, 0, 0, 0, 0},  // ON1_SettingsMetadataModified
-    {{259433, 24}, TagType::string, 0, 0, 0, 0},  // ON1_SettingsMetadataName
-    {{259457, 28}, TagType::string, 0, 0, 0, 0},  // ON1_SettingsMetadataPluginID
-    {{259485, 29}, TagType::string, 0, 0, 0, 0},  // ON1_SettingsMetadataTimestamp
-    {{259514, 25}, TagType::string, 0, 0, 0, 0},  // ON1_SettingsMetadataUsage
-    {{259539, 33}, TagType::string, 0, 0, 0, 0},  // ON1_SettingsMetadataVisibleToUser
+    {{259378, 27}, TagType::string, none, 0, 0, 0},  // ON1_SettingsMetadataCreated
+    {{259405, 28}, TagType::string, none, 0, 0, 0},  // ON1_SettingsMetadataModified
+    {{259433, 24}, TagType::string, none, 0, 0, 0},  // ON1_SettingsMetadataName
+    {{259457, 28}, TagType::string, none, 0, 0, 0},  // ON1_SettingsMetadataPluginID
+    {{259485, 29}, TagType::string, none, 0, 0, 0},  // ON1_SettingsMetadataTimestamp
+    {{259514, 25}, TagType::string, none, 0, 0, 0},  // ON1_SettingsMetadataUsage
+    {{259539, 33}, TagType::string, none, 0, 0, 0},  // ON1_SettingsMetadataVisibleToUser
 };
 constexpr detail::StringRow kStringsEnglishJSON[] = {
     {{259572, 32}, {259604, 29}},
@@ -13628,9 +13614,29 @@ constexpr std::uint16_t kKeyOrderJSON[] = {
     0, 1, 2, 3, 4, 5, 6,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsJSON[7];
-constinit detail::StreamTags gTagsJSON("JSON", kText, kTagsJSON, kKeyOrderJSON, {}, gItemsJSON, &TagStringsCatalogue::stringsJSON);
 
 }  // namespace
+
+// Each stream's tags, which the catalogue's index finds them by.
+namespace detail {
+constinit StreamTags gTagsFujiFilm("FujiFilm", kText, kTagsFujiFilm, kKeyOrderFujiFilm, kChoicesFujiFilm, gItemsFujiFilm, &TagStringsCatalogue::stringsFujiFilm);
+constinit StreamTags gTagsGE("GE", kText, kTagsGE, kKeyOrderGE, kChoicesGE, gItemsGE, &TagStringsCatalogue::stringsGE);
+constinit StreamTags gTagsGIF("GIF", kText, kTagsGIF, kKeyOrderGIF, kChoicesGIF, gItemsGIF, &TagStringsCatalogue::stringsGIF);
+constinit StreamTags gTagsGIMP("GIMP", kText, kTagsGIMP, kKeyOrderGIMP, kChoicesGIMP, gItemsGIMP, &TagStringsCatalogue::stringsGIMP);
+constinit StreamTags gTagsGeoTiff("GeoTiff", kText, kTagsGeoTiff, kKeyOrderGeoTiff, kChoicesGeoTiff, gItemsGeoTiff, &TagStringsCatalogue::stringsGeoTiff);
+constinit StreamTags gTagsGoPro("GoPro", kText, kTagsGoPro, kKeyOrderGoPro, kChoicesGoPro, gItemsGoPro, &TagStringsCatalogue::stringsGoPro);
+constinit StreamTags gTagsH264("H264", kText, kTagsH264, kKeyOrderH264, kChoicesH264, gItemsH264, &TagStringsCatalogue::stringsH264);
+constinit StreamTags gTagsHP("HP", kText, kTagsHP, kKeyOrderHP, {}, gItemsHP, &TagStringsCatalogue::stringsHP);
+constinit StreamTags gTagsHTML("HTML", kText, kTagsHTML, kKeyOrderHTML, {}, gItemsHTML, &TagStringsCatalogue::stringsHTML);
+constinit StreamTags gTagsICC_Profile("ICC_Profile", kText, kTagsICC_Profile, kKeyOrderICC_Profile, kChoicesICC_Profile, gItemsICC_Profile, &TagStringsCatalogue::stringsICC_Profile);
+constinit StreamTags gTagsID3("ID3", kText, kTagsID3, kKeyOrderID3, kChoicesID3, gItemsID3, &TagStringsCatalogue::stringsID3);
+constinit StreamTags gTagsIPTC("IPTC", kText, kTagsIPTC, kKeyOrderIPTC, kChoicesIPTC, gItemsIPTC, &TagStringsCatalogue::stringsIPTC);
+constinit StreamTags gTagsISO("ISO", kText, kTagsISO, kKeyOrderISO, {}, gItemsISO, &TagStringsCatalogue::stringsISO);
+constinit StreamTags gTagsITC("ITC", kText, kTagsITC, kKeyOrderITC, kChoicesITC, gItemsITC, &TagStringsCatalogue::stringsITC);
+constinit StreamTags gTagsJFIF("JFIF", kText, kTagsJFIF, kKeyOrderJFIF, kChoicesJFIF, gItemsJFIF, &TagStringsCatalogue::stringsJFIF);
+constinit StreamTags gTagsJPEG("JPEG", kText, kTagsJPEG, kKeyOrderJPEG, {}, gItemsJPEG, &TagStringsCatalogue::stringsJPEG);
+constinit StreamTags gTagsJSON("JSON", kText, kTagsJSON, kKeyOrderJSON, {}, gItemsJSON, &TagStringsCatalogue::stringsJSON);
+}  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsFujiFilm() {
   return gStringsFujiFilm.strings(&TagStringsCatalogue::stringTableFujiFilm);
@@ -13639,137 +13645,137 @@ TagStringTable TagStringsCatalogue::stringTableFujiFilm(ETLanguage language) {
   return gStringsFujiFilm.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue13::allStreamsFujiFilm() {
-  return gTagsFujiFilm.all();
+  return detail::gTagsFujiFilm.all();
 }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmAF_CSetting() { return gTagsFujiFilm.item(0); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmAF_CTrackingSensitivity() { return gTagsFujiFilm.item(1); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmAF_CSpeedTrackingSensitivity() { return gTagsFujiFilm.item(2); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmAF_CZoneAreaSwitching() { return gTagsFujiFilm.item(3); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmDriveMode() { return gTagsFujiFilm.item(4); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmDriveSpeed() { return gTagsFujiFilm.item(5); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmMovieStreamName() { return gTagsFujiFilm.item(6); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace1Birthday() { return gTagsFujiFilm.item(7); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace1Category() { return gTagsFujiFilm.item(8); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace1Name() { return gTagsFujiFilm.item(9); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace2Birthday() { return gTagsFujiFilm.item(10); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace2Category() { return gTagsFujiFilm.item(11); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace2Name() { return gTagsFujiFilm.item(12); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace3Birthday() { return gTagsFujiFilm.item(13); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace3Category() { return gTagsFujiFilm.item(14); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace3Name() { return gTagsFujiFilm.item(15); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace4Birthday() { return gTagsFujiFilm.item(16); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace4Category() { return gTagsFujiFilm.item(17); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace4Name() { return gTagsFujiFilm.item(18); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace5Birthday() { return gTagsFujiFilm.item(19); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace5Category() { return gTagsFujiFilm.item(20); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace5Name() { return gTagsFujiFilm.item(21); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace6Birthday() { return gTagsFujiFilm.item(22); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace6Category() { return gTagsFujiFilm.item(23); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace6Name() { return gTagsFujiFilm.item(24); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace7Birthday() { return gTagsFujiFilm.item(25); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace7Category() { return gTagsFujiFilm.item(26); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace7Name() { return gTagsFujiFilm.item(27); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace8Birthday() { return gTagsFujiFilm.item(28); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace8Category() { return gTagsFujiFilm.item(29); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace8Name() { return gTagsFujiFilm.item(30); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFocusMode2() { return gTagsFujiFilm.item(31); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmPreAF() { return gTagsFujiFilm.item(32); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmAFAreaMode() { return gTagsFujiFilm.item(33); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmAFAreaPointSize() { return gTagsFujiFilm.item(34); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmAFAreaZoneSize() { return gTagsFujiFilm.item(35); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmMake() { return gTagsFujiFilm.item(36); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmModel() { return gTagsFujiFilm.item(37); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmExposureTime() { return gTagsFujiFilm.item(38); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFNumber() { return gTagsFujiFilm.item(39); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmExposureCompensation() { return gTagsFujiFilm.item(40); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmVersion() { return gTagsFujiFilm.item(41); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmInternalSerialNumber() { return gTagsFujiFilm.item(42); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmQuality() { return gTagsFujiFilm.item(43); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmSharpness() { return gTagsFujiFilm.item(44); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmWhiteBalance() { return gTagsFujiFilm.item(45); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmSaturation() { return gTagsFujiFilm.item(46); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmContrast() { return gTagsFujiFilm.item(47); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmColorTemperature() { return gTagsFujiFilm.item(48); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmWhiteBalanceFineTune() { return gTagsFujiFilm.item(49); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmNoiseReduction() { return gTagsFujiFilm.item(50); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmClarity() { return gTagsFujiFilm.item(51); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFujiFlashMode() { return gTagsFujiFilm.item(52); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFlashExposureComp() { return gTagsFujiFilm.item(53); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmMacro() { return gTagsFujiFilm.item(54); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFocusMode() { return gTagsFujiFilm.item(55); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmAFMode() { return gTagsFujiFilm.item(56); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFocusPixel() { return gTagsFujiFilm.item(57); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmSlowSync() { return gTagsFujiFilm.item(58); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmPictureMode() { return gTagsFujiFilm.item(59); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmExposureCount() { return gTagsFujiFilm.item(60); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmEXRAuto() { return gTagsFujiFilm.item(61); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmEXRMode() { return gTagsFujiFilm.item(62); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmShadowTone() { return gTagsFujiFilm.item(63); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmHighlightTone() { return gTagsFujiFilm.item(64); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmDigitalZoom() { return gTagsFujiFilm.item(65); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmLensModulationOptimizer() { return gTagsFujiFilm.item(66); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmGrainEffectRoughness() { return gTagsFujiFilm.item(67); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmColorChromeEffect() { return gTagsFujiFilm.item(68); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmBWAdjustment() { return gTagsFujiFilm.item(69); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmBWMagentaGreen() { return gTagsFujiFilm.item(70); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmGrainEffectSize() { return gTagsFujiFilm.item(71); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmCropMode() { return gTagsFujiFilm.item(72); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmColorChromeFXBlue() { return gTagsFujiFilm.item(73); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmShutterType() { return gTagsFujiFilm.item(74); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmAutoBracketing() { return gTagsFujiFilm.item(75); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmSequenceNumber() { return gTagsFujiFilm.item(76); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmPixelShiftShots() { return gTagsFujiFilm.item(77); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmPixelShiftOffset() { return gTagsFujiFilm.item(78); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmPanoramaAngle() { return gTagsFujiFilm.item(79); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmPanoramaDirection() { return gTagsFujiFilm.item(80); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmAdvancedFilter() { return gTagsFujiFilm.item(81); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmColorMode() { return gTagsFujiFilm.item(82); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmBlurWarning() { return gTagsFujiFilm.item(83); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFocusWarning() { return gTagsFujiFilm.item(84); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmExposureWarning() { return gTagsFujiFilm.item(85); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmGEImageSize() { return gTagsFujiFilm.item(86); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmDynamicRange() { return gTagsFujiFilm.item(87); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFilmMode() { return gTagsFujiFilm.item(88); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmDynamicRangeSetting() { return gTagsFujiFilm.item(89); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmDevelopmentDynamicRange() { return gTagsFujiFilm.item(90); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmMinFocalLength() { return gTagsFujiFilm.item(91); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmMaxFocalLength() { return gTagsFujiFilm.item(92); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmMaxApertureAtMinFocal() { return gTagsFujiFilm.item(93); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmMaxApertureAtMaxFocal() { return gTagsFujiFilm.item(94); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmAutoDynamicRange() { return gTagsFujiFilm.item(95); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmImageStabilization() { return gTagsFujiFilm.item(96); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmSceneRecognition() { return gTagsFujiFilm.item(97); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmRating() { return gTagsFujiFilm.item(98); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmImageGeneration() { return gTagsFujiFilm.item(99); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmImageCount() { return gTagsFujiFilm.item(100); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmDRangePriority() { return gTagsFujiFilm.item(101); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmDRangePriorityAuto() { return gTagsFujiFilm.item(102); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmDRangePriorityFixed() { return gTagsFujiFilm.item(103); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFlickerReduction() { return gTagsFujiFilm.item(104); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFujiModel() { return gTagsFujiFilm.item(105); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFujiModel2() { return gTagsFujiFilm.item(106); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmRollAngle() { return gTagsFujiFilm.item(107); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmVideoRecordingMode() { return gTagsFujiFilm.item(108); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmPeripheralLighting() { return gTagsFujiFilm.item(109); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmVideoCompression() { return gTagsFujiFilm.item(110); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFrameRate() { return gTagsFujiFilm.item(111); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFrameWidth() { return gTagsFujiFilm.item(112); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFrameHeight() { return gTagsFujiFilm.item(113); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFullHDHighSpeedRec() { return gTagsFujiFilm.item(114); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFaceElementSelected() { return gTagsFujiFilm.item(115); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFacesDetected() { return gTagsFujiFilm.item(116); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFacePositions() { return gTagsFujiFilm.item(117); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmNumFaceElements() { return gTagsFujiFilm.item(118); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFaceElementTypes() { return gTagsFujiFilm.item(119); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFaceElementPositions() { return gTagsFujiFilm.item(120); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFileSource() { return gTagsFujiFilm.item(121); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmOrderNumber() { return gTagsFujiFilm.item(122); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmFrameNumber() { return gTagsFujiFilm.item(123); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmParallax() { return gTagsFujiFilm.item(124); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmAF_SPriority() { return gTagsFujiFilm.item(125); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmAF_CPriority() { return gTagsFujiFilm.item(126); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmRawImageWidth() { return gTagsFujiFilm.item(127); }
-const TagItem& detail::TagItemCatalogue13::itemFujiFilmRawImageHeight() { return gTagsFujiFilm.item(128); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmAF_CSetting() { return detail::gTagsFujiFilm.item(0); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmAF_CTrackingSensitivity() { return detail::gTagsFujiFilm.item(1); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmAF_CSpeedTrackingSensitivity() { return detail::gTagsFujiFilm.item(2); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmAF_CZoneAreaSwitching() { return detail::gTagsFujiFilm.item(3); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmDriveMode() { return detail::gTagsFujiFilm.item(4); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmDriveSpeed() { return detail::gTagsFujiFilm.item(5); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmMovieStreamName() { return detail::gTagsFujiFilm.item(6); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace1Birthday() { return detail::gTagsFujiFilm.item(7); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace1Category() { return detail::gTagsFujiFilm.item(8); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace1Name() { return detail::gTagsFujiFilm.item(9); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace2Birthday() { return detail::gTagsFujiFilm.item(10); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace2Category() { return detail::gTagsFujiFilm.item(11); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace2Name() { return detail::gTagsFujiFilm.item(12); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace3Birthday() { return detail::gTagsFujiFilm.item(13); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace3Category() { return detail::gTagsFujiFilm.item(14); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace3Name() { return detail::gTagsFujiFilm.item(15); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace4Birthday() { return detail::gTagsFujiFilm.item(16); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace4Category() { return detail::gTagsFujiFilm.item(17); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace4Name() { return detail::gTagsFujiFilm.item(18); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace5Birthday() { return detail::gTagsFujiFilm.item(19); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace5Category() { return detail::gTagsFujiFilm.item(20); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace5Name() { return detail::gTagsFujiFilm.item(21); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace6Birthday() { return detail::gTagsFujiFilm.item(22); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace6Category() { return detail::gTagsFujiFilm.item(23); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace6Name() { return detail::gTagsFujiFilm.item(24); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace7Birthday() { return detail::gTagsFujiFilm.item(25); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace7Category() { return detail::gTagsFujiFilm.item(26); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace7Name() { return detail::gTagsFujiFilm.item(27); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace8Birthday() { return detail::gTagsFujiFilm.item(28); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace8Category() { return detail::gTagsFujiFilm.item(29); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFace8Name() { return detail::gTagsFujiFilm.item(30); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFocusMode2() { return detail::gTagsFujiFilm.item(31); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmPreAF() { return detail::gTagsFujiFilm.item(32); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmAFAreaMode() { return detail::gTagsFujiFilm.item(33); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmAFAreaPointSize() { return detail::gTagsFujiFilm.item(34); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmAFAreaZoneSize() { return detail::gTagsFujiFilm.item(35); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmMake() { return detail::gTagsFujiFilm.item(36); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmModel() { return detail::gTagsFujiFilm.item(37); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmExposureTime() { return detail::gTagsFujiFilm.item(38); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFNumber() { return detail::gTagsFujiFilm.item(39); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmExposureCompensation() { return detail::gTagsFujiFilm.item(40); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmVersion() { return detail::gTagsFujiFilm.item(41); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmInternalSerialNumber() { return detail::gTagsFujiFilm.item(42); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmQuality() { return detail::gTagsFujiFilm.item(43); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmSharpness() { return detail::gTagsFujiFilm.item(44); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmWhiteBalance() { return detail::gTagsFujiFilm.item(45); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmSaturation() { return detail::gTagsFujiFilm.item(46); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmContrast() { return detail::gTagsFujiFilm.item(47); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmColorTemperature() { return detail::gTagsFujiFilm.item(48); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmWhiteBalanceFineTune() { return detail::gTagsFujiFilm.item(49); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmNoiseReduction() { return detail::gTagsFujiFilm.item(50); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmClarity() { return detail::gTagsFujiFilm.item(51); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFujiFlashMode() { return detail::gTagsFujiFilm.item(52); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFlashExposureComp() { return detail::gTagsFujiFilm.item(53); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmMacro() { return detail::gTagsFujiFilm.item(54); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFocusMode() { return detail::gTagsFujiFilm.item(55); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmAFMode() { return detail::gTagsFujiFilm.item(56); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFocusPixel() { return detail::gTagsFujiFilm.item(57); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmSlowSync() { return detail::gTagsFujiFilm.item(58); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmPictureMode() { return detail::gTagsFujiFilm.item(59); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmExposureCount() { return detail::gTagsFujiFilm.item(60); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmEXRAuto() { return detail::gTagsFujiFilm.item(61); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmEXRMode() { return detail::gTagsFujiFilm.item(62); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmShadowTone() { return detail::gTagsFujiFilm.item(63); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmHighlightTone() { return detail::gTagsFujiFilm.item(64); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmDigitalZoom() { return detail::gTagsFujiFilm.item(65); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmLensModulationOptimizer() { return detail::gTagsFujiFilm.item(66); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmGrainEffectRoughness() { return detail::gTagsFujiFilm.item(67); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmColorChromeEffect() { return detail::gTagsFujiFilm.item(68); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmBWAdjustment() { return detail::gTagsFujiFilm.item(69); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmBWMagentaGreen() { return detail::gTagsFujiFilm.item(70); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmGrainEffectSize() { return detail::gTagsFujiFilm.item(71); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmCropMode() { return detail::gTagsFujiFilm.item(72); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmColorChromeFXBlue() { return detail::gTagsFujiFilm.item(73); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmShutterType() { return detail::gTagsFujiFilm.item(74); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmAutoBracketing() { return detail::gTagsFujiFilm.item(75); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmSequenceNumber() { return detail::gTagsFujiFilm.item(76); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmPixelShiftShots() { return detail::gTagsFujiFilm.item(77); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmPixelShiftOffset() { return detail::gTagsFujiFilm.item(78); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmPanoramaAngle() { return detail::gTagsFujiFilm.item(79); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmPanoramaDirection() { return detail::gTagsFujiFilm.item(80); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmAdvancedFilter() { return detail::gTagsFujiFilm.item(81); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmColorMode() { return detail::gTagsFujiFilm.item(82); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmBlurWarning() { return detail::gTagsFujiFilm.item(83); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFocusWarning() { return detail::gTagsFujiFilm.item(84); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmExposureWarning() { return detail::gTagsFujiFilm.item(85); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmGEImageSize() { return detail::gTagsFujiFilm.item(86); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmDynamicRange() { return detail::gTagsFujiFilm.item(87); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFilmMode() { return detail::gTagsFujiFilm.item(88); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmDynamicRangeSetting() { return detail::gTagsFujiFilm.item(89); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmDevelopmentDynamicRange() { return detail::gTagsFujiFilm.item(90); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmMinFocalLength() { return detail::gTagsFujiFilm.item(91); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmMaxFocalLength() { return detail::gTagsFujiFilm.item(92); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmMaxApertureAtMinFocal() { return detail::gTagsFujiFilm.item(93); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmMaxApertureAtMaxFocal() { return detail::gTagsFujiFilm.item(94); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmAutoDynamicRange() { return detail::gTagsFujiFilm.item(95); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmImageStabilization() { return detail::gTagsFujiFilm.item(96); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmSceneRecognition() { return detail::gTagsFujiFilm.item(97); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmRating() { return detail::gTagsFujiFilm.item(98); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmImageGeneration() { return detail::gTagsFujiFilm.item(99); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmImageCount() { return detail::gTagsFujiFilm.item(100); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmDRangePriority() { return detail::gTagsFujiFilm.item(101); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmDRangePriorityAuto() { return detail::gTagsFujiFilm.item(102); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmDRangePriorityFixed() { return detail::gTagsFujiFilm.item(103); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFlickerReduction() { return detail::gTagsFujiFilm.item(104); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFujiModel() { return detail::gTagsFujiFilm.item(105); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFujiModel2() { return detail::gTagsFujiFilm.item(106); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmRollAngle() { return detail::gTagsFujiFilm.item(107); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmVideoRecordingMode() { return detail::gTagsFujiFilm.item(108); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmPeripheralLighting() { return detail::gTagsFujiFilm.item(109); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmVideoCompression() { return detail::gTagsFujiFilm.item(110); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFrameRate() { return detail::gTagsFujiFilm.item(111); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFrameWidth() { return detail::gTagsFujiFilm.item(112); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFrameHeight() { return detail::gTagsFujiFilm.item(113); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFullHDHighSpeedRec() { return detail::gTagsFujiFilm.item(114); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFaceElementSelected() { return detail::gTagsFujiFilm.item(115); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFacesDetected() { return detail::gTagsFujiFilm.item(116); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFacePositions() { return detail::gTagsFujiFilm.item(117); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmNumFaceElements() { return detail::gTagsFujiFilm.item(118); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFaceElementTypes() { return detail::gTagsFujiFilm.item(119); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFaceElementPositions() { return detail::gTagsFujiFilm.item(120); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFileSource() { return detail::gTagsFujiFilm.item(121); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmOrderNumber() { return detail::gTagsFujiFilm.item(122); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmFrameNumber() { return detail::gTagsFujiFilm.item(123); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmParallax() { return detail::gTagsFujiFilm.item(124); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmAF_SPriority() { return detail::gTagsFujiFilm.item(125); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmAF_CPriority() { return detail::gTagsFujiFilm.item(126); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmRawImageWidth() { return detail::gTagsFujiFilm.item(127); }
+const TagItem& detail::TagItemCatalogue13::itemFujiFilmRawImageHeight() { return detail::gTagsFujiFilm.item(128); }
 
 const TagStrings& TagStringsCatalogue::stringsGE() {
   return gStringsGE.strings(&TagStringsCatalogue::stringTableGE);
@@ -13778,11 +13784,11 @@ TagStringTable TagStringsCatalogue::stringTableGE(ETLanguage language) {
   return gStringsGE.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue13::allStreamsGE() {
-  return gTagsGE.all();
+  return detail::gTagsGE.all();
 }
-const TagItem& detail::TagItemCatalogue13::itemGEMacro() { return gTagsGE.item(0); }
-const TagItem& detail::TagItemCatalogue13::itemGEGEModel() { return gTagsGE.item(1); }
-const TagItem& detail::TagItemCatalogue13::itemGEGEMake() { return gTagsGE.item(2); }
+const TagItem& detail::TagItemCatalogue13::itemGEMacro() { return detail::gTagsGE.item(0); }
+const TagItem& detail::TagItemCatalogue13::itemGEGEModel() { return detail::gTagsGE.item(1); }
+const TagItem& detail::TagItemCatalogue13::itemGEGEMake() { return detail::gTagsGE.item(2); }
 
 const TagStrings& TagStringsCatalogue::stringsGIF() {
   return gStringsGIF.strings(&TagStringsCatalogue::stringTableGIF);
@@ -13791,31 +13797,31 @@ TagStringTable TagStringsCatalogue::stringTableGIF(ETLanguage language) {
   return gStringsGIF.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue13::allStreamsGIF() {
-  return gTagsGIF.all();
+  return detail::gTagsGIF.all();
 }
-const TagItem& detail::TagItemCatalogue13::itemGIFAnimationIterations() { return gTagsGIF.item(0); }
-const TagItem& detail::TagItemCatalogue13::itemGIFICC_Profile() { return gTagsGIF.item(1); }
-const TagItem& detail::TagItemCatalogue13::itemGIFMIDISong() { return gTagsGIF.item(2); }
-const TagItem& detail::TagItemCatalogue13::itemGIFXMP() { return gTagsGIF.item(3); }
-const TagItem& detail::TagItemCatalogue13::itemGIFMIDIControlVersion() { return gTagsGIF.item(4); }
-const TagItem& detail::TagItemCatalogue13::itemGIFSequenceNumber() { return gTagsGIF.item(5); }
-const TagItem& detail::TagItemCatalogue13::itemGIFMelodicPolyphony() { return gTagsGIF.item(6); }
-const TagItem& detail::TagItemCatalogue13::itemGIFPercussivePolyphony() { return gTagsGIF.item(7); }
-const TagItem& detail::TagItemCatalogue13::itemGIFChannelUsage() { return gTagsGIF.item(8); }
-const TagItem& detail::TagItemCatalogue13::itemGIFDelayTime() { return gTagsGIF.item(9); }
-const TagItem& detail::TagItemCatalogue13::itemGIFComment() { return gTagsGIF.item(10); }
-const TagItem& detail::TagItemCatalogue13::itemGIFDuration() { return gTagsGIF.item(11); }
-const TagItem& detail::TagItemCatalogue13::itemGIFFrameCount() { return gTagsGIF.item(12); }
-const TagItem& detail::TagItemCatalogue13::itemGIFGIFVersion() { return gTagsGIF.item(13); }
-const TagItem& detail::TagItemCatalogue13::itemGIFText() { return gTagsGIF.item(14); }
-const TagItem& detail::TagItemCatalogue13::itemGIFTransparentColor() { return gTagsGIF.item(15); }
-const TagItem& detail::TagItemCatalogue13::itemGIFImageWidth() { return gTagsGIF.item(16); }
-const TagItem& detail::TagItemCatalogue13::itemGIFImageHeight() { return gTagsGIF.item(17); }
-const TagItem& detail::TagItemCatalogue13::itemGIFHasColorMap() { return gTagsGIF.item(18); }
-const TagItem& detail::TagItemCatalogue13::itemGIFColorResolutionDepth() { return gTagsGIF.item(19); }
-const TagItem& detail::TagItemCatalogue13::itemGIFBitsPerPixel() { return gTagsGIF.item(20); }
-const TagItem& detail::TagItemCatalogue13::itemGIFBackgroundColor() { return gTagsGIF.item(21); }
-const TagItem& detail::TagItemCatalogue13::itemGIFPixelAspectRatio() { return gTagsGIF.item(22); }
+const TagItem& detail::TagItemCatalogue13::itemGIFAnimationIterations() { return detail::gTagsGIF.item(0); }
+const TagItem& detail::TagItemCatalogue13::itemGIFICC_Profile() { return detail::gTagsGIF.item(1); }
+const TagItem& detail::TagItemCatalogue13::itemGIFMIDISong() { return detail::gTagsGIF.item(2); }
+const TagItem& detail::TagItemCatalogue13::itemGIFXMP() { return detail::gTagsGIF.item(3); }
+const TagItem& detail::TagItemCatalogue13::itemGIFMIDIControlVersion() { return detail::gTagsGIF.item(4); }
+const TagItem& detail::TagItemCatalogue13::itemGIFSequenceNumber() { return detail::gTagsGIF.item(5); }
+const TagItem& detail::TagItemCatalogue13::itemGIFMelodicPolyphony() { return detail::gTagsGIF.item(6); }
+const TagItem& detail::TagItemCatalogue13::itemGIFPercussivePolyphony() { return detail::gTagsGIF.item(7); }
+const TagItem& detail::TagItemCatalogue13::itemGIFChannelUsage() { return detail::gTagsGIF.item(8); }
+const TagItem& detail::TagItemCatalogue13::itemGIFDelayTime() { return detail::gTagsGIF.item(9); }
+const TagItem& detail::TagItemCatalogue13::itemGIFComment() { return detail::gTagsGIF.item(10); }
+const TagItem& detail::TagItemCatalogue13::itemGIFDuration() { return detail::gTagsGIF.item(11); }
+const TagItem& detail::TagItemCatalogue13::itemGIFFrameCount() { return detail::gTagsGIF.item(12); }
+const TagItem& detail::TagItemCatalogue13::itemGIFGIFVersion() { return detail::gTagsGIF.item(13); }
+const TagItem& detail::TagItemCatalogue13::itemGIFText() { return detail::gTagsGIF.item(14); }
+const TagItem& detail::TagItemCatalogue13::itemGIFTransparentColor() { return detail::gTagsGIF.item(15); }
+const TagItem& detail::TagItemCatalogue13::itemGIFImageWidth() { return detail::gTagsGIF.item(16); }
+const TagItem& detail::TagItemCatalogue13::itemGIFImageHeight() { return detail::gTagsGIF.item(17); }
+const TagItem& detail::TagItemCatalogue13::itemGIFHasColorMap() { return detail::gTagsGIF.item(18); }
+const TagItem& detail::TagItemCatalogue13::itemGIFColorResolutionDepth() { return detail::gTagsGIF.item(19); }
+const TagItem& detail::TagItemCatalogue13::itemGIFBitsPerPixel() { return detail::gTagsGIF.item(20); }
+const TagItem& detail::TagItemCatalogue13::itemGIFBackgroundColor() { return detail::gTagsGIF.item(21); }
+const TagItem& detail::TagItemCatalogue13::itemGIFPixelAspectRatio() { return detail::gTagsGIF.item(22); }
 
 const TagStrings& TagStringsCatalogue::stringsGIMP() {
   return gStringsGIMP.strings(&TagStringsCatalogue::stringTableGIMP);
@@ -13824,19 +13830,19 @@ TagStringTable TagStringsCatalogue::stringTableGIMP(ETLanguage language) {
   return gStringsGIMP.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue13::allStreamsGIMP() {
-  return gTagsGIMP.all();
+  return detail::gTagsGIMP.all();
 }
-const TagItem& detail::TagItemCatalogue13::itemGIMPXCFVersion() { return gTagsGIMP.item(0); }
-const TagItem& detail::TagItemCatalogue13::itemGIMPImageWidth() { return gTagsGIMP.item(1); }
-const TagItem& detail::TagItemCatalogue13::itemGIMPImageHeight() { return gTagsGIMP.item(2); }
-const TagItem& detail::TagItemCatalogue13::itemGIMPColorMode() { return gTagsGIMP.item(3); }
-const TagItem& detail::TagItemCatalogue13::itemGIMPCompression() { return gTagsGIMP.item(4); }
-const TagItem& detail::TagItemCatalogue13::itemGIMPTattoo() { return gTagsGIMP.item(5); }
-const TagItem& detail::TagItemCatalogue13::itemGIMPUnits() { return gTagsGIMP.item(6); }
-const TagItem& detail::TagItemCatalogue13::itemGIMPComment() { return gTagsGIMP.item(7); }
-const TagItem& detail::TagItemCatalogue13::itemGIMPICCProfileName() { return gTagsGIMP.item(8); }
-const TagItem& detail::TagItemCatalogue13::itemGIMPXResolution() { return gTagsGIMP.item(9); }
-const TagItem& detail::TagItemCatalogue13::itemGIMPYResolution() { return gTagsGIMP.item(10); }
+const TagItem& detail::TagItemCatalogue13::itemGIMPXCFVersion() { return detail::gTagsGIMP.item(0); }
+const TagItem& detail::TagItemCatalogue13::itemGIMPImageWidth() { return detail::gTagsGIMP.item(1); }
+const TagItem& detail::TagItemCatalogue13::itemGIMPImageHeight() { return detail::gTagsGIMP.item(2); }
+const TagItem& detail::TagItemCatalogue13::itemGIMPColorMode() { return detail::gTagsGIMP.item(3); }
+const TagItem& detail::TagItemCatalogue13::itemGIMPCompression() { return detail::gTagsGIMP.item(4); }
+const TagItem& detail::TagItemCatalogue13::itemGIMPTattoo() { return detail::gTagsGIMP.item(5); }
+const TagItem& detail::TagItemCatalogue13::itemGIMPUnits() { return detail::gTagsGIMP.item(6); }
+const TagItem& detail::TagItemCatalogue13::itemGIMPComment() { return detail::gTagsGIMP.item(7); }
+const TagItem& detail::TagItemCatalogue13::itemGIMPICCProfileName() { return detail::gTagsGIMP.item(8); }
+const TagItem& detail::TagItemCatalogue13::itemGIMPXResolution() { return detail::gTagsGIMP.item(9); }
+const TagItem& detail::TagItemCatalogue13::itemGIMPYResolution() { return detail::gTagsGIMP.item(10); }
 
 const TagStrings& TagStringsCatalogue::stringsGeoTiff() {
   return gStringsGeoTiff.strings(&TagStringsCatalogue::stringTableGeoTiff);
@@ -13845,72 +13851,72 @@ TagStringTable TagStringsCatalogue::stringTableGeoTiff(ETLanguage language) {
   return gStringsGeoTiff.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue13::allStreamsGeoTiff() {
-  return gTagsGeoTiff.all();
+  return detail::gTagsGeoTiff.all();
 }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeoTiffVersion() { return gTagsGeoTiff.item(0); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffGTModelType() { return gTagsGeoTiff.item(1); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffGTRasterType() { return gTagsGeoTiff.item(2); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffGTCitation() { return gTagsGeoTiff.item(3); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeographicType() { return gTagsGeoTiff.item(4); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogCitation() { return gTagsGeoTiff.item(5); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogGeodeticDatum() { return gTagsGeoTiff.item(6); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogPrimeMeridian() { return gTagsGeoTiff.item(7); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogLinearUnits() { return gTagsGeoTiff.item(8); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogLinearUnitSize() { return gTagsGeoTiff.item(9); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogAngularUnits() { return gTagsGeoTiff.item(10); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogAngularUnitSize() { return gTagsGeoTiff.item(11); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogEllipsoid() { return gTagsGeoTiff.item(12); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogSemiMajorAxis() { return gTagsGeoTiff.item(13); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogSemiMinorAxis() { return gTagsGeoTiff.item(14); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogInvFlattening() { return gTagsGeoTiff.item(15); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogAzimuthUnits() { return gTagsGeoTiff.item(16); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogPrimeMeridianLong() { return gTagsGeoTiff.item(17); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogToWGS84() { return gTagsGeoTiff.item(18); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffProjectedCSType() { return gTagsGeoTiff.item(19); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffPCSCitation() { return gTagsGeoTiff.item(20); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffProjection() { return gTagsGeoTiff.item(21); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffProjCoordTrans() { return gTagsGeoTiff.item(22); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffProjLinearUnits() { return gTagsGeoTiff.item(23); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffProjLinearUnitSize() { return gTagsGeoTiff.item(24); }
-const TagItem& detail::TagItemCatalogue13::itemGeoTiffProjStdParallel1() { return gTagsGeoTiff.item(25); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjStdParallel2() { return gTagsGeoTiff.item(26); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjNatOriginLong() { return gTagsGeoTiff.item(27); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjNatOriginLat() { return gTagsGeoTiff.item(28); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjFalseEasting() { return gTagsGeoTiff.item(29); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjFalseNorthing() { return gTagsGeoTiff.item(30); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjFalseOriginLong() { return gTagsGeoTiff.item(31); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjFalseOriginLat() { return gTagsGeoTiff.item(32); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjFalseOriginEasting() { return gTagsGeoTiff.item(33); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjFalseOriginNorthing() { return gTagsGeoTiff.item(34); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjCenterLong() { return gTagsGeoTiff.item(35); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjCenterLat() { return gTagsGeoTiff.item(36); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjCenterEasting() { return gTagsGeoTiff.item(37); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjCenterNorthing() { return gTagsGeoTiff.item(38); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjScaleAtNatOrigin() { return gTagsGeoTiff.item(39); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjScaleAtCenter() { return gTagsGeoTiff.item(40); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjAzimuthAngle() { return gTagsGeoTiff.item(41); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjStraightVertPoleLong() { return gTagsGeoTiff.item(42); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjRectifiedGridAngle() { return gTagsGeoTiff.item(43); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffVerticalCSType() { return gTagsGeoTiff.item(44); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffVerticalCitation() { return gTagsGeoTiff.item(45); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffVerticalDatum() { return gTagsGeoTiff.item(46); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffVerticalUnits() { return gTagsGeoTiff.item(47); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartFormat() { return gTagsGeoTiff.item(48); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartSource() { return gTagsGeoTiff.item(49); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartSourceEdition() { return gTagsGeoTiff.item(50); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartSourceDate() { return gTagsGeoTiff.item(51); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartCorrDate() { return gTagsGeoTiff.item(52); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartCountryOrigin() { return gTagsGeoTiff.item(53); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartRasterEdition() { return gTagsGeoTiff.item(54); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartSoundingDatum() { return gTagsGeoTiff.item(55); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartDepthUnits() { return gTagsGeoTiff.item(56); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartMagVar() { return gTagsGeoTiff.item(57); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartMagVarYear() { return gTagsGeoTiff.item(58); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartMagVarAnnChange() { return gTagsGeoTiff.item(59); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartWGSNSShift() { return gTagsGeoTiff.item(60); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffInsetNWPixelX() { return gTagsGeoTiff.item(61); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffInsetNWPixelY() { return gTagsGeoTiff.item(62); }
-const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartContourInterval() { return gTagsGeoTiff.item(63); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeoTiffVersion() { return detail::gTagsGeoTiff.item(0); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffGTModelType() { return detail::gTagsGeoTiff.item(1); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffGTRasterType() { return detail::gTagsGeoTiff.item(2); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffGTCitation() { return detail::gTagsGeoTiff.item(3); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeographicType() { return detail::gTagsGeoTiff.item(4); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogCitation() { return detail::gTagsGeoTiff.item(5); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogGeodeticDatum() { return detail::gTagsGeoTiff.item(6); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogPrimeMeridian() { return detail::gTagsGeoTiff.item(7); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogLinearUnits() { return detail::gTagsGeoTiff.item(8); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogLinearUnitSize() { return detail::gTagsGeoTiff.item(9); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogAngularUnits() { return detail::gTagsGeoTiff.item(10); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogAngularUnitSize() { return detail::gTagsGeoTiff.item(11); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogEllipsoid() { return detail::gTagsGeoTiff.item(12); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogSemiMajorAxis() { return detail::gTagsGeoTiff.item(13); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogSemiMinorAxis() { return detail::gTagsGeoTiff.item(14); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogInvFlattening() { return detail::gTagsGeoTiff.item(15); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogAzimuthUnits() { return detail::gTagsGeoTiff.item(16); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogPrimeMeridianLong() { return detail::gTagsGeoTiff.item(17); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffGeogToWGS84() { return detail::gTagsGeoTiff.item(18); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffProjectedCSType() { return detail::gTagsGeoTiff.item(19); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffPCSCitation() { return detail::gTagsGeoTiff.item(20); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffProjection() { return detail::gTagsGeoTiff.item(21); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffProjCoordTrans() { return detail::gTagsGeoTiff.item(22); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffProjLinearUnits() { return detail::gTagsGeoTiff.item(23); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffProjLinearUnitSize() { return detail::gTagsGeoTiff.item(24); }
+const TagItem& detail::TagItemCatalogue13::itemGeoTiffProjStdParallel1() { return detail::gTagsGeoTiff.item(25); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjStdParallel2() { return detail::gTagsGeoTiff.item(26); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjNatOriginLong() { return detail::gTagsGeoTiff.item(27); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjNatOriginLat() { return detail::gTagsGeoTiff.item(28); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjFalseEasting() { return detail::gTagsGeoTiff.item(29); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjFalseNorthing() { return detail::gTagsGeoTiff.item(30); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjFalseOriginLong() { return detail::gTagsGeoTiff.item(31); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjFalseOriginLat() { return detail::gTagsGeoTiff.item(32); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjFalseOriginEasting() { return detail::gTagsGeoTiff.item(33); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjFalseOriginNorthing() { return detail::gTagsGeoTiff.item(34); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjCenterLong() { return detail::gTagsGeoTiff.item(35); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjCenterLat() { return detail::gTagsGeoTiff.item(36); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjCenterEasting() { return detail::gTagsGeoTiff.item(37); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjCenterNorthing() { return detail::gTagsGeoTiff.item(38); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjScaleAtNatOrigin() { return detail::gTagsGeoTiff.item(39); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjScaleAtCenter() { return detail::gTagsGeoTiff.item(40); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjAzimuthAngle() { return detail::gTagsGeoTiff.item(41); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjStraightVertPoleLong() { return detail::gTagsGeoTiff.item(42); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffProjRectifiedGridAngle() { return detail::gTagsGeoTiff.item(43); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffVerticalCSType() { return detail::gTagsGeoTiff.item(44); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffVerticalCitation() { return detail::gTagsGeoTiff.item(45); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffVerticalDatum() { return detail::gTagsGeoTiff.item(46); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffVerticalUnits() { return detail::gTagsGeoTiff.item(47); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartFormat() { return detail::gTagsGeoTiff.item(48); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartSource() { return detail::gTagsGeoTiff.item(49); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartSourceEdition() { return detail::gTagsGeoTiff.item(50); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartSourceDate() { return detail::gTagsGeoTiff.item(51); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartCorrDate() { return detail::gTagsGeoTiff.item(52); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartCountryOrigin() { return detail::gTagsGeoTiff.item(53); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartRasterEdition() { return detail::gTagsGeoTiff.item(54); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartSoundingDatum() { return detail::gTagsGeoTiff.item(55); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartDepthUnits() { return detail::gTagsGeoTiff.item(56); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartMagVar() { return detail::gTagsGeoTiff.item(57); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartMagVarYear() { return detail::gTagsGeoTiff.item(58); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartMagVarAnnChange() { return detail::gTagsGeoTiff.item(59); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartWGSNSShift() { return detail::gTagsGeoTiff.item(60); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffInsetNWPixelX() { return detail::gTagsGeoTiff.item(61); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffInsetNWPixelY() { return detail::gTagsGeoTiff.item(62); }
+const TagItem& detail::TagItemCatalogue14::itemGeoTiffChartContourInterval() { return detail::gTagsGeoTiff.item(63); }
 
 const TagStrings& TagStringsCatalogue::stringsGoPro() {
   return gStringsGoPro.strings(&TagStringsCatalogue::stringTableGoPro);
@@ -13919,109 +13925,109 @@ TagStringTable TagStringsCatalogue::stringTableGoPro(ETLanguage language) {
   return gStringsGoPro.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue14::allStreamsGoPro() {
-  return gTagsGoPro.all();
+  return detail::gTagsGoPro.all();
 }
-const TagItem& detail::TagItemCatalogue14::itemGoProGPSDateTime() { return gTagsGoPro.item(0); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGPSLatitude() { return gTagsGoPro.item(1); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGPSLongitude() { return gTagsGoPro.item(2); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGPSAltitude() { return gTagsGoPro.item(3); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGLPI_Unknown4() { return gTagsGoPro.item(4); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGPSSpeedX() { return gTagsGoPro.item(5); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGPSSpeedY() { return gTagsGoPro.item(6); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGPSSpeedZ() { return gTagsGoPro.item(7); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGPSTrack() { return gTagsGoPro.item(8); }
-const TagItem& detail::TagItemCatalogue14::itemGoProAccelerometer() { return gTagsGoPro.item(9); }
-const TagItem& detail::TagItemCatalogue14::itemGoProAutoLowLightDuration() { return gTagsGoPro.item(10); }
-const TagItem& detail::TagItemCatalogue14::itemGoProAttitude() { return gTagsGoPro.item(11); }
-const TagItem& detail::TagItemCatalogue14::itemGoProAttitudeTarget() { return gTagsGoPro.item(12); }
-const TagItem& detail::TagItemCatalogue14::itemGoProAudioSetting() { return gTagsGoPro.item(13); }
-const TagItem& detail::TagItemCatalogue14::itemGoProController() { return gTagsGoPro.item(14); }
-const TagItem& detail::TagItemCatalogue14::itemGoProCameraSerialNumber() { return gTagsGoPro.item(15); }
-const TagItem& detail::TagItemCatalogue14::itemGoProCoyoteSense() { return gTagsGoPro.item(16); }
-const TagItem& detail::TagItemCatalogue14::itemGoProCoyoteStatus() { return gTagsGoPro.item(17); }
-const TagItem& detail::TagItemCatalogue14::itemGoProDeviceID() { return gTagsGoPro.item(18); }
-const TagItem& detail::TagItemCatalogue14::itemGoProDeviceName() { return gTagsGoPro.item(19); }
-const TagItem& detail::TagItemCatalogue14::itemGoProDigitalZoom() { return gTagsGoPro.item(20); }
-const TagItem& detail::TagItemCatalogue14::itemGoProElectronicImageStabilization() { return gTagsGoPro.item(21); }
-const TagItem& detail::TagItemCatalogue14::itemGoProEmpty() { return gTagsGoPro.item(22); }
-const TagItem& detail::TagItemCatalogue14::itemGoProEscapeStatus() { return gTagsGoPro.item(23); }
-const TagItem& detail::TagItemCatalogue14::itemGoProMaximumShutterAngle() { return gTagsGoPro.item(24); }
-const TagItem& detail::TagItemCatalogue14::itemGoProFaceDetected() { return gTagsGoPro.item(25); }
-const TagItem& detail::TagItemCatalogue14::itemGoProFaceNumbers() { return gTagsGoPro.item(26); }
-const TagItem& detail::TagItemCatalogue14::itemGoProFirmwareVersion() { return gTagsGoPro.item(27); }
-const TagItem& detail::TagItemCatalogue14::itemGoProOtherFirmware() { return gTagsGoPro.item(28); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGPSMeasureMode() { return gTagsGoPro.item(29); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGPSHPositioningError() { return gTagsGoPro.item(30); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGyroscope() { return gTagsGoPro.item(31); }
-const TagItem& detail::TagItemCatalogue14::itemGoProISOSpeeds() { return gTagsGoPro.item(32); }
-const TagItem& detail::TagItemCatalogue14::itemGoProImageSensorGain() { return gTagsGoPro.item(33); }
-const TagItem& detail::TagItemCatalogue14::itemGoProLocalPositionNED() { return gTagsGoPro.item(34); }
-const TagItem& detail::TagItemCatalogue14::itemGoProMagnetometer() { return gTagsGoPro.item(35); }
-const TagItem& detail::TagItemCatalogue14::itemGoProModel() { return gTagsGoPro.item(36); }
-const TagItem& detail::TagItemCatalogue14::itemGoProAccelerometerMatrix() { return gTagsGoPro.item(37); }
-const TagItem& detail::TagItemCatalogue14::itemGoProMediaUniqueID() { return gTagsGoPro.item(38); }
-const TagItem& detail::TagItemCatalogue14::itemGoProAutoRotation() { return gTagsGoPro.item(39); }
-const TagItem& detail::TagItemCatalogue14::itemGoProInputOrientation() { return gTagsGoPro.item(40); }
-const TagItem& detail::TagItemCatalogue14::itemGoProOutputOrientation() { return gTagsGoPro.item(41); }
-const TagItem& detail::TagItemCatalogue14::itemGoProHDRSetting() { return gTagsGoPro.item(42); }
-const TagItem& detail::TagItemCatalogue14::itemGoProAutoISOMin() { return gTagsGoPro.item(43); }
-const TagItem& detail::TagItemCatalogue14::itemGoProAutoISOMax() { return gTagsGoPro.item(44); }
-const TagItem& detail::TagItemCatalogue14::itemGoProPhotoResolution() { return gTagsGoPro.item(45); }
-const TagItem& detail::TagItemCatalogue14::itemGoProProTune() { return gTagsGoPro.item(46); }
-const TagItem& detail::TagItemCatalogue14::itemGoProColorMode() { return gTagsGoPro.item(47); }
-const TagItem& detail::TagItemCatalogue14::itemGoProExposureCompensation() { return gTagsGoPro.item(48); }
-const TagItem& detail::TagItemCatalogue14::itemGoProSharpness() { return gTagsGoPro.item(49); }
-const TagItem& detail::TagItemCatalogue14::itemGoProWhiteBalance() { return gTagsGoPro.item(50); }
-const TagItem& detail::TagItemCatalogue14::itemGoProRate() { return gTagsGoPro.item(51); }
-const TagItem& detail::TagItemCatalogue14::itemGoProComments() { return gTagsGoPro.item(52); }
-const TagItem& detail::TagItemCatalogue14::itemGoProScaleFactor() { return gTagsGoPro.item(53); }
-const TagItem& detail::TagItemCatalogue14::itemGoProScaledPressure() { return gTagsGoPro.item(54); }
-const TagItem& detail::TagItemCatalogue14::itemGoProExposureTimes() { return gTagsGoPro.item(55); }
-const TagItem& detail::TagItemCatalogue14::itemGoProScaledIMU() { return gTagsGoPro.item(56); }
-const TagItem& detail::TagItemCatalogue14::itemGoProSIUnits() { return gTagsGoPro.item(57); }
-const TagItem& detail::TagItemCatalogue14::itemGoProSensorReadoutTime() { return gTagsGoPro.item(58); }
-const TagItem& detail::TagItemCatalogue14::itemGoProTimeStamp() { return gTagsGoPro.item(59); }
-const TagItem& detail::TagItemCatalogue14::itemGoProStreamName() { return gTagsGoPro.item(60); }
-const TagItem& detail::TagItemCatalogue14::itemGoProSystemTime() { return gTagsGoPro.item(61); }
-const TagItem& detail::TagItemCatalogue14::itemGoProCameraTemperature() { return gTagsGoPro.item(62); }
-const TagItem& detail::TagItemCatalogue14::itemGoProTotalSamples() { return gTagsGoPro.item(63); }
-const TagItem& detail::TagItemCatalogue14::itemGoProStructureType() { return gTagsGoPro.item(64); }
-const TagItem& detail::TagItemCatalogue14::itemGoProInputUniformity() { return gTagsGoPro.item(65); }
-const TagItem& detail::TagItemCatalogue14::itemGoProUnits() { return gTagsGoPro.item(66); }
-const TagItem& detail::TagItemCatalogue14::itemGoProMetadataVersion() { return gTagsGoPro.item(67); }
-const TagItem& detail::TagItemCatalogue14::itemGoProFieldOfView() { return gTagsGoPro.item(68); }
-const TagItem& detail::TagItemCatalogue14::itemGoProVisualFlightRulesHUD() { return gTagsGoPro.item(69); }
-const TagItem& detail::TagItemCatalogue14::itemGoProColorTemperatures() { return gTagsGoPro.item(70); }
-const TagItem& detail::TagItemCatalogue14::itemGoProWhiteBalanceRGB() { return gTagsGoPro.item(71); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGPSDateTimeRaw() { return gTagsGoPro.item(72); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGPSLatitudeRaw() { return gTagsGoPro.item(73); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGPSLongitudeRaw() { return gTagsGoPro.item(74); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGPSAltitudeRaw() { return gTagsGoPro.item(75); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGPRI_Unknown4() { return gTagsGoPro.item(76); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGPRI_Unknown5() { return gTagsGoPro.item(77); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGPSSpeedRaw() { return gTagsGoPro.item(78); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGPSTrackRaw() { return gTagsGoPro.item(79); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGPRI_Unknown8() { return gTagsGoPro.item(80); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGPRI_Unknown9() { return gTagsGoPro.item(81); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGPSSpeed() { return gTagsGoPro.item(82); }
-const TagItem& detail::TagItemCatalogue14::itemGoProGPSSpeed3D() { return gTagsGoPro.item(83); }
-const TagItem& detail::TagItemCatalogue14::itemGoProBatteryCurrent() { return gTagsGoPro.item(84); }
-const TagItem& detail::TagItemCatalogue14::itemGoProBatteryCapacity() { return gTagsGoPro.item(85); }
-const TagItem& detail::TagItemCatalogue14::itemGoProKBAT_Unknown2() { return gTagsGoPro.item(86); }
-const TagItem& detail::TagItemCatalogue14::itemGoProBatteryTemperature() { return gTagsGoPro.item(87); }
-const TagItem& detail::TagItemCatalogue14::itemGoProBatteryVoltage1() { return gTagsGoPro.item(88); }
-const TagItem& detail::TagItemCatalogue14::itemGoProBatteryVoltage2() { return gTagsGoPro.item(89); }
-const TagItem& detail::TagItemCatalogue14::itemGoProBatteryVoltage3() { return gTagsGoPro.item(90); }
-const TagItem& detail::TagItemCatalogue14::itemGoProBatteryVoltage4() { return gTagsGoPro.item(91); }
-const TagItem& detail::TagItemCatalogue14::itemGoProBatteryTime() { return gTagsGoPro.item(92); }
-const TagItem& detail::TagItemCatalogue14::itemGoProKBAT_Unknown9() { return gTagsGoPro.item(93); }
-const TagItem& detail::TagItemCatalogue14::itemGoProKBAT_Unknown10() { return gTagsGoPro.item(94); }
-const TagItem& detail::TagItemCatalogue14::itemGoProKBAT_Unknown11() { return gTagsGoPro.item(95); }
-const TagItem& detail::TagItemCatalogue14::itemGoProKBAT_Unknown12() { return gTagsGoPro.item(96); }
-const TagItem& detail::TagItemCatalogue14::itemGoProKBAT_Unknown13() { return gTagsGoPro.item(97); }
-const TagItem& detail::TagItemCatalogue14::itemGoProBatteryLevel() { return gTagsGoPro.item(98); }
-const TagItem& detail::TagItemCatalogue14::itemGoProSerialNumber() { return gTagsGoPro.item(99); }
-const TagItem& detail::TagItemCatalogue14::itemGoProOtherSerialNumber() { return gTagsGoPro.item(100); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGPSDateTime() { return detail::gTagsGoPro.item(0); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGPSLatitude() { return detail::gTagsGoPro.item(1); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGPSLongitude() { return detail::gTagsGoPro.item(2); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGPSAltitude() { return detail::gTagsGoPro.item(3); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGLPI_Unknown4() { return detail::gTagsGoPro.item(4); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGPSSpeedX() { return detail::gTagsGoPro.item(5); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGPSSpeedY() { return detail::gTagsGoPro.item(6); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGPSSpeedZ() { return detail::gTagsGoPro.item(7); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGPSTrack() { return detail::gTagsGoPro.item(8); }
+const TagItem& detail::TagItemCatalogue14::itemGoProAccelerometer() { return detail::gTagsGoPro.item(9); }
+const TagItem& detail::TagItemCatalogue14::itemGoProAutoLowLightDuration() { return detail::gTagsGoPro.item(10); }
+const TagItem& detail::TagItemCatalogue14::itemGoProAttitude() { return detail::gTagsGoPro.item(11); }
+const TagItem& detail::TagItemCatalogue14::itemGoProAttitudeTarget() { return detail::gTagsGoPro.item(12); }
+const TagItem& detail::TagItemCatalogue14::itemGoProAudioSetting() { return detail::gTagsGoPro.item(13); }
+const TagItem& detail::TagItemCatalogue14::itemGoProController() { return detail::gTagsGoPro.item(14); }
+const TagItem& detail::TagItemCatalogue14::itemGoProCameraSerialNumber() { return detail::gTagsGoPro.item(15); }
+const TagItem& detail::TagItemCatalogue14::itemGoProCoyoteSense() { return detail::gTagsGoPro.item(16); }
+const TagItem& detail::TagItemCatalogue14::itemGoProCoyoteStatus() { return detail::gTagsGoPro.item(17); }
+const TagItem& detail::TagItemCatalogue14::itemGoProDeviceID() { return detail::gTagsGoPro.item(18); }
+const TagItem& detail::TagItemCatalogue14::itemGoProDeviceName() { return detail::gTagsGoPro.item(19); }
+const TagItem& detail::TagItemCatalogue14::itemGoProDigitalZoom() { return detail::gTagsGoPro.item(20); }
+const TagItem& detail::TagItemCatalogue14::itemGoProElectronicImageStabilization() { return detail::gTagsGoPro.item(21); }
+const TagItem& detail::TagItemCatalogue14::itemGoProEmpty() { return detail::gTagsGoPro.item(22); }
+const TagItem& detail::TagItemCatalogue14::itemGoProEscapeStatus() { return detail::gTagsGoPro.item(23); }
+const TagItem& detail::TagItemCatalogue14::itemGoProMaximumShutterAngle() { return detail::gTagsGoPro.item(24); }
+const TagItem& detail::TagItemCatalogue14::itemGoProFaceDetected() { return detail::gTagsGoPro.item(25); }
+const TagItem& detail::TagItemCatalogue14::itemGoProFaceNumbers() { return detail::gTagsGoPro.item(26); }
+const TagItem& detail::TagItemCatalogue14::itemGoProFirmwareVersion() { return detail::gTagsGoPro.item(27); }
+const TagItem& detail::TagItemCatalogue14::itemGoProOtherFirmware() { return detail::gTagsGoPro.item(28); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGPSMeasureMode() { return detail::gTagsGoPro.item(29); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGPSHPositioningError() { return detail::gTagsGoPro.item(30); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGyroscope() { return detail::gTagsGoPro.item(31); }
+const TagItem& detail::TagItemCatalogue14::itemGoProISOSpeeds() { return detail::gTagsGoPro.item(32); }
+const TagItem& detail::TagItemCatalogue14::itemGoProImageSensorGain() { return detail::gTagsGoPro.item(33); }
+const TagItem& detail::TagItemCatalogue14::itemGoProLocalPositionNED() { return detail::gTagsGoPro.item(34); }
+const TagItem& detail::TagItemCatalogue14::itemGoProMagnetometer() { return detail::gTagsGoPro.item(35); }
+const TagItem& detail::TagItemCatalogue14::itemGoProModel() { return detail::gTagsGoPro.item(36); }
+const TagItem& detail::TagItemCatalogue14::itemGoProAccelerometerMatrix() { return detail::gTagsGoPro.item(37); }
+const TagItem& detail::TagItemCatalogue14::itemGoProMediaUniqueID() { return detail::gTagsGoPro.item(38); }
+const TagItem& detail::TagItemCatalogue14::itemGoProAutoRotation() { return detail::gTagsGoPro.item(39); }
+const TagItem& detail::TagItemCatalogue14::itemGoProInputOrientation() { return detail::gTagsGoPro.item(40); }
+const TagItem& detail::TagItemCatalogue14::itemGoProOutputOrientation() { return detail::gTagsGoPro.item(41); }
+const TagItem& detail::TagItemCatalogue14::itemGoProHDRSetting() { return detail::gTagsGoPro.item(42); }
+const TagItem& detail::TagItemCatalogue14::itemGoProAutoISOMin() { return detail::gTagsGoPro.item(43); }
+const TagItem& detail::TagItemCatalogue14::itemGoProAutoISOMax() { return detail::gTagsGoPro.item(44); }
+const TagItem& detail::TagItemCatalogue14::itemGoProPhotoResolution() { return detail::gTagsGoPro.item(45); }
+const TagItem& detail::TagItemCatalogue14::itemGoProProTune() { return detail::gTagsGoPro.item(46); }
+const TagItem& detail::TagItemCatalogue14::itemGoProColorMode() { return detail::gTagsGoPro.item(47); }
+const TagItem& detail::TagItemCatalogue14::itemGoProExposureCompensation() { return detail::gTagsGoPro.item(48); }
+const TagItem& detail::TagItemCatalogue14::itemGoProSharpness() { return detail::gTagsGoPro.item(49); }
+const TagItem& detail::TagItemCatalogue14::itemGoProWhiteBalance() { return detail::gTagsGoPro.item(50); }
+const TagItem& detail::TagItemCatalogue14::itemGoProRate() { return detail::gTagsGoPro.item(51); }
+const TagItem& detail::TagItemCatalogue14::itemGoProComments() { return detail::gTagsGoPro.item(52); }
+const TagItem& detail::TagItemCatalogue14::itemGoProScaleFactor() { return detail::gTagsGoPro.item(53); }
+const TagItem& detail::TagItemCatalogue14::itemGoProScaledPressure() { return detail::gTagsGoPro.item(54); }
+const TagItem& detail::TagItemCatalogue14::itemGoProExposureTimes() { return detail::gTagsGoPro.item(55); }
+const TagItem& detail::TagItemCatalogue14::itemGoProScaledIMU() { return detail::gTagsGoPro.item(56); }
+const TagItem& detail::TagItemCatalogue14::itemGoProSIUnits() { return detail::gTagsGoPro.item(57); }
+const TagItem& detail::TagItemCatalogue14::itemGoProSensorReadoutTime() { return detail::gTagsGoPro.item(58); }
+const TagItem& detail::TagItemCatalogue14::itemGoProTimeStamp() { return detail::gTagsGoPro.item(59); }
+const TagItem& detail::TagItemCatalogue14::itemGoProStreamName() { return detail::gTagsGoPro.item(60); }
+const TagItem& detail::TagItemCatalogue14::itemGoProSystemTime() { return detail::gTagsGoPro.item(61); }
+const TagItem& detail::TagItemCatalogue14::itemGoProCameraTemperature() { return detail::gTagsGoPro.item(62); }
+const TagItem& detail::TagItemCatalogue14::itemGoProTotalSamples() { return detail::gTagsGoPro.item(63); }
+const TagItem& detail::TagItemCatalogue14::itemGoProStructureType() { return detail::gTagsGoPro.item(64); }
+const TagItem& detail::TagItemCatalogue14::itemGoProInputUniformity() { return detail::gTagsGoPro.item(65); }
+const TagItem& detail::TagItemCatalogue14::itemGoProUnits() { return detail::gTagsGoPro.item(66); }
+const TagItem& detail::TagItemCatalogue14::itemGoProMetadataVersion() { return detail::gTagsGoPro.item(67); }
+const TagItem& detail::TagItemCatalogue14::itemGoProFieldOfView() { return detail::gTagsGoPro.item(68); }
+const TagItem& detail::TagItemCatalogue14::itemGoProVisualFlightRulesHUD() { return detail::gTagsGoPro.item(69); }
+const TagItem& detail::TagItemCatalogue14::itemGoProColorTemperatures() { return detail::gTagsGoPro.item(70); }
+const TagItem& detail::TagItemCatalogue14::itemGoProWhiteBalanceRGB() { return detail::gTagsGoPro.item(71); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGPSDateTimeRaw() { return detail::gTagsGoPro.item(72); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGPSLatitudeRaw() { return detail::gTagsGoPro.item(73); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGPSLongitudeRaw() { return detail::gTagsGoPro.item(74); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGPSAltitudeRaw() { return detail::gTagsGoPro.item(75); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGPRI_Unknown4() { return detail::gTagsGoPro.item(76); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGPRI_Unknown5() { return detail::gTagsGoPro.item(77); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGPSSpeedRaw() { return detail::gTagsGoPro.item(78); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGPSTrackRaw() { return detail::gTagsGoPro.item(79); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGPRI_Unknown8() { return detail::gTagsGoPro.item(80); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGPRI_Unknown9() { return detail::gTagsGoPro.item(81); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGPSSpeed() { return detail::gTagsGoPro.item(82); }
+const TagItem& detail::TagItemCatalogue14::itemGoProGPSSpeed3D() { return detail::gTagsGoPro.item(83); }
+const TagItem& detail::TagItemCatalogue14::itemGoProBatteryCurrent() { return detail::gTagsGoPro.item(84); }
+const TagItem& detail::TagItemCatalogue14::itemGoProBatteryCapacity() { return detail::gTagsGoPro.item(85); }
+const TagItem& detail::TagItemCatalogue14::itemGoProKBAT_Unknown2() { return detail::gTagsGoPro.item(86); }
+const TagItem& detail::TagItemCatalogue14::itemGoProBatteryTemperature() { return detail::gTagsGoPro.item(87); }
+const TagItem& detail::TagItemCatalogue14::itemGoProBatteryVoltage1() { return detail::gTagsGoPro.item(88); }
+const TagItem& detail::TagItemCatalogue14::itemGoProBatteryVoltage2() { return detail::gTagsGoPro.item(89); }
+const TagItem& detail::TagItemCatalogue14::itemGoProBatteryVoltage3() { return detail::gTagsGoPro.item(90); }
+const TagItem& detail::TagItemCatalogue14::itemGoProBatteryVoltage4() { return detail::gTagsGoPro.item(91); }
+const TagItem& detail::TagItemCatalogue14::itemGoProBatteryTime() { return detail::gTagsGoPro.item(92); }
+const TagItem& detail::TagItemCatalogue14::itemGoProKBAT_Unknown9() { return detail::gTagsGoPro.item(93); }
+const TagItem& detail::TagItemCatalogue14::itemGoProKBAT_Unknown10() { return detail::gTagsGoPro.item(94); }
+const TagItem& detail::TagItemCatalogue14::itemGoProKBAT_Unknown11() { return detail::gTagsGoPro.item(95); }
+const TagItem& detail::TagItemCatalogue14::itemGoProKBAT_Unknown12() { return detail::gTagsGoPro.item(96); }
+const TagItem& detail::TagItemCatalogue14::itemGoProKBAT_Unknown13() { return detail::gTagsGoPro.item(97); }
+const TagItem& detail::TagItemCatalogue14::itemGoProBatteryLevel() { return detail::gTagsGoPro.item(98); }
+const TagItem& detail::TagItemCatalogue14::itemGoProSerialNumber() { return detail::gTagsGoPro.item(99); }
+const TagItem& detail::TagItemCatalogue14::itemGoProOtherSerialNumber() { return detail::gTagsGoPro.item(100); }
 
 const TagStrings& TagStringsCatalogue::stringsH264() {
   return gStringsH264.strings(&TagStringsCatalogue::stringTableH264);
@@ -14030,51 +14036,51 @@ TagStringTable TagStringsCatalogue::stringTableH264(ETLanguage language) {
   return gStringsH264.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue14::allStreamsH264() {
-  return gTagsH264.all();
+  return detail::gTagsH264.all();
 }
-const TagItem& detail::TagItemCatalogue14::itemH264ApertureSetting() { return gTagsH264.item(0); }
-const TagItem& detail::TagItemCatalogue14::itemH264Gain() { return gTagsH264.item(1); }
-const TagItem& detail::TagItemCatalogue14::itemH264ExposureProgram() { return gTagsH264.item(2); }
-const TagItem& detail::TagItemCatalogue14::itemH264WhiteBalance() { return gTagsH264.item(3); }
-const TagItem& detail::TagItemCatalogue14::itemH264Focus() { return gTagsH264.item(4); }
-const TagItem& detail::TagItemCatalogue14::itemH264ImageStabilization() { return gTagsH264.item(5); }
-const TagItem& detail::TagItemCatalogue14::itemH264CaptureFrameRate() { return gTagsH264.item(6); }
-const TagItem& detail::TagItemCatalogue14::itemH264VideoFrameRate() { return gTagsH264.item(7); }
-const TagItem& detail::TagItemCatalogue14::itemH264TimeCode() { return gTagsH264.item(8); }
-const TagItem& detail::TagItemCatalogue14::itemH264DateTimeOriginal() { return gTagsH264.item(9); }
-const TagItem& detail::TagItemCatalogue14::itemH264ExposureTime() { return gTagsH264.item(10); }
-const TagItem& detail::TagItemCatalogue14::itemH264FNumber() { return gTagsH264.item(11); }
-const TagItem& detail::TagItemCatalogue14::itemH264BrightnessValue() { return gTagsH264.item(12); }
-const TagItem& detail::TagItemCatalogue14::itemH264ExposureCompensation() { return gTagsH264.item(13); }
-const TagItem& detail::TagItemCatalogue14::itemH264MaxApertureValue() { return gTagsH264.item(14); }
-const TagItem& detail::TagItemCatalogue14::itemH264Flash() { return gTagsH264.item(15); }
-const TagItem& detail::TagItemCatalogue14::itemH264CustomRendered() { return gTagsH264.item(16); }
-const TagItem& detail::TagItemCatalogue14::itemH264FocalLengthIn35mmFormat() { return gTagsH264.item(17); }
-const TagItem& detail::TagItemCatalogue14::itemH264SceneCaptureType() { return gTagsH264.item(18); }
-const TagItem& detail::TagItemCatalogue14::itemH264GPSVersionID() { return gTagsH264.item(19); }
-const TagItem& detail::TagItemCatalogue14::itemH264GPSLatitudeRef() { return gTagsH264.item(20); }
-const TagItem& detail::TagItemCatalogue14::itemH264GPSLatitude() { return gTagsH264.item(21); }
-const TagItem& detail::TagItemCatalogue14::itemH264GPSLongitudeRef() { return gTagsH264.item(22); }
-const TagItem& detail::TagItemCatalogue14::itemH264GPSLongitude() { return gTagsH264.item(23); }
-const TagItem& detail::TagItemCatalogue14::itemH264GPSAltitudeRef() { return gTagsH264.item(24); }
-const TagItem& detail::TagItemCatalogue14::itemH264GPSAltitude() { return gTagsH264.item(25); }
-const TagItem& detail::TagItemCatalogue14::itemH264GPSTimeStamp() { return gTagsH264.item(26); }
-const TagItem& detail::TagItemCatalogue14::itemH264GPSStatus() { return gTagsH264.item(27); }
-const TagItem& detail::TagItemCatalogue14::itemH264GPSMeasureMode() { return gTagsH264.item(28); }
-const TagItem& detail::TagItemCatalogue14::itemH264GPSDOP() { return gTagsH264.item(29); }
-const TagItem& detail::TagItemCatalogue14::itemH264GPSSpeedRef() { return gTagsH264.item(30); }
-const TagItem& detail::TagItemCatalogue14::itemH264GPSSpeed() { return gTagsH264.item(31); }
-const TagItem& detail::TagItemCatalogue14::itemH264GPSTrackRef() { return gTagsH264.item(32); }
-const TagItem& detail::TagItemCatalogue14::itemH264GPSTrack() { return gTagsH264.item(33); }
-const TagItem& detail::TagItemCatalogue14::itemH264GPSImgDirectionRef() { return gTagsH264.item(34); }
-const TagItem& detail::TagItemCatalogue14::itemH264GPSImgDirection() { return gTagsH264.item(35); }
-const TagItem& detail::TagItemCatalogue14::itemH264GPSMapDatum() { return gTagsH264.item(36); }
-const TagItem& detail::TagItemCatalogue14::itemH264GPSDateStamp() { return gTagsH264.item(37); }
-const TagItem& detail::TagItemCatalogue14::itemH264Model() { return gTagsH264.item(38); }
-const TagItem& detail::TagItemCatalogue14::itemH264ImageHeight() { return gTagsH264.item(39); }
-const TagItem& detail::TagItemCatalogue14::itemH264ImageWidth() { return gTagsH264.item(40); }
-const TagItem& detail::TagItemCatalogue14::itemH264Make() { return gTagsH264.item(41); }
-const TagItem& detail::TagItemCatalogue14::itemH264RecordingMode() { return gTagsH264.item(42); }
+const TagItem& detail::TagItemCatalogue14::itemH264ApertureSetting() { return detail::gTagsH264.item(0); }
+const TagItem& detail::TagItemCatalogue14::itemH264Gain() { return detail::gTagsH264.item(1); }
+const TagItem& detail::TagItemCatalogue14::itemH264ExposureProgram() { return detail::gTagsH264.item(2); }
+const TagItem& detail::TagItemCatalogue14::itemH264WhiteBalance() { return detail::gTagsH264.item(3); }
+const TagItem& detail::TagItemCatalogue14::itemH264Focus() { return detail::gTagsH264.item(4); }
+const TagItem& detail::TagItemCatalogue14::itemH264ImageStabilization() { return detail::gTagsH264.item(5); }
+const TagItem& detail::TagItemCatalogue14::itemH264CaptureFrameRate() { return detail::gTagsH264.item(6); }
+const TagItem& detail::TagItemCatalogue14::itemH264VideoFrameRate() { return detail::gTagsH264.item(7); }
+const TagItem& detail::TagItemCatalogue14::itemH264TimeCode() { return detail::gTagsH264.item(8); }
+const TagItem& detail::TagItemCatalogue14::itemH264DateTimeOriginal() { return detail::gTagsH264.item(9); }
+const TagItem& detail::TagItemCatalogue14::itemH264ExposureTime() { return detail::gTagsH264.item(10); }
+const TagItem& detail::TagItemCatalogue14::itemH264FNumber() { return detail::gTagsH264.item(11); }
+const TagItem& detail::TagItemCatalogue14::itemH264BrightnessValue() { return detail::gTagsH264.item(12); }
+const TagItem& detail::TagItemCatalogue14::itemH264ExposureCompensation() { return detail::gTagsH264.item(13); }
+const TagItem& detail::TagItemCatalogue14::itemH264MaxApertureValue() { return detail::gTagsH264.item(14); }
+const TagItem& detail::TagItemCatalogue14::itemH264Flash() { return detail::gTagsH264.item(15); }
+const TagItem& detail::TagItemCatalogue14::itemH264CustomRendered() { return detail::gTagsH264.item(16); }
+const TagItem& detail::TagItemCatalogue14::itemH264FocalLengthIn35mmFormat() { return detail::gTagsH264.item(17); }
+const TagItem& detail::TagItemCatalogue14::itemH264SceneCaptureType() { return detail::gTagsH264.item(18); }
+const TagItem& detail::TagItemCatalogue14::itemH264GPSVersionID() { return detail::gTagsH264.item(19); }
+const TagItem& detail::TagItemCatalogue14::itemH264GPSLatitudeRef() { return detail::gTagsH264.item(20); }
+const TagItem& detail::TagItemCatalogue14::itemH264GPSLatitude() { return detail::gTagsH264.item(21); }
+const TagItem& detail::TagItemCatalogue14::itemH264GPSLongitudeRef() { return detail::gTagsH264.item(22); }
+const TagItem& detail::TagItemCatalogue14::itemH264GPSLongitude() { return detail::gTagsH264.item(23); }
+const TagItem& detail::TagItemCatalogue14::itemH264GPSAltitudeRef() { return detail::gTagsH264.item(24); }
+const TagItem& detail::TagItemCatalogue14::itemH264GPSAltitude() { return detail::gTagsH264.item(25); }
+const TagItem& detail::TagItemCatalogue14::itemH264GPSTimeStamp() { return detail::gTagsH264.item(26); }
+const TagItem& detail::TagItemCatalogue14::itemH264GPSStatus() { return detail::gTagsH264.item(27); }
+const TagItem& detail::TagItemCatalogue14::itemH264GPSMeasureMode() { return detail::gTagsH264.item(28); }
+const TagItem& detail::TagItemCatalogue14::itemH264GPSDOP() { return detail::gTagsH264.item(29); }
+const TagItem& detail::TagItemCatalogue14::itemH264GPSSpeedRef() { return detail::gTagsH264.item(30); }
+const TagItem& detail::TagItemCatalogue14::itemH264GPSSpeed() { return detail::gTagsH264.item(31); }
+const TagItem& detail::TagItemCatalogue14::itemH264GPSTrackRef() { return detail::gTagsH264.item(32); }
+const TagItem& detail::TagItemCatalogue14::itemH264GPSTrack() { return detail::gTagsH264.item(33); }
+const TagItem& detail::TagItemCatalogue14::itemH264GPSImgDirectionRef() { return detail::gTagsH264.item(34); }
+const TagItem& detail::TagItemCatalogue14::itemH264GPSImgDirection() { return detail::gTagsH264.item(35); }
+const TagItem& detail::TagItemCatalogue14::itemH264GPSMapDatum() { return detail::gTagsH264.item(36); }
+const TagItem& detail::TagItemCatalogue14::itemH264GPSDateStamp() { return detail::gTagsH264.item(37); }
+const TagItem& detail::TagItemCatalogue14::itemH264Model() { return detail::gTagsH264.item(38); }
+const TagItem& detail::TagItemCatalogue14::itemH264ImageHeight() { return detail::gTagsH264.item(39); }
+const TagItem& detail::TagItemCatalogue14::itemH264ImageWidth() { return detail::gTagsH264.item(40); }
+const TagItem& detail::TagItemCatalogue14::itemH264Make() { return detail::gTagsH264.item(41); }
+const TagItem& detail::TagItemCatalogue14::itemH264RecordingMode() { return detail::gTagsH264.item(42); }
 
 const TagStrings& TagStringsCatalogue::stringsHP() {
   return gStringsHP.strings(&TagStringsCatalogue::stringTableHP);
@@ -14083,17 +14089,17 @@ TagStringTable TagStringsCatalogue::stringTableHP(ETLanguage language) {
   return gStringsHP.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue14::allStreamsHP() {
-  return gTagsHP.all();
+  return detail::gTagsHP.all();
 }
-const TagItem& detail::TagItemCatalogue14::itemHPSerialNumber() { return gTagsHP.item(0); }
-const TagItem& detail::TagItemCatalogue14::itemHPFirmwareVersion() { return gTagsHP.item(1); }
-const TagItem& detail::TagItemCatalogue14::itemHPLensShading() { return gTagsHP.item(2); }
-const TagItem& detail::TagItemCatalogue14::itemHPPreviewImage() { return gTagsHP.item(3); }
-const TagItem& detail::TagItemCatalogue14::itemHPMaxAperture() { return gTagsHP.item(4); }
-const TagItem& detail::TagItemCatalogue14::itemHPExposureTime() { return gTagsHP.item(5); }
-const TagItem& detail::TagItemCatalogue14::itemHPCameraDateTime() { return gTagsHP.item(6); }
-const TagItem& detail::TagItemCatalogue14::itemHPISO() { return gTagsHP.item(7); }
-const TagItem& detail::TagItemCatalogue14::itemHPFNumber() { return gTagsHP.item(8); }
+const TagItem& detail::TagItemCatalogue14::itemHPSerialNumber() { return detail::gTagsHP.item(0); }
+const TagItem& detail::TagItemCatalogue14::itemHPFirmwareVersion() { return detail::gTagsHP.item(1); }
+const TagItem& detail::TagItemCatalogue14::itemHPLensShading() { return detail::gTagsHP.item(2); }
+const TagItem& detail::TagItemCatalogue14::itemHPPreviewImage() { return detail::gTagsHP.item(3); }
+const TagItem& detail::TagItemCatalogue14::itemHPMaxAperture() { return detail::gTagsHP.item(4); }
+const TagItem& detail::TagItemCatalogue14::itemHPExposureTime() { return detail::gTagsHP.item(5); }
+const TagItem& detail::TagItemCatalogue14::itemHPCameraDateTime() { return detail::gTagsHP.item(6); }
+const TagItem& detail::TagItemCatalogue14::itemHPISO() { return detail::gTagsHP.item(7); }
+const TagItem& detail::TagItemCatalogue14::itemHPFNumber() { return detail::gTagsHP.item(8); }
 
 const TagStrings& TagStringsCatalogue::stringsHTML() {
   return gStringsHTML.strings(&TagStringsCatalogue::stringTableHTML);
@@ -14102,110 +14108,110 @@ TagStringTable TagStringsCatalogue::stringTableHTML(ETLanguage language) {
   return gStringsHTML.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue14::allStreamsHTML() {
-  return gTagsHTML.all();
+  return detail::gTagsHTML.all();
 }
-const TagItem& detail::TagItemCatalogue14::itemHTMLAbstract() { return gTagsHTML.item(0); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLAuthor() { return gTagsHTML.item(1); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLClassification() { return gTagsHTML.item(2); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLContentLanguage() { return gTagsHTML.item(3); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLCopyright() { return gTagsHTML.item(4); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLDescription() { return gTagsHTML.item(5); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLDistribution() { return gTagsHTML.item(6); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLDocClass() { return gTagsHTML.item(7); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLDocRights() { return gTagsHTML.item(8); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLDocType() { return gTagsHTML.item(9); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLFormatter() { return gTagsHTML.item(10); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLGenerator() { return gTagsHTML.item(11); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLGeneratorVersion() { return gTagsHTML.item(12); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLGoogleBot() { return gTagsHTML.item(13); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLKeywords() { return gTagsHTML.item(14); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLNoMSSmartTags() { return gTagsHTML.item(15); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLOriginator() { return gTagsHTML.item(16); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLOwner() { return gTagsHTML.item(17); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLProgID() { return gTagsHTML.item(18); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLRating() { return gTagsHTML.item(19); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLRefresh() { return gTagsHTML.item(20); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLResourceType() { return gTagsHTML.item(21); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLRevisitAfter() { return gTagsHTML.item(22); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLRobots() { return gTagsHTML.item(23); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLTitle() { return gTagsHTML.item(24); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLCategory() { return gTagsHTML.item(25); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLCharacters() { return gTagsHTML.item(26); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLCharactersWithSpaces() { return gTagsHTML.item(27); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLCompany() { return gTagsHTML.item(28); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLCreateDate() { return gTagsHTML.item(29); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLLastAuthor() { return gTagsHTML.item(30); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLLastPrinted() { return gTagsHTML.item(31); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLModifyDate() { return gTagsHTML.item(32); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLLines() { return gTagsHTML.item(33); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLManager() { return gTagsHTML.item(34); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLPages() { return gTagsHTML.item(35); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLParagraphs() { return gTagsHTML.item(36); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLRevisionNumber() { return gTagsHTML.item(37); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLSubject() { return gTagsHTML.item(38); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLTemplate() { return gTagsHTML.item(39); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLTotalEditTime() { return gTagsHTML.item(40); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLWords() { return gTagsHTML.item(41); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLContributor() { return gTagsHTML.item(42); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLCoverage() { return gTagsHTML.item(43); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLCreator() { return gTagsHTML.item(44); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLDate() { return gTagsHTML.item(45); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLFormat() { return gTagsHTML.item(46); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLIdentifier() { return gTagsHTML.item(47); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLLanguage() { return gTagsHTML.item(48); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLPublisher() { return gTagsHTML.item(49); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLRelation() { return gTagsHTML.item(50); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLRights() { return gTagsHTML.item(51); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLSource() { return gTagsHTML.item(52); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLType() { return gTagsHTML.item(53); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLCacheControl() { return gTagsHTML.item(54); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLContentDisposition() { return gTagsHTML.item(55); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLContentScriptType() { return gTagsHTML.item(56); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLContentStyleType() { return gTagsHTML.item(57); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLContentType() { return gTagsHTML.item(58); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLDefaultStyle() { return gTagsHTML.item(59); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLExpires() { return gTagsHTML.item(60); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLExtCache() { return gTagsHTML.item(61); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLImageToolbar() { return gTagsHTML.item(62); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLLotus() { return gTagsHTML.item(63); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLPageEnter() { return gTagsHTML.item(64); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLPageExit() { return gTagsHTML.item(65); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLPicsLabel() { return gTagsHTML.item(66); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLPragma() { return gTagsHTML.item(67); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLReplyTo() { return gTagsHTML.item(68); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLSetCookie() { return gTagsHTML.item(69); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLSiteEnter() { return gTagsHTML.item(70); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLSiteExit() { return gTagsHTML.item(71); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLVary() { return gTagsHTML.item(72); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLWindowTarget() { return gTagsHTML.item(73); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLCharacterSet() { return gTagsHTML.item(74); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLDepth() { return gTagsHTML.item(75); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLFiles() { return gTagsHTML.item(76); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLFootnotes() { return gTagsHTML.item(77); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLKByteSize() { return gTagsHTML.item(78); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLMaxPageNormal() { return gTagsHTML.item(79); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLMultimediaType() { return gTagsHTML.item(80); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLNarrator() { return gTagsHTML.item(81); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLPageFront() { return gTagsHTML.item(82); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLPageNormal() { return gTagsHTML.item(83); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLPageSpecial() { return gTagsHTML.item(84); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLProdNotes() { return gTagsHTML.item(85); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLProducedDate() { return gTagsHTML.item(86); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLProducer() { return gTagsHTML.item(87); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLRevision() { return gTagsHTML.item(88); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLRevisionDate() { return gTagsHTML.item(89); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLSetInfo() { return gTagsHTML.item(90); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLSidebars() { return gTagsHTML.item(91); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLSourceDate() { return gTagsHTML.item(92); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLSourceEdition() { return gTagsHTML.item(93); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLSourcePublisher() { return gTagsHTML.item(94); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLSourceRights() { return gTagsHTML.item(95); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLSourceTitle() { return gTagsHTML.item(96); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLTOCItems() { return gTagsHTML.item(97); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLDuration() { return gTagsHTML.item(98); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLRecEngineer() { return gTagsHTML.item(99); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLRecLocation() { return gTagsHTML.item(100); }
-const TagItem& detail::TagItemCatalogue14::itemHTMLObjectType() { return gTagsHTML.item(101); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLAbstract() { return detail::gTagsHTML.item(0); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLAuthor() { return detail::gTagsHTML.item(1); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLClassification() { return detail::gTagsHTML.item(2); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLContentLanguage() { return detail::gTagsHTML.item(3); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLCopyright() { return detail::gTagsHTML.item(4); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLDescription() { return detail::gTagsHTML.item(5); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLDistribution() { return detail::gTagsHTML.item(6); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLDocClass() { return detail::gTagsHTML.item(7); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLDocRights() { return detail::gTagsHTML.item(8); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLDocType() { return detail::gTagsHTML.item(9); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLFormatter() { return detail::gTagsHTML.item(10); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLGenerator() { return detail::gTagsHTML.item(11); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLGeneratorVersion() { return detail::gTagsHTML.item(12); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLGoogleBot() { return detail::gTagsHTML.item(13); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLKeywords() { return detail::gTagsHTML.item(14); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLNoMSSmartTags() { return detail::gTagsHTML.item(15); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLOriginator() { return detail::gTagsHTML.item(16); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLOwner() { return detail::gTagsHTML.item(17); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLProgID() { return detail::gTagsHTML.item(18); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLRating() { return detail::gTagsHTML.item(19); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLRefresh() { return detail::gTagsHTML.item(20); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLResourceType() { return detail::gTagsHTML.item(21); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLRevisitAfter() { return detail::gTagsHTML.item(22); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLRobots() { return detail::gTagsHTML.item(23); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLTitle() { return detail::gTagsHTML.item(24); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLCategory() { return detail::gTagsHTML.item(25); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLCharacters() { return detail::gTagsHTML.item(26); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLCharactersWithSpaces() { return detail::gTagsHTML.item(27); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLCompany() { return detail::gTagsHTML.item(28); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLCreateDate() { return detail::gTagsHTML.item(29); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLLastAuthor() { return detail::gTagsHTML.item(30); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLLastPrinted() { return detail::gTagsHTML.item(31); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLModifyDate() { return detail::gTagsHTML.item(32); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLLines() { return detail::gTagsHTML.item(33); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLManager() { return detail::gTagsHTML.item(34); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLPages() { return detail::gTagsHTML.item(35); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLParagraphs() { return detail::gTagsHTML.item(36); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLRevisionNumber() { return detail::gTagsHTML.item(37); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLSubject() { return detail::gTagsHTML.item(38); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLTemplate() { return detail::gTagsHTML.item(39); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLTotalEditTime() { return detail::gTagsHTML.item(40); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLWords() { return detail::gTagsHTML.item(41); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLContributor() { return detail::gTagsHTML.item(42); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLCoverage() { return detail::gTagsHTML.item(43); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLCreator() { return detail::gTagsHTML.item(44); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLDate() { return detail::gTagsHTML.item(45); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLFormat() { return detail::gTagsHTML.item(46); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLIdentifier() { return detail::gTagsHTML.item(47); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLLanguage() { return detail::gTagsHTML.item(48); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLPublisher() { return detail::gTagsHTML.item(49); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLRelation() { return detail::gTagsHTML.item(50); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLRights() { return detail::gTagsHTML.item(51); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLSource() { return detail::gTagsHTML.item(52); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLType() { return detail::gTagsHTML.item(53); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLCacheControl() { return detail::gTagsHTML.item(54); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLContentDisposition() { return detail::gTagsHTML.item(55); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLContentScriptType() { return detail::gTagsHTML.item(56); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLContentStyleType() { return detail::gTagsHTML.item(57); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLContentType() { return detail::gTagsHTML.item(58); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLDefaultStyle() { return detail::gTagsHTML.item(59); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLExpires() { return detail::gTagsHTML.item(60); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLExtCache() { return detail::gTagsHTML.item(61); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLImageToolbar() { return detail::gTagsHTML.item(62); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLLotus() { return detail::gTagsHTML.item(63); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLPageEnter() { return detail::gTagsHTML.item(64); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLPageExit() { return detail::gTagsHTML.item(65); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLPicsLabel() { return detail::gTagsHTML.item(66); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLPragma() { return detail::gTagsHTML.item(67); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLReplyTo() { return detail::gTagsHTML.item(68); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLSetCookie() { return detail::gTagsHTML.item(69); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLSiteEnter() { return detail::gTagsHTML.item(70); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLSiteExit() { return detail::gTagsHTML.item(71); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLVary() { return detail::gTagsHTML.item(72); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLWindowTarget() { return detail::gTagsHTML.item(73); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLCharacterSet() { return detail::gTagsHTML.item(74); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLDepth() { return detail::gTagsHTML.item(75); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLFiles() { return detail::gTagsHTML.item(76); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLFootnotes() { return detail::gTagsHTML.item(77); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLKByteSize() { return detail::gTagsHTML.item(78); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLMaxPageNormal() { return detail::gTagsHTML.item(79); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLMultimediaType() { return detail::gTagsHTML.item(80); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLNarrator() { return detail::gTagsHTML.item(81); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLPageFront() { return detail::gTagsHTML.item(82); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLPageNormal() { return detail::gTagsHTML.item(83); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLPageSpecial() { return detail::gTagsHTML.item(84); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLProdNotes() { return detail::gTagsHTML.item(85); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLProducedDate() { return detail::gTagsHTML.item(86); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLProducer() { return detail::gTagsHTML.item(87); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLRevision() { return detail::gTagsHTML.item(88); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLRevisionDate() { return detail::gTagsHTML.item(89); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLSetInfo() { return detail::gTagsHTML.item(90); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLSidebars() { return detail::gTagsHTML.item(91); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLSourceDate() { return detail::gTagsHTML.item(92); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLSourceEdition() { return detail::gTagsHTML.item(93); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLSourcePublisher() { return detail::gTagsHTML.item(94); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLSourceRights() { return detail::gTagsHTML.item(95); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLSourceTitle() { return detail::gTagsHTML.item(96); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLTOCItems() { return detail::gTagsHTML.item(97); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLDuration() { return detail::gTagsHTML.item(98); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLRecEngineer() { return detail::gTagsHTML.item(99); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLRecLocation() { return detail::gTagsHTML.item(100); }
+const TagItem& detail::TagItemCatalogue14::itemHTMLObjectType() { return detail::gTagsHTML.item(101); }
 
 const TagStrings& TagStringsCatalogue::stringsICC_Profile() {
   return gStringsICC_Profile.strings(&TagStringsCatalogue::stringTableICC_Profile);
@@ -14214,199 +14220,199 @@ TagStringTable TagStringsCatalogue::stringTableICC_Profile(ETLanguage language) 
   return gStringsICC_Profile.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue14::allStreamsICC_Profile() {
-  return gTagsICC_Profile.all();
+  return detail::gTagsICC_Profile.all();
 }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileICC_Profile() { return gTagsICC_Profile.item(0); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileChromaticityChannels() { return gTagsICC_Profile.item(1); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileChromaticityColorant() { return gTagsICC_Profile.item(2); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileChromaticityChannel1() { return gTagsICC_Profile.item(3); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileChromaticityChannel2() { return gTagsICC_Profile.item(4); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileChromaticityChannel3() { return gTagsICC_Profile.item(5); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileChromaticityChannel4() { return gTagsICC_Profile.item(6); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorantCount() { return gTagsICC_Profile.item(7); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorant1Name() { return gTagsICC_Profile.item(8); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorant1Coordinates() { return gTagsICC_Profile.item(9); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorant2Name() { return gTagsICC_Profile.item(10); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorant2Coordinates() { return gTagsICC_Profile.item(11); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorant3Name() { return gTagsICC_Profile.item(12); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorant3Coordinates() { return gTagsICC_Profile.item(13); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileCMMType() { return gTagsICC_Profile.item(14); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileVersion() { return gTagsICC_Profile.item(15); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileClass() { return gTagsICC_Profile.item(16); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorSpaceData() { return gTagsICC_Profile.item(17); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileConnectionSpace() { return gTagsICC_Profile.item(18); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileDateTime() { return gTagsICC_Profile.item(19); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileFileSignature() { return gTagsICC_Profile.item(20); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePrimaryPlatform() { return gTagsICC_Profile.item(21); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileCMMFlags() { return gTagsICC_Profile.item(22); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDeviceManufacturer() { return gTagsICC_Profile.item(23); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDeviceModel() { return gTagsICC_Profile.item(24); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDeviceAttributes() { return gTagsICC_Profile.item(25); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileRenderingIntent() { return gTagsICC_Profile.item(26); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileConnectionSpaceIlluminant() { return gTagsICC_Profile.item(27); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileCreator() { return gTagsICC_Profile.item(28); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileID() { return gTagsICC_Profile.item(29); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileAToB0() { return gTagsICC_Profile.item(30); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileAToB1() { return gTagsICC_Profile.item(31); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileAToB2() { return gTagsICC_Profile.item(32); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileAToB3() { return gTagsICC_Profile.item(33); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileAToM0() { return gTagsICC_Profile.item(34); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBToA0() { return gTagsICC_Profile.item(35); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBToA1() { return gTagsICC_Profile.item(36); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBToA2() { return gTagsICC_Profile.item(37); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBToA3() { return gTagsICC_Profile.item(38); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBToD0() { return gTagsICC_Profile.item(39); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBToD1() { return gTagsICC_Profile.item(40); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBToD2() { return gTagsICC_Profile.item(41); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBToD3() { return gTagsICC_Profile.item(42); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileCXF() { return gTagsICC_Profile.item(43); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDToB0() { return gTagsICC_Profile.item(44); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDToB1() { return gTagsICC_Profile.item(45); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDToB2() { return gTagsICC_Profile.item(46); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDToB3() { return gTagsICC_Profile.item(47); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMToA0() { return gTagsICC_Profile.item(48); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMToB0() { return gTagsICC_Profile.item(49); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMToB1() { return gTagsICC_Profile.item(50); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMToB2() { return gTagsICC_Profile.item(51); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMToB3() { return gTagsICC_Profile.item(52); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMToS0() { return gTagsICC_Profile.item(53); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMToS1() { return gTagsICC_Profile.item(54); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMToS2() { return gTagsICC_Profile.item(55); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMToS3() { return gTagsICC_Profile.item(56); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileWCSProfiles() { return gTagsICC_Profile.item(57); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFAToB0() { return gTagsICC_Profile.item(58); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFAToB1() { return gTagsICC_Profile.item(59); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFAToB2() { return gTagsICC_Profile.item(60); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFAToB3() { return gTagsICC_Profile.item(61); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFBToA0() { return gTagsICC_Profile.item(62); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFBToA1() { return gTagsICC_Profile.item(63); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFBToA2() { return gTagsICC_Profile.item(64); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFBToA3() { return gTagsICC_Profile.item(65); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFBToD0() { return gTagsICC_Profile.item(66); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFBToD1() { return gTagsICC_Profile.item(67); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFBToD2() { return gTagsICC_Profile.item(68); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFBToD3() { return gTagsICC_Profile.item(69); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFDToB0() { return gTagsICC_Profile.item(70); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFDToB1() { return gTagsICC_Profile.item(71); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFDToB2() { return gTagsICC_Profile.item(72); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFDToB3() { return gTagsICC_Profile.item(73); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFMToB0() { return gTagsICC_Profile.item(74); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFMToB1() { return gTagsICC_Profile.item(75); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFMToB2() { return gTagsICC_Profile.item(76); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFMToB3() { return gTagsICC_Profile.item(77); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFMToS0() { return gTagsICC_Profile.item(78); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFMToS1() { return gTagsICC_Profile.item(79); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFMToS2() { return gTagsICC_Profile.item(80); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFMToS3() { return gTagsICC_Profile.item(81); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBlueTRC() { return gTagsICC_Profile.item(82); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBlueMatrixColumn() { return gTagsICC_Profile.item(83); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFColorimetricParam0() { return gTagsICC_Profile.item(84); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFColorimetricParam1() { return gTagsICC_Profile.item(85); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFColorimetricParam2() { return gTagsICC_Profile.item(86); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFColorimetricParam3() { return gTagsICC_Profile.item(87); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileUCRBG() { return gTagsICC_Profile.item(88); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMediaBlackPoint() { return gTagsICC_Profile.item(89); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFSpectralParam0() { return gTagsICC_Profile.item(90); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFSpectralParam1() { return gTagsICC_Profile.item(91); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFSpectralParam2() { return gTagsICC_Profile.item(92); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFSpectralParam3() { return gTagsICC_Profile.item(93); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileCustomToStandardPcc() { return gTagsICC_Profile.item(94); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileCalibrationDateTime() { return gTagsICC_Profile.item(95); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorEncodingParams() { return gTagsICC_Profile.item(96); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileChromaticAdaptation() { return gTagsICC_Profile.item(97); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorimetricIntentImageState() { return gTagsICC_Profile.item(98); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorantInfoOut() { return gTagsICC_Profile.item(99); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorantOrderOut() { return gTagsICC_Profile.item(100); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorantTableOut() { return gTagsICC_Profile.item(101); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorantOrder() { return gTagsICC_Profile.item(102); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileCopyright() { return gTagsICC_Profile.item(103); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileCRDInfo() { return gTagsICC_Profile.item(104); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorSpaceName() { return gTagsICC_Profile.item(105); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalAToB0() { return gTagsICC_Profile.item(106); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalAToB1() { return gTagsICC_Profile.item(107); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalAToB2() { return gTagsICC_Profile.item(108); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalAToB3() { return gTagsICC_Profile.item(109); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalBToA0() { return gTagsICC_Profile.item(110); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalBToA1() { return gTagsICC_Profile.item(111); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalBToA2() { return gTagsICC_Profile.item(112); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalBToA3() { return gTagsICC_Profile.item(113); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalBToD0() { return gTagsICC_Profile.item(114); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalBToD1() { return gTagsICC_Profile.item(115); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalBToD2() { return gTagsICC_Profile.item(116); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalBToD3() { return gTagsICC_Profile.item(117); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalDToB0() { return gTagsICC_Profile.item(118); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalDToB1() { return gTagsICC_Profile.item(119); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalDToB2() { return gTagsICC_Profile.item(120); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalDToB3() { return gTagsICC_Profile.item(121); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileDescription() { return gTagsICC_Profile.item(122); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDeviceSettings() { return gTagsICC_Profile.item(123); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDeviceModelDesc() { return gTagsICC_Profile.item(124); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDeviceMfgDesc() { return gTagsICC_Profile.item(125); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileDescriptionML() { return gTagsICC_Profile.item(126); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileFocalPlaneColorimetryEstimates() { return gTagsICC_Profile.item(127); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileGreenTRC() { return gTagsICC_Profile.item(128); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileGreenMatrixColumn() { return gTagsICC_Profile.item(129); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileGamut() { return gTagsICC_Profile.item(130); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileGamutBoundaryDescription0() { return gTagsICC_Profile.item(131); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileGamutBoundaryDescription1() { return gTagsICC_Profile.item(132); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileGamutBoundaryDescription2() { return gTagsICC_Profile.item(133); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileGamutBoundaryDescription3() { return gTagsICC_Profile.item(134); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileGrayTRC() { return gTagsICC_Profile.item(135); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileLuminance() { return gTagsICC_Profile.item(136); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMultiplexTypeArray() { return gTagsICC_Profile.item(137); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMultiplexDefaultValues() { return gTagsICC_Profile.item(138); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMeasurementInputInfo() { return gTagsICC_Profile.item(139); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMeasurementInfo() { return gTagsICC_Profile.item(140); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMakeAndModel() { return gTagsICC_Profile.item(141); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileNamedColor2() { return gTagsICC_Profile.item(142); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileNamedColor() { return gTagsICC_Profile.item(143); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileNativeDisplayInfo() { return gTagsICC_Profile.item(144); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePreview0() { return gTagsICC_Profile.item(145); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePreview1() { return gTagsICC_Profile.item(146); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePreview2() { return gTagsICC_Profile.item(147); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePS2RenderingIntent() { return gTagsICC_Profile.item(148); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePostScript2CSA() { return gTagsICC_Profile.item(149); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePostScript2CRD0() { return gTagsICC_Profile.item(150); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePostScript2CRD1() { return gTagsICC_Profile.item(151); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePostScript2CRD2() { return gTagsICC_Profile.item(152); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePostScript2CRD3() { return gTagsICC_Profile.item(153); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileSequenceDesc() { return gTagsICC_Profile.item(154); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileSequenceIdentifier() { return gTagsICC_Profile.item(155); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileSequenceInfo() { return gTagsICC_Profile.item(156); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePS2CRDVMSize() { return gTagsICC_Profile.item(157); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileRedTRC() { return gTagsICC_Profile.item(158); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileRedMatrixColumn() { return gTagsICC_Profile.item(159); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileOutputResponse() { return gTagsICC_Profile.item(160); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileReferenceName() { return gTagsICC_Profile.item(161); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileReflectionHardcopyOrigColorimetry() { return gTagsICC_Profile.item(162); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePerceptualRenderingIntentGamut() { return gTagsICC_Profile.item(163); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileSaturationRenderingIntentGamut() { return gTagsICC_Profile.item(164); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileReflectionPrintOutputColorimetry() { return gTagsICC_Profile.item(165); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileStandardToCustomPcc() { return gTagsICC_Profile.item(166); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileSceneAppearanceEstimates() { return gTagsICC_Profile.item(167); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileSceneColorimetryEstimates() { return gTagsICC_Profile.item(168); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileScreeningDesc() { return gTagsICC_Profile.item(169); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileScreening() { return gTagsICC_Profile.item(170); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileSurfaceMap() { return gTagsICC_Profile.item(171); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileSpectralViewingConditions() { return gTagsICC_Profile.item(172); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileSpectralWhitePoint() { return gTagsICC_Profile.item(173); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileCharTarget() { return gTagsICC_Profile.item(174); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileTechnology() { return gTagsICC_Profile.item(175); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileVideoCardGamma() { return gTagsICC_Profile.item(176); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileViewingCondDesc() { return gTagsICC_Profile.item(177); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMediaWhitePoint() { return gTagsICC_Profile.item(178); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMeasurementObserver() { return gTagsICC_Profile.item(179); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMeasurementBacking() { return gTagsICC_Profile.item(180); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMeasurementGeometry() { return gTagsICC_Profile.item(181); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMeasurementFlare() { return gTagsICC_Profile.item(182); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMeasurementIlluminant() { return gTagsICC_Profile.item(183); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileCreatorApp() { return gTagsICC_Profile.item(184); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileManufacturerName() { return gTagsICC_Profile.item(185); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMediaColor() { return gTagsICC_Profile.item(186); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMediaWeight() { return gTagsICC_Profile.item(187); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileViewingCondIlluminant() { return gTagsICC_Profile.item(188); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileViewingCondSurround() { return gTagsICC_Profile.item(189); }
-const TagItem& detail::TagItemCatalogue14::itemICC_ProfileViewingCondIlluminantType() { return gTagsICC_Profile.item(190); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileICC_Profile() { return detail::gTagsICC_Profile.item(0); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileChromaticityChannels() { return detail::gTagsICC_Profile.item(1); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileChromaticityColorant() { return detail::gTagsICC_Profile.item(2); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileChromaticityChannel1() { return detail::gTagsICC_Profile.item(3); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileChromaticityChannel2() { return detail::gTagsICC_Profile.item(4); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileChromaticityChannel3() { return detail::gTagsICC_Profile.item(5); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileChromaticityChannel4() { return detail::gTagsICC_Profile.item(6); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorantCount() { return detail::gTagsICC_Profile.item(7); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorant1Name() { return detail::gTagsICC_Profile.item(8); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorant1Coordinates() { return detail::gTagsICC_Profile.item(9); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorant2Name() { return detail::gTagsICC_Profile.item(10); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorant2Coordinates() { return detail::gTagsICC_Profile.item(11); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorant3Name() { return detail::gTagsICC_Profile.item(12); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorant3Coordinates() { return detail::gTagsICC_Profile.item(13); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileCMMType() { return detail::gTagsICC_Profile.item(14); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileVersion() { return detail::gTagsICC_Profile.item(15); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileClass() { return detail::gTagsICC_Profile.item(16); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorSpaceData() { return detail::gTagsICC_Profile.item(17); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileConnectionSpace() { return detail::gTagsICC_Profile.item(18); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileDateTime() { return detail::gTagsICC_Profile.item(19); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileFileSignature() { return detail::gTagsICC_Profile.item(20); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePrimaryPlatform() { return detail::gTagsICC_Profile.item(21); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileCMMFlags() { return detail::gTagsICC_Profile.item(22); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDeviceManufacturer() { return detail::gTagsICC_Profile.item(23); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDeviceModel() { return detail::gTagsICC_Profile.item(24); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDeviceAttributes() { return detail::gTagsICC_Profile.item(25); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileRenderingIntent() { return detail::gTagsICC_Profile.item(26); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileConnectionSpaceIlluminant() { return detail::gTagsICC_Profile.item(27); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileCreator() { return detail::gTagsICC_Profile.item(28); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileID() { return detail::gTagsICC_Profile.item(29); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileAToB0() { return detail::gTagsICC_Profile.item(30); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileAToB1() { return detail::gTagsICC_Profile.item(31); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileAToB2() { return detail::gTagsICC_Profile.item(32); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileAToB3() { return detail::gTagsICC_Profile.item(33); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileAToM0() { return detail::gTagsICC_Profile.item(34); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBToA0() { return detail::gTagsICC_Profile.item(35); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBToA1() { return detail::gTagsICC_Profile.item(36); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBToA2() { return detail::gTagsICC_Profile.item(37); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBToA3() { return detail::gTagsICC_Profile.item(38); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBToD0() { return detail::gTagsICC_Profile.item(39); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBToD1() { return detail::gTagsICC_Profile.item(40); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBToD2() { return detail::gTagsICC_Profile.item(41); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBToD3() { return detail::gTagsICC_Profile.item(42); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileCXF() { return detail::gTagsICC_Profile.item(43); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDToB0() { return detail::gTagsICC_Profile.item(44); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDToB1() { return detail::gTagsICC_Profile.item(45); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDToB2() { return detail::gTagsICC_Profile.item(46); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDToB3() { return detail::gTagsICC_Profile.item(47); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMToA0() { return detail::gTagsICC_Profile.item(48); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMToB0() { return detail::gTagsICC_Profile.item(49); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMToB1() { return detail::gTagsICC_Profile.item(50); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMToB2() { return detail::gTagsICC_Profile.item(51); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMToB3() { return detail::gTagsICC_Profile.item(52); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMToS0() { return detail::gTagsICC_Profile.item(53); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMToS1() { return detail::gTagsICC_Profile.item(54); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMToS2() { return detail::gTagsICC_Profile.item(55); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMToS3() { return detail::gTagsICC_Profile.item(56); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileWCSProfiles() { return detail::gTagsICC_Profile.item(57); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFAToB0() { return detail::gTagsICC_Profile.item(58); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFAToB1() { return detail::gTagsICC_Profile.item(59); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFAToB2() { return detail::gTagsICC_Profile.item(60); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFAToB3() { return detail::gTagsICC_Profile.item(61); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFBToA0() { return detail::gTagsICC_Profile.item(62); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFBToA1() { return detail::gTagsICC_Profile.item(63); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFBToA2() { return detail::gTagsICC_Profile.item(64); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFBToA3() { return detail::gTagsICC_Profile.item(65); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFBToD0() { return detail::gTagsICC_Profile.item(66); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFBToD1() { return detail::gTagsICC_Profile.item(67); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFBToD2() { return detail::gTagsICC_Profile.item(68); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFBToD3() { return detail::gTagsICC_Profile.item(69); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFDToB0() { return detail::gTagsICC_Profile.item(70); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFDToB1() { return detail::gTagsICC_Profile.item(71); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFDToB2() { return detail::gTagsICC_Profile.item(72); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFDToB3() { return detail::gTagsICC_Profile.item(73); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFMToB0() { return detail::gTagsICC_Profile.item(74); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFMToB1() { return detail::gTagsICC_Profile.item(75); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFMToB2() { return detail::gTagsICC_Profile.item(76); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFMToB3() { return detail::gTagsICC_Profile.item(77); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFMToS0() { return detail::gTagsICC_Profile.item(78); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFMToS1() { return detail::gTagsICC_Profile.item(79); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFMToS2() { return detail::gTagsICC_Profile.item(80); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFMToS3() { return detail::gTagsICC_Profile.item(81); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBlueTRC() { return detail::gTagsICC_Profile.item(82); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBlueMatrixColumn() { return detail::gTagsICC_Profile.item(83); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFColorimetricParam0() { return detail::gTagsICC_Profile.item(84); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFColorimetricParam1() { return detail::gTagsICC_Profile.item(85); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFColorimetricParam2() { return detail::gTagsICC_Profile.item(86); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFColorimetricParam3() { return detail::gTagsICC_Profile.item(87); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileUCRBG() { return detail::gTagsICC_Profile.item(88); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMediaBlackPoint() { return detail::gTagsICC_Profile.item(89); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFSpectralParam0() { return detail::gTagsICC_Profile.item(90); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFSpectralParam1() { return detail::gTagsICC_Profile.item(91); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFSpectralParam2() { return detail::gTagsICC_Profile.item(92); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileBRDFSpectralParam3() { return detail::gTagsICC_Profile.item(93); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileCustomToStandardPcc() { return detail::gTagsICC_Profile.item(94); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileCalibrationDateTime() { return detail::gTagsICC_Profile.item(95); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorEncodingParams() { return detail::gTagsICC_Profile.item(96); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileChromaticAdaptation() { return detail::gTagsICC_Profile.item(97); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorimetricIntentImageState() { return detail::gTagsICC_Profile.item(98); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorantInfoOut() { return detail::gTagsICC_Profile.item(99); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorantOrderOut() { return detail::gTagsICC_Profile.item(100); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorantTableOut() { return detail::gTagsICC_Profile.item(101); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorantOrder() { return detail::gTagsICC_Profile.item(102); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileCopyright() { return detail::gTagsICC_Profile.item(103); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileCRDInfo() { return detail::gTagsICC_Profile.item(104); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileColorSpaceName() { return detail::gTagsICC_Profile.item(105); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalAToB0() { return detail::gTagsICC_Profile.item(106); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalAToB1() { return detail::gTagsICC_Profile.item(107); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalAToB2() { return detail::gTagsICC_Profile.item(108); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalAToB3() { return detail::gTagsICC_Profile.item(109); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalBToA0() { return detail::gTagsICC_Profile.item(110); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalBToA1() { return detail::gTagsICC_Profile.item(111); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalBToA2() { return detail::gTagsICC_Profile.item(112); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalBToA3() { return detail::gTagsICC_Profile.item(113); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalBToD0() { return detail::gTagsICC_Profile.item(114); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalBToD1() { return detail::gTagsICC_Profile.item(115); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalBToD2() { return detail::gTagsICC_Profile.item(116); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalBToD3() { return detail::gTagsICC_Profile.item(117); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalDToB0() { return detail::gTagsICC_Profile.item(118); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalDToB1() { return detail::gTagsICC_Profile.item(119); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalDToB2() { return detail::gTagsICC_Profile.item(120); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDirectionalDToB3() { return detail::gTagsICC_Profile.item(121); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileDescription() { return detail::gTagsICC_Profile.item(122); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDeviceSettings() { return detail::gTagsICC_Profile.item(123); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDeviceModelDesc() { return detail::gTagsICC_Profile.item(124); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileDeviceMfgDesc() { return detail::gTagsICC_Profile.item(125); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileDescriptionML() { return detail::gTagsICC_Profile.item(126); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileFocalPlaneColorimetryEstimates() { return detail::gTagsICC_Profile.item(127); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileGreenTRC() { return detail::gTagsICC_Profile.item(128); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileGreenMatrixColumn() { return detail::gTagsICC_Profile.item(129); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileGamut() { return detail::gTagsICC_Profile.item(130); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileGamutBoundaryDescription0() { return detail::gTagsICC_Profile.item(131); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileGamutBoundaryDescription1() { return detail::gTagsICC_Profile.item(132); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileGamutBoundaryDescription2() { return detail::gTagsICC_Profile.item(133); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileGamutBoundaryDescription3() { return detail::gTagsICC_Profile.item(134); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileGrayTRC() { return detail::gTagsICC_Profile.item(135); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileLuminance() { return detail::gTagsICC_Profile.item(136); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMultiplexTypeArray() { return detail::gTagsICC_Profile.item(137); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMultiplexDefaultValues() { return detail::gTagsICC_Profile.item(138); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMeasurementInputInfo() { return detail::gTagsICC_Profile.item(139); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMeasurementInfo() { return detail::gTagsICC_Profile.item(140); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMakeAndModel() { return detail::gTagsICC_Profile.item(141); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileNamedColor2() { return detail::gTagsICC_Profile.item(142); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileNamedColor() { return detail::gTagsICC_Profile.item(143); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileNativeDisplayInfo() { return detail::gTagsICC_Profile.item(144); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePreview0() { return detail::gTagsICC_Profile.item(145); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePreview1() { return detail::gTagsICC_Profile.item(146); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePreview2() { return detail::gTagsICC_Profile.item(147); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePS2RenderingIntent() { return detail::gTagsICC_Profile.item(148); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePostScript2CSA() { return detail::gTagsICC_Profile.item(149); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePostScript2CRD0() { return detail::gTagsICC_Profile.item(150); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePostScript2CRD1() { return detail::gTagsICC_Profile.item(151); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePostScript2CRD2() { return detail::gTagsICC_Profile.item(152); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePostScript2CRD3() { return detail::gTagsICC_Profile.item(153); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileSequenceDesc() { return detail::gTagsICC_Profile.item(154); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileSequenceIdentifier() { return detail::gTagsICC_Profile.item(155); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileProfileSequenceInfo() { return detail::gTagsICC_Profile.item(156); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePS2CRDVMSize() { return detail::gTagsICC_Profile.item(157); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileRedTRC() { return detail::gTagsICC_Profile.item(158); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileRedMatrixColumn() { return detail::gTagsICC_Profile.item(159); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileOutputResponse() { return detail::gTagsICC_Profile.item(160); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileReferenceName() { return detail::gTagsICC_Profile.item(161); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileReflectionHardcopyOrigColorimetry() { return detail::gTagsICC_Profile.item(162); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfilePerceptualRenderingIntentGamut() { return detail::gTagsICC_Profile.item(163); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileSaturationRenderingIntentGamut() { return detail::gTagsICC_Profile.item(164); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileReflectionPrintOutputColorimetry() { return detail::gTagsICC_Profile.item(165); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileStandardToCustomPcc() { return detail::gTagsICC_Profile.item(166); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileSceneAppearanceEstimates() { return detail::gTagsICC_Profile.item(167); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileSceneColorimetryEstimates() { return detail::gTagsICC_Profile.item(168); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileScreeningDesc() { return detail::gTagsICC_Profile.item(169); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileScreening() { return detail::gTagsICC_Profile.item(170); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileSurfaceMap() { return detail::gTagsICC_Profile.item(171); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileSpectralViewingConditions() { return detail::gTagsICC_Profile.item(172); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileSpectralWhitePoint() { return detail::gTagsICC_Profile.item(173); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileCharTarget() { return detail::gTagsICC_Profile.item(174); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileTechnology() { return detail::gTagsICC_Profile.item(175); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileVideoCardGamma() { return detail::gTagsICC_Profile.item(176); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileViewingCondDesc() { return detail::gTagsICC_Profile.item(177); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMediaWhitePoint() { return detail::gTagsICC_Profile.item(178); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMeasurementObserver() { return detail::gTagsICC_Profile.item(179); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMeasurementBacking() { return detail::gTagsICC_Profile.item(180); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMeasurementGeometry() { return detail::gTagsICC_Profile.item(181); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMeasurementFlare() { return detail::gTagsICC_Profile.item(182); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMeasurementIlluminant() { return detail::gTagsICC_Profile.item(183); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileCreatorApp() { return detail::gTagsICC_Profile.item(184); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileManufacturerName() { return detail::gTagsICC_Profile.item(185); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMediaColor() { return detail::gTagsICC_Profile.item(186); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileMediaWeight() { return detail::gTagsICC_Profile.item(187); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileViewingCondIlluminant() { return detail::gTagsICC_Profile.item(188); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileViewingCondSurround() { return detail::gTagsICC_Profile.item(189); }
+const TagItem& detail::TagItemCatalogue14::itemICC_ProfileViewingCondIlluminantType() { return detail::gTagsICC_Profile.item(190); }
 
 const TagStrings& TagStringsCatalogue::stringsID3() {
   return gStringsID3.strings(&TagStringsCatalogue::stringTableID3);
@@ -14415,123 +14421,123 @@ TagStringTable TagStringsCatalogue::stringTableID3(ETLanguage language) {
   return gStringsID3.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue14::allStreamsID3() {
-  return gTagsID3.all();
+  return detail::gTagsID3.all();
 }
-const TagItem& detail::TagItemCatalogue14::itemID3GEOB_Data() { return gTagsID3.item(0); }
-const TagItem& detail::TagItemCatalogue14::itemID3GEOB_Desc() { return gTagsID3.item(1); }
-const TagItem& detail::TagItemCatalogue14::itemID3GEOB_File() { return gTagsID3.item(2); }
-const TagItem& detail::TagItemCatalogue14::itemID3GEOB_Mime() { return gTagsID3.item(3); }
-const TagItem& detail::TagItemCatalogue14::itemID3Author() { return gTagsID3.item(4); }
-const TagItem& detail::TagItemCatalogue14::itemID3CRC() { return gTagsID3.item(5); }
-const TagItem& detail::TagItemCatalogue14::itemID3ExtendedAlbumName() { return gTagsID3.item(6); }
-const TagItem& detail::TagItemCatalogue14::itemID3ExtendedArtistName() { return gTagsID3.item(7); }
-const TagItem& detail::TagItemCatalogue14::itemID3ExtendedTrackTitle() { return gTagsID3.item(8); }
-const TagItem& detail::TagItemCatalogue14::itemID3AssociatedImageFile() { return gTagsID3.item(9); }
-const TagItem& detail::TagItemCatalogue14::itemID3Indications() { return gTagsID3.item(10); }
-const TagItem& detail::TagItemCatalogue14::itemID3AdditionalInfo() { return gTagsID3.item(11); }
-const TagItem& detail::TagItemCatalogue14::itemID3Lyrics() { return gTagsID3.item(12); }
-const TagItem& detail::TagItemCatalogue14::itemID3AverageLevel() { return gTagsID3.item(13); }
-const TagItem& detail::TagItemCatalogue14::itemID3PeakValue() { return gTagsID3.item(14); }
-const TagItem& detail::TagItemCatalogue14::itemID3WM_MediaClassPrimaryID() { return gTagsID3.item(15); }
-const TagItem& detail::TagItemCatalogue15::itemID3WM_MediaClassSecondaryID() { return gTagsID3.item(16); }
-const TagItem& detail::TagItemCatalogue15::itemID3WM_Provider() { return gTagsID3.item(17); }
-const TagItem& detail::TagItemCatalogue15::itemID3WM_CollectionGroupID() { return gTagsID3.item(18); }
-const TagItem& detail::TagItemCatalogue15::itemID3WM_CollectionID() { return gTagsID3.item(19); }
-const TagItem& detail::TagItemCatalogue15::itemID3WM_ContentID() { return gTagsID3.item(20); }
-const TagItem& detail::TagItemCatalogue15::itemID3SynchronizedLyricsDescription() { return gTagsID3.item(21); }
-const TagItem& detail::TagItemCatalogue15::itemID3SynchronizedLyricsText() { return gTagsID3.item(22); }
-const TagItem& detail::TagItemCatalogue15::itemID3SynchronizedLyricsType() { return gTagsID3.item(23); }
-const TagItem& detail::TagItemCatalogue15::itemID3Title() { return gTagsID3.item(24); }
-const TagItem& detail::TagItemCatalogue15::itemID3Artist() { return gTagsID3.item(25); }
-const TagItem& detail::TagItemCatalogue15::itemID3Album() { return gTagsID3.item(26); }
-const TagItem& detail::TagItemCatalogue15::itemID3Year() { return gTagsID3.item(27); }
-const TagItem& detail::TagItemCatalogue15::itemID3Comment() { return gTagsID3.item(28); }
-const TagItem& detail::TagItemCatalogue15::itemID3Track() { return gTagsID3.item(29); }
-const TagItem& detail::TagItemCatalogue15::itemID3Genre() { return gTagsID3.item(30); }
-const TagItem& detail::TagItemCatalogue15::itemID3Title2() { return gTagsID3.item(31); }
-const TagItem& detail::TagItemCatalogue15::itemID3Artist2() { return gTagsID3.item(32); }
-const TagItem& detail::TagItemCatalogue15::itemID3Album2() { return gTagsID3.item(33); }
-const TagItem& detail::TagItemCatalogue15::itemID3Speed() { return gTagsID3.item(34); }
-const TagItem& detail::TagItemCatalogue15::itemID3StartTime() { return gTagsID3.item(35); }
-const TagItem& detail::TagItemCatalogue15::itemID3EndTime() { return gTagsID3.item(36); }
-const TagItem& detail::TagItemCatalogue15::itemID3PlayCounter() { return gTagsID3.item(37); }
-const TagItem& detail::TagItemCatalogue15::itemID3Grouping() { return gTagsID3.item(38); }
-const TagItem& detail::TagItemCatalogue15::itemID3InvolvedPeople() { return gTagsID3.item(39); }
-const TagItem& detail::TagItemCatalogue15::itemID3iTunesU() { return gTagsID3.item(40); }
-const TagItem& detail::TagItemCatalogue15::itemID3MovementNumber() { return gTagsID3.item(41); }
-const TagItem& detail::TagItemCatalogue15::itemID3MovementName() { return gTagsID3.item(42); }
-const TagItem& detail::TagItemCatalogue15::itemID3Podcast() { return gTagsID3.item(43); }
-const TagItem& detail::TagItemCatalogue15::itemID3Picture() { return gTagsID3.item(44); }
-const TagItem& detail::TagItemCatalogue15::itemID3PictureFormat() { return gTagsID3.item(45); }
-const TagItem& detail::TagItemCatalogue15::itemID3PictureType() { return gTagsID3.item(46); }
-const TagItem& detail::TagItemCatalogue15::itemID3PictureDescription() { return gTagsID3.item(47); }
-const TagItem& detail::TagItemCatalogue15::itemID3Popularimeter() { return gTagsID3.item(48); }
-const TagItem& detail::TagItemCatalogue15::itemID3RelativeVolumeAdjustment() { return gTagsID3.item(49); }
-const TagItem& detail::TagItemCatalogue15::itemID3BeatsPerMinute() { return gTagsID3.item(50); }
-const TagItem& detail::TagItemCatalogue15::itemID3Composer() { return gTagsID3.item(51); }
-const TagItem& detail::TagItemCatalogue15::itemID3Compilation() { return gTagsID3.item(52); }
-const TagItem& detail::TagItemCatalogue15::itemID3Copyright() { return gTagsID3.item(53); }
-const TagItem& detail::TagItemCatalogue15::itemID3Date() { return gTagsID3.item(54); }
-const TagItem& detail::TagItemCatalogue15::itemID3PlaylistDelay() { return gTagsID3.item(55); }
-const TagItem& detail::TagItemCatalogue15::itemID3EncodedBy() { return gTagsID3.item(56); }
-const TagItem& detail::TagItemCatalogue15::itemID3FileType() { return gTagsID3.item(57); }
-const TagItem& detail::TagItemCatalogue15::itemID3Time() { return gTagsID3.item(58); }
-const TagItem& detail::TagItemCatalogue15::itemID3InitialKey() { return gTagsID3.item(59); }
-const TagItem& detail::TagItemCatalogue15::itemID3Language() { return gTagsID3.item(60); }
-const TagItem& detail::TagItemCatalogue15::itemID3Length() { return gTagsID3.item(61); }
-const TagItem& detail::TagItemCatalogue15::itemID3Media() { return gTagsID3.item(62); }
-const TagItem& detail::TagItemCatalogue15::itemID3OriginalArtist() { return gTagsID3.item(63); }
-const TagItem& detail::TagItemCatalogue15::itemID3OriginalFileName() { return gTagsID3.item(64); }
-const TagItem& detail::TagItemCatalogue15::itemID3OriginalLyricist() { return gTagsID3.item(65); }
-const TagItem& detail::TagItemCatalogue15::itemID3OriginalReleaseYear() { return gTagsID3.item(66); }
-const TagItem& detail::TagItemCatalogue15::itemID3OriginalAlbum() { return gTagsID3.item(67); }
-const TagItem& detail::TagItemCatalogue15::itemID3Band() { return gTagsID3.item(68); }
-const TagItem& detail::TagItemCatalogue15::itemID3Conductor() { return gTagsID3.item(69); }
-const TagItem& detail::TagItemCatalogue15::itemID3InterpretedBy() { return gTagsID3.item(70); }
-const TagItem& detail::TagItemCatalogue15::itemID3PartOfSet() { return gTagsID3.item(71); }
-const TagItem& detail::TagItemCatalogue15::itemID3Publisher() { return gTagsID3.item(72); }
-const TagItem& detail::TagItemCatalogue15::itemID3ISRC() { return gTagsID3.item(73); }
-const TagItem& detail::TagItemCatalogue15::itemID3RecordingDates() { return gTagsID3.item(74); }
-const TagItem& detail::TagItemCatalogue15::itemID3AlbumArtistSortOrder() { return gTagsID3.item(75); }
-const TagItem& detail::TagItemCatalogue15::itemID3AlbumSortOrder() { return gTagsID3.item(76); }
-const TagItem& detail::TagItemCatalogue15::itemID3ComposerSortOrder() { return gTagsID3.item(77); }
-const TagItem& detail::TagItemCatalogue15::itemID3Size() { return gTagsID3.item(78); }
-const TagItem& detail::TagItemCatalogue15::itemID3PerformerSortOrder() { return gTagsID3.item(79); }
-const TagItem& detail::TagItemCatalogue15::itemID3EncoderSettings() { return gTagsID3.item(80); }
-const TagItem& detail::TagItemCatalogue15::itemID3TitleSortOrder() { return gTagsID3.item(81); }
-const TagItem& detail::TagItemCatalogue15::itemID3Subtitle() { return gTagsID3.item(82); }
-const TagItem& detail::TagItemCatalogue15::itemID3Lyricist() { return gTagsID3.item(83); }
-const TagItem& detail::TagItemCatalogue15::itemID3UserDefinedText() { return gTagsID3.item(84); }
-const TagItem& detail::TagItemCatalogue15::itemID3FileURL() { return gTagsID3.item(85); }
-const TagItem& detail::TagItemCatalogue15::itemID3ArtistURL() { return gTagsID3.item(86); }
-const TagItem& detail::TagItemCatalogue15::itemID3SourceURL() { return gTagsID3.item(87); }
-const TagItem& detail::TagItemCatalogue15::itemID3CommercialURL() { return gTagsID3.item(88); }
-const TagItem& detail::TagItemCatalogue15::itemID3CopyrightURL() { return gTagsID3.item(89); }
-const TagItem& detail::TagItemCatalogue15::itemID3PublisherURL() { return gTagsID3.item(90); }
-const TagItem& detail::TagItemCatalogue15::itemID3UserDefinedURL() { return gTagsID3.item(91); }
-const TagItem& detail::TagItemCatalogue15::itemID3PictureMIMEType() { return gTagsID3.item(92); }
-const TagItem& detail::TagItemCatalogue15::itemID3MusicCDIdentifier() { return gTagsID3.item(93); }
-const TagItem& detail::TagItemCatalogue15::itemID3Ownership() { return gTagsID3.item(94); }
-const TagItem& detail::TagItemCatalogue15::itemID3PodcastCategory() { return gTagsID3.item(95); }
-const TagItem& detail::TagItemCatalogue15::itemID3PodcastDescription() { return gTagsID3.item(96); }
-const TagItem& detail::TagItemCatalogue15::itemID3PodcastID() { return gTagsID3.item(97); }
-const TagItem& detail::TagItemCatalogue15::itemID3PodcastKeywords() { return gTagsID3.item(98); }
-const TagItem& detail::TagItemCatalogue15::itemID3FileOwner() { return gTagsID3.item(99); }
-const TagItem& detail::TagItemCatalogue15::itemID3InternetRadioStationName() { return gTagsID3.item(100); }
-const TagItem& detail::TagItemCatalogue15::itemID3InternetRadioStationOwner() { return gTagsID3.item(101); }
-const TagItem& detail::TagItemCatalogue15::itemID3TermsOfUse() { return gTagsID3.item(102); }
-const TagItem& detail::TagItemCatalogue15::itemID3PodcastURL() { return gTagsID3.item(103); }
-const TagItem& detail::TagItemCatalogue15::itemID3InternetRadioStationURL() { return gTagsID3.item(104); }
-const TagItem& detail::TagItemCatalogue15::itemID3PaymentURL() { return gTagsID3.item(105); }
-const TagItem& detail::TagItemCatalogue15::itemID3OriginalReleaseTime() { return gTagsID3.item(106); }
-const TagItem& detail::TagItemCatalogue15::itemID3EncodingTime() { return gTagsID3.item(107); }
-const TagItem& detail::TagItemCatalogue15::itemID3RecordingTime() { return gTagsID3.item(108); }
-const TagItem& detail::TagItemCatalogue15::itemID3ReleaseTime() { return gTagsID3.item(109); }
-const TagItem& detail::TagItemCatalogue15::itemID3TaggingTime() { return gTagsID3.item(110); }
-const TagItem& detail::TagItemCatalogue15::itemID3MusicianCredits() { return gTagsID3.item(111); }
-const TagItem& detail::TagItemCatalogue15::itemID3Mood() { return gTagsID3.item(112); }
-const TagItem& detail::TagItemCatalogue15::itemID3ProducedNotice() { return gTagsID3.item(113); }
-const TagItem& detail::TagItemCatalogue15::itemID3SetSubtitle() { return gTagsID3.item(114); }
+const TagItem& detail::TagItemCatalogue14::itemID3GEOB_Data() { return detail::gTagsID3.item(0); }
+const TagItem& detail::TagItemCatalogue14::itemID3GEOB_Desc() { return detail::gTagsID3.item(1); }
+const TagItem& detail::TagItemCatalogue14::itemID3GEOB_File() { return detail::gTagsID3.item(2); }
+const TagItem& detail::TagItemCatalogue14::itemID3GEOB_Mime() { return detail::gTagsID3.item(3); }
+const TagItem& detail::TagItemCatalogue14::itemID3Author() { return detail::gTagsID3.item(4); }
+const TagItem& detail::TagItemCatalogue14::itemID3CRC() { return detail::gTagsID3.item(5); }
+const TagItem& detail::TagItemCatalogue14::itemID3ExtendedAlbumName() { return detail::gTagsID3.item(6); }
+const TagItem& detail::TagItemCatalogue14::itemID3ExtendedArtistName() { return detail::gTagsID3.item(7); }
+const TagItem& detail::TagItemCatalogue14::itemID3ExtendedTrackTitle() { return detail::gTagsID3.item(8); }
+const TagItem& detail::TagItemCatalogue14::itemID3AssociatedImageFile() { return detail::gTagsID3.item(9); }
+const TagItem& detail::TagItemCatalogue14::itemID3Indications() { return detail::gTagsID3.item(10); }
+const TagItem& detail::TagItemCatalogue14::itemID3AdditionalInfo() { return detail::gTagsID3.item(11); }
+const TagItem& detail::TagItemCatalogue14::itemID3Lyrics() { return detail::gTagsID3.item(12); }
+const TagItem& detail::TagItemCatalogue14::itemID3AverageLevel() { return detail::gTagsID3.item(13); }
+const TagItem& detail::TagItemCatalogue14::itemID3PeakValue() { return detail::gTagsID3.item(14); }
+const TagItem& detail::TagItemCatalogue14::itemID3WM_MediaClassPrimaryID() { return detail::gTagsID3.item(15); }
+const TagItem& detail::TagItemCatalogue15::itemID3WM_MediaClassSecondaryID() { return detail::gTagsID3.item(16); }
+const TagItem& detail::TagItemCatalogue15::itemID3WM_Provider() { return detail::gTagsID3.item(17); }
+const TagItem& detail::TagItemCatalogue15::itemID3WM_CollectionGroupID() { return detail::gTagsID3.item(18); }
+const TagItem& detail::TagItemCatalogue15::itemID3WM_CollectionID() { return detail::gTagsID3.item(19); }
+const TagItem& detail::TagItemCatalogue15::itemID3WM_ContentID() { return detail::gTagsID3.item(20); }
+const TagItem& detail::TagItemCatalogue15::itemID3SynchronizedLyricsDescription() { return detail::gTagsID3.item(21); }
+const TagItem& detail::TagItemCatalogue15::itemID3SynchronizedLyricsText() { return detail::gTagsID3.item(22); }
+const TagItem& detail::TagItemCatalogue15::itemID3SynchronizedLyricsType() { return detail::gTagsID3.item(23); }
+const TagItem& detail::TagItemCatalogue15::itemID3Title() { return detail::gTagsID3.item(24); }
+const TagItem& detail::TagItemCatalogue15::itemID3Artist() { return detail::gTagsID3.item(25); }
+const TagItem& detail::TagItemCatalogue15::itemID3Album() { return detail::gTagsID3.item(26); }
+const TagItem& detail::TagItemCatalogue15::itemID3Year() { return detail::gTagsID3.item(27); }
+const TagItem& detail::TagItemCatalogue15::itemID3Comment() { return detail::gTagsID3.item(28); }
+const TagItem& detail::TagItemCatalogue15::itemID3Track() { return detail::gTagsID3.item(29); }
+const TagItem& detail::TagItemCatalogue15::itemID3Genre() { return detail::gTagsID3.item(30); }
+const TagItem& detail::TagItemCatalogue15::itemID3Title2() { return detail::gTagsID3.item(31); }
+const TagItem& detail::TagItemCatalogue15::itemID3Artist2() { return detail::gTagsID3.item(32); }
+const TagItem& detail::TagItemCatalogue15::itemID3Album2() { return detail::gTagsID3.item(33); }
+const TagItem& detail::TagItemCatalogue15::itemID3Speed() { return detail::gTagsID3.item(34); }
+const TagItem& detail::TagItemCatalogue15::itemID3StartTime() { return detail::gTagsID3.item(35); }
+const TagItem& detail::TagItemCatalogue15::itemID3EndTime() { return detail::gTagsID3.item(36); }
+const TagItem& detail::TagItemCatalogue15::itemID3PlayCounter() { return detail::gTagsID3.item(37); }
+const TagItem& detail::TagItemCatalogue15::itemID3Grouping() { return detail::gTagsID3.item(38); }
+const TagItem& detail::TagItemCatalogue15::itemID3InvolvedPeople() { return detail::gTagsID3.item(39); }
+const TagItem& detail::TagItemCatalogue15::itemID3iTunesU() { return detail::gTagsID3.item(40); }
+const TagItem& detail::TagItemCatalogue15::itemID3MovementNumber() { return detail::gTagsID3.item(41); }
+const TagItem& detail::TagItemCatalogue15::itemID3MovementName() { return detail::gTagsID3.item(42); }
+const TagItem& detail::TagItemCatalogue15::itemID3Podcast() { return detail::gTagsID3.item(43); }
+const TagItem& detail::TagItemCatalogue15::itemID3Picture() { return detail::gTagsID3.item(44); }
+const TagItem& detail::TagItemCatalogue15::itemID3PictureFormat() { return detail::gTagsID3.item(45); }
+const TagItem& detail::TagItemCatalogue15::itemID3PictureType() { return detail::gTagsID3.item(46); }
+const TagItem& detail::TagItemCatalogue15::itemID3PictureDescription() { return detail::gTagsID3.item(47); }
+const TagItem& detail::TagItemCatalogue15::itemID3Popularimeter() { return detail::gTagsID3.item(48); }
+const TagItem& detail::TagItemCatalogue15::itemID3RelativeVolumeAdjustment() { return detail::gTagsID3.item(49); }
+const TagItem& detail::TagItemCatalogue15::itemID3BeatsPerMinute() { return detail::gTagsID3.item(50); }
+const TagItem& detail::TagItemCatalogue15::itemID3Composer() { return detail::gTagsID3.item(51); }
+const TagItem& detail::TagItemCatalogue15::itemID3Compilation() { return detail::gTagsID3.item(52); }
+const TagItem& detail::TagItemCatalogue15::itemID3Copyright() { return detail::gTagsID3.item(53); }
+const TagItem& detail::TagItemCatalogue15::itemID3Date() { return detail::gTagsID3.item(54); }
+const TagItem& detail::TagItemCatalogue15::itemID3PlaylistDelay() { return detail::gTagsID3.item(55); }
+const TagItem& detail::TagItemCatalogue15::itemID3EncodedBy() { return detail::gTagsID3.item(56); }
+const TagItem& detail::TagItemCatalogue15::itemID3FileType() { return detail::gTagsID3.item(57); }
+const TagItem& detail::TagItemCatalogue15::itemID3Time() { return detail::gTagsID3.item(58); }
+const TagItem& detail::TagItemCatalogue15::itemID3InitialKey() { return detail::gTagsID3.item(59); }
+const TagItem& detail::TagItemCatalogue15::itemID3Language() { return detail::gTagsID3.item(60); }
+const TagItem& detail::TagItemCatalogue15::itemID3Length() { return detail::gTagsID3.item(61); }
+const TagItem& detail::TagItemCatalogue15::itemID3Media() { return detail::gTagsID3.item(62); }
+const TagItem& detail::TagItemCatalogue15::itemID3OriginalArtist() { return detail::gTagsID3.item(63); }
+const TagItem& detail::TagItemCatalogue15::itemID3OriginalFileName() { return detail::gTagsID3.item(64); }
+const TagItem& detail::TagItemCatalogue15::itemID3OriginalLyricist() { return detail::gTagsID3.item(65); }
+const TagItem& detail::TagItemCatalogue15::itemID3OriginalReleaseYear() { return detail::gTagsID3.item(66); }
+const TagItem& detail::TagItemCatalogue15::itemID3OriginalAlbum() { return detail::gTagsID3.item(67); }
+const TagItem& detail::TagItemCatalogue15::itemID3Band() { return detail::gTagsID3.item(68); }
+const TagItem& detail::TagItemCatalogue15::itemID3Conductor() { return detail::gTagsID3.item(69); }
+const TagItem& detail::TagItemCatalogue15::itemID3InterpretedBy() { return detail::gTagsID3.item(70); }
+const TagItem& detail::TagItemCatalogue15::itemID3PartOfSet() { return detail::gTagsID3.item(71); }
+const TagItem& detail::TagItemCatalogue15::itemID3Publisher() { return detail::gTagsID3.item(72); }
+const TagItem& detail::TagItemCatalogue15::itemID3ISRC() { return detail::gTagsID3.item(73); }
+const TagItem& detail::TagItemCatalogue15::itemID3RecordingDates() { return detail::gTagsID3.item(74); }
+const TagItem& detail::TagItemCatalogue15::itemID3AlbumArtistSortOrder() { return detail::gTagsID3.item(75); }
+const TagItem& detail::TagItemCatalogue15::itemID3AlbumSortOrder() { return detail::gTagsID3.item(76); }
+const TagItem& detail::TagItemCatalogue15::itemID3ComposerSortOrder() { return detail::gTagsID3.item(77); }
+const TagItem& detail::TagItemCatalogue15::itemID3Size() { return detail::gTagsID3.item(78); }
+const TagItem& detail::TagItemCatalogue15::itemID3PerformerSortOrder() { return detail::gTagsID3.item(79); }
+const TagItem& detail::TagItemCatalogue15::itemID3EncoderSettings() { return detail::gTagsID3.item(80); }
+const TagItem& detail::TagItemCatalogue15::itemID3TitleSortOrder() { return detail::gTagsID3.item(81); }
+const TagItem& detail::TagItemCatalogue15::itemID3Subtitle() { return detail::gTagsID3.item(82); }
+const TagItem& detail::TagItemCatalogue15::itemID3Lyricist() { return detail::gTagsID3.item(83); }
+const TagItem& detail::TagItemCatalogue15::itemID3UserDefinedText() { return detail::gTagsID3.item(84); }
+const TagItem& detail::TagItemCatalogue15::itemID3FileURL() { return detail::gTagsID3.item(85); }
+const TagItem& detail::TagItemCatalogue15::itemID3ArtistURL() { return detail::gTagsID3.item(86); }
+const TagItem& detail::TagItemCatalogue15::itemID3SourceURL() { return detail::gTagsID3.item(87); }
+const TagItem& detail::TagItemCatalogue15::itemID3CommercialURL() { return detail::gTagsID3.item(88); }
+const TagItem& detail::TagItemCatalogue15::itemID3CopyrightURL() { return detail::gTagsID3.item(89); }
+const TagItem& detail::TagItemCatalogue15::itemID3PublisherURL() { return detail::gTagsID3.item(90); }
+const TagItem& detail::TagItemCatalogue15::itemID3UserDefinedURL() { return detail::gTagsID3.item(91); }
+const TagItem& detail::TagItemCatalogue15::itemID3PictureMIMEType() { return detail::gTagsID3.item(92); }
+const TagItem& detail::TagItemCatalogue15::itemID3MusicCDIdentifier() { return detail::gTagsID3.item(93); }
+const TagItem& detail::TagItemCatalogue15::itemID3Ownership() { return detail::gTagsID3.item(94); }
+const TagItem& detail::TagItemCatalogue15::itemID3PodcastCategory() { return detail::gTagsID3.item(95); }
+const TagItem& detail::TagItemCatalogue15::itemID3PodcastDescription() { return detail::gTagsID3.item(96); }
+const TagItem& detail::TagItemCatalogue15::itemID3PodcastID() { return detail::gTagsID3.item(97); }
+const TagItem& detail::TagItemCatalogue15::itemID3PodcastKeywords() { return detail::gTagsID3.item(98); }
+const TagItem& detail::TagItemCatalogue15::itemID3FileOwner() { return detail::gTagsID3.item(99); }
+const TagItem& detail::TagItemCatalogue15::itemID3InternetRadioStationName() { return detail::gTagsID3.item(100); }
+const TagItem& detail::TagItemCatalogue15::itemID3InternetRadioStationOwner() { return detail::gTagsID3.item(101); }
+const TagItem& detail::TagItemCatalogue15::itemID3TermsOfUse() { return detail::gTagsID3.item(102); }
+const TagItem& detail::TagItemCatalogue15::itemID3PodcastURL() { return detail::gTagsID3.item(103); }
+const TagItem& detail::TagItemCatalogue15::itemID3InternetRadioStationURL() { return detail::gTagsID3.item(104); }
+const TagItem& detail::TagItemCatalogue15::itemID3PaymentURL() { return detail::gTagsID3.item(105); }
+const TagItem& detail::TagItemCatalogue15::itemID3OriginalReleaseTime() { return detail::gTagsID3.item(106); }
+const TagItem& detail::TagItemCatalogue15::itemID3EncodingTime() { return detail::gTagsID3.item(107); }
+const TagItem& detail::TagItemCatalogue15::itemID3RecordingTime() { return detail::gTagsID3.item(108); }
+const TagItem& detail::TagItemCatalogue15::itemID3ReleaseTime() { return detail::gTagsID3.item(109); }
+const TagItem& detail::TagItemCatalogue15::itemID3TaggingTime() { return detail::gTagsID3.item(110); }
+const TagItem& detail::TagItemCatalogue15::itemID3MusicianCredits() { return detail::gTagsID3.item(111); }
+const TagItem& detail::TagItemCatalogue15::itemID3Mood() { return detail::gTagsID3.item(112); }
+const TagItem& detail::TagItemCatalogue15::itemID3ProducedNotice() { return detail::gTagsID3.item(113); }
+const TagItem& detail::TagItemCatalogue15::itemID3SetSubtitle() { return detail::gTagsID3.item(114); }
 
 const TagStrings& TagStringsCatalogue::stringsIPTC() {
   return gStringsIPTC.strings(&TagStringsCatalogue::stringTableIPTC);
@@ -14540,124 +14546,124 @@ TagStringTable TagStringsCatalogue::stringTableIPTC(ETLanguage language) {
   return gStringsIPTC.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue15::allStreamsIPTC() {
-  return gTagsIPTC.all();
+  return detail::gTagsIPTC.all();
 }
-const TagItem& detail::TagItemCatalogue15::itemIPTCIPTC() { return gTagsIPTC.item(0); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCApplicationRecordVersion() { return gTagsIPTC.item(1); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCObjectTypeReference() { return gTagsIPTC.item(2); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCObjectAttributeReference() { return gTagsIPTC.item(3); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCObjectName() { return gTagsIPTC.item(4); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCEditStatus() { return gTagsIPTC.item(5); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCEditorialUpdate() { return gTagsIPTC.item(6); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCUrgency() { return gTagsIPTC.item(7); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCSubjectReference() { return gTagsIPTC.item(8); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCCategory() { return gTagsIPTC.item(9); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCSupplementalCategories() { return gTagsIPTC.item(10); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCFixtureIdentifier() { return gTagsIPTC.item(11); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCKeywords() { return gTagsIPTC.item(12); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCContentLocationCode() { return gTagsIPTC.item(13); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCContentLocationName() { return gTagsIPTC.item(14); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCReleaseDate() { return gTagsIPTC.item(15); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCReleaseTime() { return gTagsIPTC.item(16); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCExpirationDate() { return gTagsIPTC.item(17); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCExpirationTime() { return gTagsIPTC.item(18); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCSpecialInstructions() { return gTagsIPTC.item(19); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCActionAdvised() { return gTagsIPTC.item(20); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCReferenceService() { return gTagsIPTC.item(21); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCReferenceDate() { return gTagsIPTC.item(22); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCReferenceNumber() { return gTagsIPTC.item(23); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCDateCreated() { return gTagsIPTC.item(24); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCTimeCreated() { return gTagsIPTC.item(25); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCDigitalCreationDate() { return gTagsIPTC.item(26); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCDigitalCreationTime() { return gTagsIPTC.item(27); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCOriginatingProgram() { return gTagsIPTC.item(28); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCProgramVersion() { return gTagsIPTC.item(29); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCObjectCycle() { return gTagsIPTC.item(30); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCBy_line() { return gTagsIPTC.item(31); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCBy_lineTitle() { return gTagsIPTC.item(32); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCCity() { return gTagsIPTC.item(33); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCSub_location() { return gTagsIPTC.item(34); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCProvince_State() { return gTagsIPTC.item(35); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCCountry_PrimaryLocationCode() { return gTagsIPTC.item(36); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCCountry_PrimaryLocationName() { return gTagsIPTC.item(37); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCOriginalTransmissionReference() { return gTagsIPTC.item(38); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCHeadline() { return gTagsIPTC.item(39); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCCredit() { return gTagsIPTC.item(40); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCSource() { return gTagsIPTC.item(41); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCCopyrightNotice() { return gTagsIPTC.item(42); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCContact() { return gTagsIPTC.item(43); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCCaption_Abstract() { return gTagsIPTC.item(44); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCLocalCaption() { return gTagsIPTC.item(45); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCWriter_Editor() { return gTagsIPTC.item(46); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCImageType() { return gTagsIPTC.item(47); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCImageOrientation() { return gTagsIPTC.item(48); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCLanguageIdentifier() { return gTagsIPTC.item(49); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCAudioType() { return gTagsIPTC.item(50); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCAudioSamplingRate() { return gTagsIPTC.item(51); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCAudioSamplingResolution() { return gTagsIPTC.item(52); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCAudioDuration() { return gTagsIPTC.item(53); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCAudioOutcue() { return gTagsIPTC.item(54); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCJobID() { return gTagsIPTC.item(55); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCMasterDocumentID() { return gTagsIPTC.item(56); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCShortDocumentID() { return gTagsIPTC.item(57); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCUniqueDocumentID() { return gTagsIPTC.item(58); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCOwnerID() { return gTagsIPTC.item(59); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCObjectPreviewFileFormat() { return gTagsIPTC.item(60); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCObjectPreviewFileVersion() { return gTagsIPTC.item(61); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCObjectPreviewData() { return gTagsIPTC.item(62); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCPrefs() { return gTagsIPTC.item(63); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCClassifyState() { return gTagsIPTC.item(64); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCSimilarityIndex() { return gTagsIPTC.item(65); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCDocumentNotes() { return gTagsIPTC.item(66); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCDocumentHistory() { return gTagsIPTC.item(67); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCExifCameraInfo() { return gTagsIPTC.item(68); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCCatalogSets() { return gTagsIPTC.item(69); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCEnvelopeRecordVersion() { return gTagsIPTC.item(70); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCDestination() { return gTagsIPTC.item(71); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCFileFormat() { return gTagsIPTC.item(72); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCFileVersion() { return gTagsIPTC.item(73); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCServiceIdentifier() { return gTagsIPTC.item(74); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCEnvelopeNumber() { return gTagsIPTC.item(75); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCProductID() { return gTagsIPTC.item(76); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCEnvelopePriority() { return gTagsIPTC.item(77); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCDateSent() { return gTagsIPTC.item(78); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCTimeSent() { return gTagsIPTC.item(79); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCCodedCharacterSet() { return gTagsIPTC.item(80); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCUniqueObjectName() { return gTagsIPTC.item(81); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCARMIdentifier() { return gTagsIPTC.item(82); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCARMVersion() { return gTagsIPTC.item(83); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCNewsPhotoVersion() { return gTagsIPTC.item(84); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCIPTCPictureNumber() { return gTagsIPTC.item(85); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCIPTCImageWidth() { return gTagsIPTC.item(86); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCIPTCImageHeight() { return gTagsIPTC.item(87); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCIPTCPixelWidth() { return gTagsIPTC.item(88); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCIPTCPixelHeight() { return gTagsIPTC.item(89); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCSupplementalType() { return gTagsIPTC.item(90); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCColorRepresentation() { return gTagsIPTC.item(91); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCInterchangeColorSpace() { return gTagsIPTC.item(92); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCColorSequence() { return gTagsIPTC.item(93); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCICC_Profile() { return gTagsIPTC.item(94); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCColorCalibrationMatrix() { return gTagsIPTC.item(95); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCLookupTable() { return gTagsIPTC.item(96); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCNumIndexEntries() { return gTagsIPTC.item(97); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCColorPalette() { return gTagsIPTC.item(98); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCIPTCBitsPerSample() { return gTagsIPTC.item(99); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCSampleStructure() { return gTagsIPTC.item(100); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCScanningDirection() { return gTagsIPTC.item(101); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCIPTCImageRotation() { return gTagsIPTC.item(102); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCDataCompressionMethod() { return gTagsIPTC.item(103); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCQuantizationMethod() { return gTagsIPTC.item(104); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCEndPoints() { return gTagsIPTC.item(105); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCExcursionTolerance() { return gTagsIPTC.item(106); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCBitsPerComponent() { return gTagsIPTC.item(107); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCMaximumDensityRange() { return gTagsIPTC.item(108); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCGammaCompensatedValue() { return gTagsIPTC.item(109); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCSubFile() { return gTagsIPTC.item(110); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCConfirmedObjectSize() { return gTagsIPTC.item(111); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCSizeMode() { return gTagsIPTC.item(112); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCMaxSubfileSize() { return gTagsIPTC.item(113); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCObjectSizeAnnounced() { return gTagsIPTC.item(114); }
-const TagItem& detail::TagItemCatalogue15::itemIPTCMaximumObjectSize() { return gTagsIPTC.item(115); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCIPTC() { return detail::gTagsIPTC.item(0); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCApplicationRecordVersion() { return detail::gTagsIPTC.item(1); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCObjectTypeReference() { return detail::gTagsIPTC.item(2); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCObjectAttributeReference() { return detail::gTagsIPTC.item(3); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCObjectName() { return detail::gTagsIPTC.item(4); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCEditStatus() { return detail::gTagsIPTC.item(5); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCEditorialUpdate() { return detail::gTagsIPTC.item(6); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCUrgency() { return detail::gTagsIPTC.item(7); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCSubjectReference() { return detail::gTagsIPTC.item(8); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCCategory() { return detail::gTagsIPTC.item(9); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCSupplementalCategories() { return detail::gTagsIPTC.item(10); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCFixtureIdentifier() { return detail::gTagsIPTC.item(11); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCKeywords() { return detail::gTagsIPTC.item(12); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCContentLocationCode() { return detail::gTagsIPTC.item(13); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCContentLocationName() { return detail::gTagsIPTC.item(14); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCReleaseDate() { return detail::gTagsIPTC.item(15); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCReleaseTime() { return detail::gTagsIPTC.item(16); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCExpirationDate() { return detail::gTagsIPTC.item(17); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCExpirationTime() { return detail::gTagsIPTC.item(18); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCSpecialInstructions() { return detail::gTagsIPTC.item(19); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCActionAdvised() { return detail::gTagsIPTC.item(20); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCReferenceService() { return detail::gTagsIPTC.item(21); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCReferenceDate() { return detail::gTagsIPTC.item(22); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCReferenceNumber() { return detail::gTagsIPTC.item(23); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCDateCreated() { return detail::gTagsIPTC.item(24); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCTimeCreated() { return detail::gTagsIPTC.item(25); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCDigitalCreationDate() { return detail::gTagsIPTC.item(26); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCDigitalCreationTime() { return detail::gTagsIPTC.item(27); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCOriginatingProgram() { return detail::gTagsIPTC.item(28); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCProgramVersion() { return detail::gTagsIPTC.item(29); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCObjectCycle() { return detail::gTagsIPTC.item(30); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCBy_line() { return detail::gTagsIPTC.item(31); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCBy_lineTitle() { return detail::gTagsIPTC.item(32); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCCity() { return detail::gTagsIPTC.item(33); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCSub_location() { return detail::gTagsIPTC.item(34); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCProvince_State() { return detail::gTagsIPTC.item(35); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCCountry_PrimaryLocationCode() { return detail::gTagsIPTC.item(36); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCCountry_PrimaryLocationName() { return detail::gTagsIPTC.item(37); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCOriginalTransmissionReference() { return detail::gTagsIPTC.item(38); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCHeadline() { return detail::gTagsIPTC.item(39); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCCredit() { return detail::gTagsIPTC.item(40); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCSource() { return detail::gTagsIPTC.item(41); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCCopyrightNotice() { return detail::gTagsIPTC.item(42); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCContact() { return detail::gTagsIPTC.item(43); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCCaption_Abstract() { return detail::gTagsIPTC.item(44); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCLocalCaption() { return detail::gTagsIPTC.item(45); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCWriter_Editor() { return detail::gTagsIPTC.item(46); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCImageType() { return detail::gTagsIPTC.item(47); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCImageOrientation() { return detail::gTagsIPTC.item(48); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCLanguageIdentifier() { return detail::gTagsIPTC.item(49); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCAudioType() { return detail::gTagsIPTC.item(50); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCAudioSamplingRate() { return detail::gTagsIPTC.item(51); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCAudioSamplingResolution() { return detail::gTagsIPTC.item(52); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCAudioDuration() { return detail::gTagsIPTC.item(53); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCAudioOutcue() { return detail::gTagsIPTC.item(54); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCJobID() { return detail::gTagsIPTC.item(55); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCMasterDocumentID() { return detail::gTagsIPTC.item(56); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCShortDocumentID() { return detail::gTagsIPTC.item(57); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCUniqueDocumentID() { return detail::gTagsIPTC.item(58); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCOwnerID() { return detail::gTagsIPTC.item(59); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCObjectPreviewFileFormat() { return detail::gTagsIPTC.item(60); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCObjectPreviewFileVersion() { return detail::gTagsIPTC.item(61); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCObjectPreviewData() { return detail::gTagsIPTC.item(62); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCPrefs() { return detail::gTagsIPTC.item(63); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCClassifyState() { return detail::gTagsIPTC.item(64); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCSimilarityIndex() { return detail::gTagsIPTC.item(65); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCDocumentNotes() { return detail::gTagsIPTC.item(66); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCDocumentHistory() { return detail::gTagsIPTC.item(67); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCExifCameraInfo() { return detail::gTagsIPTC.item(68); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCCatalogSets() { return detail::gTagsIPTC.item(69); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCEnvelopeRecordVersion() { return detail::gTagsIPTC.item(70); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCDestination() { return detail::gTagsIPTC.item(71); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCFileFormat() { return detail::gTagsIPTC.item(72); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCFileVersion() { return detail::gTagsIPTC.item(73); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCServiceIdentifier() { return detail::gTagsIPTC.item(74); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCEnvelopeNumber() { return detail::gTagsIPTC.item(75); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCProductID() { return detail::gTagsIPTC.item(76); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCEnvelopePriority() { return detail::gTagsIPTC.item(77); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCDateSent() { return detail::gTagsIPTC.item(78); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCTimeSent() { return detail::gTagsIPTC.item(79); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCCodedCharacterSet() { return detail::gTagsIPTC.item(80); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCUniqueObjectName() { return detail::gTagsIPTC.item(81); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCARMIdentifier() { return detail::gTagsIPTC.item(82); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCARMVersion() { return detail::gTagsIPTC.item(83); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCNewsPhotoVersion() { return detail::gTagsIPTC.item(84); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCIPTCPictureNumber() { return detail::gTagsIPTC.item(85); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCIPTCImageWidth() { return detail::gTagsIPTC.item(86); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCIPTCImageHeight() { return detail::gTagsIPTC.item(87); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCIPTCPixelWidth() { return detail::gTagsIPTC.item(88); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCIPTCPixelHeight() { return detail::gTagsIPTC.item(89); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCSupplementalType() { return detail::gTagsIPTC.item(90); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCColorRepresentation() { return detail::gTagsIPTC.item(91); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCInterchangeColorSpace() { return detail::gTagsIPTC.item(92); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCColorSequence() { return detail::gTagsIPTC.item(93); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCICC_Profile() { return detail::gTagsIPTC.item(94); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCColorCalibrationMatrix() { return detail::gTagsIPTC.item(95); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCLookupTable() { return detail::gTagsIPTC.item(96); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCNumIndexEntries() { return detail::gTagsIPTC.item(97); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCColorPalette() { return detail::gTagsIPTC.item(98); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCIPTCBitsPerSample() { return detail::gTagsIPTC.item(99); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCSampleStructure() { return detail::gTagsIPTC.item(100); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCScanningDirection() { return detail::gTagsIPTC.item(101); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCIPTCImageRotation() { return detail::gTagsIPTC.item(102); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCDataCompressionMethod() { return detail::gTagsIPTC.item(103); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCQuantizationMethod() { return detail::gTagsIPTC.item(104); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCEndPoints() { return detail::gTagsIPTC.item(105); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCExcursionTolerance() { return detail::gTagsIPTC.item(106); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCBitsPerComponent() { return detail::gTagsIPTC.item(107); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCMaximumDensityRange() { return detail::gTagsIPTC.item(108); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCGammaCompensatedValue() { return detail::gTagsIPTC.item(109); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCSubFile() { return detail::gTagsIPTC.item(110); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCConfirmedObjectSize() { return detail::gTagsIPTC.item(111); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCSizeMode() { return detail::gTagsIPTC.item(112); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCMaxSubfileSize() { return detail::gTagsIPTC.item(113); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCObjectSizeAnnounced() { return detail::gTagsIPTC.item(114); }
+const TagItem& detail::TagItemCatalogue15::itemIPTCMaximumObjectSize() { return detail::gTagsIPTC.item(115); }
 
 const TagStrings& TagStringsCatalogue::stringsISO() {
   return gStringsISO.strings(&TagStringsCatalogue::stringTableISO);
@@ -14666,30 +14672,30 @@ TagStringTable TagStringsCatalogue::stringTableISO(ETLanguage language) {
   return gStringsISO.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue15::allStreamsISO() {
-  return gTagsISO.all();
+  return detail::gTagsISO.all();
 }
-const TagItem& detail::TagItemCatalogue15::itemISOBootSystem() { return gTagsISO.item(0); }
-const TagItem& detail::TagItemCatalogue15::itemISOBootIdentifier() { return gTagsISO.item(1); }
-const TagItem& detail::TagItemCatalogue15::itemISOSystem() { return gTagsISO.item(2); }
-const TagItem& detail::TagItemCatalogue15::itemISOVolumeName() { return gTagsISO.item(3); }
-const TagItem& detail::TagItemCatalogue15::itemISOVolumeBlockCount() { return gTagsISO.item(4); }
-const TagItem& detail::TagItemCatalogue15::itemISOVolumeSetDiskCount() { return gTagsISO.item(5); }
-const TagItem& detail::TagItemCatalogue15::itemISOVolumeSetDiskNumber() { return gTagsISO.item(6); }
-const TagItem& detail::TagItemCatalogue15::itemISOVolumeBlockSize() { return gTagsISO.item(7); }
-const TagItem& detail::TagItemCatalogue15::itemISOPathTableSize() { return gTagsISO.item(8); }
-const TagItem& detail::TagItemCatalogue15::itemISOPathTableLocation() { return gTagsISO.item(9); }
-const TagItem& detail::TagItemCatalogue15::itemISORootDirectoryCreateDate() { return gTagsISO.item(10); }
-const TagItem& detail::TagItemCatalogue15::itemISOVolumeSetName() { return gTagsISO.item(11); }
-const TagItem& detail::TagItemCatalogue15::itemISOPublisher() { return gTagsISO.item(12); }
-const TagItem& detail::TagItemCatalogue15::itemISODataPreparer() { return gTagsISO.item(13); }
-const TagItem& detail::TagItemCatalogue15::itemISOSoftware() { return gTagsISO.item(14); }
-const TagItem& detail::TagItemCatalogue15::itemISOCopyrightFileName() { return gTagsISO.item(15); }
-const TagItem& detail::TagItemCatalogue15::itemISOAbstractFileName() { return gTagsISO.item(16); }
-const TagItem& detail::TagItemCatalogue15::itemISOBibligraphicFileName() { return gTagsISO.item(17); }
-const TagItem& detail::TagItemCatalogue15::itemISOVolumeCreateDate() { return gTagsISO.item(18); }
-const TagItem& detail::TagItemCatalogue15::itemISOVolumeModifyDate() { return gTagsISO.item(19); }
-const TagItem& detail::TagItemCatalogue15::itemISOVolumeExpirationDate() { return gTagsISO.item(20); }
-const TagItem& detail::TagItemCatalogue15::itemISOVolumeEffectiveDate() { return gTagsISO.item(21); }
+const TagItem& detail::TagItemCatalogue15::itemISOBootSystem() { return detail::gTagsISO.item(0); }
+const TagItem& detail::TagItemCatalogue15::itemISOBootIdentifier() { return detail::gTagsISO.item(1); }
+const TagItem& detail::TagItemCatalogue15::itemISOSystem() { return detail::gTagsISO.item(2); }
+const TagItem& detail::TagItemCatalogue15::itemISOVolumeName() { return detail::gTagsISO.item(3); }
+const TagItem& detail::TagItemCatalogue15::itemISOVolumeBlockCount() { return detail::gTagsISO.item(4); }
+const TagItem& detail::TagItemCatalogue15::itemISOVolumeSetDiskCount() { return detail::gTagsISO.item(5); }
+const TagItem& detail::TagItemCatalogue15::itemISOVolumeSetDiskNumber() { return detail::gTagsISO.item(6); }
+const TagItem& detail::TagItemCatalogue15::itemISOVolumeBlockSize() { return detail::gTagsISO.item(7); }
+const TagItem& detail::TagItemCatalogue15::itemISOPathTableSize() { return detail::gTagsISO.item(8); }
+const TagItem& detail::TagItemCatalogue15::itemISOPathTableLocation() { return detail::gTagsISO.item(9); }
+const TagItem& detail::TagItemCatalogue15::itemISORootDirectoryCreateDate() { return detail::gTagsISO.item(10); }
+const TagItem& detail::TagItemCatalogue15::itemISOVolumeSetName() { return detail::gTagsISO.item(11); }
+const TagItem& detail::TagItemCatalogue15::itemISOPublisher() { return detail::gTagsISO.item(12); }
+const TagItem& detail::TagItemCatalogue15::itemISODataPreparer() { return detail::gTagsISO.item(13); }
+const TagItem& detail::TagItemCatalogue15::itemISOSoftware() { return detail::gTagsISO.item(14); }
+const TagItem& detail::TagItemCatalogue15::itemISOCopyrightFileName() { return detail::gTagsISO.item(15); }
+const TagItem& detail::TagItemCatalogue15::itemISOAbstractFileName() { return detail::gTagsISO.item(16); }
+const TagItem& detail::TagItemCatalogue15::itemISOBibligraphicFileName() { return detail::gTagsISO.item(17); }
+const TagItem& detail::TagItemCatalogue15::itemISOVolumeCreateDate() { return detail::gTagsISO.item(18); }
+const TagItem& detail::TagItemCatalogue15::itemISOVolumeModifyDate() { return detail::gTagsISO.item(19); }
+const TagItem& detail::TagItemCatalogue15::itemISOVolumeExpirationDate() { return detail::gTagsISO.item(20); }
+const TagItem& detail::TagItemCatalogue15::itemISOVolumeEffectiveDate() { return detail::gTagsISO.item(21); }
 
 const TagStrings& TagStringsCatalogue::stringsITC() {
   return gStringsITC.strings(&TagStringsCatalogue::stringTableITC);
@@ -14698,16 +14704,16 @@ TagStringTable TagStringsCatalogue::stringTableITC(ETLanguage language) {
   return gStringsITC.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue15::allStreamsITC() {
-  return gTagsITC.all();
+  return detail::gTagsITC.all();
 }
-const TagItem& detail::TagItemCatalogue15::itemITCDataType() { return gTagsITC.item(0); }
-const TagItem& detail::TagItemCatalogue15::itemITCLibraryID() { return gTagsITC.item(1); }
-const TagItem& detail::TagItemCatalogue15::itemITCTrackID() { return gTagsITC.item(2); }
-const TagItem& detail::TagItemCatalogue15::itemITCDataLocation() { return gTagsITC.item(3); }
-const TagItem& detail::TagItemCatalogue15::itemITCImageType() { return gTagsITC.item(4); }
-const TagItem& detail::TagItemCatalogue15::itemITCImageWidth() { return gTagsITC.item(5); }
-const TagItem& detail::TagItemCatalogue15::itemITCImageHeight() { return gTagsITC.item(6); }
-const TagItem& detail::TagItemCatalogue15::itemITCImageData() { return gTagsITC.item(7); }
+const TagItem& detail::TagItemCatalogue15::itemITCDataType() { return detail::gTagsITC.item(0); }
+const TagItem& detail::TagItemCatalogue15::itemITCLibraryID() { return detail::gTagsITC.item(1); }
+const TagItem& detail::TagItemCatalogue15::itemITCTrackID() { return detail::gTagsITC.item(2); }
+const TagItem& detail::TagItemCatalogue15::itemITCDataLocation() { return detail::gTagsITC.item(3); }
+const TagItem& detail::TagItemCatalogue15::itemITCImageType() { return detail::gTagsITC.item(4); }
+const TagItem& detail::TagItemCatalogue15::itemITCImageWidth() { return detail::gTagsITC.item(5); }
+const TagItem& detail::TagItemCatalogue15::itemITCImageHeight() { return detail::gTagsITC.item(6); }
+const TagItem& detail::TagItemCatalogue15::itemITCImageData() { return detail::gTagsITC.item(7); }
 
 const TagStrings& TagStringsCatalogue::stringsJFIF() {
   return gStringsJFIF.strings(&TagStringsCatalogue::stringTableJFIF);
@@ -14716,16 +14722,16 @@ TagStringTable TagStringsCatalogue::stringTableJFIF(ETLanguage language) {
   return gStringsJFIF.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue15::allStreamsJFIF() {
-  return gTagsJFIF.all();
+  return detail::gTagsJFIF.all();
 }
-const TagItem& detail::TagItemCatalogue15::itemJFIFThumbnailImage() { return gTagsJFIF.item(0); }
-const TagItem& detail::TagItemCatalogue15::itemJFIFThumbnailTIFF() { return gTagsJFIF.item(1); }
-const TagItem& detail::TagItemCatalogue15::itemJFIFJFIFVersion() { return gTagsJFIF.item(2); }
-const TagItem& detail::TagItemCatalogue15::itemJFIFResolutionUnit() { return gTagsJFIF.item(3); }
-const TagItem& detail::TagItemCatalogue15::itemJFIFXResolution() { return gTagsJFIF.item(4); }
-const TagItem& detail::TagItemCatalogue15::itemJFIFYResolution() { return gTagsJFIF.item(5); }
-const TagItem& detail::TagItemCatalogue15::itemJFIFThumbnailWidth() { return gTagsJFIF.item(6); }
-const TagItem& detail::TagItemCatalogue15::itemJFIFThumbnailHeight() { return gTagsJFIF.item(7); }
+const TagItem& detail::TagItemCatalogue15::itemJFIFThumbnailImage() { return detail::gTagsJFIF.item(0); }
+const TagItem& detail::TagItemCatalogue15::itemJFIFThumbnailTIFF() { return detail::gTagsJFIF.item(1); }
+const TagItem& detail::TagItemCatalogue15::itemJFIFJFIFVersion() { return detail::gTagsJFIF.item(2); }
+const TagItem& detail::TagItemCatalogue15::itemJFIFResolutionUnit() { return detail::gTagsJFIF.item(3); }
+const TagItem& detail::TagItemCatalogue15::itemJFIFXResolution() { return detail::gTagsJFIF.item(4); }
+const TagItem& detail::TagItemCatalogue15::itemJFIFYResolution() { return detail::gTagsJFIF.item(5); }
+const TagItem& detail::TagItemCatalogue15::itemJFIFThumbnailWidth() { return detail::gTagsJFIF.item(6); }
+const TagItem& detail::TagItemCatalogue15::itemJFIFThumbnailHeight() { return detail::gTagsJFIF.item(7); }
 
 const TagStrings& TagStringsCatalogue::stringsJPEG() {
   return gStringsJPEG.strings(&TagStringsCatalogue::stringTableJPEG);
@@ -14734,15 +14740,15 @@ TagStringTable TagStringsCatalogue::stringTableJPEG(ETLanguage language) {
   return gStringsJPEG.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue15::allStreamsJPEG() {
-  return gTagsJPEG.all();
+  return detail::gTagsJPEG.all();
 }
-const TagItem& detail::TagItemCatalogue15::itemJPEGPreviewImage() { return gTagsJPEG.item(0); }
-const TagItem& detail::TagItemCatalogue15::itemJPEGComment() { return gTagsJPEG.item(1); }
-const TagItem& detail::TagItemCatalogue15::itemJPEGAdobe() { return gTagsJPEG.item(2); }
-const TagItem& detail::TagItemCatalogue15::itemJPEGDefineQuantizationTable() { return gTagsJPEG.item(3); }
-const TagItem& detail::TagItemCatalogue15::itemJPEGEmbeddedVideo() { return gTagsJPEG.item(4); }
-const TagItem& detail::TagItemCatalogue15::itemJPEGInsta360() { return gTagsJPEG.item(5); }
-const TagItem& detail::TagItemCatalogue15::itemJPEGNikonApp() { return gTagsJPEG.item(6); }
+const TagItem& detail::TagItemCatalogue15::itemJPEGPreviewImage() { return detail::gTagsJPEG.item(0); }
+const TagItem& detail::TagItemCatalogue15::itemJPEGComment() { return detail::gTagsJPEG.item(1); }
+const TagItem& detail::TagItemCatalogue15::itemJPEGAdobe() { return detail::gTagsJPEG.item(2); }
+const TagItem& detail::TagItemCatalogue15::itemJPEGDefineQuantizationTable() { return detail::gTagsJPEG.item(3); }
+const TagItem& detail::TagItemCatalogue15::itemJPEGEmbeddedVideo() { return detail::gTagsJPEG.item(4); }
+const TagItem& detail::TagItemCatalogue15::itemJPEGInsta360() { return detail::gTagsJPEG.item(5); }
+const TagItem& detail::TagItemCatalogue15::itemJPEGNikonApp() { return detail::gTagsJPEG.item(6); }
 
 const TagStrings& TagStringsCatalogue::stringsJSON() {
   return gStringsJSON.strings(&TagStringsCatalogue::stringTableJSON);
@@ -14751,34 +14757,14 @@ TagStringTable TagStringsCatalogue::stringTableJSON(ETLanguage language) {
   return gStringsJSON.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue15::allStreamsJSON() {
-  return gTagsJSON.all();
+  return detail::gTagsJSON.all();
 }
-const TagItem& detail::TagItemCatalogue15::itemJSONON1_SettingsMetadataCreated() { return gTagsJSON.item(0); }
-const TagItem& detail::TagItemCatalogue15::itemJSONON1_SettingsMetadataModified() { return gTagsJSON.item(1); }
-const TagItem& detail::TagItemCatalogue15::itemJSONON1_SettingsMetadataName() { return gTagsJSON.item(2); }
-const TagItem& detail::TagItemCatalogue15::itemJSONON1_SettingsMetadataPluginID() { return gTagsJSON.item(3); }
-const TagItem& detail::TagItemCatalogue15::itemJSONON1_SettingsMetadataTimestamp() { return gTagsJSON.item(4); }
-const TagItem& detail::TagItemCatalogue15::itemJSONON1_SettingsMetadataUsage() { return gTagsJSON.item(5); }
-const TagItem& detail::TagItemCatalogue15::itemJSONON1_SettingsMetadataVisibleToUser() { return gTagsJSON.item(6); }
-
-namespace detail {
-const TagItem* findInFujiFilm(std::string_view key) { return gTagsFujiFilm.find(key); }
-const TagItem* findInGE(std::string_view key) { return gTagsGE.find(key); }
-const TagItem* findInGIF(std::string_view key) { return gTagsGIF.find(key); }
-const TagItem* findInGIMP(std::string_view key) { return gTagsGIMP.find(key); }
-const TagItem* findInGeoTiff(std::string_view key) { return gTagsGeoTiff.find(key); }
-const TagItem* findInGoPro(std::string_view key) { return gTagsGoPro.find(key); }
-const TagItem* findInH264(std::string_view key) { return gTagsH264.find(key); }
-const TagItem* findInHP(std::string_view key) { return gTagsHP.find(key); }
-const TagItem* findInHTML(std::string_view key) { return gTagsHTML.find(key); }
-const TagItem* findInICC_Profile(std::string_view key) { return gTagsICC_Profile.find(key); }
-const TagItem* findInID3(std::string_view key) { return gTagsID3.find(key); }
-const TagItem* findInIPTC(std::string_view key) { return gTagsIPTC.find(key); }
-const TagItem* findInISO(std::string_view key) { return gTagsISO.find(key); }
-const TagItem* findInITC(std::string_view key) { return gTagsITC.find(key); }
-const TagItem* findInJFIF(std::string_view key) { return gTagsJFIF.find(key); }
-const TagItem* findInJPEG(std::string_view key) { return gTagsJPEG.find(key); }
-const TagItem* findInJSON(std::string_view key) { return gTagsJSON.find(key); }
-}  // namespace detail
+const TagItem& detail::TagItemCatalogue15::itemJSONON1_SettingsMetadataCreated() { return detail::gTagsJSON.item(0); }
+const TagItem& detail::TagItemCatalogue15::itemJSONON1_SettingsMetadataModified() { return detail::gTagsJSON.item(1); }
+const TagItem& detail::TagItemCatalogue15::itemJSONON1_SettingsMetadataName() { return detail::gTagsJSON.item(2); }
+const TagItem& detail::TagItemCatalogue15::itemJSONON1_SettingsMetadataPluginID() { return detail::gTagsJSON.item(3); }
+const TagItem& detail::TagItemCatalogue15::itemJSONON1_SettingsMetadataTimestamp() { return detail::gTagsJSON.item(4); }
+const TagItem& detail::TagItemCatalogue15::itemJSONON1_SettingsMetadataUsage() { return detail::gTagsJSON.item(5); }
+const TagItem& detail::TagItemCatalogue15::itemJSONON1_SettingsMetadataVisibleToUser() { return detail::gTagsJSON.item(6); }
 
 }  // namespace lorvane

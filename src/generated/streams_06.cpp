@@ -7,6 +7,8 @@
 namespace lorvane {
 namespace {
 
+using enum detail::TagFlag;
+
 constexpr char kText[] =
     "AuthorIdentifier" "AuthorName" "Format" "Title" "DocumentID" "InstanceID" "Relationship"
     "ThumbnailHash" "ThumbnailURL" "JUMDID" "JUMDLabel" "JUMDSignature" "JUMDToggles" "JUMDType" "1"
@@ -2178,20 +2180,20 @@ constexpr char kText[] =
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsJUMBF[] = {
-    {{0, 16}, TagType::string, 0, 0, 0, 0},  // AuthorIdentifier
-    {{16, 10}, TagType::string, 0, 0, 0, 0},  // AuthorName
-    {{26, 6}, TagType::string, 0, 0, 0, 0},  // Format
-    {{32, 5}, TagType::string, 0, 0, 0, 0},  // Title
-    {{37, 10}, TagType::string, 0, 0, 0, 0},  // DocumentID
-    {{47, 10}, TagType::string, 0, 0, 0, 0},  // InstanceID
-    {{57, 12}, TagType::string, 0, 0, 0, 0},  // Relationship
-    {{69, 13}, TagType::string, 1, 0, 0, 0},  // ThumbnailHash
-    {{82, 12}, TagType::string, 0, 0, 0, 0},  // ThumbnailURL
-    {{94, 6}, TagType::string, 0, 0, 0, 0},  // JUMDID
-    {{100, 9}, TagType::string, 0, 0, 0, 0},  // JUMDLabel
-    {{109, 13}, TagType::string, 0, 0, 0, 0},  // JUMDSignature
-    {{122, 11}, TagType::string, 0, 0, 0, 4},  // JUMDToggles
-    {{133, 8}, TagType::string, 0, 0, 0, 0},  // JUMDType
+    {{0, 16}, TagType::string, none, 0, 0, 0},  // AuthorIdentifier
+    {{16, 10}, TagType::string, none, 0, 0, 0},  // AuthorName
+    {{26, 6}, TagType::string, none, 0, 0, 0},  // Format
+    {{32, 5}, TagType::string, none, 0, 0, 0},  // Title
+    {{37, 10}, TagType::string, none, 0, 0, 0},  // DocumentID
+    {{47, 10}, TagType::string, none, 0, 0, 0},  // InstanceID
+    {{57, 12}, TagType::string, none, 0, 0, 0},  // Relationship
+    {{69, 13}, TagType::string, list, 0, 0, 0},  // ThumbnailHash
+    {{82, 12}, TagType::string, none, 0, 0, 0},  // ThumbnailURL
+    {{94, 6}, TagType::string, none, 0, 0, 0},  // JUMDID
+    {{100, 9}, TagType::string, none, 0, 0, 0},  // JUMDLabel
+    {{109, 13}, TagType::string, none, 0, 0, 0},  // JUMDSignature
+    {{122, 11}, TagType::string, none, 0, 0, 4},  // JUMDToggles
+    {{133, 8}, TagType::string, none, 0, 0, 0},  // JUMDType
 };
 constexpr detail::TextRef kChoicesJUMBF[] = {
     {141, 1}, {142, 1}, {143, 1}, {144, 1},
@@ -2241,15 +2243,14 @@ constexpr std::uint16_t kKeyOrderJUMBF[] = {
     0, 1, 4, 2, 5, 9, 10, 11, 12, 13, 6, 7, 8, 3,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsJUMBF[14];
-constinit detail::StreamTags gTagsJUMBF("JUMBF", kText, kTagsJUMBF, kKeyOrderJUMBF, kChoicesJUMBF, gItemsJUMBF, &TagStringsCatalogue::stringsJUMBF);
 
 // JVC: 3 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsJVC[] = {
-    {{668, 11}, TagType::string, 0, 0, 0, 0},  // CPUVersions
-    {{679, 7}, TagType::string, 0, 0, 0, 6},  // Quality
-    {{686, 16}, TagType::string, 0, 0, 0, 0},  // MakerNoteVersion
+    {{668, 11}, TagType::string, none, 0, 0, 0},  // CPUVersions
+    {{679, 7}, TagType::string, none, 0, 0, 6},  // Quality
+    {{686, 16}, TagType::string, none, 0, 0, 0},  // MakerNoteVersion
 };
 constexpr detail::TextRef kChoicesJVC[] = {
     {702, 1}, {141, 1}, {142, 1}, {703, 4}, {707, 3}, {710, 4},
@@ -2325,72 +2326,71 @@ constexpr std::uint16_t kKeyOrderJVC[] = {
     0, 2, 1,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsJVC[3];
-constinit detail::StreamTags gTagsJVC("JVC", kText, kTagsJVC, kKeyOrderJVC, kChoicesJVC, gItemsJVC, &TagStringsCatalogue::stringsJVC);
 
 // Jpeg2000: 60 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsJpeg2000[] = {
-    {{1217, 18}, TagType::rational32u, 0, 0, 0, 0},  // CaptureYResolution
-    {{1235, 18}, TagType::rational32u, 0, 0, 0, 0},  // CaptureXResolution
-    {{1253, 22}, TagType::int8s, 0, 0, 0, 10},  // CaptureYResolutionUnit
-    {{1275, 22}, TagType::int8s, 0, 0, 0, 10},  // CaptureXResolutionUnit
-    {{1297, 15}, TagType::int8s, 18, 0, 10, 4},  // ColorSpecMethod
-    {{1312, 19}, TagType::int8s, 18, 0, 0, 0},  // ColorSpecPrecedence
-    {{1331, 22}, TagType::int8s, 18, 0, 14, 5},  // ColorSpecApproximation
-    {{1353, 10}, TagType::int32u, 18, 0, 19, 19},  // ColorSpace
-    {{1363, 13}, TagType::string, 26, 0, 0, 0},  // ColorSpecData
-    {{1376, 18}, TagType::rational32u, 0, 0, 0, 0},  // DisplayYResolution
-    {{1394, 18}, TagType::rational32u, 0, 0, 0, 0},  // DisplayXResolution
-    {{1412, 22}, TagType::int8s, 0, 0, 0, 10},  // DisplayYResolutionUnit
-    {{1434, 22}, TagType::int8s, 0, 0, 0, 10},  // DisplayXResolutionUnit
-    {{1456, 10}, TagType::string, 0, 4, 38, 5},  // MajorBrand
-    {{1466, 12}, TagType::string, 0, 4, 0, 0},  // MinorVersion
-    {{1478, 16}, TagType::string, 0, 0, 0, 0},  // CompatibleBrands
-    {{1494, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
-    {{1505, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
-    {{1515, 18}, TagType::int16u, 0, 0, 0, 0},  // NumberOfComponents
-    {{1533, 16}, TagType::int8u, 0, 0, 0, 0},  // BitsPerComponent
-    {{1549, 11}, TagType::int8u, 0, 0, 43, 9},  // Compression
-    {{1560, 14}, TagType::string, 0, 0, 0, 0},  // BinaryDataType
-    {{1574, 12}, TagType::string, 0, 0, 0, 0},  // BinaryFilter
-    {{1586, 10}, TagType::string, 8, 0, 0, 0},  // BinaryData
-    {{1596, 12}, TagType::string, 0, 0, 0, 0},  // C2PASaltHash
-    {{1608, 19}, TagType::string, 0, 0, 0, 0},  // ComponentDefinition
-    {{1627, 10}, TagType::string, 0, 0, 0, 0},  // ColorGroup
-    {{1637, 16}, TagType::string, 0, 0, 0, 0},  // DigitalSignature
-    {{1653, 16}, TagType::string, 0, 0, 0, 0},  // ComponentMapping
-    {{1669, 11}, TagType::string, 0, 0, 0, 0},  // Composition
-    {{1680, 18}, TagType::string, 0, 0, 0, 0},  // CompositionOptions
-    {{1698, 15}, TagType::string, 0, 0, 0, 0},  // Cross-Reference
-    {{1713, 22}, TagType::string, 0, 0, 0, 0},  // CodestreamRegistration
-    {{1735, 20}, TagType::string, 0, 0, 0, 0},  // DesiredReproductions
-    {{1755, 13}, TagType::string, 0, 0, 0, 0},  // DataReference
-    {{1768, 12}, TagType::string, 0, 0, 0, 0},  // FragmentList
-    {{1780, 4}, TagType::string, 0, 0, 0, 0},  // Free
-    {{1784, 13}, TagType::string, 0, 0, 0, 0},  // FragmentTable
-    {{1797, 32}, TagType::string, 0, 0, 0, 0},  // GraphicsTechnologyStandardOutput
-    {{1829, 12}, TagType::string, 8, 0, 0, 0},  // GainMapImage
-    {{1841, 14}, TagType::string, 0, 0, 0, 0},  // InstructionSet
-    {{1855, 12}, TagType::string, 0, 0, 0, 0},  // JP2Signature
-    {{1867, 20}, TagType::string, 0, 0, 0, 0},  // ContiguousCodestream
-    {{1887, 12}, TagType::string, 8, 0, 0, 0},  // PreviewImage
-    {{1899, 13}, TagType::string, 0, 0, 0, 0},  // JXLCodestream
-    {{1912, 20}, TagType::string, 0, 0, 0, 0},  // PartialJXLCodestream
-    {{432, 5}, TagType::string, 0, 0, 0, 0},  // Label
-    {{1932, 9}, TagType::string, 0, 0, 0, 0},  // MediaData
-    {{1941, 11}, TagType::string, 0, 0, 0, 0},  // MPEG7Binary
-    {{1952, 10}, TagType::string, 0, 0, 0, 0},  // NumberList
-    {{1962, 7}, TagType::string, 0, 0, 0, 0},  // Opacity
-    {{1969, 7}, TagType::string, 0, 0, 0, 0},  // Palette
-    {{1976, 7}, TagType::string, 0, 0, 0, 0},  // Profile
-    {{1983, 14}, TagType::string, 0, 0, 0, 0},  // ROIDescription
-    {{1997, 18}, TagType::string, 0, 0, 0, 0},  // ReaderRequirements
-    {{2015, 8}, TagType::string, 0, 0, 0, 0},  // UUIDList
-    {{2023, 3}, TagType::string, 0, 0, 0, 0},  // URL
-    {{2026, 14}, TagType::string, 0, 0, 0, 0},  // UUID-Signature
-    {{2040, 12}, TagType::string, 0, 0, 0, 0},  // UUID-Unknown
-    {{2052, 3}, TagType::string, 27, 0, 0, 0},  // XML
+    {{1217, 18}, TagType::rational32u, none, 0, 0, 0},  // CaptureYResolution
+    {{1235, 18}, TagType::rational32u, none, 0, 0, 0},  // CaptureXResolution
+    {{1253, 22}, TagType::int8s, none, 0, 0, 10},  // CaptureYResolutionUnit
+    {{1275, 22}, TagType::int8s, none, 0, 0, 10},  // CaptureXResolutionUnit
+    {{1297, 15}, TagType::int8s, writable | unsafe, 0, 10, 4},  // ColorSpecMethod
+    {{1312, 19}, TagType::int8s, writable | unsafe, 0, 0, 0},  // ColorSpecPrecedence
+    {{1331, 22}, TagType::int8s, writable | unsafe, 0, 14, 5},  // ColorSpecApproximation
+    {{1353, 10}, TagType::int32u, writable | unsafe, 0, 19, 19},  // ColorSpace
+    {{1363, 13}, TagType::string, writable | binary | unsafe, 0, 0, 0},  // ColorSpecData
+    {{1376, 18}, TagType::rational32u, none, 0, 0, 0},  // DisplayYResolution
+    {{1394, 18}, TagType::rational32u, none, 0, 0, 0},  // DisplayXResolution
+    {{1412, 22}, TagType::int8s, none, 0, 0, 10},  // DisplayYResolutionUnit
+    {{1434, 22}, TagType::int8s, none, 0, 0, 10},  // DisplayXResolutionUnit
+    {{1456, 10}, TagType::string, none, 4, 38, 5},  // MajorBrand
+    {{1466, 12}, TagType::string, none, 4, 0, 0},  // MinorVersion
+    {{1478, 16}, TagType::string, none, 0, 0, 0},  // CompatibleBrands
+    {{1494, 11}, TagType::int32u, none, 0, 0, 0},  // ImageHeight
+    {{1505, 10}, TagType::int32u, none, 0, 0, 0},  // ImageWidth
+    {{1515, 18}, TagType::int16u, none, 0, 0, 0},  // NumberOfComponents
+    {{1533, 16}, TagType::int8u, none, 0, 0, 0},  // BitsPerComponent
+    {{1549, 11}, TagType::int8u, none, 0, 43, 9},  // Compression
+    {{1560, 14}, TagType::string, none, 0, 0, 0},  // BinaryDataType
+    {{1574, 12}, TagType::string, none, 0, 0, 0},  // BinaryFilter
+    {{1586, 10}, TagType::string, binary, 0, 0, 0},  // BinaryData
+    {{1596, 12}, TagType::string, none, 0, 0, 0},  // C2PASaltHash
+    {{1608, 19}, TagType::string, none, 0, 0, 0},  // ComponentDefinition
+    {{1627, 10}, TagType::string, none, 0, 0, 0},  // ColorGroup
+    {{1637, 16}, TagType::string, none, 0, 0, 0},  // DigitalSignature
+    {{1653, 16}, TagType::string, none, 0, 0, 0},  // ComponentMapping
+    {{1669, 11}, TagType::string, none, 0, 0, 0},  // Composition
+    {{1680, 18}, TagType::string, none, 0, 0, 0},  // CompositionOptions
+    {{1698, 15}, TagType::string, none, 0, 0, 0},  // Cross-Reference
+    {{1713, 22}, TagType::string, none, 0, 0, 0},  // CodestreamRegistration
+    {{1735, 20}, TagType::string, none, 0, 0, 0},  // DesiredReproductions
+    {{1755, 13}, TagType::string, none, 0, 0, 0},  // DataReference
+    {{1768, 12}, TagType::string, none, 0, 0, 0},  // FragmentList
+    {{1780, 4}, TagType::string, none, 0, 0, 0},  // Free
+    {{1784, 13}, TagType::string, none, 0, 0, 0},  // FragmentTable
+    {{1797, 32}, TagType::string, none, 0, 0, 0},  // GraphicsTechnologyStandardOutput
+    {{1829, 12}, TagType::string, binary, 0, 0, 0},  // GainMapImage
+    {{1841, 14}, TagType::string, none, 0, 0, 0},  // InstructionSet
+    {{1855, 12}, TagType::string, none, 0, 0, 0},  // JP2Signature
+    {{1867, 20}, TagType::string, none, 0, 0, 0},  // ContiguousCodestream
+    {{1887, 12}, TagType::string, binary, 0, 0, 0},  // PreviewImage
+    {{1899, 13}, TagType::string, none, 0, 0, 0},  // JXLCodestream
+    {{1912, 20}, TagType::string, none, 0, 0, 0},  // PartialJXLCodestream
+    {{432, 5}, TagType::string, none, 0, 0, 0},  // Label
+    {{1932, 9}, TagType::string, none, 0, 0, 0},  // MediaData
+    {{1941, 11}, TagType::string, none, 0, 0, 0},  // MPEG7Binary
+    {{1952, 10}, TagType::string, none, 0, 0, 0},  // NumberList
+    {{1962, 7}, TagType::string, none, 0, 0, 0},  // Opacity
+    {{1969, 7}, TagType::string, none, 0, 0, 0},  // Palette
+    {{1976, 7}, TagType::string, none, 0, 0, 0},  // Profile
+    {{1983, 14}, TagType::string, none, 0, 0, 0},  // ROIDescription
+    {{1997, 18}, TagType::string, none, 0, 0, 0},  // ReaderRequirements
+    {{2015, 8}, TagType::string, none, 0, 0, 0},  // UUIDList
+    {{2023, 3}, TagType::string, none, 0, 0, 0},  // URL
+    {{2026, 14}, TagType::string, none, 0, 0, 0},  // UUID-Signature
+    {{2040, 12}, TagType::string, none, 0, 0, 0},  // UUID-Unknown
+    {{2052, 3}, TagType::string, list | writable | binary | unsafe, 0, 0, 0},  // XML
 };
 constexpr detail::TextRef kChoicesJpeg2000[] = {
     {2055, 2}, {2057, 2}, {2059, 2}, {702, 1}, {141, 1}, {142, 1}, {2061, 1}, {143, 1}, {2062, 1},
@@ -2645,141 +2645,140 @@ constexpr std::uint16_t kKeyOrderJpeg2000[] = {
     45, 43, 52, 53, 54, 56, 57, 58, 55, 59,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsJpeg2000[60];
-constinit detail::StreamTags gTagsJpeg2000("Jpeg2000", kText, kTagsJpeg2000, kKeyOrderJpeg2000, kChoicesJpeg2000, gItemsJpeg2000, &TagStringsCatalogue::stringsJpeg2000);
 
 // Kodak: 129 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsKodak[] = {
-    {{8313, 11}, TagType::int16u, 2, 0, 0, 0},  // SensorWidth
-    {{8324, 12}, TagType::int16u, 2, 0, 0, 0},  // SensorHeight
-    {{8336, 12}, TagType::string, 2, 0, 0, 0},  // BayerPattern
-    {{8348, 15}, TagType::int16u, 2, 0, 0, 0},  // SensorFullWidth
-    {{8363, 16}, TagType::int16u, 2, 0, 0, 0},  // SensorFullHeight
-    {{8379, 15}, TagType::int32s, 2, 0, 0, 0},  // KodakImageWidth
-    {{8394, 16}, TagType::int32s, 2, 0, 0, 0},  // KodakImageHeight
-    {{8410, 13}, TagType::string, 2, 0, 0, 0},  // KodakInfoType
-    {{8423, 12}, TagType::string, 2, 16, 0, 0},  // SerialNumber
-    {{8435, 7}, TagType::float_, 2, 0, 0, 0},  // FNumber
-    {{8442, 12}, TagType::float_, 2, 0, 0, 0},  // ExposureTime
-    {{8454, 3}, TagType::int32s, 2, 0, 0, 0},  // ISO
-    {{8457, 15}, TagType::string, 0, 0, 0, 2},  // CameraByteOrder
-    {{8472, 13}, TagType::int16s, 0, 0, 0, 0},  // ApertureValue
-    {{8485, 15}, TagType::int32s, 0, 0, 0, 0},  // BrightnessValue
-    {{8500, 20}, TagType::float_, 2, 0, 0, 0},  // ExposureCompensation
-    {{8520, 23}, TagType::int16u, 0, 0, 0, 0},  // FocalLengthIn35mmFormat
-    {{8543, 11}, TagType::float_, 2, 0, 0, 0},  // FocalLength
-    {{8554, 15}, TagType::string, 2, 16, 0, 0},  // FirmwareVersion
-    {{8569, 17}, TagType::int16s, 0, 0, 0, 0},  // ShutterSpeedValue
-    {{8586, 4}, TagType::string, 0, 21, 0, 0},  // Make
-    {{8590, 5}, TagType::string, 0, 42, 0, 0},  // Model
-    {{8595, 9}, TagType::string, 0, 8, 0, 0},  // ModelType
-    {{8604, 10}, TagType::string, 2, 32, 0, 0},  // KodakModel
-    {{679, 7}, TagType::int8u, 2, 0, 2, 2},  // Quality
-    {{8614, 9}, TagType::int8u, 2, 0, 4, 2},  // BurstMode
-    {{8623, 11}, TagType::int16u, 2, 0, 0, 0},  // YearCreated
-    {{8634, 15}, TagType::int8u, 2, 2, 0, 0},  // MonthDayCreated
-    {{8649, 11}, TagType::int8u, 2, 4, 0, 0},  // TimeCreated
-    {{8660, 10}, TagType::int16u, 2, 0, 0, 0},  // BurstMode2
-    {{8670, 11}, TagType::int8u, 2, 0, 6, 3},  // ShutterMode
-    {{8681, 12}, TagType::int8u, 2, 0, 9, 3},  // MeteringMode
-    {{8693, 14}, TagType::int8u, 2, 0, 0, 0},  // SequenceNumber
-    {{8707, 12}, TagType::int16u, 2, 0, 0, 0},  // VariousModes
-    {{8719, 9}, TagType::int32u, 2, 0, 0, 0},  // Distance1
-    {{8728, 9}, TagType::int32u, 2, 0, 0, 0},  // Distance2
-    {{8737, 9}, TagType::int32u, 2, 0, 0, 0},  // Distance3
-    {{8746, 9}, TagType::int32u, 2, 0, 0, 0},  // Distance4
-    {{8755, 9}, TagType::int8u, 2, 0, 12, 2},  // FocusMode
-    {{8764, 13}, TagType::int16u, 2, 0, 0, 0},  // VariousModes2
-    {{8777, 12}, TagType::int16u, 2, 0, 0, 0},  // PanoramaMode
-    {{8789, 15}, TagType::int16u, 2, 0, 0, 0},  // SubjectDistance
-    {{8804, 12}, TagType::int8u, 2, 0, 14, 4},  // WhiteBalance
-    {{8816, 9}, TagType::int8u, 2, 0, 18, 7},  // FlashMode
-    {{8825, 10}, TagType::int8u, 2, 0, 4, 2},  // FlashFired
-    {{8835, 10}, TagType::int32s, 2, 0, 0, 0},  // ISOSetting
-    {{8845, 9}, TagType::int16u, 2, 0, 0, 0},  // TotalZoom
-    {{8854, 13}, TagType::int16u, 2, 0, 0, 0},  // DateTimeStamp
-    {{8867, 9}, TagType::int16u, 2, 0, 25, 10},  // ColorMode
-    {{8876, 11}, TagType::int16u, 2, 0, 0, 0},  // DigitalZoom
-    {{8887, 9}, TagType::int8s, 2, 0, 35, 1},  // Sharpness
-    {{8896, 12}, TagType::int16u, 0, 3, 0, 0},  // WB_RGBLevels
-    {{8908, 17}, TagType::int16u, 2, 0, 0, 0},  // PreviewImageWidth
-    {{8925, 18}, TagType::int16u, 2, 0, 0, 0},  // PreviewImageHeight
-    {{8943, 18}, TagType::int32u, 0, 0, 0, 0},  // PreviewImageLength
-    {{1887, 12}, TagType::string, 0, 0, 0, 0},  // PreviewImage
-    {{8961, 9}, TagType::int16u, 2, 0, 36, 23},  // SceneMode
-    {{8970, 11}, TagType::int32s, 2, 0, 0, 0},  // OpticalZoom
-    {{8981, 14}, TagType::int16u, 2, 0, 0, 0},  // ThumbnailWidth
-    {{8995, 15}, TagType::int16u, 2, 0, 0, 0},  // ThumbnailHeight
-    {{9010, 13}, TagType::int32u, 2, 0, 59, 21},  // SceneModeUsed
-    {{9023, 11}, TagType::int32u, 2, 0, 0, 0},  // MaxAperture
-    {{9034, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x2007
-    {{9054, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x2008
-    {{9074, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x2009
-    {{9094, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x200a
-    {{9114, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x200b
-    {{9134, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x3020
-    {{9154, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x3030
-    {{9174, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x3040
-    {{9194, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x3050
-    {{9214, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x3060
-    {{9234, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x8001
-    {{9254, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x8002
-    {{9274, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x8003
-    {{9294, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x8004
-    {{9314, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x8005
-    {{9334, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x8006
-    {{9354, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x8007
-    {{9374, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x8008
-    {{9394, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x8009
-    {{9414, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x800a
-    {{9434, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x800b
-    {{9454, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x800c
-    {{9474, 6}, TagType::string, 0, 0, 0, 0},  // AFMode
-    {{9480, 18}, TagType::string, 0, 0, 0, 0},  // ActualCompensation
-    {{9498, 8}, TagType::string, 0, 0, 0, 0},  // Aperture
-    {{9506, 11}, TagType::string, 0, 0, 0, 0},  // AutoBracket
-    {{9517, 11}, TagType::string, 0, 0, 0, 0},  // CameraModel
-    {{9528, 10}, TagType::string, 0, 0, 0, 0},  // CameraBody
-    {{9538, 4}, TagType::string, 0, 0, 0, 0},  // Date
-    {{9542, 12}, TagType::string, 0, 0, 0, 0},  // ExposureBias
-    {{9554, 12}, TagType::string, 0, 0, 80, 5},  // ExposureMode
-    {{9566, 17}, TagType::string, 0, 0, 0, 0},  // FlashExposureComp
-    {{9583, 13}, TagType::string, 0, 0, 0, 0},  // FlashSyncMode
-    {{9596, 11}, TagType::string, 0, 0, 0, 0},  // ImageNumber
-    {{9607, 4}, TagType::string, 0, 0, 0, 0},  // Lens
-    {{9611, 9}, TagType::string, 0, 0, 0, 0},  // MeterMode
-    {{9620, 11}, TagType::string, 0, 0, 0, 0},  // MinAperture
-    {{9631, 10}, TagType::string, 0, 0, 0, 0},  // PopupFlash
-    {{9641, 12}, TagType::string, 0, 0, 0, 0},  // ShootingMode
-    {{9653, 12}, TagType::string, 0, 0, 0, 0},  // ShutterSpeed
-    {{9665, 11}, TagType::string, 0, 0, 0, 0},  // Temperature
-    {{9676, 4}, TagType::string, 0, 0, 0, 0},  // Time
-    {{9680, 9}, TagType::string, 0, 0, 0, 0},  // OtherInfo
-    {{9689, 16}, TagType::int16u, 2, 2, 0, 0},  // PreviewImageSize
-    {{9705, 13}, TagType::string, 0, 0, 85, 3},  // PictureEffect
-    {{9718, 9}, TagType::string, 0, 0, 0, 0},  // KodakMake
-    {{9727, 16}, TagType::string, 0, 0, 0, 0},  // LensSerialNumber
-    {{9743, 9}, TagType::string, 0, 0, 0, 0},  // LensModel
-    {{9752, 10}, TagType::string, 0, 0, 0, 0},  // LevelMeter
-    {{9762, 5}, TagType::string, 0, 0, 0, 0},  // Pitch
-    {{9767, 3}, TagType::string, 0, 0, 0, 0},  // Yaw
-    {{9770, 4}, TagType::string, 0, 0, 0, 0},  // Roll
-    {{9774, 2}, TagType::string, 0, 0, 0, 0},  // CX
-    {{9776, 2}, TagType::string, 0, 0, 0, 0},  // CY
-    {{9778, 4}, TagType::string, 0, 0, 0, 0},  // Rads
-    {{9782, 10}, TagType::string, 2, 32, 0, 0},  // KodakMaker
-    {{9792, 16}, TagType::string, 2, 12, 0, 0},  // OriginalFileName
-    {{9808, 12}, TagType::int8u, 2, 0, 4, 2},  // ImageRotated
-    {{9820, 5}, TagType::int8u, 2, 0, 4, 2},  // Macro
-    {{9825, 5}, TagType::int16u, 2, 0, 4, 2},  // Flash
-    {{9830, 16}, TagType::string, 2, 20, 0, 0},  // DateTimeOriginal
-    {{9846, 13}, TagType::string, 2, 12, 0, 0},  // UnknownNumber
-    {{9859, 14}, TagType::string, 8, 0, 0, 0},  // ThumbnailImage
-    {{9873, 8}, TagType::int32u, 0, 0, 0, 0},  // Duration
-    {{9881, 12}, TagType::string, 0, 0, 0, 0},  // KodakVersion
-    {{9893, 13}, TagType::string, 0, 0, 0, 0},  // Accelerometer
-    {{9906, 15}, TagType::string, 0, 0, 0, 0},  // AngularVelocity
+    {{8313, 11}, TagType::int16u, writable, 0, 0, 0},  // SensorWidth
+    {{8324, 12}, TagType::int16u, writable, 0, 0, 0},  // SensorHeight
+    {{8336, 12}, TagType::string, writable, 0, 0, 0},  // BayerPattern
+    {{8348, 15}, TagType::int16u, writable, 0, 0, 0},  // SensorFullWidth
+    {{8363, 16}, TagType::int16u, writable, 0, 0, 0},  // SensorFullHeight
+    {{8379, 15}, TagType::int32s, writable, 0, 0, 0},  // KodakImageWidth
+    {{8394, 16}, TagType::int32s, writable, 0, 0, 0},  // KodakImageHeight
+    {{8410, 13}, TagType::string, writable, 0, 0, 0},  // KodakInfoType
+    {{8423, 12}, TagType::string, writable, 16, 0, 0},  // SerialNumber
+    {{8435, 7}, TagType::float_, writable, 0, 0, 0},  // FNumber
+    {{8442, 12}, TagType::float_, writable, 0, 0, 0},  // ExposureTime
+    {{8454, 3}, TagType::int32s, writable, 0, 0, 0},  // ISO
+    {{8457, 15}, TagType::string, none, 0, 0, 2},  // CameraByteOrder
+    {{8472, 13}, TagType::int16s, none, 0, 0, 0},  // ApertureValue
+    {{8485, 15}, TagType::int32s, none, 0, 0, 0},  // BrightnessValue
+    {{8500, 20}, TagType::float_, writable, 0, 0, 0},  // ExposureCompensation
+    {{8520, 23}, TagType::int16u, none, 0, 0, 0},  // FocalLengthIn35mmFormat
+    {{8543, 11}, TagType::float_, writable, 0, 0, 0},  // FocalLength
+    {{8554, 15}, TagType::string, writable, 16, 0, 0},  // FirmwareVersion
+    {{8569, 17}, TagType::int16s, none, 0, 0, 0},  // ShutterSpeedValue
+    {{8586, 4}, TagType::string, none, 21, 0, 0},  // Make
+    {{8590, 5}, TagType::string, none, 42, 0, 0},  // Model
+    {{8595, 9}, TagType::string, none, 8, 0, 0},  // ModelType
+    {{8604, 10}, TagType::string, writable, 32, 0, 0},  // KodakModel
+    {{679, 7}, TagType::int8u, writable, 0, 2, 2},  // Quality
+    {{8614, 9}, TagType::int8u, writable, 0, 4, 2},  // BurstMode
+    {{8623, 11}, TagType::int16u, writable, 0, 0, 0},  // YearCreated
+    {{8634, 15}, TagType::int8u, writable, 2, 0, 0},  // MonthDayCreated
+    {{8649, 11}, TagType::int8u, writable, 4, 0, 0},  // TimeCreated
+    {{8660, 10}, TagType::int16u, writable, 0, 0, 0},  // BurstMode2
+    {{8670, 11}, TagType::int8u, writable, 0, 6, 3},  // ShutterMode
+    {{8681, 12}, TagType::int8u, writable, 0, 9, 3},  // MeteringMode
+    {{8693, 14}, TagType::int8u, writable, 0, 0, 0},  // SequenceNumber
+    {{8707, 12}, TagType::int16u, writable, 0, 0, 0},  // VariousModes
+    {{8719, 9}, TagType::int32u, writable, 0, 0, 0},  // Distance1
+    {{8728, 9}, TagType::int32u, writable, 0, 0, 0},  // Distance2
+    {{8737, 9}, TagType::int32u, writable, 0, 0, 0},  // Distance3
+    {{8746, 9}, TagType::int32u, writable, 0, 0, 0},  // Distance4
+    {{8755, 9}, TagType::int8u, writable, 0, 12, 2},  // FocusMode
+    {{8764, 13}, TagType::int16u, writable, 0, 0, 0},  // VariousModes2
+    {{8777, 12}, TagType::int16u, writable, 0, 0, 0},  // PanoramaMode
+    {{8789, 15}, TagType::int16u, writable, 0, 0, 0},  // SubjectDistance
+    {{8804, 12}, TagType::int8u, writable, 0, 14, 4},  // WhiteBalance
+    {{8816, 9}, TagType::int8u, writable, 0, 18, 7},  // FlashMode
+    {{8825, 10}, TagType::int8u, writable, 0, 4, 2},  // FlashFired
+    {{8835, 10}, TagType::int32s, writable, 0, 0, 0},  // ISOSetting
+    {{8845, 9}, TagType::int16u, writable, 0, 0, 0},  // TotalZoom
+    {{8854, 13}, TagType::int16u, writable, 0, 0, 0},  // DateTimeStamp
+    {{8867, 9}, TagType::int16u, writable, 0, 25, 10},  // ColorMode
+    {{8876, 11}, TagType::int16u, writable, 0, 0, 0},  // DigitalZoom
+    {{8887, 9}, TagType::int8s, writable, 0, 35, 1},  // Sharpness
+    {{8896, 12}, TagType::int16u, none, 3, 0, 0},  // WB_RGBLevels
+    {{8908, 17}, TagType::int16u, writable, 0, 0, 0},  // PreviewImageWidth
+    {{8925, 18}, TagType::int16u, writable, 0, 0, 0},  // PreviewImageHeight
+    {{8943, 18}, TagType::int32u, none, 0, 0, 0},  // PreviewImageLength
+    {{1887, 12}, TagType::string, none, 0, 0, 0},  // PreviewImage
+    {{8961, 9}, TagType::int16u, writable, 0, 36, 23},  // SceneMode
+    {{8970, 11}, TagType::int32s, writable, 0, 0, 0},  // OpticalZoom
+    {{8981, 14}, TagType::int16u, writable, 0, 0, 0},  // ThumbnailWidth
+    {{8995, 15}, TagType::int16u, writable, 0, 0, 0},  // ThumbnailHeight
+    {{9010, 13}, TagType::int32u, writable, 0, 59, 21},  // SceneModeUsed
+    {{9023, 11}, TagType::int32u, writable, 0, 0, 0},  // MaxAperture
+    {{9034, 20}, TagType::string, none, 0, 0, 0},  // Kodak_SubIFD3_0x2007
+    {{9054, 20}, TagType::string, none, 0, 0, 0},  // Kodak_SubIFD3_0x2008
+    {{9074, 20}, TagType::string, none, 0, 0, 0},  // Kodak_SubIFD3_0x2009
+    {{9094, 20}, TagType::string, none, 0, 0, 0},  // Kodak_SubIFD3_0x200a
+    {{9114, 20}, TagType::string, none, 0, 0, 0},  // Kodak_SubIFD3_0x200b
+    {{9134, 20}, TagType::string, none, 0, 0, 0},  // Kodak_SubIFD3_0x3020
+    {{9154, 20}, TagType::string, none, 0, 0, 0},  // Kodak_SubIFD3_0x3030
+    {{9174, 20}, TagType::string, none, 0, 0, 0},  // Kodak_SubIFD3_0x3040
+    {{9194, 20}, TagType::string, none, 0, 0, 0},  // Kodak_SubIFD3_0x3050
+    {{9214, 20}, TagType::string, none, 0, 0, 0},  // Kodak_SubIFD3_0x3060
+    {{9234, 20}, TagType::string, none, 0, 0, 0},  // Kodak_SubIFD3_0x8001
+    {{9254, 20}, TagType::string, none, 0, 0, 0},  // Kodak_SubIFD3_0x8002
+    {{9274, 20}, TagType::string, none, 0, 0, 0},  // Kodak_SubIFD3_0x8003
+    {{9294, 20}, TagType::string, none, 0, 0, 0},  // Kodak_SubIFD3_0x8004
+    {{9314, 20}, TagType::string, none, 0, 0, 0},  // Kodak_SubIFD3_0x8005
+    {{9334, 20}, TagType::string, none, 0, 0, 0},  // Kodak_SubIFD3_0x8006
+    {{9354, 20}, TagType::string, none, 0, 0, 0},  // Kodak_SubIFD3_0x8007
+    {{9374, 20}, TagType::string, none, 0, 0, 0},  // Kodak_SubIFD3_0x8008
+    {{9394, 20}, TagType::string, none, 0, 0, 0},  // Kodak_SubIFD3_0x8009
+    {{9414, 20}, TagType::string, none, 0, 0, 0},  // Kodak_SubIFD3_0x800a
+    {{9434, 20}, TagType::string, none, 0, 0, 0},  // Kodak_SubIFD3_0x800b
+    {{9454, 20}, TagType::string, none, 0, 0, 0},  // Kodak_SubIFD3_0x800c
+    {{9474, 6}, TagType::string, none, 0, 0, 0},  // AFMode
+    {{9480, 18}, TagType::string, none, 0, 0, 0},  // ActualCompensation
+    {{9498, 8}, TagType::string, none, 0, 0, 0},  // Aperture
+    {{9506, 11}, TagType::string, none, 0, 0, 0},  // AutoBracket
+    {{9517, 11}, TagType::string, none, 0, 0, 0},  // CameraModel
+    {{9528, 10}, TagType::string, none, 0, 0, 0},  // CameraBody
+    {{9538, 4}, TagType::string, none, 0, 0, 0},  // Date
+    {{9542, 12}, TagType::string, none, 0, 0, 0},  // ExposureBias
+    {{9554, 12}, TagType::string, none, 0, 80, 5},  // ExposureMode
+    {{9566, 17}, TagType::string, none, 0, 0, 0},  // FlashExposureComp
+    {{9583, 13}, TagType::string, none, 0, 0, 0},  // FlashSyncMode
+    {{9596, 11}, TagType::string, none, 0, 0, 0},  // ImageNumber
+    {{9607, 4}, TagType::string, none, 0, 0, 0},  // Lens
+    {{9611, 9}, TagType::string, none, 0, 0, 0},  // MeterMode
+    {{9620, 11}, TagType::string, none, 0, 0, 0},  // MinAperture
+    {{9631, 10}, TagType::string, none, 0, 0, 0},  // PopupFlash
+    {{9641, 12}, TagType::string, none, 0, 0, 0},  // ShootingMode
+    {{9653, 12}, TagType::string, none, 0, 0, 0},  // ShutterSpeed
+    {{9665, 11}, TagType::string, none, 0, 0, 0},  // Temperature
+    {{9676, 4}, TagType::string, none, 0, 0, 0},  // Time
+    {{9680, 9}, TagType::string, none, 0, 0, 0},  // OtherInfo
+    {{9689, 16}, TagType::int16u, writable, 2, 0, 0},  // PreviewImageSize
+    {{9705, 13}, TagType::string, none, 0, 85, 3},  // PictureEffect
+    {{9718, 9}, TagType::string, none, 0, 0, 0},  // KodakMake
+    {{9727, 16}, TagType::string, none, 0, 0, 0},  // LensSerialNumber
+    {{9743, 9}, TagType::string, none, 0, 0, 0},  // LensModel
+    {{9752, 10}, TagType::string, none, 0, 0, 0},  // LevelMeter
+    {{9762, 5}, TagType::string, none, 0, 0, 0},  // Pitch
+    {{9767, 3}, TagType::string, none, 0, 0, 0},  // Yaw
+    {{9770, 4}, TagType::string, none, 0, 0, 0},  // Roll
+    {{9774, 2}, TagType::string, none, 0, 0, 0},  // CX
+    {{9776, 2}, TagType::string, none, 0, 0, 0},  // CY
+    {{9778, 4}, TagType::string, none, 0, 0, 0},  // Rads
+    {{9782, 10}, TagType::string, writable, 32, 0, 0},  // KodakMaker
+    {{9792, 16}, TagType::string, writable, 12, 0, 0},  // OriginalFileName
+    {{9808, 12}, TagType::int8u, writable, 0, 4, 2},  // ImageRotated
+    {{9820, 5}, TagType::int8u, writable, 0, 4, 2},  // Macro
+    {{9825, 5}, TagType::int16u, writable, 0, 4, 2},  // Flash
+    {{9830, 16}, TagType::string, writable, 20, 0, 0},  // DateTimeOriginal
+    {{9846, 13}, TagType::string, writable, 12, 0, 0},  // UnknownNumber
+    {{9859, 14}, TagType::string, binary, 0, 0, 0},  // ThumbnailImage
+    {{9873, 8}, TagType::int32u, none, 0, 0, 0},  // Duration
+    {{9881, 12}, TagType::string, none, 0, 0, 0},  // KodakVersion
+    {{9893, 13}, TagType::string, none, 0, 0, 0},  // Accelerometer
+    {{9906, 15}, TagType::string, none, 0, 0, 0},  // AngularVelocity
 };
 constexpr detail::TextRef kChoicesKodak[] = {
     {9921, 2}, {9923, 2}, {141, 1}, {142, 1}, {702, 1}, {141, 1}, {702, 1}, {144, 1}, {9925, 2},
@@ -3706,23 +3705,22 @@ constexpr std::uint16_t kKeyOrderKodak[] = {
     59, 124, 58, 103, 28, 46, 123, 33, 39, 51, 42, 112, 26,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsKodak[129];
-constinit detail::StreamTags gTagsKodak("Kodak", kText, kTagsKodak, kKeyOrderKodak, kChoicesKodak, gItemsKodak, &TagStringsCatalogue::stringsKodak);
 
 // KyoceraRaw: 11 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsKyoceraRaw[] = {
-    {{8554, 15}, TagType::string, 0, 10, 0, 0},  // FirmwareVersion
-    {{8590, 5}, TagType::string, 0, 12, 0, 0},  // Model
-    {{8586, 4}, TagType::string, 0, 7, 0, 0},  // Make
-    {{9830, 16}, TagType::string, 0, 20, 0, 0},  // DateTimeOriginal
-    {{8454, 3}, TagType::int32u, 0, 0, 0, 13},  // ISO
-    {{8442, 12}, TagType::int32u, 0, 0, 0, 0},  // ExposureTime
-    {{23780, 13}, TagType::int32u, 0, 4, 0, 0},  // WB_RGGBLevels
-    {{8435, 7}, TagType::int32u, 0, 0, 0, 0},  // FNumber
-    {{9023, 11}, TagType::int32u, 0, 0, 0, 0},  // MaxAperture
-    {{8543, 11}, TagType::int32u, 0, 0, 0, 0},  // FocalLength
-    {{9607, 4}, TagType::string, 0, 32, 0, 0},  // Lens
+    {{8554, 15}, TagType::string, none, 10, 0, 0},  // FirmwareVersion
+    {{8590, 5}, TagType::string, none, 12, 0, 0},  // Model
+    {{8586, 4}, TagType::string, none, 7, 0, 0},  // Make
+    {{9830, 16}, TagType::string, none, 20, 0, 0},  // DateTimeOriginal
+    {{8454, 3}, TagType::int32u, none, 0, 0, 13},  // ISO
+    {{8442, 12}, TagType::int32u, none, 0, 0, 0},  // ExposureTime
+    {{23780, 13}, TagType::int32u, none, 4, 0, 0},  // WB_RGGBLevels
+    {{8435, 7}, TagType::int32u, none, 0, 0, 0},  // FNumber
+    {{9023, 11}, TagType::int32u, none, 0, 0, 0},  // MaxAperture
+    {{8543, 11}, TagType::int32u, none, 0, 0, 0},  // FocalLength
+    {{9607, 4}, TagType::string, none, 32, 0, 0},  // Lens
 };
 constexpr detail::TextRef kChoicesKyoceraRaw[] = {
     {2113, 1}, {144, 1}, {2064, 1}, {9944, 2}, {2065, 2}, {2067, 2}, {2069, 2}, {2071, 2},
@@ -3832,56 +3830,55 @@ constexpr std::uint16_t kKeyOrderKyoceraRaw[] = {
     3, 5, 7, 0, 9, 4, 10, 2, 8, 1, 6,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsKyoceraRaw[11];
-constinit detail::StreamTags gTagsKyoceraRaw("KyoceraRaw", kText, kTagsKyoceraRaw, kKeyOrderKyoceraRaw, kChoicesKyoceraRaw, gItemsKyoceraRaw, &TagStringsCatalogue::stringsKyoceraRaw);
 
 // LNK: 44 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsLNK[] = {
-    {{24359, 14}, TagType::int16u, 0, 0, 0, 0},  // FillAttributes
-    {{24373, 19}, TagType::int16u, 0, 0, 0, 0},  // PopupFillAttributes
-    {{24392, 16}, TagType::int16u, 0, 2, 0, 0},  // ScreenBufferSize
-    {{24408, 10}, TagType::int16u, 0, 2, 0, 0},  // WindowSize
-    {{24418, 12}, TagType::int16u, 0, 2, 0, 0},  // WindowOrigin
-    {{24430, 8}, TagType::int16u, 0, 2, 0, 0},  // FontSize
-    {{24438, 10}, TagType::int32u, 0, 0, 0, 6},  // FontFamily
-    {{24448, 10}, TagType::int32u, 0, 0, 0, 0},  // FontWeight
-    {{24458, 8}, TagType::string, 0, 64, 0, 0},  // FontName
-    {{24466, 10}, TagType::int32u, 0, 0, 0, 0},  // CursorSize
-    {{24476, 10}, TagType::int32u, 0, 0, 0, 0},  // FullScreen
-    {{24486, 9}, TagType::int32u, 0, 0, 0, 0},  // QuickEdit
-    {{24495, 10}, TagType::int32u, 0, 0, 0, 0},  // InsertMode
-    {{24505, 16}, TagType::int32u, 0, 0, 0, 0},  // WindowOriginAuto
-    {{24521, 17}, TagType::int32u, 0, 0, 0, 0},  // HistoryBufferSize
-    {{24538, 17}, TagType::int32u, 0, 0, 0, 0},  // NumHistoryBuffers
-    {{24555, 23}, TagType::int32u, 0, 0, 0, 0},  // RemoveHistoryDuplicates
-    {{24578, 8}, TagType::int32u, 0, 0, 0, 0},  // CodePage
-    {{24586, 17}, TagType::var_string, 0, 0, 0, 0},  // TargetFileDOSName
-    {{24603, 20}, TagType::int32u, 0, 0, 0, 0},  // CommonNetworkRelLink
-    {{24623, 16}, TagType::int32u, 0, 0, 0, 0},  // CommonPathSuffix
-    {{24639, 10}, TagType::int32u, 0, 0, 0, 0},  // DeviceName
-    {{24649, 17}, TagType::int32u, 0, 0, 0, 0},  // DriveSerialNumber
-    {{24666, 9}, TagType::int32u, 0, 0, 6, 7},  // DriveType
-    {{24675, 13}, TagType::int32u, 0, 0, 0, 0},  // LocalBasePath
-    {{24688, 7}, TagType::int32u, 0, 0, 0, 0},  // NetName
-    {{24695, 15}, TagType::int32u, 0, 0, 13, 33},  // NetProviderType
-    {{24710, 8}, TagType::int32u, 0, 0, 0, 0},  // VolumeID
-    {{24718, 11}, TagType::int32u, 0, 0, 0, 0},  // VolumeLabel
-    {{24729, 5}, TagType::int32u, 0, 0, 46, 25},  // Flags
-    {{24734, 14}, TagType::int32u, 0, 0, 71, 15},  // FileAttributes
-    {{24748, 10}, TagType::int64u, 0, 0, 0, 0},  // CreateDate
-    {{24758, 10}, TagType::int64u, 0, 0, 0, 0},  // AccessDate
-    {{24768, 10}, TagType::int64u, 0, 0, 0, 0},  // ModifyDate
-    {{24778, 14}, TagType::int32u, 0, 0, 0, 0},  // TargetFileSize
-    {{24792, 9}, TagType::int32u, 0, 0, 0, 0},  // IconIndex
-    {{24801, 9}, TagType::int32u, 0, 0, 86, 11},  // RunWindow
-    {{24810, 6}, TagType::int32u, 0, 0, 97, 9},  // HotKey
-    {{24816, 11}, TagType::int8u, 0, 0, 0, 0},  // Description
-    {{24827, 12}, TagType::int8u, 0, 0, 0, 0},  // RelativePath
-    {{24839, 16}, TagType::int8u, 0, 0, 0, 0},  // WorkingDirectory
-    {{24855, 20}, TagType::int8u, 0, 0, 0, 0},  // CommandLineArguments
-    {{24875, 12}, TagType::int8u, 0, 0, 0, 0},  // IconFileName
-    {{24887, 9}, TagType::var_string, 0, 0, 0, 0},  // MachineID
+    {{24359, 14}, TagType::int16u, none, 0, 0, 0},  // FillAttributes
+    {{24373, 19}, TagType::int16u, none, 0, 0, 0},  // PopupFillAttributes
+    {{24392, 16}, TagType::int16u, none, 2, 0, 0},  // ScreenBufferSize
+    {{24408, 10}, TagType::int16u, none, 2, 0, 0},  // WindowSize
+    {{24418, 12}, TagType::int16u, none, 2, 0, 0},  // WindowOrigin
+    {{24430, 8}, TagType::int16u, none, 2, 0, 0},  // FontSize
+    {{24438, 10}, TagType::int32u, none, 0, 0, 6},  // FontFamily
+    {{24448, 10}, TagType::int32u, none, 0, 0, 0},  // FontWeight
+    {{24458, 8}, TagType::string, none, 64, 0, 0},  // FontName
+    {{24466, 10}, TagType::int32u, none, 0, 0, 0},  // CursorSize
+    {{24476, 10}, TagType::int32u, none, 0, 0, 0},  // FullScreen
+    {{24486, 9}, TagType::int32u, none, 0, 0, 0},  // QuickEdit
+    {{24495, 10}, TagType::int32u, none, 0, 0, 0},  // InsertMode
+    {{24505, 16}, TagType::int32u, none, 0, 0, 0},  // WindowOriginAuto
+    {{24521, 17}, TagType::int32u, none, 0, 0, 0},  // HistoryBufferSize
+    {{24538, 17}, TagType::int32u, none, 0, 0, 0},  // NumHistoryBuffers
+    {{24555, 23}, TagType::int32u, none, 0, 0, 0},  // RemoveHistoryDuplicates
+    {{24578, 8}, TagType::int32u, none, 0, 0, 0},  // CodePage
+    {{24586, 17}, TagType::var_string, none, 0, 0, 0},  // TargetFileDOSName
+    {{24603, 20}, TagType::int32u, none, 0, 0, 0},  // CommonNetworkRelLink
+    {{24623, 16}, TagType::int32u, none, 0, 0, 0},  // CommonPathSuffix
+    {{24639, 10}, TagType::int32u, none, 0, 0, 0},  // DeviceName
+    {{24649, 17}, TagType::int32u, none, 0, 0, 0},  // DriveSerialNumber
+    {{24666, 9}, TagType::int32u, none, 0, 6, 7},  // DriveType
+    {{24675, 13}, TagType::int32u, none, 0, 0, 0},  // LocalBasePath
+    {{24688, 7}, TagType::int32u, none, 0, 0, 0},  // NetName
+    {{24695, 15}, TagType::int32u, none, 0, 13, 33},  // NetProviderType
+    {{24710, 8}, TagType::int32u, none, 0, 0, 0},  // VolumeID
+    {{24718, 11}, TagType::int32u, none, 0, 0, 0},  // VolumeLabel
+    {{24729, 5}, TagType::int32u, none, 0, 46, 25},  // Flags
+    {{24734, 14}, TagType::int32u, none, 0, 71, 15},  // FileAttributes
+    {{24748, 10}, TagType::int64u, none, 0, 0, 0},  // CreateDate
+    {{24758, 10}, TagType::int64u, none, 0, 0, 0},  // AccessDate
+    {{24768, 10}, TagType::int64u, none, 0, 0, 0},  // ModifyDate
+    {{24778, 14}, TagType::int32u, none, 0, 0, 0},  // TargetFileSize
+    {{24792, 9}, TagType::int32u, none, 0, 0, 0},  // IconIndex
+    {{24801, 9}, TagType::int32u, none, 0, 86, 11},  // RunWindow
+    {{24810, 6}, TagType::int32u, none, 0, 97, 9},  // HotKey
+    {{24816, 11}, TagType::int8u, none, 0, 0, 0},  // Description
+    {{24827, 12}, TagType::int8u, none, 0, 0, 0},  // RelativePath
+    {{24839, 16}, TagType::int8u, none, 0, 0, 0},  // WorkingDirectory
+    {{24855, 20}, TagType::int8u, none, 0, 0, 0},  // CommandLineArguments
+    {{24875, 12}, TagType::int8u, none, 0, 0, 0},  // IconFileName
+    {{24887, 9}, TagType::var_string, none, 0, 0, 0},  // MachineID
 };
 constexpr detail::TextRef kChoicesLNK[] = {
     {702, 1}, {2075, 2}, {9925, 2}, {24896, 2}, {9927, 2}, {23976, 2}, {702, 1}, {141, 1}, {142, 1},
@@ -4118,135 +4115,134 @@ constexpr std::uint16_t kKeyOrderLNK[] = {
     43, 33, 25, 26, 15, 1, 11, 39, 16, 36, 2, 18, 34, 27, 28, 4, 13, 3, 40,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsLNK[44];
-constinit detail::StreamTags gTagsLNK("LNK", kText, kTagsLNK, kKeyOrderLNK, kChoicesLNK, gItemsLNK, &TagStringsCatalogue::stringsLNK);
 
 // Leaf: 123 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsLeaf[] = {
-    {{30279, 14}, TagType::string, 0, 0, 0, 0},  // CameraBackType
-    {{30293, 10}, TagType::string, 0, 0, 0, 0},  // CameraName
-    {{30303, 10}, TagType::string, 0, 0, 0, 0},  // CameraType
-    {{30313, 20}, TagType::string, 0, 0, 0, 0},  // CameraProfileVersion
-    {{30333, 8}, TagType::string, 0, 0, 0, 0},  // ISOSpeed
-    {{30341, 17}, TagType::string, 0, 0, 0, 0},  // CameraObjBackType
-    {{30358, 6}, TagType::string, 0, 0, 0, 0},  // LensID
-    {{30364, 8}, TagType::string, 0, 0, 0, 0},  // LensType
-    {{30372, 13}, TagType::string, 0, 0, 0, 0},  // CameraObjName
-    {{30385, 6}, TagType::string, 0, 0, 0, 0},  // Strobe
-    {{30391, 13}, TagType::string, 0, 0, 0, 0},  // CameraObjType
-    {{30404, 16}, TagType::string, 0, 0, 0, 0},  // CameraObjVersion
-    {{30420, 7}, TagType::string, 0, 0, 0, 0},  // CCDRect
-    {{30427, 12}, TagType::string, 0, 0, 0, 0},  // CCDValidRect
-    {{30439, 12}, TagType::string, 0, 0, 0, 0},  // CCDVideoRect
-    {{30451, 16}, TagType::string, 0, 0, 0, 0},  // CaptProfBackType
-    {{30467, 14}, TagType::string, 0, 0, 0, 0},  // CenterDarkRect
-    {{30481, 13}, TagType::string, 0, 0, 0, 0},  // ColorAverages
-    {{30494, 11}, TagType::string, 0, 0, 0, 0},  // ColorMatrix
-    {{30505, 18}, TagType::string, 0, 0, 0, 0},  // DarkCorrectionType
-    {{30523, 11}, TagType::string, 0, 0, 0, 0},  // ImageBounds
-    {{30534, 11}, TagType::string, 0, 0, 0, 0},  // ImageFields
-    {{30545, 11}, TagType::int16u, 0, 0, 0, 0},  // ImageOffset
-    {{30556, 12}, TagType::string, 0, 0, 0, 0},  // LeftDarkRect
-    {{30568, 15}, TagType::string, 0, 0, 0, 0},  // LuminanceConsts
-    {{30583, 13}, TagType::string, 0, 0, 0, 0},  // MosaicPattern
-    {{30596, 12}, TagType::string, 0, 0, 0, 0},  // CaptProfName
-    {{30608, 14}, TagType::string, 0, 0, 0, 0},  // NumberOfPlanes
-    {{30622, 15}, TagType::string, 0, 0, 0, 0},  // RawDataRotation
-    {{30637, 18}, TagType::string, 0, 0, 0, 0},  // ReconstructionType
-    {{30655, 13}, TagType::string, 0, 0, 0, 0},  // RightDarkRect
-    {{30668, 13}, TagType::string, 0, 0, 0, 0},  // CaptureSerial
-    {{30681, 12}, TagType::string, 0, 0, 0, 0},  // CaptProfType
-    {{30693, 15}, TagType::string, 0, 0, 0, 0},  // CaptProfVersion
-    {{30708, 12}, TagType::string, 0, 0, 0, 0},  // XYOffsetInfo
-    {{30720, 12}, TagType::string, 0, 0, 0, 0},  // MultiQuality
-    {{30732, 18}, TagType::string, 0, 0, 0, 0},  // CaptureObjBackType
-    {{30750, 14}, TagType::string, 0, 0, 0, 0},  // CaptureObjName
-    {{30764, 13}, TagType::string, 0, 0, 0, 0},  // SingleQuality
-    {{30777, 14}, TagType::string, 0, 0, 0, 0},  // CaptureObjType
-    {{30791, 17}, TagType::string, 0, 0, 0, 0},  // CaptureObjVersion
-    {{30808, 16}, TagType::string, 0, 0, 0, 0},  // ColorObjBackType
-    {{8867, 9}, TagType::string, 0, 0, 0, 0},  // ColorMode
-    {{30824, 9}, TagType::string, 0, 0, 0, 0},  // ColorType
-    {{30833, 6}, TagType::string, 0, 0, 0, 0},  // HasICC
-    {{30839, 12}, TagType::string, 0, 0, 0, 0},  // InputProfile
-    {{30851, 12}, TagType::string, 0, 0, 0, 0},  // ColorObjName
-    {{30863, 13}, TagType::string, 0, 0, 0, 0},  // OutputProfile
-    {{30876, 12}, TagType::string, 0, 0, 0, 0},  // ColorObjType
-    {{30888, 15}, TagType::string, 0, 0, 0, 0},  // ColorObjVersion
-    {{30903, 15}, TagType::string, 0, 0, 0, 0},  // ImgProfBackType
-    {{30918, 11}, TagType::string, 0, 0, 0, 0},  // ImageStatus
-    {{30929, 11}, TagType::string, 0, 0, 0, 0},  // ImgProfName
-    {{30940, 13}, TagType::string, 0, 0, 0, 0},  // RotationAngle
-    {{30953, 11}, TagType::string, 0, 0, 0, 0},  // ImgProfType
-    {{30964, 14}, TagType::string, 0, 0, 0, 0},  // ImgProfVersion
-    {{30978, 16}, TagType::string, 0, 0, 0, 0},  // LookHeadBackType
-    {{30994, 12}, TagType::string, 0, 0, 0, 0},  // LookHeadName
-    {{31006, 12}, TagType::string, 0, 0, 0, 0},  // LookHeadType
-    {{31018, 15}, TagType::string, 0, 0, 0, 0},  // LookHeadVersion
-    {{1887, 12}, TagType::string, 2, 0, 0, 0},  // PreviewImage
-    {{31033, 11}, TagType::string, 0, 0, 0, 0},  // PreviewInfo
-    {{31044, 12}, TagType::string, 8, 0, 0, 0},  // PDAHistogram
-    {{31056, 10}, TagType::string, 0, 0, 0, 0},  // BackSerial
-    {{31066, 10}, TagType::int8u, 8, 0, 0, 0},  // ToneMatrix
-    {{31076, 13}, TagType::int16u, 0, 0, 0, 0},  // ToneSpaceFlow
-    {{31089, 12}, TagType::int16u, 0, 0, 0, 0},  // PatternAngle
-    {{31101, 15}, TagType::string, 0, 0, 0, 0},  // NeutObjBackType
-    {{31116, 10}, TagType::string, 0, 0, 0, 0},  // ColorCasts
-    {{31126, 18}, TagType::string, 0, 0, 0, 0},  // HighlightEndPoints
-    {{31144, 11}, TagType::string, 0, 0, 0, 0},  // NeutObjName
-    {{31155, 8}, TagType::string, 0, 0, 0, 0},  // Neutrals
-    {{31163, 15}, TagType::string, 0, 0, 0, 0},  // ShadowEndPoints
-    {{31178, 11}, TagType::string, 0, 0, 0, 0},  // NeutObjType
-    {{31189, 14}, TagType::string, 0, 0, 0, 0},  // NeutObjVersion
-    {{31203, 15}, TagType::string, 0, 0, 0, 0},  // SaveObjBackType
-    {{31218, 14}, TagType::string, 0, 0, 0, 0},  // LeafAutoActive
-    {{31232, 16}, TagType::string, 0, 0, 0, 0},  // LeafAutoBaseName
-    {{31248, 13}, TagType::string, 0, 0, 0, 0},  // LeafHotFolder
-    {{31261, 15}, TagType::string, 0, 0, 0, 0},  // LeafOpenProcHDR
-    {{31276, 18}, TagType::string, 0, 0, 0, 0},  // LeafOutputFileType
-    {{31294, 17}, TagType::string, 0, 0, 0, 0},  // LeafSaveSelection
-    {{31311, 11}, TagType::string, 0, 0, 0, 0},  // SaveObjName
-    {{31322, 13}, TagType::string, 0, 0, 0, 0},  // StdAutoActive
-    {{31335, 11}, TagType::string, 0, 0, 0, 0},  // StdBaseName
-    {{31346, 12}, TagType::string, 0, 0, 0, 0},  // StdHotFolder
-    {{31358, 18}, TagType::string, 0, 0, 0, 0},  // StdOpenInPhotoshop
-    {{31376, 17}, TagType::string, 0, 0, 0, 0},  // StdOutputBitDepth
-    {{31393, 18}, TagType::string, 0, 0, 0, 0},  // StdOutputColorMode
-    {{31411, 17}, TagType::string, 0, 0, 0, 0},  // StdOutputFileType
-    {{31428, 9}, TagType::string, 0, 0, 0, 0},  // StdOxygen
-    {{31437, 16}, TagType::string, 0, 0, 0, 0},  // StdSaveSelection
-    {{31453, 15}, TagType::string, 0, 0, 0, 0},  // StdScaledOutput
-    {{31468, 16}, TagType::string, 0, 0, 0, 0},  // StdSharpenOutput
-    {{31484, 11}, TagType::string, 0, 0, 0, 0},  // SaveObjType
-    {{31495, 14}, TagType::string, 0, 0, 0, 0},  // SaveObjVersion
-    {{31509, 14}, TagType::string, 0, 0, 0, 0},  // SelObjBackType
-    {{31523, 5}, TagType::string, 0, 0, 0, 0},  // Locks
-    {{31528, 10}, TagType::string, 0, 0, 0, 0},  // SelObjName
-    {{31538, 11}, TagType::string, 0, 0, 0, 0},  // Orientation
-    {{31549, 4}, TagType::string, 0, 0, 0, 0},  // Rect
-    {{31553, 10}, TagType::string, 0, 0, 0, 0},  // Resolution
-    {{31563, 5}, TagType::string, 0, 0, 0, 0},  // Scale
-    {{31568, 10}, TagType::string, 0, 0, 0, 0},  // SelObjType
-    {{31578, 13}, TagType::string, 0, 0, 0, 0},  // SelObjVersion
-    {{31591, 16}, TagType::string, 0, 0, 0, 0},  // SharpObjBackType
-    {{31607, 7}, TagType::string, 0, 0, 0, 0},  // DataLen
-    {{31614, 12}, TagType::string, 0, 0, 0, 0},  // SharpObjName
-    {{31626, 9}, TagType::string, 0, 0, 0, 0},  // SharpInfo
-    {{31635, 11}, TagType::string, 0, 0, 0, 0},  // SharpMethod
-    {{31646, 12}, TagType::string, 0, 0, 0, 0},  // SharpObjType
-    {{31658, 15}, TagType::string, 0, 0, 0, 0},  // SharpObjVersion
-    {{31673, 16}, TagType::string, 0, 0, 0, 0},  // ShootObjBackType
-    {{31689, 12}, TagType::string, 0, 0, 0, 0},  // ShootObjName
-    {{31701, 12}, TagType::string, 0, 0, 0, 0},  // ShootObjType
-    {{31713, 15}, TagType::string, 0, 0, 0, 0},  // ShootObjVersion
-    {{31728, 15}, TagType::string, 0, 0, 0, 0},  // ToneObjBackType
-    {{31743, 5}, TagType::string, 0, 0, 0, 0},  // Gamma
-    {{31748, 11}, TagType::string, 0, 0, 0, 0},  // ToneObjName
-    {{31759, 4}, TagType::string, 0, 0, 0, 0},  // Npts
-    {{31763, 5}, TagType::string, 0, 0, 0, 0},  // Tones
-    {{31768, 11}, TagType::string, 0, 0, 0, 0},  // ToneObjType
-    {{31779, 14}, TagType::string, 0, 0, 0, 0},  // ToneObjVersion
+    {{30279, 14}, TagType::string, none, 0, 0, 0},  // CameraBackType
+    {{30293, 10}, TagType::string, none, 0, 0, 0},  // CameraName
+    {{30303, 10}, TagType::string, none, 0, 0, 0},  // CameraType
+    {{30313, 20}, TagType::string, none, 0, 0, 0},  // CameraProfileVersion
+    {{30333, 8}, TagType::string, none, 0, 0, 0},  // ISOSpeed
+    {{30341, 17}, TagType::string, none, 0, 0, 0},  // CameraObjBackType
+    {{30358, 6}, TagType::string, none, 0, 0, 0},  // LensID
+    {{30364, 8}, TagType::string, none, 0, 0, 0},  // LensType
+    {{30372, 13}, TagType::string, none, 0, 0, 0},  // CameraObjName
+    {{30385, 6}, TagType::string, none, 0, 0, 0},  // Strobe
+    {{30391, 13}, TagType::string, none, 0, 0, 0},  // CameraObjType
+    {{30404, 16}, TagType::string, none, 0, 0, 0},  // CameraObjVersion
+    {{30420, 7}, TagType::string, none, 0, 0, 0},  // CCDRect
+    {{30427, 12}, TagType::string, none, 0, 0, 0},  // CCDValidRect
+    {{30439, 12}, TagType::string, none, 0, 0, 0},  // CCDVideoRect
+    {{30451, 16}, TagType::string, none, 0, 0, 0},  // CaptProfBackType
+    {{30467, 14}, TagType::string, none, 0, 0, 0},  // CenterDarkRect
+    {{30481, 13}, TagType::string, none, 0, 0, 0},  // ColorAverages
+    {{30494, 11}, TagType::string, none, 0, 0, 0},  // ColorMatrix
+    {{30505, 18}, TagType::string, none, 0, 0, 0},  // DarkCorrectionType
+    {{30523, 11}, TagType::string, none, 0, 0, 0},  // ImageBounds
+    {{30534, 11}, TagType::string, none, 0, 0, 0},  // ImageFields
+    {{30545, 11}, TagType::int16u, none, 0, 0, 0},  // ImageOffset
+    {{30556, 12}, TagType::string, none, 0, 0, 0},  // LeftDarkRect
+    {{30568, 15}, TagType::string, none, 0, 0, 0},  // LuminanceConsts
+    {{30583, 13}, TagType::string, none, 0, 0, 0},  // MosaicPattern
+    {{30596, 12}, TagType::string, none, 0, 0, 0},  // CaptProfName
+    {{30608, 14}, TagType::string, none, 0, 0, 0},  // NumberOfPlanes
+    {{30622, 15}, TagType::string, none, 0, 0, 0},  // RawDataRotation
+    {{30637, 18}, TagType::string, none, 0, 0, 0},  // ReconstructionType
+    {{30655, 13}, TagType::string, none, 0, 0, 0},  // RightDarkRect
+    {{30668, 13}, TagType::string, none, 0, 0, 0},  // CaptureSerial
+    {{30681, 12}, TagType::string, none, 0, 0, 0},  // CaptProfType
+    {{30693, 15}, TagType::string, none, 0, 0, 0},  // CaptProfVersion
+    {{30708, 12}, TagType::string, none, 0, 0, 0},  // XYOffsetInfo
+    {{30720, 12}, TagType::string, none, 0, 0, 0},  // MultiQuality
+    {{30732, 18}, TagType::string, none, 0, 0, 0},  // CaptureObjBackType
+    {{30750, 14}, TagType::string, none, 0, 0, 0},  // CaptureObjName
+    {{30764, 13}, TagType::string, none, 0, 0, 0},  // SingleQuality
+    {{30777, 14}, TagType::string, none, 0, 0, 0},  // CaptureObjType
+    {{30791, 17}, TagType::string, none, 0, 0, 0},  // CaptureObjVersion
+    {{30808, 16}, TagType::string, none, 0, 0, 0},  // ColorObjBackType
+    {{8867, 9}, TagType::string, none, 0, 0, 0},  // ColorMode
+    {{30824, 9}, TagType::string, none, 0, 0, 0},  // ColorType
+    {{30833, 6}, TagType::string, none, 0, 0, 0},  // HasICC
+    {{30839, 12}, TagType::string, none, 0, 0, 0},  // InputProfile
+    {{30851, 12}, TagType::string, none, 0, 0, 0},  // ColorObjName
+    {{30863, 13}, TagType::string, none, 0, 0, 0},  // OutputProfile
+    {{30876, 12}, TagType::string, none, 0, 0, 0},  // ColorObjType
+    {{30888, 15}, TagType::string, none, 0, 0, 0},  // ColorObjVersion
+    {{30903, 15}, TagType::string, none, 0, 0, 0},  // ImgProfBackType
+    {{30918, 11}, TagType::string, none, 0, 0, 0},  // ImageStatus
+    {{30929, 11}, TagType::string, none, 0, 0, 0},  // ImgProfName
+    {{30940, 13}, TagType::string, none, 0, 0, 0},  // RotationAngle
+    {{30953, 11}, TagType::string, none, 0, 0, 0},  // ImgProfType
+    {{30964, 14}, TagType::string, none, 0, 0, 0},  // ImgProfVersion
+    {{30978, 16}, TagType::string, none, 0, 0, 0},  // LookHeadBackType
+    {{30994, 12}, TagType::string, none, 0, 0, 0},  // LookHeadName
+    {{31006, 12}, TagType::string, none, 0, 0, 0},  // LookHeadType
+    {{31018, 15}, TagType::string, none, 0, 0, 0},  // LookHeadVersion
+    {{1887, 12}, TagType::string, writable, 0, 0, 0},  // PreviewImage
+    {{31033, 11}, TagType::string, none, 0, 0, 0},  // PreviewInfo
+    {{31044, 12}, TagType::string, binary, 0, 0, 0},  // PDAHistogram
+    {{31056, 10}, TagType::string, none, 0, 0, 0},  // BackSerial
+    {{31066, 10}, TagType::int8u, binary, 0, 0, 0},  // ToneMatrix
+    {{31076, 13}, TagType::int16u, none, 0, 0, 0},  // ToneSpaceFlow
+    {{31089, 12}, TagType::int16u, none, 0, 0, 0},  // PatternAngle
+    {{31101, 15}, TagType::string, none, 0, 0, 0},  // NeutObjBackType
+    {{31116, 10}, TagType::string, none, 0, 0, 0},  // ColorCasts
+    {{31126, 18}, TagType::string, none, 0, 0, 0},  // HighlightEndPoints
+    {{31144, 11}, TagType::string, none, 0, 0, 0},  // NeutObjName
+    {{31155, 8}, TagType::string, none, 0, 0, 0},  // Neutrals
+    {{31163, 15}, TagType::string, none, 0, 0, 0},  // ShadowEndPoints
+    {{31178, 11}, TagType::string, none, 0, 0, 0},  // NeutObjType
+    {{31189, 14}, TagType::string, none, 0, 0, 0},  // NeutObjVersion
+    {{31203, 15}, TagType::string, none, 0, 0, 0},  // SaveObjBackType
+    {{31218, 14}, TagType::string, none, 0, 0, 0},  // LeafAutoActive
+    {{31232, 16}, TagType::string, none, 0, 0, 0},  // LeafAutoBaseName
+    {{31248, 13}, TagType::string, none, 0, 0, 0},  // LeafHotFolder
+    {{31261, 15}, TagType::string, none, 0, 0, 0},  // LeafOpenProcHDR
+    {{31276, 18}, TagType::string, none, 0, 0, 0},  // LeafOutputFileType
+    {{31294, 17}, TagType::string, none, 0, 0, 0},  // LeafSaveSelection
+    {{31311, 11}, TagType::string, none, 0, 0, 0},  // SaveObjName
+    {{31322, 13}, TagType::string, none, 0, 0, 0},  // StdAutoActive
+    {{31335, 11}, TagType::string, none, 0, 0, 0},  // StdBaseName
+    {{31346, 12}, TagType::string, none, 0, 0, 0},  // StdHotFolder
+    {{31358, 18}, TagType::string, none, 0, 0, 0},  // StdOpenInPhotoshop
+    {{31376, 17}, TagType::string, none, 0, 0, 0},  // StdOutputBitDepth
+    {{31393, 18}, TagType::string, none, 0, 0, 0},  // StdOutputColorMode
+    {{31411, 17}, TagType::string, none, 0, 0, 0},  // StdOutputFileType
+    {{31428, 9}, TagType::string, none, 0, 0, 0},  // StdOxygen
+    {{31437, 16}, TagType::string, none, 0, 0, 0},  // StdSaveSelection
+    {{31453, 15}, TagType::string, none, 0, 0, 0},  // StdScaledOutput
+    {{31468, 16}, TagType::string, none, 0, 0, 0},  // StdSharpenOutput
+    {{31484, 11}, TagType::string, none, 0, 0, 0},  // SaveObjType
+    {{31495, 14}, TagType::string, none, 0, 0, 0},  // SaveObjVersion
+    {{31509, 14}, TagType::string, none, 0, 0, 0},  // SelObjBackType
+    {{31523, 5}, TagType::string, none, 0, 0, 0},  // Locks
+    {{31528, 10}, TagType::string, none, 0, 0, 0},  // SelObjName
+    {{31538, 11}, TagType::string, none, 0, 0, 0},  // Orientation
+    {{31549, 4}, TagType::string, none, 0, 0, 0},  // Rect
+    {{31553, 10}, TagType::string, none, 0, 0, 0},  // Resolution
+    {{31563, 5}, TagType::string, none, 0, 0, 0},  // Scale
+    {{31568, 10}, TagType::string, none, 0, 0, 0},  // SelObjType
+    {{31578, 13}, TagType::string, none, 0, 0, 0},  // SelObjVersion
+    {{31591, 16}, TagType::string, none, 0, 0, 0},  // SharpObjBackType
+    {{31607, 7}, TagType::string, none, 0, 0, 0},  // DataLen
+    {{31614, 12}, TagType::string, none, 0, 0, 0},  // SharpObjName
+    {{31626, 9}, TagType::string, none, 0, 0, 0},  // SharpInfo
+    {{31635, 11}, TagType::string, none, 0, 0, 0},  // SharpMethod
+    {{31646, 12}, TagType::string, none, 0, 0, 0},  // SharpObjType
+    {{31658, 15}, TagType::string, none, 0, 0, 0},  // SharpObjVersion
+    {{31673, 16}, TagType::string, none, 0, 0, 0},  // ShootObjBackType
+    {{31689, 12}, TagType::string, none, 0, 0, 0},  // ShootObjName
+    {{31701, 12}, TagType::string, none, 0, 0, 0},  // ShootObjType
+    {{31713, 15}, TagType::string, none, 0, 0, 0},  // ShootObjVersion
+    {{31728, 15}, TagType::string, none, 0, 0, 0},  // ToneObjBackType
+    {{31743, 5}, TagType::string, none, 0, 0, 0},  // Gamma
+    {{31748, 11}, TagType::string, none, 0, 0, 0},  // ToneObjName
+    {{31759, 4}, TagType::string, none, 0, 0, 0},  // Npts
+    {{31763, 5}, TagType::string, none, 0, 0, 0},  // Tones
+    {{31768, 11}, TagType::string, none, 0, 0, 0},  // ToneObjType
+    {{31779, 14}, TagType::string, none, 0, 0, 0},  // ToneObjVersion
 };
 constexpr detail::StringRow kStringsEnglishLeaf[] = {
     {{31793, 15}, {31808, 18}},
@@ -4453,58 +4449,57 @@ constexpr std::uint16_t kKeyOrderLeaf[] = {
     118, 121, 122, 65, 120, 34,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsLeaf[123];
-constinit detail::StreamTags gTagsLeaf("Leaf", kText, kTagsLeaf, kKeyOrderLeaf, {}, gItemsLeaf, &TagStringsCatalogue::stringsLeaf);
 
 // Leica: 46 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsLeica[] = {
-    {{30364, 8}, TagType::string, 2, 0, 0, 58},  // LensType
-    {{36412, 13}, TagType::int32s, 2, 0, 0, 0},  // FocusDistance
-    {{8543, 11}, TagType::int16u, 2, 0, 0, 0},  // FocalLength
-    {{679, 7}, TagType::int16u, 2, 0, 58, 2},  // Quality
-    {{36425, 11}, TagType::string, 2, 0, 60, 4},  // UserProfile
-    {{8423, 12}, TagType::string, 2, 8, 0, 0},  // SerialNumber
-    {{8804, 12}, TagType::int32s, 2, 0, 64, 12},  // WhiteBalance
-    {{36436, 29}, TagType::float_, 2, 0, 0, 0},  // ExternalSensorBrightnessValue
-    {{36465, 10}, TagType::float_, 2, 0, 0, 0},  // MeasuredLV
-    {{36475, 18}, TagType::rational64u, 2, 0, 0, 0},  // ApproximateFNumber
-    {{36493, 17}, TagType::int32s, 2, 0, 0, 0},  // CameraTemperature
-    {{36510, 16}, TagType::int32u, 2, 0, 0, 0},  // ColorTemperature
-    {{36526, 10}, TagType::rational64u, 2, 0, 0, 0},  // WBRedLevel
-    {{36536, 12}, TagType::rational64u, 2, 0, 0, 0},  // WBGreenLevel
-    {{36548, 11}, TagType::rational64u, 2, 0, 0, 0},  // WBBlueLevel
-    {{36559, 21}, TagType::int32u, 2, 0, 76, 2},  // UV-IRFilterCorrection
-    {{36580, 10}, TagType::int32u, 2, 0, 0, 0},  // CCDVersion
-    {{36590, 15}, TagType::int32u, 2, 0, 0, 0},  // CCDBoardVersion
-    {{36605, 22}, TagType::int32u, 2, 0, 0, 0},  // ControllerBoardVersion
-    {{36627, 11}, TagType::int32u, 2, 0, 0, 0},  // M16CVersion
-    {{36638, 13}, TagType::int32u, 2, 0, 0, 0},  // ImageIDNumber
-    {{8896, 12}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevels
-    {{9792, 16}, TagType::string, 2, 0, 0, 0},  // OriginalFileName
-    {{36651, 17}, TagType::string, 2, 0, 0, 0},  // OriginalDirectory
-    {{9554, 12}, TagType::int8u, 2, 4, 78, 5},  // ExposureMode
-    {{36668, 8}, TagType::string, 2, 0, 0, 0},  // FilmMode
-    {{36676, 20}, TagType::string, 2, 0, 0, 0},  // InternalSerialNumber
-    {{1887, 12}, TagType::imagedata, 2, 0, 0, 0},  // PreviewImage
-    {{36696, 12}, TagType::string, 8, 0, 0, 0},  // UnknownBlock
-    {{8554, 15}, TagType::string, 2, 4, 0, 0},  // FirmwareVersion
-    {{9727, 16}, TagType::int32u, 2, 0, 0, 0},  // LensSerialNumber
-    {{36708, 11}, TagType::int32s, 2, 0, 83, 1},  // ISOSelected
-    {{8435, 7}, TagType::int32s, 2, 0, 0, 0},  // FNumber
-    {{36719, 19}, TagType::int16u, 2, 0, 0, 0},  // CorrelatedColorTemp
-    {{36738, 9}, TagType::int16s, 2, 0, 0, 0},  // ColorTint
-    {{36747, 10}, TagType::rational64u, 2, 2, 0, 0},  // WhitePoint
-    {{36757, 9}, TagType::int16u, 2, 0, 0, 0},  // FileIndex
-    {{36766, 8}, TagType::int32u, 2, 0, 84, 5},  // Contrast
-    {{36774, 10}, TagType::int32u, 2, 0, 84, 5},  // Sharpening
-    {{36784, 10}, TagType::int32u, 2, 0, 89, 7},  // Saturation
-    {{36794, 11}, TagType::int32u, 2, 0, 96, 2},  // JPEGQuality
-    {{36805, 8}, TagType::int32u, 2, 0, 84, 5},  // JPEGSize
-    {{36813, 7}, TagType::int32u, 2, 0, 0, 0},  // BaseISO
-    {{8313, 11}, TagType::int32u, 2, 0, 0, 0},  // SensorWidth
-    {{8324, 12}, TagType::int32u, 2, 0, 0, 0},  // SensorHeight
-    {{36820, 14}, TagType::int32u, 2, 0, 0, 0},  // SensorBitDepth
+    {{30364, 8}, TagType::string, writable, 0, 0, 58},  // LensType
+    {{36412, 13}, TagType::int32s, writable, 0, 0, 0},  // FocusDistance
+    {{8543, 11}, TagType::int16u, writable, 0, 0, 0},  // FocalLength
+    {{679, 7}, TagType::int16u, writable, 0, 58, 2},  // Quality
+    {{36425, 11}, TagType::string, writable, 0, 60, 4},  // UserProfile
+    {{8423, 12}, TagType::string, writable, 8, 0, 0},  // SerialNumber
+    {{8804, 12}, TagType::int32s, writable, 0, 64, 12},  // WhiteBalance
+    {{36436, 29}, TagType::float_, writable, 0, 0, 0},  // ExternalSensorBrightnessValue
+    {{36465, 10}, TagType::float_, writable, 0, 0, 0},  // MeasuredLV
+    {{36475, 18}, TagType::rational64u, writable, 0, 0, 0},  // ApproximateFNumber
+    {{36493, 17}, TagType::int32s, writable, 0, 0, 0},  // CameraTemperature
+    {{36510, 16}, TagType::int32u, writable, 0, 0, 0},  // ColorTemperature
+    {{36526, 10}, TagType::rational64u, writable, 0, 0, 0},  // WBRedLevel
+    {{36536, 12}, TagType::rational64u, writable, 0, 0, 0},  // WBGreenLevel
+    {{36548, 11}, TagType::rational64u, writable, 0, 0, 0},  // WBBlueLevel
+    {{36559, 21}, TagType::int32u, writable, 0, 76, 2},  // UV-IRFilterCorrection
+    {{36580, 10}, TagType::int32u, writable, 0, 0, 0},  // CCDVersion
+    {{36590, 15}, TagType::int32u, writable, 0, 0, 0},  // CCDBoardVersion
+    {{36605, 22}, TagType::int32u, writable, 0, 0, 0},  // ControllerBoardVersion
+    {{36627, 11}, TagType::int32u, writable, 0, 0, 0},  // M16CVersion
+    {{36638, 13}, TagType::int32u, writable, 0, 0, 0},  // ImageIDNumber
+    {{8896, 12}, TagType::float_, writable, 3, 0, 0},  // WB_RGBLevels
+    {{9792, 16}, TagType::string, writable, 0, 0, 0},  // OriginalFileName
+    {{36651, 17}, TagType::string, writable, 0, 0, 0},  // OriginalDirectory
+    {{9554, 12}, TagType::int8u, writable, 4, 78, 5},  // ExposureMode
+    {{36668, 8}, TagType::string, writable, 0, 0, 0},  // FilmMode
+    {{36676, 20}, TagType::string, writable, 0, 0, 0},  // InternalSerialNumber
+    {{1887, 12}, TagType::imagedata, writable, 0, 0, 0},  // PreviewImage
+    {{36696, 12}, TagType::string, binary, 0, 0, 0},  // UnknownBlock
+    {{8554, 15}, TagType::string, writable, 4, 0, 0},  // FirmwareVersion
+    {{9727, 16}, TagType::int32u, writable, 0, 0, 0},  // LensSerialNumber
+    {{36708, 11}, TagType::int32s, writable, 0, 83, 1},  // ISOSelected
+    {{8435, 7}, TagType::int32s, writable, 0, 0, 0},  // FNumber
+    {{36719, 19}, TagType::int16u, writable, 0, 0, 0},  // CorrelatedColorTemp
+    {{36738, 9}, TagType::int16s, writable, 0, 0, 0},  // ColorTint
+    {{36747, 10}, TagType::rational64u, writable, 2, 0, 0},  // WhitePoint
+    {{36757, 9}, TagType::int16u, writable, 0, 0, 0},  // FileIndex
+    {{36766, 8}, TagType::int32u, writable, 0, 84, 5},  // Contrast
+    {{36774, 10}, TagType::int32u, writable, 0, 84, 5},  // Sharpening
+    {{36784, 10}, TagType::int32u, writable, 0, 89, 7},  // Saturation
+    {{36794, 11}, TagType::int32u, writable, 0, 96, 2},  // JPEGQuality
+    {{36805, 8}, TagType::int32u, writable, 0, 84, 5},  // JPEGSize
+    {{36813, 7}, TagType::int32u, writable, 0, 0, 0},  // BaseISO
+    {{8313, 11}, TagType::int32u, writable, 0, 0, 0},  // SensorWidth
+    {{8324, 12}, TagType::int32u, writable, 0, 0, 0},  // SensorHeight
+    {{36820, 14}, TagType::int32u, writable, 0, 0, 0},  // SensorBitDepth
 };
 constexpr detail::TextRef kChoicesLeica[] = {
     {36834, 3}, {141, 1}, {2065, 2}, {2067, 2}, {2075, 2}, {36837, 4}, {36841, 4}, {36845, 4},
@@ -4997,36 +4992,35 @@ constexpr std::uint16_t kKeyOrderLeica[] = {
     19, 8, 23, 22, 27, 3, 39, 45, 44, 43, 5, 38, 15, 28, 4, 14, 13, 12, 21, 6, 35,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsLeica[46];
-constinit detail::StreamTags gTagsLeica("Leica", kText, kTagsLeica, kKeyOrderLeica, kChoicesLeica, gItemsLeica, &TagStringsCatalogue::stringsLeica);
 
 // Lytro: 24 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsLytro[] = {
-    {{8554, 15}, TagType::string, 0, 0, 0, 0},  // FirmwareVersion
-    {{8586, 4}, TagType::string, 0, 0, 0, 0},  // Make
-    {{8590, 5}, TagType::string, 0, 0, 0, 0},  // Model
-    {{8423, 12}, TagType::string, 0, 0, 0, 0},  // SerialNumber
-    {{44300, 17}, TagType::string, 0, 0, 0, 0},  // AccelerometerTime
-    {{44317, 14}, TagType::string, 0, 0, 0, 0},  // AccelerometerX
-    {{44331, 14}, TagType::string, 0, 0, 0, 0},  // AccelerometerY
-    {{44345, 14}, TagType::string, 0, 0, 0, 0},  // AccelerometerZ
-    {{9830, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
-    {{8435, 7}, TagType::string, 0, 0, 0, 0},  // FNumber
-    {{8543, 11}, TagType::string, 0, 0, 0, 0},  // FocalLength
-    {{44359, 15}, TagType::string, 0, 0, 0, 0},  // LensTemperature
-    {{8454, 3}, TagType::string, 0, 0, 0, 0},  // ISO
-    {{44374, 21}, TagType::string, 0, 0, 0, 0},  // FocalPlaneXResolution
-    {{44395, 18}, TagType::string, 0, 0, 0, 0},  // SensorSerialNumber
-    {{44413, 17}, TagType::string, 0, 0, 0, 0},  // FrameExposureTime
-    {{8442, 12}, TagType::string, 0, 0, 0, 0},  // ExposureTime
-    {{44430, 14}, TagType::string, 0, 0, 0, 0},  // SocTemperature
-    {{44444, 13}, TagType::string, 8, 0, 0, 0},  // EmbeddedImage
-    {{44457, 22}, TagType::string, 0, 0, 0, 0},  // ImageLimitExposureBias
-    {{44479, 27}, TagType::string, 0, 0, 0, 0},  // ImageModulationExposureBias
-    {{31538, 11}, TagType::string, 0, 0, 0, 1},  // Orientation
-    {{44506, 12}, TagType::string, 9, 0, 0, 0},  // JSONMetadata
-    {{30303, 10}, TagType::string, 0, 0, 0, 0},  // CameraType
+    {{8554, 15}, TagType::string, none, 0, 0, 0},  // FirmwareVersion
+    {{8586, 4}, TagType::string, none, 0, 0, 0},  // Make
+    {{8590, 5}, TagType::string, none, 0, 0, 0},  // Model
+    {{8423, 12}, TagType::string, none, 0, 0, 0},  // SerialNumber
+    {{44300, 17}, TagType::string, none, 0, 0, 0},  // AccelerometerTime
+    {{44317, 14}, TagType::string, none, 0, 0, 0},  // AccelerometerX
+    {{44331, 14}, TagType::string, none, 0, 0, 0},  // AccelerometerY
+    {{44345, 14}, TagType::string, none, 0, 0, 0},  // AccelerometerZ
+    {{9830, 16}, TagType::string, none, 0, 0, 0},  // DateTimeOriginal
+    {{8435, 7}, TagType::string, none, 0, 0, 0},  // FNumber
+    {{8543, 11}, TagType::string, none, 0, 0, 0},  // FocalLength
+    {{44359, 15}, TagType::string, none, 0, 0, 0},  // LensTemperature
+    {{8454, 3}, TagType::string, none, 0, 0, 0},  // ISO
+    {{44374, 21}, TagType::string, none, 0, 0, 0},  // FocalPlaneXResolution
+    {{44395, 18}, TagType::string, none, 0, 0, 0},  // SensorSerialNumber
+    {{44413, 17}, TagType::string, none, 0, 0, 0},  // FrameExposureTime
+    {{8442, 12}, TagType::string, none, 0, 0, 0},  // ExposureTime
+    {{44430, 14}, TagType::string, none, 0, 0, 0},  // SocTemperature
+    {{44444, 13}, TagType::string, binary, 0, 0, 0},  // EmbeddedImage
+    {{44457, 22}, TagType::string, none, 0, 0, 0},  // ImageLimitExposureBias
+    {{44479, 27}, TagType::string, none, 0, 0, 0},  // ImageModulationExposureBias
+    {{31538, 11}, TagType::string, none, 0, 0, 1},  // Orientation
+    {{44506, 12}, TagType::string, list | binary, 0, 0, 0},  // JSONMetadata
+    {{30303, 10}, TagType::string, none, 0, 0, 0},  // CameraType
 };
 constexpr detail::TextRef kChoicesLytro[] = {
     {141, 1},
@@ -5155,19 +5149,18 @@ constexpr std::uint16_t kKeyOrderLytro[] = {
     4, 5, 6, 7, 23, 8, 18, 16, 9, 0, 10, 13, 15, 12, 19, 20, 22, 11, 1, 2, 21, 14, 3, 17,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsLytro[24];
-constinit detail::StreamTags gTagsLytro("Lytro", kText, kTagsLytro, kKeyOrderLytro, kChoicesLytro, gItemsLytro, &TagStringsCatalogue::stringsLytro);
 
 // M2TS: 7 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsM2TS[] = {
-    {{45648, 12}, TagType::string, 0, 0, 0, 0},  // AudioBitrate
-    {{45660, 13}, TagType::string, 0, 0, 0, 14},  // AudioChannels
-    {{45673, 15}, TagType::string, 0, 0, 14, 3},  // AudioSampleRate
-    {{45688, 12}, TagType::string, 0, 0, 14, 3},  // SurroundMode
-    {{45700, 15}, TagType::string, 0, 0, 17, 52},  // AudioStreamType
-    {{9873, 8}, TagType::string, 0, 0, 0, 0},  // Duration
-    {{45715, 15}, TagType::string, 0, 0, 17, 52},  // VideoStreamType
+    {{45648, 12}, TagType::string, none, 0, 0, 0},  // AudioBitrate
+    {{45660, 13}, TagType::string, none, 0, 0, 14},  // AudioChannels
+    {{45673, 15}, TagType::string, none, 0, 14, 3},  // AudioSampleRate
+    {{45688, 12}, TagType::string, none, 0, 14, 3},  // SurroundMode
+    {{45700, 15}, TagType::string, none, 0, 17, 52},  // AudioStreamType
+    {{9873, 8}, TagType::string, none, 0, 0, 0},  // Duration
+    {{45715, 15}, TagType::string, none, 0, 17, 52},  // VideoStreamType
 };
 constexpr detail::TextRef kChoicesM2TS[] = {
     {702, 1}, {141, 1}, {142, 1}, {2061, 1}, {143, 1}, {2062, 1}, {2063, 1}, {2113, 1}, {144, 1},
@@ -5336,139 +5329,138 @@ constexpr std::uint16_t kKeyOrderM2TS[] = {
     0, 1, 2, 4, 5, 3, 6,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsM2TS[7];
-constinit detail::StreamTags gTagsM2TS("M2TS", kText, kTagsM2TS, kKeyOrderM2TS, kChoicesM2TS, gItemsM2TS, &TagStringsCatalogue::stringsM2TS);
 
 // MIE: 127 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMIE[] = {
-    {{50106, 20}, TagType::string, 2, 0, 0, 0},  // RelatedAudioFileType
-    {{50126, 20}, TagType::string, 2, 0, 0, 0},  // RelatedAudioFileName
-    {{50146, 8}, TagType::int8u, 2, 0, 0, 0},  // Channels
-    {{50154, 16}, TagType::string, 2, 0, 0, 0},  // AudioCompression
-    {{9873, 8}, TagType::rational64u, 0, 0, 0, 0},  // Duration
-    {{50170, 10}, TagType::int16u, 2, 0, 0, 0},  // SampleBits
-    {{50180, 10}, TagType::int32u, 2, 0, 0, 0},  // SampleRate
-    {{50190, 16}, TagType::string, 10, 0, 0, 0},  // RelatedAudioFile
-    {{50206, 10}, TagType::int8s, 2, 0, 0, 0},  // Brightness
-    {{50216, 12}, TagType::rational64u, 2, 3, 0, 0},  // ColorBalance
-    {{36510, 16}, TagType::int32u, 2, 0, 0, 0},  // ColorTemperature
-    {{36766, 8}, TagType::int8s, 2, 0, 0, 0},  // Contrast
-    {{8876, 11}, TagType::rational64u, 2, 0, 0, 0},  // DigitalZoom
-    {{8500, 20}, TagType::rational64s, 2, 0, 0, 0},  // ExposureCompensation
-    {{9554, 12}, TagType::string, 2, 0, 0, 0},  // ExposureMode
-    {{8442, 12}, TagType::rational64u, 2, 0, 0, 0},  // ExposureTime
-    {{8554, 15}, TagType::string, 2, 0, 0, 0},  // FirmwareVersion
-    {{8755, 9}, TagType::string, 2, 0, 0, 0},  // FocusMode
-    {{8454, 3}, TagType::int16u, 2, 0, 0, 0},  // ISO
-    {{8835, 10}, TagType::int16u, 2, 0, 0, 0},  // ISOSetting
-    {{9596, 11}, TagType::int32u, 2, 0, 0, 0},  // ImageNumber
-    {{50228, 12}, TagType::string, 2, 0, 0, 0},  // ImageQuality
-    {{50240, 18}, TagType::int8u, 2, 0, 0, 0},  // ImageStabilization
-    {{8586, 4}, TagType::string, 2, 0, 0, 0},  // Make
-    {{50258, 10}, TagType::rational64s, 2, 0, 0, 0},  // MeasuredEV
-    {{8590, 5}, TagType::string, 2, 0, 0, 0},  // Model
-    {{50268, 9}, TagType::string, 2, 0, 0, 0},  // OwnerName
-    {{36784, 10}, TagType::int8s, 2, 0, 0, 0},  // Saturation
-    {{50277, 10}, TagType::rational64u, 2, 2, 0, 0},  // SensorSize
-    {{8423, 12}, TagType::string, 2, 0, 0, 0},  // SerialNumber
-    {{8887, 9}, TagType::int8s, 2, 0, 0, 0},  // Sharpness
-    {{9641, 12}, TagType::string, 2, 0, 0, 0},  // ShootingMode
-    {{50287, 6}, TagType::string, 2, 0, 0, 0},  // Author
-    {{50293, 7}, TagType::string, 2, 0, 0, 0},  // Comment
-    {{50300, 12}, TagType::string, 3, 0, 0, 0},  // Contributors
-    {{50312, 9}, TagType::string, 2, 0, 0, 0},  // Copyright
-    {{24748, 10}, TagType::string, 2, 0, 0, 0},  // CreateDate
-    {{50321, 5}, TagType::string, 2, 0, 0, 0},  // Email
-    {{50326, 8}, TagType::string, 3, 0, 0, 0},  // Keywords
-    {{24768, 10}, TagType::string, 2, 0, 0, 0},  // ModifyDate
-    {{9830, 16}, TagType::string, 2, 0, 0, 0},  // DateTimeOriginal
-    {{50334, 11}, TagType::string, 2, 0, 0, 0},  // PhoneNumber
-    {{50345, 10}, TagType::string, 3, 0, 0, 0},  // References
-    {{50355, 8}, TagType::string, 2, 0, 0, 0},  // Software
-    {{32, 5}, TagType::string, 2, 0, 0, 0},  // Title
-    {{2023, 3}, TagType::string, 2, 0, 0, 0},  // URL
-    {{50363, 21}, TagType::rational64s, 2, 0, 0, 0},  // ExtenderMagnification
-    {{50384, 12}, TagType::string, 2, 0, 0, 0},  // ExtenderMake
-    {{50396, 13}, TagType::string, 2, 0, 0, 0},  // ExtenderModel
-    {{50409, 20}, TagType::string, 2, 0, 0, 0},  // ExtenderSerialNumber
-    {{9566, 17}, TagType::rational64s, 2, 0, 0, 0},  // FlashExposureComp
-    {{8825, 10}, TagType::int8u, 2, 0, 0, 2},  // FlashFired
-    {{50429, 16}, TagType::string, 2, 0, 0, 0},  // FlashGuideNumber
-    {{50445, 9}, TagType::string, 2, 0, 0, 0},  // FlashMake
-    {{8816, 9}, TagType::string, 2, 0, 0, 0},  // FlashMode
-    {{50454, 10}, TagType::string, 2, 0, 0, 0},  // FlashModel
-    {{50464, 17}, TagType::string, 2, 0, 0, 0},  // FlashSerialNumber
-    {{50481, 9}, TagType::string, 2, 0, 0, 0},  // FlashType
-    {{50490, 11}, TagType::rational64s, 2, 0, 0, 0},  // GPSAltitude
-    {{50501, 14}, TagType::rational64s, 2, 0, 0, 0},  // GPSDestBearing
-    {{50515, 11}, TagType::string, 2, 0, 0, 0},  // GPSDateTime
-    {{50526, 11}, TagType::string, 2, 0, 0, 0},  // GPSMapDatum
-    {{50537, 15}, TagType::int8u, 2, 0, 0, 2},  // GPSDifferential
-    {{50552, 15}, TagType::rational64s, 2, 0, 0, 0},  // GPSDestDistance
-    {{50567, 8}, TagType::rational64s, 2, 0, 0, 0},  // GPSTrack
-    {{50575, 11}, TagType::rational64s, 2, 0, 0, 0},  // GPSLatitude
-    {{50586, 12}, TagType::rational64s, 2, 0, 0, 0},  // GPSLongitude
-    {{50598, 14}, TagType::int8u, 2, 0, 2, 2},  // GPSMeasureMode
-    {{50612, 13}, TagType::string, 2, 0, 0, 0},  // GPSSatellites
-    {{50625, 8}, TagType::rational64s, 2, 0, 0, 0},  // GPSSpeed
-    {{50633, 7}, TagType::string, 2, 0, 0, 0},  // Address
-    {{50640, 4}, TagType::string, 2, 0, 0, 0},  // City
-    {{50644, 7}, TagType::string, 2, 0, 0, 0},  // Country
-    {{50651, 10}, TagType::string, 2, 0, 0, 0},  // PostalCode
-    {{50661, 5}, TagType::string, 2, 0, 0, 0},  // State
-    {{50666, 17}, TagType::string, 2, 0, 0, 0},  // FullSizeImageType
-    {{50683, 17}, TagType::string, 2, 0, 0, 0},  // FullSizeImageName
-    {{50700, 8}, TagType::int16u, 2, 0, 0, 0},  // BitDepth
-    {{1353, 10}, TagType::string, 2, 0, 0, 0},  // ColorSpace
-    {{50708, 23}, TagType::string, 2, 0, 0, 0},  // ComponentsConfiguration
-    {{50731, 16}, TagType::rational32u, 2, 0, 0, 0},  // CompressionRatio
-    {{50747, 9}, TagType::int16u, 2, 0, 0, 0},  // ImageSize
-    {{50756, 17}, TagType::int16u, 2, 0, 0, 0},  // OriginalImageSize
-    {{31553, 10}, TagType::rational64u, 2, 0, 0, 0},  // Resolution
-    {{50773, 13}, TagType::string, 10, 0, 0, 0},  // FullSizeImage
-    {{8435, 7}, TagType::rational64u, 2, 0, 0, 0},  // FNumber
-    {{8543, 11}, TagType::rational64u, 2, 0, 0, 0},  // FocalLength
-    {{36412, 13}, TagType::rational64u, 2, 0, 0, 0},  // FocusDistance
-    {{50786, 8}, TagType::string, 2, 0, 0, 0},  // LensMake
-    {{9023, 11}, TagType::rational64u, 2, 0, 0, 0},  // MaxAperture
-    {{50794, 21}, TagType::rational64u, 2, 0, 0, 0},  // MaxApertureAtMaxFocal
-    {{50815, 14}, TagType::rational64u, 2, 0, 0, 0},  // MaxFocalLength
-    {{9620, 11}, TagType::rational64u, 2, 0, 0, 0},  // MinAperture
-    {{50829, 14}, TagType::rational64u, 2, 0, 0, 0},  // MinFocalLength
-    {{9743, 9}, TagType::string, 2, 0, 0, 0},  // LensModel
-    {{8970, 11}, TagType::rational64u, 2, 0, 0, 0},  // OpticalZoom
-    {{9727, 16}, TagType::string, 2, 0, 0, 0},  // LensSerialNumber
-    {{50843, 11}, TagType::string, 2, 0, 0, 0},  // SubfileType
-    {{50854, 10}, TagType::string, 2, 0, 0, 0},  // MIEVersion
-    {{50864, 16}, TagType::string, 2, 0, 0, 0},  // SubfileDirectory
-    {{50880, 11}, TagType::string, 2, 0, 0, 0},  // SubfileName
-    {{50891, 15}, TagType::string, 2, 0, 0, 0},  // SubfileMIMEType
-    {{50906, 11}, TagType::string, 10, 0, 0, 0},  // SubfileData
-    {{50917, 15}, TagType::string, 10, 0, 0, 0},  // SubfileResource
-    {{50932, 9}, TagType::string, 2, 0, 0, 0},  // MD5Digest
-    {{50941, 16}, TagType::string, 2, 0, 0, 0},  // TrailerSignature
-    {{50957, 7}, TagType::rational64s, 2, 0, 0, 0},  // Azimuth
-    {{50964, 11}, TagType::rational64s, 2, 0, 0, 0},  // Declination
-    {{50975, 9}, TagType::rational64s, 2, 0, 0, 0},  // Elevation
-    {{50984, 14}, TagType::rational64s, 2, 0, 0, 0},  // RightAscension
-    {{50998, 8}, TagType::rational64s, 2, 0, 0, 0},  // Rotation
-    {{51006, 16}, TagType::string, 2, 0, 0, 0},  // PreviewImageType
-    {{51022, 16}, TagType::string, 2, 0, 0, 0},  // PreviewImageName
-    {{9689, 16}, TagType::int16u, 2, 0, 0, 0},  // PreviewImageSize
-    {{1887, 12}, TagType::string, 10, 0, 0, 0},  // PreviewImage
-    {{51038, 18}, TagType::string, 2, 0, 0, 0},  // ThumbnailImageType
-    {{51056, 18}, TagType::string, 2, 0, 0, 0},  // ThumbnailImageName
-    {{51074, 18}, TagType::int16u, 2, 0, 0, 0},  // ThumbnailImageSize
-    {{9859, 14}, TagType::string, 10, 0, 0, 0},  // ThumbnailImage
-    {{51092, 11}, TagType::string, 2, 0, 0, 0},  // UTMMapDatum
-    {{51103, 10}, TagType::string, 2, 0, 0, 0},  // UTMEasting
-    {{51113, 11}, TagType::string, 2, 0, 0, 0},  // UTMNorthing
-    {{51124, 7}, TagType::int8s, 2, 0, 0, 0},  // UTMZone
-    {{51131, 20}, TagType::string, 2, 0, 0, 0},  // RelatedVideoFileType
-    {{51151, 20}, TagType::string, 2, 0, 0, 0},  // RelatedVideoFileName
-    {{51171, 5}, TagType::string, 2, 0, 0, 0},  // Codec
-    {{51176, 16}, TagType::string, 10, 0, 0, 0},  // RelatedVideoFile
+    {{50106, 20}, TagType::string, writable, 0, 0, 0},  // RelatedAudioFileType
+    {{50126, 20}, TagType::string, writable, 0, 0, 0},  // RelatedAudioFileName
+    {{50146, 8}, TagType::int8u, writable, 0, 0, 0},  // Channels
+    {{50154, 16}, TagType::string, writable, 0, 0, 0},  // AudioCompression
+    {{9873, 8}, TagType::rational64u, none, 0, 0, 0},  // Duration
+    {{50170, 10}, TagType::int16u, writable, 0, 0, 0},  // SampleBits
+    {{50180, 10}, TagType::int32u, writable, 0, 0, 0},  // SampleRate
+    {{50190, 16}, TagType::string, writable | binary, 0, 0, 0},  // RelatedAudioFile
+    {{50206, 10}, TagType::int8s, writable, 0, 0, 0},  // Brightness
+    {{50216, 12}, TagType::rational64u, writable, 3, 0, 0},  // ColorBalance
+    {{36510, 16}, TagType::int32u, writable, 0, 0, 0},  // ColorTemperature
+    {{36766, 8}, TagType::int8s, writable, 0, 0, 0},  // Contrast
+    {{8876, 11}, TagType::rational64u, writable, 0, 0, 0},  // DigitalZoom
+    {{8500, 20}, TagType::rational64s, writable, 0, 0, 0},  // ExposureCompensation
+    {{9554, 12}, TagType::string, writable, 0, 0, 0},  // ExposureMode
+    {{8442, 12}, TagType::rational64u, writable, 0, 0, 0},  // ExposureTime
+    {{8554, 15}, TagType::string, writable, 0, 0, 0},  // FirmwareVersion
+    {{8755, 9}, TagType::string, writable, 0, 0, 0},  // FocusMode
+    {{8454, 3}, TagType::int16u, writable, 0, 0, 0},  // ISO
+    {{8835, 10}, TagType::int16u, writable, 0, 0, 0},  // ISOSetting
+    {{9596, 11}, TagType::int32u, writable, 0, 0, 0},  // ImageNumber
+    {{50228, 12}, TagType::string, writable, 0, 0, 0},  // ImageQuality
+    {{50240, 18}, TagType::int8u, writable, 0, 0, 0},  // ImageStabilization
+    {{8586, 4}, TagType::string, writable, 0, 0, 0},  // Make
+    {{50258, 10}, TagType::rational64s, writable, 0, 0, 0},  // MeasuredEV
+    {{8590, 5}, TagType::string, writable, 0, 0, 0},  // Model
+    {{50268, 9}, TagType::string, writable, 0, 0, 0},  // OwnerName
+    {{36784, 10}, TagType::int8s, writable, 0, 0, 0},  // Saturation
+    {{50277, 10}, TagType::rational64u, writable, 2, 0, 0},  // SensorSize
+    {{8423, 12}, TagType::string, writable, 0, 0, 0},  // SerialNumber
+    {{8887, 9}, TagType::int8s, writable, 0, 0, 0},  // Sharpness
+    {{9641, 12}, TagType::string, writable, 0, 0, 0},  // ShootingMode
+    {{50287, 6}, TagType::string, writable, 0, 0, 0},  // Author
+    {{50293, 7}, TagType::string, writable, 0, 0, 0},  // Comment
+    {{50300, 12}, TagType::string, list | writable, 0, 0, 0},  // Contributors
+    {{50312, 9}, TagType::string, writable, 0, 0, 0},  // Copyright
+    {{24748, 10}, TagType::string, writable, 0, 0, 0},  // CreateDate
+    {{50321, 5}, TagType::string, writable, 0, 0, 0},  // Email
+    {{50326, 8}, TagType::string, list | writable, 0, 0, 0},  // Keywords
+    {{24768, 10}, TagType::string, writable, 0, 0, 0},  // ModifyDate
+    {{9830, 16}, TagType::string, writable, 0, 0, 0},  // DateTimeOriginal
+    {{50334, 11}, TagType::string, writable, 0, 0, 0},  // PhoneNumber
+    {{50345, 10}, TagType::string, list | writable, 0, 0, 0},  // References
+    {{50355, 8}, TagType::string, writable, 0, 0, 0},  // Software
+    {{32, 5}, TagType::string, writable, 0, 0, 0},  // Title
+    {{2023, 3}, TagType::string, writable, 0, 0, 0},  // URL
+    {{50363, 21}, TagType::rational64s, writable, 0, 0, 0},  // ExtenderMagnification
+    {{50384, 12}, TagType::string, writable, 0, 0, 0},  // ExtenderMake
+    {{50396, 13}, TagType::string, writable, 0, 0, 0},  // ExtenderModel
+    {{50409, 20}, TagType::string, writable, 0, 0, 0},  // ExtenderSerialNumber
+    {{9566, 17}, TagType::rational64s, writable, 0, 0, 0},  // FlashExposureComp
+    {{8825, 10}, TagType::int8u, writable, 0, 0, 2},  // FlashFired
+    {{50429, 16}, TagType::string, writable, 0, 0, 0},  // FlashGuideNumber
+    {{50445, 9}, TagType::string, writable, 0, 0, 0},  // FlashMake
+    {{8816, 9}, TagType::string, writable, 0, 0, 0},  // FlashMode
+    {{50454, 10}, TagType::string, writable, 0, 0, 0},  // FlashModel
+    {{50464, 17}, TagType::string, writable, 0, 0, 0},  // FlashSerialNumber
+    {{50481, 9}, TagType::string, writable, 0, 0, 0},  // FlashType
+    {{50490, 11}, TagType::rational64s, writable, 0, 0, 0},  // GPSAltitude
+    {{50501, 14}, TagType::rational64s, writable, 0, 0, 0},  // GPSDestBearing
+    {{50515, 11}, TagType::string, writable, 0, 0, 0},  // GPSDateTime
+    {{50526, 11}, TagType::string, writable, 0, 0, 0},  // GPSMapDatum
+    {{50537, 15}, TagType::int8u, writable, 0, 0, 2},  // GPSDifferential
+    {{50552, 15}, TagType::rational64s, writable, 0, 0, 0},  // GPSDestDistance
+    {{50567, 8}, TagType::rational64s, writable, 0, 0, 0},  // GPSTrack
+    {{50575, 11}, TagType::rational64s, writable, 0, 0, 0},  // GPSLatitude
+    {{50586, 12}, TagType::rational64s, writable, 0, 0, 0},  // GPSLongitude
+    {{50598, 14}, TagType::int8u, writable, 0, 2, 2},  // GPSMeasureMode
+    {{50612, 13}, TagType::string, writable, 0, 0, 0},  // GPSSatellites
+    {{50625, 8}, TagType::rational64s, writable, 0, 0, 0},  // GPSSpeed
+    {{50633, 7}, TagType::string, writable, 0, 0, 0},  // Address
+    {{50640, 4}, TagType::string, writable, 0, 0, 0},  // City
+    {{50644, 7}, TagType::string, writable, 0, 0, 0},  // Country
+    {{50651, 10}, TagType::string, writable, 0, 0, 0},  // PostalCode
+    {{50661, 5}, TagType::string, writable, 0, 0, 0},  // State
+    {{50666, 17}, TagType::string, writable, 0, 0, 0},  // FullSizeImageType
+    {{50683, 17}, TagType::string, writable, 0, 0, 0},  // FullSizeImageName
+    {{50700, 8}, TagType::int16u, writable, 0, 0, 0},  // BitDepth
+    {{1353, 10}, TagType::string, writable, 0, 0, 0},  // ColorSpace
+    {{50708, 23}, TagType::string, writable, 0, 0, 0},  // ComponentsConfiguration
+    {{50731, 16}, TagType::rational32u, writable, 0, 0, 0},  // CompressionRatio
+    {{50747, 9}, TagType::int16u, writable, 0, 0, 0},  // ImageSize
+    {{50756, 17}, TagType::int16u, writable, 0, 0, 0},  // OriginalImageSize
+    {{31553, 10}, TagType::rational64u, writable, 0, 0, 0},  // Resolution
+    {{50773, 13}, TagType::string, writable | binary, 0, 0, 0},  // FullSizeImage
+    {{8435, 7}, TagType::rational64u, writable, 0, 0, 0},  // FNumber
+    {{8543, 11}, TagType::rational64u, writable, 0, 0, 0},  // FocalLength
+    {{36412, 13}, TagType::rational64u, writable, 0, 0, 0},  // FocusDistance
+    {{50786, 8}, TagType::string, writable, 0, 0, 0},  // LensMake
+    {{9023, 11}, TagType::rational64u, writable, 0, 0, 0},  // MaxAperture
+    {{50794, 21}, TagType::rational64u, writable, 0, 0, 0},  // MaxApertureAtMaxFocal
+    {{50815, 14}, TagType::rational64u, writable, 0, 0, 0},  // MaxFocalLength
+    {{9620, 11}, TagType::rational64u, writable, 0, 0, 0},  // MinAperture
+    {{50829, 14}, TagType::rational64u, writable, 0, 0, 0},  // MinFocalLength
+    {{9743, 9}, TagType::string, writable, 0, 0, 0},  // LensModel
+    {{8970, 11}, TagType::rational64u, writable, 0, 0, 0},  // OpticalZoom
+    {{9727, 16}, TagType::string, writable, 0, 0, 0},  // LensSerialNumber
+    {{50843, 11}, TagType::string, writable, 0, 0, 0},  // SubfileType
+    {{50854, 10}, TagType::string, writable, 0, 0, 0},  // MIEVersion
+    {{50864, 16}, TagType::string, writable, 0, 0, 0},  // SubfileDirectory
+    {{50880, 11}, TagType::string, writable, 0, 0, 0},  // SubfileName
+    {{50891, 15}, TagType::string, writable, 0, 0, 0},  // SubfileMIMEType
+    {{50906, 11}, TagType::string, writable | binary, 0, 0, 0},  // SubfileData
+    {{50917, 15}, TagType::string, writable | binary, 0, 0, 0},  // SubfileResource
+    {{50932, 9}, TagType::string, writable, 0, 0, 0},  // MD5Digest
+    {{50941, 16}, TagType::string, writable, 0, 0, 0},  // TrailerSignature
+    {{50957, 7}, TagType::rational64s, writable, 0, 0, 0},  // Azimuth
+    {{50964, 11}, TagType::rational64s, writable, 0, 0, 0},  // Declination
+    {{50975, 9}, TagType::rational64s, writable, 0, 0, 0},  // Elevation
+    {{50984, 14}, TagType::rational64s, writable, 0, 0, 0},  // RightAscension
+    {{50998, 8}, TagType::rational64s, writable, 0, 0, 0},  // Rotation
+    {{51006, 16}, TagType::string, writable, 0, 0, 0},  // PreviewImageType
+    {{51022, 16}, TagType::string, writable, 0, 0, 0},  // PreviewImageName
+    {{9689, 16}, TagType::int16u, writable, 0, 0, 0},  // PreviewImageSize
+    {{1887, 12}, TagType::string, writable | binary, 0, 0, 0},  // PreviewImage
+    {{51038, 18}, TagType::string, writable, 0, 0, 0},  // ThumbnailImageType
+    {{51056, 18}, TagType::string, writable, 0, 0, 0},  // ThumbnailImageName
+    {{51074, 18}, TagType::int16u, writable, 0, 0, 0},  // ThumbnailImageSize
+    {{9859, 14}, TagType::string, writable | binary, 0, 0, 0},  // ThumbnailImage
+    {{51092, 11}, TagType::string, writable, 0, 0, 0},  // UTMMapDatum
+    {{51103, 10}, TagType::string, writable, 0, 0, 0},  // UTMEasting
+    {{51113, 11}, TagType::string, writable, 0, 0, 0},  // UTMNorthing
+    {{51124, 7}, TagType::int8s, writable, 0, 0, 0},  // UTMZone
+    {{51131, 20}, TagType::string, writable, 0, 0, 0},  // RelatedVideoFileType
+    {{51151, 20}, TagType::string, writable, 0, 0, 0},  // RelatedVideoFileName
+    {{51171, 5}, TagType::string, writable, 0, 0, 0},  // Codec
+    {{51176, 16}, TagType::string, writable | binary, 0, 0, 0},  // RelatedVideoFile
 };
 constexpr detail::TextRef kChoicesMIE[] = {
     {702, 1}, {141, 1}, {142, 1}, {2061, 1},
@@ -6119,41 +6111,40 @@ constexpr std::uint16_t kKeyOrderMIE[] = {
     116, 117, 115, 44, 105, 45, 120, 119, 121, 122,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsMIE[127];
-constinit detail::StreamTags gTagsMIE("MIE", kText, kTagsMIE, kKeyOrderMIE, kChoicesMIE, gItemsMIE, &TagStringsCatalogue::stringsMIE);
 
 // MIFF: 29 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMIFF[] = {
-    {{59150, 15}, TagType::string, 0, 0, 0, 0},  // BackgroundColor
-    {{59165, 11}, TagType::string, 0, 0, 0, 0},  // BluePrimary
-    {{59176, 11}, TagType::string, 0, 0, 0, 0},  // BorderColor
-    {{59187, 5}, TagType::string, 0, 0, 0, 0},  // Class
-    {{59192, 6}, TagType::string, 0, 0, 0, 0},  // Colors
-    {{1353, 10}, TagType::string, 0, 0, 0, 0},  // ColorSpace
-    {{1505, 10}, TagType::string, 0, 0, 0, 0},  // ImageWidth
-    {{1549, 11}, TagType::string, 0, 0, 0, 0},  // Compression
-    {{59198, 5}, TagType::string, 0, 0, 0, 0},  // Delay
-    {{59203, 5}, TagType::string, 0, 0, 0, 0},  // Depth
-    {{59208, 7}, TagType::string, 0, 0, 0, 0},  // Dispose
-    {{31743, 5}, TagType::string, 0, 0, 0, 0},  // Gamma
-    {{59215, 12}, TagType::string, 0, 0, 0, 0},  // GreenPrimary
-    {{456, 2}, TagType::string, 0, 0, 0, 0},  // ID
-    {{59227, 10}, TagType::string, 0, 0, 0, 0},  // Iterations
-    {{432, 5}, TagType::string, 0, 0, 0, 0},  // Label
-    {{59237, 9}, TagType::string, 0, 0, 0, 0},  // MattColor
-    {{59246, 5}, TagType::string, 0, 0, 0, 0},  // Matte
-    {{59251, 7}, TagType::string, 0, 0, 0, 0},  // Montage
-    {{59258, 7}, TagType::string, 0, 0, 0, 0},  // Packets
-    {{59265, 4}, TagType::string, 0, 0, 0, 0},  // Page
-    {{59269, 10}, TagType::string, 0, 0, 0, 0},  // RedPrimary
-    {{59279, 15}, TagType::string, 0, 0, 0, 0},  // RenderingIntent
-    {{31553, 10}, TagType::string, 0, 0, 0, 0},  // Resolution
-    {{1494, 11}, TagType::string, 0, 0, 0, 0},  // ImageHeight
-    {{59294, 5}, TagType::string, 0, 0, 0, 0},  // Scene
-    {{477, 9}, TagType::string, 0, 0, 0, 0},  // Signature
-    {{59299, 5}, TagType::string, 0, 0, 0, 0},  // Units
-    {{36747, 10}, TagType::string, 0, 0, 0, 0},  // WhitePoint
+    {{59150, 15}, TagType::string, none, 0, 0, 0},  // BackgroundColor
+    {{59165, 11}, TagType::string, none, 0, 0, 0},  // BluePrimary
+    {{59176, 11}, TagType::string, none, 0, 0, 0},  // BorderColor
+    {{59187, 5}, TagType::string, none, 0, 0, 0},  // Class
+    {{59192, 6}, TagType::string, none, 0, 0, 0},  // Colors
+    {{1353, 10}, TagType::string, none, 0, 0, 0},  // ColorSpace
+    {{1505, 10}, TagType::string, none, 0, 0, 0},  // ImageWidth
+    {{1549, 11}, TagType::string, none, 0, 0, 0},  // Compression
+    {{59198, 5}, TagType::string, none, 0, 0, 0},  // Delay
+    {{59203, 5}, TagType::string, none, 0, 0, 0},  // Depth
+    {{59208, 7}, TagType::string, none, 0, 0, 0},  // Dispose
+    {{31743, 5}, TagType::string, none, 0, 0, 0},  // Gamma
+    {{59215, 12}, TagType::string, none, 0, 0, 0},  // GreenPrimary
+    {{456, 2}, TagType::string, none, 0, 0, 0},  // ID
+    {{59227, 10}, TagType::string, none, 0, 0, 0},  // Iterations
+    {{432, 5}, TagType::string, none, 0, 0, 0},  // Label
+    {{59237, 9}, TagType::string, none, 0, 0, 0},  // MattColor
+    {{59246, 5}, TagType::string, none, 0, 0, 0},  // Matte
+    {{59251, 7}, TagType::string, none, 0, 0, 0},  // Montage
+    {{59258, 7}, TagType::string, none, 0, 0, 0},  // Packets
+    {{59265, 4}, TagType::string, none, 0, 0, 0},  // Page
+    {{59269, 10}, TagType::string, none, 0, 0, 0},  // RedPrimary
+    {{59279, 15}, TagType::string, none, 0, 0, 0},  // RenderingIntent
+    {{31553, 10}, TagType::string, none, 0, 0, 0},  // Resolution
+    {{1494, 11}, TagType::string, none, 0, 0, 0},  // ImageHeight
+    {{59294, 5}, TagType::string, none, 0, 0, 0},  // Scene
+    {{477, 9}, TagType::string, none, 0, 0, 0},  // Signature
+    {{59299, 5}, TagType::string, none, 0, 0, 0},  // Units
+    {{36747, 10}, TagType::string, none, 0, 0, 0},  // WhitePoint
 };
 constexpr detail::StringRow kStringsEnglishMIFF[] = {
     {{59304, 20}, {59324, 16}},
@@ -6253,145 +6244,144 @@ constexpr std::uint16_t kKeyOrderMIFF[] = {
     26, 27, 28,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsMIFF[29];
-constinit detail::StreamTags gTagsMIFF("MIFF", kText, kTagsMIFF, kKeyOrderMIFF, {}, gItemsMIFF, &TagStringsCatalogue::stringsMIFF);
 
 // MISB: 133 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMISB[] = {
-    {{59911, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x0001
-    {{59930, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x0002
-    {{59949, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x0003
-    {{59968, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x0004
-    {{59987, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x0005
-    {{60006, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x0006
-    {{60025, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x0009
-    {{60044, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x000a
-    {{60063, 19}, TagType::string, 0, 0, 0, 0},  // ChurchillNav_0x000b
-    {{60082, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x000c
-    {{60101, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x000d
-    {{60120, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x000e
-    {{60139, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x0010
-    {{60158, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x0011
-    {{60177, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x0012
-    {{60196, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x0014
-    {{60215, 22}, TagType::string, 0, 0, 0, 5},  // SecurityClassification
-    {{60237, 28}, TagType::string, 0, 0, 5, 14},  // ClassifyingCountryCodeMethod
-    {{60265, 18}, TagType::string, 0, 0, 0, 0},  // ClassifyingCountry
-    {{60283, 26}, TagType::string, 0, 0, 0, 0},  // SecuritySCI-SHIInformation
-    {{60309, 7}, TagType::string, 0, 0, 0, 0},  // Caveats
-    {{60316, 21}, TagType::string, 0, 0, 0, 0},  // ReleasingInstructions
-    {{60337, 12}, TagType::string, 0, 0, 0, 0},  // ClassifiedBy
-    {{60349, 11}, TagType::string, 0, 0, 0, 0},  // DerivedFrom
-    {{60360, 20}, TagType::string, 0, 0, 0, 0},  // ClassificationReason
-    {{60380, 20}, TagType::string, 0, 0, 0, 0},  // DeclassificationDate
-    {{60400, 30}, TagType::string, 0, 0, 0, 0},  // ClassificationAndMarkingSystem
-    {{60430, 25}, TagType::string, 0, 0, 19, 11},  // ObjectCountryCodingMethod
-    {{60455, 18}, TagType::string, 0, 0, 0, 0},  // ObjectCountryCodes
-    {{60473, 22}, TagType::string, 0, 0, 0, 0},  // ClassificationComments
-    {{60495, 4}, TagType::string, 0, 0, 0, 0},  // UMID
-    {{60499, 8}, TagType::string, 0, 0, 0, 0},  // StreamID
-    {{60507, 17}, TagType::string, 0, 0, 0, 0},  // TransportStreamID
-    {{60524, 16}, TagType::string, 0, 0, 0, 0},  // ItemDesignatorID
-    {{60540, 15}, TagType::int16u, 0, 0, 0, 0},  // SecurityVersion
-    {{60555, 34}, TagType::string, 0, 0, 0, 0},  // ClassifyingCountryCodingMethodDate
-    {{60589, 29}, TagType::string, 0, 0, 0, 0},  // ObjectCountryCodingMethodDate
-    {{60618, 8}, TagType::int16u, 0, 0, 0, 0},  // Checksum
-    {{50515, 11}, TagType::int64u, 0, 0, 0, 0},  // GPSDateTime
-    {{60626, 9}, TagType::string, 0, 0, 0, 0},  // MissionID
-    {{60635, 10}, TagType::string, 0, 0, 0, 0},  // TailNumber
-    {{50567, 8}, TagType::int16u, 0, 0, 0, 0},  // GPSTrack
-    {{60645, 10}, TagType::int16s, 0, 0, 0, 0},  // PitchAngle
-    {{60655, 9}, TagType::int16s, 0, 0, 0, 0},  // RollAngle
-    {{60664, 12}, TagType::int8u, 0, 0, 0, 0},  // TrueAirspeed
-    {{60676, 17}, TagType::int8u, 0, 0, 0, 0},  // IndicatedAirspeed
-    {{60693, 13}, TagType::string, 0, 0, 0, 0},  // ProjectIDCode
-    {{60706, 10}, TagType::string, 0, 0, 0, 0},  // SensorName
-    {{60716, 21}, TagType::string, 0, 0, 0, 0},  // ImageCoordinateSystem
-    {{50575, 11}, TagType::int32s, 0, 0, 0, 0},  // GPSLatitude
-    {{50586, 12}, TagType::int32s, 0, 0, 0, 0},  // GPSLongitude
-    {{50490, 11}, TagType::int16u, 0, 0, 0, 0},  // GPSAltitude
-    {{60737, 21}, TagType::int16u, 0, 0, 0, 0},  // HorizontalFieldOfView
-    {{60758, 19}, TagType::int16u, 0, 0, 0, 0},  // VerticalFieldOfView
-    {{60777, 26}, TagType::int32u, 0, 0, 0, 0},  // SensorRelativeAzimuthAngle
-    {{60803, 28}, TagType::int32s, 0, 0, 0, 0},  // SensorRelativeElevationAngle
-    {{60831, 23}, TagType::int32u, 0, 0, 0, 0},  // SensorRelativeRollAngle
-    {{60854, 10}, TagType::int32u, 0, 0, 0, 0},  // SlantRange
-    {{60864, 11}, TagType::int16u, 0, 0, 0, 0},  // TargetWidth
-    {{60875, 19}, TagType::int32s, 0, 0, 0, 0},  // FrameCenterLatitude
-    {{60894, 20}, TagType::int32s, 0, 0, 0, 0},  // FrameCenterLongitude
-    {{60914, 20}, TagType::int16u, 0, 0, 0, 0},  // FrameCenterElevation
-    {{60934, 21}, TagType::int16s, 0, 0, 0, 0},  // OffsetCornerLatitude1
-    {{60955, 22}, TagType::int16s, 0, 0, 0, 0},  // OffsetCornerLongitude1
-    {{60977, 21}, TagType::int16s, 0, 0, 0, 0},  // OffsetCornerLatitude2
-    {{60998, 22}, TagType::int16s, 0, 0, 0, 0},  // OffsetCornerLongitude2
-    {{61020, 21}, TagType::int16s, 0, 0, 0, 0},  // OffsetCornerLatitude3
-    {{61041, 22}, TagType::int16s, 0, 0, 0, 0},  // OffsetCornerLongitude3
-    {{61063, 21}, TagType::int16s, 0, 0, 0, 0},  // OffsetCornerLatitude4
-    {{61084, 22}, TagType::int16s, 0, 0, 0, 0},  // OffsetCornerLongitude4
-    {{61106, 13}, TagType::int8u, 0, 0, 30, 3},  // IcingDetected
-    {{61119, 13}, TagType::int16u, 0, 0, 0, 0},  // WindDirection
-    {{61132, 9}, TagType::int8u, 0, 0, 0, 0},  // WindSpeed
-    {{61141, 14}, TagType::int16u, 0, 0, 0, 0},  // StaticPressure
-    {{61155, 15}, TagType::int16u, 0, 0, 0, 0},  // DensityAltitude
-    {{61170, 14}, TagType::int8s, 0, 0, 0, 0},  // AirTemperature
-    {{61184, 22}, TagType::int32s, 0, 0, 0, 0},  // TargetLocationLatitude
-    {{61206, 23}, TagType::int32s, 0, 0, 0, 0},  // TargetLocationLongitude
-    {{61229, 23}, TagType::int16u, 0, 0, 0, 0},  // TargetLocationElevation
-    {{61252, 20}, TagType::int8u, 0, 0, 0, 0},  // TargetTrackGateWidth
-    {{61272, 21}, TagType::int8u, 0, 0, 0, 0},  // TargetTrackGateHeight
-    {{61293, 23}, TagType::int16u, 0, 0, 0, 0},  // TargetErrorEstimateCE90
-    {{61316, 23}, TagType::int16u, 0, 0, 0, 0},  // TargetErrorEstimateLE90
-    {{61339, 17}, TagType::int8u, 0, 0, 33, 6},  // GenericFlagData01
-    {{61356, 20}, TagType::int16u, 0, 0, 0, 0},  // DifferentialPressure
-    {{61376, 13}, TagType::int16s, 0, 0, 0, 0},  // AngleOfAttack
-    {{61389, 13}, TagType::int16s, 0, 0, 0, 0},  // VerticalSpeed
-    {{61402, 13}, TagType::int16s, 0, 0, 0, 0},  // SideslipAngle
-    {{61415, 26}, TagType::int16u, 0, 0, 0, 0},  // AirfieldBarometricPressure
-    {{61441, 17}, TagType::int16u, 0, 0, 0, 0},  // AirfieldElevation
-    {{61458, 16}, TagType::int8u, 0, 0, 0, 0},  // RelativeHumidity
-    {{50625, 8}, TagType::int8u, 0, 0, 0, 0},  // GPSSpeed
-    {{61474, 11}, TagType::int32u, 0, 0, 0, 0},  // GroundRange
-    {{61485, 13}, TagType::int16u, 0, 0, 0, 0},  // FuelRemaining
-    {{61498, 8}, TagType::string, 0, 0, 0, 0},  // CallSign
-    {{61506, 10}, TagType::int16u, 0, 0, 0, 0},  // WeaponLoad
-    {{61516, 11}, TagType::int8u, 0, 0, 0, 0},  // WeaponFired
-    {{61527, 12}, TagType::int16u, 0, 0, 0, 0},  // LaserPRFCode
-    {{61539, 21}, TagType::int8u, 0, 0, 39, 8},  // SensorFieldOfViewName
-    {{61560, 15}, TagType::int16u, 0, 0, 0, 0},  // MagneticHeading
-    {{61575, 19}, TagType::int8u, 0, 0, 0, 0},  // UAS_LSVersionNumber
-    {{61594, 30}, TagType::string, 0, 0, 0, 0},  // TargetLocationCovarianceMatrix
-    {{61624, 17}, TagType::int32s, 0, 0, 0, 0},  // AlternateLatitude
-    {{61641, 18}, TagType::int32s, 0, 0, 0, 0},  // AlternateLongitude
-    {{61659, 17}, TagType::int16u, 0, 0, 0, 0},  // AlternateAltitude
-    {{61676, 13}, TagType::string, 0, 0, 0, 0},  // AlternateName
-    {{61689, 16}, TagType::int16u, 0, 0, 0, 0},  // AlternateHeading
-    {{61705, 14}, TagType::int64u, 0, 0, 0, 0},  // EventStartTime
-    {{61719, 21}, TagType::int16u, 0, 0, 0, 0},  // SensorEllipsoidHeight
-    {{61740, 24}, TagType::int16u, 0, 0, 0, 0},  // AlternateEllipsoidHeight
-    {{61764, 15}, TagType::int8u, 0, 0, 47, 5},  // OperationalMode
-    {{61779, 31}, TagType::int16u, 0, 0, 0, 0},  // FrameCenterHeightAboveEllipsoid
-    {{61810, 19}, TagType::int16s, 0, 0, 0, 0},  // SensorVelocityNorth
-    {{61829, 18}, TagType::int16s, 0, 0, 0, 0},  // SensorVelocityEast
-    {{61847, 21}, TagType::string, 0, 0, 0, 0},  // ImageHorizonPixelPack
-    {{61868, 15}, TagType::int32s, 0, 0, 0, 0},  // CornerLatitude1
-    {{61883, 16}, TagType::int32s, 0, 0, 0, 0},  // CornerLongitude1
-    {{61899, 15}, TagType::int32s, 0, 0, 0, 0},  // CornerLatitude2
-    {{61914, 16}, TagType::int32s, 0, 0, 0, 0},  // CornerLongitude2
-    {{61930, 15}, TagType::int32s, 0, 0, 0, 0},  // CornerLatitude3
-    {{61945, 16}, TagType::int32s, 0, 0, 0, 0},  // CornerLongitude3
-    {{61961, 15}, TagType::int32s, 0, 0, 0, 0},  // CornerLatitude4
-    {{61976, 16}, TagType::int32s, 0, 0, 0, 0},  // CornerLongitude4
-    {{61992, 14}, TagType::int32s, 0, 0, 0, 0},  // FullPitchAngle
-    {{62006, 13}, TagType::int32s, 0, 0, 0, 0},  // FullRollAngle
-    {{62019, 17}, TagType::int32s, 0, 0, 0, 0},  // FullAngleOfAttack
-    {{62036, 17}, TagType::int32s, 0, 0, 0, 0},  // FullSideslipAngle
-    {{62053, 18}, TagType::string, 0, 0, 0, 0},  // MIISCoreIdentifier
-    {{62071, 19}, TagType::string, 0, 0, 0, 0},  // TargetWidthExtended
-    {{62090, 8}, TagType::string, 0, 0, 0, 0},  // SDCC-FLP
-    {{62098, 23}, TagType::string, 0, 0, 0, 0},  // DensityAltitudeExtended
-    {{62121, 29}, TagType::string, 0, 0, 0, 0},  // SensorEllipsoidHeightExtended
-    {{62150, 32}, TagType::string, 0, 0, 0, 0},  // AlternateEllipsoidHeightExtended
+    {{59911, 19}, TagType::double_, none, 0, 0, 0},  // ChurchillNav_0x0001
+    {{59930, 19}, TagType::double_, none, 0, 0, 0},  // ChurchillNav_0x0002
+    {{59949, 19}, TagType::double_, none, 0, 0, 0},  // ChurchillNav_0x0003
+    {{59968, 19}, TagType::double_, none, 0, 0, 0},  // ChurchillNav_0x0004
+    {{59987, 19}, TagType::double_, none, 0, 0, 0},  // ChurchillNav_0x0005
+    {{60006, 19}, TagType::double_, none, 0, 0, 0},  // ChurchillNav_0x0006
+    {{60025, 19}, TagType::double_, none, 0, 0, 0},  // ChurchillNav_0x0009
+    {{60044, 19}, TagType::double_, none, 0, 0, 0},  // ChurchillNav_0x000a
+    {{60063, 19}, TagType::string, none, 0, 0, 0},  // ChurchillNav_0x000b
+    {{60082, 19}, TagType::double_, none, 0, 0, 0},  // ChurchillNav_0x000c
+    {{60101, 19}, TagType::double_, none, 0, 0, 0},  // ChurchillNav_0x000d
+    {{60120, 19}, TagType::double_, none, 0, 0, 0},  // ChurchillNav_0x000e
+    {{60139, 19}, TagType::double_, none, 0, 0, 0},  // ChurchillNav_0x0010
+    {{60158, 19}, TagType::double_, none, 0, 0, 0},  // ChurchillNav_0x0011
+    {{60177, 19}, TagType::double_, none, 0, 0, 0},  // ChurchillNav_0x0012
+    {{60196, 19}, TagType::double_, none, 0, 0, 0},  // ChurchillNav_0x0014
+    {{60215, 22}, TagType::string, none, 0, 0, 5},  // SecurityClassification
+    {{60237, 28}, TagType::string, none, 0, 5, 14},  // ClassifyingCountryCodeMethod
+    {{60265, 18}, TagType::string, none, 0, 0, 0},  // ClassifyingCountry
+    {{60283, 26}, TagType::string, none, 0, 0, 0},  // SecuritySCI-SHIInformation
+    {{60309, 7}, TagType::string, none, 0, 0, 0},  // Caveats
+    {{60316, 21}, TagType::string, none, 0, 0, 0},  // ReleasingInstructions
+    {{60337, 12}, TagType::string, none, 0, 0, 0},  // ClassifiedBy
+    {{60349, 11}, TagType::string, none, 0, 0, 0},  // DerivedFrom
+    {{60360, 20}, TagType::string, none, 0, 0, 0},  // ClassificationReason
+    {{60380, 20}, TagType::string, none, 0, 0, 0},  // DeclassificationDate
+    {{60400, 30}, TagType::string, none, 0, 0, 0},  // ClassificationAndMarkingSystem
+    {{60430, 25}, TagType::string, none, 0, 19, 11},  // ObjectCountryCodingMethod
+    {{60455, 18}, TagType::string, none, 0, 0, 0},  // ObjectCountryCodes
+    {{60473, 22}, TagType::string, none, 0, 0, 0},  // ClassificationComments
+    {{60495, 4}, TagType::string, none, 0, 0, 0},  // UMID
+    {{60499, 8}, TagType::string, none, 0, 0, 0},  // StreamID
+    {{60507, 17}, TagType::string, none, 0, 0, 0},  // TransportStreamID
+    {{60524, 16}, TagType::string, none, 0, 0, 0},  // ItemDesignatorID
+    {{60540, 15}, TagType::int16u, none, 0, 0, 0},  // SecurityVersion
+    {{60555, 34}, TagType::string, none, 0, 0, 0},  // ClassifyingCountryCodingMethodDate
+    {{60589, 29}, TagType::string, none, 0, 0, 0},  // ObjectCountryCodingMethodDate
+    {{60618, 8}, TagType::int16u, none, 0, 0, 0},  // Checksum
+    {{50515, 11}, TagType::int64u, none, 0, 0, 0},  // GPSDateTime
+    {{60626, 9}, TagType::string, none, 0, 0, 0},  // MissionID
+    {{60635, 10}, TagType::string, none, 0, 0, 0},  // TailNumber
+    {{50567, 8}, TagType::int16u, none, 0, 0, 0},  // GPSTrack
+    {{60645, 10}, TagType::int16s, none, 0, 0, 0},  // PitchAngle
+    {{60655, 9}, TagType::int16s, none, 0, 0, 0},  // RollAngle
+    {{60664, 12}, TagType::int8u, none, 0, 0, 0},  // TrueAirspeed
+    {{60676, 17}, TagType::int8u, none, 0, 0, 0},  // IndicatedAirspeed
+    {{60693, 13}, TagType::string, none, 0, 0, 0},  // ProjectIDCode
+    {{60706, 10}, TagType::string, none, 0, 0, 0},  // SensorName
+    {{60716, 21}, TagType::string, none, 0, 0, 0},  // ImageCoordinateSystem
+    {{50575, 11}, TagType::int32s, none, 0, 0, 0},  // GPSLatitude
+    {{50586, 12}, TagType::int32s, none, 0, 0, 0},  // GPSLongitude
+    {{50490, 11}, TagType::int16u, none, 0, 0, 0},  // GPSAltitude
+    {{60737, 21}, TagType::int16u, none, 0, 0, 0},  // HorizontalFieldOfView
+    {{60758, 19}, TagType::int16u, none, 0, 0, 0},  // VerticalFieldOfView
+    {{60777, 26}, TagType::int32u, none, 0, 0, 0},  // SensorRelativeAzimuthAngle
+    {{60803, 28}, TagType::int32s, none, 0, 0, 0},  // SensorRelativeElevationAngle
+    {{60831, 23}, TagType::int32u, none, 0, 0, 0},  // SensorRelativeRollAngle
+    {{60854, 10}, TagType::int32u, none, 0, 0, 0},  // SlantRange
+    {{60864, 11}, TagType::int16u, none, 0, 0, 0},  // TargetWidth
+    {{60875, 19}, TagType::int32s, none, 0, 0, 0},  // FrameCenterLatitude
+    {{60894, 20}, TagType::int32s, none, 0, 0, 0},  // FrameCenterLongitude
+    {{60914, 20}, TagType::int16u, none, 0, 0, 0},  // FrameCenterElevation
+    {{60934, 21}, TagType::int16s, none, 0, 0, 0},  // OffsetCornerLatitude1
+    {{60955, 22}, TagType::int16s, none, 0, 0, 0},  // OffsetCornerLongitude1
+    {{60977, 21}, TagType::int16s, none, 0, 0, 0},  // OffsetCornerLatitude2
+    {{60998, 22}, TagType::int16s, none, 0, 0, 0},  // OffsetCornerLongitude2
+    {{61020, 21}, TagType::int16s, none, 0, 0, 0},  // OffsetCornerLatitude3
+    {{61041, 22}, TagType::int16s, none, 0, 0, 0},  // OffsetCornerLongitude3
+    {{61063, 21}, TagType::int16s, none, 0, 0, 0},  // OffsetCornerLatitude4
+    {{61084, 22}, TagType::int16s, none, 0, 0, 0},  // OffsetCornerLongitude4
+    {{61106, 13}, TagType::int8u, none, 0, 30, 3},  // IcingDetected
+    {{61119, 13}, TagType::int16u, none, 0, 0, 0},  // WindDirection
+    {{61132, 9}, TagType::int8u, none, 0, 0, 0},  // WindSpeed
+    {{61141, 14}, TagType::int16u, none, 0, 0, 0},  // StaticPressure
+    {{61155, 15}, TagType::int16u, none, 0, 0, 0},  // DensityAltitude
+    {{61170, 14}, TagType::int8s, none, 0, 0, 0},  // AirTemperature
+    {{61184, 22}, TagType::int32s, none, 0, 0, 0},  // TargetLocationLatitude
+    {{61206, 23}, TagType::int32s, none, 0, 0, 0},  // TargetLocationLongitude
+    {{61229, 23}, TagType::int16u, none, 0, 0, 0},  // TargetLocationElevation
+    {{61252, 20}, TagType::int8u, none, 0, 0, 0},  // TargetTrackGateWidth
+    {{61272, 21}, TagType::int8u, none, 0, 0, 0},  // TargetTrackGateHeight
+    {{61293, 23}, TagType::int16u, none, 0, 0, 0},  // TargetErrorEstimateCE90
+    {{61316, 23}, TagType::int16u, none, 0, 0, 0},  // TargetErrorEstimateLE90
+    {{61339, 17}, TagType::int8u, none, 0, 33, 6},  // GenericFlagData01
+    {{61356, 20}, TagType::int16u, none, 0, 0, 0},  // DifferentialPressure
+    {{61376, 13}, TagType::int16s, none, 0, 0, 0},  // AngleOfAttack
+    {{61389, 13}, TagType::int16s, none, 0, 0, 0},  // VerticalSpeed
+    {{61402, 13}, TagType::int16s, none, 0, 0, 0},  // SideslipAngle
+    {{61415, 26}, TagType::int16u, none, 0, 0, 0},  // AirfieldBarometricPressure
+    {{61441, 17}, TagType::int16u, none, 0, 0, 0},  // AirfieldElevation
+    {{61458, 16}, TagType::int8u, none, 0, 0, 0},  // RelativeHumidity
+    {{50625, 8}, TagType::int8u, none, 0, 0, 0},  // GPSSpeed
+    {{61474, 11}, TagType::int32u, none, 0, 0, 0},  // GroundRange
+    {{61485, 13}, TagType::int16u, none, 0, 0, 0},  // FuelRemaining
+    {{61498, 8}, TagType::string, none, 0, 0, 0},  // CallSign
+    {{61506, 10}, TagType::int16u, none, 0, 0, 0},  // WeaponLoad
+    {{61516, 11}, TagType::int8u, none, 0, 0, 0},  // WeaponFired
+    {{61527, 12}, TagType::int16u, none, 0, 0, 0},  // LaserPRFCode
+    {{61539, 21}, TagType::int8u, none, 0, 39, 8},  // SensorFieldOfViewName
+    {{61560, 15}, TagType::int16u, none, 0, 0, 0},  // MagneticHeading
+    {{61575, 19}, TagType::int8u, none, 0, 0, 0},  // UAS_LSVersionNumber
+    {{61594, 30}, TagType::string, none, 0, 0, 0},  // TargetLocationCovarianceMatrix
+    {{61624, 17}, TagType::int32s, none, 0, 0, 0},  // AlternateLatitude
+    {{61641, 18}, TagType::int32s, none, 0, 0, 0},  // AlternateLongitude
+    {{61659, 17}, TagType::int16u, none, 0, 0, 0},  // AlternateAltitude
+    {{61676, 13}, TagType::string, none, 0, 0, 0},  // AlternateName
+    {{61689, 16}, TagType::int16u, none, 0, 0, 0},  // AlternateHeading
+    {{61705, 14}, TagType::int64u, none, 0, 0, 0},  // EventStartTime
+    {{61719, 21}, TagType::int16u, none, 0, 0, 0},  // SensorEllipsoidHeight
+    {{61740, 24}, TagType::int16u, none, 0, 0, 0},  // AlternateEllipsoidHeight
+    {{61764, 15}, TagType::int8u, none, 0, 47, 5},  // OperationalMode
+    {{61779, 31}, TagType::int16u, none, 0, 0, 0},  // FrameCenterHeightAboveEllipsoid
+    {{61810, 19}, TagType::int16s, none, 0, 0, 0},  // SensorVelocityNorth
+    {{61829, 18}, TagType::int16s, none, 0, 0, 0},  // SensorVelocityEast
+    {{61847, 21}, TagType::string, none, 0, 0, 0},  // ImageHorizonPixelPack
+    {{61868, 15}, TagType::int32s, none, 0, 0, 0},  // CornerLatitude1
+    {{61883, 16}, TagType::int32s, none, 0, 0, 0},  // CornerLongitude1
+    {{61899, 15}, TagType::int32s, none, 0, 0, 0},  // CornerLatitude2
+    {{61914, 16}, TagType::int32s, none, 0, 0, 0},  // CornerLongitude2
+    {{61930, 15}, TagType::int32s, none, 0, 0, 0},  // CornerLatitude3
+    {{61945, 16}, TagType::int32s, none, 0, 0, 0},  // CornerLongitude3
+    {{61961, 15}, TagType::int32s, none, 0, 0, 0},  // CornerLatitude4
+    {{61976, 16}, TagType::int32s, none, 0, 0, 0},  // CornerLongitude4
+    {{61992, 14}, TagType::int32s, none, 0, 0, 0},  // FullPitchAngle
+    {{62006, 13}, TagType::int32s, none, 0, 0, 0},  // FullRollAngle
+    {{62019, 17}, TagType::int32s, none, 0, 0, 0},  // FullAngleOfAttack
+    {{62036, 17}, TagType::int32s, none, 0, 0, 0},  // FullSideslipAngle
+    {{62053, 18}, TagType::string, none, 0, 0, 0},  // MIISCoreIdentifier
+    {{62071, 19}, TagType::string, none, 0, 0, 0},  // TargetWidthExtended
+    {{62090, 8}, TagType::string, none, 0, 0, 0},  // SDCC-FLP
+    {{62098, 23}, TagType::string, none, 0, 0, 0},  // DensityAltitudeExtended
+    {{62121, 29}, TagType::string, none, 0, 0, 0},  // SensorEllipsoidHeightExtended
+    {{62150, 32}, TagType::string, none, 0, 0, 0},  // AlternateEllipsoidHeightExtended
 };
 constexpr detail::TextRef kChoicesMISB[] = {
     {141, 1}, {142, 1}, {2061, 1}, {143, 1}, {2062, 1}, {141, 1}, {142, 1}, {2061, 1}, {143, 1},
@@ -6682,98 +6672,97 @@ constexpr std::uint16_t kKeyOrderMISB[] = {
     101, 78, 76, 77, 80, 79, 58, 128, 32, 44, 100, 30, 53, 86, 96, 95, 71, 72,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsMISB[133];
-constinit detail::StreamTags gTagsMISB("MISB", kText, kTagsMISB, kKeyOrderMISB, kChoicesMISB, gItemsMISB, &TagStringsCatalogue::stringsMISB);
 
 // MNG: 86 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMNG[] = {
-    {{59150, 15}, TagType::int16u, 0, 3, 0, 0},  // BackgroundColor
-    {{70154, 19}, TagType::int8u, 0, 0, 0, 4},  // MandatoryBackground
-    {{70173, 17}, TagType::int16u, 0, 0, 0, 0},  // BackgroundImageID
-    {{70190, 16}, TagType::int8u, 0, 0, 4, 2},  // BackgroundTiling
-    {{1505, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
-    {{1494, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
-    {{50700, 8}, TagType::int8u, 0, 0, 0, 0},  // BitDepth
-    {{30824, 9}, TagType::int8u, 0, 0, 6, 9},  // ColorType
-    {{1549, 11}, TagType::int8u, 0, 0, 15, 2},  // Compression
-    {{70206, 6}, TagType::int8u, 0, 0, 17, 1},  // Filter
-    {{70212, 9}, TagType::int8u, 0, 0, 18, 3},  // Interlace
-    {{70221, 9}, TagType::int32u, 0, 0, 0, 0},  // RedSample
-    {{70230, 11}, TagType::int32u, 0, 0, 0, 0},  // GreenSample
-    {{70241, 10}, TagType::int32u, 0, 0, 0, 0},  // BlueSample
-    {{70251, 11}, TagType::int32u, 0, 0, 0, 0},  // AlphaSample
-    {{70262, 8}, TagType::int8u, 0, 0, 0, 0},  // Viewable
-    {{70270, 11}, TagType::int16u, 0, 0, 0, 0},  // FirstObject
-    {{70281, 10}, TagType::int16u, 0, 0, 0, 0},  // LastObject
-    {{70291, 9}, TagType::int8u, 0, 0, 21, 8},  // DeltaType
-    {{70300, 12}, TagType::int32u, 0, 4, 0, 0},  // ClipBoundary
-    {{70312, 8}, TagType::int16u, 0, 0, 0, 0},  // SourceID
-    {{70320, 7}, TagType::int16u, 0, 0, 0, 0},  // CloneID
-    {{70327, 9}, TagType::int8u, 0, 0, 29, 3},  // CloneType
-    {{70336, 9}, TagType::int8u, 0, 0, 0, 0},  // DoNotShow
-    {{70345, 12}, TagType::int8u, 0, 0, 0, 0},  // ConcreteFlag
-    {{70357, 14}, TagType::int8u, 0, 0, 4, 2},  // LocalDeltaType
-    {{70371, 7}, TagType::int32u, 0, 2, 0, 0},  // DeltaXY
-    {{70378, 8}, TagType::int16u, 0, 0, 0, 0},  // ObjectID
-    {{70386, 10}, TagType::int32u, 0, 2, 0, 0},  // XYLocation
-    {{70396, 16}, TagType::int32u, 0, 4, 0, 0},  // ClippingBoundary
-    {{70412, 9}, TagType::int8u, 0, 0, 29, 3},  // ImageType
-    {{70421, 9}, TagType::int32u, 0, 2, 0, 0},  // BlockSize
-    {{70430, 13}, TagType::int32u, 0, 2, 0, 0},  // BlockLocation
-    {{70443, 10}, TagType::int16u, 0, 0, 0, 0},  // SnapshotID
-    {{70453, 12}, TagType::string, 0, 0, 0, 0},  // SnapshotName
-    {{70465, 8}, TagType::int8u, 0, 0, 0, 0},  // Priority
-    {{70473, 13}, TagType::int8u, 0, 0, 0, 0},  // AlphaBitDepth
-    {{70486, 16}, TagType::int8u, 0, 0, 15, 2},  // AlphaCompression
-    {{70502, 11}, TagType::int8u, 0, 0, 17, 1},  // AlphaFilter
-    {{70513, 14}, TagType::int8u, 0, 0, 17, 1},  // AlphaInterlace
-    {{70527, 9}, TagType::int8u, 0, 0, 0, 0},  // NestLevel
-    {{70536, 14}, TagType::int32u, 0, 0, 0, 0},  // IterationCount
-    {{70550, 20}, TagType::int8u, 0, 0, 21, 8},  // TerminationCondition
-    {{70570, 15}, TagType::int32u, 0, 2, 0, 0},  // IterationMinMax
-    {{70585, 12}, TagType::int32u, 0, 0, 0, 0},  // SignalNumber
-    {{70597, 14}, TagType::int32u, 0, 0, 0, 0},  // TicksPerSecond
-    {{70611, 17}, TagType::int32u, 0, 0, 0, 0},  // NominalLayerCount
-    {{70628, 17}, TagType::int32u, 0, 0, 0, 0},  // NominalFrameCount
-    {{70645, 15}, TagType::int32u, 0, 0, 0, 0},  // NominalPlayTime
-    {{70660, 17}, TagType::int32u, 0, 0, 0, 0},  // SimplicityProfile
-    {{70677, 13}, TagType::int16u, 0, 0, 0, 0},  // FirstObjectID
-    {{70690, 12}, TagType::int16u, 0, 0, 0, 0},  // LastObjectID
-    {{70702, 7}, TagType::int8u, 0, 0, 32, 6},  // XMethod
-    {{70709, 4}, TagType::int16u, 0, 0, 0, 0},  // XMag
-    {{70713, 4}, TagType::int16u, 0, 0, 0, 0},  // YMag
-    {{70717, 7}, TagType::int16u, 0, 0, 0, 0},  // LeftMag
-    {{70724, 8}, TagType::int16u, 0, 0, 0, 0},  // RightMag
-    {{70732, 6}, TagType::int16u, 0, 0, 0, 0},  // TopMag
-    {{70738, 9}, TagType::int16u, 0, 0, 0, 0},  // BottomMag
-    {{70747, 7}, TagType::int8u, 0, 0, 32, 6},  // YMethod
-    {{70754, 13}, TagType::string, 8, 0, 0, 0},  // DropByKeyword
-    {{70767, 14}, TagType::string, 0, 0, 0, 0},  // DiscardObjects
-    {{70781, 10}, TagType::string, 0, 0, 0, 0},  // DropChunks
-    {{70791, 5}, TagType::string, 8, 0, 0, 0},  // Frame
-    {{70796, 20}, TagType::string, 8, 0, 0, 0},  // OrderingRestrictions
-    {{70816, 14}, TagType::string, 8, 0, 0, 0},  // PartialPalette
-    {{70830, 11}, TagType::string, 8, 0, 0, 0},  // SaveObjects
-    {{70841, 9}, TagType::string, 0, 0, 0, 0},  // SeekPoint
-    {{70850, 15}, TagType::string, 8, 0, 0, 0},  // ResourcesNeeded
-    {{70865, 13}, TagType::int16u, 0, 0, 0, 0},  // DestinationID
-    {{70878, 15}, TagType::int8u, 0, 0, 4, 2},  // TargetDeltaType
-    {{70893, 8}, TagType::int32u, 0, 2, 0, 0},  // TargetXY
-    {{70901, 15}, TagType::int8u, 0, 0, 29, 3},  // CompositionMode
-    {{31538, 11}, TagType::int8u, 0, 0, 38, 5},  // Orientation
-    {{70916, 12}, TagType::int8u, 0, 0, 4, 2},  // OffsetOrigin
-    {{70928, 8}, TagType::int32u, 0, 2, 0, 0},  // OffsetXY
-    {{70936, 14}, TagType::int8u, 0, 0, 4, 2},  // BoundaryOrigin
-    {{70950, 20}, TagType::int32u, 0, 4, 0, 0},  // PastClippingBoundary
-    {{70970, 12}, TagType::int8u, 0, 0, 0, 0},  // NewColorType
-    {{70982, 11}, TagType::int8u, 0, 0, 0, 0},  // NewBitDepth
-    {{70993, 10}, TagType::int8u, 0, 0, 4, 2},  // FillMethod
-    {{71003, 8}, TagType::int8u, 0, 0, 0, 0},  // ShowMode
-    {{71011, 17}, TagType::int8u, 0, 0, 0, 4},  // TerminationAction
-    {{71028, 18}, TagType::int8u, 0, 0, 29, 3},  // IterationEndAction
-    {{59198, 5}, TagType::int32u, 0, 0, 0, 0},  // Delay
-    {{71046, 12}, TagType::int32u, 0, 0, 0, 0},  // IterationMax
+    {{59150, 15}, TagType::int16u, none, 3, 0, 0},  // BackgroundColor
+    {{70154, 19}, TagType::int8u, none, 0, 0, 4},  // MandatoryBackground
+    {{70173, 17}, TagType::int16u, none, 0, 0, 0},  // BackgroundImageID
+    {{70190, 16}, TagType::int8u, none, 0, 4, 2},  // BackgroundTiling
+    {{1505, 10}, TagType::int32u, none, 0, 0, 0},  // ImageWidth
+    {{1494, 11}, TagType::int32u, none, 0, 0, 0},  // ImageHeight
+    {{50700, 8}, TagType::int8u, none, 0, 0, 0},  // BitDepth
+    {{30824, 9}, TagType::int8u, none, 0, 6, 9},  // ColorType
+    {{1549, 11}, TagType::int8u, none, 0, 15, 2},  // Compression
+    {{70206, 6}, TagType::int8u, none, 0, 17, 1},  // Filter
+    {{70212, 9}, TagType::int8u, none, 0, 18, 3},  // Interlace
+    {{70221, 9}, TagType::int32u, none, 0, 0, 0},  // RedSample
+    {{70230, 11}, TagType::int32u, none, 0, 0, 0},  // GreenSample
+    {{70241, 10}, TagType::int32u, none, 0, 0, 0},  // BlueSample
+    {{70251, 11}, TagType::int32u, none, 0, 0, 0},  // AlphaSample
+    {{70262, 8}, TagType::int8u, none, 0, 0, 0},  // Viewable
+    {{70270, 11}, TagType::int16u, none, 0, 0, 0},  // FirstObject
+    {{70281, 10}, TagType::int16u, none, 0, 0, 0},  // LastObject
+    {{70291, 9}, TagType::int8u, none, 0, 21, 8},  // DeltaType
+    {{70300, 12}, TagType::int32u, none, 4, 0, 0},  // ClipBoundary
+    {{70312, 8}, TagType::int16u, none, 0, 0, 0},  // SourceID
+    {{70320, 7}, TagType::int16u, none, 0, 0, 0},  // CloneID
+    {{70327, 9}, TagType::int8u, none, 0, 29, 3},  // CloneType
+    {{70336, 9}, TagType::int8u, none, 0, 0, 0},  // DoNotShow
+    {{70345, 12}, TagType::int8u, none, 0, 0, 0},  // ConcreteFlag
+    {{70357, 14}, TagType::int8u, none, 0, 4, 2},  // LocalDeltaType
+    {{70371, 7}, TagType::int32u, none, 2, 0, 0},  // DeltaXY
+    {{70378, 8}, TagType::int16u, none, 0, 0, 0},  // ObjectID
+    {{70386, 10}, TagType::int32u, none, 2, 0, 0},  // XYLocation
+    {{70396, 16}, TagType::int32u, none, 4, 0, 0},  // ClippingBoundary
+    {{70412, 9}, TagType::int8u, none, 0, 29, 3},  // ImageType
+    {{70421, 9}, TagType::int32u, none, 2, 0, 0},  // BlockSize
+    {{70430, 13}, TagType::int32u, none, 2, 0, 0},  // BlockLocation
+    {{70443, 10}, TagType::int16u, none, 0, 0, 0},  // SnapshotID
+    {{70453, 12}, TagType::string, none, 0, 0, 0},  // SnapshotName
+    {{70465, 8}, TagType::int8u, none, 0, 0, 0},  // Priority
+    {{70473, 13}, TagType::int8u, none, 0, 0, 0},  // AlphaBitDepth
+    {{70486, 16}, TagType::int8u, none, 0, 15, 2},  // AlphaCompression
+    {{70502, 11}, TagType::int8u, none, 0, 17, 1},  // AlphaFilter
+    {{70513, 14}, TagType::int8u, none, 0, 17, 1},  // AlphaInterlace
+    {{70527, 9}, TagType::int8u, none, 0, 0, 0},  // NestLevel
+    {{70536, 14}, TagType::int32u, none, 0, 0, 0},  // IterationCount
+    {{70550, 20}, TagType::int8u, none, 0, 21, 8},  // TerminationCondition
+    {{70570, 15}, TagType::int32u, none, 2, 0, 0},  // IterationMinMax
+    {{70585, 12}, TagType::int32u, none, 0, 0, 0},  // SignalNumber
+    {{70597, 14}, TagType::int32u, none, 0, 0, 0},  // TicksPerSecond
+    {{70611, 17}, TagType::int32u, none, 0, 0, 0},  // NominalLayerCount
+    {{70628, 17}, TagType::int32u, none, 0, 0, 0},  // NominalFrameCount
+    {{70645, 15}, TagType::int32u, none, 0, 0, 0},  // NominalPlayTime
+    {{70660, 17}, TagType::int32u, none, 0, 0, 0},  // SimplicityProfile
+    {{70677, 13}, TagType::int16u, none, 0, 0, 0},  // FirstObjectID
+    {{70690, 12}, TagType::int16u, none, 0, 0, 0},  // LastObjectID
+    {{70702, 7}, TagType::int8u, none, 0, 32, 6},  // XMethod
+    {{70709, 4}, TagType::int16u, none, 0, 0, 0},  // XMag
+    {{70713, 4}, TagType::int16u, none, 0, 0, 0},  // YMag
+    {{70717, 7}, TagType::int16u, none, 0, 0, 0},  // LeftMag
+    {{70724, 8}, TagType::int16u, none, 0, 0, 0},  // RightMag
+    {{70732, 6}, TagType::int16u, none, 0, 0, 0},  // TopMag
+    {{70738, 9}, TagType::int16u, none, 0, 0, 0},  // BottomMag
+    {{70747, 7}, TagType::int8u, none, 0, 32, 6},  // YMethod
+    {{70754, 13}, TagType::string, binary, 0, 0, 0},  // DropByKeyword
+    {{70767, 14}, TagType::string, none, 0, 0, 0},  // DiscardObjects
+    {{70781, 10}, TagType::string, none, 0, 0, 0},  // DropChunks
+    {{70791, 5}, TagType::string, binary, 0, 0, 0},  // Frame
+    {{70796, 20}, TagType::string, binary, 0, 0, 0},  // OrderingRestrictions
+    {{70816, 14}, TagType::string, binary, 0, 0, 0},  // PartialPalette
+    {{70830, 11}, TagType::string, binary, 0, 0, 0},  // SaveObjects
+    {{70841, 9}, TagType::string, none, 0, 0, 0},  // SeekPoint
+    {{70850, 15}, TagType::string, binary, 0, 0, 0},  // ResourcesNeeded
+    {{70865, 13}, TagType::int16u, none, 0, 0, 0},  // DestinationID
+    {{70878, 15}, TagType::int8u, none, 0, 4, 2},  // TargetDeltaType
+    {{70893, 8}, TagType::int32u, none, 2, 0, 0},  // TargetXY
+    {{70901, 15}, TagType::int8u, none, 0, 29, 3},  // CompositionMode
+    {{31538, 11}, TagType::int8u, none, 0, 38, 5},  // Orientation
+    {{70916, 12}, TagType::int8u, none, 0, 4, 2},  // OffsetOrigin
+    {{70928, 8}, TagType::int32u, none, 2, 0, 0},  // OffsetXY
+    {{70936, 14}, TagType::int8u, none, 0, 4, 2},  // BoundaryOrigin
+    {{70950, 20}, TagType::int32u, none, 4, 0, 0},  // PastClippingBoundary
+    {{70970, 12}, TagType::int8u, none, 0, 0, 0},  // NewColorType
+    {{70982, 11}, TagType::int8u, none, 0, 0, 0},  // NewBitDepth
+    {{70993, 10}, TagType::int8u, none, 0, 4, 2},  // FillMethod
+    {{71003, 8}, TagType::int8u, none, 0, 0, 0},  // ShowMode
+    {{71011, 17}, TagType::int8u, none, 0, 0, 4},  // TerminationAction
+    {{71028, 18}, TagType::int8u, none, 0, 29, 3},  // IterationEndAction
+    {{59198, 5}, TagType::int32u, none, 0, 0, 0},  // Delay
+    {{71046, 12}, TagType::int32u, none, 0, 0, 0},  // IterationMax
 };
 constexpr detail::TextRef kChoicesMNG[] = {
     {702, 1}, {141, 1}, {142, 1}, {2061, 1}, {702, 1}, {141, 1}, {702, 1}, {9944, 2}, {2067, 2},
@@ -7047,19 +7036,18 @@ constexpr std::uint16_t kKeyOrderMNG[] = {
     70, 71, 82, 42, 45, 57, 15, 53, 52, 28, 54, 59,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsMNG[86];
-constinit detail::StreamTags gTagsMNG("MNG", kText, kTagsMNG, kKeyOrderMNG, kChoicesMNG, gItemsMNG, &TagStringsCatalogue::stringsMNG);
 
 // MOI: 7 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMOI[] = {
-    {{76582, 10}, TagType::string, 0, 2, 0, 0},  // MOIVersion
-    {{9830, 16}, TagType::string, 0, 8, 0, 0},  // DateTimeOriginal
-    {{9873, 8}, TagType::int32u, 0, 0, 0, 0},  // Duration
-    {{76592, 11}, TagType::int8u, 0, 0, 0, 0},  // AspectRatio
-    {{76603, 10}, TagType::int16u, 0, 0, 0, 2},  // AudioCodec
-    {{45648, 12}, TagType::int8u, 0, 0, 0, 0},  // AudioBitrate
-    {{76613, 12}, TagType::int16u, 0, 0, 0, 0},  // VideoBitrate
+    {{76582, 10}, TagType::string, none, 2, 0, 0},  // MOIVersion
+    {{9830, 16}, TagType::string, none, 8, 0, 0},  // DateTimeOriginal
+    {{9873, 8}, TagType::int32u, none, 0, 0, 0},  // Duration
+    {{76592, 11}, TagType::int8u, none, 0, 0, 0},  // AspectRatio
+    {{76603, 10}, TagType::int16u, none, 0, 0, 2},  // AudioCodec
+    {{45648, 12}, TagType::int8u, none, 0, 0, 0},  // AudioBitrate
+    {{76613, 12}, TagType::int16u, none, 0, 0, 0},  // VideoBitrate
 };
 constexpr detail::TextRef kChoicesMOI[] = {
     {76625, 3}, {76628, 5},
@@ -7107,23 +7095,22 @@ constexpr std::uint16_t kKeyOrderMOI[] = {
     3, 5, 4, 1, 2, 0, 6,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsMOI[7];
-constinit detail::StreamTags gTagsMOI("MOI", kText, kTagsMOI, kKeyOrderMOI, kChoicesMOI, gItemsMOI, &TagStringsCatalogue::stringsMOI);
 
 // MPC: 11 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMPC[] = {
-    {{76897, 11}, TagType::string, 0, 0, 0, 0},  // TotalFrames
-    {{50180, 10}, TagType::string, 0, 0, 0, 4},  // SampleRate
-    {{679, 7}, TagType::string, 0, 0, 4, 12},  // Quality
-    {{76908, 7}, TagType::string, 0, 0, 0, 0},  // MaxBand
-    {{76915, 19}, TagType::string, 0, 0, 0, 0},  // ReplayGainTrackPeak
-    {{76934, 19}, TagType::string, 0, 0, 0, 0},  // ReplayGainTrackGain
-    {{76953, 19}, TagType::string, 0, 0, 0, 0},  // ReplayGainAlbumPeak
-    {{76972, 19}, TagType::string, 0, 0, 0, 0},  // ReplayGainAlbumGain
-    {{76991, 8}, TagType::string, 0, 0, 16, 2},  // FastSeek
-    {{76999, 7}, TagType::string, 0, 0, 16, 2},  // Gapless
-    {{77006, 14}, TagType::string, 0, 0, 0, 0},  // EncoderVersion
+    {{76897, 11}, TagType::string, none, 0, 0, 0},  // TotalFrames
+    {{50180, 10}, TagType::string, none, 0, 0, 4},  // SampleRate
+    {{679, 7}, TagType::string, none, 0, 4, 12},  // Quality
+    {{76908, 7}, TagType::string, none, 0, 0, 0},  // MaxBand
+    {{76915, 19}, TagType::string, none, 0, 0, 0},  // ReplayGainTrackPeak
+    {{76934, 19}, TagType::string, none, 0, 0, 0},  // ReplayGainTrackGain
+    {{76953, 19}, TagType::string, none, 0, 0, 0},  // ReplayGainAlbumPeak
+    {{76972, 19}, TagType::string, none, 0, 0, 0},  // ReplayGainAlbumGain
+    {{76991, 8}, TagType::string, none, 0, 16, 2},  // FastSeek
+    {{76999, 7}, TagType::string, none, 0, 16, 2},  // Gapless
+    {{77006, 14}, TagType::string, none, 0, 0, 0},  // EncoderVersion
 };
 constexpr detail::TextRef kChoicesMPC[] = {
     {702, 1}, {141, 1}, {142, 1}, {2061, 1}, {141, 1}, {2062, 1}, {2063, 1}, {2113, 1}, {144, 1},
@@ -7212,38 +7199,37 @@ constexpr std::uint16_t kKeyOrderMPC[] = {
     10, 8, 9, 3, 2, 7, 6, 5, 4, 1, 0,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsMPC[11];
-constinit detail::StreamTags gTagsMPC("MPC", kText, kTagsMPC, kKeyOrderMPC, kChoicesMPC, gItemsMPC, &TagStringsCatalogue::stringsMPC);
 
 // MPEG: 26 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMPEG[] = {
-    {{77852, 16}, TagType::string, 0, 0, 0, 3},  // MPEGAudioVersion
-    {{77868, 10}, TagType::string, 0, 0, 3, 3},  // AudioLayer
-    {{45648, 12}, TagType::string, 0, 0, 0, 0},  // AudioBitrate
-    {{50180, 10}, TagType::string, 0, 0, 6, 3},  // SampleRate
-    {{77878, 11}, TagType::string, 0, 0, 9, 4},  // ChannelMode
-    {{77889, 8}, TagType::string, 0, 0, 13, 2},  // MSStereo
-    {{77897, 13}, TagType::string, 0, 0, 9, 4},  // ModeExtension
-    {{77910, 15}, TagType::string, 0, 0, 13, 2},  // IntensityStereo
-    {{77925, 13}, TagType::string, 0, 0, 13, 2},  // CopyrightFlag
-    {{77938, 13}, TagType::string, 0, 0, 13, 2},  // OriginalMedia
-    {{77951, 8}, TagType::string, 0, 0, 9, 4},  // Emphasis
-    {{77959, 10}, TagType::int8u, 0, 0, 15, 8},  // LameMethod
-    {{77969, 17}, TagType::int8u, 0, 0, 0, 0},  // LameLowPassFilter
-    {{77986, 11}, TagType::int8u, 0, 0, 0, 0},  // LameBitrate
-    {{77997, 14}, TagType::int8u, 0, 0, 23, 7},  // LameStereoMode
-    {{1505, 10}, TagType::string, 0, 0, 0, 0},  // ImageWidth
-    {{1494, 11}, TagType::string, 0, 0, 0, 0},  // ImageHeight
-    {{76592, 11}, TagType::string, 0, 0, 30, 14},  // AspectRatio
-    {{78011, 9}, TagType::string, 0, 0, 0, 0},  // FrameRate
-    {{76613, 12}, TagType::string, 0, 0, 0, 0},  // VideoBitrate
-    {{78020, 9}, TagType::string, 0, 0, 0, 0},  // VBRFrames
-    {{78029, 8}, TagType::string, 0, 0, 0, 0},  // VBRBytes
-    {{78037, 8}, TagType::string, 0, 0, 0, 0},  // VBRScale
-    {{78045, 7}, TagType::string, 0, 0, 0, 0},  // Encoder
-    {{78052, 14}, TagType::string, 0, 0, 0, 0},  // LameVBRQuality
-    {{78066, 11}, TagType::string, 0, 0, 0, 0},  // LameQuality
+    {{77852, 16}, TagType::string, none, 0, 0, 3},  // MPEGAudioVersion
+    {{77868, 10}, TagType::string, none, 0, 3, 3},  // AudioLayer
+    {{45648, 12}, TagType::string, none, 0, 0, 0},  // AudioBitrate
+    {{50180, 10}, TagType::string, none, 0, 6, 3},  // SampleRate
+    {{77878, 11}, TagType::string, none, 0, 9, 4},  // ChannelMode
+    {{77889, 8}, TagType::string, none, 0, 13, 2},  // MSStereo
+    {{77897, 13}, TagType::string, none, 0, 9, 4},  // ModeExtension
+    {{77910, 15}, TagType::string, none, 0, 13, 2},  // IntensityStereo
+    {{77925, 13}, TagType::string, none, 0, 13, 2},  // CopyrightFlag
+    {{77938, 13}, TagType::string, none, 0, 13, 2},  // OriginalMedia
+    {{77951, 8}, TagType::string, none, 0, 9, 4},  // Emphasis
+    {{77959, 10}, TagType::int8u, none, 0, 15, 8},  // LameMethod
+    {{77969, 17}, TagType::int8u, none, 0, 0, 0},  // LameLowPassFilter
+    {{77986, 11}, TagType::int8u, none, 0, 0, 0},  // LameBitrate
+    {{77997, 14}, TagType::int8u, none, 0, 23, 7},  // LameStereoMode
+    {{1505, 10}, TagType::string, none, 0, 0, 0},  // ImageWidth
+    {{1494, 11}, TagType::string, none, 0, 0, 0},  // ImageHeight
+    {{76592, 11}, TagType::string, none, 0, 30, 14},  // AspectRatio
+    {{78011, 9}, TagType::string, none, 0, 0, 0},  // FrameRate
+    {{76613, 12}, TagType::string, none, 0, 0, 0},  // VideoBitrate
+    {{78020, 9}, TagType::string, none, 0, 0, 0},  // VBRFrames
+    {{78029, 8}, TagType::string, none, 0, 0, 0},  // VBRBytes
+    {{78037, 8}, TagType::string, none, 0, 0, 0},  // VBRScale
+    {{78045, 7}, TagType::string, none, 0, 0, 0},  // Encoder
+    {{78052, 14}, TagType::string, none, 0, 0, 0},  // LameVBRQuality
+    {{78066, 11}, TagType::string, none, 0, 0, 0},  // LameQuality
 };
 constexpr detail::TextRef kChoicesMPEG[] = {
     {702, 1}, {142, 1}, {2061, 1}, {141, 1}, {142, 1}, {2061, 1}, {702, 1}, {141, 1}, {142, 1},
@@ -7422,37 +7408,36 @@ constexpr std::uint16_t kKeyOrderMPEG[] = {
     17, 2, 1, 4, 8, 10, 23, 18, 16, 15, 7, 13, 12, 11, 25, 14, 24, 0, 5, 6, 9, 3, 21, 20, 22, 19,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsMPEG[26];
-constinit detail::StreamTags gTagsMPEG("MPEG", kText, kTagsMPEG, kKeyOrderMPEG, kChoicesMPEG, gItemsMPEG, &TagStringsCatalogue::stringsMPEG);
 
 // MPF: 25 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMPF[] = {
-    {{80751, 12}, TagType::int32u, 0, 0, 0, 3},  // MPImageFlags
-    {{80763, 13}, TagType::int32u, 0, 0, 3, 1},  // MPImageFormat
-    {{80776, 11}, TagType::int32u, 0, 0, 4, 8},  // MPImageType
-    {{80787, 13}, TagType::int32u, 0, 0, 0, 0},  // MPImageLength
-    {{80800, 12}, TagType::int32u, 0, 0, 0, 0},  // MPImageStart
-    {{80812, 26}, TagType::int16u, 0, 0, 0, 0},  // DependentImage1EntryNumber
-    {{80838, 26}, TagType::int16u, 0, 0, 0, 0},  // DependentImage2EntryNumber
-    {{80864, 10}, TagType::string, 0, 0, 0, 0},  // MPFVersion
-    {{80874, 14}, TagType::string, 0, 0, 0, 0},  // NumberOfImages
-    {{80888, 12}, TagType::string, 8, 0, 0, 0},  // ImageUIDList
-    {{76897, 11}, TagType::string, 0, 0, 0, 0},  // TotalFrames
-    {{80900, 15}, TagType::string, 0, 0, 0, 0},  // MPIndividualNum
-    {{80915, 14}, TagType::string, 0, 0, 12, 13},  // PanOrientation
-    {{80929, 11}, TagType::string, 0, 0, 0, 0},  // PanOverlapH
-    {{80940, 11}, TagType::string, 0, 0, 0, 0},  // PanOverlapV
-    {{80951, 16}, TagType::string, 0, 0, 0, 0},  // BaseViewpointNum
-    {{80967, 16}, TagType::string, 0, 0, 0, 0},  // ConvergenceAngle
-    {{80983, 14}, TagType::string, 0, 0, 0, 0},  // BaselineLength
-    {{80997, 18}, TagType::string, 0, 0, 0, 0},  // VerticalDivergence
-    {{81015, 13}, TagType::string, 0, 0, 0, 0},  // AxisDistanceX
-    {{81028, 13}, TagType::string, 0, 0, 0, 0},  // AxisDistanceY
-    {{81041, 13}, TagType::string, 0, 0, 0, 0},  // AxisDistanceZ
-    {{81054, 8}, TagType::string, 0, 0, 0, 0},  // YawAngle
-    {{60645, 10}, TagType::string, 0, 0, 0, 0},  // PitchAngle
-    {{60655, 9}, TagType::string, 0, 0, 0, 0},  // RollAngle
+    {{80751, 12}, TagType::int32u, none, 0, 0, 3},  // MPImageFlags
+    {{80763, 13}, TagType::int32u, none, 0, 3, 1},  // MPImageFormat
+    {{80776, 11}, TagType::int32u, none, 0, 4, 8},  // MPImageType
+    {{80787, 13}, TagType::int32u, none, 0, 0, 0},  // MPImageLength
+    {{80800, 12}, TagType::int32u, none, 0, 0, 0},  // MPImageStart
+    {{80812, 26}, TagType::int16u, none, 0, 0, 0},  // DependentImage1EntryNumber
+    {{80838, 26}, TagType::int16u, none, 0, 0, 0},  // DependentImage2EntryNumber
+    {{80864, 10}, TagType::string, none, 0, 0, 0},  // MPFVersion
+    {{80874, 14}, TagType::string, none, 0, 0, 0},  // NumberOfImages
+    {{80888, 12}, TagType::string, binary, 0, 0, 0},  // ImageUIDList
+    {{76897, 11}, TagType::string, none, 0, 0, 0},  // TotalFrames
+    {{80900, 15}, TagType::string, none, 0, 0, 0},  // MPIndividualNum
+    {{80915, 14}, TagType::string, none, 0, 12, 13},  // PanOrientation
+    {{80929, 11}, TagType::string, none, 0, 0, 0},  // PanOverlapH
+    {{80940, 11}, TagType::string, none, 0, 0, 0},  // PanOverlapV
+    {{80951, 16}, TagType::string, none, 0, 0, 0},  // BaseViewpointNum
+    {{80967, 16}, TagType::string, none, 0, 0, 0},  // ConvergenceAngle
+    {{80983, 14}, TagType::string, none, 0, 0, 0},  // BaselineLength
+    {{80997, 18}, TagType::string, none, 0, 0, 0},  // VerticalDivergence
+    {{81015, 13}, TagType::string, none, 0, 0, 0},  // AxisDistanceX
+    {{81028, 13}, TagType::string, none, 0, 0, 0},  // AxisDistanceY
+    {{81041, 13}, TagType::string, none, 0, 0, 0},  // AxisDistanceZ
+    {{81054, 8}, TagType::string, none, 0, 0, 0},  // YawAngle
+    {{60645, 10}, TagType::string, none, 0, 0, 0},  // PitchAngle
+    {{60655, 9}, TagType::string, none, 0, 0, 0},  // RollAngle
 };
 constexpr detail::TextRef kChoicesMPF[] = {
     {143, 1}, {144, 1}, {2075, 2}, {702, 1}, {702, 1}, {81062, 5}, {81067, 5}, {81072, 6},
@@ -7562,1309 +7547,1308 @@ constexpr std::uint16_t kKeyOrderMPF[] = {
     19, 20, 21, 15, 17, 16, 5, 6, 9, 7, 0, 1, 3, 4, 2, 11, 8, 12, 13, 14, 23, 24, 10, 18, 22,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsMPF[25];
-constinit detail::StreamTags gTagsMPF("MPF", kText, kTagsMPF, kKeyOrderMPF, kChoicesMPF, gItemsMPF, &TagStringsCatalogue::stringsMPF);
 
 // MXF: 1297 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMXF[] = {
-    {{83508, 10}, TagType::int16u, 0, 2, 0, 0},  // MXFVersion
-    {{83518, 14}, TagType::int64u, 0, 0, 0, 0},  // FooterPosition
-    {{83532, 10}, TagType::int64u, 0, 0, 0, 0},  // HeaderSize
-    {{83542, 14}, TagType::string, 0, 0, 0, 0},  // OrganizationID
-    {{83556, 4}, TagType::string, 0, 0, 0, 0},  // UPID
-    {{83560, 3}, TagType::string, 0, 0, 0, 0},  // UPN
-    {{83563, 4}, TagType::string, 0, 0, 0, 0},  // IBTN
-    {{83567, 4}, TagType::string, 0, 0, 0, 0},  // ISAN
-    {{83571, 4}, TagType::string, 0, 0, 0, 0},  // ISBN
-    {{83575, 4}, TagType::string, 0, 0, 0, 0},  // ISSN
-    {{83579, 4}, TagType::string, 0, 0, 0, 0},  // ISWC
-    {{83583, 4}, TagType::string, 0, 0, 0, 0},  // ISMN
-    {{83587, 4}, TagType::string, 0, 0, 0, 0},  // ISCI
-    {{83591, 4}, TagType::string, 0, 0, 0, 0},  // ISRC
-    {{83595, 4}, TagType::string, 0, 0, 0, 0},  // ISRN
-    {{83599, 4}, TagType::string, 0, 0, 0, 0},  // ISBD
-    {{83603, 4}, TagType::string, 0, 0, 0, 0},  // ISTC
-    {{83607, 4}, TagType::string, 0, 0, 0, 0},  // SICI
-    {{83611, 4}, TagType::string, 0, 0, 0, 0},  // BICI
-    {{83615, 4}, TagType::string, 0, 0, 0, 0},  // AICI
-    {{83619, 3}, TagType::string, 0, 0, 0, 0},  // PII
-    {{83622, 3}, TagType::string, 0, 0, 0, 0},  // DOI
-    {{83625, 11}, TagType::string, 0, 0, 0, 0},  // InstanceUID
-    {{83636, 9}, TagType::string, 0, 0, 0, 0},  // PackageID
-    {{83645, 17}, TagType::string, 0, 0, 0, 0},  // DeviceDesignation
-    {{83662, 11}, TagType::string, 0, 0, 0, 0},  // DeviceModel
-    {{83673, 18}, TagType::string, 0, 0, 0, 0},  // DeviceSerialNumber
-    {{2023, 3}, TagType::string, 0, 0, 0, 0},  // URL
-    {{83691, 4}, TagType::string, 0, 0, 0, 0},  // PURL
-    {{83695, 3}, TagType::string, 0, 0, 0, 0},  // URN
-    {{83698, 14}, TagType::string, 0, 0, 0, 0},  // TransmissionID
-    {{83712, 9}, TagType::string, 0, 0, 0, 0},  // ArchiveID
-    {{83721, 6}, TagType::string, 0, 0, 0, 0},  // ItemID
-    {{83727, 25}, TagType::string, 0, 0, 0, 0},  // AccountingReferenceNumber
-    {{83752, 9}, TagType::string, 0, 0, 0, 0},  // TrafficID
-    {{83761, 16}, TagType::string, 0, 0, 0, 0},  // ReelOrRollNumber
-    {{83777, 15}, TagType::string, 0, 0, 0, 0},  // LocalTapeNumber
-    {{83792, 4}, TagType::int32u, 0, 0, 0, 0},  // LUID
-    {{83796, 11}, TagType::string, 0, 0, 0, 0},  // PackageName
-    {{83807, 13}, TagType::string, 0, 0, 0, 0},  // LocalFilePath
-    {{83820, 8}, TagType::string, 0, 0, 0, 0},  // EdgeCode
-    {{83828, 9}, TagType::string, 0, 0, 0, 0},  // FrameCode
-    {{83837, 7}, TagType::string, 0, 0, 0, 0},  // KeyCode
-    {{83844, 9}, TagType::string, 0, 0, 0, 0},  // InkNumber
-    {{83853, 7}, TagType::string, 0, 0, 0, 0},  // KeyText
-    {{83860, 8}, TagType::string, 0, 0, 0, 0},  // KeyFrame
-    {{83868, 8}, TagType::string, 0, 0, 0, 0},  // KeySound
-    {{83876, 16}, TagType::string, 0, 0, 0, 0},  // KeyDataOrProgram
-    {{83892, 9}, TagType::string, 0, 0, 0, 0},  // TitleKind
-    {{83901, 9}, TagType::string, 0, 0, 0, 0},  // MainTitle
-    {{83910, 14}, TagType::string, 0, 0, 0, 0},  // SecondaryTitle
-    {{83924, 12}, TagType::string, 0, 0, 0, 0},  // SeriesNumber
-    {{83936, 13}, TagType::string, 0, 0, 0, 0},  // EpisodeNumber
-    {{83949, 11}, TagType::string, 0, 0, 0, 0},  // SceneNumber
-    {{83960, 10}, TagType::int16u, 0, 0, 0, 0},  // TakeNumber
-    {{83970, 18}, TagType::string, 0, 0, 0, 0},  // CISACLegalEntityID
-    {{83988, 8}, TagType::string, 0, 0, 0, 0},  // AGICOAID
-    {{83996, 18}, TagType::string, 0, 0, 0, 0},  // SourceOrganization
-    {{84014, 20}, TagType::string, 0, 0, 0, 0},  // SupplyContractNumber
-    {{84034, 20}, TagType::string, 0, 0, 0, 0},  // OriginalProducerName
-    {{84054, 17}, TagType::int16u, 0, 0, 0, 0},  // TotalEpisodeCount
-    {{84071, 15}, TagType::string, 0, 0, 0, 0},  // CopyrightStatus
-    {{84086, 18}, TagType::string, 0, 0, 0, 0},  // CopyrightOwnerName
-    {{84104, 31}, TagType::string, 0, 0, 0, 0},  // IntellectualPropertyDescription
-    {{84135, 26}, TagType::string, 0, 0, 0, 0},  // IntellectualPropertyRights
-    {{84161, 12}, TagType::string, 0, 0, 0, 0},  // Rightsholder
-    {{84173, 25}, TagType::string, 0, 0, 0, 0},  // RightsManagementAuthority
-    {{84198, 19}, TagType::string, 0, 0, 0, 0},  // InterestedPartyName
-    {{84217, 15}, TagType::int16u, 0, 0, 0, 0},  // MaximumUseCount
-    {{84232, 25}, TagType::string, 0, 0, 0, 0},  // LicenseOptionsDescription
-    {{84257, 12}, TagType::string, 0, 0, 0, 0},  // CurrencyCode
-    {{84269, 25}, TagType::string, 0, 0, 0, 0},  // RoyaltyPaymentInformation
-    {{84294, 24}, TagType::string, 0, 0, 0, 0},  // RoyaltyIncomeInformation
-    {{84318, 17}, TagType::string, 0, 0, 0, 0},  // RestrictionsonUse
-    {{84335, 9}, TagType::string, 0, 0, 0, 0},  // ExCCIData
-    {{84344, 8}, TagType::string, 0, 0, 0, 0},  // UserName
-    {{84352, 8}, TagType::string, 0, 0, 0, 0},  // Password
-    {{84360, 17}, TagType::string, 0, 0, 0, 0},  // ScramblingKeyKind
-    {{84377, 18}, TagType::int8u, 0, 0, 0, 0},  // ScramblingKeyValue
-    {{84395, 25}, TagType::string, 0, 0, 0, 0},  // BroadcastOrganizationName
-    {{84420, 16}, TagType::string, 0, 0, 0, 0},  // BroadcastChannel
-    {{84436, 19}, TagType::string, 0, 0, 0, 0},  // BroadcastMediumKind
-    {{84455, 15}, TagType::string, 0, 0, 0, 0},  // BroadcastRegion
-    {{84470, 18}, TagType::string, 0, 0, 0, 0},  // FirstBroadcastFlag
-    {{84488, 19}, TagType::int16u, 0, 0, 0, 0},  // CurrentRepeatNumber
-    {{84507, 20}, TagType::int16u, 0, 0, 0, 0},  // PreviousRepeatNumber
-    {{84527, 14}, TagType::int32u, 0, 0, 0, 0},  // AudienceRating
-    {{84541, 13}, TagType::int32u, 0, 0, 0, 0},  // AudienceReach
-    {{84554, 19}, TagType::string, 0, 0, 0, 0},  // NatureOfPersonality
-    {{84573, 18}, TagType::string, 0, 0, 0, 0},  // ContributionStatus
-    {{84591, 29}, TagType::string, 0, 0, 0, 0},  // SupportOrAdministrationStatus
-    {{84620, 16}, TagType::string, 0, 0, 0, 0},  // OrganizationKind
-    {{84636, 26}, TagType::string, 0, 0, 0, 0},  // ProductionOrganizationRole
-    {{84662, 23}, TagType::string, 0, 0, 0, 0},  // SupportOrganizationRole
-    {{84685, 15}, TagType::string, 0, 0, 0, 0},  // JobFunctionName
-    {{84700, 8}, TagType::string, 0, 0, 0, 0},  // RoleName
-    {{84708, 11}, TagType::string, 0, 0, 0, 0},  // ContactKind
-    {{84719, 21}, TagType::string, 0, 0, 0, 0},  // ContactDepartmentName
-    {{84740, 10}, TagType::string, 0, 0, 0, 0},  // FamilyName
-    {{84750, 14}, TagType::string, 0, 0, 0, 0},  // FirstGivenName
-    {{84764, 15}, TagType::string, 0, 0, 0, 0},  // SecondGivenName
-    {{84779, 14}, TagType::string, 0, 0, 0, 0},  // ThirdGivenName
-    {{84793, 8}, TagType::string, 0, 0, 0, 0},  // MainName
-    {{84801, 17}, TagType::string, 0, 0, 0, 0},  // SupplementaryName
-    {{84818, 20}, TagType::string, 0, 0, 0, 0},  // OrganizationMainName
-    {{84838, 29}, TagType::string, 0, 0, 0, 0},  // SupplementaryOrganizationName
-    {{84867, 18}, TagType::string, 0, 0, 0, 0},  // ISO3166CountryCode
-    {{84885, 20}, TagType::string, 0, 0, 0, 0},  // ISO639-1LanguageCode
-    {{84905, 30}, TagType::int8u, 0, 0, 0, 0},  // OperatingSystemInterpretations
-    {{84935, 9}, TagType::string, 0, 0, 0, 2},  // ByteOrder
-    {{84944, 19}, TagType::string, 0, 0, 0, 0},  // EssenceIsIdentified
-    {{84963, 16}, TagType::string, 0, 0, 0, 0},  // LengthSystemName
-    {{84979, 14}, TagType::string, 0, 0, 0, 0},  // LengthUnitKind
-    {{84993, 15}, TagType::string, 0, 0, 0, 0},  // AngularUnitKind
-    {{85008, 16}, TagType::string, 0, 0, 0, 0},  // TimeSystemOffset
-    {{85024, 12}, TagType::string, 0, 0, 0, 0},  // TimeUnitKind
-    {{85036, 19}, TagType::string, 0, 0, 0, 0},  // ContentCodingSystem
-    {{85055, 11}, TagType::string, 0, 0, 0, 0},  // ProgramKind
-    {{85066, 5}, TagType::string, 0, 0, 0, 0},  // Genre
-    {{85071, 14}, TagType::string, 0, 0, 0, 0},  // TargetAudience
-    {{85085, 17}, TagType::string, 0, 0, 0, 0},  // CatalogDataStatus
-    {{85102, 13}, TagType::string, 0, 0, 0, 0},  // ThesaurusName
-    {{85115, 5}, TagType::string, 0, 0, 0, 0},  // Theme
-    {{85120, 21}, TagType::string, 0, 0, 0, 0},  // ContentClassification
-    {{50326, 8}, TagType::string, 0, 0, 0, 0},  // Keywords
-    {{85141, 9}, TagType::string, 0, 0, 0, 0},  // KeyFrames
-    {{85150, 9}, TagType::string, 0, 0, 0, 0},  // KeySounds
-    {{85159, 7}, TagType::string, 0, 0, 0, 0},  // KeyData
-    {{85166, 8}, TagType::string, 0, 0, 0, 0},  // Abstract
-    {{85174, 7}, TagType::string, 0, 0, 0, 0},  // Purpose
-    {{24816, 11}, TagType::string, 0, 0, 0, 0},  // Description
-    {{85181, 15}, TagType::string, 0, 0, 0, 0},  // ColorDescriptor
-    {{85196, 16}, TagType::string, 0, 0, 0, 0},  // FormatDescriptor
-    {{85212, 11}, TagType::string, 0, 0, 0, 0},  // StratumKind
-    {{85223, 19}, TagType::string, 0, 0, 0, 0},  // IndividualAwardName
-    {{85242, 16}, TagType::string, 0, 0, 0, 0},  // ProgramAwardName
-    {{85258, 10}, TagType::string, 0, 0, 0, 0},  // AssetValue
-    {{85268, 12}, TagType::string, 0, 0, 0, 0},  // ContentValue
-    {{85280, 13}, TagType::string, 0, 0, 0, 0},  // CulturalValue
-    {{85293, 14}, TagType::string, 0, 0, 0, 0},  // AestheticValue
-    {{85307, 15}, TagType::string, 0, 0, 0, 0},  // HistoricalValue
-    {{85322, 14}, TagType::string, 0, 0, 0, 0},  // TechnicalValue
-    {{85336, 11}, TagType::string, 0, 0, 0, 0},  // OtherValues
-    {{85347, 20}, TagType::string, 0, 0, 0, 0},  // CatalogingSystemName
-    {{85367, 16}, TagType::string, 0, 0, 0, 0},  // ComputedKeywords
-    {{85383, 17}, TagType::string, 0, 0, 0, 0},  // ComputedKeyFrames
-    {{85400, 17}, TagType::string, 0, 0, 0, 0},  // ComputedKeySounds
-    {{85417, 15}, TagType::string, 0, 0, 0, 0},  // ComputedKeyData
-    {{85432, 19}, TagType::string, 0, 0, 0, 0},  // ComputedStratumKind
-    {{85451, 23}, TagType::rational64s, 0, 0, 0, 0},  // PresentationAspectRatio
-    {{85474, 18}, TagType::string, 0, 0, 0, 0},  // CaptureAspectRatio
-    {{85492, 20}, TagType::string, 0, 0, 0, 0},  // CaptureGammaEquation
-    {{85512, 12}, TagType::string, 0, 0, 0, 0},  // LumaEquation
-    {{85524, 15}, TagType::string, 0, 0, 0, 0},  // ColorimetryCode
-    {{85539, 14}, TagType::string, 0, 0, 0, 0},  // SignalFormCode
-    {{85553, 14}, TagType::int8u, 0, 0, 0, 0},  // ColorFieldCode
-    {{85567, 9}, TagType::int16u, 0, 0, 0, 0},  // FieldRate
-    {{78011, 9}, TagType::int16u, 0, 0, 0, 0},  // FrameRate
-    {{85576, 11}, TagType::int8u, 0, 0, 0, 0},  // FrameLayout
-    {{85587, 21}, TagType::string, 0, 0, 0, 0},  // SamplingStructureCode
-    {{85608, 18}, TagType::int16u, 0, 0, 0, 0},  // TotalLinesperFrame
-    {{85626, 19}, TagType::int16u, 0, 0, 0, 0},  // ActiveLinesperFrame
-    {{85645, 12}, TagType::int32s, 0, 0, 0, 0},  // LeadingLines
-    {{85657, 13}, TagType::int32s, 0, 0, 0, 0},  // TrailingLines
-    {{85670, 21}, TagType::string, 0, 0, 0, 0},  // AnalogVideoSystemName
-    {{85691, 19}, TagType::int8u, 0, 0, 0, 0},  // LuminanceSampleRate
-    {{85710, 20}, TagType::int16u, 0, 0, 0, 0},  // ActiveSamplesperLine
-    {{85730, 19}, TagType::int16u, 0, 0, 0, 0},  // TotalSamplesperLine
-    {{85749, 21}, TagType::string, 0, 0, 0, 0},  // SamplingHierarchyCode
-    {{85770, 21}, TagType::int32u, 0, 0, 0, 0},  // HorizontalSubsampling
-    {{85791, 11}, TagType::int8u, 0, 0, 0, 0},  // ColorSiting
-    {{85802, 13}, TagType::int32u, 0, 0, 0, 0},  // SampledHeight
-    {{85815, 12}, TagType::int32u, 0, 0, 0, 0},  // SampledWidth
-    {{85827, 14}, TagType::int32s, 0, 0, 0, 0},  // SampledXOffset
-    {{85841, 14}, TagType::int32s, 0, 0, 0, 0},  // SampledYOffset
-    {{85855, 13}, TagType::int32u, 0, 0, 0, 0},  // DisplayHeight
-    {{85868, 12}, TagType::int32u, 0, 0, 0, 0},  // DisplayWidth
-    {{85880, 14}, TagType::int32s, 0, 0, 0, 0},  // DisplayXOffset
-    {{85894, 14}, TagType::int32s, 0, 0, 0, 0},  // DisplayYOffset
-    {{85908, 13}, TagType::string, 0, 0, 0, 0},  // FilteringCode
-    {{1494, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
-    {{1505, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
-    {{85921, 12}, TagType::int32s, 0, 0, 0, 0},  // BitsPerPixel
-    {{85933, 18}, TagType::string, 0, 0, 0, 0},  // RoundingMethodCode
-    {{85951, 19}, TagType::int32u, 0, 0, 0, 0},  // BlackReferenceLevel
-    {{85970, 19}, TagType::int32u, 0, 0, 0, 0},  // WhiteReferenceLevel
-    {{85989, 18}, TagType::string, 0, 0, 0, 0},  // FieldFrameTypeCode
-    {{86007, 16}, TagType::string, 0, 0, 0, 0},  // PulldownSequence
-    {{86023, 22}, TagType::string, 0, 0, 0, 0},  // PulldownFieldDominance
-    {{86045, 29}, TagType::int8u, 0, 0, 0, 0},  // VideoAndFilmFrameRelationship
-    {{86074, 20}, TagType::string, 0, 0, 0, 0},  // CaptureFilmFrameRate
-    {{86094, 21}, TagType::string, 0, 0, 0, 0},  // TransferFilmFrameRate
-    {{86115, 18}, TagType::string, 0, 0, 0, 0},  // VideoTestParameter
-    {{86133, 15}, TagType::float_, 0, 0, 0, 0},  // VideoTestResult
-    {{86148, 17}, TagType::string, 0, 0, 0, 0},  // FilmTestParameter
-    {{86165, 14}, TagType::float_, 0, 0, 0, 0},  // FilmTestResult
-    {{86179, 25}, TagType::int8u, 0, 0, 0, 0},  // ElectrospatialFormulation
-    {{86204, 16}, TagType::string, 0, 0, 0, 0},  // FilteringApplied
-    {{86220, 19}, TagType::string, 0, 0, 0, 0},  // AudioReferenceLevel
-    {{86239, 21}, TagType::int8u, 0, 0, 0, 0},  // AudioMonoChannelCount
-    {{86260, 23}, TagType::int8u, 0, 0, 0, 0},  // AudioStereoChannelCount
-    {{86283, 12}, TagType::string, 0, 0, 0, 0},  // AnalogSystem
-    {{45673, 15}, TagType::float_, 0, 0, 0, 0},  // AudioSampleRate
-    {{86295, 13}, TagType::int8u, 0, 0, 0, 0},  // BitsPerSample
-    {{86308, 11}, TagType::string, 0, 0, 0, 0},  // RoundingLaw
-    {{86319, 6}, TagType::string, 0, 0, 0, 0},  // Dither
-    {{86325, 12}, TagType::string, 0, 0, 0, 0},  // OpticalTrack
-    {{86337, 13}, TagType::string, 0, 0, 0, 0},  // MagneticTrack
-    {{86350, 20}, TagType::float_, 0, 0, 0, 0},  // Signal-to-NoiseRatio
-    {{86370, 9}, TagType::string, 0, 0, 0, 0},  // Weighting
-    {{86379, 20}, TagType::string, 0, 0, 0, 0},  // AnalogDataCodingKind
-    {{86399, 12}, TagType::string, 0, 0, 0, 0},  // TimecodeKind
-    {{86411, 16}, TagType::float_, 0, 0, 0, 0},  // TimecodeTimebase
-    {{86427, 20}, TagType::string, 0, 0, 0, 0},  // TimecodeUserBitsFlag
-    {{86447, 11}, TagType::string, 0, 0, 0, 0},  // IncludeSync
-    {{86458, 9}, TagType::string, 0, 0, 0, 0},  // DropFrame
-    {{86467, 18}, TagType::int8u, 0, 0, 0, 0},  // TimecodeSourceKind
-    {{86485, 21}, TagType::string, 0, 0, 0, 0},  // AnalogMetadataCarrier
-    {{86506, 22}, TagType::string, 0, 0, 0, 0},  // DigitalMetadataCarrier
-    {{86528, 36}, TagType::string, 0, 0, 0, 0},  // AnalogMonitoringAndControlCodingKind
-    {{50180, 10}, TagType::rational64s, 0, 0, 0, 0},  // SampleRate
-    {{86564, 13}, TagType::string, 0, 0, 0, 0},  // EssenceLength
-    {{86577, 16}, TagType::string, 0, 0, 0, 0},  // FilmColorProcess
-    {{86593, 14}, TagType::string, 0, 0, 0, 0},  // EdgeCodeFormat
-    {{86607, 14}, TagType::string, 0, 0, 0, 0},  // FilmFormatName
-    {{86621, 13}, TagType::string, 0, 0, 0, 0},  // FilmStockKind
-    {{86634, 25}, TagType::string, 0, 0, 0, 0},  // FilmStockManufacturerName
-    {{86659, 19}, TagType::string, 0, 0, 0, 0},  // PhysicalMediaLength
-    {{86678, 19}, TagType::string, 0, 0, 0, 0},  // FilmCaptureAperture
-    {{86697, 13}, TagType::string, 0, 0, 0, 0},  // ImageCategory
-    {{86710, 21}, TagType::string, 0, 0, 0, 0},  // ImageSourceDeviceKind
-    {{86731, 24}, TagType::string, 0, 0, 0, 0},  // OpticalTestParameterName
-    {{86755, 17}, TagType::float_, 0, 0, 0, 0},  // OpticalTestResult
-    {{86772, 10}, TagType::string, 0, 0, 0, 0},  // SensorType
-    {{86782, 19}, TagType::string, 0, 0, 0, 0},  // PolarCharacteristic
-    {{86801, 21}, TagType::string, 0, 0, 0, 0},  // IntegrationIndication
-    {{86822, 15}, TagType::string, 0, 0, 0, 0},  // EventIndication
-    {{86837, 11}, TagType::string, 0, 0, 0, 0},  // QualityFlag
-    {{86848, 20}, TagType::string, 0, 0, 0, 0},  // PhysicalInstanceKind
-    {{86868, 26}, TagType::string, 0, 0, 0, 0},  // DigitalOrAnalogOrigination
-    {{86894, 29}, TagType::string, 0, 0, 0, 0},  // MicrophonePlacementTechniques
-    {{86923, 19}, TagType::int16u, 0, 0, 0, 0},  // SimpleFlaggingCount
-    {{86942, 9}, TagType::int8u, 0, 0, 0, 0},  // CopyCount
-    {{86951, 10}, TagType::int8u, 0, 0, 0, 0},  // CloneCount
-    {{86961, 20}, TagType::string, 0, 0, 0, 0},  // Work-in-ProgressFlag
-    {{86981, 32}, TagType::string, 0, 0, 0, 0},  // VideoOrImageCompressionAlgorithm
-    {{87013, 16}, TagType::string, 0, 0, 0, 0},  // SplicingMetadata
-    {{87029, 25}, TagType::string, 0, 0, 0, 0},  // AudioCompressionAlgorithm
-    {{87054, 28}, TagType::string, 0, 0, 0, 0},  // VideoNoiseReductionAlgorithm
-    {{87082, 28}, TagType::string, 0, 0, 0, 0},  // AudioNoiseReductionAlgorithm
-    {{87110, 36}, TagType::string, 0, 0, 0, 0},  // EnhancementOrModificationDescription
-    {{87146, 15}, TagType::string, 0, 0, 0, 0},  // VideoDeviceKind
-    {{87161, 24}, TagType::string, 0, 0, 0, 0},  // VideoDeviceParameterName
-    {{87185, 27}, TagType::string, 0, 0, 0, 0},  // VideoDeviceParameterSetting
-    {{87212, 41}, TagType::string, 0, 0, 0, 0},  // AudioEnhancementOrModificationDescription
-    {{87253, 25}, TagType::string, 0, 0, 0, 0},  // AudioFirstMix-DownProcess
-    {{87278, 15}, TagType::string, 0, 0, 0, 0},  // AudioDeviceKind
-    {{87293, 20}, TagType::string, 0, 0, 0, 0},  // AudioDeviceParameter
-    {{87313, 27}, TagType::string, 0, 0, 0, 0},  // AudioDeviceParameterSetting
-    {{87340, 40}, TagType::string, 0, 0, 0, 0},  // DataEnhancementOrModificationDescription
-    {{87380, 14}, TagType::string, 0, 0, 0, 0},  // DataDeviceKind
-    {{87394, 23}, TagType::string, 0, 0, 0, 0},  // DataDeviceParameterName
-    {{87417, 26}, TagType::string, 0, 0, 0, 0},  // DataDeviceParameterSetting
-    {{87443, 15}, TagType::string, 0, 0, 0, 0},  // DefaultFadeType
-    {{87458, 11}, TagType::string, 0, 0, 0, 0},  // ActiveState
-    {{87469, 11}, TagType::string, 0, 0, 0, 0},  // Fade-InType
-    {{87480, 12}, TagType::string, 0, 0, 0, 0},  // Fade-OutType
-    {{87492, 21}, TagType::string, 0, 0, 0, 0},  // SpeedChangeEffectFlag
-    {{87513, 17}, TagType::int32s, 0, 0, 0, 0},  // InputSegmentCount
-    {{87530, 6}, TagType::int32u, 0, 0, 0, 0},  // Bypass
-    {{87536, 25}, TagType::string, 0, 0, 0, 0},  // VideoCompressionAlgorithm
-    {{87561, 24}, TagType::string, 0, 0, 0, 0},  // MPEGVideoRecodingDataset
-    {{87585, 33}, TagType::string, 0, 0, 0, 0},  // UpstreamAudioCompressionAlgorithm
-    {{87618, 24}, TagType::string, 0, 0, 0, 0},  // MPEGAudioRecodingDataset
-    {{87642, 31}, TagType::string, 0, 0, 0, 0},  // ProgramSupportMaterialReference
-    {{87673, 28}, TagType::string, 0, 0, 0, 0},  // AdvertisingMaterialReference
-    {{87701, 34}, TagType::string, 0, 0, 0, 0},  // ProgramCommercialMaterialReference
-    {{87735, 18}, TagType::string, 0, 0, 0, 0},  // ContiguousDataFlag
-    {{87753, 18}, TagType::int32u, 0, 0, 0, 0},  // PositionInSequence
-    {{87771, 32}, TagType::int32s, 0, 0, 0, 0},  // RelativePositionInSequenceOffset
-    {{87803, 30}, TagType::string, 0, 0, 0, 0},  // RelativePositionInSequenceName
-    {{60716, 21}, TagType::string, 0, 0, 0, 0},  // ImageCoordinateSystem
-    {{87833, 12}, TagType::string, 0, 0, 0, 0},  // MapDatumUsed
-    {{87845, 34}, TagType::float_, 0, 0, 0, 0},  // LocalDatumAbsolutePositionAccuracy
-    {{87879, 32}, TagType::float_, 0, 0, 0, 0},  // DeviceAbsolutePositionalAccuracy
-    {{87911, 14}, TagType::float_, 0, 0, 0, 0},  // DeviceAltitude
-    {{87925, 14}, TagType::float_, 0, 0, 0, 0},  // DeviceLatitude
-    {{87939, 15}, TagType::float_, 0, 0, 0, 0},  // DeviceLongitude
-    {{87954, 16}, TagType::float_, 0, 0, 0, 0},  // DeviceXDimension
-    {{87970, 16}, TagType::float_, 0, 0, 0, 0},  // DeviceYDimension
-    {{87986, 23}, TagType::float_, 0, 0, 0, 0},  // FramePositionalAccuracy
-    {{60875, 19}, TagType::string, 0, 0, 0, 0},  // FrameCenterLatitude
-    {{60894, 20}, TagType::string, 0, 0, 0, 0},  // FrameCenterLongitude
-    {{88009, 28}, TagType::string, 0, 0, 0, 0},  // FrameCenterLatitudeLongitude
-    {{88037, 34}, TagType::float_, 0, 0, 0, 0},  // LocalDatumRelativePositionAccuracy
-    {{88071, 32}, TagType::float_, 0, 0, 0, 0},  // DeviceRelativePositionalAccuracy
-    {{88103, 23}, TagType::float_, 0, 0, 0, 0},  // DeviceRelativePositionX
-    {{88126, 23}, TagType::float_, 0, 0, 0, 0},  // DeviceRelativePositionY
-    {{88149, 23}, TagType::float_, 0, 0, 0, 0},  // DeviceRelativePositionZ
-    {{88172, 33}, TagType::float_, 0, 0, 0, 0},  // SubjectRelativePositionalAccuracy
-    {{88205, 38}, TagType::int16s, 0, 0, 0, 0},  // PositionWithinViewportImageXCoordinate
-    {{88243, 38}, TagType::int16s, 0, 0, 0, 0},  // PositionWithinViewportImageYCoordinate
-    {{88281, 28}, TagType::int16s, 0, 0, 0, 0},  // SourceImageCenterXCoordinate
-    {{88309, 28}, TagType::int16s, 0, 0, 0, 0},  // SourceImageCenterYCoordinate
-    {{88337, 30}, TagType::int16s, 0, 0, 0, 0},  // ViewportImageCenterCCoordinate
-    {{88367, 30}, TagType::int16s, 0, 0, 0, 0},  // ViewportImageCenterYCoordinate
-    {{88397, 19}, TagType::float_, 0, 0, 0, 0},  // DeviceAbsoluteSpeed
-    {{88416, 21}, TagType::float_, 0, 0, 0, 0},  // DeviceAbsoluteHeading
-    {{88437, 20}, TagType::float_, 0, 0, 0, 0},  // SubjectAbsoluteSpeed
-    {{88457, 22}, TagType::float_, 0, 0, 0, 0},  // SubjectAbsoluteHeading
-    {{88479, 19}, TagType::float_, 0, 0, 0, 0},  // DeviceRelativeSpeed
-    {{88498, 21}, TagType::float_, 0, 0, 0, 0},  // DeviceRelativeHeading
-    {{88519, 20}, TagType::float_, 0, 0, 0, 0},  // SubjectRelativeSpeed
-    {{88539, 22}, TagType::float_, 0, 0, 0, 0},  // SubjectRelativeHeading
-    {{60854, 10}, TagType::float_, 0, 0, 0, 0},  // SlantRange
-    {{60864, 11}, TagType::float_, 0, 0, 0, 0},  // TargetWidth
-    {{88561, 14}, TagType::int16u, 0, 0, 0, 0},  // ViewportHeight
-    {{88575, 13}, TagType::int16u, 0, 0, 0, 0},  // ViewportWidth
-    {{88588, 15}, TagType::float_, 0, 0, 0, 0},  // SensorRollAngle
-    {{88603, 12}, TagType::float_, 0, 0, 0, 0},  // AngleToNorth
-    {{88615, 14}, TagType::float_, 0, 0, 0, 0},  // ObliquityAngle
-    {{88629, 12}, TagType::string, 0, 0, 0, 0},  // PlaceKeyword
-    {{88641, 17}, TagType::string, 0, 0, 0, 0},  // ObjectCountryCode
-    {{88658, 19}, TagType::string, 0, 0, 0, 0},  // ShootingCountryCode
-    {{88677, 18}, TagType::string, 0, 0, 0, 0},  // SettingCountryCode
-    {{88695, 27}, TagType::string, 0, 0, 0, 0},  // CopyrightLicenseCountryCode
-    {{88722, 38}, TagType::string, 0, 0, 0, 0},  // IntellectualPropertyLicenseCountryCode
-    {{88760, 16}, TagType::string, 0, 0, 0, 0},  // ObjectRegionCode
-    {{88776, 18}, TagType::string, 0, 0, 0, 0},  // ShootingRegionCode
-    {{88794, 17}, TagType::string, 0, 0, 0, 0},  // SettingRegionCode
-    {{88811, 26}, TagType::string, 0, 0, 0, 0},  // CopyrightLicenseRegionCode
-    {{88837, 37}, TagType::string, 0, 0, 0, 0},  // IntellectualPropertyLicenseRegionCode
-    {{88874, 10}, TagType::string, 0, 0, 0, 0},  // RoomNumber
-    {{88884, 12}, TagType::string, 0, 0, 0, 0},  // StreetNumber
-    {{88896, 10}, TagType::string, 0, 0, 0, 0},  // StreetName
-    {{88906, 10}, TagType::string, 0, 0, 0, 0},  // PostalTown
-    {{88916, 8}, TagType::string, 0, 0, 0, 0},  // CityName
-    {{88924, 27}, TagType::string, 0, 0, 0, 0},  // StateOrProvinceOrCountyName
-    {{50651, 10}, TagType::string, 0, 0, 0, 0},  // PostalCode
-    {{88951, 11}, TagType::string, 0, 0, 0, 0},  // CountryName
-    {{88962, 17}, TagType::string, 0, 0, 0, 0},  // SettingRoomNumber
-    {{88979, 33}, TagType::string, 0, 0, 0, 0},  // SettingStreetNumberOrBuildingName
-    {{89012, 17}, TagType::string, 0, 0, 0, 0},  // SettingStreetName
-    {{89029, 15}, TagType::string, 0, 0, 0, 0},  // SettingTownName
-    {{89044, 15}, TagType::string, 0, 0, 0, 0},  // SettingCityName
-    {{89059, 34}, TagType::string, 0, 0, 0, 0},  // SettingStateOrProvinceOrCountyName
-    {{89093, 17}, TagType::string, 0, 0, 0, 0},  // SettingPostalCode
-    {{89110, 18}, TagType::string, 0, 0, 0, 0},  // SettingCountryName
-    {{89128, 15}, TagType::string, 0, 0, 0, 0},  // TelephoneNumber
-    {{89143, 9}, TagType::string, 0, 0, 0, 0},  // FaxNumber
-    {{89152, 13}, TagType::string, 0, 0, 0, 0},  // E-mailAddress
-    {{89165, 18}, TagType::string, 0, 0, 0, 0},  // SettingDescription
-    {{89183, 15}, TagType::string, 0, 0, 0, 0},  // UTCUserDateTime
-    {{89198, 17}, TagType::string, 0, 0, 0, 0},  // LocalUserDateTime
-    {{89215, 21}, TagType::string, 0, 0, 0, 0},  // SMPTE309MUserDateTime
-    {{89236, 20}, TagType::string, 0, 0, 0, 0},  // SMPTE12MUserDateTime
-    {{89256, 16}, TagType::string, 0, 0, 0, 0},  // UTCStartDateTime
-    {{89272, 18}, TagType::string, 0, 0, 0, 0},  // LocalStartDateTime
-    {{89290, 21}, TagType::string, 0, 0, 0, 0},  // TimecodeStartDateTime
-    {{89311, 14}, TagType::string, 0, 0, 0, 0},  // UTCEndDateTime
-    {{89325, 16}, TagType::string, 0, 0, 0, 0},  // LocalEndDateTime
-    {{89341, 19}, TagType::string, 0, 0, 0, 0},  // TimecodeEndDateTime
-    {{89360, 17}, TagType::string, 0, 0, 0, 0},  // UTCLastModifyDate
-    {{89377, 19}, TagType::string, 0, 0, 0, 0},  // LocalLastModifyDate
-    {{89396, 22}, TagType::string, 0, 0, 0, 0},  // TimecodeLastModifyDate
-    {{89418, 21}, TagType::string, 0, 0, 0, 0},  // UTCEventStartDateTime
-    {{89439, 23}, TagType::string, 0, 0, 0, 0},  // LocalEventStartDateTime
-    {{89462, 26}, TagType::string, 0, 0, 0, 0},  // TimecodeEventStartDateTime
-    {{89488, 19}, TagType::string, 0, 0, 0, 0},  // UTCEventEndDateTime
-    {{89507, 21}, TagType::string, 0, 0, 0, 0},  // LocalEventEndDateTime
-    {{89528, 24}, TagType::string, 0, 0, 0, 0},  // TimecodeEventEndDateTime
-    {{89552, 28}, TagType::string, 0, 0, 0, 0},  // StartTimeRelativeToReference
-    {{89580, 32}, TagType::string, 0, 0, 0, 0},  // StartTimecodeRelativeToReference
-    {{89612, 21}, TagType::string, 0, 0, 0, 0},  // MaterialEndTimeOffset
-    {{89633, 25}, TagType::string, 0, 0, 0, 0},  // MaterialEndTimecodeOffset
-    {{89658, 20}, TagType::string, 0, 0, 0, 0},  // EventStartTimeOffset
-    {{89678, 24}, TagType::string, 0, 0, 0, 0},  // EventStartTimecodeOffset
-    {{89702, 18}, TagType::string, 0, 0, 0, 0},  // EventEndTimeOffset
-    {{89720, 22}, TagType::string, 0, 0, 0, 0},  // EventEndTimecodeOffset
-    {{89742, 16}, TagType::int32u, 0, 0, 0, 0},  // FrameCountOffset
-    {{89758, 14}, TagType::string, 0, 0, 0, 0},  // TimePeriodName
-    {{89772, 21}, TagType::string, 0, 0, 0, 0},  // LocalCreationDateTime
-    {{89793, 24}, TagType::string, 0, 0, 0, 0},  // TimecodeCreationDateTime
-    {{89817, 15}, TagType::string, 0, 0, 0, 0},  // LocalModifyDate
-    {{89832, 18}, TagType::string, 0, 0, 0, 0},  // TimecodeModifyDate
-    {{89850, 10}, TagType::int32u, 0, 0, 0, 0},  // FrameCount
-    {{89860, 24}, TagType::string, 0, 0, 0, 0},  // MaterialAbsoluteDuration
-    {{89884, 21}, TagType::int32u, 0, 0, 0, 0},  // TextlessBlackDuration
-    {{89905, 31}, TagType::int32u, 0, 0, 0, 0},  // EventAbsoluteDurationFrameCount
-    {{89936, 21}, TagType::string, 0, 0, 0, 0},  // EventAbsoluteDuration
-    {{89957, 11}, TagType::string, 0, 0, 0, 0},  // BufferDelay
-    {{89968, 17}, TagType::string, 0, 0, 0, 0},  // ProgramIdentifier
-    {{89985, 23}, TagType::string, 0, 0, 0, 0},  // ProgramIdentifierString
-    {{90008, 8}, TagType::string, 0, 0, 0, 0},  // ShimName
-    {{90016, 14}, TagType::int8u, 0, 0, 0, 0},  // SignalStandard
-    {{90030, 11}, TagType::string, 0, 0, 0, 0},  // IntendedAFD
-    {{90041, 10}, TagType::string, 0, 0, 0, 0},  // SlateTitle
-    {{90051, 8}, TagType::string, 0, 0, 0, 0},  // NOLACode
-    {{90059, 6}, TagType::string, 0, 0, 0, 0},  // Rating
-    {{90065, 23}, TagType::string, 0, 0, 0, 0},  // NielsenStreamIdentifier
-    {{90088, 11}, TagType::string, 0, 0, 0, 0},  // IsRecording
-    {{90099, 16}, TagType::string, 0, 0, 0, 0},  // IsLiveProduction
-    {{90115, 18}, TagType::string, 0, 0, 0, 0},  // IsLiveTransmission
-    {{90133, 8}, TagType::string, 0, 0, 0, 0},  // IsDubbed
-    {{90141, 11}, TagType::string, 0, 0, 0, 0},  // IsVoiceover
-    {{90152, 17}, TagType::string, 0, 0, 0, 0},  // HasAudioWatermark
-    {{90169, 18}, TagType::string, 0, 0, 0, 0},  // AudioWatermarkKind
-    {{90187, 17}, TagType::string, 0, 0, 0, 0},  // HasVideoWatermark
-    {{90204, 18}, TagType::string, 0, 0, 0, 0},  // VideoWatermarkKind
-    {{90222, 16}, TagType::string, 0, 0, 0, 0},  // SubtitlesPresent
-    {{90238, 13}, TagType::string, 0, 0, 0, 0},  // CaptionTitles
-    {{90251, 19}, TagType::string, 0, 0, 0, 0},  // CaptionsViaTeletext
-    {{90270, 16}, TagType::string, 0, 0, 0, 0},  // TextlessMaterial
-    {{90286, 17}, TagType::string, 0, 0, 0, 0},  // StorageDeviceKind
-    {{90303, 16}, TagType::string, 0, 0, 0, 0},  // StorageMediaKind
-    {{90319, 14}, TagType::string, 0, 0, 0, 0},  // StorageMediaID
-    {{90333, 13}, TagType::string, 0, 0, 0, 0},  // BroadcastDate
-    {{90346, 13}, TagType::string, 0, 0, 0, 0},  // BroadcastTime
-    {{90359, 8}, TagType::string, 0, 0, 0, 0},  // IsRepeat
-    {{90367, 21}, TagType::string, 0, 0, 0, 0},  // FirstTransmissionInfo
-    {{90388, 26}, TagType::string, 0, 0, 0, 0},  // TeletextSubtitlesAvailable
-    {{90414, 19}, TagType::string, 0, 0, 0, 0},  // SeasonEpisodeNumber
-    {{90433, 18}, TagType::string, 0, 0, 0, 0},  // SeasonEpisodeTitle
-    {{90451, 18}, TagType::string, 0, 0, 0, 0},  // EPGProgramSynopsis
-    {{90469, 17}, TagType::string, 0, 0, 0, 0},  // DVBParentalRating
-    {{90486, 21}, TagType::string, 0, 0, 0, 0},  // ContentMaturityRating
-    {{90507, 26}, TagType::string, 0, 0, 0, 0},  // ContentMaturityDescription
-    {{90533, 22}, TagType::string, 0, 0, 0, 0},  // ContentMaturityGraphic
-    {{90555, 14}, TagType::string, 0, 0, 0, 0},  // ContractEntity
-    {{90569, 16}, TagType::string, 0, 0, 0, 0},  // ContractTypeLink
-    {{90585, 20}, TagType::string, 0, 0, 0, 0},  // ConsumerRightsToCopy
-    {{90605, 23}, TagType::string, 0, 0, 0, 0},  // BroadcasterRightsToCopy
-    {{90628, 12}, TagType::string, 0, 0, 0, 0},  // DirectorName
-    {{90640, 12}, TagType::string, 0, 0, 0, 0},  // ProducerName
-    {{90652, 21}, TagType::string, 0, 0, 0, 0},  // FemaleLeadActressName
-    {{90673, 17}, TagType::string, 0, 0, 0, 0},  // MaleLeadActorName
-    {{90690, 13}, TagType::string, 0, 0, 0, 0},  // PresenterName
-    {{90703, 15}, TagType::string, 0, 0, 0, 0},  // MainSponsorName
-    {{90718, 15}, TagType::string, 0, 0, 0, 0},  // VoiceTalentName
-    {{90733, 13}, TagType::string, 0, 0, 0, 0},  // PostboxNumber
-    {{90746, 18}, TagType::string, 0, 0, 0, 0},  // PostCodeForPostbox
-    {{90764, 13}, TagType::string, 0, 0, 0, 0},  // ProgramNumber
-    {{90777, 18}, TagType::string, 0, 0, 0, 0},  // DefinitionObjectID
-    {{90795, 12}, TagType::int8u, 0, 0, 0, 0},  // IEEEDeviceID
-    {{90807, 13}, TagType::string, 0, 0, 0, 0},  // ProjectNumber
-    {{90820, 14}, TagType::string, 0, 0, 0, 0},  // EdgeCodeHeader
-    {{90834, 13}, TagType::int16s, 0, 0, 0, 0},  // ChannelHandle
-    {{90847, 21}, TagType::string, 0, 0, 0, 0},  // PhysicalMediaLocation
-    {{90868, 13}, TagType::string, 0, 0, 0, 0},  // MediaLocation
-    {{90881, 11}, TagType::int32u, 0, 0, 0, 0},  // TrackNumber
-    {{90892, 13}, TagType::string, 0, 0, 0, 0},  // EdgeCodeStart
-    {{90905, 12}, TagType::string, 0, 0, 0, 0},  // VersionTitle
-    {{90917, 7}, TagType::int32u, 0, 0, 0, 0},  // TrackID
-    {{90924, 9}, TagType::string, 0, 0, 0, 0},  // TrackName
-    {{90933, 20}, TagType::string, 0, 0, 0, 0},  // DefinitionObjectName
-    {{90953, 26}, TagType::int8u, 0, 0, 0, 0},  // ContentPackageMetadataLink
-    {{90979, 11}, TagType::string, 0, 0, 0, 0},  // DefinedName
-    {{90990, 22}, TagType::string, 0, 0, 0, 0},  // DeviceManufacturerName
-    {{91012, 14}, TagType::string, 0, 0, 0, 0},  // ManufacturerID
-    {{91026, 18}, TagType::string, 0, 0, 0, 0},  // IEEEManufacturerID
-    {{91044, 17}, TagType::string, 0, 0, 0, 0},  // AAFManufacturerID
-    {{91061, 23}, TagType::string, 0, 0, 0, 0},  // SupplyingDepartmentName
-    {{91084, 13}, TagType::float_, 0, 0, 0, 0},  // AudienceShare
-    {{91097, 20}, TagType::float_, 0, 0, 0, 0},  // AudienceAppreciation
-    {{91117, 10}, TagType::string, 0, 0, 0, 0},  // Salutation
-    {{91127, 23}, TagType::string, 0, 0, 0, 0},  // HonorsAndQualifications
-    {{91150, 18}, TagType::int32u, 0, 0, 0, 0},  // ObjectModelVersion
-    {{91168, 10}, TagType::string, 0, 0, 0, 0},  // SDKVersion
-    {{91178, 10}, TagType::string, 0, 0, 0, 0},  // IsOptional
-    {{91188, 12}, TagType::string, 0, 0, 0, 0},  // IsSearchable
-    {{91200, 15}, TagType::string, 0, 0, 0, 0},  // UseDefaultValue
-    {{91215, 16}, TagType::string, 0, 0, 0, 0},  // DefaultDataValue
-    {{91231, 4}, TagType::int8u, 0, 0, 0, 0},  // Size
-    {{91235, 8}, TagType::string, 0, 0, 0, 0},  // IsSigned
-    {{91243, 12}, TagType::int32u, 0, 0, 0, 0},  // ElementCount
-    {{91255, 15}, TagType::string, 0, 0, 0, 0},  // ElementNameList
-    {{91270, 30}, TagType::int64s, 0, 0, 0, 0},  // TypeDefinitionElementValueList
-    {{91300, 14}, TagType::string, 0, 0, 0, 0},  // MemberNameList
-    {{91314, 25}, TagType::string, 0, 0, 0, 0},  // ExtendibleElementNameList
-    {{91339, 37}, TagType::string, 0, 0, 0, 0},  // TypeDefinitionExtendibleElementValues
-    {{91376, 9}, TagType::string, 0, 0, 0, 0},  // TargetSet
-    {{91385, 10}, TagType::string, 0, 0, 0, 0},  // FillerData
-    {{91395, 12}, TagType::string, 0, 0, 0, 0},  // KLVDataValue
-    {{91407, 14}, TagType::string, 0, 0, 0, 0},  // PackageKLVData
-    {{91421, 16}, TagType::string, 0, 0, 0, 0},  // ComponentKLVData
-    {{91437, 20}, TagType::string, 0, 0, 0, 0},  // AssignedCategoryName
-    {{91457, 21}, TagType::string, 0, 0, 0, 0},  // AssignedCategoryValue
-    {{91478, 8}, TagType::string, 0, 0, 0, 0},  // ShotList
-    {{91486, 19}, TagType::string, 0, 0, 0, 0},  // PackageUserComments
-    {{91505, 11}, TagType::string, 0, 0, 0, 0},  // Cue-InWords
-    {{91516, 12}, TagType::string, 0, 0, 0, 0},  // Cue-OutWords
-    {{91528, 10}, TagType::string, 0, 0, 0, 0},  // ObjectKind
-    {{91538, 17}, TagType::string, 0, 0, 0, 0},  // ObjectDescription
-    {{91555, 10}, TagType::string, 0, 0, 0, 0},  // ObjectName
-    {{91565, 16}, TagType::string, 0, 0, 0, 0},  // MetadataItemName
-    {{91581, 15}, TagType::string, 0, 0, 0, 0},  // ShotCommentKind
-    {{91596, 11}, TagType::string, 0, 0, 0, 0},  // ShotComment
-    {{91607, 18}, TagType::string, 0, 0, 0, 0},  // ComputedObjectKind
-    {{91625, 19}, TagType::string, 0, 0, 0, 0},  // VersionNumberString
-    {{91644, 13}, TagType::string, 0, 0, 0, 0},  // VersionNumber
-    {{91657, 11}, TagType::string, 0, 0, 0, 0},  // WAVESummary
-    {{91668, 11}, TagType::string, 0, 0, 0, 0},  // AIFCSummary
-    {{91679, 11}, TagType::string, 0, 0, 0, 0},  // TIFFSummary
-    {{91690, 19}, TagType::rational64s, 0, 0, 0, 0},  // ViewportAspectRatio
-    {{91709, 25}, TagType::string, 0, 0, 0, 0},  // PresentationGammaEquation
-    {{91734, 14}, TagType::int8u, 0, 0, 0, 0},  // FieldDominance
-    {{91748, 12}, TagType::int32s, 0, 0, 0, 0},  // VideoLineMap
-    {{91760, 20}, TagType::int32u, 0, 0, 0, 0},  // VerticalSub-sampling
-    {{91780, 16}, TagType::int32u, 0, 0, 0, 0},  // ColorRangeLevels
-    {{91796, 11}, TagType::string, 0, 0, 0, 0},  // PixelLayout
-    {{91807, 16}, TagType::int32u, 0, 0, 0, 0},  // AlphaSampleDepth
-    {{1969, 7}, TagType::string, 0, 0, 0, 0},  // Palette
-    {{91823, 13}, TagType::string, 0, 0, 0, 0},  // PaletteLayout
-    {{91836, 14}, TagType::int32u, 0, 0, 0, 0},  // ComponentDepth
-    {{91850, 19}, TagType::string, 0, 0, 0, 0},  // VideoCodingSchemeID
-    {{91869, 27}, TagType::int32u, 0, 0, 0, 0},  // RoundedCaptureFilmFrameRate
-    {{91896, 19}, TagType::float_, 0, 0, 0, 0},  // AudioAverageBitrate
-    {{91915, 21}, TagType::string, 0, 0, 0, 0},  // AudioFixedBitrateFlag
-    {{91936, 13}, TagType::string, 0, 0, 0, 0},  // CodingLawKind
-    {{91949, 19}, TagType::string, 0, 0, 0, 0},  // AudioCodingSchemeID
-    {{91968, 11}, TagType::int8u, 0, 0, 0, 0},  // LayerNumber
-    {{91979, 23}, TagType::int16u, 0, 0, 0, 0},  // RoundedTimecodeTimebase
-    {{92002, 23}, TagType::string, 0, 0, 2, 7},  // ComponentDataDefinition
-    {{92025, 10}, TagType::string, 0, 0, 0, 0},  // StreamData
-    {{92035, 18}, TagType::string, 0, 0, 0, 0},  // TimecodeStreamData
-    {{92053, 14}, TagType::string, 0, 0, 0, 0},  // RecordedFormat
-    {{92067, 13}, TagType::string, 0, 0, 0, 0},  // TapeShellKind
-    {{92080, 15}, TagType::string, 0, 0, 0, 0},  // TapeFormulation
-    {{92095, 12}, TagType::int32u, 0, 0, 0, 0},  // TapeCapacity
-    {{92107, 16}, TagType::string, 0, 0, 0, 0},  // TapeManufacturer
-    {{92123, 9}, TagType::string, 0, 0, 0, 0},  // TapeStock
-    {{92132, 15}, TagType::string, 0, 0, 0, 0},  // TapeBatchNumber
-    {{92147, 20}, TagType::float_, 0, 0, 0, 0},  // PerforationsPerFrame
-    {{92167, 15}, TagType::string, 0, 0, 0, 0},  // FilmBatchNumber
-    {{92182, 9}, TagType::string, 0, 0, 0, 0},  // FilmGauge
-    {{92191, 17}, TagType::string, 0, 0, 0, 0},  // EdgeCodeFilmGauge
-    {{92208, 18}, TagType::rational64s, 0, 0, 0, 0},  // ExposedAspectRatio
-    {{92226, 20}, TagType::int32u, 0, 0, 0, 0},  // ImageAlignmentOffset
-    {{92246, 16}, TagType::int32u, 0, 0, 0, 0},  // ImageStartOffset
-    {{92262, 14}, TagType::int32u, 0, 0, 0, 0},  // ImageEndOffset
-    {{92276, 11}, TagType::int16s, 0, 0, 0, 0},  // PaddingBits
-    {{8543, 11}, TagType::float_, 0, 0, 0, 0},  // FocalLength
-    {{50277, 10}, TagType::string, 0, 0, 0, 0},  // SensorSize
-    {{8435, 7}, TagType::float_, 0, 0, 0, 0},  // FNumber
-    {{92287, 14}, TagType::string, 0, 0, 0, 0},  // SensorTypeCode
-    {{92301, 21}, TagType::float_, 0, 0, 0, 0},  // FieldOfViewHorizontal
-    {{92322, 28}, TagType::string, 0, 0, 0, 0},  // AnamorphicLensCharacteristic
-    {{92350, 15}, TagType::string, 0, 0, 0, 0},  // UniformDataFlag
-    {{92365, 11}, TagType::string, 0, 0, 0, 0},  // JPEGTableID
-    {{92376, 17}, TagType::int8u, 0, 0, 9, 2},  // AlphaTransparency
-    {{92393, 12}, TagType::string, 0, 0, 0, 0},  // GenerationID
-    {{92405, 23}, TagType::string, 0, 0, 0, 0},  // ApplicationSupplierName
-    {{92428, 15}, TagType::string, 0, 0, 0, 0},  // ApplicationName
-    {{92443, 24}, TagType::string, 0, 0, 0, 0},  // ApplicationVersionNumber
-    {{92467, 24}, TagType::string, 0, 0, 0, 0},  // ApplicationVersionString
-    {{92491, 19}, TagType::string, 0, 0, 0, 0},  // ApplicationPlatform
-    {{92510, 20}, TagType::string, 0, 0, 0, 0},  // ApplicationProductID
-    {{92530, 18}, TagType::string, 0, 0, 0, 0},  // LinkedGenerationID
-    {{92548, 16}, TagType::string, 0, 0, 0, 0},  // ContainerVersion
-    {{92564, 14}, TagType::string, 0, 0, 0, 0},  // ToolkitVersion
-    {{92578, 17}, TagType::string, 0, 0, 0, 0},  // Plug-InCategoryID
-    {{92595, 17}, TagType::string, 0, 0, 0, 0},  // Plug-InPlatformID
-    {{92612, 31}, TagType::string, 0, 0, 0, 0},  // MinimumSupportedPlatformVersion
-    {{92643, 31}, TagType::string, 0, 0, 0, 0},  // MaximumSupportedPlatformVersion
-    {{92674, 15}, TagType::string, 0, 0, 0, 0},  // Plug-InEngineID
-    {{92689, 29}, TagType::string, 0, 0, 0, 0},  // MinimumSupportedEngineVersion
-    {{92718, 29}, TagType::string, 0, 0, 0, 0},  // MaximumSupportedEngineVersion
-    {{92747, 12}, TagType::string, 0, 0, 0, 0},  // Plug-InAPIID
-    {{92759, 17}, TagType::string, 0, 0, 0, 0},  // MinimumAPIVersion
-    {{92776, 17}, TagType::string, 0, 0, 0, 0},  // MaximumAPIVersion
-    {{92793, 24}, TagType::string, 0, 0, 0, 0},  // Software-OnlySupportFlag
-    {{92817, 23}, TagType::string, 0, 0, 0, 0},  // HardwareAcceleratorFlag
-    {{92840, 17}, TagType::string, 0, 0, 0, 0},  // Plug-InLocatorSet
-    {{92857, 18}, TagType::string, 0, 0, 0, 0},  // AuthenticationFlag
-    {{92875, 28}, TagType::string, 0, 0, 0, 0},  // AssociatedMetadataDefinition
-    {{92903, 18}, TagType::rational64s, 0, 0, 0, 0},  // EventTrackEditRate
-    {{92921, 19}, TagType::rational64s, 0, 0, 0, 0},  // DefaultFadeEditRate
-    {{92940, 19}, TagType::string, 0, 0, 0, 0},  // EditingEventComment
-    {{92959, 8}, TagType::rational64s, 0, 0, 0, 0},  // EditRate
-    {{92967, 21}, TagType::string, 0, 0, 0, 0},  // OperationDefinitionID
-    {{92988, 5}, TagType::string, 0, 0, 0, 0},  // Value
-    {{92993, 8}, TagType::string, 0, 0, 0, 0},  // EditHint
-    {{93001, 23}, TagType::string, 0, 0, 0, 0},  // OperationDataDefinition
-    {{93024, 17}, TagType::string, 0, 0, 0, 0},  // OperationCategory
-    {{93041, 12}, TagType::string, 0, 0, 0, 0},  // DisplayUnits
-    {{93053, 14}, TagType::int32u, 0, 0, 0, 0},  // BypassOverride
-    {{93067, 14}, TagType::string, 0, 0, 0, 0},  // TimepointValue
-    {{93081, 11}, TagType::string, 0, 0, 0, 0},  // BeginAnchor
-    {{93092, 9}, TagType::string, 0, 0, 0, 0},  // EndAnchor
-    {{93101, 28}, TagType::string, 0, 0, 0, 0},  // FilmToVideoTransferDirection
-    {{93129, 23}, TagType::string, 0, 0, 0, 0},  // FilmToVideoTransferKind
-    {{93152, 24}, TagType::string, 0, 0, 0, 0},  // FilmToVideoTransferPhase
-    {{93176, 21}, TagType::string, 0, 0, 0, 0},  // TeletextSubtitlesFlag
-    {{93197, 20}, TagType::string, 0, 0, 0, 0},  // SubtitleDatafileFlag
-    {{93217, 26}, TagType::string, 0, 0, 0, 0},  // ClosedCaptionSubtitlesFlag
-    {{93243, 11}, TagType::string, 0, 0, 0, 0},  // SampleIndex
-    {{93254, 15}, TagType::string, 0, 0, 0, 0},  // SourcePackageID
-    {{93269, 13}, TagType::int32u, 0, 0, 0, 0},  // SourceTrackID
-    {{93282, 13}, TagType::int32u, 0, 0, 0, 0},  // RelativeScope
-    {{93295, 13}, TagType::int32u, 0, 0, 0, 0},  // RelativeTrack
-    {{93308, 11}, TagType::string, 0, 0, 0, 0},  // ObjectClass
-    {{93319, 22}, TagType::string, 0, 0, 0, 0},  // EssenceContainerFormat
-    {{93341, 15}, TagType::string, 0, 0, 0, 0},  // CodecDefinition
-    {{93356, 19}, TagType::string, 0, 0, 0, 0},  // ParameterDefinition
-    {{93375, 13}, TagType::string, 0, 0, 0, 0},  // Interpolation
-    {{93388, 17}, TagType::string, 0, 0, 0, 0},  // ParameterDataType
-    {{93405, 22}, TagType::string, 0, 0, 0, 0},  // CodecEssenceDescriptor
-    {{93427, 14}, TagType::string, 0, 0, 0, 0},  // ContentStorage
-    {{93441, 10}, TagType::string, 0, 0, 0, 0},  // Dictionary
-    {{93451, 18}, TagType::string, 0, 0, 0, 0},  // EssenceDescription
-    {{93469, 8}, TagType::string, 0, 0, 0, 0},  // Sequence
-    {{93477, 16}, TagType::string, 0, 0, 0, 0},  // TransitionEffect
-    {{93493, 15}, TagType::string, 0, 0, 0, 0},  // EffectRendering
-    {{93508, 12}, TagType::string, 0, 0, 0, 0},  // InputSegment
-    {{93520, 10}, TagType::string, 0, 0, 0, 0},  // StillFrame
-    {{93530, 8}, TagType::string, 0, 0, 0, 0},  // Selected
-    {{93538, 10}, TagType::string, 0, 0, 0, 0},  // Annotation
-    {{93548, 29}, TagType::string, 0, 0, 0, 0},  // ManufacturerInformationObject
-    {{93577, 17}, TagType::string, 0, 0, 0, 0},  // CodecEssenceKinds
-    {{93594, 19}, TagType::string, 0, 0, 0, 0},  // OperationParameters
-    {{93613, 15}, TagType::string, 0, 0, 0, 0},  // DegradedEffects
-    {{93628, 8}, TagType::string, 0, 0, 0, 0},  // Packages
-    {{93636, 11}, TagType::string, 0, 0, 0, 0},  // EssenceData
-    {{93647, 20}, TagType::string, 0, 0, 0, 0},  // OperationDefinitions
-    {{93667, 20}, TagType::string, 0, 0, 0, 0},  // ParameterDefinitions
-    {{93687, 15}, TagType::string, 0, 0, 0, 0},  // DataDefinitions
-    {{93702, 18}, TagType::string, 0, 0, 0, 0},  // Plug-InDefinitions
-    {{93720, 16}, TagType::string, 0, 0, 0, 0},  // CodecDefinitions
-    {{93736, 20}, TagType::string, 0, 0, 0, 0},  // ContainerDefinitions
-    {{93756, 24}, TagType::string, 0, 0, 0, 0},  // InterpolationDefinitions
-    {{93780, 24}, TagType::string, 0, 0, 0, 0},  // AvailableRepresentations
-    {{93804, 13}, TagType::string, 0, 0, 0, 0},  // InputSegments
-    {{93817, 15}, TagType::string, 0, 0, 0, 0},  // EssenceLocators
-    {{93832, 18}, TagType::string, 0, 0, 0, 0},  // IdentificationList
-    {{93850, 6}, TagType::string, 0, 0, 0, 0},  // Tracks
-    {{93856, 16}, TagType::string, 0, 0, 0, 0},  // ControlPointList
-    {{93872, 13}, TagType::string, 0, 0, 0, 0},  // PackageTracks
-    {{93885, 10}, TagType::string, 0, 0, 0, 0},  // Alternates
-    {{93895, 20}, TagType::string, 0, 0, 0, 0},  // ComponentsInSequence
-    {{93915, 10}, TagType::string, 0, 0, 0, 0},  // Parameters
-    {{93925, 15}, TagType::string, 0, 0, 0, 0},  // LinkedPackageID
-    {{93940, 11}, TagType::string, 0, 0, 0, 0},  // ParentClass
-    {{93951, 10}, TagType::string, 0, 0, 0, 0},  // Properties
-    {{93961, 10}, TagType::string, 0, 0, 0, 0},  // IsConcrete
-    {{93971, 12}, TagType::string, 0, 0, 0, 0},  // PropertyType
-    {{93983, 7}, TagType::int16u, 0, 0, 0, 0},  // LocalID
-    {{93990, 18}, TagType::string, 0, 0, 0, 0},  // IsUniqueIdentifier
-    {{94008, 16}, TagType::string, 0, 0, 0, 0},  // ClassDefinitions
-    {{94024, 15}, TagType::string, 0, 0, 0, 0},  // TypeDefinitions
-    {{94039, 28}, TagType::string, 0, 0, 0, 0},  // TargetClassOfStrongReference
-    {{94067, 26}, TagType::string, 0, 0, 0, 0},  // TargetClassOfWeakReference
-    {{94093, 32}, TagType::string, 0, 0, 0, 0},  // EnumerationUnderlyingIntegerType
-    {{94125, 21}, TagType::string, 0, 0, 0, 0},  // FixedArrayElementType
-    {{94146, 24}, TagType::string, 0, 0, 0, 0},  // VariableArrayElementType
-    {{94170, 14}, TagType::string, 0, 0, 0, 0},  // SetElementType
-    {{94184, 17}, TagType::string, 0, 0, 0, 0},  // StringElementType
-    {{94201, 17}, TagType::string, 0, 0, 0, 0},  // StreamElementType
-    {{94218, 11}, TagType::string, 0, 0, 0, 0},  // MemberTypes
-    {{94229, 11}, TagType::string, 0, 0, 0, 0},  // RenamedType
-    {{94240, 20}, TagType::string, 0, 0, 0, 0},  // DictionaryIdentifier
-    {{94260, 21}, TagType::string, 0, 0, 0, 0},  // DictionaryDescription
-    {{94281, 20}, TagType::int16u, 0, 0, 0, 0},  // BlockContinuityCount
-    {{94301, 23}, TagType::int32s, 0, 0, 0, 0},  // StreamPositionIndicator
-    {{94324, 6}, TagType::int64s, 0, 0, 0, 0},  // Origin
-    {{94330, 13}, TagType::int64s, 0, 0, 0, 0},  // StartTimecode
-    {{94343, 8}, TagType::int64s, 0, 0, 0, 0},  // CutPoint
-    {{94351, 10}, TagType::string, 0, 0, 0, 0},  // EventStart
-    {{94361, 16}, TagType::rational64s, 0, 0, 0, 0},  // ControlPointTime
-    {{24748, 10}, TagType::string, 0, 0, 0, 0},  // CreateDate
-    {{24768, 10}, TagType::string, 0, 0, 0, 0},  // ModifyDate
-    {{94377, 23}, TagType::string, 0, 0, 0, 0},  // ContainerLastModifyDate
-    {{94400, 21}, TagType::string, 0, 0, 0, 0},  // PackageLastModifyDate
-    {{9873, 8}, TagType::string, 0, 0, 0, 0},  // Duration
-    {{94421, 19}, TagType::string, 0, 0, 0, 0},  // DefaultFadeDuration
-    {{94440, 15}, TagType::string, 0, 0, 0, 0},  // Fade-InDuration
-    {{94455, 16}, TagType::string, 0, 0, 0, 0},  // Fade-OutDuration
-    {{94471, 10}, TagType::string, 0, 0, 0, 0},  // TapeFormat
-    {{94481, 12}, TagType::string, 0, 0, 0, 0},  // GlobalNumber
-    {{94493, 12}, TagType::string, 0, 0, 0, 0},  // DeviceIDKind
-    {{94505, 10}, TagType::string, 0, 0, 0, 0},  // DeviceKind
-    {{94515, 14}, TagType::string, 0, 0, 0, 0},  // DeviceKindCode
-    {{94529, 19}, TagType::string, 0, 0, 0, 0},  // PlatformDesignation
-    {{94548, 13}, TagType::string, 0, 0, 0, 0},  // PlatformModel
-    {{94561, 20}, TagType::string, 0, 0, 0, 0},  // PlatformSerialNumber
-    {{94581, 13}, TagType::string, 0, 0, 0, 0},  // LocalTargetID
-    {{94594, 18}, TagType::string, 0, 0, 0, 0},  // MagneticDiskNumber
-    {{94612, 17}, TagType::string, 0, 0, 0, 0},  // OpticalDiscNumber
-    {{60499, 8}, TagType::int8u, 0, 0, 0, 0},  // StreamID
-    {{60507, 17}, TagType::int16u, 0, 0, 0, 0},  // TransportStreamID
-    {{94629, 27}, TagType::string, 0, 0, 0, 0},  // OrganizationalProgramNumber
-    {{60524, 16}, TagType::string, 0, 0, 0, 0},  // ItemDesignatorID
-    {{60626, 9}, TagType::string, 0, 0, 0, 0},  // MissionID
-    {{94656, 18}, TagType::string, 0, 0, 0, 0},  // RecordingLabelName
-    {{94674, 14}, TagType::string, 0, 0, 0, 0},  // CollectionName
-    {{94688, 10}, TagType::string, 0, 0, 0, 0},  // OriginCode
-    {{94698, 17}, TagType::string, 0, 0, 0, 0},  // MainCatalogNumber
-    {{94715, 19}, TagType::string, 0, 0, 0, 0},  // CatalogPrefixNumber
-    {{94734, 10}, TagType::string, 0, 0, 0, 0},  // SideNumber
-    {{94744, 19}, TagType::string, 0, 0, 0, 0},  // RecordedTrackNumber
-    {{94763, 25}, TagType::int16u, 0, 0, 0, 0},  // SeriesinaSeriesGroupCount
-    {{94788, 20}, TagType::string, 0, 0, 0, 0},  // ProgrammingGroupKind
-    {{94808, 26}, TagType::string, 0, 0, 0, 0},  // PurchasingOrganizationName
-    {{94834, 19}, TagType::string, 0, 0, 0, 0},  // SalesContractNumber
-    {{94853, 20}, TagType::string, 0, 0, 0, 0},  // PurchasingDepartment
-    {{94873, 12}, TagType::string, 0, 0, 0, 0},  // ContractType
-    {{94885, 16}, TagType::string, 0, 0, 0, 0},  // ContractTypeCode
-    {{94901, 25}, TagType::string, 0, 0, 0, 0},  // ContractClauseDescription
-    {{94926, 16}, TagType::string, 0, 0, 0, 0},  // ContractLineCode
-    {{94942, 16}, TagType::string, 0, 0, 0, 0},  // ContractLineName
-    {{94958, 23}, TagType::string, 0, 0, 0, 0},  // ContractTermsOfBusiness
-    {{94981, 29}, TagType::float_, 0, 0, 0, 0},  // ContractInstallmentPercentage
-    {{95010, 12}, TagType::string, 0, 0, 0, 0},  // Jurisdiction
-    {{95022, 26}, TagType::string, 0, 0, 0, 0},  // RightsConditionDescription
-    {{95048, 12}, TagType::string, 0, 0, 0, 0},  // CurrencyName
-    {{95060, 12}, TagType::string, 0, 0, 0, 0},  // TotalPayment
-    {{95072, 16}, TagType::string, 0, 0, 0, 0},  // PayeeAccountName
-    {{95088, 18}, TagType::string, 0, 0, 0, 0},  // PayeeAccountNumber
-    {{95106, 20}, TagType::string, 0, 0, 0, 0},  // PayeeAccountSortCode
-    {{95126, 11}, TagType::string, 0, 0, 0, 0},  // TotalIncome
-    {{95137, 16}, TagType::string, 0, 0, 0, 0},  // PayerAccountName
-    {{95153, 18}, TagType::string, 0, 0, 0, 0},  // PayerAccountNumber
-    {{95171, 20}, TagType::string, 0, 0, 0, 0},  // PayerAccountSortCode
-    {{60215, 22}, TagType::string, 0, 0, 0, 0},  // SecurityClassification
-    {{95191, 29}, TagType::string, 0, 0, 0, 0},  // SecurityClassificationCaveats
-    {{60337, 12}, TagType::string, 0, 0, 0, 0},  // ClassifiedBy
-    {{60360, 20}, TagType::string, 0, 0, 0, 0},  // ClassificationReason
-    {{60380, 20}, TagType::string, 0, 0, 0, 0},  // DeclassificationDate
-    {{60349, 11}, TagType::string, 0, 0, 0, 0},  // DerivedFrom
-    {{95220, 21}, TagType::string, 0, 0, 0, 0},  // ClassificationComment
-    {{60400, 30}, TagType::string, 0, 0, 0, 0},  // ClassificationAndMarkingSystem
-    {{95241, 20}, TagType::string, 0, 0, 0, 0},  // BroadcastServiceName
-    {{95261, 19}, TagType::string, 0, 0, 0, 0},  // BroadcastMediumCode
-    {{95280, 15}, TagType::string, 0, 0, 0, 0},  // JobFunctionCode
-    {{95295, 8}, TagType::string, 0, 0, 0, 0},  // JobTitle
-    {{95303, 17}, TagType::string, 0, 0, 0, 0},  // PersonDescription
-    {{95320, 10}, TagType::string, 0, 0, 0, 0},  // RegionCode
-    {{95330, 10}, TagType::string, 0, 0, 0, 0},  // RegionName
-    {{95340, 12}, TagType::string, 0, 0, 0, 0},  // LanguageName
-    {{95352, 21}, TagType::int8u, 0, 0, 0, 0},  // TerminatingFillerData
-    {{95373, 20}, TagType::float_, 0, 0, 0, 0},  // TimingBiasCorrection
-    {{95393, 31}, TagType::string, 0, 0, 0, 0},  // TimingBiasCorrectionDescription
-    {{95424, 33}, TagType::string, 0, 0, 0, 0},  // ProgramMaterialClassificationCode
-    {{95457, 11}, TagType::string, 0, 0, 0, 0},  // SubjectName
-    {{95468, 19}, TagType::int32u, 0, 0, 0, 0},  // KeyFrameSampleCount
-    {{95487, 16}, TagType::string, 0, 0, 0, 0},  // IntentDescriptor
-    {{95503, 22}, TagType::string, 0, 0, 0, 0},  // TextualDescriptionKind
-    {{95525, 12}, TagType::string, 0, 0, 0, 0},  // FestivalName
-    {{95537, 21}, TagType::string, 0, 0, 0, 0},  // ObjectDescriptionCode
-    {{95558, 15}, TagType::string, 0, 0, 0, 0},  // DescriptionKind
-    {{95573, 18}, TagType::string, 0, 0, 0, 0},  // DescriptiveComment
-    {{95591, 18}, TagType::string, 0, 0, 0, 0},  // ContextDescription
-    {{95609, 30}, TagType::int16u, 0, 0, 0, 0},  // ObjectIdentificationConfidence
-    {{95639, 32}, TagType::int32u, 0, 0, 0, 0},  // ObjectHorizontalAverageDimension
-    {{95671, 30}, TagType::int32u, 0, 0, 0, 0},  // ObjectVerticalAverageDimension
-    {{95701, 19}, TagType::int32u, 0, 0, 0, 0},  // ObjectAreaDimension
-    {{95720, 30}, TagType::float_, 0, 0, 0, 0},  // HorizontalActionSafePercentage
-    {{95750, 28}, TagType::float_, 0, 0, 0, 0},  // VerticalActionSafePercentage
-    {{95778, 32}, TagType::float_, 0, 0, 0, 0},  // HorizontalGraphicsSafePercentage
-    {{95810, 30}, TagType::float_, 0, 0, 0, 0},  // VerticalGraphicsSafePercentage
-    {{95840, 26}, TagType::string, 0, 0, 0, 0},  // PerceivedDisplayFormatName
-    {{95866, 26}, TagType::string, 0, 0, 0, 0},  // PerceivedDisplayFormatCode
-    {{95892, 14}, TagType::string, 0, 0, 0, 0},  // VideoColorKind
-    {{95906, 18}, TagType::int16u, 0, 0, 0, 0},  // PictureDisplayRate
-    {{95924, 19}, TagType::float_, 0, 0, 0, 0},  // VideoAverageBitrate
-    {{95943, 17}, TagType::string, 0, 0, 0, 0},  // VideoFixedBitrate
-    {{95960, 22}, TagType::string, 0, 0, 0, 0},  // DigitalVideoFileFormat
-    {{95982, 13}, TagType::string, 0, 0, 0, 0},  // CodingLawName
-    {{95995, 21}, TagType::string, 0, 0, 0, 0},  // AudioCodingSchemeCode
-    {{96016, 21}, TagType::string, 0, 0, 0, 0},  // AudioCodingSchemeName
-    {{96037, 22}, TagType::int32u, 0, 0, 0, 0},  // DigitalEncodingBitrate
-    {{96059, 19}, TagType::string, 0, 0, 0, 0},  // DataEssenceCodingID
-    {{96078, 11}, TagType::string, 0, 0, 0, 0},  // StorageKind
-    {{96089, 15}, TagType::string, 0, 0, 0, 0},  // StorageKindCode
-    {{96104, 21}, TagType::int64u, 0, 0, 0, 0},  // TapePartitionCapacity
-    {{96125, 21}, TagType::int64u, 0, 0, 0, 0},  // DiscPartitionCapacity
-    {{96146, 19}, TagType::int16u, 0, 0, 0, 0},  // FieldOfViewVertical
-    {{96165, 18}, TagType::string, 0, 0, 0, 0},  // SystemNameOrNumber
-    {{96183, 8}, TagType::string, 0, 0, 0, 0},  // LogoFlag
-    {{96191, 11}, TagType::string, 0, 0, 0, 0},  // GraphicKind
-    {{96202, 16}, TagType::string, 0, 0, 0, 0},  // GraphicUsageKind
-    {{96218, 17}, TagType::string, 0, 0, 0, 0},  // SignatureTuneFlag
-    {{96235, 19}, TagType::string, 0, 0, 0, 0},  // BackgroundMusicFlag
-    {{96254, 25}, TagType::string, 0, 0, 0, 0},  // ProductionScriptReference
-    {{96279, 19}, TagType::string, 0, 0, 0, 0},  // TranscriptReference
-    {{96298, 15}, TagType::string, 0, 0, 0, 0},  // HorizontalDatum
-    {{96313, 13}, TagType::string, 0, 0, 0, 0},  // VerticalDatum
-    {{96326, 20}, TagType::string, 0, 0, 0, 0},  // CornerLatitudePoint1
-    {{96346, 20}, TagType::string, 0, 0, 0, 0},  // CornerLatitudePoint2
-    {{96366, 20}, TagType::string, 0, 0, 0, 0},  // CornerLatitudePoint3
-    {{96386, 20}, TagType::string, 0, 0, 0, 0},  // CornerLatitudePoint4
-    {{96406, 21}, TagType::string, 0, 0, 0, 0},  // CornerLongitudePoint1
-    {{96427, 21}, TagType::string, 0, 0, 0, 0},  // CornerLongitudePoint2
-    {{96448, 21}, TagType::string, 0, 0, 0, 0},  // CornerLongitudePoint3
-    {{96469, 21}, TagType::string, 0, 0, 0, 0},  // CornerLongitudePoint4
-    {{8789, 15}, TagType::float_, 0, 0, 0, 0},  // SubjectDistance
-    {{96490, 23}, TagType::string, 0, 0, 0, 0},  // ObjectCountryCodeMethod
-    {{96513, 17}, TagType::string, 0, 0, 0, 0},  // CountryCodeMethod
-    {{96530, 28}, TagType::string, 0, 0, 0, 0},  // Non-USClassifyingCountryCode
-    {{96558, 21}, TagType::string, 0, 0, 0, 0},  // ReleasableCountryCode
-    {{96579, 16}, TagType::string, 0, 0, 0, 0},  // ObjectRegionName
-    {{96595, 18}, TagType::string, 0, 0, 0, 0},  // ShootingRegionName
-    {{96613, 17}, TagType::string, 0, 0, 0, 0},  // SettingRegionName
-    {{96630, 26}, TagType::string, 0, 0, 0, 0},  // CopyrightLicenseRegionName
-    {{96656, 37}, TagType::string, 0, 0, 0, 0},  // IntellectualPropertyLicenseRegionName
-    {{96693, 17}, TagType::int64u, 0, 0, 0, 0},  // POSIXMicroseconds
-    {{96710, 23}, TagType::string, 0, 0, 0, 0},  // EventElapsedTimeToStart
-    {{96733, 21}, TagType::string, 0, 0, 0, 0},  // EventElapsedTimeToEnd
-    {{96754, 18}, TagType::string, 0, 0, 0, 0},  // OrganizationIDKind
-    {{96772, 7}, TagType::string, 0, 0, 0, 0},  // SMPTEUL
-    {{96779, 21}, TagType::string, 0, 0, 0, 0},  // EssenceContainerArray
-    {{96800, 15}, TagType::int32u, 0, 0, 0, 0},  // EssenceStreamID
-    {{96815, 13}, TagType::int32u, 0, 0, 0, 0},  // IndexStreamID
-    {{96828, 12}, TagType::string, 0, 0, 0, 0},  // WorkingTitle
-    {{96840, 13}, TagType::string, 0, 0, 0, 0},  // OriginalTitle
-    {{96853, 10}, TagType::string, 0, 0, 0, 0},  // ClipNumber
-    {{96863, 27}, TagType::int32u, 0, 0, 0, 0},  // DescriptiveMetadataTrackIDs
-    {{96890, 14}, TagType::string, 0, 0, 0, 0},  // IdentifierKind
-    {{96904, 15}, TagType::int8u, 0, 0, 0, 0},  // IdentifierValue
-    {{96919, 16}, TagType::string, 0, 0, 0, 0},  // OrganizationCode
-    {{96935, 26}, TagType::string, 0, 0, 0, 0},  // SupplierIdentificationKind
-    {{96961, 27}, TagType::string, 0, 0, 0, 0},  // SupplierIdentificationValue
-    {{96988, 21}, TagType::string, 0, 0, 0, 0},  // SupplierAccountNumber
-    {{97009, 19}, TagType::string, 0, 0, 0, 0},  // SupplierAccountName
-    {{97028, 18}, TagType::int16u, 0, 0, 0, 0},  // EpisodeStartNumber
-    {{97046, 16}, TagType::int16u, 0, 0, 0, 0},  // EpisodeEndNumber
-    {{97062, 27}, TagType::string, 0, 0, 0, 0},  // PurchaserIdentificationKind
-    {{97089, 28}, TagType::string, 0, 0, 0, 0},  // PurchaserIdentificationValue
-    {{97117, 22}, TagType::string, 0, 0, 0, 0},  // PurchaserAccountNumber
-    {{97139, 20}, TagType::string, 0, 0, 0, 0},  // PurchaserAccountName
-    {{97159, 19}, TagType::double_, 0, 0, 0, 0},  // TotalCurrencyAmount
-    {{97178, 17}, TagType::int16u, 0, 0, 0, 0},  // InstallmentNumber
-    {{97195, 26}, TagType::string, 0, 0, 0, 0},  // IdentifierIssuingAuthority
-    {{97221, 26}, TagType::string, 0, 0, 0, 0},  // PublishingOrganizationName
-    {{97247, 21}, TagType::string, 0, 0, 0, 0},  // PublishingServiceName
-    {{97268, 20}, TagType::string, 0, 0, 0, 0},  // PublishingMediumName
-    {{97288, 20}, TagType::string, 0, 0, 0, 0},  // PublishingRegionName
-    {{97308, 15}, TagType::string, 0, 0, 0, 0},  // OtherGivenNames
-    {{61676, 13}, TagType::string, 0, 0, 0, 0},  // AlternateName
-    {{97323, 22}, TagType::string, 0, 0, 0, 0},  // ISO639TextLanguageCode
-    {{97345, 26}, TagType::string, 0, 0, 0, 0},  // ISO639CaptionsLanguageCode
-    {{97371, 25}, TagType::string, 0, 0, 0, 0},  // PrimarySpokenLanguageCode
-    {{97396, 27}, TagType::string, 0, 0, 0, 0},  // SecondarySpokenLanguageCode
-    {{97423, 27}, TagType::string, 0, 0, 0, 0},  // PrimaryOriginalLanguageCode
-    {{97450, 29}, TagType::string, 0, 0, 0, 0},  // SecondaryOriginalLanguageCode
-    {{97479, 12}, TagType::int16u, 0, 0, 0, 0},  // MajorVersion
-    {{1466, 12}, TagType::int16u, 0, 0, 0, 0},  // MinorVersion
-    {{97491, 10}, TagType::int32u, 0, 0, 0, 0},  // SectorSize
-    {{97501, 13}, TagType::int32u, 0, 0, 0, 0},  // ElementLength
-    {{97514, 12}, TagType::string, 0, 0, 0, 0},  // KeypointKind
-    {{97526, 13}, TagType::string, 0, 0, 0, 0},  // KeypointValue
-    {{97539, 9}, TagType::string, 0, 0, 0, 0},  // AwardName
-    {{97548, 13}, TagType::string, 0, 0, 0, 0},  // AwardCategory
-    {{97561, 16}, TagType::string, 0, 0, 0, 0},  // SlateInformation
-    {{97577, 15}, TagType::string, 0, 0, 0, 0},  // LockedIndicator
-    {{97592, 18}, TagType::int32u, 0, 0, 0, 0},  // BitsPerAudioSample
-    {{97610, 11}, TagType::string, 0, 0, 0, 0},  // CaptionKind
-    {{97621, 10}, TagType::int8u, 0, 0, 0, 0},  // SliceCount
-    {{97631, 11}, TagType::int8u, 0, 0, 0, 0},  // SliceNumber
-    {{97642, 12}, TagType::int32u, 0, 0, 0, 0},  // ElementDelta
-    {{97654, 21}, TagType::int8s, 0, 0, 0, 0},  // PositionTableIndexing
-    {{97675, 15}, TagType::string, 0, 0, 0, 0},  // SliceOffsetList
-    {{97690, 13}, TagType::string, 0, 0, 0, 0},  // PosTableArray
-    {{97703, 12}, TagType::int64u, 0, 0, 0, 0},  // StreamOffset
-    {{97715, 13}, TagType::int8u, 0, 0, 0, 0},  // EditUnitFlags
-    {{97728, 14}, TagType::int8s, 0, 0, 0, 0},  // TemporalOffset
-    {{97742, 12}, TagType::int8s, 0, 0, 0, 0},  // AnchorOffset
-    {{97754, 14}, TagType::int32u, 0, 0, 0, 0},  // EditUnitLength
-    {{97768, 15}, TagType::int64u, 0, 0, 0, 0},  // HeaderByteCount
-    {{97783, 14}, TagType::int64u, 0, 0, 0, 0},  // IndexByteCount
-    {{97797, 10}, TagType::int32u, 0, 0, 0, 0},  // PackLength
-    {{97807, 14}, TagType::string, 0, 0, 0, 0},  // PrimaryPackage
-    {{97821, 23}, TagType::string, 0, 0, 0, 0},  // DescriptiveMetadataSets
-    {{97844, 32}, TagType::string, 0, 0, 0, 0},  // DescriptiveMetadataSetReferences
-    {{97876, 15}, TagType::string, 0, 0, 0, 0},  // FileDescriptors
-    {{97891, 16}, TagType::int32s, 0, 0, 0, 0},  // OffsetToMetadata
-    {{97907, 18}, TagType::int32s, 0, 0, 0, 0},  // OffsetToIndexTable
-    {{97925, 10}, TagType::int64u, 0, 0, 0, 0},  // ByteOffset
-    {{97935, 11}, TagType::int64u, 0, 0, 0, 0},  // ReversePlay
-    {{97946, 21}, TagType::int32s, 0, 0, 0, 0},  // FirstNumberInSequence
-    {{97967, 24}, TagType::int32s, 0, 0, 0, 0},  // PreviousNumberInSequence
-    {{97991, 23}, TagType::int32s, 0, 0, 0, 0},  // CurrentNumberInSequence
-    {{98014, 20}, TagType::int32s, 0, 0, 0, 0},  // NextNumberInSequence
-    {{98034, 20}, TagType::int32s, 0, 0, 0, 0},  // LastNumberInSequence
-    {{98054, 22}, TagType::string, 0, 0, 0, 0},  // CentralTelephoneNumber
-    {{98076, 21}, TagType::string, 0, 0, 0, 0},  // MobileTelephoneNumber
-    {{98097, 19}, TagType::string, 0, 0, 0, 0},  // LocationDescription
-    {{98116, 12}, TagType::string, 0, 0, 0, 0},  // LocationKind
-    {{98128, 12}, TagType::int64u, 0, 0, 0, 0},  // KeyTimePoint
-    {{98140, 15}, TagType::string, 0, 0, 0, 0},  // SettingDateTime
-    {{98155, 16}, TagType::string, 0, 0, 0, 0},  // ContractDateTime
-    {{98171, 19}, TagType::string, 0, 0, 0, 0},  // RightsStartDateTime
-    {{98190, 18}, TagType::string, 0, 0, 0, 0},  // RightsStopDateTime
-    {{98208, 18}, TagType::string, 0, 0, 0, 0},  // PaymentDueDateTime
-    {{98226, 6}, TagType::string, 0, 0, 0, 0},  // ClipID
-    {{98232, 17}, TagType::string, 0, 0, 0, 0},  // DeviceAssetNumber
-    {{98249, 16}, TagType::string, 0, 0, 0, 0},  // IdentificationUL
-    {{98265, 20}, TagType::string, 0, 0, 0, 0},  // OperationalPatternUL
-    {{98285, 17}, TagType::string, 0, 0, 0, 0},  // EssenceContainers
-    {{98302, 26}, TagType::string, 0, 0, 0, 0},  // DescriptiveMetadataSchemes
-    {{98328, 11}, TagType::string, 0, 0, 0, 0},  // ProjectName
-    {{98339, 13}, TagType::int16u, 0, 0, 0, 0},  // LocalTagValue
-    {{98352, 16}, TagType::string, 0, 0, 0, 0},  // LocalTagUniqueID
-    {{98368, 14}, TagType::string, 0, 0, 0, 0},  // BrandMainTitle
-    {{98382, 18}, TagType::string, 0, 0, 0, 0},  // BrandOriginalTitle
-    {{98400, 14}, TagType::string, 0, 0, 0, 0},  // FrameworkTitle
-    {{98414, 14}, TagType::int32u, 0, 0, 0, 0},  // SourceTrackIDs
-    {{98428, 12}, TagType::int32u, 0, 0, 0, 0},  // ShotTrackIDs
-    {{98440, 21}, TagType::string, 0, 0, 0, 0},  // ProgrammingGroupTitle
-    {{98461, 11}, TagType::string, 0, 0, 0, 0},  // LinkingName
-    {{98472, 10}, TagType::string, 0, 0, 0, 0},  // NameSuffix
-    {{98482, 16}, TagType::string, 0, 0, 0, 0},  // FormerFamilyName
-    {{98498, 11}, TagType::string, 0, 0, 0, 0},  // Nationality
-    {{98509, 11}, TagType::string, 0, 0, 0, 0},  // Citizenship
-    {{98520, 25}, TagType::string, 0, 0, 0, 0},  // FrameworkTextLanguageCode
-    {{98545, 7}, TagType::int32u, 0, 0, 0, 0},  // KAGSize
-    {{98552, 17}, TagType::string, 0, 0, 0, 0},  // ReversedByteOrder
-    {{98569, 8}, TagType::string, 0, 0, 0, 0},  // ItemName
-    {{98577, 9}, TagType::string, 0, 0, 0, 0},  // ItemValue
-    {{98586, 15}, TagType::string, 0, 0, 0, 0},  // XMLDocumentText
-    {{98601, 22}, TagType::string, 0, 0, 0, 0},  // FrameworkThesaurusName
-    {{98623, 13}, TagType::string, 0, 0, 0, 0},  // GroupSynopsis
-    {{98636, 18}, TagType::string, 0, 0, 0, 0},  // AnnotationSynopsis
-    {{98654, 21}, TagType::string, 0, 0, 0, 0},  // AnnotationDescription
-    {{98675, 13}, TagType::string, 0, 0, 0, 0},  // ScriptingKind
-    {{98688, 13}, TagType::string, 0, 0, 0, 0},  // ScriptingText
-    {{98701, 15}, TagType::string, 0, 0, 0, 0},  // ShotDescription
-    {{98716, 14}, TagType::string, 0, 0, 0, 0},  // AnnotationKind
-    {{98730, 26}, TagType::string, 0, 0, 0, 0},  // RelatedMaterialDescription
-    {{98756, 8}, TagType::string, 0, 0, 0, 0},  // ClipKind
-    {{98764, 22}, TagType::string, 0, 0, 0, 0},  // DeviceUsageDescription
-    {{98786, 15}, TagType::int32s, 0, 0, 0, 0},  // DisplayF2Offset
-    {{98801, 14}, TagType::int32s, 0, 0, 0, 0},  // StoredF2Offset
-    {{98815, 22}, TagType::int8u, 0, 0, 0, 0},  // ActiveFormatDescriptor
-    {{98837, 10}, TagType::int32u, 0, 0, 0, 0},  // LineNumber
-    {{98847, 17}, TagType::int8u, 0, 0, 0, 0},  // ScanningDirection
-    {{98864, 19}, TagType::int32u, 0, 0, 0, 0},  // ComponentMaximumRef
-    {{98883, 19}, TagType::int32u, 0, 0, 0, 0},  // ComponentMinimumRef
-    {{98902, 15}, TagType::int32u, 0, 0, 0, 0},  // AlphaMaximumRef
-    {{98917, 15}, TagType::int32u, 0, 0, 0, 0},  // AlphaMinimumRef
-    {{98932, 22}, TagType::int8u, 0, 0, 0, 0},  // VideoPayloadIdentifier
-    {{98954, 26}, TagType::int8u, 0, 0, 0, 0},  // VideoPayloadIdentifier2002
-    {{98980, 18}, TagType::string, 0, 0, 0, 0},  // SingleSequenceFlag
-    {{98998, 20}, TagType::string, 0, 0, 0, 0},  // ConstantBPictureFlag
-    {{99018, 24}, TagType::string, 0, 0, 11, 4},  // CodedContentScanningKind
-    {{99042, 17}, TagType::string, 0, 0, 0, 0},  // LowDelayIndicator
-    {{99059, 18}, TagType::string, 0, 0, 0, 0},  // ClosedGOPIndicator
-    {{99077, 21}, TagType::string, 0, 0, 0, 0},  // IdenticalGOPIndicator
-    {{99098, 14}, TagType::int16u, 0, 0, 0, 0},  // MaximumGOPSize
-    {{99112, 20}, TagType::int16u, 0, 0, 0, 0},  // MaximumBPictureCount
-    {{99132, 15}, TagType::int8u, 0, 0, 0, 0},  // ProfileAndLevel
-    {{99147, 7}, TagType::int32u, 0, 0, 0, 0},  // Bitrate
-    {{99154, 12}, TagType::int32u, 0, 0, 0, 0},  // ChannelCount
-    {{99166, 12}, TagType::int8u, 0, 0, 0, 0},  // PeakEnvelope
-    {{99178, 16}, TagType::string, 0, 0, 0, 0},  // PeakEnvelopeData
-    {{99194, 10}, TagType::int16u, 0, 0, 0, 0},  // BlockAlign
-    {{99204, 14}, TagType::int8u, 0, 0, 0, 0},  // SequenceOffset
-    {{99218, 16}, TagType::int16u, 0, 0, 0, 0},  // BlockStartOffset
-    {{99234, 18}, TagType::int32u, 0, 0, 0, 0},  // FileSecurityReport
-    {{99252, 16}, TagType::int32u, 0, 0, 0, 0},  // FileSecurityWave
-    {{99268, 21}, TagType::int32u, 0, 0, 0, 0},  // AverageBytesPerSecond
-    {{99289, 17}, TagType::int8u, 0, 0, 0, 0},  // AuxiliaryBitsMode
-    {{99306, 17}, TagType::string, 0, 0, 15, 6},  // ChannelStatusMode
-    {{99323, 22}, TagType::string, 0, 0, 0, 0},  // FixedChannelStatusData
-    {{99345, 12}, TagType::string, 0, 0, 0, 0},  // UserDataMode
-    {{99357, 13}, TagType::string, 0, 0, 0, 0},  // FixedUserData
-    {{77951, 8}, TagType::int8u, 0, 0, 0, 0},  // Emphasis
-    {{99370, 17}, TagType::string, 0, 0, 0, 0},  // BextCodingHistory
-    {{99387, 13}, TagType::string, 0, 0, 0, 0},  // QltyBasicData
-    {{99400, 21}, TagType::string, 0, 0, 0, 0},  // QltyStartOfModulation
-    {{99421, 16}, TagType::string, 0, 0, 0, 0},  // QltyQualityEvent
-    {{99437, 19}, TagType::string, 0, 0, 0, 0},  // QltyEndOfModulation
-    {{99456, 20}, TagType::string, 0, 0, 0, 0},  // QltyQualityParameter
-    {{99476, 19}, TagType::string, 0, 0, 0, 0},  // QltyOperatorComment
-    {{99495, 12}, TagType::string, 0, 0, 0, 0},  // QltyCueSheet
-    {{99507, 8}, TagType::int8s, 0, 0, 0, 0},  // DialNorm
-    {{99515, 17}, TagType::string, 0, 0, 0, 0},  // DataEssenceCoding
-    {{99532, 12}, TagType::rational64s, 0, 0, 0, 0},  // DateTimeRate
-    {{99544, 21}, TagType::string, 0, 0, 0, 0},  // DateTimeDropFrameFlag
-    {{99565, 20}, TagType::string, 0, 0, 0, 0},  // DateTimeEmbeddedFlag
-    {{99585, 12}, TagType::string, 0, 0, 0, 0},  // DateTimeKind
-    {{99597, 15}, TagType::string, 0, 0, 0, 0},  // DeltaEntryArray
-    {{99612, 18}, TagType::int8u, 0, 0, 0, 0},  // PositionTableCount
-    {{99630, 13}, TagType::string, 0, 0, 0, 0},  // PositionTable
-    {{99643, 15}, TagType::string, 0, 0, 0, 0},  // IndexEntryArray
-    {{99658, 14}, TagType::string, 0, 0, 0, 0},  // DataDefinition
-    {{99672, 20}, TagType::int16u, 0, 0, 0, 0},  // GenerationCopyNumber
-    {{99692, 21}, TagType::int16u, 0, 0, 0, 0},  // GenerationCloneNumber
-    {{99713, 14}, TagType::string, 0, 0, 0, 0},  // ThemeMusicFlag
-    {{99727, 15}, TagType::string, 0, 0, 0, 0},  // InsertMusicFlag
-    {{99742, 13}, TagType::rational64s, 0, 0, 0, 0},  // IndexEditRate
-    {{99755, 13}, TagType::int32u, 0, 0, 0, 0},  // LinkedTrackID
-    {{99768, 28}, TagType::string, 0, 0, 0, 0},  // DescriptiveMetadataFramework
-    {{99796, 8}, TagType::string, 0, 0, 0, 0},  // GroupSet
-    {{99804, 14}, TagType::string, 0, 0, 0, 0},  // BankDetailsSet
-    {{99818, 14}, TagType::string, 0, 0, 0, 0},  // ImageFormatSet
-    {{99832, 13}, TagType::string, 0, 0, 0, 0},  // ProcessingSet
-    {{99845, 10}, TagType::string, 0, 0, 0, 0},  // ProjectSet
-    {{99855, 15}, TagType::string, 0, 0, 0, 0},  // ContactsListSet
-    {{99870, 21}, TagType::string, 0, 0, 0, 0},  // AnnotationCueWordsSet
-    {{99891, 15}, TagType::string, 0, 0, 0, 0},  // ShotCueWordsSet
-    {{99906, 20}, TagType::string, 0, 0, 0, 0},  // AwardParticipantSets
-    {{99926, 23}, TagType::string, 0, 0, 0, 0},  // ContractParticipantSets
-    {{99949, 10}, TagType::string, 0, 0, 0, 0},  // PersonSets
-    {{99959, 27}, TagType::string, 0, 0, 0, 0},  // ParticipantOrganizationSets
-    {{99986, 22}, TagType::string, 0, 0, 0, 0},  // PersonOrganizationSets
-    {{100008, 12}, TagType::string, 0, 0, 0, 0},  // LocationSets
-    {{100020, 10}, TagType::string, 0, 0, 0, 0},  // TitlesSets
-    {{100030, 9}, TagType::string, 0, 0, 0, 0},  // GroupSets
-    {{100039, 18}, TagType::string, 0, 0, 0, 0},  // IdentificationSets
-    {{100057, 16}, TagType::string, 0, 0, 0, 0},  // EpisodicItemSets
-    {{100073, 12}, TagType::string, 0, 0, 0, 0},  // BrandingSets
-    {{100085, 9}, TagType::string, 0, 0, 0, 0},  // EventSets
-    {{100094, 15}, TagType::string, 0, 0, 0, 0},  // PublicationSets
-    {{100109, 9}, TagType::string, 0, 0, 0, 0},  // AwardSets
-    {{100118, 22}, TagType::string, 0, 0, 0, 0},  // CaptionDescriptionSets
-    {{100140, 14}, TagType::string, 0, 0, 0, 0},  // AnnotationSets
-    {{100154, 27}, TagType::string, 0, 0, 0, 0},  // ProductionSettingPeriodSets
-    {{100181, 22}, TagType::string, 0, 0, 0, 0},  // SceneSettingPeriodSets
-    {{100203, 13}, TagType::string, 0, 0, 0, 0},  // ScriptingSets
-    {{100216, 18}, TagType::string, 0, 0, 0, 0},  // ClassificationSets
-    {{100234, 13}, TagType::string, 0, 0, 0, 0},  // SceneShotSets
-    {{100247, 12}, TagType::string, 0, 0, 0, 0},  // ClipShotSets
-    {{100259, 12}, TagType::string, 0, 0, 0, 0},  // KeyPointSets
-    {{100271, 23}, TagType::string, 0, 0, 0, 0},  // ShotParticipantRoleSets
-    {{100294, 14}, TagType::string, 0, 0, 0, 0},  // ShotPersonSets
-    {{100308, 16}, TagType::string, 0, 0, 0, 0},  // OrganizationSets
-    {{100324, 16}, TagType::string, 0, 0, 0, 0},  // ShotLocationSets
-    {{100340, 11}, TagType::string, 0, 0, 0, 0},  // AddressSets
-    {{100351, 17}, TagType::string, 0, 0, 0, 0},  // CommunicationSets
-    {{100368, 12}, TagType::string, 0, 0, 0, 0},  // ContractSets
-    {{100380, 10}, TagType::string, 0, 0, 0, 0},  // RightsSets
-    {{100390, 12}, TagType::string, 0, 0, 0, 0},  // PaymentsSets
-    {{100402, 20}, TagType::string, 0, 0, 0, 0},  // DeviceParametersSets
-    {{100422, 27}, TagType::string, 0, 0, 0, 0},  // ClassificationNameValueSets
-    {{100449, 20}, TagType::string, 0, 0, 0, 0},  // ContactNameValueSets
-    {{100469, 28}, TagType::string, 0, 0, 0, 0},  // DeviceParameterNameValueSets
-    {{100497, 22}, TagType::string, 0, 0, 0, 0},  // MetadataServerLocators
-    {{100519, 23}, TagType::string, 0, 0, 0, 0},  // RelatedMaterialLocators
-    {{100542, 15}, TagType::string, 0, 0, 0, 0},  // LocalTagEntries
-    {{100557, 21}, TagType::int32u, 0, 0, 0, 0},  // TotalNumberInSequence
-    {{100578, 15}, TagType::string, 0, 0, 0, 0},  // RoomOrSuiteName
-    {{100593, 12}, TagType::string, 0, 0, 0, 0},  // BuildingName
-    {{100605, 21}, TagType::string, 0, 0, 0, 0},  // LocalFestivalDateTime
-    {{100626, 17}, TagType::string, 0, 0, 0, 0},  // ShotStartPosition
-    {{100643, 21}, TagType::string, 0, 0, 0, 0},  // IndexingStartPosition
-    {{100664, 11}, TagType::string, 0, 0, 0, 0},  // EventOrigin
-    {{100675, 24}, TagType::string, 0, 0, 0, 0},  // SettingPeriodDescription
-    {{100699, 13}, TagType::string, 0, 0, 0, 0},  // IndexDuration
-    {{100712, 12}, TagType::string, 0, 0, 0, 0},  // ShotDuration
-    {{100724, 14}, TagType::string, 0, 0, 0, 0},  // ExtendedClipID
-    {{100738, 11}, TagType::string, 0, 0, 0, 0},  // ClipIDArray
-    {{100749, 19}, TagType::string, 0, 0, 0, 0},  // ExtendedClipIDArray
-    {{100768, 16}, TagType::int32u, 0, 0, 0, 0},  // TrackNumberBatch
-    {{100784, 24}, TagType::string, 0, 0, 0, 0},  // ExtendedTextLanguageCode
-    {{100808, 28}, TagType::string, 0, 0, 0, 0},  // ExtendedCaptionsLanguageCode
-    {{100836, 33}, TagType::string, 0, 0, 0, 0},  // FrameworkExtendedTextLanguageCode
-    {{100869, 33}, TagType::string, 0, 0, 0, 0},  // PrimaryExtendedSpokenLanguageCode
-    {{100902, 35}, TagType::string, 0, 0, 0, 0},  // SecondaryExtendedSpokenLanguageCode
-    {{100937, 41}, TagType::string, 0, 0, 0, 0},  // OriginalExtendedSpokenPrimaryLanguageCode
-    {{100978, 43}, TagType::string, 0, 0, 0, 0},  // SecondaryOriginalExtendedSpokenLanguageCode
-    {{101021, 19}, TagType::string, 0, 0, 0, 0},  // KLVMetadataSequence
-    {{101040, 17}, TagType::string, 0, 0, 0, 0},  // PackageAttributes
-    {{101057, 19}, TagType::string, 0, 0, 0, 0},  // ComponentAttributes
-    {{101076, 25}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMDecoderInitFrame1
-    {{101101, 25}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMDecoderInitFrame2
-    {{101126, 25}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMDecoderInitFrame3
-    {{101151, 25}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMDecoderInitFrame4
-    {{101176, 25}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMDecoderInitFrame5
-    {{101201, 25}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMDecoderInitFrame6
-    {{101226, 25}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMDecoderInitFrame7
-    {{101251, 25}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMDecoderInitFrame8
-    {{101276, 24}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMAccessUnitFrame1
-    {{101300, 24}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMAccessUnitFrame2
-    {{101324, 24}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMAccessUnitFrame3
-    {{101348, 24}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMAccessUnitFrame4
-    {{101372, 24}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMAccessUnitFrame5
-    {{101396, 24}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMAccessUnitFrame6
-    {{101420, 24}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMAccessUnitFrame7
-    {{101444, 24}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMAccessUnitFrame8
-    {{101468, 21}, TagType::string, 0, 0, 0, 0},  // ComponentUserComments
-    {{101489, 10}, TagType::string, 0, 0, 0, 0},  // SensorMode
-    {{101499, 17}, TagType::string, 0, 0, 0, 0},  // ChannelAssignment
-    {{101516, 24}, TagType::string, 0, 0, 0, 0},  // ContentPackageIndexArray
-    {{101540, 15}, TagType::string, 0, 0, 0, 0},  // VideoIndexArray
-    {{101555, 29}, TagType::int32u, 0, 0, 0, 0},  // ApproximateImageContainerSize
-    {{101584, 26}, TagType::string, 0, 0, 0, 0},  // MetadataEncodingSchemeCode
-    {{101610, 13}, TagType::string, 0, 0, 0, 0},  // MIMEMediaType
-    {{101623, 21}, TagType::float_, 0, 0, 0, 0},  // FieldOfViewVerticalFP
-    {{101644, 16}, TagType::string, 0, 0, 0, 0},  // PackageUsageKind
-    {{101660, 9}, TagType::int32u, 0, 0, 0, 0},  // ChannelID
-    {{101669, 10}, TagType::int32u, 0, 0, 0, 0},  // ChannelIDs
-    {{101679, 11}, TagType::string, 0, 0, 0, 0},  // KLVDataType
-    {{101690, 23}, TagType::string, 0, 0, 0, 0},  // KLVDataParentProperties
-    {{101713, 27}, TagType::string, 0, 0, 0, 0},  // TaggedValueParentProperties
-    {{101740, 25}, TagType::string, 0, 0, 0, 0},  // AnnotationParticipantSets
-    {{101765, 18}, TagType::string, 0, 0, 0, 0},  // KLVDataDefinitions
-    {{101783, 22}, TagType::string, 0, 0, 0, 0},  // TaggedValueDefinitions
-    {{101805, 20}, TagType::string, 0, 0, 0, 0},  // AddressNameValueSets
-    {{101825, 16}, TagType::string, 0, 0, 0, 0},  // NMEADocumentText
-    {{101841, 17}, TagType::float_, 0, 0, 0, 0},  // PlatformRollAngle
-    {{101858, 18}, TagType::float_, 0, 0, 0, 0},  // PlatformPitchAngle
-    {{101876, 20}, TagType::float_, 0, 0, 0, 0},  // PlatformHeadingAngle
-    {{101896, 11}, TagType::string, 0, 0, 0, 0},  // AddressLine
-    {{101907, 9}, TagType::string, 0, 0, 0, 0},  // PlaceName
-    {{101916, 23}, TagType::string, 0, 0, 0, 0},  // GeographicalCoordinates
-    {{101939, 20}, TagType::string, 0, 0, 0, 0},  // AstronomicalBodyName
-    {{101959, 13}, TagType::string, 0, 0, 0, 0},  // TimecodeArray
-    {{101972, 6}, TagType::string, 0, 0, 0, 0},  // MarkIn
-    {{101978, 12}, TagType::string, 0, 0, 0, 0},  // UserPosition
-    {{101990, 7}, TagType::string, 0, 0, 0, 0},  // MarkOut
-    {{101997, 20}, TagType::string, 0, 0, 0, 0},  // ClipCreationDateTime
-    {{102017, 17}, TagType::int32u, 0, 0, 0, 0},  // VideoClipDuration
-    {{102034, 13}, TagType::string, 0, 0, 0, 0},  // ParticipantID
-    {{102047, 9}, TagType::string, 0, 0, 0, 0},  // ContactID
-    {{102056, 19}, TagType::string, 0, 0, 0, 0},  // DefaultNamespaceURI
-    {{102075, 12}, TagType::string, 0, 0, 0, 0},  // NamespaceURI
-    {{102087, 13}, TagType::string, 0, 0, 0, 0},  // NamespaceURIs
-    {{102100, 11}, TagType::string, 0, 0, 0, 0},  // HTMLDOCTYPE
-    {{102111, 15}, TagType::string, 0, 0, 0, 0},  // NamespacePrefix
-    {{102126, 17}, TagType::string, 0, 0, 0, 0},  // NamespacePrefixes
-    {{102143, 13}, TagType::string, 0, 0, 0, 0},  // RightsComment
-    {{102156, 18}, TagType::string, 0, 0, 0, 0},  // NominationCategory
-    {{102174, 19}, TagType::int32u, 0, 0, 0, 0},  // PeakEnvelopeVersion
-    {{102193, 18}, TagType::int32u, 0, 0, 0, 0},  // PeakEnvelopeFormat
-    {{102211, 18}, TagType::int32u, 0, 0, 0, 0},  // PointsPerPeakValue
-    {{102229, 21}, TagType::int32u, 0, 0, 0, 0},  // PeakEnvelopeBlockSize
-    {{102250, 16}, TagType::int32u, 0, 0, 0, 0},  // PeakChannelCount
-    {{102266, 14}, TagType::int32u, 0, 0, 0, 0},  // PeakFrameCount
-    {{102280, 19}, TagType::string, 0, 0, 0, 0},  // PeakOfPeaksPosition
-    {{102299, 21}, TagType::int32u, 0, 0, 0, 0},  // PeakEnvelopeTimestamp
-    {{102320, 11}, TagType::int32u, 0, 0, 0, 0},  // RIFFChunkID
-    {{102331, 15}, TagType::int32u, 0, 0, 0, 0},  // RIFFChunkLength
-    {{102346, 13}, TagType::string, 0, 0, 0, 0},  // RIFFChunkData
-    {{102359, 11}, TagType::string, 0, 0, 0, 0},  // MIMECharSet
-    {{102370, 12}, TagType::string, 0, 0, 0, 0},  // MIMEEncoding
-    {{102382, 18}, TagType::int32u, 0, 0, 0, 0},  // MonoSourceTrackIDs
-    {{102400, 20}, TagType::string, 0, 0, 0, 0},  // CompositionRendering
-    {{102420, 34}, TagType::string, 0, 0, 0, 0},  // CaptionsDescriptionParticipantSets
-    {{102454, 19}, TagType::string, 0, 0, 0, 0},  // EventAnnotationSets
-    {{102473, 17}, TagType::string, 0, 0, 0, 0},  // ScriptingLocators
-    {{102490, 16}, TagType::string, 0, 0, 0, 0},  // UnknownBWFChunks
-    {{102506, 22}, TagType::string, 0, 0, 0, 0},  // CryptographicContextID
-    {{102528, 17}, TagType::string, 0, 0, 0, 0},  // NITFLayerTargetID
-    {{102545, 18}, TagType::int16u, 0, 0, 0, 0},  // RP217DataStreamPID
-    {{102563, 19}, TagType::int16u, 0, 0, 0, 0},  // RP217VideoStreamPID
-    {{102582, 15}, TagType::string, 0, 0, 0, 0},  // CipherAlgorithm
-    {{102597, 18}, TagType::string, 0, 0, 0, 0},  // CryptographicKeyID
-    {{102615, 20}, TagType::string, 0, 0, 0, 0},  // EncryptedSourceValue
-    {{102635, 12}, TagType::string, 0, 0, 0, 0},  // MICAlgorithm
-    {{102647, 3}, TagType::string, 0, 0, 0, 0},  // MIC
-    {{102650, 21}, TagType::string, 0, 0, 0, 0},  // JFIFMarkerDescription
-    {{102671, 19}, TagType::string, 0, 0, 0, 0},  // HTMLMetaDescription
-    {{102690, 14}, TagType::string, 0, 0, 0, 0},  // ColorPrimaries
-    {{102704, 13}, TagType::string, 0, 0, 0, 0},  // ProductFormat
-    {{102717, 12}, TagType::int64u, 0, 0, 0, 0},  // SourceLength
-    {{102729, 21}, TagType::string, 0, 0, 0, 0},  // SourceContainerFormat
-    {{102750, 9}, TagType::string, 0, 0, 0, 0},  // SourceKey
-    {{102759, 22}, TagType::string, 0, 0, 0, 0},  // DynamicSourcePackageID
-    {{102781, 21}, TagType::int32u, 0, 0, 0, 0},  // DynamicSourceTrackIDs
-    {{102802, 11}, TagType::string, 0, 0, 0, 0},  // SourceIndex
-    {{102813, 13}, TagType::string, 0, 0, 0, 0},  // SourceSpecies
-    {{102826, 11}, TagType::string, 0, 0, 0, 0},  // SourceValue
-    {{102837, 26}, TagType::string, 0, 0, 0, 0},  // CryptographicContextObject
-    {{102863, 15}, TagType::string, 0, 0, 0, 0},  // Sub-descriptors
-    {{102878, 20}, TagType::string, 0, 0, 0, 0},  // EncryptedTrackFileID
-    {{102898, 24}, TagType::string, 0, 0, 0, 0},  // CryptographicContextLink
-    {{102922, 15}, TagType::int64u, 0, 0, 0, 0},  // PlaintextOffset
-    {{102937, 21}, TagType::int64u, 0, 0, 0, 0},  // TripletSequenceNumber
-    {{102958, 17}, TagType::string, 0, 0, 0, 0},  // BoundingRectangle
-    {{102975, 18}, TagType::string, 0, 0, 0, 0},  // GeographicLocation
-    {{102993, 28}, TagType::string, 0, 0, 0, 0},  // GeographicPolygonCoordinates
-    {{103021, 23}, TagType::string, 0, 0, 0, 0},  // GeographicAreaNorthwest
-    {{103044, 23}, TagType::string, 0, 0, 0, 0},  // GeographicAreaSoutheast
-    {{103067, 25}, TagType::string, 0, 0, 0, 0},  // GeographicAreaSourceDatum
-    {{103092, 28}, TagType::string, 0, 0, 0, 0},  // GeographicPolygonSourceDatum
-    {{103120, 22}, TagType::string, 0, 0, 0, 0},  // ClassifyingCountryCode
-    {{103142, 18}, TagType::string, 0, 0, 0, 0},  // UTCInstantDateTime
-    {{103160, 13}, TagType::string, 0, 0, 0, 0},  // ToleranceMode
-    {{103173, 15}, TagType::string, 0, 0, 0, 0},  // ToleranceWindow
-    {{103188, 28}, TagType::string, 0, 0, 0, 0},  // ToleranceInterpolationMethod
-    {{103216, 12}, TagType::int16u, 0, 0, 0, 0},  // VBILineCount
-    {{103228, 19}, TagType::int16u, 0, 0, 0, 0},  // StoredVBILineNumber
-    {{103247, 15}, TagType::int8u, 0, 0, 0, 0},  // VBIWrappingType
-    {{103262, 21}, TagType::int16u, 0, 0, 0, 0},  // VBIPayloadSampleCount
-    {{103283, 19}, TagType::int8u, 0, 0, 0, 0},  // VBIPayloadByteArray
-    {{103302, 14}, TagType::int16u, 0, 0, 0, 0},  // ANCPacketCount
-    {{103316, 19}, TagType::int16u, 0, 0, 0, 0},  // StoredANCLineNumber
-    {{103335, 15}, TagType::int8u, 0, 0, 0, 0},  // ANCWrappingType
-    {{103350, 21}, TagType::int16u, 0, 0, 0, 0},  // ANCPayloadSampleCount
-    {{103371, 19}, TagType::int8u, 0, 0, 0, 0},  // ANCPayloadByteArray
-    {{103390, 22}, TagType::int8u, 0, 0, 0, 0},  // VBIPayloadSampleCoding
-    {{103412, 22}, TagType::int8u, 0, 0, 0, 0},  // ANCPayloadSampleCoding
-    {{103434, 4}, TagType::int16u, 0, 0, 0, 0},  // Rsiz
-    {{103438, 4}, TagType::int32u, 0, 0, 0, 0},  // Xsiz
-    {{103442, 4}, TagType::int32u, 0, 0, 0, 0},  // Ysiz
-    {{103446, 5}, TagType::int32u, 0, 0, 0, 0},  // XOsiz
-    {{103451, 5}, TagType::int32u, 0, 0, 0, 0},  // YOsiz
-    {{103456, 5}, TagType::int32u, 0, 0, 0, 0},  // XTsiz
-    {{103461, 5}, TagType::int32u, 0, 0, 0, 0},  // YTsiz
-    {{103466, 6}, TagType::int32u, 0, 0, 0, 0},  // XTOsiz
-    {{103472, 6}, TagType::int32u, 0, 0, 0, 0},  // YTOsiz
-    {{103478, 4}, TagType::int16u, 0, 0, 0, 0},  // Csiz
-    {{103482, 22}, TagType::string, 0, 0, 0, 0},  // PictureComponentSizing
-    {{103504, 18}, TagType::string, 0, 0, 0, 0},  // CodingStyleDefault
-    {{103522, 19}, TagType::string, 0, 0, 0, 0},  // QuantizationDefault
-    {{103541, 16}, TagType::int32u, 0, 0, 0, 0},  // MPEGAudioBitrate
-    {{103557, 14}, TagType::int64u, 0, 0, 0, 0},  // CBEStartOffset
-    {{103571, 12}, TagType::int64u, 0, 0, 0, 0},  // VBEEndOffset
-    {{103583, 13}, TagType::string, 0, 0, 0, 0},  // SubDescriptor
-    {{103596, 14}, TagType::string, 0, 0, 0, 0},  // SubDescriptors
-    {{103610, 18}, TagType::string, 0, 0, 0, 0},  // RootMetaDictionary
-    {{103628, 11}, TagType::string, 0, 0, 0, 0},  // RootPreface
-    {{103639, 19}, TagType::string, 0, 0, 0, 0},  // RootObjectDirectory
-    {{103658, 17}, TagType::int32u, 0, 0, 0, 0},  // RootFormatVersion
-    {{60914, 20}, TagType::float_, 0, 0, 0, 0},  // FrameCenterElevation
-    {{103675, 21}, TagType::string, 0, 0, 0, 0},  // PackageMarkInPosition
-    {{103696, 22}, TagType::string, 0, 0, 0, 0},  // PackageMarkOutPosition
-    {{103718, 5}, TagType::string, 0, 0, 0, 0},  // Ad-ID
-    {{103723, 10}, TagType::string, 0, 0, 0, 0},  // ResourceID
-    {{103733, 19}, TagType::string, 0, 0, 0, 0},  // AncillaryResourceID
-    {{103752, 22}, TagType::string, 0, 0, 0, 0},  // ApplicationSchemeBatch
-    {{103774, 12}, TagType::string, 0, 0, 0, 0},  // RegisterKind
-    {{103786, 15}, TagType::string, 0, 0, 0, 0},  // RegisterVersion
-    {{103801, 18}, TagType::string, 0, 0, 0, 0},  // RegisterEditorName
-    {{103819, 18}, TagType::string, 0, 0, 0, 0},  // RegisterStatusKind
-    {{103837, 16}, TagType::string, 0, 0, 0, 0},  // RegisterItemName
-    {{103853, 22}, TagType::string, 0, 0, 0, 0},  // RegisterItemDefinition
-    {{103875, 18}, TagType::string, 0, 0, 0, 0},  // RegisterItemSymbol
-    {{103893, 32}, TagType::string, 0, 0, 0, 0},  // RegisterItemDefiningDocumentName
-    {{103925, 14}, TagType::string, 0, 0, 0, 0},  // RegisterItemUL
-    {{103939, 17}, TagType::string, 0, 0, 0, 0},  // RegisterItemNotes
-    {{103956, 31}, TagType::int8u, 0, 0, 0, 0},  // RegisterItemIntroductionVersion
-    {{103987, 26}, TagType::int16u, 0, 0, 0, 0},  // RegisterItemHierarchyLevel
-    {{104013, 19}, TagType::string, 0, 0, 0, 0},  // RegisterEntryStatus
-    {{104032, 14}, TagType::string, 0, 0, 0, 0},  // RegisterAction
-    {{104046, 20}, TagType::string, 0, 0, 0, 0},  // RegisterApproverName
-    {{104066, 20}, TagType::string, 0, 0, 0, 0},  // RegisterCreationTime
-    {{104086, 14}, TagType::string, 0, 0, 0, 0},  // RegistrantName
-    {{104100, 26}, TagType::string, 0, 0, 0, 0},  // RegisterItemOriginatorName
-    {{104126, 16}, TagType::string, 0, 0, 0, 0},  // RegisterUserName
-    {{104142, 16}, TagType::string, 0, 0, 0, 0},  // RegisterUserTime
-    {{104158, 27}, TagType::string, 0, 0, 0, 0},  // RegisterAdministrationNotes
-    {{104185, 13}, TagType::string, 0, 0, 0, 0},  // AFDAndBarData
-    {{104198, 18}, TagType::string, 0, 0, 0, 0},  // PanScanInformation
-    {{104216, 26}, TagType::string, 0, 0, 0, 0},  // VC-1InitializationMetadata
-    {{104242, 18}, TagType::string, 0, 0, 0, 0},  // VC-1SingleSequence
-    {{104260, 20}, TagType::int8u, 0, 0, 0, 0},  // VC-1CodedContentType
-    {{104280, 16}, TagType::string, 0, 0, 0, 0},  // VC-1IdenticalGOP
-    {{104296, 14}, TagType::int16u, 0, 0, 0, 0},  // VC-1MaximumGOP
-    {{104310, 17}, TagType::int16u, 0, 0, 0, 0},  // VC-1BPictureCount
-    {{104327, 18}, TagType::int32u, 0, 0, 0, 0},  // VC-1AverageBitrate
-    {{104345, 18}, TagType::int32u, 0, 0, 0, 0},  // VC-1MaximumBitrate
-    {{104363, 11}, TagType::int8u, 0, 0, 0, 0},  // VC-1Profile
-    {{104374, 9}, TagType::int8u, 0, 0, 0, 0},  // VC-1Level
-    {{104383, 21}, TagType::string, 0, 0, 0, 0},  // LinkedTimecodeTrackID
-    {{104404, 25}, TagType::int8u, 0, 0, 0, 0},  // SMPTE337MDataStreamNumber
-    {{104429, 17}, TagType::string, 0, 0, 0, 0},  // ApplicationScheme
-    {{104446, 25}, TagType::string, 0, 0, 0, 0},  // DescriptiveMetadataScheme
-    {{104471, 11}, TagType::string, 0, 0, 0, 0},  // UCSEncoding
-    {{104482, 34}, TagType::string, 0, 0, 0, 0},  // LinkedApplicationPlug-InInstanceID
-    {{104516, 35}, TagType::string, 0, 0, 0, 0},  // LinkedDescriptiveFrameworkPlug-InID
-    {{104551, 28}, TagType::string, 0, 0, 0, 0},  // ApplicationPlug-InInstanceID
-    {{104579, 28}, TagType::string, 0, 0, 0, 0},  // DescriptiveMetadataPlug-InID
-    {{104607, 24}, TagType::string, 0, 0, 0, 0},  // ApplicationEnvironmentID
-    {{104631, 43}, TagType::string, 0, 0, 0, 0},  // DescriptiveMetadataApplicationEnvironmentID
-    {{104674, 32}, TagType::string, 0, 0, 0, 0},  // LinkedDescriptiveObjectPlug-InID
-    {{104706, 24}, TagType::int32u, 0, 0, 0, 0},  // TimebaseReferenceTrackID
-    {{104730, 21}, TagType::string, 0, 0, 0, 0},  // ObjectClassDefinition
-    {{104751, 23}, TagType::string, 0, 0, 0, 0},  // ApplicationPlug-InBatch
-    {{104774, 13}, TagType::string, 0, 0, 0, 0},  // PackageMarker
-    {{104787, 24}, TagType::string, 0, 0, 0, 0},  // PackageTimelineMarkerRef
-    {{104811, 28}, TagType::string, 0, 0, 0, 0},  // RegisterAdministrationObject
-    {{104839, 33}, TagType::string, 0, 0, 0, 0},  // RegisterEntryAdministrationObject
-    {{104872, 15}, TagType::string, 0, 0, 0, 0},  // GenericPayloads
-    {{104887, 18}, TagType::string, 0, 0, 0, 0},  // RegisterEntryArray
-    {{104905, 27}, TagType::string, 0, 0, 0, 0},  // RegisterAdministrationArray
-    {{104932, 27}, TagType::string, 0, 0, 0, 0},  // ApplicationInformationArray
-    {{104959, 23}, TagType::string, 0, 0, 0, 0},  // RegisterChildEntryArray
-    {{104982, 23}, TagType::string, 0, 0, 0, 0},  // RegisterReleaseDateTime
-    {{105005, 32}, TagType::string, 0, 0, 0, 0},  // RegisterItemStatusChangeDateTime
-    {{105037, 17}, TagType::string, 0, 0, 0, 0},  // OpenBodyPartition
-    {{105054, 19}, TagType::string, 0, 0, 0, 0},  // ClosedBodyPartition
-    {{105073, 25}, TagType::string, 0, 0, 0, 0},  // OpenCompleteBodyPartition
-    {{105098, 27}, TagType::string, 0, 0, 0, 0},  // ClosedCompleteBodyPartition
-    {{105125, 6}, TagType::string, 0, 0, 0, 0},  // Footer
-    {{105131, 14}, TagType::string, 0, 0, 0, 0},  // CompleteFooter
-    {{105145, 22}, TagType::string, 0, 0, 0, 0},  // RandomIndexMetadataV10
-    {{105167, 19}, TagType::string, 0, 0, 0, 0},  // RandomIndexMetadata
-    {{105186, 17}, TagType::string, 0, 0, 0, 0},  // PartitionMetadata
-    {{105203, 10}, TagType::string, 0, 0, 0, 0},  // SourceClip
-    {{105213, 20}, TagType::string, 0, 0, 0, 0},  // V10IndexTableSegment
-    {{105233, 17}, TagType::string, 0, 0, 0, 0},  // IndexTableSegment
-    {{105250, 13}, TagType::string, 0, 0, 0, 0},  // DefaultObject
-    {{105263, 24}, TagType::string, 0, 0, 0, 0},  // CipherAlgorithmAES128CBC
-    {{105287, 20}, TagType::string, 0, 0, 0, 0},  // HMACAlgorithmSHA1128
-    {{105307, 23}, TagType::string, 0, 0, 0, 0},  // EncryptedContainerLabel
-    {{105330, 27}, TagType::string, 0, 0, 0, 0},  // CryptographicFrameworkLabel
+    {{83508, 10}, TagType::int16u, none, 2, 0, 0},  // MXFVersion
+    {{83518, 14}, TagType::int64u, none, 0, 0, 0},  // FooterPosition
+    {{83532, 10}, TagType::int64u, none, 0, 0, 0},  // HeaderSize
+    {{83542, 14}, TagType::string, none, 0, 0, 0},  // OrganizationID
+    {{83556, 4}, TagType::string, none, 0, 0, 0},  // UPID
+    {{83560, 3}, TagType::string, none, 0, 0, 0},  // UPN
+    {{83563, 4}, TagType::string, none, 0, 0, 0},  // IBTN
+    {{83567, 4}, TagType::string, none, 0, 0, 0},  // ISAN
+    {{83571, 4}, TagType::string, none, 0, 0, 0},  // ISBN
+    {{83575, 4}, TagType::string, none, 0, 0, 0},  // ISSN
+    {{83579, 4}, TagType::string, none, 0, 0, 0},  // ISWC
+    {{83583, 4}, TagType::string, none, 0, 0, 0},  // ISMN
+    {{83587, 4}, TagType::string, none, 0, 0, 0},  // ISCI
+    {{83591, 4}, TagType::string, none, 0, 0, 0},  // ISRC
+    {{83595, 4}, TagType::string, none, 0, 0, 0},  // ISRN
+    {{83599, 4}, TagType::string, none, 0, 0, 0},  // ISBD
+    {{83603, 4}, TagType::string, none, 0, 0, 0},  // ISTC
+    {{83607, 4}, TagType::string, none, 0, 0, 0},  // SICI
+    {{83611, 4}, TagType::string, none, 0, 0, 0},  // BICI
+    {{83615, 4}, TagType::string, none, 0, 0, 0},  // AICI
+    {{83619, 3}, TagType::string, none, 0, 0, 0},  // PII
+    {{83622, 3}, TagType::string, none, 0, 0, 0},  // DOI
+    {{83625, 11}, TagType::string, none, 0, 0, 0},  // InstanceUID
+    {{83636, 9}, TagType::string, none, 0, 0, 0},  // PackageID
+    {{83645, 17}, TagType::string, none, 0, 0, 0},  // DeviceDesignation
+    {{83662, 11}, TagType::string, none, 0, 0, 0},  // DeviceModel
+    {{83673, 18}, TagType::string, none, 0, 0, 0},  // DeviceSerialNumber
+    {{2023, 3}, TagType::string, none, 0, 0, 0},  // URL
+    {{83691, 4}, TagType::string, none, 0, 0, 0},  // PURL
+    {{83695, 3}, TagType::string, none, 0, 0, 0},  // URN
+    {{83698, 14}, TagType::string, none, 0, 0, 0},  // TransmissionID
+    {{83712, 9}, TagType::string, none, 0, 0, 0},  // ArchiveID
+    {{83721, 6}, TagType::string, none, 0, 0, 0},  // ItemID
+    {{83727, 25}, TagType::string, none, 0, 0, 0},  // AccountingReferenceNumber
+    {{83752, 9}, TagType::string, none, 0, 0, 0},  // TrafficID
+    {{83761, 16}, TagType::string, none, 0, 0, 0},  // ReelOrRollNumber
+    {{83777, 15}, TagType::string, none, 0, 0, 0},  // LocalTapeNumber
+    {{83792, 4}, TagType::int32u, none, 0, 0, 0},  // LUID
+    {{83796, 11}, TagType::string, none, 0, 0, 0},  // PackageName
+    {{83807, 13}, TagType::string, none, 0, 0, 0},  // LocalFilePath
+    {{83820, 8}, TagType::string, none, 0, 0, 0},  // EdgeCode
+    {{83828, 9}, TagType::string, none, 0, 0, 0},  // FrameCode
+    {{83837, 7}, TagType::string, none, 0, 0, 0},  // KeyCode
+    {{83844, 9}, TagType::string, none, 0, 0, 0},  // InkNumber
+    {{83853, 7}, TagType::string, none, 0, 0, 0},  // KeyText
+    {{83860, 8}, TagType::string, none, 0, 0, 0},  // KeyFrame
+    {{83868, 8}, TagType::string, none, 0, 0, 0},  // KeySound
+    {{83876, 16}, TagType::string, none, 0, 0, 0},  // KeyDataOrProgram
+    {{83892, 9}, TagType::string, none, 0, 0, 0},  // TitleKind
+    {{83901, 9}, TagType::string, none, 0, 0, 0},  // MainTitle
+    {{83910, 14}, TagType::string, none, 0, 0, 0},  // SecondaryTitle
+    {{83924, 12}, TagType::string, none, 0, 0, 0},  // SeriesNumber
+    {{83936, 13}, TagType::string, none, 0, 0, 0},  // EpisodeNumber
+    {{83949, 11}, TagType::string, none, 0, 0, 0},  // SceneNumber
+    {{83960, 10}, TagType::int16u, none, 0, 0, 0},  // TakeNumber
+    {{83970, 18}, TagType::string, none, 0, 0, 0},  // CISACLegalEntityID
+    {{83988, 8}, TagType::string, none, 0, 0, 0},  // AGICOAID
+    {{83996, 18}, TagType::string, none, 0, 0, 0},  // SourceOrganization
+    {{84014, 20}, TagType::string, none, 0, 0, 0},  // SupplyContractNumber
+    {{84034, 20}, TagType::string, none, 0, 0, 0},  // OriginalProducerName
+    {{84054, 17}, TagType::int16u, none, 0, 0, 0},  // TotalEpisodeCount
+    {{84071, 15}, TagType::string, none, 0, 0, 0},  // CopyrightStatus
+    {{84086, 18}, TagType::string, none, 0, 0, 0},  // CopyrightOwnerName
+    {{84104, 31}, TagType::string, none, 0, 0, 0},  // IntellectualPropertyDescription
+    {{84135, 26}, TagType::string, none, 0, 0, 0},  // IntellectualPropertyRights
+    {{84161, 12}, TagType::string, none, 0, 0, 0},  // Rightsholder
+    {{84173, 25}, TagType::string, none, 0, 0, 0},  // RightsManagementAuthority
+    {{84198, 19}, TagType::string, none, 0, 0, 0},  // InterestedPartyName
+    {{84217, 15}, TagType::int16u, none, 0, 0, 0},  // MaximumUseCount
+    {{84232, 25}, TagType::string, none, 0, 0, 0},  // LicenseOptionsDescription
+    {{84257, 12}, TagType::string, none, 0, 0, 0},  // CurrencyCode
+    {{84269, 25}, TagType::string, none, 0, 0, 0},  // RoyaltyPaymentInformation
+    {{84294, 24}, TagType::string, none, 0, 0, 0},  // RoyaltyIncomeInformation
+    {{84318, 17}, TagType::string, none, 0, 0, 0},  // RestrictionsonUse
+    {{84335, 9}, TagType::string, none, 0, 0, 0},  // ExCCIData
+    {{84344, 8}, TagType::string, none, 0, 0, 0},  // UserName
+    {{84352, 8}, TagType::string, none, 0, 0, 0},  // Password
+    {{84360, 17}, TagType::string, none, 0, 0, 0},  // ScramblingKeyKind
+    {{84377, 18}, TagType::int8u, none, 0, 0, 0},  // ScramblingKeyValue
+    {{84395, 25}, TagType::string, none, 0, 0, 0},  // BroadcastOrganizationName
+    {{84420, 16}, TagType::string, none, 0, 0, 0},  // BroadcastChannel
+    {{84436, 19}, TagType::string, none, 0, 0, 0},  // BroadcastMediumKind
+    {{84455, 15}, TagType::string, none, 0, 0, 0},  // BroadcastRegion
+    {{84470, 18}, TagType::string, none, 0, 0, 0},  // FirstBroadcastFlag
+    {{84488, 19}, TagType::int16u, none, 0, 0, 0},  // CurrentRepeatNumber
+    {{84507, 20}, TagType::int16u, none, 0, 0, 0},  // PreviousRepeatNumber
+    {{84527, 14}, TagType::int32u, none, 0, 0, 0},  // AudienceRating
+    {{84541, 13}, TagType::int32u, none, 0, 0, 0},  // AudienceReach
+    {{84554, 19}, TagType::string, none, 0, 0, 0},  // NatureOfPersonality
+    {{84573, 18}, TagType::string, none, 0, 0, 0},  // ContributionStatus
+    {{84591, 29}, TagType::string, none, 0, 0, 0},  // SupportOrAdministrationStatus
+    {{84620, 16}, TagType::string, none, 0, 0, 0},  // OrganizationKind
+    {{84636, 26}, TagType::string, none, 0, 0, 0},  // ProductionOrganizationRole
+    {{84662, 23}, TagType::string, none, 0, 0, 0},  // SupportOrganizationRole
+    {{84685, 15}, TagType::string, none, 0, 0, 0},  // JobFunctionName
+    {{84700, 8}, TagType::string, none, 0, 0, 0},  // RoleName
+    {{84708, 11}, TagType::string, none, 0, 0, 0},  // ContactKind
+    {{84719, 21}, TagType::string, none, 0, 0, 0},  // ContactDepartmentName
+    {{84740, 10}, TagType::string, none, 0, 0, 0},  // FamilyName
+    {{84750, 14}, TagType::string, none, 0, 0, 0},  // FirstGivenName
+    {{84764, 15}, TagType::string, none, 0, 0, 0},  // SecondGivenName
+    {{84779, 14}, TagType::string, none, 0, 0, 0},  // ThirdGivenName
+    {{84793, 8}, TagType::string, none, 0, 0, 0},  // MainName
+    {{84801, 17}, TagType::string, none, 0, 0, 0},  // SupplementaryName
+    {{84818, 20}, TagType::string, none, 0, 0, 0},  // OrganizationMainName
+    {{84838, 29}, TagType::string, none, 0, 0, 0},  // SupplementaryOrganizationName
+    {{84867, 18}, TagType::string, none, 0, 0, 0},  // ISO3166CountryCode
+    {{84885, 20}, TagType::string, none, 0, 0, 0},  // ISO639-1LanguageCode
+    {{84905, 30}, TagType::int8u, none, 0, 0, 0},  // OperatingSystemInterpretations
+    {{84935, 9}, TagType::string, none, 0, 0, 2},  // ByteOrder
+    {{84944, 19}, TagType::string, none, 0, 0, 0},  // EssenceIsIdentified
+    {{84963, 16}, TagType::string, none, 0, 0, 0},  // LengthSystemName
+    {{84979, 14}, TagType::string, none, 0, 0, 0},  // LengthUnitKind
+    {{84993, 15}, TagType::string, none, 0, 0, 0},  // AngularUnitKind
+    {{85008, 16}, TagType::string, none, 0, 0, 0},  // TimeSystemOffset
+    {{85024, 12}, TagType::string, none, 0, 0, 0},  // TimeUnitKind
+    {{85036, 19}, TagType::string, none, 0, 0, 0},  // ContentCodingSystem
+    {{85055, 11}, TagType::string, none, 0, 0, 0},  // ProgramKind
+    {{85066, 5}, TagType::string, none, 0, 0, 0},  // Genre
+    {{85071, 14}, TagType::string, none, 0, 0, 0},  // TargetAudience
+    {{85085, 17}, TagType::string, none, 0, 0, 0},  // CatalogDataStatus
+    {{85102, 13}, TagType::string, none, 0, 0, 0},  // ThesaurusName
+    {{85115, 5}, TagType::string, none, 0, 0, 0},  // Theme
+    {{85120, 21}, TagType::string, none, 0, 0, 0},  // ContentClassification
+    {{50326, 8}, TagType::string, none, 0, 0, 0},  // Keywords
+    {{85141, 9}, TagType::string, none, 0, 0, 0},  // KeyFrames
+    {{85150, 9}, TagType::string, none, 0, 0, 0},  // KeySounds
+    {{85159, 7}, TagType::string, none, 0, 0, 0},  // KeyData
+    {{85166, 8}, TagType::string, none, 0, 0, 0},  // Abstract
+    {{85174, 7}, TagType::string, none, 0, 0, 0},  // Purpose
+    {{24816, 11}, TagType::string, none, 0, 0, 0},  // Description
+    {{85181, 15}, TagType::string, none, 0, 0, 0},  // ColorDescriptor
+    {{85196, 16}, TagType::string, none, 0, 0, 0},  // FormatDescriptor
+    {{85212, 11}, TagType::string, none, 0, 0, 0},  // StratumKind
+    {{85223, 19}, TagType::string, none, 0, 0, 0},  // IndividualAwardName
+    {{85242, 16}, TagType::string, none, 0, 0, 0},  // ProgramAwardName
+    {{85258, 10}, TagType::string, none, 0, 0, 0},  // AssetValue
+    {{85268, 12}, TagType::string, none, 0, 0, 0},  // ContentValue
+    {{85280, 13}, TagType::string, none, 0, 0, 0},  // CulturalValue
+    {{85293, 14}, TagType::string, none, 0, 0, 0},  // AestheticValue
+    {{85307, 15}, TagType::string, none, 0, 0, 0},  // HistoricalValue
+    {{85322, 14}, TagType::string, none, 0, 0, 0},  // TechnicalValue
+    {{85336, 11}, TagType::string, none, 0, 0, 0},  // OtherValues
+    {{85347, 20}, TagType::string, none, 0, 0, 0},  // CatalogingSystemName
+    {{85367, 16}, TagType::string, none, 0, 0, 0},  // ComputedKeywords
+    {{85383, 17}, TagType::string, none, 0, 0, 0},  // ComputedKeyFrames
+    {{85400, 17}, TagType::string, none, 0, 0, 0},  // ComputedKeySounds
+    {{85417, 15}, TagType::string, none, 0, 0, 0},  // ComputedKeyData
+    {{85432, 19}, TagType::string, none, 0, 0, 0},  // ComputedStratumKind
+    {{85451, 23}, TagType::rational64s, none, 0, 0, 0},  // PresentationAspectRatio
+    {{85474, 18}, TagType::string, none, 0, 0, 0},  // CaptureAspectRatio
+    {{85492, 20}, TagType::string, none, 0, 0, 0},  // CaptureGammaEquation
+    {{85512, 12}, TagType::string, none, 0, 0, 0},  // LumaEquation
+    {{85524, 15}, TagType::string, none, 0, 0, 0},  // ColorimetryCode
+    {{85539, 14}, TagType::string, none, 0, 0, 0},  // SignalFormCode
+    {{85553, 14}, TagType::int8u, none, 0, 0, 0},  // ColorFieldCode
+    {{85567, 9}, TagType::int16u, none, 0, 0, 0},  // FieldRate
+    {{78011, 9}, TagType::int16u, none, 0, 0, 0},  // FrameRate
+    {{85576, 11}, TagType::int8u, none, 0, 0, 0},  // FrameLayout
+    {{85587, 21}, TagType::string, none, 0, 0, 0},  // SamplingStructureCode
+    {{85608, 18}, TagType::int16u, none, 0, 0, 0},  // TotalLinesperFrame
+    {{85626, 19}, TagType::int16u, none, 0, 0, 0},  // ActiveLinesperFrame
+    {{85645, 12}, TagType::int32s, none, 0, 0, 0},  // LeadingLines
+    {{85657, 13}, TagType::int32s, none, 0, 0, 0},  // TrailingLines
+    {{85670, 21}, TagType::string, none, 0, 0, 0},  // AnalogVideoSystemName
+    {{85691, 19}, TagType::int8u, none, 0, 0, 0},  // LuminanceSampleRate
+    {{85710, 20}, TagType::int16u, none, 0, 0, 0},  // ActiveSamplesperLine
+    {{85730, 19}, TagType::int16u, none, 0, 0, 0},  // TotalSamplesperLine
+    {{85749, 21}, TagType::string, none, 0, 0, 0},  // SamplingHierarchyCode
+    {{85770, 21}, TagType::int32u, none, 0, 0, 0},  // HorizontalSubsampling
+    {{85791, 11}, TagType::int8u, none, 0, 0, 0},  // ColorSiting
+    {{85802, 13}, TagType::int32u, none, 0, 0, 0},  // SampledHeight
+    {{85815, 12}, TagType::int32u, none, 0, 0, 0},  // SampledWidth
+    {{85827, 14}, TagType::int32s, none, 0, 0, 0},  // SampledXOffset
+    {{85841, 14}, TagType::int32s, none, 0, 0, 0},  // SampledYOffset
+    {{85855, 13}, TagType::int32u, none, 0, 0, 0},  // DisplayHeight
+    {{85868, 12}, TagType::int32u, none, 0, 0, 0},  // DisplayWidth
+    {{85880, 14}, TagType::int32s, none, 0, 0, 0},  // DisplayXOffset
+    {{85894, 14}, TagType::int32s, none, 0, 0, 0},  // DisplayYOffset
+    {{85908, 13}, TagType::string, none, 0, 0, 0},  // FilteringCode
+    {{1494, 11}, TagType::int32u, none, 0, 0, 0},  // ImageHeight
+    {{1505, 10}, TagType::int32u, none, 0, 0, 0},  // ImageWidth
+    {{85921, 12}, TagType::int32s, none, 0, 0, 0},  // BitsPerPixel
+    {{85933, 18}, TagType::string, none, 0, 0, 0},  // RoundingMethodCode
+    {{85951, 19}, TagType::int32u, none, 0, 0, 0},  // BlackReferenceLevel
+    {{85970, 19}, TagType::int32u, none, 0, 0, 0},  // WhiteReferenceLevel
+    {{85989, 18}, TagType::string, none, 0, 0, 0},  // FieldFrameTypeCode
+    {{86007, 16}, TagType::string, none, 0, 0, 0},  // PulldownSequence
+    {{86023, 22}, TagType::string, none, 0, 0, 0},  // PulldownFieldDominance
+    {{86045, 29}, TagType::int8u, none, 0, 0, 0},  // VideoAndFilmFrameRelationship
+    {{86074, 20}, TagType::string, none, 0, 0, 0},  // CaptureFilmFrameRate
+    {{86094, 21}, TagType::string, none, 0, 0, 0},  // TransferFilmFrameRate
+    {{86115, 18}, TagType::string, none, 0, 0, 0},  // VideoTestParameter
+    {{86133, 15}, TagType::float_, none, 0, 0, 0},  // VideoTestResult
+    {{86148, 17}, TagType::string, none, 0, 0, 0},  // FilmTestParameter
+    {{86165, 14}, TagType::float_, none, 0, 0, 0},  // FilmTestResult
+    {{86179, 25}, TagType::int8u, none, 0, 0, 0},  // ElectrospatialFormulation
+    {{86204, 16}, TagType::string, none, 0, 0, 0},  // FilteringApplied
+    {{86220, 19}, TagType::string, none, 0, 0, 0},  // AudioReferenceLevel
+    {{86239, 21}, TagType::int8u, none, 0, 0, 0},  // AudioMonoChannelCount
+    {{86260, 23}, TagType::int8u, none, 0, 0, 0},  // AudioStereoChannelCount
+    {{86283, 12}, TagType::string, none, 0, 0, 0},  // AnalogSystem
+    {{45673, 15}, TagType::float_, none, 0, 0, 0},  // AudioSampleRate
+    {{86295, 13}, TagType::int8u, none, 0, 0, 0},  // BitsPerSample
+    {{86308, 11}, TagType::string, none, 0, 0, 0},  // RoundingLaw
+    {{86319, 6}, TagType::string, none, 0, 0, 0},  // Dither
+    {{86325, 12}, TagType::string, none, 0, 0, 0},  // OpticalTrack
+    {{86337, 13}, TagType::string, none, 0, 0, 0},  // MagneticTrack
+    {{86350, 20}, TagType::float_, none, 0, 0, 0},  // Signal-to-NoiseRatio
+    {{86370, 9}, TagType::string, none, 0, 0, 0},  // Weighting
+    {{86379, 20}, TagType::string, none, 0, 0, 0},  // AnalogDataCodingKind
+    {{86399, 12}, TagType::string, none, 0, 0, 0},  // TimecodeKind
+    {{86411, 16}, TagType::float_, none, 0, 0, 0},  // TimecodeTimebase
+    {{86427, 20}, TagType::string, none, 0, 0, 0},  // TimecodeUserBitsFlag
+    {{86447, 11}, TagType::string, none, 0, 0, 0},  // IncludeSync
+    {{86458, 9}, TagType::string, none, 0, 0, 0},  // DropFrame
+    {{86467, 18}, TagType::int8u, none, 0, 0, 0},  // TimecodeSourceKind
+    {{86485, 21}, TagType::string, none, 0, 0, 0},  // AnalogMetadataCarrier
+    {{86506, 22}, TagType::string, none, 0, 0, 0},  // DigitalMetadataCarrier
+    {{86528, 36}, TagType::string, none, 0, 0, 0},  // AnalogMonitoringAndControlCodingKind
+    {{50180, 10}, TagType::rational64s, none, 0, 0, 0},  // SampleRate
+    {{86564, 13}, TagType::string, none, 0, 0, 0},  // EssenceLength
+    {{86577, 16}, TagType::string, none, 0, 0, 0},  // FilmColorProcess
+    {{86593, 14}, TagType::string, none, 0, 0, 0},  // EdgeCodeFormat
+    {{86607, 14}, TagType::string, none, 0, 0, 0},  // FilmFormatName
+    {{86621, 13}, TagType::string, none, 0, 0, 0},  // FilmStockKind
+    {{86634, 25}, TagType::string, none, 0, 0, 0},  // FilmStockManufacturerName
+    {{86659, 19}, TagType::string, none, 0, 0, 0},  // PhysicalMediaLength
+    {{86678, 19}, TagType::string, none, 0, 0, 0},  // FilmCaptureAperture
+    {{86697, 13}, TagType::string, none, 0, 0, 0},  // ImageCategory
+    {{86710, 21}, TagType::string, none, 0, 0, 0},  // ImageSourceDeviceKind
+    {{86731, 24}, TagType::string, none, 0, 0, 0},  // OpticalTestParameterName
+    {{86755, 17}, TagType::float_, none, 0, 0, 0},  // OpticalTestResult
+    {{86772, 10}, TagType::string, none, 0, 0, 0},  // SensorType
+    {{86782, 19}, TagType::string, none, 0, 0, 0},  // PolarCharacteristic
+    {{86801, 21}, TagType::string, none, 0, 0, 0},  // IntegrationIndication
+    {{86822, 15}, TagType::string, none, 0, 0, 0},  // EventIndication
+    {{86837, 11}, TagType::string, none, 0, 0, 0},  // QualityFlag
+    {{86848, 20}, TagType::string, none, 0, 0, 0},  // PhysicalInstanceKind
+    {{86868, 26}, TagType::string, none, 0, 0, 0},  // DigitalOrAnalogOrigination
+    {{86894, 29}, TagType::string, none, 0, 0, 0},  // MicrophonePlacementTechniques
+    {{86923, 19}, TagType::int16u, none, 0, 0, 0},  // SimpleFlaggingCount
+    {{86942, 9}, TagType::int8u, none, 0, 0, 0},  // CopyCount
+    {{86951, 10}, TagType::int8u, none, 0, 0, 0},  // CloneCount
+    {{86961, 20}, TagType::string, none, 0, 0, 0},  // Work-in-ProgressFlag
+    {{86981, 32}, TagType::string, none, 0, 0, 0},  // VideoOrImageCompressionAlgorithm
+    {{87013, 16}, TagType::string, none, 0, 0, 0},  // SplicingMetadata
+    {{87029, 25}, TagType::string, none, 0, 0, 0},  // AudioCompressionAlgorithm
+    {{87054, 28}, TagType::string, none, 0, 0, 0},  // VideoNoiseReductionAlgorithm
+    {{87082, 28}, TagType::string, none, 0, 0, 0},  // AudioNoiseReductionAlgorithm
+    {{87110, 36}, TagType::string, none, 0, 0, 0},  // EnhancementOrModificationDescription
+    {{87146, 15}, TagType::string, none, 0, 0, 0},  // VideoDeviceKind
+    {{87161, 24}, TagType::string, none, 0, 0, 0},  // VideoDeviceParameterName
+    {{87185, 27}, TagType::string, none, 0, 0, 0},  // VideoDeviceParameterSetting
+    {{87212, 41}, TagType::string, none, 0, 0, 0},  // AudioEnhancementOrModificationDescription
+    {{87253, 25}, TagType::string, none, 0, 0, 0},  // AudioFirstMix-DownProcess
+    {{87278, 15}, TagType::string, none, 0, 0, 0},  // AudioDeviceKind
+    {{87293, 20}, TagType::string, none, 0, 0, 0},  // AudioDeviceParameter
+    {{87313, 27}, TagType::string, none, 0, 0, 0},  // AudioDeviceParameterSetting
+    {{87340, 40}, TagType::string, none, 0, 0, 0},  // DataEnhancementOrModificationDescription
+    {{87380, 14}, TagType::string, none, 0, 0, 0},  // DataDeviceKind
+    {{87394, 23}, TagType::string, none, 0, 0, 0},  // DataDeviceParameterName
+    {{87417, 26}, TagType::string, none, 0, 0, 0},  // DataDeviceParameterSetting
+    {{87443, 15}, TagType::string, none, 0, 0, 0},  // DefaultFadeType
+    {{87458, 11}, TagType::string, none, 0, 0, 0},  // ActiveState
+    {{87469, 11}, TagType::string, none, 0, 0, 0},  // Fade-InType
+    {{87480, 12}, TagType::string, none, 0, 0, 0},  // Fade-OutType
+    {{87492, 21}, TagType::string, none, 0, 0, 0},  // SpeedChangeEffectFlag
+    {{87513, 17}, TagType::int32s, none, 0, 0, 0},  // InputSegmentCount
+    {{87530, 6}, TagType::int32u, none, 0, 0, 0},  // Bypass
+    {{87536, 25}, TagType::string, none, 0, 0, 0},  // VideoCompressionAlgorithm
+    {{87561, 24}, TagType::string, none, 0, 0, 0},  // MPEGVideoRecodingDataset
+    {{87585, 33}, TagType::string, none, 0, 0, 0},  // UpstreamAudioCompressionAlgorithm
+    {{87618, 24}, TagType::string, none, 0, 0, 0},  // MPEGAudioRecodingDataset
+    {{87642, 31}, TagType::string, none, 0, 0, 0},  // ProgramSupportMaterialReference
+    {{87673, 28}, TagType::string, none, 0, 0, 0},  // AdvertisingMaterialReference
+    {{87701, 34}, TagType::string, none, 0, 0, 0},  // ProgramCommercialMaterialReference
+    {{87735, 18}, TagType::string, none, 0, 0, 0},  // ContiguousDataFlag
+    {{87753, 18}, TagType::int32u, none, 0, 0, 0},  // PositionInSequence
+    {{87771, 32}, TagType::int32s, none, 0, 0, 0},  // RelativePositionInSequenceOffset
+    {{87803, 30}, TagType::string, none, 0, 0, 0},  // RelativePositionInSequenceName
+    {{60716, 21}, TagType::string, none, 0, 0, 0},  // ImageCoordinateSystem
+    {{87833, 12}, TagType::string, none, 0, 0, 0},  // MapDatumUsed
+    {{87845, 34}, TagType::float_, none, 0, 0, 0},  // LocalDatumAbsolutePositionAccuracy
+    {{87879, 32}, TagType::float_, none, 0, 0, 0},  // DeviceAbsolutePositionalAccuracy
+    {{87911, 14}, TagType::float_, none, 0, 0, 0},  // DeviceAltitude
+    {{87925, 14}, TagType::float_, none, 0, 0, 0},  // DeviceLatitude
+    {{87939, 15}, TagType::float_, none, 0, 0, 0},  // DeviceLongitude
+    {{87954, 16}, TagType::float_, none, 0, 0, 0},  // DeviceXDimension
+    {{87970, 16}, TagType::float_, none, 0, 0, 0},  // DeviceYDimension
+    {{87986, 23}, TagType::float_, none, 0, 0, 0},  // FramePositionalAccuracy
+    {{60875, 19}, TagType::string, none, 0, 0, 0},  // FrameCenterLatitude
+    {{60894, 20}, TagType::string, none, 0, 0, 0},  // FrameCenterLongitude
+    {{88009, 28}, TagType::string, none, 0, 0, 0},  // FrameCenterLatitudeLongitude
+    {{88037, 34}, TagType::float_, none, 0, 0, 0},  // LocalDatumRelativePositionAccuracy
+    {{88071, 32}, TagType::float_, none, 0, 0, 0},  // DeviceRelativePositionalAccuracy
+    {{88103, 23}, TagType::float_, none, 0, 0, 0},  // DeviceRelativePositionX
+    {{88126, 23}, TagType::float_, none, 0, 0, 0},  // DeviceRelativePositionY
+    {{88149, 23}, TagType::float_, none, 0, 0, 0},  // DeviceRelativePositionZ
+    {{88172, 33}, TagType::float_, none, 0, 0, 0},  // SubjectRelativePositionalAccuracy
+    {{88205, 38}, TagType::int16s, none, 0, 0, 0},  // PositionWithinViewportImageXCoordinate
+    {{88243, 38}, TagType::int16s, none, 0, 0, 0},  // PositionWithinViewportImageYCoordinate
+    {{88281, 28}, TagType::int16s, none, 0, 0, 0},  // SourceImageCenterXCoordinate
+    {{88309, 28}, TagType::int16s, none, 0, 0, 0},  // SourceImageCenterYCoordinate
+    {{88337, 30}, TagType::int16s, none, 0, 0, 0},  // ViewportImageCenterCCoordinate
+    {{88367, 30}, TagType::int16s, none, 0, 0, 0},  // ViewportImageCenterYCoordinate
+    {{88397, 19}, TagType::float_, none, 0, 0, 0},  // DeviceAbsoluteSpeed
+    {{88416, 21}, TagType::float_, none, 0, 0, 0},  // DeviceAbsoluteHeading
+    {{88437, 20}, TagType::float_, none, 0, 0, 0},  // SubjectAbsoluteSpeed
+    {{88457, 22}, TagType::float_, none, 0, 0, 0},  // SubjectAbsoluteHeading
+    {{88479, 19}, TagType::float_, none, 0, 0, 0},  // DeviceRelativeSpeed
+    {{88498, 21}, TagType::float_, none, 0, 0, 0},  // DeviceRelativeHeading
+    {{88519, 20}, TagType::float_, none, 0, 0, 0},  // SubjectRelativeSpeed
+    {{88539, 22}, TagType::float_, none, 0, 0, 0},  // SubjectRelativeHeading
+    {{60854, 10}, TagType::float_, none, 0, 0, 0},  // SlantRange
+    {{60864, 11}, TagType::float_, none, 0, 0, 0},  // TargetWidth
+    {{88561, 14}, TagType::int16u, none, 0, 0, 0},  // ViewportHeight
+    {{88575, 13}, TagType::int16u, none, 0, 0, 0},  // ViewportWidth
+    {{88588, 15}, TagType::float_, none, 0, 0, 0},  // SensorRollAngle
+    {{88603, 12}, TagType::float_, none, 0, 0, 0},  // AngleToNorth
+    {{88615, 14}, TagType::float_, none, 0, 0, 0},  // ObliquityAngle
+    {{88629, 12}, TagType::string, none, 0, 0, 0},  // PlaceKeyword
+    {{88641, 17}, TagType::string, none, 0, 0, 0},  // ObjectCountryCode
+    {{88658, 19}, TagType::string, none, 0, 0, 0},  // ShootingCountryCode
+    {{88677, 18}, TagType::string, none, 0, 0, 0},  // SettingCountryCode
+    {{88695, 27}, TagType::string, none, 0, 0, 0},  // CopyrightLicenseCountryCode
+    {{88722, 38}, TagType::string, none, 0, 0, 0},  // IntellectualPropertyLicenseCountryCode
+    {{88760, 16}, TagType::string, none, 0, 0, 0},  // ObjectRegionCode
+    {{88776, 18}, TagType::string, none, 0, 0, 0},  // ShootingRegionCode
+    {{88794, 17}, TagType::string, none, 0, 0, 0},  // SettingRegionCode
+    {{88811, 26}, TagType::string, none, 0, 0, 0},  // CopyrightLicenseRegionCode
+    {{88837, 37}, TagType::string, none, 0, 0, 0},  // IntellectualPropertyLicenseRegionCode
+    {{88874, 10}, TagType::string, none, 0, 0, 0},  // RoomNumber
+    {{88884, 12}, TagType::string, none, 0, 0, 0},  // StreetNumber
+    {{88896, 10}, TagType::string, none, 0, 0, 0},  // StreetName
+    {{88906, 10}, TagType::string, none, 0, 0, 0},  // PostalTown
+    {{88916, 8}, TagType::string, none, 0, 0, 0},  // CityName
+    {{88924, 27}, TagType::string, none, 0, 0, 0},  // StateOrProvinceOrCountyName
+    {{50651, 10}, TagType::string, none, 0, 0, 0},  // PostalCode
+    {{88951, 11}, TagType::string, none, 0, 0, 0},  // CountryName
+    {{88962, 17}, TagType::string, none, 0, 0, 0},  // SettingRoomNumber
+    {{88979, 33}, TagType::string, none, 0, 0, 0},  // SettingStreetNumberOrBuildingName
+    {{89012, 17}, TagType::string, none, 0, 0, 0},  // SettingStreetName
+    {{89029, 15}, TagType::string, none, 0, 0, 0},  // SettingTownName
+    {{89044, 15}, TagType::string, none, 0, 0, 0},  // SettingCityName
+    {{89059, 34}, TagType::string, none, 0, 0, 0},  // SettingStateOrProvinceOrCountyName
+    {{89093, 17}, TagType::string, none, 0, 0, 0},  // SettingPostalCode
+    {{89110, 18}, TagType::string, none, 0, 0, 0},  // SettingCountryName
+    {{89128, 15}, TagType::string, none, 0, 0, 0},  // TelephoneNumber
+    {{89143, 9}, TagType::string, none, 0, 0, 0},  // FaxNumber
+    {{89152, 13}, TagType::string, none, 0, 0, 0},  // E-mailAddress
+    {{89165, 18}, TagType::string, none, 0, 0, 0},  // SettingDescription
+    {{89183, 15}, TagType::string, none, 0, 0, 0},  // UTCUserDateTime
+    {{89198, 17}, TagType::string, none, 0, 0, 0},  // LocalUserDateTime
+    {{89215, 21}, TagType::string, none, 0, 0, 0},  // SMPTE309MUserDateTime
+    {{89236, 20}, TagType::string, none, 0, 0, 0},  // SMPTE12MUserDateTime
+    {{89256, 16}, TagType::string, none, 0, 0, 0},  // UTCStartDateTime
+    {{89272, 18}, TagType::string, none, 0, 0, 0},  // LocalStartDateTime
+    {{89290, 21}, TagType::string, none, 0, 0, 0},  // TimecodeStartDateTime
+    {{89311, 14}, TagType::string, none, 0, 0, 0},  // UTCEndDateTime
+    {{89325, 16}, TagType::string, none, 0, 0, 0},  // LocalEndDateTime
+    {{89341, 19}, TagType::string, none, 0, 0, 0},  // TimecodeEndDateTime
+    {{89360, 17}, TagType::string, none, 0, 0, 0},  // UTCLastModifyDate
+    {{89377, 19}, TagType::string, none, 0, 0, 0},  // LocalLastModifyDate
+    {{89396, 22}, TagType::string, none, 0, 0, 0},  // TimecodeLastModifyDate
+    {{89418, 21}, TagType::string, none, 0, 0, 0},  // UTCEventStartDateTime
+    {{89439, 23}, TagType::string, none, 0, 0, 0},  // LocalEventStartDateTime
+    {{89462, 26}, TagType::string, none, 0, 0, 0},  // TimecodeEventStartDateTime
+    {{89488, 19}, TagType::string, none, 0, 0, 0},  // UTCEventEndDateTime
+    {{89507, 21}, TagType::string, none, 0, 0, 0},  // LocalEventEndDateTime
+    {{89528, 24}, TagType::string, none, 0, 0, 0},  // TimecodeEventEndDateTime
+    {{89552, 28}, TagType::string, none, 0, 0, 0},  // StartTimeRelativeToReference
+    {{89580, 32}, TagType::string, none, 0, 0, 0},  // StartTimecodeRelativeToReference
+    {{89612, 21}, TagType::string, none, 0, 0, 0},  // MaterialEndTimeOffset
+    {{89633, 25}, TagType::string, none, 0, 0, 0},  // MaterialEndTimecodeOffset
+    {{89658, 20}, TagType::string, none, 0, 0, 0},  // EventStartTimeOffset
+    {{89678, 24}, TagType::string, none, 0, 0, 0},  // EventStartTimecodeOffset
+    {{89702, 18}, TagType::string, none, 0, 0, 0},  // EventEndTimeOffset
+    {{89720, 22}, TagType::string, none, 0, 0, 0},  // EventEndTimecodeOffset
+    {{89742, 16}, TagType::int32u, none, 0, 0, 0},  // FrameCountOffset
+    {{89758, 14}, TagType::string, none, 0, 0, 0},  // TimePeriodName
+    {{89772, 21}, TagType::string, none, 0, 0, 0},  // LocalCreationDateTime
+    {{89793, 24}, TagType::string, none, 0, 0, 0},  // TimecodeCreationDateTime
+    {{89817, 15}, TagType::string, none, 0, 0, 0},  // LocalModifyDate
+    {{89832, 18}, TagType::string, none, 0, 0, 0},  // TimecodeModifyDate
+    {{89850, 10}, TagType::int32u, none, 0, 0, 0},  // FrameCount
+    {{89860, 24}, TagType::string, none, 0, 0, 0},  // MaterialAbsoluteDuration
+    {{89884, 21}, TagType::int32u, none, 0, 0, 0},  // TextlessBlackDuration
+    {{89905, 31}, TagType::int32u, none, 0, 0, 0},  // EventAbsoluteDurationFrameCount
+    {{89936, 21}, TagType::string, none, 0, 0, 0},  // EventAbsoluteDuration
+    {{89957, 11}, TagType::string, none, 0, 0, 0},  // BufferDelay
+    {{89968, 17}, TagType::string, none, 0, 0, 0},  // ProgramIdentifier
+    {{89985, 23}, TagType::string, none, 0, 0, 0},  // ProgramIdentifierString
+    {{90008, 8}, TagType::string, none, 0, 0, 0},  // ShimName
+    {{90016, 14}, TagType::int8u, none, 0, 0, 0},  // SignalStandard
+    {{90030, 11}, TagType::string, none, 0, 0, 0},  // IntendedAFD
+    {{90041, 10}, TagType::string, none, 0, 0, 0},  // SlateTitle
+    {{90051, 8}, TagType::string, none, 0, 0, 0},  // NOLACode
+    {{90059, 6}, TagType::string, none, 0, 0, 0},  // Rating
+    {{90065, 23}, TagType::string, none, 0, 0, 0},  // NielsenStreamIdentifier
+    {{90088, 11}, TagType::string, none, 0, 0, 0},  // IsRecording
+    {{90099, 16}, TagType::string, none, 0, 0, 0},  // IsLiveProduction
+    {{90115, 18}, TagType::string, none, 0, 0, 0},  // IsLiveTransmission
+    {{90133, 8}, TagType::string, none, 0, 0, 0},  // IsDubbed
+    {{90141, 11}, TagType::string, none, 0, 0, 0},  // IsVoiceover
+    {{90152, 17}, TagType::string, none, 0, 0, 0},  // HasAudioWatermark
+    {{90169, 18}, TagType::string, none, 0, 0, 0},  // AudioWatermarkKind
+    {{90187, 17}, TagType::string, none, 0, 0, 0},  // HasVideoWatermark
+    {{90204, 18}, TagType::string, none, 0, 0, 0},  // VideoWatermarkKind
+    {{90222, 16}, TagType::string, none, 0, 0, 0},  // SubtitlesPresent
+    {{90238, 13}, TagType::string, none, 0, 0, 0},  // CaptionTitles
+    {{90251, 19}, TagType::string, none, 0, 0, 0},  // CaptionsViaTeletext
+    {{90270, 16}, TagType::string, none, 0, 0, 0},  // TextlessMaterial
+    {{90286, 17}, TagType::string, none, 0, 0, 0},  // StorageDeviceKind
+    {{90303, 16}, TagType::string, none, 0, 0, 0},  // StorageMediaKind
+    {{90319, 14}, TagType::string, none, 0, 0, 0},  // StorageMediaID
+    {{90333, 13}, TagType::string, none, 0, 0, 0},  // BroadcastDate
+    {{90346, 13}, TagType::string, none, 0, 0, 0},  // BroadcastTime
+    {{90359, 8}, TagType::string, none, 0, 0, 0},  // IsRepeat
+    {{90367, 21}, TagType::string, none, 0, 0, 0},  // FirstTransmissionInfo
+    {{90388, 26}, TagType::string, none, 0, 0, 0},  // TeletextSubtitlesAvailable
+    {{90414, 19}, TagType::string, none, 0, 0, 0},  // SeasonEpisodeNumber
+    {{90433, 18}, TagType::string, none, 0, 0, 0},  // SeasonEpisodeTitle
+    {{90451, 18}, TagType::string, none, 0, 0, 0},  // EPGProgramSynopsis
+    {{90469, 17}, TagType::string, none, 0, 0, 0},  // DVBParentalRating
+    {{90486, 21}, TagType::string, none, 0, 0, 0},  // ContentMaturityRating
+    {{90507, 26}, TagType::string, none, 0, 0, 0},  // ContentMaturityDescription
+    {{90533, 22}, TagType::string, none, 0, 0, 0},  // ContentMaturityGraphic
+    {{90555, 14}, TagType::string, none, 0, 0, 0},  // ContractEntity
+    {{90569, 16}, TagType::string, none, 0, 0, 0},  // ContractTypeLink
+    {{90585, 20}, TagType::string, none, 0, 0, 0},  // ConsumerRightsToCopy
+    {{90605, 23}, TagType::string, none, 0, 0, 0},  // BroadcasterRightsToCopy
+    {{90628, 12}, TagType::string, none, 0, 0, 0},  // DirectorName
+    {{90640, 12}, TagType::string, none, 0, 0, 0},  // ProducerName
+    {{90652, 21}, TagType::string, none, 0, 0, 0},  // FemaleLeadActressName
+    {{90673, 17}, TagType::string, none, 0, 0, 0},  // MaleLeadActorName
+    {{90690, 13}, TagType::string, none, 0, 0, 0},  // PresenterName
+    {{90703, 15}, TagType::string, none, 0, 0, 0},  // MainSponsorName
+    {{90718, 15}, TagType::string, none, 0, 0, 0},  // VoiceTalentName
+    {{90733, 13}, TagType::string, none, 0, 0, 0},  // PostboxNumber
+    {{90746, 18}, TagType::string, none, 0, 0, 0},  // PostCodeForPostbox
+    {{90764, 13}, TagType::string, none, 0, 0, 0},  // ProgramNumber
+    {{90777, 18}, TagType::string, none, 0, 0, 0},  // DefinitionObjectID
+    {{90795, 12}, TagType::int8u, none, 0, 0, 0},  // IEEEDeviceID
+    {{90807, 13}, TagType::string, none, 0, 0, 0},  // ProjectNumber
+    {{90820, 14}, TagType::string, none, 0, 0, 0},  // EdgeCodeHeader
+    {{90834, 13}, TagType::int16s, none, 0, 0, 0},  // ChannelHandle
+    {{90847, 21}, TagType::string, none, 0, 0, 0},  // PhysicalMediaLocation
+    {{90868, 13}, TagType::string, none, 0, 0, 0},  // MediaLocation
+    {{90881, 11}, TagType::int32u, none, 0, 0, 0},  // TrackNumber
+    {{90892, 13}, TagType::string, none, 0, 0, 0},  // EdgeCodeStart
+    {{90905, 12}, TagType::string, none, 0, 0, 0},  // VersionTitle
+    {{90917, 7}, TagType::int32u, none, 0, 0, 0},  // TrackID
+    {{90924, 9}, TagType::string, none, 0, 0, 0},  // TrackName
+    {{90933, 20}, TagType::string, none, 0, 0, 0},  // DefinitionObjectName
+    {{90953, 26}, TagType::int8u, none, 0, 0, 0},  // ContentPackageMetadataLink
+    {{90979, 11}, TagType::string, none, 0, 0, 0},  // DefinedName
+    {{90990, 22}, TagType::string, none, 0, 0, 0},  // DeviceManufacturerName
+    {{91012, 14}, TagType::string, none, 0, 0, 0},  // ManufacturerID
+    {{91026, 18}, TagType::string, none, 0, 0, 0},  // IEEEManufacturerID
+    {{91044, 17}, TagType::string, none, 0, 0, 0},  // AAFManufacturerID
+    {{91061, 23}, TagType::string, none, 0, 0, 0},  // SupplyingDepartmentName
+    {{91084, 13}, TagType::float_, none, 0, 0, 0},  // AudienceShare
+    {{91097, 20}, TagType::float_, none, 0, 0, 0},  // AudienceAppreciation
+    {{91117, 10}, TagType::string, none, 0, 0, 0},  // Salutation
+    {{91127, 23}, TagType::string, none, 0, 0, 0},  // HonorsAndQualifications
+    {{91150, 18}, TagType::int32u, none, 0, 0, 0},  // ObjectModelVersion
+    {{91168, 10}, TagType::string, none, 0, 0, 0},  // SDKVersion
+    {{91178, 10}, TagType::string, none, 0, 0, 0},  // IsOptional
+    {{91188, 12}, TagType::string, none, 0, 0, 0},  // IsSearchable
+    {{91200, 15}, TagType::string, none, 0, 0, 0},  // UseDefaultValue
+    {{91215, 16}, TagType::string, none, 0, 0, 0},  // DefaultDataValue
+    {{91231, 4}, TagType::int8u, none, 0, 0, 0},  // Size
+    {{91235, 8}, TagType::string, none, 0, 0, 0},  // IsSigned
+    {{91243, 12}, TagType::int32u, none, 0, 0, 0},  // ElementCount
+    {{91255, 15}, TagType::string, none, 0, 0, 0},  // ElementNameList
+    {{91270, 30}, TagType::int64s, none, 0, 0, 0},  // TypeDefinitionElementValueList
+    {{91300, 14}, TagType::string, none, 0, 0, 0},  // MemberNameList
+    {{91314, 25}, TagType::string, none, 0, 0, 0},  // ExtendibleElementNameList
+    {{91339, 37}, TagType::string, none, 0, 0, 0},  // TypeDefinitionExtendibleElementValues
+    {{91376, 9}, TagType::string, none, 0, 0, 0},  // TargetSet
+    {{91385, 10}, TagType::string, none, 0, 0, 0},  // FillerData
+    {{91395, 12}, TagType::string, none, 0, 0, 0},  // KLVDataValue
+    {{91407, 14}, TagType::string, none, 0, 0, 0},  // PackageKLVData
+    {{91421, 16}, TagType::string, none, 0, 0, 0},  // ComponentKLVData
+    {{91437, 20}, TagType::string, none, 0, 0, 0},  // AssignedCategoryName
+    {{91457, 21}, TagType::string, none, 0, 0, 0},  // AssignedCategoryValue
+    {{91478, 8}, TagType::string, none, 0, 0, 0},  // ShotList
+    {{91486, 19}, TagType::string, none, 0, 0, 0},  // PackageUserComments
+    {{91505, 11}, TagType::string, none, 0, 0, 0},  // Cue-InWords
+    {{91516, 12}, TagType::string, none, 0, 0, 0},  // Cue-OutWords
+    {{91528, 10}, TagType::string, none, 0, 0, 0},  // ObjectKind
+    {{91538, 17}, TagType::string, none, 0, 0, 0},  // ObjectDescription
+    {{91555, 10}, TagType::string, none, 0, 0, 0},  // ObjectName
+    {{91565, 16}, TagType::string, none, 0, 0, 0},  // MetadataItemName
+    {{91581, 15}, TagType::string, none, 0, 0, 0},  // ShotCommentKind
+    {{91596, 11}, TagType::string, none, 0, 0, 0},  // ShotComment
+    {{91607, 18}, TagType::string, none, 0, 0, 0},  // ComputedObjectKind
+    {{91625, 19}, TagType::string, none, 0, 0, 0},  // VersionNumberString
+    {{91644, 13}, TagType::string, none, 0, 0, 0},  // VersionNumber
+    {{91657, 11}, TagType::string, none, 0, 0, 0},  // WAVESummary
+    {{91668, 11}, TagType::string, none, 0, 0, 0},  // AIFCSummary
+    {{91679, 11}, TagType::string, none, 0, 0, 0},  // TIFFSummary
+    {{91690, 19}, TagType::rational64s, none, 0, 0, 0},  // ViewportAspectRatio
+    {{91709, 25}, TagType::string, none, 0, 0, 0},  // PresentationGammaEquation
+    {{91734, 14}, TagType::int8u, none, 0, 0, 0},  // FieldDominance
+    {{91748, 12}, TagType::int32s, none, 0, 0, 0},  // VideoLineMap
+    {{91760, 20}, TagType::int32u, none, 0, 0, 0},  // VerticalSub-sampling
+    {{91780, 16}, TagType::int32u, none, 0, 0, 0},  // ColorRangeLevels
+    {{91796, 11}, TagType::string, none, 0, 0, 0},  // PixelLayout
+    {{91807, 16}, TagType::int32u, none, 0, 0, 0},  // AlphaSampleDepth
+    {{1969, 7}, TagType::string, none, 0, 0, 0},  // Palette
+    {{91823, 13}, TagType::string, none, 0, 0, 0},  // PaletteLayout
+    {{91836, 14}, TagType::int32u, none, 0, 0, 0},  // ComponentDepth
+    {{91850, 19}, TagType::string, none, 0, 0, 0},  // VideoCodingSchemeID
+    {{91869, 27}, TagType::int32u, none, 0, 0, 0},  // RoundedCaptureFilmFrameRate
+    {{91896, 19}, TagType::float_, none, 0, 0, 0},  // AudioAverageBitrate
+    {{91915, 21}, TagType::string, none, 0, 0, 0},  // AudioFixedBitrateFlag
+    {{91936, 13}, TagType::string, none, 0, 0, 0},  // CodingLawKind
+    {{91949, 19}, TagType::string, none, 0, 0, 0},  // AudioCodingSchemeID
+    {{91968, 11}, TagType::int8u, none, 0, 0, 0},  // LayerNumber
+    {{91979, 23}, TagType::int16u, none, 0, 0, 0},  // RoundedTimecodeTimebase
+    {{92002, 23}, TagType::string, none, 0, 2, 7},  // ComponentDataDefinition
+    {{92025, 10}, TagType::string, none, 0, 0, 0},  // StreamData
+    {{92035, 18}, TagType::string, none, 0, 0, 0},  // TimecodeStreamData
+    {{92053, 14}, TagType::string, none, 0, 0, 0},  // RecordedFormat
+    {{92067, 13}, TagType::string, none, 0, 0, 0},  // TapeShellKind
+    {{92080, 15}, TagType::string, none, 0, 0, 0},  // TapeFormulation
+    {{92095, 12}, TagType::int32u, none, 0, 0, 0},  // TapeCapacity
+    {{92107, 16}, TagType::string, none, 0, 0, 0},  // TapeManufacturer
+    {{92123, 9}, TagType::string, none, 0, 0, 0},  // TapeStock
+    {{92132, 15}, TagType::string, none, 0, 0, 0},  // TapeBatchNumber
+    {{92147, 20}, TagType::float_, none, 0, 0, 0},  // PerforationsPerFrame
+    {{92167, 15}, TagType::string, none, 0, 0, 0},  // FilmBatchNumber
+    {{92182, 9}, TagType::string, none, 0, 0, 0},  // FilmGauge
+    {{92191, 17}, TagType::string, none, 0, 0, 0},  // EdgeCodeFilmGauge
+    {{92208, 18}, TagType::rational64s, none, 0, 0, 0},  // ExposedAspectRatio
+    {{92226, 20}, TagType::int32u, none, 0, 0, 0},  // ImageAlignmentOffset
+    {{92246, 16}, TagType::int32u, none, 0, 0, 0},  // ImageStartOffset
+    {{92262, 14}, TagType::int32u, none, 0, 0, 0},  // ImageEndOffset
+    {{92276, 11}, TagType::int16s, none, 0, 0, 0},  // PaddingBits
+    {{8543, 11}, TagType::float_, none, 0, 0, 0},  // FocalLength
+    {{50277, 10}, TagType::string, none, 0, 0, 0},  // SensorSize
+    {{8435, 7}, TagType::float_, none, 0, 0, 0},  // FNumber
+    {{92287, 14}, TagType::string, none, 0, 0, 0},  // SensorTypeCode
+    {{92301, 21}, TagType::float_, none, 0, 0, 0},  // FieldOfViewHorizontal
+    {{92322, 28}, TagType::string, none, 0, 0, 0},  // AnamorphicLensCharacteristic
+    {{92350, 15}, TagType::string, none, 0, 0, 0},  // UniformDataFlag
+    {{92365, 11}, TagType::string, none, 0, 0, 0},  // JPEGTableID
+    {{92376, 17}, TagType::int8u, none, 0, 9, 2},  // AlphaTransparency
+    {{92393, 12}, TagType::string, none, 0, 0, 0},  // GenerationID
+    {{92405, 23}, TagType::string, none, 0, 0, 0},  // ApplicationSupplierName
+    {{92428, 15}, TagType::string, none, 0, 0, 0},  // ApplicationName
+    {{92443, 24}, TagType::string, none, 0, 0, 0},  // ApplicationVersionNumber
+    {{92467, 24}, TagType::string, none, 0, 0, 0},  // ApplicationVersionString
+    {{92491, 19}, TagType::string, none, 0, 0, 0},  // ApplicationPlatform
+    {{92510, 20}, TagType::string, none, 0, 0, 0},  // ApplicationProductID
+    {{92530, 18}, TagType::string, none, 0, 0, 0},  // LinkedGenerationID
+    {{92548, 16}, TagType::string, none, 0, 0, 0},  // ContainerVersion
+    {{92564, 14}, TagType::string, none, 0, 0, 0},  // ToolkitVersion
+    {{92578, 17}, TagType::string, none, 0, 0, 0},  // Plug-InCategoryID
+    {{92595, 17}, TagType::string, none, 0, 0, 0},  // Plug-InPlatformID
+    {{92612, 31}, TagType::string, none, 0, 0, 0},  // MinimumSupportedPlatformVersion
+    {{92643, 31}, TagType::string, none, 0, 0, 0},  // MaximumSupportedPlatformVersion
+    {{92674, 15}, TagType::string, none, 0, 0, 0},  // Plug-InEngineID
+    {{92689, 29}, TagType::string, none, 0, 0, 0},  // MinimumSupportedEngineVersion
+    {{92718, 29}, TagType::string, none, 0, 0, 0},  // MaximumSupportedEngineVersion
+    {{92747, 12}, TagType::string, none, 0, 0, 0},  // Plug-InAPIID
+    {{92759, 17}, TagType::string, none, 0, 0, 0},  // MinimumAPIVersion
+    {{92776, 17}, TagType::string, none, 0, 0, 0},  // MaximumAPIVersion
+    {{92793, 24}, TagType::string, none, 0, 0, 0},  // Software-OnlySupportFlag
+    {{92817, 23}, TagType::string, none, 0, 0, 0},  // HardwareAcceleratorFlag
+    {{92840, 17}, TagType::string, none, 0, 0, 0},  // Plug-InLocatorSet
+    {{92857, 18}, TagType::string, none, 0, 0, 0},  // AuthenticationFlag
+    {{92875, 28}, TagType::string, none, 0, 0, 0},  // AssociatedMetadataDefinition
+    {{92903, 18}, TagType::rational64s, none, 0, 0, 0},  // EventTrackEditRate
+    {{92921, 19}, TagType::rational64s, none, 0, 0, 0},  // DefaultFadeEditRate
+    {{92940, 19}, TagType::string, none, 0, 0, 0},  // EditingEventComment
+    {{92959, 8}, TagType::rational64s, none, 0, 0, 0},  // EditRate
+    {{92967, 21}, TagType::string, none, 0, 0, 0},  // OperationDefinitionID
+    {{92988, 5}, TagType::string, none, 0, 0, 0},  // Value
+    {{92993, 8}, TagType::string, none, 0, 0, 0},  // EditHint
+    {{93001, 23}, TagType::string, none, 0, 0, 0},  // OperationDataDefinition
+    {{93024, 17}, TagType::string, none, 0, 0, 0},  // OperationCategory
+    {{93041, 12}, TagType::string, none, 0, 0, 0},  // DisplayUnits
+    {{93053, 14}, TagType::int32u, none, 0, 0, 0},  // BypassOverride
+    {{93067, 14}, TagType::string, none, 0, 0, 0},  // TimepointValue
+    {{93081, 11}, TagType::string, none, 0, 0, 0},  // BeginAnchor
+    {{93092, 9}, TagType::string, none, 0, 0, 0},  // EndAnchor
+    {{93101, 28}, TagType::string, none, 0, 0, 0},  // FilmToVideoTransferDirection
+    {{93129, 23}, TagType::string, none, 0, 0, 0},  // FilmToVideoTransferKind
+    {{93152, 24}, TagType::string, none, 0, 0, 0},  // FilmToVideoTransferPhase
+    {{93176, 21}, TagType::string, none, 0, 0, 0},  // TeletextSubtitlesFlag
+    {{93197, 20}, TagType::string, none, 0, 0, 0},  // SubtitleDatafileFlag
+    {{93217, 26}, TagType::string, none, 0, 0, 0},  // ClosedCaptionSubtitlesFlag
+    {{93243, 11}, TagType::string, none, 0, 0, 0},  // SampleIndex
+    {{93254, 15}, TagType::string, none, 0, 0, 0},  // SourcePackageID
+    {{93269, 13}, TagType::int32u, none, 0, 0, 0},  // SourceTrackID
+    {{93282, 13}, TagType::int32u, none, 0, 0, 0},  // RelativeScope
+    {{93295, 13}, TagType::int32u, none, 0, 0, 0},  // RelativeTrack
+    {{93308, 11}, TagType::string, none, 0, 0, 0},  // ObjectClass
+    {{93319, 22}, TagType::string, none, 0, 0, 0},  // EssenceContainerFormat
+    {{93341, 15}, TagType::string, none, 0, 0, 0},  // CodecDefinition
+    {{93356, 19}, TagType::string, none, 0, 0, 0},  // ParameterDefinition
+    {{93375, 13}, TagType::string, none, 0, 0, 0},  // Interpolation
+    {{93388, 17}, TagType::string, none, 0, 0, 0},  // ParameterDataType
+    {{93405, 22}, TagType::string, none, 0, 0, 0},  // CodecEssenceDescriptor
+    {{93427, 14}, TagType::string, none, 0, 0, 0},  // ContentStorage
+    {{93441, 10}, TagType::string, none, 0, 0, 0},  // Dictionary
+    {{93451, 18}, TagType::string, none, 0, 0, 0},  // EssenceDescription
+    {{93469, 8}, TagType::string, none, 0, 0, 0},  // Sequence
+    {{93477, 16}, TagType::string, none, 0, 0, 0},  // TransitionEffect
+    {{93493, 15}, TagType::string, none, 0, 0, 0},  // EffectRendering
+    {{93508, 12}, TagType::string, none, 0, 0, 0},  // InputSegment
+    {{93520, 10}, TagType::string, none, 0, 0, 0},  // StillFrame
+    {{93530, 8}, TagType::string, none, 0, 0, 0},  // Selected
+    {{93538, 10}, TagType::string, none, 0, 0, 0},  // Annotation
+    {{93548, 29}, TagType::string, none, 0, 0, 0},  // ManufacturerInformationObject
+    {{93577, 17}, TagType::string, none, 0, 0, 0},  // CodecEssenceKinds
+    {{93594, 19}, TagType::string, none, 0, 0, 0},  // OperationParameters
+    {{93613, 15}, TagType::string, none, 0, 0, 0},  // DegradedEffects
+    {{93628, 8}, TagType::string, none, 0, 0, 0},  // Packages
+    {{93636, 11}, TagType::string, none, 0, 0, 0},  // EssenceData
+    {{93647, 20}, TagType::string, none, 0, 0, 0},  // OperationDefinitions
+    {{93667, 20}, TagType::string, none, 0, 0, 0},  // ParameterDefinitions
+    {{93687, 15}, TagType::string, none, 0, 0, 0},  // DataDefinitions
+    {{93702, 18}, TagType::string, none, 0, 0, 0},  // Plug-InDefinitions
+    {{93720, 16}, TagType::string, none, 0, 0, 0},  // CodecDefinitions
+    {{93736, 20}, TagType::string, none, 0, 0, 0},  // ContainerDefinitions
+    {{93756, 24}, TagType::string, none, 0, 0, 0},  // InterpolationDefinitions
+    {{93780, 24}, TagType::string, none, 0, 0, 0},  // AvailableRepresentations
+    {{93804, 13}, TagType::string, none, 0, 0, 0},  // InputSegments
+    {{93817, 15}, TagType::string, none, 0, 0, 0},  // EssenceLocators
+    {{93832, 18}, TagType::string, none, 0, 0, 0},  // IdentificationList
+    {{93850, 6}, TagType::string, none, 0, 0, 0},  // Tracks
+    {{93856, 16}, TagType::string, none, 0, 0, 0},  // ControlPointList
+    {{93872, 13}, TagType::string, none, 0, 0, 0},  // PackageTracks
+    {{93885, 10}, TagType::string, none, 0, 0, 0},  // Alternates
+    {{93895, 20}, TagType::string, none, 0, 0, 0},  // ComponentsInSequence
+    {{93915, 10}, TagType::string, none, 0, 0, 0},  // Parameters
+    {{93925, 15}, TagType::string, none, 0, 0, 0},  // LinkedPackageID
+    {{93940, 11}, TagType::string, none, 0, 0, 0},  // ParentClass
+    {{93951, 10}, TagType::string, none, 0, 0, 0},  // Properties
+    {{93961, 10}, TagType::string, none, 0, 0, 0},  // IsConcrete
+    {{93971, 12}, TagType::string, none, 0, 0, 0},  // PropertyType
+    {{93983, 7}, TagType::int16u, none, 0, 0, 0},  // LocalID
+    {{93990, 18}, TagType::string, none, 0, 0, 0},  // IsUniqueIdentifier
+    {{94008, 16}, TagType::string, none, 0, 0, 0},  // ClassDefinitions
+    {{94024, 15}, TagType::string, none, 0, 0, 0},  // TypeDefinitions
+    {{94039, 28}, TagType::string, none, 0, 0, 0},  // TargetClassOfStrongReference
+    {{94067, 26}, TagType::string, none, 0, 0, 0},  // TargetClassOfWeakReference
+    {{94093, 32}, TagType::string, none, 0, 0, 0},  // EnumerationUnderlyingIntegerType
+    {{94125, 21}, TagType::string, none, 0, 0, 0},  // FixedArrayElementType
+    {{94146, 24}, TagType::string, none, 0, 0, 0},  // VariableArrayElementType
+    {{94170, 14}, TagType::string, none, 0, 0, 0},  // SetElementType
+    {{94184, 17}, TagType::string, none, 0, 0, 0},  // StringElementType
+    {{94201, 17}, TagType::string, none, 0, 0, 0},  // StreamElementType
+    {{94218, 11}, TagType::string, none, 0, 0, 0},  // MemberTypes
+    {{94229, 11}, TagType::string, none, 0, 0, 0},  // RenamedType
+    {{94240, 20}, TagType::string, none, 0, 0, 0},  // DictionaryIdentifier
+    {{94260, 21}, TagType::string, none, 0, 0, 0},  // DictionaryDescription
+    {{94281, 20}, TagType::int16u, none, 0, 0, 0},  // BlockContinuityCount
+    {{94301, 23}, TagType::int32s, none, 0, 0, 0},  // StreamPositionIndicator
+    {{94324, 6}, TagType::int64s, none, 0, 0, 0},  // Origin
+    {{94330, 13}, TagType::int64s, none, 0, 0, 0},  // StartTimecode
+    {{94343, 8}, TagType::int64s, none, 0, 0, 0},  // CutPoint
+    {{94351, 10}, TagType::string, none, 0, 0, 0},  // EventStart
+    {{94361, 16}, TagType::rational64s, none, 0, 0, 0},  // ControlPointTime
+    {{24748, 10}, TagType::string, none, 0, 0, 0},  // CreateDate
+    {{24768, 10}, TagType::string, none, 0, 0, 0},  // ModifyDate
+    {{94377, 23}, TagType::string, none, 0, 0, 0},  // ContainerLastModifyDate
+    {{94400, 21}, TagType::string, none, 0, 0, 0},  // PackageLastModifyDate
+    {{9873, 8}, TagType::string, none, 0, 0, 0},  // Duration
+    {{94421, 19}, TagType::string, none, 0, 0, 0},  // DefaultFadeDuration
+    {{94440, 15}, TagType::string, none, 0, 0, 0},  // Fade-InDuration
+    {{94455, 16}, TagType::string, none, 0, 0, 0},  // Fade-OutDuration
+    {{94471, 10}, TagType::string, none, 0, 0, 0},  // TapeFormat
+    {{94481, 12}, TagType::string, none, 0, 0, 0},  // GlobalNumber
+    {{94493, 12}, TagType::string, none, 0, 0, 0},  // DeviceIDKind
+    {{94505, 10}, TagType::string, none, 0, 0, 0},  // DeviceKind
+    {{94515, 14}, TagType::string, none, 0, 0, 0},  // DeviceKindCode
+    {{94529, 19}, TagType::string, none, 0, 0, 0},  // PlatformDesignation
+    {{94548, 13}, TagType::string, none, 0, 0, 0},  // PlatformModel
+    {{94561, 20}, TagType::string, none, 0, 0, 0},  // PlatformSerialNumber
+    {{94581, 13}, TagType::string, none, 0, 0, 0},  // LocalTargetID
+    {{94594, 18}, TagType::string, none, 0, 0, 0},  // MagneticDiskNumber
+    {{94612, 17}, TagType::string, none, 0, 0, 0},  // OpticalDiscNumber
+    {{60499, 8}, TagType::int8u, none, 0, 0, 0},  // StreamID
+    {{60507, 17}, TagType::int16u, none, 0, 0, 0},  // TransportStreamID
+    {{94629, 27}, TagType::string, none, 0, 0, 0},  // OrganizationalProgramNumber
+    {{60524, 16}, TagType::string, none, 0, 0, 0},  // ItemDesignatorID
+    {{60626, 9}, TagType::string, none, 0, 0, 0},  // MissionID
+    {{94656, 18}, TagType::string, none, 0, 0, 0},  // RecordingLabelName
+    {{94674, 14}, TagType::string, none, 0, 0, 0},  // CollectionName
+    {{94688, 10}, TagType::string, none, 0, 0, 0},  // OriginCode
+    {{94698, 17}, TagType::string, none, 0, 0, 0},  // MainCatalogNumber
+    {{94715, 19}, TagType::string, none, 0, 0, 0},  // CatalogPrefixNumber
+    {{94734, 10}, TagType::string, none, 0, 0, 0},  // SideNumber
+    {{94744, 19}, TagType::string, none, 0, 0, 0},  // RecordedTrackNumber
+    {{94763, 25}, TagType::int16u, none, 0, 0, 0},  // SeriesinaSeriesGroupCount
+    {{94788, 20}, TagType::string, none, 0, 0, 0},  // ProgrammingGroupKind
+    {{94808, 26}, TagType::string, none, 0, 0, 0},  // PurchasingOrganizationName
+    {{94834, 19}, TagType::string, none, 0, 0, 0},  // SalesContractNumber
+    {{94853, 20}, TagType::string, none, 0, 0, 0},  // PurchasingDepartment
+    {{94873, 12}, TagType::string, none, 0, 0, 0},  // ContractType
+    {{94885, 16}, TagType::string, none, 0, 0, 0},  // ContractTypeCode
+    {{94901, 25}, TagType::string, none, 0, 0, 0},  // ContractClauseDescription
+    {{94926, 16}, TagType::string, none, 0, 0, 0},  // ContractLineCode
+    {{94942, 16}, TagType::string, none, 0, 0, 0},  // ContractLineName
+    {{94958, 23}, TagType::string, none, 0, 0, 0},  // ContractTermsOfBusiness
+    {{94981, 29}, TagType::float_, none, 0, 0, 0},  // ContractInstallmentPercentage
+    {{95010, 12}, TagType::string, none, 0, 0, 0},  // Jurisdiction
+    {{95022, 26}, TagType::string, none, 0, 0, 0},  // RightsConditionDescription
+    {{95048, 12}, TagType::string, none, 0, 0, 0},  // CurrencyName
+    {{95060, 12}, TagType::string, none, 0, 0, 0},  // TotalPayment
+    {{95072, 16}, TagType::string, none, 0, 0, 0},  // PayeeAccountName
+    {{95088, 18}, TagType::string, none, 0, 0, 0},  // PayeeAccountNumber
+    {{95106, 20}, TagType::string, none, 0, 0, 0},  // PayeeAccountSortCode
+    {{95126, 11}, TagType::string, none, 0, 0, 0},  // TotalIncome
+    {{95137, 16}, TagType::string, none, 0, 0, 0},  // PayerAccountName
+    {{95153, 18}, TagType::string, none, 0, 0, 0},  // PayerAccountNumber
+    {{95171, 20}, TagType::string, none, 0, 0, 0},  // PayerAccountSortCode
+    {{60215, 22}, TagType::string, none, 0, 0, 0},  // SecurityClassification
+    {{95191, 29}, TagType::string, none, 0, 0, 0},  // SecurityClassificationCaveats
+    {{60337, 12}, TagType::string, none, 0, 0, 0},  // ClassifiedBy
+    {{60360, 20}, TagType::string, none, 0, 0, 0},  // ClassificationReason
+    {{60380, 20}, TagType::string, none, 0, 0, 0},  // DeclassificationDate
+    {{60349, 11}, TagType::string, none, 0, 0, 0},  // DerivedFrom
+    {{95220, 21}, TagType::string, none, 0, 0, 0},  // ClassificationComment
+    {{60400, 30}, TagType::string, none, 0, 0, 0},  // ClassificationAndMarkingSystem
+    {{95241, 20}, TagType::string, none, 0, 0, 0},  // BroadcastServiceName
+    {{95261, 19}, TagType::string, none, 0, 0, 0},  // BroadcastMediumCode
+    {{95280, 15}, TagType::string, none, 0, 0, 0},  // JobFunctionCode
+    {{95295, 8}, TagType::string, none, 0, 0, 0},  // JobTitle
+    {{95303, 17}, TagType::string, none, 0, 0, 0},  // PersonDescription
+    {{95320, 10}, TagType::string, none, 0, 0, 0},  // RegionCode
+    {{95330, 10}, TagType::string, none, 0, 0, 0},  // RegionName
+    {{95340, 12}, TagType::string, none, 0, 0, 0},  // LanguageName
+    {{95352, 21}, TagType::int8u, none, 0, 0, 0},  // TerminatingFillerData
+    {{95373, 20}, TagType::float_, none, 0, 0, 0},  // TimingBiasCorrection
+    {{95393, 31}, TagType::string, none, 0, 0, 0},  // TimingBiasCorrectionDescription
+    {{95424, 33}, TagType::string, none, 0, 0, 0},  // ProgramMaterialClassificationCode
+    {{95457, 11}, TagType::string, none, 0, 0, 0},  // SubjectName
+    {{95468, 19}, TagType::int32u, none, 0, 0, 0},  // KeyFrameSampleCount
+    {{95487, 16}, TagType::string, none, 0, 0, 0},  // IntentDescriptor
+    {{95503, 22}, TagType::string, none, 0, 0, 0},  // TextualDescriptionKind
+    {{95525, 12}, TagType::string, none, 0, 0, 0},  // FestivalName
+    {{95537, 21}, TagType::string, none, 0, 0, 0},  // ObjectDescriptionCode
+    {{95558, 15}, TagType::string, none, 0, 0, 0},  // DescriptionKind
+    {{95573, 18}, TagType::string, none, 0, 0, 0},  // DescriptiveComment
+    {{95591, 18}, TagType::string, none, 0, 0, 0},  // ContextDescription
+    {{95609, 30}, TagType::int16u, none, 0, 0, 0},  // ObjectIdentificationConfidence
+    {{95639, 32}, TagType::int32u, none, 0, 0, 0},  // ObjectHorizontalAverageDimension
+    {{95671, 30}, TagType::int32u, none, 0, 0, 0},  // ObjectVerticalAverageDimension
+    {{95701, 19}, TagType::int32u, none, 0, 0, 0},  // ObjectAreaDimension
+    {{95720, 30}, TagType::float_, none, 0, 0, 0},  // HorizontalActionSafePercentage
+    {{95750, 28}, TagType::float_, none, 0, 0, 0},  // VerticalActionSafePercentage
+    {{95778, 32}, TagType::float_, none, 0, 0, 0},  // HorizontalGraphicsSafePercentage
+    {{95810, 30}, TagType::float_, none, 0, 0, 0},  // VerticalGraphicsSafePercentage
+    {{95840, 26}, TagType::string, none, 0, 0, 0},  // PerceivedDisplayFormatName
+    {{95866, 26}, TagType::string, none, 0, 0, 0},  // PerceivedDisplayFormatCode
+    {{95892, 14}, TagType::string, none, 0, 0, 0},  // VideoColorKind
+    {{95906, 18}, TagType::int16u, none, 0, 0, 0},  // PictureDisplayRate
+    {{95924, 19}, TagType::float_, none, 0, 0, 0},  // VideoAverageBitrate
+    {{95943, 17}, TagType::string, none, 0, 0, 0},  // VideoFixedBitrate
+    {{95960, 22}, TagType::string, none, 0, 0, 0},  // DigitalVideoFileFormat
+    {{95982, 13}, TagType::string, none, 0, 0, 0},  // CodingLawName
+    {{95995, 21}, TagType::string, none, 0, 0, 0},  // AudioCodingSchemeCode
+    {{96016, 21}, TagType::string, none, 0, 0, 0},  // AudioCodingSchemeName
+    {{96037, 22}, TagType::int32u, none, 0, 0, 0},  // DigitalEncodingBitrate
+    {{96059, 19}, TagType::string, none, 0, 0, 0},  // DataEssenceCodingID
+    {{96078, 11}, TagType::string, none, 0, 0, 0},  // StorageKind
+    {{96089, 15}, TagType::string, none, 0, 0, 0},  // StorageKindCode
+    {{96104, 21}, TagType::int64u, none, 0, 0, 0},  // TapePartitionCapacity
+    {{96125, 21}, TagType::int64u, none, 0, 0, 0},  // DiscPartitionCapacity
+    {{96146, 19}, TagType::int16u, none, 0, 0, 0},  // FieldOfViewVertical
+    {{96165, 18}, TagType::string, none, 0, 0, 0},  // SystemNameOrNumber
+    {{96183, 8}, TagType::string, none, 0, 0, 0},  // LogoFlag
+    {{96191, 11}, TagType::string, none, 0, 0, 0},  // GraphicKind
+    {{96202, 16}, TagType::string, none, 0, 0, 0},  // GraphicUsageKind
+    {{96218, 17}, TagType::string, none, 0, 0, 0},  // SignatureTuneFlag
+    {{96235, 19}, TagType::string, none, 0, 0, 0},  // BackgroundMusicFlag
+    {{96254, 25}, TagType::string, none, 0, 0, 0},  // ProductionScriptReference
+    {{96279, 19}, TagType::string, none, 0, 0, 0},  // TranscriptReference
+    {{96298, 15}, TagType::string, none, 0, 0, 0},  // HorizontalDatum
+    {{96313, 13}, TagType::string, none, 0, 0, 0},  // VerticalDatum
+    {{96326, 20}, TagType::string, none, 0, 0, 0},  // CornerLatitudePoint1
+    {{96346, 20}, TagType::string, none, 0, 0, 0},  // CornerLatitudePoint2
+    {{96366, 20}, TagType::string, none, 0, 0, 0},  // CornerLatitudePoint3
+    {{96386, 20}, TagType::string, none, 0, 0, 0},  // CornerLatitudePoint4
+    {{96406, 21}, TagType::string, none, 0, 0, 0},  // CornerLongitudePoint1
+    {{96427, 21}, TagType::string, none, 0, 0, 0},  // CornerLongitudePoint2
+    {{96448, 21}, TagType::string, none, 0, 0, 0},  // CornerLongitudePoint3
+    {{96469, 21}, TagType::string, none, 0, 0, 0},  // CornerLongitudePoint4
+    {{8789, 15}, TagType::float_, none, 0, 0, 0},  // SubjectDistance
+    {{96490, 23}, TagType::string, none, 0, 0, 0},  // ObjectCountryCodeMethod
+    {{96513, 17}, TagType::string, none, 0, 0, 0},  // CountryCodeMethod
+    {{96530, 28}, TagType::string, none, 0, 0, 0},  // Non-USClassifyingCountryCode
+    {{96558, 21}, TagType::string, none, 0, 0, 0},  // ReleasableCountryCode
+    {{96579, 16}, TagType::string, none, 0, 0, 0},  // ObjectRegionName
+    {{96595, 18}, TagType::string, none, 0, 0, 0},  // ShootingRegionName
+    {{96613, 17}, TagType::string, none, 0, 0, 0},  // SettingRegionName
+    {{96630, 26}, TagType::string, none, 0, 0, 0},  // CopyrightLicenseRegionName
+    {{96656, 37}, TagType::string, none, 0, 0, 0},  // IntellectualPropertyLicenseRegionName
+    {{96693, 17}, TagType::int64u, none, 0, 0, 0},  // POSIXMicroseconds
+    {{96710, 23}, TagType::string, none, 0, 0, 0},  // EventElapsedTimeToStart
+    {{96733, 21}, TagType::string, none, 0, 0, 0},  // EventElapsedTimeToEnd
+    {{96754, 18}, TagType::string, none, 0, 0, 0},  // OrganizationIDKind
+    {{96772, 7}, TagType::string, none, 0, 0, 0},  // SMPTEUL
+    {{96779, 21}, TagType::string, none, 0, 0, 0},  // EssenceContainerArray
+    {{96800, 15}, TagType::int32u, none, 0, 0, 0},  // EssenceStreamID
+    {{96815, 13}, TagType::int32u, none, 0, 0, 0},  // IndexStreamID
+    {{96828, 12}, TagType::string, none, 0, 0, 0},  // WorkingTitle
+    {{96840, 13}, TagType::string, none, 0, 0, 0},  // OriginalTitle
+    {{96853, 10}, TagType::string, none, 0, 0, 0},  // ClipNumber
+    {{96863, 27}, TagType::int32u, none, 0, 0, 0},  // DescriptiveMetadataTrackIDs
+    {{96890, 14}, TagType::string, none, 0, 0, 0},  // IdentifierKind
+    {{96904, 15}, TagType::int8u, none, 0, 0, 0},  // IdentifierValue
+    {{96919, 16}, TagType::string, none, 0, 0, 0},  // OrganizationCode
+    {{96935, 26}, TagType::string, none, 0, 0, 0},  // SupplierIdentificationKind
+    {{96961, 27}, TagType::string, none, 0, 0, 0},  // SupplierIdentificationValue
+    {{96988, 21}, TagType::string, none, 0, 0, 0},  // SupplierAccountNumber
+    {{97009, 19}, TagType::string, none, 0, 0, 0},  // SupplierAccountName
+    {{97028, 18}, TagType::int16u, none, 0, 0, 0},  // EpisodeStartNumber
+    {{97046, 16}, TagType::int16u, none, 0, 0, 0},  // EpisodeEndNumber
+    {{97062, 27}, TagType::string, none, 0, 0, 0},  // PurchaserIdentificationKind
+    {{97089, 28}, TagType::string, none, 0, 0, 0},  // PurchaserIdentificationValue
+    {{97117, 22}, TagType::string, none, 0, 0, 0},  // PurchaserAccountNumber
+    {{97139, 20}, TagType::string, none, 0, 0, 0},  // PurchaserAccountName
+    {{97159, 19}, TagType::double_, none, 0, 0, 0},  // TotalCurrencyAmount
+    {{97178, 17}, TagType::int16u, none, 0, 0, 0},  // InstallmentNumber
+    {{97195, 26}, TagType::string, none, 0, 0, 0},  // IdentifierIssuingAuthority
+    {{97221, 26}, TagType::string, none, 0, 0, 0},  // PublishingOrganizationName
+    {{97247, 21}, TagType::string, none, 0, 0, 0},  // PublishingServiceName
+    {{97268, 20}, TagType::string, none, 0, 0, 0},  // PublishingMediumName
+    {{97288, 20}, TagType::string, none, 0, 0, 0},  // PublishingRegionName
+    {{97308, 15}, TagType::string, none, 0, 0, 0},  // OtherGivenNames
+    {{61676, 13}, TagType::string, none, 0, 0, 0},  // AlternateName
+    {{97323, 22}, TagType::string, none, 0, 0, 0},  // ISO639TextLanguageCode
+    {{97345, 26}, TagType::string, none, 0, 0, 0},  // ISO639CaptionsLanguageCode
+    {{97371, 25}, TagType::string, none, 0, 0, 0},  // PrimarySpokenLanguageCode
+    {{97396, 27}, TagType::string, none, 0, 0, 0},  // SecondarySpokenLanguageCode
+    {{97423, 27}, TagType::string, none, 0, 0, 0},  // PrimaryOriginalLanguageCode
+    {{97450, 29}, TagType::string, none, 0, 0, 0},  // SecondaryOriginalLanguageCode
+    {{97479, 12}, TagType::int16u, none, 0, 0, 0},  // MajorVersion
+    {{1466, 12}, TagType::int16u, none, 0, 0, 0},  // MinorVersion
+    {{97491, 10}, TagType::int32u, none, 0, 0, 0},  // SectorSize
+    {{97501, 13}, TagType::int32u, none, 0, 0, 0},  // ElementLength
+    {{97514, 12}, TagType::string, none, 0, 0, 0},  // KeypointKind
+    {{97526, 13}, TagType::string, none, 0, 0, 0},  // KeypointValue
+    {{97539, 9}, TagType::string, none, 0, 0, 0},  // AwardName
+    {{97548, 13}, TagType::string, none, 0, 0, 0},  // AwardCategory
+    {{97561, 16}, TagType::string, none, 0, 0, 0},  // SlateInformation
+    {{97577, 15}, TagType::string, none, 0, 0, 0},  // LockedIndicator
+    {{97592, 18}, TagType::int32u, none, 0, 0, 0},  // BitsPerAudioSample
+    {{97610, 11}, TagType::string, none, 0, 0, 0},  // CaptionKind
+    {{97621, 10}, TagType::int8u, none, 0, 0, 0},  // SliceCount
+    {{97631, 11}, TagType::int8u, none, 0, 0, 0},  // SliceNumber
+    {{97642, 12}, TagType::int32u, none, 0, 0, 0},  // ElementDelta
+    {{97654, 21}, TagType::int8s, none, 0, 0, 0},  // PositionTableIndexing
+    {{97675, 15}, TagType::string, none, 0, 0, 0},  // SliceOffsetList
+    {{97690, 13}, TagType::string, none, 0, 0, 0},  // PosTableArray
+    {{97703, 12}, TagType::int64u, none, 0, 0, 0},  // StreamOffset
+    {{97715, 13}, TagType::int8u, none, 0, 0, 0},  // EditUnitFlags
+    {{97728, 14}, TagType::int8s, none, 0, 0, 0},  // TemporalOffset
+    {{97742, 12}, TagType::int8s, none, 0, 0, 0},  // AnchorOffset
+    {{97754, 14}, TagType::int32u, none, 0, 0, 0},  // EditUnitLength
+    {{97768, 15}, TagType::int64u, none, 0, 0, 0},  // HeaderByteCount
+    {{97783, 14}, TagType::int64u, none, 0, 0, 0},  // IndexByteCount
+    {{97797, 10}, TagType::int32u, none, 0, 0, 0},  // PackLength
+    {{97807, 14}, TagType::string, none, 0, 0, 0},  // PrimaryPackage
+    {{97821, 23}, TagType::string, none, 0, 0, 0},  // DescriptiveMetadataSets
+    {{97844, 32}, TagType::string, none, 0, 0, 0},  // DescriptiveMetadataSetReferences
+    {{97876, 15}, TagType::string, none, 0, 0, 0},  // FileDescriptors
+    {{97891, 16}, TagType::int32s, none, 0, 0, 0},  // OffsetToMetadata
+    {{97907, 18}, TagType::int32s, none, 0, 0, 0},  // OffsetToIndexTable
+    {{97925, 10}, TagType::int64u, none, 0, 0, 0},  // ByteOffset
+    {{97935, 11}, TagType::int64u, none, 0, 0, 0},  // ReversePlay
+    {{97946, 21}, TagType::int32s, none, 0, 0, 0},  // FirstNumberInSequence
+    {{97967, 24}, TagType::int32s, none, 0, 0, 0},  // PreviousNumberInSequence
+    {{97991, 23}, TagType::int32s, none, 0, 0, 0},  // CurrentNumberInSequence
+    {{98014, 20}, TagType::int32s, none, 0, 0, 0},  // NextNumberInSequence
+    {{98034, 20}, TagType::int32s, none, 0, 0, 0},  // LastNumberInSequence
+    {{98054, 22}, TagType::string, none, 0, 0, 0},  // CentralTelephoneNumber
+    {{98076, 21}, TagType::string, none, 0, 0, 0},  // MobileTelephoneNumber
+    {{98097, 19}, TagType::string, none, 0, 0, 0},  // LocationDescription
+    {{98116, 12}, TagType::string, none, 0, 0, 0},  // LocationKind
+    {{98128, 12}, TagType::int64u, none, 0, 0, 0},  // KeyTimePoint
+    {{98140, 15}, TagType::string, none, 0, 0, 0},  // SettingDateTime
+    {{98155, 16}, TagType::string, none, 0, 0, 0},  // ContractDateTime
+    {{98171, 19}, TagType::string, none, 0, 0, 0},  // RightsStartDateTime
+    {{98190, 18}, TagType::string, none, 0, 0, 0},  // RightsStopDateTime
+    {{98208, 18}, TagType::string, none, 0, 0, 0},  // PaymentDueDateTime
+    {{98226, 6}, TagType::string, none, 0, 0, 0},  // ClipID
+    {{98232, 17}, TagType::string, none, 0, 0, 0},  // DeviceAssetNumber
+    {{98249, 16}, TagType::string, none, 0, 0, 0},  // IdentificationUL
+    {{98265, 20}, TagType::string, none, 0, 0, 0},  // OperationalPatternUL
+    {{98285, 17}, TagType::string, none, 0, 0, 0},  // EssenceContainers
+    {{98302, 26}, TagType::string, none, 0, 0, 0},  // DescriptiveMetadataSchemes
+    {{98328, 11}, TagType::string, none, 0, 0, 0},  // ProjectName
+    {{98339, 13}, TagType::int16u, none, 0, 0, 0},  // LocalTagValue
+    {{98352, 16}, TagType::string, none, 0, 0, 0},  // LocalTagUniqueID
+    {{98368, 14}, TagType::string, none, 0, 0, 0},  // BrandMainTitle
+    {{98382, 18}, TagType::string, none, 0, 0, 0},  // BrandOriginalTitle
+    {{98400, 14}, TagType::string, none, 0, 0, 0},  // FrameworkTitle
+    {{98414, 14}, TagType::int32u, none, 0, 0, 0},  // SourceTrackIDs
+    {{98428, 12}, TagType::int32u, none, 0, 0, 0},  // ShotTrackIDs
+    {{98440, 21}, TagType::string, none, 0, 0, 0},  // ProgrammingGroupTitle
+    {{98461, 11}, TagType::string, none, 0, 0, 0},  // LinkingName
+    {{98472, 10}, TagType::string, none, 0, 0, 0},  // NameSuffix
+    {{98482, 16}, TagType::string, none, 0, 0, 0},  // FormerFamilyName
+    {{98498, 11}, TagType::string, none, 0, 0, 0},  // Nationality
+    {{98509, 11}, TagType::string, none, 0, 0, 0},  // Citizenship
+    {{98520, 25}, TagType::string, none, 0, 0, 0},  // FrameworkTextLanguageCode
+    {{98545, 7}, TagType::int32u, none, 0, 0, 0},  // KAGSize
+    {{98552, 17}, TagType::string, none, 0, 0, 0},  // ReversedByteOrder
+    {{98569, 8}, TagType::string, none, 0, 0, 0},  // ItemName
+    {{98577, 9}, TagType::string, none, 0, 0, 0},  // ItemValue
+    {{98586, 15}, TagType::string, none, 0, 0, 0},  // XMLDocumentText
+    {{98601, 22}, TagType::string, none, 0, 0, 0},  // FrameworkThesaurusName
+    {{98623, 13}, TagType::string, none, 0, 0, 0},  // GroupSynopsis
+    {{98636, 18}, TagType::string, none, 0, 0, 0},  // AnnotationSynopsis
+    {{98654, 21}, TagType::string, none, 0, 0, 0},  // AnnotationDescription
+    {{98675, 13}, TagType::string, none, 0, 0, 0},  // ScriptingKind
+    {{98688, 13}, TagType::string, none, 0, 0, 0},  // ScriptingText
+    {{98701, 15}, TagType::string, none, 0, 0, 0},  // ShotDescription
+    {{98716, 14}, TagType::string, none, 0, 0, 0},  // AnnotationKind
+    {{98730, 26}, TagType::string, none, 0, 0, 0},  // RelatedMaterialDescription
+    {{98756, 8}, TagType::string, none, 0, 0, 0},  // ClipKind
+    {{98764, 22}, TagType::string, none, 0, 0, 0},  // DeviceUsageDescription
+    {{98786, 15}, TagType::int32s, none, 0, 0, 0},  // DisplayF2Offset
+    {{98801, 14}, TagType::int32s, none, 0, 0, 0},  // StoredF2Offset
+    {{98815, 22}, TagType::int8u, none, 0, 0, 0},  // ActiveFormatDescriptor
+    {{98837, 10}, TagType::int32u, none, 0, 0, 0},  // LineNumber
+    {{98847, 17}, TagType::int8u, none, 0, 0, 0},  // ScanningDirection
+    {{98864, 19}, TagType::int32u, none, 0, 0, 0},  // ComponentMaximumRef
+    {{98883, 19}, TagType::int32u, none, 0, 0, 0},  // ComponentMinimumRef
+    {{98902, 15}, TagType::int32u, none, 0, 0, 0},  // AlphaMaximumRef
+    {{98917, 15}, TagType::int32u, none, 0, 0, 0},  // AlphaMinimumRef
+    {{98932, 22}, TagType::int8u, none, 0, 0, 0},  // VideoPayloadIdentifier
+    {{98954, 26}, TagType::int8u, none, 0, 0, 0},  // VideoPayloadIdentifier2002
+    {{98980, 18}, TagType::string, none, 0, 0, 0},  // SingleSequenceFlag
+    {{98998, 20}, TagType::string, none, 0, 0, 0},  // ConstantBPictureFlag
+    {{99018, 24}, TagType::string, none, 0, 11, 4},  // CodedContentScanningKind
+    {{99042, 17}, TagType::string, none, 0, 0, 0},  // LowDelayIndicator
+    {{99059, 18}, TagType::string, none, 0, 0, 0},  // ClosedGOPIndicator
+    {{99077, 21}, TagType::string, none, 0, 0, 0},  // IdenticalGOPIndicator
+    {{99098, 14}, TagType::int16u, none, 0, 0, 0},  // MaximumGOPSize
+    {{99112, 20}, TagType::int16u, none, 0, 0, 0},  // MaximumBPictureCount
+    {{99132, 15}, TagType::int8u, none, 0, 0, 0},  // ProfileAndLevel
+    {{99147, 7}, TagType::int32u, none, 0, 0, 0},  // Bitrate
+    {{99154, 12}, TagType::int32u, none, 0, 0, 0},  // ChannelCount
+    {{99166, 12}, TagType::int8u, none, 0, 0, 0},  // PeakEnvelope
+    {{99178, 16}, TagType::string, none, 0, 0, 0},  // PeakEnvelopeData
+    {{99194, 10}, TagType::int16u, none, 0, 0, 0},  // BlockAlign
+    {{99204, 14}, TagType::int8u, none, 0, 0, 0},  // SequenceOffset
+    {{99218, 16}, TagType::int16u, none, 0, 0, 0},  // BlockStartOffset
+    {{99234, 18}, TagType::int32u, none, 0, 0, 0},  // FileSecurityReport
+    {{99252, 16}, TagType::int32u, none, 0, 0, 0},  // FileSecurityWave
+    {{99268, 21}, TagType::int32u, none, 0, 0, 0},  // AverageBytesPerSecond
+    {{99289, 17}, TagType::int8u, none, 0, 0, 0},  // AuxiliaryBitsMode
+    {{99306, 17}, TagType::string, none, 0, 15, 6},  // ChannelStatusMode
+    {{99323, 22}, TagType::string, none, 0, 0, 0},  // FixedChannelStatusData
+    {{99345, 12}, TagType::string, none, 0, 0, 0},  // UserDataMode
+    {{99357, 13}, TagType::string, none, 0, 0, 0},  // FixedUserData
+    {{77951, 8}, TagType::int8u, none, 0, 0, 0},  // Emphasis
+    {{99370, 17}, TagType::string, none, 0, 0, 0},  // BextCodingHistory
+    {{99387, 13}, TagType::string, none, 0, 0, 0},  // QltyBasicData
+    {{99400, 21}, TagType::string, none, 0, 0, 0},  // QltyStartOfModulation
+    {{99421, 16}, TagType::string, none, 0, 0, 0},  // QltyQualityEvent
+    {{99437, 19}, TagType::string, none, 0, 0, 0},  // QltyEndOfModulation
+    {{99456, 20}, TagType::string, none, 0, 0, 0},  // QltyQualityParameter
+    {{99476, 19}, TagType::string, none, 0, 0, 0},  // QltyOperatorComment
+    {{99495, 12}, TagType::string, none, 0, 0, 0},  // QltyCueSheet
+    {{99507, 8}, TagType::int8s, none, 0, 0, 0},  // DialNorm
+    {{99515, 17}, TagType::string, none, 0, 0, 0},  // DataEssenceCoding
+    {{99532, 12}, TagType::rational64s, none, 0, 0, 0},  // DateTimeRate
+    {{99544, 21}, TagType::string, none, 0, 0, 0},  // DateTimeDropFrameFlag
+    {{99565, 20}, TagType::string, none, 0, 0, 0},  // DateTimeEmbeddedFlag
+    {{99585, 12}, TagType::string, none, 0, 0, 0},  // DateTimeKind
+    {{99597, 15}, TagType::string, none, 0, 0, 0},  // DeltaEntryArray
+    {{99612, 18}, TagType::int8u, none, 0, 0, 0},  // PositionTableCount
+    {{99630, 13}, TagType::string, none, 0, 0, 0},  // PositionTable
+    {{99643, 15}, TagType::string, none, 0, 0, 0},  // IndexEntryArray
+    {{99658, 14}, TagType::string, none, 0, 0, 0},  // DataDefinition
+    {{99672, 20}, TagType::int16u, none, 0, 0, 0},  // GenerationCopyNumber
+    {{99692, 21}, TagType::int16u, none, 0, 0, 0},  // GenerationCloneNumber
+    {{99713, 14}, TagType::string, none, 0, 0, 0},  // ThemeMusicFlag
+    {{99727, 15}, TagType::string, none, 0, 0, 0},  // InsertMusicFlag
+    {{99742, 13}, TagType::rational64s, none, 0, 0, 0},  // IndexEditRate
+    {{99755, 13}, TagType::int32u, none, 0, 0, 0},  // LinkedTrackID
+    {{99768, 28}, TagType::string, none, 0, 0, 0},  // DescriptiveMetadataFramework
+    {{99796, 8}, TagType::string, none, 0, 0, 0},  // GroupSet
+    {{99804, 14}, TagType::string, none, 0, 0, 0},  // BankDetailsSet
+    {{99818, 14}, TagType::string, none, 0, 0, 0},  // ImageFormatSet
+    {{99832, 13}, TagType::string, none, 0, 0, 0},  // ProcessingSet
+    {{99845, 10}, TagType::string, none, 0, 0, 0},  // ProjectSet
+    {{99855, 15}, TagType::string, none, 0, 0, 0},  // ContactsListSet
+    {{99870, 21}, TagType::string, none, 0, 0, 0},  // AnnotationCueWordsSet
+    {{99891, 15}, TagType::string, none, 0, 0, 0},  // ShotCueWordsSet
+    {{99906, 20}, TagType::string, none, 0, 0, 0},  // AwardParticipantSets
+    {{99926, 23}, TagType::string, none, 0, 0, 0},  // ContractParticipantSets
+    {{99949, 10}, TagType::string, none, 0, 0, 0},  // PersonSets
+    {{99959, 27}, TagType::string, none, 0, 0, 0},  // ParticipantOrganizationSets
+    {{99986, 22}, TagType::string, none, 0, 0, 0},  // PersonOrganizationSets
+    {{100008, 12}, TagType::string, none, 0, 0, 0},  // LocationSets
+    {{100020, 10}, TagType::string, none, 0, 0, 0},  // TitlesSets
+    {{100030, 9}, TagType::string, none, 0, 0, 0},  // GroupSets
+    {{100039, 18}, TagType::string, none, 0, 0, 0},  // IdentificationSets
+    {{100057, 16}, TagType::string, none, 0, 0, 0},  // EpisodicItemSets
+    {{100073, 12}, TagType::string, none, 0, 0, 0},  // BrandingSets
+    {{100085, 9}, TagType::string, none, 0, 0, 0},  // EventSets
+    {{100094, 15}, TagType::string, none, 0, 0, 0},  // PublicationSets
+    {{100109, 9}, TagType::string, none, 0, 0, 0},  // AwardSets
+    {{100118, 22}, TagType::string, none, 0, 0, 0},  // CaptionDescriptionSets
+    {{100140, 14}, TagType::string, none, 0, 0, 0},  // AnnotationSets
+    {{100154, 27}, TagType::string, none, 0, 0, 0},  // ProductionSettingPeriodSets
+    {{100181, 22}, TagType::string, none, 0, 0, 0},  // SceneSettingPeriodSets
+    {{100203, 13}, TagType::string, none, 0, 0, 0},  // ScriptingSets
+    {{100216, 18}, TagType::string, none, 0, 0, 0},  // ClassificationSets
+    {{100234, 13}, TagType::string, none, 0, 0, 0},  // SceneShotSets
+    {{100247, 12}, TagType::string, none, 0, 0, 0},  // ClipShotSets
+    {{100259, 12}, TagType::string, none, 0, 0, 0},  // KeyPointSets
+    {{100271, 23}, TagType::string, none, 0, 0, 0},  // ShotParticipantRoleSets
+    {{100294, 14}, TagType::string, none, 0, 0, 0},  // ShotPersonSets
+    {{100308, 16}, TagType::string, none, 0, 0, 0},  // OrganizationSets
+    {{100324, 16}, TagType::string, none, 0, 0, 0},  // ShotLocationSets
+    {{100340, 11}, TagType::string, none, 0, 0, 0},  // AddressSets
+    {{100351, 17}, TagType::string, none, 0, 0, 0},  // CommunicationSets
+    {{100368, 12}, TagType::string, none, 0, 0, 0},  // ContractSets
+    {{100380, 10}, TagType::string, none, 0, 0, 0},  // RightsSets
+    {{100390, 12}, TagType::string, none, 0, 0, 0},  // PaymentsSets
+    {{100402, 20}, TagType::string, none, 0, 0, 0},  // DeviceParametersSets
+    {{100422, 27}, TagType::string, none, 0, 0, 0},  // ClassificationNameValueSets
+    {{100449, 20}, TagType::string, none, 0, 0, 0},  // ContactNameValueSets
+    {{100469, 28}, TagType::string, none, 0, 0, 0},  // DeviceParameterNameValueSets
+    {{100497, 22}, TagType::string, none, 0, 0, 0},  // MetadataServerLocators
+    {{100519, 23}, TagType::string, none, 0, 0, 0},  // RelatedMaterialLocators
+    {{100542, 15}, TagType::string, none, 0, 0, 0},  // LocalTagEntries
+    {{100557, 21}, TagType::int32u, none, 0, 0, 0},  // TotalNumberInSequence
+    {{100578, 15}, TagType::string, none, 0, 0, 0},  // RoomOrSuiteName
+    {{100593, 12}, TagType::string, none, 0, 0, 0},  // BuildingName
+    {{100605, 21}, TagType::string, none, 0, 0, 0},  // LocalFestivalDateTime
+    {{100626, 17}, TagType::string, none, 0, 0, 0},  // ShotStartPosition
+    {{100643, 21}, TagType::string, none, 0, 0, 0},  // IndexingStartPosition
+    {{100664, 11}, TagType::string, none, 0, 0, 0},  // EventOrigin
+    {{100675, 24}, TagType::string, none, 0, 0, 0},  // SettingPeriodDescription
+    {{100699, 13}, TagType::string, none, 0, 0, 0},  // IndexDuration
+    {{100712, 12}, TagType::string, none, 0, 0, 0},  // ShotDuration
+    {{100724, 14}, TagType::string, none, 0, 0, 0},  // ExtendedClipID
+    {{100738, 11}, TagType::string, none, 0, 0, 0},  // ClipIDArray
+    {{100749, 19}, TagType::string, none, 0, 0, 0},  // ExtendedClipIDArray
+    {{100768, 16}, TagType::int32u, none, 0, 0, 0},  // TrackNumberBatch
+    {{100784, 24}, TagType::string, none, 0, 0, 0},  // ExtendedTextLanguageCode
+    {{100808, 28}, TagType::string, none, 0, 0, 0},  // ExtendedCaptionsLanguageCode
+    {{100836, 33}, TagType::string, none, 0, 0, 0},  // FrameworkExtendedTextLanguageCode
+    {{100869, 33}, TagType::string, none, 0, 0, 0},  // PrimaryExtendedSpokenLanguageCode
+    {{100902, 35}, TagType::string, none, 0, 0, 0},  // SecondaryExtendedSpokenLanguageCode
+    {{100937, 41}, TagType::string, none, 0, 0, 0},  // OriginalExtendedSpokenPrimaryLanguageCode
+    {{100978, 43}, TagType::string, none, 0, 0, 0},  // SecondaryOriginalExtendedSpokenLanguageCode
+    {{101021, 19}, TagType::string, none, 0, 0, 0},  // KLVMetadataSequence
+    {{101040, 17}, TagType::string, none, 0, 0, 0},  // PackageAttributes
+    {{101057, 19}, TagType::string, none, 0, 0, 0},  // ComponentAttributes
+    {{101076, 25}, TagType::string, none, 0, 0, 0},  // MPEG7BiMDecoderInitFrame1
+    {{101101, 25}, TagType::string, none, 0, 0, 0},  // MPEG7BiMDecoderInitFrame2
+    {{101126, 25}, TagType::string, none, 0, 0, 0},  // MPEG7BiMDecoderInitFrame3
+    {{101151, 25}, TagType::string, none, 0, 0, 0},  // MPEG7BiMDecoderInitFrame4
+    {{101176, 25}, TagType::string, none, 0, 0, 0},  // MPEG7BiMDecoderInitFrame5
+    {{101201, 25}, TagType::string, none, 0, 0, 0},  // MPEG7BiMDecoderInitFrame6
+    {{101226, 25}, TagType::string, none, 0, 0, 0},  // MPEG7BiMDecoderInitFrame7
+    {{101251, 25}, TagType::string, none, 0, 0, 0},  // MPEG7BiMDecoderInitFrame8
+    {{101276, 24}, TagType::string, none, 0, 0, 0},  // MPEG7BiMAccessUnitFrame1
+    {{101300, 24}, TagType::string, none, 0, 0, 0},  // MPEG7BiMAccessUnitFrame2
+    {{101324, 24}, TagType::string, none, 0, 0, 0},  // MPEG7BiMAccessUnitFrame3
+    {{101348, 24}, TagType::string, none, 0, 0, 0},  // MPEG7BiMAccessUnitFrame4
+    {{101372, 24}, TagType::string, none, 0, 0, 0},  // MPEG7BiMAccessUnitFrame5
+    {{101396, 24}, TagType::string, none, 0, 0, 0},  // MPEG7BiMAccessUnitFrame6
+    {{101420, 24}, TagType::string, none, 0, 0, 0},  // MPEG7BiMAccessUnitFrame7
+    {{101444, 24}, TagType::string, none, 0, 0, 0},  // MPEG7BiMAccessUnitFrame8
+    {{101468, 21}, TagType::string, none, 0, 0, 0},  // ComponentUserComments
+    {{101489, 10}, TagType::string, none, 0, 0, 0},  // SensorMode
+    {{101499, 17}, TagType::string, none, 0, 0, 0},  // ChannelAssignment
+    {{101516, 24}, TagType::string, none, 0, 0, 0},  // ContentPackageIndexArray
+    {{101540, 15}, TagType::string, none, 0, 0, 0},  // VideoIndexArray
+    {{101555, 29}, TagType::int32u, none, 0, 0, 0},  // ApproximateImageContainerSize
+    {{101584, 26}, TagType::string, none, 0, 0, 0},  // MetadataEncodingSchemeCode
+    {{101610, 13}, TagType::string, none, 0, 0, 0},  // MIMEMediaType
+    {{101623, 21}, TagType::float_, none, 0, 0, 0},  // FieldOfViewVerticalFP
+    {{101644, 16}, TagType::string, none, 0, 0, 0},  // PackageUsageKind
+    {{101660, 9}, TagType::int32u, none, 0, 0, 0},  // ChannelID
+    {{101669, 10}, TagType::int32u, none, 0, 0, 0},  // ChannelIDs
+    {{101679, 11}, TagType::string, none, 0, 0, 0},  // KLVDataType
+    {{101690, 23}, TagType::string, none, 0, 0, 0},  // KLVDataParentProperties
+    {{101713, 27}, TagType::string, none, 0, 0, 0},  // TaggedValueParentProperties
+    {{101740, 25}, TagType::string, none, 0, 0, 0},  // AnnotationParticipantSets
+    {{101765, 18}, TagType::string, none, 0, 0, 0},  // KLVDataDefinitions
+    {{101783, 22}, TagType::string, none, 0, 0, 0},  // TaggedValueDefinitions
+    {{101805, 20}, TagType::string, none, 0, 0, 0},  // AddressNameValueSets
+    {{101825, 16}, TagType::string, none, 0, 0, 0},  // NMEADocumentText
+    {{101841, 17}, TagType::float_, none, 0, 0, 0},  // PlatformRollAngle
+    {{101858, 18}, TagType::float_, none, 0, 0, 0},  // PlatformPitchAngle
+    {{101876, 20}, TagType::float_, none, 0, 0, 0},  // PlatformHeadingAngle
+    {{101896, 11}, TagType::string, none, 0, 0, 0},  // AddressLine
+    {{101907, 9}, TagType::string, none, 0, 0, 0},  // PlaceName
+    {{101916, 23}, TagType::string, none, 0, 0, 0},  // GeographicalCoordinates
+    {{101939, 20}, TagType::string, none, 0, 0, 0},  // AstronomicalBodyName
+    {{101959, 13}, TagType::string, none, 0, 0, 0},  // TimecodeArray
+    {{101972, 6}, TagType::string, none, 0, 0, 0},  // MarkIn
+    {{101978, 12}, TagType::string, none, 0, 0, 0},  // UserPosition
+    {{101990, 7}, TagType::string, none, 0, 0, 0},  // MarkOut
+    {{101997, 20}, TagType::string, none, 0, 0, 0},  // ClipCreationDateTime
+    {{102017, 17}, TagType::int32u, none, 0, 0, 0},  // VideoClipDuration
+    {{102034, 13}, TagType::string, none, 0, 0, 0},  // ParticipantID
+    {{102047, 9}, TagType::string, none, 0, 0, 0},  // ContactID
+    {{102056, 19}, TagType::string, none, 0, 0, 0},  // DefaultNamespaceURI
+    {{102075, 12}, TagType::string, none, 0, 0, 0},  // NamespaceURI
+    {{102087, 13}, TagType::string, none, 0, 0, 0},  // NamespaceURIs
+    {{102100, 11}, TagType::string, none, 0, 0, 0},  // HTMLDOCTYPE
+    {{102111, 15}, TagType::string, none, 0, 0, 0},  // NamespacePrefix
+    {{102126, 17}, TagType::string, none, 0, 0, 0},  // NamespacePrefixes
+    {{102143, 13}, TagType::string, none, 0, 0, 0},  // RightsComment
+    {{102156, 18}, TagType::string, none, 0, 0, 0},  // NominationCategory
+    {{102174, 19}, TagType::int32u, none, 0, 0, 0},  // PeakEnvelopeVersion
+    {{102193, 18}, TagType::int32u, none, 0, 0, 0},  // PeakEnvelopeFormat
+    {{102211, 18}, TagType::int32u, none, 0, 0, 0},  // PointsPerPeakValue
+    {{102229, 21}, TagType::int32u, none, 0, 0, 0},  // PeakEnvelopeBlockSize
+    {{102250, 16}, TagType::int32u, none, 0, 0, 0},  // PeakChannelCount
+    {{102266, 14}, TagType::int32u, none, 0, 0, 0},  // PeakFrameCount
+    {{102280, 19}, TagType::string, none, 0, 0, 0},  // PeakOfPeaksPosition
+    {{102299, 21}, TagType::int32u, none, 0, 0, 0},  // PeakEnvelopeTimestamp
+    {{102320, 11}, TagType::int32u, none, 0, 0, 0},  // RIFFChunkID
+    {{102331, 15}, TagType::int32u, none, 0, 0, 0},  // RIFFChunkLength
+    {{102346, 13}, TagType::string, none, 0, 0, 0},  // RIFFChunkData
+    {{102359, 11}, TagType::string, none, 0, 0, 0},  // MIMECharSet
+    {{102370, 12}, TagType::string, none, 0, 0, 0},  // MIMEEncoding
+    {{102382, 18}, TagType::int32u, none, 0, 0, 0},  // MonoSourceTrackIDs
+    {{102400, 20}, TagType::string, none, 0, 0, 0},  // CompositionRendering
+    {{102420, 34}, TagType::string, none, 0, 0, 0},  // CaptionsDescriptionParticipantSets
+    {{102454, 19}, TagType::string, none, 0, 0, 0},  // EventAnnotationSets
+    {{102473, 17}, TagType::string, none, 0, 0, 0},  // ScriptingLocators
+    {{102490, 16}, TagType::string, none, 0, 0, 0},  // UnknownBWFChunks
+    {{102506, 22}, TagType::string, none, 0, 0, 0},  // CryptographicContextID
+    {{102528, 17}, TagType::string, none, 0, 0, 0},  // NITFLayerTargetID
+    {{102545, 18}, TagType::int16u, none, 0, 0, 0},  // RP217DataStreamPID
+    {{102563, 19}, TagType::int16u, none, 0, 0, 0},  // RP217VideoStreamPID
+    {{102582, 15}, TagType::string, none, 0, 0, 0},  // CipherAlgorithm
+    {{102597, 18}, TagType::string, none, 0, 0, 0},  // CryptographicKeyID
+    {{102615, 20}, TagType::string, none, 0, 0, 0},  // EncryptedSourceValue
+    {{102635, 12}, TagType::string, none, 0, 0, 0},  // MICAlgorithm
+    {{102647, 3}, TagType::string, none, 0, 0, 0},  // MIC
+    {{102650, 21}, TagType::string, none, 0, 0, 0},  // JFIFMarkerDescription
+    {{102671, 19}, TagType::string, none, 0, 0, 0},  // HTMLMetaDescription
+    {{102690, 14}, TagType::string, none, 0, 0, 0},  // ColorPrimaries
+    {{102704, 13}, TagType::string, none, 0, 0, 0},  // ProductFormat
+    {{102717, 12}, TagType::int64u, none, 0, 0, 0},  // SourceLength
+    {{102729, 21}, TagType::string, none, 0, 0, 0},  // SourceContainerFormat
+    {{102750, 9}, TagType::string, none, 0, 0, 0},  // SourceKey
+    {{102759, 22}, TagType::string, none, 0, 0, 0},  // DynamicSourcePackageID
+    {{102781, 21}, TagType::int32u, none, 0, 0, 0},  // DynamicSourceTrackIDs
+    {{102802, 11}, TagType::string, none, 0, 0, 0},  // SourceIndex
+    {{102813, 13}, TagType::string, none, 0, 0, 0},  // SourceSpecies
+    {{102826, 11}, TagType::string, none, 0, 0, 0},  // SourceValue
+    {{102837, 26}, TagType::string, none, 0, 0, 0},  // CryptographicContextObject
+    {{102863, 15}, TagType::string, none, 0, 0, 0},  // Sub-descriptors
+    {{102878, 20}, TagType::string, none, 0, 0, 0},  // EncryptedTrackFileID
+    {{102898, 24}, TagType::string, none, 0, 0, 0},  // CryptographicContextLink
+    {{102922, 15}, TagType::int64u, none, 0, 0, 0},  // PlaintextOffset
+    {{102937, 21}, TagType::int64u, none, 0, 0, 0},  // TripletSequenceNumber
+    {{102958, 17}, TagType::string, none, 0, 0, 0},  // BoundingRectangle
+    {{102975, 18}, TagType::string, none, 0, 0, 0},  // GeographicLocation
+    {{102993, 28}, TagType::string, none, 0, 0, 0},  // GeographicPolygonCoordinates
+    {{103021, 23}, TagType::string, none, 0, 0, 0},  // GeographicAreaNorthwest
+    {{103044, 23}, TagType::string, none, 0, 0, 0},  // GeographicAreaSoutheast
+    {{103067, 25}, TagType::string, none, 0, 0, 0},  // GeographicAreaSourceDatum
+    {{103092, 28}, TagType::string, none, 0, 0, 0},  // GeographicPolygonSourceDatum
+    {{103120, 22}, TagType::string, none, 0, 0, 0},  // ClassifyingCountryCode
+    {{103142, 18}, TagType::string, none, 0, 0, 0},  // UTCInstantDateTime
+    {{103160, 13}, TagType::string, none, 0, 0, 0},  // ToleranceMode
+    {{103173, 15}, TagType::string, none, 0, 0, 0},  // ToleranceWindow
+    {{103188, 28}, TagType::string, none, 0, 0, 0},  // ToleranceInterpolationMethod
+    {{103216, 12}, TagType::int16u, none, 0, 0, 0},  // VBILineCount
+    {{103228, 19}, TagType::int16u, none, 0, 0, 0},  // StoredVBILineNumber
+    {{103247, 15}, TagType::int8u, none, 0, 0, 0},  // VBIWrappingType
+    {{103262, 21}, TagType::int16u, none, 0, 0, 0},  // VBIPayloadSampleCount
+    {{103283, 19}, TagType::int8u, none, 0, 0, 0},  // VBIPayloadByteArray
+    {{103302, 14}, TagType::int16u, none, 0, 0, 0},  // ANCPacketCount
+    {{103316, 19}, TagType::int16u, none, 0, 0, 0},  // StoredANCLineNumber
+    {{103335, 15}, TagType::int8u, none, 0, 0, 0},  // ANCWrappingType
+    {{103350, 21}, TagType::int16u, none, 0, 0, 0},  // ANCPayloadSampleCount
+    {{103371, 19}, TagType::int8u, none, 0, 0, 0},  // ANCPayloadByteArray
+    {{103390, 22}, TagType::int8u, none, 0, 0, 0},  // VBIPayloadSampleCoding
+    {{103412, 22}, TagType::int8u, none, 0, 0, 0},  // ANCPayloadSampleCoding
+    {{103434, 4}, TagType::int16u, none, 0, 0, 0},  // Rsiz
+    {{103438, 4}, TagType::int32u, none, 0, 0, 0},  // Xsiz
+    {{103442, 4}, TagType::int32u, none, 0, 0, 0},  // Ysiz
+    {{103446, 5}, TagType::int32u, none, 0, 0, 0},  // XOsiz
+    {{103451, 5}, TagType::int32u, none, 0, 0, 0},  // YOsiz
+    {{103456, 5}, TagType::int32u, none, 0, 0, 0},  // XTsiz
+    {{103461, 5}, TagType::int32u, none, 0, 0, 0},  // YTsiz
+    {{103466, 6}, TagType::int32u, none, 0, 0, 0},  // XTOsiz
+    {{103472, 6}, TagType::int32u, none, 0, 0, 0},  // YTOsiz
+    {{103478, 4}, TagType::int16u, none, 0, 0, 0},  // Csiz
+    {{103482, 22}, TagType::string, none, 0, 0, 0},  // PictureComponentSizing
+    {{103504, 18}, TagType::string, none, 0, 0, 0},  // CodingStyleDefault
+    {{103522, 19}, TagType::string, none, 0, 0, 0},  // QuantizationDefault
+    {{103541, 16}, TagType::int32u, none, 0, 0, 0},  // MPEGAudioBitrate
+    {{103557, 14}, TagType::int64u, none, 0, 0, 0},  // CBEStartOffset
+    {{103571, 12}, TagType::int64u, none, 0, 0, 0},  // VBEEndOffset
+    {{103583, 13}, TagType::string, none, 0, 0, 0},  // SubDescriptor
+    {{103596, 14}, TagType::string, none, 0, 0, 0},  // SubDescriptors
+    {{103610, 18}, TagType::string, none, 0, 0, 0},  // RootMetaDictionary
+    {{103628, 11}, TagType::string, none, 0, 0, 0},  // RootPreface
+    {{103639, 19}, TagType::string, none, 0, 0, 0},  // RootObjectDirectory
+    {{103658, 17}, TagType::int32u, none, 0, 0, 0},  // RootFormatVersion
+    {{60914, 20}, TagType::float_, none, 0, 0, 0},  // FrameCenterElevation
+    {{103675, 21}, TagType::string, none, 0, 0, 0},  // PackageMarkInPosition
+    {{103696, 22}, TagType::string, none, 0, 0, 0},  // PackageMarkOutPosition
+    {{103718, 5}, TagType::string, none, 0, 0, 0},  // Ad-ID
+    {{103723, 10}, TagType::string, none, 0, 0, 0},  // ResourceID
+    {{103733, 19}, TagType::string, none, 0, 0, 0},  // AncillaryResourceID
+    {{103752, 22}, TagType::string, none, 0, 0, 0},  // ApplicationSchemeBatch
+    {{103774, 12}, TagType::string, none, 0, 0, 0},  // RegisterKind
+    {{103786, 15}, TagType::string, none, 0, 0, 0},  // RegisterVersion
+    {{103801, 18}, TagType::string, none, 0, 0, 0},  // RegisterEditorName
+    {{103819, 18}, TagType::string, none, 0, 0, 0},  // RegisterStatusKind
+    {{103837, 16}, TagType::string, none, 0, 0, 0},  // RegisterItemName
+    {{103853, 22}, TagType::string, none, 0, 0, 0},  // RegisterItemDefinition
+    {{103875, 18}, TagType::string, none, 0, 0, 0},  // RegisterItemSymbol
+    {{103893, 32}, TagType::string, none, 0, 0, 0},  // RegisterItemDefiningDocumentName
+    {{103925, 14}, TagType::string, none, 0, 0, 0},  // RegisterItemUL
+    {{103939, 17}, TagType::string, none, 0, 0, 0},  // RegisterItemNotes
+    {{103956, 31}, TagType::int8u, none, 0, 0, 0},  // RegisterItemIntroductionVersion
+    {{103987, 26}, TagType::int16u, none, 0, 0, 0},  // RegisterItemHierarchyLevel
+    {{104013, 19}, TagType::string, none, 0, 0, 0},  // RegisterEntryStatus
+    {{104032, 14}, TagType::string, none, 0, 0, 0},  // RegisterAction
+    {{104046, 20}, TagType::string, none, 0, 0, 0},  // RegisterApproverName
+    {{104066, 20}, TagType::string, none, 0, 0, 0},  // RegisterCreationTime
+    {{104086, 14}, TagType::string, none, 0, 0, 0},  // RegistrantName
+    {{104100, 26}, TagType::string, none, 0, 0, 0},  // RegisterItemOriginatorName
+    {{104126, 16}, TagType::string, none, 0, 0, 0},  // RegisterUserName
+    {{104142, 16}, TagType::string, none, 0, 0, 0},  // RegisterUserTime
+    {{104158, 27}, TagType::string, none, 0, 0, 0},  // RegisterAdministrationNotes
+    {{104185, 13}, TagType::string, none, 0, 0, 0},  // AFDAndBarData
+    {{104198, 18}, TagType::string, none, 0, 0, 0},  // PanScanInformation
+    {{104216, 26}, TagType::string, none, 0, 0, 0},  // VC-1InitializationMetadata
+    {{104242, 18}, TagType::string, none, 0, 0, 0},  // VC-1SingleSequence
+    {{104260, 20}, TagType::int8u, none, 0, 0, 0},  // VC-1CodedContentType
+    {{104280, 16}, TagType::string, none, 0, 0, 0},  // VC-1IdenticalGOP
+    {{104296, 14}, TagType::int16u, none, 0, 0, 0},  // VC-1MaximumGOP
+    {{104310, 17}, TagType::int16u, none, 0, 0, 0},  // VC-1BPictureCount
+    {{104327, 18}, TagType::int32u, none, 0, 0, 0},  // VC-1AverageBitrate
+    {{104345, 18}, TagType::int32u, none, 0, 0, 0},  // VC-1MaximumBitrate
+    {{104363, 11}, TagType::int8u, none, 0, 0, 0},  // VC-1Profile
+    {{104374, 9}, TagType::int8u, none, 0, 0, 0},  // VC-1Level
+    {{104383, 21}, TagType::string, none, 0, 0, 0},  // LinkedTimecodeTrackID
+    {{104404, 25}, TagType::int8u, none, 0, 0, 0},  // SMPTE337MDataStreamNumber
+    {{104429, 17}, TagType::string, none, 0, 0, 0},  // ApplicationScheme
+    {{104446, 25}, TagType::string, none, 0, 0, 0},  // DescriptiveMetadataScheme
+    {{104471, 11}, TagType::string, none, 0, 0, 0},  // UCSEncoding
+    {{104482, 34}, TagType::string, none, 0, 0, 0},  // LinkedApplicationPlug-InInstanceID
+    {{104516, 35}, TagType::string, none, 0, 0, 0},  // LinkedDescriptiveFrameworkPlug-InID
+    {{104551, 28}, TagType::string, none, 0, 0, 0},  // ApplicationPlug-InInstanceID
+    {{104579, 28}, TagType::string, none, 0, 0, 0},  // DescriptiveMetadataPlug-InID
+    {{104607, 24}, TagType::string, none, 0, 0, 0},  // ApplicationEnvironmentID
+    {{104631, 43}, TagType::string, none, 0, 0, 0},  // DescriptiveMetadataApplicationEnvironmentID
+    {{104674, 32}, TagType::string, none, 0, 0, 0},  // LinkedDescriptiveObjectPlug-InID
+    {{104706, 24}, TagType::int32u, none, 0, 0, 0},  // TimebaseReferenceTrackID
+    {{104730, 21}, TagType::string, none, 0, 0, 0},  // ObjectClassDefinition
+    {{104751, 23}, TagType::string, none, 0, 0, 0},  // ApplicationPlug-InBatch
+    {{104774, 13}, TagType::string, none, 0, 0, 0},  // PackageMarker
+    {{104787, 24}, TagType::string, none, 0, 0, 0},  // PackageTimelineMarkerRef
+    {{104811, 28}, TagType::string, none, 0, 0, 0},  // RegisterAdministrationObject
+    {{104839, 33}, TagType::string, none, 0, 0, 0},  // RegisterEntryAdministrationObject
+    {{104872, 15}, TagType::string, none, 0, 0, 0},  // GenericPayloads
+    {{104887, 18}, TagType::string, none, 0, 0, 0},  // RegisterEntryArray
+    {{104905, 27}, TagType::string, none, 0, 0, 0},  // RegisterAdministrationArray
+    {{104932, 27}, TagType::string, none, 0, 0, 0},  // ApplicationInformationArray
+    {{104959, 23}, TagType::string, none, 0, 0, 0},  // RegisterChildEntryArray
+    {{104982, 23}, TagType::string, none, 0, 0, 0},  // RegisterReleaseDateTime
+    {{105005, 32}, TagType::string, none, 0, 0, 0},  // RegisterItemStatusChangeDateTime
+    {{105037, 17}, TagType::string, none, 0, 0, 0},  // OpenBodyPartition
+    {{105054, 19}, TagType::string, none, 0, 0, 0},  // ClosedBodyPartition
+    {{105073, 25}, TagType::string, none, 0, 0, 0},  // OpenCompleteBodyPartition
+    {{105098, 27}, TagType::string, none, 0, 0, 0},  // ClosedCompleteBodyPartition
+    {{105125, 6}, TagType::string, none, 0, 0, 0},  // Footer
+    {{105131, 14}, TagType::string, none, 0, 0, 0},  // CompleteFooter
+    {{105145, 22}, TagType::string, none, 0, 0, 0},  // RandomIndexMetadataV10
+    {{105167, 19}, TagType::string, none, 0, 0, 0},  // RandomIndexMetadata
+    {{105186, 17}, TagType::string, none, 0, 0, 0},  // PartitionMetadata
+    {{105203, 10}, TagType::string, none, 0, 0, 0},  // SourceClip
+    {{105213, 20}, TagType::string, none, 0, 0, 0},  // V10IndexTableSegment
+    {{105233, 17}, TagType::string, none, 0, 0, 0},  // IndexTableSegment
+    {{105250, 13}, TagType::string, none, 0, 0, 0},  // DefaultObject
+    {{105263, 24}, TagType::string, none, 0, 0, 0},  // CipherAlgorithmAES128CBC
+    {{105287, 20}, TagType::string, none, 0, 0, 0},  // HMACAlgorithmSHA1128
+    {{105307, 23}, TagType::string, none, 0, 0, 0},  // EncryptedContainerLabel
+    {{105330, 27}, TagType::string, none, 0, 0, 0},  // CryptographicFrameworkLabel
 };
 constexpr detail::TextRef kChoicesMXF[] = {
     {9921, 2}, {9923, 2}, {105357, 36}, {105393, 36}, {105429, 36}, {105465, 36}, {105501, 36},
@@ -10527,9 +10511,31 @@ constexpr std::uint16_t kKeyOrderMXF[] = {
     1200, 1198, 1194,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsMXF[1297];
-constinit detail::StreamTags gTagsMXF("MXF", kText, kTagsMXF, kKeyOrderMXF, kChoicesMXF, gItemsMXF, &TagStringsCatalogue::stringsMXF);
 
 }  // namespace
+
+// Each stream's tags, which the catalogue's index finds them by.
+namespace detail {
+constinit StreamTags gTagsJUMBF("JUMBF", kText, kTagsJUMBF, kKeyOrderJUMBF, kChoicesJUMBF, gItemsJUMBF, &TagStringsCatalogue::stringsJUMBF);
+constinit StreamTags gTagsJVC("JVC", kText, kTagsJVC, kKeyOrderJVC, kChoicesJVC, gItemsJVC, &TagStringsCatalogue::stringsJVC);
+constinit StreamTags gTagsJpeg2000("Jpeg2000", kText, kTagsJpeg2000, kKeyOrderJpeg2000, kChoicesJpeg2000, gItemsJpeg2000, &TagStringsCatalogue::stringsJpeg2000);
+constinit StreamTags gTagsKodak("Kodak", kText, kTagsKodak, kKeyOrderKodak, kChoicesKodak, gItemsKodak, &TagStringsCatalogue::stringsKodak);
+constinit StreamTags gTagsKyoceraRaw("KyoceraRaw", kText, kTagsKyoceraRaw, kKeyOrderKyoceraRaw, kChoicesKyoceraRaw, gItemsKyoceraRaw, &TagStringsCatalogue::stringsKyoceraRaw);
+constinit StreamTags gTagsLNK("LNK", kText, kTagsLNK, kKeyOrderLNK, kChoicesLNK, gItemsLNK, &TagStringsCatalogue::stringsLNK);
+constinit StreamTags gTagsLeaf("Leaf", kText, kTagsLeaf, kKeyOrderLeaf, {}, gItemsLeaf, &TagStringsCatalogue::stringsLeaf);
+constinit StreamTags gTagsLeica("Leica", kText, kTagsLeica, kKeyOrderLeica, kChoicesLeica, gItemsLeica, &TagStringsCatalogue::stringsLeica);
+constinit StreamTags gTagsLytro("Lytro", kText, kTagsLytro, kKeyOrderLytro, kChoicesLytro, gItemsLytro, &TagStringsCatalogue::stringsLytro);
+constinit StreamTags gTagsM2TS("M2TS", kText, kTagsM2TS, kKeyOrderM2TS, kChoicesM2TS, gItemsM2TS, &TagStringsCatalogue::stringsM2TS);
+constinit StreamTags gTagsMIE("MIE", kText, kTagsMIE, kKeyOrderMIE, kChoicesMIE, gItemsMIE, &TagStringsCatalogue::stringsMIE);
+constinit StreamTags gTagsMIFF("MIFF", kText, kTagsMIFF, kKeyOrderMIFF, {}, gItemsMIFF, &TagStringsCatalogue::stringsMIFF);
+constinit StreamTags gTagsMISB("MISB", kText, kTagsMISB, kKeyOrderMISB, kChoicesMISB, gItemsMISB, &TagStringsCatalogue::stringsMISB);
+constinit StreamTags gTagsMNG("MNG", kText, kTagsMNG, kKeyOrderMNG, kChoicesMNG, gItemsMNG, &TagStringsCatalogue::stringsMNG);
+constinit StreamTags gTagsMOI("MOI", kText, kTagsMOI, kKeyOrderMOI, kChoicesMOI, gItemsMOI, &TagStringsCatalogue::stringsMOI);
+constinit StreamTags gTagsMPC("MPC", kText, kTagsMPC, kKeyOrderMPC, kChoicesMPC, gItemsMPC, &TagStringsCatalogue::stringsMPC);
+constinit StreamTags gTagsMPEG("MPEG", kText, kTagsMPEG, kKeyOrderMPEG, kChoicesMPEG, gItemsMPEG, &TagStringsCatalogue::stringsMPEG);
+constinit StreamTags gTagsMPF("MPF", kText, kTagsMPF, kKeyOrderMPF, kChoicesMPF, gItemsMPF, &TagStringsCatalogue::stringsMPF);
+constinit StreamTags gTagsMXF("MXF", kText, kTagsMXF, kKeyOrderMXF, kChoicesMXF, gItemsMXF, &TagStringsCatalogue::stringsMXF);
+}  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsJUMBF() {
   return gStringsJUMBF.strings(&TagStringsCatalogue::stringTableJUMBF);
@@ -10538,22 +10544,22 @@ TagStringTable TagStringsCatalogue::stringTableJUMBF(ETLanguage language) {
   return gStringsJUMBF.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue15::allStreamsJUMBF() {
-  return gTagsJUMBF.all();
+  return detail::gTagsJUMBF.all();
 }
-const TagItem& detail::TagItemCatalogue15::itemJUMBFAuthorIdentifier() { return gTagsJUMBF.item(0); }
-const TagItem& detail::TagItemCatalogue15::itemJUMBFAuthorName() { return gTagsJUMBF.item(1); }
-const TagItem& detail::TagItemCatalogue15::itemJUMBFFormat() { return gTagsJUMBF.item(2); }
-const TagItem& detail::TagItemCatalogue15::itemJUMBFTitle() { return gTagsJUMBF.item(3); }
-const TagItem& detail::TagItemCatalogue15::itemJUMBFDocumentID() { return gTagsJUMBF.item(4); }
-const TagItem& detail::TagItemCatalogue15::itemJUMBFInstanceID() { return gTagsJUMBF.item(5); }
-const TagItem& detail::TagItemCatalogue15::itemJUMBFRelationship() { return gTagsJUMBF.item(6); }
-const TagItem& detail::TagItemCatalogue15::itemJUMBFThumbnailHash() { return gTagsJUMBF.item(7); }
-const TagItem& detail::TagItemCatalogue15::itemJUMBFThumbnailURL() { return gTagsJUMBF.item(8); }
-const TagItem& detail::TagItemCatalogue15::itemJUMBFJUMDID() { return gTagsJUMBF.item(9); }
-const TagItem& detail::TagItemCatalogue15::itemJUMBFJUMDLabel() { return gTagsJUMBF.item(10); }
-const TagItem& detail::TagItemCatalogue15::itemJUMBFJUMDSignature() { return gTagsJUMBF.item(11); }
-const TagItem& detail::TagItemCatalogue15::itemJUMBFJUMDToggles() { return gTagsJUMBF.item(12); }
-const TagItem& detail::TagItemCatalogue15::itemJUMBFJUMDType() { return gTagsJUMBF.item(13); }
+const TagItem& detail::TagItemCatalogue15::itemJUMBFAuthorIdentifier() { return detail::gTagsJUMBF.item(0); }
+const TagItem& detail::TagItemCatalogue15::itemJUMBFAuthorName() { return detail::gTagsJUMBF.item(1); }
+const TagItem& detail::TagItemCatalogue15::itemJUMBFFormat() { return detail::gTagsJUMBF.item(2); }
+const TagItem& detail::TagItemCatalogue15::itemJUMBFTitle() { return detail::gTagsJUMBF.item(3); }
+const TagItem& detail::TagItemCatalogue15::itemJUMBFDocumentID() { return detail::gTagsJUMBF.item(4); }
+const TagItem& detail::TagItemCatalogue15::itemJUMBFInstanceID() { return detail::gTagsJUMBF.item(5); }
+const TagItem& detail::TagItemCatalogue15::itemJUMBFRelationship() { return detail::gTagsJUMBF.item(6); }
+const TagItem& detail::TagItemCatalogue15::itemJUMBFThumbnailHash() { return detail::gTagsJUMBF.item(7); }
+const TagItem& detail::TagItemCatalogue15::itemJUMBFThumbnailURL() { return detail::gTagsJUMBF.item(8); }
+const TagItem& detail::TagItemCatalogue15::itemJUMBFJUMDID() { return detail::gTagsJUMBF.item(9); }
+const TagItem& detail::TagItemCatalogue15::itemJUMBFJUMDLabel() { return detail::gTagsJUMBF.item(10); }
+const TagItem& detail::TagItemCatalogue15::itemJUMBFJUMDSignature() { return detail::gTagsJUMBF.item(11); }
+const TagItem& detail::TagItemCatalogue15::itemJUMBFJUMDToggles() { return detail::gTagsJUMBF.item(12); }
+const TagItem& detail::TagItemCatalogue15::itemJUMBFJUMDType() { return detail::gTagsJUMBF.item(13); }
 
 const TagStrings& TagStringsCatalogue::stringsJVC() {
   return gStringsJVC.strings(&TagStringsCatalogue::stringTableJVC);
@@ -10562,11 +10568,11 @@ TagStringTable TagStringsCatalogue::stringTableJVC(ETLanguage language) {
   return gStringsJVC.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue15::allStreamsJVC() {
-  return gTagsJVC.all();
+  return detail::gTagsJVC.all();
 }
-const TagItem& detail::TagItemCatalogue15::itemJVCCPUVersions() { return gTagsJVC.item(0); }
-const TagItem& detail::TagItemCatalogue15::itemJVCQuality() { return gTagsJVC.item(1); }
-const TagItem& detail::TagItemCatalogue15::itemJVCMakerNoteVersion() { return gTagsJVC.item(2); }
+const TagItem& detail::TagItemCatalogue15::itemJVCCPUVersions() { return detail::gTagsJVC.item(0); }
+const TagItem& detail::TagItemCatalogue15::itemJVCQuality() { return detail::gTagsJVC.item(1); }
+const TagItem& detail::TagItemCatalogue15::itemJVCMakerNoteVersion() { return detail::gTagsJVC.item(2); }
 
 const TagStrings& TagStringsCatalogue::stringsJpeg2000() {
   return gStringsJpeg2000.strings(&TagStringsCatalogue::stringTableJpeg2000);
@@ -10575,68 +10581,68 @@ TagStringTable TagStringsCatalogue::stringTableJpeg2000(ETLanguage language) {
   return gStringsJpeg2000.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue15::allStreamsJpeg2000() {
-  return gTagsJpeg2000.all();
+  return detail::gTagsJpeg2000.all();
 }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000CaptureYResolution() { return gTagsJpeg2000.item(0); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000CaptureXResolution() { return gTagsJpeg2000.item(1); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000CaptureYResolutionUnit() { return gTagsJpeg2000.item(2); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000CaptureXResolutionUnit() { return gTagsJpeg2000.item(3); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000ColorSpecMethod() { return gTagsJpeg2000.item(4); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000ColorSpecPrecedence() { return gTagsJpeg2000.item(5); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000ColorSpecApproximation() { return gTagsJpeg2000.item(6); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000ColorSpace() { return gTagsJpeg2000.item(7); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000ColorSpecData() { return gTagsJpeg2000.item(8); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000DisplayYResolution() { return gTagsJpeg2000.item(9); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000DisplayXResolution() { return gTagsJpeg2000.item(10); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000DisplayYResolutionUnit() { return gTagsJpeg2000.item(11); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000DisplayXResolutionUnit() { return gTagsJpeg2000.item(12); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000MajorBrand() { return gTagsJpeg2000.item(13); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000MinorVersion() { return gTagsJpeg2000.item(14); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000CompatibleBrands() { return gTagsJpeg2000.item(15); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000ImageHeight() { return gTagsJpeg2000.item(16); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000ImageWidth() { return gTagsJpeg2000.item(17); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000NumberOfComponents() { return gTagsJpeg2000.item(18); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000BitsPerComponent() { return gTagsJpeg2000.item(19); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000Compression() { return gTagsJpeg2000.item(20); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000BinaryDataType() { return gTagsJpeg2000.item(21); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000BinaryFilter() { return gTagsJpeg2000.item(22); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000BinaryData() { return gTagsJpeg2000.item(23); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000C2PASaltHash() { return gTagsJpeg2000.item(24); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000ComponentDefinition() { return gTagsJpeg2000.item(25); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000ColorGroup() { return gTagsJpeg2000.item(26); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000DigitalSignature() { return gTagsJpeg2000.item(27); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000ComponentMapping() { return gTagsJpeg2000.item(28); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000Composition() { return gTagsJpeg2000.item(29); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000CompositionOptions() { return gTagsJpeg2000.item(30); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000Cross_Reference() { return gTagsJpeg2000.item(31); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000CodestreamRegistration() { return gTagsJpeg2000.item(32); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000DesiredReproductions() { return gTagsJpeg2000.item(33); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000DataReference() { return gTagsJpeg2000.item(34); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000FragmentList() { return gTagsJpeg2000.item(35); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000Free() { return gTagsJpeg2000.item(36); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000FragmentTable() { return gTagsJpeg2000.item(37); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000GraphicsTechnologyStandardOutput() { return gTagsJpeg2000.item(38); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000GainMapImage() { return gTagsJpeg2000.item(39); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000InstructionSet() { return gTagsJpeg2000.item(40); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000JP2Signature() { return gTagsJpeg2000.item(41); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000ContiguousCodestream() { return gTagsJpeg2000.item(42); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000PreviewImage() { return gTagsJpeg2000.item(43); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000JXLCodestream() { return gTagsJpeg2000.item(44); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000PartialJXLCodestream() { return gTagsJpeg2000.item(45); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000Label() { return gTagsJpeg2000.item(46); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000MediaData() { return gTagsJpeg2000.item(47); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000MPEG7Binary() { return gTagsJpeg2000.item(48); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000NumberList() { return gTagsJpeg2000.item(49); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000Opacity() { return gTagsJpeg2000.item(50); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000Palette() { return gTagsJpeg2000.item(51); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000Profile() { return gTagsJpeg2000.item(52); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000ROIDescription() { return gTagsJpeg2000.item(53); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000ReaderRequirements() { return gTagsJpeg2000.item(54); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000UUIDList() { return gTagsJpeg2000.item(55); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000URL() { return gTagsJpeg2000.item(56); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000UUID_Signature() { return gTagsJpeg2000.item(57); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000UUID_Unknown() { return gTagsJpeg2000.item(58); }
-const TagItem& detail::TagItemCatalogue15::itemJpeg2000XML() { return gTagsJpeg2000.item(59); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000CaptureYResolution() { return detail::gTagsJpeg2000.item(0); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000CaptureXResolution() { return detail::gTagsJpeg2000.item(1); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000CaptureYResolutionUnit() { return detail::gTagsJpeg2000.item(2); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000CaptureXResolutionUnit() { return detail::gTagsJpeg2000.item(3); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000ColorSpecMethod() { return detail::gTagsJpeg2000.item(4); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000ColorSpecPrecedence() { return detail::gTagsJpeg2000.item(5); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000ColorSpecApproximation() { return detail::gTagsJpeg2000.item(6); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000ColorSpace() { return detail::gTagsJpeg2000.item(7); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000ColorSpecData() { return detail::gTagsJpeg2000.item(8); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000DisplayYResolution() { return detail::gTagsJpeg2000.item(9); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000DisplayXResolution() { return detail::gTagsJpeg2000.item(10); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000DisplayYResolutionUnit() { return detail::gTagsJpeg2000.item(11); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000DisplayXResolutionUnit() { return detail::gTagsJpeg2000.item(12); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000MajorBrand() { return detail::gTagsJpeg2000.item(13); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000MinorVersion() { return detail::gTagsJpeg2000.item(14); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000CompatibleBrands() { return detail::gTagsJpeg2000.item(15); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000ImageHeight() { return detail::gTagsJpeg2000.item(16); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000ImageWidth() { return detail::gTagsJpeg2000.item(17); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000NumberOfComponents() { return detail::gTagsJpeg2000.item(18); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000BitsPerComponent() { return detail::gTagsJpeg2000.item(19); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000Compression() { return detail::gTagsJpeg2000.item(20); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000BinaryDataType() { return detail::gTagsJpeg2000.item(21); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000BinaryFilter() { return detail::gTagsJpeg2000.item(22); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000BinaryData() { return detail::gTagsJpeg2000.item(23); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000C2PASaltHash() { return detail::gTagsJpeg2000.item(24); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000ComponentDefinition() { return detail::gTagsJpeg2000.item(25); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000ColorGroup() { return detail::gTagsJpeg2000.item(26); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000DigitalSignature() { return detail::gTagsJpeg2000.item(27); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000ComponentMapping() { return detail::gTagsJpeg2000.item(28); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000Composition() { return detail::gTagsJpeg2000.item(29); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000CompositionOptions() { return detail::gTagsJpeg2000.item(30); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000Cross_Reference() { return detail::gTagsJpeg2000.item(31); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000CodestreamRegistration() { return detail::gTagsJpeg2000.item(32); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000DesiredReproductions() { return detail::gTagsJpeg2000.item(33); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000DataReference() { return detail::gTagsJpeg2000.item(34); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000FragmentList() { return detail::gTagsJpeg2000.item(35); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000Free() { return detail::gTagsJpeg2000.item(36); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000FragmentTable() { return detail::gTagsJpeg2000.item(37); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000GraphicsTechnologyStandardOutput() { return detail::gTagsJpeg2000.item(38); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000GainMapImage() { return detail::gTagsJpeg2000.item(39); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000InstructionSet() { return detail::gTagsJpeg2000.item(40); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000JP2Signature() { return detail::gTagsJpeg2000.item(41); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000ContiguousCodestream() { return detail::gTagsJpeg2000.item(42); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000PreviewImage() { return detail::gTagsJpeg2000.item(43); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000JXLCodestream() { return detail::gTagsJpeg2000.item(44); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000PartialJXLCodestream() { return detail::gTagsJpeg2000.item(45); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000Label() { return detail::gTagsJpeg2000.item(46); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000MediaData() { return detail::gTagsJpeg2000.item(47); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000MPEG7Binary() { return detail::gTagsJpeg2000.item(48); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000NumberList() { return detail::gTagsJpeg2000.item(49); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000Opacity() { return detail::gTagsJpeg2000.item(50); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000Palette() { return detail::gTagsJpeg2000.item(51); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000Profile() { return detail::gTagsJpeg2000.item(52); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000ROIDescription() { return detail::gTagsJpeg2000.item(53); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000ReaderRequirements() { return detail::gTagsJpeg2000.item(54); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000UUIDList() { return detail::gTagsJpeg2000.item(55); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000URL() { return detail::gTagsJpeg2000.item(56); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000UUID_Signature() { return detail::gTagsJpeg2000.item(57); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000UUID_Unknown() { return detail::gTagsJpeg2000.item(58); }
+const TagItem& detail::TagItemCatalogue15::itemJpeg2000XML() { return detail::gTagsJpeg2000.item(59); }
 
 const TagStrings& TagStringsCatalogue::stringsKodak() {
   return gStringsKodak.strings(&TagStringsCatalogue::stringTableKodak);
@@ -10645,137 +10651,137 @@ TagStringTable TagStringsCatalogue::stringTableKodak(ETLanguage language) {
   return gStringsKodak.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue15::allStreamsKodak() {
-  return gTagsKodak.all();
+  return detail::gTagsKodak.all();
 }
-const TagItem& detail::TagItemCatalogue15::itemKodakSensorWidth() { return gTagsKodak.item(0); }
-const TagItem& detail::TagItemCatalogue15::itemKodakSensorHeight() { return gTagsKodak.item(1); }
-const TagItem& detail::TagItemCatalogue15::itemKodakBayerPattern() { return gTagsKodak.item(2); }
-const TagItem& detail::TagItemCatalogue15::itemKodakSensorFullWidth() { return gTagsKodak.item(3); }
-const TagItem& detail::TagItemCatalogue15::itemKodakSensorFullHeight() { return gTagsKodak.item(4); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodakImageWidth() { return gTagsKodak.item(5); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodakImageHeight() { return gTagsKodak.item(6); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodakInfoType() { return gTagsKodak.item(7); }
-const TagItem& detail::TagItemCatalogue15::itemKodakSerialNumber() { return gTagsKodak.item(8); }
-const TagItem& detail::TagItemCatalogue15::itemKodakFNumber() { return gTagsKodak.item(9); }
-const TagItem& detail::TagItemCatalogue15::itemKodakExposureTime() { return gTagsKodak.item(10); }
-const TagItem& detail::TagItemCatalogue15::itemKodakISO() { return gTagsKodak.item(11); }
-const TagItem& detail::TagItemCatalogue15::itemKodakCameraByteOrder() { return gTagsKodak.item(12); }
-const TagItem& detail::TagItemCatalogue15::itemKodakApertureValue() { return gTagsKodak.item(13); }
-const TagItem& detail::TagItemCatalogue15::itemKodakBrightnessValue() { return gTagsKodak.item(14); }
-const TagItem& detail::TagItemCatalogue15::itemKodakExposureCompensation() { return gTagsKodak.item(15); }
-const TagItem& detail::TagItemCatalogue15::itemKodakFocalLengthIn35mmFormat() { return gTagsKodak.item(16); }
-const TagItem& detail::TagItemCatalogue15::itemKodakFocalLength() { return gTagsKodak.item(17); }
-const TagItem& detail::TagItemCatalogue15::itemKodakFirmwareVersion() { return gTagsKodak.item(18); }
-const TagItem& detail::TagItemCatalogue15::itemKodakShutterSpeedValue() { return gTagsKodak.item(19); }
-const TagItem& detail::TagItemCatalogue15::itemKodakMake() { return gTagsKodak.item(20); }
-const TagItem& detail::TagItemCatalogue15::itemKodakModel() { return gTagsKodak.item(21); }
-const TagItem& detail::TagItemCatalogue15::itemKodakModelType() { return gTagsKodak.item(22); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodakModel() { return gTagsKodak.item(23); }
-const TagItem& detail::TagItemCatalogue15::itemKodakQuality() { return gTagsKodak.item(24); }
-const TagItem& detail::TagItemCatalogue15::itemKodakBurstMode() { return gTagsKodak.item(25); }
-const TagItem& detail::TagItemCatalogue15::itemKodakYearCreated() { return gTagsKodak.item(26); }
-const TagItem& detail::TagItemCatalogue15::itemKodakMonthDayCreated() { return gTagsKodak.item(27); }
-const TagItem& detail::TagItemCatalogue15::itemKodakTimeCreated() { return gTagsKodak.item(28); }
-const TagItem& detail::TagItemCatalogue15::itemKodakBurstMode2() { return gTagsKodak.item(29); }
-const TagItem& detail::TagItemCatalogue15::itemKodakShutterMode() { return gTagsKodak.item(30); }
-const TagItem& detail::TagItemCatalogue15::itemKodakMeteringMode() { return gTagsKodak.item(31); }
-const TagItem& detail::TagItemCatalogue15::itemKodakSequenceNumber() { return gTagsKodak.item(32); }
-const TagItem& detail::TagItemCatalogue15::itemKodakVariousModes() { return gTagsKodak.item(33); }
-const TagItem& detail::TagItemCatalogue15::itemKodakDistance1() { return gTagsKodak.item(34); }
-const TagItem& detail::TagItemCatalogue15::itemKodakDistance2() { return gTagsKodak.item(35); }
-const TagItem& detail::TagItemCatalogue15::itemKodakDistance3() { return gTagsKodak.item(36); }
-const TagItem& detail::TagItemCatalogue15::itemKodakDistance4() { return gTagsKodak.item(37); }
-const TagItem& detail::TagItemCatalogue15::itemKodakFocusMode() { return gTagsKodak.item(38); }
-const TagItem& detail::TagItemCatalogue15::itemKodakVariousModes2() { return gTagsKodak.item(39); }
-const TagItem& detail::TagItemCatalogue15::itemKodakPanoramaMode() { return gTagsKodak.item(40); }
-const TagItem& detail::TagItemCatalogue15::itemKodakSubjectDistance() { return gTagsKodak.item(41); }
-const TagItem& detail::TagItemCatalogue15::itemKodakWhiteBalance() { return gTagsKodak.item(42); }
-const TagItem& detail::TagItemCatalogue15::itemKodakFlashMode() { return gTagsKodak.item(43); }
-const TagItem& detail::TagItemCatalogue15::itemKodakFlashFired() { return gTagsKodak.item(44); }
-const TagItem& detail::TagItemCatalogue15::itemKodakISOSetting() { return gTagsKodak.item(45); }
-const TagItem& detail::TagItemCatalogue15::itemKodakTotalZoom() { return gTagsKodak.item(46); }
-const TagItem& detail::TagItemCatalogue15::itemKodakDateTimeStamp() { return gTagsKodak.item(47); }
-const TagItem& detail::TagItemCatalogue15::itemKodakColorMode() { return gTagsKodak.item(48); }
-const TagItem& detail::TagItemCatalogue15::itemKodakDigitalZoom() { return gTagsKodak.item(49); }
-const TagItem& detail::TagItemCatalogue15::itemKodakSharpness() { return gTagsKodak.item(50); }
-const TagItem& detail::TagItemCatalogue15::itemKodakWB_RGBLevels() { return gTagsKodak.item(51); }
-const TagItem& detail::TagItemCatalogue15::itemKodakPreviewImageWidth() { return gTagsKodak.item(52); }
-const TagItem& detail::TagItemCatalogue15::itemKodakPreviewImageHeight() { return gTagsKodak.item(53); }
-const TagItem& detail::TagItemCatalogue15::itemKodakPreviewImageLength() { return gTagsKodak.item(54); }
-const TagItem& detail::TagItemCatalogue15::itemKodakPreviewImage() { return gTagsKodak.item(55); }
-const TagItem& detail::TagItemCatalogue15::itemKodakSceneMode() { return gTagsKodak.item(56); }
-const TagItem& detail::TagItemCatalogue15::itemKodakOpticalZoom() { return gTagsKodak.item(57); }
-const TagItem& detail::TagItemCatalogue15::itemKodakThumbnailWidth() { return gTagsKodak.item(58); }
-const TagItem& detail::TagItemCatalogue15::itemKodakThumbnailHeight() { return gTagsKodak.item(59); }
-const TagItem& detail::TagItemCatalogue15::itemKodakSceneModeUsed() { return gTagsKodak.item(60); }
-const TagItem& detail::TagItemCatalogue15::itemKodakMaxAperture() { return gTagsKodak.item(61); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x2007() { return gTagsKodak.item(62); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x2008() { return gTagsKodak.item(63); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x2009() { return gTagsKodak.item(64); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x200a() { return gTagsKodak.item(65); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x200b() { return gTagsKodak.item(66); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x3020() { return gTagsKodak.item(67); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x3030() { return gTagsKodak.item(68); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x3040() { return gTagsKodak.item(69); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x3050() { return gTagsKodak.item(70); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x3060() { return gTagsKodak.item(71); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x8001() { return gTagsKodak.item(72); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x8002() { return gTagsKodak.item(73); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x8003() { return gTagsKodak.item(74); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x8004() { return gTagsKodak.item(75); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x8005() { return gTagsKodak.item(76); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x8006() { return gTagsKodak.item(77); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x8007() { return gTagsKodak.item(78); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x8008() { return gTagsKodak.item(79); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x8009() { return gTagsKodak.item(80); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x800a() { return gTagsKodak.item(81); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x800b() { return gTagsKodak.item(82); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x800c() { return gTagsKodak.item(83); }
-const TagItem& detail::TagItemCatalogue15::itemKodakAFMode() { return gTagsKodak.item(84); }
-const TagItem& detail::TagItemCatalogue15::itemKodakActualCompensation() { return gTagsKodak.item(85); }
-const TagItem& detail::TagItemCatalogue15::itemKodakAperture() { return gTagsKodak.item(86); }
-const TagItem& detail::TagItemCatalogue15::itemKodakAutoBracket() { return gTagsKodak.item(87); }
-const TagItem& detail::TagItemCatalogue15::itemKodakCameraModel() { return gTagsKodak.item(88); }
-const TagItem& detail::TagItemCatalogue15::itemKodakCameraBody() { return gTagsKodak.item(89); }
-const TagItem& detail::TagItemCatalogue15::itemKodakDate() { return gTagsKodak.item(90); }
-const TagItem& detail::TagItemCatalogue15::itemKodakExposureBias() { return gTagsKodak.item(91); }
-const TagItem& detail::TagItemCatalogue15::itemKodakExposureMode() { return gTagsKodak.item(92); }
-const TagItem& detail::TagItemCatalogue15::itemKodakFlashExposureComp() { return gTagsKodak.item(93); }
-const TagItem& detail::TagItemCatalogue15::itemKodakFlashSyncMode() { return gTagsKodak.item(94); }
-const TagItem& detail::TagItemCatalogue15::itemKodakImageNumber() { return gTagsKodak.item(95); }
-const TagItem& detail::TagItemCatalogue15::itemKodakLens() { return gTagsKodak.item(96); }
-const TagItem& detail::TagItemCatalogue15::itemKodakMeterMode() { return gTagsKodak.item(97); }
-const TagItem& detail::TagItemCatalogue15::itemKodakMinAperture() { return gTagsKodak.item(98); }
-const TagItem& detail::TagItemCatalogue15::itemKodakPopupFlash() { return gTagsKodak.item(99); }
-const TagItem& detail::TagItemCatalogue15::itemKodakShootingMode() { return gTagsKodak.item(100); }
-const TagItem& detail::TagItemCatalogue15::itemKodakShutterSpeed() { return gTagsKodak.item(101); }
-const TagItem& detail::TagItemCatalogue15::itemKodakTemperature() { return gTagsKodak.item(102); }
-const TagItem& detail::TagItemCatalogue15::itemKodakTime() { return gTagsKodak.item(103); }
-const TagItem& detail::TagItemCatalogue15::itemKodakOtherInfo() { return gTagsKodak.item(104); }
-const TagItem& detail::TagItemCatalogue15::itemKodakPreviewImageSize() { return gTagsKodak.item(105); }
-const TagItem& detail::TagItemCatalogue15::itemKodakPictureEffect() { return gTagsKodak.item(106); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodakMake() { return gTagsKodak.item(107); }
-const TagItem& detail::TagItemCatalogue15::itemKodakLensSerialNumber() { return gTagsKodak.item(108); }
-const TagItem& detail::TagItemCatalogue15::itemKodakLensModel() { return gTagsKodak.item(109); }
-const TagItem& detail::TagItemCatalogue15::itemKodakLevelMeter() { return gTagsKodak.item(110); }
-const TagItem& detail::TagItemCatalogue15::itemKodakPitch() { return gTagsKodak.item(111); }
-const TagItem& detail::TagItemCatalogue15::itemKodakYaw() { return gTagsKodak.item(112); }
-const TagItem& detail::TagItemCatalogue15::itemKodakRoll() { return gTagsKodak.item(113); }
-const TagItem& detail::TagItemCatalogue15::itemKodakCX() { return gTagsKodak.item(114); }
-const TagItem& detail::TagItemCatalogue15::itemKodakCY() { return gTagsKodak.item(115); }
-const TagItem& detail::TagItemCatalogue15::itemKodakRads() { return gTagsKodak.item(116); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodakMaker() { return gTagsKodak.item(117); }
-const TagItem& detail::TagItemCatalogue15::itemKodakOriginalFileName() { return gTagsKodak.item(118); }
-const TagItem& detail::TagItemCatalogue15::itemKodakImageRotated() { return gTagsKodak.item(119); }
-const TagItem& detail::TagItemCatalogue15::itemKodakMacro() { return gTagsKodak.item(120); }
-const TagItem& detail::TagItemCatalogue15::itemKodakFlash() { return gTagsKodak.item(121); }
-const TagItem& detail::TagItemCatalogue15::itemKodakDateTimeOriginal() { return gTagsKodak.item(122); }
-const TagItem& detail::TagItemCatalogue15::itemKodakUnknownNumber() { return gTagsKodak.item(123); }
-const TagItem& detail::TagItemCatalogue15::itemKodakThumbnailImage() { return gTagsKodak.item(124); }
-const TagItem& detail::TagItemCatalogue15::itemKodakDuration() { return gTagsKodak.item(125); }
-const TagItem& detail::TagItemCatalogue15::itemKodakKodakVersion() { return gTagsKodak.item(126); }
-const TagItem& detail::TagItemCatalogue15::itemKodakAccelerometer() { return gTagsKodak.item(127); }
-const TagItem& detail::TagItemCatalogue15::itemKodakAngularVelocity() { return gTagsKodak.item(128); }
+const TagItem& detail::TagItemCatalogue15::itemKodakSensorWidth() { return detail::gTagsKodak.item(0); }
+const TagItem& detail::TagItemCatalogue15::itemKodakSensorHeight() { return detail::gTagsKodak.item(1); }
+const TagItem& detail::TagItemCatalogue15::itemKodakBayerPattern() { return detail::gTagsKodak.item(2); }
+const TagItem& detail::TagItemCatalogue15::itemKodakSensorFullWidth() { return detail::gTagsKodak.item(3); }
+const TagItem& detail::TagItemCatalogue15::itemKodakSensorFullHeight() { return detail::gTagsKodak.item(4); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodakImageWidth() { return detail::gTagsKodak.item(5); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodakImageHeight() { return detail::gTagsKodak.item(6); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodakInfoType() { return detail::gTagsKodak.item(7); }
+const TagItem& detail::TagItemCatalogue15::itemKodakSerialNumber() { return detail::gTagsKodak.item(8); }
+const TagItem& detail::TagItemCatalogue15::itemKodakFNumber() { return detail::gTagsKodak.item(9); }
+const TagItem& detail::TagItemCatalogue15::itemKodakExposureTime() { return detail::gTagsKodak.item(10); }
+const TagItem& detail::TagItemCatalogue15::itemKodakISO() { return detail::gTagsKodak.item(11); }
+const TagItem& detail::TagItemCatalogue15::itemKodakCameraByteOrder() { return detail::gTagsKodak.item(12); }
+const TagItem& detail::TagItemCatalogue15::itemKodakApertureValue() { return detail::gTagsKodak.item(13); }
+const TagItem& detail::TagItemCatalogue15::itemKodakBrightnessValue() { return detail::gTagsKodak.item(14); }
+const TagItem& detail::TagItemCatalogue15::itemKodakExposureCompensation() { return detail::gTagsKodak.item(15); }
+const TagItem& detail::TagItemCatalogue15::itemKodakFocalLengthIn35mmFormat() { return detail::gTagsKodak.item(16); }
+const TagItem& detail::TagItemCatalogue15::itemKodakFocalLength() { return detail::gTagsKodak.item(17); }
+const TagItem& detail::TagItemCatalogue15::itemKodakFirmwareVersion() { return detail::gTagsKodak.item(18); }
+const TagItem& detail::TagItemCatalogue15::itemKodakShutterSpeedValue() { return detail::gTagsKodak.item(19); }
+const TagItem& detail::TagItemCatalogue15::itemKodakMake() { return detail::gTagsKodak.item(20); }
+const TagItem& detail::TagItemCatalogue15::itemKodakModel() { return detail::gTagsKodak.item(21); }
+const TagItem& detail::TagItemCatalogue15::itemKodakModelType() { return detail::gTagsKodak.item(22); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodakModel() { return detail::gTagsKodak.item(23); }
+const TagItem& detail::TagItemCatalogue15::itemKodakQuality() { return detail::gTagsKodak.item(24); }
+const TagItem& detail::TagItemCatalogue15::itemKodakBurstMode() { return detail::gTagsKodak.item(25); }
+const TagItem& detail::TagItemCatalogue15::itemKodakYearCreated() { return detail::gTagsKodak.item(26); }
+const TagItem& detail::TagItemCatalogue15::itemKodakMonthDayCreated() { return detail::gTagsKodak.item(27); }
+const TagItem& detail::TagItemCatalogue15::itemKodakTimeCreated() { return detail::gTagsKodak.item(28); }
+const TagItem& detail::TagItemCatalogue15::itemKodakBurstMode2() { return detail::gTagsKodak.item(29); }
+const TagItem& detail::TagItemCatalogue15::itemKodakShutterMode() { return detail::gTagsKodak.item(30); }
+const TagItem& detail::TagItemCatalogue15::itemKodakMeteringMode() { return detail::gTagsKodak.item(31); }
+const TagItem& detail::TagItemCatalogue15::itemKodakSequenceNumber() { return detail::gTagsKodak.item(32); }
+const TagItem& detail::TagItemCatalogue15::itemKodakVariousModes() { return detail::gTagsKodak.item(33); }
+const TagItem& detail::TagItemCatalogue15::itemKodakDistance1() { return detail::gTagsKodak.item(34); }
+const TagItem& detail::TagItemCatalogue15::itemKodakDistance2() { return detail::gTagsKodak.item(35); }
+const TagItem& detail::TagItemCatalogue15::itemKodakDistance3() { return detail::gTagsKodak.item(36); }
+const TagItem& detail::TagItemCatalogue15::itemKodakDistance4() { return detail::gTagsKodak.item(37); }
+const TagItem& detail::TagItemCatalogue15::itemKodakFocusMode() { return detail::gTagsKodak.item(38); }
+const TagItem& detail::TagItemCatalogue15::itemKodakVariousModes2() { return detail::gTagsKodak.item(39); }
+const TagItem& detail::TagItemCatalogue15::itemKodakPanoramaMode() { return detail::gTagsKodak.item(40); }
+const TagItem& detail::TagItemCatalogue15::itemKodakSubjectDistance() { return detail::gTagsKodak.item(41); }
+const TagItem& detail::TagItemCatalogue15::itemKodakWhiteBalance() { return detail::gTagsKodak.item(42); }
+const TagItem& detail::TagItemCatalogue15::itemKodakFlashMode() { return detail::gTagsKodak.item(43); }
+const TagItem& detail::TagItemCatalogue15::itemKodakFlashFired() { return detail::gTagsKodak.item(44); }
+const TagItem& detail::TagItemCatalogue15::itemKodakISOSetting() { return detail::gTagsKodak.item(45); }
+const TagItem& detail::TagItemCatalogue15::itemKodakTotalZoom() { return detail::gTagsKodak.item(46); }
+const TagItem& detail::TagItemCatalogue15::itemKodakDateTimeStamp() { return detail::gTagsKodak.item(47); }
+const TagItem& detail::TagItemCatalogue15::itemKodakColorMode() { return detail::gTagsKodak.item(48); }
+const TagItem& detail::TagItemCatalogue15::itemKodakDigitalZoom() { return detail::gTagsKodak.item(49); }
+const TagItem& detail::TagItemCatalogue15::itemKodakSharpness() { return detail::gTagsKodak.item(50); }
+const TagItem& detail::TagItemCatalogue15::itemKodakWB_RGBLevels() { return detail::gTagsKodak.item(51); }
+const TagItem& detail::TagItemCatalogue15::itemKodakPreviewImageWidth() { return detail::gTagsKodak.item(52); }
+const TagItem& detail::TagItemCatalogue15::itemKodakPreviewImageHeight() { return detail::gTagsKodak.item(53); }
+const TagItem& detail::TagItemCatalogue15::itemKodakPreviewImageLength() { return detail::gTagsKodak.item(54); }
+const TagItem& detail::TagItemCatalogue15::itemKodakPreviewImage() { return detail::gTagsKodak.item(55); }
+const TagItem& detail::TagItemCatalogue15::itemKodakSceneMode() { return detail::gTagsKodak.item(56); }
+const TagItem& detail::TagItemCatalogue15::itemKodakOpticalZoom() { return detail::gTagsKodak.item(57); }
+const TagItem& detail::TagItemCatalogue15::itemKodakThumbnailWidth() { return detail::gTagsKodak.item(58); }
+const TagItem& detail::TagItemCatalogue15::itemKodakThumbnailHeight() { return detail::gTagsKodak.item(59); }
+const TagItem& detail::TagItemCatalogue15::itemKodakSceneModeUsed() { return detail::gTagsKodak.item(60); }
+const TagItem& detail::TagItemCatalogue15::itemKodakMaxAperture() { return detail::gTagsKodak.item(61); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x2007() { return detail::gTagsKodak.item(62); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x2008() { return detail::gTagsKodak.item(63); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x2009() { return detail::gTagsKodak.item(64); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x200a() { return detail::gTagsKodak.item(65); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x200b() { return detail::gTagsKodak.item(66); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x3020() { return detail::gTagsKodak.item(67); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x3030() { return detail::gTagsKodak.item(68); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x3040() { return detail::gTagsKodak.item(69); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x3050() { return detail::gTagsKodak.item(70); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x3060() { return detail::gTagsKodak.item(71); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x8001() { return detail::gTagsKodak.item(72); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x8002() { return detail::gTagsKodak.item(73); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x8003() { return detail::gTagsKodak.item(74); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x8004() { return detail::gTagsKodak.item(75); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x8005() { return detail::gTagsKodak.item(76); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x8006() { return detail::gTagsKodak.item(77); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x8007() { return detail::gTagsKodak.item(78); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x8008() { return detail::gTagsKodak.item(79); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x8009() { return detail::gTagsKodak.item(80); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x800a() { return detail::gTagsKodak.item(81); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x800b() { return detail::gTagsKodak.item(82); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodak_SubIFD3_0x800c() { return detail::gTagsKodak.item(83); }
+const TagItem& detail::TagItemCatalogue15::itemKodakAFMode() { return detail::gTagsKodak.item(84); }
+const TagItem& detail::TagItemCatalogue15::itemKodakActualCompensation() { return detail::gTagsKodak.item(85); }
+const TagItem& detail::TagItemCatalogue15::itemKodakAperture() { return detail::gTagsKodak.item(86); }
+const TagItem& detail::TagItemCatalogue15::itemKodakAutoBracket() { return detail::gTagsKodak.item(87); }
+const TagItem& detail::TagItemCatalogue15::itemKodakCameraModel() { return detail::gTagsKodak.item(88); }
+const TagItem& detail::TagItemCatalogue15::itemKodakCameraBody() { return detail::gTagsKodak.item(89); }
+const TagItem& detail::TagItemCatalogue15::itemKodakDate() { return detail::gTagsKodak.item(90); }
+const TagItem& detail::TagItemCatalogue15::itemKodakExposureBias() { return detail::gTagsKodak.item(91); }
+const TagItem& detail::TagItemCatalogue15::itemKodakExposureMode() { return detail::gTagsKodak.item(92); }
+const TagItem& detail::TagItemCatalogue15::itemKodakFlashExposureComp() { return detail::gTagsKodak.item(93); }
+const TagItem& detail::TagItemCatalogue15::itemKodakFlashSyncMode() { return detail::gTagsKodak.item(94); }
+const TagItem& detail::TagItemCatalogue15::itemKodakImageNumber() { return detail::gTagsKodak.item(95); }
+const TagItem& detail::TagItemCatalogue15::itemKodakLens() { return detail::gTagsKodak.item(96); }
+const TagItem& detail::TagItemCatalogue15::itemKodakMeterMode() { return detail::gTagsKodak.item(97); }
+const TagItem& detail::TagItemCatalogue15::itemKodakMinAperture() { return detail::gTagsKodak.item(98); }
+const TagItem& detail::TagItemCatalogue15::itemKodakPopupFlash() { return detail::gTagsKodak.item(99); }
+const TagItem& detail::TagItemCatalogue15::itemKodakShootingMode() { return detail::gTagsKodak.item(100); }
+const TagItem& detail::TagItemCatalogue15::itemKodakShutterSpeed() { return detail::gTagsKodak.item(101); }
+const TagItem& detail::TagItemCatalogue15::itemKodakTemperature() { return detail::gTagsKodak.item(102); }
+const TagItem& detail::TagItemCatalogue15::itemKodakTime() { return detail::gTagsKodak.item(103); }
+const TagItem& detail::TagItemCatalogue15::itemKodakOtherInfo() { return detail::gTagsKodak.item(104); }
+const TagItem& detail::TagItemCatalogue15::itemKodakPreviewImageSize() { return detail::gTagsKodak.item(105); }
+const TagItem& detail::TagItemCatalogue15::itemKodakPictureEffect() { return detail::gTagsKodak.item(106); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodakMake() { return detail::gTagsKodak.item(107); }
+const TagItem& detail::TagItemCatalogue15::itemKodakLensSerialNumber() { return detail::gTagsKodak.item(108); }
+const TagItem& detail::TagItemCatalogue15::itemKodakLensModel() { return detail::gTagsKodak.item(109); }
+const TagItem& detail::TagItemCatalogue15::itemKodakLevelMeter() { return detail::gTagsKodak.item(110); }
+const TagItem& detail::TagItemCatalogue15::itemKodakPitch() { return detail::gTagsKodak.item(111); }
+const TagItem& detail::TagItemCatalogue15::itemKodakYaw() { return detail::gTagsKodak.item(112); }
+const TagItem& detail::TagItemCatalogue15::itemKodakRoll() { return detail::gTagsKodak.item(113); }
+const TagItem& detail::TagItemCatalogue15::itemKodakCX() { return detail::gTagsKodak.item(114); }
+const TagItem& detail::TagItemCatalogue15::itemKodakCY() { return detail::gTagsKodak.item(115); }
+const TagItem& detail::TagItemCatalogue15::itemKodakRads() { return detail::gTagsKodak.item(116); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodakMaker() { return detail::gTagsKodak.item(117); }
+const TagItem& detail::TagItemCatalogue15::itemKodakOriginalFileName() { return detail::gTagsKodak.item(118); }
+const TagItem& detail::TagItemCatalogue15::itemKodakImageRotated() { return detail::gTagsKodak.item(119); }
+const TagItem& detail::TagItemCatalogue15::itemKodakMacro() { return detail::gTagsKodak.item(120); }
+const TagItem& detail::TagItemCatalogue15::itemKodakFlash() { return detail::gTagsKodak.item(121); }
+const TagItem& detail::TagItemCatalogue15::itemKodakDateTimeOriginal() { return detail::gTagsKodak.item(122); }
+const TagItem& detail::TagItemCatalogue15::itemKodakUnknownNumber() { return detail::gTagsKodak.item(123); }
+const TagItem& detail::TagItemCatalogue15::itemKodakThumbnailImage() { return detail::gTagsKodak.item(124); }
+const TagItem& detail::TagItemCatalogue15::itemKodakDuration() { return detail::gTagsKodak.item(125); }
+const TagItem& detail::TagItemCatalogue15::itemKodakKodakVersion() { return detail::gTagsKodak.item(126); }
+const TagItem& detail::TagItemCatalogue15::itemKodakAccelerometer() { return detail::gTagsKodak.item(127); }
+const TagItem& detail::TagItemCatalogue15::itemKodakAngularVelocity() { return detail::gTagsKodak.item(128); }
 
 const TagStrings& TagStringsCatalogue::stringsKyoceraRaw() {
   return gStringsKyoceraRaw.strings(&TagStringsCatalogue::stringTableKyoceraRaw);
@@ -10784,19 +10790,19 @@ TagStringTable TagStringsCatalogue::stringTableKyoceraRaw(ETLanguage language) {
   return gStringsKyoceraRaw.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue15::allStreamsKyoceraRaw() {
-  return gTagsKyoceraRaw.all();
+  return detail::gTagsKyoceraRaw.all();
 }
-const TagItem& detail::TagItemCatalogue15::itemKyoceraRawFirmwareVersion() { return gTagsKyoceraRaw.item(0); }
-const TagItem& detail::TagItemCatalogue15::itemKyoceraRawModel() { return gTagsKyoceraRaw.item(1); }
-const TagItem& detail::TagItemCatalogue15::itemKyoceraRawMake() { return gTagsKyoceraRaw.item(2); }
-const TagItem& detail::TagItemCatalogue15::itemKyoceraRawDateTimeOriginal() { return gTagsKyoceraRaw.item(3); }
-const TagItem& detail::TagItemCatalogue15::itemKyoceraRawISO() { return gTagsKyoceraRaw.item(4); }
-const TagItem& detail::TagItemCatalogue15::itemKyoceraRawExposureTime() { return gTagsKyoceraRaw.item(5); }
-const TagItem& detail::TagItemCatalogue15::itemKyoceraRawWB_RGGBLevels() { return gTagsKyoceraRaw.item(6); }
-const TagItem& detail::TagItemCatalogue15::itemKyoceraRawFNumber() { return gTagsKyoceraRaw.item(7); }
-const TagItem& detail::TagItemCatalogue15::itemKyoceraRawMaxAperture() { return gTagsKyoceraRaw.item(8); }
-const TagItem& detail::TagItemCatalogue15::itemKyoceraRawFocalLength() { return gTagsKyoceraRaw.item(9); }
-const TagItem& detail::TagItemCatalogue15::itemKyoceraRawLens() { return gTagsKyoceraRaw.item(10); }
+const TagItem& detail::TagItemCatalogue15::itemKyoceraRawFirmwareVersion() { return detail::gTagsKyoceraRaw.item(0); }
+const TagItem& detail::TagItemCatalogue15::itemKyoceraRawModel() { return detail::gTagsKyoceraRaw.item(1); }
+const TagItem& detail::TagItemCatalogue15::itemKyoceraRawMake() { return detail::gTagsKyoceraRaw.item(2); }
+const TagItem& detail::TagItemCatalogue15::itemKyoceraRawDateTimeOriginal() { return detail::gTagsKyoceraRaw.item(3); }
+const TagItem& detail::TagItemCatalogue15::itemKyoceraRawISO() { return detail::gTagsKyoceraRaw.item(4); }
+const TagItem& detail::TagItemCatalogue15::itemKyoceraRawExposureTime() { return detail::gTagsKyoceraRaw.item(5); }
+const TagItem& detail::TagItemCatalogue15::itemKyoceraRawWB_RGGBLevels() { return detail::gTagsKyoceraRaw.item(6); }
+const TagItem& detail::TagItemCatalogue15::itemKyoceraRawFNumber() { return detail::gTagsKyoceraRaw.item(7); }
+const TagItem& detail::TagItemCatalogue15::itemKyoceraRawMaxAperture() { return detail::gTagsKyoceraRaw.item(8); }
+const TagItem& detail::TagItemCatalogue15::itemKyoceraRawFocalLength() { return detail::gTagsKyoceraRaw.item(9); }
+const TagItem& detail::TagItemCatalogue15::itemKyoceraRawLens() { return detail::gTagsKyoceraRaw.item(10); }
 
 const TagStrings& TagStringsCatalogue::stringsLNK() {
   return gStringsLNK.strings(&TagStringsCatalogue::stringTableLNK);
@@ -10805,52 +10811,52 @@ TagStringTable TagStringsCatalogue::stringTableLNK(ETLanguage language) {
   return gStringsLNK.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue15::allStreamsLNK() {
-  return gTagsLNK.all();
+  return detail::gTagsLNK.all();
 }
-const TagItem& detail::TagItemCatalogue15::itemLNKFillAttributes() { return gTagsLNK.item(0); }
-const TagItem& detail::TagItemCatalogue15::itemLNKPopupFillAttributes() { return gTagsLNK.item(1); }
-const TagItem& detail::TagItemCatalogue15::itemLNKScreenBufferSize() { return gTagsLNK.item(2); }
-const TagItem& detail::TagItemCatalogue15::itemLNKWindowSize() { return gTagsLNK.item(3); }
-const TagItem& detail::TagItemCatalogue15::itemLNKWindowOrigin() { return gTagsLNK.item(4); }
-const TagItem& detail::TagItemCatalogue15::itemLNKFontSize() { return gTagsLNK.item(5); }
-const TagItem& detail::TagItemCatalogue15::itemLNKFontFamily() { return gTagsLNK.item(6); }
-const TagItem& detail::TagItemCatalogue15::itemLNKFontWeight() { return gTagsLNK.item(7); }
-const TagItem& detail::TagItemCatalogue15::itemLNKFontName() { return gTagsLNK.item(8); }
-const TagItem& detail::TagItemCatalogue15::itemLNKCursorSize() { return gTagsLNK.item(9); }
-const TagItem& detail::TagItemCatalogue15::itemLNKFullScreen() { return gTagsLNK.item(10); }
-const TagItem& detail::TagItemCatalogue15::itemLNKQuickEdit() { return gTagsLNK.item(11); }
-const TagItem& detail::TagItemCatalogue15::itemLNKInsertMode() { return gTagsLNK.item(12); }
-const TagItem& detail::TagItemCatalogue15::itemLNKWindowOriginAuto() { return gTagsLNK.item(13); }
-const TagItem& detail::TagItemCatalogue15::itemLNKHistoryBufferSize() { return gTagsLNK.item(14); }
-const TagItem& detail::TagItemCatalogue15::itemLNKNumHistoryBuffers() { return gTagsLNK.item(15); }
-const TagItem& detail::TagItemCatalogue16::itemLNKRemoveHistoryDuplicates() { return gTagsLNK.item(16); }
-const TagItem& detail::TagItemCatalogue16::itemLNKCodePage() { return gTagsLNK.item(17); }
-const TagItem& detail::TagItemCatalogue16::itemLNKTargetFileDOSName() { return gTagsLNK.item(18); }
-const TagItem& detail::TagItemCatalogue16::itemLNKCommonNetworkRelLink() { return gTagsLNK.item(19); }
-const TagItem& detail::TagItemCatalogue16::itemLNKCommonPathSuffix() { return gTagsLNK.item(20); }
-const TagItem& detail::TagItemCatalogue16::itemLNKDeviceName() { return gTagsLNK.item(21); }
-const TagItem& detail::TagItemCatalogue16::itemLNKDriveSerialNumber() { return gTagsLNK.item(22); }
-const TagItem& detail::TagItemCatalogue16::itemLNKDriveType() { return gTagsLNK.item(23); }
-const TagItem& detail::TagItemCatalogue16::itemLNKLocalBasePath() { return gTagsLNK.item(24); }
-const TagItem& detail::TagItemCatalogue16::itemLNKNetName() { return gTagsLNK.item(25); }
-const TagItem& detail::TagItemCatalogue16::itemLNKNetProviderType() { return gTagsLNK.item(26); }
-const TagItem& detail::TagItemCatalogue16::itemLNKVolumeID() { return gTagsLNK.item(27); }
-const TagItem& detail::TagItemCatalogue16::itemLNKVolumeLabel() { return gTagsLNK.item(28); }
-const TagItem& detail::TagItemCatalogue16::itemLNKFlags() { return gTagsLNK.item(29); }
-const TagItem& detail::TagItemCatalogue16::itemLNKFileAttributes() { return gTagsLNK.item(30); }
-const TagItem& detail::TagItemCatalogue16::itemLNKCreateDate() { return gTagsLNK.item(31); }
-const TagItem& detail::TagItemCatalogue16::itemLNKAccessDate() { return gTagsLNK.item(32); }
-const TagItem& detail::TagItemCatalogue16::itemLNKModifyDate() { return gTagsLNK.item(33); }
-const TagItem& detail::TagItemCatalogue16::itemLNKTargetFileSize() { return gTagsLNK.item(34); }
-const TagItem& detail::TagItemCatalogue16::itemLNKIconIndex() { return gTagsLNK.item(35); }
-const TagItem& detail::TagItemCatalogue16::itemLNKRunWindow() { return gTagsLNK.item(36); }
-const TagItem& detail::TagItemCatalogue16::itemLNKHotKey() { return gTagsLNK.item(37); }
-const TagItem& detail::TagItemCatalogue16::itemLNKDescription() { return gTagsLNK.item(38); }
-const TagItem& detail::TagItemCatalogue16::itemLNKRelativePath() { return gTagsLNK.item(39); }
-const TagItem& detail::TagItemCatalogue16::itemLNKWorkingDirectory() { return gTagsLNK.item(40); }
-const TagItem& detail::TagItemCatalogue16::itemLNKCommandLineArguments() { return gTagsLNK.item(41); }
-const TagItem& detail::TagItemCatalogue16::itemLNKIconFileName() { return gTagsLNK.item(42); }
-const TagItem& detail::TagItemCatalogue16::itemLNKMachineID() { return gTagsLNK.item(43); }
+const TagItem& detail::TagItemCatalogue15::itemLNKFillAttributes() { return detail::gTagsLNK.item(0); }
+const TagItem& detail::TagItemCatalogue15::itemLNKPopupFillAttributes() { return detail::gTagsLNK.item(1); }
+const TagItem& detail::TagItemCatalogue15::itemLNKScreenBufferSize() { return detail::gTagsLNK.item(2); }
+const TagItem& detail::TagItemCatalogue15::itemLNKWindowSize() { return detail::gTagsLNK.item(3); }
+const TagItem& detail::TagItemCatalogue15::itemLNKWindowOrigin() { return detail::gTagsLNK.item(4); }
+const TagItem& detail::TagItemCatalogue15::itemLNKFontSize() { return detail::gTagsLNK.item(5); }
+const TagItem& detail::TagItemCatalogue15::itemLNKFontFamily() { return detail::gTagsLNK.item(6); }
+const TagItem& detail::TagItemCatalogue15::itemLNKFontWeight() { return detail::gTagsLNK.item(7); }
+const TagItem& detail::TagItemCatalogue15::itemLNKFontName() { return detail::gTagsLNK.item(8); }
+const TagItem& detail::TagItemCatalogue15::itemLNKCursorSize() { return detail::gTagsLNK.item(9); }
+const TagItem& detail::TagItemCatalogue15::itemLNKFullScreen() { return detail::gTagsLNK.item(10); }
+const TagItem& detail::TagItemCatalogue15::itemLNKQuickEdit() { return detail::gTagsLNK.item(11); }
+const TagItem& detail::TagItemCatalogue15::itemLNKInsertMode() { return detail::gTagsLNK.item(12); }
+const TagItem& detail::TagItemCatalogue15::itemLNKWindowOriginAuto() { return detail::gTagsLNK.item(13); }
+const TagItem& detail::TagItemCatalogue15::itemLNKHistoryBufferSize() { return detail::gTagsLNK.item(14); }
+const TagItem& detail::TagItemCatalogue15::itemLNKNumHistoryBuffers() { return detail::gTagsLNK.item(15); }
+const TagItem& detail::TagItemCatalogue16::itemLNKRemoveHistoryDuplicates() { return detail::gTagsLNK.item(16); }
+const TagItem& detail::TagItemCatalogue16::itemLNKCodePage() { return detail::gTagsLNK.item(17); }
+const TagItem& detail::TagItemCatalogue16::itemLNKTargetFileDOSName() { return detail::gTagsLNK.item(18); }
+const TagItem& detail::TagItemCatalogue16::itemLNKCommonNetworkRelLink() { return detail::gTagsLNK.item(19); }
+const TagItem& detail::TagItemCatalogue16::itemLNKCommonPathSuffix() { return detail::gTagsLNK.item(20); }
+const TagItem& detail::TagItemCatalogue16::itemLNKDeviceName() { return detail::gTagsLNK.item(21); }
+const TagItem& detail::TagItemCatalogue16::itemLNKDriveSerialNumber() { return detail::gTagsLNK.item(22); }
+const TagItem& detail::TagItemCatalogue16::itemLNKDriveType() { return detail::gTagsLNK.item(23); }
+const TagItem& detail::TagItemCatalogue16::itemLNKLocalBasePath() { return detail::gTagsLNK.item(24); }
+const TagItem& detail::TagItemCatalogue16::itemLNKNetName() { return detail::gTagsLNK.item(25); }
+const TagItem& detail::TagItemCatalogue16::itemLNKNetProviderType() { return detail::gTagsLNK.item(26); }
+const TagItem& detail::TagItemCatalogue16::itemLNKVolumeID() { return detail::gTagsLNK.item(27); }
+const TagItem& detail::TagItemCatalogue16::itemLNKVolumeLabel() { return detail::gTagsLNK.item(28); }
+const TagItem& detail::TagItemCatalogue16::itemLNKFlags() { return detail::gTagsLNK.item(29); }
+const TagItem& detail::TagItemCatalogue16::itemLNKFileAttributes() { return detail::gTagsLNK.item(30); }
+const TagItem& detail::TagItemCatalogue16::itemLNKCreateDate() { return detail::gTagsLNK.item(31); }
+const TagItem& detail::TagItemCatalogue16::itemLNKAccessDate() { return detail::gTagsLNK.item(32); }
+const TagItem& detail::TagItemCatalogue16::itemLNKModifyDate() { return detail::gTagsLNK.item(33); }
+const TagItem& detail::TagItemCatalogue16::itemLNKTargetFileSize() { return detail::gTagsLNK.item(34); }
+const TagItem& detail::TagItemCatalogue16::itemLNKIconIndex() { return detail::gTagsLNK.item(35); }
+const TagItem& detail::TagItemCatalogue16::itemLNKRunWindow() { return detail::gTagsLNK.item(36); }
+const TagItem& detail::TagItemCatalogue16::itemLNKHotKey() { return detail::gTagsLNK.item(37); }
+const TagItem& detail::TagItemCatalogue16::itemLNKDescription() { return detail::gTagsLNK.item(38); }
+const TagItem& detail::TagItemCatalogue16::itemLNKRelativePath() { return detail::gTagsLNK.item(39); }
+const TagItem& detail::TagItemCatalogue16::itemLNKWorkingDirectory() { return detail::gTagsLNK.item(40); }
+const TagItem& detail::TagItemCatalogue16::itemLNKCommandLineArguments() { return detail::gTagsLNK.item(41); }
+const TagItem& detail::TagItemCatalogue16::itemLNKIconFileName() { return detail::gTagsLNK.item(42); }
+const TagItem& detail::TagItemCatalogue16::itemLNKMachineID() { return detail::gTagsLNK.item(43); }
 
 const TagStrings& TagStringsCatalogue::stringsLeaf() {
   return gStringsLeaf.strings(&TagStringsCatalogue::stringTableLeaf);
@@ -10859,131 +10865,131 @@ TagStringTable TagStringsCatalogue::stringTableLeaf(ETLanguage language) {
   return gStringsLeaf.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue16::allStreamsLeaf() {
-  return gTagsLeaf.all();
+  return detail::gTagsLeaf.all();
 }
-const TagItem& detail::TagItemCatalogue16::itemLeafCameraBackType() { return gTagsLeaf.item(0); }
-const TagItem& detail::TagItemCatalogue16::itemLeafCameraName() { return gTagsLeaf.item(1); }
-const TagItem& detail::TagItemCatalogue16::itemLeafCameraType() { return gTagsLeaf.item(2); }
-const TagItem& detail::TagItemCatalogue16::itemLeafCameraProfileVersion() { return gTagsLeaf.item(3); }
-const TagItem& detail::TagItemCatalogue16::itemLeafISOSpeed() { return gTagsLeaf.item(4); }
-const TagItem& detail::TagItemCatalogue16::itemLeafCameraObjBackType() { return gTagsLeaf.item(5); }
-const TagItem& detail::TagItemCatalogue16::itemLeafLensID() { return gTagsLeaf.item(6); }
-const TagItem& detail::TagItemCatalogue16::itemLeafLensType() { return gTagsLeaf.item(7); }
-const TagItem& detail::TagItemCatalogue16::itemLeafCameraObjName() { return gTagsLeaf.item(8); }
-const TagItem& detail::TagItemCatalogue16::itemLeafStrobe() { return gTagsLeaf.item(9); }
-const TagItem& detail::TagItemCatalogue16::itemLeafCameraObjType() { return gTagsLeaf.item(10); }
-const TagItem& detail::TagItemCatalogue16::itemLeafCameraObjVersion() { return gTagsLeaf.item(11); }
-const TagItem& detail::TagItemCatalogue16::itemLeafCCDRect() { return gTagsLeaf.item(12); }
-const TagItem& detail::TagItemCatalogue16::itemLeafCCDValidRect() { return gTagsLeaf.item(13); }
-const TagItem& detail::TagItemCatalogue16::itemLeafCCDVideoRect() { return gTagsLeaf.item(14); }
-const TagItem& detail::TagItemCatalogue16::itemLeafCaptProfBackType() { return gTagsLeaf.item(15); }
-const TagItem& detail::TagItemCatalogue16::itemLeafCenterDarkRect() { return gTagsLeaf.item(16); }
-const TagItem& detail::TagItemCatalogue16::itemLeafColorAverages() { return gTagsLeaf.item(17); }
-const TagItem& detail::TagItemCatalogue16::itemLeafColorMatrix() { return gTagsLeaf.item(18); }
-const TagItem& detail::TagItemCatalogue16::itemLeafDarkCorrectionType() { return gTagsLeaf.item(19); }
-const TagItem& detail::TagItemCatalogue16::itemLeafImageBounds() { return gTagsLeaf.item(20); }
-const TagItem& detail::TagItemCatalogue16::itemLeafImageFields() { return gTagsLeaf.item(21); }
-const TagItem& detail::TagItemCatalogue16::itemLeafImageOffset() { return gTagsLeaf.item(22); }
-const TagItem& detail::TagItemCatalogue16::itemLeafLeftDarkRect() { return gTagsLeaf.item(23); }
-const TagItem& detail::TagItemCatalogue16::itemLeafLuminanceConsts() { return gTagsLeaf.item(24); }
-const TagItem& detail::TagItemCatalogue16::itemLeafMosaicPattern() { return gTagsLeaf.item(25); }
-const TagItem& detail::TagItemCatalogue16::itemLeafCaptProfName() { return gTagsLeaf.item(26); }
-const TagItem& detail::TagItemCatalogue16::itemLeafNumberOfPlanes() { return gTagsLeaf.item(27); }
-const TagItem& detail::TagItemCatalogue16::itemLeafRawDataRotation() { return gTagsLeaf.item(28); }
-const TagItem& detail::TagItemCatalogue16::itemLeafReconstructionType() { return gTagsLeaf.item(29); }
-const TagItem& detail::TagItemCatalogue16::itemLeafRightDarkRect() { return gTagsLeaf.item(30); }
-const TagItem& detail::TagItemCatalogue16::itemLeafCaptureSerial() { return gTagsLeaf.item(31); }
-const TagItem& detail::TagItemCatalogue16::itemLeafCaptProfType() { return gTagsLeaf.item(32); }
-const TagItem& detail::TagItemCatalogue16::itemLeafCaptProfVersion() { return gTagsLeaf.item(33); }
-const TagItem& detail::TagItemCatalogue16::itemLeafXYOffsetInfo() { return gTagsLeaf.item(34); }
-const TagItem& detail::TagItemCatalogue16::itemLeafMultiQuality() { return gTagsLeaf.item(35); }
-const TagItem& detail::TagItemCatalogue16::itemLeafCaptureObjBackType() { return gTagsLeaf.item(36); }
-const TagItem& detail::TagItemCatalogue16::itemLeafCaptureObjName() { return gTagsLeaf.item(37); }
-const TagItem& detail::TagItemCatalogue16::itemLeafSingleQuality() { return gTagsLeaf.item(38); }
-const TagItem& detail::TagItemCatalogue16::itemLeafCaptureObjType() { return gTagsLeaf.item(39); }
-const TagItem& detail::TagItemCatalogue16::itemLeafCaptureObjVersion() { return gTagsLeaf.item(40); }
-const TagItem& detail::TagItemCatalogue16::itemLeafColorObjBackType() { return gTagsLeaf.item(41); }
-const TagItem& detail::TagItemCatalogue16::itemLeafColorMode() { return gTagsLeaf.item(42); }
-const TagItem& detail::TagItemCatalogue16::itemLeafColorType() { return gTagsLeaf.item(43); }
-const TagItem& detail::TagItemCatalogue16::itemLeafHasICC() { return gTagsLeaf.item(44); }
-const TagItem& detail::TagItemCatalogue16::itemLeafInputProfile() { return gTagsLeaf.item(45); }
-const TagItem& detail::TagItemCatalogue16::itemLeafColorObjName() { return gTagsLeaf.item(46); }
-const TagItem& detail::TagItemCatalogue16::itemLeafOutputProfile() { return gTagsLeaf.item(47); }
-const TagItem& detail::TagItemCatalogue16::itemLeafColorObjType() { return gTagsLeaf.item(48); }
-const TagItem& detail::TagItemCatalogue16::itemLeafColorObjVersion() { return gTagsLeaf.item(49); }
-const TagItem& detail::TagItemCatalogue16::itemLeafImgProfBackType() { return gTagsLeaf.item(50); }
-const TagItem& detail::TagItemCatalogue16::itemLeafImageStatus() { return gTagsLeaf.item(51); }
-const TagItem& detail::TagItemCatalogue16::itemLeafImgProfName() { return gTagsLeaf.item(52); }
-const TagItem& detail::TagItemCatalogue16::itemLeafRotationAngle() { return gTagsLeaf.item(53); }
-const TagItem& detail::TagItemCatalogue16::itemLeafImgProfType() { return gTagsLeaf.item(54); }
-const TagItem& detail::TagItemCatalogue16::itemLeafImgProfVersion() { return gTagsLeaf.item(55); }
-const TagItem& detail::TagItemCatalogue16::itemLeafLookHeadBackType() { return gTagsLeaf.item(56); }
-const TagItem& detail::TagItemCatalogue16::itemLeafLookHeadName() { return gTagsLeaf.item(57); }
-const TagItem& detail::TagItemCatalogue16::itemLeafLookHeadType() { return gTagsLeaf.item(58); }
-const TagItem& detail::TagItemCatalogue16::itemLeafLookHeadVersion() { return gTagsLeaf.item(59); }
-const TagItem& detail::TagItemCatalogue16::itemLeafPreviewImage() { return gTagsLeaf.item(60); }
-const TagItem& detail::TagItemCatalogue16::itemLeafPreviewInfo() { return gTagsLeaf.item(61); }
-const TagItem& detail::TagItemCatalogue16::itemLeafPDAHistogram() { return gTagsLeaf.item(62); }
-const TagItem& detail::TagItemCatalogue16::itemLeafBackSerial() { return gTagsLeaf.item(63); }
-const TagItem& detail::TagItemCatalogue16::itemLeafToneMatrix() { return gTagsLeaf.item(64); }
-const TagItem& detail::TagItemCatalogue16::itemLeafToneSpaceFlow() { return gTagsLeaf.item(65); }
-const TagItem& detail::TagItemCatalogue16::itemLeafPatternAngle() { return gTagsLeaf.item(66); }
-const TagItem& detail::TagItemCatalogue16::itemLeafNeutObjBackType() { return gTagsLeaf.item(67); }
-const TagItem& detail::TagItemCatalogue16::itemLeafColorCasts() { return gTagsLeaf.item(68); }
-const TagItem& detail::TagItemCatalogue16::itemLeafHighlightEndPoints() { return gTagsLeaf.item(69); }
-const TagItem& detail::TagItemCatalogue16::itemLeafNeutObjName() { return gTagsLeaf.item(70); }
-const TagItem& detail::TagItemCatalogue16::itemLeafNeutrals() { return gTagsLeaf.item(71); }
-const TagItem& detail::TagItemCatalogue16::itemLeafShadowEndPoints() { return gTagsLeaf.item(72); }
-const TagItem& detail::TagItemCatalogue16::itemLeafNeutObjType() { return gTagsLeaf.item(73); }
-const TagItem& detail::TagItemCatalogue16::itemLeafNeutObjVersion() { return gTagsLeaf.item(74); }
-const TagItem& detail::TagItemCatalogue16::itemLeafSaveObjBackType() { return gTagsLeaf.item(75); }
-const TagItem& detail::TagItemCatalogue16::itemLeafLeafAutoActive() { return gTagsLeaf.item(76); }
-const TagItem& detail::TagItemCatalogue16::itemLeafLeafAutoBaseName() { return gTagsLeaf.item(77); }
-const TagItem& detail::TagItemCatalogue16::itemLeafLeafHotFolder() { return gTagsLeaf.item(78); }
-const TagItem& detail::TagItemCatalogue16::itemLeafLeafOpenProcHDR() { return gTagsLeaf.item(79); }
-const TagItem& detail::TagItemCatalogue16::itemLeafLeafOutputFileType() { return gTagsLeaf.item(80); }
-const TagItem& detail::TagItemCatalogue16::itemLeafLeafSaveSelection() { return gTagsLeaf.item(81); }
-const TagItem& detail::TagItemCatalogue16::itemLeafSaveObjName() { return gTagsLeaf.item(82); }
-const TagItem& detail::TagItemCatalogue16::itemLeafStdAutoActive() { return gTagsLeaf.item(83); }
-const TagItem& detail::TagItemCatalogue16::itemLeafStdBaseName() { return gTagsLeaf.item(84); }
-const TagItem& detail::TagItemCatalogue16::itemLeafStdHotFolder() { return gTagsLeaf.item(85); }
-const TagItem& detail::TagItemCatalogue16::itemLeafStdOpenInPhotoshop() { return gTagsLeaf.item(86); }
-const TagItem& detail::TagItemCatalogue16::itemLeafStdOutputBitDepth() { return gTagsLeaf.item(87); }
-const TagItem& detail::TagItemCatalogue16::itemLeafStdOutputColorMode() { return gTagsLeaf.item(88); }
-const TagItem& detail::TagItemCatalogue16::itemLeafStdOutputFileType() { return gTagsLeaf.item(89); }
-const TagItem& detail::TagItemCatalogue16::itemLeafStdOxygen() { return gTagsLeaf.item(90); }
-const TagItem& detail::TagItemCatalogue16::itemLeafStdSaveSelection() { return gTagsLeaf.item(91); }
-const TagItem& detail::TagItemCatalogue16::itemLeafStdScaledOutput() { return gTagsLeaf.item(92); }
-const TagItem& detail::TagItemCatalogue16::itemLeafStdSharpenOutput() { return gTagsLeaf.item(93); }
-const TagItem& detail::TagItemCatalogue16::itemLeafSaveObjType() { return gTagsLeaf.item(94); }
-const TagItem& detail::TagItemCatalogue16::itemLeafSaveObjVersion() { return gTagsLeaf.item(95); }
-const TagItem& detail::TagItemCatalogue16::itemLeafSelObjBackType() { return gTagsLeaf.item(96); }
-const TagItem& detail::TagItemCatalogue16::itemLeafLocks() { return gTagsLeaf.item(97); }
-const TagItem& detail::TagItemCatalogue16::itemLeafSelObjName() { return gTagsLeaf.item(98); }
-const TagItem& detail::TagItemCatalogue16::itemLeafOrientation() { return gTagsLeaf.item(99); }
-const TagItem& detail::TagItemCatalogue16::itemLeafRect() { return gTagsLeaf.item(100); }
-const TagItem& detail::TagItemCatalogue16::itemLeafResolution() { return gTagsLeaf.item(101); }
-const TagItem& detail::TagItemCatalogue16::itemLeafScale() { return gTagsLeaf.item(102); }
-const TagItem& detail::TagItemCatalogue16::itemLeafSelObjType() { return gTagsLeaf.item(103); }
-const TagItem& detail::TagItemCatalogue16::itemLeafSelObjVersion() { return gTagsLeaf.item(104); }
-const TagItem& detail::TagItemCatalogue16::itemLeafSharpObjBackType() { return gTagsLeaf.item(105); }
-const TagItem& detail::TagItemCatalogue16::itemLeafDataLen() { return gTagsLeaf.item(106); }
-const TagItem& detail::TagItemCatalogue16::itemLeafSharpObjName() { return gTagsLeaf.item(107); }
-const TagItem& detail::TagItemCatalogue16::itemLeafSharpInfo() { return gTagsLeaf.item(108); }
-const TagItem& detail::TagItemCatalogue16::itemLeafSharpMethod() { return gTagsLeaf.item(109); }
-const TagItem& detail::TagItemCatalogue16::itemLeafSharpObjType() { return gTagsLeaf.item(110); }
-const TagItem& detail::TagItemCatalogue16::itemLeafSharpObjVersion() { return gTagsLeaf.item(111); }
-const TagItem& detail::TagItemCatalogue16::itemLeafShootObjBackType() { return gTagsLeaf.item(112); }
-const TagItem& detail::TagItemCatalogue16::itemLeafShootObjName() { return gTagsLeaf.item(113); }
-const TagItem& detail::TagItemCatalogue16::itemLeafShootObjType() { return gTagsLeaf.item(114); }
-const TagItem& detail::TagItemCatalogue16::itemLeafShootObjVersion() { return gTagsLeaf.item(115); }
-const TagItem& detail::TagItemCatalogue16::itemLeafToneObjBackType() { return gTagsLeaf.item(116); }
-const TagItem& detail::TagItemCatalogue16::itemLeafGamma() { return gTagsLeaf.item(117); }
-const TagItem& detail::TagItemCatalogue16::itemLeafToneObjName() { return gTagsLeaf.item(118); }
-const TagItem& detail::TagItemCatalogue16::itemLeafNpts() { return gTagsLeaf.item(119); }
-const TagItem& detail::TagItemCatalogue16::itemLeafTones() { return gTagsLeaf.item(120); }
-const TagItem& detail::TagItemCatalogue16::itemLeafToneObjType() { return gTagsLeaf.item(121); }
-const TagItem& detail::TagItemCatalogue16::itemLeafToneObjVersion() { return gTagsLeaf.item(122); }
+const TagItem& detail::TagItemCatalogue16::itemLeafCameraBackType() { return detail::gTagsLeaf.item(0); }
+const TagItem& detail::TagItemCatalogue16::itemLeafCameraName() { return detail::gTagsLeaf.item(1); }
+const TagItem& detail::TagItemCatalogue16::itemLeafCameraType() { return detail::gTagsLeaf.item(2); }
+const TagItem& detail::TagItemCatalogue16::itemLeafCameraProfileVersion() { return detail::gTagsLeaf.item(3); }
+const TagItem& detail::TagItemCatalogue16::itemLeafISOSpeed() { return detail::gTagsLeaf.item(4); }
+const TagItem& detail::TagItemCatalogue16::itemLeafCameraObjBackType() { return detail::gTagsLeaf.item(5); }
+const TagItem& detail::TagItemCatalogue16::itemLeafLensID() { return detail::gTagsLeaf.item(6); }
+const TagItem& detail::TagItemCatalogue16::itemLeafLensType() { return detail::gTagsLeaf.item(7); }
+const TagItem& detail::TagItemCatalogue16::itemLeafCameraObjName() { return detail::gTagsLeaf.item(8); }
+const TagItem& detail::TagItemCatalogue16::itemLeafStrobe() { return detail::gTagsLeaf.item(9); }
+const TagItem& detail::TagItemCatalogue16::itemLeafCameraObjType() { return detail::gTagsLeaf.item(10); }
+const TagItem& detail::TagItemCatalogue16::itemLeafCameraObjVersion() { return detail::gTagsLeaf.item(11); }
+const TagItem& detail::TagItemCatalogue16::itemLeafCCDRect() { return detail::gTagsLeaf.item(12); }
+const TagItem& detail::TagItemCatalogue16::itemLeafCCDValidRect() { return detail::gTagsLeaf.item(13); }
+const TagItem& detail::TagItemCatalogue16::itemLeafCCDVideoRect() { return detail::gTagsLeaf.item(14); }
+const TagItem& detail::TagItemCatalogue16::itemLeafCaptProfBackType() { return detail::gTagsLeaf.item(15); }
+const TagItem& detail::TagItemCatalogue16::itemLeafCenterDarkRect() { return detail::gTagsLeaf.item(16); }
+const TagItem& detail::TagItemCatalogue16::itemLeafColorAverages() { return detail::gTagsLeaf.item(17); }
+const TagItem& detail::TagItemCatalogue16::itemLeafColorMatrix() { return detail::gTagsLeaf.item(18); }
+const TagItem& detail::TagItemCatalogue16::itemLeafDarkCorrectionType() { return detail::gTagsLeaf.item(19); }
+const TagItem& detail::TagItemCatalogue16::itemLeafImageBounds() { return detail::gTagsLeaf.item(20); }
+const TagItem& detail::TagItemCatalogue16::itemLeafImageFields() { return detail::gTagsLeaf.item(21); }
+const TagItem& detail::TagItemCatalogue16::itemLeafImageOffset() { return detail::gTagsLeaf.item(22); }
+const TagItem& detail::TagItemCatalogue16::itemLeafLeftDarkRect() { return detail::gTagsLeaf.item(23); }
+const TagItem& detail::TagItemCatalogue16::itemLeafLuminanceConsts() { return detail::gTagsLeaf.item(24); }
+const TagItem& detail::TagItemCatalogue16::itemLeafMosaicPattern() { return detail::gTagsLeaf.item(25); }
+const TagItem& detail::TagItemCatalogue16::itemLeafCaptProfName() { return detail::gTagsLeaf.item(26); }
+const TagItem& detail::TagItemCatalogue16::itemLeafNumberOfPlanes() { return detail::gTagsLeaf.item(27); }
+const TagItem& detail::TagItemCatalogue16::itemLeafRawDataRotation() { return detail::gTagsLeaf.item(28); }
+const TagItem& detail::TagItemCatalogue16::itemLeafReconstructionType() { return detail::gTagsLeaf.item(29); }
+const TagItem& detail::TagItemCatalogue16::itemLeafRightDarkRect() { return detail::gTagsLeaf.item(30); }
+const TagItem& detail::TagItemCatalogue16::itemLeafCaptureSerial() { return detail::gTagsLeaf.item(31); }
+const TagItem& detail::TagItemCatalogue16::itemLeafCaptProfType() { return detail::gTagsLeaf.item(32); }
+const TagItem& detail::TagItemCatalogue16::itemLeafCaptProfVersion() { return detail::gTagsLeaf.item(33); }
+const TagItem& detail::TagItemCatalogue16::itemLeafXYOffsetInfo() { return detail::gTagsLeaf.item(34); }
+const TagItem& detail::TagItemCatalogue16::itemLeafMultiQuality() { return detail::gTagsLeaf.item(35); }
+const TagItem& detail::TagItemCatalogue16::itemLeafCaptureObjBackType() { return detail::gTagsLeaf.item(36); }
+const TagItem& detail::TagItemCatalogue16::itemLeafCaptureObjName() { return detail::gTagsLeaf.item(37); }
+const TagItem& detail::TagItemCatalogue16::itemLeafSingleQuality() { return detail::gTagsLeaf.item(38); }
+const TagItem& detail::TagItemCatalogue16::itemLeafCaptureObjType() { return detail::gTagsLeaf.item(39); }
+const TagItem& detail::TagItemCatalogue16::itemLeafCaptureObjVersion() { return detail::gTagsLeaf.item(40); }
+const TagItem& detail::TagItemCatalogue16::itemLeafColorObjBackType() { return detail::gTagsLeaf.item(41); }
+const TagItem& detail::TagItemCatalogue16::itemLeafColorMode() { return detail::gTagsLeaf.item(42); }
+const TagItem& detail::TagItemCatalogue16::itemLeafColorType() { return detail::gTagsLeaf.item(43); }
+const TagItem& detail::TagItemCatalogue16::itemLeafHasICC() { return detail::gTagsLeaf.item(44); }
+const TagItem& detail::TagItemCatalogue16::itemLeafInputProfile() { return detail::gTagsLeaf.item(45); }
+const TagItem& detail::TagItemCatalogue16::itemLeafColorObjName() { return detail::gTagsLeaf.item(46); }
+const TagItem& detail::TagItemCatalogue16::itemLeafOutputProfile() { return detail::gTagsLeaf.item(47); }
+const TagItem& detail::TagItemCatalogue16::itemLeafColorObjType() { return detail::gTagsLeaf.item(48); }
+const TagItem& detail::TagItemCatalogue16::itemLeafColorObjVersion() { return detail::gTagsLeaf.item(49); }
+const TagItem& detail::TagItemCatalogue16::itemLeafImgProfBackType() { return detail::gTagsLeaf.item(50); }
+const TagItem& detail::TagItemCatalogue16::itemLeafImageStatus() { return detail::gTagsLeaf.item(51); }
+const TagItem& detail::TagItemCatalogue16::itemLeafImgProfName() { return detail::gTagsLeaf.item(52); }
+const TagItem& detail::TagItemCatalogue16::itemLeafRotationAngle() { return detail::gTagsLeaf.item(53); }
+const TagItem& detail::TagItemCatalogue16::itemLeafImgProfType() { return detail::gTagsLeaf.item(54); }
+const TagItem& detail::TagItemCatalogue16::itemLeafImgProfVersion() { return detail::gTagsLeaf.item(55); }
+const TagItem& detail::TagItemCatalogue16::itemLeafLookHeadBackType() { return detail::gTagsLeaf.item(56); }
+const TagItem& detail::TagItemCatalogue16::itemLeafLookHeadName() { return detail::gTagsLeaf.item(57); }
+const TagItem& detail::TagItemCatalogue16::itemLeafLookHeadType() { return detail::gTagsLeaf.item(58); }
+const TagItem& detail::TagItemCatalogue16::itemLeafLookHeadVersion() { return detail::gTagsLeaf.item(59); }
+const TagItem& detail::TagItemCatalogue16::itemLeafPreviewImage() { return detail::gTagsLeaf.item(60); }
+const TagItem& detail::TagItemCatalogue16::itemLeafPreviewInfo() { return detail::gTagsLeaf.item(61); }
+const TagItem& detail::TagItemCatalogue16::itemLeafPDAHistogram() { return detail::gTagsLeaf.item(62); }
+const TagItem& detail::TagItemCatalogue16::itemLeafBackSerial() { return detail::gTagsLeaf.item(63); }
+const TagItem& detail::TagItemCatalogue16::itemLeafToneMatrix() { return detail::gTagsLeaf.item(64); }
+const TagItem& detail::TagItemCatalogue16::itemLeafToneSpaceFlow() { return detail::gTagsLeaf.item(65); }
+const TagItem& detail::TagItemCatalogue16::itemLeafPatternAngle() { return detail::gTagsLeaf.item(66); }
+const TagItem& detail::TagItemCatalogue16::itemLeafNeutObjBackType() { return detail::gTagsLeaf.item(67); }
+const TagItem& detail::TagItemCatalogue16::itemLeafColorCasts() { return detail::gTagsLeaf.item(68); }
+const TagItem& detail::TagItemCatalogue16::itemLeafHighlightEndPoints() { return detail::gTagsLeaf.item(69); }
+const TagItem& detail::TagItemCatalogue16::itemLeafNeutObjName() { return detail::gTagsLeaf.item(70); }
+const TagItem& detail::TagItemCatalogue16::itemLeafNeutrals() { return detail::gTagsLeaf.item(71); }
+const TagItem& detail::TagItemCatalogue16::itemLeafShadowEndPoints() { return detail::gTagsLeaf.item(72); }
+const TagItem& detail::TagItemCatalogue16::itemLeafNeutObjType() { return detail::gTagsLeaf.item(73); }
+const TagItem& detail::TagItemCatalogue16::itemLeafNeutObjVersion() { return detail::gTagsLeaf.item(74); }
+const TagItem& detail::TagItemCatalogue16::itemLeafSaveObjBackType() { return detail::gTagsLeaf.item(75); }
+const TagItem& detail::TagItemCatalogue16::itemLeafLeafAutoActive() { return detail::gTagsLeaf.item(76); }
+const TagItem& detail::TagItemCatalogue16::itemLeafLeafAutoBaseName() { return detail::gTagsLeaf.item(77); }
+const TagItem& detail::TagItemCatalogue16::itemLeafLeafHotFolder() { return detail::gTagsLeaf.item(78); }
+const TagItem& detail::TagItemCatalogue16::itemLeafLeafOpenProcHDR() { return detail::gTagsLeaf.item(79); }
+const TagItem& detail::TagItemCatalogue16::itemLeafLeafOutputFileType() { return detail::gTagsLeaf.item(80); }
+const TagItem& detail::TagItemCatalogue16::itemLeafLeafSaveSelection() { return detail::gTagsLeaf.item(81); }
+const TagItem& detail::TagItemCatalogue16::itemLeafSaveObjName() { return detail::gTagsLeaf.item(82); }
+const TagItem& detail::TagItemCatalogue16::itemLeafStdAutoActive() { return detail::gTagsLeaf.item(83); }
+const TagItem& detail::TagItemCatalogue16::itemLeafStdBaseName() { return detail::gTagsLeaf.item(84); }
+const TagItem& detail::TagItemCatalogue16::itemLeafStdHotFolder() { return detail::gTagsLeaf.item(85); }
+const TagItem& detail::TagItemCatalogue16::itemLeafStdOpenInPhotoshop() { return detail::gTagsLeaf.item(86); }
+const TagItem& detail::TagItemCatalogue16::itemLeafStdOutputBitDepth() { return detail::gTagsLeaf.item(87); }
+const TagItem& detail::TagItemCatalogue16::itemLeafStdOutputColorMode() { return detail::gTagsLeaf.item(88); }
+const TagItem& detail::TagItemCatalogue16::itemLeafStdOutputFileType() { return detail::gTagsLeaf.item(89); }
+const TagItem& detail::TagItemCatalogue16::itemLeafStdOxygen() { return detail::gTagsLeaf.item(90); }
+const TagItem& detail::TagItemCatalogue16::itemLeafStdSaveSelection() { return detail::gTagsLeaf.item(91); }
+const TagItem& detail::TagItemCatalogue16::itemLeafStdScaledOutput() { return detail::gTagsLeaf.item(92); }
+const TagItem& detail::TagItemCatalogue16::itemLeafStdSharpenOutput() { return detail::gTagsLeaf.item(93); }
+const TagItem& detail::TagItemCatalogue16::itemLeafSaveObjType() { return detail::gTagsLeaf.item(94); }
+const TagItem& detail::TagItemCatalogue16::itemLeafSaveObjVersion() { return detail::gTagsLeaf.item(95); }
+const TagItem& detail::TagItemCatalogue16::itemLeafSelObjBackType() { return detail::gTagsLeaf.item(96); }
+const TagItem& detail::TagItemCatalogue16::itemLeafLocks() { return detail::gTagsLeaf.item(97); }
+const TagItem& detail::TagItemCatalogue16::itemLeafSelObjName() { return detail::gTagsLeaf.item(98); }
+const TagItem& detail::TagItemCatalogue16::itemLeafOrientation() { return detail::gTagsLeaf.item(99); }
+const TagItem& detail::TagItemCatalogue16::itemLeafRect() { return detail::gTagsLeaf.item(100); }
+const TagItem& detail::TagItemCatalogue16::itemLeafResolution() { return detail::gTagsLeaf.item(101); }
+const TagItem& detail::TagItemCatalogue16::itemLeafScale() { return detail::gTagsLeaf.item(102); }
+const TagItem& detail::TagItemCatalogue16::itemLeafSelObjType() { return detail::gTagsLeaf.item(103); }
+const TagItem& detail::TagItemCatalogue16::itemLeafSelObjVersion() { return detail::gTagsLeaf.item(104); }
+const TagItem& detail::TagItemCatalogue16::itemLeafSharpObjBackType() { return detail::gTagsLeaf.item(105); }
+const TagItem& detail::TagItemCatalogue16::itemLeafDataLen() { return detail::gTagsLeaf.item(106); }
+const TagItem& detail::TagItemCatalogue16::itemLeafSharpObjName() { return detail::gTagsLeaf.item(107); }
+const TagItem& detail::TagItemCatalogue16::itemLeafSharpInfo() { return detail::gTagsLeaf.item(108); }
+const TagItem& detail::TagItemCatalogue16::itemLeafSharpMethod() { return detail::gTagsLeaf.item(109); }
+const TagItem& detail::TagItemCatalogue16::itemLeafSharpObjType() { return detail::gTagsLeaf.item(110); }
+const TagItem& detail::TagItemCatalogue16::itemLeafSharpObjVersion() { return detail::gTagsLeaf.item(111); }
+const TagItem& detail::TagItemCatalogue16::itemLeafShootObjBackType() { return detail::gTagsLeaf.item(112); }
+const TagItem& detail::TagItemCatalogue16::itemLeafShootObjName() { return detail::gTagsLeaf.item(113); }
+const TagItem& detail::TagItemCatalogue16::itemLeafShootObjType() { return detail::gTagsLeaf.item(114); }
+const TagItem& detail::TagItemCatalogue16::itemLeafShootObjVersion() { return detail::gTagsLeaf.item(115); }
+const TagItem& detail::TagItemCatalogue16::itemLeafToneObjBackType() { return detail::gTagsLeaf.item(116); }
+const TagItem& detail::TagItemCatalogue16::itemLeafGamma() { return detail::gTagsLeaf.item(117); }
+const TagItem& detail::TagItemCatalogue16::itemLeafToneObjName() { return detail::gTagsLeaf.item(118); }
+const TagItem& detail::TagItemCatalogue16::itemLeafNpts() { return detail::gTagsLeaf.item(119); }
+const TagItem& detail::TagItemCatalogue16::itemLeafTones() { return detail::gTagsLeaf.item(120); }
+const TagItem& detail::TagItemCatalogue16::itemLeafToneObjType() { return detail::gTagsLeaf.item(121); }
+const TagItem& detail::TagItemCatalogue16::itemLeafToneObjVersion() { return detail::gTagsLeaf.item(122); }
 
 const TagStrings& TagStringsCatalogue::stringsLeica() {
   return gStringsLeica.strings(&TagStringsCatalogue::stringTableLeica);
@@ -10992,54 +10998,54 @@ TagStringTable TagStringsCatalogue::stringTableLeica(ETLanguage language) {
   return gStringsLeica.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue16::allStreamsLeica() {
-  return gTagsLeica.all();
+  return detail::gTagsLeica.all();
 }
-const TagItem& detail::TagItemCatalogue16::itemLeicaLensType() { return gTagsLeica.item(0); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaFocusDistance() { return gTagsLeica.item(1); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaFocalLength() { return gTagsLeica.item(2); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaQuality() { return gTagsLeica.item(3); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaUserProfile() { return gTagsLeica.item(4); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaSerialNumber() { return gTagsLeica.item(5); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaWhiteBalance() { return gTagsLeica.item(6); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaExternalSensorBrightnessValue() { return gTagsLeica.item(7); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaMeasuredLV() { return gTagsLeica.item(8); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaApproximateFNumber() { return gTagsLeica.item(9); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaCameraTemperature() { return gTagsLeica.item(10); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaColorTemperature() { return gTagsLeica.item(11); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaWBRedLevel() { return gTagsLeica.item(12); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaWBGreenLevel() { return gTagsLeica.item(13); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaWBBlueLevel() { return gTagsLeica.item(14); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaUV_IRFilterCorrection() { return gTagsLeica.item(15); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaCCDVersion() { return gTagsLeica.item(16); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaCCDBoardVersion() { return gTagsLeica.item(17); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaControllerBoardVersion() { return gTagsLeica.item(18); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaM16CVersion() { return gTagsLeica.item(19); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaImageIDNumber() { return gTagsLeica.item(20); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaWB_RGBLevels() { return gTagsLeica.item(21); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaOriginalFileName() { return gTagsLeica.item(22); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaOriginalDirectory() { return gTagsLeica.item(23); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaExposureMode() { return gTagsLeica.item(24); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaFilmMode() { return gTagsLeica.item(25); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaInternalSerialNumber() { return gTagsLeica.item(26); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaPreviewImage() { return gTagsLeica.item(27); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaUnknownBlock() { return gTagsLeica.item(28); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaFirmwareVersion() { return gTagsLeica.item(29); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaLensSerialNumber() { return gTagsLeica.item(30); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaISOSelected() { return gTagsLeica.item(31); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaFNumber() { return gTagsLeica.item(32); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaCorrelatedColorTemp() { return gTagsLeica.item(33); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaColorTint() { return gTagsLeica.item(34); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaWhitePoint() { return gTagsLeica.item(35); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaFileIndex() { return gTagsLeica.item(36); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaContrast() { return gTagsLeica.item(37); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaSharpening() { return gTagsLeica.item(38); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaSaturation() { return gTagsLeica.item(39); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaJPEGQuality() { return gTagsLeica.item(40); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaJPEGSize() { return gTagsLeica.item(41); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaBaseISO() { return gTagsLeica.item(42); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaSensorWidth() { return gTagsLeica.item(43); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaSensorHeight() { return gTagsLeica.item(44); }
-const TagItem& detail::TagItemCatalogue16::itemLeicaSensorBitDepth() { return gTagsLeica.item(45); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaLensType() { return detail::gTagsLeica.item(0); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaFocusDistance() { return detail::gTagsLeica.item(1); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaFocalLength() { return detail::gTagsLeica.item(2); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaQuality() { return detail::gTagsLeica.item(3); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaUserProfile() { return detail::gTagsLeica.item(4); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaSerialNumber() { return detail::gTagsLeica.item(5); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaWhiteBalance() { return detail::gTagsLeica.item(6); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaExternalSensorBrightnessValue() { return detail::gTagsLeica.item(7); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaMeasuredLV() { return detail::gTagsLeica.item(8); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaApproximateFNumber() { return detail::gTagsLeica.item(9); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaCameraTemperature() { return detail::gTagsLeica.item(10); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaColorTemperature() { return detail::gTagsLeica.item(11); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaWBRedLevel() { return detail::gTagsLeica.item(12); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaWBGreenLevel() { return detail::gTagsLeica.item(13); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaWBBlueLevel() { return detail::gTagsLeica.item(14); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaUV_IRFilterCorrection() { return detail::gTagsLeica.item(15); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaCCDVersion() { return detail::gTagsLeica.item(16); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaCCDBoardVersion() { return detail::gTagsLeica.item(17); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaControllerBoardVersion() { return detail::gTagsLeica.item(18); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaM16CVersion() { return detail::gTagsLeica.item(19); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaImageIDNumber() { return detail::gTagsLeica.item(20); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaWB_RGBLevels() { return detail::gTagsLeica.item(21); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaOriginalFileName() { return detail::gTagsLeica.item(22); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaOriginalDirectory() { return detail::gTagsLeica.item(23); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaExposureMode() { return detail::gTagsLeica.item(24); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaFilmMode() { return detail::gTagsLeica.item(25); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaInternalSerialNumber() { return detail::gTagsLeica.item(26); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaPreviewImage() { return detail::gTagsLeica.item(27); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaUnknownBlock() { return detail::gTagsLeica.item(28); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaFirmwareVersion() { return detail::gTagsLeica.item(29); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaLensSerialNumber() { return detail::gTagsLeica.item(30); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaISOSelected() { return detail::gTagsLeica.item(31); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaFNumber() { return detail::gTagsLeica.item(32); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaCorrelatedColorTemp() { return detail::gTagsLeica.item(33); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaColorTint() { return detail::gTagsLeica.item(34); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaWhitePoint() { return detail::gTagsLeica.item(35); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaFileIndex() { return detail::gTagsLeica.item(36); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaContrast() { return detail::gTagsLeica.item(37); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaSharpening() { return detail::gTagsLeica.item(38); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaSaturation() { return detail::gTagsLeica.item(39); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaJPEGQuality() { return detail::gTagsLeica.item(40); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaJPEGSize() { return detail::gTagsLeica.item(41); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaBaseISO() { return detail::gTagsLeica.item(42); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaSensorWidth() { return detail::gTagsLeica.item(43); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaSensorHeight() { return detail::gTagsLeica.item(44); }
+const TagItem& detail::TagItemCatalogue16::itemLeicaSensorBitDepth() { return detail::gTagsLeica.item(45); }
 
 const TagStrings& TagStringsCatalogue::stringsLytro() {
   return gStringsLytro.strings(&TagStringsCatalogue::stringTableLytro);
@@ -11048,32 +11054,32 @@ TagStringTable TagStringsCatalogue::stringTableLytro(ETLanguage language) {
   return gStringsLytro.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue16::allStreamsLytro() {
-  return gTagsLytro.all();
+  return detail::gTagsLytro.all();
 }
-const TagItem& detail::TagItemCatalogue16::itemLytroFirmwareVersion() { return gTagsLytro.item(0); }
-const TagItem& detail::TagItemCatalogue16::itemLytroMake() { return gTagsLytro.item(1); }
-const TagItem& detail::TagItemCatalogue16::itemLytroModel() { return gTagsLytro.item(2); }
-const TagItem& detail::TagItemCatalogue16::itemLytroSerialNumber() { return gTagsLytro.item(3); }
-const TagItem& detail::TagItemCatalogue16::itemLytroAccelerometerTime() { return gTagsLytro.item(4); }
-const TagItem& detail::TagItemCatalogue16::itemLytroAccelerometerX() { return gTagsLytro.item(5); }
-const TagItem& detail::TagItemCatalogue16::itemLytroAccelerometerY() { return gTagsLytro.item(6); }
-const TagItem& detail::TagItemCatalogue16::itemLytroAccelerometerZ() { return gTagsLytro.item(7); }
-const TagItem& detail::TagItemCatalogue16::itemLytroDateTimeOriginal() { return gTagsLytro.item(8); }
-const TagItem& detail::TagItemCatalogue16::itemLytroFNumber() { return gTagsLytro.item(9); }
-const TagItem& detail::TagItemCatalogue16::itemLytroFocalLength() { return gTagsLytro.item(10); }
-const TagItem& detail::TagItemCatalogue16::itemLytroLensTemperature() { return gTagsLytro.item(11); }
-const TagItem& detail::TagItemCatalogue16::itemLytroISO() { return gTagsLytro.item(12); }
-const TagItem& detail::TagItemCatalogue16::itemLytroFocalPlaneXResolution() { return gTagsLytro.item(13); }
-const TagItem& detail::TagItemCatalogue16::itemLytroSensorSerialNumber() { return gTagsLytro.item(14); }
-const TagItem& detail::TagItemCatalogue16::itemLytroFrameExposureTime() { return gTagsLytro.item(15); }
-const TagItem& detail::TagItemCatalogue16::itemLytroExposureTime() { return gTagsLytro.item(16); }
-const TagItem& detail::TagItemCatalogue16::itemLytroSocTemperature() { return gTagsLytro.item(17); }
-const TagItem& detail::TagItemCatalogue16::itemLytroEmbeddedImage() { return gTagsLytro.item(18); }
-const TagItem& detail::TagItemCatalogue16::itemLytroImageLimitExposureBias() { return gTagsLytro.item(19); }
-const TagItem& detail::TagItemCatalogue16::itemLytroImageModulationExposureBias() { return gTagsLytro.item(20); }
-const TagItem& detail::TagItemCatalogue16::itemLytroOrientation() { return gTagsLytro.item(21); }
-const TagItem& detail::TagItemCatalogue16::itemLytroJSONMetadata() { return gTagsLytro.item(22); }
-const TagItem& detail::TagItemCatalogue16::itemLytroCameraType() { return gTagsLytro.item(23); }
+const TagItem& detail::TagItemCatalogue16::itemLytroFirmwareVersion() { return detail::gTagsLytro.item(0); }
+const TagItem& detail::TagItemCatalogue16::itemLytroMake() { return detail::gTagsLytro.item(1); }
+const TagItem& detail::TagItemCatalogue16::itemLytroModel() { return detail::gTagsLytro.item(2); }
+const TagItem& detail::TagItemCatalogue16::itemLytroSerialNumber() { return detail::gTagsLytro.item(3); }
+const TagItem& detail::TagItemCatalogue16::itemLytroAccelerometerTime() { return detail::gTagsLytro.item(4); }
+const TagItem& detail::TagItemCatalogue16::itemLytroAccelerometerX() { return detail::gTagsLytro.item(5); }
+const TagItem& detail::TagItemCatalogue16::itemLytroAccelerometerY() { return detail::gTagsLytro.item(6); }
+const TagItem& detail::TagItemCatalogue16::itemLytroAccelerometerZ() { return detail::gTagsLytro.item(7); }
+const TagItem& detail::TagItemCatalogue16::itemLytroDateTimeOriginal() { return detail::gTagsLytro.item(8); }
+const TagItem& detail::TagItemCatalogue16::itemLytroFNumber() { return detail::gTagsLytro.item(9); }
+const TagItem& detail::TagItemCatalogue16::itemLytroFocalLength() { return detail::gTagsLytro.item(10); }
+const TagItem& detail::TagItemCatalogue16::itemLytroLensTemperature() { return detail::gTagsLytro.item(11); }
+const TagItem& detail::TagItemCatalogue16::itemLytroISO() { return detail::gTagsLytro.item(12); }
+const TagItem& detail::TagItemCatalogue16::itemLytroFocalPlaneXResolution() { return detail::gTagsLytro.item(13); }
+const TagItem& detail::TagItemCatalogue16::itemLytroSensorSerialNumber() { return detail::gTagsLytro.item(14); }
+const TagItem& detail::TagItemCatalogue16::itemLytroFrameExposureTime() { return detail::gTagsLytro.item(15); }
+const TagItem& detail::TagItemCatalogue16::itemLytroExposureTime() { return detail::gTagsLytro.item(16); }
+const TagItem& detail::TagItemCatalogue16::itemLytroSocTemperature() { return detail::gTagsLytro.item(17); }
+const TagItem& detail::TagItemCatalogue16::itemLytroEmbeddedImage() { return detail::gTagsLytro.item(18); }
+const TagItem& detail::TagItemCatalogue16::itemLytroImageLimitExposureBias() { return detail::gTagsLytro.item(19); }
+const TagItem& detail::TagItemCatalogue16::itemLytroImageModulationExposureBias() { return detail::gTagsLytro.item(20); }
+const TagItem& detail::TagItemCatalogue16::itemLytroOrientation() { return detail::gTagsLytro.item(21); }
+const TagItem& detail::TagItemCatalogue16::itemLytroJSONMetadata() { return detail::gTagsLytro.item(22); }
+const TagItem& detail::TagItemCatalogue16::itemLytroCameraType() { return detail::gTagsLytro.item(23); }
 
 const TagStrings& TagStringsCatalogue::stringsM2TS() {
   return gStringsM2TS.strings(&TagStringsCatalogue::stringTableM2TS);
@@ -11082,15 +11088,15 @@ TagStringTable TagStringsCatalogue::stringTableM2TS(ETLanguage language) {
   return gStringsM2TS.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue16::allStreamsM2TS() {
-  return gTagsM2TS.all();
+  return detail::gTagsM2TS.all();
 }
-const TagItem& detail::TagItemCatalogue16::itemM2TSAudioBitrate() { return gTagsM2TS.item(0); }
-const TagItem& detail::TagItemCatalogue16::itemM2TSAudioChannels() { return gTagsM2TS.item(1); }
-const TagItem& detail::TagItemCatalogue16::itemM2TSAudioSampleRate() { return gTagsM2TS.item(2); }
-const TagItem& detail::TagItemCatalogue16::itemM2TSSurroundMode() { return gTagsM2TS.item(3); }
-const TagItem& detail::TagItemCatalogue16::itemM2TSAudioStreamType() { return gTagsM2TS.item(4); }
-const TagItem& detail::TagItemCatalogue16::itemM2TSDuration() { return gTagsM2TS.item(5); }
-const TagItem& detail::TagItemCatalogue16::itemM2TSVideoStreamType() { return gTagsM2TS.item(6); }
+const TagItem& detail::TagItemCatalogue16::itemM2TSAudioBitrate() { return detail::gTagsM2TS.item(0); }
+const TagItem& detail::TagItemCatalogue16::itemM2TSAudioChannels() { return detail::gTagsM2TS.item(1); }
+const TagItem& detail::TagItemCatalogue16::itemM2TSAudioSampleRate() { return detail::gTagsM2TS.item(2); }
+const TagItem& detail::TagItemCatalogue16::itemM2TSSurroundMode() { return detail::gTagsM2TS.item(3); }
+const TagItem& detail::TagItemCatalogue16::itemM2TSAudioStreamType() { return detail::gTagsM2TS.item(4); }
+const TagItem& detail::TagItemCatalogue16::itemM2TSDuration() { return detail::gTagsM2TS.item(5); }
+const TagItem& detail::TagItemCatalogue16::itemM2TSVideoStreamType() { return detail::gTagsM2TS.item(6); }
 
 const TagStrings& TagStringsCatalogue::stringsMIE() {
   return gStringsMIE.strings(&TagStringsCatalogue::stringTableMIE);
@@ -11099,135 +11105,135 @@ TagStringTable TagStringsCatalogue::stringTableMIE(ETLanguage language) {
   return gStringsMIE.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue16::allStreamsMIE() {
-  return gTagsMIE.all();
+  return detail::gTagsMIE.all();
 }
-const TagItem& detail::TagItemCatalogue16::itemMIERelatedAudioFileType() { return gTagsMIE.item(0); }
-const TagItem& detail::TagItemCatalogue16::itemMIERelatedAudioFileName() { return gTagsMIE.item(1); }
-const TagItem& detail::TagItemCatalogue16::itemMIEChannels() { return gTagsMIE.item(2); }
-const TagItem& detail::TagItemCatalogue16::itemMIEAudioCompression() { return gTagsMIE.item(3); }
-const TagItem& detail::TagItemCatalogue16::itemMIEDuration() { return gTagsMIE.item(4); }
-const TagItem& detail::TagItemCatalogue16::itemMIESampleBits() { return gTagsMIE.item(5); }
-const TagItem& detail::TagItemCatalogue16::itemMIESampleRate() { return gTagsMIE.item(6); }
-const TagItem& detail::TagItemCatalogue16::itemMIERelatedAudioFile() { return gTagsMIE.item(7); }
-const TagItem& detail::TagItemCatalogue16::itemMIEBrightness() { return gTagsMIE.item(8); }
-const TagItem& detail::TagItemCatalogue16::itemMIEColorBalance() { return gTagsMIE.item(9); }
-const TagItem& detail::TagItemCatalogue16::itemMIEColorTemperature() { return gTagsMIE.item(10); }
-const TagItem& detail::TagItemCatalogue16::itemMIEContrast() { return gTagsMIE.item(11); }
-const TagItem& detail::TagItemCatalogue16::itemMIEDigitalZoom() { return gTagsMIE.item(12); }
-const TagItem& detail::TagItemCatalogue16::itemMIEExposureCompensation() { return gTagsMIE.item(13); }
-const TagItem& detail::TagItemCatalogue16::itemMIEExposureMode() { return gTagsMIE.item(14); }
-const TagItem& detail::TagItemCatalogue16::itemMIEExposureTime() { return gTagsMIE.item(15); }
-const TagItem& detail::TagItemCatalogue16::itemMIEFirmwareVersion() { return gTagsMIE.item(16); }
-const TagItem& detail::TagItemCatalogue16::itemMIEFocusMode() { return gTagsMIE.item(17); }
-const TagItem& detail::TagItemCatalogue16::itemMIEISO() { return gTagsMIE.item(18); }
-const TagItem& detail::TagItemCatalogue16::itemMIEISOSetting() { return gTagsMIE.item(19); }
-const TagItem& detail::TagItemCatalogue16::itemMIEImageNumber() { return gTagsMIE.item(20); }
-const TagItem& detail::TagItemCatalogue16::itemMIEImageQuality() { return gTagsMIE.item(21); }
-const TagItem& detail::TagItemCatalogue16::itemMIEImageStabilization() { return gTagsMIE.item(22); }
-const TagItem& detail::TagItemCatalogue16::itemMIEMake() { return gTagsMIE.item(23); }
-const TagItem& detail::TagItemCatalogue16::itemMIEMeasuredEV() { return gTagsMIE.item(24); }
-const TagItem& detail::TagItemCatalogue16::itemMIEModel() { return gTagsMIE.item(25); }
-const TagItem& detail::TagItemCatalogue16::itemMIEOwnerName() { return gTagsMIE.item(26); }
-const TagItem& detail::TagItemCatalogue16::itemMIESaturation() { return gTagsMIE.item(27); }
-const TagItem& detail::TagItemCatalogue16::itemMIESensorSize() { return gTagsMIE.item(28); }
-const TagItem& detail::TagItemCatalogue16::itemMIESerialNumber() { return gTagsMIE.item(29); }
-const TagItem& detail::TagItemCatalogue16::itemMIESharpness() { return gTagsMIE.item(30); }
-const TagItem& detail::TagItemCatalogue16::itemMIEShootingMode() { return gTagsMIE.item(31); }
-const TagItem& detail::TagItemCatalogue16::itemMIEAuthor() { return gTagsMIE.item(32); }
-const TagItem& detail::TagItemCatalogue16::itemMIEComment() { return gTagsMIE.item(33); }
-const TagItem& detail::TagItemCatalogue16::itemMIEContributors() { return gTagsMIE.item(34); }
-const TagItem& detail::TagItemCatalogue16::itemMIECopyright() { return gTagsMIE.item(35); }
-const TagItem& detail::TagItemCatalogue16::itemMIECreateDate() { return gTagsMIE.item(36); }
-const TagItem& detail::TagItemCatalogue16::itemMIEEmail() { return gTagsMIE.item(37); }
-const TagItem& detail::TagItemCatalogue16::itemMIEKeywords() { return gTagsMIE.item(38); }
-const TagItem& detail::TagItemCatalogue16::itemMIEModifyDate() { return gTagsMIE.item(39); }
-const TagItem& detail::TagItemCatalogue16::itemMIEDateTimeOriginal() { return gTagsMIE.item(40); }
-const TagItem& detail::TagItemCatalogue16::itemMIEPhoneNumber() { return gTagsMIE.item(41); }
-const TagItem& detail::TagItemCatalogue16::itemMIEReferences() { return gTagsMIE.item(42); }
-const TagItem& detail::TagItemCatalogue16::itemMIESoftware() { return gTagsMIE.item(43); }
-const TagItem& detail::TagItemCatalogue16::itemMIETitle() { return gTagsMIE.item(44); }
-const TagItem& detail::TagItemCatalogue16::itemMIEURL() { return gTagsMIE.item(45); }
-const TagItem& detail::TagItemCatalogue16::itemMIEExtenderMagnification() { return gTagsMIE.item(46); }
-const TagItem& detail::TagItemCatalogue16::itemMIEExtenderMake() { return gTagsMIE.item(47); }
-const TagItem& detail::TagItemCatalogue16::itemMIEExtenderModel() { return gTagsMIE.item(48); }
-const TagItem& detail::TagItemCatalogue16::itemMIEExtenderSerialNumber() { return gTagsMIE.item(49); }
-const TagItem& detail::TagItemCatalogue16::itemMIEFlashExposureComp() { return gTagsMIE.item(50); }
-const TagItem& detail::TagItemCatalogue16::itemMIEFlashFired() { return gTagsMIE.item(51); }
-const TagItem& detail::TagItemCatalogue16::itemMIEFlashGuideNumber() { return gTagsMIE.item(52); }
-const TagItem& detail::TagItemCatalogue16::itemMIEFlashMake() { return gTagsMIE.item(53); }
-const TagItem& detail::TagItemCatalogue16::itemMIEFlashMode() { return gTagsMIE.item(54); }
-const TagItem& detail::TagItemCatalogue16::itemMIEFlashModel() { return gTagsMIE.item(55); }
-const TagItem& detail::TagItemCatalogue16::itemMIEFlashSerialNumber() { return gTagsMIE.item(56); }
-const TagItem& detail::TagItemCatalogue16::itemMIEFlashType() { return gTagsMIE.item(57); }
-const TagItem& detail::TagItemCatalogue16::itemMIEGPSAltitude() { return gTagsMIE.item(58); }
-const TagItem& detail::TagItemCatalogue16::itemMIEGPSDestBearing() { return gTagsMIE.item(59); }
-const TagItem& detail::TagItemCatalogue16::itemMIEGPSDateTime() { return gTagsMIE.item(60); }
-const TagItem& detail::TagItemCatalogue16::itemMIEGPSMapDatum() { return gTagsMIE.item(61); }
-const TagItem& detail::TagItemCatalogue16::itemMIEGPSDifferential() { return gTagsMIE.item(62); }
-const TagItem& detail::TagItemCatalogue16::itemMIEGPSDestDistance() { return gTagsMIE.item(63); }
-const TagItem& detail::TagItemCatalogue16::itemMIEGPSTrack() { return gTagsMIE.item(64); }
-const TagItem& detail::TagItemCatalogue16::itemMIEGPSLatitude() { return gTagsMIE.item(65); }
-const TagItem& detail::TagItemCatalogue16::itemMIEGPSLongitude() { return gTagsMIE.item(66); }
-const TagItem& detail::TagItemCatalogue16::itemMIEGPSMeasureMode() { return gTagsMIE.item(67); }
-const TagItem& detail::TagItemCatalogue16::itemMIEGPSSatellites() { return gTagsMIE.item(68); }
-const TagItem& detail::TagItemCatalogue16::itemMIEGPSSpeed() { return gTagsMIE.item(69); }
-const TagItem& detail::TagItemCatalogue16::itemMIEAddress() { return gTagsMIE.item(70); }
-const TagItem& detail::TagItemCatalogue16::itemMIECity() { return gTagsMIE.item(71); }
-const TagItem& detail::TagItemCatalogue16::itemMIECountry() { return gTagsMIE.item(72); }
-const TagItem& detail::TagItemCatalogue16::itemMIEPostalCode() { return gTagsMIE.item(73); }
-const TagItem& detail::TagItemCatalogue16::itemMIEState() { return gTagsMIE.item(74); }
-const TagItem& detail::TagItemCatalogue16::itemMIEFullSizeImageType() { return gTagsMIE.item(75); }
-const TagItem& detail::TagItemCatalogue16::itemMIEFullSizeImageName() { return gTagsMIE.item(76); }
-const TagItem& detail::TagItemCatalogue16::itemMIEBitDepth() { return gTagsMIE.item(77); }
-const TagItem& detail::TagItemCatalogue16::itemMIEColorSpace() { return gTagsMIE.item(78); }
-const TagItem& detail::TagItemCatalogue16::itemMIEComponentsConfiguration() { return gTagsMIE.item(79); }
-const TagItem& detail::TagItemCatalogue16::itemMIECompressionRatio() { return gTagsMIE.item(80); }
-const TagItem& detail::TagItemCatalogue16::itemMIEImageSize() { return gTagsMIE.item(81); }
-const TagItem& detail::TagItemCatalogue16::itemMIEOriginalImageSize() { return gTagsMIE.item(82); }
-const TagItem& detail::TagItemCatalogue16::itemMIEResolution() { return gTagsMIE.item(83); }
-const TagItem& detail::TagItemCatalogue16::itemMIEFullSizeImage() { return gTagsMIE.item(84); }
-const TagItem& detail::TagItemCatalogue16::itemMIEFNumber() { return gTagsMIE.item(85); }
-const TagItem& detail::TagItemCatalogue16::itemMIEFocalLength() { return gTagsMIE.item(86); }
-const TagItem& detail::TagItemCatalogue16::itemMIEFocusDistance() { return gTagsMIE.item(87); }
-const TagItem& detail::TagItemCatalogue16::itemMIELensMake() { return gTagsMIE.item(88); }
-const TagItem& detail::TagItemCatalogue16::itemMIEMaxAperture() { return gTagsMIE.item(89); }
-const TagItem& detail::TagItemCatalogue16::itemMIEMaxApertureAtMaxFocal() { return gTagsMIE.item(90); }
-const TagItem& detail::TagItemCatalogue16::itemMIEMaxFocalLength() { return gTagsMIE.item(91); }
-const TagItem& detail::TagItemCatalogue16::itemMIEMinAperture() { return gTagsMIE.item(92); }
-const TagItem& detail::TagItemCatalogue16::itemMIEMinFocalLength() { return gTagsMIE.item(93); }
-const TagItem& detail::TagItemCatalogue16::itemMIELensModel() { return gTagsMIE.item(94); }
-const TagItem& detail::TagItemCatalogue16::itemMIEOpticalZoom() { return gTagsMIE.item(95); }
-const TagItem& detail::TagItemCatalogue16::itemMIELensSerialNumber() { return gTagsMIE.item(96); }
-const TagItem& detail::TagItemCatalogue16::itemMIESubfileType() { return gTagsMIE.item(97); }
-const TagItem& detail::TagItemCatalogue16::itemMIEMIEVersion() { return gTagsMIE.item(98); }
-const TagItem& detail::TagItemCatalogue16::itemMIESubfileDirectory() { return gTagsMIE.item(99); }
-const TagItem& detail::TagItemCatalogue16::itemMIESubfileName() { return gTagsMIE.item(100); }
-const TagItem& detail::TagItemCatalogue16::itemMIESubfileMIMEType() { return gTagsMIE.item(101); }
-const TagItem& detail::TagItemCatalogue16::itemMIESubfileData() { return gTagsMIE.item(102); }
-const TagItem& detail::TagItemCatalogue16::itemMIESubfileResource() { return gTagsMIE.item(103); }
-const TagItem& detail::TagItemCatalogue16::itemMIEMD5Digest() { return gTagsMIE.item(104); }
-const TagItem& detail::TagItemCatalogue16::itemMIETrailerSignature() { return gTagsMIE.item(105); }
-const TagItem& detail::TagItemCatalogue16::itemMIEAzimuth() { return gTagsMIE.item(106); }
-const TagItem& detail::TagItemCatalogue16::itemMIEDeclination() { return gTagsMIE.item(107); }
-const TagItem& detail::TagItemCatalogue16::itemMIEElevation() { return gTagsMIE.item(108); }
-const TagItem& detail::TagItemCatalogue16::itemMIERightAscension() { return gTagsMIE.item(109); }
-const TagItem& detail::TagItemCatalogue16::itemMIERotation() { return gTagsMIE.item(110); }
-const TagItem& detail::TagItemCatalogue16::itemMIEPreviewImageType() { return gTagsMIE.item(111); }
-const TagItem& detail::TagItemCatalogue16::itemMIEPreviewImageName() { return gTagsMIE.item(112); }
-const TagItem& detail::TagItemCatalogue16::itemMIEPreviewImageSize() { return gTagsMIE.item(113); }
-const TagItem& detail::TagItemCatalogue16::itemMIEPreviewImage() { return gTagsMIE.item(114); }
-const TagItem& detail::TagItemCatalogue16::itemMIEThumbnailImageType() { return gTagsMIE.item(115); }
-const TagItem& detail::TagItemCatalogue16::itemMIEThumbnailImageName() { return gTagsMIE.item(116); }
-const TagItem& detail::TagItemCatalogue16::itemMIEThumbnailImageSize() { return gTagsMIE.item(117); }
-const TagItem& detail::TagItemCatalogue16::itemMIEThumbnailImage() { return gTagsMIE.item(118); }
-const TagItem& detail::TagItemCatalogue16::itemMIEUTMMapDatum() { return gTagsMIE.item(119); }
-const TagItem& detail::TagItemCatalogue16::itemMIEUTMEasting() { return gTagsMIE.item(120); }
-const TagItem& detail::TagItemCatalogue16::itemMIEUTMNorthing() { return gTagsMIE.item(121); }
-const TagItem& detail::TagItemCatalogue16::itemMIEUTMZone() { return gTagsMIE.item(122); }
-const TagItem& detail::TagItemCatalogue16::itemMIERelatedVideoFileType() { return gTagsMIE.item(123); }
-const TagItem& detail::TagItemCatalogue16::itemMIERelatedVideoFileName() { return gTagsMIE.item(124); }
-const TagItem& detail::TagItemCatalogue16::itemMIECodec() { return gTagsMIE.item(125); }
-const TagItem& detail::TagItemCatalogue16::itemMIERelatedVideoFile() { return gTagsMIE.item(126); }
+const TagItem& detail::TagItemCatalogue16::itemMIERelatedAudioFileType() { return detail::gTagsMIE.item(0); }
+const TagItem& detail::TagItemCatalogue16::itemMIERelatedAudioFileName() { return detail::gTagsMIE.item(1); }
+const TagItem& detail::TagItemCatalogue16::itemMIEChannels() { return detail::gTagsMIE.item(2); }
+const TagItem& detail::TagItemCatalogue16::itemMIEAudioCompression() { return detail::gTagsMIE.item(3); }
+const TagItem& detail::TagItemCatalogue16::itemMIEDuration() { return detail::gTagsMIE.item(4); }
+const TagItem& detail::TagItemCatalogue16::itemMIESampleBits() { return detail::gTagsMIE.item(5); }
+const TagItem& detail::TagItemCatalogue16::itemMIESampleRate() { return detail::gTagsMIE.item(6); }
+const TagItem& detail::TagItemCatalogue16::itemMIERelatedAudioFile() { return detail::gTagsMIE.item(7); }
+const TagItem& detail::TagItemCatalogue16::itemMIEBrightness() { return detail::gTagsMIE.item(8); }
+const TagItem& detail::TagItemCatalogue16::itemMIEColorBalance() { return detail::gTagsMIE.item(9); }
+const TagItem& detail::TagItemCatalogue16::itemMIEColorTemperature() { return detail::gTagsMIE.item(10); }
+const TagItem& detail::TagItemCatalogue16::itemMIEContrast() { return detail::gTagsMIE.item(11); }
+const TagItem& detail::TagItemCatalogue16::itemMIEDigitalZoom() { return detail::gTagsMIE.item(12); }
+const TagItem& detail::TagItemCatalogue16::itemMIEExposureCompensation() { return detail::gTagsMIE.item(13); }
+const TagItem& detail::TagItemCatalogue16::itemMIEExposureMode() { return detail::gTagsMIE.item(14); }
+const TagItem& detail::TagItemCatalogue16::itemMIEExposureTime() { return detail::gTagsMIE.item(15); }
+const TagItem& detail::TagItemCatalogue16::itemMIEFirmwareVersion() { return detail::gTagsMIE.item(16); }
+const TagItem& detail::TagItemCatalogue16::itemMIEFocusMode() { return detail::gTagsMIE.item(17); }
+const TagItem& detail::TagItemCatalogue16::itemMIEISO() { return detail::gTagsMIE.item(18); }
+const TagItem& detail::TagItemCatalogue16::itemMIEISOSetting() { return detail::gTagsMIE.item(19); }
+const TagItem& detail::TagItemCatalogue16::itemMIEImageNumber() { return detail::gTagsMIE.item(20); }
+const TagItem& detail::TagItemCatalogue16::itemMIEImageQuality() { return detail::gTagsMIE.item(21); }
+const TagItem& detail::TagItemCatalogue16::itemMIEImageStabilization() { return detail::gTagsMIE.item(22); }
+const TagItem& detail::TagItemCatalogue16::itemMIEMake() { return detail::gTagsMIE.item(23); }
+const TagItem& detail::TagItemCatalogue16::itemMIEMeasuredEV() { return detail::gTagsMIE.item(24); }
+const TagItem& detail::TagItemCatalogue16::itemMIEModel() { return detail::gTagsMIE.item(25); }
+const TagItem& detail::TagItemCatalogue16::itemMIEOwnerName() { return detail::gTagsMIE.item(26); }
+const TagItem& detail::TagItemCatalogue16::itemMIESaturation() { return detail::gTagsMIE.item(27); }
+const TagItem& detail::TagItemCatalogue16::itemMIESensorSize() { return detail::gTagsMIE.item(28); }
+const TagItem& detail::TagItemCatalogue16::itemMIESerialNumber() { return detail::gTagsMIE.item(29); }
+const TagItem& detail::TagItemCatalogue16::itemMIESharpness() { return detail::gTagsMIE.item(30); }
+const TagItem& detail::TagItemCatalogue16::itemMIEShootingMode() { return detail::gTagsMIE.item(31); }
+const TagItem& detail::TagItemCatalogue16::itemMIEAuthor() { return detail::gTagsMIE.item(32); }
+const TagItem& detail::TagItemCatalogue16::itemMIEComment() { return detail::gTagsMIE.item(33); }
+const TagItem& detail::TagItemCatalogue16::itemMIEContributors() { return detail::gTagsMIE.item(34); }
+const TagItem& detail::TagItemCatalogue16::itemMIECopyright() { return detail::gTagsMIE.item(35); }
+const TagItem& detail::TagItemCatalogue16::itemMIECreateDate() { return detail::gTagsMIE.item(36); }
+const TagItem& detail::TagItemCatalogue16::itemMIEEmail() { return detail::gTagsMIE.item(37); }
+const TagItem& detail::TagItemCatalogue16::itemMIEKeywords() { return detail::gTagsMIE.item(38); }
+const TagItem& detail::TagItemCatalogue16::itemMIEModifyDate() { return detail::gTagsMIE.item(39); }
+const TagItem& detail::TagItemCatalogue16::itemMIEDateTimeOriginal() { return detail::gTagsMIE.item(40); }
+const TagItem& detail::TagItemCatalogue16::itemMIEPhoneNumber() { return detail::gTagsMIE.item(41); }
+const TagItem& detail::TagItemCatalogue16::itemMIEReferences() { return detail::gTagsMIE.item(42); }
+const TagItem& detail::TagItemCatalogue16::itemMIESoftware() { return detail::gTagsMIE.item(43); }
+const TagItem& detail::TagItemCatalogue16::itemMIETitle() { return detail::gTagsMIE.item(44); }
+const TagItem& detail::TagItemCatalogue16::itemMIEURL() { return detail::gTagsMIE.item(45); }
+const TagItem& detail::TagItemCatalogue16::itemMIEExtenderMagnification() { return detail::gTagsMIE.item(46); }
+const TagItem& detail::TagItemCatalogue16::itemMIEExtenderMake() { return detail::gTagsMIE.item(47); }
+const TagItem& detail::TagItemCatalogue16::itemMIEExtenderModel() { return detail::gTagsMIE.item(48); }
+const TagItem& detail::TagItemCatalogue16::itemMIEExtenderSerialNumber() { return detail::gTagsMIE.item(49); }
+const TagItem& detail::TagItemCatalogue16::itemMIEFlashExposureComp() { return detail::gTagsMIE.item(50); }
+const TagItem& detail::TagItemCatalogue16::itemMIEFlashFired() { return detail::gTagsMIE.item(51); }
+const TagItem& detail::TagItemCatalogue16::itemMIEFlashGuideNumber() { return detail::gTagsMIE.item(52); }
+const TagItem& detail::TagItemCatalogue16::itemMIEFlashMake() { return detail::gTagsMIE.item(53); }
+const TagItem& detail::TagItemCatalogue16::itemMIEFlashMode() { return detail::gTagsMIE.item(54); }
+const TagItem& detail::TagItemCatalogue16::itemMIEFlashModel() { return detail::gTagsMIE.item(55); }
+const TagItem& detail::TagItemCatalogue16::itemMIEFlashSerialNumber() { return detail::gTagsMIE.item(56); }
+const TagItem& detail::TagItemCatalogue16::itemMIEFlashType() { return detail::gTagsMIE.item(57); }
+const TagItem& detail::TagItemCatalogue16::itemMIEGPSAltitude() { return detail::gTagsMIE.item(58); }
+const TagItem& detail::TagItemCatalogue16::itemMIEGPSDestBearing() { return detail::gTagsMIE.item(59); }
+const TagItem& detail::TagItemCatalogue16::itemMIEGPSDateTime() { return detail::gTagsMIE.item(60); }
+const TagItem& detail::TagItemCatalogue16::itemMIEGPSMapDatum() { return detail::gTagsMIE.item(61); }
+const TagItem& detail::TagItemCatalogue16::itemMIEGPSDifferential() { return detail::gTagsMIE.item(62); }
+const TagItem& detail::TagItemCatalogue16::itemMIEGPSDestDistance() { return detail::gTagsMIE.item(63); }
+const TagItem& detail::TagItemCatalogue16::itemMIEGPSTrack() { return detail::gTagsMIE.item(64); }
+const TagItem& detail::TagItemCatalogue16::itemMIEGPSLatitude() { return detail::gTagsMIE.item(65); }
+const TagItem& detail::TagItemCatalogue16::itemMIEGPSLongitude() { return detail::gTagsMIE.item(66); }
+const TagItem& detail::TagItemCatalogue16::itemMIEGPSMeasureMode() { return detail::gTagsMIE.item(67); }
+const TagItem& detail::TagItemCatalogue16::itemMIEGPSSatellites() { return detail::gTagsMIE.item(68); }
+const TagItem& detail::TagItemCatalogue16::itemMIEGPSSpeed() { return detail::gTagsMIE.item(69); }
+const TagItem& detail::TagItemCatalogue16::itemMIEAddress() { return detail::gTagsMIE.item(70); }
+const TagItem& detail::TagItemCatalogue16::itemMIECity() { return detail::gTagsMIE.item(71); }
+const TagItem& detail::TagItemCatalogue16::itemMIECountry() { return detail::gTagsMIE.item(72); }
+const TagItem& detail::TagItemCatalogue16::itemMIEPostalCode() { return detail::gTagsMIE.item(73); }
+const TagItem& detail::TagItemCatalogue16::itemMIEState() { return detail::gTagsMIE.item(74); }
+const TagItem& detail::TagItemCatalogue16::itemMIEFullSizeImageType() { return detail::gTagsMIE.item(75); }
+const TagItem& detail::TagItemCatalogue16::itemMIEFullSizeImageName() { return detail::gTagsMIE.item(76); }
+const TagItem& detail::TagItemCatalogue16::itemMIEBitDepth() { return detail::gTagsMIE.item(77); }
+const TagItem& detail::TagItemCatalogue16::itemMIEColorSpace() { return detail::gTagsMIE.item(78); }
+const TagItem& detail::TagItemCatalogue16::itemMIEComponentsConfiguration() { return detail::gTagsMIE.item(79); }
+const TagItem& detail::TagItemCatalogue16::itemMIECompressionRatio() { return detail::gTagsMIE.item(80); }
+const TagItem& detail::TagItemCatalogue16::itemMIEImageSize() { return detail::gTagsMIE.item(81); }
+const TagItem& detail::TagItemCatalogue16::itemMIEOriginalImageSize() { return detail::gTagsMIE.item(82); }
+const TagItem& detail::TagItemCatalogue16::itemMIEResolution() { return detail::gTagsMIE.item(83); }
+const TagItem& detail::TagItemCatalogue16::itemMIEFullSizeImage() { return detail::gTagsMIE.item(84); }
+const TagItem& detail::TagItemCatalogue16::itemMIEFNumber() { return detail::gTagsMIE.item(85); }
+const TagItem& detail::TagItemCatalogue16::itemMIEFocalLength() { return detail::gTagsMIE.item(86); }
+const TagItem& detail::TagItemCatalogue16::itemMIEFocusDistance() { return detail::gTagsMIE.item(87); }
+const TagItem& detail::TagItemCatalogue16::itemMIELensMake() { return detail::gTagsMIE.item(88); }
+const TagItem& detail::TagItemCatalogue16::itemMIEMaxAperture() { return detail::gTagsMIE.item(89); }
+const TagItem& detail::TagItemCatalogue16::itemMIEMaxApertureAtMaxFocal() { return detail::gTagsMIE.item(90); }
+const TagItem& detail::TagItemCatalogue16::itemMIEMaxFocalLength() { return detail::gTagsMIE.item(91); }
+const TagItem& detail::TagItemCatalogue16::itemMIEMinAperture() { return detail::gTagsMIE.item(92); }
+const TagItem& detail::TagItemCatalogue16::itemMIEMinFocalLength() { return detail::gTagsMIE.item(93); }
+const TagItem& detail::TagItemCatalogue16::itemMIELensModel() { return detail::gTagsMIE.item(94); }
+const TagItem& detail::TagItemCatalogue16::itemMIEOpticalZoom() { return detail::gTagsMIE.item(95); }
+const TagItem& detail::TagItemCatalogue16::itemMIELensSerialNumber() { return detail::gTagsMIE.item(96); }
+const TagItem& detail::TagItemCatalogue16::itemMIESubfileType() { return detail::gTagsMIE.item(97); }
+const TagItem& detail::TagItemCatalogue16::itemMIEMIEVersion() { return detail::gTagsMIE.item(98); }
+const TagItem& detail::TagItemCatalogue16::itemMIESubfileDirectory() { return detail::gTagsMIE.item(99); }
+const TagItem& detail::TagItemCatalogue16::itemMIESubfileName() { return detail::gTagsMIE.item(100); }
+const TagItem& detail::TagItemCatalogue16::itemMIESubfileMIMEType() { return detail::gTagsMIE.item(101); }
+const TagItem& detail::TagItemCatalogue16::itemMIESubfileData() { return detail::gTagsMIE.item(102); }
+const TagItem& detail::TagItemCatalogue16::itemMIESubfileResource() { return detail::gTagsMIE.item(103); }
+const TagItem& detail::TagItemCatalogue16::itemMIEMD5Digest() { return detail::gTagsMIE.item(104); }
+const TagItem& detail::TagItemCatalogue16::itemMIETrailerSignature() { return detail::gTagsMIE.item(105); }
+const TagItem& detail::TagItemCatalogue16::itemMIEAzimuth() { return detail::gTagsMIE.item(106); }
+const TagItem& detail::TagItemCatalogue16::itemMIEDeclination() { return detail::gTagsMIE.item(107); }
+const TagItem& detail::TagItemCatalogue16::itemMIEElevation() { return detail::gTagsMIE.item(108); }
+const TagItem& detail::TagItemCatalogue16::itemMIERightAscension() { return detail::gTagsMIE.item(109); }
+const TagItem& detail::TagItemCatalogue16::itemMIERotation() { return detail::gTagsMIE.item(110); }
+const TagItem& detail::TagItemCatalogue16::itemMIEPreviewImageType() { return detail::gTagsMIE.item(111); }
+const TagItem& detail::TagItemCatalogue16::itemMIEPreviewImageName() { return detail::gTagsMIE.item(112); }
+const TagItem& detail::TagItemCatalogue16::itemMIEPreviewImageSize() { return detail::gTagsMIE.item(113); }
+const TagItem& detail::TagItemCatalogue16::itemMIEPreviewImage() { return detail::gTagsMIE.item(114); }
+const TagItem& detail::TagItemCatalogue16::itemMIEThumbnailImageType() { return detail::gTagsMIE.item(115); }
+const TagItem& detail::TagItemCatalogue16::itemMIEThumbnailImageName() { return detail::gTagsMIE.item(116); }
+const TagItem& detail::TagItemCatalogue16::itemMIEThumbnailImageSize() { return detail::gTagsMIE.item(117); }
+const TagItem& detail::TagItemCatalogue16::itemMIEThumbnailImage() { return detail::gTagsMIE.item(118); }
+const TagItem& detail::TagItemCatalogue16::itemMIEUTMMapDatum() { return detail::gTagsMIE.item(119); }
+const TagItem& detail::TagItemCatalogue16::itemMIEUTMEasting() { return detail::gTagsMIE.item(120); }
+const TagItem& detail::TagItemCatalogue16::itemMIEUTMNorthing() { return detail::gTagsMIE.item(121); }
+const TagItem& detail::TagItemCatalogue16::itemMIEUTMZone() { return detail::gTagsMIE.item(122); }
+const TagItem& detail::TagItemCatalogue16::itemMIERelatedVideoFileType() { return detail::gTagsMIE.item(123); }
+const TagItem& detail::TagItemCatalogue16::itemMIERelatedVideoFileName() { return detail::gTagsMIE.item(124); }
+const TagItem& detail::TagItemCatalogue16::itemMIECodec() { return detail::gTagsMIE.item(125); }
+const TagItem& detail::TagItemCatalogue16::itemMIERelatedVideoFile() { return detail::gTagsMIE.item(126); }
 
 const TagStrings& TagStringsCatalogue::stringsMIFF() {
   return gStringsMIFF.strings(&TagStringsCatalogue::stringTableMIFF);
@@ -11236,37 +11242,37 @@ TagStringTable TagStringsCatalogue::stringTableMIFF(ETLanguage language) {
   return gStringsMIFF.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue16::allStreamsMIFF() {
-  return gTagsMIFF.all();
+  return detail::gTagsMIFF.all();
 }
-const TagItem& detail::TagItemCatalogue16::itemMIFFBackgroundColor() { return gTagsMIFF.item(0); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFBluePrimary() { return gTagsMIFF.item(1); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFBorderColor() { return gTagsMIFF.item(2); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFClass() { return gTagsMIFF.item(3); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFColors() { return gTagsMIFF.item(4); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFColorSpace() { return gTagsMIFF.item(5); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFImageWidth() { return gTagsMIFF.item(6); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFCompression() { return gTagsMIFF.item(7); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFDelay() { return gTagsMIFF.item(8); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFDepth() { return gTagsMIFF.item(9); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFDispose() { return gTagsMIFF.item(10); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFGamma() { return gTagsMIFF.item(11); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFGreenPrimary() { return gTagsMIFF.item(12); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFID() { return gTagsMIFF.item(13); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFIterations() { return gTagsMIFF.item(14); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFLabel() { return gTagsMIFF.item(15); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFMattColor() { return gTagsMIFF.item(16); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFMatte() { return gTagsMIFF.item(17); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFMontage() { return gTagsMIFF.item(18); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFPackets() { return gTagsMIFF.item(19); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFPage() { return gTagsMIFF.item(20); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFRedPrimary() { return gTagsMIFF.item(21); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFRenderingIntent() { return gTagsMIFF.item(22); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFResolution() { return gTagsMIFF.item(23); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFImageHeight() { return gTagsMIFF.item(24); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFScene() { return gTagsMIFF.item(25); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFSignature() { return gTagsMIFF.item(26); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFUnits() { return gTagsMIFF.item(27); }
-const TagItem& detail::TagItemCatalogue16::itemMIFFWhitePoint() { return gTagsMIFF.item(28); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFBackgroundColor() { return detail::gTagsMIFF.item(0); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFBluePrimary() { return detail::gTagsMIFF.item(1); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFBorderColor() { return detail::gTagsMIFF.item(2); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFClass() { return detail::gTagsMIFF.item(3); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFColors() { return detail::gTagsMIFF.item(4); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFColorSpace() { return detail::gTagsMIFF.item(5); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFImageWidth() { return detail::gTagsMIFF.item(6); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFCompression() { return detail::gTagsMIFF.item(7); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFDelay() { return detail::gTagsMIFF.item(8); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFDepth() { return detail::gTagsMIFF.item(9); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFDispose() { return detail::gTagsMIFF.item(10); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFGamma() { return detail::gTagsMIFF.item(11); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFGreenPrimary() { return detail::gTagsMIFF.item(12); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFID() { return detail::gTagsMIFF.item(13); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFIterations() { return detail::gTagsMIFF.item(14); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFLabel() { return detail::gTagsMIFF.item(15); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFMattColor() { return detail::gTagsMIFF.item(16); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFMatte() { return detail::gTagsMIFF.item(17); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFMontage() { return detail::gTagsMIFF.item(18); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFPackets() { return detail::gTagsMIFF.item(19); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFPage() { return detail::gTagsMIFF.item(20); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFRedPrimary() { return detail::gTagsMIFF.item(21); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFRenderingIntent() { return detail::gTagsMIFF.item(22); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFResolution() { return detail::gTagsMIFF.item(23); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFImageHeight() { return detail::gTagsMIFF.item(24); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFScene() { return detail::gTagsMIFF.item(25); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFSignature() { return detail::gTagsMIFF.item(26); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFUnits() { return detail::gTagsMIFF.item(27); }
+const TagItem& detail::TagItemCatalogue16::itemMIFFWhitePoint() { return detail::gTagsMIFF.item(28); }
 
 const TagStrings& TagStringsCatalogue::stringsMISB() {
   return gStringsMISB.strings(&TagStringsCatalogue::stringTableMISB);
@@ -11275,141 +11281,141 @@ TagStringTable TagStringsCatalogue::stringTableMISB(ETLanguage language) {
   return gStringsMISB.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue16::allStreamsMISB() {
-  return gTagsMISB.all();
+  return detail::gTagsMISB.all();
 }
-const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x0001() { return gTagsMISB.item(0); }
-const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x0002() { return gTagsMISB.item(1); }
-const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x0003() { return gTagsMISB.item(2); }
-const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x0004() { return gTagsMISB.item(3); }
-const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x0005() { return gTagsMISB.item(4); }
-const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x0006() { return gTagsMISB.item(5); }
-const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x0009() { return gTagsMISB.item(6); }
-const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x000a() { return gTagsMISB.item(7); }
-const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x000b() { return gTagsMISB.item(8); }
-const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x000c() { return gTagsMISB.item(9); }
-const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x000d() { return gTagsMISB.item(10); }
-const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x000e() { return gTagsMISB.item(11); }
-const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x0010() { return gTagsMISB.item(12); }
-const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x0011() { return gTagsMISB.item(13); }
-const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x0012() { return gTagsMISB.item(14); }
-const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x0014() { return gTagsMISB.item(15); }
-const TagItem& detail::TagItemCatalogue16::itemMISBSecurityClassification() { return gTagsMISB.item(16); }
-const TagItem& detail::TagItemCatalogue16::itemMISBClassifyingCountryCodeMethod() { return gTagsMISB.item(17); }
-const TagItem& detail::TagItemCatalogue16::itemMISBClassifyingCountry() { return gTagsMISB.item(18); }
-const TagItem& detail::TagItemCatalogue16::itemMISBSecuritySCI_SHIInformation() { return gTagsMISB.item(19); }
-const TagItem& detail::TagItemCatalogue16::itemMISBCaveats() { return gTagsMISB.item(20); }
-const TagItem& detail::TagItemCatalogue16::itemMISBReleasingInstructions() { return gTagsMISB.item(21); }
-const TagItem& detail::TagItemCatalogue16::itemMISBClassifiedBy() { return gTagsMISB.item(22); }
-const TagItem& detail::TagItemCatalogue16::itemMISBDerivedFrom() { return gTagsMISB.item(23); }
-const TagItem& detail::TagItemCatalogue16::itemMISBClassificationReason() { return gTagsMISB.item(24); }
-const TagItem& detail::TagItemCatalogue16::itemMISBDeclassificationDate() { return gTagsMISB.item(25); }
-const TagItem& detail::TagItemCatalogue16::itemMISBClassificationAndMarkingSystem() { return gTagsMISB.item(26); }
-const TagItem& detail::TagItemCatalogue16::itemMISBObjectCountryCodingMethod() { return gTagsMISB.item(27); }
-const TagItem& detail::TagItemCatalogue16::itemMISBObjectCountryCodes() { return gTagsMISB.item(28); }
-const TagItem& detail::TagItemCatalogue16::itemMISBClassificationComments() { return gTagsMISB.item(29); }
-const TagItem& detail::TagItemCatalogue16::itemMISBUMID() { return gTagsMISB.item(30); }
-const TagItem& detail::TagItemCatalogue16::itemMISBStreamID() { return gTagsMISB.item(31); }
-const TagItem& detail::TagItemCatalogue16::itemMISBTransportStreamID() { return gTagsMISB.item(32); }
-const TagItem& detail::TagItemCatalogue16::itemMISBItemDesignatorID() { return gTagsMISB.item(33); }
-const TagItem& detail::TagItemCatalogue16::itemMISBSecurityVersion() { return gTagsMISB.item(34); }
-const TagItem& detail::TagItemCatalogue16::itemMISBClassifyingCountryCodingMethodDate() { return gTagsMISB.item(35); }
-const TagItem& detail::TagItemCatalogue16::itemMISBObjectCountryCodingMethodDate() { return gTagsMISB.item(36); }
-const TagItem& detail::TagItemCatalogue16::itemMISBChecksum() { return gTagsMISB.item(37); }
-const TagItem& detail::TagItemCatalogue16::itemMISBGPSDateTime() { return gTagsMISB.item(38); }
-const TagItem& detail::TagItemCatalogue16::itemMISBMissionID() { return gTagsMISB.item(39); }
-const TagItem& detail::TagItemCatalogue16::itemMISBTailNumber() { return gTagsMISB.item(40); }
-const TagItem& detail::TagItemCatalogue16::itemMISBGPSTrack() { return gTagsMISB.item(41); }
-const TagItem& detail::TagItemCatalogue16::itemMISBPitchAngle() { return gTagsMISB.item(42); }
-const TagItem& detail::TagItemCatalogue16::itemMISBRollAngle() { return gTagsMISB.item(43); }
-const TagItem& detail::TagItemCatalogue16::itemMISBTrueAirspeed() { return gTagsMISB.item(44); }
-const TagItem& detail::TagItemCatalogue16::itemMISBIndicatedAirspeed() { return gTagsMISB.item(45); }
-const TagItem& detail::TagItemCatalogue16::itemMISBProjectIDCode() { return gTagsMISB.item(46); }
-const TagItem& detail::TagItemCatalogue16::itemMISBSensorName() { return gTagsMISB.item(47); }
-const TagItem& detail::TagItemCatalogue16::itemMISBImageCoordinateSystem() { return gTagsMISB.item(48); }
-const TagItem& detail::TagItemCatalogue16::itemMISBGPSLatitude() { return gTagsMISB.item(49); }
-const TagItem& detail::TagItemCatalogue16::itemMISBGPSLongitude() { return gTagsMISB.item(50); }
-const TagItem& detail::TagItemCatalogue16::itemMISBGPSAltitude() { return gTagsMISB.item(51); }
-const TagItem& detail::TagItemCatalogue16::itemMISBHorizontalFieldOfView() { return gTagsMISB.item(52); }
-const TagItem& detail::TagItemCatalogue16::itemMISBVerticalFieldOfView() { return gTagsMISB.item(53); }
-const TagItem& detail::TagItemCatalogue16::itemMISBSensorRelativeAzimuthAngle() { return gTagsMISB.item(54); }
-const TagItem& detail::TagItemCatalogue16::itemMISBSensorRelativeElevationAngle() { return gTagsMISB.item(55); }
-const TagItem& detail::TagItemCatalogue16::itemMISBSensorRelativeRollAngle() { return gTagsMISB.item(56); }
-const TagItem& detail::TagItemCatalogue16::itemMISBSlantRange() { return gTagsMISB.item(57); }
-const TagItem& detail::TagItemCatalogue16::itemMISBTargetWidth() { return gTagsMISB.item(58); }
-const TagItem& detail::TagItemCatalogue16::itemMISBFrameCenterLatitude() { return gTagsMISB.item(59); }
-const TagItem& detail::TagItemCatalogue16::itemMISBFrameCenterLongitude() { return gTagsMISB.item(60); }
-const TagItem& detail::TagItemCatalogue16::itemMISBFrameCenterElevation() { return gTagsMISB.item(61); }
-const TagItem& detail::TagItemCatalogue16::itemMISBOffsetCornerLatitude1() { return gTagsMISB.item(62); }
-const TagItem& detail::TagItemCatalogue16::itemMISBOffsetCornerLongitude1() { return gTagsMISB.item(63); }
-const TagItem& detail::TagItemCatalogue16::itemMISBOffsetCornerLatitude2() { return gTagsMISB.item(64); }
-const TagItem& detail::TagItemCatalogue16::itemMISBOffsetCornerLongitude2() { return gTagsMISB.item(65); }
-const TagItem& detail::TagItemCatalogue16::itemMISBOffsetCornerLatitude3() { return gTagsMISB.item(66); }
-const TagItem& detail::TagItemCatalogue16::itemMISBOffsetCornerLongitude3() { return gTagsMISB.item(67); }
-const TagItem& detail::TagItemCatalogue16::itemMISBOffsetCornerLatitude4() { return gTagsMISB.item(68); }
-const TagItem& detail::TagItemCatalogue16::itemMISBOffsetCornerLongitude4() { return gTagsMISB.item(69); }
-const TagItem& detail::TagItemCatalogue16::itemMISBIcingDetected() { return gTagsMISB.item(70); }
-const TagItem& detail::TagItemCatalogue16::itemMISBWindDirection() { return gTagsMISB.item(71); }
-const TagItem& detail::TagItemCatalogue16::itemMISBWindSpeed() { return gTagsMISB.item(72); }
-const TagItem& detail::TagItemCatalogue16::itemMISBStaticPressure() { return gTagsMISB.item(73); }
-const TagItem& detail::TagItemCatalogue16::itemMISBDensityAltitude() { return gTagsMISB.item(74); }
-const TagItem& detail::TagItemCatalogue16::itemMISBAirTemperature() { return gTagsMISB.item(75); }
-const TagItem& detail::TagItemCatalogue16::itemMISBTargetLocationLatitude() { return gTagsMISB.item(76); }
-const TagItem& detail::TagItemCatalogue16::itemMISBTargetLocationLongitude() { return gTagsMISB.item(77); }
-const TagItem& detail::TagItemCatalogue16::itemMISBTargetLocationElevation() { return gTagsMISB.item(78); }
-const TagItem& detail::TagItemCatalogue16::itemMISBTargetTrackGateWidth() { return gTagsMISB.item(79); }
-const TagItem& detail::TagItemCatalogue16::itemMISBTargetTrackGateHeight() { return gTagsMISB.item(80); }
-const TagItem& detail::TagItemCatalogue16::itemMISBTargetErrorEstimateCE90() { return gTagsMISB.item(81); }
-const TagItem& detail::TagItemCatalogue16::itemMISBTargetErrorEstimateLE90() { return gTagsMISB.item(82); }
-const TagItem& detail::TagItemCatalogue16::itemMISBGenericFlagData01() { return gTagsMISB.item(83); }
-const TagItem& detail::TagItemCatalogue16::itemMISBDifferentialPressure() { return gTagsMISB.item(84); }
-const TagItem& detail::TagItemCatalogue16::itemMISBAngleOfAttack() { return gTagsMISB.item(85); }
-const TagItem& detail::TagItemCatalogue16::itemMISBVerticalSpeed() { return gTagsMISB.item(86); }
-const TagItem& detail::TagItemCatalogue16::itemMISBSideslipAngle() { return gTagsMISB.item(87); }
-const TagItem& detail::TagItemCatalogue16::itemMISBAirfieldBarometricPressure() { return gTagsMISB.item(88); }
-const TagItem& detail::TagItemCatalogue16::itemMISBAirfieldElevation() { return gTagsMISB.item(89); }
-const TagItem& detail::TagItemCatalogue16::itemMISBRelativeHumidity() { return gTagsMISB.item(90); }
-const TagItem& detail::TagItemCatalogue16::itemMISBGPSSpeed() { return gTagsMISB.item(91); }
-const TagItem& detail::TagItemCatalogue16::itemMISBGroundRange() { return gTagsMISB.item(92); }
-const TagItem& detail::TagItemCatalogue16::itemMISBFuelRemaining() { return gTagsMISB.item(93); }
-const TagItem& detail::TagItemCatalogue16::itemMISBCallSign() { return gTagsMISB.item(94); }
-const TagItem& detail::TagItemCatalogue16::itemMISBWeaponLoad() { return gTagsMISB.item(95); }
-const TagItem& detail::TagItemCatalogue16::itemMISBWeaponFired() { return gTagsMISB.item(96); }
-const TagItem& detail::TagItemCatalogue16::itemMISBLaserPRFCode() { return gTagsMISB.item(97); }
-const TagItem& detail::TagItemCatalogue16::itemMISBSensorFieldOfViewName() { return gTagsMISB.item(98); }
-const TagItem& detail::TagItemCatalogue16::itemMISBMagneticHeading() { return gTagsMISB.item(99); }
-const TagItem& detail::TagItemCatalogue16::itemMISBUAS_LSVersionNumber() { return gTagsMISB.item(100); }
-const TagItem& detail::TagItemCatalogue16::itemMISBTargetLocationCovarianceMatrix() { return gTagsMISB.item(101); }
-const TagItem& detail::TagItemCatalogue16::itemMISBAlternateLatitude() { return gTagsMISB.item(102); }
-const TagItem& detail::TagItemCatalogue16::itemMISBAlternateLongitude() { return gTagsMISB.item(103); }
-const TagItem& detail::TagItemCatalogue16::itemMISBAlternateAltitude() { return gTagsMISB.item(104); }
-const TagItem& detail::TagItemCatalogue16::itemMISBAlternateName() { return gTagsMISB.item(105); }
-const TagItem& detail::TagItemCatalogue16::itemMISBAlternateHeading() { return gTagsMISB.item(106); }
-const TagItem& detail::TagItemCatalogue16::itemMISBEventStartTime() { return gTagsMISB.item(107); }
-const TagItem& detail::TagItemCatalogue16::itemMISBSensorEllipsoidHeight() { return gTagsMISB.item(108); }
-const TagItem& detail::TagItemCatalogue16::itemMISBAlternateEllipsoidHeight() { return gTagsMISB.item(109); }
-const TagItem& detail::TagItemCatalogue16::itemMISBOperationalMode() { return gTagsMISB.item(110); }
-const TagItem& detail::TagItemCatalogue16::itemMISBFrameCenterHeightAboveEllipsoid() { return gTagsMISB.item(111); }
-const TagItem& detail::TagItemCatalogue16::itemMISBSensorVelocityNorth() { return gTagsMISB.item(112); }
-const TagItem& detail::TagItemCatalogue16::itemMISBSensorVelocityEast() { return gTagsMISB.item(113); }
-const TagItem& detail::TagItemCatalogue16::itemMISBImageHorizonPixelPack() { return gTagsMISB.item(114); }
-const TagItem& detail::TagItemCatalogue16::itemMISBCornerLatitude1() { return gTagsMISB.item(115); }
-const TagItem& detail::TagItemCatalogue17::itemMISBCornerLongitude1() { return gTagsMISB.item(116); }
-const TagItem& detail::TagItemCatalogue17::itemMISBCornerLatitude2() { return gTagsMISB.item(117); }
-const TagItem& detail::TagItemCatalogue17::itemMISBCornerLongitude2() { return gTagsMISB.item(118); }
-const TagItem& detail::TagItemCatalogue17::itemMISBCornerLatitude3() { return gTagsMISB.item(119); }
-const TagItem& detail::TagItemCatalogue17::itemMISBCornerLongitude3() { return gTagsMISB.item(120); }
-const TagItem& detail::TagItemCatalogue17::itemMISBCornerLatitude4() { return gTagsMISB.item(121); }
-const TagItem& detail::TagItemCatalogue17::itemMISBCornerLongitude4() { return gTagsMISB.item(122); }
-const TagItem& detail::TagItemCatalogue17::itemMISBFullPitchAngle() { return gTagsMISB.item(123); }
-const TagItem& detail::TagItemCatalogue17::itemMISBFullRollAngle() { return gTagsMISB.item(124); }
-const TagItem& detail::TagItemCatalogue17::itemMISBFullAngleOfAttack() { return gTagsMISB.item(125); }
-const TagItem& detail::TagItemCatalogue17::itemMISBFullSideslipAngle() { return gTagsMISB.item(126); }
-const TagItem& detail::TagItemCatalogue17::itemMISBMIISCoreIdentifier() { return gTagsMISB.item(127); }
-const TagItem& detail::TagItemCatalogue17::itemMISBTargetWidthExtended() { return gTagsMISB.item(128); }
-const TagItem& detail::TagItemCatalogue17::itemMISBSDCC_FLP() { return gTagsMISB.item(129); }
-const TagItem& detail::TagItemCatalogue17::itemMISBDensityAltitudeExtended() { return gTagsMISB.item(130); }
-const TagItem& detail::TagItemCatalogue17::itemMISBSensorEllipsoidHeightExtended() { return gTagsMISB.item(131); }
-const TagItem& detail::TagItemCatalogue17::itemMISBAlternateEllipsoidHeightExtended() { return gTagsMISB.item(132); }
+const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x0001() { return detail::gTagsMISB.item(0); }
+const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x0002() { return detail::gTagsMISB.item(1); }
+const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x0003() { return detail::gTagsMISB.item(2); }
+const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x0004() { return detail::gTagsMISB.item(3); }
+const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x0005() { return detail::gTagsMISB.item(4); }
+const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x0006() { return detail::gTagsMISB.item(5); }
+const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x0009() { return detail::gTagsMISB.item(6); }
+const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x000a() { return detail::gTagsMISB.item(7); }
+const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x000b() { return detail::gTagsMISB.item(8); }
+const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x000c() { return detail::gTagsMISB.item(9); }
+const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x000d() { return detail::gTagsMISB.item(10); }
+const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x000e() { return detail::gTagsMISB.item(11); }
+const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x0010() { return detail::gTagsMISB.item(12); }
+const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x0011() { return detail::gTagsMISB.item(13); }
+const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x0012() { return detail::gTagsMISB.item(14); }
+const TagItem& detail::TagItemCatalogue16::itemMISBChurchillNav_0x0014() { return detail::gTagsMISB.item(15); }
+const TagItem& detail::TagItemCatalogue16::itemMISBSecurityClassification() { return detail::gTagsMISB.item(16); }
+const TagItem& detail::TagItemCatalogue16::itemMISBClassifyingCountryCodeMethod() { return detail::gTagsMISB.item(17); }
+const TagItem& detail::TagItemCatalogue16::itemMISBClassifyingCountry() { return detail::gTagsMISB.item(18); }
+const TagItem& detail::TagItemCatalogue16::itemMISBSecuritySCI_SHIInformation() { return detail::gTagsMISB.item(19); }
+const TagItem& detail::TagItemCatalogue16::itemMISBCaveats() { return detail::gTagsMISB.item(20); }
+const TagItem& detail::TagItemCatalogue16::itemMISBReleasingInstructions() { return detail::gTagsMISB.item(21); }
+const TagItem& detail::TagItemCatalogue16::itemMISBClassifiedBy() { return detail::gTagsMISB.item(22); }
+const TagItem& detail::TagItemCatalogue16::itemMISBDerivedFrom() { return detail::gTagsMISB.item(23); }
+const TagItem& detail::TagItemCatalogue16::itemMISBClassificationReason() { return detail::gTagsMISB.item(24); }
+const TagItem& detail::TagItemCatalogue16::itemMISBDeclassificationDate() { return detail::gTagsMISB.item(25); }
+const TagItem& detail::TagItemCatalogue16::itemMISBClassificationAndMarkingSystem() { return detail::gTagsMISB.item(26); }
+const TagItem& detail::TagItemCatalogue16::itemMISBObjectCountryCodingMethod() { return detail::gTagsMISB.item(27); }
+const TagItem& detail::TagItemCatalogue16::itemMISBObjectCountryCodes() { return detail::gTagsMISB.item(28); }
+const TagItem& detail::TagItemCatalogue16::itemMISBClassificationComments() { return detail::gTagsMISB.item(29); }
+const TagItem& detail::TagItemCatalogue16::itemMISBUMID() { return detail::gTagsMISB.item(30); }
+const TagItem& detail::TagItemCatalogue16::itemMISBStreamID() { return detail::gTagsMISB.item(31); }
+const TagItem& detail::TagItemCatalogue16::itemMISBTransportStreamID() { return detail::gTagsMISB.item(32); }
+const TagItem& detail::TagItemCatalogue16::itemMISBItemDesignatorID() { return detail::gTagsMISB.item(33); }
+const TagItem& detail::TagItemCatalogue16::itemMISBSecurityVersion() { return detail::gTagsMISB.item(34); }
+const TagItem& detail::TagItemCatalogue16::itemMISBClassifyingCountryCodingMethodDate() { return detail::gTagsMISB.item(35); }
+const TagItem& detail::TagItemCatalogue16::itemMISBObjectCountryCodingMethodDate() { return detail::gTagsMISB.item(36); }
+const TagItem& detail::TagItemCatalogue16::itemMISBChecksum() { return detail::gTagsMISB.item(37); }
+const TagItem& detail::TagItemCatalogue16::itemMISBGPSDateTime() { return detail::gTagsMISB.item(38); }
+const TagItem& detail::TagItemCatalogue16::itemMISBMissionID() { return detail::gTagsMISB.item(39); }
+const TagItem& detail::TagItemCatalogue16::itemMISBTailNumber() { return detail::gTagsMISB.item(40); }
+const TagItem& detail::TagItemCatalogue16::itemMISBGPSTrack() { return detail::gTagsMISB.item(41); }
+const TagItem& detail::TagItemCatalogue16::itemMISBPitchAngle() { return detail::gTagsMISB.item(42); }
+const TagItem& detail::TagItemCatalogue16::itemMISBRollAngle() { return detail::gTagsMISB.item(43); }
+const TagItem& detail::TagItemCatalogue16::itemMISBTrueAirspeed() { return detail::gTagsMISB.item(44); }
+const TagItem& detail::TagItemCatalogue16::itemMISBIndicatedAirspeed() { return detail::gTagsMISB.item(45); }
+const TagItem& detail::TagItemCatalogue16::itemMISBProjectIDCode() { return detail::gTagsMISB.item(46); }
+const TagItem& detail::TagItemCatalogue16::itemMISBSensorName() { return detail::gTagsMISB.item(47); }
+const TagItem& detail::TagItemCatalogue16::itemMISBImageCoordinateSystem() { return detail::gTagsMISB.item(48); }
+const TagItem& detail::TagItemCatalogue16::itemMISBGPSLatitude() { return detail::gTagsMISB.item(49); }
+const TagItem& detail::TagItemCatalogue16::itemMISBGPSLongitude() { return detail::gTagsMISB.item(50); }
+const TagItem& detail::TagItemCatalogue16::itemMISBGPSAltitude() { return detail::gTagsMISB.item(51); }
+const TagItem& detail::TagItemCatalogue16::itemMISBHorizontalFieldOfView() { return detail::gTagsMISB.item(52); }
+const TagItem& detail::TagItemCatalogue16::itemMISBVerticalFieldOfView() { return detail::gTagsMISB.item(53); }
+const TagItem& detail::TagItemCatalogue16::itemMISBSensorRelativeAzimuthAngle() { return detail::gTagsMISB.item(54); }
+const TagItem& detail::TagItemCatalogue16::itemMISBSensorRelativeElevationAngle() { return detail::gTagsMISB.item(55); }
+const TagItem& detail::TagItemCatalogue16::itemMISBSensorRelativeRollAngle() { return detail::gTagsMISB.item(56); }
+const TagItem& detail::TagItemCatalogue16::itemMISBSlantRange() { return detail::gTagsMISB.item(57); }
+const TagItem& detail::TagItemCatalogue16::itemMISBTargetWidth() { return detail::gTagsMISB.item(58); }
+const TagItem& detail::TagItemCatalogue16::itemMISBFrameCenterLatitude() { return detail::gTagsMISB.item(59); }
+const TagItem& detail::TagItemCatalogue16::itemMISBFrameCenterLongitude() { return detail::gTagsMISB.item(60); }
+const TagItem& detail::TagItemCatalogue16::itemMISBFrameCenterElevation() { return detail::gTagsMISB.item(61); }
+const TagItem& detail::TagItemCatalogue16::itemMISBOffsetCornerLatitude1() { return detail::gTagsMISB.item(62); }
+const TagItem& detail::TagItemCatalogue16::itemMISBOffsetCornerLongitude1() { return detail::gTagsMISB.item(63); }
+const TagItem& detail::TagItemCatalogue16::itemMISBOffsetCornerLatitude2() { return detail::gTagsMISB.item(64); }
+const TagItem& detail::TagItemCatalogue16::itemMISBOffsetCornerLongitude2() { return detail::gTagsMISB.item(65); }
+const TagItem& detail::TagItemCatalogue16::itemMISBOffsetCornerLatitude3() { return detail::gTagsMISB.item(66); }
+const TagItem& detail::TagItemCatalogue16::itemMISBOffsetCornerLongitude3() { return detail::gTagsMISB.item(67); }
+const TagItem& detail::TagItemCatalogue16::itemMISBOffsetCornerLatitude4() { return detail::gTagsMISB.item(68); }
+const TagItem& detail::TagItemCatalogue16::itemMISBOffsetCornerLongitude4() { return detail::gTagsMISB.item(69); }
+const TagItem& detail::TagItemCatalogue16::itemMISBIcingDetected() { return detail::gTagsMISB.item(70); }
+const TagItem& detail::TagItemCatalogue16::itemMISBWindDirection() { return detail::gTagsMISB.item(71); }
+const TagItem& detail::TagItemCatalogue16::itemMISBWindSpeed() { return detail::gTagsMISB.item(72); }
+const TagItem& detail::TagItemCatalogue16::itemMISBStaticPressure() { return detail::gTagsMISB.item(73); }
+const TagItem& detail::TagItemCatalogue16::itemMISBDensityAltitude() { return detail::gTagsMISB.item(74); }
+const TagItem& detail::TagItemCatalogue16::itemMISBAirTemperature() { return detail::gTagsMISB.item(75); }
+const TagItem& detail::TagItemCatalogue16::itemMISBTargetLocationLatitude() { return detail::gTagsMISB.item(76); }
+const TagItem& detail::TagItemCatalogue16::itemMISBTargetLocationLongitude() { return detail::gTagsMISB.item(77); }
+const TagItem& detail::TagItemCatalogue16::itemMISBTargetLocationElevation() { return detail::gTagsMISB.item(78); }
+const TagItem& detail::TagItemCatalogue16::itemMISBTargetTrackGateWidth() { return detail::gTagsMISB.item(79); }
+const TagItem& detail::TagItemCatalogue16::itemMISBTargetTrackGateHeight() { return detail::gTagsMISB.item(80); }
+const TagItem& detail::TagItemCatalogue16::itemMISBTargetErrorEstimateCE90() { return detail::gTagsMISB.item(81); }
+const TagItem& detail::TagItemCatalogue16::itemMISBTargetErrorEstimateLE90() { return detail::gTagsMISB.item(82); }
+const TagItem& detail::TagItemCatalogue16::itemMISBGenericFlagData01() { return detail::gTagsMISB.item(83); }
+const TagItem& detail::TagItemCatalogue16::itemMISBDifferentialPressure() { return detail::gTagsMISB.item(84); }
+const TagItem& detail::TagItemCatalogue16::itemMISBAngleOfAttack() { return detail::gTagsMISB.item(85); }
+const TagItem& detail::TagItemCatalogue16::itemMISBVerticalSpeed() { return detail::gTagsMISB.item(86); }
+const TagItem& detail::TagItemCatalogue16::itemMISBSideslipAngle() { return detail::gTagsMISB.item(87); }
+const TagItem& detail::TagItemCatalogue16::itemMISBAirfieldBarometricPressure() { return detail::gTagsMISB.item(88); }
+const TagItem& detail::TagItemCatalogue16::itemMISBAirfieldElevation() { return detail::gTagsMISB.item(89); }
+const TagItem& detail::TagItemCatalogue16::itemMISBRelativeHumidity() { return detail::gTagsMISB.item(90); }
+const TagItem& detail::TagItemCatalogue16::itemMISBGPSSpeed() { return detail::gTagsMISB.item(91); }
+const TagItem& detail::TagItemCatalogue16::itemMISBGroundRange() { return detail::gTagsMISB.item(92); }
+const TagItem& detail::TagItemCatalogue16::itemMISBFuelRemaining() { return detail::gTagsMISB.item(93); }
+const TagItem& detail::TagItemCatalogue16::itemMISBCallSign() { return detail::gTagsMISB.item(94); }
+const TagItem& detail::TagItemCatalogue16::itemMISBWeaponLoad() { return detail::gTagsMISB.item(95); }
+const TagItem& detail::TagItemCatalogue16::itemMISBWeaponFired() { return detail::gTagsMISB.item(96); }
+const TagItem& detail::TagItemCatalogue16::itemMISBLaserPRFCode() { return detail::gTagsMISB.item(97); }
+const TagItem& detail::TagItemCatalogue16::itemMISBSensorFieldOfViewName() { return detail::gTagsMISB.item(98); }
+const TagItem& detail::TagItemCatalogue16::itemMISBMagneticHeading() { return detail::gTagsMISB.item(99); }
+const TagItem& detail::TagItemCatalogue16::itemMISBUAS_LSVersionNumber() { return detail::gTagsMISB.item(100); }
+const TagItem& detail::TagItemCatalogue16::itemMISBTargetLocationCovarianceMatrix() { return detail::gTagsMISB.item(101); }
+const TagItem& detail::TagItemCatalogue16::itemMISBAlternateLatitude() { return detail::gTagsMISB.item(102); }
+const TagItem& detail::TagItemCatalogue16::itemMISBAlternateLongitude() { return detail::gTagsMISB.item(103); }
+const TagItem& detail::TagItemCatalogue16::itemMISBAlternateAltitude() { return detail::gTagsMISB.item(104); }
+const TagItem& detail::TagItemCatalogue16::itemMISBAlternateName() { return detail::gTagsMISB.item(105); }
+const TagItem& detail::TagItemCatalogue16::itemMISBAlternateHeading() { return detail::gTagsMISB.item(106); }
+const TagItem& detail::TagItemCatalogue16::itemMISBEventStartTime() { return detail::gTagsMISB.item(107); }
+const TagItem& detail::TagItemCatalogue16::itemMISBSensorEllipsoidHeight() { return detail::gTagsMISB.item(108); }
+const TagItem& detail::TagItemCatalogue16::itemMISBAlternateEllipsoidHeight() { return detail::gTagsMISB.item(109); }
+const TagItem& detail::TagItemCatalogue16::itemMISBOperationalMode() { return detail::gTagsMISB.item(110); }
+const TagItem& detail::TagItemCatalogue16::itemMISBFrameCenterHeightAboveEllipsoid() { return detail::gTagsMISB.item(111); }
+const TagItem& detail::TagItemCatalogue16::itemMISBSensorVelocityNorth() { return detail::gTagsMISB.item(112); }
+const TagItem& detail::TagItemCatalogue16::itemMISBSensorVelocityEast() { return detail::gTagsMISB.item(113); }
+const TagItem& detail::TagItemCatalogue16::itemMISBImageHorizonPixelPack() { return detail::gTagsMISB.item(114); }
+const TagItem& detail::TagItemCatalogue16::itemMISBCornerLatitude1() { return detail::gTagsMISB.item(115); }
+const TagItem& detail::TagItemCatalogue17::itemMISBCornerLongitude1() { return detail::gTagsMISB.item(116); }
+const TagItem& detail::TagItemCatalogue17::itemMISBCornerLatitude2() { return detail::gTagsMISB.item(117); }
+const TagItem& detail::TagItemCatalogue17::itemMISBCornerLongitude2() { return detail::gTagsMISB.item(118); }
+const TagItem& detail::TagItemCatalogue17::itemMISBCornerLatitude3() { return detail::gTagsMISB.item(119); }
+const TagItem& detail::TagItemCatalogue17::itemMISBCornerLongitude3() { return detail::gTagsMISB.item(120); }
+const TagItem& detail::TagItemCatalogue17::itemMISBCornerLatitude4() { return detail::gTagsMISB.item(121); }
+const TagItem& detail::TagItemCatalogue17::itemMISBCornerLongitude4() { return detail::gTagsMISB.item(122); }
+const TagItem& detail::TagItemCatalogue17::itemMISBFullPitchAngle() { return detail::gTagsMISB.item(123); }
+const TagItem& detail::TagItemCatalogue17::itemMISBFullRollAngle() { return detail::gTagsMISB.item(124); }
+const TagItem& detail::TagItemCatalogue17::itemMISBFullAngleOfAttack() { return detail::gTagsMISB.item(125); }
+const TagItem& detail::TagItemCatalogue17::itemMISBFullSideslipAngle() { return detail::gTagsMISB.item(126); }
+const TagItem& detail::TagItemCatalogue17::itemMISBMIISCoreIdentifier() { return detail::gTagsMISB.item(127); }
+const TagItem& detail::TagItemCatalogue17::itemMISBTargetWidthExtended() { return detail::gTagsMISB.item(128); }
+const TagItem& detail::TagItemCatalogue17::itemMISBSDCC_FLP() { return detail::gTagsMISB.item(129); }
+const TagItem& detail::TagItemCatalogue17::itemMISBDensityAltitudeExtended() { return detail::gTagsMISB.item(130); }
+const TagItem& detail::TagItemCatalogue17::itemMISBSensorEllipsoidHeightExtended() { return detail::gTagsMISB.item(131); }
+const TagItem& detail::TagItemCatalogue17::itemMISBAlternateEllipsoidHeightExtended() { return detail::gTagsMISB.item(132); }
 
 const TagStrings& TagStringsCatalogue::stringsMNG() {
   return gStringsMNG.strings(&TagStringsCatalogue::stringTableMNG);
@@ -11418,94 +11424,94 @@ TagStringTable TagStringsCatalogue::stringTableMNG(ETLanguage language) {
   return gStringsMNG.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue17::allStreamsMNG() {
-  return gTagsMNG.all();
+  return detail::gTagsMNG.all();
 }
-const TagItem& detail::TagItemCatalogue17::itemMNGBackgroundColor() { return gTagsMNG.item(0); }
-const TagItem& detail::TagItemCatalogue17::itemMNGMandatoryBackground() { return gTagsMNG.item(1); }
-const TagItem& detail::TagItemCatalogue17::itemMNGBackgroundImageID() { return gTagsMNG.item(2); }
-const TagItem& detail::TagItemCatalogue17::itemMNGBackgroundTiling() { return gTagsMNG.item(3); }
-const TagItem& detail::TagItemCatalogue17::itemMNGImageWidth() { return gTagsMNG.item(4); }
-const TagItem& detail::TagItemCatalogue17::itemMNGImageHeight() { return gTagsMNG.item(5); }
-const TagItem& detail::TagItemCatalogue17::itemMNGBitDepth() { return gTagsMNG.item(6); }
-const TagItem& detail::TagItemCatalogue17::itemMNGColorType() { return gTagsMNG.item(7); }
-const TagItem& detail::TagItemCatalogue17::itemMNGCompression() { return gTagsMNG.item(8); }
-const TagItem& detail::TagItemCatalogue17::itemMNGFilter() { return gTagsMNG.item(9); }
-const TagItem& detail::TagItemCatalogue17::itemMNGInterlace() { return gTagsMNG.item(10); }
-const TagItem& detail::TagItemCatalogue17::itemMNGRedSample() { return gTagsMNG.item(11); }
-const TagItem& detail::TagItemCatalogue17::itemMNGGreenSample() { return gTagsMNG.item(12); }
-const TagItem& detail::TagItemCatalogue17::itemMNGBlueSample() { return gTagsMNG.item(13); }
-const TagItem& detail::TagItemCatalogue17::itemMNGAlphaSample() { return gTagsMNG.item(14); }
-const TagItem& detail::TagItemCatalogue17::itemMNGViewable() { return gTagsMNG.item(15); }
-const TagItem& detail::TagItemCatalogue17::itemMNGFirstObject() { return gTagsMNG.item(16); }
-const TagItem& detail::TagItemCatalogue17::itemMNGLastObject() { return gTagsMNG.item(17); }
-const TagItem& detail::TagItemCatalogue17::itemMNGDeltaType() { return gTagsMNG.item(18); }
-const TagItem& detail::TagItemCatalogue17::itemMNGClipBoundary() { return gTagsMNG.item(19); }
-const TagItem& detail::TagItemCatalogue17::itemMNGSourceID() { return gTagsMNG.item(20); }
-const TagItem& detail::TagItemCatalogue17::itemMNGCloneID() { return gTagsMNG.item(21); }
-const TagItem& detail::TagItemCatalogue17::itemMNGCloneType() { return gTagsMNG.item(22); }
-const TagItem& detail::TagItemCatalogue17::itemMNGDoNotShow() { return gTagsMNG.item(23); }
-const TagItem& detail::TagItemCatalogue17::itemMNGConcreteFlag() { return gTagsMNG.item(24); }
-const TagItem& detail::TagItemCatalogue17::itemMNGLocalDeltaType() { return gTagsMNG.item(25); }
-const TagItem& detail::TagItemCatalogue17::itemMNGDeltaXY() { return gTagsMNG.item(26); }
-const TagItem& detail::TagItemCatalogue17::itemMNGObjectID() { return gTagsMNG.item(27); }
-const TagItem& detail::TagItemCatalogue17::itemMNGXYLocation() { return gTagsMNG.item(28); }
-const TagItem& detail::TagItemCatalogue17::itemMNGClippingBoundary() { return gTagsMNG.item(29); }
-const TagItem& detail::TagItemCatalogue17::itemMNGImageType() { return gTagsMNG.item(30); }
-const TagItem& detail::TagItemCatalogue17::itemMNGBlockSize() { return gTagsMNG.item(31); }
-const TagItem& detail::TagItemCatalogue17::itemMNGBlockLocation() { return gTagsMNG.item(32); }
-const TagItem& detail::TagItemCatalogue17::itemMNGSnapshotID() { return gTagsMNG.item(33); }
-const TagItem& detail::TagItemCatalogue17::itemMNGSnapshotName() { return gTagsMNG.item(34); }
-const TagItem& detail::TagItemCatalogue17::itemMNGPriority() { return gTagsMNG.item(35); }
-const TagItem& detail::TagItemCatalogue17::itemMNGAlphaBitDepth() { return gTagsMNG.item(36); }
-const TagItem& detail::TagItemCatalogue17::itemMNGAlphaCompression() { return gTagsMNG.item(37); }
-const TagItem& detail::TagItemCatalogue17::itemMNGAlphaFilter() { return gTagsMNG.item(38); }
-const TagItem& detail::TagItemCatalogue17::itemMNGAlphaInterlace() { return gTagsMNG.item(39); }
-const TagItem& detail::TagItemCatalogue17::itemMNGNestLevel() { return gTagsMNG.item(40); }
-const TagItem& detail::TagItemCatalogue17::itemMNGIterationCount() { return gTagsMNG.item(41); }
-const TagItem& detail::TagItemCatalogue17::itemMNGTerminationCondition() { return gTagsMNG.item(42); }
-const TagItem& detail::TagItemCatalogue17::itemMNGIterationMinMax() { return gTagsMNG.item(43); }
-const TagItem& detail::TagItemCatalogue17::itemMNGSignalNumber() { return gTagsMNG.item(44); }
-const TagItem& detail::TagItemCatalogue17::itemMNGTicksPerSecond() { return gTagsMNG.item(45); }
-const TagItem& detail::TagItemCatalogue17::itemMNGNominalLayerCount() { return gTagsMNG.item(46); }
-const TagItem& detail::TagItemCatalogue17::itemMNGNominalFrameCount() { return gTagsMNG.item(47); }
-const TagItem& detail::TagItemCatalogue17::itemMNGNominalPlayTime() { return gTagsMNG.item(48); }
-const TagItem& detail::TagItemCatalogue17::itemMNGSimplicityProfile() { return gTagsMNG.item(49); }
-const TagItem& detail::TagItemCatalogue17::itemMNGFirstObjectID() { return gTagsMNG.item(50); }
-const TagItem& detail::TagItemCatalogue17::itemMNGLastObjectID() { return gTagsMNG.item(51); }
-const TagItem& detail::TagItemCatalogue17::itemMNGXMethod() { return gTagsMNG.item(52); }
-const TagItem& detail::TagItemCatalogue17::itemMNGXMag() { return gTagsMNG.item(53); }
-const TagItem& detail::TagItemCatalogue17::itemMNGYMag() { return gTagsMNG.item(54); }
-const TagItem& detail::TagItemCatalogue17::itemMNGLeftMag() { return gTagsMNG.item(55); }
-const TagItem& detail::TagItemCatalogue17::itemMNGRightMag() { return gTagsMNG.item(56); }
-const TagItem& detail::TagItemCatalogue17::itemMNGTopMag() { return gTagsMNG.item(57); }
-const TagItem& detail::TagItemCatalogue17::itemMNGBottomMag() { return gTagsMNG.item(58); }
-const TagItem& detail::TagItemCatalogue17::itemMNGYMethod() { return gTagsMNG.item(59); }
-const TagItem& detail::TagItemCatalogue17::itemMNGDropByKeyword() { return gTagsMNG.item(60); }
-const TagItem& detail::TagItemCatalogue17::itemMNGDiscardObjects() { return gTagsMNG.item(61); }
-const TagItem& detail::TagItemCatalogue17::itemMNGDropChunks() { return gTagsMNG.item(62); }
-const TagItem& detail::TagItemCatalogue17::itemMNGFrame() { return gTagsMNG.item(63); }
-const TagItem& detail::TagItemCatalogue17::itemMNGOrderingRestrictions() { return gTagsMNG.item(64); }
-const TagItem& detail::TagItemCatalogue17::itemMNGPartialPalette() { return gTagsMNG.item(65); }
-const TagItem& detail::TagItemCatalogue17::itemMNGSaveObjects() { return gTagsMNG.item(66); }
-const TagItem& detail::TagItemCatalogue17::itemMNGSeekPoint() { return gTagsMNG.item(67); }
-const TagItem& detail::TagItemCatalogue17::itemMNGResourcesNeeded() { return gTagsMNG.item(68); }
-const TagItem& detail::TagItemCatalogue17::itemMNGDestinationID() { return gTagsMNG.item(69); }
-const TagItem& detail::TagItemCatalogue17::itemMNGTargetDeltaType() { return gTagsMNG.item(70); }
-const TagItem& detail::TagItemCatalogue17::itemMNGTargetXY() { return gTagsMNG.item(71); }
-const TagItem& detail::TagItemCatalogue17::itemMNGCompositionMode() { return gTagsMNG.item(72); }
-const TagItem& detail::TagItemCatalogue17::itemMNGOrientation() { return gTagsMNG.item(73); }
-const TagItem& detail::TagItemCatalogue17::itemMNGOffsetOrigin() { return gTagsMNG.item(74); }
-const TagItem& detail::TagItemCatalogue17::itemMNGOffsetXY() { return gTagsMNG.item(75); }
-const TagItem& detail::TagItemCatalogue17::itemMNGBoundaryOrigin() { return gTagsMNG.item(76); }
-const TagItem& detail::TagItemCatalogue17::itemMNGPastClippingBoundary() { return gTagsMNG.item(77); }
-const TagItem& detail::TagItemCatalogue17::itemMNGNewColorType() { return gTagsMNG.item(78); }
-const TagItem& detail::TagItemCatalogue17::itemMNGNewBitDepth() { return gTagsMNG.item(79); }
-const TagItem& detail::TagItemCatalogue17::itemMNGFillMethod() { return gTagsMNG.item(80); }
-const TagItem& detail::TagItemCatalogue17::itemMNGShowMode() { return gTagsMNG.item(81); }
-const TagItem& detail::TagItemCatalogue17::itemMNGTerminationAction() { return gTagsMNG.item(82); }
-const TagItem& detail::TagItemCatalogue17::itemMNGIterationEndAction() { return gTagsMNG.item(83); }
-const TagItem& detail::TagItemCatalogue17::itemMNGDelay() { return gTagsMNG.item(84); }
-const TagItem& detail::TagItemCatalogue17::itemMNGIterationMax() { return gTagsMNG.item(85); }
+const TagItem& detail::TagItemCatalogue17::itemMNGBackgroundColor() { return detail::gTagsMNG.item(0); }
+const TagItem& detail::TagItemCatalogue17::itemMNGMandatoryBackground() { return detail::gTagsMNG.item(1); }
+const TagItem& detail::TagItemCatalogue17::itemMNGBackgroundImageID() { return detail::gTagsMNG.item(2); }
+const TagItem& detail::TagItemCatalogue17::itemMNGBackgroundTiling() { return detail::gTagsMNG.item(3); }
+const TagItem& detail::TagItemCatalogue17::itemMNGImageWidth() { return detail::gTagsMNG.item(4); }
+const TagItem& detail::TagItemCatalogue17::itemMNGImageHeight() { return detail::gTagsMNG.item(5); }
+const TagItem& detail::TagItemCatalogue17::itemMNGBitDepth() { return detail::gTagsMNG.item(6); }
+const TagItem& detail::TagItemCatalogue17::itemMNGColorType() { return detail::gTagsMNG.item(7); }
+const TagItem& detail::TagItemCatalogue17::itemMNGCompression() { return detail::gTagsMNG.item(8); }
+const TagItem& detail::TagItemCatalogue17::itemMNGFilter() { return detail::gTagsMNG.item(9); }
+const TagItem& detail::TagItemCatalogue17::itemMNGInterlace() { return detail::gTagsMNG.item(10); }
+const TagItem& detail::TagItemCatalogue17::itemMNGRedSample() { return detail::gTagsMNG.item(11); }
+const TagItem& detail::TagItemCatalogue17::itemMNGGreenSample() { return detail::gTagsMNG.item(12); }
+const TagItem& detail::TagItemCatalogue17::itemMNGBlueSample() { return detail::gTagsMNG.item(13); }
+const TagItem& detail::TagItemCatalogue17::itemMNGAlphaSample() { return detail::gTagsMNG.item(14); }
+const TagItem& detail::TagItemCatalogue17::itemMNGViewable() { return detail::gTagsMNG.item(15); }
+const TagItem& detail::TagItemCatalogue17::itemMNGFirstObject() { return detail::gTagsMNG.item(16); }
+const TagItem& detail::TagItemCatalogue17::itemMNGLastObject() { return detail::gTagsMNG.item(17); }
+const TagItem& detail::TagItemCatalogue17::itemMNGDeltaType() { return detail::gTagsMNG.item(18); }
+const TagItem& detail::TagItemCatalogue17::itemMNGClipBoundary() { return detail::gTagsMNG.item(19); }
+const TagItem& detail::TagItemCatalogue17::itemMNGSourceID() { return detail::gTagsMNG.item(20); }
+const TagItem& detail::TagItemCatalogue17::itemMNGCloneID() { return detail::gTagsMNG.item(21); }
+const TagItem& detail::TagItemCatalogue17::itemMNGCloneType() { return detail::gTagsMNG.item(22); }
+const TagItem& detail::TagItemCatalogue17::itemMNGDoNotShow() { return detail::gTagsMNG.item(23); }
+const TagItem& detail::TagItemCatalogue17::itemMNGConcreteFlag() { return detail::gTagsMNG.item(24); }
+const TagItem& detail::TagItemCatalogue17::itemMNGLocalDeltaType() { return detail::gTagsMNG.item(25); }
+const TagItem& detail::TagItemCatalogue17::itemMNGDeltaXY() { return detail::gTagsMNG.item(26); }
+const TagItem& detail::TagItemCatalogue17::itemMNGObjectID() { return detail::gTagsMNG.item(27); }
+const TagItem& detail::TagItemCatalogue17::itemMNGXYLocation() { return detail::gTagsMNG.item(28); }
+const TagItem& detail::TagItemCatalogue17::itemMNGClippingBoundary() { return detail::gTagsMNG.item(29); }
+const TagItem& detail::TagItemCatalogue17::itemMNGImageType() { return detail::gTagsMNG.item(30); }
+const TagItem& detail::TagItemCatalogue17::itemMNGBlockSize() { return detail::gTagsMNG.item(31); }
+const TagItem& detail::TagItemCatalogue17::itemMNGBlockLocation() { return detail::gTagsMNG.item(32); }
+const TagItem& detail::TagItemCatalogue17::itemMNGSnapshotID() { return detail::gTagsMNG.item(33); }
+const TagItem& detail::TagItemCatalogue17::itemMNGSnapshotName() { return detail::gTagsMNG.item(34); }
+const TagItem& detail::TagItemCatalogue17::itemMNGPriority() { return detail::gTagsMNG.item(35); }
+const TagItem& detail::TagItemCatalogue17::itemMNGAlphaBitDepth() { return detail::gTagsMNG.item(36); }
+const TagItem& detail::TagItemCatalogue17::itemMNGAlphaCompression() { return detail::gTagsMNG.item(37); }
+const TagItem& detail::TagItemCatalogue17::itemMNGAlphaFilter() { return detail::gTagsMNG.item(38); }
+const TagItem& detail::TagItemCatalogue17::itemMNGAlphaInterlace() { return detail::gTagsMNG.item(39); }
+const TagItem& detail::TagItemCatalogue17::itemMNGNestLevel() { return detail::gTagsMNG.item(40); }
+const TagItem& detail::TagItemCatalogue17::itemMNGIterationCount() { return detail::gTagsMNG.item(41); }
+const TagItem& detail::TagItemCatalogue17::itemMNGTerminationCondition() { return detail::gTagsMNG.item(42); }
+const TagItem& detail::TagItemCatalogue17::itemMNGIterationMinMax() { return detail::gTagsMNG.item(43); }
+const TagItem& detail::TagItemCatalogue17::itemMNGSignalNumber() { return detail::gTagsMNG.item(44); }
+const TagItem& detail::TagItemCatalogue17::itemMNGTicksPerSecond() { return detail::gTagsMNG.item(45); }
+const TagItem& detail::TagItemCatalogue17::itemMNGNominalLayerCount() { return detail::gTagsMNG.item(46); }
+const TagItem& detail::TagItemCatalogue17::itemMNGNominalFrameCount() { return detail::gTagsMNG.item(47); }
+const TagItem& detail::TagItemCatalogue17::itemMNGNominalPlayTime() { return detail::gTagsMNG.item(48); }
+const TagItem& detail::TagItemCatalogue17::itemMNGSimplicityProfile() { return detail::gTagsMNG.item(49); }
+const TagItem& detail::TagItemCatalogue17::itemMNGFirstObjectID() { return detail::gTagsMNG.item(50); }
+const TagItem& detail::TagItemCatalogue17::itemMNGLastObjectID() { return detail::gTagsMNG.item(51); }
+const TagItem& detail::TagItemCatalogue17::itemMNGXMethod() { return detail::gTagsMNG.item(52); }
+const TagItem& detail::TagItemCatalogue17::itemMNGXMag() { return detail::gTagsMNG.item(53); }
+const TagItem& detail::TagItemCatalogue17::itemMNGYMag() { return detail::gTagsMNG.item(54); }
+const TagItem& detail::TagItemCatalogue17::itemMNGLeftMag() { return detail::gTagsMNG.item(55); }
+const TagItem& detail::TagItemCatalogue17::itemMNGRightMag() { return detail::gTagsMNG.item(56); }
+const TagItem& detail::TagItemCatalogue17::itemMNGTopMag() { return detail::gTagsMNG.item(57); }
+const TagItem& detail::TagItemCatalogue17::itemMNGBottomMag() { return detail::gTagsMNG.item(58); }
+const TagItem& detail::TagItemCatalogue17::itemMNGYMethod() { return detail::gTagsMNG.item(59); }
+const TagItem& detail::TagItemCatalogue17::itemMNGDropByKeyword() { return detail::gTagsMNG.item(60); }
+const TagItem& detail::TagItemCatalogue17::itemMNGDiscardObjects() { return detail::gTagsMNG.item(61); }
+const TagItem& detail::TagItemCatalogue17::itemMNGDropChunks() { return detail::gTagsMNG.item(62); }
+const TagItem& detail::TagItemCatalogue17::itemMNGFrame() { return detail::gTagsMNG.item(63); }
+const TagItem& detail::TagItemCatalogue17::itemMNGOrderingRestrictions() { return detail::gTagsMNG.item(64); }
+const TagItem& detail::TagItemCatalogue17::itemMNGPartialPalette() { return detail::gTagsMNG.item(65); }
+const TagItem& detail::TagItemCatalogue17::itemMNGSaveObjects() { return detail::gTagsMNG.item(66); }
+const TagItem& detail::TagItemCatalogue17::itemMNGSeekPoint() { return detail::gTagsMNG.item(67); }
+const TagItem& detail::TagItemCatalogue17::itemMNGResourcesNeeded() { return detail::gTagsMNG.item(68); }
+const TagItem& detail::TagItemCatalogue17::itemMNGDestinationID() { return detail::gTagsMNG.item(69); }
+const TagItem& detail::TagItemCatalogue17::itemMNGTargetDeltaType() { return detail::gTagsMNG.item(70); }
+const TagItem& detail::TagItemCatalogue17::itemMNGTargetXY() { return detail::gTagsMNG.item(71); }
+const TagItem& detail::TagItemCatalogue17::itemMNGCompositionMode() { return detail::gTagsMNG.item(72); }
+const TagItem& detail::TagItemCatalogue17::itemMNGOrientation() { return detail::gTagsMNG.item(73); }
+const TagItem& detail::TagItemCatalogue17::itemMNGOffsetOrigin() { return detail::gTagsMNG.item(74); }
+const TagItem& detail::TagItemCatalogue17::itemMNGOffsetXY() { return detail::gTagsMNG.item(75); }
+const TagItem& detail::TagItemCatalogue17::itemMNGBoundaryOrigin() { return detail::gTagsMNG.item(76); }
+const TagItem& detail::TagItemCatalogue17::itemMNGPastClippingBoundary() { return detail::gTagsMNG.item(77); }
+const TagItem& detail::TagItemCatalogue17::itemMNGNewColorType() { return detail::gTagsMNG.item(78); }
+const TagItem& detail::TagItemCatalogue17::itemMNGNewBitDepth() { return detail::gTagsMNG.item(79); }
+const TagItem& detail::TagItemCatalogue17::itemMNGFillMethod() { return detail::gTagsMNG.item(80); }
+const TagItem& detail::TagItemCatalogue17::itemMNGShowMode() { return detail::gTagsMNG.item(81); }
+const TagItem& detail::TagItemCatalogue17::itemMNGTerminationAction() { return detail::gTagsMNG.item(82); }
+const TagItem& detail::TagItemCatalogue17::itemMNGIterationEndAction() { return detail::gTagsMNG.item(83); }
+const TagItem& detail::TagItemCatalogue17::itemMNGDelay() { return detail::gTagsMNG.item(84); }
+const TagItem& detail::TagItemCatalogue17::itemMNGIterationMax() { return detail::gTagsMNG.item(85); }
 
 const TagStrings& TagStringsCatalogue::stringsMOI() {
   return gStringsMOI.strings(&TagStringsCatalogue::stringTableMOI);
@@ -11514,15 +11520,15 @@ TagStringTable TagStringsCatalogue::stringTableMOI(ETLanguage language) {
   return gStringsMOI.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue17::allStreamsMOI() {
-  return gTagsMOI.all();
+  return detail::gTagsMOI.all();
 }
-const TagItem& detail::TagItemCatalogue17::itemMOIMOIVersion() { return gTagsMOI.item(0); }
-const TagItem& detail::TagItemCatalogue17::itemMOIDateTimeOriginal() { return gTagsMOI.item(1); }
-const TagItem& detail::TagItemCatalogue17::itemMOIDuration() { return gTagsMOI.item(2); }
-const TagItem& detail::TagItemCatalogue17::itemMOIAspectRatio() { return gTagsMOI.item(3); }
-const TagItem& detail::TagItemCatalogue17::itemMOIAudioCodec() { return gTagsMOI.item(4); }
-const TagItem& detail::TagItemCatalogue17::itemMOIAudioBitrate() { return gTagsMOI.item(5); }
-const TagItem& detail::TagItemCatalogue17::itemMOIVideoBitrate() { return gTagsMOI.item(6); }
+const TagItem& detail::TagItemCatalogue17::itemMOIMOIVersion() { return detail::gTagsMOI.item(0); }
+const TagItem& detail::TagItemCatalogue17::itemMOIDateTimeOriginal() { return detail::gTagsMOI.item(1); }
+const TagItem& detail::TagItemCatalogue17::itemMOIDuration() { return detail::gTagsMOI.item(2); }
+const TagItem& detail::TagItemCatalogue17::itemMOIAspectRatio() { return detail::gTagsMOI.item(3); }
+const TagItem& detail::TagItemCatalogue17::itemMOIAudioCodec() { return detail::gTagsMOI.item(4); }
+const TagItem& detail::TagItemCatalogue17::itemMOIAudioBitrate() { return detail::gTagsMOI.item(5); }
+const TagItem& detail::TagItemCatalogue17::itemMOIVideoBitrate() { return detail::gTagsMOI.item(6); }
 
 const TagStrings& TagStringsCatalogue::stringsMPC() {
   return gStringsMPC.strings(&TagStringsCatalogue::stringTableMPC);
@@ -11531,19 +11537,19 @@ TagStringTable TagStringsCatalogue::stringTableMPC(ETLanguage language) {
   return gStringsMPC.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue17::allStreamsMPC() {
-  return gTagsMPC.all();
+  return detail::gTagsMPC.all();
 }
-const TagItem& detail::TagItemCatalogue17::itemMPCTotalFrames() { return gTagsMPC.item(0); }
-const TagItem& detail::TagItemCatalogue17::itemMPCSampleRate() { return gTagsMPC.item(1); }
-const TagItem& detail::TagItemCatalogue17::itemMPCQuality() { return gTagsMPC.item(2); }
-const TagItem& detail::TagItemCatalogue17::itemMPCMaxBand() { return gTagsMPC.item(3); }
-const TagItem& detail::TagItemCatalogue17::itemMPCReplayGainTrackPeak() { return gTagsMPC.item(4); }
-const TagItem& detail::TagItemCatalogue17::itemMPCReplayGainTrackGain() { return gTagsMPC.item(5); }
-const TagItem& detail::TagItemCatalogue17::itemMPCReplayGainAlbumPeak() { return gTagsMPC.item(6); }
-const TagItem& detail::TagItemCatalogue17::itemMPCReplayGainAlbumGain() { return gTagsMPC.item(7); }
-const TagItem& detail::TagItemCatalogue17::itemMPCFastSeek() { return gTagsMPC.item(8); }
-const TagItem& detail::TagItemCatalogue17::itemMPCGapless() { return gTagsMPC.item(9); }
-const TagItem& detail::TagItemCatalogue17::itemMPCEncoderVersion() { return gTagsMPC.item(10); }
+const TagItem& detail::TagItemCatalogue17::itemMPCTotalFrames() { return detail::gTagsMPC.item(0); }
+const TagItem& detail::TagItemCatalogue17::itemMPCSampleRate() { return detail::gTagsMPC.item(1); }
+const TagItem& detail::TagItemCatalogue17::itemMPCQuality() { return detail::gTagsMPC.item(2); }
+const TagItem& detail::TagItemCatalogue17::itemMPCMaxBand() { return detail::gTagsMPC.item(3); }
+const TagItem& detail::TagItemCatalogue17::itemMPCReplayGainTrackPeak() { return detail::gTagsMPC.item(4); }
+const TagItem& detail::TagItemCatalogue17::itemMPCReplayGainTrackGain() { return detail::gTagsMPC.item(5); }
+const TagItem& detail::TagItemCatalogue17::itemMPCReplayGainAlbumPeak() { return detail::gTagsMPC.item(6); }
+const TagItem& detail::TagItemCatalogue17::itemMPCReplayGainAlbumGain() { return detail::gTagsMPC.item(7); }
+const TagItem& detail::TagItemCatalogue17::itemMPCFastSeek() { return detail::gTagsMPC.item(8); }
+const TagItem& detail::TagItemCatalogue17::itemMPCGapless() { return detail::gTagsMPC.item(9); }
+const TagItem& detail::TagItemCatalogue17::itemMPCEncoderVersion() { return detail::gTagsMPC.item(10); }
 
 const TagStrings& TagStringsCatalogue::stringsMPEG() {
   return gStringsMPEG.strings(&TagStringsCatalogue::stringTableMPEG);
@@ -11552,34 +11558,34 @@ TagStringTable TagStringsCatalogue::stringTableMPEG(ETLanguage language) {
   return gStringsMPEG.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue17::allStreamsMPEG() {
-  return gTagsMPEG.all();
+  return detail::gTagsMPEG.all();
 }
-const TagItem& detail::TagItemCatalogue17::itemMPEGMPEGAudioVersion() { return gTagsMPEG.item(0); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGAudioLayer() { return gTagsMPEG.item(1); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGAudioBitrate() { return gTagsMPEG.item(2); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGSampleRate() { return gTagsMPEG.item(3); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGChannelMode() { return gTagsMPEG.item(4); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGMSStereo() { return gTagsMPEG.item(5); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGModeExtension() { return gTagsMPEG.item(6); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGIntensityStereo() { return gTagsMPEG.item(7); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGCopyrightFlag() { return gTagsMPEG.item(8); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGOriginalMedia() { return gTagsMPEG.item(9); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGEmphasis() { return gTagsMPEG.item(10); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGLameMethod() { return gTagsMPEG.item(11); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGLameLowPassFilter() { return gTagsMPEG.item(12); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGLameBitrate() { return gTagsMPEG.item(13); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGLameStereoMode() { return gTagsMPEG.item(14); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGImageWidth() { return gTagsMPEG.item(15); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGImageHeight() { return gTagsMPEG.item(16); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGAspectRatio() { return gTagsMPEG.item(17); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGFrameRate() { return gTagsMPEG.item(18); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGVideoBitrate() { return gTagsMPEG.item(19); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGVBRFrames() { return gTagsMPEG.item(20); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGVBRBytes() { return gTagsMPEG.item(21); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGVBRScale() { return gTagsMPEG.item(22); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGEncoder() { return gTagsMPEG.item(23); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGLameVBRQuality() { return gTagsMPEG.item(24); }
-const TagItem& detail::TagItemCatalogue17::itemMPEGLameQuality() { return gTagsMPEG.item(25); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGMPEGAudioVersion() { return detail::gTagsMPEG.item(0); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGAudioLayer() { return detail::gTagsMPEG.item(1); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGAudioBitrate() { return detail::gTagsMPEG.item(2); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGSampleRate() { return detail::gTagsMPEG.item(3); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGChannelMode() { return detail::gTagsMPEG.item(4); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGMSStereo() { return detail::gTagsMPEG.item(5); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGModeExtension() { return detail::gTagsMPEG.item(6); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGIntensityStereo() { return detail::gTagsMPEG.item(7); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGCopyrightFlag() { return detail::gTagsMPEG.item(8); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGOriginalMedia() { return detail::gTagsMPEG.item(9); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGEmphasis() { return detail::gTagsMPEG.item(10); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGLameMethod() { return detail::gTagsMPEG.item(11); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGLameLowPassFilter() { return detail::gTagsMPEG.item(12); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGLameBitrate() { return detail::gTagsMPEG.item(13); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGLameStereoMode() { return detail::gTagsMPEG.item(14); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGImageWidth() { return detail::gTagsMPEG.item(15); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGImageHeight() { return detail::gTagsMPEG.item(16); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGAspectRatio() { return detail::gTagsMPEG.item(17); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGFrameRate() { return detail::gTagsMPEG.item(18); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGVideoBitrate() { return detail::gTagsMPEG.item(19); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGVBRFrames() { return detail::gTagsMPEG.item(20); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGVBRBytes() { return detail::gTagsMPEG.item(21); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGVBRScale() { return detail::gTagsMPEG.item(22); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGEncoder() { return detail::gTagsMPEG.item(23); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGLameVBRQuality() { return detail::gTagsMPEG.item(24); }
+const TagItem& detail::TagItemCatalogue17::itemMPEGLameQuality() { return detail::gTagsMPEG.item(25); }
 
 const TagStrings& TagStringsCatalogue::stringsMPF() {
   return gStringsMPF.strings(&TagStringsCatalogue::stringTableMPF);
@@ -11588,33 +11594,33 @@ TagStringTable TagStringsCatalogue::stringTableMPF(ETLanguage language) {
   return gStringsMPF.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue17::allStreamsMPF() {
-  return gTagsMPF.all();
+  return detail::gTagsMPF.all();
 }
-const TagItem& detail::TagItemCatalogue17::itemMPFMPImageFlags() { return gTagsMPF.item(0); }
-const TagItem& detail::TagItemCatalogue17::itemMPFMPImageFormat() { return gTagsMPF.item(1); }
-const TagItem& detail::TagItemCatalogue17::itemMPFMPImageType() { return gTagsMPF.item(2); }
-const TagItem& detail::TagItemCatalogue17::itemMPFMPImageLength() { return gTagsMPF.item(3); }
-const TagItem& detail::TagItemCatalogue17::itemMPFMPImageStart() { return gTagsMPF.item(4); }
-const TagItem& detail::TagItemCatalogue17::itemMPFDependentImage1EntryNumber() { return gTagsMPF.item(5); }
-const TagItem& detail::TagItemCatalogue17::itemMPFDependentImage2EntryNumber() { return gTagsMPF.item(6); }
-const TagItem& detail::TagItemCatalogue17::itemMPFMPFVersion() { return gTagsMPF.item(7); }
-const TagItem& detail::TagItemCatalogue17::itemMPFNumberOfImages() { return gTagsMPF.item(8); }
-const TagItem& detail::TagItemCatalogue17::itemMPFImageUIDList() { return gTagsMPF.item(9); }
-const TagItem& detail::TagItemCatalogue17::itemMPFTotalFrames() { return gTagsMPF.item(10); }
-const TagItem& detail::TagItemCatalogue17::itemMPFMPIndividualNum() { return gTagsMPF.item(11); }
-const TagItem& detail::TagItemCatalogue17::itemMPFPanOrientation() { return gTagsMPF.item(12); }
-const TagItem& detail::TagItemCatalogue17::itemMPFPanOverlapH() { return gTagsMPF.item(13); }
-const TagItem& detail::TagItemCatalogue17::itemMPFPanOverlapV() { return gTagsMPF.item(14); }
-const TagItem& detail::TagItemCatalogue17::itemMPFBaseViewpointNum() { return gTagsMPF.item(15); }
-const TagItem& detail::TagItemCatalogue17::itemMPFConvergenceAngle() { return gTagsMPF.item(16); }
-const TagItem& detail::TagItemCatalogue17::itemMPFBaselineLength() { return gTagsMPF.item(17); }
-const TagItem& detail::TagItemCatalogue17::itemMPFVerticalDivergence() { return gTagsMPF.item(18); }
-const TagItem& detail::TagItemCatalogue17::itemMPFAxisDistanceX() { return gTagsMPF.item(19); }
-const TagItem& detail::TagItemCatalogue17::itemMPFAxisDistanceY() { return gTagsMPF.item(20); }
-const TagItem& detail::TagItemCatalogue17::itemMPFAxisDistanceZ() { return gTagsMPF.item(21); }
-const TagItem& detail::TagItemCatalogue17::itemMPFYawAngle() { return gTagsMPF.item(22); }
-const TagItem& detail::TagItemCatalogue17::itemMPFPitchAngle() { return gTagsMPF.item(23); }
-const TagItem& detail::TagItemCatalogue17::itemMPFRollAngle() { return gTagsMPF.item(24); }
+const TagItem& detail::TagItemCatalogue17::itemMPFMPImageFlags() { return detail::gTagsMPF.item(0); }
+const TagItem& detail::TagItemCatalogue17::itemMPFMPImageFormat() { return detail::gTagsMPF.item(1); }
+const TagItem& detail::TagItemCatalogue17::itemMPFMPImageType() { return detail::gTagsMPF.item(2); }
+const TagItem& detail::TagItemCatalogue17::itemMPFMPImageLength() { return detail::gTagsMPF.item(3); }
+const TagItem& detail::TagItemCatalogue17::itemMPFMPImageStart() { return detail::gTagsMPF.item(4); }
+const TagItem& detail::TagItemCatalogue17::itemMPFDependentImage1EntryNumber() { return detail::gTagsMPF.item(5); }
+const TagItem& detail::TagItemCatalogue17::itemMPFDependentImage2EntryNumber() { return detail::gTagsMPF.item(6); }
+const TagItem& detail::TagItemCatalogue17::itemMPFMPFVersion() { return detail::gTagsMPF.item(7); }
+const TagItem& detail::TagItemCatalogue17::itemMPFNumberOfImages() { return detail::gTagsMPF.item(8); }
+const TagItem& detail::TagItemCatalogue17::itemMPFImageUIDList() { return detail::gTagsMPF.item(9); }
+const TagItem& detail::TagItemCatalogue17::itemMPFTotalFrames() { return detail::gTagsMPF.item(10); }
+const TagItem& detail::TagItemCatalogue17::itemMPFMPIndividualNum() { return detail::gTagsMPF.item(11); }
+const TagItem& detail::TagItemCatalogue17::itemMPFPanOrientation() { return detail::gTagsMPF.item(12); }
+const TagItem& detail::TagItemCatalogue17::itemMPFPanOverlapH() { return detail::gTagsMPF.item(13); }
+const TagItem& detail::TagItemCatalogue17::itemMPFPanOverlapV() { return detail::gTagsMPF.item(14); }
+const TagItem& detail::TagItemCatalogue17::itemMPFBaseViewpointNum() { return detail::gTagsMPF.item(15); }
+const TagItem& detail::TagItemCatalogue17::itemMPFConvergenceAngle() { return detail::gTagsMPF.item(16); }
+const TagItem& detail::TagItemCatalogue17::itemMPFBaselineLength() { return detail::gTagsMPF.item(17); }
+const TagItem& detail::TagItemCatalogue17::itemMPFVerticalDivergence() { return detail::gTagsMPF.item(18); }
+const TagItem& detail::TagItemCatalogue17::itemMPFAxisDistanceX() { return detail::gTagsMPF.item(19); }
+const TagItem& detail::TagItemCatalogue17::itemMPFAxisDistanceY() { return detail::gTagsMPF.item(20); }
+const TagItem& detail::TagItemCatalogue17::itemMPFAxisDistanceZ() { return detail::gTagsMPF.item(21); }
+const TagItem& detail::TagItemCatalogue17::itemMPFYawAngle() { return detail::gTagsMPF.item(22); }
+const TagItem& detail::TagItemCatalogue17::itemMPFPitchAngle() { return detail::gTagsMPF.item(23); }
+const TagItem& detail::TagItemCatalogue17::itemMPFRollAngle() { return detail::gTagsMPF.item(24); }
 
 const TagStrings& TagStringsCatalogue::stringsMXF() {
   return gStringsMXF.strings(&TagStringsCatalogue::stringTableMXF);
@@ -11623,1326 +11629,1304 @@ TagStringTable TagStringsCatalogue::stringTableMXF(ETLanguage language) {
   return gStringsMXF.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue17::allStreamsMXF() {
-  return gTagsMXF.all();
+  return detail::gTagsMXF.all();
 }
-const TagItem& detail::TagItemCatalogue17::itemMXFMXFVersion() { return gTagsMXF.item(0); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFooterPosition() { return gTagsMXF.item(1); }
-const TagItem& detail::TagItemCatalogue17::itemMXFHeaderSize() { return gTagsMXF.item(2); }
-const TagItem& detail::TagItemCatalogue17::itemMXFOrganizationID() { return gTagsMXF.item(3); }
-const TagItem& detail::TagItemCatalogue17::itemMXFUPID() { return gTagsMXF.item(4); }
-const TagItem& detail::TagItemCatalogue17::itemMXFUPN() { return gTagsMXF.item(5); }
-const TagItem& detail::TagItemCatalogue17::itemMXFIBTN() { return gTagsMXF.item(6); }
-const TagItem& detail::TagItemCatalogue17::itemMXFISAN() { return gTagsMXF.item(7); }
-const TagItem& detail::TagItemCatalogue17::itemMXFISBN() { return gTagsMXF.item(8); }
-const TagItem& detail::TagItemCatalogue17::itemMXFISSN() { return gTagsMXF.item(9); }
-const TagItem& detail::TagItemCatalogue17::itemMXFISWC() { return gTagsMXF.item(10); }
-const TagItem& detail::TagItemCatalogue17::itemMXFISMN() { return gTagsMXF.item(11); }
-const TagItem& detail::TagItemCatalogue17::itemMXFISCI() { return gTagsMXF.item(12); }
-const TagItem& detail::TagItemCatalogue17::itemMXFISRC() { return gTagsMXF.item(13); }
-const TagItem& detail::TagItemCatalogue17::itemMXFISRN() { return gTagsMXF.item(14); }
-const TagItem& detail::TagItemCatalogue17::itemMXFISBD() { return gTagsMXF.item(15); }
-const TagItem& detail::TagItemCatalogue17::itemMXFISTC() { return gTagsMXF.item(16); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSICI() { return gTagsMXF.item(17); }
-const TagItem& detail::TagItemCatalogue17::itemMXFBICI() { return gTagsMXF.item(18); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAICI() { return gTagsMXF.item(19); }
-const TagItem& detail::TagItemCatalogue17::itemMXFPII() { return gTagsMXF.item(20); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDOI() { return gTagsMXF.item(21); }
-const TagItem& detail::TagItemCatalogue17::itemMXFInstanceUID() { return gTagsMXF.item(22); }
-const TagItem& detail::TagItemCatalogue17::itemMXFPackageID() { return gTagsMXF.item(23); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDeviceDesignation() { return gTagsMXF.item(24); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDeviceModel() { return gTagsMXF.item(25); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDeviceSerialNumber() { return gTagsMXF.item(26); }
-const TagItem& detail::TagItemCatalogue17::itemMXFURL() { return gTagsMXF.item(27); }
-const TagItem& detail::TagItemCatalogue17::itemMXFPURL() { return gTagsMXF.item(28); }
-const TagItem& detail::TagItemCatalogue17::itemMXFURN() { return gTagsMXF.item(29); }
-const TagItem& detail::TagItemCatalogue17::itemMXFTransmissionID() { return gTagsMXF.item(30); }
-const TagItem& detail::TagItemCatalogue17::itemMXFArchiveID() { return gTagsMXF.item(31); }
-const TagItem& detail::TagItemCatalogue17::itemMXFItemID() { return gTagsMXF.item(32); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAccountingReferenceNumber() { return gTagsMXF.item(33); }
-const TagItem& detail::TagItemCatalogue17::itemMXFTrafficID() { return gTagsMXF.item(34); }
-const TagItem& detail::TagItemCatalogue17::itemMXFReelOrRollNumber() { return gTagsMXF.item(35); }
-const TagItem& detail::TagItemCatalogue17::itemMXFLocalTapeNumber() { return gTagsMXF.item(36); }
-const TagItem& detail::TagItemCatalogue17::itemMXFLUID() { return gTagsMXF.item(37); }
-const TagItem& detail::TagItemCatalogue17::itemMXFPackageName() { return gTagsMXF.item(38); }
-const TagItem& detail::TagItemCatalogue17::itemMXFLocalFilePath() { return gTagsMXF.item(39); }
-const TagItem& detail::TagItemCatalogue17::itemMXFEdgeCode() { return gTagsMXF.item(40); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFrameCode() { return gTagsMXF.item(41); }
-const TagItem& detail::TagItemCatalogue17::itemMXFKeyCode() { return gTagsMXF.item(42); }
-const TagItem& detail::TagItemCatalogue17::itemMXFInkNumber() { return gTagsMXF.item(43); }
-const TagItem& detail::TagItemCatalogue17::itemMXFKeyText() { return gTagsMXF.item(44); }
-const TagItem& detail::TagItemCatalogue17::itemMXFKeyFrame() { return gTagsMXF.item(45); }
-const TagItem& detail::TagItemCatalogue17::itemMXFKeySound() { return gTagsMXF.item(46); }
-const TagItem& detail::TagItemCatalogue17::itemMXFKeyDataOrProgram() { return gTagsMXF.item(47); }
-const TagItem& detail::TagItemCatalogue17::itemMXFTitleKind() { return gTagsMXF.item(48); }
-const TagItem& detail::TagItemCatalogue17::itemMXFMainTitle() { return gTagsMXF.item(49); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSecondaryTitle() { return gTagsMXF.item(50); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSeriesNumber() { return gTagsMXF.item(51); }
-const TagItem& detail::TagItemCatalogue17::itemMXFEpisodeNumber() { return gTagsMXF.item(52); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSceneNumber() { return gTagsMXF.item(53); }
-const TagItem& detail::TagItemCatalogue17::itemMXFTakeNumber() { return gTagsMXF.item(54); }
-const TagItem& detail::TagItemCatalogue17::itemMXFCISACLegalEntityID() { return gTagsMXF.item(55); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAGICOAID() { return gTagsMXF.item(56); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSourceOrganization() { return gTagsMXF.item(57); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSupplyContractNumber() { return gTagsMXF.item(58); }
-const TagItem& detail::TagItemCatalogue17::itemMXFOriginalProducerName() { return gTagsMXF.item(59); }
-const TagItem& detail::TagItemCatalogue17::itemMXFTotalEpisodeCount() { return gTagsMXF.item(60); }
-const TagItem& detail::TagItemCatalogue17::itemMXFCopyrightStatus() { return gTagsMXF.item(61); }
-const TagItem& detail::TagItemCatalogue17::itemMXFCopyrightOwnerName() { return gTagsMXF.item(62); }
-const TagItem& detail::TagItemCatalogue17::itemMXFIntellectualPropertyDescription() { return gTagsMXF.item(63); }
-const TagItem& detail::TagItemCatalogue17::itemMXFIntellectualPropertyRights() { return gTagsMXF.item(64); }
-const TagItem& detail::TagItemCatalogue17::itemMXFRightsholder() { return gTagsMXF.item(65); }
-const TagItem& detail::TagItemCatalogue17::itemMXFRightsManagementAuthority() { return gTagsMXF.item(66); }
-const TagItem& detail::TagItemCatalogue17::itemMXFInterestedPartyName() { return gTagsMXF.item(67); }
-const TagItem& detail::TagItemCatalogue17::itemMXFMaximumUseCount() { return gTagsMXF.item(68); }
-const TagItem& detail::TagItemCatalogue17::itemMXFLicenseOptionsDescription() { return gTagsMXF.item(69); }
-const TagItem& detail::TagItemCatalogue17::itemMXFCurrencyCode() { return gTagsMXF.item(70); }
-const TagItem& detail::TagItemCatalogue17::itemMXFRoyaltyPaymentInformation() { return gTagsMXF.item(71); }
-const TagItem& detail::TagItemCatalogue17::itemMXFRoyaltyIncomeInformation() { return gTagsMXF.item(72); }
-const TagItem& detail::TagItemCatalogue17::itemMXFRestrictionsonUse() { return gTagsMXF.item(73); }
-const TagItem& detail::TagItemCatalogue17::itemMXFExCCIData() { return gTagsMXF.item(74); }
-const TagItem& detail::TagItemCatalogue17::itemMXFUserName() { return gTagsMXF.item(75); }
-const TagItem& detail::TagItemCatalogue17::itemMXFPassword() { return gTagsMXF.item(76); }
-const TagItem& detail::TagItemCatalogue17::itemMXFScramblingKeyKind() { return gTagsMXF.item(77); }
-const TagItem& detail::TagItemCatalogue17::itemMXFScramblingKeyValue() { return gTagsMXF.item(78); }
-const TagItem& detail::TagItemCatalogue17::itemMXFBroadcastOrganizationName() { return gTagsMXF.item(79); }
-const TagItem& detail::TagItemCatalogue17::itemMXFBroadcastChannel() { return gTagsMXF.item(80); }
-const TagItem& detail::TagItemCatalogue17::itemMXFBroadcastMediumKind() { return gTagsMXF.item(81); }
-const TagItem& detail::TagItemCatalogue17::itemMXFBroadcastRegion() { return gTagsMXF.item(82); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFirstBroadcastFlag() { return gTagsMXF.item(83); }
-const TagItem& detail::TagItemCatalogue17::itemMXFCurrentRepeatNumber() { return gTagsMXF.item(84); }
-const TagItem& detail::TagItemCatalogue17::itemMXFPreviousRepeatNumber() { return gTagsMXF.item(85); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAudienceRating() { return gTagsMXF.item(86); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAudienceReach() { return gTagsMXF.item(87); }
-const TagItem& detail::TagItemCatalogue17::itemMXFNatureOfPersonality() { return gTagsMXF.item(88); }
-const TagItem& detail::TagItemCatalogue17::itemMXFContributionStatus() { return gTagsMXF.item(89); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSupportOrAdministrationStatus() { return gTagsMXF.item(90); }
-const TagItem& detail::TagItemCatalogue17::itemMXFOrganizationKind() { return gTagsMXF.item(91); }
-const TagItem& detail::TagItemCatalogue17::itemMXFProductionOrganizationRole() { return gTagsMXF.item(92); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSupportOrganizationRole() { return gTagsMXF.item(93); }
-const TagItem& detail::TagItemCatalogue17::itemMXFJobFunctionName() { return gTagsMXF.item(94); }
-const TagItem& detail::TagItemCatalogue17::itemMXFRoleName() { return gTagsMXF.item(95); }
-const TagItem& detail::TagItemCatalogue17::itemMXFContactKind() { return gTagsMXF.item(96); }
-const TagItem& detail::TagItemCatalogue17::itemMXFContactDepartmentName() { return gTagsMXF.item(97); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFamilyName() { return gTagsMXF.item(98); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFirstGivenName() { return gTagsMXF.item(99); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSecondGivenName() { return gTagsMXF.item(100); }
-const TagItem& detail::TagItemCatalogue17::itemMXFThirdGivenName() { return gTagsMXF.item(101); }
-const TagItem& detail::TagItemCatalogue17::itemMXFMainName() { return gTagsMXF.item(102); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSupplementaryName() { return gTagsMXF.item(103); }
-const TagItem& detail::TagItemCatalogue17::itemMXFOrganizationMainName() { return gTagsMXF.item(104); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSupplementaryOrganizationName() { return gTagsMXF.item(105); }
-const TagItem& detail::TagItemCatalogue17::itemMXFISO3166CountryCode() { return gTagsMXF.item(106); }
-const TagItem& detail::TagItemCatalogue17::itemMXFISO639_1LanguageCode() { return gTagsMXF.item(107); }
-const TagItem& detail::TagItemCatalogue17::itemMXFOperatingSystemInterpretations() { return gTagsMXF.item(108); }
-const TagItem& detail::TagItemCatalogue17::itemMXFByteOrder() { return gTagsMXF.item(109); }
-const TagItem& detail::TagItemCatalogue17::itemMXFEssenceIsIdentified() { return gTagsMXF.item(110); }
-const TagItem& detail::TagItemCatalogue17::itemMXFLengthSystemName() { return gTagsMXF.item(111); }
-const TagItem& detail::TagItemCatalogue17::itemMXFLengthUnitKind() { return gTagsMXF.item(112); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAngularUnitKind() { return gTagsMXF.item(113); }
-const TagItem& detail::TagItemCatalogue17::itemMXFTimeSystemOffset() { return gTagsMXF.item(114); }
-const TagItem& detail::TagItemCatalogue17::itemMXFTimeUnitKind() { return gTagsMXF.item(115); }
-const TagItem& detail::TagItemCatalogue17::itemMXFContentCodingSystem() { return gTagsMXF.item(116); }
-const TagItem& detail::TagItemCatalogue17::itemMXFProgramKind() { return gTagsMXF.item(117); }
-const TagItem& detail::TagItemCatalogue17::itemMXFGenre() { return gTagsMXF.item(118); }
-const TagItem& detail::TagItemCatalogue17::itemMXFTargetAudience() { return gTagsMXF.item(119); }
-const TagItem& detail::TagItemCatalogue17::itemMXFCatalogDataStatus() { return gTagsMXF.item(120); }
-const TagItem& detail::TagItemCatalogue17::itemMXFThesaurusName() { return gTagsMXF.item(121); }
-const TagItem& detail::TagItemCatalogue17::itemMXFTheme() { return gTagsMXF.item(122); }
-const TagItem& detail::TagItemCatalogue17::itemMXFContentClassification() { return gTagsMXF.item(123); }
-const TagItem& detail::TagItemCatalogue17::itemMXFKeywords() { return gTagsMXF.item(124); }
-const TagItem& detail::TagItemCatalogue17::itemMXFKeyFrames() { return gTagsMXF.item(125); }
-const TagItem& detail::TagItemCatalogue17::itemMXFKeySounds() { return gTagsMXF.item(126); }
-const TagItem& detail::TagItemCatalogue17::itemMXFKeyData() { return gTagsMXF.item(127); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAbstract() { return gTagsMXF.item(128); }
-const TagItem& detail::TagItemCatalogue17::itemMXFPurpose() { return gTagsMXF.item(129); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDescription() { return gTagsMXF.item(130); }
-const TagItem& detail::TagItemCatalogue17::itemMXFColorDescriptor() { return gTagsMXF.item(131); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFormatDescriptor() { return gTagsMXF.item(132); }
-const TagItem& detail::TagItemCatalogue17::itemMXFStratumKind() { return gTagsMXF.item(133); }
-const TagItem& detail::TagItemCatalogue17::itemMXFIndividualAwardName() { return gTagsMXF.item(134); }
-const TagItem& detail::TagItemCatalogue17::itemMXFProgramAwardName() { return gTagsMXF.item(135); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAssetValue() { return gTagsMXF.item(136); }
-const TagItem& detail::TagItemCatalogue17::itemMXFContentValue() { return gTagsMXF.item(137); }
-const TagItem& detail::TagItemCatalogue17::itemMXFCulturalValue() { return gTagsMXF.item(138); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAestheticValue() { return gTagsMXF.item(139); }
-const TagItem& detail::TagItemCatalogue17::itemMXFHistoricalValue() { return gTagsMXF.item(140); }
-const TagItem& detail::TagItemCatalogue17::itemMXFTechnicalValue() { return gTagsMXF.item(141); }
-const TagItem& detail::TagItemCatalogue17::itemMXFOtherValues() { return gTagsMXF.item(142); }
-const TagItem& detail::TagItemCatalogue17::itemMXFCatalogingSystemName() { return gTagsMXF.item(143); }
-const TagItem& detail::TagItemCatalogue17::itemMXFComputedKeywords() { return gTagsMXF.item(144); }
-const TagItem& detail::TagItemCatalogue17::itemMXFComputedKeyFrames() { return gTagsMXF.item(145); }
-const TagItem& detail::TagItemCatalogue17::itemMXFComputedKeySounds() { return gTagsMXF.item(146); }
-const TagItem& detail::TagItemCatalogue17::itemMXFComputedKeyData() { return gTagsMXF.item(147); }
-const TagItem& detail::TagItemCatalogue17::itemMXFComputedStratumKind() { return gTagsMXF.item(148); }
-const TagItem& detail::TagItemCatalogue17::itemMXFPresentationAspectRatio() { return gTagsMXF.item(149); }
-const TagItem& detail::TagItemCatalogue17::itemMXFCaptureAspectRatio() { return gTagsMXF.item(150); }
-const TagItem& detail::TagItemCatalogue17::itemMXFCaptureGammaEquation() { return gTagsMXF.item(151); }
-const TagItem& detail::TagItemCatalogue17::itemMXFLumaEquation() { return gTagsMXF.item(152); }
-const TagItem& detail::TagItemCatalogue17::itemMXFColorimetryCode() { return gTagsMXF.item(153); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSignalFormCode() { return gTagsMXF.item(154); }
-const TagItem& detail::TagItemCatalogue17::itemMXFColorFieldCode() { return gTagsMXF.item(155); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFieldRate() { return gTagsMXF.item(156); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFrameRate() { return gTagsMXF.item(157); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFrameLayout() { return gTagsMXF.item(158); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSamplingStructureCode() { return gTagsMXF.item(159); }
-const TagItem& detail::TagItemCatalogue17::itemMXFTotalLinesperFrame() { return gTagsMXF.item(160); }
-const TagItem& detail::TagItemCatalogue17::itemMXFActiveLinesperFrame() { return gTagsMXF.item(161); }
-const TagItem& detail::TagItemCatalogue17::itemMXFLeadingLines() { return gTagsMXF.item(162); }
-const TagItem& detail::TagItemCatalogue17::itemMXFTrailingLines() { return gTagsMXF.item(163); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAnalogVideoSystemName() { return gTagsMXF.item(164); }
-const TagItem& detail::TagItemCatalogue17::itemMXFLuminanceSampleRate() { return gTagsMXF.item(165); }
-const TagItem& detail::TagItemCatalogue17::itemMXFActiveSamplesperLine() { return gTagsMXF.item(166); }
-const TagItem& detail::TagItemCatalogue17::itemMXFTotalSamplesperLine() { return gTagsMXF.item(167); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSamplingHierarchyCode() { return gTagsMXF.item(168); }
-const TagItem& detail::TagItemCatalogue17::itemMXFHorizontalSubsampling() { return gTagsMXF.item(169); }
-const TagItem& detail::TagItemCatalogue17::itemMXFColorSiting() { return gTagsMXF.item(170); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSampledHeight() { return gTagsMXF.item(171); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSampledWidth() { return gTagsMXF.item(172); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSampledXOffset() { return gTagsMXF.item(173); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSampledYOffset() { return gTagsMXF.item(174); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDisplayHeight() { return gTagsMXF.item(175); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDisplayWidth() { return gTagsMXF.item(176); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDisplayXOffset() { return gTagsMXF.item(177); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDisplayYOffset() { return gTagsMXF.item(178); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFilteringCode() { return gTagsMXF.item(179); }
-const TagItem& detail::TagItemCatalogue17::itemMXFImageHeight() { return gTagsMXF.item(180); }
-const TagItem& detail::TagItemCatalogue17::itemMXFImageWidth() { return gTagsMXF.item(181); }
-const TagItem& detail::TagItemCatalogue17::itemMXFBitsPerPixel() { return gTagsMXF.item(182); }
-const TagItem& detail::TagItemCatalogue17::itemMXFRoundingMethodCode() { return gTagsMXF.item(183); }
-const TagItem& detail::TagItemCatalogue17::itemMXFBlackReferenceLevel() { return gTagsMXF.item(184); }
-const TagItem& detail::TagItemCatalogue17::itemMXFWhiteReferenceLevel() { return gTagsMXF.item(185); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFieldFrameTypeCode() { return gTagsMXF.item(186); }
-const TagItem& detail::TagItemCatalogue17::itemMXFPulldownSequence() { return gTagsMXF.item(187); }
-const TagItem& detail::TagItemCatalogue17::itemMXFPulldownFieldDominance() { return gTagsMXF.item(188); }
-const TagItem& detail::TagItemCatalogue17::itemMXFVideoAndFilmFrameRelationship() { return gTagsMXF.item(189); }
-const TagItem& detail::TagItemCatalogue17::itemMXFCaptureFilmFrameRate() { return gTagsMXF.item(190); }
-const TagItem& detail::TagItemCatalogue17::itemMXFTransferFilmFrameRate() { return gTagsMXF.item(191); }
-const TagItem& detail::TagItemCatalogue17::itemMXFVideoTestParameter() { return gTagsMXF.item(192); }
-const TagItem& detail::TagItemCatalogue17::itemMXFVideoTestResult() { return gTagsMXF.item(193); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFilmTestParameter() { return gTagsMXF.item(194); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFilmTestResult() { return gTagsMXF.item(195); }
-const TagItem& detail::TagItemCatalogue17::itemMXFElectrospatialFormulation() { return gTagsMXF.item(196); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFilteringApplied() { return gTagsMXF.item(197); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAudioReferenceLevel() { return gTagsMXF.item(198); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAudioMonoChannelCount() { return gTagsMXF.item(199); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAudioStereoChannelCount() { return gTagsMXF.item(200); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAnalogSystem() { return gTagsMXF.item(201); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAudioSampleRate() { return gTagsMXF.item(202); }
-const TagItem& detail::TagItemCatalogue17::itemMXFBitsPerSample() { return gTagsMXF.item(203); }
-const TagItem& detail::TagItemCatalogue17::itemMXFRoundingLaw() { return gTagsMXF.item(204); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDither() { return gTagsMXF.item(205); }
-const TagItem& detail::TagItemCatalogue17::itemMXFOpticalTrack() { return gTagsMXF.item(206); }
-const TagItem& detail::TagItemCatalogue17::itemMXFMagneticTrack() { return gTagsMXF.item(207); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSignal_to_NoiseRatio() { return gTagsMXF.item(208); }
-const TagItem& detail::TagItemCatalogue17::itemMXFWeighting() { return gTagsMXF.item(209); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAnalogDataCodingKind() { return gTagsMXF.item(210); }
-const TagItem& detail::TagItemCatalogue17::itemMXFTimecodeKind() { return gTagsMXF.item(211); }
-const TagItem& detail::TagItemCatalogue17::itemMXFTimecodeTimebase() { return gTagsMXF.item(212); }
-const TagItem& detail::TagItemCatalogue17::itemMXFTimecodeUserBitsFlag() { return gTagsMXF.item(213); }
-const TagItem& detail::TagItemCatalogue17::itemMXFIncludeSync() { return gTagsMXF.item(214); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDropFrame() { return gTagsMXF.item(215); }
-const TagItem& detail::TagItemCatalogue17::itemMXFTimecodeSourceKind() { return gTagsMXF.item(216); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAnalogMetadataCarrier() { return gTagsMXF.item(217); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDigitalMetadataCarrier() { return gTagsMXF.item(218); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAnalogMonitoringAndControlCodingKind() { return gTagsMXF.item(219); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSampleRate() { return gTagsMXF.item(220); }
-const TagItem& detail::TagItemCatalogue17::itemMXFEssenceLength() { return gTagsMXF.item(221); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFilmColorProcess() { return gTagsMXF.item(222); }
-const TagItem& detail::TagItemCatalogue17::itemMXFEdgeCodeFormat() { return gTagsMXF.item(223); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFilmFormatName() { return gTagsMXF.item(224); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFilmStockKind() { return gTagsMXF.item(225); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFilmStockManufacturerName() { return gTagsMXF.item(226); }
-const TagItem& detail::TagItemCatalogue17::itemMXFPhysicalMediaLength() { return gTagsMXF.item(227); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFilmCaptureAperture() { return gTagsMXF.item(228); }
-const TagItem& detail::TagItemCatalogue17::itemMXFImageCategory() { return gTagsMXF.item(229); }
-const TagItem& detail::TagItemCatalogue17::itemMXFImageSourceDeviceKind() { return gTagsMXF.item(230); }
-const TagItem& detail::TagItemCatalogue17::itemMXFOpticalTestParameterName() { return gTagsMXF.item(231); }
-const TagItem& detail::TagItemCatalogue17::itemMXFOpticalTestResult() { return gTagsMXF.item(232); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSensorType() { return gTagsMXF.item(233); }
-const TagItem& detail::TagItemCatalogue17::itemMXFPolarCharacteristic() { return gTagsMXF.item(234); }
-const TagItem& detail::TagItemCatalogue17::itemMXFIntegrationIndication() { return gTagsMXF.item(235); }
-const TagItem& detail::TagItemCatalogue17::itemMXFEventIndication() { return gTagsMXF.item(236); }
-const TagItem& detail::TagItemCatalogue17::itemMXFQualityFlag() { return gTagsMXF.item(237); }
-const TagItem& detail::TagItemCatalogue17::itemMXFPhysicalInstanceKind() { return gTagsMXF.item(238); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDigitalOrAnalogOrigination() { return gTagsMXF.item(239); }
-const TagItem& detail::TagItemCatalogue17::itemMXFMicrophonePlacementTechniques() { return gTagsMXF.item(240); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSimpleFlaggingCount() { return gTagsMXF.item(241); }
-const TagItem& detail::TagItemCatalogue17::itemMXFCopyCount() { return gTagsMXF.item(242); }
-const TagItem& detail::TagItemCatalogue17::itemMXFCloneCount() { return gTagsMXF.item(243); }
-const TagItem& detail::TagItemCatalogue17::itemMXFWork_in_ProgressFlag() { return gTagsMXF.item(244); }
-const TagItem& detail::TagItemCatalogue17::itemMXFVideoOrImageCompressionAlgorithm() { return gTagsMXF.item(245); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSplicingMetadata() { return gTagsMXF.item(246); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAudioCompressionAlgorithm() { return gTagsMXF.item(247); }
-const TagItem& detail::TagItemCatalogue17::itemMXFVideoNoiseReductionAlgorithm() { return gTagsMXF.item(248); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAudioNoiseReductionAlgorithm() { return gTagsMXF.item(249); }
-const TagItem& detail::TagItemCatalogue17::itemMXFEnhancementOrModificationDescription() { return gTagsMXF.item(250); }
-const TagItem& detail::TagItemCatalogue17::itemMXFVideoDeviceKind() { return gTagsMXF.item(251); }
-const TagItem& detail::TagItemCatalogue17::itemMXFVideoDeviceParameterName() { return gTagsMXF.item(252); }
-const TagItem& detail::TagItemCatalogue17::itemMXFVideoDeviceParameterSetting() { return gTagsMXF.item(253); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAudioEnhancementOrModificationDescription() { return gTagsMXF.item(254); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAudioFirstMix_DownProcess() { return gTagsMXF.item(255); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAudioDeviceKind() { return gTagsMXF.item(256); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAudioDeviceParameter() { return gTagsMXF.item(257); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAudioDeviceParameterSetting() { return gTagsMXF.item(258); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDataEnhancementOrModificationDescription() { return gTagsMXF.item(259); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDataDeviceKind() { return gTagsMXF.item(260); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDataDeviceParameterName() { return gTagsMXF.item(261); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDataDeviceParameterSetting() { return gTagsMXF.item(262); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDefaultFadeType() { return gTagsMXF.item(263); }
-const TagItem& detail::TagItemCatalogue17::itemMXFActiveState() { return gTagsMXF.item(264); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFade_InType() { return gTagsMXF.item(265); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFade_OutType() { return gTagsMXF.item(266); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSpeedChangeEffectFlag() { return gTagsMXF.item(267); }
-const TagItem& detail::TagItemCatalogue17::itemMXFInputSegmentCount() { return gTagsMXF.item(268); }
-const TagItem& detail::TagItemCatalogue17::itemMXFBypass() { return gTagsMXF.item(269); }
-const TagItem& detail::TagItemCatalogue17::itemMXFVideoCompressionAlgorithm() { return gTagsMXF.item(270); }
-const TagItem& detail::TagItemCatalogue17::itemMXFMPEGVideoRecodingDataset() { return gTagsMXF.item(271); }
-const TagItem& detail::TagItemCatalogue17::itemMXFUpstreamAudioCompressionAlgorithm() { return gTagsMXF.item(272); }
-const TagItem& detail::TagItemCatalogue17::itemMXFMPEGAudioRecodingDataset() { return gTagsMXF.item(273); }
-const TagItem& detail::TagItemCatalogue17::itemMXFProgramSupportMaterialReference() { return gTagsMXF.item(274); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAdvertisingMaterialReference() { return gTagsMXF.item(275); }
-const TagItem& detail::TagItemCatalogue17::itemMXFProgramCommercialMaterialReference() { return gTagsMXF.item(276); }
-const TagItem& detail::TagItemCatalogue17::itemMXFContiguousDataFlag() { return gTagsMXF.item(277); }
-const TagItem& detail::TagItemCatalogue17::itemMXFPositionInSequence() { return gTagsMXF.item(278); }
-const TagItem& detail::TagItemCatalogue17::itemMXFRelativePositionInSequenceOffset() { return gTagsMXF.item(279); }
-const TagItem& detail::TagItemCatalogue17::itemMXFRelativePositionInSequenceName() { return gTagsMXF.item(280); }
-const TagItem& detail::TagItemCatalogue17::itemMXFImageCoordinateSystem() { return gTagsMXF.item(281); }
-const TagItem& detail::TagItemCatalogue17::itemMXFMapDatumUsed() { return gTagsMXF.item(282); }
-const TagItem& detail::TagItemCatalogue17::itemMXFLocalDatumAbsolutePositionAccuracy() { return gTagsMXF.item(283); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDeviceAbsolutePositionalAccuracy() { return gTagsMXF.item(284); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDeviceAltitude() { return gTagsMXF.item(285); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDeviceLatitude() { return gTagsMXF.item(286); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDeviceLongitude() { return gTagsMXF.item(287); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDeviceXDimension() { return gTagsMXF.item(288); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDeviceYDimension() { return gTagsMXF.item(289); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFramePositionalAccuracy() { return gTagsMXF.item(290); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFrameCenterLatitude() { return gTagsMXF.item(291); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFrameCenterLongitude() { return gTagsMXF.item(292); }
-const TagItem& detail::TagItemCatalogue17::itemMXFFrameCenterLatitudeLongitude() { return gTagsMXF.item(293); }
-const TagItem& detail::TagItemCatalogue17::itemMXFLocalDatumRelativePositionAccuracy() { return gTagsMXF.item(294); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDeviceRelativePositionalAccuracy() { return gTagsMXF.item(295); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDeviceRelativePositionX() { return gTagsMXF.item(296); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDeviceRelativePositionY() { return gTagsMXF.item(297); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDeviceRelativePositionZ() { return gTagsMXF.item(298); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSubjectRelativePositionalAccuracy() { return gTagsMXF.item(299); }
-const TagItem& detail::TagItemCatalogue17::itemMXFPositionWithinViewportImageXCoordinate() { return gTagsMXF.item(300); }
-const TagItem& detail::TagItemCatalogue17::itemMXFPositionWithinViewportImageYCoordinate() { return gTagsMXF.item(301); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSourceImageCenterXCoordinate() { return gTagsMXF.item(302); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSourceImageCenterYCoordinate() { return gTagsMXF.item(303); }
-const TagItem& detail::TagItemCatalogue17::itemMXFViewportImageCenterCCoordinate() { return gTagsMXF.item(304); }
-const TagItem& detail::TagItemCatalogue17::itemMXFViewportImageCenterYCoordinate() { return gTagsMXF.item(305); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDeviceAbsoluteSpeed() { return gTagsMXF.item(306); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDeviceAbsoluteHeading() { return gTagsMXF.item(307); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSubjectAbsoluteSpeed() { return gTagsMXF.item(308); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSubjectAbsoluteHeading() { return gTagsMXF.item(309); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDeviceRelativeSpeed() { return gTagsMXF.item(310); }
-const TagItem& detail::TagItemCatalogue17::itemMXFDeviceRelativeHeading() { return gTagsMXF.item(311); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSubjectRelativeSpeed() { return gTagsMXF.item(312); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSubjectRelativeHeading() { return gTagsMXF.item(313); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSlantRange() { return gTagsMXF.item(314); }
-const TagItem& detail::TagItemCatalogue17::itemMXFTargetWidth() { return gTagsMXF.item(315); }
-const TagItem& detail::TagItemCatalogue17::itemMXFViewportHeight() { return gTagsMXF.item(316); }
-const TagItem& detail::TagItemCatalogue17::itemMXFViewportWidth() { return gTagsMXF.item(317); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSensorRollAngle() { return gTagsMXF.item(318); }
-const TagItem& detail::TagItemCatalogue17::itemMXFAngleToNorth() { return gTagsMXF.item(319); }
-const TagItem& detail::TagItemCatalogue17::itemMXFObliquityAngle() { return gTagsMXF.item(320); }
-const TagItem& detail::TagItemCatalogue17::itemMXFPlaceKeyword() { return gTagsMXF.item(321); }
-const TagItem& detail::TagItemCatalogue17::itemMXFObjectCountryCode() { return gTagsMXF.item(322); }
-const TagItem& detail::TagItemCatalogue17::itemMXFShootingCountryCode() { return gTagsMXF.item(323); }
-const TagItem& detail::TagItemCatalogue17::itemMXFSettingCountryCode() { return gTagsMXF.item(324); }
-const TagItem& detail::TagItemCatalogue17::itemMXFCopyrightLicenseCountryCode() { return gTagsMXF.item(325); }
-const TagItem& detail::TagItemCatalogue17::itemMXFIntellectualPropertyLicenseCountryCode() { return gTagsMXF.item(326); }
-const TagItem& detail::TagItemCatalogue17::itemMXFObjectRegionCode() { return gTagsMXF.item(327); }
-const TagItem& detail::TagItemCatalogue18::itemMXFShootingRegionCode() { return gTagsMXF.item(328); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSettingRegionCode() { return gTagsMXF.item(329); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCopyrightLicenseRegionCode() { return gTagsMXF.item(330); }
-const TagItem& detail::TagItemCatalogue18::itemMXFIntellectualPropertyLicenseRegionCode() { return gTagsMXF.item(331); }
-const TagItem& detail::TagItemCatalogue18::itemMXFRoomNumber() { return gTagsMXF.item(332); }
-const TagItem& detail::TagItemCatalogue18::itemMXFStreetNumber() { return gTagsMXF.item(333); }
-const TagItem& detail::TagItemCatalogue18::itemMXFStreetName() { return gTagsMXF.item(334); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPostalTown() { return gTagsMXF.item(335); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCityName() { return gTagsMXF.item(336); }
-const TagItem& detail::TagItemCatalogue18::itemMXFStateOrProvinceOrCountyName() { return gTagsMXF.item(337); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPostalCode() { return gTagsMXF.item(338); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCountryName() { return gTagsMXF.item(339); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSettingRoomNumber() { return gTagsMXF.item(340); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSettingStreetNumberOrBuildingName() { return gTagsMXF.item(341); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSettingStreetName() { return gTagsMXF.item(342); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSettingTownName() { return gTagsMXF.item(343); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSettingCityName() { return gTagsMXF.item(344); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSettingStateOrProvinceOrCountyName() { return gTagsMXF.item(345); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSettingPostalCode() { return gTagsMXF.item(346); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSettingCountryName() { return gTagsMXF.item(347); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTelephoneNumber() { return gTagsMXF.item(348); }
-const TagItem& detail::TagItemCatalogue18::itemMXFFaxNumber() { return gTagsMXF.item(349); }
-const TagItem& detail::TagItemCatalogue18::itemMXFE_mailAddress() { return gTagsMXF.item(350); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSettingDescription() { return gTagsMXF.item(351); }
-const TagItem& detail::TagItemCatalogue18::itemMXFUTCUserDateTime() { return gTagsMXF.item(352); }
-const TagItem& detail::TagItemCatalogue18::itemMXFLocalUserDateTime() { return gTagsMXF.item(353); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSMPTE309MUserDateTime() { return gTagsMXF.item(354); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSMPTE12MUserDateTime() { return gTagsMXF.item(355); }
-const TagItem& detail::TagItemCatalogue18::itemMXFUTCStartDateTime() { return gTagsMXF.item(356); }
-const TagItem& detail::TagItemCatalogue18::itemMXFLocalStartDateTime() { return gTagsMXF.item(357); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTimecodeStartDateTime() { return gTagsMXF.item(358); }
-const TagItem& detail::TagItemCatalogue18::itemMXFUTCEndDateTime() { return gTagsMXF.item(359); }
-const TagItem& detail::TagItemCatalogue18::itemMXFLocalEndDateTime() { return gTagsMXF.item(360); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTimecodeEndDateTime() { return gTagsMXF.item(361); }
-const TagItem& detail::TagItemCatalogue18::itemMXFUTCLastModifyDate() { return gTagsMXF.item(362); }
-const TagItem& detail::TagItemCatalogue18::itemMXFLocalLastModifyDate() { return gTagsMXF.item(363); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTimecodeLastModifyDate() { return gTagsMXF.item(364); }
-const TagItem& detail::TagItemCatalogue18::itemMXFUTCEventStartDateTime() { return gTagsMXF.item(365); }
-const TagItem& detail::TagItemCatalogue18::itemMXFLocalEventStartDateTime() { return gTagsMXF.item(366); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTimecodeEventStartDateTime() { return gTagsMXF.item(367); }
-const TagItem& detail::TagItemCatalogue18::itemMXFUTCEventEndDateTime() { return gTagsMXF.item(368); }
-const TagItem& detail::TagItemCatalogue18::itemMXFLocalEventEndDateTime() { return gTagsMXF.item(369); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTimecodeEventEndDateTime() { return gTagsMXF.item(370); }
-const TagItem& detail::TagItemCatalogue18::itemMXFStartTimeRelativeToReference() { return gTagsMXF.item(371); }
-const TagItem& detail::TagItemCatalogue18::itemMXFStartTimecodeRelativeToReference() { return gTagsMXF.item(372); }
-const TagItem& detail::TagItemCatalogue18::itemMXFMaterialEndTimeOffset() { return gTagsMXF.item(373); }
-const TagItem& detail::TagItemCatalogue18::itemMXFMaterialEndTimecodeOffset() { return gTagsMXF.item(374); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEventStartTimeOffset() { return gTagsMXF.item(375); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEventStartTimecodeOffset() { return gTagsMXF.item(376); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEventEndTimeOffset() { return gTagsMXF.item(377); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEventEndTimecodeOffset() { return gTagsMXF.item(378); }
-const TagItem& detail::TagItemCatalogue18::itemMXFFrameCountOffset() { return gTagsMXF.item(379); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTimePeriodName() { return gTagsMXF.item(380); }
-const TagItem& detail::TagItemCatalogue18::itemMXFLocalCreationDateTime() { return gTagsMXF.item(381); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTimecodeCreationDateTime() { return gTagsMXF.item(382); }
-const TagItem& detail::TagItemCatalogue18::itemMXFLocalModifyDate() { return gTagsMXF.item(383); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTimecodeModifyDate() { return gTagsMXF.item(384); }
-const TagItem& detail::TagItemCatalogue18::itemMXFFrameCount() { return gTagsMXF.item(385); }
-const TagItem& detail::TagItemCatalogue18::itemMXFMaterialAbsoluteDuration() { return gTagsMXF.item(386); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTextlessBlackDuration() { return gTagsMXF.item(387); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEventAbsoluteDurationFrameCount() { return gTagsMXF.item(388); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEventAbsoluteDuration() { return gTagsMXF.item(389); }
-const TagItem& detail::TagItemCatalogue18::itemMXFBufferDelay() { return gTagsMXF.item(390); }
-const TagItem& detail::TagItemCatalogue18::itemMXFProgramIdentifier() { return gTagsMXF.item(391); }
-const TagItem& detail::TagItemCatalogue18::itemMXFProgramIdentifierString() { return gTagsMXF.item(392); }
-const TagItem& detail::TagItemCatalogue18::itemMXFShimName() { return gTagsMXF.item(393); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSignalStandard() { return gTagsMXF.item(394); }
-const TagItem& detail::TagItemCatalogue18::itemMXFIntendedAFD() { return gTagsMXF.item(395); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSlateTitle() { return gTagsMXF.item(396); }
-const TagItem& detail::TagItemCatalogue18::itemMXFNOLACode() { return gTagsMXF.item(397); }
-const TagItem& detail::TagItemCatalogue18::itemMXFRating() { return gTagsMXF.item(398); }
-const TagItem& detail::TagItemCatalogue18::itemMXFNielsenStreamIdentifier() { return gTagsMXF.item(399); }
-const TagItem& detail::TagItemCatalogue18::itemMXFIsRecording() { return gTagsMXF.item(400); }
-const TagItem& detail::TagItemCatalogue18::itemMXFIsLiveProduction() { return gTagsMXF.item(401); }
-const TagItem& detail::TagItemCatalogue18::itemMXFIsLiveTransmission() { return gTagsMXF.item(402); }
-const TagItem& detail::TagItemCatalogue18::itemMXFIsDubbed() { return gTagsMXF.item(403); }
-const TagItem& detail::TagItemCatalogue18::itemMXFIsVoiceover() { return gTagsMXF.item(404); }
-const TagItem& detail::TagItemCatalogue18::itemMXFHasAudioWatermark() { return gTagsMXF.item(405); }
-const TagItem& detail::TagItemCatalogue18::itemMXFAudioWatermarkKind() { return gTagsMXF.item(406); }
-const TagItem& detail::TagItemCatalogue18::itemMXFHasVideoWatermark() { return gTagsMXF.item(407); }
-const TagItem& detail::TagItemCatalogue18::itemMXFVideoWatermarkKind() { return gTagsMXF.item(408); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSubtitlesPresent() { return gTagsMXF.item(409); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCaptionTitles() { return gTagsMXF.item(410); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCaptionsViaTeletext() { return gTagsMXF.item(411); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTextlessMaterial() { return gTagsMXF.item(412); }
-const TagItem& detail::TagItemCatalogue18::itemMXFStorageDeviceKind() { return gTagsMXF.item(413); }
-const TagItem& detail::TagItemCatalogue18::itemMXFStorageMediaKind() { return gTagsMXF.item(414); }
-const TagItem& detail::TagItemCatalogue18::itemMXFStorageMediaID() { return gTagsMXF.item(415); }
-const TagItem& detail::TagItemCatalogue18::itemMXFBroadcastDate() { return gTagsMXF.item(416); }
-const TagItem& detail::TagItemCatalogue18::itemMXFBroadcastTime() { return gTagsMXF.item(417); }
-const TagItem& detail::TagItemCatalogue18::itemMXFIsRepeat() { return gTagsMXF.item(418); }
-const TagItem& detail::TagItemCatalogue18::itemMXFFirstTransmissionInfo() { return gTagsMXF.item(419); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTeletextSubtitlesAvailable() { return gTagsMXF.item(420); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSeasonEpisodeNumber() { return gTagsMXF.item(421); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSeasonEpisodeTitle() { return gTagsMXF.item(422); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEPGProgramSynopsis() { return gTagsMXF.item(423); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDVBParentalRating() { return gTagsMXF.item(424); }
-const TagItem& detail::TagItemCatalogue18::itemMXFContentMaturityRating() { return gTagsMXF.item(425); }
-const TagItem& detail::TagItemCatalogue18::itemMXFContentMaturityDescription() { return gTagsMXF.item(426); }
-const TagItem& detail::TagItemCatalogue18::itemMXFContentMaturityGraphic() { return gTagsMXF.item(427); }
-const TagItem& detail::TagItemCatalogue18::itemMXFContractEntity() { return gTagsMXF.item(428); }
-const TagItem& detail::TagItemCatalogue18::itemMXFContractTypeLink() { return gTagsMXF.item(429); }
-const TagItem& detail::TagItemCatalogue18::itemMXFConsumerRightsToCopy() { return gTagsMXF.item(430); }
-const TagItem& detail::TagItemCatalogue18::itemMXFBroadcasterRightsToCopy() { return gTagsMXF.item(431); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDirectorName() { return gTagsMXF.item(432); }
-const TagItem& detail::TagItemCatalogue18::itemMXFProducerName() { return gTagsMXF.item(433); }
-const TagItem& detail::TagItemCatalogue18::itemMXFFemaleLeadActressName() { return gTagsMXF.item(434); }
-const TagItem& detail::TagItemCatalogue18::itemMXFMaleLeadActorName() { return gTagsMXF.item(435); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPresenterName() { return gTagsMXF.item(436); }
-const TagItem& detail::TagItemCatalogue18::itemMXFMainSponsorName() { return gTagsMXF.item(437); }
-const TagItem& detail::TagItemCatalogue18::itemMXFVoiceTalentName() { return gTagsMXF.item(438); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPostboxNumber() { return gTagsMXF.item(439); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPostCodeForPostbox() { return gTagsMXF.item(440); }
-const TagItem& detail::TagItemCatalogue18::itemMXFProgramNumber() { return gTagsMXF.item(441); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDefinitionObjectID() { return gTagsMXF.item(442); }
-const TagItem& detail::TagItemCatalogue18::itemMXFIEEEDeviceID() { return gTagsMXF.item(443); }
-const TagItem& detail::TagItemCatalogue18::itemMXFProjectNumber() { return gTagsMXF.item(444); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEdgeCodeHeader() { return gTagsMXF.item(445); }
-const TagItem& detail::TagItemCatalogue18::itemMXFChannelHandle() { return gTagsMXF.item(446); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPhysicalMediaLocation() { return gTagsMXF.item(447); }
-const TagItem& detail::TagItemCatalogue18::itemMXFMediaLocation() { return gTagsMXF.item(448); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTrackNumber() { return gTagsMXF.item(449); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEdgeCodeStart() { return gTagsMXF.item(450); }
-const TagItem& detail::TagItemCatalogue18::itemMXFVersionTitle() { return gTagsMXF.item(451); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTrackID() { return gTagsMXF.item(452); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTrackName() { return gTagsMXF.item(453); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDefinitionObjectName() { return gTagsMXF.item(454); }
-const TagItem& detail::TagItemCatalogue18::itemMXFContentPackageMetadataLink() { return gTagsMXF.item(455); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDefinedName() { return gTagsMXF.item(456); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDeviceManufacturerName() { return gTagsMXF.item(457); }
-const TagItem& detail::TagItemCatalogue18::itemMXFManufacturerID() { return gTagsMXF.item(458); }
-const TagItem& detail::TagItemCatalogue18::itemMXFIEEEManufacturerID() { return gTagsMXF.item(459); }
-const TagItem& detail::TagItemCatalogue18::itemMXFAAFManufacturerID() { return gTagsMXF.item(460); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSupplyingDepartmentName() { return gTagsMXF.item(461); }
-const TagItem& detail::TagItemCatalogue18::itemMXFAudienceShare() { return gTagsMXF.item(462); }
-const TagItem& detail::TagItemCatalogue18::itemMXFAudienceAppreciation() { return gTagsMXF.item(463); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSalutation() { return gTagsMXF.item(464); }
-const TagItem& detail::TagItemCatalogue18::itemMXFHonorsAndQualifications() { return gTagsMXF.item(465); }
-const TagItem& detail::TagItemCatalogue18::itemMXFObjectModelVersion() { return gTagsMXF.item(466); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSDKVersion() { return gTagsMXF.item(467); }
-const TagItem& detail::TagItemCatalogue18::itemMXFIsOptional() { return gTagsMXF.item(468); }
-const TagItem& detail::TagItemCatalogue18::itemMXFIsSearchable() { return gTagsMXF.item(469); }
-const TagItem& detail::TagItemCatalogue18::itemMXFUseDefaultValue() { return gTagsMXF.item(470); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDefaultDataValue() { return gTagsMXF.item(471); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSize() { return gTagsMXF.item(472); }
-const TagItem& detail::TagItemCatalogue18::itemMXFIsSigned() { return gTagsMXF.item(473); }
-const TagItem& detail::TagItemCatalogue18::itemMXFElementCount() { return gTagsMXF.item(474); }
-const TagItem& detail::TagItemCatalogue18::itemMXFElementNameList() { return gTagsMXF.item(475); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTypeDefinitionElementValueList() { return gTagsMXF.item(476); }
-const TagItem& detail::TagItemCatalogue18::itemMXFMemberNameList() { return gTagsMXF.item(477); }
-const TagItem& detail::TagItemCatalogue18::itemMXFExtendibleElementNameList() { return gTagsMXF.item(478); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTypeDefinitionExtendibleElementValues() { return gTagsMXF.item(479); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTargetSet() { return gTagsMXF.item(480); }
-const TagItem& detail::TagItemCatalogue18::itemMXFFillerData() { return gTagsMXF.item(481); }
-const TagItem& detail::TagItemCatalogue18::itemMXFKLVDataValue() { return gTagsMXF.item(482); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPackageKLVData() { return gTagsMXF.item(483); }
-const TagItem& detail::TagItemCatalogue18::itemMXFComponentKLVData() { return gTagsMXF.item(484); }
-const TagItem& detail::TagItemCatalogue18::itemMXFAssignedCategoryName() { return gTagsMXF.item(485); }
-const TagItem& detail::TagItemCatalogue18::itemMXFAssignedCategoryValue() { return gTagsMXF.item(486); }
-const TagItem& detail::TagItemCatalogue18::itemMXFShotList() { return gTagsMXF.item(487); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPackageUserComments() { return gTagsMXF.item(488); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCue_InWords() { return gTagsMXF.item(489); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCue_OutWords() { return gTagsMXF.item(490); }
-const TagItem& detail::TagItemCatalogue18::itemMXFObjectKind() { return gTagsMXF.item(491); }
-const TagItem& detail::TagItemCatalogue18::itemMXFObjectDescription() { return gTagsMXF.item(492); }
-const TagItem& detail::TagItemCatalogue18::itemMXFObjectName() { return gTagsMXF.item(493); }
-const TagItem& detail::TagItemCatalogue18::itemMXFMetadataItemName() { return gTagsMXF.item(494); }
-const TagItem& detail::TagItemCatalogue18::itemMXFShotCommentKind() { return gTagsMXF.item(495); }
-const TagItem& detail::TagItemCatalogue18::itemMXFShotComment() { return gTagsMXF.item(496); }
-const TagItem& detail::TagItemCatalogue18::itemMXFComputedObjectKind() { return gTagsMXF.item(497); }
-const TagItem& detail::TagItemCatalogue18::itemMXFVersionNumberString() { return gTagsMXF.item(498); }
-const TagItem& detail::TagItemCatalogue18::itemMXFVersionNumber() { return gTagsMXF.item(499); }
-const TagItem& detail::TagItemCatalogue18::itemMXFWAVESummary() { return gTagsMXF.item(500); }
-const TagItem& detail::TagItemCatalogue18::itemMXFAIFCSummary() { return gTagsMXF.item(501); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTIFFSummary() { return gTagsMXF.item(502); }
-const TagItem& detail::TagItemCatalogue18::itemMXFViewportAspectRatio() { return gTagsMXF.item(503); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPresentationGammaEquation() { return gTagsMXF.item(504); }
-const TagItem& detail::TagItemCatalogue18::itemMXFFieldDominance() { return gTagsMXF.item(505); }
-const TagItem& detail::TagItemCatalogue18::itemMXFVideoLineMap() { return gTagsMXF.item(506); }
-const TagItem& detail::TagItemCatalogue18::itemMXFVerticalSub_sampling() { return gTagsMXF.item(507); }
-const TagItem& detail::TagItemCatalogue18::itemMXFColorRangeLevels() { return gTagsMXF.item(508); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPixelLayout() { return gTagsMXF.item(509); }
-const TagItem& detail::TagItemCatalogue18::itemMXFAlphaSampleDepth() { return gTagsMXF.item(510); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPalette() { return gTagsMXF.item(511); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPaletteLayout() { return gTagsMXF.item(512); }
-const TagItem& detail::TagItemCatalogue18::itemMXFComponentDepth() { return gTagsMXF.item(513); }
-const TagItem& detail::TagItemCatalogue18::itemMXFVideoCodingSchemeID() { return gTagsMXF.item(514); }
-const TagItem& detail::TagItemCatalogue18::itemMXFRoundedCaptureFilmFrameRate() { return gTagsMXF.item(515); }
-const TagItem& detail::TagItemCatalogue18::itemMXFAudioAverageBitrate() { return gTagsMXF.item(516); }
-const TagItem& detail::TagItemCatalogue18::itemMXFAudioFixedBitrateFlag() { return gTagsMXF.item(517); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCodingLawKind() { return gTagsMXF.item(518); }
-const TagItem& detail::TagItemCatalogue18::itemMXFAudioCodingSchemeID() { return gTagsMXF.item(519); }
-const TagItem& detail::TagItemCatalogue18::itemMXFLayerNumber() { return gTagsMXF.item(520); }
-const TagItem& detail::TagItemCatalogue18::itemMXFRoundedTimecodeTimebase() { return gTagsMXF.item(521); }
-const TagItem& detail::TagItemCatalogue18::itemMXFComponentDataDefinition() { return gTagsMXF.item(522); }
-const TagItem& detail::TagItemCatalogue18::itemMXFStreamData() { return gTagsMXF.item(523); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTimecodeStreamData() { return gTagsMXF.item(524); }
-const TagItem& detail::TagItemCatalogue18::itemMXFRecordedFormat() { return gTagsMXF.item(525); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTapeShellKind() { return gTagsMXF.item(526); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTapeFormulation() { return gTagsMXF.item(527); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTapeCapacity() { return gTagsMXF.item(528); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTapeManufacturer() { return gTagsMXF.item(529); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTapeStock() { return gTagsMXF.item(530); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTapeBatchNumber() { return gTagsMXF.item(531); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPerforationsPerFrame() { return gTagsMXF.item(532); }
-const TagItem& detail::TagItemCatalogue18::itemMXFFilmBatchNumber() { return gTagsMXF.item(533); }
-const TagItem& detail::TagItemCatalogue18::itemMXFFilmGauge() { return gTagsMXF.item(534); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEdgeCodeFilmGauge() { return gTagsMXF.item(535); }
-const TagItem& detail::TagItemCatalogue18::itemMXFExposedAspectRatio() { return gTagsMXF.item(536); }
-const TagItem& detail::TagItemCatalogue18::itemMXFImageAlignmentOffset() { return gTagsMXF.item(537); }
-const TagItem& detail::TagItemCatalogue18::itemMXFImageStartOffset() { return gTagsMXF.item(538); }
-const TagItem& detail::TagItemCatalogue18::itemMXFImageEndOffset() { return gTagsMXF.item(539); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPaddingBits() { return gTagsMXF.item(540); }
-const TagItem& detail::TagItemCatalogue18::itemMXFFocalLength() { return gTagsMXF.item(541); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSensorSize() { return gTagsMXF.item(542); }
-const TagItem& detail::TagItemCatalogue18::itemMXFFNumber() { return gTagsMXF.item(543); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSensorTypeCode() { return gTagsMXF.item(544); }
-const TagItem& detail::TagItemCatalogue18::itemMXFFieldOfViewHorizontal() { return gTagsMXF.item(545); }
-const TagItem& detail::TagItemCatalogue18::itemMXFAnamorphicLensCharacteristic() { return gTagsMXF.item(546); }
-const TagItem& detail::TagItemCatalogue18::itemMXFUniformDataFlag() { return gTagsMXF.item(547); }
-const TagItem& detail::TagItemCatalogue18::itemMXFJPEGTableID() { return gTagsMXF.item(548); }
-const TagItem& detail::TagItemCatalogue18::itemMXFAlphaTransparency() { return gTagsMXF.item(549); }
-const TagItem& detail::TagItemCatalogue18::itemMXFGenerationID() { return gTagsMXF.item(550); }
-const TagItem& detail::TagItemCatalogue18::itemMXFApplicationSupplierName() { return gTagsMXF.item(551); }
-const TagItem& detail::TagItemCatalogue18::itemMXFApplicationName() { return gTagsMXF.item(552); }
-const TagItem& detail::TagItemCatalogue18::itemMXFApplicationVersionNumber() { return gTagsMXF.item(553); }
-const TagItem& detail::TagItemCatalogue18::itemMXFApplicationVersionString() { return gTagsMXF.item(554); }
-const TagItem& detail::TagItemCatalogue18::itemMXFApplicationPlatform() { return gTagsMXF.item(555); }
-const TagItem& detail::TagItemCatalogue18::itemMXFApplicationProductID() { return gTagsMXF.item(556); }
-const TagItem& detail::TagItemCatalogue18::itemMXFLinkedGenerationID() { return gTagsMXF.item(557); }
-const TagItem& detail::TagItemCatalogue18::itemMXFContainerVersion() { return gTagsMXF.item(558); }
-const TagItem& detail::TagItemCatalogue18::itemMXFToolkitVersion() { return gTagsMXF.item(559); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPlug_InCategoryID() { return gTagsMXF.item(560); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPlug_InPlatformID() { return gTagsMXF.item(561); }
-const TagItem& detail::TagItemCatalogue18::itemMXFMinimumSupportedPlatformVersion() { return gTagsMXF.item(562); }
-const TagItem& detail::TagItemCatalogue18::itemMXFMaximumSupportedPlatformVersion() { return gTagsMXF.item(563); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPlug_InEngineID() { return gTagsMXF.item(564); }
-const TagItem& detail::TagItemCatalogue18::itemMXFMinimumSupportedEngineVersion() { return gTagsMXF.item(565); }
-const TagItem& detail::TagItemCatalogue18::itemMXFMaximumSupportedEngineVersion() { return gTagsMXF.item(566); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPlug_InAPIID() { return gTagsMXF.item(567); }
-const TagItem& detail::TagItemCatalogue18::itemMXFMinimumAPIVersion() { return gTagsMXF.item(568); }
-const TagItem& detail::TagItemCatalogue18::itemMXFMaximumAPIVersion() { return gTagsMXF.item(569); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSoftware_OnlySupportFlag() { return gTagsMXF.item(570); }
-const TagItem& detail::TagItemCatalogue18::itemMXFHardwareAcceleratorFlag() { return gTagsMXF.item(571); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPlug_InLocatorSet() { return gTagsMXF.item(572); }
-const TagItem& detail::TagItemCatalogue18::itemMXFAuthenticationFlag() { return gTagsMXF.item(573); }
-const TagItem& detail::TagItemCatalogue18::itemMXFAssociatedMetadataDefinition() { return gTagsMXF.item(574); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEventTrackEditRate() { return gTagsMXF.item(575); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDefaultFadeEditRate() { return gTagsMXF.item(576); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEditingEventComment() { return gTagsMXF.item(577); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEditRate() { return gTagsMXF.item(578); }
-const TagItem& detail::TagItemCatalogue18::itemMXFOperationDefinitionID() { return gTagsMXF.item(579); }
-const TagItem& detail::TagItemCatalogue18::itemMXFValue() { return gTagsMXF.item(580); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEditHint() { return gTagsMXF.item(581); }
-const TagItem& detail::TagItemCatalogue18::itemMXFOperationDataDefinition() { return gTagsMXF.item(582); }
-const TagItem& detail::TagItemCatalogue18::itemMXFOperationCategory() { return gTagsMXF.item(583); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDisplayUnits() { return gTagsMXF.item(584); }
-const TagItem& detail::TagItemCatalogue18::itemMXFBypassOverride() { return gTagsMXF.item(585); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTimepointValue() { return gTagsMXF.item(586); }
-const TagItem& detail::TagItemCatalogue18::itemMXFBeginAnchor() { return gTagsMXF.item(587); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEndAnchor() { return gTagsMXF.item(588); }
-const TagItem& detail::TagItemCatalogue18::itemMXFFilmToVideoTransferDirection() { return gTagsMXF.item(589); }
-const TagItem& detail::TagItemCatalogue18::itemMXFFilmToVideoTransferKind() { return gTagsMXF.item(590); }
-const TagItem& detail::TagItemCatalogue18::itemMXFFilmToVideoTransferPhase() { return gTagsMXF.item(591); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTeletextSubtitlesFlag() { return gTagsMXF.item(592); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSubtitleDatafileFlag() { return gTagsMXF.item(593); }
-const TagItem& detail::TagItemCatalogue18::itemMXFClosedCaptionSubtitlesFlag() { return gTagsMXF.item(594); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSampleIndex() { return gTagsMXF.item(595); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSourcePackageID() { return gTagsMXF.item(596); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSourceTrackID() { return gTagsMXF.item(597); }
-const TagItem& detail::TagItemCatalogue18::itemMXFRelativeScope() { return gTagsMXF.item(598); }
-const TagItem& detail::TagItemCatalogue18::itemMXFRelativeTrack() { return gTagsMXF.item(599); }
-const TagItem& detail::TagItemCatalogue18::itemMXFObjectClass() { return gTagsMXF.item(600); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEssenceContainerFormat() { return gTagsMXF.item(601); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCodecDefinition() { return gTagsMXF.item(602); }
-const TagItem& detail::TagItemCatalogue18::itemMXFParameterDefinition() { return gTagsMXF.item(603); }
-const TagItem& detail::TagItemCatalogue18::itemMXFInterpolation() { return gTagsMXF.item(604); }
-const TagItem& detail::TagItemCatalogue18::itemMXFParameterDataType() { return gTagsMXF.item(605); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCodecEssenceDescriptor() { return gTagsMXF.item(606); }
-const TagItem& detail::TagItemCatalogue18::itemMXFContentStorage() { return gTagsMXF.item(607); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDictionary() { return gTagsMXF.item(608); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEssenceDescription() { return gTagsMXF.item(609); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSequence() { return gTagsMXF.item(610); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTransitionEffect() { return gTagsMXF.item(611); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEffectRendering() { return gTagsMXF.item(612); }
-const TagItem& detail::TagItemCatalogue18::itemMXFInputSegment() { return gTagsMXF.item(613); }
-const TagItem& detail::TagItemCatalogue18::itemMXFStillFrame() { return gTagsMXF.item(614); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSelected() { return gTagsMXF.item(615); }
-const TagItem& detail::TagItemCatalogue18::itemMXFAnnotation() { return gTagsMXF.item(616); }
-const TagItem& detail::TagItemCatalogue18::itemMXFManufacturerInformationObject() { return gTagsMXF.item(617); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCodecEssenceKinds() { return gTagsMXF.item(618); }
-const TagItem& detail::TagItemCatalogue18::itemMXFOperationParameters() { return gTagsMXF.item(619); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDegradedEffects() { return gTagsMXF.item(620); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPackages() { return gTagsMXF.item(621); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEssenceData() { return gTagsMXF.item(622); }
-const TagItem& detail::TagItemCatalogue18::itemMXFOperationDefinitions() { return gTagsMXF.item(623); }
-const TagItem& detail::TagItemCatalogue18::itemMXFParameterDefinitions() { return gTagsMXF.item(624); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDataDefinitions() { return gTagsMXF.item(625); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPlug_InDefinitions() { return gTagsMXF.item(626); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCodecDefinitions() { return gTagsMXF.item(627); }
-const TagItem& detail::TagItemCatalogue18::itemMXFContainerDefinitions() { return gTagsMXF.item(628); }
-const TagItem& detail::TagItemCatalogue18::itemMXFInterpolationDefinitions() { return gTagsMXF.item(629); }
-const TagItem& detail::TagItemCatalogue18::itemMXFAvailableRepresentations() { return gTagsMXF.item(630); }
-const TagItem& detail::TagItemCatalogue18::itemMXFInputSegments() { return gTagsMXF.item(631); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEssenceLocators() { return gTagsMXF.item(632); }
-const TagItem& detail::TagItemCatalogue18::itemMXFIdentificationList() { return gTagsMXF.item(633); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTracks() { return gTagsMXF.item(634); }
-const TagItem& detail::TagItemCatalogue18::itemMXFControlPointList() { return gTagsMXF.item(635); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPackageTracks() { return gTagsMXF.item(636); }
-const TagItem& detail::TagItemCatalogue18::itemMXFAlternates() { return gTagsMXF.item(637); }
-const TagItem& detail::TagItemCatalogue18::itemMXFComponentsInSequence() { return gTagsMXF.item(638); }
-const TagItem& detail::TagItemCatalogue18::itemMXFParameters() { return gTagsMXF.item(639); }
-const TagItem& detail::TagItemCatalogue18::itemMXFLinkedPackageID() { return gTagsMXF.item(640); }
-const TagItem& detail::TagItemCatalogue18::itemMXFParentClass() { return gTagsMXF.item(641); }
-const TagItem& detail::TagItemCatalogue18::itemMXFProperties() { return gTagsMXF.item(642); }
-const TagItem& detail::TagItemCatalogue18::itemMXFIsConcrete() { return gTagsMXF.item(643); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPropertyType() { return gTagsMXF.item(644); }
-const TagItem& detail::TagItemCatalogue18::itemMXFLocalID() { return gTagsMXF.item(645); }
-const TagItem& detail::TagItemCatalogue18::itemMXFIsUniqueIdentifier() { return gTagsMXF.item(646); }
-const TagItem& detail::TagItemCatalogue18::itemMXFClassDefinitions() { return gTagsMXF.item(647); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTypeDefinitions() { return gTagsMXF.item(648); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTargetClassOfStrongReference() { return gTagsMXF.item(649); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTargetClassOfWeakReference() { return gTagsMXF.item(650); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEnumerationUnderlyingIntegerType() { return gTagsMXF.item(651); }
-const TagItem& detail::TagItemCatalogue18::itemMXFFixedArrayElementType() { return gTagsMXF.item(652); }
-const TagItem& detail::TagItemCatalogue18::itemMXFVariableArrayElementType() { return gTagsMXF.item(653); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSetElementType() { return gTagsMXF.item(654); }
-const TagItem& detail::TagItemCatalogue18::itemMXFStringElementType() { return gTagsMXF.item(655); }
-const TagItem& detail::TagItemCatalogue18::itemMXFStreamElementType() { return gTagsMXF.item(656); }
-const TagItem& detail::TagItemCatalogue18::itemMXFMemberTypes() { return gTagsMXF.item(657); }
-const TagItem& detail::TagItemCatalogue18::itemMXFRenamedType() { return gTagsMXF.item(658); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDictionaryIdentifier() { return gTagsMXF.item(659); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDictionaryDescription() { return gTagsMXF.item(660); }
-const TagItem& detail::TagItemCatalogue18::itemMXFBlockContinuityCount() { return gTagsMXF.item(661); }
-const TagItem& detail::TagItemCatalogue18::itemMXFStreamPositionIndicator() { return gTagsMXF.item(662); }
-const TagItem& detail::TagItemCatalogue18::itemMXFOrigin() { return gTagsMXF.item(663); }
-const TagItem& detail::TagItemCatalogue18::itemMXFStartTimecode() { return gTagsMXF.item(664); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCutPoint() { return gTagsMXF.item(665); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEventStart() { return gTagsMXF.item(666); }
-const TagItem& detail::TagItemCatalogue18::itemMXFControlPointTime() { return gTagsMXF.item(667); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCreateDate() { return gTagsMXF.item(668); }
-const TagItem& detail::TagItemCatalogue18::itemMXFModifyDate() { return gTagsMXF.item(669); }
-const TagItem& detail::TagItemCatalogue18::itemMXFContainerLastModifyDate() { return gTagsMXF.item(670); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPackageLastModifyDate() { return gTagsMXF.item(671); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDuration() { return gTagsMXF.item(672); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDefaultFadeDuration() { return gTagsMXF.item(673); }
-const TagItem& detail::TagItemCatalogue18::itemMXFFade_InDuration() { return gTagsMXF.item(674); }
-const TagItem& detail::TagItemCatalogue18::itemMXFFade_OutDuration() { return gTagsMXF.item(675); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTapeFormat() { return gTagsMXF.item(676); }
-const TagItem& detail::TagItemCatalogue18::itemMXFGlobalNumber() { return gTagsMXF.item(677); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDeviceIDKind() { return gTagsMXF.item(678); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDeviceKind() { return gTagsMXF.item(679); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDeviceKindCode() { return gTagsMXF.item(680); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPlatformDesignation() { return gTagsMXF.item(681); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPlatformModel() { return gTagsMXF.item(682); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPlatformSerialNumber() { return gTagsMXF.item(683); }
-const TagItem& detail::TagItemCatalogue18::itemMXFLocalTargetID() { return gTagsMXF.item(684); }
-const TagItem& detail::TagItemCatalogue18::itemMXFMagneticDiskNumber() { return gTagsMXF.item(685); }
-const TagItem& detail::TagItemCatalogue18::itemMXFOpticalDiscNumber() { return gTagsMXF.item(686); }
-const TagItem& detail::TagItemCatalogue18::itemMXFStreamID() { return gTagsMXF.item(687); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTransportStreamID() { return gTagsMXF.item(688); }
-const TagItem& detail::TagItemCatalogue18::itemMXFOrganizationalProgramNumber() { return gTagsMXF.item(689); }
-const TagItem& detail::TagItemCatalogue18::itemMXFItemDesignatorID() { return gTagsMXF.item(690); }
-const TagItem& detail::TagItemCatalogue18::itemMXFMissionID() { return gTagsMXF.item(691); }
-const TagItem& detail::TagItemCatalogue18::itemMXFRecordingLabelName() { return gTagsMXF.item(692); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCollectionName() { return gTagsMXF.item(693); }
-const TagItem& detail::TagItemCatalogue18::itemMXFOriginCode() { return gTagsMXF.item(694); }
-const TagItem& detail::TagItemCatalogue18::itemMXFMainCatalogNumber() { return gTagsMXF.item(695); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCatalogPrefixNumber() { return gTagsMXF.item(696); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSideNumber() { return gTagsMXF.item(697); }
-const TagItem& detail::TagItemCatalogue18::itemMXFRecordedTrackNumber() { return gTagsMXF.item(698); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSeriesinaSeriesGroupCount() { return gTagsMXF.item(699); }
-const TagItem& detail::TagItemCatalogue18::itemMXFProgrammingGroupKind() { return gTagsMXF.item(700); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPurchasingOrganizationName() { return gTagsMXF.item(701); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSalesContractNumber() { return gTagsMXF.item(702); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPurchasingDepartment() { return gTagsMXF.item(703); }
-const TagItem& detail::TagItemCatalogue18::itemMXFContractType() { return gTagsMXF.item(704); }
-const TagItem& detail::TagItemCatalogue18::itemMXFContractTypeCode() { return gTagsMXF.item(705); }
-const TagItem& detail::TagItemCatalogue18::itemMXFContractClauseDescription() { return gTagsMXF.item(706); }
-const TagItem& detail::TagItemCatalogue18::itemMXFContractLineCode() { return gTagsMXF.item(707); }
-const TagItem& detail::TagItemCatalogue18::itemMXFContractLineName() { return gTagsMXF.item(708); }
-const TagItem& detail::TagItemCatalogue18::itemMXFContractTermsOfBusiness() { return gTagsMXF.item(709); }
-const TagItem& detail::TagItemCatalogue18::itemMXFContractInstallmentPercentage() { return gTagsMXF.item(710); }
-const TagItem& detail::TagItemCatalogue18::itemMXFJurisdiction() { return gTagsMXF.item(711); }
-const TagItem& detail::TagItemCatalogue18::itemMXFRightsConditionDescription() { return gTagsMXF.item(712); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCurrencyName() { return gTagsMXF.item(713); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTotalPayment() { return gTagsMXF.item(714); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPayeeAccountName() { return gTagsMXF.item(715); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPayeeAccountNumber() { return gTagsMXF.item(716); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPayeeAccountSortCode() { return gTagsMXF.item(717); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTotalIncome() { return gTagsMXF.item(718); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPayerAccountName() { return gTagsMXF.item(719); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPayerAccountNumber() { return gTagsMXF.item(720); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPayerAccountSortCode() { return gTagsMXF.item(721); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSecurityClassification() { return gTagsMXF.item(722); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSecurityClassificationCaveats() { return gTagsMXF.item(723); }
-const TagItem& detail::TagItemCatalogue18::itemMXFClassifiedBy() { return gTagsMXF.item(724); }
-const TagItem& detail::TagItemCatalogue18::itemMXFClassificationReason() { return gTagsMXF.item(725); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDeclassificationDate() { return gTagsMXF.item(726); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDerivedFrom() { return gTagsMXF.item(727); }
-const TagItem& detail::TagItemCatalogue18::itemMXFClassificationComment() { return gTagsMXF.item(728); }
-const TagItem& detail::TagItemCatalogue18::itemMXFClassificationAndMarkingSystem() { return gTagsMXF.item(729); }
-const TagItem& detail::TagItemCatalogue18::itemMXFBroadcastServiceName() { return gTagsMXF.item(730); }
-const TagItem& detail::TagItemCatalogue18::itemMXFBroadcastMediumCode() { return gTagsMXF.item(731); }
-const TagItem& detail::TagItemCatalogue18::itemMXFJobFunctionCode() { return gTagsMXF.item(732); }
-const TagItem& detail::TagItemCatalogue18::itemMXFJobTitle() { return gTagsMXF.item(733); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPersonDescription() { return gTagsMXF.item(734); }
-const TagItem& detail::TagItemCatalogue18::itemMXFRegionCode() { return gTagsMXF.item(735); }
-const TagItem& detail::TagItemCatalogue18::itemMXFRegionName() { return gTagsMXF.item(736); }
-const TagItem& detail::TagItemCatalogue18::itemMXFLanguageName() { return gTagsMXF.item(737); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTerminatingFillerData() { return gTagsMXF.item(738); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTimingBiasCorrection() { return gTagsMXF.item(739); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTimingBiasCorrectionDescription() { return gTagsMXF.item(740); }
-const TagItem& detail::TagItemCatalogue18::itemMXFProgramMaterialClassificationCode() { return gTagsMXF.item(741); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSubjectName() { return gTagsMXF.item(742); }
-const TagItem& detail::TagItemCatalogue18::itemMXFKeyFrameSampleCount() { return gTagsMXF.item(743); }
-const TagItem& detail::TagItemCatalogue18::itemMXFIntentDescriptor() { return gTagsMXF.item(744); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTextualDescriptionKind() { return gTagsMXF.item(745); }
-const TagItem& detail::TagItemCatalogue18::itemMXFFestivalName() { return gTagsMXF.item(746); }
-const TagItem& detail::TagItemCatalogue18::itemMXFObjectDescriptionCode() { return gTagsMXF.item(747); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDescriptionKind() { return gTagsMXF.item(748); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDescriptiveComment() { return gTagsMXF.item(749); }
-const TagItem& detail::TagItemCatalogue18::itemMXFContextDescription() { return gTagsMXF.item(750); }
-const TagItem& detail::TagItemCatalogue18::itemMXFObjectIdentificationConfidence() { return gTagsMXF.item(751); }
-const TagItem& detail::TagItemCatalogue18::itemMXFObjectHorizontalAverageDimension() { return gTagsMXF.item(752); }
-const TagItem& detail::TagItemCatalogue18::itemMXFObjectVerticalAverageDimension() { return gTagsMXF.item(753); }
-const TagItem& detail::TagItemCatalogue18::itemMXFObjectAreaDimension() { return gTagsMXF.item(754); }
-const TagItem& detail::TagItemCatalogue18::itemMXFHorizontalActionSafePercentage() { return gTagsMXF.item(755); }
-const TagItem& detail::TagItemCatalogue18::itemMXFVerticalActionSafePercentage() { return gTagsMXF.item(756); }
-const TagItem& detail::TagItemCatalogue18::itemMXFHorizontalGraphicsSafePercentage() { return gTagsMXF.item(757); }
-const TagItem& detail::TagItemCatalogue18::itemMXFVerticalGraphicsSafePercentage() { return gTagsMXF.item(758); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPerceivedDisplayFormatName() { return gTagsMXF.item(759); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPerceivedDisplayFormatCode() { return gTagsMXF.item(760); }
-const TagItem& detail::TagItemCatalogue18::itemMXFVideoColorKind() { return gTagsMXF.item(761); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPictureDisplayRate() { return gTagsMXF.item(762); }
-const TagItem& detail::TagItemCatalogue18::itemMXFVideoAverageBitrate() { return gTagsMXF.item(763); }
-const TagItem& detail::TagItemCatalogue18::itemMXFVideoFixedBitrate() { return gTagsMXF.item(764); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDigitalVideoFileFormat() { return gTagsMXF.item(765); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCodingLawName() { return gTagsMXF.item(766); }
-const TagItem& detail::TagItemCatalogue18::itemMXFAudioCodingSchemeCode() { return gTagsMXF.item(767); }
-const TagItem& detail::TagItemCatalogue18::itemMXFAudioCodingSchemeName() { return gTagsMXF.item(768); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDigitalEncodingBitrate() { return gTagsMXF.item(769); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDataEssenceCodingID() { return gTagsMXF.item(770); }
-const TagItem& detail::TagItemCatalogue18::itemMXFStorageKind() { return gTagsMXF.item(771); }
-const TagItem& detail::TagItemCatalogue18::itemMXFStorageKindCode() { return gTagsMXF.item(772); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTapePartitionCapacity() { return gTagsMXF.item(773); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDiscPartitionCapacity() { return gTagsMXF.item(774); }
-const TagItem& detail::TagItemCatalogue18::itemMXFFieldOfViewVertical() { return gTagsMXF.item(775); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSystemNameOrNumber() { return gTagsMXF.item(776); }
-const TagItem& detail::TagItemCatalogue18::itemMXFLogoFlag() { return gTagsMXF.item(777); }
-const TagItem& detail::TagItemCatalogue18::itemMXFGraphicKind() { return gTagsMXF.item(778); }
-const TagItem& detail::TagItemCatalogue18::itemMXFGraphicUsageKind() { return gTagsMXF.item(779); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSignatureTuneFlag() { return gTagsMXF.item(780); }
-const TagItem& detail::TagItemCatalogue18::itemMXFBackgroundMusicFlag() { return gTagsMXF.item(781); }
-const TagItem& detail::TagItemCatalogue18::itemMXFProductionScriptReference() { return gTagsMXF.item(782); }
-const TagItem& detail::TagItemCatalogue18::itemMXFTranscriptReference() { return gTagsMXF.item(783); }
-const TagItem& detail::TagItemCatalogue18::itemMXFHorizontalDatum() { return gTagsMXF.item(784); }
-const TagItem& detail::TagItemCatalogue18::itemMXFVerticalDatum() { return gTagsMXF.item(785); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCornerLatitudePoint1() { return gTagsMXF.item(786); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCornerLatitudePoint2() { return gTagsMXF.item(787); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCornerLatitudePoint3() { return gTagsMXF.item(788); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCornerLatitudePoint4() { return gTagsMXF.item(789); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCornerLongitudePoint1() { return gTagsMXF.item(790); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCornerLongitudePoint2() { return gTagsMXF.item(791); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCornerLongitudePoint3() { return gTagsMXF.item(792); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCornerLongitudePoint4() { return gTagsMXF.item(793); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSubjectDistance() { return gTagsMXF.item(794); }
-const TagItem& detail::TagItemCatalogue18::itemMXFObjectCountryCodeMethod() { return gTagsMXF.item(795); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCountryCodeMethod() { return gTagsMXF.item(796); }
-const TagItem& detail::TagItemCatalogue18::itemMXFNon_USClassifyingCountryCode() { return gTagsMXF.item(797); }
-const TagItem& detail::TagItemCatalogue18::itemMXFReleasableCountryCode() { return gTagsMXF.item(798); }
-const TagItem& detail::TagItemCatalogue18::itemMXFObjectRegionName() { return gTagsMXF.item(799); }
-const TagItem& detail::TagItemCatalogue18::itemMXFShootingRegionName() { return gTagsMXF.item(800); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSettingRegionName() { return gTagsMXF.item(801); }
-const TagItem& detail::TagItemCatalogue18::itemMXFCopyrightLicenseRegionName() { return gTagsMXF.item(802); }
-const TagItem& detail::TagItemCatalogue18::itemMXFIntellectualPropertyLicenseRegionName() { return gTagsMXF.item(803); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPOSIXMicroseconds() { return gTagsMXF.item(804); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEventElapsedTimeToStart() { return gTagsMXF.item(805); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEventElapsedTimeToEnd() { return gTagsMXF.item(806); }
-const TagItem& detail::TagItemCatalogue18::itemMXFOrganizationIDKind() { return gTagsMXF.item(807); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSMPTEUL() { return gTagsMXF.item(808); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEssenceContainerArray() { return gTagsMXF.item(809); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEssenceStreamID() { return gTagsMXF.item(810); }
-const TagItem& detail::TagItemCatalogue18::itemMXFIndexStreamID() { return gTagsMXF.item(811); }
-const TagItem& detail::TagItemCatalogue18::itemMXFWorkingTitle() { return gTagsMXF.item(812); }
-const TagItem& detail::TagItemCatalogue18::itemMXFOriginalTitle() { return gTagsMXF.item(813); }
-const TagItem& detail::TagItemCatalogue18::itemMXFClipNumber() { return gTagsMXF.item(814); }
-const TagItem& detail::TagItemCatalogue18::itemMXFDescriptiveMetadataTrackIDs() { return gTagsMXF.item(815); }
-const TagItem& detail::TagItemCatalogue18::itemMXFIdentifierKind() { return gTagsMXF.item(816); }
-const TagItem& detail::TagItemCatalogue18::itemMXFIdentifierValue() { return gTagsMXF.item(817); }
-const TagItem& detail::TagItemCatalogue18::itemMXFOrganizationCode() { return gTagsMXF.item(818); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSupplierIdentificationKind() { return gTagsMXF.item(819); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSupplierIdentificationValue() { return gTagsMXF.item(820); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSupplierAccountNumber() { return gTagsMXF.item(821); }
-const TagItem& detail::TagItemCatalogue18::itemMXFSupplierAccountName() { return gTagsMXF.item(822); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEpisodeStartNumber() { return gTagsMXF.item(823); }
-const TagItem& detail::TagItemCatalogue18::itemMXFEpisodeEndNumber() { return gTagsMXF.item(824); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPurchaserIdentificationKind() { return gTagsMXF.item(825); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPurchaserIdentificationValue() { return gTagsMXF.item(826); }
-const TagItem& detail::TagItemCatalogue18::itemMXFPurchaserAccountNumber() { return gTagsMXF.item(827); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPurchaserAccountName() { return gTagsMXF.item(828); }
-const TagItem& detail::TagItemCatalogue19::itemMXFTotalCurrencyAmount() { return gTagsMXF.item(829); }
-const TagItem& detail::TagItemCatalogue19::itemMXFInstallmentNumber() { return gTagsMXF.item(830); }
-const TagItem& detail::TagItemCatalogue19::itemMXFIdentifierIssuingAuthority() { return gTagsMXF.item(831); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPublishingOrganizationName() { return gTagsMXF.item(832); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPublishingServiceName() { return gTagsMXF.item(833); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPublishingMediumName() { return gTagsMXF.item(834); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPublishingRegionName() { return gTagsMXF.item(835); }
-const TagItem& detail::TagItemCatalogue19::itemMXFOtherGivenNames() { return gTagsMXF.item(836); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAlternateName() { return gTagsMXF.item(837); }
-const TagItem& detail::TagItemCatalogue19::itemMXFISO639TextLanguageCode() { return gTagsMXF.item(838); }
-const TagItem& detail::TagItemCatalogue19::itemMXFISO639CaptionsLanguageCode() { return gTagsMXF.item(839); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPrimarySpokenLanguageCode() { return gTagsMXF.item(840); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSecondarySpokenLanguageCode() { return gTagsMXF.item(841); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPrimaryOriginalLanguageCode() { return gTagsMXF.item(842); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSecondaryOriginalLanguageCode() { return gTagsMXF.item(843); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMajorVersion() { return gTagsMXF.item(844); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMinorVersion() { return gTagsMXF.item(845); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSectorSize() { return gTagsMXF.item(846); }
-const TagItem& detail::TagItemCatalogue19::itemMXFElementLength() { return gTagsMXF.item(847); }
-const TagItem& detail::TagItemCatalogue19::itemMXFKeypointKind() { return gTagsMXF.item(848); }
-const TagItem& detail::TagItemCatalogue19::itemMXFKeypointValue() { return gTagsMXF.item(849); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAwardName() { return gTagsMXF.item(850); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAwardCategory() { return gTagsMXF.item(851); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSlateInformation() { return gTagsMXF.item(852); }
-const TagItem& detail::TagItemCatalogue19::itemMXFLockedIndicator() { return gTagsMXF.item(853); }
-const TagItem& detail::TagItemCatalogue19::itemMXFBitsPerAudioSample() { return gTagsMXF.item(854); }
-const TagItem& detail::TagItemCatalogue19::itemMXFCaptionKind() { return gTagsMXF.item(855); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSliceCount() { return gTagsMXF.item(856); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSliceNumber() { return gTagsMXF.item(857); }
-const TagItem& detail::TagItemCatalogue19::itemMXFElementDelta() { return gTagsMXF.item(858); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPositionTableIndexing() { return gTagsMXF.item(859); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSliceOffsetList() { return gTagsMXF.item(860); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPosTableArray() { return gTagsMXF.item(861); }
-const TagItem& detail::TagItemCatalogue19::itemMXFStreamOffset() { return gTagsMXF.item(862); }
-const TagItem& detail::TagItemCatalogue19::itemMXFEditUnitFlags() { return gTagsMXF.item(863); }
-const TagItem& detail::TagItemCatalogue19::itemMXFTemporalOffset() { return gTagsMXF.item(864); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAnchorOffset() { return gTagsMXF.item(865); }
-const TagItem& detail::TagItemCatalogue19::itemMXFEditUnitLength() { return gTagsMXF.item(866); }
-const TagItem& detail::TagItemCatalogue19::itemMXFHeaderByteCount() { return gTagsMXF.item(867); }
-const TagItem& detail::TagItemCatalogue19::itemMXFIndexByteCount() { return gTagsMXF.item(868); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPackLength() { return gTagsMXF.item(869); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPrimaryPackage() { return gTagsMXF.item(870); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDescriptiveMetadataSets() { return gTagsMXF.item(871); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDescriptiveMetadataSetReferences() { return gTagsMXF.item(872); }
-const TagItem& detail::TagItemCatalogue19::itemMXFFileDescriptors() { return gTagsMXF.item(873); }
-const TagItem& detail::TagItemCatalogue19::itemMXFOffsetToMetadata() { return gTagsMXF.item(874); }
-const TagItem& detail::TagItemCatalogue19::itemMXFOffsetToIndexTable() { return gTagsMXF.item(875); }
-const TagItem& detail::TagItemCatalogue19::itemMXFByteOffset() { return gTagsMXF.item(876); }
-const TagItem& detail::TagItemCatalogue19::itemMXFReversePlay() { return gTagsMXF.item(877); }
-const TagItem& detail::TagItemCatalogue19::itemMXFFirstNumberInSequence() { return gTagsMXF.item(878); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPreviousNumberInSequence() { return gTagsMXF.item(879); }
-const TagItem& detail::TagItemCatalogue19::itemMXFCurrentNumberInSequence() { return gTagsMXF.item(880); }
-const TagItem& detail::TagItemCatalogue19::itemMXFNextNumberInSequence() { return gTagsMXF.item(881); }
-const TagItem& detail::TagItemCatalogue19::itemMXFLastNumberInSequence() { return gTagsMXF.item(882); }
-const TagItem& detail::TagItemCatalogue19::itemMXFCentralTelephoneNumber() { return gTagsMXF.item(883); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMobileTelephoneNumber() { return gTagsMXF.item(884); }
-const TagItem& detail::TagItemCatalogue19::itemMXFLocationDescription() { return gTagsMXF.item(885); }
-const TagItem& detail::TagItemCatalogue19::itemMXFLocationKind() { return gTagsMXF.item(886); }
-const TagItem& detail::TagItemCatalogue19::itemMXFKeyTimePoint() { return gTagsMXF.item(887); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSettingDateTime() { return gTagsMXF.item(888); }
-const TagItem& detail::TagItemCatalogue19::itemMXFContractDateTime() { return gTagsMXF.item(889); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRightsStartDateTime() { return gTagsMXF.item(890); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRightsStopDateTime() { return gTagsMXF.item(891); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPaymentDueDateTime() { return gTagsMXF.item(892); }
-const TagItem& detail::TagItemCatalogue19::itemMXFClipID() { return gTagsMXF.item(893); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDeviceAssetNumber() { return gTagsMXF.item(894); }
-const TagItem& detail::TagItemCatalogue19::itemMXFIdentificationUL() { return gTagsMXF.item(895); }
-const TagItem& detail::TagItemCatalogue19::itemMXFOperationalPatternUL() { return gTagsMXF.item(896); }
-const TagItem& detail::TagItemCatalogue19::itemMXFEssenceContainers() { return gTagsMXF.item(897); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDescriptiveMetadataSchemes() { return gTagsMXF.item(898); }
-const TagItem& detail::TagItemCatalogue19::itemMXFProjectName() { return gTagsMXF.item(899); }
-const TagItem& detail::TagItemCatalogue19::itemMXFLocalTagValue() { return gTagsMXF.item(900); }
-const TagItem& detail::TagItemCatalogue19::itemMXFLocalTagUniqueID() { return gTagsMXF.item(901); }
-const TagItem& detail::TagItemCatalogue19::itemMXFBrandMainTitle() { return gTagsMXF.item(902); }
-const TagItem& detail::TagItemCatalogue19::itemMXFBrandOriginalTitle() { return gTagsMXF.item(903); }
-const TagItem& detail::TagItemCatalogue19::itemMXFFrameworkTitle() { return gTagsMXF.item(904); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSourceTrackIDs() { return gTagsMXF.item(905); }
-const TagItem& detail::TagItemCatalogue19::itemMXFShotTrackIDs() { return gTagsMXF.item(906); }
-const TagItem& detail::TagItemCatalogue19::itemMXFProgrammingGroupTitle() { return gTagsMXF.item(907); }
-const TagItem& detail::TagItemCatalogue19::itemMXFLinkingName() { return gTagsMXF.item(908); }
-const TagItem& detail::TagItemCatalogue19::itemMXFNameSuffix() { return gTagsMXF.item(909); }
-const TagItem& detail::TagItemCatalogue19::itemMXFFormerFamilyName() { return gTagsMXF.item(910); }
-const TagItem& detail::TagItemCatalogue19::itemMXFNationality() { return gTagsMXF.item(911); }
-const TagItem& detail::TagItemCatalogue19::itemMXFCitizenship() { return gTagsMXF.item(912); }
-const TagItem& detail::TagItemCatalogue19::itemMXFFrameworkTextLanguageCode() { return gTagsMXF.item(913); }
-const TagItem& detail::TagItemCatalogue19::itemMXFKAGSize() { return gTagsMXF.item(914); }
-const TagItem& detail::TagItemCatalogue19::itemMXFReversedByteOrder() { return gTagsMXF.item(915); }
-const TagItem& detail::TagItemCatalogue19::itemMXFItemName() { return gTagsMXF.item(916); }
-const TagItem& detail::TagItemCatalogue19::itemMXFItemValue() { return gTagsMXF.item(917); }
-const TagItem& detail::TagItemCatalogue19::itemMXFXMLDocumentText() { return gTagsMXF.item(918); }
-const TagItem& detail::TagItemCatalogue19::itemMXFFrameworkThesaurusName() { return gTagsMXF.item(919); }
-const TagItem& detail::TagItemCatalogue19::itemMXFGroupSynopsis() { return gTagsMXF.item(920); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAnnotationSynopsis() { return gTagsMXF.item(921); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAnnotationDescription() { return gTagsMXF.item(922); }
-const TagItem& detail::TagItemCatalogue19::itemMXFScriptingKind() { return gTagsMXF.item(923); }
-const TagItem& detail::TagItemCatalogue19::itemMXFScriptingText() { return gTagsMXF.item(924); }
-const TagItem& detail::TagItemCatalogue19::itemMXFShotDescription() { return gTagsMXF.item(925); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAnnotationKind() { return gTagsMXF.item(926); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRelatedMaterialDescription() { return gTagsMXF.item(927); }
-const TagItem& detail::TagItemCatalogue19::itemMXFClipKind() { return gTagsMXF.item(928); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDeviceUsageDescription() { return gTagsMXF.item(929); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDisplayF2Offset() { return gTagsMXF.item(930); }
-const TagItem& detail::TagItemCatalogue19::itemMXFStoredF2Offset() { return gTagsMXF.item(931); }
-const TagItem& detail::TagItemCatalogue19::itemMXFActiveFormatDescriptor() { return gTagsMXF.item(932); }
-const TagItem& detail::TagItemCatalogue19::itemMXFLineNumber() { return gTagsMXF.item(933); }
-const TagItem& detail::TagItemCatalogue19::itemMXFScanningDirection() { return gTagsMXF.item(934); }
-const TagItem& detail::TagItemCatalogue19::itemMXFComponentMaximumRef() { return gTagsMXF.item(935); }
-const TagItem& detail::TagItemCatalogue19::itemMXFComponentMinimumRef() { return gTagsMXF.item(936); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAlphaMaximumRef() { return gTagsMXF.item(937); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAlphaMinimumRef() { return gTagsMXF.item(938); }
-const TagItem& detail::TagItemCatalogue19::itemMXFVideoPayloadIdentifier() { return gTagsMXF.item(939); }
-const TagItem& detail::TagItemCatalogue19::itemMXFVideoPayloadIdentifier2002() { return gTagsMXF.item(940); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSingleSequenceFlag() { return gTagsMXF.item(941); }
-const TagItem& detail::TagItemCatalogue19::itemMXFConstantBPictureFlag() { return gTagsMXF.item(942); }
-const TagItem& detail::TagItemCatalogue19::itemMXFCodedContentScanningKind() { return gTagsMXF.item(943); }
-const TagItem& detail::TagItemCatalogue19::itemMXFLowDelayIndicator() { return gTagsMXF.item(944); }
-const TagItem& detail::TagItemCatalogue19::itemMXFClosedGOPIndicator() { return gTagsMXF.item(945); }
-const TagItem& detail::TagItemCatalogue19::itemMXFIdenticalGOPIndicator() { return gTagsMXF.item(946); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMaximumGOPSize() { return gTagsMXF.item(947); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMaximumBPictureCount() { return gTagsMXF.item(948); }
-const TagItem& detail::TagItemCatalogue19::itemMXFProfileAndLevel() { return gTagsMXF.item(949); }
-const TagItem& detail::TagItemCatalogue19::itemMXFBitrate() { return gTagsMXF.item(950); }
-const TagItem& detail::TagItemCatalogue19::itemMXFChannelCount() { return gTagsMXF.item(951); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPeakEnvelope() { return gTagsMXF.item(952); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPeakEnvelopeData() { return gTagsMXF.item(953); }
-const TagItem& detail::TagItemCatalogue19::itemMXFBlockAlign() { return gTagsMXF.item(954); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSequenceOffset() { return gTagsMXF.item(955); }
-const TagItem& detail::TagItemCatalogue19::itemMXFBlockStartOffset() { return gTagsMXF.item(956); }
-const TagItem& detail::TagItemCatalogue19::itemMXFFileSecurityReport() { return gTagsMXF.item(957); }
-const TagItem& detail::TagItemCatalogue19::itemMXFFileSecurityWave() { return gTagsMXF.item(958); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAverageBytesPerSecond() { return gTagsMXF.item(959); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAuxiliaryBitsMode() { return gTagsMXF.item(960); }
-const TagItem& detail::TagItemCatalogue19::itemMXFChannelStatusMode() { return gTagsMXF.item(961); }
-const TagItem& detail::TagItemCatalogue19::itemMXFFixedChannelStatusData() { return gTagsMXF.item(962); }
-const TagItem& detail::TagItemCatalogue19::itemMXFUserDataMode() { return gTagsMXF.item(963); }
-const TagItem& detail::TagItemCatalogue19::itemMXFFixedUserData() { return gTagsMXF.item(964); }
-const TagItem& detail::TagItemCatalogue19::itemMXFEmphasis() { return gTagsMXF.item(965); }
-const TagItem& detail::TagItemCatalogue19::itemMXFBextCodingHistory() { return gTagsMXF.item(966); }
-const TagItem& detail::TagItemCatalogue19::itemMXFQltyBasicData() { return gTagsMXF.item(967); }
-const TagItem& detail::TagItemCatalogue19::itemMXFQltyStartOfModulation() { return gTagsMXF.item(968); }
-const TagItem& detail::TagItemCatalogue19::itemMXFQltyQualityEvent() { return gTagsMXF.item(969); }
-const TagItem& detail::TagItemCatalogue19::itemMXFQltyEndOfModulation() { return gTagsMXF.item(970); }
-const TagItem& detail::TagItemCatalogue19::itemMXFQltyQualityParameter() { return gTagsMXF.item(971); }
-const TagItem& detail::TagItemCatalogue19::itemMXFQltyOperatorComment() { return gTagsMXF.item(972); }
-const TagItem& detail::TagItemCatalogue19::itemMXFQltyCueSheet() { return gTagsMXF.item(973); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDialNorm() { return gTagsMXF.item(974); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDataEssenceCoding() { return gTagsMXF.item(975); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDateTimeRate() { return gTagsMXF.item(976); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDateTimeDropFrameFlag() { return gTagsMXF.item(977); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDateTimeEmbeddedFlag() { return gTagsMXF.item(978); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDateTimeKind() { return gTagsMXF.item(979); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDeltaEntryArray() { return gTagsMXF.item(980); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPositionTableCount() { return gTagsMXF.item(981); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPositionTable() { return gTagsMXF.item(982); }
-const TagItem& detail::TagItemCatalogue19::itemMXFIndexEntryArray() { return gTagsMXF.item(983); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDataDefinition() { return gTagsMXF.item(984); }
-const TagItem& detail::TagItemCatalogue19::itemMXFGenerationCopyNumber() { return gTagsMXF.item(985); }
-const TagItem& detail::TagItemCatalogue19::itemMXFGenerationCloneNumber() { return gTagsMXF.item(986); }
-const TagItem& detail::TagItemCatalogue19::itemMXFThemeMusicFlag() { return gTagsMXF.item(987); }
-const TagItem& detail::TagItemCatalogue19::itemMXFInsertMusicFlag() { return gTagsMXF.item(988); }
-const TagItem& detail::TagItemCatalogue19::itemMXFIndexEditRate() { return gTagsMXF.item(989); }
-const TagItem& detail::TagItemCatalogue19::itemMXFLinkedTrackID() { return gTagsMXF.item(990); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDescriptiveMetadataFramework() { return gTagsMXF.item(991); }
-const TagItem& detail::TagItemCatalogue19::itemMXFGroupSet() { return gTagsMXF.item(992); }
-const TagItem& detail::TagItemCatalogue19::itemMXFBankDetailsSet() { return gTagsMXF.item(993); }
-const TagItem& detail::TagItemCatalogue19::itemMXFImageFormatSet() { return gTagsMXF.item(994); }
-const TagItem& detail::TagItemCatalogue19::itemMXFProcessingSet() { return gTagsMXF.item(995); }
-const TagItem& detail::TagItemCatalogue19::itemMXFProjectSet() { return gTagsMXF.item(996); }
-const TagItem& detail::TagItemCatalogue19::itemMXFContactsListSet() { return gTagsMXF.item(997); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAnnotationCueWordsSet() { return gTagsMXF.item(998); }
-const TagItem& detail::TagItemCatalogue19::itemMXFShotCueWordsSet() { return gTagsMXF.item(999); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAwardParticipantSets() { return gTagsMXF.item(1000); }
-const TagItem& detail::TagItemCatalogue19::itemMXFContractParticipantSets() { return gTagsMXF.item(1001); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPersonSets() { return gTagsMXF.item(1002); }
-const TagItem& detail::TagItemCatalogue19::itemMXFParticipantOrganizationSets() { return gTagsMXF.item(1003); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPersonOrganizationSets() { return gTagsMXF.item(1004); }
-const TagItem& detail::TagItemCatalogue19::itemMXFLocationSets() { return gTagsMXF.item(1005); }
-const TagItem& detail::TagItemCatalogue19::itemMXFTitlesSets() { return gTagsMXF.item(1006); }
-const TagItem& detail::TagItemCatalogue19::itemMXFGroupSets() { return gTagsMXF.item(1007); }
-const TagItem& detail::TagItemCatalogue19::itemMXFIdentificationSets() { return gTagsMXF.item(1008); }
-const TagItem& detail::TagItemCatalogue19::itemMXFEpisodicItemSets() { return gTagsMXF.item(1009); }
-const TagItem& detail::TagItemCatalogue19::itemMXFBrandingSets() { return gTagsMXF.item(1010); }
-const TagItem& detail::TagItemCatalogue19::itemMXFEventSets() { return gTagsMXF.item(1011); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPublicationSets() { return gTagsMXF.item(1012); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAwardSets() { return gTagsMXF.item(1013); }
-const TagItem& detail::TagItemCatalogue19::itemMXFCaptionDescriptionSets() { return gTagsMXF.item(1014); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAnnotationSets() { return gTagsMXF.item(1015); }
-const TagItem& detail::TagItemCatalogue19::itemMXFProductionSettingPeriodSets() { return gTagsMXF.item(1016); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSceneSettingPeriodSets() { return gTagsMXF.item(1017); }
-const TagItem& detail::TagItemCatalogue19::itemMXFScriptingSets() { return gTagsMXF.item(1018); }
-const TagItem& detail::TagItemCatalogue19::itemMXFClassificationSets() { return gTagsMXF.item(1019); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSceneShotSets() { return gTagsMXF.item(1020); }
-const TagItem& detail::TagItemCatalogue19::itemMXFClipShotSets() { return gTagsMXF.item(1021); }
-const TagItem& detail::TagItemCatalogue19::itemMXFKeyPointSets() { return gTagsMXF.item(1022); }
-const TagItem& detail::TagItemCatalogue19::itemMXFShotParticipantRoleSets() { return gTagsMXF.item(1023); }
-const TagItem& detail::TagItemCatalogue19::itemMXFShotPersonSets() { return gTagsMXF.item(1024); }
-const TagItem& detail::TagItemCatalogue19::itemMXFOrganizationSets() { return gTagsMXF.item(1025); }
-const TagItem& detail::TagItemCatalogue19::itemMXFShotLocationSets() { return gTagsMXF.item(1026); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAddressSets() { return gTagsMXF.item(1027); }
-const TagItem& detail::TagItemCatalogue19::itemMXFCommunicationSets() { return gTagsMXF.item(1028); }
-const TagItem& detail::TagItemCatalogue19::itemMXFContractSets() { return gTagsMXF.item(1029); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRightsSets() { return gTagsMXF.item(1030); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPaymentsSets() { return gTagsMXF.item(1031); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDeviceParametersSets() { return gTagsMXF.item(1032); }
-const TagItem& detail::TagItemCatalogue19::itemMXFClassificationNameValueSets() { return gTagsMXF.item(1033); }
-const TagItem& detail::TagItemCatalogue19::itemMXFContactNameValueSets() { return gTagsMXF.item(1034); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDeviceParameterNameValueSets() { return gTagsMXF.item(1035); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMetadataServerLocators() { return gTagsMXF.item(1036); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRelatedMaterialLocators() { return gTagsMXF.item(1037); }
-const TagItem& detail::TagItemCatalogue19::itemMXFLocalTagEntries() { return gTagsMXF.item(1038); }
-const TagItem& detail::TagItemCatalogue19::itemMXFTotalNumberInSequence() { return gTagsMXF.item(1039); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRoomOrSuiteName() { return gTagsMXF.item(1040); }
-const TagItem& detail::TagItemCatalogue19::itemMXFBuildingName() { return gTagsMXF.item(1041); }
-const TagItem& detail::TagItemCatalogue19::itemMXFLocalFestivalDateTime() { return gTagsMXF.item(1042); }
-const TagItem& detail::TagItemCatalogue19::itemMXFShotStartPosition() { return gTagsMXF.item(1043); }
-const TagItem& detail::TagItemCatalogue19::itemMXFIndexingStartPosition() { return gTagsMXF.item(1044); }
-const TagItem& detail::TagItemCatalogue19::itemMXFEventOrigin() { return gTagsMXF.item(1045); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSettingPeriodDescription() { return gTagsMXF.item(1046); }
-const TagItem& detail::TagItemCatalogue19::itemMXFIndexDuration() { return gTagsMXF.item(1047); }
-const TagItem& detail::TagItemCatalogue19::itemMXFShotDuration() { return gTagsMXF.item(1048); }
-const TagItem& detail::TagItemCatalogue19::itemMXFExtendedClipID() { return gTagsMXF.item(1049); }
-const TagItem& detail::TagItemCatalogue19::itemMXFClipIDArray() { return gTagsMXF.item(1050); }
-const TagItem& detail::TagItemCatalogue19::itemMXFExtendedClipIDArray() { return gTagsMXF.item(1051); }
-const TagItem& detail::TagItemCatalogue19::itemMXFTrackNumberBatch() { return gTagsMXF.item(1052); }
-const TagItem& detail::TagItemCatalogue19::itemMXFExtendedTextLanguageCode() { return gTagsMXF.item(1053); }
-const TagItem& detail::TagItemCatalogue19::itemMXFExtendedCaptionsLanguageCode() { return gTagsMXF.item(1054); }
-const TagItem& detail::TagItemCatalogue19::itemMXFFrameworkExtendedTextLanguageCode() { return gTagsMXF.item(1055); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPrimaryExtendedSpokenLanguageCode() { return gTagsMXF.item(1056); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSecondaryExtendedSpokenLanguageCode() { return gTagsMXF.item(1057); }
-const TagItem& detail::TagItemCatalogue19::itemMXFOriginalExtendedSpokenPrimaryLanguageCode() { return gTagsMXF.item(1058); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSecondaryOriginalExtendedSpokenLanguageCode() { return gTagsMXF.item(1059); }
-const TagItem& detail::TagItemCatalogue19::itemMXFKLVMetadataSequence() { return gTagsMXF.item(1060); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPackageAttributes() { return gTagsMXF.item(1061); }
-const TagItem& detail::TagItemCatalogue19::itemMXFComponentAttributes() { return gTagsMXF.item(1062); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMDecoderInitFrame1() { return gTagsMXF.item(1063); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMDecoderInitFrame2() { return gTagsMXF.item(1064); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMDecoderInitFrame3() { return gTagsMXF.item(1065); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMDecoderInitFrame4() { return gTagsMXF.item(1066); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMDecoderInitFrame5() { return gTagsMXF.item(1067); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMDecoderInitFrame6() { return gTagsMXF.item(1068); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMDecoderInitFrame7() { return gTagsMXF.item(1069); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMDecoderInitFrame8() { return gTagsMXF.item(1070); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMAccessUnitFrame1() { return gTagsMXF.item(1071); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMAccessUnitFrame2() { return gTagsMXF.item(1072); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMAccessUnitFrame3() { return gTagsMXF.item(1073); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMAccessUnitFrame4() { return gTagsMXF.item(1074); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMAccessUnitFrame5() { return gTagsMXF.item(1075); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMAccessUnitFrame6() { return gTagsMXF.item(1076); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMAccessUnitFrame7() { return gTagsMXF.item(1077); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMAccessUnitFrame8() { return gTagsMXF.item(1078); }
-const TagItem& detail::TagItemCatalogue19::itemMXFComponentUserComments() { return gTagsMXF.item(1079); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSensorMode() { return gTagsMXF.item(1080); }
-const TagItem& detail::TagItemCatalogue19::itemMXFChannelAssignment() { return gTagsMXF.item(1081); }
-const TagItem& detail::TagItemCatalogue19::itemMXFContentPackageIndexArray() { return gTagsMXF.item(1082); }
-const TagItem& detail::TagItemCatalogue19::itemMXFVideoIndexArray() { return gTagsMXF.item(1083); }
-const TagItem& detail::TagItemCatalogue19::itemMXFApproximateImageContainerSize() { return gTagsMXF.item(1084); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMetadataEncodingSchemeCode() { return gTagsMXF.item(1085); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMIMEMediaType() { return gTagsMXF.item(1086); }
-const TagItem& detail::TagItemCatalogue19::itemMXFFieldOfViewVerticalFP() { return gTagsMXF.item(1087); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPackageUsageKind() { return gTagsMXF.item(1088); }
-const TagItem& detail::TagItemCatalogue19::itemMXFChannelID() { return gTagsMXF.item(1089); }
-const TagItem& detail::TagItemCatalogue19::itemMXFChannelIDs() { return gTagsMXF.item(1090); }
-const TagItem& detail::TagItemCatalogue19::itemMXFKLVDataType() { return gTagsMXF.item(1091); }
-const TagItem& detail::TagItemCatalogue19::itemMXFKLVDataParentProperties() { return gTagsMXF.item(1092); }
-const TagItem& detail::TagItemCatalogue19::itemMXFTaggedValueParentProperties() { return gTagsMXF.item(1093); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAnnotationParticipantSets() { return gTagsMXF.item(1094); }
-const TagItem& detail::TagItemCatalogue19::itemMXFKLVDataDefinitions() { return gTagsMXF.item(1095); }
-const TagItem& detail::TagItemCatalogue19::itemMXFTaggedValueDefinitions() { return gTagsMXF.item(1096); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAddressNameValueSets() { return gTagsMXF.item(1097); }
-const TagItem& detail::TagItemCatalogue19::itemMXFNMEADocumentText() { return gTagsMXF.item(1098); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPlatformRollAngle() { return gTagsMXF.item(1099); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPlatformPitchAngle() { return gTagsMXF.item(1100); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPlatformHeadingAngle() { return gTagsMXF.item(1101); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAddressLine() { return gTagsMXF.item(1102); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPlaceName() { return gTagsMXF.item(1103); }
-const TagItem& detail::TagItemCatalogue19::itemMXFGeographicalCoordinates() { return gTagsMXF.item(1104); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAstronomicalBodyName() { return gTagsMXF.item(1105); }
-const TagItem& detail::TagItemCatalogue19::itemMXFTimecodeArray() { return gTagsMXF.item(1106); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMarkIn() { return gTagsMXF.item(1107); }
-const TagItem& detail::TagItemCatalogue19::itemMXFUserPosition() { return gTagsMXF.item(1108); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMarkOut() { return gTagsMXF.item(1109); }
-const TagItem& detail::TagItemCatalogue19::itemMXFClipCreationDateTime() { return gTagsMXF.item(1110); }
-const TagItem& detail::TagItemCatalogue19::itemMXFVideoClipDuration() { return gTagsMXF.item(1111); }
-const TagItem& detail::TagItemCatalogue19::itemMXFParticipantID() { return gTagsMXF.item(1112); }
-const TagItem& detail::TagItemCatalogue19::itemMXFContactID() { return gTagsMXF.item(1113); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDefaultNamespaceURI() { return gTagsMXF.item(1114); }
-const TagItem& detail::TagItemCatalogue19::itemMXFNamespaceURI() { return gTagsMXF.item(1115); }
-const TagItem& detail::TagItemCatalogue19::itemMXFNamespaceURIs() { return gTagsMXF.item(1116); }
-const TagItem& detail::TagItemCatalogue19::itemMXFHTMLDOCTYPE() { return gTagsMXF.item(1117); }
-const TagItem& detail::TagItemCatalogue19::itemMXFNamespacePrefix() { return gTagsMXF.item(1118); }
-const TagItem& detail::TagItemCatalogue19::itemMXFNamespacePrefixes() { return gTagsMXF.item(1119); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRightsComment() { return gTagsMXF.item(1120); }
-const TagItem& detail::TagItemCatalogue19::itemMXFNominationCategory() { return gTagsMXF.item(1121); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPeakEnvelopeVersion() { return gTagsMXF.item(1122); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPeakEnvelopeFormat() { return gTagsMXF.item(1123); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPointsPerPeakValue() { return gTagsMXF.item(1124); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPeakEnvelopeBlockSize() { return gTagsMXF.item(1125); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPeakChannelCount() { return gTagsMXF.item(1126); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPeakFrameCount() { return gTagsMXF.item(1127); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPeakOfPeaksPosition() { return gTagsMXF.item(1128); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPeakEnvelopeTimestamp() { return gTagsMXF.item(1129); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRIFFChunkID() { return gTagsMXF.item(1130); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRIFFChunkLength() { return gTagsMXF.item(1131); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRIFFChunkData() { return gTagsMXF.item(1132); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMIMECharSet() { return gTagsMXF.item(1133); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMIMEEncoding() { return gTagsMXF.item(1134); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMonoSourceTrackIDs() { return gTagsMXF.item(1135); }
-const TagItem& detail::TagItemCatalogue19::itemMXFCompositionRendering() { return gTagsMXF.item(1136); }
-const TagItem& detail::TagItemCatalogue19::itemMXFCaptionsDescriptionParticipantSets() { return gTagsMXF.item(1137); }
-const TagItem& detail::TagItemCatalogue19::itemMXFEventAnnotationSets() { return gTagsMXF.item(1138); }
-const TagItem& detail::TagItemCatalogue19::itemMXFScriptingLocators() { return gTagsMXF.item(1139); }
-const TagItem& detail::TagItemCatalogue19::itemMXFUnknownBWFChunks() { return gTagsMXF.item(1140); }
-const TagItem& detail::TagItemCatalogue19::itemMXFCryptographicContextID() { return gTagsMXF.item(1141); }
-const TagItem& detail::TagItemCatalogue19::itemMXFNITFLayerTargetID() { return gTagsMXF.item(1142); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRP217DataStreamPID() { return gTagsMXF.item(1143); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRP217VideoStreamPID() { return gTagsMXF.item(1144); }
-const TagItem& detail::TagItemCatalogue19::itemMXFCipherAlgorithm() { return gTagsMXF.item(1145); }
-const TagItem& detail::TagItemCatalogue19::itemMXFCryptographicKeyID() { return gTagsMXF.item(1146); }
-const TagItem& detail::TagItemCatalogue19::itemMXFEncryptedSourceValue() { return gTagsMXF.item(1147); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMICAlgorithm() { return gTagsMXF.item(1148); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMIC() { return gTagsMXF.item(1149); }
-const TagItem& detail::TagItemCatalogue19::itemMXFJFIFMarkerDescription() { return gTagsMXF.item(1150); }
-const TagItem& detail::TagItemCatalogue19::itemMXFHTMLMetaDescription() { return gTagsMXF.item(1151); }
-const TagItem& detail::TagItemCatalogue19::itemMXFColorPrimaries() { return gTagsMXF.item(1152); }
-const TagItem& detail::TagItemCatalogue19::itemMXFProductFormat() { return gTagsMXF.item(1153); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSourceLength() { return gTagsMXF.item(1154); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSourceContainerFormat() { return gTagsMXF.item(1155); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSourceKey() { return gTagsMXF.item(1156); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDynamicSourcePackageID() { return gTagsMXF.item(1157); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDynamicSourceTrackIDs() { return gTagsMXF.item(1158); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSourceIndex() { return gTagsMXF.item(1159); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSourceSpecies() { return gTagsMXF.item(1160); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSourceValue() { return gTagsMXF.item(1161); }
-const TagItem& detail::TagItemCatalogue19::itemMXFCryptographicContextObject() { return gTagsMXF.item(1162); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSub_descriptors() { return gTagsMXF.item(1163); }
-const TagItem& detail::TagItemCatalogue19::itemMXFEncryptedTrackFileID() { return gTagsMXF.item(1164); }
-const TagItem& detail::TagItemCatalogue19::itemMXFCryptographicContextLink() { return gTagsMXF.item(1165); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPlaintextOffset() { return gTagsMXF.item(1166); }
-const TagItem& detail::TagItemCatalogue19::itemMXFTripletSequenceNumber() { return gTagsMXF.item(1167); }
-const TagItem& detail::TagItemCatalogue19::itemMXFBoundingRectangle() { return gTagsMXF.item(1168); }
-const TagItem& detail::TagItemCatalogue19::itemMXFGeographicLocation() { return gTagsMXF.item(1169); }
-const TagItem& detail::TagItemCatalogue19::itemMXFGeographicPolygonCoordinates() { return gTagsMXF.item(1170); }
-const TagItem& detail::TagItemCatalogue19::itemMXFGeographicAreaNorthwest() { return gTagsMXF.item(1171); }
-const TagItem& detail::TagItemCatalogue19::itemMXFGeographicAreaSoutheast() { return gTagsMXF.item(1172); }
-const TagItem& detail::TagItemCatalogue19::itemMXFGeographicAreaSourceDatum() { return gTagsMXF.item(1173); }
-const TagItem& detail::TagItemCatalogue19::itemMXFGeographicPolygonSourceDatum() { return gTagsMXF.item(1174); }
-const TagItem& detail::TagItemCatalogue19::itemMXFClassifyingCountryCode() { return gTagsMXF.item(1175); }
-const TagItem& detail::TagItemCatalogue19::itemMXFUTCInstantDateTime() { return gTagsMXF.item(1176); }
-const TagItem& detail::TagItemCatalogue19::itemMXFToleranceMode() { return gTagsMXF.item(1177); }
-const TagItem& detail::TagItemCatalogue19::itemMXFToleranceWindow() { return gTagsMXF.item(1178); }
-const TagItem& detail::TagItemCatalogue19::itemMXFToleranceInterpolationMethod() { return gTagsMXF.item(1179); }
-const TagItem& detail::TagItemCatalogue19::itemMXFVBILineCount() { return gTagsMXF.item(1180); }
-const TagItem& detail::TagItemCatalogue19::itemMXFStoredVBILineNumber() { return gTagsMXF.item(1181); }
-const TagItem& detail::TagItemCatalogue19::itemMXFVBIWrappingType() { return gTagsMXF.item(1182); }
-const TagItem& detail::TagItemCatalogue19::itemMXFVBIPayloadSampleCount() { return gTagsMXF.item(1183); }
-const TagItem& detail::TagItemCatalogue19::itemMXFVBIPayloadByteArray() { return gTagsMXF.item(1184); }
-const TagItem& detail::TagItemCatalogue19::itemMXFANCPacketCount() { return gTagsMXF.item(1185); }
-const TagItem& detail::TagItemCatalogue19::itemMXFStoredANCLineNumber() { return gTagsMXF.item(1186); }
-const TagItem& detail::TagItemCatalogue19::itemMXFANCWrappingType() { return gTagsMXF.item(1187); }
-const TagItem& detail::TagItemCatalogue19::itemMXFANCPayloadSampleCount() { return gTagsMXF.item(1188); }
-const TagItem& detail::TagItemCatalogue19::itemMXFANCPayloadByteArray() { return gTagsMXF.item(1189); }
-const TagItem& detail::TagItemCatalogue19::itemMXFVBIPayloadSampleCoding() { return gTagsMXF.item(1190); }
-const TagItem& detail::TagItemCatalogue19::itemMXFANCPayloadSampleCoding() { return gTagsMXF.item(1191); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRsiz() { return gTagsMXF.item(1192); }
-const TagItem& detail::TagItemCatalogue19::itemMXFXsiz() { return gTagsMXF.item(1193); }
-const TagItem& detail::TagItemCatalogue19::itemMXFYsiz() { return gTagsMXF.item(1194); }
-const TagItem& detail::TagItemCatalogue19::itemMXFXOsiz() { return gTagsMXF.item(1195); }
-const TagItem& detail::TagItemCatalogue19::itemMXFYOsiz() { return gTagsMXF.item(1196); }
-const TagItem& detail::TagItemCatalogue19::itemMXFXTsiz() { return gTagsMXF.item(1197); }
-const TagItem& detail::TagItemCatalogue19::itemMXFYTsiz() { return gTagsMXF.item(1198); }
-const TagItem& detail::TagItemCatalogue19::itemMXFXTOsiz() { return gTagsMXF.item(1199); }
-const TagItem& detail::TagItemCatalogue19::itemMXFYTOsiz() { return gTagsMXF.item(1200); }
-const TagItem& detail::TagItemCatalogue19::itemMXFCsiz() { return gTagsMXF.item(1201); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPictureComponentSizing() { return gTagsMXF.item(1202); }
-const TagItem& detail::TagItemCatalogue19::itemMXFCodingStyleDefault() { return gTagsMXF.item(1203); }
-const TagItem& detail::TagItemCatalogue19::itemMXFQuantizationDefault() { return gTagsMXF.item(1204); }
-const TagItem& detail::TagItemCatalogue19::itemMXFMPEGAudioBitrate() { return gTagsMXF.item(1205); }
-const TagItem& detail::TagItemCatalogue19::itemMXFCBEStartOffset() { return gTagsMXF.item(1206); }
-const TagItem& detail::TagItemCatalogue19::itemMXFVBEEndOffset() { return gTagsMXF.item(1207); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSubDescriptor() { return gTagsMXF.item(1208); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSubDescriptors() { return gTagsMXF.item(1209); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRootMetaDictionary() { return gTagsMXF.item(1210); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRootPreface() { return gTagsMXF.item(1211); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRootObjectDirectory() { return gTagsMXF.item(1212); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRootFormatVersion() { return gTagsMXF.item(1213); }
-const TagItem& detail::TagItemCatalogue19::itemMXFFrameCenterElevation() { return gTagsMXF.item(1214); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPackageMarkInPosition() { return gTagsMXF.item(1215); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPackageMarkOutPosition() { return gTagsMXF.item(1216); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAd_ID() { return gTagsMXF.item(1217); }
-const TagItem& detail::TagItemCatalogue19::itemMXFResourceID() { return gTagsMXF.item(1218); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAncillaryResourceID() { return gTagsMXF.item(1219); }
-const TagItem& detail::TagItemCatalogue19::itemMXFApplicationSchemeBatch() { return gTagsMXF.item(1220); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterKind() { return gTagsMXF.item(1221); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterVersion() { return gTagsMXF.item(1222); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterEditorName() { return gTagsMXF.item(1223); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterStatusKind() { return gTagsMXF.item(1224); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterItemName() { return gTagsMXF.item(1225); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterItemDefinition() { return gTagsMXF.item(1226); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterItemSymbol() { return gTagsMXF.item(1227); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterItemDefiningDocumentName() { return gTagsMXF.item(1228); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterItemUL() { return gTagsMXF.item(1229); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterItemNotes() { return gTagsMXF.item(1230); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterItemIntroductionVersion() { return gTagsMXF.item(1231); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterItemHierarchyLevel() { return gTagsMXF.item(1232); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterEntryStatus() { return gTagsMXF.item(1233); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterAction() { return gTagsMXF.item(1234); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterApproverName() { return gTagsMXF.item(1235); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterCreationTime() { return gTagsMXF.item(1236); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegistrantName() { return gTagsMXF.item(1237); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterItemOriginatorName() { return gTagsMXF.item(1238); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterUserName() { return gTagsMXF.item(1239); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterUserTime() { return gTagsMXF.item(1240); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterAdministrationNotes() { return gTagsMXF.item(1241); }
-const TagItem& detail::TagItemCatalogue19::itemMXFAFDAndBarData() { return gTagsMXF.item(1242); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPanScanInformation() { return gTagsMXF.item(1243); }
-const TagItem& detail::TagItemCatalogue19::itemMXFVC_1InitializationMetadata() { return gTagsMXF.item(1244); }
-const TagItem& detail::TagItemCatalogue19::itemMXFVC_1SingleSequence() { return gTagsMXF.item(1245); }
-const TagItem& detail::TagItemCatalogue19::itemMXFVC_1CodedContentType() { return gTagsMXF.item(1246); }
-const TagItem& detail::TagItemCatalogue19::itemMXFVC_1IdenticalGOP() { return gTagsMXF.item(1247); }
-const TagItem& detail::TagItemCatalogue19::itemMXFVC_1MaximumGOP() { return gTagsMXF.item(1248); }
-const TagItem& detail::TagItemCatalogue19::itemMXFVC_1BPictureCount() { return gTagsMXF.item(1249); }
-const TagItem& detail::TagItemCatalogue19::itemMXFVC_1AverageBitrate() { return gTagsMXF.item(1250); }
-const TagItem& detail::TagItemCatalogue19::itemMXFVC_1MaximumBitrate() { return gTagsMXF.item(1251); }
-const TagItem& detail::TagItemCatalogue19::itemMXFVC_1Profile() { return gTagsMXF.item(1252); }
-const TagItem& detail::TagItemCatalogue19::itemMXFVC_1Level() { return gTagsMXF.item(1253); }
-const TagItem& detail::TagItemCatalogue19::itemMXFLinkedTimecodeTrackID() { return gTagsMXF.item(1254); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSMPTE337MDataStreamNumber() { return gTagsMXF.item(1255); }
-const TagItem& detail::TagItemCatalogue19::itemMXFApplicationScheme() { return gTagsMXF.item(1256); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDescriptiveMetadataScheme() { return gTagsMXF.item(1257); }
-const TagItem& detail::TagItemCatalogue19::itemMXFUCSEncoding() { return gTagsMXF.item(1258); }
-const TagItem& detail::TagItemCatalogue19::itemMXFLinkedApplicationPlug_InInstanceID() { return gTagsMXF.item(1259); }
-const TagItem& detail::TagItemCatalogue19::itemMXFLinkedDescriptiveFrameworkPlug_InID() { return gTagsMXF.item(1260); }
-const TagItem& detail::TagItemCatalogue19::itemMXFApplicationPlug_InInstanceID() { return gTagsMXF.item(1261); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDescriptiveMetadataPlug_InID() { return gTagsMXF.item(1262); }
-const TagItem& detail::TagItemCatalogue19::itemMXFApplicationEnvironmentID() { return gTagsMXF.item(1263); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDescriptiveMetadataApplicationEnvironmentID() { return gTagsMXF.item(1264); }
-const TagItem& detail::TagItemCatalogue19::itemMXFLinkedDescriptiveObjectPlug_InID() { return gTagsMXF.item(1265); }
-const TagItem& detail::TagItemCatalogue19::itemMXFTimebaseReferenceTrackID() { return gTagsMXF.item(1266); }
-const TagItem& detail::TagItemCatalogue19::itemMXFObjectClassDefinition() { return gTagsMXF.item(1267); }
-const TagItem& detail::TagItemCatalogue19::itemMXFApplicationPlug_InBatch() { return gTagsMXF.item(1268); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPackageMarker() { return gTagsMXF.item(1269); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPackageTimelineMarkerRef() { return gTagsMXF.item(1270); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterAdministrationObject() { return gTagsMXF.item(1271); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterEntryAdministrationObject() { return gTagsMXF.item(1272); }
-const TagItem& detail::TagItemCatalogue19::itemMXFGenericPayloads() { return gTagsMXF.item(1273); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterEntryArray() { return gTagsMXF.item(1274); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterAdministrationArray() { return gTagsMXF.item(1275); }
-const TagItem& detail::TagItemCatalogue19::itemMXFApplicationInformationArray() { return gTagsMXF.item(1276); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterChildEntryArray() { return gTagsMXF.item(1277); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterReleaseDateTime() { return gTagsMXF.item(1278); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRegisterItemStatusChangeDateTime() { return gTagsMXF.item(1279); }
-const TagItem& detail::TagItemCatalogue19::itemMXFOpenBodyPartition() { return gTagsMXF.item(1280); }
-const TagItem& detail::TagItemCatalogue19::itemMXFClosedBodyPartition() { return gTagsMXF.item(1281); }
-const TagItem& detail::TagItemCatalogue19::itemMXFOpenCompleteBodyPartition() { return gTagsMXF.item(1282); }
-const TagItem& detail::TagItemCatalogue19::itemMXFClosedCompleteBodyPartition() { return gTagsMXF.item(1283); }
-const TagItem& detail::TagItemCatalogue19::itemMXFFooter() { return gTagsMXF.item(1284); }
-const TagItem& detail::TagItemCatalogue19::itemMXFCompleteFooter() { return gTagsMXF.item(1285); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRandomIndexMetadataV10() { return gTagsMXF.item(1286); }
-const TagItem& detail::TagItemCatalogue19::itemMXFRandomIndexMetadata() { return gTagsMXF.item(1287); }
-const TagItem& detail::TagItemCatalogue19::itemMXFPartitionMetadata() { return gTagsMXF.item(1288); }
-const TagItem& detail::TagItemCatalogue19::itemMXFSourceClip() { return gTagsMXF.item(1289); }
-const TagItem& detail::TagItemCatalogue19::itemMXFV10IndexTableSegment() { return gTagsMXF.item(1290); }
-const TagItem& detail::TagItemCatalogue19::itemMXFIndexTableSegment() { return gTagsMXF.item(1291); }
-const TagItem& detail::TagItemCatalogue19::itemMXFDefaultObject() { return gTagsMXF.item(1292); }
-const TagItem& detail::TagItemCatalogue19::itemMXFCipherAlgorithmAES128CBC() { return gTagsMXF.item(1293); }
-const TagItem& detail::TagItemCatalogue19::itemMXFHMACAlgorithmSHA1128() { return gTagsMXF.item(1294); }
-const TagItem& detail::TagItemCatalogue19::itemMXFEncryptedContainerLabel() { return gTagsMXF.item(1295); }
-const TagItem& detail::TagItemCatalogue19::itemMXFCryptographicFrameworkLabel() { return gTagsMXF.item(1296); }
-
-namespace detail {
-const TagItem* findInJUMBF(std::string_view key) { return gTagsJUMBF.find(key); }
-const TagItem* findInJVC(std::string_view key) { return gTagsJVC.find(key); }
-const TagItem* findInJpeg2000(std::string_view key) { return gTagsJpeg2000.find(key); }
-const TagItem* findInKodak(std::string_view key) { return gTagsKodak.find(key); }
-const TagItem* findInKyoceraRaw(std::string_view key) { return gTagsKyoceraRaw.find(key); }
-const TagItem* findInLNK(std::string_view key) { return gTagsLNK.find(key); }
-const TagItem* findInLeaf(std::string_view key) { return gTagsLeaf.find(key); }
-const TagItem* findInLeica(std::string_view key) { return gTagsLeica.find(key); }
-const TagItem* findInLytro(std::string_view key) { return gTagsLytro.find(key); }
-const TagItem* findInM2TS(std::string_view key) { return gTagsM2TS.find(key); }
-const TagItem* findInMIE(std::string_view key) { return gTagsMIE.find(key); }
-const TagItem* findInMIFF(std::string_view key) { return gTagsMIFF.find(key); }
-const TagItem* findInMISB(std::string_view key) { return gTagsMISB.find(key); }
-const TagItem* findInMNG(std::string_view key) { return gTagsMNG.find(key); }
-const TagItem* findInMOI(std::string_view key) { return gTagsMOI.find(key); }
-const TagItem* findInMPC(std::string_view key) { return gTagsMPC.find(key); }
-const TagItem* findInMPEG(std::string_view key) { return gTagsMPEG.find(key); }
-const TagItem* findInMPF(std::string_view key) { return gTagsMPF.find(key); }
-const TagItem* findInMXF(std::string_view key) { return gTagsMXF.find(key); }
-}  // namespace detail
+const TagItem& detail::TagItemCatalogue17::itemMXFMXFVersion() { return detail::gTagsMXF.item(0); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFooterPosition() { return detail::gTagsMXF.item(1); }
+const TagItem& detail::TagItemCatalogue17::itemMXFHeaderSize() { return detail::gTagsMXF.item(2); }
+const TagItem& detail::TagItemCatalogue17::itemMXFOrganizationID() { return detail::gTagsMXF.item(3); }
+const TagItem& detail::TagItemCatalogue17::itemMXFUPID() { return detail::gTagsMXF.item(4); }
+const TagItem& detail::TagItemCatalogue17::itemMXFUPN() { return detail::gTagsMXF.item(5); }
+const TagItem& detail::TagItemCatalogue17::itemMXFIBTN() { return detail::gTagsMXF.item(6); }
+const TagItem& detail::TagItemCatalogue17::itemMXFISAN() { return detail::gTagsMXF.item(7); }
+const TagItem& detail::TagItemCatalogue17::itemMXFISBN() { return detail::gTagsMXF.item(8); }
+const TagItem& detail::TagItemCatalogue17::itemMXFISSN() { return detail::gTagsMXF.item(9); }
+const TagItem& detail::TagItemCatalogue17::itemMXFISWC() { return detail::gTagsMXF.item(10); }
+const TagItem& detail::TagItemCatalogue17::itemMXFISMN() { return detail::gTagsMXF.item(11); }
+const TagItem& detail::TagItemCatalogue17::itemMXFISCI() { return detail::gTagsMXF.item(12); }
+const TagItem& detail::TagItemCatalogue17::itemMXFISRC() { return detail::gTagsMXF.item(13); }
+const TagItem& detail::TagItemCatalogue17::itemMXFISRN() { return detail::gTagsMXF.item(14); }
+const TagItem& detail::TagItemCatalogue17::itemMXFISBD() { return detail::gTagsMXF.item(15); }
+const TagItem& detail::TagItemCatalogue17::itemMXFISTC() { return detail::gTagsMXF.item(16); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSICI() { return detail::gTagsMXF.item(17); }
+const TagItem& detail::TagItemCatalogue17::itemMXFBICI() { return detail::gTagsMXF.item(18); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAICI() { return detail::gTagsMXF.item(19); }
+const TagItem& detail::TagItemCatalogue17::itemMXFPII() { return detail::gTagsMXF.item(20); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDOI() { return detail::gTagsMXF.item(21); }
+const TagItem& detail::TagItemCatalogue17::itemMXFInstanceUID() { return detail::gTagsMXF.item(22); }
+const TagItem& detail::TagItemCatalogue17::itemMXFPackageID() { return detail::gTagsMXF.item(23); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDeviceDesignation() { return detail::gTagsMXF.item(24); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDeviceModel() { return detail::gTagsMXF.item(25); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDeviceSerialNumber() { return detail::gTagsMXF.item(26); }
+const TagItem& detail::TagItemCatalogue17::itemMXFURL() { return detail::gTagsMXF.item(27); }
+const TagItem& detail::TagItemCatalogue17::itemMXFPURL() { return detail::gTagsMXF.item(28); }
+const TagItem& detail::TagItemCatalogue17::itemMXFURN() { return detail::gTagsMXF.item(29); }
+const TagItem& detail::TagItemCatalogue17::itemMXFTransmissionID() { return detail::gTagsMXF.item(30); }
+const TagItem& detail::TagItemCatalogue17::itemMXFArchiveID() { return detail::gTagsMXF.item(31); }
+const TagItem& detail::TagItemCatalogue17::itemMXFItemID() { return detail::gTagsMXF.item(32); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAccountingReferenceNumber() { return detail::gTagsMXF.item(33); }
+const TagItem& detail::TagItemCatalogue17::itemMXFTrafficID() { return detail::gTagsMXF.item(34); }
+const TagItem& detail::TagItemCatalogue17::itemMXFReelOrRollNumber() { return detail::gTagsMXF.item(35); }
+const TagItem& detail::TagItemCatalogue17::itemMXFLocalTapeNumber() { return detail::gTagsMXF.item(36); }
+const TagItem& detail::TagItemCatalogue17::itemMXFLUID() { return detail::gTagsMXF.item(37); }
+const TagItem& detail::TagItemCatalogue17::itemMXFPackageName() { return detail::gTagsMXF.item(38); }
+const TagItem& detail::TagItemCatalogue17::itemMXFLocalFilePath() { return detail::gTagsMXF.item(39); }
+const TagItem& detail::TagItemCatalogue17::itemMXFEdgeCode() { return detail::gTagsMXF.item(40); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFrameCode() { return detail::gTagsMXF.item(41); }
+const TagItem& detail::TagItemCatalogue17::itemMXFKeyCode() { return detail::gTagsMXF.item(42); }
+const TagItem& detail::TagItemCatalogue17::itemMXFInkNumber() { return detail::gTagsMXF.item(43); }
+const TagItem& detail::TagItemCatalogue17::itemMXFKeyText() { return detail::gTagsMXF.item(44); }
+const TagItem& detail::TagItemCatalogue17::itemMXFKeyFrame() { return detail::gTagsMXF.item(45); }
+const TagItem& detail::TagItemCatalogue17::itemMXFKeySound() { return detail::gTagsMXF.item(46); }
+const TagItem& detail::TagItemCatalogue17::itemMXFKeyDataOrProgram() { return detail::gTagsMXF.item(47); }
+const TagItem& detail::TagItemCatalogue17::itemMXFTitleKind() { return detail::gTagsMXF.item(48); }
+const TagItem& detail::TagItemCatalogue17::itemMXFMainTitle() { return detail::gTagsMXF.item(49); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSecondaryTitle() { return detail::gTagsMXF.item(50); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSeriesNumber() { return detail::gTagsMXF.item(51); }
+const TagItem& detail::TagItemCatalogue17::itemMXFEpisodeNumber() { return detail::gTagsMXF.item(52); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSceneNumber() { return detail::gTagsMXF.item(53); }
+const TagItem& detail::TagItemCatalogue17::itemMXFTakeNumber() { return detail::gTagsMXF.item(54); }
+const TagItem& detail::TagItemCatalogue17::itemMXFCISACLegalEntityID() { return detail::gTagsMXF.item(55); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAGICOAID() { return detail::gTagsMXF.item(56); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSourceOrganization() { return detail::gTagsMXF.item(57); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSupplyContractNumber() { return detail::gTagsMXF.item(58); }
+const TagItem& detail::TagItemCatalogue17::itemMXFOriginalProducerName() { return detail::gTagsMXF.item(59); }
+const TagItem& detail::TagItemCatalogue17::itemMXFTotalEpisodeCount() { return detail::gTagsMXF.item(60); }
+const TagItem& detail::TagItemCatalogue17::itemMXFCopyrightStatus() { return detail::gTagsMXF.item(61); }
+const TagItem& detail::TagItemCatalogue17::itemMXFCopyrightOwnerName() { return detail::gTagsMXF.item(62); }
+const TagItem& detail::TagItemCatalogue17::itemMXFIntellectualPropertyDescription() { return detail::gTagsMXF.item(63); }
+const TagItem& detail::TagItemCatalogue17::itemMXFIntellectualPropertyRights() { return detail::gTagsMXF.item(64); }
+const TagItem& detail::TagItemCatalogue17::itemMXFRightsholder() { return detail::gTagsMXF.item(65); }
+const TagItem& detail::TagItemCatalogue17::itemMXFRightsManagementAuthority() { return detail::gTagsMXF.item(66); }
+const TagItem& detail::TagItemCatalogue17::itemMXFInterestedPartyName() { return detail::gTagsMXF.item(67); }
+const TagItem& detail::TagItemCatalogue17::itemMXFMaximumUseCount() { return detail::gTagsMXF.item(68); }
+const TagItem& detail::TagItemCatalogue17::itemMXFLicenseOptionsDescription() { return detail::gTagsMXF.item(69); }
+const TagItem& detail::TagItemCatalogue17::itemMXFCurrencyCode() { return detail::gTagsMXF.item(70); }
+const TagItem& detail::TagItemCatalogue17::itemMXFRoyaltyPaymentInformation() { return detail::gTagsMXF.item(71); }
+const TagItem& detail::TagItemCatalogue17::itemMXFRoyaltyIncomeInformation() { return detail::gTagsMXF.item(72); }
+const TagItem& detail::TagItemCatalogue17::itemMXFRestrictionsonUse() { return detail::gTagsMXF.item(73); }
+const TagItem& detail::TagItemCatalogue17::itemMXFExCCIData() { return detail::gTagsMXF.item(74); }
+const TagItem& detail::TagItemCatalogue17::itemMXFUserName() { return detail::gTagsMXF.item(75); }
+const TagItem& detail::TagItemCatalogue17::itemMXFPassword() { return detail::gTagsMXF.item(76); }
+const TagItem& detail::TagItemCatalogue17::itemMXFScramblingKeyKind() { return detail::gTagsMXF.item(77); }
+const TagItem& detail::TagItemCatalogue17::itemMXFScramblingKeyValue() { return detail::gTagsMXF.item(78); }
+const TagItem& detail::TagItemCatalogue17::itemMXFBroadcastOrganizationName() { return detail::gTagsMXF.item(79); }
+const TagItem& detail::TagItemCatalogue17::itemMXFBroadcastChannel() { return detail::gTagsMXF.item(80); }
+const TagItem& detail::TagItemCatalogue17::itemMXFBroadcastMediumKind() { return detail::gTagsMXF.item(81); }
+const TagItem& detail::TagItemCatalogue17::itemMXFBroadcastRegion() { return detail::gTagsMXF.item(82); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFirstBroadcastFlag() { return detail::gTagsMXF.item(83); }
+const TagItem& detail::TagItemCatalogue17::itemMXFCurrentRepeatNumber() { return detail::gTagsMXF.item(84); }
+const TagItem& detail::TagItemCatalogue17::itemMXFPreviousRepeatNumber() { return detail::gTagsMXF.item(85); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAudienceRating() { return detail::gTagsMXF.item(86); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAudienceReach() { return detail::gTagsMXF.item(87); }
+const TagItem& detail::TagItemCatalogue17::itemMXFNatureOfPersonality() { return detail::gTagsMXF.item(88); }
+const TagItem& detail::TagItemCatalogue17::itemMXFContributionStatus() { return detail::gTagsMXF.item(89); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSupportOrAdministrationStatus() { return detail::gTagsMXF.item(90); }
+const TagItem& detail::TagItemCatalogue17::itemMXFOrganizationKind() { return detail::gTagsMXF.item(91); }
+const TagItem& detail::TagItemCatalogue17::itemMXFProductionOrganizationRole() { return detail::gTagsMXF.item(92); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSupportOrganizationRole() { return detail::gTagsMXF.item(93); }
+const TagItem& detail::TagItemCatalogue17::itemMXFJobFunctionName() { return detail::gTagsMXF.item(94); }
+const TagItem& detail::TagItemCatalogue17::itemMXFRoleName() { return detail::gTagsMXF.item(95); }
+const TagItem& detail::TagItemCatalogue17::itemMXFContactKind() { return detail::gTagsMXF.item(96); }
+const TagItem& detail::TagItemCatalogue17::itemMXFContactDepartmentName() { return detail::gTagsMXF.item(97); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFamilyName() { return detail::gTagsMXF.item(98); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFirstGivenName() { return detail::gTagsMXF.item(99); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSecondGivenName() { return detail::gTagsMXF.item(100); }
+const TagItem& detail::TagItemCatalogue17::itemMXFThirdGivenName() { return detail::gTagsMXF.item(101); }
+const TagItem& detail::TagItemCatalogue17::itemMXFMainName() { return detail::gTagsMXF.item(102); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSupplementaryName() { return detail::gTagsMXF.item(103); }
+const TagItem& detail::TagItemCatalogue17::itemMXFOrganizationMainName() { return detail::gTagsMXF.item(104); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSupplementaryOrganizationName() { return detail::gTagsMXF.item(105); }
+const TagItem& detail::TagItemCatalogue17::itemMXFISO3166CountryCode() { return detail::gTagsMXF.item(106); }
+const TagItem& detail::TagItemCatalogue17::itemMXFISO639_1LanguageCode() { return detail::gTagsMXF.item(107); }
+const TagItem& detail::TagItemCatalogue17::itemMXFOperatingSystemInterpretations() { return detail::gTagsMXF.item(108); }
+const TagItem& detail::TagItemCatalogue17::itemMXFByteOrder() { return detail::gTagsMXF.item(109); }
+const TagItem& detail::TagItemCatalogue17::itemMXFEssenceIsIdentified() { return detail::gTagsMXF.item(110); }
+const TagItem& detail::TagItemCatalogue17::itemMXFLengthSystemName() { return detail::gTagsMXF.item(111); }
+const TagItem& detail::TagItemCatalogue17::itemMXFLengthUnitKind() { return detail::gTagsMXF.item(112); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAngularUnitKind() { return detail::gTagsMXF.item(113); }
+const TagItem& detail::TagItemCatalogue17::itemMXFTimeSystemOffset() { return detail::gTagsMXF.item(114); }
+const TagItem& detail::TagItemCatalogue17::itemMXFTimeUnitKind() { return detail::gTagsMXF.item(115); }
+const TagItem& detail::TagItemCatalogue17::itemMXFContentCodingSystem() { return detail::gTagsMXF.item(116); }
+const TagItem& detail::TagItemCatalogue17::itemMXFProgramKind() { return detail::gTagsMXF.item(117); }
+const TagItem& detail::TagItemCatalogue17::itemMXFGenre() { return detail::gTagsMXF.item(118); }
+const TagItem& detail::TagItemCatalogue17::itemMXFTargetAudience() { return detail::gTagsMXF.item(119); }
+const TagItem& detail::TagItemCatalogue17::itemMXFCatalogDataStatus() { return detail::gTagsMXF.item(120); }
+const TagItem& detail::TagItemCatalogue17::itemMXFThesaurusName() { return detail::gTagsMXF.item(121); }
+const TagItem& detail::TagItemCatalogue17::itemMXFTheme() { return detail::gTagsMXF.item(122); }
+const TagItem& detail::TagItemCatalogue17::itemMXFContentClassification() { return detail::gTagsMXF.item(123); }
+const TagItem& detail::TagItemCatalogue17::itemMXFKeywords() { return detail::gTagsMXF.item(124); }
+const TagItem& detail::TagItemCatalogue17::itemMXFKeyFrames() { return detail::gTagsMXF.item(125); }
+const TagItem& detail::TagItemCatalogue17::itemMXFKeySounds() { return detail::gTagsMXF.item(126); }
+const TagItem& detail::TagItemCatalogue17::itemMXFKeyData() { return detail::gTagsMXF.item(127); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAbstract() { return detail::gTagsMXF.item(128); }
+const TagItem& detail::TagItemCatalogue17::itemMXFPurpose() { return detail::gTagsMXF.item(129); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDescription() { return detail::gTagsMXF.item(130); }
+const TagItem& detail::TagItemCatalogue17::itemMXFColorDescriptor() { return detail::gTagsMXF.item(131); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFormatDescriptor() { return detail::gTagsMXF.item(132); }
+const TagItem& detail::TagItemCatalogue17::itemMXFStratumKind() { return detail::gTagsMXF.item(133); }
+const TagItem& detail::TagItemCatalogue17::itemMXFIndividualAwardName() { return detail::gTagsMXF.item(134); }
+const TagItem& detail::TagItemCatalogue17::itemMXFProgramAwardName() { return detail::gTagsMXF.item(135); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAssetValue() { return detail::gTagsMXF.item(136); }
+const TagItem& detail::TagItemCatalogue17::itemMXFContentValue() { return detail::gTagsMXF.item(137); }
+const TagItem& detail::TagItemCatalogue17::itemMXFCulturalValue() { return detail::gTagsMXF.item(138); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAestheticValue() { return detail::gTagsMXF.item(139); }
+const TagItem& detail::TagItemCatalogue17::itemMXFHistoricalValue() { return detail::gTagsMXF.item(140); }
+const TagItem& detail::TagItemCatalogue17::itemMXFTechnicalValue() { return detail::gTagsMXF.item(141); }
+const TagItem& detail::TagItemCatalogue17::itemMXFOtherValues() { return detail::gTagsMXF.item(142); }
+const TagItem& detail::TagItemCatalogue17::itemMXFCatalogingSystemName() { return detail::gTagsMXF.item(143); }
+const TagItem& detail::TagItemCatalogue17::itemMXFComputedKeywords() { return detail::gTagsMXF.item(144); }
+const TagItem& detail::TagItemCatalogue17::itemMXFComputedKeyFrames() { return detail::gTagsMXF.item(145); }
+const TagItem& detail::TagItemCatalogue17::itemMXFComputedKeySounds() { return detail::gTagsMXF.item(146); }
+const TagItem& detail::TagItemCatalogue17::itemMXFComputedKeyData() { return detail::gTagsMXF.item(147); }
+const TagItem& detail::TagItemCatalogue17::itemMXFComputedStratumKind() { return detail::gTagsMXF.item(148); }
+const TagItem& detail::TagItemCatalogue17::itemMXFPresentationAspectRatio() { return detail::gTagsMXF.item(149); }
+const TagItem& detail::TagItemCatalogue17::itemMXFCaptureAspectRatio() { return detail::gTagsMXF.item(150); }
+const TagItem& detail::TagItemCatalogue17::itemMXFCaptureGammaEquation() { return detail::gTagsMXF.item(151); }
+const TagItem& detail::TagItemCatalogue17::itemMXFLumaEquation() { return detail::gTagsMXF.item(152); }
+const TagItem& detail::TagItemCatalogue17::itemMXFColorimetryCode() { return detail::gTagsMXF.item(153); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSignalFormCode() { return detail::gTagsMXF.item(154); }
+const TagItem& detail::TagItemCatalogue17::itemMXFColorFieldCode() { return detail::gTagsMXF.item(155); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFieldRate() { return detail::gTagsMXF.item(156); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFrameRate() { return detail::gTagsMXF.item(157); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFrameLayout() { return detail::gTagsMXF.item(158); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSamplingStructureCode() { return detail::gTagsMXF.item(159); }
+const TagItem& detail::TagItemCatalogue17::itemMXFTotalLinesperFrame() { return detail::gTagsMXF.item(160); }
+const TagItem& detail::TagItemCatalogue17::itemMXFActiveLinesperFrame() { return detail::gTagsMXF.item(161); }
+const TagItem& detail::TagItemCatalogue17::itemMXFLeadingLines() { return detail::gTagsMXF.item(162); }
+const TagItem& detail::TagItemCatalogue17::itemMXFTrailingLines() { return detail::gTagsMXF.item(163); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAnalogVideoSystemName() { return detail::gTagsMXF.item(164); }
+const TagItem& detail::TagItemCatalogue17::itemMXFLuminanceSampleRate() { return detail::gTagsMXF.item(165); }
+const TagItem& detail::TagItemCatalogue17::itemMXFActiveSamplesperLine() { return detail::gTagsMXF.item(166); }
+const TagItem& detail::TagItemCatalogue17::itemMXFTotalSamplesperLine() { return detail::gTagsMXF.item(167); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSamplingHierarchyCode() { return detail::gTagsMXF.item(168); }
+const TagItem& detail::TagItemCatalogue17::itemMXFHorizontalSubsampling() { return detail::gTagsMXF.item(169); }
+const TagItem& detail::TagItemCatalogue17::itemMXFColorSiting() { return detail::gTagsMXF.item(170); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSampledHeight() { return detail::gTagsMXF.item(171); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSampledWidth() { return detail::gTagsMXF.item(172); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSampledXOffset() { return detail::gTagsMXF.item(173); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSampledYOffset() { return detail::gTagsMXF.item(174); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDisplayHeight() { return detail::gTagsMXF.item(175); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDisplayWidth() { return detail::gTagsMXF.item(176); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDisplayXOffset() { return detail::gTagsMXF.item(177); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDisplayYOffset() { return detail::gTagsMXF.item(178); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFilteringCode() { return detail::gTagsMXF.item(179); }
+const TagItem& detail::TagItemCatalogue17::itemMXFImageHeight() { return detail::gTagsMXF.item(180); }
+const TagItem& detail::TagItemCatalogue17::itemMXFImageWidth() { return detail::gTagsMXF.item(181); }
+const TagItem& detail::TagItemCatalogue17::itemMXFBitsPerPixel() { return detail::gTagsMXF.item(182); }
+const TagItem& detail::TagItemCatalogue17::itemMXFRoundingMethodCode() { return detail::gTagsMXF.item(183); }
+const TagItem& detail::TagItemCatalogue17::itemMXFBlackReferenceLevel() { return detail::gTagsMXF.item(184); }
+const TagItem& detail::TagItemCatalogue17::itemMXFWhiteReferenceLevel() { return detail::gTagsMXF.item(185); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFieldFrameTypeCode() { return detail::gTagsMXF.item(186); }
+const TagItem& detail::TagItemCatalogue17::itemMXFPulldownSequence() { return detail::gTagsMXF.item(187); }
+const TagItem& detail::TagItemCatalogue17::itemMXFPulldownFieldDominance() { return detail::gTagsMXF.item(188); }
+const TagItem& detail::TagItemCatalogue17::itemMXFVideoAndFilmFrameRelationship() { return detail::gTagsMXF.item(189); }
+const TagItem& detail::TagItemCatalogue17::itemMXFCaptureFilmFrameRate() { return detail::gTagsMXF.item(190); }
+const TagItem& detail::TagItemCatalogue17::itemMXFTransferFilmFrameRate() { return detail::gTagsMXF.item(191); }
+const TagItem& detail::TagItemCatalogue17::itemMXFVideoTestParameter() { return detail::gTagsMXF.item(192); }
+const TagItem& detail::TagItemCatalogue17::itemMXFVideoTestResult() { return detail::gTagsMXF.item(193); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFilmTestParameter() { return detail::gTagsMXF.item(194); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFilmTestResult() { return detail::gTagsMXF.item(195); }
+const TagItem& detail::TagItemCatalogue17::itemMXFElectrospatialFormulation() { return detail::gTagsMXF.item(196); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFilteringApplied() { return detail::gTagsMXF.item(197); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAudioReferenceLevel() { return detail::gTagsMXF.item(198); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAudioMonoChannelCount() { return detail::gTagsMXF.item(199); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAudioStereoChannelCount() { return detail::gTagsMXF.item(200); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAnalogSystem() { return detail::gTagsMXF.item(201); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAudioSampleRate() { return detail::gTagsMXF.item(202); }
+const TagItem& detail::TagItemCatalogue17::itemMXFBitsPerSample() { return detail::gTagsMXF.item(203); }
+const TagItem& detail::TagItemCatalogue17::itemMXFRoundingLaw() { return detail::gTagsMXF.item(204); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDither() { return detail::gTagsMXF.item(205); }
+const TagItem& detail::TagItemCatalogue17::itemMXFOpticalTrack() { return detail::gTagsMXF.item(206); }
+const TagItem& detail::TagItemCatalogue17::itemMXFMagneticTrack() { return detail::gTagsMXF.item(207); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSignal_to_NoiseRatio() { return detail::gTagsMXF.item(208); }
+const TagItem& detail::TagItemCatalogue17::itemMXFWeighting() { return detail::gTagsMXF.item(209); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAnalogDataCodingKind() { return detail::gTagsMXF.item(210); }
+const TagItem& detail::TagItemCatalogue17::itemMXFTimecodeKind() { return detail::gTagsMXF.item(211); }
+const TagItem& detail::TagItemCatalogue17::itemMXFTimecodeTimebase() { return detail::gTagsMXF.item(212); }
+const TagItem& detail::TagItemCatalogue17::itemMXFTimecodeUserBitsFlag() { return detail::gTagsMXF.item(213); }
+const TagItem& detail::TagItemCatalogue17::itemMXFIncludeSync() { return detail::gTagsMXF.item(214); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDropFrame() { return detail::gTagsMXF.item(215); }
+const TagItem& detail::TagItemCatalogue17::itemMXFTimecodeSourceKind() { return detail::gTagsMXF.item(216); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAnalogMetadataCarrier() { return detail::gTagsMXF.item(217); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDigitalMetadataCarrier() { return detail::gTagsMXF.item(218); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAnalogMonitoringAndControlCodingKind() { return detail::gTagsMXF.item(219); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSampleRate() { return detail::gTagsMXF.item(220); }
+const TagItem& detail::TagItemCatalogue17::itemMXFEssenceLength() { return detail::gTagsMXF.item(221); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFilmColorProcess() { return detail::gTagsMXF.item(222); }
+const TagItem& detail::TagItemCatalogue17::itemMXFEdgeCodeFormat() { return detail::gTagsMXF.item(223); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFilmFormatName() { return detail::gTagsMXF.item(224); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFilmStockKind() { return detail::gTagsMXF.item(225); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFilmStockManufacturerName() { return detail::gTagsMXF.item(226); }
+const TagItem& detail::TagItemCatalogue17::itemMXFPhysicalMediaLength() { return detail::gTagsMXF.item(227); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFilmCaptureAperture() { return detail::gTagsMXF.item(228); }
+const TagItem& detail::TagItemCatalogue17::itemMXFImageCategory() { return detail::gTagsMXF.item(229); }
+const TagItem& detail::TagItemCatalogue17::itemMXFImageSourceDeviceKind() { return detail::gTagsMXF.item(230); }
+const TagItem& detail::TagItemCatalogue17::itemMXFOpticalTestParameterName() { return detail::gTagsMXF.item(231); }
+const TagItem& detail::TagItemCatalogue17::itemMXFOpticalTestResult() { return detail::gTagsMXF.item(232); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSensorType() { return detail::gTagsMXF.item(233); }
+const TagItem& detail::TagItemCatalogue17::itemMXFPolarCharacteristic() { return detail::gTagsMXF.item(234); }
+const TagItem& detail::TagItemCatalogue17::itemMXFIntegrationIndication() { return detail::gTagsMXF.item(235); }
+const TagItem& detail::TagItemCatalogue17::itemMXFEventIndication() { return detail::gTagsMXF.item(236); }
+const TagItem& detail::TagItemCatalogue17::itemMXFQualityFlag() { return detail::gTagsMXF.item(237); }
+const TagItem& detail::TagItemCatalogue17::itemMXFPhysicalInstanceKind() { return detail::gTagsMXF.item(238); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDigitalOrAnalogOrigination() { return detail::gTagsMXF.item(239); }
+const TagItem& detail::TagItemCatalogue17::itemMXFMicrophonePlacementTechniques() { return detail::gTagsMXF.item(240); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSimpleFlaggingCount() { return detail::gTagsMXF.item(241); }
+const TagItem& detail::TagItemCatalogue17::itemMXFCopyCount() { return detail::gTagsMXF.item(242); }
+const TagItem& detail::TagItemCatalogue17::itemMXFCloneCount() { return detail::gTagsMXF.item(243); }
+const TagItem& detail::TagItemCatalogue17::itemMXFWork_in_ProgressFlag() { return detail::gTagsMXF.item(244); }
+const TagItem& detail::TagItemCatalogue17::itemMXFVideoOrImageCompressionAlgorithm() { return detail::gTagsMXF.item(245); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSplicingMetadata() { return detail::gTagsMXF.item(246); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAudioCompressionAlgorithm() { return detail::gTagsMXF.item(247); }
+const TagItem& detail::TagItemCatalogue17::itemMXFVideoNoiseReductionAlgorithm() { return detail::gTagsMXF.item(248); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAudioNoiseReductionAlgorithm() { return detail::gTagsMXF.item(249); }
+const TagItem& detail::TagItemCatalogue17::itemMXFEnhancementOrModificationDescription() { return detail::gTagsMXF.item(250); }
+const TagItem& detail::TagItemCatalogue17::itemMXFVideoDeviceKind() { return detail::gTagsMXF.item(251); }
+const TagItem& detail::TagItemCatalogue17::itemMXFVideoDeviceParameterName() { return detail::gTagsMXF.item(252); }
+const TagItem& detail::TagItemCatalogue17::itemMXFVideoDeviceParameterSetting() { return detail::gTagsMXF.item(253); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAudioEnhancementOrModificationDescription() { return detail::gTagsMXF.item(254); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAudioFirstMix_DownProcess() { return detail::gTagsMXF.item(255); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAudioDeviceKind() { return detail::gTagsMXF.item(256); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAudioDeviceParameter() { return detail::gTagsMXF.item(257); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAudioDeviceParameterSetting() { return detail::gTagsMXF.item(258); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDataEnhancementOrModificationDescription() { return detail::gTagsMXF.item(259); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDataDeviceKind() { return detail::gTagsMXF.item(260); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDataDeviceParameterName() { return detail::gTagsMXF.item(261); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDataDeviceParameterSetting() { return detail::gTagsMXF.item(262); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDefaultFadeType() { return detail::gTagsMXF.item(263); }
+const TagItem& detail::TagItemCatalogue17::itemMXFActiveState() { return detail::gTagsMXF.item(264); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFade_InType() { return detail::gTagsMXF.item(265); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFade_OutType() { return detail::gTagsMXF.item(266); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSpeedChangeEffectFlag() { return detail::gTagsMXF.item(267); }
+const TagItem& detail::TagItemCatalogue17::itemMXFInputSegmentCount() { return detail::gTagsMXF.item(268); }
+const TagItem& detail::TagItemCatalogue17::itemMXFBypass() { return detail::gTagsMXF.item(269); }
+const TagItem& detail::TagItemCatalogue17::itemMXFVideoCompressionAlgorithm() { return detail::gTagsMXF.item(270); }
+const TagItem& detail::TagItemCatalogue17::itemMXFMPEGVideoRecodingDataset() { return detail::gTagsMXF.item(271); }
+const TagItem& detail::TagItemCatalogue17::itemMXFUpstreamAudioCompressionAlgorithm() { return detail::gTagsMXF.item(272); }
+const TagItem& detail::TagItemCatalogue17::itemMXFMPEGAudioRecodingDataset() { return detail::gTagsMXF.item(273); }
+const TagItem& detail::TagItemCatalogue17::itemMXFProgramSupportMaterialReference() { return detail::gTagsMXF.item(274); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAdvertisingMaterialReference() { return detail::gTagsMXF.item(275); }
+const TagItem& detail::TagItemCatalogue17::itemMXFProgramCommercialMaterialReference() { return detail::gTagsMXF.item(276); }
+const TagItem& detail::TagItemCatalogue17::itemMXFContiguousDataFlag() { return detail::gTagsMXF.item(277); }
+const TagItem& detail::TagItemCatalogue17::itemMXFPositionInSequence() { return detail::gTagsMXF.item(278); }
+const TagItem& detail::TagItemCatalogue17::itemMXFRelativePositionInSequenceOffset() { return detail::gTagsMXF.item(279); }
+const TagItem& detail::TagItemCatalogue17::itemMXFRelativePositionInSequenceName() { return detail::gTagsMXF.item(280); }
+const TagItem& detail::TagItemCatalogue17::itemMXFImageCoordinateSystem() { return detail::gTagsMXF.item(281); }
+const TagItem& detail::TagItemCatalogue17::itemMXFMapDatumUsed() { return detail::gTagsMXF.item(282); }
+const TagItem& detail::TagItemCatalogue17::itemMXFLocalDatumAbsolutePositionAccuracy() { return detail::gTagsMXF.item(283); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDeviceAbsolutePositionalAccuracy() { return detail::gTagsMXF.item(284); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDeviceAltitude() { return detail::gTagsMXF.item(285); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDeviceLatitude() { return detail::gTagsMXF.item(286); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDeviceLongitude() { return detail::gTagsMXF.item(287); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDeviceXDimension() { return detail::gTagsMXF.item(288); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDeviceYDimension() { return detail::gTagsMXF.item(289); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFramePositionalAccuracy() { return detail::gTagsMXF.item(290); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFrameCenterLatitude() { return detail::gTagsMXF.item(291); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFrameCenterLongitude() { return detail::gTagsMXF.item(292); }
+const TagItem& detail::TagItemCatalogue17::itemMXFFrameCenterLatitudeLongitude() { return detail::gTagsMXF.item(293); }
+const TagItem& detail::TagItemCatalogue17::itemMXFLocalDatumRelativePositionAccuracy() { return detail::gTagsMXF.item(294); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDeviceRelativePositionalAccuracy() { return detail::gTagsMXF.item(295); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDeviceRelativePositionX() { return detail::gTagsMXF.item(296); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDeviceRelativePositionY() { return detail::gTagsMXF.item(297); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDeviceRelativePositionZ() { return detail::gTagsMXF.item(298); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSubjectRelativePositionalAccuracy() { return detail::gTagsMXF.item(299); }
+const TagItem& detail::TagItemCatalogue17::itemMXFPositionWithinViewportImageXCoordinate() { return detail::gTagsMXF.item(300); }
+const TagItem& detail::TagItemCatalogue17::itemMXFPositionWithinViewportImageYCoordinate() { return detail::gTagsMXF.item(301); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSourceImageCenterXCoordinate() { return detail::gTagsMXF.item(302); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSourceImageCenterYCoordinate() { return detail::gTagsMXF.item(303); }
+const TagItem& detail::TagItemCatalogue17::itemMXFViewportImageCenterCCoordinate() { return detail::gTagsMXF.item(304); }
+const TagItem& detail::TagItemCatalogue17::itemMXFViewportImageCenterYCoordinate() { return detail::gTagsMXF.item(305); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDeviceAbsoluteSpeed() { return detail::gTagsMXF.item(306); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDeviceAbsoluteHeading() { return detail::gTagsMXF.item(307); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSubjectAbsoluteSpeed() { return detail::gTagsMXF.item(308); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSubjectAbsoluteHeading() { return detail::gTagsMXF.item(309); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDeviceRelativeSpeed() { return detail::gTagsMXF.item(310); }
+const TagItem& detail::TagItemCatalogue17::itemMXFDeviceRelativeHeading() { return detail::gTagsMXF.item(311); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSubjectRelativeSpeed() { return detail::gTagsMXF.item(312); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSubjectRelativeHeading() { return detail::gTagsMXF.item(313); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSlantRange() { return detail::gTagsMXF.item(314); }
+const TagItem& detail::TagItemCatalogue17::itemMXFTargetWidth() { return detail::gTagsMXF.item(315); }
+const TagItem& detail::TagItemCatalogue17::itemMXFViewportHeight() { return detail::gTagsMXF.item(316); }
+const TagItem& detail::TagItemCatalogue17::itemMXFViewportWidth() { return detail::gTagsMXF.item(317); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSensorRollAngle() { return detail::gTagsMXF.item(318); }
+const TagItem& detail::TagItemCatalogue17::itemMXFAngleToNorth() { return detail::gTagsMXF.item(319); }
+const TagItem& detail::TagItemCatalogue17::itemMXFObliquityAngle() { return detail::gTagsMXF.item(320); }
+const TagItem& detail::TagItemCatalogue17::itemMXFPlaceKeyword() { return detail::gTagsMXF.item(321); }
+const TagItem& detail::TagItemCatalogue17::itemMXFObjectCountryCode() { return detail::gTagsMXF.item(322); }
+const TagItem& detail::TagItemCatalogue17::itemMXFShootingCountryCode() { return detail::gTagsMXF.item(323); }
+const TagItem& detail::TagItemCatalogue17::itemMXFSettingCountryCode() { return detail::gTagsMXF.item(324); }
+const TagItem& detail::TagItemCatalogue17::itemMXFCopyrightLicenseCountryCode() { return detail::gTagsMXF.item(325); }
+const TagItem& detail::TagItemCatalogue17::itemMXFIntellectualPropertyLicenseCountryCode() { return detail::gTagsMXF.item(326); }
+const TagItem& detail::TagItemCatalogue17::itemMXFObjectRegionCode() { return detail::gTagsMXF.item(327); }
+const TagItem& detail::TagItemCatalogue18::itemMXFShootingRegionCode() { return detail::gTagsMXF.item(328); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSettingRegionCode() { return detail::gTagsMXF.item(329); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCopyrightLicenseRegionCode() { return detail::gTagsMXF.item(330); }
+const TagItem& detail::TagItemCatalogue18::itemMXFIntellectualPropertyLicenseRegionCode() { return detail::gTagsMXF.item(331); }
+const TagItem& detail::TagItemCatalogue18::itemMXFRoomNumber() { return detail::gTagsMXF.item(332); }
+const TagItem& detail::TagItemCatalogue18::itemMXFStreetNumber() { return detail::gTagsMXF.item(333); }
+const TagItem& detail::TagItemCatalogue18::itemMXFStreetName() { return detail::gTagsMXF.item(334); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPostalTown() { return detail::gTagsMXF.item(335); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCityName() { return detail::gTagsMXF.item(336); }
+const TagItem& detail::TagItemCatalogue18::itemMXFStateOrProvinceOrCountyName() { return detail::gTagsMXF.item(337); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPostalCode() { return detail::gTagsMXF.item(338); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCountryName() { return detail::gTagsMXF.item(339); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSettingRoomNumber() { return detail::gTagsMXF.item(340); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSettingStreetNumberOrBuildingName() { return detail::gTagsMXF.item(341); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSettingStreetName() { return detail::gTagsMXF.item(342); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSettingTownName() { return detail::gTagsMXF.item(343); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSettingCityName() { return detail::gTagsMXF.item(344); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSettingStateOrProvinceOrCountyName() { return detail::gTagsMXF.item(345); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSettingPostalCode() { return detail::gTagsMXF.item(346); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSettingCountryName() { return detail::gTagsMXF.item(347); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTelephoneNumber() { return detail::gTagsMXF.item(348); }
+const TagItem& detail::TagItemCatalogue18::itemMXFFaxNumber() { return detail::gTagsMXF.item(349); }
+const TagItem& detail::TagItemCatalogue18::itemMXFE_mailAddress() { return detail::gTagsMXF.item(350); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSettingDescription() { return detail::gTagsMXF.item(351); }
+const TagItem& detail::TagItemCatalogue18::itemMXFUTCUserDateTime() { return detail::gTagsMXF.item(352); }
+const TagItem& detail::TagItemCatalogue18::itemMXFLocalUserDateTime() { return detail::gTagsMXF.item(353); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSMPTE309MUserDateTime() { return detail::gTagsMXF.item(354); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSMPTE12MUserDateTime() { return detail::gTagsMXF.item(355); }
+const TagItem& detail::TagItemCatalogue18::itemMXFUTCStartDateTime() { return detail::gTagsMXF.item(356); }
+const TagItem& detail::TagItemCatalogue18::itemMXFLocalStartDateTime() { return detail::gTagsMXF.item(357); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTimecodeStartDateTime() { return detail::gTagsMXF.item(358); }
+const TagItem& detail::TagItemCatalogue18::itemMXFUTCEndDateTime() { return detail::gTagsMXF.item(359); }
+const TagItem& detail::TagItemCatalogue18::itemMXFLocalEndDateTime() { return detail::gTagsMXF.item(360); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTimecodeEndDateTime() { return detail::gTagsMXF.item(361); }
+const TagItem& detail::TagItemCatalogue18::itemMXFUTCLastModifyDate() { return detail::gTagsMXF.item(362); }
+const TagItem& detail::TagItemCatalogue18::itemMXFLocalLastModifyDate() { return detail::gTagsMXF.item(363); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTimecodeLastModifyDate() { return detail::gTagsMXF.item(364); }
+const TagItem& detail::TagItemCatalogue18::itemMXFUTCEventStartDateTime() { return detail::gTagsMXF.item(365); }
+const TagItem& detail::TagItemCatalogue18::itemMXFLocalEventStartDateTime() { return detail::gTagsMXF.item(366); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTimecodeEventStartDateTime() { return detail::gTagsMXF.item(367); }
+const TagItem& detail::TagItemCatalogue18::itemMXFUTCEventEndDateTime() { return detail::gTagsMXF.item(368); }
+const TagItem& detail::TagItemCatalogue18::itemMXFLocalEventEndDateTime() { return detail::gTagsMXF.item(369); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTimecodeEventEndDateTime() { return detail::gTagsMXF.item(370); }
+const TagItem& detail::TagItemCatalogue18::itemMXFStartTimeRelativeToReference() { return detail::gTagsMXF.item(371); }
+const TagItem& detail::TagItemCatalogue18::itemMXFStartTimecodeRelativeToReference() { return detail::gTagsMXF.item(372); }
+const TagItem& detail::TagItemCatalogue18::itemMXFMaterialEndTimeOffset() { return detail::gTagsMXF.item(373); }
+const TagItem& detail::TagItemCatalogue18::itemMXFMaterialEndTimecodeOffset() { return detail::gTagsMXF.item(374); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEventStartTimeOffset() { return detail::gTagsMXF.item(375); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEventStartTimecodeOffset() { return detail::gTagsMXF.item(376); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEventEndTimeOffset() { return detail::gTagsMXF.item(377); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEventEndTimecodeOffset() { return detail::gTagsMXF.item(378); }
+const TagItem& detail::TagItemCatalogue18::itemMXFFrameCountOffset() { return detail::gTagsMXF.item(379); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTimePeriodName() { return detail::gTagsMXF.item(380); }
+const TagItem& detail::TagItemCatalogue18::itemMXFLocalCreationDateTime() { return detail::gTagsMXF.item(381); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTimecodeCreationDateTime() { return detail::gTagsMXF.item(382); }
+const TagItem& detail::TagItemCatalogue18::itemMXFLocalModifyDate() { return detail::gTagsMXF.item(383); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTimecodeModifyDate() { return detail::gTagsMXF.item(384); }
+const TagItem& detail::TagItemCatalogue18::itemMXFFrameCount() { return detail::gTagsMXF.item(385); }
+const TagItem& detail::TagItemCatalogue18::itemMXFMaterialAbsoluteDuration() { return detail::gTagsMXF.item(386); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTextlessBlackDuration() { return detail::gTagsMXF.item(387); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEventAbsoluteDurationFrameCount() { return detail::gTagsMXF.item(388); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEventAbsoluteDuration() { return detail::gTagsMXF.item(389); }
+const TagItem& detail::TagItemCatalogue18::itemMXFBufferDelay() { return detail::gTagsMXF.item(390); }
+const TagItem& detail::TagItemCatalogue18::itemMXFProgramIdentifier() { return detail::gTagsMXF.item(391); }
+const TagItem& detail::TagItemCatalogue18::itemMXFProgramIdentifierString() { return detail::gTagsMXF.item(392); }
+const TagItem& detail::TagItemCatalogue18::itemMXFShimName() { return detail::gTagsMXF.item(393); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSignalStandard() { return detail::gTagsMXF.item(394); }
+const TagItem& detail::TagItemCatalogue18::itemMXFIntendedAFD() { return detail::gTagsMXF.item(395); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSlateTitle() { return detail::gTagsMXF.item(396); }
+const TagItem& detail::TagItemCatalogue18::itemMXFNOLACode() { return detail::gTagsMXF.item(397); }
+const TagItem& detail::TagItemCatalogue18::itemMXFRating() { return detail::gTagsMXF.item(398); }
+const TagItem& detail::TagItemCatalogue18::itemMXFNielsenStreamIdentifier() { return detail::gTagsMXF.item(399); }
+const TagItem& detail::TagItemCatalogue18::itemMXFIsRecording() { return detail::gTagsMXF.item(400); }
+const TagItem& detail::TagItemCatalogue18::itemMXFIsLiveProduction() { return detail::gTagsMXF.item(401); }
+const TagItem& detail::TagItemCatalogue18::itemMXFIsLiveTransmission() { return detail::gTagsMXF.item(402); }
+const TagItem& detail::TagItemCatalogue18::itemMXFIsDubbed() { return detail::gTagsMXF.item(403); }
+const TagItem& detail::TagItemCatalogue18::itemMXFIsVoiceover() { return detail::gTagsMXF.item(404); }
+const TagItem& detail::TagItemCatalogue18::itemMXFHasAudioWatermark() { return detail::gTagsMXF.item(405); }
+const TagItem& detail::TagItemCatalogue18::itemMXFAudioWatermarkKind() { return detail::gTagsMXF.item(406); }
+const TagItem& detail::TagItemCatalogue18::itemMXFHasVideoWatermark() { return detail::gTagsMXF.item(407); }
+const TagItem& detail::TagItemCatalogue18::itemMXFVideoWatermarkKind() { return detail::gTagsMXF.item(408); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSubtitlesPresent() { return detail::gTagsMXF.item(409); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCaptionTitles() { return detail::gTagsMXF.item(410); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCaptionsViaTeletext() { return detail::gTagsMXF.item(411); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTextlessMaterial() { return detail::gTagsMXF.item(412); }
+const TagItem& detail::TagItemCatalogue18::itemMXFStorageDeviceKind() { return detail::gTagsMXF.item(413); }
+const TagItem& detail::TagItemCatalogue18::itemMXFStorageMediaKind() { return detail::gTagsMXF.item(414); }
+const TagItem& detail::TagItemCatalogue18::itemMXFStorageMediaID() { return detail::gTagsMXF.item(415); }
+const TagItem& detail::TagItemCatalogue18::itemMXFBroadcastDate() { return detail::gTagsMXF.item(416); }
+const TagItem& detail::TagItemCatalogue18::itemMXFBroadcastTime() { return detail::gTagsMXF.item(417); }
+const TagItem& detail::TagItemCatalogue18::itemMXFIsRepeat() { return detail::gTagsMXF.item(418); }
+const TagItem& detail::TagItemCatalogue18::itemMXFFirstTransmissionInfo() { return detail::gTagsMXF.item(419); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTeletextSubtitlesAvailable() { return detail::gTagsMXF.item(420); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSeasonEpisodeNumber() { return detail::gTagsMXF.item(421); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSeasonEpisodeTitle() { return detail::gTagsMXF.item(422); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEPGProgramSynopsis() { return detail::gTagsMXF.item(423); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDVBParentalRating() { return detail::gTagsMXF.item(424); }
+const TagItem& detail::TagItemCatalogue18::itemMXFContentMaturityRating() { return detail::gTagsMXF.item(425); }
+const TagItem& detail::TagItemCatalogue18::itemMXFContentMaturityDescription() { return detail::gTagsMXF.item(426); }
+const TagItem& detail::TagItemCatalogue18::itemMXFContentMaturityGraphic() { return detail::gTagsMXF.item(427); }
+const TagItem& detail::TagItemCatalogue18::itemMXFContractEntity() { return detail::gTagsMXF.item(428); }
+const TagItem& detail::TagItemCatalogue18::itemMXFContractTypeLink() { return detail::gTagsMXF.item(429); }
+const TagItem& detail::TagItemCatalogue18::itemMXFConsumerRightsToCopy() { return detail::gTagsMXF.item(430); }
+const TagItem& detail::TagItemCatalogue18::itemMXFBroadcasterRightsToCopy() { return detail::gTagsMXF.item(431); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDirectorName() { return detail::gTagsMXF.item(432); }
+const TagItem& detail::TagItemCatalogue18::itemMXFProducerName() { return detail::gTagsMXF.item(433); }
+const TagItem& detail::TagItemCatalogue18::itemMXFFemaleLeadActressName() { return detail::gTagsMXF.item(434); }
+const TagItem& detail::TagItemCatalogue18::itemMXFMaleLeadActorName() { return detail::gTagsMXF.item(435); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPresenterName() { return detail::gTagsMXF.item(436); }
+const TagItem& detail::TagItemCatalogue18::itemMXFMainSponsorName() { return detail::gTagsMXF.item(437); }
+const TagItem& detail::TagItemCatalogue18::itemMXFVoiceTalentName() { return detail::gTagsMXF.item(438); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPostboxNumber() { return detail::gTagsMXF.item(439); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPostCodeForPostbox() { return detail::gTagsMXF.item(440); }
+const TagItem& detail::TagItemCatalogue18::itemMXFProgramNumber() { return detail::gTagsMXF.item(441); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDefinitionObjectID() { return detail::gTagsMXF.item(442); }
+const TagItem& detail::TagItemCatalogue18::itemMXFIEEEDeviceID() { return detail::gTagsMXF.item(443); }
+const TagItem& detail::TagItemCatalogue18::itemMXFProjectNumber() { return detail::gTagsMXF.item(444); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEdgeCodeHeader() { return detail::gTagsMXF.item(445); }
+const TagItem& detail::TagItemCatalogue18::itemMXFChannelHandle() { return detail::gTagsMXF.item(446); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPhysicalMediaLocation() { return detail::gTagsMXF.item(447); }
+const TagItem& detail::TagItemCatalogue18::itemMXFMediaLocation() { return detail::gTagsMXF.item(448); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTrackNumber() { return detail::gTagsMXF.item(449); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEdgeCodeStart() { return detail::gTagsMXF.item(450); }
+const TagItem& detail::TagItemCatalogue18::itemMXFVersionTitle() { return detail::gTagsMXF.item(451); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTrackID() { return detail::gTagsMXF.item(452); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTrackName() { return detail::gTagsMXF.item(453); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDefinitionObjectName() { return detail::gTagsMXF.item(454); }
+const TagItem& detail::TagItemCatalogue18::itemMXFContentPackageMetadataLink() { return detail::gTagsMXF.item(455); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDefinedName() { return detail::gTagsMXF.item(456); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDeviceManufacturerName() { return detail::gTagsMXF.item(457); }
+const TagItem& detail::TagItemCatalogue18::itemMXFManufacturerID() { return detail::gTagsMXF.item(458); }
+const TagItem& detail::TagItemCatalogue18::itemMXFIEEEManufacturerID() { return detail::gTagsMXF.item(459); }
+const TagItem& detail::TagItemCatalogue18::itemMXFAAFManufacturerID() { return detail::gTagsMXF.item(460); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSupplyingDepartmentName() { return detail::gTagsMXF.item(461); }
+const TagItem& detail::TagItemCatalogue18::itemMXFAudienceShare() { return detail::gTagsMXF.item(462); }
+const TagItem& detail::TagItemCatalogue18::itemMXFAudienceAppreciation() { return detail::gTagsMXF.item(463); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSalutation() { return detail::gTagsMXF.item(464); }
+const TagItem& detail::TagItemCatalogue18::itemMXFHonorsAndQualifications() { return detail::gTagsMXF.item(465); }
+const TagItem& detail::TagItemCatalogue18::itemMXFObjectModelVersion() { return detail::gTagsMXF.item(466); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSDKVersion() { return detail::gTagsMXF.item(467); }
+const TagItem& detail::TagItemCatalogue18::itemMXFIsOptional() { return detail::gTagsMXF.item(468); }
+const TagItem& detail::TagItemCatalogue18::itemMXFIsSearchable() { return detail::gTagsMXF.item(469); }
+const TagItem& detail::TagItemCatalogue18::itemMXFUseDefaultValue() { return detail::gTagsMXF.item(470); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDefaultDataValue() { return detail::gTagsMXF.item(471); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSize() { return detail::gTagsMXF.item(472); }
+const TagItem& detail::TagItemCatalogue18::itemMXFIsSigned() { return detail::gTagsMXF.item(473); }
+const TagItem& detail::TagItemCatalogue18::itemMXFElementCount() { return detail::gTagsMXF.item(474); }
+const TagItem& detail::TagItemCatalogue18::itemMXFElementNameList() { return detail::gTagsMXF.item(475); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTypeDefinitionElementValueList() { return detail::gTagsMXF.item(476); }
+const TagItem& detail::TagItemCatalogue18::itemMXFMemberNameList() { return detail::gTagsMXF.item(477); }
+const TagItem& detail::TagItemCatalogue18::itemMXFExtendibleElementNameList() { return detail::gTagsMXF.item(478); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTypeDefinitionExtendibleElementValues() { return detail::gTagsMXF.item(479); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTargetSet() { return detail::gTagsMXF.item(480); }
+const TagItem& detail::TagItemCatalogue18::itemMXFFillerData() { return detail::gTagsMXF.item(481); }
+const TagItem& detail::TagItemCatalogue18::itemMXFKLVDataValue() { return detail::gTagsMXF.item(482); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPackageKLVData() { return detail::gTagsMXF.item(483); }
+const TagItem& detail::TagItemCatalogue18::itemMXFComponentKLVData() { return detail::gTagsMXF.item(484); }
+const TagItem& detail::TagItemCatalogue18::itemMXFAssignedCategoryName() { return detail::gTagsMXF.item(485); }
+const TagItem& detail::TagItemCatalogue18::itemMXFAssignedCategoryValue() { return detail::gTagsMXF.item(486); }
+const TagItem& detail::TagItemCatalogue18::itemMXFShotList() { return detail::gTagsMXF.item(487); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPackageUserComments() { return detail::gTagsMXF.item(488); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCue_InWords() { return detail::gTagsMXF.item(489); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCue_OutWords() { return detail::gTagsMXF.item(490); }
+const TagItem& detail::TagItemCatalogue18::itemMXFObjectKind() { return detail::gTagsMXF.item(491); }
+const TagItem& detail::TagItemCatalogue18::itemMXFObjectDescription() { return detail::gTagsMXF.item(492); }
+const TagItem& detail::TagItemCatalogue18::itemMXFObjectName() { return detail::gTagsMXF.item(493); }
+const TagItem& detail::TagItemCatalogue18::itemMXFMetadataItemName() { return detail::gTagsMXF.item(494); }
+const TagItem& detail::TagItemCatalogue18::itemMXFShotCommentKind() { return detail::gTagsMXF.item(495); }
+const TagItem& detail::TagItemCatalogue18::itemMXFShotComment() { return detail::gTagsMXF.item(496); }
+const TagItem& detail::TagItemCatalogue18::itemMXFComputedObjectKind() { return detail::gTagsMXF.item(497); }
+const TagItem& detail::TagItemCatalogue18::itemMXFVersionNumberString() { return detail::gTagsMXF.item(498); }
+const TagItem& detail::TagItemCatalogue18::itemMXFVersionNumber() { return detail::gTagsMXF.item(499); }
+const TagItem& detail::TagItemCatalogue18::itemMXFWAVESummary() { return detail::gTagsMXF.item(500); }
+const TagItem& detail::TagItemCatalogue18::itemMXFAIFCSummary() { return detail::gTagsMXF.item(501); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTIFFSummary() { return detail::gTagsMXF.item(502); }
+const TagItem& detail::TagItemCatalogue18::itemMXFViewportAspectRatio() { return detail::gTagsMXF.item(503); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPresentationGammaEquation() { return detail::gTagsMXF.item(504); }
+const TagItem& detail::TagItemCatalogue18::itemMXFFieldDominance() { return detail::gTagsMXF.item(505); }
+const TagItem& detail::TagItemCatalogue18::itemMXFVideoLineMap() { return detail::gTagsMXF.item(506); }
+const TagItem& detail::TagItemCatalogue18::itemMXFVerticalSub_sampling() { return detail::gTagsMXF.item(507); }
+const TagItem& detail::TagItemCatalogue18::itemMXFColorRangeLevels() { return detail::gTagsMXF.item(508); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPixelLayout() { return detail::gTagsMXF.item(509); }
+const TagItem& detail::TagItemCatalogue18::itemMXFAlphaSampleDepth() { return detail::gTagsMXF.item(510); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPalette() { return detail::gTagsMXF.item(511); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPaletteLayout() { return detail::gTagsMXF.item(512); }
+const TagItem& detail::TagItemCatalogue18::itemMXFComponentDepth() { return detail::gTagsMXF.item(513); }
+const TagItem& detail::TagItemCatalogue18::itemMXFVideoCodingSchemeID() { return detail::gTagsMXF.item(514); }
+const TagItem& detail::TagItemCatalogue18::itemMXFRoundedCaptureFilmFrameRate() { return detail::gTagsMXF.item(515); }
+const TagItem& detail::TagItemCatalogue18::itemMXFAudioAverageBitrate() { return detail::gTagsMXF.item(516); }
+const TagItem& detail::TagItemCatalogue18::itemMXFAudioFixedBitrateFlag() { return detail::gTagsMXF.item(517); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCodingLawKind() { return detail::gTagsMXF.item(518); }
+const TagItem& detail::TagItemCatalogue18::itemMXFAudioCodingSchemeID() { return detail::gTagsMXF.item(519); }
+const TagItem& detail::TagItemCatalogue18::itemMXFLayerNumber() { return detail::gTagsMXF.item(520); }
+const TagItem& detail::TagItemCatalogue18::itemMXFRoundedTimecodeTimebase() { return detail::gTagsMXF.item(521); }
+const TagItem& detail::TagItemCatalogue18::itemMXFComponentDataDefinition() { return detail::gTagsMXF.item(522); }
+const TagItem& detail::TagItemCatalogue18::itemMXFStreamData() { return detail::gTagsMXF.item(523); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTimecodeStreamData() { return detail::gTagsMXF.item(524); }
+const TagItem& detail::TagItemCatalogue18::itemMXFRecordedFormat() { return detail::gTagsMXF.item(525); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTapeShellKind() { return detail::gTagsMXF.item(526); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTapeFormulation() { return detail::gTagsMXF.item(527); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTapeCapacity() { return detail::gTagsMXF.item(528); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTapeManufacturer() { return detail::gTagsMXF.item(529); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTapeStock() { return detail::gTagsMXF.item(530); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTapeBatchNumber() { return detail::gTagsMXF.item(531); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPerforationsPerFrame() { return detail::gTagsMXF.item(532); }
+const TagItem& detail::TagItemCatalogue18::itemMXFFilmBatchNumber() { return detail::gTagsMXF.item(533); }
+const TagItem& detail::TagItemCatalogue18::itemMXFFilmGauge() { return detail::gTagsMXF.item(534); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEdgeCodeFilmGauge() { return detail::gTagsMXF.item(535); }
+const TagItem& detail::TagItemCatalogue18::itemMXFExposedAspectRatio() { return detail::gTagsMXF.item(536); }
+const TagItem& detail::TagItemCatalogue18::itemMXFImageAlignmentOffset() { return detail::gTagsMXF.item(537); }
+const TagItem& detail::TagItemCatalogue18::itemMXFImageStartOffset() { return detail::gTagsMXF.item(538); }
+const TagItem& detail::TagItemCatalogue18::itemMXFImageEndOffset() { return detail::gTagsMXF.item(539); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPaddingBits() { return detail::gTagsMXF.item(540); }
+const TagItem& detail::TagItemCatalogue18::itemMXFFocalLength() { return detail::gTagsMXF.item(541); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSensorSize() { return detail::gTagsMXF.item(542); }
+const TagItem& detail::TagItemCatalogue18::itemMXFFNumber() { return detail::gTagsMXF.item(543); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSensorTypeCode() { return detail::gTagsMXF.item(544); }
+const TagItem& detail::TagItemCatalogue18::itemMXFFieldOfViewHorizontal() { return detail::gTagsMXF.item(545); }
+const TagItem& detail::TagItemCatalogue18::itemMXFAnamorphicLensCharacteristic() { return detail::gTagsMXF.item(546); }
+const TagItem& detail::TagItemCatalogue18::itemMXFUniformDataFlag() { return detail::gTagsMXF.item(547); }
+const TagItem& detail::TagItemCatalogue18::itemMXFJPEGTableID() { return detail::gTagsMXF.item(548); }
+const TagItem& detail::TagItemCatalogue18::itemMXFAlphaTransparency() { return detail::gTagsMXF.item(549); }
+const TagItem& detail::TagItemCatalogue18::itemMXFGenerationID() { return detail::gTagsMXF.item(550); }
+const TagItem& detail::TagItemCatalogue18::itemMXFApplicationSupplierName() { return detail::gTagsMXF.item(551); }
+const TagItem& detail::TagItemCatalogue18::itemMXFApplicationName() { return detail::gTagsMXF.item(552); }
+const TagItem& detail::TagItemCatalogue18::itemMXFApplicationVersionNumber() { return detail::gTagsMXF.item(553); }
+const TagItem& detail::TagItemCatalogue18::itemMXFApplicationVersionString() { return detail::gTagsMXF.item(554); }
+const TagItem& detail::TagItemCatalogue18::itemMXFApplicationPlatform() { return detail::gTagsMXF.item(555); }
+const TagItem& detail::TagItemCatalogue18::itemMXFApplicationProductID() { return detail::gTagsMXF.item(556); }
+const TagItem& detail::TagItemCatalogue18::itemMXFLinkedGenerationID() { return detail::gTagsMXF.item(557); }
+const TagItem& detail::TagItemCatalogue18::itemMXFContainerVersion() { return detail::gTagsMXF.item(558); }
+const TagItem& detail::TagItemCatalogue18::itemMXFToolkitVersion() { return detail::gTagsMXF.item(559); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPlug_InCategoryID() { return detail::gTagsMXF.item(560); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPlug_InPlatformID() { return detail::gTagsMXF.item(561); }
+const TagItem& detail::TagItemCatalogue18::itemMXFMinimumSupportedPlatformVersion() { return detail::gTagsMXF.item(562); }
+const TagItem& detail::TagItemCatalogue18::itemMXFMaximumSupportedPlatformVersion() { return detail::gTagsMXF.item(563); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPlug_InEngineID() { return detail::gTagsMXF.item(564); }
+const TagItem& detail::TagItemCatalogue18::itemMXFMinimumSupportedEngineVersion() { return detail::gTagsMXF.item(565); }
+const TagItem& detail::TagItemCatalogue18::itemMXFMaximumSupportedEngineVersion() { return detail::gTagsMXF.item(566); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPlug_InAPIID() { return detail::gTagsMXF.item(567); }
+const TagItem& detail::TagItemCatalogue18::itemMXFMinimumAPIVersion() { return detail::gTagsMXF.item(568); }
+const TagItem& detail::TagItemCatalogue18::itemMXFMaximumAPIVersion() { return detail::gTagsMXF.item(569); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSoftware_OnlySupportFlag() { return detail::gTagsMXF.item(570); }
+const TagItem& detail::TagItemCatalogue18::itemMXFHardwareAcceleratorFlag() { return detail::gTagsMXF.item(571); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPlug_InLocatorSet() { return detail::gTagsMXF.item(572); }
+const TagItem& detail::TagItemCatalogue18::itemMXFAuthenticationFlag() { return detail::gTagsMXF.item(573); }
+const TagItem& detail::TagItemCatalogue18::itemMXFAssociatedMetadataDefinition() { return detail::gTagsMXF.item(574); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEventTrackEditRate() { return detail::gTagsMXF.item(575); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDefaultFadeEditRate() { return detail::gTagsMXF.item(576); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEditingEventComment() { return detail::gTagsMXF.item(577); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEditRate() { return detail::gTagsMXF.item(578); }
+const TagItem& detail::TagItemCatalogue18::itemMXFOperationDefinitionID() { return detail::gTagsMXF.item(579); }
+const TagItem& detail::TagItemCatalogue18::itemMXFValue() { return detail::gTagsMXF.item(580); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEditHint() { return detail::gTagsMXF.item(581); }
+const TagItem& detail::TagItemCatalogue18::itemMXFOperationDataDefinition() { return detail::gTagsMXF.item(582); }
+const TagItem& detail::TagItemCatalogue18::itemMXFOperationCategory() { return detail::gTagsMXF.item(583); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDisplayUnits() { return detail::gTagsMXF.item(584); }
+const TagItem& detail::TagItemCatalogue18::itemMXFBypassOverride() { return detail::gTagsMXF.item(585); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTimepointValue() { return detail::gTagsMXF.item(586); }
+const TagItem& detail::TagItemCatalogue18::itemMXFBeginAnchor() { return detail::gTagsMXF.item(587); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEndAnchor() { return detail::gTagsMXF.item(588); }
+const TagItem& detail::TagItemCatalogue18::itemMXFFilmToVideoTransferDirection() { return detail::gTagsMXF.item(589); }
+const TagItem& detail::TagItemCatalogue18::itemMXFFilmToVideoTransferKind() { return detail::gTagsMXF.item(590); }
+const TagItem& detail::TagItemCatalogue18::itemMXFFilmToVideoTransferPhase() { return detail::gTagsMXF.item(591); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTeletextSubtitlesFlag() { return detail::gTagsMXF.item(592); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSubtitleDatafileFlag() { return detail::gTagsMXF.item(593); }
+const TagItem& detail::TagItemCatalogue18::itemMXFClosedCaptionSubtitlesFlag() { return detail::gTagsMXF.item(594); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSampleIndex() { return detail::gTagsMXF.item(595); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSourcePackageID() { return detail::gTagsMXF.item(596); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSourceTrackID() { return detail::gTagsMXF.item(597); }
+const TagItem& detail::TagItemCatalogue18::itemMXFRelativeScope() { return detail::gTagsMXF.item(598); }
+const TagItem& detail::TagItemCatalogue18::itemMXFRelativeTrack() { return detail::gTagsMXF.item(599); }
+const TagItem& detail::TagItemCatalogue18::itemMXFObjectClass() { return detail::gTagsMXF.item(600); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEssenceContainerFormat() { return detail::gTagsMXF.item(601); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCodecDefinition() { return detail::gTagsMXF.item(602); }
+const TagItem& detail::TagItemCatalogue18::itemMXFParameterDefinition() { return detail::gTagsMXF.item(603); }
+const TagItem& detail::TagItemCatalogue18::itemMXFInterpolation() { return detail::gTagsMXF.item(604); }
+const TagItem& detail::TagItemCatalogue18::itemMXFParameterDataType() { return detail::gTagsMXF.item(605); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCodecEssenceDescriptor() { return detail::gTagsMXF.item(606); }
+const TagItem& detail::TagItemCatalogue18::itemMXFContentStorage() { return detail::gTagsMXF.item(607); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDictionary() { return detail::gTagsMXF.item(608); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEssenceDescription() { return detail::gTagsMXF.item(609); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSequence() { return detail::gTagsMXF.item(610); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTransitionEffect() { return detail::gTagsMXF.item(611); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEffectRendering() { return detail::gTagsMXF.item(612); }
+const TagItem& detail::TagItemCatalogue18::itemMXFInputSegment() { return detail::gTagsMXF.item(613); }
+const TagItem& detail::TagItemCatalogue18::itemMXFStillFrame() { return detail::gTagsMXF.item(614); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSelected() { return detail::gTagsMXF.item(615); }
+const TagItem& detail::TagItemCatalogue18::itemMXFAnnotation() { return detail::gTagsMXF.item(616); }
+const TagItem& detail::TagItemCatalogue18::itemMXFManufacturerInformationObject() { return detail::gTagsMXF.item(617); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCodecEssenceKinds() { return detail::gTagsMXF.item(618); }
+const TagItem& detail::TagItemCatalogue18::itemMXFOperationParameters() { return detail::gTagsMXF.item(619); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDegradedEffects() { return detail::gTagsMXF.item(620); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPackages() { return detail::gTagsMXF.item(621); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEssenceData() { return detail::gTagsMXF.item(622); }
+const TagItem& detail::TagItemCatalogue18::itemMXFOperationDefinitions() { return detail::gTagsMXF.item(623); }
+const TagItem& detail::TagItemCatalogue18::itemMXFParameterDefinitions() { return detail::gTagsMXF.item(624); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDataDefinitions() { return detail::gTagsMXF.item(625); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPlug_InDefinitions() { return detail::gTagsMXF.item(626); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCodecDefinitions() { return detail::gTagsMXF.item(627); }
+const TagItem& detail::TagItemCatalogue18::itemMXFContainerDefinitions() { return detail::gTagsMXF.item(628); }
+const TagItem& detail::TagItemCatalogue18::itemMXFInterpolationDefinitions() { return detail::gTagsMXF.item(629); }
+const TagItem& detail::TagItemCatalogue18::itemMXFAvailableRepresentations() { return detail::gTagsMXF.item(630); }
+const TagItem& detail::TagItemCatalogue18::itemMXFInputSegments() { return detail::gTagsMXF.item(631); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEssenceLocators() { return detail::gTagsMXF.item(632); }
+const TagItem& detail::TagItemCatalogue18::itemMXFIdentificationList() { return detail::gTagsMXF.item(633); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTracks() { return detail::gTagsMXF.item(634); }
+const TagItem& detail::TagItemCatalogue18::itemMXFControlPointList() { return detail::gTagsMXF.item(635); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPackageTracks() { return detail::gTagsMXF.item(636); }
+const TagItem& detail::TagItemCatalogue18::itemMXFAlternates() { return detail::gTagsMXF.item(637); }
+const TagItem& detail::TagItemCatalogue18::itemMXFComponentsInSequence() { return detail::gTagsMXF.item(638); }
+const TagItem& detail::TagItemCatalogue18::itemMXFParameters() { return detail::gTagsMXF.item(639); }
+const TagItem& detail::TagItemCatalogue18::itemMXFLinkedPackageID() { return detail::gTagsMXF.item(640); }
+const TagItem& detail::TagItemCatalogue18::itemMXFParentClass() { return detail::gTagsMXF.item(641); }
+const TagItem& detail::TagItemCatalogue18::itemMXFProperties() { return detail::gTagsMXF.item(642); }
+const TagItem& detail::TagItemCatalogue18::itemMXFIsConcrete() { return detail::gTagsMXF.item(643); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPropertyType() { return detail::gTagsMXF.item(644); }
+const TagItem& detail::TagItemCatalogue18::itemMXFLocalID() { return detail::gTagsMXF.item(645); }
+const TagItem& detail::TagItemCatalogue18::itemMXFIsUniqueIdentifier() { return detail::gTagsMXF.item(646); }
+const TagItem& detail::TagItemCatalogue18::itemMXFClassDefinitions() { return detail::gTagsMXF.item(647); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTypeDefinitions() { return detail::gTagsMXF.item(648); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTargetClassOfStrongReference() { return detail::gTagsMXF.item(649); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTargetClassOfWeakReference() { return detail::gTagsMXF.item(650); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEnumerationUnderlyingIntegerType() { return detail::gTagsMXF.item(651); }
+const TagItem& detail::TagItemCatalogue18::itemMXFFixedArrayElementType() { return detail::gTagsMXF.item(652); }
+const TagItem& detail::TagItemCatalogue18::itemMXFVariableArrayElementType() { return detail::gTagsMXF.item(653); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSetElementType() { return detail::gTagsMXF.item(654); }
+const TagItem& detail::TagItemCatalogue18::itemMXFStringElementType() { return detail::gTagsMXF.item(655); }
+const TagItem& detail::TagItemCatalogue18::itemMXFStreamElementType() { return detail::gTagsMXF.item(656); }
+const TagItem& detail::TagItemCatalogue18::itemMXFMemberTypes() { return detail::gTagsMXF.item(657); }
+const TagItem& detail::TagItemCatalogue18::itemMXFRenamedType() { return detail::gTagsMXF.item(658); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDictionaryIdentifier() { return detail::gTagsMXF.item(659); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDictionaryDescription() { return detail::gTagsMXF.item(660); }
+const TagItem& detail::TagItemCatalogue18::itemMXFBlockContinuityCount() { return detail::gTagsMXF.item(661); }
+const TagItem& detail::TagItemCatalogue18::itemMXFStreamPositionIndicator() { return detail::gTagsMXF.item(662); }
+const TagItem& detail::TagItemCatalogue18::itemMXFOrigin() { return detail::gTagsMXF.item(663); }
+const TagItem& detail::TagItemCatalogue18::itemMXFStartTimecode() { return detail::gTagsMXF.item(664); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCutPoint() { return detail::gTagsMXF.item(665); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEventStart() { return detail::gTagsMXF.item(666); }
+const TagItem& detail::TagItemCatalogue18::itemMXFControlPointTime() { return detail::gTagsMXF.item(667); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCreateDate() { return detail::gTagsMXF.item(668); }
+const TagItem& detail::TagItemCatalogue18::itemMXFModifyDate() { return detail::gTagsMXF.item(669); }
+const TagItem& detail::TagItemCatalogue18::itemMXFContainerLastModifyDate() { return detail::gTagsMXF.item(670); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPackageLastModifyDate() { return detail::gTagsMXF.item(671); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDuration() { return detail::gTagsMXF.item(672); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDefaultFadeDuration() { return detail::gTagsMXF.item(673); }
+const TagItem& detail::TagItemCatalogue18::itemMXFFade_InDuration() { return detail::gTagsMXF.item(674); }
+const TagItem& detail::TagItemCatalogue18::itemMXFFade_OutDuration() { return detail::gTagsMXF.item(675); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTapeFormat() { return detail::gTagsMXF.item(676); }
+const TagItem& detail::TagItemCatalogue18::itemMXFGlobalNumber() { return detail::gTagsMXF.item(677); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDeviceIDKind() { return detail::gTagsMXF.item(678); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDeviceKind() { return detail::gTagsMXF.item(679); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDeviceKindCode() { return detail::gTagsMXF.item(680); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPlatformDesignation() { return detail::gTagsMXF.item(681); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPlatformModel() { return detail::gTagsMXF.item(682); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPlatformSerialNumber() { return detail::gTagsMXF.item(683); }
+const TagItem& detail::TagItemCatalogue18::itemMXFLocalTargetID() { return detail::gTagsMXF.item(684); }
+const TagItem& detail::TagItemCatalogue18::itemMXFMagneticDiskNumber() { return detail::gTagsMXF.item(685); }
+const TagItem& detail::TagItemCatalogue18::itemMXFOpticalDiscNumber() { return detail::gTagsMXF.item(686); }
+const TagItem& detail::TagItemCatalogue18::itemMXFStreamID() { return detail::gTagsMXF.item(687); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTransportStreamID() { return detail::gTagsMXF.item(688); }
+const TagItem& detail::TagItemCatalogue18::itemMXFOrganizationalProgramNumber() { return detail::gTagsMXF.item(689); }
+const TagItem& detail::TagItemCatalogue18::itemMXFItemDesignatorID() { return detail::gTagsMXF.item(690); }
+const TagItem& detail::TagItemCatalogue18::itemMXFMissionID() { return detail::gTagsMXF.item(691); }
+const TagItem& detail::TagItemCatalogue18::itemMXFRecordingLabelName() { return detail::gTagsMXF.item(692); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCollectionName() { return detail::gTagsMXF.item(693); }
+const TagItem& detail::TagItemCatalogue18::itemMXFOriginCode() { return detail::gTagsMXF.item(694); }
+const TagItem& detail::TagItemCatalogue18::itemMXFMainCatalogNumber() { return detail::gTagsMXF.item(695); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCatalogPrefixNumber() { return detail::gTagsMXF.item(696); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSideNumber() { return detail::gTagsMXF.item(697); }
+const TagItem& detail::TagItemCatalogue18::itemMXFRecordedTrackNumber() { return detail::gTagsMXF.item(698); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSeriesinaSeriesGroupCount() { return detail::gTagsMXF.item(699); }
+const TagItem& detail::TagItemCatalogue18::itemMXFProgrammingGroupKind() { return detail::gTagsMXF.item(700); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPurchasingOrganizationName() { return detail::gTagsMXF.item(701); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSalesContractNumber() { return detail::gTagsMXF.item(702); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPurchasingDepartment() { return detail::gTagsMXF.item(703); }
+const TagItem& detail::TagItemCatalogue18::itemMXFContractType() { return detail::gTagsMXF.item(704); }
+const TagItem& detail::TagItemCatalogue18::itemMXFContractTypeCode() { return detail::gTagsMXF.item(705); }
+const TagItem& detail::TagItemCatalogue18::itemMXFContractClauseDescription() { return detail::gTagsMXF.item(706); }
+const TagItem& detail::TagItemCatalogue18::itemMXFContractLineCode() { return detail::gTagsMXF.item(707); }
+const TagItem& detail::TagItemCatalogue18::itemMXFContractLineName() { return detail::gTagsMXF.item(708); }
+const TagItem& detail::TagItemCatalogue18::itemMXFContractTermsOfBusiness() { return detail::gTagsMXF.item(709); }
+const TagItem& detail::TagItemCatalogue18::itemMXFContractInstallmentPercentage() { return detail::gTagsMXF.item(710); }
+const TagItem& detail::TagItemCatalogue18::itemMXFJurisdiction() { return detail::gTagsMXF.item(711); }
+const TagItem& detail::TagItemCatalogue18::itemMXFRightsConditionDescription() { return detail::gTagsMXF.item(712); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCurrencyName() { return detail::gTagsMXF.item(713); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTotalPayment() { return detail::gTagsMXF.item(714); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPayeeAccountName() { return detail::gTagsMXF.item(715); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPayeeAccountNumber() { return detail::gTagsMXF.item(716); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPayeeAccountSortCode() { return detail::gTagsMXF.item(717); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTotalIncome() { return detail::gTagsMXF.item(718); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPayerAccountName() { return detail::gTagsMXF.item(719); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPayerAccountNumber() { return detail::gTagsMXF.item(720); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPayerAccountSortCode() { return detail::gTagsMXF.item(721); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSecurityClassification() { return detail::gTagsMXF.item(722); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSecurityClassificationCaveats() { return detail::gTagsMXF.item(723); }
+const TagItem& detail::TagItemCatalogue18::itemMXFClassifiedBy() { return detail::gTagsMXF.item(724); }
+const TagItem& detail::TagItemCatalogue18::itemMXFClassificationReason() { return detail::gTagsMXF.item(725); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDeclassificationDate() { return detail::gTagsMXF.item(726); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDerivedFrom() { return detail::gTagsMXF.item(727); }
+const TagItem& detail::TagItemCatalogue18::itemMXFClassificationComment() { return detail::gTagsMXF.item(728); }
+const TagItem& detail::TagItemCatalogue18::itemMXFClassificationAndMarkingSystem() { return detail::gTagsMXF.item(729); }
+const TagItem& detail::TagItemCatalogue18::itemMXFBroadcastServiceName() { return detail::gTagsMXF.item(730); }
+const TagItem& detail::TagItemCatalogue18::itemMXFBroadcastMediumCode() { return detail::gTagsMXF.item(731); }
+const TagItem& detail::TagItemCatalogue18::itemMXFJobFunctionCode() { return detail::gTagsMXF.item(732); }
+const TagItem& detail::TagItemCatalogue18::itemMXFJobTitle() { return detail::gTagsMXF.item(733); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPersonDescription() { return detail::gTagsMXF.item(734); }
+const TagItem& detail::TagItemCatalogue18::itemMXFRegionCode() { return detail::gTagsMXF.item(735); }
+const TagItem& detail::TagItemCatalogue18::itemMXFRegionName() { return detail::gTagsMXF.item(736); }
+const TagItem& detail::TagItemCatalogue18::itemMXFLanguageName() { return detail::gTagsMXF.item(737); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTerminatingFillerData() { return detail::gTagsMXF.item(738); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTimingBiasCorrection() { return detail::gTagsMXF.item(739); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTimingBiasCorrectionDescription() { return detail::gTagsMXF.item(740); }
+const TagItem& detail::TagItemCatalogue18::itemMXFProgramMaterialClassificationCode() { return detail::gTagsMXF.item(741); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSubjectName() { return detail::gTagsMXF.item(742); }
+const TagItem& detail::TagItemCatalogue18::itemMXFKeyFrameSampleCount() { return detail::gTagsMXF.item(743); }
+const TagItem& detail::TagItemCatalogue18::itemMXFIntentDescriptor() { return detail::gTagsMXF.item(744); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTextualDescriptionKind() { return detail::gTagsMXF.item(745); }
+const TagItem& detail::TagItemCatalogue18::itemMXFFestivalName() { return detail::gTagsMXF.item(746); }
+const TagItem& detail::TagItemCatalogue18::itemMXFObjectDescriptionCode() { return detail::gTagsMXF.item(747); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDescriptionKind() { return detail::gTagsMXF.item(748); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDescriptiveComment() { return detail::gTagsMXF.item(749); }
+const TagItem& detail::TagItemCatalogue18::itemMXFContextDescription() { return detail::gTagsMXF.item(750); }
+const TagItem& detail::TagItemCatalogue18::itemMXFObjectIdentificationConfidence() { return detail::gTagsMXF.item(751); }
+const TagItem& detail::TagItemCatalogue18::itemMXFObjectHorizontalAverageDimension() { return detail::gTagsMXF.item(752); }
+const TagItem& detail::TagItemCatalogue18::itemMXFObjectVerticalAverageDimension() { return detail::gTagsMXF.item(753); }
+const TagItem& detail::TagItemCatalogue18::itemMXFObjectAreaDimension() { return detail::gTagsMXF.item(754); }
+const TagItem& detail::TagItemCatalogue18::itemMXFHorizontalActionSafePercentage() { return detail::gTagsMXF.item(755); }
+const TagItem& detail::TagItemCatalogue18::itemMXFVerticalActionSafePercentage() { return detail::gTagsMXF.item(756); }
+const TagItem& detail::TagItemCatalogue18::itemMXFHorizontalGraphicsSafePercentage() { return detail::gTagsMXF.item(757); }
+const TagItem& detail::TagItemCatalogue18::itemMXFVerticalGraphicsSafePercentage() { return detail::gTagsMXF.item(758); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPerceivedDisplayFormatName() { return detail::gTagsMXF.item(759); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPerceivedDisplayFormatCode() { return detail::gTagsMXF.item(760); }
+const TagItem& detail::TagItemCatalogue18::itemMXFVideoColorKind() { return detail::gTagsMXF.item(761); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPictureDisplayRate() { return detail::gTagsMXF.item(762); }
+const TagItem& detail::TagItemCatalogue18::itemMXFVideoAverageBitrate() { return detail::gTagsMXF.item(763); }
+const TagItem& detail::TagItemCatalogue18::itemMXFVideoFixedBitrate() { return detail::gTagsMXF.item(764); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDigitalVideoFileFormat() { return detail::gTagsMXF.item(765); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCodingLawName() { return detail::gTagsMXF.item(766); }
+const TagItem& detail::TagItemCatalogue18::itemMXFAudioCodingSchemeCode() { return detail::gTagsMXF.item(767); }
+const TagItem& detail::TagItemCatalogue18::itemMXFAudioCodingSchemeName() { return detail::gTagsMXF.item(768); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDigitalEncodingBitrate() { return detail::gTagsMXF.item(769); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDataEssenceCodingID() { return detail::gTagsMXF.item(770); }
+const TagItem& detail::TagItemCatalogue18::itemMXFStorageKind() { return detail::gTagsMXF.item(771); }
+const TagItem& detail::TagItemCatalogue18::itemMXFStorageKindCode() { return detail::gTagsMXF.item(772); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTapePartitionCapacity() { return detail::gTagsMXF.item(773); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDiscPartitionCapacity() { return detail::gTagsMXF.item(774); }
+const TagItem& detail::TagItemCatalogue18::itemMXFFieldOfViewVertical() { return detail::gTagsMXF.item(775); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSystemNameOrNumber() { return detail::gTagsMXF.item(776); }
+const TagItem& detail::TagItemCatalogue18::itemMXFLogoFlag() { return detail::gTagsMXF.item(777); }
+const TagItem& detail::TagItemCatalogue18::itemMXFGraphicKind() { return detail::gTagsMXF.item(778); }
+const TagItem& detail::TagItemCatalogue18::itemMXFGraphicUsageKind() { return detail::gTagsMXF.item(779); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSignatureTuneFlag() { return detail::gTagsMXF.item(780); }
+const TagItem& detail::TagItemCatalogue18::itemMXFBackgroundMusicFlag() { return detail::gTagsMXF.item(781); }
+const TagItem& detail::TagItemCatalogue18::itemMXFProductionScriptReference() { return detail::gTagsMXF.item(782); }
+const TagItem& detail::TagItemCatalogue18::itemMXFTranscriptReference() { return detail::gTagsMXF.item(783); }
+const TagItem& detail::TagItemCatalogue18::itemMXFHorizontalDatum() { return detail::gTagsMXF.item(784); }
+const TagItem& detail::TagItemCatalogue18::itemMXFVerticalDatum() { return detail::gTagsMXF.item(785); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCornerLatitudePoint1() { return detail::gTagsMXF.item(786); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCornerLatitudePoint2() { return detail::gTagsMXF.item(787); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCornerLatitudePoint3() { return detail::gTagsMXF.item(788); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCornerLatitudePoint4() { return detail::gTagsMXF.item(789); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCornerLongitudePoint1() { return detail::gTagsMXF.item(790); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCornerLongitudePoint2() { return detail::gTagsMXF.item(791); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCornerLongitudePoint3() { return detail::gTagsMXF.item(792); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCornerLongitudePoint4() { return detail::gTagsMXF.item(793); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSubjectDistance() { return detail::gTagsMXF.item(794); }
+const TagItem& detail::TagItemCatalogue18::itemMXFObjectCountryCodeMethod() { return detail::gTagsMXF.item(795); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCountryCodeMethod() { return detail::gTagsMXF.item(796); }
+const TagItem& detail::TagItemCatalogue18::itemMXFNon_USClassifyingCountryCode() { return detail::gTagsMXF.item(797); }
+const TagItem& detail::TagItemCatalogue18::itemMXFReleasableCountryCode() { return detail::gTagsMXF.item(798); }
+const TagItem& detail::TagItemCatalogue18::itemMXFObjectRegionName() { return detail::gTagsMXF.item(799); }
+const TagItem& detail::TagItemCatalogue18::itemMXFShootingRegionName() { return detail::gTagsMXF.item(800); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSettingRegionName() { return detail::gTagsMXF.item(801); }
+const TagItem& detail::TagItemCatalogue18::itemMXFCopyrightLicenseRegionName() { return detail::gTagsMXF.item(802); }
+const TagItem& detail::TagItemCatalogue18::itemMXFIntellectualPropertyLicenseRegionName() { return detail::gTagsMXF.item(803); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPOSIXMicroseconds() { return detail::gTagsMXF.item(804); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEventElapsedTimeToStart() { return detail::gTagsMXF.item(805); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEventElapsedTimeToEnd() { return detail::gTagsMXF.item(806); }
+const TagItem& detail::TagItemCatalogue18::itemMXFOrganizationIDKind() { return detail::gTagsMXF.item(807); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSMPTEUL() { return detail::gTagsMXF.item(808); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEssenceContainerArray() { return detail::gTagsMXF.item(809); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEssenceStreamID() { return detail::gTagsMXF.item(810); }
+const TagItem& detail::TagItemCatalogue18::itemMXFIndexStreamID() { return detail::gTagsMXF.item(811); }
+const TagItem& detail::TagItemCatalogue18::itemMXFWorkingTitle() { return detail::gTagsMXF.item(812); }
+const TagItem& detail::TagItemCatalogue18::itemMXFOriginalTitle() { return detail::gTagsMXF.item(813); }
+const TagItem& detail::TagItemCatalogue18::itemMXFClipNumber() { return detail::gTagsMXF.item(814); }
+const TagItem& detail::TagItemCatalogue18::itemMXFDescriptiveMetadataTrackIDs() { return detail::gTagsMXF.item(815); }
+const TagItem& detail::TagItemCatalogue18::itemMXFIdentifierKind() { return detail::gTagsMXF.item(816); }
+const TagItem& detail::TagItemCatalogue18::itemMXFIdentifierValue() { return detail::gTagsMXF.item(817); }
+const TagItem& detail::TagItemCatalogue18::itemMXFOrganizationCode() { return detail::gTagsMXF.item(818); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSupplierIdentificationKind() { return detail::gTagsMXF.item(819); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSupplierIdentificationValue() { return detail::gTagsMXF.item(820); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSupplierAccountNumber() { return detail::gTagsMXF.item(821); }
+const TagItem& detail::TagItemCatalogue18::itemMXFSupplierAccountName() { return detail::gTagsMXF.item(822); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEpisodeStartNumber() { return detail::gTagsMXF.item(823); }
+const TagItem& detail::TagItemCatalogue18::itemMXFEpisodeEndNumber() { return detail::gTagsMXF.item(824); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPurchaserIdentificationKind() { return detail::gTagsMXF.item(825); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPurchaserIdentificationValue() { return detail::gTagsMXF.item(826); }
+const TagItem& detail::TagItemCatalogue18::itemMXFPurchaserAccountNumber() { return detail::gTagsMXF.item(827); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPurchaserAccountName() { return detail::gTagsMXF.item(828); }
+const TagItem& detail::TagItemCatalogue19::itemMXFTotalCurrencyAmount() { return detail::gTagsMXF.item(829); }
+const TagItem& detail::TagItemCatalogue19::itemMXFInstallmentNumber() { return detail::gTagsMXF.item(830); }
+const TagItem& detail::TagItemCatalogue19::itemMXFIdentifierIssuingAuthority() { return detail::gTagsMXF.item(831); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPublishingOrganizationName() { return detail::gTagsMXF.item(832); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPublishingServiceName() { return detail::gTagsMXF.item(833); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPublishingMediumName() { return detail::gTagsMXF.item(834); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPublishingRegionName() { return detail::gTagsMXF.item(835); }
+const TagItem& detail::TagItemCatalogue19::itemMXFOtherGivenNames() { return detail::gTagsMXF.item(836); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAlternateName() { return detail::gTagsMXF.item(837); }
+const TagItem& detail::TagItemCatalogue19::itemMXFISO639TextLanguageCode() { return detail::gTagsMXF.item(838); }
+const TagItem& detail::TagItemCatalogue19::itemMXFISO639CaptionsLanguageCode() { return detail::gTagsMXF.item(839); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPrimarySpokenLanguageCode() { return detail::gTagsMXF.item(840); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSecondarySpokenLanguageCode() { return detail::gTagsMXF.item(841); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPrimaryOriginalLanguageCode() { return detail::gTagsMXF.item(842); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSecondaryOriginalLanguageCode() { return detail::gTagsMXF.item(843); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMajorVersion() { return detail::gTagsMXF.item(844); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMinorVersion() { return detail::gTagsMXF.item(845); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSectorSize() { return detail::gTagsMXF.item(846); }
+const TagItem& detail::TagItemCatalogue19::itemMXFElementLength() { return detail::gTagsMXF.item(847); }
+const TagItem& detail::TagItemCatalogue19::itemMXFKeypointKind() { return detail::gTagsMXF.item(848); }
+const TagItem& detail::TagItemCatalogue19::itemMXFKeypointValue() { return detail::gTagsMXF.item(849); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAwardName() { return detail::gTagsMXF.item(850); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAwardCategory() { return detail::gTagsMXF.item(851); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSlateInformation() { return detail::gTagsMXF.item(852); }
+const TagItem& detail::TagItemCatalogue19::itemMXFLockedIndicator() { return detail::gTagsMXF.item(853); }
+const TagItem& detail::TagItemCatalogue19::itemMXFBitsPerAudioSample() { return detail::gTagsMXF.item(854); }
+const TagItem& detail::TagItemCatalogue19::itemMXFCaptionKind() { return detail::gTagsMXF.item(855); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSliceCount() { return detail::gTagsMXF.item(856); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSliceNumber() { return detail::gTagsMXF.item(857); }
+const TagItem& detail::TagItemCatalogue19::itemMXFElementDelta() { return detail::gTagsMXF.item(858); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPositionTableIndexing() { return detail::gTagsMXF.item(859); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSliceOffsetList() { return detail::gTagsMXF.item(860); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPosTableArray() { return detail::gTagsMXF.item(861); }
+const TagItem& detail::TagItemCatalogue19::itemMXFStreamOffset() { return detail::gTagsMXF.item(862); }
+const TagItem& detail::TagItemCatalogue19::itemMXFEditUnitFlags() { return detail::gTagsMXF.item(863); }
+const TagItem& detail::TagItemCatalogue19::itemMXFTemporalOffset() { return detail::gTagsMXF.item(864); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAnchorOffset() { return detail::gTagsMXF.item(865); }
+const TagItem& detail::TagItemCatalogue19::itemMXFEditUnitLength() { return detail::gTagsMXF.item(866); }
+const TagItem& detail::TagItemCatalogue19::itemMXFHeaderByteCount() { return detail::gTagsMXF.item(867); }
+const TagItem& detail::TagItemCatalogue19::itemMXFIndexByteCount() { return detail::gTagsMXF.item(868); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPackLength() { return detail::gTagsMXF.item(869); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPrimaryPackage() { return detail::gTagsMXF.item(870); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDescriptiveMetadataSets() { return detail::gTagsMXF.item(871); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDescriptiveMetadataSetReferences() { return detail::gTagsMXF.item(872); }
+const TagItem& detail::TagItemCatalogue19::itemMXFFileDescriptors() { return detail::gTagsMXF.item(873); }
+const TagItem& detail::TagItemCatalogue19::itemMXFOffsetToMetadata() { return detail::gTagsMXF.item(874); }
+const TagItem& detail::TagItemCatalogue19::itemMXFOffsetToIndexTable() { return detail::gTagsMXF.item(875); }
+const TagItem& detail::TagItemCatalogue19::itemMXFByteOffset() { return detail::gTagsMXF.item(876); }
+const TagItem& detail::TagItemCatalogue19::itemMXFReversePlay() { return detail::gTagsMXF.item(877); }
+const TagItem& detail::TagItemCatalogue19::itemMXFFirstNumberInSequence() { return detail::gTagsMXF.item(878); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPreviousNumberInSequence() { return detail::gTagsMXF.item(879); }
+const TagItem& detail::TagItemCatalogue19::itemMXFCurrentNumberInSequence() { return detail::gTagsMXF.item(880); }
+const TagItem& detail::TagItemCatalogue19::itemMXFNextNumberInSequence() { return detail::gTagsMXF.item(881); }
+const TagItem& detail::TagItemCatalogue19::itemMXFLastNumberInSequence() { return detail::gTagsMXF.item(882); }
+const TagItem& detail::TagItemCatalogue19::itemMXFCentralTelephoneNumber() { return detail::gTagsMXF.item(883); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMobileTelephoneNumber() { return detail::gTagsMXF.item(884); }
+const TagItem& detail::TagItemCatalogue19::itemMXFLocationDescription() { return detail::gTagsMXF.item(885); }
+const TagItem& detail::TagItemCatalogue19::itemMXFLocationKind() { return detail::gTagsMXF.item(886); }
+const TagItem& detail::TagItemCatalogue19::itemMXFKeyTimePoint() { return detail::gTagsMXF.item(887); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSettingDateTime() { return detail::gTagsMXF.item(888); }
+const TagItem& detail::TagItemCatalogue19::itemMXFContractDateTime() { return detail::gTagsMXF.item(889); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRightsStartDateTime() { return detail::gTagsMXF.item(890); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRightsStopDateTime() { return detail::gTagsMXF.item(891); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPaymentDueDateTime() { return detail::gTagsMXF.item(892); }
+const TagItem& detail::TagItemCatalogue19::itemMXFClipID() { return detail::gTagsMXF.item(893); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDeviceAssetNumber() { return detail::gTagsMXF.item(894); }
+const TagItem& detail::TagItemCatalogue19::itemMXFIdentificationUL() { return detail::gTagsMXF.item(895); }
+const TagItem& detail::TagItemCatalogue19::itemMXFOperationalPatternUL() { return detail::gTagsMXF.item(896); }
+const TagItem& detail::TagItemCatalogue19::itemMXFEssenceContainers() { return detail::gTagsMXF.item(897); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDescriptiveMetadataSchemes() { return detail::gTagsMXF.item(898); }
+const TagItem& detail::TagItemCatalogue19::itemMXFProjectName() { return detail::gTagsMXF.item(899); }
+const TagItem& detail::TagItemCatalogue19::itemMXFLocalTagValue() { return detail::gTagsMXF.item(900); }
+const TagItem& detail::TagItemCatalogue19::itemMXFLocalTagUniqueID() { return detail::gTagsMXF.item(901); }
+const TagItem& detail::TagItemCatalogue19::itemMXFBrandMainTitle() { return detail::gTagsMXF.item(902); }
+const TagItem& detail::TagItemCatalogue19::itemMXFBrandOriginalTitle() { return detail::gTagsMXF.item(903); }
+const TagItem& detail::TagItemCatalogue19::itemMXFFrameworkTitle() { return detail::gTagsMXF.item(904); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSourceTrackIDs() { return detail::gTagsMXF.item(905); }
+const TagItem& detail::TagItemCatalogue19::itemMXFShotTrackIDs() { return detail::gTagsMXF.item(906); }
+const TagItem& detail::TagItemCatalogue19::itemMXFProgrammingGroupTitle() { return detail::gTagsMXF.item(907); }
+const TagItem& detail::TagItemCatalogue19::itemMXFLinkingName() { return detail::gTagsMXF.item(908); }
+const TagItem& detail::TagItemCatalogue19::itemMXFNameSuffix() { return detail::gTagsMXF.item(909); }
+const TagItem& detail::TagItemCatalogue19::itemMXFFormerFamilyName() { return detail::gTagsMXF.item(910); }
+const TagItem& detail::TagItemCatalogue19::itemMXFNationality() { return detail::gTagsMXF.item(911); }
+const TagItem& detail::TagItemCatalogue19::itemMXFCitizenship() { return detail::gTagsMXF.item(912); }
+const TagItem& detail::TagItemCatalogue19::itemMXFFrameworkTextLanguageCode() { return detail::gTagsMXF.item(913); }
+const TagItem& detail::TagItemCatalogue19::itemMXFKAGSize() { return detail::gTagsMXF.item(914); }
+const TagItem& detail::TagItemCatalogue19::itemMXFReversedByteOrder() { return detail::gTagsMXF.item(915); }
+const TagItem& detail::TagItemCatalogue19::itemMXFItemName() { return detail::gTagsMXF.item(916); }
+const TagItem& detail::TagItemCatalogue19::itemMXFItemValue() { return detail::gTagsMXF.item(917); }
+const TagItem& detail::TagItemCatalogue19::itemMXFXMLDocumentText() { return detail::gTagsMXF.item(918); }
+const TagItem& detail::TagItemCatalogue19::itemMXFFrameworkThesaurusName() { return detail::gTagsMXF.item(919); }
+const TagItem& detail::TagItemCatalogue19::itemMXFGroupSynopsis() { return detail::gTagsMXF.item(920); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAnnotationSynopsis() { return detail::gTagsMXF.item(921); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAnnotationDescription() { return detail::gTagsMXF.item(922); }
+const TagItem& detail::TagItemCatalogue19::itemMXFScriptingKind() { return detail::gTagsMXF.item(923); }
+const TagItem& detail::TagItemCatalogue19::itemMXFScriptingText() { return detail::gTagsMXF.item(924); }
+const TagItem& detail::TagItemCatalogue19::itemMXFShotDescription() { return detail::gTagsMXF.item(925); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAnnotationKind() { return detail::gTagsMXF.item(926); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRelatedMaterialDescription() { return detail::gTagsMXF.item(927); }
+const TagItem& detail::TagItemCatalogue19::itemMXFClipKind() { return detail::gTagsMXF.item(928); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDeviceUsageDescription() { return detail::gTagsMXF.item(929); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDisplayF2Offset() { return detail::gTagsMXF.item(930); }
+const TagItem& detail::TagItemCatalogue19::itemMXFStoredF2Offset() { return detail::gTagsMXF.item(931); }
+const TagItem& detail::TagItemCatalogue19::itemMXFActiveFormatDescriptor() { return detail::gTagsMXF.item(932); }
+const TagItem& detail::TagItemCatalogue19::itemMXFLineNumber() { return detail::gTagsMXF.item(933); }
+const TagItem& detail::TagItemCatalogue19::itemMXFScanningDirection() { return detail::gTagsMXF.item(934); }
+const TagItem& detail::TagItemCatalogue19::itemMXFComponentMaximumRef() { return detail::gTagsMXF.item(935); }
+const TagItem& detail::TagItemCatalogue19::itemMXFComponentMinimumRef() { return detail::gTagsMXF.item(936); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAlphaMaximumRef() { return detail::gTagsMXF.item(937); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAlphaMinimumRef() { return detail::gTagsMXF.item(938); }
+const TagItem& detail::TagItemCatalogue19::itemMXFVideoPayloadIdentifier() { return detail::gTagsMXF.item(939); }
+const TagItem& detail::TagItemCatalogue19::itemMXFVideoPayloadIdentifier2002() { return detail::gTagsMXF.item(940); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSingleSequenceFlag() { return detail::gTagsMXF.item(941); }
+const TagItem& detail::TagItemCatalogue19::itemMXFConstantBPictureFlag() { return detail::gTagsMXF.item(942); }
+const TagItem& detail::TagItemCatalogue19::itemMXFCodedContentScanningKind() { return detail::gTagsMXF.item(943); }
+const TagItem& detail::TagItemCatalogue19::itemMXFLowDelayIndicator() { return detail::gTagsMXF.item(944); }
+const TagItem& detail::TagItemCatalogue19::itemMXFClosedGOPIndicator() { return detail::gTagsMXF.item(945); }
+const TagItem& detail::TagItemCatalogue19::itemMXFIdenticalGOPIndicator() { return detail::gTagsMXF.item(946); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMaximumGOPSize() { return detail::gTagsMXF.item(947); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMaximumBPictureCount() { return detail::gTagsMXF.item(948); }
+const TagItem& detail::TagItemCatalogue19::itemMXFProfileAndLevel() { return detail::gTagsMXF.item(949); }
+const TagItem& detail::TagItemCatalogue19::itemMXFBitrate() { return detail::gTagsMXF.item(950); }
+const TagItem& detail::TagItemCatalogue19::itemMXFChannelCount() { return detail::gTagsMXF.item(951); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPeakEnvelope() { return detail::gTagsMXF.item(952); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPeakEnvelopeData() { return detail::gTagsMXF.item(953); }
+const TagItem& detail::TagItemCatalogue19::itemMXFBlockAlign() { return detail::gTagsMXF.item(954); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSequenceOffset() { return detail::gTagsMXF.item(955); }
+const TagItem& detail::TagItemCatalogue19::itemMXFBlockStartOffset() { return detail::gTagsMXF.item(956); }
+const TagItem& detail::TagItemCatalogue19::itemMXFFileSecurityReport() { return detail::gTagsMXF.item(957); }
+const TagItem& detail::TagItemCatalogue19::itemMXFFileSecurityWave() { return detail::gTagsMXF.item(958); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAverageBytesPerSecond() { return detail::gTagsMXF.item(959); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAuxiliaryBitsMode() { return detail::gTagsMXF.item(960); }
+const TagItem& detail::TagItemCatalogue19::itemMXFChannelStatusMode() { return detail::gTagsMXF.item(961); }
+const TagItem& detail::TagItemCatalogue19::itemMXFFixedChannelStatusData() { return detail::gTagsMXF.item(962); }
+const TagItem& detail::TagItemCatalogue19::itemMXFUserDataMode() { return detail::gTagsMXF.item(963); }
+const TagItem& detail::TagItemCatalogue19::itemMXFFixedUserData() { return detail::gTagsMXF.item(964); }
+const TagItem& detail::TagItemCatalogue19::itemMXFEmphasis() { return detail::gTagsMXF.item(965); }
+const TagItem& detail::TagItemCatalogue19::itemMXFBextCodingHistory() { return detail::gTagsMXF.item(966); }
+const TagItem& detail::TagItemCatalogue19::itemMXFQltyBasicData() { return detail::gTagsMXF.item(967); }
+const TagItem& detail::TagItemCatalogue19::itemMXFQltyStartOfModulation() { return detail::gTagsMXF.item(968); }
+const TagItem& detail::TagItemCatalogue19::itemMXFQltyQualityEvent() { return detail::gTagsMXF.item(969); }
+const TagItem& detail::TagItemCatalogue19::itemMXFQltyEndOfModulation() { return detail::gTagsMXF.item(970); }
+const TagItem& detail::TagItemCatalogue19::itemMXFQltyQualityParameter() { return detail::gTagsMXF.item(971); }
+const TagItem& detail::TagItemCatalogue19::itemMXFQltyOperatorComment() { return detail::gTagsMXF.item(972); }
+const TagItem& detail::TagItemCatalogue19::itemMXFQltyCueSheet() { return detail::gTagsMXF.item(973); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDialNorm() { return detail::gTagsMXF.item(974); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDataEssenceCoding() { return detail::gTagsMXF.item(975); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDateTimeRate() { return detail::gTagsMXF.item(976); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDateTimeDropFrameFlag() { return detail::gTagsMXF.item(977); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDateTimeEmbeddedFlag() { return detail::gTagsMXF.item(978); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDateTimeKind() { return detail::gTagsMXF.item(979); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDeltaEntryArray() { return detail::gTagsMXF.item(980); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPositionTableCount() { return detail::gTagsMXF.item(981); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPositionTable() { return detail::gTagsMXF.item(982); }
+const TagItem& detail::TagItemCatalogue19::itemMXFIndexEntryArray() { return detail::gTagsMXF.item(983); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDataDefinition() { return detail::gTagsMXF.item(984); }
+const TagItem& detail::TagItemCatalogue19::itemMXFGenerationCopyNumber() { return detail::gTagsMXF.item(985); }
+const TagItem& detail::TagItemCatalogue19::itemMXFGenerationCloneNumber() { return detail::gTagsMXF.item(986); }
+const TagItem& detail::TagItemCatalogue19::itemMXFThemeMusicFlag() { return detail::gTagsMXF.item(987); }
+const TagItem& detail::TagItemCatalogue19::itemMXFInsertMusicFlag() { return detail::gTagsMXF.item(988); }
+const TagItem& detail::TagItemCatalogue19::itemMXFIndexEditRate() { return detail::gTagsMXF.item(989); }
+const TagItem& detail::TagItemCatalogue19::itemMXFLinkedTrackID() { return detail::gTagsMXF.item(990); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDescriptiveMetadataFramework() { return detail::gTagsMXF.item(991); }
+const TagItem& detail::TagItemCatalogue19::itemMXFGroupSet() { return detail::gTagsMXF.item(992); }
+const TagItem& detail::TagItemCatalogue19::itemMXFBankDetailsSet() { return detail::gTagsMXF.item(993); }
+const TagItem& detail::TagItemCatalogue19::itemMXFImageFormatSet() { return detail::gTagsMXF.item(994); }
+const TagItem& detail::TagItemCatalogue19::itemMXFProcessingSet() { return detail::gTagsMXF.item(995); }
+const TagItem& detail::TagItemCatalogue19::itemMXFProjectSet() { return detail::gTagsMXF.item(996); }
+const TagItem& detail::TagItemCatalogue19::itemMXFContactsListSet() { return detail::gTagsMXF.item(997); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAnnotationCueWordsSet() { return detail::gTagsMXF.item(998); }
+const TagItem& detail::TagItemCatalogue19::itemMXFShotCueWordsSet() { return detail::gTagsMXF.item(999); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAwardParticipantSets() { return detail::gTagsMXF.item(1000); }
+const TagItem& detail::TagItemCatalogue19::itemMXFContractParticipantSets() { return detail::gTagsMXF.item(1001); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPersonSets() { return detail::gTagsMXF.item(1002); }
+const TagItem& detail::TagItemCatalogue19::itemMXFParticipantOrganizationSets() { return detail::gTagsMXF.item(1003); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPersonOrganizationSets() { return detail::gTagsMXF.item(1004); }
+const TagItem& detail::TagItemCatalogue19::itemMXFLocationSets() { return detail::gTagsMXF.item(1005); }
+const TagItem& detail::TagItemCatalogue19::itemMXFTitlesSets() { return detail::gTagsMXF.item(1006); }
+const TagItem& detail::TagItemCatalogue19::itemMXFGroupSets() { return detail::gTagsMXF.item(1007); }
+const TagItem& detail::TagItemCatalogue19::itemMXFIdentificationSets() { return detail::gTagsMXF.item(1008); }
+const TagItem& detail::TagItemCatalogue19::itemMXFEpisodicItemSets() { return detail::gTagsMXF.item(1009); }
+const TagItem& detail::TagItemCatalogue19::itemMXFBrandingSets() { return detail::gTagsMXF.item(1010); }
+const TagItem& detail::TagItemCatalogue19::itemMXFEventSets() { return detail::gTagsMXF.item(1011); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPublicationSets() { return detail::gTagsMXF.item(1012); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAwardSets() { return detail::gTagsMXF.item(1013); }
+const TagItem& detail::TagItemCatalogue19::itemMXFCaptionDescriptionSets() { return detail::gTagsMXF.item(1014); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAnnotationSets() { return detail::gTagsMXF.item(1015); }
+const TagItem& detail::TagItemCatalogue19::itemMXFProductionSettingPeriodSets() { return detail::gTagsMXF.item(1016); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSceneSettingPeriodSets() { return detail::gTagsMXF.item(1017); }
+const TagItem& detail::TagItemCatalogue19::itemMXFScriptingSets() { return detail::gTagsMXF.item(1018); }
+const TagItem& detail::TagItemCatalogue19::itemMXFClassificationSets() { return detail::gTagsMXF.item(1019); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSceneShotSets() { return detail::gTagsMXF.item(1020); }
+const TagItem& detail::TagItemCatalogue19::itemMXFClipShotSets() { return detail::gTagsMXF.item(1021); }
+const TagItem& detail::TagItemCatalogue19::itemMXFKeyPointSets() { return detail::gTagsMXF.item(1022); }
+const TagItem& detail::TagItemCatalogue19::itemMXFShotParticipantRoleSets() { return detail::gTagsMXF.item(1023); }
+const TagItem& detail::TagItemCatalogue19::itemMXFShotPersonSets() { return detail::gTagsMXF.item(1024); }
+const TagItem& detail::TagItemCatalogue19::itemMXFOrganizationSets() { return detail::gTagsMXF.item(1025); }
+const TagItem& detail::TagItemCatalogue19::itemMXFShotLocationSets() { return detail::gTagsMXF.item(1026); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAddressSets() { return detail::gTagsMXF.item(1027); }
+const TagItem& detail::TagItemCatalogue19::itemMXFCommunicationSets() { return detail::gTagsMXF.item(1028); }
+const TagItem& detail::TagItemCatalogue19::itemMXFContractSets() { return detail::gTagsMXF.item(1029); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRightsSets() { return detail::gTagsMXF.item(1030); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPaymentsSets() { return detail::gTagsMXF.item(1031); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDeviceParametersSets() { return detail::gTagsMXF.item(1032); }
+const TagItem& detail::TagItemCatalogue19::itemMXFClassificationNameValueSets() { return detail::gTagsMXF.item(1033); }
+const TagItem& detail::TagItemCatalogue19::itemMXFContactNameValueSets() { return detail::gTagsMXF.item(1034); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDeviceParameterNameValueSets() { return detail::gTagsMXF.item(1035); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMetadataServerLocators() { return detail::gTagsMXF.item(1036); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRelatedMaterialLocators() { return detail::gTagsMXF.item(1037); }
+const TagItem& detail::TagItemCatalogue19::itemMXFLocalTagEntries() { return detail::gTagsMXF.item(1038); }
+const TagItem& detail::TagItemCatalogue19::itemMXFTotalNumberInSequence() { return detail::gTagsMXF.item(1039); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRoomOrSuiteName() { return detail::gTagsMXF.item(1040); }
+const TagItem& detail::TagItemCatalogue19::itemMXFBuildingName() { return detail::gTagsMXF.item(1041); }
+const TagItem& detail::TagItemCatalogue19::itemMXFLocalFestivalDateTime() { return detail::gTagsMXF.item(1042); }
+const TagItem& detail::TagItemCatalogue19::itemMXFShotStartPosition() { return detail::gTagsMXF.item(1043); }
+const TagItem& detail::TagItemCatalogue19::itemMXFIndexingStartPosition() { return detail::gTagsMXF.item(1044); }
+const TagItem& detail::TagItemCatalogue19::itemMXFEventOrigin() { return detail::gTagsMXF.item(1045); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSettingPeriodDescription() { return detail::gTagsMXF.item(1046); }
+const TagItem& detail::TagItemCatalogue19::itemMXFIndexDuration() { return detail::gTagsMXF.item(1047); }
+const TagItem& detail::TagItemCatalogue19::itemMXFShotDuration() { return detail::gTagsMXF.item(1048); }
+const TagItem& detail::TagItemCatalogue19::itemMXFExtendedClipID() { return detail::gTagsMXF.item(1049); }
+const TagItem& detail::TagItemCatalogue19::itemMXFClipIDArray() { return detail::gTagsMXF.item(1050); }
+const TagItem& detail::TagItemCatalogue19::itemMXFExtendedClipIDArray() { return detail::gTagsMXF.item(1051); }
+const TagItem& detail::TagItemCatalogue19::itemMXFTrackNumberBatch() { return detail::gTagsMXF.item(1052); }
+const TagItem& detail::TagItemCatalogue19::itemMXFExtendedTextLanguageCode() { return detail::gTagsMXF.item(1053); }
+const TagItem& detail::TagItemCatalogue19::itemMXFExtendedCaptionsLanguageCode() { return detail::gTagsMXF.item(1054); }
+const TagItem& detail::TagItemCatalogue19::itemMXFFrameworkExtendedTextLanguageCode() { return detail::gTagsMXF.item(1055); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPrimaryExtendedSpokenLanguageCode() { return detail::gTagsMXF.item(1056); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSecondaryExtendedSpokenLanguageCode() { return detail::gTagsMXF.item(1057); }
+const TagItem& detail::TagItemCatalogue19::itemMXFOriginalExtendedSpokenPrimaryLanguageCode() { return detail::gTagsMXF.item(1058); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSecondaryOriginalExtendedSpokenLanguageCode() { return detail::gTagsMXF.item(1059); }
+const TagItem& detail::TagItemCatalogue19::itemMXFKLVMetadataSequence() { return detail::gTagsMXF.item(1060); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPackageAttributes() { return detail::gTagsMXF.item(1061); }
+const TagItem& detail::TagItemCatalogue19::itemMXFComponentAttributes() { return detail::gTagsMXF.item(1062); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMDecoderInitFrame1() { return detail::gTagsMXF.item(1063); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMDecoderInitFrame2() { return detail::gTagsMXF.item(1064); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMDecoderInitFrame3() { return detail::gTagsMXF.item(1065); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMDecoderInitFrame4() { return detail::gTagsMXF.item(1066); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMDecoderInitFrame5() { return detail::gTagsMXF.item(1067); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMDecoderInitFrame6() { return detail::gTagsMXF.item(1068); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMDecoderInitFrame7() { return detail::gTagsMXF.item(1069); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMDecoderInitFrame8() { return detail::gTagsMXF.item(1070); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMAccessUnitFrame1() { return detail::gTagsMXF.item(1071); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMAccessUnitFrame2() { return detail::gTagsMXF.item(1072); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMAccessUnitFrame3() { return detail::gTagsMXF.item(1073); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMAccessUnitFrame4() { return detail::gTagsMXF.item(1074); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMAccessUnitFrame5() { return detail::gTagsMXF.item(1075); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMAccessUnitFrame6() { return detail::gTagsMXF.item(1076); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMAccessUnitFrame7() { return detail::gTagsMXF.item(1077); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMPEG7BiMAccessUnitFrame8() { return detail::gTagsMXF.item(1078); }
+const TagItem& detail::TagItemCatalogue19::itemMXFComponentUserComments() { return detail::gTagsMXF.item(1079); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSensorMode() { return detail::gTagsMXF.item(1080); }
+const TagItem& detail::TagItemCatalogue19::itemMXFChannelAssignment() { return detail::gTagsMXF.item(1081); }
+const TagItem& detail::TagItemCatalogue19::itemMXFContentPackageIndexArray() { return detail::gTagsMXF.item(1082); }
+const TagItem& detail::TagItemCatalogue19::itemMXFVideoIndexArray() { return detail::gTagsMXF.item(1083); }
+const TagItem& detail::TagItemCatalogue19::itemMXFApproximateImageContainerSize() { return detail::gTagsMXF.item(1084); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMetadataEncodingSchemeCode() { return detail::gTagsMXF.item(1085); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMIMEMediaType() { return detail::gTagsMXF.item(1086); }
+const TagItem& detail::TagItemCatalogue19::itemMXFFieldOfViewVerticalFP() { return detail::gTagsMXF.item(1087); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPackageUsageKind() { return detail::gTagsMXF.item(1088); }
+const TagItem& detail::TagItemCatalogue19::itemMXFChannelID() { return detail::gTagsMXF.item(1089); }
+const TagItem& detail::TagItemCatalogue19::itemMXFChannelIDs() { return detail::gTagsMXF.item(1090); }
+const TagItem& detail::TagItemCatalogue19::itemMXFKLVDataType() { return detail::gTagsMXF.item(1091); }
+const TagItem& detail::TagItemCatalogue19::itemMXFKLVDataParentProperties() { return detail::gTagsMXF.item(1092); }
+const TagItem& detail::TagItemCatalogue19::itemMXFTaggedValueParentProperties() { return detail::gTagsMXF.item(1093); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAnnotationParticipantSets() { return detail::gTagsMXF.item(1094); }
+const TagItem& detail::TagItemCatalogue19::itemMXFKLVDataDefinitions() { return detail::gTagsMXF.item(1095); }
+const TagItem& detail::TagItemCatalogue19::itemMXFTaggedValueDefinitions() { return detail::gTagsMXF.item(1096); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAddressNameValueSets() { return detail::gTagsMXF.item(1097); }
+const TagItem& detail::TagItemCatalogue19::itemMXFNMEADocumentText() { return detail::gTagsMXF.item(1098); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPlatformRollAngle() { return detail::gTagsMXF.item(1099); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPlatformPitchAngle() { return detail::gTagsMXF.item(1100); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPlatformHeadingAngle() { return detail::gTagsMXF.item(1101); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAddressLine() { return detail::gTagsMXF.item(1102); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPlaceName() { return detail::gTagsMXF.item(1103); }
+const TagItem& detail::TagItemCatalogue19::itemMXFGeographicalCoordinates() { return detail::gTagsMXF.item(1104); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAstronomicalBodyName() { return detail::gTagsMXF.item(1105); }
+const TagItem& detail::TagItemCatalogue19::itemMXFTimecodeArray() { return detail::gTagsMXF.item(1106); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMarkIn() { return detail::gTagsMXF.item(1107); }
+const TagItem& detail::TagItemCatalogue19::itemMXFUserPosition() { return detail::gTagsMXF.item(1108); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMarkOut() { return detail::gTagsMXF.item(1109); }
+const TagItem& detail::TagItemCatalogue19::itemMXFClipCreationDateTime() { return detail::gTagsMXF.item(1110); }
+const TagItem& detail::TagItemCatalogue19::itemMXFVideoClipDuration() { return detail::gTagsMXF.item(1111); }
+const TagItem& detail::TagItemCatalogue19::itemMXFParticipantID() { return detail::gTagsMXF.item(1112); }
+const TagItem& detail::TagItemCatalogue19::itemMXFContactID() { return detail::gTagsMXF.item(1113); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDefaultNamespaceURI() { return detail::gTagsMXF.item(1114); }
+const TagItem& detail::TagItemCatalogue19::itemMXFNamespaceURI() { return detail::gTagsMXF.item(1115); }
+const TagItem& detail::TagItemCatalogue19::itemMXFNamespaceURIs() { return detail::gTagsMXF.item(1116); }
+const TagItem& detail::TagItemCatalogue19::itemMXFHTMLDOCTYPE() { return detail::gTagsMXF.item(1117); }
+const TagItem& detail::TagItemCatalogue19::itemMXFNamespacePrefix() { return detail::gTagsMXF.item(1118); }
+const TagItem& detail::TagItemCatalogue19::itemMXFNamespacePrefixes() { return detail::gTagsMXF.item(1119); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRightsComment() { return detail::gTagsMXF.item(1120); }
+const TagItem& detail::TagItemCatalogue19::itemMXFNominationCategory() { return detail::gTagsMXF.item(1121); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPeakEnvelopeVersion() { return detail::gTagsMXF.item(1122); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPeakEnvelopeFormat() { return detail::gTagsMXF.item(1123); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPointsPerPeakValue() { return detail::gTagsMXF.item(1124); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPeakEnvelopeBlockSize() { return detail::gTagsMXF.item(1125); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPeakChannelCount() { return detail::gTagsMXF.item(1126); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPeakFrameCount() { return detail::gTagsMXF.item(1127); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPeakOfPeaksPosition() { return detail::gTagsMXF.item(1128); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPeakEnvelopeTimestamp() { return detail::gTagsMXF.item(1129); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRIFFChunkID() { return detail::gTagsMXF.item(1130); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRIFFChunkLength() { return detail::gTagsMXF.item(1131); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRIFFChunkData() { return detail::gTagsMXF.item(1132); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMIMECharSet() { return detail::gTagsMXF.item(1133); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMIMEEncoding() { return detail::gTagsMXF.item(1134); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMonoSourceTrackIDs() { return detail::gTagsMXF.item(1135); }
+const TagItem& detail::TagItemCatalogue19::itemMXFCompositionRendering() { return detail::gTagsMXF.item(1136); }
+const TagItem& detail::TagItemCatalogue19::itemMXFCaptionsDescriptionParticipantSets() { return detail::gTagsMXF.item(1137); }
+const TagItem& detail::TagItemCatalogue19::itemMXFEventAnnotationSets() { return detail::gTagsMXF.item(1138); }
+const TagItem& detail::TagItemCatalogue19::itemMXFScriptingLocators() { return detail::gTagsMXF.item(1139); }
+const TagItem& detail::TagItemCatalogue19::itemMXFUnknownBWFChunks() { return detail::gTagsMXF.item(1140); }
+const TagItem& detail::TagItemCatalogue19::itemMXFCryptographicContextID() { return detail::gTagsMXF.item(1141); }
+const TagItem& detail::TagItemCatalogue19::itemMXFNITFLayerTargetID() { return detail::gTagsMXF.item(1142); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRP217DataStreamPID() { return detail::gTagsMXF.item(1143); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRP217VideoStreamPID() { return detail::gTagsMXF.item(1144); }
+const TagItem& detail::TagItemCatalogue19::itemMXFCipherAlgorithm() { return detail::gTagsMXF.item(1145); }
+const TagItem& detail::TagItemCatalogue19::itemMXFCryptographicKeyID() { return detail::gTagsMXF.item(1146); }
+const TagItem& detail::TagItemCatalogue19::itemMXFEncryptedSourceValue() { return detail::gTagsMXF.item(1147); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMICAlgorithm() { return detail::gTagsMXF.item(1148); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMIC() { return detail::gTagsMXF.item(1149); }
+const TagItem& detail::TagItemCatalogue19::itemMXFJFIFMarkerDescription() { return detail::gTagsMXF.item(1150); }
+const TagItem& detail::TagItemCatalogue19::itemMXFHTMLMetaDescription() { return detail::gTagsMXF.item(1151); }
+const TagItem& detail::TagItemCatalogue19::itemMXFColorPrimaries() { return detail::gTagsMXF.item(1152); }
+const TagItem& detail::TagItemCatalogue19::itemMXFProductFormat() { return detail::gTagsMXF.item(1153); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSourceLength() { return detail::gTagsMXF.item(1154); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSourceContainerFormat() { return detail::gTagsMXF.item(1155); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSourceKey() { return detail::gTagsMXF.item(1156); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDynamicSourcePackageID() { return detail::gTagsMXF.item(1157); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDynamicSourceTrackIDs() { return detail::gTagsMXF.item(1158); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSourceIndex() { return detail::gTagsMXF.item(1159); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSourceSpecies() { return detail::gTagsMXF.item(1160); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSourceValue() { return detail::gTagsMXF.item(1161); }
+const TagItem& detail::TagItemCatalogue19::itemMXFCryptographicContextObject() { return detail::gTagsMXF.item(1162); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSub_descriptors() { return detail::gTagsMXF.item(1163); }
+const TagItem& detail::TagItemCatalogue19::itemMXFEncryptedTrackFileID() { return detail::gTagsMXF.item(1164); }
+const TagItem& detail::TagItemCatalogue19::itemMXFCryptographicContextLink() { return detail::gTagsMXF.item(1165); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPlaintextOffset() { return detail::gTagsMXF.item(1166); }
+const TagItem& detail::TagItemCatalogue19::itemMXFTripletSequenceNumber() { return detail::gTagsMXF.item(1167); }
+const TagItem& detail::TagItemCatalogue19::itemMXFBoundingRectangle() { return detail::gTagsMXF.item(1168); }
+const TagItem& detail::TagItemCatalogue19::itemMXFGeographicLocation() { return detail::gTagsMXF.item(1169); }
+const TagItem& detail::TagItemCatalogue19::itemMXFGeographicPolygonCoordinates() { return detail::gTagsMXF.item(1170); }
+const TagItem& detail::TagItemCatalogue19::itemMXFGeographicAreaNorthwest() { return detail::gTagsMXF.item(1171); }
+const TagItem& detail::TagItemCatalogue19::itemMXFGeographicAreaSoutheast() { return detail::gTagsMXF.item(1172); }
+const TagItem& detail::TagItemCatalogue19::itemMXFGeographicAreaSourceDatum() { return detail::gTagsMXF.item(1173); }
+const TagItem& detail::TagItemCatalogue19::itemMXFGeographicPolygonSourceDatum() { return detail::gTagsMXF.item(1174); }
+const TagItem& detail::TagItemCatalogue19::itemMXFClassifyingCountryCode() { return detail::gTagsMXF.item(1175); }
+const TagItem& detail::TagItemCatalogue19::itemMXFUTCInstantDateTime() { return detail::gTagsMXF.item(1176); }
+const TagItem& detail::TagItemCatalogue19::itemMXFToleranceMode() { return detail::gTagsMXF.item(1177); }
+const TagItem& detail::TagItemCatalogue19::itemMXFToleranceWindow() { return detail::gTagsMXF.item(1178); }
+const TagItem& detail::TagItemCatalogue19::itemMXFToleranceInterpolationMethod() { return detail::gTagsMXF.item(1179); }
+const TagItem& detail::TagItemCatalogue19::itemMXFVBILineCount() { return detail::gTagsMXF.item(1180); }
+const TagItem& detail::TagItemCatalogue19::itemMXFStoredVBILineNumber() { return detail::gTagsMXF.item(1181); }
+const TagItem& detail::TagItemCatalogue19::itemMXFVBIWrappingType() { return detail::gTagsMXF.item(1182); }
+const TagItem& detail::TagItemCatalogue19::itemMXFVBIPayloadSampleCount() { return detail::gTagsMXF.item(1183); }
+const TagItem& detail::TagItemCatalogue19::itemMXFVBIPayloadByteArray() { return detail::gTagsMXF.item(1184); }
+const TagItem& detail::TagItemCatalogue19::itemMXFANCPacketCount() { return detail::gTagsMXF.item(1185); }
+const TagItem& detail::TagItemCatalogue19::itemMXFStoredANCLineNumber() { return detail::gTagsMXF.item(1186); }
+const TagItem& detail::TagItemCatalogue19::itemMXFANCWrappingType() { return detail::gTagsMXF.item(1187); }
+const TagItem& detail::TagItemCatalogue19::itemMXFANCPayloadSampleCount() { return detail::gTagsMXF.item(1188); }
+const TagItem& detail::TagItemCatalogue19::itemMXFANCPayloadByteArray() { return detail::gTagsMXF.item(1189); }
+const TagItem& detail::TagItemCatalogue19::itemMXFVBIPayloadSampleCoding() { return detail::gTagsMXF.item(1190); }
+const TagItem& detail::TagItemCatalogue19::itemMXFANCPayloadSampleCoding() { return detail::gTagsMXF.item(1191); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRsiz() { return detail::gTagsMXF.item(1192); }
+const TagItem& detail::TagItemCatalogue19::itemMXFXsiz() { return detail::gTagsMXF.item(1193); }
+const TagItem& detail::TagItemCatalogue19::itemMXFYsiz() { return detail::gTagsMXF.item(1194); }
+const TagItem& detail::TagItemCatalogue19::itemMXFXOsiz() { return detail::gTagsMXF.item(1195); }
+const TagItem& detail::TagItemCatalogue19::itemMXFYOsiz() { return detail::gTagsMXF.item(1196); }
+const TagItem& detail::TagItemCatalogue19::itemMXFXTsiz() { return detail::gTagsMXF.item(1197); }
+const TagItem& detail::TagItemCatalogue19::itemMXFYTsiz() { return detail::gTagsMXF.item(1198); }
+const TagItem& detail::TagItemCatalogue19::itemMXFXTOsiz() { return detail::gTagsMXF.item(1199); }
+const TagItem& detail::TagItemCatalogue19::itemMXFYTOsiz() { return detail::gTagsMXF.item(1200); }
+const TagItem& detail::TagItemCatalogue19::itemMXFCsiz() { return detail::gTagsMXF.item(1201); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPictureComponentSizing() { return detail::gTagsMXF.item(1202); }
+const TagItem& detail::TagItemCatalogue19::itemMXFCodingStyleDefault() { return detail::gTagsMXF.item(1203); }
+const TagItem& detail::TagItemCatalogue19::itemMXFQuantizationDefault() { return detail::gTagsMXF.item(1204); }
+const TagItem& detail::TagItemCatalogue19::itemMXFMPEGAudioBitrate() { return detail::gTagsMXF.item(1205); }
+const TagItem& detail::TagItemCatalogue19::itemMXFCBEStartOffset() { return detail::gTagsMXF.item(1206); }
+const TagItem& detail::TagItemCatalogue19::itemMXFVBEEndOffset() { return detail::gTagsMXF.item(1207); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSubDescriptor() { return detail::gTagsMXF.item(1208); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSubDescriptors() { return detail::gTagsMXF.item(1209); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRootMetaDictionary() { return detail::gTagsMXF.item(1210); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRootPreface() { return detail::gTagsMXF.item(1211); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRootObjectDirectory() { return detail::gTagsMXF.item(1212); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRootFormatVersion() { return detail::gTagsMXF.item(1213); }
+const TagItem& detail::TagItemCatalogue19::itemMXFFrameCenterElevation() { return detail::gTagsMXF.item(1214); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPackageMarkInPosition() { return detail::gTagsMXF.item(1215); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPackageMarkOutPosition() { return detail::gTagsMXF.item(1216); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAd_ID() { return detail::gTagsMXF.item(1217); }
+const TagItem& detail::TagItemCatalogue19::itemMXFResourceID() { return detail::gTagsMXF.item(1218); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAncillaryResourceID() { return detail::gTagsMXF.item(1219); }
+const TagItem& detail::TagItemCatalogue19::itemMXFApplicationSchemeBatch() { return detail::gTagsMXF.item(1220); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterKind() { return detail::gTagsMXF.item(1221); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterVersion() { return detail::gTagsMXF.item(1222); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterEditorName() { return detail::gTagsMXF.item(1223); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterStatusKind() { return detail::gTagsMXF.item(1224); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterItemName() { return detail::gTagsMXF.item(1225); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterItemDefinition() { return detail::gTagsMXF.item(1226); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterItemSymbol() { return detail::gTagsMXF.item(1227); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterItemDefiningDocumentName() { return detail::gTagsMXF.item(1228); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterItemUL() { return detail::gTagsMXF.item(1229); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterItemNotes() { return detail::gTagsMXF.item(1230); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterItemIntroductionVersion() { return detail::gTagsMXF.item(1231); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterItemHierarchyLevel() { return detail::gTagsMXF.item(1232); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterEntryStatus() { return detail::gTagsMXF.item(1233); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterAction() { return detail::gTagsMXF.item(1234); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterApproverName() { return detail::gTagsMXF.item(1235); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterCreationTime() { return detail::gTagsMXF.item(1236); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegistrantName() { return detail::gTagsMXF.item(1237); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterItemOriginatorName() { return detail::gTagsMXF.item(1238); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterUserName() { return detail::gTagsMXF.item(1239); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterUserTime() { return detail::gTagsMXF.item(1240); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterAdministrationNotes() { return detail::gTagsMXF.item(1241); }
+const TagItem& detail::TagItemCatalogue19::itemMXFAFDAndBarData() { return detail::gTagsMXF.item(1242); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPanScanInformation() { return detail::gTagsMXF.item(1243); }
+const TagItem& detail::TagItemCatalogue19::itemMXFVC_1InitializationMetadata() { return detail::gTagsMXF.item(1244); }
+const TagItem& detail::TagItemCatalogue19::itemMXFVC_1SingleSequence() { return detail::gTagsMXF.item(1245); }
+const TagItem& detail::TagItemCatalogue19::itemMXFVC_1CodedContentType() { return detail::gTagsMXF.item(1246); }
+const TagItem& detail::TagItemCatalogue19::itemMXFVC_1IdenticalGOP() { return detail::gTagsMXF.item(1247); }
+const TagItem& detail::TagItemCatalogue19::itemMXFVC_1MaximumGOP() { return detail::gTagsMXF.item(1248); }
+const TagItem& detail::TagItemCatalogue19::itemMXFVC_1BPictureCount() { return detail::gTagsMXF.item(1249); }
+const TagItem& detail::TagItemCatalogue19::itemMXFVC_1AverageBitrate() { return detail::gTagsMXF.item(1250); }
+const TagItem& detail::TagItemCatalogue19::itemMXFVC_1MaximumBitrate() { return detail::gTagsMXF.item(1251); }
+const TagItem& detail::TagItemCatalogue19::itemMXFVC_1Profile() { return detail::gTagsMXF.item(1252); }
+const TagItem& detail::TagItemCatalogue19::itemMXFVC_1Level() { return detail::gTagsMXF.item(1253); }
+const TagItem& detail::TagItemCatalogue19::itemMXFLinkedTimecodeTrackID() { return detail::gTagsMXF.item(1254); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSMPTE337MDataStreamNumber() { return detail::gTagsMXF.item(1255); }
+const TagItem& detail::TagItemCatalogue19::itemMXFApplicationScheme() { return detail::gTagsMXF.item(1256); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDescriptiveMetadataScheme() { return detail::gTagsMXF.item(1257); }
+const TagItem& detail::TagItemCatalogue19::itemMXFUCSEncoding() { return detail::gTagsMXF.item(1258); }
+const TagItem& detail::TagItemCatalogue19::itemMXFLinkedApplicationPlug_InInstanceID() { return detail::gTagsMXF.item(1259); }
+const TagItem& detail::TagItemCatalogue19::itemMXFLinkedDescriptiveFrameworkPlug_InID() { return detail::gTagsMXF.item(1260); }
+const TagItem& detail::TagItemCatalogue19::itemMXFApplicationPlug_InInstanceID() { return detail::gTagsMXF.item(1261); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDescriptiveMetadataPlug_InID() { return detail::gTagsMXF.item(1262); }
+const TagItem& detail::TagItemCatalogue19::itemMXFApplicationEnvironmentID() { return detail::gTagsMXF.item(1263); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDescriptiveMetadataApplicationEnvironmentID() { return detail::gTagsMXF.item(1264); }
+const TagItem& detail::TagItemCatalogue19::itemMXFLinkedDescriptiveObjectPlug_InID() { return detail::gTagsMXF.item(1265); }
+const TagItem& detail::TagItemCatalogue19::itemMXFTimebaseReferenceTrackID() { return detail::gTagsMXF.item(1266); }
+const TagItem& detail::TagItemCatalogue19::itemMXFObjectClassDefinition() { return detail::gTagsMXF.item(1267); }
+const TagItem& detail::TagItemCatalogue19::itemMXFApplicationPlug_InBatch() { return detail::gTagsMXF.item(1268); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPackageMarker() { return detail::gTagsMXF.item(1269); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPackageTimelineMarkerRef() { return detail::gTagsMXF.item(1270); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterAdministrationObject() { return detail::gTagsMXF.item(1271); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterEntryAdministrationObject() { return detail::gTagsMXF.item(1272); }
+const TagItem& detail::TagItemCatalogue19::itemMXFGenericPayloads() { return detail::gTagsMXF.item(1273); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterEntryArray() { return detail::gTagsMXF.item(1274); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterAdministrationArray() { return detail::gTagsMXF.item(1275); }
+const TagItem& detail::TagItemCatalogue19::itemMXFApplicationInformationArray() { return detail::gTagsMXF.item(1276); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterChildEntryArray() { return detail::gTagsMXF.item(1277); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterReleaseDateTime() { return detail::gTagsMXF.item(1278); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRegisterItemStatusChangeDateTime() { return detail::gTagsMXF.item(1279); }
+const TagItem& detail::TagItemCatalogue19::itemMXFOpenBodyPartition() { return detail::gTagsMXF.item(1280); }
+const TagItem& detail::TagItemCatalogue19::itemMXFClosedBodyPartition() { return detail::gTagsMXF.item(1281); }
+const TagItem& detail::TagItemCatalogue19::itemMXFOpenCompleteBodyPartition() { return detail::gTagsMXF.item(1282); }
+const TagItem& detail::TagItemCatalogue19::itemMXFClosedCompleteBodyPartition() { return detail::gTagsMXF.item(1283); }
+const TagItem& detail::TagItemCatalogue19::itemMXFFooter() { return detail::gTagsMXF.item(1284); }
+const TagItem& detail::TagItemCatalogue19::itemMXFCompleteFooter() { return detail::gTagsMXF.item(1285); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRandomIndexMetadataV10() { return detail::gTagsMXF.item(1286); }
+const TagItem& detail::TagItemCatalogue19::itemMXFRandomIndexMetadata() { return detail::gTagsMXF.item(1287); }
+const TagItem& detail::TagItemCatalogue19::itemMXFPartitionMetadata() { return detail::gTagsMXF.item(1288); }
+const TagItem& detail::TagItemCatalogue19::itemMXFSourceClip() { return detail::gTagsMXF.item(1289); }
+const TagItem& detail::TagItemCatalogue19::itemMXFV10IndexTableSegment() { return detail::gTagsMXF.item(1290); }
+const TagItem& detail::TagItemCatalogue19::itemMXFIndexTableSegment() { return detail::gTagsMXF.item(1291); }
+const TagItem& detail::TagItemCatalogue19::itemMXFDefaultObject() { return detail::gTagsMXF.item(1292); }
+const TagItem& detail::TagItemCatalogue19::itemMXFCipherAlgorithmAES128CBC() { return detail::gTagsMXF.item(1293); }
+const TagItem& detail::TagItemCatalogue19::itemMXFHMACAlgorithmSHA1128() { return detail::gTagsMXF.item(1294); }
+const TagItem& detail::TagItemCatalogue19::itemMXFEncryptedContainerLabel() { return detail::gTagsMXF.item(1295); }
+const TagItem& detail::TagItemCatalogue19::itemMXFCryptographicFrameworkLabel() { return detail::gTagsMXF.item(1296); }
 
 }  // namespace lorvane

@@ -6,6 +6,8 @@
 namespace lorvane {
 namespace {
 
+using enum detail::TagFlag;
+
 constexpr char kText[] =
     "VideoCodecID" "AudioCodecID" "CodecID" "Block" "BlockVirtual" "SimpleBlock" "CodecState"
     "BlockAdditional" "EncryptedBlock" "AudioSampleRate" "Void" "ContentCompressionSettings"
@@ -1358,172 +1360,172 @@ constexpr char kText[] =
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMatroska[] = {
-    {{0, 12}, TagType::string, 0, 0, 0, 0},  // VideoCodecID
-    {{12, 12}, TagType::string, 0, 0, 0, 0},  // AudioCodecID
-    {{24, 7}, TagType::string, 0, 0, 0, 0},  // CodecID
-    {{31, 5}, TagType::string, 0, 0, 0, 0},  // Block
-    {{36, 12}, TagType::string, 0, 0, 0, 0},  // BlockVirtual
-    {{48, 11}, TagType::string, 0, 0, 0, 0},  // SimpleBlock
-    {{59, 10}, TagType::string, 8, 0, 0, 0},  // CodecState
-    {{69, 15}, TagType::string, 0, 0, 0, 0},  // BlockAdditional
-    {{84, 14}, TagType::string, 0, 0, 0, 0},  // EncryptedBlock
-    {{98, 15}, TagType::float_, 0, 0, 0, 0},  // AudioSampleRate
-    {{113, 4}, TagType::string, 0, 0, 0, 0},  // Void
-    {{117, 26}, TagType::string, 8, 0, 0, 0},  // ContentCompressionSettings
-    {{143, 7}, TagType::string, 0, 0, 0, 0},  // DocType
-    {{150, 15}, TagType::string, 0, 0, 0, 0},  // ChapterLanguage
-    {{165, 14}, TagType::string, 0, 0, 0, 0},  // ChapterCountry
-    {{179, 13}, TagType::string, 8, 0, 0, 0},  // SegmentFamily
-    {{192, 16}, TagType::date, 0, 0, 0, 0},  // DateTimeOriginal
-    {{208, 16}, TagType::string, 0, 0, 0, 0},  // TagLanguageBCP47
-    {{224, 9}, TagType::string, 8, 0, 0, 0},  // TagBinary
-    {{233, 8}, TagType::float_, 0, 0, 0, 0},  // Duration
-    {{241, 21}, TagType::string, 8, 0, 0, 0},  // ChapterProcessPrivate
-    {{262, 10}, TagType::string, 0, 0, 0, 0},  // EditionUID
-    {{272, 16}, TagType::string, 8, 0, 0, 0},  // AttachedFileData
-    {{288, 20}, TagType::string, 0, 0, 0, 0},  // AttachedFileMIMEType
-    {{308, 20}, TagType::string, 8, 0, 0, 0},  // AttachedFileReferral
-    {{328, 15}, TagType::string, 0, 0, 0, 0},  // AttachedFileUID
-    {{343, 22}, TagType::string, 8, 0, 0, 0},  // ContentEncryptionKeyID
-    {{365, 16}, TagType::string, 8, 0, 0, 0},  // ContentSignature
-    {{381, 21}, TagType::string, 8, 0, 0, 0},  // ContentSignatureKeyID
-    {{402, 6}, TagType::string, 8, 0, 0, 0},  // SeekID
-    {{408, 12}, TagType::string, 8, 0, 0, 0},  // CodecPrivate
-    {{420, 13}, TagType::string, 0, 0, 0, 0},  // TagChapterUID
-    {{433, 11}, TagType::string, 0, 0, 0, 0},  // TagTrackUID
-    {{444, 16}, TagType::string, 0, 0, 0, 0},  // TagAttachmentUID
-    {{460, 13}, TagType::string, 0, 0, 0, 0},  // TagEditionUID
-    {{473, 10}, TagType::string, 0, 0, 0, 0},  // TargetType
-    {{483, 13}, TagType::string, 8, 0, 0, 0},  // SignedElement
-    {{496, 21}, TagType::string, 8, 0, 0, 0},  // TrackTranslateTrackID
-    {{517, 24}, TagType::string, 0, 0, 0, 0},  // TrackTranslateEditionUID
-    {{541, 18}, TagType::string, 8, 0, 0, 0},  // ChapterProcessData
-    {{559, 18}, TagType::string, 8, 0, 0, 0},  // ChapterTranslateID
-    {{577, 26}, TagType::string, 0, 0, 0, 0},  // ChapterTranslateEditionUID
-    {{603, 17}, TagType::string, 0, 0, 0, 0},  // ChapterSegmentUID
-    {{620, 24}, TagType::string, 0, 0, 0, 0},  // ChapterSegmentEditionUID
-    {{644, 10}, TagType::string, 0, 0, 0, 0},  // SegmentUID
-    {{654, 10}, TagType::string, 0, 0, 0, 0},  // ChapterUID
-    {{664, 8}, TagType::string, 0, 0, 0, 0},  // TrackUID
-    {{672, 18}, TagType::string, 0, 0, 0, 0},  // TrackAttachmentUID
-    {{690, 21}, TagType::float_, 0, 0, 0, 0},  // OutputAudioSampleRate
-    {{711, 16}, TagType::string, 8, 0, 0, 0},  // ChannelPositions
-    {{727, 18}, TagType::string, 8, 0, 0, 0},  // SignaturePublicKey
-    {{745, 9}, TagType::string, 8, 0, 0, 0},  // Signature
-    {{754, 13}, TagType::string, 0, 0, 0, 0},  // TrackLanguage
-    {{767, 17}, TagType::string, 0, 0, 0, 0},  // TrackLanguageIETF
-    {{784, 18}, TagType::float_, 0, 0, 0, 0},  // TrackTimecodeScale
-    {{802, 9}, TagType::float_, 0, 0, 0, 0},  // FrameRate
-    {{811, 16}, TagType::string, 0, 0, 0, 0},  // CodecDownloadURL
-    {{827, 10}, TagType::string, 8, 0, 0, 0},  // ColorSpace
-    {{837, 5}, TagType::float_, 0, 0, 0, 0},  // Gamma
-    {{842, 12}, TagType::string, 0, 0, 0, 0},  // CodecInfoURL
-    {{854, 7}, TagType::string, 0, 0, 0, 0},  // PrevUID
-    {{861, 7}, TagType::string, 0, 0, 0, 0},  // NextUID
-    {{868, 17}, TagType::string, 8, 0, 0, 0},  // ProjectionPrivate
-    {{885, 17}, TagType::float_, 0, 0, 0, 0},  // ProjectionPoseYaw
-    {{902, 19}, TagType::float_, 0, 0, 0, 0},  // ProjectionPosePitch
-    {{921, 18}, TagType::float_, 0, 0, 0, 0},  // ProjectionPoseRoll
-    {{939, 13}, TagType::string, 0, 0, 0, 0},  // Accompaniment
-    {{952, 5}, TagType::string, 0, 0, 0, 0},  // Actor
-    {{957, 7}, TagType::string, 0, 0, 0, 0},  // Address
-    {{964, 8}, TagType::string, 0, 0, 0, 0},  // Arranger
-    {{972, 6}, TagType::string, 0, 0, 0, 0},  // Artist
-    {{978, 11}, TagType::string, 0, 0, 0, 0},  // ArtDirector
-    {{989, 17}, TagType::string, 0, 0, 0, 0},  // AssistantDirector
-    {{1006, 7}, TagType::string, 0, 0, 0, 0},  // Barcode
-    {{1013, 3}, TagType::string, 0, 0, 0, 0},  // BPM
-    {{1016, 3}, TagType::string, 0, 0, 0, 0},  // BPS
-    {{1019, 13}, TagType::string, 0, 0, 0, 0},  // CatalogNumber
-    {{1032, 9}, TagType::string, 0, 0, 0, 0},  // Character
-    {{1041, 12}, TagType::string, 0, 0, 0, 0},  // Choregrapher
-    {{1053, 7}, TagType::string, 0, 0, 0, 0},  // Comment
-    {{1060, 8}, TagType::string, 0, 0, 0, 0},  // Composer
-    {{1068, 19}, TagType::string, 0, 0, 0, 0},  // ComposerNationality
-    {{1087, 19}, TagType::string, 0, 0, 0, 0},  // CompositionLocation
-    {{1106, 9}, TagType::string, 0, 0, 0, 0},  // Conductor
-    {{1115, 11}, TagType::string, 0, 0, 0, 0},  // ContentType
-    {{1126, 10}, TagType::string, 0, 0, 0, 0},  // Coproducer
-    {{1136, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
-    {{1145, 15}, TagType::string, 0, 0, 0, 0},  // CostumeDesigner
-    {{1160, 7}, TagType::string, 0, 0, 0, 0},  // Country
-    {{1167, 10}, TagType::string, 0, 0, 0, 0},  // CreateDate
-    {{1177, 11}, TagType::string, 0, 0, 0, 0},  // DateEncoded
-    {{1188, 13}, TagType::string, 0, 0, 0, 0},  // DatePurchased
-    {{1201, 12}, TagType::string, 0, 0, 0, 0},  // DateReleased
-    {{1213, 10}, TagType::string, 0, 0, 0, 0},  // DateTagged
-    {{1223, 11}, TagType::string, 0, 0, 0, 0},  // DateWritten
-    {{1234, 11}, TagType::string, 0, 0, 0, 0},  // Description
-    {{1245, 8}, TagType::string, 0, 0, 0, 0},  // Director
-    {{1253, 21}, TagType::string, 0, 0, 0, 0},  // DirectorOfPhotography
-    {{1274, 13}, TagType::string, 0, 0, 0, 0},  // DistributedBy
-    {{1287, 8}, TagType::string, 0, 0, 0, 0},  // EditedBy
-    {{1295, 5}, TagType::string, 0, 0, 0, 0},  // Email
-    {{1300, 9}, TagType::string, 0, 0, 0, 0},  // EncodedBy
-    {{1309, 7}, TagType::string, 0, 0, 0, 0},  // Encoder
-    {{1316, 15}, TagType::string, 0, 0, 0, 0},  // EncoderSettings
-    {{1331, 17}, TagType::string, 0, 0, 0, 0},  // ExecutiveProducer
-    {{1348, 3}, TagType::string, 0, 0, 0, 0},  // FAX
-    {{1351, 3}, TagType::string, 0, 0, 0, 0},  // FPS
-    {{1354, 5}, TagType::string, 0, 0, 0, 0},  // Genre
-    {{1359, 4}, TagType::string, 0, 0, 0, 0},  // IMDB
-    {{1363, 10}, TagType::string, 0, 0, 0, 0},  // InitialKey
-    {{1373, 11}, TagType::string, 0, 0, 0, 0},  // Instruments
-    {{1384, 4}, TagType::string, 0, 0, 0, 0},  // ISBN
-    {{1388, 4}, TagType::string, 0, 0, 0, 0},  // ISRC
-    {{1392, 8}, TagType::string, 0, 0, 0, 0},  // Keywords
-    {{1400, 5}, TagType::string, 0, 0, 0, 0},  // Label
-    {{1405, 9}, TagType::string, 0, 0, 0, 0},  // LabelCode
-    {{1414, 9}, TagType::string, 0, 0, 0, 0},  // LawRating
-    {{1423, 4}, TagType::string, 0, 0, 0, 0},  // Lccn
-    {{1427, 13}, TagType::string, 0, 0, 0, 0},  // LeadPerformer
-    {{1440, 7}, TagType::string, 0, 0, 0, 0},  // License
-    {{1447, 8}, TagType::string, 0, 0, 0, 0},  // Lyricist
-    {{1455, 6}, TagType::string, 0, 0, 0, 0},  // Lyrics
-    {{1461, 10}, TagType::string, 0, 0, 0, 0},  // MasteredBy
-    {{1471, 4}, TagType::string, 0, 0, 0, 0},  // MCDI
-    {{1475, 7}, TagType::string, 0, 0, 0, 0},  // Measure
-    {{1482, 7}, TagType::string, 0, 0, 0, 0},  // MixedBy
-    {{1489, 4}, TagType::string, 0, 0, 0, 0},  // Mood
-    {{1493, 8}, TagType::string, 0, 0, 0, 0},  // Original
-    {{1501, 17}, TagType::string, 0, 0, 0, 0},  // OriginalMediaType
-    {{1518, 10}, TagType::string, 0, 0, 0, 0},  // PartNumber
-    {{1528, 10}, TagType::string, 0, 0, 0, 0},  // PartOffset
-    {{1538, 6}, TagType::string, 0, 0, 0, 0},  // Period
-    {{1544, 5}, TagType::string, 0, 0, 0, 0},  // Phone
-    {{1549, 11}, TagType::string, 0, 0, 0, 0},  // PlayCounter
-    {{1560, 8}, TagType::string, 0, 0, 0, 0},  // Producer
-    {{1568, 19}, TagType::string, 0, 0, 0, 0},  // ProductionCopyright
-    {{1587, 18}, TagType::string, 0, 0, 0, 0},  // ProductionDesigner
-    {{1605, 16}, TagType::string, 0, 0, 0, 0},  // ProductionStudio
-    {{1621, 9}, TagType::string, 0, 0, 0, 0},  // Publisher
-    {{1630, 16}, TagType::string, 0, 0, 0, 0},  // PurchaseCurrency
-    {{1646, 12}, TagType::string, 0, 0, 0, 0},  // PurchaseInfo
-    {{1658, 12}, TagType::string, 0, 0, 0, 0},  // PurchaseItem
-    {{1670, 13}, TagType::string, 0, 0, 0, 0},  // PurchaseOwner
-    {{1683, 13}, TagType::string, 0, 0, 0, 0},  // PurchasePrice
-    {{1696, 6}, TagType::string, 0, 0, 0, 0},  // Rating
-    {{1702, 17}, TagType::string, 0, 0, 0, 0},  // RecordingLocation
-    {{1719, 9}, TagType::string, 0, 0, 0, 0},  // RemixedBy
-    {{1728, 14}, TagType::string, 0, 0, 0, 0},  // ReplaygainGain
-    {{1742, 14}, TagType::string, 0, 0, 0, 0},  // ReplaygainPeak
-    {{1756, 6}, TagType::string, 0, 0, 0, 0},  // Sample
-    {{1762, 12}, TagType::string, 0, 0, 0, 0},  // ScreenplayBy
-    {{1774, 8}, TagType::string, 0, 0, 0, 0},  // SortWith
-    {{1782, 13}, TagType::string, 0, 0, 0, 0},  // SoundEngineer
-    {{1795, 7}, TagType::string, 0, 0, 0, 0},  // Subject
-    {{1802, 8}, TagType::string, 0, 0, 0, 0},  // Subtitle
-    {{1810, 7}, TagType::string, 0, 0, 0, 0},  // Summary
-    {{1817, 8}, TagType::string, 0, 0, 0, 0},  // Synopsis
-    {{1825, 10}, TagType::string, 0, 0, 0, 0},  // TermsOfUse
-    {{1835, 8}, TagType::string, 0, 0, 0, 0},  // ThanksTo
-    {{1843, 5}, TagType::string, 0, 0, 0, 0},  // Title
-    {{1848, 4}, TagType::string, 0, 0, 0, 0},  // TMDB
-    {{1852, 10}, TagType::string, 0, 0, 0, 0},  // TotalParts
-    {{1862, 6}, TagType::string, 0, 0, 0, 0},  // Tuning
-    {{1868, 4}, TagType::string, 0, 0, 0, 0},  // TVDB
-    {{1872, 3}, TagType::string, 0, 0, 0, 0},  // URL
-    {{1875, 9}, TagType::string, 0, 0, 0, 0},  // WrittenBy
+    {{0, 12}, TagType::string, none, 0, 0, 0},  // VideoCodecID
+    {{12, 12}, TagType::string, none, 0, 0, 0},  // AudioCodecID
+    {{24, 7}, TagType::string, none, 0, 0, 0},  // CodecID
+    {{31, 5}, TagType::string, none, 0, 0, 0},  // Block
+    {{36, 12}, TagType::string, none, 0, 0, 0},  // BlockVirtual
+    {{48, 11}, TagType::string, none, 0, 0, 0},  // SimpleBlock
+    {{59, 10}, TagType::string, binary, 0, 0, 0},  // CodecState
+    {{69, 15}, TagType::string, none, 0, 0, 0},  // BlockAdditional
+    {{84, 14}, TagType::string, none, 0, 0, 0},  // EncryptedBlock
+    {{98, 15}, TagType::float_, none, 0, 0, 0},  // AudioSampleRate
+    {{113, 4}, TagType::string, none, 0, 0, 0},  // Void
+    {{117, 26}, TagType::string, binary, 0, 0, 0},  // ContentCompressionSettings
+    {{143, 7}, TagType::string, none, 0, 0, 0},  // DocType
+    {{150, 15}, TagType::string, none, 0, 0, 0},  // ChapterLanguage
+    {{165, 14}, TagType::string, none, 0, 0, 0},  // ChapterCountry
+    {{179, 13}, TagType::string, binary, 0, 0, 0},  // SegmentFamily
+    {{192, 16}, TagType::date, none, 0, 0, 0},  // DateTimeOriginal
+    {{208, 16}, TagType::string, none, 0, 0, 0},  // TagLanguageBCP47
+    {{224, 9}, TagType::string, binary, 0, 0, 0},  // TagBinary
+    {{233, 8}, TagType::float_, none, 0, 0, 0},  // Duration
+    {{241, 21}, TagType::string, binary, 0, 0, 0},  // ChapterProcessPrivate
+    {{262, 10}, TagType::string, none, 0, 0, 0},  // EditionUID
+    {{272, 16}, TagType::string, binary, 0, 0, 0},  // AttachedFileData
+    {{288, 20}, TagType::string, none, 0, 0, 0},  // AttachedFileMIMEType
+    {{308, 20}, TagType::string, binary, 0, 0, 0},  // AttachedFileReferral
+    {{328, 15}, TagType::string, none, 0, 0, 0},  // AttachedFileUID
+    {{343, 22}, TagType::string, binary, 0, 0, 0},  // ContentEncryptionKeyID
+    {{365, 16}, TagType::string, binary, 0, 0, 0},  // ContentSignature
+    {{381, 21}, TagType::string, binary, 0, 0, 0},  // ContentSignatureKeyID
+    {{402, 6}, TagType::string, binary, 0, 0, 0},  // SeekID
+    {{408, 12}, TagType::string, binary, 0, 0, 0},  // CodecPrivate
+    {{420, 13}, TagType::string, none, 0, 0, 0},  // TagChapterUID
+    {{433, 11}, TagType::string, none, 0, 0, 0},  // TagTrackUID
+    {{444, 16}, TagType::string, none, 0, 0, 0},  // TagAttachmentUID
+    {{460, 13}, TagType::string, none, 0, 0, 0},  // TagEditionUID
+    {{473, 10}, TagType::string, none, 0, 0, 0},  // TargetType
+    {{483, 13}, TagType::string, binary, 0, 0, 0},  // SignedElement
+    {{496, 21}, TagType::string, binary, 0, 0, 0},  // TrackTranslateTrackID
+    {{517, 24}, TagType::string, none, 0, 0, 0},  // TrackTranslateEditionUID
+    {{541, 18}, TagType::string, binary, 0, 0, 0},  // ChapterProcessData
+    {{559, 18}, TagType::string, binary, 0, 0, 0},  // ChapterTranslateID
+    {{577, 26}, TagType::string, none, 0, 0, 0},  // ChapterTranslateEditionUID
+    {{603, 17}, TagType::string, none, 0, 0, 0},  // ChapterSegmentUID
+    {{620, 24}, TagType::string, none, 0, 0, 0},  // ChapterSegmentEditionUID
+    {{644, 10}, TagType::string, none, 0, 0, 0},  // SegmentUID
+    {{654, 10}, TagType::string, none, 0, 0, 0},  // ChapterUID
+    {{664, 8}, TagType::string, none, 0, 0, 0},  // TrackUID
+    {{672, 18}, TagType::string, none, 0, 0, 0},  // TrackAttachmentUID
+    {{690, 21}, TagType::float_, none, 0, 0, 0},  // OutputAudioSampleRate
+    {{711, 16}, TagType::string, binary, 0, 0, 0},  // ChannelPositions
+    {{727, 18}, TagType::string, binary, 0, 0, 0},  // SignaturePublicKey
+    {{745, 9}, TagType::string, binary, 0, 0, 0},  // Signature
+    {{754, 13}, TagType::string, none, 0, 0, 0},  // TrackLanguage
+    {{767, 17}, TagType::string, none, 0, 0, 0},  // TrackLanguageIETF
+    {{784, 18}, TagType::float_, none, 0, 0, 0},  // TrackTimecodeScale
+    {{802, 9}, TagType::float_, none, 0, 0, 0},  // FrameRate
+    {{811, 16}, TagType::string, none, 0, 0, 0},  // CodecDownloadURL
+    {{827, 10}, TagType::string, binary, 0, 0, 0},  // ColorSpace
+    {{837, 5}, TagType::float_, none, 0, 0, 0},  // Gamma
+    {{842, 12}, TagType::string, none, 0, 0, 0},  // CodecInfoURL
+    {{854, 7}, TagType::string, none, 0, 0, 0},  // PrevUID
+    {{861, 7}, TagType::string, none, 0, 0, 0},  // NextUID
+    {{868, 17}, TagType::string, binary, 0, 0, 0},  // ProjectionPrivate
+    {{885, 17}, TagType::float_, none, 0, 0, 0},  // ProjectionPoseYaw
+    {{902, 19}, TagType::float_, none, 0, 0, 0},  // ProjectionPosePitch
+    {{921, 18}, TagType::float_, none, 0, 0, 0},  // ProjectionPoseRoll
+    {{939, 13}, TagType::string, none, 0, 0, 0},  // Accompaniment
+    {{952, 5}, TagType::string, none, 0, 0, 0},  // Actor
+    {{957, 7}, TagType::string, none, 0, 0, 0},  // Address
+    {{964, 8}, TagType::string, none, 0, 0, 0},  // Arranger
+    {{972, 6}, TagType::string, none, 0, 0, 0},  // Artist
+    {{978, 11}, TagType::string, none, 0, 0, 0},  // ArtDirector
+    {{989, 17}, TagType::string, none, 0, 0, 0},  // AssistantDirector
+    {{1006, 7}, TagType::string, none, 0, 0, 0},  // Barcode
+    {{1013, 3}, TagType::string, none, 0, 0, 0},  // BPM
+    {{1016, 3}, TagType::string, none, 0, 0, 0},  // BPS
+    {{1019, 13}, TagType::string, none, 0, 0, 0},  // CatalogNumber
+    {{1032, 9}, TagType::string, none, 0, 0, 0},  // Character
+    {{1041, 12}, TagType::string, none, 0, 0, 0},  // Choregrapher
+    {{1053, 7}, TagType::string, none, 0, 0, 0},  // Comment
+    {{1060, 8}, TagType::string, none, 0, 0, 0},  // Composer
+    {{1068, 19}, TagType::string, none, 0, 0, 0},  // ComposerNationality
+    {{1087, 19}, TagType::string, none, 0, 0, 0},  // CompositionLocation
+    {{1106, 9}, TagType::string, none, 0, 0, 0},  // Conductor
+    {{1115, 11}, TagType::string, none, 0, 0, 0},  // ContentType
+    {{1126, 10}, TagType::string, none, 0, 0, 0},  // Coproducer
+    {{1136, 9}, TagType::string, none, 0, 0, 0},  // Copyright
+    {{1145, 15}, TagType::string, none, 0, 0, 0},  // CostumeDesigner
+    {{1160, 7}, TagType::string, none, 0, 0, 0},  // Country
+    {{1167, 10}, TagType::string, none, 0, 0, 0},  // CreateDate
+    {{1177, 11}, TagType::string, none, 0, 0, 0},  // DateEncoded
+    {{1188, 13}, TagType::string, none, 0, 0, 0},  // DatePurchased
+    {{1201, 12}, TagType::string, none, 0, 0, 0},  // DateReleased
+    {{1213, 10}, TagType::string, none, 0, 0, 0},  // DateTagged
+    {{1223, 11}, TagType::string, none, 0, 0, 0},  // DateWritten
+    {{1234, 11}, TagType::string, none, 0, 0, 0},  // Description
+    {{1245, 8}, TagType::string, none, 0, 0, 0},  // Director
+    {{1253, 21}, TagType::string, none, 0, 0, 0},  // DirectorOfPhotography
+    {{1274, 13}, TagType::string, none, 0, 0, 0},  // DistributedBy
+    {{1287, 8}, TagType::string, none, 0, 0, 0},  // EditedBy
+    {{1295, 5}, TagType::string, none, 0, 0, 0},  // Email
+    {{1300, 9}, TagType::string, none, 0, 0, 0},  // EncodedBy
+    {{1309, 7}, TagType::string, none, 0, 0, 0},  // Encoder
+    {{1316, 15}, TagType::string, none, 0, 0, 0},  // EncoderSettings
+    {{1331, 17}, TagType::string, none, 0, 0, 0},  // ExecutiveProducer
+    {{1348, 3}, TagType::string, none, 0, 0, 0},  // FAX
+    {{1351, 3}, TagType::string, none, 0, 0, 0},  // FPS
+    {{1354, 5}, TagType::string, none, 0, 0, 0},  // Genre
+    {{1359, 4}, TagType::string, none, 0, 0, 0},  // IMDB
+    {{1363, 10}, TagType::string, none, 0, 0, 0},  // InitialKey
+    {{1373, 11}, TagType::string, none, 0, 0, 0},  // Instruments
+    {{1384, 4}, TagType::string, none, 0, 0, 0},  // ISBN
+    {{1388, 4}, TagType::string, none, 0, 0, 0},  // ISRC
+    {{1392, 8}, TagType::string, none, 0, 0, 0},  // Keywords
+    {{1400, 5}, TagType::string, none, 0, 0, 0},  // Label
+    {{1405, 9}, TagType::string, none, 0, 0, 0},  // LabelCode
+    {{1414, 9}, TagType::string, none, 0, 0, 0},  // LawRating
+    {{1423, 4}, TagType::string, none, 0, 0, 0},  // Lccn
+    {{1427, 13}, TagType::string, none, 0, 0, 0},  // LeadPerformer
+    {{1440, 7}, TagType::string, none, 0, 0, 0},  // License
+    {{1447, 8}, TagType::string, none, 0, 0, 0},  // Lyricist
+    {{1455, 6}, TagType::string, none, 0, 0, 0},  // Lyrics
+    {{1461, 10}, TagType::string, none, 0, 0, 0},  // MasteredBy
+    {{1471, 4}, TagType::string, none, 0, 0, 0},  // MCDI
+    {{1475, 7}, TagType::string, none, 0, 0, 0},  // Measure
+    {{1482, 7}, TagType::string, none, 0, 0, 0},  // MixedBy
+    {{1489, 4}, TagType::string, none, 0, 0, 0},  // Mood
+    {{1493, 8}, TagType::string, none, 0, 0, 0},  // Original
+    {{1501, 17}, TagType::string, none, 0, 0, 0},  // OriginalMediaType
+    {{1518, 10}, TagType::string, none, 0, 0, 0},  // PartNumber
+    {{1528, 10}, TagType::string, none, 0, 0, 0},  // PartOffset
+    {{1538, 6}, TagType::string, none, 0, 0, 0},  // Period
+    {{1544, 5}, TagType::string, none, 0, 0, 0},  // Phone
+    {{1549, 11}, TagType::string, none, 0, 0, 0},  // PlayCounter
+    {{1560, 8}, TagType::string, none, 0, 0, 0},  // Producer
+    {{1568, 19}, TagType::string, none, 0, 0, 0},  // ProductionCopyright
+    {{1587, 18}, TagType::string, none, 0, 0, 0},  // ProductionDesigner
+    {{1605, 16}, TagType::string, none, 0, 0, 0},  // ProductionStudio
+    {{1621, 9}, TagType::string, none, 0, 0, 0},  // Publisher
+    {{1630, 16}, TagType::string, none, 0, 0, 0},  // PurchaseCurrency
+    {{1646, 12}, TagType::string, none, 0, 0, 0},  // PurchaseInfo
+    {{1658, 12}, TagType::string, none, 0, 0, 0},  // PurchaseItem
+    {{1670, 13}, TagType::string, none, 0, 0, 0},  // PurchaseOwner
+    {{1683, 13}, TagType::string, none, 0, 0, 0},  // PurchasePrice
+    {{1696, 6}, TagType::string, none, 0, 0, 0},  // Rating
+    {{1702, 17}, TagType::string, none, 0, 0, 0},  // RecordingLocation
+    {{1719, 9}, TagType::string, none, 0, 0, 0},  // RemixedBy
+    {{1728, 14}, TagType::string, none, 0, 0, 0},  // ReplaygainGain
+    {{1742, 14}, TagType::string, none, 0, 0, 0},  // ReplaygainPeak
+    {{1756, 6}, TagType::string, none, 0, 0, 0},  // Sample
+    {{1762, 12}, TagType::string, none, 0, 0, 0},  // ScreenplayBy
+    {{1774, 8}, TagType::string, none, 0, 0, 0},  // SortWith
+    {{1782, 13}, TagType::string, none, 0, 0, 0},  // SoundEngineer
+    {{1795, 7}, TagType::string, none, 0, 0, 0},  // Subject
+    {{1802, 8}, TagType::string, none, 0, 0, 0},  // Subtitle
+    {{1810, 7}, TagType::string, none, 0, 0, 0},  // Summary
+    {{1817, 8}, TagType::string, none, 0, 0, 0},  // Synopsis
+    {{1825, 10}, TagType::string, none, 0, 0, 0},  // TermsOfUse
+    {{1835, 8}, TagType::string, none, 0, 0, 0},  // ThanksTo
+    {{1843, 5}, TagType::string, none, 0, 0, 0},  // Title
+    {{1848, 4}, TagType::string, none, 0, 0, 0},  // TMDB
+    {{1852, 10}, TagType::string, none, 0, 0, 0},  // TotalParts
+    {{1862, 6}, TagType::string, none, 0, 0, 0},  // Tuning
+    {{1868, 4}, TagType::string, none, 0, 0, 0},  // TVDB
+    {{1872, 3}, TagType::string, none, 0, 0, 0},  // URL
+    {{1875, 9}, TagType::string, none, 0, 0, 0},  // WrittenBy
 };
 constexpr detail::StringRow kStringsEnglishMatroska[] = {
     {{1884, 22}, {939, 13}},
@@ -1840,62 +1842,61 @@ constexpr std::uint16_t kKeyOrderMatroska[] = {
     161, 47, 52, 53, 54, 38, 37, 46, 162, 164, 0, 10, 165,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsMatroska[166];
-constinit detail::StreamTags gTagsMatroska("Matroska", kText, kTagsMatroska, kKeyOrderMatroska, {}, gItemsMatroska, &TagStringsCatalogue::stringsMatroska);
 
 // Meta: 50 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMeta[] = {
-    {{8524, 14}, TagType::string, 0, 0, 0, 0},  // BordersVersion
-    {{8538, 10}, TagType::string, 0, 0, 0, 0},  // BorderName
-    {{8548, 8}, TagType::string, 0, 0, 0, 0},  // BorderID
-    {{8556, 14}, TagType::string, 0, 0, 0, 0},  // BorderLocation
-    {{8570, 10}, TagType::string, 0, 0, 0, 0},  // BorderType
-    {{8580, 13}, TagType::string, 0, 0, 0, 0},  // WatermarkType
-    {{8593, 15}, TagType::string, 0, 0, 0, 0},  // FilmProductCode
-    {{8608, 13}, TagType::string, 0, 0, 0, 0},  // ImageSourceEK
-    {{8621, 20}, TagType::string, 0, 0, 0, 0},  // CaptureConditionsPAR
-    {{8641, 11}, TagType::string, 2, 0, 0, 0},  // CameraOwner
-    {{8652, 12}, TagType::string, 2, 0, 0, 0},  // SerialNumber
-    {{8664, 20}, TagType::string, 0, 0, 0, 0},  // UserSelectGroupTitle
-    {{8684, 14}, TagType::string, 0, 0, 0, 0},  // DealerIDNumber
-    {{8698, 16}, TagType::string, 0, 0, 0, 0},  // CaptureDeviceFID
-    {{8714, 14}, TagType::string, 0, 0, 0, 0},  // EnvelopeNumber
-    {{8728, 11}, TagType::string, 0, 0, 0, 0},  // FrameNumber
-    {{8739, 12}, TagType::string, 0, 0, 0, 0},  // FilmCategory
-    {{8751, 11}, TagType::string, 0, 0, 0, 0},  // FilmGencode
-    {{8762, 15}, TagType::string, 0, 0, 0, 0},  // ModelAndVersion
-    {{8777, 8}, TagType::string, 0, 0, 0, 0},  // FilmSize
-    {{8785, 13}, TagType::string, 0, 0, 0, 0},  // SBA_RGBShifts
-    {{8798, 23}, TagType::string, 0, 0, 0, 0},  // SBAInputImageColorspace
-    {{8821, 21}, TagType::string, 0, 0, 0, 0},  // SBAInputImageBitDepth
-    {{8842, 17}, TagType::string, 8, 0, 0, 0},  // SBAExposureRecord
-    {{8859, 20}, TagType::string, 8, 0, 0, 0},  // UserAdjSBA_RGBShifts
-    {{8879, 19}, TagType::string, 0, 0, 0, 0},  // ImageRotationStatus
-    {{8898, 16}, TagType::string, 0, 0, 0, 0},  // RollGuidElements
-    {{8914, 14}, TagType::string, 0, 0, 0, 0},  // MetadataNumber
-    {{8928, 12}, TagType::string, 0, 0, 0, 0},  // EditTagArray
-    {{8940, 13}, TagType::string, 0, 0, 0, 0},  // Magnification
-    {{8953, 17}, TagType::string, 0, 0, 0, 0},  // NativeXResolution
-    {{8970, 17}, TagType::string, 0, 0, 0, 0},  // NativeYResolution
-    {{8987, 20}, TagType::string, 0, 0, 0, 0},  // NativeResolutionUnit
-    {{9007, 20}, TagType::string, 0, 0, 0, 0},  // SourceImageDirectory
-    {{9027, 19}, TagType::string, 0, 0, 0, 0},  // SourceImageFileName
-    {{9046, 21}, TagType::string, 0, 0, 0, 0},  // SourceImageVolumeName
-    {{9067, 12}, TagType::string, 0, 0, 0, 0},  // PrintQuality
-    {{9079, 16}, TagType::string, 0, 0, 0, 0},  // ImagePrintStatus
-    {{9095, 21}, TagType::string, 0, 0, 0, 0},  // DigitalEffectsVersion
-    {{9116, 18}, TagType::string, 0, 0, 0, 0},  // DigitalEffectsName
-    {{9134, 18}, TagType::string, 0, 0, 0, 0},  // DigitalEffectsType
-    {{9152, 9}, TagType::string, 8, 0, 0, 0},  // BinaryXML
-    {{9161, 4}, TagType::string, 8, 0, 0, 0},  // Free
-    {{9165, 13}, TagType::int16u, 0, 0, 0, 0},  // VesperineSize
-    {{9178, 12}, TagType::string, 0, 0, 0, 0},  // ItemLocation
-    {{9190, 11}, TagType::string, 8, 0, 0, 0},  // IPMPControl
-    {{9201, 14}, TagType::string, 8, 0, 0, 0},  // ItemProtection
-    {{9215, 20}, TagType::string, 0, 0, 0, 0},  // PrimaryItemReference
-    {{9235, 11}, TagType::string, 0, 0, 0, 0},  // MetaVersion
-    {{9246, 12}, TagType::string, 0, 0, 0, 0},  // UUID-Unknown
+    {{8524, 14}, TagType::string, none, 0, 0, 0},  // BordersVersion
+    {{8538, 10}, TagType::string, none, 0, 0, 0},  // BorderName
+    {{8548, 8}, TagType::string, none, 0, 0, 0},  // BorderID
+    {{8556, 14}, TagType::string, none, 0, 0, 0},  // BorderLocation
+    {{8570, 10}, TagType::string, none, 0, 0, 0},  // BorderType
+    {{8580, 13}, TagType::string, none, 0, 0, 0},  // WatermarkType
+    {{8593, 15}, TagType::string, none, 0, 0, 0},  // FilmProductCode
+    {{8608, 13}, TagType::string, none, 0, 0, 0},  // ImageSourceEK
+    {{8621, 20}, TagType::string, none, 0, 0, 0},  // CaptureConditionsPAR
+    {{8641, 11}, TagType::string, writable, 0, 0, 0},  // CameraOwner
+    {{8652, 12}, TagType::string, writable, 0, 0, 0},  // SerialNumber
+    {{8664, 20}, TagType::string, none, 0, 0, 0},  // UserSelectGroupTitle
+    {{8684, 14}, TagType::string, none, 0, 0, 0},  // DealerIDNumber
+    {{8698, 16}, TagType::string, none, 0, 0, 0},  // CaptureDeviceFID
+    {{8714, 14}, TagType::string, none, 0, 0, 0},  // EnvelopeNumber
+    {{8728, 11}, TagType::string, none, 0, 0, 0},  // FrameNumber
+    {{8739, 12}, TagType::string, none, 0, 0, 0},  // FilmCategory
+    {{8751, 11}, TagType::string, none, 0, 0, 0},  // FilmGencode
+    {{8762, 15}, TagType::string, none, 0, 0, 0},  // ModelAndVersion
+    {{8777, 8}, TagType::string, none, 0, 0, 0},  // FilmSize
+    {{8785, 13}, TagType::string, none, 0, 0, 0},  // SBA_RGBShifts
+    {{8798, 23}, TagType::string, none, 0, 0, 0},  // SBAInputImageColorspace
+    {{8821, 21}, TagType::string, none, 0, 0, 0},  // SBAInputImageBitDepth
+    {{8842, 17}, TagType::string, binary, 0, 0, 0},  // SBAExposureRecord
+    {{8859, 20}, TagType::string, binary, 0, 0, 0},  // UserAdjSBA_RGBShifts
+    {{8879, 19}, TagType::string, none, 0, 0, 0},  // ImageRotationStatus
+    {{8898, 16}, TagType::string, none, 0, 0, 0},  // RollGuidElements
+    {{8914, 14}, TagType::string, none, 0, 0, 0},  // MetadataNumber
+    {{8928, 12}, TagType::string, none, 0, 0, 0},  // EditTagArray
+    {{8940, 13}, TagType::string, none, 0, 0, 0},  // Magnification
+    {{8953, 17}, TagType::string, none, 0, 0, 0},  // NativeXResolution
+    {{8970, 17}, TagType::string, none, 0, 0, 0},  // NativeYResolution
+    {{8987, 20}, TagType::string, none, 0, 0, 0},  // NativeResolutionUnit
+    {{9007, 20}, TagType::string, none, 0, 0, 0},  // SourceImageDirectory
+    {{9027, 19}, TagType::string, none, 0, 0, 0},  // SourceImageFileName
+    {{9046, 21}, TagType::string, none, 0, 0, 0},  // SourceImageVolumeName
+    {{9067, 12}, TagType::string, none, 0, 0, 0},  // PrintQuality
+    {{9079, 16}, TagType::string, none, 0, 0, 0},  // ImagePrintStatus
+    {{9095, 21}, TagType::string, none, 0, 0, 0},  // DigitalEffectsVersion
+    {{9116, 18}, TagType::string, none, 0, 0, 0},  // DigitalEffectsName
+    {{9134, 18}, TagType::string, none, 0, 0, 0},  // DigitalEffectsType
+    {{9152, 9}, TagType::string, binary, 0, 0, 0},  // BinaryXML
+    {{9161, 4}, TagType::string, binary, 0, 0, 0},  // Free
+    {{9165, 13}, TagType::int16u, none, 0, 0, 0},  // VesperineSize
+    {{9178, 12}, TagType::string, none, 0, 0, 0},  // ItemLocation
+    {{9190, 11}, TagType::string, binary, 0, 0, 0},  // IPMPControl
+    {{9201, 14}, TagType::string, binary, 0, 0, 0},  // ItemProtection
+    {{9215, 20}, TagType::string, none, 0, 0, 0},  // PrimaryItemReference
+    {{9235, 11}, TagType::string, none, 0, 0, 0},  // MetaVersion
+    {{9246, 12}, TagType::string, none, 0, 0, 0},  // UUID-Unknown
 };
 constexpr detail::StringRow kStringsEnglishMeta[] = {
     {{9258, 14}, {9272, 10}},
@@ -1986,422 +1987,421 @@ constexpr std::uint16_t kKeyOrderMeta[] = {
     46, 29, 48, 27, 18, 32, 30, 31, 47, 36, 26, 23, 22, 21, 20, 10, 33, 34, 35, 49, 24, 11, 43, 5,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsMeta[50];
-constinit detail::StreamTags gTagsMeta("Meta", kText, kTagsMeta, kKeyOrderMeta, {}, gItemsMeta, &TagStringsCatalogue::stringsMeta);
 
 // Microsoft: 410 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMicrosoft[] = {
-    {{11356, 22}, TagType::int32u, 2, 0, 0, 0},  // PanoramicStitchVersion
-    {{11378, 27}, TagType::int32u, 2, 0, 0, 4},  // PanoramicStitchCameraMotion
-    {{11405, 22}, TagType::int32u, 2, 0, 4, 5},  // PanoramicStitchMapType
-    {{11427, 21}, TagType::float_, 2, 0, 0, 0},  // PanoramicStitchTheta0
-    {{11448, 21}, TagType::float_, 2, 0, 0, 0},  // PanoramicStitchTheta1
-    {{11469, 19}, TagType::float_, 2, 0, 0, 0},  // PanoramicStitchPhi0
-    {{11488, 19}, TagType::float_, 2, 0, 0, 0},  // PanoramicStitchPhi1
-    {{11507, 8}, TagType::string, 0, 0, 0, 0},  // Abstract
-    {{11515, 15}, TagType::string, 0, 0, 0, 0},  // AcquisitionTime
-    {{11530, 18}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeDay
-    {{11548, 20}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeMonth
-    {{11568, 19}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeYear
-    {{11587, 24}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeYearMonth
-    {{11611, 27}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeYearMonthDay
-    {{11638, 20}, TagType::string, 0, 0, 0, 0},  // AlbumArtistSortOrder
-    {{11658, 7}, TagType::string, 0, 0, 0, 0},  // AlbumID
-    {{11665, 18}, TagType::string, 0, 0, 0, 0},  // AlbumIDAlbumArtist
-    {{11683, 19}, TagType::string, 0, 0, 0, 0},  // AlbumTitleSortOrder
-    {{11702, 18}, TagType::string, 0, 0, 0, 0},  // AlternateSourceURL
-    {{11720, 12}, TagType::string, 0, 0, 0, 0},  // AudioBitrate
-    {{11732, 11}, TagType::string, 0, 0, 0, 0},  // AudioFormat
-    {{11743, 6}, TagType::string, 0, 0, 0, 0},  // Author
-    {{11749, 15}, TagType::string, 0, 0, 0, 0},  // AuthorSortOrder
-    {{11764, 12}, TagType::string, 0, 0, 0, 0},  // AverageLevel
-    {{11776, 7}, TagType::string, 0, 0, 0, 0},  // Bitrate
-    {{11783, 6}, TagType::string, 0, 0, 0, 0},  // BuyNow
-    {{11789, 10}, TagType::string, 0, 0, 0, 0},  // BuyTickets
-    {{11799, 14}, TagType::string, 0, 0, 0, 0},  // CDTrackEnabled
-    {{11813, 11}, TagType::string, 0, 0, 0, 0},  // CallLetters
-    {{11824, 18}, TagType::string, 0, 0, 0, 0},  // CameraManufacturer
-    {{11842, 11}, TagType::string, 0, 0, 0, 0},  // CameraModel
-    {{11853, 8}, TagType::string, 0, 0, 0, 0},  // Channels
-    {{1053, 7}, TagType::string, 0, 0, 0, 0},  // Comment
-    {{11861, 26}, TagType::string, 0, 0, 0, 0},  // ContentDistributorDuration
-    {{1136, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
-    {{11887, 5}, TagType::string, 0, 0, 0, 0},  // Count
-    {{11892, 14}, TagType::string, 0, 0, 0, 0},  // CurrentBitrate
-    {{11906, 13}, TagType::string, 0, 0, 0, 0},  // DLNAServerUDN
-    {{11919, 13}, TagType::string, 0, 0, 0, 0},  // DLNASourceURI
-    {{11932, 24}, TagType::string, 0, 0, 0, 0},  // DRMIndividualizedVersion
-    {{11956, 8}, TagType::string, 0, 0, 0, 0},  // DRMKeyID
-    {{11964, 10}, TagType::string, 0, 0, 0, 0},  // DTCPIPHost
-    {{11974, 10}, TagType::string, 0, 0, 0, 0},  // DTCPIPPort
-    {{11984, 5}, TagType::string, 0, 0, 0, 0},  // DVDID
-    {{1234, 11}, TagType::string, 0, 0, 0, 0},  // Description
-    {{11989, 13}, TagType::string, 0, 0, 0, 0},  // DisplayArtist
-    {{233, 8}, TagType::string, 0, 0, 0, 0},  // Duration
-    {{12002, 5}, TagType::string, 0, 0, 0, 0},  // Event
-    {{12007, 8}, TagType::string, 0, 0, 0, 0},  // FileSize
-    {{12015, 8}, TagType::string, 0, 0, 0, 0},  // FileType
-    {{12023, 9}, TagType::string, 0, 0, 0, 0},  // FormatTag
-    {{12032, 6}, TagType::string, 0, 0, 0, 0},  // FourCC
-    {{802, 9}, TagType::string, 0, 0, 0, 0},  // FrameRate
-    {{12038, 9}, TagType::string, 0, 0, 0, 0},  // Frequency
-    {{12047, 13}, TagType::string, 0, 0, 0, 0},  // IsNetworkFeed
-    {{12060, 5}, TagType::string, 0, 0, 0, 0},  // IsVBR
-    {{12065, 11}, TagType::string, 0, 0, 0, 0},  // IsProtected
-    {{1427, 13}, TagType::string, 0, 0, 0, 0},  // LeadPerformer
-    {{12076, 9}, TagType::string, 0, 0, 0, 0},  // LibraryID
-    {{12085, 11}, TagType::string, 0, 0, 0, 0},  // LibraryName
-    {{12096, 8}, TagType::string, 0, 0, 0, 0},  // Location
-    {{12104, 17}, TagType::string, 0, 0, 0, 0},  // MediaContentTypes
-    {{12121, 9}, TagType::string, 0, 0, 0, 0},  // MediaType
-    {{12130, 10}, TagType::string, 0, 0, 0, 0},  // ModifiedBy
-    {{12140, 8}, TagType::string, 0, 0, 0, 0},  // MoreInfo
-    {{12148, 9}, TagType::string, 0, 0, 0, 0},  // PartOfSet
-    {{12157, 9}, TagType::string, 0, 0, 0, 0},  // PeakValue
-    {{12166, 17}, TagType::string, 0, 0, 0, 0},  // PixelAspectRatioX
-    {{12183, 17}, TagType::string, 0, 0, 0, 0},  // PixelAspectRatioY
-    {{12200, 13}, TagType::string, 0, 0, 0, 0},  // PlaylistIndex
-    {{12213, 8}, TagType::string, 0, 0, 0, 0},  // Provider
-    {{12221, 15}, TagType::string, 0, 0, 0, 0},  // ProviderLogoURL
-    {{12236, 11}, TagType::string, 0, 0, 0, 0},  // ProviderURL
-    {{12247, 9}, TagType::string, 0, 0, 0, 0},  // RadioBand
-    {{12256, 11}, TagType::string, 0, 0, 0, 0},  // RadioFormat
-    {{12267, 9}, TagType::string, 0, 0, 0, 0},  // RatingOrg
-    {{12276, 13}, TagType::string, 0, 0, 0, 0},  // RecordingTime
-    {{12289, 16}, TagType::string, 0, 0, 0, 0},  // RecordingTimeDay
-    {{12305, 18}, TagType::string, 0, 0, 0, 0},  // RecordingTimeMonth
-    {{12323, 17}, TagType::string, 0, 0, 0, 0},  // RecordingTimeYear
-    {{12340, 22}, TagType::string, 0, 0, 0, 0},  // RecordingTimeYearMonth
-    {{12362, 25}, TagType::string, 0, 0, 0, 0},  // RecordingTimeYearMonthDay
-    {{12387, 11}, TagType::string, 0, 0, 0, 0},  // ReleaseDate
-    {{12398, 14}, TagType::string, 0, 0, 0, 0},  // ReleaseDateDay
-    {{12412, 16}, TagType::string, 0, 0, 0, 0},  // ReleaseDateMonth
-    {{12428, 15}, TagType::string, 0, 0, 0, 0},  // ReleaseDateYear
-    {{12443, 20}, TagType::string, 0, 0, 0, 0},  // ReleaseDateYearMonth
-    {{12463, 23}, TagType::string, 0, 0, 0, 0},  // ReleaseDateYearMonthDay
-    {{12486, 12}, TagType::string, 0, 0, 0, 0},  // RequestState
-    {{12498, 14}, TagType::string, 0, 0, 0, 0},  // ShadowFilePath
-    {{12512, 9}, TagType::string, 0, 0, 0, 0},  // SourceURL
-    {{1795, 7}, TagType::string, 0, 0, 0, 0},  // Subject
-    {{12521, 6}, TagType::string, 0, 0, 0, 0},  // Sync01
-    {{12527, 6}, TagType::string, 0, 0, 0, 0},  // Sync02
-    {{12533, 6}, TagType::string, 0, 0, 0, 0},  // Sync03
-    {{12539, 6}, TagType::string, 0, 0, 0, 0},  // Sync04
-    {{12545, 6}, TagType::string, 0, 0, 0, 0},  // Sync05
-    {{12551, 6}, TagType::string, 0, 0, 0, 0},  // Sync06
-    {{12557, 6}, TagType::string, 0, 0, 0, 0},  // Sync07
-    {{12563, 6}, TagType::string, 0, 0, 0, 0},  // Sync08
-    {{12569, 6}, TagType::string, 0, 0, 0, 0},  // Sync09
-    {{12575, 6}, TagType::string, 0, 0, 0, 0},  // Sync10
-    {{12581, 6}, TagType::string, 0, 0, 0, 0},  // Sync11
-    {{12587, 6}, TagType::string, 0, 0, 0, 0},  // Sync12
-    {{12593, 6}, TagType::string, 0, 0, 0, 0},  // Sync13
-    {{12599, 6}, TagType::string, 0, 0, 0, 0},  // Sync14
-    {{12605, 6}, TagType::string, 0, 0, 0, 0},  // Sync15
-    {{12611, 6}, TagType::string, 0, 0, 0, 0},  // Sync16
-    {{12617, 8}, TagType::string, 0, 0, 0, 0},  // SyncOnly
-    {{12625, 9}, TagType::string, 0, 0, 0, 0},  // SyncState
-    {{12634, 9}, TagType::string, 0, 0, 0, 0},  // Temporary
-    {{1843, 5}, TagType::string, 0, 0, 0, 0},  // Title
-    {{12643, 14}, TagType::string, 0, 0, 0, 0},  // TitleSortOrder
-    {{12657, 13}, TagType::string, 0, 0, 0, 0},  // TotalDuration
-    {{12670, 10}, TagType::string, 0, 0, 0, 0},  // TrackingID
-    {{12680, 11}, TagType::string, 0, 0, 0, 0},  // UserCustom1
-    {{12691, 11}, TagType::string, 0, 0, 0, 0},  // UserCustom2
-    {{12702, 19}, TagType::string, 0, 0, 0, 0},  // UserEffectiveRating
-    {{12721, 18}, TagType::string, 0, 0, 0, 0},  // UserLastPlayedTime
-    {{12739, 13}, TagType::string, 0, 0, 0, 0},  // UserPlayCount
-    {{12752, 22}, TagType::string, 0, 0, 0, 0},  // UserPlaycountAfternoon
-    {{12774, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountEvening
-    {{12794, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountMorning
-    {{12814, 18}, TagType::string, 0, 0, 0, 0},  // UserPlaycountNight
-    {{12832, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountWeekday
-    {{12852, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountWeekend
-    {{12872, 10}, TagType::string, 0, 0, 0, 0},  // UserRating
-    {{12882, 17}, TagType::string, 0, 0, 0, 0},  // UserServiceRating
-    {{12899, 12}, TagType::string, 0, 0, 0, 0},  // VideoBitrate
-    {{12911, 11}, TagType::string, 0, 0, 0, 0},  // VideoFormat
-    {{12922, 14}, TagType::string, 0, 0, 0, 0},  // BeatsPerMinute
-    {{12936, 22}, TagType::string, 0, 0, 0, 0},  // ContentDistributorType
-    {{12958, 23}, TagType::string, 0, 0, 0, 0},  // ContentGroupDescription
-    {{12981, 12}, TagType::date, 2, 0, 0, 0},  // EncodingTime
-    {{1354, 5}, TagType::string, 0, 0, 0, 0},  // Genre
-    {{12993, 7}, TagType::string, 0, 0, 0, 0},  // GenreID
-    {{13000, 8}, TagType::string, 0, 0, 0, 0},  // Language
-    {{1455, 6}, TagType::string, 0, 0, 0, 0},  // Lyrics
-    {{1471, 4}, TagType::string, 0, 0, 0, 0},  // MCDI
-    {{13008, 30}, TagType::string, 0, 0, 0, 0},  // MediaOriginalBroadcastDateTime
-    {{13038, 20}, TagType::string, 0, 0, 0, 0},  // MediaOriginalChannel
-    {{13058, 16}, TagType::string, 0, 0, 0, 0},  // MediaStationName
-    {{13074, 14}, TagType::string, 0, 0, 0, 0},  // ProtectionType
-    {{13088, 14}, TagType::string, 0, 0, 0, 0},  // ProviderRating
-    {{13102, 13}, TagType::string, 0, 0, 0, 0},  // ProviderStyle
-    {{13115, 16}, TagType::int64u, 2, 0, 0, 0},  // SharedUserRating
-    {{13131, 19}, TagType::string, 0, 0, 0, 0},  // SubtitleDescription
-    {{13150, 21}, TagType::string, 0, 0, 0, 0},  // SubscriptionContentID
-    {{13171, 11}, TagType::string, 0, 0, 0, 0},  // TrackNumber
-    {{13182, 20}, TagType::string, 0, 0, 0, 0},  // UniqueFileIdentifier
-    {{13202, 14}, TagType::string, 0, 0, 0, 0},  // VideoFrameRate
-    {{13216, 11}, TagType::string, 0, 0, 0, 0},  // VideoHeight
-    {{13227, 10}, TagType::string, 0, 0, 0, 0},  // VideoWidth
-    {{13237, 19}, TagType::string, 0, 0, 0, 0},  // WMCollectionGroupID
-    {{13256, 14}, TagType::string, 0, 0, 0, 0},  // WMCollectionID
-    {{13270, 11}, TagType::string, 0, 0, 0, 0},  // WMContentID
-    {{13281, 25}, TagType::string, 0, 0, 0, 0},  // WMShadowFileSourceDRMType
-    {{13306, 26}, TagType::string, 0, 0, 0, 0},  // WMShadowFileSourceFileType
-    {{13332, 4}, TagType::string, 0, 0, 0, 0},  // Year
-    {{13336, 10}, TagType::string, 0, 0, 0, 0},  // ChapterNum
-    {{13346, 8}, TagType::string, 0, 0, 0, 0},  // TitleNum
-    {{13354, 9}, TagType::string, 0, 0, 0, 0},  // Resources
-    {{13363, 8}, TagType::string, 0, 0, 0, 0},  // Complete
-    {{13371, 18}, TagType::string, 0, 0, 0, 0},  // HomeCountry-Region
-    {{13389, 9}, TagType::string, 0, 0, 0, 0},  // TaskOwner
-    {{13398, 11}, TagType::string, 0, 0, 0, 0},  // MaxAperture
-    {{13409, 17}, TagType::string, 0, 0, 0, 0},  // OptionalAttendees
-    {{13426, 10}, TagType::string, 0, 0, 0, 0},  // HomeStreet
-    {{13436, 25}, TagType::string, 0, 0, 0, 0},  // RequiredAttendeeAddresses
-    {{13461, 13}, TagType::string, 0, 0, 0, 0},  // SenderAddress
-    {{13474, 11}, TagType::string, 0, 0, 0, 0},  // FileVersion
-    {{13485, 11}, TagType::string, 0, 0, 0, 0},  // ProductName
-    {{13496, 14}, TagType::string, 0, 0, 0, 0},  // ProductVersion
-    {{13510, 15}, TagType::string, 0, 0, 0, 0},  // LegalTrademarks
-    {{13525, 10}, TagType::string, 0, 0, 0, 0},  // SenderName
-    {{13535, 20}, TagType::string, 0, 0, 0, 0},  // ParentalRatingReason
-    {{13555, 9}, TagType::string, 0, 0, 0, 0},  // FirstName
-    {{13564, 12}, TagType::string, 0, 0, 0, 0},  // DateImported
-    {{13576, 11}, TagType::string, 0, 0, 0, 0},  // CameraMaker
-    {{13587, 11}, TagType::string, 0, 0, 0, 0},  // Orientation
-    {{13598, 12}, TagType::string, 0, 0, 0, 0},  // ExposureTime
-    {{13610, 6}, TagType::string, 0, 0, 0, 0},  // F-stop
-    {{13616, 15}, TagType::string, 0, 0, 0, 0},  // ExposureProgram
-    {{13631, 8}, TagType::string, 0, 0, 0, 0},  // ISOSpeed
-    {{13639, 16}, TagType::string, 0, 0, 0, 0},  // DatePictureTaken
-    {{13655, 12}, TagType::string, 0, 0, 0, 0},  // ExposureBias
-    {{13667, 15}, TagType::string, 0, 0, 0, 0},  // SubjectDistance
-    {{13682, 12}, TagType::string, 0, 0, 0, 0},  // MeteringMode
-    {{13694, 11}, TagType::string, 0, 0, 0, 0},  // LightSource
-    {{13705, 9}, TagType::string, 0, 0, 0, 0},  // FlashMode
-    {{13714, 11}, TagType::string, 0, 0, 0, 0},  // FocalLength
-    {{13725, 9}, TagType::string, 0, 0, 0, 0},  // HomePhone
-    {{13734, 12}, TagType::string, 0, 0, 0, 0},  // PrimaryPhone
-    {{13746, 9}, TagType::string, 0, 0, 0, 0},  // CellPhone
-    {{13755, 8}, TagType::string, 0, 0, 0, 0},  // Birthday
-    {{13763, 13}, TagType::string, 0, 0, 0, 0},  // PrimaryE-mail
-    {{13776, 8}, TagType::string, 0, 0, 0, 0},  // JobTitle
-    {{13784, 8}, TagType::string, 0, 0, 0, 0},  // HomeCity
-    {{13792, 13}, TagType::string, 0, 0, 0, 0},  // PersonalTitle
-    {{13805, 14}, TagType::string, 0, 0, 0, 0},  // OfficeLocation
-    {{13819, 9}, TagType::string, 0, 0, 0, 0},  // GivenName
-    {{13828, 10}, TagType::string, 0, 0, 0, 0},  // MiddleName
-    {{13838, 6}, TagType::string, 0, 0, 0, 0},  // Suffix
-    {{13844, 8}, TagType::string, 0, 0, 0, 0},  // Nickname
-    {{13852, 10}, TagType::string, 0, 0, 0, 0},  // PostalCode
-    {{13862, 11}, TagType::string, 0, 0, 0, 0},  // StationName
-    {{13873, 8}, TagType::string, 0, 0, 0, 0},  // Division
-    {{13881, 5}, TagType::string, 0, 0, 0, 0},  // Kinds
-    {{13886, 8}, TagType::string, 0, 0, 0, 0},  // ClientID
-    {{13894, 4}, TagType::string, 0, 0, 0, 0},  // Type
-    {{13898, 9}, TagType::string, 0, 0, 0, 0},  // FileCount
-    {{13907, 13}, TagType::string, 0, 0, 0, 0},  // TotalFileSize
-    {{13920, 8}, TagType::string, 0, 0, 0, 0},  // Computer
-    {{13928, 13}, TagType::string, 0, 0, 0, 0},  // PerceivedType
-    {{13941, 12}, TagType::string, 0, 0, 0, 0},  // MediaCreated
-    {{13953, 11}, TagType::string, 0, 0, 0, 0},  // IsRecurring
-    {{13964, 10}, TagType::string, 0, 0, 0, 0},  // Incomplete
-    {{13974, 7}, TagType::string, 0, 0, 0, 0},  // E-mail2
-    {{13981, 7}, TagType::string, 0, 0, 0, 0},  // Project
-    {{13988, 6}, TagType::string, 0, 0, 0, 0},  // Gender
-    {{13994, 7}, TagType::string, 0, 0, 0, 0},  // DueDate
-    {{14001, 12}, TagType::string, 0, 0, 0, 0},  // BusinessCity
-    {{14013, 15}, TagType::string, 0, 0, 0, 0},  // WindowsFileName
-    {{14028, 12}, TagType::string, 0, 0, 0, 0},  // DateArchived
-    {{14040, 23}, TagType::string, 0, 0, 0, 0},  // BusinessStateOrProvince
-    {{14063, 13}, TagType::string, 0, 0, 0, 0},  // BroadcastDate
-    {{14076, 5}, TagType::string, 0, 0, 0, 0},  // Color
-    {{14081, 9}, TagType::string, 0, 0, 0, 0},  // StartDate
-    {{14090, 10}, TagType::string, 0, 0, 0, 0},  // Saturation
-    {{14100, 13}, TagType::string, 0, 0, 0, 0},  // SearchRanking
-    {{14113, 12}, TagType::string, 0, 0, 0, 0},  // OtherAddress
-    {{14125, 11}, TagType::string, 0, 0, 0, 0},  // AutoSummary
-    {{1810, 7}, TagType::string, 0, 0, 0, 0},  // Summary
-    {{14136, 16}, TagType::string, 0, 0, 0, 0},  // BusinessHomePage
-    {{14152, 11}, TagType::string, 0, 0, 0, 0},  // AlbumArtist
-    {{972, 6}, TagType::string, 0, 0, 0, 0},  // Artist
-    {{1363, 10}, TagType::string, 0, 0, 0, 0},  // InitialKey
-    {{14163, 16}, TagType::string, 0, 0, 0, 0},  // Beats-per-minute
-    {{14179, 10}, TagType::string, 0, 0, 0, 0},  // Conductors
-    {{1802, 8}, TagType::string, 0, 0, 0, 0},  // Subtitle
-    {{1489, 4}, TagType::string, 0, 0, 0, 0},  // Mood
-    {{14189, 10}, TagType::string, 0, 0, 0, 0},  // AlbumTitle
-    {{14199, 15}, TagType::string, 0, 0, 0, 0},  // Free-busyStatus
-    {{1872, 3}, TagType::string, 0, 0, 0, 0},  // URL
-    {{14214, 11}, TagType::string, 0, 0, 0, 0},  // DateVisited
-    {{14225, 9}, TagType::string, 0, 0, 0, 0},  // IsDeleted
-    {{14234, 7}, TagType::string, 0, 0, 0, 0},  // HasFlag
-    {{14241, 7}, TagType::string, 0, 0, 0, 0},  // Hobbies
-    {{14248, 8}, TagType::string, 0, 0, 0, 0},  // FullName
-    {{14256, 6}, TagType::string, 0, 0, 0, 0},  // Street
-    {{14262, 10}, TagType::string, 0, 0, 0, 0},  // Dimensions
-    {{14272, 9}, TagType::string, 0, 0, 0, 0},  // Untitled0
-    {{14281, 9}, TagType::string, 0, 0, 0, 0},  // Untitled1
-    {{14290, 20}, TagType::string, 0, 0, 0, 0},  // HorizontalResolution
-    {{14310, 18}, TagType::string, 0, 0, 0, 0},  // VerticalResolution
-    {{14328, 8}, TagType::string, 0, 0, 0, 0},  // BitDepth
-    {{98, 15}, TagType::string, 0, 0, 0, 0},  // AudioSampleRate
-    {{14336, 15}, TagType::string, 0, 0, 0, 0},  // AudioSampleSize
-    {{14351, 16}, TagType::string, 0, 0, 0, 0},  // VideoCompression
-    {{14367, 10}, TagType::string, 0, 0, 0, 0},  // FrameWidth
-    {{14377, 11}, TagType::string, 0, 0, 0, 0},  // FrameHeight
-    {{14388, 12}, TagType::string, 0, 0, 0, 0},  // TotalBitrate
-    {{14400, 8}, TagType::string, 0, 0, 0, 0},  // DataRate
-    {{14408, 9}, TagType::string, 0, 0, 0, 0},  // Composers
-    {{14417, 9}, TagType::string, 0, 0, 0, 0},  // Directors
-    {{14426, 14}, TagType::string, 0, 0, 0, 0},  // ParentalRating
-    {{14440, 9}, TagType::string, 0, 0, 0, 0},  // Producers
-    {{14449, 7}, TagType::string, 0, 0, 0, 0},  // Writers
-    {{1621, 9}, TagType::string, 0, 0, 0, 0},  // Publisher
-    {{1538, 6}, TagType::string, 0, 0, 0, 0},  // Period
-    {{14456, 10}, TagType::string, 0, 0, 0, 0},  // UserWebURL
-    {{1300, 9}, TagType::string, 0, 0, 0, 0},  // EncodedBy
-    {{1696, 6}, TagType::string, 0, 0, 0, 0},  // Rating
-    {{14466, 7}, TagType::string, 0, 0, 0, 0},  // E-mail3
-    {{14473, 7}, TagType::string, 0, 0, 0, 0},  // HomeFax
-    {{14480, 6}, TagType::string, 0, 0, 0, 0},  // Source
-    {{14486, 9}, TagType::string, 0, 0, 0, 0},  // FlagColor
-    {{14495, 13}, TagType::string, 0, 0, 0, 0},  // BusinessPhone
-    {{14508, 11}, TagType::string, 0, 0, 0, 0},  // ProgramMode
-    {{14519, 13}, TagType::string, 0, 0, 0, 0},  // OfflineStatus
-    {{14532, 16}, TagType::string, 0, 0, 0, 0},  // ClosedCaptioning
-    {{14548, 5}, TagType::string, 0, 0, 0, 0},  // Rerun
-    {{14553, 3}, TagType::string, 0, 0, 0, 0},  // SAP
-    {{14556, 11}, TagType::string, 0, 0, 0, 0},  // EpisodeName
-    {{14567, 18}, TagType::string, 0, 0, 0, 0},  // ProgramDescription
-    {{14585, 15}, TagType::string, 0, 0, 0, 0},  // StationCallSign
-    {{14600, 13}, TagType::string, 0, 0, 0, 0},  // ChannelNumber
-    {{14613, 9}, TagType::string, 0, 0, 0, 0},  // OtherCity
-    {{14622, 20}, TagType::string, 0, 0, 0, 0},  // OtherStateOrProvince
-    {{14642, 10}, TagType::string, 0, 0, 0, 0},  // Profession
-    {{14652, 13}, TagType::string, 0, 0, 0, 0},  // DateCompleted
-    {{14665, 12}, TagType::string, 0, 0, 0, 0},  // ReminderTime
-    {{14677, 15}, TagType::string, 0, 0, 0, 0},  // BusinessAddress
-    {{14692, 16}, TagType::string, 0, 0, 0, 0},  // OrganizerAddress
-    {{14708, 9}, TagType::string, 0, 0, 0, 0},  // HomePOBox
-    {{14717, 10}, TagType::string, 0, 0, 0, 0},  // E-mailList
-    {{14727, 16}, TagType::string, 0, 0, 0, 0},  // CompanyMainPhone
-    {{14743, 14}, TagType::string, 0, 0, 0, 0},  // HomePostalCode
-    {{14757, 10}, TagType::string, 0, 0, 0, 0},  // OtherPOBox
-    {{14767, 19}, TagType::string, 0, 0, 0, 0},  // OtherCountry-Region
-    {{14786, 8}, TagType::string, 0, 0, 0, 0},  // LastName
-    {{14794, 8}, TagType::string, 0, 0, 0, 0},  // CarPhone
-    {{14802, 11}, TagType::string, 0, 0, 0, 0},  // BusinessFax
-    {{14813, 9}, TagType::string, 0, 0, 0, 0},  // EntryType
-    {{14822, 15}, TagType::string, 0, 0, 0, 0},  // OtherPostalCode
-    {{1400, 5}, TagType::string, 0, 0, 0, 0},  // Label
-    {{14837, 11}, TagType::string, 0, 0, 0, 0},  // HomeAddress
-    {{14848, 15}, TagType::string, 0, 0, 0, 0},  // AssistantsPhone
-    {{14863, 11}, TagType::string, 0, 0, 0, 0},  // Anniversary
-    {{14874, 5}, TagType::string, 0, 0, 0, 0},  // Owner
-    {{14879, 9}, TagType::string, 0, 0, 0, 0},  // SpaceFree
-    {{14888, 9}, TagType::string, 0, 0, 0, 0},  // TotalSize
-    {{14897, 9}, TagType::string, 0, 0, 0, 0},  // SpaceUsed
-    {{14906, 8}, TagType::string, 0, 0, 0, 0},  // Priority
-    {{14914, 14}, TagType::string, 0, 0, 0, 0},  // HasAttachments
-    {{14928, 6}, TagType::string, 0, 0, 0, 0},  // Spouse
-    {{14934, 15}, TagType::string, 0, 0, 0, 0},  // FocalLength35mm
-    {{14949, 11}, TagType::string, 0, 0, 0, 0},  // IsCompleted
-    {{14960, 19}, TagType::string, 0, 0, 0, 0},  // OfflineAvailability
-    {{14979, 13}, TagType::string, 0, 0, 0, 0},  // OrganizerName
-    {{14992, 12}, TagType::string, 0, 0, 0, 0},  // TTY-TTDPhone
-    {{15004, 9}, TagType::string, 0, 0, 0, 0},  // Protected
-    {{15013, 22}, TagType::string, 0, 0, 0, 0},  // BusinessCountry-Region
-    {{15035, 17}, TagType::string, 0, 0, 0, 0},  // RequiredAttendees
-    {{15052, 4}, TagType::string, 0, 0, 0, 0},  // Name
-    {{15056, 4}, TagType::string, 0, 0, 0, 0},  // Size
-    {{15060, 10}, TagType::string, 0, 0, 0, 0},  // Attributes
-    {{15070, 12}, TagType::string, 0, 0, 0, 0},  // DateModified
-    {{15082, 11}, TagType::string, 0, 0, 0, 0},  // DateCreated
-    {{15093, 12}, TagType::string, 0, 0, 0, 0},  // DateAccessed
-    {{15105, 10}, TagType::string, 0, 0, 0, 0},  // FolderName
-    {{15115, 10}, TagType::string, 0, 0, 0, 0},  // LinkTarget
-    {{15125, 10}, TagType::string, 0, 0, 0, 0},  // LinkStatus
-    {{15135, 13}, TagType::string, 0, 0, 0, 0},  // BusinessPOBox
-    {{15148, 9}, TagType::string, 0, 0, 0, 0},  // ToDoTitle
-    {{15157, 14}, TagType::string, 0, 0, 0, 0},  // CallbackNumber
-    {{15171, 8}, TagType::string, 0, 0, 0, 0},  // IsOnline
-    {{15179, 14}, TagType::string, 0, 0, 0, 0},  // MailingAddress
-    {{15193, 5}, TagType::string, 0, 0, 0, 0},  // Telex
-    {{15198, 7}, TagType::string, 0, 0, 0, 0},  // EndDate
-    {{15205, 19}, TagType::string, 0, 0, 0, 0},  // HomeStateOrProvince
-    {{15224, 4}, TagType::string, 0, 0, 0, 0},  // City
-    {{15228, 17}, TagType::string, 0, 0, 0, 0},  // E-mailDisplayName
-    {{15245, 14}, TagType::string, 0, 0, 0, 0},  // AssistantsName
-    {{15259, 7}, TagType::string, 0, 0, 0, 0},  // Creator
-    {{15266, 11}, TagType::string, 0, 0, 0, 0},  // ExifVersion
-    {{15277, 18}, TagType::string, 0, 0, 0, 0},  // BillingInformation
-    {{15295, 8}, TagType::string, 0, 0, 0, 0},  // Children
-    {{15303, 12}, TagType::string, 0, 0, 0, 0},  // Participants
-    {{15315, 25}, TagType::string, 0, 0, 0, 0},  // OptionalAttendeeAddresses
-    {{15340, 7}, TagType::string, 0, 0, 0, 0},  // Company
-    {{15347, 8}, TagType::string, 0, 0, 0, 0},  // Category
-    {{1115, 11}, TagType::string, 0, 0, 0, 0},  // ContentType
-    {{15355, 6}, TagType::string, 0, 0, 0, 0},  // Status
-    {{15361, 6}, TagType::string, 0, 0, 0, 0},  // Slides
-    {{15367, 5}, TagType::string, 0, 0, 0, 0},  // Pager
-    {{15372, 11}, TagType::string, 0, 0, 0, 0},  // IMAddresses
-    {{15383, 6}, TagType::string, 0, 0, 0, 0},  // Folder
-    {{15389, 14}, TagType::string, 0, 0, 0, 0},  // ConversationID
-    {{15403, 14}, TagType::string, 0, 0, 0, 0},  // BusinessStreet
-    {{1201, 12}, TagType::string, 0, 0, 0, 0},  // DateReleased
-    {{15417, 5}, TagType::string, 0, 0, 0, 0},  // POBox
-    {{15422, 12}, TagType::string, 0, 0, 0, 0},  // ContactNames
-    {{15434, 10}, TagType::string, 0, 0, 0, 0},  // DocumentID
-    {{15444, 9}, TagType::string, 0, 0, 0, 0},  // LensModel
-    {{15453, 18}, TagType::string, 0, 0, 0, 0},  // BusinessPostalCode
-    {{15471, 10}, TagType::string, 0, 0, 0, 0},  // ReadStatus
-    {{15481, 10}, TagType::string, 0, 0, 0, 0},  // Importance
-    {{15491, 10}, TagType::string, 0, 0, 0, 0},  // FlagStatus
-    {{15501, 13}, TagType::string, 0, 0, 0, 0},  // FromAddresses
-    {{15514, 9}, TagType::string, 0, 0, 0, 0},  // FromNames
-    {{15523, 5}, TagType::string, 0, 0, 0, 0},  // Store
-    {{15528, 11}, TagType::string, 0, 0, 0, 0},  // ToAddresses
-    {{15539, 7}, TagType::string, 0, 0, 0, 0},  // ToNames
-    {{15546, 7}, TagType::string, 0, 0, 0, 0},  // Webpage
-    {{15553, 8}, TagType::string, 0, 0, 0, 0},  // DateSent
-    {{15561, 12}, TagType::string, 0, 0, 0, 0},  // BccAddresses
-    {{15573, 12}, TagType::string, 0, 0, 0, 0},  // DateReceived
-    {{15585, 11}, TagType::string, 0, 0, 0, 0},  // Attachments
-    {{15596, 8}, TagType::string, 0, 0, 0, 0},  // BccNames
-    {{15604, 11}, TagType::string, 0, 0, 0, 0},  // CcAddresses
-    {{15615, 7}, TagType::string, 0, 0, 0, 0},  // CcNames
-    {{15622, 10}, TagType::string, 0, 0, 0, 0},  // FolderPath
-    {{15632, 4}, TagType::string, 0, 0, 0, 0},  // Path
-    {{15636, 11}, TagType::string, 0, 0, 0, 0},  // AccountName
-    {{15647, 14}, TagType::string, 0, 0, 0, 0},  // Country-Region
-    {{15661, 9}, TagType::string, 0, 0, 0, 0},  // LensMaker
-    {{15670, 12}, TagType::string, 0, 0, 0, 0},  // WhiteBalance
-    {{15682, 6}, TagType::string, 0, 0, 0, 0},  // Shared
-    {{15688, 10}, TagType::string, 0, 0, 0, 0},  // SharedWith
-    {{15698, 15}, TagType::string, 0, 0, 0, 0},  // StateOrProvince
-    {{15713, 6}, TagType::string, 0, 0, 0, 0},  // FileAs
-    {{15719, 12}, TagType::string, 0, 0, 0, 0},  // IsAttachment
-    {{15731, 16}, TagType::string, 0, 0, 0, 0},  // TotalEditingTime
-    {{15747, 11}, TagType::string, 0, 0, 0, 0},  // LastPrinted
-    {{15758, 9}, TagType::string, 0, 0, 0, 0},  // Untitled2
-    {{15767, 13}, TagType::string, 0, 0, 0, 0},  // DateLastSaved
-    {{15780, 5}, TagType::string, 0, 0, 0, 0},  // Pages
-    {{15785, 9}, TagType::string, 0, 0, 0, 0},  // WordCount
-    {{15794, 11}, TagType::string, 0, 0, 0, 0},  // ProgramName
-    {{1392, 8}, TagType::string, 0, 0, 0, 0},  // Keywords
-    {{15805, 8}, TagType::string, 0, 0, 0, 0},  // Comments
-    {{15813, 12}, TagType::string, 0, 0, 0, 0},  // Contributors
-    {{15825, 8}, TagType::string, 0, 0, 0, 0},  // Initials
-    {{15833, 4}, TagType::string, 0, 0, 0, 0},  // Date
-    {{15837, 11}, TagType::string, 0, 0, 0, 0},  // Sensitivity
-    {{15848, 13}, TagType::string, 0, 0, 0, 0},  // E-mailAddress
-    {{15861, 10}, TagType::string, 0, 0, 0, 0},  // Department
-    {{15871, 7}, TagType::string, 0, 0, 0, 0},  // Mileage
-    {{15878, 11}, TagType::string, 0, 0, 0, 0},  // OtherStreet
+    {{11356, 22}, TagType::int32u, writable, 0, 0, 0},  // PanoramicStitchVersion
+    {{11378, 27}, TagType::int32u, writable, 0, 0, 4},  // PanoramicStitchCameraMotion
+    {{11405, 22}, TagType::int32u, writable, 0, 4, 5},  // PanoramicStitchMapType
+    {{11427, 21}, TagType::float_, writable, 0, 0, 0},  // PanoramicStitchTheta0
+    {{11448, 21}, TagType::float_, writable, 0, 0, 0},  // PanoramicStitchTheta1
+    {{11469, 19}, TagType::float_, writable, 0, 0, 0},  // PanoramicStitchPhi0
+    {{11488, 19}, TagType::float_, writable, 0, 0, 0},  // PanoramicStitchPhi1
+    {{11507, 8}, TagType::string, none, 0, 0, 0},  // Abstract
+    {{11515, 15}, TagType::string, none, 0, 0, 0},  // AcquisitionTime
+    {{11530, 18}, TagType::string, none, 0, 0, 0},  // AcquisitionTimeDay
+    {{11548, 20}, TagType::string, none, 0, 0, 0},  // AcquisitionTimeMonth
+    {{11568, 19}, TagType::string, none, 0, 0, 0},  // AcquisitionTimeYear
+    {{11587, 24}, TagType::string, none, 0, 0, 0},  // AcquisitionTimeYearMonth
+    {{11611, 27}, TagType::string, none, 0, 0, 0},  // AcquisitionTimeYearMonthDay
+    {{11638, 20}, TagType::string, none, 0, 0, 0},  // AlbumArtistSortOrder
+    {{11658, 7}, TagType::string, none, 0, 0, 0},  // AlbumID
+    {{11665, 18}, TagType::string, none, 0, 0, 0},  // AlbumIDAlbumArtist
+    {{11683, 19}, TagType::string, none, 0, 0, 0},  // AlbumTitleSortOrder
+    {{11702, 18}, TagType::string, none, 0, 0, 0},  // AlternateSourceURL
+    {{11720, 12}, TagType::string, none, 0, 0, 0},  // AudioBitrate
+    {{11732, 11}, TagType::string, none, 0, 0, 0},  // AudioFormat
+    {{11743, 6}, TagType::string, none, 0, 0, 0},  // Author
+    {{11749, 15}, TagType::string, none, 0, 0, 0},  // AuthorSortOrder
+    {{11764, 12}, TagType::string, none, 0, 0, 0},  // AverageLevel
+    {{11776, 7}, TagType::string, none, 0, 0, 0},  // Bitrate
+    {{11783, 6}, TagType::string, none, 0, 0, 0},  // BuyNow
+    {{11789, 10}, TagType::string, none, 0, 0, 0},  // BuyTickets
+    {{11799, 14}, TagType::string, none, 0, 0, 0},  // CDTrackEnabled
+    {{11813, 11}, TagType::string, none, 0, 0, 0},  // CallLetters
+    {{11824, 18}, TagType::string, none, 0, 0, 0},  // CameraManufacturer
+    {{11842, 11}, TagType::string, none, 0, 0, 0},  // CameraModel
+    {{11853, 8}, TagType::string, none, 0, 0, 0},  // Channels
+    {{1053, 7}, TagType::string, none, 0, 0, 0},  // Comment
+    {{11861, 26}, TagType::string, none, 0, 0, 0},  // ContentDistributorDuration
+    {{1136, 9}, TagType::string, none, 0, 0, 0},  // Copyright
+    {{11887, 5}, TagType::string, none, 0, 0, 0},  // Count
+    {{11892, 14}, TagType::string, none, 0, 0, 0},  // CurrentBitrate
+    {{11906, 13}, TagType::string, none, 0, 0, 0},  // DLNAServerUDN
+    {{11919, 13}, TagType::string, none, 0, 0, 0},  // DLNASourceURI
+    {{11932, 24}, TagType::string, none, 0, 0, 0},  // DRMIndividualizedVersion
+    {{11956, 8}, TagType::string, none, 0, 0, 0},  // DRMKeyID
+    {{11964, 10}, TagType::string, none, 0, 0, 0},  // DTCPIPHost
+    {{11974, 10}, TagType::string, none, 0, 0, 0},  // DTCPIPPort
+    {{11984, 5}, TagType::string, none, 0, 0, 0},  // DVDID
+    {{1234, 11}, TagType::string, none, 0, 0, 0},  // Description
+    {{11989, 13}, TagType::string, none, 0, 0, 0},  // DisplayArtist
+    {{233, 8}, TagType::string, none, 0, 0, 0},  // Duration
+    {{12002, 5}, TagType::string, none, 0, 0, 0},  // Event
+    {{12007, 8}, TagType::string, none, 0, 0, 0},  // FileSize
+    {{12015, 8}, TagType::string, none, 0, 0, 0},  // FileType
+    {{12023, 9}, TagType::string, none, 0, 0, 0},  // FormatTag
+    {{12032, 6}, TagType::string, none, 0, 0, 0},  // FourCC
+    {{802, 9}, TagType::string, none, 0, 0, 0},  // FrameRate
+    {{12038, 9}, TagType::string, none, 0, 0, 0},  // Frequency
+    {{12047, 13}, TagType::string, none, 0, 0, 0},  // IsNetworkFeed
+    {{12060, 5}, TagType::string, none, 0, 0, 0},  // IsVBR
+    {{12065, 11}, TagType::string, none, 0, 0, 0},  // IsProtected
+    {{1427, 13}, TagType::string, none, 0, 0, 0},  // LeadPerformer
+    {{12076, 9}, TagType::string, none, 0, 0, 0},  // LibraryID
+    {{12085, 11}, TagType::string, none, 0, 0, 0},  // LibraryName
+    {{12096, 8}, TagType::string, none, 0, 0, 0},  // Location
+    {{12104, 17}, TagType::string, none, 0, 0, 0},  // MediaContentTypes
+    {{12121, 9}, TagType::string, none, 0, 0, 0},  // MediaType
+    {{12130, 10}, TagType::string, none, 0, 0, 0},  // ModifiedBy
+    {{12140, 8}, TagType::string, none, 0, 0, 0},  // MoreInfo
+    {{12148, 9}, TagType::string, none, 0, 0, 0},  // PartOfSet
+    {{12157, 9}, TagType::string, none, 0, 0, 0},  // PeakValue
+    {{12166, 17}, TagType::string, none, 0, 0, 0},  // PixelAspectRatioX
+    {{12183, 17}, TagType::string, none, 0, 0, 0},  // PixelAspectRatioY
+    {{12200, 13}, TagType::string, none, 0, 0, 0},  // PlaylistIndex
+    {{12213, 8}, TagType::string, none, 0, 0, 0},  // Provider
+    {{12221, 15}, TagType::string, none, 0, 0, 0},  // ProviderLogoURL
+    {{12236, 11}, TagType::string, none, 0, 0, 0},  // ProviderURL
+    {{12247, 9}, TagType::string, none, 0, 0, 0},  // RadioBand
+    {{12256, 11}, TagType::string, none, 0, 0, 0},  // RadioFormat
+    {{12267, 9}, TagType::string, none, 0, 0, 0},  // RatingOrg
+    {{12276, 13}, TagType::string, none, 0, 0, 0},  // RecordingTime
+    {{12289, 16}, TagType::string, none, 0, 0, 0},  // RecordingTimeDay
+    {{12305, 18}, TagType::string, none, 0, 0, 0},  // RecordingTimeMonth
+    {{12323, 17}, TagType::string, none, 0, 0, 0},  // RecordingTimeYear
+    {{12340, 22}, TagType::string, none, 0, 0, 0},  // RecordingTimeYearMonth
+    {{12362, 25}, TagType::string, none, 0, 0, 0},  // RecordingTimeYearMonthDay
+    {{12387, 11}, TagType::string, none, 0, 0, 0},  // ReleaseDate
+    {{12398, 14}, TagType::string, none, 0, 0, 0},  // ReleaseDateDay
+    {{12412, 16}, TagType::string, none, 0, 0, 0},  // ReleaseDateMonth
+    {{12428, 15}, TagType::string, none, 0, 0, 0},  // ReleaseDateYear
+    {{12443, 20}, TagType::string, none, 0, 0, 0},  // ReleaseDateYearMonth
+    {{12463, 23}, TagType::string, none, 0, 0, 0},  // ReleaseDateYearMonthDay
+    {{12486, 12}, TagType::string, none, 0, 0, 0},  // RequestState
+    {{12498, 14}, TagType::string, none, 0, 0, 0},  // ShadowFilePath
+    {{12512, 9}, TagType::string, none, 0, 0, 0},  // SourceURL
+    {{1795, 7}, TagType::string, none, 0, 0, 0},  // Subject
+    {{12521, 6}, TagType::string, none, 0, 0, 0},  // Sync01
+    {{12527, 6}, TagType::string, none, 0, 0, 0},  // Sync02
+    {{12533, 6}, TagType::string, none, 0, 0, 0},  // Sync03
+    {{12539, 6}, TagType::string, none, 0, 0, 0},  // Sync04
+    {{12545, 6}, TagType::string, none, 0, 0, 0},  // Sync05
+    {{12551, 6}, TagType::string, none, 0, 0, 0},  // Sync06
+    {{12557, 6}, TagType::string, none, 0, 0, 0},  // Sync07
+    {{12563, 6}, TagType::string, none, 0, 0, 0},  // Sync08
+    {{12569, 6}, TagType::string, none, 0, 0, 0},  // Sync09
+    {{12575, 6}, TagType::string, none, 0, 0, 0},  // Sync10
+    {{12581, 6}, TagType::string, none, 0, 0, 0},  // Sync11
+    {{12587, 6}, TagType::string, none, 0, 0, 0},  // Sync12
+    {{12593, 6}, TagType::string, none, 0, 0, 0},  // Sync13
+    {{12599, 6}, TagType::string, none, 0, 0, 0},  // Sync14
+    {{12605, 6}, TagType::string, none, 0, 0, 0},  // Sync15
+    {{12611, 6}, TagType::string, none, 0, 0, 0},  // Sync16
+    {{12617, 8}, TagType::string, none, 0, 0, 0},  // SyncOnly
+    {{12625, 9}, TagType::string, none, 0, 0, 0},  // SyncState
+    {{12634, 9}, TagType::string, none, 0, 0, 0},  // Temporary
+    {{1843, 5}, TagType::string, none, 0, 0, 0},  // Title
+    {{12643, 14}, TagType::string, none, 0, 0, 0},  // TitleSortOrder
+    {{12657, 13}, TagType::string, none, 0, 0, 0},  // TotalDuration
+    {{12670, 10}, TagType::string, none, 0, 0, 0},  // TrackingID
+    {{12680, 11}, TagType::string, none, 0, 0, 0},  // UserCustom1
+    {{12691, 11}, TagType::string, none, 0, 0, 0},  // UserCustom2
+    {{12702, 19}, TagType::string, none, 0, 0, 0},  // UserEffectiveRating
+    {{12721, 18}, TagType::string, none, 0, 0, 0},  // UserLastPlayedTime
+    {{12739, 13}, TagType::string, none, 0, 0, 0},  // UserPlayCount
+    {{12752, 22}, TagType::string, none, 0, 0, 0},  // UserPlaycountAfternoon
+    {{12774, 20}, TagType::string, none, 0, 0, 0},  // UserPlaycountEvening
+    {{12794, 20}, TagType::string, none, 0, 0, 0},  // UserPlaycountMorning
+    {{12814, 18}, TagType::string, none, 0, 0, 0},  // UserPlaycountNight
+    {{12832, 20}, TagType::string, none, 0, 0, 0},  // UserPlaycountWeekday
+    {{12852, 20}, TagType::string, none, 0, 0, 0},  // UserPlaycountWeekend
+    {{12872, 10}, TagType::string, none, 0, 0, 0},  // UserRating
+    {{12882, 17}, TagType::string, none, 0, 0, 0},  // UserServiceRating
+    {{12899, 12}, TagType::string, none, 0, 0, 0},  // VideoBitrate
+    {{12911, 11}, TagType::string, none, 0, 0, 0},  // VideoFormat
+    {{12922, 14}, TagType::string, none, 0, 0, 0},  // BeatsPerMinute
+    {{12936, 22}, TagType::string, none, 0, 0, 0},  // ContentDistributorType
+    {{12958, 23}, TagType::string, none, 0, 0, 0},  // ContentGroupDescription
+    {{12981, 12}, TagType::date, writable, 0, 0, 0},  // EncodingTime
+    {{1354, 5}, TagType::string, none, 0, 0, 0},  // Genre
+    {{12993, 7}, TagType::string, none, 0, 0, 0},  // GenreID
+    {{13000, 8}, TagType::string, none, 0, 0, 0},  // Language
+    {{1455, 6}, TagType::string, none, 0, 0, 0},  // Lyrics
+    {{1471, 4}, TagType::string, none, 0, 0, 0},  // MCDI
+    {{13008, 30}, TagType::string, none, 0, 0, 0},  // MediaOriginalBroadcastDateTime
+    {{13038, 20}, TagType::string, none, 0, 0, 0},  // MediaOriginalChannel
+    {{13058, 16}, TagType::string, none, 0, 0, 0},  // MediaStationName
+    {{13074, 14}, TagType::string, none, 0, 0, 0},  // ProtectionType
+    {{13088, 14}, TagType::string, none, 0, 0, 0},  // ProviderRating
+    {{13102, 13}, TagType::string, none, 0, 0, 0},  // ProviderStyle
+    {{13115, 16}, TagType::int64u, writable, 0, 0, 0},  // SharedUserRating
+    {{13131, 19}, TagType::string, none, 0, 0, 0},  // SubtitleDescription
+    {{13150, 21}, TagType::string, none, 0, 0, 0},  // SubscriptionContentID
+    {{13171, 11}, TagType::string, none, 0, 0, 0},  // TrackNumber
+    {{13182, 20}, TagType::string, none, 0, 0, 0},  // UniqueFileIdentifier
+    {{13202, 14}, TagType::string, none, 0, 0, 0},  // VideoFrameRate
+    {{13216, 11}, TagType::string, none, 0, 0, 0},  // VideoHeight
+    {{13227, 10}, TagType::string, none, 0, 0, 0},  // VideoWidth
+    {{13237, 19}, TagType::string, none, 0, 0, 0},  // WMCollectionGroupID
+    {{13256, 14}, TagType::string, none, 0, 0, 0},  // WMCollectionID
+    {{13270, 11}, TagType::string, none, 0, 0, 0},  // WMContentID
+    {{13281, 25}, TagType::string, none, 0, 0, 0},  // WMShadowFileSourceDRMType
+    {{13306, 26}, TagType::string, none, 0, 0, 0},  // WMShadowFileSourceFileType
+    {{13332, 4}, TagType::string, none, 0, 0, 0},  // Year
+    {{13336, 10}, TagType::string, none, 0, 0, 0},  // ChapterNum
+    {{13346, 8}, TagType::string, none, 0, 0, 0},  // TitleNum
+    {{13354, 9}, TagType::string, none, 0, 0, 0},  // Resources
+    {{13363, 8}, TagType::string, none, 0, 0, 0},  // Complete
+    {{13371, 18}, TagType::string, none, 0, 0, 0},  // HomeCountry-Region
+    {{13389, 9}, TagType::string, none, 0, 0, 0},  // TaskOwner
+    {{13398, 11}, TagType::string, none, 0, 0, 0},  // MaxAperture
+    {{13409, 17}, TagType::string, none, 0, 0, 0},  // OptionalAttendees
+    {{13426, 10}, TagType::string, none, 0, 0, 0},  // HomeStreet
+    {{13436, 25}, TagType::string, none, 0, 0, 0},  // RequiredAttendeeAddresses
+    {{13461, 13}, TagType::string, none, 0, 0, 0},  // SenderAddress
+    {{13474, 11}, TagType::string, none, 0, 0, 0},  // FileVersion
+    {{13485, 11}, TagType::string, none, 0, 0, 0},  // ProductName
+    {{13496, 14}, TagType::string, none, 0, 0, 0},  // ProductVersion
+    {{13510, 15}, TagType::string, none, 0, 0, 0},  // LegalTrademarks
+    {{13525, 10}, TagType::string, none, 0, 0, 0},  // SenderName
+    {{13535, 20}, TagType::string, none, 0, 0, 0},  // ParentalRatingReason
+    {{13555, 9}, TagType::string, none, 0, 0, 0},  // FirstName
+    {{13564, 12}, TagType::string, none, 0, 0, 0},  // DateImported
+    {{13576, 11}, TagType::string, none, 0, 0, 0},  // CameraMaker
+    {{13587, 11}, TagType::string, none, 0, 0, 0},  // Orientation
+    {{13598, 12}, TagType::string, none, 0, 0, 0},  // ExposureTime
+    {{13610, 6}, TagType::string, none, 0, 0, 0},  // F-stop
+    {{13616, 15}, TagType::string, none, 0, 0, 0},  // ExposureProgram
+    {{13631, 8}, TagType::string, none, 0, 0, 0},  // ISOSpeed
+    {{13639, 16}, TagType::string, none, 0, 0, 0},  // DatePictureTaken
+    {{13655, 12}, TagType::string, none, 0, 0, 0},  // ExposureBias
+    {{13667, 15}, TagType::string, none, 0, 0, 0},  // SubjectDistance
+    {{13682, 12}, TagType::string, none, 0, 0, 0},  // MeteringMode
+    {{13694, 11}, TagType::string, none, 0, 0, 0},  // LightSource
+    {{13705, 9}, TagType::string, none, 0, 0, 0},  // FlashMode
+    {{13714, 11}, TagType::string, none, 0, 0, 0},  // FocalLength
+    {{13725, 9}, TagType::string, none, 0, 0, 0},  // HomePhone
+    {{13734, 12}, TagType::string, none, 0, 0, 0},  // PrimaryPhone
+    {{13746, 9}, TagType::string, none, 0, 0, 0},  // CellPhone
+    {{13755, 8}, TagType::string, none, 0, 0, 0},  // Birthday
+    {{13763, 13}, TagType::string, none, 0, 0, 0},  // PrimaryE-mail
+    {{13776, 8}, TagType::string, none, 0, 0, 0},  // JobTitle
+    {{13784, 8}, TagType::string, none, 0, 0, 0},  // HomeCity
+    {{13792, 13}, TagType::string, none, 0, 0, 0},  // PersonalTitle
+    {{13805, 14}, TagType::string, none, 0, 0, 0},  // OfficeLocation
+    {{13819, 9}, TagType::string, none, 0, 0, 0},  // GivenName
+    {{13828, 10}, TagType::string, none, 0, 0, 0},  // MiddleName
+    {{13838, 6}, TagType::string, none, 0, 0, 0},  // Suffix
+    {{13844, 8}, TagType::string, none, 0, 0, 0},  // Nickname
+    {{13852, 10}, TagType::string, none, 0, 0, 0},  // PostalCode
+    {{13862, 11}, TagType::string, none, 0, 0, 0},  // StationName
+    {{13873, 8}, TagType::string, none, 0, 0, 0},  // Division
+    {{13881, 5}, TagType::string, none, 0, 0, 0},  // Kinds
+    {{13886, 8}, TagType::string, none, 0, 0, 0},  // ClientID
+    {{13894, 4}, TagType::string, none, 0, 0, 0},  // Type
+    {{13898, 9}, TagType::string, none, 0, 0, 0},  // FileCount
+    {{13907, 13}, TagType::string, none, 0, 0, 0},  // TotalFileSize
+    {{13920, 8}, TagType::string, none, 0, 0, 0},  // Computer
+    {{13928, 13}, TagType::string, none, 0, 0, 0},  // PerceivedType
+    {{13941, 12}, TagType::string, none, 0, 0, 0},  // MediaCreated
+    {{13953, 11}, TagType::string, none, 0, 0, 0},  // IsRecurring
+    {{13964, 10}, TagType::string, none, 0, 0, 0},  // Incomplete
+    {{13974, 7}, TagType::string, none, 0, 0, 0},  // E-mail2
+    {{13981, 7}, TagType::string, none, 0, 0, 0},  // Project
+    {{13988, 6}, TagType::string, none, 0, 0, 0},  // Gender
+    {{13994, 7}, TagType::string, none, 0, 0, 0},  // DueDate
+    {{14001, 12}, TagType::string, none, 0, 0, 0},  // BusinessCity
+    {{14013, 15}, TagType::string, none, 0, 0, 0},  // WindowsFileName
+    {{14028, 12}, TagType::string, none, 0, 0, 0},  // DateArchived
+    {{14040, 23}, TagType::string, none, 0, 0, 0},  // BusinessStateOrProvince
+    {{14063, 13}, TagType::string, none, 0, 0, 0},  // BroadcastDate
+    {{14076, 5}, TagType::string, none, 0, 0, 0},  // Color
+    {{14081, 9}, TagType::string, none, 0, 0, 0},  // StartDate
+    {{14090, 10}, TagType::string, none, 0, 0, 0},  // Saturation
+    {{14100, 13}, TagType::string, none, 0, 0, 0},  // SearchRanking
+    {{14113, 12}, TagType::string, none, 0, 0, 0},  // OtherAddress
+    {{14125, 11}, TagType::string, none, 0, 0, 0},  // AutoSummary
+    {{1810, 7}, TagType::string, none, 0, 0, 0},  // Summary
+    {{14136, 16}, TagType::string, none, 0, 0, 0},  // BusinessHomePage
+    {{14152, 11}, TagType::string, none, 0, 0, 0},  // AlbumArtist
+    {{972, 6}, TagType::string, none, 0, 0, 0},  // Artist
+    {{1363, 10}, TagType::string, none, 0, 0, 0},  // InitialKey
+    {{14163, 16}, TagType::string, none, 0, 0, 0},  // Beats-per-minute
+    {{14179, 10}, TagType::string, none, 0, 0, 0},  // Conductors
+    {{1802, 8}, TagType::string, none, 0, 0, 0},  // Subtitle
+    {{1489, 4}, TagType::string, none, 0, 0, 0},  // Mood
+    {{14189, 10}, TagType::string, none, 0, 0, 0},  // AlbumTitle
+    {{14199, 15}, TagType::string, none, 0, 0, 0},  // Free-busyStatus
+    {{1872, 3}, TagType::string, none, 0, 0, 0},  // URL
+    {{14214, 11}, TagType::string, none, 0, 0, 0},  // DateVisited
+    {{14225, 9}, TagType::string, none, 0, 0, 0},  // IsDeleted
+    {{14234, 7}, TagType::string, none, 0, 0, 0},  // HasFlag
+    {{14241, 7}, TagType::string, none, 0, 0, 0},  // Hobbies
+    {{14248, 8}, TagType::string, none, 0, 0, 0},  // FullName
+    {{14256, 6}, TagType::string, none, 0, 0, 0},  // Street
+    {{14262, 10}, TagType::string, none, 0, 0, 0},  // Dimensions
+    {{14272, 9}, TagType::string, none, 0, 0, 0},  // Untitled0
+    {{14281, 9}, TagType::string, none, 0, 0, 0},  // Untitled1
+    {{14290, 20}, TagType::string, none, 0, 0, 0},  // HorizontalResolution
+    {{14310, 18}, TagType::string, none, 0, 0, 0},  // VerticalResolution
+    {{14328, 8}, TagType::string, none, 0, 0, 0},  // BitDepth
+    {{98, 15}, TagType::string, none, 0, 0, 0},  // AudioSampleRate
+    {{14336, 15}, TagType::string, none, 0, 0, 0},  // AudioSampleSize
+    {{14351, 16}, TagType::string, none, 0, 0, 0},  // VideoCompression
+    {{14367, 10}, TagType::string, none, 0, 0, 0},  // FrameWidth
+    {{14377, 11}, TagType::string, none, 0, 0, 0},  // FrameHeight
+    {{14388, 12}, TagType::string, none, 0, 0, 0},  // TotalBitrate
+    {{14400, 8}, TagType::string, none, 0, 0, 0},  // DataRate
+    {{14408, 9}, TagType::string, none, 0, 0, 0},  // Composers
+    {{14417, 9}, TagType::string, none, 0, 0, 0},  // Directors
+    {{14426, 14}, TagType::string, none, 0, 0, 0},  // ParentalRating
+    {{14440, 9}, TagType::string, none, 0, 0, 0},  // Producers
+    {{14449, 7}, TagType::string, none, 0, 0, 0},  // Writers
+    {{1621, 9}, TagType::string, none, 0, 0, 0},  // Publisher
+    {{1538, 6}, TagType::string, none, 0, 0, 0},  // Period
+    {{14456, 10}, TagType::string, none, 0, 0, 0},  // UserWebURL
+    {{1300, 9}, TagType::string, none, 0, 0, 0},  // EncodedBy
+    {{1696, 6}, TagType::string, none, 0, 0, 0},  // Rating
+    {{14466, 7}, TagType::string, none, 0, 0, 0},  // E-mail3
+    {{14473, 7}, TagType::string, none, 0, 0, 0},  // HomeFax
+    {{14480, 6}, TagType::string, none, 0, 0, 0},  // Source
+    {{14486, 9}, TagType::string, none, 0, 0, 0},  // FlagColor
+    {{14495, 13}, TagType::string, none, 0, 0, 0},  // BusinessPhone
+    {{14508, 11}, TagType::string, none, 0, 0, 0},  // ProgramMode
+    {{14519, 13}, TagType::string, none, 0, 0, 0},  // OfflineStatus
+    {{14532, 16}, TagType::string, none, 0, 0, 0},  // ClosedCaptioning
+    {{14548, 5}, TagType::string, none, 0, 0, 0},  // Rerun
+    {{14553, 3}, TagType::string, none, 0, 0, 0},  // SAP
+    {{14556, 11}, TagType::string, none, 0, 0, 0},  // EpisodeName
+    {{14567, 18}, TagType::string, none, 0, 0, 0},  // ProgramDescription
+    {{14585, 15}, TagType::string, none, 0, 0, 0},  // StationCallSign
+    {{14600, 13}, TagType::string, none, 0, 0, 0},  // ChannelNumber
+    {{14613, 9}, TagType::string, none, 0, 0, 0},  // OtherCity
+    {{14622, 20}, TagType::string, none, 0, 0, 0},  // OtherStateOrProvince
+    {{14642, 10}, TagType::string, none, 0, 0, 0},  // Profession
+    {{14652, 13}, TagType::string, none, 0, 0, 0},  // DateCompleted
+    {{14665, 12}, TagType::string, none, 0, 0, 0},  // ReminderTime
+    {{14677, 15}, TagType::string, none, 0, 0, 0},  // BusinessAddress
+    {{14692, 16}, TagType::string, none, 0, 0, 0},  // OrganizerAddress
+    {{14708, 9}, TagType::string, none, 0, 0, 0},  // HomePOBox
+    {{14717, 10}, TagType::string, none, 0, 0, 0},  // E-mailList
+    {{14727, 16}, TagType::string, none, 0, 0, 0},  // CompanyMainPhone
+    {{14743, 14}, TagType::string, none, 0, 0, 0},  // HomePostalCode
+    {{14757, 10}, TagType::string, none, 0, 0, 0},  // OtherPOBox
+    {{14767, 19}, TagType::string, none, 0, 0, 0},  // OtherCountry-Region
+    {{14786, 8}, TagType::string, none, 0, 0, 0},  // LastName
+    {{14794, 8}, TagType::string, none, 0, 0, 0},  // CarPhone
+    {{14802, 11}, TagType::string, none, 0, 0, 0},  // BusinessFax
+    {{14813, 9}, TagType::string, none, 0, 0, 0},  // EntryType
+    {{14822, 15}, TagType::string, none, 0, 0, 0},  // OtherPostalCode
+    {{1400, 5}, TagType::string, none, 0, 0, 0},  // Label
+    {{14837, 11}, TagType::string, none, 0, 0, 0},  // HomeAddress
+    {{14848, 15}, TagType::string, none, 0, 0, 0},  // AssistantsPhone
+    {{14863, 11}, TagType::string, none, 0, 0, 0},  // Anniversary
+    {{14874, 5}, TagType::string, none, 0, 0, 0},  // Owner
+    {{14879, 9}, TagType::string, none, 0, 0, 0},  // SpaceFree
+    {{14888, 9}, TagType::string, none, 0, 0, 0},  // TotalSize
+    {{14897, 9}, TagType::string, none, 0, 0, 0},  // SpaceUsed
+    {{14906, 8}, TagType::string, none, 0, 0, 0},  // Priority
+    {{14914, 14}, TagType::string, none, 0, 0, 0},  // HasAttachments
+    {{14928, 6}, TagType::string, none, 0, 0, 0},  // Spouse
+    {{14934, 15}, TagType::string, none, 0, 0, 0},  // FocalLength35mm
+    {{14949, 11}, TagType::string, none, 0, 0, 0},  // IsCompleted
+    {{14960, 19}, TagType::string, none, 0, 0, 0},  // OfflineAvailability
+    {{14979, 13}, TagType::string, none, 0, 0, 0},  // OrganizerName
+    {{14992, 12}, TagType::string, none, 0, 0, 0},  // TTY-TTDPhone
+    {{15004, 9}, TagType::string, none, 0, 0, 0},  // Protected
+    {{15013, 22}, TagType::string, none, 0, 0, 0},  // BusinessCountry-Region
+    {{15035, 17}, TagType::string, none, 0, 0, 0},  // RequiredAttendees
+    {{15052, 4}, TagType::string, none, 0, 0, 0},  // Name
+    {{15056, 4}, TagType::string, none, 0, 0, 0},  // Size
+    {{15060, 10}, TagType::string, none, 0, 0, 0},  // Attributes
+    {{15070, 12}, TagType::string, none, 0, 0, 0},  // DateModified
+    {{15082, 11}, TagType::string, none, 0, 0, 0},  // DateCreated
+    {{15093, 12}, TagType::string, none, 0, 0, 0},  // DateAccessed
+    {{15105, 10}, TagType::string, none, 0, 0, 0},  // FolderName
+    {{15115, 10}, TagType::string, none, 0, 0, 0},  // LinkTarget
+    {{15125, 10}, TagType::string, none, 0, 0, 0},  // LinkStatus
+    {{15135, 13}, TagType::string, none, 0, 0, 0},  // BusinessPOBox
+    {{15148, 9}, TagType::string, none, 0, 0, 0},  // ToDoTitle
+    {{15157, 14}, TagType::string, none, 0, 0, 0},  // CallbackNumber
+    {{15171, 8}, TagType::string, none, 0, 0, 0},  // IsOnline
+    {{15179, 14}, TagType::string, none, 0, 0, 0},  // MailingAddress
+    {{15193, 5}, TagType::string, none, 0, 0, 0},  // Telex
+    {{15198, 7}, TagType::string, none, 0, 0, 0},  // EndDate
+    {{15205, 19}, TagType::string, none, 0, 0, 0},  // HomeStateOrProvince
+    {{15224, 4}, TagType::string, none, 0, 0, 0},  // City
+    {{15228, 17}, TagType::string, none, 0, 0, 0},  // E-mailDisplayName
+    {{15245, 14}, TagType::string, none, 0, 0, 0},  // AssistantsName
+    {{15259, 7}, TagType::string, none, 0, 0, 0},  // Creator
+    {{15266, 11}, TagType::string, none, 0, 0, 0},  // ExifVersion
+    {{15277, 18}, TagType::string, none, 0, 0, 0},  // BillingInformation
+    {{15295, 8}, TagType::string, none, 0, 0, 0},  // Children
+    {{15303, 12}, TagType::string, none, 0, 0, 0},  // Participants
+    {{15315, 25}, TagType::string, none, 0, 0, 0},  // OptionalAttendeeAddresses
+    {{15340, 7}, TagType::string, none, 0, 0, 0},  // Company
+    {{15347, 8}, TagType::string, none, 0, 0, 0},  // Category
+    {{1115, 11}, TagType::string, none, 0, 0, 0},  // ContentType
+    {{15355, 6}, TagType::string, none, 0, 0, 0},  // Status
+    {{15361, 6}, TagType::string, none, 0, 0, 0},  // Slides
+    {{15367, 5}, TagType::string, none, 0, 0, 0},  // Pager
+    {{15372, 11}, TagType::string, none, 0, 0, 0},  // IMAddresses
+    {{15383, 6}, TagType::string, none, 0, 0, 0},  // Folder
+    {{15389, 14}, TagType::string, none, 0, 0, 0},  // ConversationID
+    {{15403, 14}, TagType::string, none, 0, 0, 0},  // BusinessStreet
+    {{1201, 12}, TagType::string, none, 0, 0, 0},  // DateReleased
+    {{15417, 5}, TagType::string, none, 0, 0, 0},  // POBox
+    {{15422, 12}, TagType::string, none, 0, 0, 0},  // ContactNames
+    {{15434, 10}, TagType::string, none, 0, 0, 0},  // DocumentID
+    {{15444, 9}, TagType::string, none, 0, 0, 0},  // LensModel
+    {{15453, 18}, TagType::string, none, 0, 0, 0},  // BusinessPostalCode
+    {{15471, 10}, TagType::string, none, 0, 0, 0},  // ReadStatus
+    {{15481, 10}, TagType::string, none, 0, 0, 0},  // Importance
+    {{15491, 10}, TagType::string, none, 0, 0, 0},  // FlagStatus
+    {{15501, 13}, TagType::string, none, 0, 0, 0},  // FromAddresses
+    {{15514, 9}, TagType::string, none, 0, 0, 0},  // FromNames
+    {{15523, 5}, TagType::string, none, 0, 0, 0},  // Store
+    {{15528, 11}, TagType::string, none, 0, 0, 0},  // ToAddresses
+    {{15539, 7}, TagType::string, none, 0, 0, 0},  // ToNames
+    {{15546, 7}, TagType::string, none, 0, 0, 0},  // Webpage
+    {{15553, 8}, TagType::string, none, 0, 0, 0},  // DateSent
+    {{15561, 12}, TagType::string, none, 0, 0, 0},  // BccAddresses
+    {{15573, 12}, TagType::string, none, 0, 0, 0},  // DateReceived
+    {{15585, 11}, TagType::string, none, 0, 0, 0},  // Attachments
+    {{15596, 8}, TagType::string, none, 0, 0, 0},  // BccNames
+    {{15604, 11}, TagType::string, none, 0, 0, 0},  // CcAddresses
+    {{15615, 7}, TagType::string, none, 0, 0, 0},  // CcNames
+    {{15622, 10}, TagType::string, none, 0, 0, 0},  // FolderPath
+    {{15632, 4}, TagType::string, none, 0, 0, 0},  // Path
+    {{15636, 11}, TagType::string, none, 0, 0, 0},  // AccountName
+    {{15647, 14}, TagType::string, none, 0, 0, 0},  // Country-Region
+    {{15661, 9}, TagType::string, none, 0, 0, 0},  // LensMaker
+    {{15670, 12}, TagType::string, none, 0, 0, 0},  // WhiteBalance
+    {{15682, 6}, TagType::string, none, 0, 0, 0},  // Shared
+    {{15688, 10}, TagType::string, none, 0, 0, 0},  // SharedWith
+    {{15698, 15}, TagType::string, none, 0, 0, 0},  // StateOrProvince
+    {{15713, 6}, TagType::string, none, 0, 0, 0},  // FileAs
+    {{15719, 12}, TagType::string, none, 0, 0, 0},  // IsAttachment
+    {{15731, 16}, TagType::string, none, 0, 0, 0},  // TotalEditingTime
+    {{15747, 11}, TagType::string, none, 0, 0, 0},  // LastPrinted
+    {{15758, 9}, TagType::string, none, 0, 0, 0},  // Untitled2
+    {{15767, 13}, TagType::string, none, 0, 0, 0},  // DateLastSaved
+    {{15780, 5}, TagType::string, none, 0, 0, 0},  // Pages
+    {{15785, 9}, TagType::string, none, 0, 0, 0},  // WordCount
+    {{15794, 11}, TagType::string, none, 0, 0, 0},  // ProgramName
+    {{1392, 8}, TagType::string, none, 0, 0, 0},  // Keywords
+    {{15805, 8}, TagType::string, none, 0, 0, 0},  // Comments
+    {{15813, 12}, TagType::string, none, 0, 0, 0},  // Contributors
+    {{15825, 8}, TagType::string, none, 0, 0, 0},  // Initials
+    {{15833, 4}, TagType::string, none, 0, 0, 0},  // Date
+    {{15837, 11}, TagType::string, none, 0, 0, 0},  // Sensitivity
+    {{15848, 13}, TagType::string, none, 0, 0, 0},  // E-mailAddress
+    {{15861, 10}, TagType::string, none, 0, 0, 0},  // Department
+    {{15871, 7}, TagType::string, none, 0, 0, 0},  // Mileage
+    {{15878, 11}, TagType::string, none, 0, 0, 0},  // OtherStreet
 };
 constexpr detail::TextRef kChoicesMicrosoft[] = {
     {15889, 1}, {15890, 1}, {15891, 1}, {15892, 1}, {15893, 1}, {15894, 1}, {15889, 1}, {15895, 3},
@@ -3201,204 +3201,203 @@ constexpr std::uint16_t kKeyOrderMicrosoft[] = {
     157, 374, 387, 222, 398, 267, 158,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsMicrosoft[410];
-constinit detail::StreamTags gTagsMicrosoft("Microsoft", kText, kTagsMicrosoft, kKeyOrderMicrosoft, kChoicesMicrosoft, gItemsMicrosoft, &TagStringsCatalogue::stringsMicrosoft);
 
 // Minolta: 192 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMinolta[] = {
-    {{33037, 14}, TagType::int8u, 2, 0, 0, 8},  // AFSensorActive
-    {{33051, 20}, TagType::int16s, 2, 0, 8, 2},  // AFStatusActiveSensor
-    {{33071, 17}, TagType::int16s, 2, 0, 8, 2},  // AFStatusTop-right
-    {{33088, 20}, TagType::int16s, 2, 0, 8, 2},  // AFStatusBottom-right
-    {{33108, 14}, TagType::int16s, 2, 0, 8, 2},  // AFStatusBottom
-    {{33122, 24}, TagType::int16s, 2, 0, 8, 2},  // AFStatusMiddleHorizontal
-    {{33146, 22}, TagType::int16s, 2, 0, 8, 2},  // AFStatusCenterVertical
-    {{33168, 11}, TagType::int16s, 2, 0, 8, 2},  // AFStatusTop
-    {{33179, 16}, TagType::int16s, 2, 0, 8, 2},  // AFStatusTop-left
-    {{33195, 19}, TagType::int16s, 2, 0, 8, 2},  // AFStatusBottom-left
-    {{33214, 11}, TagType::int8u, 2, 0, 10, 4},  // FocusLocked
-    {{33225, 7}, TagType::int8u, 2, 0, 14, 10},  // AFPoint
-    {{33232, 6}, TagType::int8u, 2, 0, 24, 4},  // AFMode
-    {{33238, 12}, TagType::int16s, 2, 0, 8, 2},  // AFStatusLeft
-    {{33250, 24}, TagType::int16s, 2, 0, 8, 2},  // AFStatusCenterHorizontal
-    {{33274, 13}, TagType::int16s, 2, 0, 8, 2},  // AFStatusRight
-    {{33287, 10}, TagType::int32s, 2, 0, 28, 3},  // AFAreaMode
-    {{33297, 12}, TagType::int32s, 2, 0, 31, 13},  // ExposureMode
-    {{13705, 9}, TagType::int32s, 2, 0, 44, 5},  // FlashMode
-    {{15670, 12}, TagType::int32s, 2, 0, 49, 16},  // WhiteBalance
-    {{33309, 16}, TagType::int32s, 2, 0, 65, 8},  // MinoltaImageSize
-    {{33325, 14}, TagType::int32s, 2, 0, 73, 10},  // MinoltaQuality
-    {{33339, 9}, TagType::int32s, 2, 0, 14, 10},  // DriveMode
-    {{13682, 12}, TagType::int32s, 2, 0, 28, 3},  // MeteringMode
-    {{33348, 3}, TagType::int32s, 2, 0, 0, 0},  // ISO
-    {{13598, 12}, TagType::int32s, 2, 0, 0, 0},  // ExposureTime
-    {{33351, 7}, TagType::float_, 2, 0, 0, 0},  // FNumber
-    {{33358, 9}, TagType::int32u, 2, 0, 83, 2},  // MacroMode
-    {{33367, 11}, TagType::int32u, 2, 0, 28, 3},  // DigitalZoom
-    {{33378, 20}, TagType::float_, 2, 0, 0, 0},  // ExposureCompensation
-    {{33398, 11}, TagType::int32u, 2, 0, 28, 3},  // BracketStep
-    {{33409, 14}, TagType::int32u, 2, 0, 0, 0},  // IntervalLength
-    {{33423, 14}, TagType::int32u, 2, 0, 0, 0},  // IntervalNumber
-    {{13714, 11}, TagType::float_, 2, 0, 0, 0},  // FocalLength
-    {{33437, 13}, TagType::int32s, 2, 0, 0, 0},  // FocusDistance
-    {{33450, 10}, TagType::int32u, 2, 0, 83, 2},  // FlashFired
-    {{33460, 11}, TagType::int32u, 2, 0, 0, 0},  // MinoltaDate
-    {{33471, 11}, TagType::int32u, 2, 0, 0, 0},  // MinoltaTime
-    {{13398, 11}, TagType::int32s, 2, 0, 0, 0},  // MaxAperture
-    {{33482, 16}, TagType::int32u, 2, 0, 83, 2},  // FileNumberMemory
-    {{33498, 14}, TagType::int32u, 2, 0, 0, 0},  // LastFileNumber
-    {{33512, 15}, TagType::int32u, 2, 0, 0, 0},  // ColorBalanceRed
-    {{33527, 17}, TagType::int32u, 2, 0, 0, 0},  // ColorBalanceGreen
-    {{33544, 16}, TagType::int32u, 2, 0, 0, 0},  // ColorBalanceBlue
-    {{14090, 10}, TagType::int32s, 2, 0, 85, 1},  // Saturation
-    {{33560, 8}, TagType::int32s, 2, 0, 85, 1},  // Contrast
-    {{33568, 9}, TagType::int32s, 2, 0, 28, 3},  // Sharpness
-    {{33577, 14}, TagType::int32u, 2, 0, 86, 6},  // SubjectProgram
-    {{33591, 17}, TagType::float_, 2, 0, 0, 0},  // FlashExposureComp
-    {{33608, 10}, TagType::int32s, 2, 0, 92, 17},  // ISOSetting
-    {{33618, 14}, TagType::int32u, 2, 0, 0, 8},  // MinoltaModelID
-    {{33632, 12}, TagType::int32u, 2, 0, 83, 2},  // IntervalMode
-    {{15105, 10}, TagType::int32u, 2, 0, 83, 2},  // FolderName
-    {{33644, 9}, TagType::int32s, 2, 0, 109, 29},  // ColorMode
-    {{33653, 11}, TagType::int32u, 2, 0, 0, 0},  // ColorFilter
-    {{33664, 8}, TagType::int32u, 2, 0, 0, 0},  // BWFilter
-    {{33672, 13}, TagType::int32u, 2, 0, 83, 2},  // InternalFlash
-    {{33685, 10}, TagType::int32u, 2, 0, 0, 0},  // Brightness
-    {{33695, 15}, TagType::int32u, 2, 0, 0, 0},  // SpotFocusPointX
-    {{33710, 15}, TagType::int32u, 2, 0, 0, 0},  // SpotFocusPointY
-    {{33725, 13}, TagType::int32u, 2, 0, 44, 5},  // WideFocusZone
-    {{33738, 9}, TagType::int32s, 2, 0, 138, 6},  // FocusMode
-    {{33747, 9}, TagType::int32u, 2, 0, 83, 2},  // FocusArea
-    {{33756, 11}, TagType::int32u, 2, 0, 24, 4},  // DECPosition
-    {{33767, 12}, TagType::int32u, 2, 0, 83, 2},  // ColorProfile
-    {{33779, 11}, TagType::int32u, 2, 0, 44, 5},  // DataImprint
-    {{33790, 13}, TagType::int32s, 2, 0, 28, 3},  // FlashMetering
-    {{33803, 5}, TagType::int16u, 2, 0, 83, 2},  // Flash
-    {{827, 10}, TagType::int16u, 2, 0, 144, 5},  // ColorSpace
-    {{33808, 20}, TagType::int16u, 2, 0, 0, 0},  // FreeMemoryCardImages
-    {{33828, 16}, TagType::int32s, 2, 0, 0, 0},  // ColorTemperature
-    {{33844, 13}, TagType::int16u, 2, 0, 0, 0},  // HueAdjustment
-    {{33857, 8}, TagType::int32s, 2, 0, 149, 6},  // Rotation
-    {{33865, 13}, TagType::int16u, 2, 0, 14, 10},  // PictureFinish
-    {{33878, 11}, TagType::int16u, 2, 0, 0, 0},  // ImageNumber
-    {{33889, 14}, TagType::int16u, 2, 0, 83, 2},  // NoiseReduction
-    {{33903, 18}, TagType::int32s, 2, 0, 155, 4},  // ImageStabilization
-    {{33921, 8}, TagType::int16u, 2, 0, 159, 10},  // AFPoints
-    {{33929, 12}, TagType::int16u, 2, 0, 0, 0},  // ImageNumber2
-    {{33941, 14}, TagType::int16u, 2, 0, 83, 2},  // ZoneMatchingOn
-    {{33955, 27}, TagType::int16u, 2, 0, 0, 0},  // ExposureCompensationSetting
-    {{33982, 13}, TagType::int16u, 2, 0, 83, 2},  // HighSpeedSync
-    {{33995, 19}, TagType::int16u, 2, 0, 0, 0},  // ShutterSpeedSetting
-    {{34014, 15}, TagType::int16u, 2, 0, 0, 0},  // ApertureSetting
-    {{34029, 10}, TagType::int16u, 2, 0, 169, 10},  // DriveMode2
-    {{34039, 15}, TagType::int16u, 2, 0, 179, 9},  // AFPointSelected
-    {{34054, 20}, TagType::int16u, 2, 0, 0, 0},  // FlashExposureCompSet
-    {{34074, 16}, TagType::int16u, 2, 0, 28, 3},  // ZoneMatchingMode
-    {{34090, 21}, TagType::int16u, 2, 0, 28, 3},  // DynamicRangeOptimizer
-    {{34111, 27}, TagType::int16u, 2, 0, 83, 2},  // PrioritySetupShutterRelease
-    {{34138, 13}, TagType::int16u, 2, 0, 188, 2},  // SelfTimerTime
-    {{34151, 20}, TagType::int16u, 2, 0, 190, 2},  // ContinuousBracketing
-    {{34171, 21}, TagType::int16u, 2, 0, 192, 2},  // SingleFrameBracketing
-    {{34192, 22}, TagType::int32s, 2, 0, 194, 5},  // WhiteBalanceBracketing
-    {{34214, 19}, TagType::int16u, 2, 0, 199, 7},  // WhiteBalanceSetting
-    {{34233, 18}, TagType::int16u, 2, 0, 206, 6},  // PresetWhiteBalance
-    {{34251, 23}, TagType::int16u, 2, 0, 212, 2},  // ColorTemperatureSetting
-    {{34274, 15}, TagType::int16u, 2, 0, 83, 2},  // CustomWBSetting
-    {{34289, 28}, TagType::int16u, 2, 0, 28, 3},  // DynamicRangeOptimizerSetting
-    {{34317, 16}, TagType::int16u, 2, 0, 0, 0},  // CustomWBRedLevel
-    {{34333, 18}, TagType::int16u, 2, 0, 0, 0},  // CustomWBGreenLevel
-    {{34351, 17}, TagType::int16u, 2, 0, 0, 0},  // CustomWBBlueLevel
-    {{34368, 13}, TagType::int16u, 2, 0, 83, 2},  // CustomWBError
-    {{34381, 20}, TagType::int32s, 2, 0, 0, 0},  // WhiteBalanceFineTune
-    {{34401, 23}, TagType::int32s, 2, 0, 0, 0},  // ColorCompensationFilter
-    {{34424, 13}, TagType::int16u, 2, 0, 28, 3},  // SonyImageSize
-    {{34437, 11}, TagType::int16u, 2, 0, 214, 4},  // SonyQuality
-    {{34448, 19}, TagType::int16u, 2, 0, 0, 0},  // InstantPlaybackTime
-    {{34467, 20}, TagType::int16u, 2, 0, 218, 3},  // InstantPlaybackSetup
-    {{34487, 10}, TagType::int16u, 2, 0, 83, 2},  // EyeStartAF
-    {{34497, 15}, TagType::int16u, 2, 0, 83, 2},  // RedEyeReduction
-    {{34512, 12}, TagType::int16u, 2, 0, 83, 2},  // FlashDefault
-    {{34524, 16}, TagType::int16u, 2, 0, 83, 2},  // AutoBracketOrder
-    {{34540, 15}, TagType::int16u, 2, 0, 83, 2},  // FocusHoldButton
-    {{34555, 9}, TagType::int16u, 2, 0, 24, 4},  // AELButton
-    {{34564, 14}, TagType::int16u, 2, 0, 83, 2},  // ControlDialSet
-    {{34578, 24}, TagType::int32s, 2, 0, 83, 2},  // ExposureCompensationMode
-    {{34602, 8}, TagType::int16u, 2, 0, 83, 2},  // AFAssist
-    {{34610, 15}, TagType::int16u, 2, 0, 83, 2},  // CardShutterLock
-    {{34625, 15}, TagType::int16u, 2, 0, 83, 2},  // LensShutterLock
-    {{34640, 18}, TagType::int16u, 2, 0, 28, 3},  // AFAreaIllumination
-    {{34658, 17}, TagType::int16u, 2, 0, 83, 2},  // MonitorDisplayOff
-    {{34675, 13}, TagType::int16u, 2, 0, 83, 2},  // RecordDisplay
-    {{34688, 11}, TagType::int16u, 2, 0, 83, 2},  // PlayDisplay
-    {{34699, 17}, TagType::int16u, 2, 0, 221, 22},  // ExposureIndicator
-    {{34716, 20}, TagType::int16u, 2, 0, 221, 22},  // AELExposureIndicator
-    {{34736, 31}, TagType::int16u, 2, 0, 221, 22},  // ExposureBracketingIndicatorLast
-    {{34767, 25}, TagType::int16u, 2, 0, 243, 3},  // MeteringOffScaleIndicator
-    {{34792, 22}, TagType::int16u, 2, 0, 221, 22},  // FlashExposureIndicator
-    {{34814, 26}, TagType::int16u, 2, 0, 221, 22},  // FlashExposureIndicatorNext
-    {{34840, 26}, TagType::int16u, 2, 0, 221, 22},  // FlashExposureIndicatorLast
-    {{34866, 15}, TagType::int16u, 2, 0, 83, 2},  // FocusModeSwitch
-    {{34881, 9}, TagType::int16u, 2, 0, 28, 3},  // FlashType
-    {{34890, 6}, TagType::int16u, 2, 0, 83, 2},  // AELock
-    {{34896, 12}, TagType::int16u, 2, 0, 246, 4},  // BatteryState
-    {{34908, 4}, TagType::string, 0, 32, 0, 0},  // Make
-    {{34912, 15}, TagType::string, 0, 16, 0, 0},  // SoftwareVersion
-    {{34927, 9}, TagType::string, 0, 8, 0, 0},  // ModelType
-    {{34936, 16}, TagType::string, 2, 4, 0, 0},  // MakerNoteVersion
-    {{34952, 19}, TagType::int32u, 2, 0, 0, 0},  // CompressedImageSize
-    {{34971, 12}, TagType::string, 2, 0, 0, 0},  // PreviewImage
-    {{34983, 17}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageStart
-    {{35000, 18}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageLength
-    {{35018, 9}, TagType::int32u, 2, 0, 250, 25},  // SceneMode
-    {{35027, 13}, TagType::int32u, 2, 0, 275, 9},  // Teleconverter
-    {{35040, 18}, TagType::int32u, 2, 0, 83, 2},  // RawAndJpgRecording
-    {{35058, 12}, TagType::int32u, 2, 0, 28, 3},  // ZoneMatching
-    {{35070, 8}, TagType::string, 2, 0, 284, 295},  // LensType
-    {{35078, 22}, TagType::string, 10, 0, 0, 0},  // MinoltaCameraSettings2
-    {{35100, 25}, TagType::int8u, 2, 0, 83, 2},  // ImageStabilizationSetting
-    {{35125, 25}, TagType::int8u, 2, 0, 28, 3},  // DynamicRangeOptimizerMode
-    {{35150, 19}, TagType::int8u, 2, 0, 0, 0},  // WBBracketShotNumber
-    {{35169, 25}, TagType::int8u, 2, 0, 0, 0},  // ExposureBracketShotNumber
-    {{35194, 13}, TagType::int16u, 2, 0, 579, 10},  // FlashFunction
-    {{35207, 9}, TagType::int16u, 2, 0, 0, 0},  // AverageLV
-    {{8728, 11}, TagType::int8u, 2, 0, 0, 0},  // FrameNumber
-    {{35216, 12}, TagType::int16u, 2, 3, 0, 0},  // WB_RGBLevels
-    {{35228, 13}, TagType::int16u, 2, 4, 0, 0},  // WB_GBRGLevels
-    {{35241, 20}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsTungsten
-    {{35261, 21}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsTungsten
-    {{35282, 20}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsDaylight
-    {{35302, 21}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsDaylight
-    {{35323, 18}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsCloudy
-    {{35341, 19}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsCloudy
-    {{35360, 17}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsFlash
-    {{35377, 18}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsFlash
-    {{35395, 23}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsFluorescent
-    {{35418, 24}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsFluorescent
-    {{35442, 17}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsShade
-    {{35459, 18}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsShade
-    {{35477, 16}, TagType::int16u, 2, 0, 0, 0},  // WB_RedLevel6500K
-    {{35493, 17}, TagType::int16u, 2, 0, 0, 0},  // WB_BlueLevel6500K
-    {{35510, 17}, TagType::int16u, 2, 0, 0, 0},  // WB_RedLevelCustom
-    {{35527, 18}, TagType::int16u, 2, 0, 0, 0},  // WB_BlueLevelCustom
-    {{35545, 16}, TagType::int16u, 2, 0, 0, 0},  // WB_RedLevel3500K
-    {{35561, 17}, TagType::int16u, 2, 0, 0, 0},  // WB_BlueLevel3500K
-    {{35578, 18}, TagType::int16u, 2, 75, 0, 0},  // WB_RedLevelsKelvin
-    {{35596, 19}, TagType::int16u, 2, 75, 0, 0},  // WB_BlueLevelsKelvin
-    {{35615, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsFlash
-    {{35631, 21}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCoolWhiteF
-    {{35652, 19}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsTungsten
-    {{35671, 19}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsDaylight
-    {{35690, 17}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCloudy
-    {{35707, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsShade
-    {{35723, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels6500K
-    {{35739, 17}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCustom
-    {{35756, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels3500K
-    {{35772, 18}, TagType::int8u, 2, 40, 0, 0},  // AEMeteringSegments
-    {{35790, 10}, TagType::int8u, 2, 0, 0, 0},  // MeasuredLV
-    {{35800, 15}, TagType::int8u, 2, 0, 0, 0},  // BrightnessValue
-    {{35815, 17}, TagType::string, 0, 9600, 0, 0},  // TiffMeteringImage
-    {{35832, 20}, TagType::string, 2, 12, 0, 0},  // InternalSerialNumber
+    {{33037, 14}, TagType::int8u, writable, 0, 0, 8},  // AFSensorActive
+    {{33051, 20}, TagType::int16s, writable, 0, 8, 2},  // AFStatusActiveSensor
+    {{33071, 17}, TagType::int16s, writable, 0, 8, 2},  // AFStatusTop-right
+    {{33088, 20}, TagType::int16s, writable, 0, 8, 2},  // AFStatusBottom-right
+    {{33108, 14}, TagType::int16s, writable, 0, 8, 2},  // AFStatusBottom
+    {{33122, 24}, TagType::int16s, writable, 0, 8, 2},  // AFStatusMiddleHorizontal
+    {{33146, 22}, TagType::int16s, writable, 0, 8, 2},  // AFStatusCenterVertical
+    {{33168, 11}, TagType::int16s, writable, 0, 8, 2},  // AFStatusTop
+    {{33179, 16}, TagType::int16s, writable, 0, 8, 2},  // AFStatusTop-left
+    {{33195, 19}, TagType::int16s, writable, 0, 8, 2},  // AFStatusBottom-left
+    {{33214, 11}, TagType::int8u, writable, 0, 10, 4},  // FocusLocked
+    {{33225, 7}, TagType::int8u, writable, 0, 14, 10},  // AFPoint
+    {{33232, 6}, TagType::int8u, writable, 0, 24, 4},  // AFMode
+    {{33238, 12}, TagType::int16s, writable, 0, 8, 2},  // AFStatusLeft
+    {{33250, 24}, TagType::int16s, writable, 0, 8, 2},  // AFStatusCenterHorizontal
+    {{33274, 13}, TagType::int16s, writable, 0, 8, 2},  // AFStatusRight
+    {{33287, 10}, TagType::int32s, writable, 0, 28, 3},  // AFAreaMode
+    {{33297, 12}, TagType::int32s, writable, 0, 31, 13},  // ExposureMode
+    {{13705, 9}, TagType::int32s, writable, 0, 44, 5},  // FlashMode
+    {{15670, 12}, TagType::int32s, writable, 0, 49, 16},  // WhiteBalance
+    {{33309, 16}, TagType::int32s, writable, 0, 65, 8},  // MinoltaImageSize
+    {{33325, 14}, TagType::int32s, writable, 0, 73, 10},  // MinoltaQuality
+    {{33339, 9}, TagType::int32s, writable, 0, 14, 10},  // DriveMode
+    {{13682, 12}, TagType::int32s, writable, 0, 28, 3},  // MeteringMode
+    {{33348, 3}, TagType::int32s, writable, 0, 0, 0},  // ISO
+    {{13598, 12}, TagType::int32s, writable, 0, 0, 0},  // ExposureTime
+    {{33351, 7}, TagType::float_, writable, 0, 0, 0},  // FNumber
+    {{33358, 9}, TagType::int32u, writable, 0, 83, 2},  // MacroMode
+    {{33367, 11}, TagType::int32u, writable, 0, 28, 3},  // DigitalZoom
+    {{33378, 20}, TagType::float_, writable, 0, 0, 0},  // ExposureCompensation
+    {{33398, 11}, TagType::int32u, writable, 0, 28, 3},  // BracketStep
+    {{33409, 14}, TagType::int32u, writable, 0, 0, 0},  // IntervalLength
+    {{33423, 14}, TagType::int32u, writable, 0, 0, 0},  // IntervalNumber
+    {{13714, 11}, TagType::float_, writable, 0, 0, 0},  // FocalLength
+    {{33437, 13}, TagType::int32s, writable, 0, 0, 0},  // FocusDistance
+    {{33450, 10}, TagType::int32u, writable, 0, 83, 2},  // FlashFired
+    {{33460, 11}, TagType::int32u, writable, 0, 0, 0},  // MinoltaDate
+    {{33471, 11}, TagType::int32u, writable, 0, 0, 0},  // MinoltaTime
+    {{13398, 11}, TagType::int32s, writable, 0, 0, 0},  // MaxAperture
+    {{33482, 16}, TagType::int32u, writable, 0, 83, 2},  // FileNumberMemory
+    {{33498, 14}, TagType::int32u, writable, 0, 0, 0},  // LastFileNumber
+    {{33512, 15}, TagType::int32u, writable, 0, 0, 0},  // ColorBalanceRed
+    {{33527, 17}, TagType::int32u, writable, 0, 0, 0},  // ColorBalanceGreen
+    {{33544, 16}, TagType::int32u, writable, 0, 0, 0},  // ColorBalanceBlue
+    {{14090, 10}, TagType::int32s, writable, 0, 85, 1},  // Saturation
+    {{33560, 8}, TagType::int32s, writable, 0, 85, 1},  // Contrast
+    {{33568, 9}, TagType::int32s, writable, 0, 28, 3},  // Sharpness
+    {{33577, 14}, TagType::int32u, writable, 0, 86, 6},  // SubjectProgram
+    {{33591, 17}, TagType::float_, writable, 0, 0, 0},  // FlashExposureComp
+    {{33608, 10}, TagType::int32s, writable, 0, 92, 17},  // ISOSetting
+    {{33618, 14}, TagType::int32u, writable, 0, 0, 8},  // MinoltaModelID
+    {{33632, 12}, TagType::int32u, writable, 0, 83, 2},  // IntervalMode
+    {{15105, 10}, TagType::int32u, writable, 0, 83, 2},  // FolderName
+    {{33644, 9}, TagType::int32s, writable, 0, 109, 29},  // ColorMode
+    {{33653, 11}, TagType::int32u, writable, 0, 0, 0},  // ColorFilter
+    {{33664, 8}, TagType::int32u, writable, 0, 0, 0},  // BWFilter
+    {{33672, 13}, TagType::int32u, writable, 0, 83, 2},  // InternalFlash
+    {{33685, 10}, TagType::int32u, writable, 0, 0, 0},  // Brightness
+    {{33695, 15}, TagType::int32u, writable, 0, 0, 0},  // SpotFocusPointX
+    {{33710, 15}, TagType::int32u, writable, 0, 0, 0},  // SpotFocusPointY
+    {{33725, 13}, TagType::int32u, writable, 0, 44, 5},  // WideFocusZone
+    {{33738, 9}, TagType::int32s, writable, 0, 138, 6},  // FocusMode
+    {{33747, 9}, TagType::int32u, writable, 0, 83, 2},  // FocusArea
+    {{33756, 11}, TagType::int32u, writable, 0, 24, 4},  // DECPosition
+    {{33767, 12}, TagType::int32u, writable, 0, 83, 2},  // ColorProfile
+    {{33779, 11}, TagType::int32u, writable, 0, 44, 5},  // DataImprint
+    {{33790, 13}, TagType::int32s, writable, 0, 28, 3},  // FlashMetering
+    {{33803, 5}, TagType::int16u, writable, 0, 83, 2},  // Flash
+    {{827, 10}, TagType::int16u, writable, 0, 144, 5},  // ColorSpace
+    {{33808, 20}, TagType::int16u, writable, 0, 0, 0},  // FreeMemoryCardImages
+    {{33828, 16}, TagType::int32s, writable, 0, 0, 0},  // ColorTemperature
+    {{33844, 13}, TagType::int16u, writable, 0, 0, 0},  // HueAdjustment
+    {{33857, 8}, TagType::int32s, writable, 0, 149, 6},  // Rotation
+    {{33865, 13}, TagType::int16u, writable, 0, 14, 10},  // PictureFinish
+    {{33878, 11}, TagType::int16u, writable, 0, 0, 0},  // ImageNumber
+    {{33889, 14}, TagType::int16u, writable, 0, 83, 2},  // NoiseReduction
+    {{33903, 18}, TagType::int32s, writable, 0, 155, 4},  // ImageStabilization
+    {{33921, 8}, TagType::int16u, writable, 0, 159, 10},  // AFPoints
+    {{33929, 12}, TagType::int16u, writable, 0, 0, 0},  // ImageNumber2
+    {{33941, 14}, TagType::int16u, writable, 0, 83, 2},  // ZoneMatchingOn
+    {{33955, 27}, TagType::int16u, writable, 0, 0, 0},  // ExposureCompensationSetting
+    {{33982, 13}, TagType::int16u, writable, 0, 83, 2},  // HighSpeedSync
+    {{33995, 19}, TagType::int16u, writable, 0, 0, 0},  // ShutterSpeedSetting
+    {{34014, 15}, TagType::int16u, writable, 0, 0, 0},  // ApertureSetting
+    {{34029, 10}, TagType::int16u, writable, 0, 169, 10},  // DriveMode2
+    {{34039, 15}, TagType::int16u, writable, 0, 179, 9},  // AFPointSelected
+    {{34054, 20}, TagType::int16u, writable, 0, 0, 0},  // FlashExposureCompSet
+    {{34074, 16}, TagType::int16u, writable, 0, 28, 3},  // ZoneMatchingMode
+    {{34090, 21}, TagType::int16u, writable, 0, 28, 3},  // DynamicRangeOptimizer
+    {{34111, 27}, TagType::int16u, writable, 0, 83, 2},  // PrioritySetupShutterRelease
+    {{34138, 13}, TagType::int16u, writable, 0, 188, 2},  // SelfTimerTime
+    {{34151, 20}, TagType::int16u, writable, 0, 190, 2},  // ContinuousBracketing
+    {{34171, 21}, TagType::int16u, writable, 0, 192, 2},  // SingleFrameBracketing
+    {{34192, 22}, TagType::int32s, writable, 0, 194, 5},  // WhiteBalanceBracketing
+    {{34214, 19}, TagType::int16u, writable, 0, 199, 7},  // WhiteBalanceSetting
+    {{34233, 18}, TagType::int16u, writable, 0, 206, 6},  // PresetWhiteBalance
+    {{34251, 23}, TagType::int16u, writable, 0, 212, 2},  // ColorTemperatureSetting
+    {{34274, 15}, TagType::int16u, writable, 0, 83, 2},  // CustomWBSetting
+    {{34289, 28}, TagType::int16u, writable, 0, 28, 3},  // DynamicRangeOptimizerSetting
+    {{34317, 16}, TagType::int16u, writable, 0, 0, 0},  // CustomWBRedLevel
+    {{34333, 18}, TagType::int16u, writable, 0, 0, 0},  // CustomWBGreenLevel
+    {{34351, 17}, TagType::int16u, writable, 0, 0, 0},  // CustomWBBlueLevel
+    {{34368, 13}, TagType::int16u, writable, 0, 83, 2},  // CustomWBError
+    {{34381, 20}, TagType::int32s, writable, 0, 0, 0},  // WhiteBalanceFineTune
+    {{34401, 23}, TagType::int32s, writable, 0, 0, 0},  // ColorCompensationFilter
+    {{34424, 13}, TagType::int16u, writable, 0, 28, 3},  // SonyImageSize
+    {{34437, 11}, TagType::int16u, writable, 0, 214, 4},  // SonyQuality
+    {{34448, 19}, TagType::int16u, writable, 0, 0, 0},  // InstantPlaybackTime
+    {{34467, 20}, TagType::int16u, writable, 0, 218, 3},  // InstantPlaybackSetup
+    {{34487, 10}, TagType::int16u, writable, 0, 83, 2},  // EyeStartAF
+    {{34497, 15}, TagType::int16u, writable, 0, 83, 2},  // RedEyeReduction
+    {{34512, 12}, TagType::int16u, writable, 0, 83, 2},  // FlashDefault
+    {{34524, 16}, TagType::int16u, writable, 0, 83, 2},  // AutoBracketOrder
+    {{34540, 15}, TagType::int16u, writable, 0, 83, 2},  // FocusHoldButton
+    {{34555, 9}, TagType::int16u, writable, 0, 24, 4},  // AELButton
+    {{34564, 14}, TagType::int16u, writable, 0, 83, 2},  // ControlDialSet
+    {{34578, 24}, TagType::int32s, writable, 0, 83, 2},  // ExposureCompensationMode
+    {{34602, 8}, TagType::int16u, writable, 0, 83, 2},  // AFAssist
+    {{34610, 15}, TagType::int16u, writable, 0, 83, 2},  // CardShutterLock
+    {{34625, 15}, TagType::int16u, writable, 0, 83, 2},  // LensShutterLock
+    {{34640, 18}, TagType::int16u, writable, 0, 28, 3},  // AFAreaIllumination
+    {{34658, 17}, TagType::int16u, writable, 0, 83, 2},  // MonitorDisplayOff
+    {{34675, 13}, TagType::int16u, writable, 0, 83, 2},  // RecordDisplay
+    {{34688, 11}, TagType::int16u, writable, 0, 83, 2},  // PlayDisplay
+    {{34699, 17}, TagType::int16u, writable, 0, 221, 22},  // ExposureIndicator
+    {{34716, 20}, TagType::int16u, writable, 0, 221, 22},  // AELExposureIndicator
+    {{34736, 31}, TagType::int16u, writable, 0, 221, 22},  // ExposureBracketingIndicatorLast
+    {{34767, 25}, TagType::int16u, writable, 0, 243, 3},  // MeteringOffScaleIndicator
+    {{34792, 22}, TagType::int16u, writable, 0, 221, 22},  // FlashExposureIndicator
+    {{34814, 26}, TagType::int16u, writable, 0, 221, 22},  // FlashExposureIndicatorNext
+    {{34840, 26}, TagType::int16u, writable, 0, 221, 22},  // FlashExposureIndicatorLast
+    {{34866, 15}, TagType::int16u, writable, 0, 83, 2},  // FocusModeSwitch
+    {{34881, 9}, TagType::int16u, writable, 0, 28, 3},  // FlashType
+    {{34890, 6}, TagType::int16u, writable, 0, 83, 2},  // AELock
+    {{34896, 12}, TagType::int16u, writable, 0, 246, 4},  // BatteryState
+    {{34908, 4}, TagType::string, none, 32, 0, 0},  // Make
+    {{34912, 15}, TagType::string, none, 16, 0, 0},  // SoftwareVersion
+    {{34927, 9}, TagType::string, none, 8, 0, 0},  // ModelType
+    {{34936, 16}, TagType::string, writable, 4, 0, 0},  // MakerNoteVersion
+    {{34952, 19}, TagType::int32u, writable, 0, 0, 0},  // CompressedImageSize
+    {{34971, 12}, TagType::string, writable, 0, 0, 0},  // PreviewImage
+    {{34983, 17}, TagType::int32u, writable, 0, 0, 0},  // PreviewImageStart
+    {{35000, 18}, TagType::int32u, writable, 0, 0, 0},  // PreviewImageLength
+    {{35018, 9}, TagType::int32u, writable, 0, 250, 25},  // SceneMode
+    {{35027, 13}, TagType::int32u, writable, 0, 275, 9},  // Teleconverter
+    {{35040, 18}, TagType::int32u, writable, 0, 83, 2},  // RawAndJpgRecording
+    {{35058, 12}, TagType::int32u, writable, 0, 28, 3},  // ZoneMatching
+    {{35070, 8}, TagType::string, writable, 0, 284, 295},  // LensType
+    {{35078, 22}, TagType::string, writable | binary, 0, 0, 0},  // MinoltaCameraSettings2
+    {{35100, 25}, TagType::int8u, writable, 0, 83, 2},  // ImageStabilizationSetting
+    {{35125, 25}, TagType::int8u, writable, 0, 28, 3},  // DynamicRangeOptimizerMode
+    {{35150, 19}, TagType::int8u, writable, 0, 0, 0},  // WBBracketShotNumber
+    {{35169, 25}, TagType::int8u, writable, 0, 0, 0},  // ExposureBracketShotNumber
+    {{35194, 13}, TagType::int16u, writable, 0, 579, 10},  // FlashFunction
+    {{35207, 9}, TagType::int16u, writable, 0, 0, 0},  // AverageLV
+    {{8728, 11}, TagType::int8u, writable, 0, 0, 0},  // FrameNumber
+    {{35216, 12}, TagType::int16u, writable, 3, 0, 0},  // WB_RGBLevels
+    {{35228, 13}, TagType::int16u, writable, 4, 0, 0},  // WB_GBRGLevels
+    {{35241, 20}, TagType::int16u, writable, 7, 0, 0},  // WB_RedLevelsTungsten
+    {{35261, 21}, TagType::int16u, writable, 7, 0, 0},  // WB_BlueLevelsTungsten
+    {{35282, 20}, TagType::int16u, writable, 7, 0, 0},  // WB_RedLevelsDaylight
+    {{35302, 21}, TagType::int16u, writable, 7, 0, 0},  // WB_BlueLevelsDaylight
+    {{35323, 18}, TagType::int16u, writable, 7, 0, 0},  // WB_RedLevelsCloudy
+    {{35341, 19}, TagType::int16u, writable, 7, 0, 0},  // WB_BlueLevelsCloudy
+    {{35360, 17}, TagType::int16u, writable, 7, 0, 0},  // WB_RedLevelsFlash
+    {{35377, 18}, TagType::int16u, writable, 7, 0, 0},  // WB_BlueLevelsFlash
+    {{35395, 23}, TagType::int16u, writable, 7, 0, 0},  // WB_RedLevelsFluorescent
+    {{35418, 24}, TagType::int16u, writable, 7, 0, 0},  // WB_BlueLevelsFluorescent
+    {{35442, 17}, TagType::int16u, writable, 7, 0, 0},  // WB_RedLevelsShade
+    {{35459, 18}, TagType::int16u, writable, 7, 0, 0},  // WB_BlueLevelsShade
+    {{35477, 16}, TagType::int16u, writable, 0, 0, 0},  // WB_RedLevel6500K
+    {{35493, 17}, TagType::int16u, writable, 0, 0, 0},  // WB_BlueLevel6500K
+    {{35510, 17}, TagType::int16u, writable, 0, 0, 0},  // WB_RedLevelCustom
+    {{35527, 18}, TagType::int16u, writable, 0, 0, 0},  // WB_BlueLevelCustom
+    {{35545, 16}, TagType::int16u, writable, 0, 0, 0},  // WB_RedLevel3500K
+    {{35561, 17}, TagType::int16u, writable, 0, 0, 0},  // WB_BlueLevel3500K
+    {{35578, 18}, TagType::int16u, writable, 75, 0, 0},  // WB_RedLevelsKelvin
+    {{35596, 19}, TagType::int16u, writable, 75, 0, 0},  // WB_BlueLevelsKelvin
+    {{35615, 16}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsFlash
+    {{35631, 21}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsCoolWhiteF
+    {{35652, 19}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsTungsten
+    {{35671, 19}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsDaylight
+    {{35690, 17}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsCloudy
+    {{35707, 16}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsShade
+    {{35723, 16}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevels6500K
+    {{35739, 17}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsCustom
+    {{35756, 16}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevels3500K
+    {{35772, 18}, TagType::int8u, writable, 40, 0, 0},  // AEMeteringSegments
+    {{35790, 10}, TagType::int8u, writable, 0, 0, 0},  // MeasuredLV
+    {{35800, 15}, TagType::int8u, writable, 0, 0, 0},  // BrightnessValue
+    {{35815, 17}, TagType::string, none, 9600, 0, 0},  // TiffMeteringImage
+    {{35832, 20}, TagType::string, writable, 12, 0, 0},  // InternalSerialNumber
 };
 constexpr detail::TextRef kChoicesMinolta[] = {
     {15893, 1}, {15894, 1}, {15889, 1}, {15890, 1}, {15891, 1}, {15892, 1}, {35852, 1}, {35853, 1},
@@ -6026,47 +6025,46 @@ constexpr std::uint16_t kKeyOrderMinolta[] = {
     174, 170, 172, 162, 160, 164, 166, 176, 168, 158, 19, 93, 103, 94, 60, 146, 87, 79,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsMinolta[192];
-constinit detail::StreamTags gTagsMinolta("Minolta", kText, kTagsMinolta, kKeyOrderMinolta, kChoicesMinolta, gItemsMinolta, &TagStringsCatalogue::stringsMinolta);
 
 // MinoltaRaw: 35 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMinoltaRaw[] = {
-    {{96700, 10}, TagType::string, 2, 8, 0, 0},  // FirmwareID
-    {{96710, 12}, TagType::int16u, 2, 0, 0, 0},  // SensorHeight
-    {{96722, 11}, TagType::int16u, 2, 0, 0, 0},  // SensorWidth
-    {{96733, 11}, TagType::int16u, 2, 0, 0, 0},  // ImageHeight
-    {{96744, 10}, TagType::int16u, 2, 0, 0, 0},  // ImageWidth
-    {{96754, 8}, TagType::int8u, 2, 0, 0, 0},  // RawDepth
-    {{14328, 8}, TagType::int8u, 2, 0, 0, 0},  // BitDepth
-    {{96762, 13}, TagType::int8u, 2, 0, 0, 2},  // StorageMethod
-    {{96775, 12}, TagType::int8u, 2, 0, 2, 2},  // BayerPattern
-    {{14090, 10}, TagType::int8s, 2, 0, 0, 0},  // Saturation
-    {{33560, 8}, TagType::int8s, 2, 0, 0, 0},  // Contrast
-    {{33568, 9}, TagType::int8s, 2, 0, 0, 0},  // Sharpness
-    {{96787, 6}, TagType::int8u, 0, 0, 0, 0},  // WBMode
-    {{14508, 11}, TagType::int8u, 2, 0, 4, 6},  // ProgramMode
-    {{33608, 10}, TagType::int8u, 2, 0, 10, 8},  // ISOSetting
-    {{33644, 9}, TagType::int32u, 2, 0, 18, 28},  // ColorMode
-    {{35652, 19}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsTungsten
-    {{35671, 19}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsDaylight
-    {{35690, 17}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCloudy
-    {{35631, 21}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCoolWhiteF
-    {{35615, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsFlash
-    {{35739, 17}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCustom
-    {{35707, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsShade
-    {{96793, 20}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsDaylightF
-    {{96813, 20}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsDayWhiteF
-    {{96833, 17}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsWhiteF
-    {{33653, 11}, TagType::int32s, 2, 0, 0, 0},  // ColorFilter
-    {{33664, 8}, TagType::int8u, 2, 0, 0, 0},  // BWFilter
-    {{35058, 12}, TagType::int8u, 2, 0, 46, 3},  // ZoneMatching
-    {{96850, 3}, TagType::int8s, 2, 0, 0, 0},  // Hue
-    {{33828, 16}, TagType::int8u, 2, 0, 0, 0},  // ColorTemperature
-    {{96853, 13}, TagType::int32u, 2, 0, 0, 0},  // RawDataLength
-    {{96866, 7}, TagType::int8u, 2, 4, 0, 0},  // WBScale
-    {{35228, 13}, TagType::int16u, 2, 4, 0, 0},  // WB_GBRGLevels
-    {{96873, 13}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevels
+    {{96700, 10}, TagType::string, writable, 8, 0, 0},  // FirmwareID
+    {{96710, 12}, TagType::int16u, writable, 0, 0, 0},  // SensorHeight
+    {{96722, 11}, TagType::int16u, writable, 0, 0, 0},  // SensorWidth
+    {{96733, 11}, TagType::int16u, writable, 0, 0, 0},  // ImageHeight
+    {{96744, 10}, TagType::int16u, writable, 0, 0, 0},  // ImageWidth
+    {{96754, 8}, TagType::int8u, writable, 0, 0, 0},  // RawDepth
+    {{14328, 8}, TagType::int8u, writable, 0, 0, 0},  // BitDepth
+    {{96762, 13}, TagType::int8u, writable, 0, 0, 2},  // StorageMethod
+    {{96775, 12}, TagType::int8u, writable, 0, 2, 2},  // BayerPattern
+    {{14090, 10}, TagType::int8s, writable, 0, 0, 0},  // Saturation
+    {{33560, 8}, TagType::int8s, writable, 0, 0, 0},  // Contrast
+    {{33568, 9}, TagType::int8s, writable, 0, 0, 0},  // Sharpness
+    {{96787, 6}, TagType::int8u, none, 0, 0, 0},  // WBMode
+    {{14508, 11}, TagType::int8u, writable, 0, 4, 6},  // ProgramMode
+    {{33608, 10}, TagType::int8u, writable, 0, 10, 8},  // ISOSetting
+    {{33644, 9}, TagType::int32u, writable, 0, 18, 28},  // ColorMode
+    {{35652, 19}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsTungsten
+    {{35671, 19}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsDaylight
+    {{35690, 17}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsCloudy
+    {{35631, 21}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsCoolWhiteF
+    {{35615, 16}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsFlash
+    {{35739, 17}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsCustom
+    {{35707, 16}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsShade
+    {{96793, 20}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsDaylightF
+    {{96813, 20}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsDayWhiteF
+    {{96833, 17}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsWhiteF
+    {{33653, 11}, TagType::int32s, writable, 0, 0, 0},  // ColorFilter
+    {{33664, 8}, TagType::int8u, writable, 0, 0, 0},  // BWFilter
+    {{35058, 12}, TagType::int8u, writable, 0, 46, 3},  // ZoneMatching
+    {{96850, 3}, TagType::int8s, writable, 0, 0, 0},  // Hue
+    {{33828, 16}, TagType::int8u, writable, 0, 0, 0},  // ColorTemperature
+    {{96853, 13}, TagType::int32u, writable, 0, 0, 0},  // RawDataLength
+    {{96866, 7}, TagType::int8u, writable, 4, 0, 0},  // WBScale
+    {{35228, 13}, TagType::int16u, writable, 4, 0, 0},  // WB_GBRGLevels
+    {{96873, 13}, TagType::int16u, writable, 4, 0, 0},  // WB_RGGBLevels
 };
 constexpr detail::TextRef kChoicesMinoltaRaw[] = {
     {35975, 2}, {96886, 2}, {15894, 1}, {15891, 1}, {15893, 1}, {15894, 1}, {15889, 1}, {15890, 1},
@@ -6451,18 +6449,17 @@ constexpr std::uint16_t kKeyOrderMinoltaRaw[] = {
     24, 17, 23, 20, 22, 16, 25, 34, 28,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsMinoltaRaw[35];
-constinit detail::StreamTags gTagsMinoltaRaw("MinoltaRaw", kText, kTagsMinoltaRaw, kKeyOrderMinoltaRaw, kChoicesMinoltaRaw, gItemsMinoltaRaw, &TagStringsCatalogue::stringsMinoltaRaw);
 
 // Motorola: 6 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMotorola[] = {
-    {{99707, 11}, TagType::string, 2, 0, 0, 0},  // BuildNumber
-    {{8652, 12}, TagType::string, 2, 0, 0, 0},  // SerialNumber
-    {{99718, 14}, TagType::string, 2, 0, 0, 0},  // CustomRendered
-    {{33339, 9}, TagType::string, 2, 0, 0, 0},  // DriveMode
-    {{99732, 6}, TagType::string, 2, 0, 0, 0},  // Sensor
-    {{99738, 15}, TagType::string, 2, 0, 0, 0},  // ManufactureDate
+    {{99707, 11}, TagType::string, writable, 0, 0, 0},  // BuildNumber
+    {{8652, 12}, TagType::string, writable, 0, 0, 0},  // SerialNumber
+    {{99718, 14}, TagType::string, writable, 0, 0, 0},  // CustomRendered
+    {{33339, 9}, TagType::string, writable, 0, 0, 0},  // DriveMode
+    {{99732, 6}, TagType::string, writable, 0, 0, 0},  // Sensor
+    {{99738, 15}, TagType::string, writable, 0, 0, 0},  // ManufactureDate
 };
 constexpr detail::StringRow kStringsEnglishMotorola[] = {
     {{99753, 20}, {99773, 12}},
@@ -6511,9 +6508,18 @@ constexpr std::uint16_t kKeyOrderMotorola[] = {
     0, 2, 3, 5, 4, 1,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsMotorola[6];
-constinit detail::StreamTags gTagsMotorola("Motorola", kText, kTagsMotorola, kKeyOrderMotorola, {}, gItemsMotorola, &TagStringsCatalogue::stringsMotorola);
 
 }  // namespace
+
+// Each stream's tags, which the catalogue's index finds them by.
+namespace detail {
+constinit StreamTags gTagsMatroska("Matroska", kText, kTagsMatroska, kKeyOrderMatroska, {}, gItemsMatroska, &TagStringsCatalogue::stringsMatroska);
+constinit StreamTags gTagsMeta("Meta", kText, kTagsMeta, kKeyOrderMeta, {}, gItemsMeta, &TagStringsCatalogue::stringsMeta);
+constinit StreamTags gTagsMicrosoft("Microsoft", kText, kTagsMicrosoft, kKeyOrderMicrosoft, kChoicesMicrosoft, gItemsMicrosoft, &TagStringsCatalogue::stringsMicrosoft);
+constinit StreamTags gTagsMinolta("Minolta", kText, kTagsMinolta, kKeyOrderMinolta, kChoicesMinolta, gItemsMinolta, &TagStringsCatalogue::stringsMinolta);
+constinit StreamTags gTagsMinoltaRaw("MinoltaRaw", kText, kTagsMinoltaRaw, kKeyOrderMinoltaRaw, kChoicesMinoltaRaw, gItemsMinoltaRaw, &TagStringsCatalogue::stringsMinoltaRaw);
+constinit StreamTags gTagsMotorola("Motorola", kText, kTagsMotorola, kKeyOrderMotorola, {}, gItemsMotorola, &TagStringsCatalogue::stringsMotorola);
+}  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsMatroska() {
   return gStringsMatroska.strings(&TagStringsCatalogue::stringTableMatroska);
@@ -6522,174 +6528,174 @@ TagStringTable TagStringsCatalogue::stringTableMatroska(ETLanguage language) {
   return gStringsMatroska.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue19::allStreamsMatroska() {
-  return gTagsMatroska.all();
+  return detail::gTagsMatroska.all();
 }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaVideoCodecID() { return gTagsMatroska.item(0); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaAudioCodecID() { return gTagsMatroska.item(1); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaCodecID() { return gTagsMatroska.item(2); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaBlock() { return gTagsMatroska.item(3); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaBlockVirtual() { return gTagsMatroska.item(4); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaSimpleBlock() { return gTagsMatroska.item(5); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaCodecState() { return gTagsMatroska.item(6); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaBlockAdditional() { return gTagsMatroska.item(7); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaEncryptedBlock() { return gTagsMatroska.item(8); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaAudioSampleRate() { return gTagsMatroska.item(9); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaVoid() { return gTagsMatroska.item(10); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaContentCompressionSettings() { return gTagsMatroska.item(11); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaDocType() { return gTagsMatroska.item(12); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaChapterLanguage() { return gTagsMatroska.item(13); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaChapterCountry() { return gTagsMatroska.item(14); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaSegmentFamily() { return gTagsMatroska.item(15); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaDateTimeOriginal() { return gTagsMatroska.item(16); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaTagLanguageBCP47() { return gTagsMatroska.item(17); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaTagBinary() { return gTagsMatroska.item(18); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaDuration() { return gTagsMatroska.item(19); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaChapterProcessPrivate() { return gTagsMatroska.item(20); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaEditionUID() { return gTagsMatroska.item(21); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaAttachedFileData() { return gTagsMatroska.item(22); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaAttachedFileMIMEType() { return gTagsMatroska.item(23); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaAttachedFileReferral() { return gTagsMatroska.item(24); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaAttachedFileUID() { return gTagsMatroska.item(25); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaContentEncryptionKeyID() { return gTagsMatroska.item(26); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaContentSignature() { return gTagsMatroska.item(27); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaContentSignatureKeyID() { return gTagsMatroska.item(28); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaSeekID() { return gTagsMatroska.item(29); }
-const TagItem& detail::TagItemCatalogue19::itemMatroskaCodecPrivate() { return gTagsMatroska.item(30); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaTagChapterUID() { return gTagsMatroska.item(31); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaTagTrackUID() { return gTagsMatroska.item(32); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaTagAttachmentUID() { return gTagsMatroska.item(33); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaTagEditionUID() { return gTagsMatroska.item(34); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaTargetType() { return gTagsMatroska.item(35); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaSignedElement() { return gTagsMatroska.item(36); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaTrackTranslateTrackID() { return gTagsMatroska.item(37); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaTrackTranslateEditionUID() { return gTagsMatroska.item(38); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaChapterProcessData() { return gTagsMatroska.item(39); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaChapterTranslateID() { return gTagsMatroska.item(40); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaChapterTranslateEditionUID() { return gTagsMatroska.item(41); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaChapterSegmentUID() { return gTagsMatroska.item(42); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaChapterSegmentEditionUID() { return gTagsMatroska.item(43); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaSegmentUID() { return gTagsMatroska.item(44); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaChapterUID() { return gTagsMatroska.item(45); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaTrackUID() { return gTagsMatroska.item(46); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaTrackAttachmentUID() { return gTagsMatroska.item(47); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaOutputAudioSampleRate() { return gTagsMatroska.item(48); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaChannelPositions() { return gTagsMatroska.item(49); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaSignaturePublicKey() { return gTagsMatroska.item(50); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaSignature() { return gTagsMatroska.item(51); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaTrackLanguage() { return gTagsMatroska.item(52); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaTrackLanguageIETF() { return gTagsMatroska.item(53); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaTrackTimecodeScale() { return gTagsMatroska.item(54); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaFrameRate() { return gTagsMatroska.item(55); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaCodecDownloadURL() { return gTagsMatroska.item(56); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaColorSpace() { return gTagsMatroska.item(57); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaGamma() { return gTagsMatroska.item(58); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaCodecInfoURL() { return gTagsMatroska.item(59); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaPrevUID() { return gTagsMatroska.item(60); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaNextUID() { return gTagsMatroska.item(61); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaProjectionPrivate() { return gTagsMatroska.item(62); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaProjectionPoseYaw() { return gTagsMatroska.item(63); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaProjectionPosePitch() { return gTagsMatroska.item(64); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaProjectionPoseRoll() { return gTagsMatroska.item(65); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaAccompaniment() { return gTagsMatroska.item(66); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaActor() { return gTagsMatroska.item(67); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaAddress() { return gTagsMatroska.item(68); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaArranger() { return gTagsMatroska.item(69); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaArtist() { return gTagsMatroska.item(70); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaArtDirector() { return gTagsMatroska.item(71); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaAssistantDirector() { return gTagsMatroska.item(72); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaBarcode() { return gTagsMatroska.item(73); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaBPM() { return gTagsMatroska.item(74); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaBPS() { return gTagsMatroska.item(75); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaCatalogNumber() { return gTagsMatroska.item(76); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaCharacter() { return gTagsMatroska.item(77); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaChoregrapher() { return gTagsMatroska.item(78); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaComment() { return gTagsMatroska.item(79); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaComposer() { return gTagsMatroska.item(80); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaComposerNationality() { return gTagsMatroska.item(81); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaCompositionLocation() { return gTagsMatroska.item(82); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaConductor() { return gTagsMatroska.item(83); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaContentType() { return gTagsMatroska.item(84); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaCoproducer() { return gTagsMatroska.item(85); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaCopyright() { return gTagsMatroska.item(86); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaCostumeDesigner() { return gTagsMatroska.item(87); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaCountry() { return gTagsMatroska.item(88); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaCreateDate() { return gTagsMatroska.item(89); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaDateEncoded() { return gTagsMatroska.item(90); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaDatePurchased() { return gTagsMatroska.item(91); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaDateReleased() { return gTagsMatroska.item(92); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaDateTagged() { return gTagsMatroska.item(93); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaDateWritten() { return gTagsMatroska.item(94); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaDescription() { return gTagsMatroska.item(95); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaDirector() { return gTagsMatroska.item(96); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaDirectorOfPhotography() { return gTagsMatroska.item(97); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaDistributedBy() { return gTagsMatroska.item(98); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaEditedBy() { return gTagsMatroska.item(99); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaEmail() { return gTagsMatroska.item(100); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaEncodedBy() { return gTagsMatroska.item(101); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaEncoder() { return gTagsMatroska.item(102); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaEncoderSettings() { return gTagsMatroska.item(103); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaExecutiveProducer() { return gTagsMatroska.item(104); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaFAX() { return gTagsMatroska.item(105); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaFPS() { return gTagsMatroska.item(106); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaGenre() { return gTagsMatroska.item(107); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaIMDB() { return gTagsMatroska.item(108); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaInitialKey() { return gTagsMatroska.item(109); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaInstruments() { return gTagsMatroska.item(110); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaISBN() { return gTagsMatroska.item(111); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaISRC() { return gTagsMatroska.item(112); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaKeywords() { return gTagsMatroska.item(113); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaLabel() { return gTagsMatroska.item(114); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaLabelCode() { return gTagsMatroska.item(115); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaLawRating() { return gTagsMatroska.item(116); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaLccn() { return gTagsMatroska.item(117); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaLeadPerformer() { return gTagsMatroska.item(118); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaLicense() { return gTagsMatroska.item(119); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaLyricist() { return gTagsMatroska.item(120); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaLyrics() { return gTagsMatroska.item(121); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaMasteredBy() { return gTagsMatroska.item(122); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaMCDI() { return gTagsMatroska.item(123); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaMeasure() { return gTagsMatroska.item(124); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaMixedBy() { return gTagsMatroska.item(125); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaMood() { return gTagsMatroska.item(126); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaOriginal() { return gTagsMatroska.item(127); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaOriginalMediaType() { return gTagsMatroska.item(128); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaPartNumber() { return gTagsMatroska.item(129); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaPartOffset() { return gTagsMatroska.item(130); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaPeriod() { return gTagsMatroska.item(131); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaPhone() { return gTagsMatroska.item(132); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaPlayCounter() { return gTagsMatroska.item(133); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaProducer() { return gTagsMatroska.item(134); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaProductionCopyright() { return gTagsMatroska.item(135); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaProductionDesigner() { return gTagsMatroska.item(136); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaProductionStudio() { return gTagsMatroska.item(137); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaPublisher() { return gTagsMatroska.item(138); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaPurchaseCurrency() { return gTagsMatroska.item(139); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaPurchaseInfo() { return gTagsMatroska.item(140); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaPurchaseItem() { return gTagsMatroska.item(141); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaPurchaseOwner() { return gTagsMatroska.item(142); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaPurchasePrice() { return gTagsMatroska.item(143); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaRating() { return gTagsMatroska.item(144); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaRecordingLocation() { return gTagsMatroska.item(145); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaRemixedBy() { return gTagsMatroska.item(146); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaReplaygainGain() { return gTagsMatroska.item(147); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaReplaygainPeak() { return gTagsMatroska.item(148); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaSample() { return gTagsMatroska.item(149); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaScreenplayBy() { return gTagsMatroska.item(150); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaSortWith() { return gTagsMatroska.item(151); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaSoundEngineer() { return gTagsMatroska.item(152); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaSubject() { return gTagsMatroska.item(153); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaSubtitle() { return gTagsMatroska.item(154); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaSummary() { return gTagsMatroska.item(155); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaSynopsis() { return gTagsMatroska.item(156); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaTermsOfUse() { return gTagsMatroska.item(157); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaThanksTo() { return gTagsMatroska.item(158); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaTitle() { return gTagsMatroska.item(159); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaTMDB() { return gTagsMatroska.item(160); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaTotalParts() { return gTagsMatroska.item(161); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaTuning() { return gTagsMatroska.item(162); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaTVDB() { return gTagsMatroska.item(163); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaURL() { return gTagsMatroska.item(164); }
-const TagItem& detail::TagItemCatalogue20::itemMatroskaWrittenBy() { return gTagsMatroska.item(165); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaVideoCodecID() { return detail::gTagsMatroska.item(0); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaAudioCodecID() { return detail::gTagsMatroska.item(1); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaCodecID() { return detail::gTagsMatroska.item(2); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaBlock() { return detail::gTagsMatroska.item(3); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaBlockVirtual() { return detail::gTagsMatroska.item(4); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaSimpleBlock() { return detail::gTagsMatroska.item(5); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaCodecState() { return detail::gTagsMatroska.item(6); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaBlockAdditional() { return detail::gTagsMatroska.item(7); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaEncryptedBlock() { return detail::gTagsMatroska.item(8); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaAudioSampleRate() { return detail::gTagsMatroska.item(9); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaVoid() { return detail::gTagsMatroska.item(10); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaContentCompressionSettings() { return detail::gTagsMatroska.item(11); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaDocType() { return detail::gTagsMatroska.item(12); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaChapterLanguage() { return detail::gTagsMatroska.item(13); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaChapterCountry() { return detail::gTagsMatroska.item(14); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaSegmentFamily() { return detail::gTagsMatroska.item(15); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaDateTimeOriginal() { return detail::gTagsMatroska.item(16); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaTagLanguageBCP47() { return detail::gTagsMatroska.item(17); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaTagBinary() { return detail::gTagsMatroska.item(18); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaDuration() { return detail::gTagsMatroska.item(19); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaChapterProcessPrivate() { return detail::gTagsMatroska.item(20); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaEditionUID() { return detail::gTagsMatroska.item(21); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaAttachedFileData() { return detail::gTagsMatroska.item(22); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaAttachedFileMIMEType() { return detail::gTagsMatroska.item(23); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaAttachedFileReferral() { return detail::gTagsMatroska.item(24); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaAttachedFileUID() { return detail::gTagsMatroska.item(25); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaContentEncryptionKeyID() { return detail::gTagsMatroska.item(26); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaContentSignature() { return detail::gTagsMatroska.item(27); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaContentSignatureKeyID() { return detail::gTagsMatroska.item(28); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaSeekID() { return detail::gTagsMatroska.item(29); }
+const TagItem& detail::TagItemCatalogue19::itemMatroskaCodecPrivate() { return detail::gTagsMatroska.item(30); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaTagChapterUID() { return detail::gTagsMatroska.item(31); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaTagTrackUID() { return detail::gTagsMatroska.item(32); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaTagAttachmentUID() { return detail::gTagsMatroska.item(33); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaTagEditionUID() { return detail::gTagsMatroska.item(34); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaTargetType() { return detail::gTagsMatroska.item(35); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaSignedElement() { return detail::gTagsMatroska.item(36); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaTrackTranslateTrackID() { return detail::gTagsMatroska.item(37); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaTrackTranslateEditionUID() { return detail::gTagsMatroska.item(38); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaChapterProcessData() { return detail::gTagsMatroska.item(39); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaChapterTranslateID() { return detail::gTagsMatroska.item(40); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaChapterTranslateEditionUID() { return detail::gTagsMatroska.item(41); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaChapterSegmentUID() { return detail::gTagsMatroska.item(42); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaChapterSegmentEditionUID() { return detail::gTagsMatroska.item(43); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaSegmentUID() { return detail::gTagsMatroska.item(44); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaChapterUID() { return detail::gTagsMatroska.item(45); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaTrackUID() { return detail::gTagsMatroska.item(46); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaTrackAttachmentUID() { return detail::gTagsMatroska.item(47); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaOutputAudioSampleRate() { return detail::gTagsMatroska.item(48); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaChannelPositions() { return detail::gTagsMatroska.item(49); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaSignaturePublicKey() { return detail::gTagsMatroska.item(50); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaSignature() { return detail::gTagsMatroska.item(51); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaTrackLanguage() { return detail::gTagsMatroska.item(52); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaTrackLanguageIETF() { return detail::gTagsMatroska.item(53); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaTrackTimecodeScale() { return detail::gTagsMatroska.item(54); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaFrameRate() { return detail::gTagsMatroska.item(55); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaCodecDownloadURL() { return detail::gTagsMatroska.item(56); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaColorSpace() { return detail::gTagsMatroska.item(57); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaGamma() { return detail::gTagsMatroska.item(58); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaCodecInfoURL() { return detail::gTagsMatroska.item(59); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaPrevUID() { return detail::gTagsMatroska.item(60); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaNextUID() { return detail::gTagsMatroska.item(61); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaProjectionPrivate() { return detail::gTagsMatroska.item(62); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaProjectionPoseYaw() { return detail::gTagsMatroska.item(63); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaProjectionPosePitch() { return detail::gTagsMatroska.item(64); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaProjectionPoseRoll() { return detail::gTagsMatroska.item(65); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaAccompaniment() { return detail::gTagsMatroska.item(66); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaActor() { return detail::gTagsMatroska.item(67); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaAddress() { return detail::gTagsMatroska.item(68); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaArranger() { return detail::gTagsMatroska.item(69); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaArtist() { return detail::gTagsMatroska.item(70); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaArtDirector() { return detail::gTagsMatroska.item(71); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaAssistantDirector() { return detail::gTagsMatroska.item(72); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaBarcode() { return detail::gTagsMatroska.item(73); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaBPM() { return detail::gTagsMatroska.item(74); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaBPS() { return detail::gTagsMatroska.item(75); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaCatalogNumber() { return detail::gTagsMatroska.item(76); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaCharacter() { return detail::gTagsMatroska.item(77); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaChoregrapher() { return detail::gTagsMatroska.item(78); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaComment() { return detail::gTagsMatroska.item(79); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaComposer() { return detail::gTagsMatroska.item(80); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaComposerNationality() { return detail::gTagsMatroska.item(81); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaCompositionLocation() { return detail::gTagsMatroska.item(82); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaConductor() { return detail::gTagsMatroska.item(83); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaContentType() { return detail::gTagsMatroska.item(84); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaCoproducer() { return detail::gTagsMatroska.item(85); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaCopyright() { return detail::gTagsMatroska.item(86); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaCostumeDesigner() { return detail::gTagsMatroska.item(87); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaCountry() { return detail::gTagsMatroska.item(88); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaCreateDate() { return detail::gTagsMatroska.item(89); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaDateEncoded() { return detail::gTagsMatroska.item(90); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaDatePurchased() { return detail::gTagsMatroska.item(91); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaDateReleased() { return detail::gTagsMatroska.item(92); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaDateTagged() { return detail::gTagsMatroska.item(93); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaDateWritten() { return detail::gTagsMatroska.item(94); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaDescription() { return detail::gTagsMatroska.item(95); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaDirector() { return detail::gTagsMatroska.item(96); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaDirectorOfPhotography() { return detail::gTagsMatroska.item(97); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaDistributedBy() { return detail::gTagsMatroska.item(98); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaEditedBy() { return detail::gTagsMatroska.item(99); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaEmail() { return detail::gTagsMatroska.item(100); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaEncodedBy() { return detail::gTagsMatroska.item(101); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaEncoder() { return detail::gTagsMatroska.item(102); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaEncoderSettings() { return detail::gTagsMatroska.item(103); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaExecutiveProducer() { return detail::gTagsMatroska.item(104); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaFAX() { return detail::gTagsMatroska.item(105); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaFPS() { return detail::gTagsMatroska.item(106); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaGenre() { return detail::gTagsMatroska.item(107); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaIMDB() { return detail::gTagsMatroska.item(108); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaInitialKey() { return detail::gTagsMatroska.item(109); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaInstruments() { return detail::gTagsMatroska.item(110); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaISBN() { return detail::gTagsMatroska.item(111); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaISRC() { return detail::gTagsMatroska.item(112); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaKeywords() { return detail::gTagsMatroska.item(113); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaLabel() { return detail::gTagsMatroska.item(114); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaLabelCode() { return detail::gTagsMatroska.item(115); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaLawRating() { return detail::gTagsMatroska.item(116); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaLccn() { return detail::gTagsMatroska.item(117); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaLeadPerformer() { return detail::gTagsMatroska.item(118); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaLicense() { return detail::gTagsMatroska.item(119); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaLyricist() { return detail::gTagsMatroska.item(120); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaLyrics() { return detail::gTagsMatroska.item(121); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaMasteredBy() { return detail::gTagsMatroska.item(122); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaMCDI() { return detail::gTagsMatroska.item(123); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaMeasure() { return detail::gTagsMatroska.item(124); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaMixedBy() { return detail::gTagsMatroska.item(125); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaMood() { return detail::gTagsMatroska.item(126); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaOriginal() { return detail::gTagsMatroska.item(127); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaOriginalMediaType() { return detail::gTagsMatroska.item(128); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaPartNumber() { return detail::gTagsMatroska.item(129); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaPartOffset() { return detail::gTagsMatroska.item(130); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaPeriod() { return detail::gTagsMatroska.item(131); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaPhone() { return detail::gTagsMatroska.item(132); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaPlayCounter() { return detail::gTagsMatroska.item(133); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaProducer() { return detail::gTagsMatroska.item(134); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaProductionCopyright() { return detail::gTagsMatroska.item(135); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaProductionDesigner() { return detail::gTagsMatroska.item(136); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaProductionStudio() { return detail::gTagsMatroska.item(137); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaPublisher() { return detail::gTagsMatroska.item(138); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaPurchaseCurrency() { return detail::gTagsMatroska.item(139); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaPurchaseInfo() { return detail::gTagsMatroska.item(140); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaPurchaseItem() { return detail::gTagsMatroska.item(141); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaPurchaseOwner() { return detail::gTagsMatroska.item(142); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaPurchasePrice() { return detail::gTagsMatroska.item(143); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaRating() { return detail::gTagsMatroska.item(144); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaRecordingLocation() { return detail::gTagsMatroska.item(145); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaRemixedBy() { return detail::gTagsMatroska.item(146); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaReplaygainGain() { return detail::gTagsMatroska.item(147); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaReplaygainPeak() { return detail::gTagsMatroska.item(148); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaSample() { return detail::gTagsMatroska.item(149); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaScreenplayBy() { return detail::gTagsMatroska.item(150); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaSortWith() { return detail::gTagsMatroska.item(151); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaSoundEngineer() { return detail::gTagsMatroska.item(152); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaSubject() { return detail::gTagsMatroska.item(153); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaSubtitle() { return detail::gTagsMatroska.item(154); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaSummary() { return detail::gTagsMatroska.item(155); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaSynopsis() { return detail::gTagsMatroska.item(156); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaTermsOfUse() { return detail::gTagsMatroska.item(157); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaThanksTo() { return detail::gTagsMatroska.item(158); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaTitle() { return detail::gTagsMatroska.item(159); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaTMDB() { return detail::gTagsMatroska.item(160); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaTotalParts() { return detail::gTagsMatroska.item(161); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaTuning() { return detail::gTagsMatroska.item(162); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaTVDB() { return detail::gTagsMatroska.item(163); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaURL() { return detail::gTagsMatroska.item(164); }
+const TagItem& detail::TagItemCatalogue20::itemMatroskaWrittenBy() { return detail::gTagsMatroska.item(165); }
 
 const TagStrings& TagStringsCatalogue::stringsMeta() {
   return gStringsMeta.strings(&TagStringsCatalogue::stringTableMeta);
@@ -6698,58 +6704,58 @@ TagStringTable TagStringsCatalogue::stringTableMeta(ETLanguage language) {
   return gStringsMeta.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue20::allStreamsMeta() {
-  return gTagsMeta.all();
+  return detail::gTagsMeta.all();
 }
-const TagItem& detail::TagItemCatalogue20::itemMetaBordersVersion() { return gTagsMeta.item(0); }
-const TagItem& detail::TagItemCatalogue20::itemMetaBorderName() { return gTagsMeta.item(1); }
-const TagItem& detail::TagItemCatalogue20::itemMetaBorderID() { return gTagsMeta.item(2); }
-const TagItem& detail::TagItemCatalogue20::itemMetaBorderLocation() { return gTagsMeta.item(3); }
-const TagItem& detail::TagItemCatalogue20::itemMetaBorderType() { return gTagsMeta.item(4); }
-const TagItem& detail::TagItemCatalogue20::itemMetaWatermarkType() { return gTagsMeta.item(5); }
-const TagItem& detail::TagItemCatalogue20::itemMetaFilmProductCode() { return gTagsMeta.item(6); }
-const TagItem& detail::TagItemCatalogue20::itemMetaImageSourceEK() { return gTagsMeta.item(7); }
-const TagItem& detail::TagItemCatalogue20::itemMetaCaptureConditionsPAR() { return gTagsMeta.item(8); }
-const TagItem& detail::TagItemCatalogue20::itemMetaCameraOwner() { return gTagsMeta.item(9); }
-const TagItem& detail::TagItemCatalogue20::itemMetaSerialNumber() { return gTagsMeta.item(10); }
-const TagItem& detail::TagItemCatalogue20::itemMetaUserSelectGroupTitle() { return gTagsMeta.item(11); }
-const TagItem& detail::TagItemCatalogue20::itemMetaDealerIDNumber() { return gTagsMeta.item(12); }
-const TagItem& detail::TagItemCatalogue20::itemMetaCaptureDeviceFID() { return gTagsMeta.item(13); }
-const TagItem& detail::TagItemCatalogue20::itemMetaEnvelopeNumber() { return gTagsMeta.item(14); }
-const TagItem& detail::TagItemCatalogue20::itemMetaFrameNumber() { return gTagsMeta.item(15); }
-const TagItem& detail::TagItemCatalogue20::itemMetaFilmCategory() { return gTagsMeta.item(16); }
-const TagItem& detail::TagItemCatalogue20::itemMetaFilmGencode() { return gTagsMeta.item(17); }
-const TagItem& detail::TagItemCatalogue20::itemMetaModelAndVersion() { return gTagsMeta.item(18); }
-const TagItem& detail::TagItemCatalogue20::itemMetaFilmSize() { return gTagsMeta.item(19); }
-const TagItem& detail::TagItemCatalogue20::itemMetaSBA_RGBShifts() { return gTagsMeta.item(20); }
-const TagItem& detail::TagItemCatalogue20::itemMetaSBAInputImageColorspace() { return gTagsMeta.item(21); }
-const TagItem& detail::TagItemCatalogue20::itemMetaSBAInputImageBitDepth() { return gTagsMeta.item(22); }
-const TagItem& detail::TagItemCatalogue20::itemMetaSBAExposureRecord() { return gTagsMeta.item(23); }
-const TagItem& detail::TagItemCatalogue20::itemMetaUserAdjSBA_RGBShifts() { return gTagsMeta.item(24); }
-const TagItem& detail::TagItemCatalogue20::itemMetaImageRotationStatus() { return gTagsMeta.item(25); }
-const TagItem& detail::TagItemCatalogue20::itemMetaRollGuidElements() { return gTagsMeta.item(26); }
-const TagItem& detail::TagItemCatalogue20::itemMetaMetadataNumber() { return gTagsMeta.item(27); }
-const TagItem& detail::TagItemCatalogue20::itemMetaEditTagArray() { return gTagsMeta.item(28); }
-const TagItem& detail::TagItemCatalogue20::itemMetaMagnification() { return gTagsMeta.item(29); }
-const TagItem& detail::TagItemCatalogue20::itemMetaNativeXResolution() { return gTagsMeta.item(30); }
-const TagItem& detail::TagItemCatalogue20::itemMetaNativeYResolution() { return gTagsMeta.item(31); }
-const TagItem& detail::TagItemCatalogue20::itemMetaNativeResolutionUnit() { return gTagsMeta.item(32); }
-const TagItem& detail::TagItemCatalogue20::itemMetaSourceImageDirectory() { return gTagsMeta.item(33); }
-const TagItem& detail::TagItemCatalogue20::itemMetaSourceImageFileName() { return gTagsMeta.item(34); }
-const TagItem& detail::TagItemCatalogue20::itemMetaSourceImageVolumeName() { return gTagsMeta.item(35); }
-const TagItem& detail::TagItemCatalogue20::itemMetaPrintQuality() { return gTagsMeta.item(36); }
-const TagItem& detail::TagItemCatalogue20::itemMetaImagePrintStatus() { return gTagsMeta.item(37); }
-const TagItem& detail::TagItemCatalogue20::itemMetaDigitalEffectsVersion() { return gTagsMeta.item(38); }
-const TagItem& detail::TagItemCatalogue20::itemMetaDigitalEffectsName() { return gTagsMeta.item(39); }
-const TagItem& detail::TagItemCatalogue20::itemMetaDigitalEffectsType() { return gTagsMeta.item(40); }
-const TagItem& detail::TagItemCatalogue20::itemMetaBinaryXML() { return gTagsMeta.item(41); }
-const TagItem& detail::TagItemCatalogue20::itemMetaFree() { return gTagsMeta.item(42); }
-const TagItem& detail::TagItemCatalogue20::itemMetaVesperineSize() { return gTagsMeta.item(43); }
-const TagItem& detail::TagItemCatalogue20::itemMetaItemLocation() { return gTagsMeta.item(44); }
-const TagItem& detail::TagItemCatalogue20::itemMetaIPMPControl() { return gTagsMeta.item(45); }
-const TagItem& detail::TagItemCatalogue20::itemMetaItemProtection() { return gTagsMeta.item(46); }
-const TagItem& detail::TagItemCatalogue20::itemMetaPrimaryItemReference() { return gTagsMeta.item(47); }
-const TagItem& detail::TagItemCatalogue20::itemMetaMetaVersion() { return gTagsMeta.item(48); }
-const TagItem& detail::TagItemCatalogue20::itemMetaUUID_Unknown() { return gTagsMeta.item(49); }
+const TagItem& detail::TagItemCatalogue20::itemMetaBordersVersion() { return detail::gTagsMeta.item(0); }
+const TagItem& detail::TagItemCatalogue20::itemMetaBorderName() { return detail::gTagsMeta.item(1); }
+const TagItem& detail::TagItemCatalogue20::itemMetaBorderID() { return detail::gTagsMeta.item(2); }
+const TagItem& detail::TagItemCatalogue20::itemMetaBorderLocation() { return detail::gTagsMeta.item(3); }
+const TagItem& detail::TagItemCatalogue20::itemMetaBorderType() { return detail::gTagsMeta.item(4); }
+const TagItem& detail::TagItemCatalogue20::itemMetaWatermarkType() { return detail::gTagsMeta.item(5); }
+const TagItem& detail::TagItemCatalogue20::itemMetaFilmProductCode() { return detail::gTagsMeta.item(6); }
+const TagItem& detail::TagItemCatalogue20::itemMetaImageSourceEK() { return detail::gTagsMeta.item(7); }
+const TagItem& detail::TagItemCatalogue20::itemMetaCaptureConditionsPAR() { return detail::gTagsMeta.item(8); }
+const TagItem& detail::TagItemCatalogue20::itemMetaCameraOwner() { return detail::gTagsMeta.item(9); }
+const TagItem& detail::TagItemCatalogue20::itemMetaSerialNumber() { return detail::gTagsMeta.item(10); }
+const TagItem& detail::TagItemCatalogue20::itemMetaUserSelectGroupTitle() { return detail::gTagsMeta.item(11); }
+const TagItem& detail::TagItemCatalogue20::itemMetaDealerIDNumber() { return detail::gTagsMeta.item(12); }
+const TagItem& detail::TagItemCatalogue20::itemMetaCaptureDeviceFID() { return detail::gTagsMeta.item(13); }
+const TagItem& detail::TagItemCatalogue20::itemMetaEnvelopeNumber() { return detail::gTagsMeta.item(14); }
+const TagItem& detail::TagItemCatalogue20::itemMetaFrameNumber() { return detail::gTagsMeta.item(15); }
+const TagItem& detail::TagItemCatalogue20::itemMetaFilmCategory() { return detail::gTagsMeta.item(16); }
+const TagItem& detail::TagItemCatalogue20::itemMetaFilmGencode() { return detail::gTagsMeta.item(17); }
+const TagItem& detail::TagItemCatalogue20::itemMetaModelAndVersion() { return detail::gTagsMeta.item(18); }
+const TagItem& detail::TagItemCatalogue20::itemMetaFilmSize() { return detail::gTagsMeta.item(19); }
+const TagItem& detail::TagItemCatalogue20::itemMetaSBA_RGBShifts() { return detail::gTagsMeta.item(20); }
+const TagItem& detail::TagItemCatalogue20::itemMetaSBAInputImageColorspace() { return detail::gTagsMeta.item(21); }
+const TagItem& detail::TagItemCatalogue20::itemMetaSBAInputImageBitDepth() { return detail::gTagsMeta.item(22); }
+const TagItem& detail::TagItemCatalogue20::itemMetaSBAExposureRecord() { return detail::gTagsMeta.item(23); }
+const TagItem& detail::TagItemCatalogue20::itemMetaUserAdjSBA_RGBShifts() { return detail::gTagsMeta.item(24); }
+const TagItem& detail::TagItemCatalogue20::itemMetaImageRotationStatus() { return detail::gTagsMeta.item(25); }
+const TagItem& detail::TagItemCatalogue20::itemMetaRollGuidElements() { return detail::gTagsMeta.item(26); }
+const TagItem& detail::TagItemCatalogue20::itemMetaMetadataNumber() { return detail::gTagsMeta.item(27); }
+const TagItem& detail::TagItemCatalogue20::itemMetaEditTagArray() { return detail::gTagsMeta.item(28); }
+const TagItem& detail::TagItemCatalogue20::itemMetaMagnification() { return detail::gTagsMeta.item(29); }
+const TagItem& detail::TagItemCatalogue20::itemMetaNativeXResolution() { return detail::gTagsMeta.item(30); }
+const TagItem& detail::TagItemCatalogue20::itemMetaNativeYResolution() { return detail::gTagsMeta.item(31); }
+const TagItem& detail::TagItemCatalogue20::itemMetaNativeResolutionUnit() { return detail::gTagsMeta.item(32); }
+const TagItem& detail::TagItemCatalogue20::itemMetaSourceImageDirectory() { return detail::gTagsMeta.item(33); }
+const TagItem& detail::TagItemCatalogue20::itemMetaSourceImageFileName() { return detail::gTagsMeta.item(34); }
+const TagItem& detail::TagItemCatalogue20::itemMetaSourceImageVolumeName() { return detail::gTagsMeta.item(35); }
+const TagItem& detail::TagItemCatalogue20::itemMetaPrintQuality() { return detail::gTagsMeta.item(36); }
+const TagItem& detail::TagItemCatalogue20::itemMetaImagePrintStatus() { return detail::gTagsMeta.item(37); }
+const TagItem& detail::TagItemCatalogue20::itemMetaDigitalEffectsVersion() { return detail::gTagsMeta.item(38); }
+const TagItem& detail::TagItemCatalogue20::itemMetaDigitalEffectsName() { return detail::gTagsMeta.item(39); }
+const TagItem& detail::TagItemCatalogue20::itemMetaDigitalEffectsType() { return detail::gTagsMeta.item(40); }
+const TagItem& detail::TagItemCatalogue20::itemMetaBinaryXML() { return detail::gTagsMeta.item(41); }
+const TagItem& detail::TagItemCatalogue20::itemMetaFree() { return detail::gTagsMeta.item(42); }
+const TagItem& detail::TagItemCatalogue20::itemMetaVesperineSize() { return detail::gTagsMeta.item(43); }
+const TagItem& detail::TagItemCatalogue20::itemMetaItemLocation() { return detail::gTagsMeta.item(44); }
+const TagItem& detail::TagItemCatalogue20::itemMetaIPMPControl() { return detail::gTagsMeta.item(45); }
+const TagItem& detail::TagItemCatalogue20::itemMetaItemProtection() { return detail::gTagsMeta.item(46); }
+const TagItem& detail::TagItemCatalogue20::itemMetaPrimaryItemReference() { return detail::gTagsMeta.item(47); }
+const TagItem& detail::TagItemCatalogue20::itemMetaMetaVersion() { return detail::gTagsMeta.item(48); }
+const TagItem& detail::TagItemCatalogue20::itemMetaUUID_Unknown() { return detail::gTagsMeta.item(49); }
 
 const TagStrings& TagStringsCatalogue::stringsMicrosoft() {
   return gStringsMicrosoft.strings(&TagStringsCatalogue::stringTableMicrosoft);
@@ -6758,418 +6764,418 @@ TagStringTable TagStringsCatalogue::stringTableMicrosoft(ETLanguage language) {
   return gStringsMicrosoft.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue20::allStreamsMicrosoft() {
-  return gTagsMicrosoft.all();
+  return detail::gTagsMicrosoft.all();
 }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftPanoramicStitchVersion() { return gTagsMicrosoft.item(0); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftPanoramicStitchCameraMotion() { return gTagsMicrosoft.item(1); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftPanoramicStitchMapType() { return gTagsMicrosoft.item(2); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftPanoramicStitchTheta0() { return gTagsMicrosoft.item(3); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftPanoramicStitchTheta1() { return gTagsMicrosoft.item(4); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftPanoramicStitchPhi0() { return gTagsMicrosoft.item(5); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftPanoramicStitchPhi1() { return gTagsMicrosoft.item(6); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAbstract() { return gTagsMicrosoft.item(7); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAcquisitionTime() { return gTagsMicrosoft.item(8); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAcquisitionTimeDay() { return gTagsMicrosoft.item(9); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAcquisitionTimeMonth() { return gTagsMicrosoft.item(10); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAcquisitionTimeYear() { return gTagsMicrosoft.item(11); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAcquisitionTimeYearMonth() { return gTagsMicrosoft.item(12); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAcquisitionTimeYearMonthDay() { return gTagsMicrosoft.item(13); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAlbumArtistSortOrder() { return gTagsMicrosoft.item(14); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAlbumID() { return gTagsMicrosoft.item(15); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAlbumIDAlbumArtist() { return gTagsMicrosoft.item(16); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAlbumTitleSortOrder() { return gTagsMicrosoft.item(17); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAlternateSourceURL() { return gTagsMicrosoft.item(18); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAudioBitrate() { return gTagsMicrosoft.item(19); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAudioFormat() { return gTagsMicrosoft.item(20); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAuthor() { return gTagsMicrosoft.item(21); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAuthorSortOrder() { return gTagsMicrosoft.item(22); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAverageLevel() { return gTagsMicrosoft.item(23); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftBitrate() { return gTagsMicrosoft.item(24); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftBuyNow() { return gTagsMicrosoft.item(25); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftBuyTickets() { return gTagsMicrosoft.item(26); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftCDTrackEnabled() { return gTagsMicrosoft.item(27); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftCallLetters() { return gTagsMicrosoft.item(28); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftCameraManufacturer() { return gTagsMicrosoft.item(29); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftCameraModel() { return gTagsMicrosoft.item(30); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftChannels() { return gTagsMicrosoft.item(31); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftComment() { return gTagsMicrosoft.item(32); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftContentDistributorDuration() { return gTagsMicrosoft.item(33); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftCopyright() { return gTagsMicrosoft.item(34); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftCount() { return gTagsMicrosoft.item(35); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftCurrentBitrate() { return gTagsMicrosoft.item(36); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftDLNAServerUDN() { return gTagsMicrosoft.item(37); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftDLNASourceURI() { return gTagsMicrosoft.item(38); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftDRMIndividualizedVersion() { return gTagsMicrosoft.item(39); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftDRMKeyID() { return gTagsMicrosoft.item(40); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftDTCPIPHost() { return gTagsMicrosoft.item(41); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftDTCPIPPort() { return gTagsMicrosoft.item(42); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftDVDID() { return gTagsMicrosoft.item(43); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftDescription() { return gTagsMicrosoft.item(44); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftDisplayArtist() { return gTagsMicrosoft.item(45); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftDuration() { return gTagsMicrosoft.item(46); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftEvent() { return gTagsMicrosoft.item(47); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftFileSize() { return gTagsMicrosoft.item(48); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftFileType() { return gTagsMicrosoft.item(49); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftFormatTag() { return gTagsMicrosoft.item(50); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftFourCC() { return gTagsMicrosoft.item(51); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftFrameRate() { return gTagsMicrosoft.item(52); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftFrequency() { return gTagsMicrosoft.item(53); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftIsNetworkFeed() { return gTagsMicrosoft.item(54); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftIsVBR() { return gTagsMicrosoft.item(55); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftIsProtected() { return gTagsMicrosoft.item(56); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftLeadPerformer() { return gTagsMicrosoft.item(57); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftLibraryID() { return gTagsMicrosoft.item(58); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftLibraryName() { return gTagsMicrosoft.item(59); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftLocation() { return gTagsMicrosoft.item(60); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftMediaContentTypes() { return gTagsMicrosoft.item(61); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftMediaType() { return gTagsMicrosoft.item(62); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftModifiedBy() { return gTagsMicrosoft.item(63); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftMoreInfo() { return gTagsMicrosoft.item(64); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftPartOfSet() { return gTagsMicrosoft.item(65); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftPeakValue() { return gTagsMicrosoft.item(66); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftPixelAspectRatioX() { return gTagsMicrosoft.item(67); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftPixelAspectRatioY() { return gTagsMicrosoft.item(68); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftPlaylistIndex() { return gTagsMicrosoft.item(69); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftProvider() { return gTagsMicrosoft.item(70); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftProviderLogoURL() { return gTagsMicrosoft.item(71); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftProviderURL() { return gTagsMicrosoft.item(72); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftRadioBand() { return gTagsMicrosoft.item(73); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftRadioFormat() { return gTagsMicrosoft.item(74); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftRatingOrg() { return gTagsMicrosoft.item(75); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftRecordingTime() { return gTagsMicrosoft.item(76); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftRecordingTimeDay() { return gTagsMicrosoft.item(77); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftRecordingTimeMonth() { return gTagsMicrosoft.item(78); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftRecordingTimeYear() { return gTagsMicrosoft.item(79); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftRecordingTimeYearMonth() { return gTagsMicrosoft.item(80); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftRecordingTimeYearMonthDay() { return gTagsMicrosoft.item(81); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftReleaseDate() { return gTagsMicrosoft.item(82); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftReleaseDateDay() { return gTagsMicrosoft.item(83); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftReleaseDateMonth() { return gTagsMicrosoft.item(84); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftReleaseDateYear() { return gTagsMicrosoft.item(85); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftReleaseDateYearMonth() { return gTagsMicrosoft.item(86); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftReleaseDateYearMonthDay() { return gTagsMicrosoft.item(87); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftRequestState() { return gTagsMicrosoft.item(88); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftShadowFilePath() { return gTagsMicrosoft.item(89); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSourceURL() { return gTagsMicrosoft.item(90); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSubject() { return gTagsMicrosoft.item(91); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync01() { return gTagsMicrosoft.item(92); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync02() { return gTagsMicrosoft.item(93); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync03() { return gTagsMicrosoft.item(94); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync04() { return gTagsMicrosoft.item(95); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync05() { return gTagsMicrosoft.item(96); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync06() { return gTagsMicrosoft.item(97); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync07() { return gTagsMicrosoft.item(98); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync08() { return gTagsMicrosoft.item(99); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync09() { return gTagsMicrosoft.item(100); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync10() { return gTagsMicrosoft.item(101); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync11() { return gTagsMicrosoft.item(102); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync12() { return gTagsMicrosoft.item(103); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync13() { return gTagsMicrosoft.item(104); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync14() { return gTagsMicrosoft.item(105); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync15() { return gTagsMicrosoft.item(106); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync16() { return gTagsMicrosoft.item(107); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSyncOnly() { return gTagsMicrosoft.item(108); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSyncState() { return gTagsMicrosoft.item(109); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftTemporary() { return gTagsMicrosoft.item(110); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftTitle() { return gTagsMicrosoft.item(111); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftTitleSortOrder() { return gTagsMicrosoft.item(112); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftTotalDuration() { return gTagsMicrosoft.item(113); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftTrackingID() { return gTagsMicrosoft.item(114); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserCustom1() { return gTagsMicrosoft.item(115); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserCustom2() { return gTagsMicrosoft.item(116); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserEffectiveRating() { return gTagsMicrosoft.item(117); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserLastPlayedTime() { return gTagsMicrosoft.item(118); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserPlayCount() { return gTagsMicrosoft.item(119); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserPlaycountAfternoon() { return gTagsMicrosoft.item(120); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserPlaycountEvening() { return gTagsMicrosoft.item(121); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserPlaycountMorning() { return gTagsMicrosoft.item(122); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserPlaycountNight() { return gTagsMicrosoft.item(123); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserPlaycountWeekday() { return gTagsMicrosoft.item(124); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserPlaycountWeekend() { return gTagsMicrosoft.item(125); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserRating() { return gTagsMicrosoft.item(126); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserServiceRating() { return gTagsMicrosoft.item(127); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftVideoBitrate() { return gTagsMicrosoft.item(128); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftVideoFormat() { return gTagsMicrosoft.item(129); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftBeatsPerMinute() { return gTagsMicrosoft.item(130); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftContentDistributorType() { return gTagsMicrosoft.item(131); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftContentGroupDescription() { return gTagsMicrosoft.item(132); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftEncodingTime() { return gTagsMicrosoft.item(133); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftGenre() { return gTagsMicrosoft.item(134); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftGenreID() { return gTagsMicrosoft.item(135); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftLanguage() { return gTagsMicrosoft.item(136); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftLyrics() { return gTagsMicrosoft.item(137); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftMCDI() { return gTagsMicrosoft.item(138); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftMediaOriginalBroadcastDateTime() { return gTagsMicrosoft.item(139); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftMediaOriginalChannel() { return gTagsMicrosoft.item(140); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftMediaStationName() { return gTagsMicrosoft.item(141); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftProtectionType() { return gTagsMicrosoft.item(142); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftProviderRating() { return gTagsMicrosoft.item(143); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftProviderStyle() { return gTagsMicrosoft.item(144); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSharedUserRating() { return gTagsMicrosoft.item(145); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSubtitleDescription() { return gTagsMicrosoft.item(146); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSubscriptionContentID() { return gTagsMicrosoft.item(147); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftTrackNumber() { return gTagsMicrosoft.item(148); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftUniqueFileIdentifier() { return gTagsMicrosoft.item(149); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftVideoFrameRate() { return gTagsMicrosoft.item(150); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftVideoHeight() { return gTagsMicrosoft.item(151); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftVideoWidth() { return gTagsMicrosoft.item(152); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftWMCollectionGroupID() { return gTagsMicrosoft.item(153); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftWMCollectionID() { return gTagsMicrosoft.item(154); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftWMContentID() { return gTagsMicrosoft.item(155); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftWMShadowFileSourceDRMType() { return gTagsMicrosoft.item(156); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftWMShadowFileSourceFileType() { return gTagsMicrosoft.item(157); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftYear() { return gTagsMicrosoft.item(158); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftChapterNum() { return gTagsMicrosoft.item(159); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftTitleNum() { return gTagsMicrosoft.item(160); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftResources() { return gTagsMicrosoft.item(161); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftComplete() { return gTagsMicrosoft.item(162); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftHomeCountry_Region() { return gTagsMicrosoft.item(163); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftTaskOwner() { return gTagsMicrosoft.item(164); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftMaxAperture() { return gTagsMicrosoft.item(165); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftOptionalAttendees() { return gTagsMicrosoft.item(166); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftHomeStreet() { return gTagsMicrosoft.item(167); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftRequiredAttendeeAddresses() { return gTagsMicrosoft.item(168); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSenderAddress() { return gTagsMicrosoft.item(169); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftFileVersion() { return gTagsMicrosoft.item(170); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftProductName() { return gTagsMicrosoft.item(171); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftProductVersion() { return gTagsMicrosoft.item(172); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftLegalTrademarks() { return gTagsMicrosoft.item(173); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSenderName() { return gTagsMicrosoft.item(174); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftParentalRatingReason() { return gTagsMicrosoft.item(175); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftFirstName() { return gTagsMicrosoft.item(176); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftDateImported() { return gTagsMicrosoft.item(177); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftCameraMaker() { return gTagsMicrosoft.item(178); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftOrientation() { return gTagsMicrosoft.item(179); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftExposureTime() { return gTagsMicrosoft.item(180); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftF_stop() { return gTagsMicrosoft.item(181); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftExposureProgram() { return gTagsMicrosoft.item(182); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftISOSpeed() { return gTagsMicrosoft.item(183); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftDatePictureTaken() { return gTagsMicrosoft.item(184); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftExposureBias() { return gTagsMicrosoft.item(185); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSubjectDistance() { return gTagsMicrosoft.item(186); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftMeteringMode() { return gTagsMicrosoft.item(187); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftLightSource() { return gTagsMicrosoft.item(188); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftFlashMode() { return gTagsMicrosoft.item(189); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftFocalLength() { return gTagsMicrosoft.item(190); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftHomePhone() { return gTagsMicrosoft.item(191); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftPrimaryPhone() { return gTagsMicrosoft.item(192); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftCellPhone() { return gTagsMicrosoft.item(193); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftBirthday() { return gTagsMicrosoft.item(194); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftPrimaryE_mail() { return gTagsMicrosoft.item(195); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftJobTitle() { return gTagsMicrosoft.item(196); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftHomeCity() { return gTagsMicrosoft.item(197); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftPersonalTitle() { return gTagsMicrosoft.item(198); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftOfficeLocation() { return gTagsMicrosoft.item(199); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftGivenName() { return gTagsMicrosoft.item(200); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftMiddleName() { return gTagsMicrosoft.item(201); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSuffix() { return gTagsMicrosoft.item(202); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftNickname() { return gTagsMicrosoft.item(203); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftPostalCode() { return gTagsMicrosoft.item(204); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftStationName() { return gTagsMicrosoft.item(205); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftDivision() { return gTagsMicrosoft.item(206); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftKinds() { return gTagsMicrosoft.item(207); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftClientID() { return gTagsMicrosoft.item(208); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftType() { return gTagsMicrosoft.item(209); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftFileCount() { return gTagsMicrosoft.item(210); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftTotalFileSize() { return gTagsMicrosoft.item(211); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftComputer() { return gTagsMicrosoft.item(212); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftPerceivedType() { return gTagsMicrosoft.item(213); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftMediaCreated() { return gTagsMicrosoft.item(214); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftIsRecurring() { return gTagsMicrosoft.item(215); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftIncomplete() { return gTagsMicrosoft.item(216); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftE_mail2() { return gTagsMicrosoft.item(217); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftProject() { return gTagsMicrosoft.item(218); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftGender() { return gTagsMicrosoft.item(219); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftDueDate() { return gTagsMicrosoft.item(220); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftBusinessCity() { return gTagsMicrosoft.item(221); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftWindowsFileName() { return gTagsMicrosoft.item(222); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftDateArchived() { return gTagsMicrosoft.item(223); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftBusinessStateOrProvince() { return gTagsMicrosoft.item(224); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftBroadcastDate() { return gTagsMicrosoft.item(225); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftColor() { return gTagsMicrosoft.item(226); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftStartDate() { return gTagsMicrosoft.item(227); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSaturation() { return gTagsMicrosoft.item(228); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSearchRanking() { return gTagsMicrosoft.item(229); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftOtherAddress() { return gTagsMicrosoft.item(230); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAutoSummary() { return gTagsMicrosoft.item(231); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSummary() { return gTagsMicrosoft.item(232); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftBusinessHomePage() { return gTagsMicrosoft.item(233); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAlbumArtist() { return gTagsMicrosoft.item(234); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftArtist() { return gTagsMicrosoft.item(235); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftInitialKey() { return gTagsMicrosoft.item(236); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftBeats_per_minute() { return gTagsMicrosoft.item(237); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftConductors() { return gTagsMicrosoft.item(238); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSubtitle() { return gTagsMicrosoft.item(239); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftMood() { return gTagsMicrosoft.item(240); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAlbumTitle() { return gTagsMicrosoft.item(241); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftFree_busyStatus() { return gTagsMicrosoft.item(242); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftURL() { return gTagsMicrosoft.item(243); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftDateVisited() { return gTagsMicrosoft.item(244); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftIsDeleted() { return gTagsMicrosoft.item(245); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftHasFlag() { return gTagsMicrosoft.item(246); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftHobbies() { return gTagsMicrosoft.item(247); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftFullName() { return gTagsMicrosoft.item(248); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftStreet() { return gTagsMicrosoft.item(249); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftDimensions() { return gTagsMicrosoft.item(250); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftUntitled0() { return gTagsMicrosoft.item(251); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftUntitled1() { return gTagsMicrosoft.item(252); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftHorizontalResolution() { return gTagsMicrosoft.item(253); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftVerticalResolution() { return gTagsMicrosoft.item(254); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftBitDepth() { return gTagsMicrosoft.item(255); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAudioSampleRate() { return gTagsMicrosoft.item(256); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAudioSampleSize() { return gTagsMicrosoft.item(257); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftVideoCompression() { return gTagsMicrosoft.item(258); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftFrameWidth() { return gTagsMicrosoft.item(259); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftFrameHeight() { return gTagsMicrosoft.item(260); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftTotalBitrate() { return gTagsMicrosoft.item(261); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftDataRate() { return gTagsMicrosoft.item(262); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftComposers() { return gTagsMicrosoft.item(263); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftDirectors() { return gTagsMicrosoft.item(264); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftParentalRating() { return gTagsMicrosoft.item(265); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftProducers() { return gTagsMicrosoft.item(266); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftWriters() { return gTagsMicrosoft.item(267); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftPublisher() { return gTagsMicrosoft.item(268); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftPeriod() { return gTagsMicrosoft.item(269); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserWebURL() { return gTagsMicrosoft.item(270); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftEncodedBy() { return gTagsMicrosoft.item(271); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftRating() { return gTagsMicrosoft.item(272); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftE_mail3() { return gTagsMicrosoft.item(273); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftHomeFax() { return gTagsMicrosoft.item(274); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSource() { return gTagsMicrosoft.item(275); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftFlagColor() { return gTagsMicrosoft.item(276); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftBusinessPhone() { return gTagsMicrosoft.item(277); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftProgramMode() { return gTagsMicrosoft.item(278); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftOfflineStatus() { return gTagsMicrosoft.item(279); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftClosedCaptioning() { return gTagsMicrosoft.item(280); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftRerun() { return gTagsMicrosoft.item(281); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSAP() { return gTagsMicrosoft.item(282); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftEpisodeName() { return gTagsMicrosoft.item(283); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftProgramDescription() { return gTagsMicrosoft.item(284); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftStationCallSign() { return gTagsMicrosoft.item(285); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftChannelNumber() { return gTagsMicrosoft.item(286); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftOtherCity() { return gTagsMicrosoft.item(287); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftOtherStateOrProvince() { return gTagsMicrosoft.item(288); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftProfession() { return gTagsMicrosoft.item(289); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftDateCompleted() { return gTagsMicrosoft.item(290); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftReminderTime() { return gTagsMicrosoft.item(291); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftBusinessAddress() { return gTagsMicrosoft.item(292); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftOrganizerAddress() { return gTagsMicrosoft.item(293); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftHomePOBox() { return gTagsMicrosoft.item(294); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftE_mailList() { return gTagsMicrosoft.item(295); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftCompanyMainPhone() { return gTagsMicrosoft.item(296); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftHomePostalCode() { return gTagsMicrosoft.item(297); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftOtherPOBox() { return gTagsMicrosoft.item(298); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftOtherCountry_Region() { return gTagsMicrosoft.item(299); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftLastName() { return gTagsMicrosoft.item(300); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftCarPhone() { return gTagsMicrosoft.item(301); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftBusinessFax() { return gTagsMicrosoft.item(302); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftEntryType() { return gTagsMicrosoft.item(303); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftOtherPostalCode() { return gTagsMicrosoft.item(304); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftLabel() { return gTagsMicrosoft.item(305); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftHomeAddress() { return gTagsMicrosoft.item(306); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAssistantsPhone() { return gTagsMicrosoft.item(307); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftAnniversary() { return gTagsMicrosoft.item(308); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftOwner() { return gTagsMicrosoft.item(309); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSpaceFree() { return gTagsMicrosoft.item(310); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftTotalSize() { return gTagsMicrosoft.item(311); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftSpaceUsed() { return gTagsMicrosoft.item(312); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftPriority() { return gTagsMicrosoft.item(313); }
-const TagItem& detail::TagItemCatalogue20::itemMicrosoftHasAttachments() { return gTagsMicrosoft.item(314); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftSpouse() { return gTagsMicrosoft.item(315); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftFocalLength35mm() { return gTagsMicrosoft.item(316); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftIsCompleted() { return gTagsMicrosoft.item(317); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftOfflineAvailability() { return gTagsMicrosoft.item(318); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftOrganizerName() { return gTagsMicrosoft.item(319); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftTTY_TTDPhone() { return gTagsMicrosoft.item(320); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftProtected() { return gTagsMicrosoft.item(321); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftBusinessCountry_Region() { return gTagsMicrosoft.item(322); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftRequiredAttendees() { return gTagsMicrosoft.item(323); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftName() { return gTagsMicrosoft.item(324); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftSize() { return gTagsMicrosoft.item(325); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftAttributes() { return gTagsMicrosoft.item(326); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftDateModified() { return gTagsMicrosoft.item(327); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftDateCreated() { return gTagsMicrosoft.item(328); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftDateAccessed() { return gTagsMicrosoft.item(329); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftFolderName() { return gTagsMicrosoft.item(330); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftLinkTarget() { return gTagsMicrosoft.item(331); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftLinkStatus() { return gTagsMicrosoft.item(332); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftBusinessPOBox() { return gTagsMicrosoft.item(333); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftToDoTitle() { return gTagsMicrosoft.item(334); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftCallbackNumber() { return gTagsMicrosoft.item(335); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftIsOnline() { return gTagsMicrosoft.item(336); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftMailingAddress() { return gTagsMicrosoft.item(337); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftTelex() { return gTagsMicrosoft.item(338); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftEndDate() { return gTagsMicrosoft.item(339); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftHomeStateOrProvince() { return gTagsMicrosoft.item(340); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftCity() { return gTagsMicrosoft.item(341); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftE_mailDisplayName() { return gTagsMicrosoft.item(342); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftAssistantsName() { return gTagsMicrosoft.item(343); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftCreator() { return gTagsMicrosoft.item(344); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftExifVersion() { return gTagsMicrosoft.item(345); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftBillingInformation() { return gTagsMicrosoft.item(346); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftChildren() { return gTagsMicrosoft.item(347); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftParticipants() { return gTagsMicrosoft.item(348); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftOptionalAttendeeAddresses() { return gTagsMicrosoft.item(349); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftCompany() { return gTagsMicrosoft.item(350); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftCategory() { return gTagsMicrosoft.item(351); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftContentType() { return gTagsMicrosoft.item(352); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftStatus() { return gTagsMicrosoft.item(353); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftSlides() { return gTagsMicrosoft.item(354); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftPager() { return gTagsMicrosoft.item(355); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftIMAddresses() { return gTagsMicrosoft.item(356); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftFolder() { return gTagsMicrosoft.item(357); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftConversationID() { return gTagsMicrosoft.item(358); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftBusinessStreet() { return gTagsMicrosoft.item(359); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftDateReleased() { return gTagsMicrosoft.item(360); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftPOBox() { return gTagsMicrosoft.item(361); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftContactNames() { return gTagsMicrosoft.item(362); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftDocumentID() { return gTagsMicrosoft.item(363); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftLensModel() { return gTagsMicrosoft.item(364); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftBusinessPostalCode() { return gTagsMicrosoft.item(365); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftReadStatus() { return gTagsMicrosoft.item(366); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftImportance() { return gTagsMicrosoft.item(367); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftFlagStatus() { return gTagsMicrosoft.item(368); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftFromAddresses() { return gTagsMicrosoft.item(369); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftFromNames() { return gTagsMicrosoft.item(370); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftStore() { return gTagsMicrosoft.item(371); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftToAddresses() { return gTagsMicrosoft.item(372); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftToNames() { return gTagsMicrosoft.item(373); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftWebpage() { return gTagsMicrosoft.item(374); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftDateSent() { return gTagsMicrosoft.item(375); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftBccAddresses() { return gTagsMicrosoft.item(376); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftDateReceived() { return gTagsMicrosoft.item(377); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftAttachments() { return gTagsMicrosoft.item(378); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftBccNames() { return gTagsMicrosoft.item(379); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftCcAddresses() { return gTagsMicrosoft.item(380); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftCcNames() { return gTagsMicrosoft.item(381); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftFolderPath() { return gTagsMicrosoft.item(382); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftPath() { return gTagsMicrosoft.item(383); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftAccountName() { return gTagsMicrosoft.item(384); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftCountry_Region() { return gTagsMicrosoft.item(385); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftLensMaker() { return gTagsMicrosoft.item(386); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftWhiteBalance() { return gTagsMicrosoft.item(387); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftShared() { return gTagsMicrosoft.item(388); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftSharedWith() { return gTagsMicrosoft.item(389); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftStateOrProvince() { return gTagsMicrosoft.item(390); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftFileAs() { return gTagsMicrosoft.item(391); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftIsAttachment() { return gTagsMicrosoft.item(392); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftTotalEditingTime() { return gTagsMicrosoft.item(393); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftLastPrinted() { return gTagsMicrosoft.item(394); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftUntitled2() { return gTagsMicrosoft.item(395); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftDateLastSaved() { return gTagsMicrosoft.item(396); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftPages() { return gTagsMicrosoft.item(397); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftWordCount() { return gTagsMicrosoft.item(398); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftProgramName() { return gTagsMicrosoft.item(399); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftKeywords() { return gTagsMicrosoft.item(400); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftComments() { return gTagsMicrosoft.item(401); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftContributors() { return gTagsMicrosoft.item(402); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftInitials() { return gTagsMicrosoft.item(403); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftDate() { return gTagsMicrosoft.item(404); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftSensitivity() { return gTagsMicrosoft.item(405); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftE_mailAddress() { return gTagsMicrosoft.item(406); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftDepartment() { return gTagsMicrosoft.item(407); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftMileage() { return gTagsMicrosoft.item(408); }
-const TagItem& detail::TagItemCatalogue21::itemMicrosoftOtherStreet() { return gTagsMicrosoft.item(409); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftPanoramicStitchVersion() { return detail::gTagsMicrosoft.item(0); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftPanoramicStitchCameraMotion() { return detail::gTagsMicrosoft.item(1); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftPanoramicStitchMapType() { return detail::gTagsMicrosoft.item(2); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftPanoramicStitchTheta0() { return detail::gTagsMicrosoft.item(3); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftPanoramicStitchTheta1() { return detail::gTagsMicrosoft.item(4); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftPanoramicStitchPhi0() { return detail::gTagsMicrosoft.item(5); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftPanoramicStitchPhi1() { return detail::gTagsMicrosoft.item(6); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAbstract() { return detail::gTagsMicrosoft.item(7); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAcquisitionTime() { return detail::gTagsMicrosoft.item(8); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAcquisitionTimeDay() { return detail::gTagsMicrosoft.item(9); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAcquisitionTimeMonth() { return detail::gTagsMicrosoft.item(10); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAcquisitionTimeYear() { return detail::gTagsMicrosoft.item(11); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAcquisitionTimeYearMonth() { return detail::gTagsMicrosoft.item(12); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAcquisitionTimeYearMonthDay() { return detail::gTagsMicrosoft.item(13); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAlbumArtistSortOrder() { return detail::gTagsMicrosoft.item(14); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAlbumID() { return detail::gTagsMicrosoft.item(15); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAlbumIDAlbumArtist() { return detail::gTagsMicrosoft.item(16); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAlbumTitleSortOrder() { return detail::gTagsMicrosoft.item(17); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAlternateSourceURL() { return detail::gTagsMicrosoft.item(18); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAudioBitrate() { return detail::gTagsMicrosoft.item(19); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAudioFormat() { return detail::gTagsMicrosoft.item(20); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAuthor() { return detail::gTagsMicrosoft.item(21); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAuthorSortOrder() { return detail::gTagsMicrosoft.item(22); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAverageLevel() { return detail::gTagsMicrosoft.item(23); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftBitrate() { return detail::gTagsMicrosoft.item(24); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftBuyNow() { return detail::gTagsMicrosoft.item(25); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftBuyTickets() { return detail::gTagsMicrosoft.item(26); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftCDTrackEnabled() { return detail::gTagsMicrosoft.item(27); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftCallLetters() { return detail::gTagsMicrosoft.item(28); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftCameraManufacturer() { return detail::gTagsMicrosoft.item(29); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftCameraModel() { return detail::gTagsMicrosoft.item(30); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftChannels() { return detail::gTagsMicrosoft.item(31); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftComment() { return detail::gTagsMicrosoft.item(32); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftContentDistributorDuration() { return detail::gTagsMicrosoft.item(33); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftCopyright() { return detail::gTagsMicrosoft.item(34); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftCount() { return detail::gTagsMicrosoft.item(35); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftCurrentBitrate() { return detail::gTagsMicrosoft.item(36); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftDLNAServerUDN() { return detail::gTagsMicrosoft.item(37); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftDLNASourceURI() { return detail::gTagsMicrosoft.item(38); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftDRMIndividualizedVersion() { return detail::gTagsMicrosoft.item(39); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftDRMKeyID() { return detail::gTagsMicrosoft.item(40); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftDTCPIPHost() { return detail::gTagsMicrosoft.item(41); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftDTCPIPPort() { return detail::gTagsMicrosoft.item(42); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftDVDID() { return detail::gTagsMicrosoft.item(43); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftDescription() { return detail::gTagsMicrosoft.item(44); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftDisplayArtist() { return detail::gTagsMicrosoft.item(45); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftDuration() { return detail::gTagsMicrosoft.item(46); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftEvent() { return detail::gTagsMicrosoft.item(47); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftFileSize() { return detail::gTagsMicrosoft.item(48); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftFileType() { return detail::gTagsMicrosoft.item(49); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftFormatTag() { return detail::gTagsMicrosoft.item(50); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftFourCC() { return detail::gTagsMicrosoft.item(51); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftFrameRate() { return detail::gTagsMicrosoft.item(52); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftFrequency() { return detail::gTagsMicrosoft.item(53); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftIsNetworkFeed() { return detail::gTagsMicrosoft.item(54); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftIsVBR() { return detail::gTagsMicrosoft.item(55); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftIsProtected() { return detail::gTagsMicrosoft.item(56); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftLeadPerformer() { return detail::gTagsMicrosoft.item(57); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftLibraryID() { return detail::gTagsMicrosoft.item(58); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftLibraryName() { return detail::gTagsMicrosoft.item(59); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftLocation() { return detail::gTagsMicrosoft.item(60); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftMediaContentTypes() { return detail::gTagsMicrosoft.item(61); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftMediaType() { return detail::gTagsMicrosoft.item(62); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftModifiedBy() { return detail::gTagsMicrosoft.item(63); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftMoreInfo() { return detail::gTagsMicrosoft.item(64); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftPartOfSet() { return detail::gTagsMicrosoft.item(65); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftPeakValue() { return detail::gTagsMicrosoft.item(66); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftPixelAspectRatioX() { return detail::gTagsMicrosoft.item(67); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftPixelAspectRatioY() { return detail::gTagsMicrosoft.item(68); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftPlaylistIndex() { return detail::gTagsMicrosoft.item(69); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftProvider() { return detail::gTagsMicrosoft.item(70); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftProviderLogoURL() { return detail::gTagsMicrosoft.item(71); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftProviderURL() { return detail::gTagsMicrosoft.item(72); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftRadioBand() { return detail::gTagsMicrosoft.item(73); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftRadioFormat() { return detail::gTagsMicrosoft.item(74); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftRatingOrg() { return detail::gTagsMicrosoft.item(75); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftRecordingTime() { return detail::gTagsMicrosoft.item(76); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftRecordingTimeDay() { return detail::gTagsMicrosoft.item(77); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftRecordingTimeMonth() { return detail::gTagsMicrosoft.item(78); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftRecordingTimeYear() { return detail::gTagsMicrosoft.item(79); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftRecordingTimeYearMonth() { return detail::gTagsMicrosoft.item(80); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftRecordingTimeYearMonthDay() { return detail::gTagsMicrosoft.item(81); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftReleaseDate() { return detail::gTagsMicrosoft.item(82); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftReleaseDateDay() { return detail::gTagsMicrosoft.item(83); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftReleaseDateMonth() { return detail::gTagsMicrosoft.item(84); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftReleaseDateYear() { return detail::gTagsMicrosoft.item(85); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftReleaseDateYearMonth() { return detail::gTagsMicrosoft.item(86); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftReleaseDateYearMonthDay() { return detail::gTagsMicrosoft.item(87); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftRequestState() { return detail::gTagsMicrosoft.item(88); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftShadowFilePath() { return detail::gTagsMicrosoft.item(89); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSourceURL() { return detail::gTagsMicrosoft.item(90); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSubject() { return detail::gTagsMicrosoft.item(91); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync01() { return detail::gTagsMicrosoft.item(92); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync02() { return detail::gTagsMicrosoft.item(93); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync03() { return detail::gTagsMicrosoft.item(94); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync04() { return detail::gTagsMicrosoft.item(95); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync05() { return detail::gTagsMicrosoft.item(96); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync06() { return detail::gTagsMicrosoft.item(97); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync07() { return detail::gTagsMicrosoft.item(98); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync08() { return detail::gTagsMicrosoft.item(99); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync09() { return detail::gTagsMicrosoft.item(100); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync10() { return detail::gTagsMicrosoft.item(101); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync11() { return detail::gTagsMicrosoft.item(102); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync12() { return detail::gTagsMicrosoft.item(103); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync13() { return detail::gTagsMicrosoft.item(104); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync14() { return detail::gTagsMicrosoft.item(105); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync15() { return detail::gTagsMicrosoft.item(106); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSync16() { return detail::gTagsMicrosoft.item(107); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSyncOnly() { return detail::gTagsMicrosoft.item(108); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSyncState() { return detail::gTagsMicrosoft.item(109); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftTemporary() { return detail::gTagsMicrosoft.item(110); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftTitle() { return detail::gTagsMicrosoft.item(111); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftTitleSortOrder() { return detail::gTagsMicrosoft.item(112); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftTotalDuration() { return detail::gTagsMicrosoft.item(113); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftTrackingID() { return detail::gTagsMicrosoft.item(114); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserCustom1() { return detail::gTagsMicrosoft.item(115); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserCustom2() { return detail::gTagsMicrosoft.item(116); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserEffectiveRating() { return detail::gTagsMicrosoft.item(117); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserLastPlayedTime() { return detail::gTagsMicrosoft.item(118); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserPlayCount() { return detail::gTagsMicrosoft.item(119); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserPlaycountAfternoon() { return detail::gTagsMicrosoft.item(120); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserPlaycountEvening() { return detail::gTagsMicrosoft.item(121); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserPlaycountMorning() { return detail::gTagsMicrosoft.item(122); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserPlaycountNight() { return detail::gTagsMicrosoft.item(123); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserPlaycountWeekday() { return detail::gTagsMicrosoft.item(124); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserPlaycountWeekend() { return detail::gTagsMicrosoft.item(125); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserRating() { return detail::gTagsMicrosoft.item(126); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserServiceRating() { return detail::gTagsMicrosoft.item(127); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftVideoBitrate() { return detail::gTagsMicrosoft.item(128); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftVideoFormat() { return detail::gTagsMicrosoft.item(129); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftBeatsPerMinute() { return detail::gTagsMicrosoft.item(130); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftContentDistributorType() { return detail::gTagsMicrosoft.item(131); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftContentGroupDescription() { return detail::gTagsMicrosoft.item(132); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftEncodingTime() { return detail::gTagsMicrosoft.item(133); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftGenre() { return detail::gTagsMicrosoft.item(134); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftGenreID() { return detail::gTagsMicrosoft.item(135); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftLanguage() { return detail::gTagsMicrosoft.item(136); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftLyrics() { return detail::gTagsMicrosoft.item(137); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftMCDI() { return detail::gTagsMicrosoft.item(138); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftMediaOriginalBroadcastDateTime() { return detail::gTagsMicrosoft.item(139); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftMediaOriginalChannel() { return detail::gTagsMicrosoft.item(140); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftMediaStationName() { return detail::gTagsMicrosoft.item(141); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftProtectionType() { return detail::gTagsMicrosoft.item(142); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftProviderRating() { return detail::gTagsMicrosoft.item(143); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftProviderStyle() { return detail::gTagsMicrosoft.item(144); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSharedUserRating() { return detail::gTagsMicrosoft.item(145); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSubtitleDescription() { return detail::gTagsMicrosoft.item(146); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSubscriptionContentID() { return detail::gTagsMicrosoft.item(147); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftTrackNumber() { return detail::gTagsMicrosoft.item(148); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftUniqueFileIdentifier() { return detail::gTagsMicrosoft.item(149); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftVideoFrameRate() { return detail::gTagsMicrosoft.item(150); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftVideoHeight() { return detail::gTagsMicrosoft.item(151); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftVideoWidth() { return detail::gTagsMicrosoft.item(152); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftWMCollectionGroupID() { return detail::gTagsMicrosoft.item(153); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftWMCollectionID() { return detail::gTagsMicrosoft.item(154); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftWMContentID() { return detail::gTagsMicrosoft.item(155); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftWMShadowFileSourceDRMType() { return detail::gTagsMicrosoft.item(156); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftWMShadowFileSourceFileType() { return detail::gTagsMicrosoft.item(157); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftYear() { return detail::gTagsMicrosoft.item(158); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftChapterNum() { return detail::gTagsMicrosoft.item(159); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftTitleNum() { return detail::gTagsMicrosoft.item(160); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftResources() { return detail::gTagsMicrosoft.item(161); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftComplete() { return detail::gTagsMicrosoft.item(162); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftHomeCountry_Region() { return detail::gTagsMicrosoft.item(163); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftTaskOwner() { return detail::gTagsMicrosoft.item(164); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftMaxAperture() { return detail::gTagsMicrosoft.item(165); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftOptionalAttendees() { return detail::gTagsMicrosoft.item(166); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftHomeStreet() { return detail::gTagsMicrosoft.item(167); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftRequiredAttendeeAddresses() { return detail::gTagsMicrosoft.item(168); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSenderAddress() { return detail::gTagsMicrosoft.item(169); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftFileVersion() { return detail::gTagsMicrosoft.item(170); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftProductName() { return detail::gTagsMicrosoft.item(171); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftProductVersion() { return detail::gTagsMicrosoft.item(172); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftLegalTrademarks() { return detail::gTagsMicrosoft.item(173); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSenderName() { return detail::gTagsMicrosoft.item(174); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftParentalRatingReason() { return detail::gTagsMicrosoft.item(175); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftFirstName() { return detail::gTagsMicrosoft.item(176); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftDateImported() { return detail::gTagsMicrosoft.item(177); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftCameraMaker() { return detail::gTagsMicrosoft.item(178); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftOrientation() { return detail::gTagsMicrosoft.item(179); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftExposureTime() { return detail::gTagsMicrosoft.item(180); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftF_stop() { return detail::gTagsMicrosoft.item(181); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftExposureProgram() { return detail::gTagsMicrosoft.item(182); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftISOSpeed() { return detail::gTagsMicrosoft.item(183); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftDatePictureTaken() { return detail::gTagsMicrosoft.item(184); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftExposureBias() { return detail::gTagsMicrosoft.item(185); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSubjectDistance() { return detail::gTagsMicrosoft.item(186); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftMeteringMode() { return detail::gTagsMicrosoft.item(187); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftLightSource() { return detail::gTagsMicrosoft.item(188); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftFlashMode() { return detail::gTagsMicrosoft.item(189); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftFocalLength() { return detail::gTagsMicrosoft.item(190); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftHomePhone() { return detail::gTagsMicrosoft.item(191); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftPrimaryPhone() { return detail::gTagsMicrosoft.item(192); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftCellPhone() { return detail::gTagsMicrosoft.item(193); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftBirthday() { return detail::gTagsMicrosoft.item(194); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftPrimaryE_mail() { return detail::gTagsMicrosoft.item(195); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftJobTitle() { return detail::gTagsMicrosoft.item(196); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftHomeCity() { return detail::gTagsMicrosoft.item(197); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftPersonalTitle() { return detail::gTagsMicrosoft.item(198); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftOfficeLocation() { return detail::gTagsMicrosoft.item(199); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftGivenName() { return detail::gTagsMicrosoft.item(200); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftMiddleName() { return detail::gTagsMicrosoft.item(201); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSuffix() { return detail::gTagsMicrosoft.item(202); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftNickname() { return detail::gTagsMicrosoft.item(203); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftPostalCode() { return detail::gTagsMicrosoft.item(204); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftStationName() { return detail::gTagsMicrosoft.item(205); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftDivision() { return detail::gTagsMicrosoft.item(206); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftKinds() { return detail::gTagsMicrosoft.item(207); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftClientID() { return detail::gTagsMicrosoft.item(208); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftType() { return detail::gTagsMicrosoft.item(209); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftFileCount() { return detail::gTagsMicrosoft.item(210); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftTotalFileSize() { return detail::gTagsMicrosoft.item(211); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftComputer() { return detail::gTagsMicrosoft.item(212); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftPerceivedType() { return detail::gTagsMicrosoft.item(213); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftMediaCreated() { return detail::gTagsMicrosoft.item(214); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftIsRecurring() { return detail::gTagsMicrosoft.item(215); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftIncomplete() { return detail::gTagsMicrosoft.item(216); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftE_mail2() { return detail::gTagsMicrosoft.item(217); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftProject() { return detail::gTagsMicrosoft.item(218); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftGender() { return detail::gTagsMicrosoft.item(219); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftDueDate() { return detail::gTagsMicrosoft.item(220); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftBusinessCity() { return detail::gTagsMicrosoft.item(221); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftWindowsFileName() { return detail::gTagsMicrosoft.item(222); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftDateArchived() { return detail::gTagsMicrosoft.item(223); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftBusinessStateOrProvince() { return detail::gTagsMicrosoft.item(224); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftBroadcastDate() { return detail::gTagsMicrosoft.item(225); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftColor() { return detail::gTagsMicrosoft.item(226); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftStartDate() { return detail::gTagsMicrosoft.item(227); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSaturation() { return detail::gTagsMicrosoft.item(228); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSearchRanking() { return detail::gTagsMicrosoft.item(229); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftOtherAddress() { return detail::gTagsMicrosoft.item(230); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAutoSummary() { return detail::gTagsMicrosoft.item(231); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSummary() { return detail::gTagsMicrosoft.item(232); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftBusinessHomePage() { return detail::gTagsMicrosoft.item(233); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAlbumArtist() { return detail::gTagsMicrosoft.item(234); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftArtist() { return detail::gTagsMicrosoft.item(235); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftInitialKey() { return detail::gTagsMicrosoft.item(236); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftBeats_per_minute() { return detail::gTagsMicrosoft.item(237); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftConductors() { return detail::gTagsMicrosoft.item(238); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSubtitle() { return detail::gTagsMicrosoft.item(239); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftMood() { return detail::gTagsMicrosoft.item(240); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAlbumTitle() { return detail::gTagsMicrosoft.item(241); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftFree_busyStatus() { return detail::gTagsMicrosoft.item(242); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftURL() { return detail::gTagsMicrosoft.item(243); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftDateVisited() { return detail::gTagsMicrosoft.item(244); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftIsDeleted() { return detail::gTagsMicrosoft.item(245); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftHasFlag() { return detail::gTagsMicrosoft.item(246); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftHobbies() { return detail::gTagsMicrosoft.item(247); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftFullName() { return detail::gTagsMicrosoft.item(248); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftStreet() { return detail::gTagsMicrosoft.item(249); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftDimensions() { return detail::gTagsMicrosoft.item(250); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftUntitled0() { return detail::gTagsMicrosoft.item(251); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftUntitled1() { return detail::gTagsMicrosoft.item(252); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftHorizontalResolution() { return detail::gTagsMicrosoft.item(253); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftVerticalResolution() { return detail::gTagsMicrosoft.item(254); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftBitDepth() { return detail::gTagsMicrosoft.item(255); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAudioSampleRate() { return detail::gTagsMicrosoft.item(256); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAudioSampleSize() { return detail::gTagsMicrosoft.item(257); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftVideoCompression() { return detail::gTagsMicrosoft.item(258); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftFrameWidth() { return detail::gTagsMicrosoft.item(259); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftFrameHeight() { return detail::gTagsMicrosoft.item(260); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftTotalBitrate() { return detail::gTagsMicrosoft.item(261); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftDataRate() { return detail::gTagsMicrosoft.item(262); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftComposers() { return detail::gTagsMicrosoft.item(263); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftDirectors() { return detail::gTagsMicrosoft.item(264); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftParentalRating() { return detail::gTagsMicrosoft.item(265); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftProducers() { return detail::gTagsMicrosoft.item(266); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftWriters() { return detail::gTagsMicrosoft.item(267); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftPublisher() { return detail::gTagsMicrosoft.item(268); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftPeriod() { return detail::gTagsMicrosoft.item(269); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftUserWebURL() { return detail::gTagsMicrosoft.item(270); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftEncodedBy() { return detail::gTagsMicrosoft.item(271); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftRating() { return detail::gTagsMicrosoft.item(272); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftE_mail3() { return detail::gTagsMicrosoft.item(273); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftHomeFax() { return detail::gTagsMicrosoft.item(274); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSource() { return detail::gTagsMicrosoft.item(275); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftFlagColor() { return detail::gTagsMicrosoft.item(276); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftBusinessPhone() { return detail::gTagsMicrosoft.item(277); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftProgramMode() { return detail::gTagsMicrosoft.item(278); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftOfflineStatus() { return detail::gTagsMicrosoft.item(279); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftClosedCaptioning() { return detail::gTagsMicrosoft.item(280); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftRerun() { return detail::gTagsMicrosoft.item(281); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSAP() { return detail::gTagsMicrosoft.item(282); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftEpisodeName() { return detail::gTagsMicrosoft.item(283); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftProgramDescription() { return detail::gTagsMicrosoft.item(284); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftStationCallSign() { return detail::gTagsMicrosoft.item(285); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftChannelNumber() { return detail::gTagsMicrosoft.item(286); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftOtherCity() { return detail::gTagsMicrosoft.item(287); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftOtherStateOrProvince() { return detail::gTagsMicrosoft.item(288); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftProfession() { return detail::gTagsMicrosoft.item(289); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftDateCompleted() { return detail::gTagsMicrosoft.item(290); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftReminderTime() { return detail::gTagsMicrosoft.item(291); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftBusinessAddress() { return detail::gTagsMicrosoft.item(292); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftOrganizerAddress() { return detail::gTagsMicrosoft.item(293); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftHomePOBox() { return detail::gTagsMicrosoft.item(294); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftE_mailList() { return detail::gTagsMicrosoft.item(295); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftCompanyMainPhone() { return detail::gTagsMicrosoft.item(296); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftHomePostalCode() { return detail::gTagsMicrosoft.item(297); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftOtherPOBox() { return detail::gTagsMicrosoft.item(298); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftOtherCountry_Region() { return detail::gTagsMicrosoft.item(299); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftLastName() { return detail::gTagsMicrosoft.item(300); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftCarPhone() { return detail::gTagsMicrosoft.item(301); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftBusinessFax() { return detail::gTagsMicrosoft.item(302); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftEntryType() { return detail::gTagsMicrosoft.item(303); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftOtherPostalCode() { return detail::gTagsMicrosoft.item(304); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftLabel() { return detail::gTagsMicrosoft.item(305); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftHomeAddress() { return detail::gTagsMicrosoft.item(306); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAssistantsPhone() { return detail::gTagsMicrosoft.item(307); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftAnniversary() { return detail::gTagsMicrosoft.item(308); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftOwner() { return detail::gTagsMicrosoft.item(309); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSpaceFree() { return detail::gTagsMicrosoft.item(310); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftTotalSize() { return detail::gTagsMicrosoft.item(311); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftSpaceUsed() { return detail::gTagsMicrosoft.item(312); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftPriority() { return detail::gTagsMicrosoft.item(313); }
+const TagItem& detail::TagItemCatalogue20::itemMicrosoftHasAttachments() { return detail::gTagsMicrosoft.item(314); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftSpouse() { return detail::gTagsMicrosoft.item(315); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftFocalLength35mm() { return detail::gTagsMicrosoft.item(316); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftIsCompleted() { return detail::gTagsMicrosoft.item(317); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftOfflineAvailability() { return detail::gTagsMicrosoft.item(318); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftOrganizerName() { return detail::gTagsMicrosoft.item(319); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftTTY_TTDPhone() { return detail::gTagsMicrosoft.item(320); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftProtected() { return detail::gTagsMicrosoft.item(321); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftBusinessCountry_Region() { return detail::gTagsMicrosoft.item(322); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftRequiredAttendees() { return detail::gTagsMicrosoft.item(323); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftName() { return detail::gTagsMicrosoft.item(324); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftSize() { return detail::gTagsMicrosoft.item(325); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftAttributes() { return detail::gTagsMicrosoft.item(326); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftDateModified() { return detail::gTagsMicrosoft.item(327); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftDateCreated() { return detail::gTagsMicrosoft.item(328); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftDateAccessed() { return detail::gTagsMicrosoft.item(329); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftFolderName() { return detail::gTagsMicrosoft.item(330); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftLinkTarget() { return detail::gTagsMicrosoft.item(331); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftLinkStatus() { return detail::gTagsMicrosoft.item(332); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftBusinessPOBox() { return detail::gTagsMicrosoft.item(333); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftToDoTitle() { return detail::gTagsMicrosoft.item(334); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftCallbackNumber() { return detail::gTagsMicrosoft.item(335); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftIsOnline() { return detail::gTagsMicrosoft.item(336); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftMailingAddress() { return detail::gTagsMicrosoft.item(337); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftTelex() { return detail::gTagsMicrosoft.item(338); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftEndDate() { return detail::gTagsMicrosoft.item(339); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftHomeStateOrProvince() { return detail::gTagsMicrosoft.item(340); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftCity() { return detail::gTagsMicrosoft.item(341); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftE_mailDisplayName() { return detail::gTagsMicrosoft.item(342); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftAssistantsName() { return detail::gTagsMicrosoft.item(343); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftCreator() { return detail::gTagsMicrosoft.item(344); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftExifVersion() { return detail::gTagsMicrosoft.item(345); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftBillingInformation() { return detail::gTagsMicrosoft.item(346); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftChildren() { return detail::gTagsMicrosoft.item(347); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftParticipants() { return detail::gTagsMicrosoft.item(348); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftOptionalAttendeeAddresses() { return detail::gTagsMicrosoft.item(349); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftCompany() { return detail::gTagsMicrosoft.item(350); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftCategory() { return detail::gTagsMicrosoft.item(351); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftContentType() { return detail::gTagsMicrosoft.item(352); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftStatus() { return detail::gTagsMicrosoft.item(353); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftSlides() { return detail::gTagsMicrosoft.item(354); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftPager() { return detail::gTagsMicrosoft.item(355); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftIMAddresses() { return detail::gTagsMicrosoft.item(356); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftFolder() { return detail::gTagsMicrosoft.item(357); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftConversationID() { return detail::gTagsMicrosoft.item(358); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftBusinessStreet() { return detail::gTagsMicrosoft.item(359); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftDateReleased() { return detail::gTagsMicrosoft.item(360); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftPOBox() { return detail::gTagsMicrosoft.item(361); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftContactNames() { return detail::gTagsMicrosoft.item(362); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftDocumentID() { return detail::gTagsMicrosoft.item(363); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftLensModel() { return detail::gTagsMicrosoft.item(364); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftBusinessPostalCode() { return detail::gTagsMicrosoft.item(365); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftReadStatus() { return detail::gTagsMicrosoft.item(366); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftImportance() { return detail::gTagsMicrosoft.item(367); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftFlagStatus() { return detail::gTagsMicrosoft.item(368); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftFromAddresses() { return detail::gTagsMicrosoft.item(369); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftFromNames() { return detail::gTagsMicrosoft.item(370); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftStore() { return detail::gTagsMicrosoft.item(371); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftToAddresses() { return detail::gTagsMicrosoft.item(372); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftToNames() { return detail::gTagsMicrosoft.item(373); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftWebpage() { return detail::gTagsMicrosoft.item(374); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftDateSent() { return detail::gTagsMicrosoft.item(375); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftBccAddresses() { return detail::gTagsMicrosoft.item(376); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftDateReceived() { return detail::gTagsMicrosoft.item(377); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftAttachments() { return detail::gTagsMicrosoft.item(378); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftBccNames() { return detail::gTagsMicrosoft.item(379); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftCcAddresses() { return detail::gTagsMicrosoft.item(380); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftCcNames() { return detail::gTagsMicrosoft.item(381); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftFolderPath() { return detail::gTagsMicrosoft.item(382); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftPath() { return detail::gTagsMicrosoft.item(383); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftAccountName() { return detail::gTagsMicrosoft.item(384); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftCountry_Region() { return detail::gTagsMicrosoft.item(385); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftLensMaker() { return detail::gTagsMicrosoft.item(386); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftWhiteBalance() { return detail::gTagsMicrosoft.item(387); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftShared() { return detail::gTagsMicrosoft.item(388); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftSharedWith() { return detail::gTagsMicrosoft.item(389); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftStateOrProvince() { return detail::gTagsMicrosoft.item(390); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftFileAs() { return detail::gTagsMicrosoft.item(391); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftIsAttachment() { return detail::gTagsMicrosoft.item(392); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftTotalEditingTime() { return detail::gTagsMicrosoft.item(393); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftLastPrinted() { return detail::gTagsMicrosoft.item(394); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftUntitled2() { return detail::gTagsMicrosoft.item(395); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftDateLastSaved() { return detail::gTagsMicrosoft.item(396); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftPages() { return detail::gTagsMicrosoft.item(397); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftWordCount() { return detail::gTagsMicrosoft.item(398); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftProgramName() { return detail::gTagsMicrosoft.item(399); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftKeywords() { return detail::gTagsMicrosoft.item(400); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftComments() { return detail::gTagsMicrosoft.item(401); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftContributors() { return detail::gTagsMicrosoft.item(402); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftInitials() { return detail::gTagsMicrosoft.item(403); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftDate() { return detail::gTagsMicrosoft.item(404); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftSensitivity() { return detail::gTagsMicrosoft.item(405); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftE_mailAddress() { return detail::gTagsMicrosoft.item(406); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftDepartment() { return detail::gTagsMicrosoft.item(407); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftMileage() { return detail::gTagsMicrosoft.item(408); }
+const TagItem& detail::TagItemCatalogue21::itemMicrosoftOtherStreet() { return detail::gTagsMicrosoft.item(409); }
 
 const TagStrings& TagStringsCatalogue::stringsMinolta() {
   return gStringsMinolta.strings(&TagStringsCatalogue::stringTableMinolta);
@@ -7178,200 +7184,200 @@ TagStringTable TagStringsCatalogue::stringTableMinolta(ETLanguage language) {
   return gStringsMinolta.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue21::allStreamsMinolta() {
-  return gTagsMinolta.all();
+  return detail::gTagsMinolta.all();
 }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAFSensorActive() { return gTagsMinolta.item(0); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusActiveSensor() { return gTagsMinolta.item(1); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusTop_right() { return gTagsMinolta.item(2); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusBottom_right() { return gTagsMinolta.item(3); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusBottom() { return gTagsMinolta.item(4); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusMiddleHorizontal() { return gTagsMinolta.item(5); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusCenterVertical() { return gTagsMinolta.item(6); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusTop() { return gTagsMinolta.item(7); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusTop_left() { return gTagsMinolta.item(8); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusBottom_left() { return gTagsMinolta.item(9); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFocusLocked() { return gTagsMinolta.item(10); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAFPoint() { return gTagsMinolta.item(11); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAFMode() { return gTagsMinolta.item(12); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusLeft() { return gTagsMinolta.item(13); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusCenterHorizontal() { return gTagsMinolta.item(14); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusRight() { return gTagsMinolta.item(15); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAFAreaMode() { return gTagsMinolta.item(16); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaExposureMode() { return gTagsMinolta.item(17); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFlashMode() { return gTagsMinolta.item(18); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWhiteBalance() { return gTagsMinolta.item(19); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaMinoltaImageSize() { return gTagsMinolta.item(20); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaMinoltaQuality() { return gTagsMinolta.item(21); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaDriveMode() { return gTagsMinolta.item(22); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaMeteringMode() { return gTagsMinolta.item(23); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaISO() { return gTagsMinolta.item(24); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaExposureTime() { return gTagsMinolta.item(25); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFNumber() { return gTagsMinolta.item(26); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaMacroMode() { return gTagsMinolta.item(27); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaDigitalZoom() { return gTagsMinolta.item(28); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaExposureCompensation() { return gTagsMinolta.item(29); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaBracketStep() { return gTagsMinolta.item(30); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaIntervalLength() { return gTagsMinolta.item(31); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaIntervalNumber() { return gTagsMinolta.item(32); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFocalLength() { return gTagsMinolta.item(33); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFocusDistance() { return gTagsMinolta.item(34); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFlashFired() { return gTagsMinolta.item(35); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaMinoltaDate() { return gTagsMinolta.item(36); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaMinoltaTime() { return gTagsMinolta.item(37); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaMaxAperture() { return gTagsMinolta.item(38); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFileNumberMemory() { return gTagsMinolta.item(39); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaLastFileNumber() { return gTagsMinolta.item(40); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaColorBalanceRed() { return gTagsMinolta.item(41); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaColorBalanceGreen() { return gTagsMinolta.item(42); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaColorBalanceBlue() { return gTagsMinolta.item(43); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaSaturation() { return gTagsMinolta.item(44); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaContrast() { return gTagsMinolta.item(45); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaSharpness() { return gTagsMinolta.item(46); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaSubjectProgram() { return gTagsMinolta.item(47); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFlashExposureComp() { return gTagsMinolta.item(48); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaISOSetting() { return gTagsMinolta.item(49); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaMinoltaModelID() { return gTagsMinolta.item(50); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaIntervalMode() { return gTagsMinolta.item(51); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFolderName() { return gTagsMinolta.item(52); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaColorMode() { return gTagsMinolta.item(53); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaColorFilter() { return gTagsMinolta.item(54); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaBWFilter() { return gTagsMinolta.item(55); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaInternalFlash() { return gTagsMinolta.item(56); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaBrightness() { return gTagsMinolta.item(57); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaSpotFocusPointX() { return gTagsMinolta.item(58); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaSpotFocusPointY() { return gTagsMinolta.item(59); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWideFocusZone() { return gTagsMinolta.item(60); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFocusMode() { return gTagsMinolta.item(61); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFocusArea() { return gTagsMinolta.item(62); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaDECPosition() { return gTagsMinolta.item(63); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaColorProfile() { return gTagsMinolta.item(64); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaDataImprint() { return gTagsMinolta.item(65); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFlashMetering() { return gTagsMinolta.item(66); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFlash() { return gTagsMinolta.item(67); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaColorSpace() { return gTagsMinolta.item(68); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFreeMemoryCardImages() { return gTagsMinolta.item(69); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaColorTemperature() { return gTagsMinolta.item(70); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaHueAdjustment() { return gTagsMinolta.item(71); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRotation() { return gTagsMinolta.item(72); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaPictureFinish() { return gTagsMinolta.item(73); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaImageNumber() { return gTagsMinolta.item(74); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaNoiseReduction() { return gTagsMinolta.item(75); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaImageStabilization() { return gTagsMinolta.item(76); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAFPoints() { return gTagsMinolta.item(77); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaImageNumber2() { return gTagsMinolta.item(78); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaZoneMatchingOn() { return gTagsMinolta.item(79); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaExposureCompensationSetting() { return gTagsMinolta.item(80); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaHighSpeedSync() { return gTagsMinolta.item(81); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaShutterSpeedSetting() { return gTagsMinolta.item(82); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaApertureSetting() { return gTagsMinolta.item(83); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaDriveMode2() { return gTagsMinolta.item(84); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAFPointSelected() { return gTagsMinolta.item(85); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFlashExposureCompSet() { return gTagsMinolta.item(86); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaZoneMatchingMode() { return gTagsMinolta.item(87); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaDynamicRangeOptimizer() { return gTagsMinolta.item(88); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaPrioritySetupShutterRelease() { return gTagsMinolta.item(89); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaSelfTimerTime() { return gTagsMinolta.item(90); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaContinuousBracketing() { return gTagsMinolta.item(91); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaSingleFrameBracketing() { return gTagsMinolta.item(92); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWhiteBalanceBracketing() { return gTagsMinolta.item(93); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWhiteBalanceSetting() { return gTagsMinolta.item(94); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaPresetWhiteBalance() { return gTagsMinolta.item(95); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaColorTemperatureSetting() { return gTagsMinolta.item(96); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaCustomWBSetting() { return gTagsMinolta.item(97); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaDynamicRangeOptimizerSetting() { return gTagsMinolta.item(98); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaCustomWBRedLevel() { return gTagsMinolta.item(99); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaCustomWBGreenLevel() { return gTagsMinolta.item(100); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaCustomWBBlueLevel() { return gTagsMinolta.item(101); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaCustomWBError() { return gTagsMinolta.item(102); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWhiteBalanceFineTune() { return gTagsMinolta.item(103); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaColorCompensationFilter() { return gTagsMinolta.item(104); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaSonyImageSize() { return gTagsMinolta.item(105); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaSonyQuality() { return gTagsMinolta.item(106); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaInstantPlaybackTime() { return gTagsMinolta.item(107); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaInstantPlaybackSetup() { return gTagsMinolta.item(108); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaEyeStartAF() { return gTagsMinolta.item(109); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRedEyeReduction() { return gTagsMinolta.item(110); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFlashDefault() { return gTagsMinolta.item(111); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAutoBracketOrder() { return gTagsMinolta.item(112); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFocusHoldButton() { return gTagsMinolta.item(113); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAELButton() { return gTagsMinolta.item(114); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaControlDialSet() { return gTagsMinolta.item(115); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaExposureCompensationMode() { return gTagsMinolta.item(116); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAFAssist() { return gTagsMinolta.item(117); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaCardShutterLock() { return gTagsMinolta.item(118); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaLensShutterLock() { return gTagsMinolta.item(119); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAFAreaIllumination() { return gTagsMinolta.item(120); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaMonitorDisplayOff() { return gTagsMinolta.item(121); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRecordDisplay() { return gTagsMinolta.item(122); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaPlayDisplay() { return gTagsMinolta.item(123); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaExposureIndicator() { return gTagsMinolta.item(124); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAELExposureIndicator() { return gTagsMinolta.item(125); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaExposureBracketingIndicatorLast() { return gTagsMinolta.item(126); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaMeteringOffScaleIndicator() { return gTagsMinolta.item(127); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFlashExposureIndicator() { return gTagsMinolta.item(128); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFlashExposureIndicatorNext() { return gTagsMinolta.item(129); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFlashExposureIndicatorLast() { return gTagsMinolta.item(130); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFocusModeSwitch() { return gTagsMinolta.item(131); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFlashType() { return gTagsMinolta.item(132); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAELock() { return gTagsMinolta.item(133); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaBatteryState() { return gTagsMinolta.item(134); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaMake() { return gTagsMinolta.item(135); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaSoftwareVersion() { return gTagsMinolta.item(136); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaModelType() { return gTagsMinolta.item(137); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaMakerNoteVersion() { return gTagsMinolta.item(138); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaCompressedImageSize() { return gTagsMinolta.item(139); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaPreviewImage() { return gTagsMinolta.item(140); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaPreviewImageStart() { return gTagsMinolta.item(141); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaPreviewImageLength() { return gTagsMinolta.item(142); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaSceneMode() { return gTagsMinolta.item(143); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaTeleconverter() { return gTagsMinolta.item(144); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawAndJpgRecording() { return gTagsMinolta.item(145); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaZoneMatching() { return gTagsMinolta.item(146); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaLensType() { return gTagsMinolta.item(147); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaMinoltaCameraSettings2() { return gTagsMinolta.item(148); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaImageStabilizationSetting() { return gTagsMinolta.item(149); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaDynamicRangeOptimizerMode() { return gTagsMinolta.item(150); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWBBracketShotNumber() { return gTagsMinolta.item(151); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaExposureBracketShotNumber() { return gTagsMinolta.item(152); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFlashFunction() { return gTagsMinolta.item(153); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAverageLV() { return gTagsMinolta.item(154); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaFrameNumber() { return gTagsMinolta.item(155); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RGBLevels() { return gTagsMinolta.item(156); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_GBRGLevels() { return gTagsMinolta.item(157); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RedLevelsTungsten() { return gTagsMinolta.item(158); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_BlueLevelsTungsten() { return gTagsMinolta.item(159); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RedLevelsDaylight() { return gTagsMinolta.item(160); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_BlueLevelsDaylight() { return gTagsMinolta.item(161); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RedLevelsCloudy() { return gTagsMinolta.item(162); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_BlueLevelsCloudy() { return gTagsMinolta.item(163); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RedLevelsFlash() { return gTagsMinolta.item(164); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_BlueLevelsFlash() { return gTagsMinolta.item(165); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RedLevelsFluorescent() { return gTagsMinolta.item(166); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_BlueLevelsFluorescent() { return gTagsMinolta.item(167); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RedLevelsShade() { return gTagsMinolta.item(168); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_BlueLevelsShade() { return gTagsMinolta.item(169); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RedLevel6500K() { return gTagsMinolta.item(170); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_BlueLevel6500K() { return gTagsMinolta.item(171); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RedLevelCustom() { return gTagsMinolta.item(172); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_BlueLevelCustom() { return gTagsMinolta.item(173); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RedLevel3500K() { return gTagsMinolta.item(174); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_BlueLevel3500K() { return gTagsMinolta.item(175); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RedLevelsKelvin() { return gTagsMinolta.item(176); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_BlueLevelsKelvin() { return gTagsMinolta.item(177); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RBLevelsFlash() { return gTagsMinolta.item(178); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RBLevelsCoolWhiteF() { return gTagsMinolta.item(179); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RBLevelsTungsten() { return gTagsMinolta.item(180); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RBLevelsDaylight() { return gTagsMinolta.item(181); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RBLevelsCloudy() { return gTagsMinolta.item(182); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RBLevelsShade() { return gTagsMinolta.item(183); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RBLevels6500K() { return gTagsMinolta.item(184); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RBLevelsCustom() { return gTagsMinolta.item(185); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RBLevels3500K() { return gTagsMinolta.item(186); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaAEMeteringSegments() { return gTagsMinolta.item(187); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaMeasuredLV() { return gTagsMinolta.item(188); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaBrightnessValue() { return gTagsMinolta.item(189); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaTiffMeteringImage() { return gTagsMinolta.item(190); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaInternalSerialNumber() { return gTagsMinolta.item(191); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAFSensorActive() { return detail::gTagsMinolta.item(0); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusActiveSensor() { return detail::gTagsMinolta.item(1); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusTop_right() { return detail::gTagsMinolta.item(2); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusBottom_right() { return detail::gTagsMinolta.item(3); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusBottom() { return detail::gTagsMinolta.item(4); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusMiddleHorizontal() { return detail::gTagsMinolta.item(5); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusCenterVertical() { return detail::gTagsMinolta.item(6); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusTop() { return detail::gTagsMinolta.item(7); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusTop_left() { return detail::gTagsMinolta.item(8); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusBottom_left() { return detail::gTagsMinolta.item(9); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFocusLocked() { return detail::gTagsMinolta.item(10); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAFPoint() { return detail::gTagsMinolta.item(11); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAFMode() { return detail::gTagsMinolta.item(12); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusLeft() { return detail::gTagsMinolta.item(13); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusCenterHorizontal() { return detail::gTagsMinolta.item(14); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAFStatusRight() { return detail::gTagsMinolta.item(15); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAFAreaMode() { return detail::gTagsMinolta.item(16); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaExposureMode() { return detail::gTagsMinolta.item(17); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFlashMode() { return detail::gTagsMinolta.item(18); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWhiteBalance() { return detail::gTagsMinolta.item(19); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaMinoltaImageSize() { return detail::gTagsMinolta.item(20); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaMinoltaQuality() { return detail::gTagsMinolta.item(21); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaDriveMode() { return detail::gTagsMinolta.item(22); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaMeteringMode() { return detail::gTagsMinolta.item(23); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaISO() { return detail::gTagsMinolta.item(24); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaExposureTime() { return detail::gTagsMinolta.item(25); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFNumber() { return detail::gTagsMinolta.item(26); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaMacroMode() { return detail::gTagsMinolta.item(27); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaDigitalZoom() { return detail::gTagsMinolta.item(28); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaExposureCompensation() { return detail::gTagsMinolta.item(29); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaBracketStep() { return detail::gTagsMinolta.item(30); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaIntervalLength() { return detail::gTagsMinolta.item(31); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaIntervalNumber() { return detail::gTagsMinolta.item(32); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFocalLength() { return detail::gTagsMinolta.item(33); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFocusDistance() { return detail::gTagsMinolta.item(34); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFlashFired() { return detail::gTagsMinolta.item(35); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaMinoltaDate() { return detail::gTagsMinolta.item(36); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaMinoltaTime() { return detail::gTagsMinolta.item(37); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaMaxAperture() { return detail::gTagsMinolta.item(38); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFileNumberMemory() { return detail::gTagsMinolta.item(39); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaLastFileNumber() { return detail::gTagsMinolta.item(40); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaColorBalanceRed() { return detail::gTagsMinolta.item(41); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaColorBalanceGreen() { return detail::gTagsMinolta.item(42); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaColorBalanceBlue() { return detail::gTagsMinolta.item(43); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaSaturation() { return detail::gTagsMinolta.item(44); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaContrast() { return detail::gTagsMinolta.item(45); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaSharpness() { return detail::gTagsMinolta.item(46); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaSubjectProgram() { return detail::gTagsMinolta.item(47); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFlashExposureComp() { return detail::gTagsMinolta.item(48); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaISOSetting() { return detail::gTagsMinolta.item(49); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaMinoltaModelID() { return detail::gTagsMinolta.item(50); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaIntervalMode() { return detail::gTagsMinolta.item(51); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFolderName() { return detail::gTagsMinolta.item(52); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaColorMode() { return detail::gTagsMinolta.item(53); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaColorFilter() { return detail::gTagsMinolta.item(54); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaBWFilter() { return detail::gTagsMinolta.item(55); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaInternalFlash() { return detail::gTagsMinolta.item(56); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaBrightness() { return detail::gTagsMinolta.item(57); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaSpotFocusPointX() { return detail::gTagsMinolta.item(58); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaSpotFocusPointY() { return detail::gTagsMinolta.item(59); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWideFocusZone() { return detail::gTagsMinolta.item(60); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFocusMode() { return detail::gTagsMinolta.item(61); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFocusArea() { return detail::gTagsMinolta.item(62); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaDECPosition() { return detail::gTagsMinolta.item(63); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaColorProfile() { return detail::gTagsMinolta.item(64); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaDataImprint() { return detail::gTagsMinolta.item(65); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFlashMetering() { return detail::gTagsMinolta.item(66); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFlash() { return detail::gTagsMinolta.item(67); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaColorSpace() { return detail::gTagsMinolta.item(68); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFreeMemoryCardImages() { return detail::gTagsMinolta.item(69); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaColorTemperature() { return detail::gTagsMinolta.item(70); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaHueAdjustment() { return detail::gTagsMinolta.item(71); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRotation() { return detail::gTagsMinolta.item(72); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaPictureFinish() { return detail::gTagsMinolta.item(73); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaImageNumber() { return detail::gTagsMinolta.item(74); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaNoiseReduction() { return detail::gTagsMinolta.item(75); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaImageStabilization() { return detail::gTagsMinolta.item(76); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAFPoints() { return detail::gTagsMinolta.item(77); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaImageNumber2() { return detail::gTagsMinolta.item(78); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaZoneMatchingOn() { return detail::gTagsMinolta.item(79); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaExposureCompensationSetting() { return detail::gTagsMinolta.item(80); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaHighSpeedSync() { return detail::gTagsMinolta.item(81); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaShutterSpeedSetting() { return detail::gTagsMinolta.item(82); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaApertureSetting() { return detail::gTagsMinolta.item(83); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaDriveMode2() { return detail::gTagsMinolta.item(84); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAFPointSelected() { return detail::gTagsMinolta.item(85); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFlashExposureCompSet() { return detail::gTagsMinolta.item(86); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaZoneMatchingMode() { return detail::gTagsMinolta.item(87); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaDynamicRangeOptimizer() { return detail::gTagsMinolta.item(88); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaPrioritySetupShutterRelease() { return detail::gTagsMinolta.item(89); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaSelfTimerTime() { return detail::gTagsMinolta.item(90); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaContinuousBracketing() { return detail::gTagsMinolta.item(91); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaSingleFrameBracketing() { return detail::gTagsMinolta.item(92); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWhiteBalanceBracketing() { return detail::gTagsMinolta.item(93); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWhiteBalanceSetting() { return detail::gTagsMinolta.item(94); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaPresetWhiteBalance() { return detail::gTagsMinolta.item(95); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaColorTemperatureSetting() { return detail::gTagsMinolta.item(96); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaCustomWBSetting() { return detail::gTagsMinolta.item(97); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaDynamicRangeOptimizerSetting() { return detail::gTagsMinolta.item(98); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaCustomWBRedLevel() { return detail::gTagsMinolta.item(99); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaCustomWBGreenLevel() { return detail::gTagsMinolta.item(100); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaCustomWBBlueLevel() { return detail::gTagsMinolta.item(101); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaCustomWBError() { return detail::gTagsMinolta.item(102); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWhiteBalanceFineTune() { return detail::gTagsMinolta.item(103); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaColorCompensationFilter() { return detail::gTagsMinolta.item(104); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaSonyImageSize() { return detail::gTagsMinolta.item(105); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaSonyQuality() { return detail::gTagsMinolta.item(106); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaInstantPlaybackTime() { return detail::gTagsMinolta.item(107); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaInstantPlaybackSetup() { return detail::gTagsMinolta.item(108); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaEyeStartAF() { return detail::gTagsMinolta.item(109); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRedEyeReduction() { return detail::gTagsMinolta.item(110); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFlashDefault() { return detail::gTagsMinolta.item(111); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAutoBracketOrder() { return detail::gTagsMinolta.item(112); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFocusHoldButton() { return detail::gTagsMinolta.item(113); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAELButton() { return detail::gTagsMinolta.item(114); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaControlDialSet() { return detail::gTagsMinolta.item(115); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaExposureCompensationMode() { return detail::gTagsMinolta.item(116); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAFAssist() { return detail::gTagsMinolta.item(117); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaCardShutterLock() { return detail::gTagsMinolta.item(118); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaLensShutterLock() { return detail::gTagsMinolta.item(119); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAFAreaIllumination() { return detail::gTagsMinolta.item(120); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaMonitorDisplayOff() { return detail::gTagsMinolta.item(121); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRecordDisplay() { return detail::gTagsMinolta.item(122); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaPlayDisplay() { return detail::gTagsMinolta.item(123); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaExposureIndicator() { return detail::gTagsMinolta.item(124); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAELExposureIndicator() { return detail::gTagsMinolta.item(125); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaExposureBracketingIndicatorLast() { return detail::gTagsMinolta.item(126); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaMeteringOffScaleIndicator() { return detail::gTagsMinolta.item(127); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFlashExposureIndicator() { return detail::gTagsMinolta.item(128); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFlashExposureIndicatorNext() { return detail::gTagsMinolta.item(129); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFlashExposureIndicatorLast() { return detail::gTagsMinolta.item(130); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFocusModeSwitch() { return detail::gTagsMinolta.item(131); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFlashType() { return detail::gTagsMinolta.item(132); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAELock() { return detail::gTagsMinolta.item(133); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaBatteryState() { return detail::gTagsMinolta.item(134); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaMake() { return detail::gTagsMinolta.item(135); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaSoftwareVersion() { return detail::gTagsMinolta.item(136); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaModelType() { return detail::gTagsMinolta.item(137); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaMakerNoteVersion() { return detail::gTagsMinolta.item(138); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaCompressedImageSize() { return detail::gTagsMinolta.item(139); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaPreviewImage() { return detail::gTagsMinolta.item(140); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaPreviewImageStart() { return detail::gTagsMinolta.item(141); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaPreviewImageLength() { return detail::gTagsMinolta.item(142); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaSceneMode() { return detail::gTagsMinolta.item(143); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaTeleconverter() { return detail::gTagsMinolta.item(144); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawAndJpgRecording() { return detail::gTagsMinolta.item(145); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaZoneMatching() { return detail::gTagsMinolta.item(146); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaLensType() { return detail::gTagsMinolta.item(147); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaMinoltaCameraSettings2() { return detail::gTagsMinolta.item(148); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaImageStabilizationSetting() { return detail::gTagsMinolta.item(149); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaDynamicRangeOptimizerMode() { return detail::gTagsMinolta.item(150); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWBBracketShotNumber() { return detail::gTagsMinolta.item(151); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaExposureBracketShotNumber() { return detail::gTagsMinolta.item(152); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFlashFunction() { return detail::gTagsMinolta.item(153); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAverageLV() { return detail::gTagsMinolta.item(154); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaFrameNumber() { return detail::gTagsMinolta.item(155); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RGBLevels() { return detail::gTagsMinolta.item(156); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_GBRGLevels() { return detail::gTagsMinolta.item(157); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RedLevelsTungsten() { return detail::gTagsMinolta.item(158); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_BlueLevelsTungsten() { return detail::gTagsMinolta.item(159); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RedLevelsDaylight() { return detail::gTagsMinolta.item(160); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_BlueLevelsDaylight() { return detail::gTagsMinolta.item(161); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RedLevelsCloudy() { return detail::gTagsMinolta.item(162); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_BlueLevelsCloudy() { return detail::gTagsMinolta.item(163); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RedLevelsFlash() { return detail::gTagsMinolta.item(164); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_BlueLevelsFlash() { return detail::gTagsMinolta.item(165); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RedLevelsFluorescent() { return detail::gTagsMinolta.item(166); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_BlueLevelsFluorescent() { return detail::gTagsMinolta.item(167); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RedLevelsShade() { return detail::gTagsMinolta.item(168); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_BlueLevelsShade() { return detail::gTagsMinolta.item(169); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RedLevel6500K() { return detail::gTagsMinolta.item(170); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_BlueLevel6500K() { return detail::gTagsMinolta.item(171); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RedLevelCustom() { return detail::gTagsMinolta.item(172); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_BlueLevelCustom() { return detail::gTagsMinolta.item(173); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RedLevel3500K() { return detail::gTagsMinolta.item(174); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_BlueLevel3500K() { return detail::gTagsMinolta.item(175); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RedLevelsKelvin() { return detail::gTagsMinolta.item(176); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_BlueLevelsKelvin() { return detail::gTagsMinolta.item(177); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RBLevelsFlash() { return detail::gTagsMinolta.item(178); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RBLevelsCoolWhiteF() { return detail::gTagsMinolta.item(179); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RBLevelsTungsten() { return detail::gTagsMinolta.item(180); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RBLevelsDaylight() { return detail::gTagsMinolta.item(181); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RBLevelsCloudy() { return detail::gTagsMinolta.item(182); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RBLevelsShade() { return detail::gTagsMinolta.item(183); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RBLevels6500K() { return detail::gTagsMinolta.item(184); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RBLevelsCustom() { return detail::gTagsMinolta.item(185); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaWB_RBLevels3500K() { return detail::gTagsMinolta.item(186); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaAEMeteringSegments() { return detail::gTagsMinolta.item(187); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaMeasuredLV() { return detail::gTagsMinolta.item(188); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaBrightnessValue() { return detail::gTagsMinolta.item(189); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaTiffMeteringImage() { return detail::gTagsMinolta.item(190); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaInternalSerialNumber() { return detail::gTagsMinolta.item(191); }
 
 const TagStrings& TagStringsCatalogue::stringsMinoltaRaw() {
   return gStringsMinoltaRaw.strings(&TagStringsCatalogue::stringTableMinoltaRaw);
@@ -7380,43 +7386,43 @@ TagStringTable TagStringsCatalogue::stringTableMinoltaRaw(ETLanguage language) {
   return gStringsMinoltaRaw.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue21::allStreamsMinoltaRaw() {
-  return gTagsMinoltaRaw.all();
+  return detail::gTagsMinoltaRaw.all();
 }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawFirmwareID() { return gTagsMinoltaRaw.item(0); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawSensorHeight() { return gTagsMinoltaRaw.item(1); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawSensorWidth() { return gTagsMinoltaRaw.item(2); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawImageHeight() { return gTagsMinoltaRaw.item(3); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawImageWidth() { return gTagsMinoltaRaw.item(4); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawRawDepth() { return gTagsMinoltaRaw.item(5); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawBitDepth() { return gTagsMinoltaRaw.item(6); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawStorageMethod() { return gTagsMinoltaRaw.item(7); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawBayerPattern() { return gTagsMinoltaRaw.item(8); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawSaturation() { return gTagsMinoltaRaw.item(9); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawContrast() { return gTagsMinoltaRaw.item(10); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawSharpness() { return gTagsMinoltaRaw.item(11); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWBMode() { return gTagsMinoltaRaw.item(12); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawProgramMode() { return gTagsMinoltaRaw.item(13); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawISOSetting() { return gTagsMinoltaRaw.item(14); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawColorMode() { return gTagsMinoltaRaw.item(15); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_RBLevelsTungsten() { return gTagsMinoltaRaw.item(16); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_RBLevelsDaylight() { return gTagsMinoltaRaw.item(17); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_RBLevelsCloudy() { return gTagsMinoltaRaw.item(18); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_RBLevelsCoolWhiteF() { return gTagsMinoltaRaw.item(19); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_RBLevelsFlash() { return gTagsMinoltaRaw.item(20); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_RBLevelsCustom() { return gTagsMinoltaRaw.item(21); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_RBLevelsShade() { return gTagsMinoltaRaw.item(22); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_RBLevelsDaylightF() { return gTagsMinoltaRaw.item(23); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_RBLevelsDayWhiteF() { return gTagsMinoltaRaw.item(24); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_RBLevelsWhiteF() { return gTagsMinoltaRaw.item(25); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawColorFilter() { return gTagsMinoltaRaw.item(26); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawBWFilter() { return gTagsMinoltaRaw.item(27); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawZoneMatching() { return gTagsMinoltaRaw.item(28); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawHue() { return gTagsMinoltaRaw.item(29); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawColorTemperature() { return gTagsMinoltaRaw.item(30); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawRawDataLength() { return gTagsMinoltaRaw.item(31); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWBScale() { return gTagsMinoltaRaw.item(32); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_GBRGLevels() { return gTagsMinoltaRaw.item(33); }
-const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_RGGBLevels() { return gTagsMinoltaRaw.item(34); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawFirmwareID() { return detail::gTagsMinoltaRaw.item(0); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawSensorHeight() { return detail::gTagsMinoltaRaw.item(1); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawSensorWidth() { return detail::gTagsMinoltaRaw.item(2); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawImageHeight() { return detail::gTagsMinoltaRaw.item(3); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawImageWidth() { return detail::gTagsMinoltaRaw.item(4); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawRawDepth() { return detail::gTagsMinoltaRaw.item(5); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawBitDepth() { return detail::gTagsMinoltaRaw.item(6); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawStorageMethod() { return detail::gTagsMinoltaRaw.item(7); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawBayerPattern() { return detail::gTagsMinoltaRaw.item(8); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawSaturation() { return detail::gTagsMinoltaRaw.item(9); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawContrast() { return detail::gTagsMinoltaRaw.item(10); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawSharpness() { return detail::gTagsMinoltaRaw.item(11); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWBMode() { return detail::gTagsMinoltaRaw.item(12); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawProgramMode() { return detail::gTagsMinoltaRaw.item(13); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawISOSetting() { return detail::gTagsMinoltaRaw.item(14); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawColorMode() { return detail::gTagsMinoltaRaw.item(15); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_RBLevelsTungsten() { return detail::gTagsMinoltaRaw.item(16); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_RBLevelsDaylight() { return detail::gTagsMinoltaRaw.item(17); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_RBLevelsCloudy() { return detail::gTagsMinoltaRaw.item(18); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_RBLevelsCoolWhiteF() { return detail::gTagsMinoltaRaw.item(19); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_RBLevelsFlash() { return detail::gTagsMinoltaRaw.item(20); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_RBLevelsCustom() { return detail::gTagsMinoltaRaw.item(21); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_RBLevelsShade() { return detail::gTagsMinoltaRaw.item(22); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_RBLevelsDaylightF() { return detail::gTagsMinoltaRaw.item(23); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_RBLevelsDayWhiteF() { return detail::gTagsMinoltaRaw.item(24); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_RBLevelsWhiteF() { return detail::gTagsMinoltaRaw.item(25); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawColorFilter() { return detail::gTagsMinoltaRaw.item(26); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawBWFilter() { return detail::gTagsMinoltaRaw.item(27); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawZoneMatching() { return detail::gTagsMinoltaRaw.item(28); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawHue() { return detail::gTagsMinoltaRaw.item(29); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawColorTemperature() { return detail::gTagsMinoltaRaw.item(30); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawRawDataLength() { return detail::gTagsMinoltaRaw.item(31); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWBScale() { return detail::gTagsMinoltaRaw.item(32); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_GBRGLevels() { return detail::gTagsMinoltaRaw.item(33); }
+const TagItem& detail::TagItemCatalogue21::itemMinoltaRawWB_RGGBLevels() { return detail::gTagsMinoltaRaw.item(34); }
 
 const TagStrings& TagStringsCatalogue::stringsMotorola() {
   return gStringsMotorola.strings(&TagStringsCatalogue::stringTableMotorola);
@@ -7425,22 +7431,13 @@ TagStringTable TagStringsCatalogue::stringTableMotorola(ETLanguage language) {
   return gStringsMotorola.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue21::allStreamsMotorola() {
-  return gTagsMotorola.all();
+  return detail::gTagsMotorola.all();
 }
-const TagItem& detail::TagItemCatalogue21::itemMotorolaBuildNumber() { return gTagsMotorola.item(0); }
-const TagItem& detail::TagItemCatalogue21::itemMotorolaSerialNumber() { return gTagsMotorola.item(1); }
-const TagItem& detail::TagItemCatalogue21::itemMotorolaCustomRendered() { return gTagsMotorola.item(2); }
-const TagItem& detail::TagItemCatalogue21::itemMotorolaDriveMode() { return gTagsMotorola.item(3); }
-const TagItem& detail::TagItemCatalogue21::itemMotorolaSensor() { return gTagsMotorola.item(4); }
-const TagItem& detail::TagItemCatalogue21::itemMotorolaManufactureDate() { return gTagsMotorola.item(5); }
-
-namespace detail {
-const TagItem* findInMatroska(std::string_view key) { return gTagsMatroska.find(key); }
-const TagItem* findInMeta(std::string_view key) { return gTagsMeta.find(key); }
-const TagItem* findInMicrosoft(std::string_view key) { return gTagsMicrosoft.find(key); }
-const TagItem* findInMinolta(std::string_view key) { return gTagsMinolta.find(key); }
-const TagItem* findInMinoltaRaw(std::string_view key) { return gTagsMinoltaRaw.find(key); }
-const TagItem* findInMotorola(std::string_view key) { return gTagsMotorola.find(key); }
-}  // namespace detail
+const TagItem& detail::TagItemCatalogue21::itemMotorolaBuildNumber() { return detail::gTagsMotorola.item(0); }
+const TagItem& detail::TagItemCatalogue21::itemMotorolaSerialNumber() { return detail::gTagsMotorola.item(1); }
+const TagItem& detail::TagItemCatalogue21::itemMotorolaCustomRendered() { return detail::gTagsMotorola.item(2); }
+const TagItem& detail::TagItemCatalogue21::itemMotorolaDriveMode() { return detail::gTagsMotorola.item(3); }
+const TagItem& detail::TagItemCatalogue21::itemMotorolaSensor() { return detail::gTagsMotorola.item(4); }
+const TagItem& detail::TagItemCatalogue21::itemMotorolaManufactureDate() { return detail::gTagsMotorola.item(5); }
 
 }  // namespace lorvane

@@ -6,6 +6,8 @@
 namespace lorvane {
 namespace {
 
+using enum detail::TagFlag;
+
 constexpr char kText[] =
     "AFAreaMode" "AFPoint" "AFPointsInFocus" "AFInfo2Version" "ContrastDetectAF" "PhaseDetectAF"
     "PrimaryAFPoint" "AFPointsUsed" "AFImageWidth" "AFImageHeight" "AFAreaXPosition"
@@ -2302,494 +2304,494 @@ constexpr char kText[] =
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsNikon[] = {
-    {{0, 10}, TagType::int8u, 2, 0, 0, 40},  // AFAreaMode
-    {{10, 7}, TagType::int8u, 2, 0, 40, 11},  // AFPoint
-    {{17, 15}, TagType::int16u, 2, 20, 51, 13},  // AFPointsInFocus
-    {{32, 14}, TagType::string, 2, 4, 0, 0},  // AFInfo2Version
-    {{46, 16}, TagType::int8u, 2, 0, 64, 3},  // ContrastDetectAF
-    {{62, 13}, TagType::int8u, 2, 0, 67, 10},  // PhaseDetectAF
-    {{75, 14}, TagType::int8u, 2, 0, 77, 154},  // PrimaryAFPoint
-    {{89, 12}, TagType::string, 2, 51, 51, 13},  // AFPointsUsed
-    {{101, 12}, TagType::int16u, 2, 0, 0, 0},  // AFImageWidth
-    {{113, 13}, TagType::int16u, 2, 0, 0, 0},  // AFImageHeight
-    {{126, 15}, TagType::int16u, 2, 0, 0, 0},  // AFAreaXPosition
-    {{141, 15}, TagType::int16u, 2, 0, 0, 0},  // AFAreaYPosition
-    {{156, 11}, TagType::int16u, 2, 0, 0, 0},  // AFAreaWidth
-    {{167, 12}, TagType::int16u, 2, 0, 0, 0},  // AFAreaHeight
-    {{179, 23}, TagType::int8u, 2, 0, 231, 2},  // ContrastDetectAFInFocus
-    {{202, 16}, TagType::string, 2, 20, 0, 0},  // AFPointsSelected
-    {{218, 23}, TagType::int8u, 0, 0, 0, 0},  // FocusPositionHorizontal
-    {{241, 21}, TagType::int8u, 0, 0, 0, 0},  // FocusPositionVertical
-    {{262, 11}, TagType::int8u, 2, 0, 231, 2},  // FocusResult
-    {{273, 10}, TagType::int8u, 2, 0, 233, 4},  // AFFineTune
-    {{283, 15}, TagType::int8u, 2, 0, 0, 0},  // AFFineTuneIndex
-    {{298, 13}, TagType::int32s, 2, 0, 237, 97},  // AFFineTuneAdj
-    {{311, 17}, TagType::int8s, 2, 0, 0, 0},  // AFFineTuneAdjTele
-    {{328, 14}, TagType::imagedata, 8, 0, 0, 0},  // ThumbnailImage
-    {{342, 12}, TagType::imagedata, 8, 0, 0, 0},  // PreviewImage
-    {{354, 4}, TagType::string, 0, 24, 0, 0},  // Make
-    {{358, 5}, TagType::string, 0, 8, 0, 0},  // Model
-    {{363, 8}, TagType::string, 0, 16, 0, 0},  // Software
-    {{371, 9}, TagType::string, 0, 0, 0, 0},  // Equipment
-    {{380, 11}, TagType::int16u, 0, 0, 334, 8},  // Orientation
-    {{391, 12}, TagType::speed, 0, 0, 0, 0},  // ExposureTime
-    {{403, 7}, TagType::float_, 2, 0, 0, 0},  // FNumber
-    {{410, 20}, TagType::rational64s, 0, 0, 0, 0},  // ExposureCompensation
-    {{430, 16}, TagType::rational64u, 0, 0, 0, 0},  // MaxApertureValue
-    {{446, 12}, TagType::int16u, 0, 0, 342, 8},  // MeteringMode
-    {{458, 20}, TagType::int16u, 0, 0, 0, 0},  // Nikon_AVITags_0x000d
-    {{478, 20}, TagType::int16u, 0, 0, 0, 0},  // Nikon_AVITags_0x000e
-    {{498, 11}, TagType::float_, 2, 0, 0, 0},  // FocalLength
-    {{509, 11}, TagType::rational64u, 0, 0, 0, 0},  // XResolution
-    {{520, 11}, TagType::rational64u, 0, 0, 0, 0},  // YResolution
-    {{531, 14}, TagType::int16u, 0, 0, 350, 3},  // ResolutionUnit
-    {{545, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
-    {{561, 10}, TagType::string, 0, 0, 0, 0},  // CreateDate
-    {{571, 20}, TagType::int16u, 0, 0, 0, 0},  // Nikon_AVITags_0x0015
-    {{591, 8}, TagType::rational64u, 0, 0, 0, 0},  // Duration
-    {{599, 20}, TagType::int16u, 0, 0, 0, 0},  // Nikon_AVITags_0x0017
-    {{619, 9}, TagType::string, 2, 0, 0, 0},  // FocusMode
-    {{628, 20}, TagType::int32s, 0, 0, 0, 0},  // Nikon_AVITags_0x0019
-    {{648, 11}, TagType::rational64u, 2, 0, 0, 0},  // DigitalZoom
-    {{659, 20}, TagType::rational64u, 0, 0, 0, 0},  // Nikon_AVITags_0x001c
-    {{679, 9}, TagType::string, 2, 0, 0, 0},  // ColorMode
-    {{688, 9}, TagType::string, 2, 0, 0, 0},  // Sharpness
-    {{697, 12}, TagType::string, 2, 0, 353, 6},  // WhiteBalance
-    {{709, 14}, TagType::string, 2, 0, 0, 0},  // NoiseReduction
-    {{723, 20}, TagType::int32s, 0, 0, 0, 0},  // Nikon_AVITags_0x801a
-    {{743, 13}, TagType::string, 0, 0, 0, 0},  // MakerNoteType
-    {{756, 16}, TagType::string, 2, 4, 0, 0},  // MakerNoteVersion
-    {{772, 17}, TagType::int8u, 2, 0, 359, 2},  // AutoCapturedFrame
-    {{789, 19}, TagType::int8u, 0, 0, 0, 0},  // AutoCaptureCriteria
-    {{808, 24}, TagType::int8u, 2, 0, 361, 13},  // AutoCaptureRecordingTime
-    {{832, 19}, TagType::int8u, 2, 0, 374, 13},  // AutoCaptureWaitTime
-    {{851, 22}, TagType::int8u, 0, 0, 0, 0},  // AutoCaptureDistanceFar
-    {{873, 23}, TagType::int8u, 0, 0, 0, 0},  // AutoCaptureDistanceNear
-    {{896, 34}, TagType::int8u, 0, 0, 0, 0},  // AutoCaptureCriteriaMotionDirection
-    {{930, 30}, TagType::int8u, 2, 0, 0, 0},  // AutoCaptureCriteriaMotionSpeed
-    {{960, 29}, TagType::int8u, 2, 0, 0, 0},  // AutoCaptureCriteriaMotionSize
-    {{989, 30}, TagType::int8u, 2, 0, 0, 0},  // AutoCaptureCriteriaSubjectSize
-    {{1019, 30}, TagType::int8u, 2, 0, 233, 4},  // AutoCaptureCriteriaSubjectType
-    {{1049, 20}, TagType::string, 2, 4, 0, 0},  // BarometerInfoVersion
-    {{1069, 8}, TagType::int32s, 2, 0, 0, 0},  // Altitude
-    {{1077, 17}, TagType::int8u, 2, 0, 387, 49},  // AEBracketingSteps
-    {{1094, 17}, TagType::int8u, 2, 0, 436, 27},  // WBBracketingSteps
-    {{1111, 17}, TagType::int8u, 2, 0, 463, 6},  // ADLBracketingStep
-    {{1128, 17}, TagType::int8u, 2, 0, 469, 5},  // ADLBracketingType
-    {{1145, 17}, TagType::int8u, 2, 0, 233, 4},  // NikonMeteringMode
-    {{1162, 11}, TagType::string, 0, 0, 0, 0},  // IFD0_Offset
-    {{1173, 17}, TagType::string, 0, 0, 0, 0},  // PreviewIFD_Offset
-    {{1190, 13}, TagType::string, 0, 0, 0, 0},  // SubIFD_Offset
-    {{1203, 16}, TagType::int32u, 2, 0, 0, 0},  // OutputImageWidth
-    {{1219, 17}, TagType::int32u, 2, 0, 0, 0},  // OutputImageHeight
-    {{1236, 16}, TagType::int32u, 2, 0, 0, 0},  // OutputResolution
-    {{1252, 13}, TagType::int16u, 18, 4, 0, 0},  // WB_RBGGLevels
-    {{1265, 13}, TagType::int32s, 18, 4, 0, 0},  // WB_RGGBLevels
-    {{1278, 13}, TagType::int16u, 18, 4, 0, 0},  // WB_RGBGLevels
-    {{1291, 13}, TagType::int16u, 18, 4, 0, 0},  // WB_GRBGLevels
-    {{1304, 11}, TagType::float_, 18, 4, 0, 0},  // WB_RBLevels
-    {{1315, 15}, TagType::int16u, 18, 2, 0, 0},  // WB_RBLevelsAuto
-    {{1330, 19}, TagType::int16u, 18, 14, 0, 0},  // WB_RBLevelsDaylight
-    {{1349, 23}, TagType::int16u, 18, 14, 0, 0},  // WB_RBLevelsIncandescent
-    {{1372, 22}, TagType::int16u, 18, 6, 0, 0},  // WB_RBLevelsFluorescent
-    {{1394, 17}, TagType::int16u, 18, 14, 0, 0},  // WB_RBLevelsCloudy
-    {{1411, 16}, TagType::int16u, 18, 14, 0, 0},  // WB_RBLevelsFlash
-    {{1427, 16}, TagType::int16u, 18, 14, 0, 0},  // WB_RBLevelsShade
-    {{1443, 19}, TagType::string, 2, 4, 0, 0},  // ColorBalanceVersion
-    {{1462, 21}, TagType::int32u, 18, 4, 0, 0},  // WB_RGGBLevelsDaylight
-    {{1483, 19}, TagType::int32u, 18, 4, 0, 0},  // WB_RGGBLevelsCloudy
-    {{1502, 21}, TagType::int32u, 18, 4, 0, 0},  // WB_RGGBLevelsTungsten
-    {{1523, 25}, TagType::int32u, 18, 4, 0, 0},  // WB_RGGBLevelsFluorescentW
-    {{1548, 18}, TagType::int32u, 18, 4, 0, 0},  // WB_RGGBLevelsFlash
-    {{1566, 19}, TagType::int32u, 18, 4, 0, 0},  // WB_RGGBLevelsCustom
-    {{1585, 17}, TagType::int32u, 18, 4, 0, 0},  // WB_RGGBLevelsAuto
-    {{1602, 10}, TagType::int16u, 2, 4, 0, 0},  // BlackLevel
-    {{1612, 18}, TagType::int32u, 18, 4, 0, 0},  // WB_RGGBLevelsShade
-    {{1630, 25}, TagType::int32u, 18, 4, 0, 0},  // WB_RGGBLevelsFluorescentN
-    {{1655, 25}, TagType::int32u, 18, 4, 0, 0},  // WB_RGGBLevelsFluorescentD
-    {{1680, 22}, TagType::int32u, 18, 4, 0, 0},  // WB_RGGBLevelsHTMercury
-    {{1702, 17}, TagType::string, 2, 4, 0, 0},  // DistortionVersion
-    {{1719, 21}, TagType::int8u, 2, 0, 64, 3},  // AutoDistortionControl
-    {{1740, 19}, TagType::int16u, 2, 2, 0, 0},  // FaceDetectFrameSize
-    {{1759, 13}, TagType::int16u, 2, 0, 0, 0},  // FacesDetected
-    {{1772, 13}, TagType::int16u, 2, 4, 0, 0},  // Face1Position
-    {{1785, 13}, TagType::int16u, 2, 4, 0, 0},  // Face2Position
-    {{1798, 13}, TagType::int16u, 2, 4, 0, 0},  // Face3Position
-    {{1811, 13}, TagType::int16u, 2, 4, 0, 0},  // Face4Position
-    {{1824, 13}, TagType::int16u, 2, 4, 0, 0},  // Face5Position
-    {{1837, 13}, TagType::int16u, 2, 4, 0, 0},  // Face6Position
-    {{1850, 13}, TagType::int16u, 2, 4, 0, 0},  // Face7Position
-    {{1863, 13}, TagType::int16u, 2, 4, 0, 0},  // Face8Position
-    {{1876, 13}, TagType::int16u, 2, 4, 0, 0},  // Face9Position
-    {{1889, 14}, TagType::int16u, 2, 4, 0, 0},  // Face10Position
-    {{1903, 14}, TagType::int16u, 2, 4, 0, 0},  // Face11Position
-    {{1917, 14}, TagType::int16u, 2, 4, 0, 0},  // Face12Position
-    {{1931, 15}, TagType::string, 2, 4, 0, 0},  // FileInfoVersion
-    {{1946, 16}, TagType::int16u, 2, 0, 0, 0},  // MemoryCardNumber
-    {{1962, 15}, TagType::int16u, 2, 0, 0, 0},  // DirectoryNumber
-    {{1977, 10}, TagType::int16u, 2, 0, 0, 0},  // FileNumber
-    {{1987, 16}, TagType::string, 2, 4, 0, 0},  // FlashInfoVersion
-    {{2003, 11}, TagType::int8u, 2, 0, 64, 3},  // FlashSource
-    {{2014, 21}, TagType::int8u, 2, 2, 474, 15},  // ExternalFlashFirmware
-    {{2035, 18}, TagType::int8u, 2, 0, 489, 6},  // ExternalFlashFlags
-    {{2053, 18}, TagType::int8u, 2, 0, 231, 2},  // FlashCommanderMode
-    {{2071, 16}, TagType::int8u, 2, 0, 495, 8},  // FlashControlMode
-    {{2087, 11}, TagType::int8u, 2, 0, 0, 0},  // FlashOutput
-    {{2098, 17}, TagType::int8s, 2, 0, 0, 0},  // FlashCompensation
-    {{2115, 16}, TagType::int8u, 2, 0, 0, 0},  // FlashFocalLength
-    {{2131, 18}, TagType::int8u, 2, 0, 0, 0},  // RepeatingFlashRate
-    {{2149, 19}, TagType::int8u, 2, 0, 0, 0},  // RepeatingFlashCount
-    {{2168, 15}, TagType::int8u, 2, 0, 503, 38},  // FlashGNDistance
-    {{2183, 22}, TagType::int8u, 2, 0, 495, 8},  // FlashGroupAControlMode
-    {{2205, 22}, TagType::int8u, 2, 0, 495, 8},  // FlashGroupBControlMode
-    {{2227, 17}, TagType::int8u, 2, 0, 0, 0},  // FlashGroupAOutput
-    {{2244, 23}, TagType::int8s, 2, 0, 0, 0},  // FlashGroupACompensation
-    {{2267, 17}, TagType::int8u, 2, 0, 0, 0},  // FlashGroupBOutput
-    {{2284, 23}, TagType::int8s, 2, 0, 0, 0},  // FlashGroupBCompensation
-    {{2307, 22}, TagType::int8u, 2, 0, 495, 8},  // FlashGroupCControlMode
-    {{2329, 17}, TagType::int8u, 2, 0, 0, 0},  // FlashGroupCOutput
-    {{2346, 23}, TagType::int8s, 2, 0, 0, 0},  // FlashGroupCCompensation
-    {{2369, 16}, TagType::int8u, 2, 0, 541, 10},  // FlashColorFilter
-    {{2385, 25}, TagType::int8s, 2, 0, 0, 0},  // ExternalFlashCompensation
-    {{2410, 18}, TagType::int8s, 2, 0, 0, 0},  // FlashExposureComp3
-    {{2428, 18}, TagType::int8s, 2, 0, 0, 0},  // FlashExposureComp4
-    {{2446, 25}, TagType::int8u, 2, 0, 231, 2},  // ExternalFlashZoomOverride
-    {{2471, 19}, TagType::int8u, 2, 0, 231, 2},  // ExternalFlashStatus
-    {{2490, 23}, TagType::int8u, 2, 0, 551, 3},  // ExternalFlashReadyState
-    {{2513, 24}, TagType::int8u, 2, 0, 64, 3},  // FlashIlluminationPattern
-    {{2537, 14}, TagType::string, 2, 4, 0, 0},  // HDRInfoVersion
-    {{2551, 3}, TagType::int8u, 2, 0, 554, 4},  // HDR
-    {{2554, 8}, TagType::int8u, 2, 0, 558, 7},  // HDRLevel
-    {{2562, 12}, TagType::int8u, 2, 0, 565, 6},  // HDRSmoothing
-    {{2574, 9}, TagType::int8u, 2, 0, 571, 5},  // HDRLevel2
-    {{2583, 18}, TagType::int32s, 2, 0, 576, 50},  // ISOAutoShutterTime
-    {{2601, 14}, TagType::int32s, 2, 0, 626, 72},  // ISOAutoHiLimit
-    {{2615, 3}, TagType::int32s, 2, 2, 0, 0},  // ISO
-    {{2618, 12}, TagType::int16u, 2, 0, 698, 25},  // ISOExpansion
-    {{2630, 4}, TagType::int8u, 2, 0, 0, 0},  // ISO2
-    {{2634, 13}, TagType::int16u, 2, 0, 723, 13},  // ISOExpansion2
-    {{2647, 9}, TagType::int32u, 2, 0, 0, 0},  // Intervals
-    {{2656, 16}, TagType::int32u, 2, 0, 0, 0},  // ShotsPerInterval
-    {{2672, 25}, TagType::int8u, 2, 0, 231, 2},  // IntervalExposureSmoothing
-    {{2697, 16}, TagType::int8u, 2, 0, 231, 2},  // IntervalPriority
-    {{2713, 21}, TagType::int8u, 2, 0, 0, 0},  // FocusShiftNumberShots
-    {{2734, 19}, TagType::int8u, 2, 0, 0, 0},  // FocusShiftStepWidth
-    {{2753, 18}, TagType::int8u, 0, 0, 0, 0},  // FocusShiftInterval
-    {{2771, 22}, TagType::int8u, 2, 0, 231, 2},  // FocusShiftExposureLock
-    {{2793, 23}, TagType::int8u, 2, 0, 231, 2},  // DiffractionCompensation
-    {{2816, 18}, TagType::int8u, 2, 0, 64, 3},  // FlashRemoteControl
-    {{2834, 22}, TagType::int8u, 2, 0, 233, 4},  // FlashMasterControlMode
-    {{2856, 23}, TagType::int8s, 2, 0, 0, 0},  // FlashMasterCompensation
-    {{2879, 17}, TagType::int8u, 2, 0, 0, 0},  // FlashMasterOutput
-    {{2896, 19}, TagType::int8u, 2, 0, 233, 4},  // FlashWirelessOption
-    {{2915, 9}, TagType::int8u, 2, 0, 736, 7},  // MovieType
-    {{2924, 16}, TagType::int16u, 0, 0, 0, 0},  // IntervalShooting
-    {{2940, 13}, TagType::int32s, 2, 0, 0, 0},  // IntervalFrame
-    {{2953, 14}, TagType::int8u, 2, 0, 743, 3},  // JPGCompression
-    {{2967, 15}, TagType::string, 2, 4, 0, 0},  // LensDataVersion
-    {{2982, 12}, TagType::int8u, 2, 0, 0, 0},  // LensIDNumber
-    {{2994, 10}, TagType::string, 2, 4, 0, 0},  // LensFStops
-    {{3004, 14}, TagType::int8u, 2, 0, 0, 0},  // MinFocalLength
-    {{3018, 14}, TagType::int8u, 2, 0, 0, 0},  // MaxFocalLength
-    {{3032, 21}, TagType::int8u, 2, 0, 0, 0},  // MaxApertureAtMinFocal
-    {{3053, 21}, TagType::int8u, 2, 0, 0, 0},  // MaxApertureAtMaxFocal
-    {{3074, 10}, TagType::int8u, 2, 0, 0, 0},  // MCUVersion
-    {{3084, 17}, TagType::int8u, 2, 0, 0, 0},  // ExitPupilPosition
-    {{3101, 10}, TagType::int8u, 2, 0, 0, 0},  // AFAperture
-    {{3111, 13}, TagType::int8u, 2, 0, 0, 0},  // FocusPosition
-    {{3124, 13}, TagType::int32s, 2, 0, 0, 0},  // FocusDistance
-    {{3137, 20}, TagType::int8u, 2, 0, 0, 0},  // EffectiveMaxAperture
-    {{3157, 9}, TagType::string, 2, 64, 0, 0},  // LensModel
-    {{3166, 11}, TagType::string, 2, 17, 0, 0},  // OldLensData
-    {{3177, 11}, TagType::string, 2, 17, 0, 0},  // NewLensData
-    {{3188, 6}, TagType::int16u, 2, 0, 746, 39},  // LensID
-    {{3194, 13}, TagType::int8u, 2, 0, 231, 2},  // LensMountType
-    {{3207, 11}, TagType::int16u, 2, 0, 0, 0},  // MaxAperture
-    {{3218, 23}, TagType::int8u, 2, 0, 0, 0},  // FocusDistanceRangeWidth
-    {{3241, 12}, TagType::int8u, 2, 0, 0, 0},  // LensDriveEnd
-    {{3253, 22}, TagType::int8u, 2, 0, 0, 0},  // FocusStepsFromInfinity
-    {{3275, 20}, TagType::int32s, 2, 0, 0, 0},  // LensPositionAbsolute
-    {{3295, 19}, TagType::string, 2, 4, 0, 0},  // LocationInfoVersion
-    {{3314, 12}, TagType::int8u, 2, 0, 64, 3},  // TextEncoding
-    {{3326, 11}, TagType::string, 2, 3, 0, 0},  // CountryCode
-    {{3337, 8}, TagType::int8u, 2, 0, 0, 0},  // POILevel
-    {{3345, 8}, TagType::string, 2, 70, 0, 0},  // Location
-    {{3353, 7}, TagType::string, 2, 0, 0, 0},  // Quality
-    {{3360, 12}, TagType::string, 2, 0, 0, 0},  // FlashSetting
-    {{3372, 9}, TagType::string, 2, 0, 0, 0},  // FlashType
-    {{3381, 20}, TagType::float_, 2, 2, 0, 0},  // WhiteBalanceFineTune
-    {{3401, 12}, TagType::string, 2, 4, 0, 0},  // ProgramShift
-    {{3413, 18}, TagType::string, 2, 4, 0, 0},  // ExposureDifference
-    {{3431, 12}, TagType::string, 2, 0, 0, 0},  // ISOSelection
-    {{3443, 8}, TagType::string, 10, 0, 0, 0},  // DataDump
-    {{3451, 17}, TagType::string, 2, 4, 0, 0},  // FlashExposureComp
-    {{3468, 10}, TagType::int16u, 2, 2, 0, 0},  // ISOSetting
-    {{3478, 13}, TagType::int16u, 2, 4, 0, 0},  // ImageBoundary
-    {{3491, 25}, TagType::string, 2, 4, 0, 0},  // ExternalFlashExposureComp
-    {{3516, 25}, TagType::string, 2, 4, 0, 0},  // FlashExposureBracketValue
-    {{3541, 20}, TagType::rational64s, 2, 0, 0, 0},  // ExposureBracketValue
-    {{3561, 15}, TagType::string, 2, 0, 0, 0},  // ImageProcessing
-    {{3576, 11}, TagType::int16u, 2, 7, 785, 15},  // CropHiSpeed
-    {{3587, 14}, TagType::string, 2, 3, 0, 0},  // ExposureTuning
-    {{3601, 12}, TagType::string, 18, 0, 0, 0},  // SerialNumber
-    {{3613, 10}, TagType::int16u, 2, 0, 800, 3},  // ColorSpace
-    {{3623, 19}, TagType::int8u, 2, 0, 231, 2},  // ImageAuthentication
-    {{3642, 16}, TagType::int16u, 2, 0, 803, 10},  // ActiveD-Lighting
-    {{3658, 18}, TagType::string, 26, 0, 0, 0},  // PictureControlData
-    {{3676, 15}, TagType::int16u, 2, 0, 813, 4},  // VignetteControl
-    {{3691, 11}, TagType::int16u, 2, 0, 817, 7},  // ShutterMode
-    {{3702, 22}, TagType::int32u, 2, 0, 0, 0},  // MechanicalShutterCount
-    {{3724, 12}, TagType::string, 2, 0, 350, 3},  // ImageSizeRAW
-    {{3736, 8}, TagType::int16u, 2, 4, 0, 0},  // CropArea
-    {{3744, 13}, TagType::string, 26, 0, 0, 0},  // NikonSettings
-    {{3757, 20}, TagType::int16u, 2, 0, 0, 0},  // ColorTemperatureAuto
-    {{3777, 14}, TagType::string, 26, 0, 0, 0},  // MakerNotes0x51
-    {{3791, 14}, TagType::string, 26, 0, 0, 0},  // MakerNotes0x56
-    {{3805, 15}, TagType::string, 2, 0, 0, 0},  // ImageAdjustment
-    {{3820, 8}, TagType::string, 2, 0, 0, 0},  // ToneComp
-    {{3828, 13}, TagType::string, 2, 0, 0, 0},  // AuxiliaryLens
-    {{3841, 8}, TagType::int8u, 2, 0, 0, 0},  // LensType
-    {{3849, 4}, TagType::rational64u, 2, 4, 0, 0},  // Lens
-    {{3853, 19}, TagType::rational64u, 2, 0, 0, 0},  // ManualFocusDistance
-    {{3872, 9}, TagType::int8u, 2, 0, 824, 7},  // FlashMode
-    {{3881, 12}, TagType::int16u, 0, 0, 0, 0},  // ShootingMode
-    {{3893, 13}, TagType::string, 26, 0, 0, 0},  // ContrastCurve
-    {{3906, 8}, TagType::string, 2, 0, 0, 0},  // ColorHue
-    {{3914, 9}, TagType::string, 2, 0, 0, 0},  // SceneMode
-    {{3923, 11}, TagType::string, 2, 0, 0, 0},  // LightSource
-    {{3934, 13}, TagType::int32s, 2, 0, 0, 0},  // HueAdjustment
-    {{3947, 14}, TagType::int16u, 2, 0, 831, 12},  // NEFCompression
-    {{3961, 13}, TagType::int16s, 2, 0, 0, 0},  // SaturationAdj
-    {{3974, 21}, TagType::string, 26, 0, 0, 0},  // NEFLinearizationTable
-    {{3995, 14}, TagType::int16u, 2, 2, 0, 0},  // RawImageCenter
-    {{4009, 15}, TagType::rational64u, 2, 2, 0, 0},  // SensorPixelSize
-    {{4024, 11}, TagType::string, 2, 0, 0, 0},  // SceneAssist
-    {{4035, 13}, TagType::int16u, 2, 0, 233, 4},  // DateStampMode
-    {{4048, 14}, TagType::int16u, 2, 10, 843, 430},  // RetouchHistory
-    {{4062, 13}, TagType::int32u, 2, 0, 0, 0},  // ImageDataSize
-    {{4075, 10}, TagType::int32u, 2, 0, 0, 0},  // ImageCount
-    {{4085, 17}, TagType::int32u, 2, 0, 0, 0},  // DeletedImageCount
-    {{4102, 12}, TagType::string, 18, 2, 0, 0},  // ShutterCount
-    {{4114, 17}, TagType::string, 2, 0, 0, 0},  // ImageOptimization
-    {{4131, 10}, TagType::string, 2, 0, 0, 0},  // Saturation
-    {{4141, 11}, TagType::string, 2, 0, 0, 0},  // VariProgram
-    {{4152, 18}, TagType::string, 2, 0, 0, 0},  // ImageStabilization
-    {{4170, 10}, TagType::string, 2, 0, 0, 0},  // AFResponse
-    {{4180, 21}, TagType::int16u, 2, 0, 736, 7},  // HighISONoiseReduction
-    {{4201, 12}, TagType::string, 2, 0, 1273, 11},  // ToningEffect
-    {{4213, 11}, TagType::partialtime, 2, 1, 0, 0},  // PowerUpTime
-    {{4224, 17}, TagType::string, 2, 0, 231, 2},  // SilentPhotography
-    {{4241, 16}, TagType::string, 26, 0, 0, 0},  // NikonCaptureData
-    {{4257, 19}, TagType::string, 2, 0, 0, 0},  // NikonCaptureVersion
-    {{4276, 19}, TagType::string, 2, 0, 0, 0},  // NikonCaptureOffsets
-    {{4295, 24}, TagType::string, 2, 0, 0, 0},  // NikonCaptureEditVersions
-    {{4319, 18}, TagType::string, 26, 0, 0, 0},  // NikonCaptureOutput
-    {{4337, 11}, TagType::int16u, 18, 4, 1284, 5},  // NEFBitDepth
-    {{4348, 17}, TagType::string, 2, 8, 0, 0},  // FirmwareVersion51
-    {{4365, 15}, TagType::string, 2, 8, 0, 0},  // FirmwareVersion
-    {{4380, 12}, TagType::int16u, 2, 0, 0, 0},  // BurstGroupID
-    {{4392, 30}, TagType::int8u, 2, 0, 463, 6},  // PhotoShootingMenuBankImageArea
-    {{4422, 11}, TagType::int8u, 2, 0, 0, 0},  // SingleFrame
-    {{4433, 11}, TagType::int8u, 2, 0, 1289, 8},  // ReleaseMode
-    {{4444, 21}, TagType::int32u, 2, 0, 0, 0},  // IntervalDurationHours
-    {{4465, 23}, TagType::int32u, 2, 0, 0, 0},  // IntervalDurationMinutes
-    {{4488, 23}, TagType::int32u, 2, 0, 0, 0},  // IntervalDurationSeconds
-    {{4511, 14}, TagType::int8u, 2, 0, 350, 3},  // MovieFrameSize
-    {{4525, 14}, TagType::int8u, 2, 0, 736, 7},  // MovieFrameRate
-    {{4539, 15}, TagType::int8u, 2, 0, 64, 3},  // MovieSlowMotion
-    {{4554, 22}, TagType::int16u, 2, 0, 1297, 31},  // MovieISOAutoManualMode
-    {{4576, 21}, TagType::int8u, 2, 0, 1328, 5},  // MovieActiveD-Lighting
-    {{4597, 26}, TagType::int8u, 2, 0, 233, 4},  // MovieHighISONoiseReduction
-    {{4623, 20}, TagType::int8u, 2, 0, 233, 4},  // MovieVignetteControl
-    {{4643, 31}, TagType::int8u, 2, 0, 231, 2},  // MovieVignetteControlSameAsPhoto
-    {{4674, 28}, TagType::int8u, 2, 0, 231, 2},  // MovieDiffractionCompensation
-    {{4702, 26}, TagType::int8u, 2, 0, 231, 2},  // MovieAutoDistortionControl
-    {{4728, 14}, TagType::int8u, 2, 0, 1333, 4},  // MovieFocusMode
-    {{4742, 23}, TagType::int8u, 2, 0, 64, 3},  // MovieVibrationReduction
-    {{4765, 34}, TagType::int8u, 2, 0, 231, 2},  // MovieVibrationReductionSameAsPhoto
-    {{4799, 15}, TagType::int8u, 2, 0, 231, 2},  // HDMIOutputN-Log
-    {{4814, 13}, TagType::int8u, 2, 0, 1337, 5},  // HighFrameRate
-    {{4827, 20}, TagType::int8u, 2, 0, 64, 3},  // MultipleExposureMode
-    {{4847, 18}, TagType::int32s, 2, 0, 0, 0},  // MultiExposureShots
-    {{4865, 21}, TagType::int8u, 2, 0, 233, 4},  // PhotoShootingMenuBank
-    {{4886, 17}, TagType::int8u, 2, 0, 231, 2},  // ExtendedMenuBanks
-    {{4903, 7}, TagType::int8u, 2, 0, 231, 2},  // AutoISO
-    {{4910, 17}, TagType::int16u, 2, 0, 1297, 31},  // ISOAutoFlashLimit
-    {{4927, 24}, TagType::int8u, 2, 0, 231, 2},  // FlickerReductionShooting
-    {{4951, 6}, TagType::int8u, 2, 0, 233, 4},  // VRMode
-    {{4957, 10}, TagType::int8u, 2, 0, 469, 5},  // BracketSet
-    {{4967, 14}, TagType::int8u, 2, 0, 1342, 7},  // BracketProgram
-    {{4981, 16}, TagType::int8u, 2, 0, 1349, 12},  // BracketIncrement
-    {{4997, 21}, TagType::int8u, 2, 0, 233, 4},  // SecondarySlotFunction
-    {{5018, 12}, TagType::int8u, 2, 0, 64, 3},  // Slot2JpgSize
-    {{5030, 11}, TagType::int8u, 2, 0, 231, 2},  // DXCropAlert
-    {{5041, 16}, TagType::int8u, 2, 0, 736, 7},  // SubjectDetection
-    {{5057, 17}, TagType::int8u, 2, 0, 64, 3},  // DynamicAFAreaSize
-    {{5074, 7}, TagType::int8u, 2, 0, 231, 2},  // ToneMap
-    {{5081, 25}, TagType::int8u, 2, 2, 233, 4},  // PortraitImpressionBalance
-    {{5106, 37}, TagType::int8u, 2, 0, 231, 2},  // HighFrequencyFlickerReductionShooting
-    {{5143, 14}, TagType::int8u, 2, 0, 231, 2},  // MovieImageArea
-    {{5157, 19}, TagType::int16u, 2, 0, 1297, 31},  // MovieISOAutoHiLimit
-    {{5176, 29}, TagType::int8u, 2, 0, 231, 2},  // MovieISOAutoControlManualMode
-    {{5205, 21}, TagType::int8u, 2, 0, 64, 3},  // MovieFlickerReduction
-    {{5226, 17}, TagType::int8u, 2, 0, 233, 4},  // MovieMeteringMode
-    {{5243, 15}, TagType::int8u, 2, 0, 1361, 10},  // MovieAFAreaMode
-    {{5258, 11}, TagType::int8u, 2, 0, 64, 3},  // MovieVRMode
-    {{5269, 17}, TagType::int8u, 2, 0, 231, 2},  // MovieElectronicVR
-    {{5286, 19}, TagType::int8u, 2, 0, 64, 3},  // MovieSoundRecording
-    {{5305, 21}, TagType::int8u, 2, 0, 0, 0},  // MicrophoneSensitivity
-    {{5326, 20}, TagType::int8u, 2, 0, 231, 2},  // MicrophoneAttenuator
-    {{5346, 27}, TagType::int8u, 2, 0, 231, 2},  // MicrophoneFrequencyResponse
-    {{5373, 18}, TagType::int8u, 2, 0, 231, 2},  // WindNoiseReduction
-    {{5391, 19}, TagType::int8u, 2, 0, 231, 2},  // MicrophoneJackPower
-    {{5410, 16}, TagType::int8u, 2, 0, 231, 2},  // MovieDXCropAlert
-    {{5426, 21}, TagType::int8u, 2, 0, 736, 7},  // MovieSubjectDetection
-    {{5447, 16}, TagType::int8u, 2, 0, 231, 2},  // MovieHighResZoom
-    {{5463, 8}, TagType::int8u, 2, 0, 1371, 4},  // Language
-    {{5471, 8}, TagType::int32s, 2, 0, 1375, 24},  // TimeZone
-    {{5479, 17}, TagType::int8u, 2, 0, 1399, 15},  // MonitorBrightness
-    {{5496, 22}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens1FocalLength
-    {{5518, 22}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens2FocalLength
-    {{5540, 22}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens3FocalLength
-    {{5562, 22}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens4FocalLength
-    {{5584, 22}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens5FocalLength
-    {{5606, 22}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens6FocalLength
-    {{5628, 22}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens7FocalLength
-    {{5650, 22}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens8FocalLength
-    {{5672, 22}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens9FocalLength
-    {{5694, 23}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens10FocalLength
-    {{5717, 23}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens11FocalLength
-    {{5740, 23}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens12FocalLength
-    {{5763, 23}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens13FocalLength
-    {{5786, 23}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens14FocalLength
-    {{5809, 23}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens15FocalLength
-    {{5832, 23}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens16FocalLength
-    {{5855, 23}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens17FocalLength
-    {{5878, 23}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens18FocalLength
-    {{5901, 23}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens19FocalLength
-    {{5924, 23}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens20FocalLength
-    {{5947, 22}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens1MaxAperture
-    {{5969, 22}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens2MaxAperture
-    {{5991, 22}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens3MaxAperture
-    {{6013, 22}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens4MaxAperture
-    {{6035, 22}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens5MaxAperture
-    {{6057, 22}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens6MaxAperture
-    {{6079, 22}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens7MaxAperture
-    {{6101, 22}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens8MaxAperture
-    {{6123, 22}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens9MaxAperture
-    {{6145, 23}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens10MaxAperture
-    {{6168, 23}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens11MaxAperture
-    {{6191, 23}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens12MaxAperture
-    {{6214, 23}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens13MaxAperture
-    {{6237, 23}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens14MaxAperture
-    {{6260, 23}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens15MaxAperture
-    {{6283, 23}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens16MaxAperture
-    {{6306, 23}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens17MaxAperture
-    {{6329, 23}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens18MaxAperture
-    {{6352, 23}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens19MaxAperture
-    {{6375, 23}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens20MaxAperture
-    {{6398, 20}, TagType::int8u, 2, 0, 1437, 5},  // HDMIOutputResolution
-    {{6418, 12}, TagType::int8u, 2, 0, 231, 2},  // AirplaneMode
-    {{6430, 16}, TagType::int8u, 2, 0, 231, 2},  // EmptySlotRelease
-    {{6446, 16}, TagType::int8u, 2, 0, 231, 2},  // EnergySavingMode
-    {{6462, 16}, TagType::int8u, 2, 0, 231, 2},  // USBPowerDelivery
-    {{6478, 12}, TagType::int8u, 2, 0, 231, 2},  // SensorShield
-    {{6490, 12}, TagType::int8u, 2, 0, 64, 3},  // MovieToneMap
-    {{6502, 24}, TagType::int8u, 2, 0, 231, 2},  // SetClockFromLocationData
-    {{6526, 18}, TagType::int8u, 2, 0, 231, 2},  // RecordLocationData
-    {{6544, 19}, TagType::int8u, 2, 0, 231, 2},  // FocusShiftAutoReset
-    {{6563, 21}, TagType::int8u, 2, 0, 233, 4},  // PreReleaseBurstLength
-    {{6584, 22}, TagType::int8u, 2, 0, 233, 4},  // PostReleaseBurstLength
-    {{6606, 17}, TagType::int8u, 2, 0, 469, 5},  // AutoCapturePreset
-    {{6623, 17}, TagType::int8u, 2, 0, 1442, 82},  // VerticalISOButton
-    {{6640, 26}, TagType::int8u, 2, 0, 1442, 82},  // ExposureCompensationButton
-    {{6666, 9}, TagType::int8u, 2, 0, 1442, 82},  // ISOButton
-    {{6675, 29}, TagType::int8u, 2, 0, 231, 2},  // ViewModeShowEffectsOfSettings
-    {{6704, 10}, TagType::int8u, 2, 0, 1442, 82},  // DispButton
-    {{6714, 13}, TagType::fixed32u, 0, 0, 0, 0},  // ExposureDelay
-    {{6727, 14}, TagType::int8u, 2, 0, 1442, 82},  // PlaybackButton
-    {{6741, 8}, TagType::int8u, 2, 0, 1442, 82},  // WBButton
-    {{6749, 13}, TagType::int8u, 2, 0, 1442, 82},  // BracketButton
-    {{6762, 15}, TagType::int8u, 2, 0, 1442, 82},  // FlashModeButton
-    {{6777, 27}, TagType::int8u, 2, 0, 1442, 82},  // LensFunc1ButtonPlaybackMode
-    {{6804, 27}, TagType::int8u, 2, 0, 1442, 82},  // LensFunc2ButtonPlaybackMode
-    {{6831, 26}, TagType::int8u, 2, 0, 1442, 82},  // PlaybackButtonPlaybackMode
-    {{6857, 25}, TagType::int8u, 2, 0, 1442, 82},  // BracketButtonPlaybackMode
-    {{6882, 27}, TagType::int8u, 2, 0, 1442, 82},  // FlashModeButtonPlaybackMode
-    {{6909, 11}, TagType::int8u, 2, 0, 231, 2},  // PrimarySlot
-    {{6920, 20}, TagType::string, 2, 4, 0, 0},  // MultiExposureVersion
-    {{6940, 17}, TagType::int32u, 2, 0, 233, 4},  // MultiExposureMode
-    {{6957, 21}, TagType::int32u, 2, 0, 231, 2},  // MultiExposureAutoGain
-    {{6978, 24}, TagType::int32u, 2, 0, 233, 4},  // MultiExposureOverlayMode
-    {{7002, 13}, TagType::imagedata, 8, 0, 0, 0},  // PreviewImage1
-    {{7015, 13}, TagType::imagedata, 8, 0, 0, 0},  // PreviewImage2
-    {{7028, 10}, TagType::string, 0, 0, 0, 0},  // FrameCount
-    {{7038, 9}, TagType::string, 0, 0, 0, 0},  // FrameRate
-    {{7047, 10}, TagType::string, 0, 0, 0, 0},  // FrameWidth
-    {{7057, 11}, TagType::string, 0, 0, 0, 0},  // FrameHeight
-    {{7068, 13}, TagType::string, 0, 0, 0, 0},  // AudioChannels
-    {{7081, 18}, TagType::string, 0, 0, 0, 0},  // AudioBitsPerSample
-    {{7099, 15}, TagType::string, 0, 0, 0, 0},  // AudioSampleRate
-    {{7114, 13}, TagType::string, 0, 0, 0, 0},  // NikonDateTime
-    {{7127, 12}, TagType::string, 0, 0, 231, 2},  // ElectronicVR
-    {{7139, 15}, TagType::string, 0, 0, 1524, 9},  // ExposureProgram
-    {{7154, 8}, TagType::string, 0, 0, 0, 0},  // LensInfo
-    {{7162, 8}, TagType::string, 0, 0, 0, 0},  // LensMake
-    {{7170, 16}, TagType::string, 0, 0, 0, 0},  // LensSerialNumber
-    {{7186, 22}, TagType::int8s, 0, 0, 0, 0},  // AFAreaInitialXPosition
-    {{7208, 22}, TagType::int8s, 0, 0, 0, 0},  // AFAreaInitialYPosition
-    {{7230, 18}, TagType::int8u, 0, 0, 0, 0},  // AFAreaInitialWidth
-    {{7248, 19}, TagType::int8u, 0, 0, 0, 0},  // AFAreaInitialHeight
-    {{7267, 9}, TagType::fixed32u, 2, 0, 0, 0},  // RollAngle
-    {{7276, 10}, TagType::fixed32u, 2, 0, 0, 0},  // PitchAngle
-    {{7286, 8}, TagType::fixed32u, 2, 0, 0, 0},  // YawAngle
-    {{7294, 21}, TagType::string, 2, 4, 0, 0},  // PictureControlVersion
-    {{7315, 18}, TagType::string, 2, 20, 0, 0},  // PictureControlName
-    {{7333, 18}, TagType::string, 2, 20, 0, 0},  // PictureControlBase
-    {{7351, 20}, TagType::int8u, 2, 0, 64, 3},  // PictureControlAdjust
-    {{7371, 25}, TagType::int8u, 2, 0, 0, 0},  // PictureControlQuickAdjust
-    {{7396, 8}, TagType::int8u, 2, 0, 0, 0},  // Contrast
-    {{7404, 10}, TagType::int8u, 2, 0, 0, 0},  // Brightness
-    {{7414, 12}, TagType::int8u, 2, 0, 1533, 6},  // FilterEffect
-    {{7426, 16}, TagType::int8u, 2, 0, 0, 0},  // ToningSaturation
-    {{7442, 7}, TagType::int8u, 2, 0, 0, 0},  // Clarity
-    {{7449, 3}, TagType::int8u, 2, 0, 0, 0},  // Hue
-    {{7452, 17}, TagType::int8u, 2, 0, 0, 0},  // MidRangeSharpness
-    {{7469, 18}, TagType::string, 2, 4, 0, 0},  // RetouchInfoVersion
-    {{7487, 20}, TagType::int8s, 2, 0, 1539, 2},  // RetouchNEFProcessing
-    {{7507, 8}, TagType::int8u, 2, 0, 233, 4},  // Rotation
-    {{7515, 8}, TagType::int8u, 0, 0, 0, 0},  // Interval
-    {{7523, 25}, TagType::int8u, 2, 0, 231, 2},  // FlickerReductionIndicator
-    {{7548, 18}, TagType::int8u, 0, 0, 0, 0},  // FocusShiftShooting
-    {{7566, 16}, TagType::int8u, 2, 0, 231, 2},  // FlickerReduction
-    {{7582, 15}, TagType::string, 2, 4, 0, 0},  // ShotInfoVersion
-    {{7597, 17}, TagType::int8u, 2, 0, 231, 2},  // DistortionControl
-    {{7614, 7}, TagType::int8u, 2, 0, 64, 3},  // VR_0x66
-    {{7621, 18}, TagType::int8u, 2, 0, 1541, 6},  // VibrationReduction
-    {{7639, 9}, TagType::string, 2, 0, 233, 4},  // ImageArea
-    {{7648, 14}, TagType::string, 2, 0, 64, 3},  // NikonImageSize
-    {{7662, 12}, TagType::string, 2, 0, 495, 8},  // ImageQuality
-    {{7674, 22}, TagType::string, 2, 0, 0, 0},  // PreFlashReturnStrength
-    {{7696, 13}, TagType::int32u, 2, 0, 0, 0},  // NumberOffsets
-    {{7709, 10}, TagType::string, 2, 0, 1547, 2},  // FlashFired
-    {{7719, 28}, TagType::string, 2, 0, 0, 0},  // RepeatingFlashOutputExternal
-    {{7747, 26}, TagType::string, 2, 0, 0, 0},  // RepeatingFlashRateExternal
-    {{7773, 27}, TagType::string, 2, 0, 0, 0},  // RepeatingFlashCountExternal
-    {{7800, 18}, TagType::int8s, 2, 0, 0, 0},  // FlashExposureComp2
-    {{7818, 26}, TagType::string, 2, 0, 0, 0},  // RepeatingFlashRateBuilt-in
-    {{7844, 27}, TagType::string, 2, 0, 0, 0},  // RepeatingFlashCountBuilt-in
-    {{7871, 14}, TagType::string, 2, 0, 0, 0},  // SequenceNumber
-    {{7885, 16}, TagType::string, 2, 8, 0, 0},  // FirmwareVersion2
-    {{7901, 16}, TagType::string, 2, 8, 0, 0},  // FirmwareVersion3
-    {{7917, 14}, TagType::string, 2, 0, 0, 0},  // CCDSensitivity
-    {{7931, 5}, TagType::string, 2, 0, 0, 0},  // Focus
-    {{7936, 9}, TagType::string, 2, 0, 0, 0},  // Converter
-    {{7945, 18}, TagType::string, 2, 4, 0, 0},  // UnknownInfoVersion
-    {{7963, 19}, TagType::string, 2, 4, 0, 0},  // UnknownInfo2Version
-    {{7982, 13}, TagType::string, 2, 4, 0, 0},  // VRInfoVersion
-    {{7995, 6}, TagType::int8u, 2, 0, 1549, 2},  // VRType
-    {{8001, 15}, TagType::int8u, 2, 0, 231, 2},  // DaylightSavings
-    {{8016, 17}, TagType::int8u, 2, 0, 64, 3},  // DateDisplayFormat
+    {{0, 10}, TagType::int8u, writable, 0, 0, 40},  // AFAreaMode
+    {{10, 7}, TagType::int8u, writable, 0, 40, 11},  // AFPoint
+    {{17, 15}, TagType::int16u, writable, 20, 51, 13},  // AFPointsInFocus
+    {{32, 14}, TagType::string, writable, 4, 0, 0},  // AFInfo2Version
+    {{46, 16}, TagType::int8u, writable, 0, 64, 3},  // ContrastDetectAF
+    {{62, 13}, TagType::int8u, writable, 0, 67, 10},  // PhaseDetectAF
+    {{75, 14}, TagType::int8u, writable, 0, 77, 154},  // PrimaryAFPoint
+    {{89, 12}, TagType::string, writable, 51, 51, 13},  // AFPointsUsed
+    {{101, 12}, TagType::int16u, writable, 0, 0, 0},  // AFImageWidth
+    {{113, 13}, TagType::int16u, writable, 0, 0, 0},  // AFImageHeight
+    {{126, 15}, TagType::int16u, writable, 0, 0, 0},  // AFAreaXPosition
+    {{141, 15}, TagType::int16u, writable, 0, 0, 0},  // AFAreaYPosition
+    {{156, 11}, TagType::int16u, writable, 0, 0, 0},  // AFAreaWidth
+    {{167, 12}, TagType::int16u, writable, 0, 0, 0},  // AFAreaHeight
+    {{179, 23}, TagType::int8u, writable, 0, 231, 2},  // ContrastDetectAFInFocus
+    {{202, 16}, TagType::string, writable, 20, 0, 0},  // AFPointsSelected
+    {{218, 23}, TagType::int8u, none, 0, 0, 0},  // FocusPositionHorizontal
+    {{241, 21}, TagType::int8u, none, 0, 0, 0},  // FocusPositionVertical
+    {{262, 11}, TagType::int8u, writable, 0, 231, 2},  // FocusResult
+    {{273, 10}, TagType::int8u, writable, 0, 233, 4},  // AFFineTune
+    {{283, 15}, TagType::int8u, writable, 0, 0, 0},  // AFFineTuneIndex
+    {{298, 13}, TagType::int32s, writable, 0, 237, 97},  // AFFineTuneAdj
+    {{311, 17}, TagType::int8s, writable, 0, 0, 0},  // AFFineTuneAdjTele
+    {{328, 14}, TagType::imagedata, binary, 0, 0, 0},  // ThumbnailImage
+    {{342, 12}, TagType::imagedata, binary, 0, 0, 0},  // PreviewImage
+    {{354, 4}, TagType::string, none, 24, 0, 0},  // Make
+    {{358, 5}, TagType::string, none, 8, 0, 0},  // Model
+    {{363, 8}, TagType::string, none, 16, 0, 0},  // Software
+    {{371, 9}, TagType::string, none, 0, 0, 0},  // Equipment
+    {{380, 11}, TagType::int16u, none, 0, 334, 8},  // Orientation
+    {{391, 12}, TagType::speed, none, 0, 0, 0},  // ExposureTime
+    {{403, 7}, TagType::float_, writable, 0, 0, 0},  // FNumber
+    {{410, 20}, TagType::rational64s, none, 0, 0, 0},  // ExposureCompensation
+    {{430, 16}, TagType::rational64u, none, 0, 0, 0},  // MaxApertureValue
+    {{446, 12}, TagType::int16u, none, 0, 342, 8},  // MeteringMode
+    {{458, 20}, TagType::int16u, none, 0, 0, 0},  // Nikon_AVITags_0x000d
+    {{478, 20}, TagType::int16u, none, 0, 0, 0},  // Nikon_AVITags_0x000e
+    {{498, 11}, TagType::float_, writable, 0, 0, 0},  // FocalLength
+    {{509, 11}, TagType::rational64u, none, 0, 0, 0},  // XResolution
+    {{520, 11}, TagType::rational64u, none, 0, 0, 0},  // YResolution
+    {{531, 14}, TagType::int16u, none, 0, 350, 3},  // ResolutionUnit
+    {{545, 16}, TagType::string, none, 0, 0, 0},  // DateTimeOriginal
+    {{561, 10}, TagType::string, none, 0, 0, 0},  // CreateDate
+    {{571, 20}, TagType::int16u, none, 0, 0, 0},  // Nikon_AVITags_0x0015
+    {{591, 8}, TagType::rational64u, none, 0, 0, 0},  // Duration
+    {{599, 20}, TagType::int16u, none, 0, 0, 0},  // Nikon_AVITags_0x0017
+    {{619, 9}, TagType::string, writable, 0, 0, 0},  // FocusMode
+    {{628, 20}, TagType::int32s, none, 0, 0, 0},  // Nikon_AVITags_0x0019
+    {{648, 11}, TagType::rational64u, writable, 0, 0, 0},  // DigitalZoom
+    {{659, 20}, TagType::rational64u, none, 0, 0, 0},  // Nikon_AVITags_0x001c
+    {{679, 9}, TagType::string, writable, 0, 0, 0},  // ColorMode
+    {{688, 9}, TagType::string, writable, 0, 0, 0},  // Sharpness
+    {{697, 12}, TagType::string, writable, 0, 353, 6},  // WhiteBalance
+    {{709, 14}, TagType::string, writable, 0, 0, 0},  // NoiseReduction
+    {{723, 20}, TagType::int32s, none, 0, 0, 0},  // Nikon_AVITags_0x801a
+    {{743, 13}, TagType::string, none, 0, 0, 0},  // MakerNoteType
+    {{756, 16}, TagType::string, writable, 4, 0, 0},  // MakerNoteVersion
+    {{772, 17}, TagType::int8u, writable, 0, 359, 2},  // AutoCapturedFrame
+    {{789, 19}, TagType::int8u, none, 0, 0, 0},  // AutoCaptureCriteria
+    {{808, 24}, TagType::int8u, writable, 0, 361, 13},  // AutoCaptureRecordingTime
+    {{832, 19}, TagType::int8u, writable, 0, 374, 13},  // AutoCaptureWaitTime
+    {{851, 22}, TagType::int8u, none, 0, 0, 0},  // AutoCaptureDistanceFar
+    {{873, 23}, TagType::int8u, none, 0, 0, 0},  // AutoCaptureDistanceNear
+    {{896, 34}, TagType::int8u, none, 0, 0, 0},  // AutoCaptureCriteriaMotionDirection
+    {{930, 30}, TagType::int8u, writable, 0, 0, 0},  // AutoCaptureCriteriaMotionSpeed
+    {{960, 29}, TagType::int8u, writable, 0, 0, 0},  // AutoCaptureCriteriaMotionSize
+    {{989, 30}, TagType::int8u, writable, 0, 0, 0},  // AutoCaptureCriteriaSubjectSize
+    {{1019, 30}, TagType::int8u, writable, 0, 233, 4},  // AutoCaptureCriteriaSubjectType
+    {{1049, 20}, TagType::string, writable, 4, 0, 0},  // BarometerInfoVersion
+    {{1069, 8}, TagType::int32s, writable, 0, 0, 0},  // Altitude
+    {{1077, 17}, TagType::int8u, writable, 0, 387, 49},  // AEBracketingSteps
+    {{1094, 17}, TagType::int8u, writable, 0, 436, 27},  // WBBracketingSteps
+    {{1111, 17}, TagType::int8u, writable, 0, 463, 6},  // ADLBracketingStep
+    {{1128, 17}, TagType::int8u, writable, 0, 469, 5},  // ADLBracketingType
+    {{1145, 17}, TagType::int8u, writable, 0, 233, 4},  // NikonMeteringMode
+    {{1162, 11}, TagType::string, none, 0, 0, 0},  // IFD0_Offset
+    {{1173, 17}, TagType::string, none, 0, 0, 0},  // PreviewIFD_Offset
+    {{1190, 13}, TagType::string, none, 0, 0, 0},  // SubIFD_Offset
+    {{1203, 16}, TagType::int32u, writable, 0, 0, 0},  // OutputImageWidth
+    {{1219, 17}, TagType::int32u, writable, 0, 0, 0},  // OutputImageHeight
+    {{1236, 16}, TagType::int32u, writable, 0, 0, 0},  // OutputResolution
+    {{1252, 13}, TagType::int16u, writable | unsafe, 4, 0, 0},  // WB_RBGGLevels
+    {{1265, 13}, TagType::int32s, writable | unsafe, 4, 0, 0},  // WB_RGGBLevels
+    {{1278, 13}, TagType::int16u, writable | unsafe, 4, 0, 0},  // WB_RGBGLevels
+    {{1291, 13}, TagType::int16u, writable | unsafe, 4, 0, 0},  // WB_GRBGLevels
+    {{1304, 11}, TagType::float_, writable | unsafe, 4, 0, 0},  // WB_RBLevels
+    {{1315, 15}, TagType::int16u, writable | unsafe, 2, 0, 0},  // WB_RBLevelsAuto
+    {{1330, 19}, TagType::int16u, writable | unsafe, 14, 0, 0},  // WB_RBLevelsDaylight
+    {{1349, 23}, TagType::int16u, writable | unsafe, 14, 0, 0},  // WB_RBLevelsIncandescent
+    {{1372, 22}, TagType::int16u, writable | unsafe, 6, 0, 0},  // WB_RBLevelsFluorescent
+    {{1394, 17}, TagType::int16u, writable | unsafe, 14, 0, 0},  // WB_RBLevelsCloudy
+    {{1411, 16}, TagType::int16u, writable | unsafe, 14, 0, 0},  // WB_RBLevelsFlash
+    {{1427, 16}, TagType::int16u, writable | unsafe, 14, 0, 0},  // WB_RBLevelsShade
+    {{1443, 19}, TagType::string, writable, 4, 0, 0},  // ColorBalanceVersion
+    {{1462, 21}, TagType::int32u, writable | unsafe, 4, 0, 0},  // WB_RGGBLevelsDaylight
+    {{1483, 19}, TagType::int32u, writable | unsafe, 4, 0, 0},  // WB_RGGBLevelsCloudy
+    {{1502, 21}, TagType::int32u, writable | unsafe, 4, 0, 0},  // WB_RGGBLevelsTungsten
+    {{1523, 25}, TagType::int32u, writable | unsafe, 4, 0, 0},  // WB_RGGBLevelsFluorescentW
+    {{1548, 18}, TagType::int32u, writable | unsafe, 4, 0, 0},  // WB_RGGBLevelsFlash
+    {{1566, 19}, TagType::int32u, writable | unsafe, 4, 0, 0},  // WB_RGGBLevelsCustom
+    {{1585, 17}, TagType::int32u, writable | unsafe, 4, 0, 0},  // WB_RGGBLevelsAuto
+    {{1602, 10}, TagType::int16u, writable, 4, 0, 0},  // BlackLevel
+    {{1612, 18}, TagType::int32u, writable | unsafe, 4, 0, 0},  // WB_RGGBLevelsShade
+    {{1630, 25}, TagType::int32u, writable | unsafe, 4, 0, 0},  // WB_RGGBLevelsFluorescentN
+    {{1655, 25}, TagType::int32u, writable | unsafe, 4, 0, 0},  // WB_RGGBLevelsFluorescentD
+    {{1680, 22}, TagType::int32u, writable | unsafe, 4, 0, 0},  // WB_RGGBLevelsHTMercury
+    {{1702, 17}, TagType::string, writable, 4, 0, 0},  // DistortionVersion
+    {{1719, 21}, TagType::int8u, writable, 0, 64, 3},  // AutoDistortionControl
+    {{1740, 19}, TagType::int16u, writable, 2, 0, 0},  // FaceDetectFrameSize
+    {{1759, 13}, TagType::int16u, writable, 0, 0, 0},  // FacesDetected
+    {{1772, 13}, TagType::int16u, writable, 4, 0, 0},  // Face1Position
+    {{1785, 13}, TagType::int16u, writable, 4, 0, 0},  // Face2Position
+    {{1798, 13}, TagType::int16u, writable, 4, 0, 0},  // Face3Position
+    {{1811, 13}, TagType::int16u, writable, 4, 0, 0},  // Face4Position
+    {{1824, 13}, TagType::int16u, writable, 4, 0, 0},  // Face5Position
+    {{1837, 13}, TagType::int16u, writable, 4, 0, 0},  // Face6Position
+    {{1850, 13}, TagType::int16u, writable, 4, 0, 0},  // Face7Position
+    {{1863, 13}, TagType::int16u, writable, 4, 0, 0},  // Face8Position
+    {{1876, 13}, TagType::int16u, writable, 4, 0, 0},  // Face9Position
+    {{1889, 14}, TagType::int16u, writable, 4, 0, 0},  // Face10Position
+    {{1903, 14}, TagType::int16u, writable, 4, 0, 0},  // Face11Position
+    {{1917, 14}, TagType::int16u, writable, 4, 0, 0},  // Face12Position
+    {{1931, 15}, TagType::string, writable, 4, 0, 0},  // FileInfoVersion
+    {{1946, 16}, TagType::int16u, writable, 0, 0, 0},  // MemoryCardNumber
+    {{1962, 15}, TagType::int16u, writable, 0, 0, 0},  // DirectoryNumber
+    {{1977, 10}, TagType::int16u, writable, 0, 0, 0},  // FileNumber
+    {{1987, 16}, TagType::string, writable, 4, 0, 0},  // FlashInfoVersion
+    {{2003, 11}, TagType::int8u, writable, 0, 64, 3},  // FlashSource
+    {{2014, 21}, TagType::int8u, writable, 2, 474, 15},  // ExternalFlashFirmware
+    {{2035, 18}, TagType::int8u, writable, 0, 489, 6},  // ExternalFlashFlags
+    {{2053, 18}, TagType::int8u, writable, 0, 231, 2},  // FlashCommanderMode
+    {{2071, 16}, TagType::int8u, writable, 0, 495, 8},  // FlashControlMode
+    {{2087, 11}, TagType::int8u, writable, 0, 0, 0},  // FlashOutput
+    {{2098, 17}, TagType::int8s, writable, 0, 0, 0},  // FlashCompensation
+    {{2115, 16}, TagType::int8u, writable, 0, 0, 0},  // FlashFocalLength
+    {{2131, 18}, TagType::int8u, writable, 0, 0, 0},  // RepeatingFlashRate
+    {{2149, 19}, TagType::int8u, writable, 0, 0, 0},  // RepeatingFlashCount
+    {{2168, 15}, TagType::int8u, writable, 0, 503, 38},  // FlashGNDistance
+    {{2183, 22}, TagType::int8u, writable, 0, 495, 8},  // FlashGroupAControlMode
+    {{2205, 22}, TagType::int8u, writable, 0, 495, 8},  // FlashGroupBControlMode
+    {{2227, 17}, TagType::int8u, writable, 0, 0, 0},  // FlashGroupAOutput
+    {{2244, 23}, TagType::int8s, writable, 0, 0, 0},  // FlashGroupACompensation
+    {{2267, 17}, TagType::int8u, writable, 0, 0, 0},  // FlashGroupBOutput
+    {{2284, 23}, TagType::int8s, writable, 0, 0, 0},  // FlashGroupBCompensation
+    {{2307, 22}, TagType::int8u, writable, 0, 495, 8},  // FlashGroupCControlMode
+    {{2329, 17}, TagType::int8u, writable, 0, 0, 0},  // FlashGroupCOutput
+    {{2346, 23}, TagType::int8s, writable, 0, 0, 0},  // FlashGroupCCompensation
+    {{2369, 16}, TagType::int8u, writable, 0, 541, 10},  // FlashColorFilter
+    {{2385, 25}, TagType::int8s, writable, 0, 0, 0},  // ExternalFlashCompensation
+    {{2410, 18}, TagType::int8s, writable, 0, 0, 0},  // FlashExposureComp3
+    {{2428, 18}, TagType::int8s, writable, 0, 0, 0},  // FlashExposureComp4
+    {{2446, 25}, TagType::int8u, writable, 0, 231, 2},  // ExternalFlashZoomOverride
+    {{2471, 19}, TagType::int8u, writable, 0, 231, 2},  // ExternalFlashStatus
+    {{2490, 23}, TagType::int8u, writable, 0, 551, 3},  // ExternalFlashReadyState
+    {{2513, 24}, TagType::int8u, writable, 0, 64, 3},  // FlashIlluminationPattern
+    {{2537, 14}, TagType::string, writable, 4, 0, 0},  // HDRInfoVersion
+    {{2551, 3}, TagType::int8u, writable, 0, 554, 4},  // HDR
+    {{2554, 8}, TagType::int8u, writable, 0, 558, 7},  // HDRLevel
+    {{2562, 12}, TagType::int8u, writable, 0, 565, 6},  // HDRSmoothing
+    {{2574, 9}, TagType::int8u, writable, 0, 571, 5},  // HDRLevel2
+    {{2583, 18}, TagType::int32s, writable, 0, 576, 50},  // ISOAutoShutterTime
+    {{2601, 14}, TagType::int32s, writable, 0, 626, 72},  // ISOAutoHiLimit
+    {{2615, 3}, TagType::int32s, writable, 2, 0, 0},  // ISO
+    {{2618, 12}, TagType::int16u, writable, 0, 698, 25},  // ISOExpansion
+    {{2630, 4}, TagType::int8u, writable, 0, 0, 0},  // ISO2
+    {{2634, 13}, TagType::int16u, writable, 0, 723, 13},  // ISOExpansion2
+    {{2647, 9}, TagType::int32u, writable, 0, 0, 0},  // Intervals
+    {{2656, 16}, TagType::int32u, writable, 0, 0, 0},  // ShotsPerInterval
+    {{2672, 25}, TagType::int8u, writable, 0, 231, 2},  // IntervalExposureSmoothing
+    {{2697, 16}, TagType::int8u, writable, 0, 231, 2},  // IntervalPriority
+    {{2713, 21}, TagType::int8u, writable, 0, 0, 0},  // FocusShiftNumberShots
+    {{2734, 19}, TagType::int8u, writable, 0, 0, 0},  // FocusShiftStepWidth
+    {{2753, 18}, TagType::int8u, none, 0, 0, 0},  // FocusShiftInterval
+    {{2771, 22}, TagType::int8u, writable, 0, 231, 2},  // FocusShiftExposureLock
+    {{2793, 23}, TagType::int8u, writable, 0, 231, 2},  // DiffractionCompensation
+    {{2816, 18}, TagType::int8u, writable, 0, 64, 3},  // FlashRemoteControl
+    {{2834, 22}, TagType::int8u, writable, 0, 233, 4},  // FlashMasterControlMode
+    {{2856, 23}, TagType::int8s, writable, 0, 0, 0},  // FlashMasterCompensation
+    {{2879, 17}, TagType::int8u, writable, 0, 0, 0},  // FlashMasterOutput
+    {{2896, 19}, TagType::int8u, writable, 0, 233, 4},  // FlashWirelessOption
+    {{2915, 9}, TagType::int8u, writable, 0, 736, 7},  // MovieType
+    {{2924, 16}, TagType::int16u, none, 0, 0, 0},  // IntervalShooting
+    {{2940, 13}, TagType::int32s, writable, 0, 0, 0},  // IntervalFrame
+    {{2953, 14}, TagType::int8u, writable, 0, 743, 3},  // JPGCompression
+    {{2967, 15}, TagType::string, writable, 4, 0, 0},  // LensDataVersion
+    {{2982, 12}, TagType::int8u, writable, 0, 0, 0},  // LensIDNumber
+    {{2994, 10}, TagType::string, writable, 4, 0, 0},  // LensFStops
+    {{3004, 14}, TagType::int8u, writable, 0, 0, 0},  // MinFocalLength
+    {{3018, 14}, TagType::int8u, writable, 0, 0, 0},  // MaxFocalLength
+    {{3032, 21}, TagType::int8u, writable, 0, 0, 0},  // MaxApertureAtMinFocal
+    {{3053, 21}, TagType::int8u, writable, 0, 0, 0},  // MaxApertureAtMaxFocal
+    {{3074, 10}, TagType::int8u, writable, 0, 0, 0},  // MCUVersion
+    {{3084, 17}, TagType::int8u, writable, 0, 0, 0},  // ExitPupilPosition
+    {{3101, 10}, TagType::int8u, writable, 0, 0, 0},  // AFAperture
+    {{3111, 13}, TagType::int8u, writable, 0, 0, 0},  // FocusPosition
+    {{3124, 13}, TagType::int32s, writable, 0, 0, 0},  // FocusDistance
+    {{3137, 20}, TagType::int8u, writable, 0, 0, 0},  // EffectiveMaxAperture
+    {{3157, 9}, TagType::string, writable, 64, 0, 0},  // LensModel
+    {{3166, 11}, TagType::string, writable, 17, 0, 0},  // OldLensData
+    {{3177, 11}, TagType::string, writable, 17, 0, 0},  // NewLensData
+    {{3188, 6}, TagType::int16u, writable, 0, 746, 39},  // LensID
+    {{3194, 13}, TagType::int8u, writable, 0, 231, 2},  // LensMountType
+    {{3207, 11}, TagType::int16u, writable, 0, 0, 0},  // MaxAperture
+    {{3218, 23}, TagType::int8u, writable, 0, 0, 0},  // FocusDistanceRangeWidth
+    {{3241, 12}, TagType::int8u, writable, 0, 0, 0},  // LensDriveEnd
+    {{3253, 22}, TagType::int8u, writable, 0, 0, 0},  // FocusStepsFromInfinity
+    {{3275, 20}, TagType::int32s, writable, 0, 0, 0},  // LensPositionAbsolute
+    {{3295, 19}, TagType::string, writable, 4, 0, 0},  // LocationInfoVersion
+    {{3314, 12}, TagType::int8u, writable, 0, 64, 3},  // TextEncoding
+    {{3326, 11}, TagType::string, writable, 3, 0, 0},  // CountryCode
+    {{3337, 8}, TagType::int8u, writable, 0, 0, 0},  // POILevel
+    {{3345, 8}, TagType::string, writable, 70, 0, 0},  // Location
+    {{3353, 7}, TagType::string, writable, 0, 0, 0},  // Quality
+    {{3360, 12}, TagType::string, writable, 0, 0, 0},  // FlashSetting
+    {{3372, 9}, TagType::string, writable, 0, 0, 0},  // FlashType
+    {{3381, 20}, TagType::float_, writable, 2, 0, 0},  // WhiteBalanceFineTune
+    {{3401, 12}, TagType::string, writable, 4, 0, 0},  // ProgramShift
+    {{3413, 18}, TagType::string, writable, 4, 0, 0},  // ExposureDifference
+    {{3431, 12}, TagType::string, writable, 0, 0, 0},  // ISOSelection
+    {{3443, 8}, TagType::string, writable | binary, 0, 0, 0},  // DataDump
+    {{3451, 17}, TagType::string, writable, 4, 0, 0},  // FlashExposureComp
+    {{3468, 10}, TagType::int16u, writable, 2, 0, 0},  // ISOSetting
+    {{3478, 13}, TagType::int16u, writable, 4, 0, 0},  // ImageBoundary
+    {{3491, 25}, TagType::string, writable, 4, 0, 0},  // ExternalFlashExposureComp
+    {{3516, 25}, TagType::string, writable, 4, 0, 0},  // FlashExposureBracketValue
+    {{3541, 20}, TagType::rational64s, writable, 0, 0, 0},  // ExposureBracketValue
+    {{3561, 15}, TagType::string, writable, 0, 0, 0},  // ImageProcessing
+    {{3576, 11}, TagType::int16u, writable, 7, 785, 15},  // CropHiSpeed
+    {{3587, 14}, TagType::string, writable, 3, 0, 0},  // ExposureTuning
+    {{3601, 12}, TagType::string, writable | unsafe, 0, 0, 0},  // SerialNumber
+    {{3613, 10}, TagType::int16u, writable, 0, 800, 3},  // ColorSpace
+    {{3623, 19}, TagType::int8u, writable, 0, 231, 2},  // ImageAuthentication
+    {{3642, 16}, TagType::int16u, writable, 0, 803, 10},  // ActiveD-Lighting
+    {{3658, 18}, TagType::string, writable | binary | unsafe, 0, 0, 0},  // PictureControlData
+    {{3676, 15}, TagType::int16u, writable, 0, 813, 4},  // VignetteControl
+    {{3691, 11}, TagType::int16u, writable, 0, 817, 7},  // ShutterMode
+    {{3702, 22}, TagType::int32u, writable, 0, 0, 0},  // MechanicalShutterCount
+    {{3724, 12}, TagType::string, writable, 0, 350, 3},  // ImageSizeRAW
+    {{3736, 8}, TagType::int16u, writable, 4, 0, 0},  // CropArea
+    {{3744, 13}, TagType::string, writable | binary | unsafe, 0, 0, 0},  // NikonSettings
+    {{3757, 20}, TagType::int16u, writable, 0, 0, 0},  // ColorTemperatureAuto
+    {{3777, 14}, TagType::string, writable | binary | unsafe, 0, 0, 0},  // MakerNotes0x51
+    {{3791, 14}, TagType::string, writable | binary | unsafe, 0, 0, 0},  // MakerNotes0x56
+    {{3805, 15}, TagType::string, writable, 0, 0, 0},  // ImageAdjustment
+    {{3820, 8}, TagType::string, writable, 0, 0, 0},  // ToneComp
+    {{3828, 13}, TagType::string, writable, 0, 0, 0},  // AuxiliaryLens
+    {{3841, 8}, TagType::int8u, writable, 0, 0, 0},  // LensType
+    {{3849, 4}, TagType::rational64u, writable, 4, 0, 0},  // Lens
+    {{3853, 19}, TagType::rational64u, writable, 0, 0, 0},  // ManualFocusDistance
+    {{3872, 9}, TagType::int8u, writable, 0, 824, 7},  // FlashMode
+    {{3881, 12}, TagType::int16u, none, 0, 0, 0},  // ShootingMode
+    {{3893, 13}, TagType::string, writable | binary | unsafe, 0, 0, 0},  // ContrastCurve
+    {{3906, 8}, TagType::string, writable, 0, 0, 0},  // ColorHue
+    {{3914, 9}, TagType::string, writable, 0, 0, 0},  // SceneMode
+    {{3923, 11}, TagType::string, writable, 0, 0, 0},  // LightSource
+    {{3934, 13}, TagType::int32s, writable, 0, 0, 0},  // HueAdjustment
+    {{3947, 14}, TagType::int16u, writable, 0, 831, 12},  // NEFCompression
+    {{3961, 13}, TagType::int16s, writable, 0, 0, 0},  // SaturationAdj
+    {{3974, 21}, TagType::string, writable | binary | unsafe, 0, 0, 0},  // NEFLinearizationTable
+    {{3995, 14}, TagType::int16u, writable, 2, 0, 0},  // RawImageCenter
+    {{4009, 15}, TagType::rational64u, writable, 2, 0, 0},  // SensorPixelSize
+    {{4024, 11}, TagType::string, writable, 0, 0, 0},  // SceneAssist
+    {{4035, 13}, TagType::int16u, writable, 0, 233, 4},  // DateStampMode
+    {{4048, 14}, TagType::int16u, writable, 10, 843, 430},  // RetouchHistory
+    {{4062, 13}, TagType::int32u, writable, 0, 0, 0},  // ImageDataSize
+    {{4075, 10}, TagType::int32u, writable, 0, 0, 0},  // ImageCount
+    {{4085, 17}, TagType::int32u, writable, 0, 0, 0},  // DeletedImageCount
+    {{4102, 12}, TagType::string, writable | unsafe, 2, 0, 0},  // ShutterCount
+    {{4114, 17}, TagType::string, writable, 0, 0, 0},  // ImageOptimization
+    {{4131, 10}, TagType::string, writable, 0, 0, 0},  // Saturation
+    {{4141, 11}, TagType::string, writable, 0, 0, 0},  // VariProgram
+    {{4152, 18}, TagType::string, writable, 0, 0, 0},  // ImageStabilization
+    {{4170, 10}, TagType::string, writable, 0, 0, 0},  // AFResponse
+    {{4180, 21}, TagType::int16u, writable, 0, 736, 7},  // HighISONoiseReduction
+    {{4201, 12}, TagType::string, writable, 0, 1273, 11},  // ToningEffect
+    {{4213, 11}, TagType::partialtime, writable, 1, 0, 0},  // PowerUpTime
+    {{4224, 17}, TagType::string, writable, 0, 231, 2},  // SilentPhotography
+    {{4241, 16}, TagType::string, writable | binary | unsafe, 0, 0, 0},  // NikonCaptureData
+    {{4257, 19}, TagType::string, writable, 0, 0, 0},  // NikonCaptureVersion
+    {{4276, 19}, TagType::string, writable, 0, 0, 0},  // NikonCaptureOffsets
+    {{4295, 24}, TagType::string, writable, 0, 0, 0},  // NikonCaptureEditVersions
+    {{4319, 18}, TagType::string, writable | binary | unsafe, 0, 0, 0},  // NikonCaptureOutput
+    {{4337, 11}, TagType::int16u, writable | unsafe, 4, 1284, 5},  // NEFBitDepth
+    {{4348, 17}, TagType::string, writable, 8, 0, 0},  // FirmwareVersion51
+    {{4365, 15}, TagType::string, writable, 8, 0, 0},  // FirmwareVersion
+    {{4380, 12}, TagType::int16u, writable, 0, 0, 0},  // BurstGroupID
+    {{4392, 30}, TagType::int8u, writable, 0, 463, 6},  // PhotoShootingMenuBankImageArea
+    {{4422, 11}, TagType::int8u, writable, 0, 0, 0},  // SingleFrame
+    {{4433, 11}, TagType::int8u, writable, 0, 1289, 8},  // ReleaseMode
+    {{4444, 21}, TagType::int32u, writable, 0, 0, 0},  // IntervalDurationHours
+    {{4465, 23}, TagType::int32u, writable, 0, 0, 0},  // IntervalDurationMinutes
+    {{4488, 23}, TagType::int32u, writable, 0, 0, 0},  // IntervalDurationSeconds
+    {{4511, 14}, TagType::int8u, writable, 0, 350, 3},  // MovieFrameSize
+    {{4525, 14}, TagType::int8u, writable, 0, 736, 7},  // MovieFrameRate
+    {{4539, 15}, TagType::int8u, writable, 0, 64, 3},  // MovieSlowMotion
+    {{4554, 22}, TagType::int16u, writable, 0, 1297, 31},  // MovieISOAutoManualMode
+    {{4576, 21}, TagType::int8u, writable, 0, 1328, 5},  // MovieActiveD-Lighting
+    {{4597, 26}, TagType::int8u, writable, 0, 233, 4},  // MovieHighISONoiseReduction
+    {{4623, 20}, TagType::int8u, writable, 0, 233, 4},  // MovieVignetteControl
+    {{4643, 31}, TagType::int8u, writable, 0, 231, 2},  // MovieVignetteControlSameAsPhoto
+    {{4674, 28}, TagType::int8u, writable, 0, 231, 2},  // MovieDiffractionCompensation
+    {{4702, 26}, TagType::int8u, writable, 0, 231, 2},  // MovieAutoDistortionControl
+    {{4728, 14}, TagType::int8u, writable, 0, 1333, 4},  // MovieFocusMode
+    {{4742, 23}, TagType::int8u, writable, 0, 64, 3},  // MovieVibrationReduction
+    {{4765, 34}, TagType::int8u, writable, 0, 231, 2},  // MovieVibrationReductionSameAsPhoto
+    {{4799, 15}, TagType::int8u, writable, 0, 231, 2},  // HDMIOutputN-Log
+    {{4814, 13}, TagType::int8u, writable, 0, 1337, 5},  // HighFrameRate
+    {{4827, 20}, TagType::int8u, writable, 0, 64, 3},  // MultipleExposureMode
+    {{4847, 18}, TagType::int32s, writable, 0, 0, 0},  // MultiExposureShots
+    {{4865, 21}, TagType::int8u, writable, 0, 233, 4},  // PhotoShootingMenuBank
+    {{4886, 17}, TagType::int8u, writable, 0, 231, 2},  // ExtendedMenuBanks
+    {{4903, 7}, TagType::int8u, writable, 0, 231, 2},  // AutoISO
+    {{4910, 17}, TagType::int16u, writable, 0, 1297, 31},  // ISOAutoFlashLimit
+    {{4927, 24}, TagType::int8u, writable, 0, 231, 2},  // FlickerReductionShooting
+    {{4951, 6}, TagType::int8u, writable, 0, 233, 4},  // VRMode
+    {{4957, 10}, TagType::int8u, writable, 0, 469, 5},  // BracketSet
+    {{4967, 14}, TagType::int8u, writable, 0, 1342, 7},  // BracketProgram
+    {{4981, 16}, TagType::int8u, writable, 0, 1349, 12},  // BracketIncrement
+    {{4997, 21}, TagType::int8u, writable, 0, 233, 4},  // SecondarySlotFunction
+    {{5018, 12}, TagType::int8u, writable, 0, 64, 3},  // Slot2JpgSize
+    {{5030, 11}, TagType::int8u, writable, 0, 231, 2},  // DXCropAlert
+    {{5041, 16}, TagType::int8u, writable, 0, 736, 7},  // SubjectDetection
+    {{5057, 17}, TagType::int8u, writable, 0, 64, 3},  // DynamicAFAreaSize
+    {{5074, 7}, TagType::int8u, writable, 0, 231, 2},  // ToneMap
+    {{5081, 25}, TagType::int8u, writable, 2, 233, 4},  // PortraitImpressionBalance
+    {{5106, 37}, TagType::int8u, writable, 0, 231, 2},  // HighFrequencyFlickerReductionShooting
+    {{5143, 14}, TagType::int8u, writable, 0, 231, 2},  // MovieImageArea
+    {{5157, 19}, TagType::int16u, writable, 0, 1297, 31},  // MovieISOAutoHiLimit
+    {{5176, 29}, TagType::int8u, writable, 0, 231, 2},  // MovieISOAutoControlManualMode
+    {{5205, 21}, TagType::int8u, writable, 0, 64, 3},  // MovieFlickerReduction
+    {{5226, 17}, TagType::int8u, writable, 0, 233, 4},  // MovieMeteringMode
+    {{5243, 15}, TagType::int8u, writable, 0, 1361, 10},  // MovieAFAreaMode
+    {{5258, 11}, TagType::int8u, writable, 0, 64, 3},  // MovieVRMode
+    {{5269, 17}, TagType::int8u, writable, 0, 231, 2},  // MovieElectronicVR
+    {{5286, 19}, TagType::int8u, writable, 0, 64, 3},  // MovieSoundRecording
+    {{5305, 21}, TagType::int8u, writable, 0, 0, 0},  // MicrophoneSensitivity
+    {{5326, 20}, TagType::int8u, writable, 0, 231, 2},  // MicrophoneAttenuator
+    {{5346, 27}, TagType::int8u, writable, 0, 231, 2},  // MicrophoneFrequencyResponse
+    {{5373, 18}, TagType::int8u, writable, 0, 231, 2},  // WindNoiseReduction
+    {{5391, 19}, TagType::int8u, writable, 0, 231, 2},  // MicrophoneJackPower
+    {{5410, 16}, TagType::int8u, writable, 0, 231, 2},  // MovieDXCropAlert
+    {{5426, 21}, TagType::int8u, writable, 0, 736, 7},  // MovieSubjectDetection
+    {{5447, 16}, TagType::int8u, writable, 0, 231, 2},  // MovieHighResZoom
+    {{5463, 8}, TagType::int8u, writable, 0, 1371, 4},  // Language
+    {{5471, 8}, TagType::int32s, writable, 0, 1375, 24},  // TimeZone
+    {{5479, 17}, TagType::int8u, writable, 0, 1399, 15},  // MonitorBrightness
+    {{5496, 22}, TagType::int32s, none, 0, 0, 0},  // NonCPULens1FocalLength
+    {{5518, 22}, TagType::int32s, none, 0, 0, 0},  // NonCPULens2FocalLength
+    {{5540, 22}, TagType::int32s, none, 0, 0, 0},  // NonCPULens3FocalLength
+    {{5562, 22}, TagType::int32s, none, 0, 0, 0},  // NonCPULens4FocalLength
+    {{5584, 22}, TagType::int32s, none, 0, 0, 0},  // NonCPULens5FocalLength
+    {{5606, 22}, TagType::int32s, none, 0, 0, 0},  // NonCPULens6FocalLength
+    {{5628, 22}, TagType::int32s, none, 0, 0, 0},  // NonCPULens7FocalLength
+    {{5650, 22}, TagType::int32s, none, 0, 0, 0},  // NonCPULens8FocalLength
+    {{5672, 22}, TagType::int32s, none, 0, 0, 0},  // NonCPULens9FocalLength
+    {{5694, 23}, TagType::int32s, none, 0, 0, 0},  // NonCPULens10FocalLength
+    {{5717, 23}, TagType::int32s, none, 0, 0, 0},  // NonCPULens11FocalLength
+    {{5740, 23}, TagType::int32s, none, 0, 0, 0},  // NonCPULens12FocalLength
+    {{5763, 23}, TagType::int32s, none, 0, 0, 0},  // NonCPULens13FocalLength
+    {{5786, 23}, TagType::int32s, none, 0, 0, 0},  // NonCPULens14FocalLength
+    {{5809, 23}, TagType::int32s, none, 0, 0, 0},  // NonCPULens15FocalLength
+    {{5832, 23}, TagType::int32s, none, 0, 0, 0},  // NonCPULens16FocalLength
+    {{5855, 23}, TagType::int32s, none, 0, 0, 0},  // NonCPULens17FocalLength
+    {{5878, 23}, TagType::int32s, none, 0, 0, 0},  // NonCPULens18FocalLength
+    {{5901, 23}, TagType::int32s, none, 0, 0, 0},  // NonCPULens19FocalLength
+    {{5924, 23}, TagType::int32s, none, 0, 0, 0},  // NonCPULens20FocalLength
+    {{5947, 22}, TagType::int32s, writable, 0, 1414, 23},  // NonCPULens1MaxAperture
+    {{5969, 22}, TagType::int32s, writable, 0, 1414, 23},  // NonCPULens2MaxAperture
+    {{5991, 22}, TagType::int32s, writable, 0, 1414, 23},  // NonCPULens3MaxAperture
+    {{6013, 22}, TagType::int32s, writable, 0, 1414, 23},  // NonCPULens4MaxAperture
+    {{6035, 22}, TagType::int32s, writable, 0, 1414, 23},  // NonCPULens5MaxAperture
+    {{6057, 22}, TagType::int32s, writable, 0, 1414, 23},  // NonCPULens6MaxAperture
+    {{6079, 22}, TagType::int32s, writable, 0, 1414, 23},  // NonCPULens7MaxAperture
+    {{6101, 22}, TagType::int32s, writable, 0, 1414, 23},  // NonCPULens8MaxAperture
+    {{6123, 22}, TagType::int32s, writable, 0, 1414, 23},  // NonCPULens9MaxAperture
+    {{6145, 23}, TagType::int32s, writable, 0, 1414, 23},  // NonCPULens10MaxAperture
+    {{6168, 23}, TagType::int32s, writable, 0, 1414, 23},  // NonCPULens11MaxAperture
+    {{6191, 23}, TagType::int32s, writable, 0, 1414, 23},  // NonCPULens12MaxAperture
+    {{6214, 23}, TagType::int32s, writable, 0, 1414, 23},  // NonCPULens13MaxAperture
+    {{6237, 23}, TagType::int32s, writable, 0, 1414, 23},  // NonCPULens14MaxAperture
+    {{6260, 23}, TagType::int32s, writable, 0, 1414, 23},  // NonCPULens15MaxAperture
+    {{6283, 23}, TagType::int32s, writable, 0, 1414, 23},  // NonCPULens16MaxAperture
+    {{6306, 23}, TagType::int32s, writable, 0, 1414, 23},  // NonCPULens17MaxAperture
+    {{6329, 23}, TagType::int32s, writable, 0, 1414, 23},  // NonCPULens18MaxAperture
+    {{6352, 23}, TagType::int32s, writable, 0, 1414, 23},  // NonCPULens19MaxAperture
+    {{6375, 23}, TagType::int32s, writable, 0, 1414, 23},  // NonCPULens20MaxAperture
+    {{6398, 20}, TagType::int8u, writable, 0, 1437, 5},  // HDMIOutputResolution
+    {{6418, 12}, TagType::int8u, writable, 0, 231, 2},  // AirplaneMode
+    {{6430, 16}, TagType::int8u, writable, 0, 231, 2},  // EmptySlotRelease
+    {{6446, 16}, TagType::int8u, writable, 0, 231, 2},  // EnergySavingMode
+    {{6462, 16}, TagType::int8u, writable, 0, 231, 2},  // USBPowerDelivery
+    {{6478, 12}, TagType::int8u, writable, 0, 231, 2},  // SensorShield
+    {{6490, 12}, TagType::int8u, writable, 0, 64, 3},  // MovieToneMap
+    {{6502, 24}, TagType::int8u, writable, 0, 231, 2},  // SetClockFromLocationData
+    {{6526, 18}, TagType::int8u, writable, 0, 231, 2},  // RecordLocationData
+    {{6544, 19}, TagType::int8u, writable, 0, 231, 2},  // FocusShiftAutoReset
+    {{6563, 21}, TagType::int8u, writable, 0, 233, 4},  // PreReleaseBurstLength
+    {{6584, 22}, TagType::int8u, writable, 0, 233, 4},  // PostReleaseBurstLength
+    {{6606, 17}, TagType::int8u, writable, 0, 469, 5},  // AutoCapturePreset
+    {{6623, 17}, TagType::int8u, writable, 0, 1442, 82},  // VerticalISOButton
+    {{6640, 26}, TagType::int8u, writable, 0, 1442, 82},  // ExposureCompensationButton
+    {{6666, 9}, TagType::int8u, writable, 0, 1442, 82},  // ISOButton
+    {{6675, 29}, TagType::int8u, writable, 0, 231, 2},  // ViewModeShowEffectsOfSettings
+    {{6704, 10}, TagType::int8u, writable, 0, 1442, 82},  // DispButton
+    {{6714, 13}, TagType::fixed32u, none, 0, 0, 0},  // ExposureDelay
+    {{6727, 14}, TagType::int8u, writable, 0, 1442, 82},  // PlaybackButton
+    {{6741, 8}, TagType::int8u, writable, 0, 1442, 82},  // WBButton
+    {{6749, 13}, TagType::int8u, writable, 0, 1442, 82},  // BracketButton
+    {{6762, 15}, TagType::int8u, writable, 0, 1442, 82},  // FlashModeButton
+    {{6777, 27}, TagType::int8u, writable, 0, 1442, 82},  // LensFunc1ButtonPlaybackMode
+    {{6804, 27}, TagType::int8u, writable, 0, 1442, 82},  // LensFunc2ButtonPlaybackMode
+    {{6831, 26}, TagType::int8u, writable, 0, 1442, 82},  // PlaybackButtonPlaybackMode
+    {{6857, 25}, TagType::int8u, writable, 0, 1442, 82},  // BracketButtonPlaybackMode
+    {{6882, 27}, TagType::int8u, writable, 0, 1442, 82},  // FlashModeButtonPlaybackMode
+    {{6909, 11}, TagType::int8u, writable, 0, 231, 2},  // PrimarySlot
+    {{6920, 20}, TagType::string, writable, 4, 0, 0},  // MultiExposureVersion
+    {{6940, 17}, TagType::int32u, writable, 0, 233, 4},  // MultiExposureMode
+    {{6957, 21}, TagType::int32u, writable, 0, 231, 2},  // MultiExposureAutoGain
+    {{6978, 24}, TagType::int32u, writable, 0, 233, 4},  // MultiExposureOverlayMode
+    {{7002, 13}, TagType::imagedata, binary, 0, 0, 0},  // PreviewImage1
+    {{7015, 13}, TagType::imagedata, binary, 0, 0, 0},  // PreviewImage2
+    {{7028, 10}, TagType::string, none, 0, 0, 0},  // FrameCount
+    {{7038, 9}, TagType::string, none, 0, 0, 0},  // FrameRate
+    {{7047, 10}, TagType::string, none, 0, 0, 0},  // FrameWidth
+    {{7057, 11}, TagType::string, none, 0, 0, 0},  // FrameHeight
+    {{7068, 13}, TagType::string, none, 0, 0, 0},  // AudioChannels
+    {{7081, 18}, TagType::string, none, 0, 0, 0},  // AudioBitsPerSample
+    {{7099, 15}, TagType::string, none, 0, 0, 0},  // AudioSampleRate
+    {{7114, 13}, TagType::string, none, 0, 0, 0},  // NikonDateTime
+    {{7127, 12}, TagType::string, none, 0, 231, 2},  // ElectronicVR
+    {{7139, 15}, TagType::string, none, 0, 1524, 9},  // ExposureProgram
+    {{7154, 8}, TagType::string, none, 0, 0, 0},  // LensInfo
+    {{7162, 8}, TagType::string, none, 0, 0, 0},  // LensMake
+    {{7170, 16}, TagType::string, none, 0, 0, 0},  // LensSerialNumber
+    {{7186, 22}, TagType::int8s, none, 0, 0, 0},  // AFAreaInitialXPosition
+    {{7208, 22}, TagType::int8s, none, 0, 0, 0},  // AFAreaInitialYPosition
+    {{7230, 18}, TagType::int8u, none, 0, 0, 0},  // AFAreaInitialWidth
+    {{7248, 19}, TagType::int8u, none, 0, 0, 0},  // AFAreaInitialHeight
+    {{7267, 9}, TagType::fixed32u, writable, 0, 0, 0},  // RollAngle
+    {{7276, 10}, TagType::fixed32u, writable, 0, 0, 0},  // PitchAngle
+    {{7286, 8}, TagType::fixed32u, writable, 0, 0, 0},  // YawAngle
+    {{7294, 21}, TagType::string, writable, 4, 0, 0},  // PictureControlVersion
+    {{7315, 18}, TagType::string, writable, 20, 0, 0},  // PictureControlName
+    {{7333, 18}, TagType::string, writable, 20, 0, 0},  // PictureControlBase
+    {{7351, 20}, TagType::int8u, writable, 0, 64, 3},  // PictureControlAdjust
+    {{7371, 25}, TagType::int8u, writable, 0, 0, 0},  // PictureControlQuickAdjust
+    {{7396, 8}, TagType::int8u, writable, 0, 0, 0},  // Contrast
+    {{7404, 10}, TagType::int8u, writable, 0, 0, 0},  // Brightness
+    {{7414, 12}, TagType::int8u, writable, 0, 1533, 6},  // FilterEffect
+    {{7426, 16}, TagType::int8u, writable, 0, 0, 0},  // ToningSaturation
+    {{7442, 7}, TagType::int8u, writable, 0, 0, 0},  // Clarity
+    {{7449, 3}, TagType::int8u, writable, 0, 0, 0},  // Hue
+    {{7452, 17}, TagType::int8u, writable, 0, 0, 0},  // MidRangeSharpness
+    {{7469, 18}, TagType::string, writable, 4, 0, 0},  // RetouchInfoVersion
+    {{7487, 20}, TagType::int8s, writable, 0, 1539, 2},  // RetouchNEFProcessing
+    {{7507, 8}, TagType::int8u, writable, 0, 233, 4},  // Rotation
+    {{7515, 8}, TagType::int8u, none, 0, 0, 0},  // Interval
+    {{7523, 25}, TagType::int8u, writable, 0, 231, 2},  // FlickerReductionIndicator
+    {{7548, 18}, TagType::int8u, none, 0, 0, 0},  // FocusShiftShooting
+    {{7566, 16}, TagType::int8u, writable, 0, 231, 2},  // FlickerReduction
+    {{7582, 15}, TagType::string, writable, 4, 0, 0},  // ShotInfoVersion
+    {{7597, 17}, TagType::int8u, writable, 0, 231, 2},  // DistortionControl
+    {{7614, 7}, TagType::int8u, writable, 0, 64, 3},  // VR_0x66
+    {{7621, 18}, TagType::int8u, writable, 0, 1541, 6},  // VibrationReduction
+    {{7639, 9}, TagType::string, writable, 0, 233, 4},  // ImageArea
+    {{7648, 14}, TagType::string, writable, 0, 64, 3},  // NikonImageSize
+    {{7662, 12}, TagType::string, writable, 0, 495, 8},  // ImageQuality
+    {{7674, 22}, TagType::string, writable, 0, 0, 0},  // PreFlashReturnStrength
+    {{7696, 13}, TagType::int32u, writable, 0, 0, 0},  // NumberOffsets
+    {{7709, 10}, TagType::string, writable, 0, 1547, 2},  // FlashFired
+    {{7719, 28}, TagType::string, writable, 0, 0, 0},  // RepeatingFlashOutputExternal
+    {{7747, 26}, TagType::string, writable, 0, 0, 0},  // RepeatingFlashRateExternal
+    {{7773, 27}, TagType::string, writable, 0, 0, 0},  // RepeatingFlashCountExternal
+    {{7800, 18}, TagType::int8s, writable, 0, 0, 0},  // FlashExposureComp2
+    {{7818, 26}, TagType::string, writable, 0, 0, 0},  // RepeatingFlashRateBuilt-in
+    {{7844, 27}, TagType::string, writable, 0, 0, 0},  // RepeatingFlashCountBuilt-in
+    {{7871, 14}, TagType::string, writable, 0, 0, 0},  // SequenceNumber
+    {{7885, 16}, TagType::string, writable, 8, 0, 0},  // FirmwareVersion2
+    {{7901, 16}, TagType::string, writable, 8, 0, 0},  // FirmwareVersion3
+    {{7917, 14}, TagType::string, writable, 0, 0, 0},  // CCDSensitivity
+    {{7931, 5}, TagType::string, writable, 0, 0, 0},  // Focus
+    {{7936, 9}, TagType::string, writable, 0, 0, 0},  // Converter
+    {{7945, 18}, TagType::string, writable, 4, 0, 0},  // UnknownInfoVersion
+    {{7963, 19}, TagType::string, writable, 4, 0, 0},  // UnknownInfo2Version
+    {{7982, 13}, TagType::string, writable, 4, 0, 0},  // VRInfoVersion
+    {{7995, 6}, TagType::int8u, writable, 0, 1549, 2},  // VRType
+    {{8001, 15}, TagType::int8u, writable, 0, 231, 2},  // DaylightSavings
+    {{8016, 17}, TagType::int8u, writable, 0, 64, 3},  // DateDisplayFormat
 };
 constexpr detail::TextRef kChoicesNikon[] = {
     {8033, 1}, {8034, 1}, {8035, 2}, {8037, 2}, {8039, 2}, {8041, 3}, {8044, 3}, {8047, 2},
@@ -8416,108 +8418,107 @@ constexpr std::uint16_t kKeyOrderNikon[] = {
     103, 97, 105, 102, 96, 52, 215, 338, 38, 39, 440,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsNikon[488];
-constinit detail::StreamTags gTagsNikon("Nikon", kText, kTagsNikon, kKeyOrderNikon, kChoicesNikon, gItemsNikon, &TagStringsCatalogue::stringsNikon);
 
 // NikonCapture: 96 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsNikonCapture[] = {
-    {{150445, 13}, TagType::float_, 2, 0, 0, 0},  // BrightnessAdj
-    {{150458, 16}, TagType::int8u, 2, 0, 0, 2},  // EnhanceDarkTones
-    {{150474, 14}, TagType::int8u, 2, 0, 0, 2},  // ColorBoostType
-    {{150488, 15}, TagType::int32u, 2, 0, 0, 0},  // ColorBoostLevel
-    {{150503, 8}, TagType::double_, 2, 0, 0, 0},  // CropLeft
-    {{150511, 7}, TagType::double_, 2, 0, 0, 0},  // CropTop
-    {{150518, 9}, TagType::double_, 2, 0, 0, 0},  // CropRight
-    {{150527, 10}, TagType::double_, 2, 0, 0, 0},  // CropBottom
-    {{150537, 21}, TagType::double_, 2, 0, 0, 0},  // CropOutputWidthInches
-    {{150558, 22}, TagType::double_, 2, 0, 0, 0},  // CropOutputHeightInches
-    {{150580, 20}, TagType::double_, 2, 0, 0, 0},  // CropScaledResolution
-    {{150600, 20}, TagType::double_, 2, 0, 0, 0},  // CropSourceResolution
-    {{150620, 20}, TagType::double_, 2, 0, 0, 0},  // CropOutputResolution
-    {{150640, 15}, TagType::double_, 2, 0, 0, 0},  // CropOutputScale
-    {{150655, 15}, TagType::double_, 2, 0, 0, 0},  // CropOutputWidth
-    {{150670, 16}, TagType::double_, 2, 0, 0, 0},  // CropOutputHeight
-    {{150686, 16}, TagType::double_, 2, 0, 0, 0},  // CropOutputPixels
-    {{150702, 18}, TagType::int32u, 2, 0, 0, 0},  // D-LightingHQShadow
-    {{150720, 21}, TagType::int32u, 2, 0, 0, 0},  // D-LightingHQHighlight
-    {{150741, 22}, TagType::int32u, 2, 0, 0, 0},  // D-LightingHQColorBoost
-    {{150763, 22}, TagType::int32u, 2, 0, 0, 0},  // D-LightingHSAdjustment
-    {{150785, 22}, TagType::int32u, 2, 0, 0, 0},  // D-LightingHSColorBoost
-    {{150807, 11}, TagType::int16s, 2, 0, 0, 0},  // ExposureAdj
-    {{150818, 12}, TagType::double_, 2, 0, 0, 0},  // ExposureAdj2
-    {{3642, 16}, TagType::int8u, 2, 0, 0, 2},  // ActiveD-Lighting
-    {{150830, 20}, TagType::int8u, 2, 0, 2, 8},  // ActiveD-LightingMode
-    {{150850, 16}, TagType::int8s, 2, 0, 0, 0},  // ShadowProtection
-    {{3961, 13}, TagType::int32s, 2, 0, 0, 0},  // SaturationAdj
-    {{150866, 19}, TagType::int8s, 2, 0, 0, 0},  // HighlightProtection
-    {{150885, 9}, TagType::int8u, 2, 0, 0, 2},  // LCHEditor
-    {{150894, 12}, TagType::string, 10, 0, 0, 0},  // HistogramXML
-    {{150906, 22}, TagType::int8u, 2, 0, 0, 2},  // ColorAberrationControl
-    {{150928, 12}, TagType::int8u, 2, 0, 0, 2},  // D-LightingHQ
-    {{150940, 15}, TagType::double_, 2, 0, 0, 0},  // StraightenAngle
-    {{150955, 15}, TagType::string, 2, 0, 0, 0},  // EditVersionName
-    {{150970, 8}, TagType::int8u, 2, 0, 0, 2},  // QuickFix
-    {{150978, 12}, TagType::int8u, 2, 0, 0, 2},  // ColorBooster
-    {{150990, 20}, TagType::int8u, 2, 0, 0, 2},  // D-LightingHQSelected
-    {{709, 14}, TagType::int8u, 2, 0, 0, 2},  // NoiseReduction
-    {{151010, 11}, TagType::int8u, 2, 0, 0, 2},  // UnsharpMask
-    {{151021, 6}, TagType::int8u, 2, 0, 0, 2},  // Curves
-    {{151027, 15}, TagType::int8u, 2, 0, 0, 2},  // ColorBalanceAdj
-    {{151042, 11}, TagType::int8u, 2, 0, 0, 2},  // AdvancedRaw
-    {{151053, 15}, TagType::int8u, 2, 0, 0, 2},  // WhiteBalanceAdj
-    {{3676, 15}, TagType::int8u, 2, 0, 0, 2},  // VignetteControl
-    {{151068, 14}, TagType::int8u, 2, 0, 0, 2},  // FlipHorizontal
-    {{7507, 8}, TagType::int16u, 2, 0, 0, 0},  // Rotation
-    {{151082, 12}, TagType::int8u, 2, 0, 0, 2},  // PhotoEffects
-    {{151094, 24}, TagType::int16s, 2, 0, 0, 0},  // VignetteControlIntensity
-    {{151118, 12}, TagType::int8u, 2, 0, 0, 2},  // D-LightingHS
-    {{151130, 14}, TagType::int8u, 2, 0, 0, 2},  // PictureControl
-    {{151144, 21}, TagType::string, 10, 0, 0, 0},  // PhotoEffectHistoryXML
-    {{151165, 10}, TagType::int8u, 2, 0, 0, 2},  // AutoRedEye
-    {{151175, 12}, TagType::int8u, 2, 0, 0, 2},  // ImageDustOff
-    {{151187, 18}, TagType::int8u, 2, 0, 0, 2},  // EdgeNoiseReduction
-    {{151205, 23}, TagType::int8u, 2, 0, 10, 4},  // ColorMoireReductionMode
-    {{151228, 23}, TagType::int32u, 2, 0, 0, 0},  // NoiseReductionIntensity
-    {{151251, 23}, TagType::int32u, 2, 0, 0, 0},  // NoiseReductionSharpness
-    {{151274, 20}, TagType::int16u, 2, 0, 14, 3},  // NoiseReductionMethod
-    {{151294, 19}, TagType::int8u, 2, 0, 0, 2},  // ColorMoireReduction
-    {{151313, 28}, TagType::int32u, 2, 0, 0, 0},  // ColorNoiseReductionIntensity
-    {{151341, 28}, TagType::int32u, 2, 0, 0, 0},  // ColorNoiseReductionSharpness
-    {{151369, 16}, TagType::int8u, 2, 0, 10, 4},  // PhotoEffectsType
-    {{151385, 15}, TagType::int16s, 2, 0, 0, 0},  // PhotoEffectsRed
-    {{151400, 17}, TagType::int16s, 2, 0, 0, 0},  // PhotoEffectsGreen
-    {{151417, 16}, TagType::int16s, 2, 0, 0, 0},  // PhotoEffectsBlue
-    {{151433, 20}, TagType::int8u, 2, 0, 0, 2},  // PictureControlActive
-    {{151453, 18}, TagType::string, 2, 16, 0, 0},  // PictureControlMode
-    {{151471, 11}, TagType::int8u, 2, 0, 0, 0},  // QuickAdjust
-    {{151482, 13}, TagType::int8u, 2, 0, 0, 0},  // SharpeningAdj
-    {{151495, 11}, TagType::int8u, 2, 0, 0, 0},  // ContrastAdj
-    {{151506, 6}, TagType::int8u, 2, 0, 0, 0},  // HueAdj
-    {{151512, 16}, TagType::int8u, 2, 0, 14, 3},  // RedEyeCorrection
-    {{151528, 12}, TagType::int8u, 2, 0, 0, 0},  // UnsharpCount
-    {{151540, 13}, TagType::int16u, 2, 0, 17, 7},  // Unsharp1Color
-    {{151553, 17}, TagType::int16u, 2, 0, 0, 0},  // Unsharp1Intensity
-    {{151570, 17}, TagType::int16u, 2, 0, 0, 0},  // Unsharp1HaloWidth
-    {{151587, 17}, TagType::int8u, 2, 0, 0, 0},  // Unsharp1Threshold
-    {{151604, 13}, TagType::int16u, 2, 0, 17, 7},  // Unsharp2Color
-    {{151617, 17}, TagType::int16u, 2, 0, 0, 0},  // Unsharp2Intensity
-    {{151634, 17}, TagType::int16u, 2, 0, 0, 0},  // Unsharp2HaloWidth
-    {{151651, 17}, TagType::int8u, 2, 0, 0, 0},  // Unsharp2Threshold
-    {{151668, 13}, TagType::int16u, 2, 0, 17, 7},  // Unsharp3Color
-    {{151681, 17}, TagType::int16u, 2, 0, 0, 0},  // Unsharp3Intensity
-    {{151698, 17}, TagType::int16u, 2, 0, 0, 0},  // Unsharp3HaloWidth
-    {{151715, 17}, TagType::int8u, 2, 0, 0, 0},  // Unsharp3Threshold
-    {{151732, 13}, TagType::int16u, 2, 0, 17, 7},  // Unsharp4Color
-    {{151745, 17}, TagType::int16u, 2, 0, 0, 0},  // Unsharp4Intensity
-    {{151762, 17}, TagType::int16u, 2, 0, 0, 0},  // Unsharp4HaloWidth
-    {{151779, 17}, TagType::int8u, 2, 0, 0, 0},  // Unsharp4Threshold
-    {{151796, 15}, TagType::double_, 2, 0, 0, 0},  // WBAdjRedBalance
-    {{151811, 16}, TagType::double_, 2, 0, 0, 0},  // WBAdjBlueBalance
-    {{151827, 9}, TagType::int8u, 2, 0, 24, 7},  // WBAdjMode
-    {{151836, 13}, TagType::int16u, 2, 0, 31, 22},  // WBAdjLighting
-    {{151849, 16}, TagType::int16u, 2, 0, 0, 0},  // WBAdjTemperature
-    {{151865, 9}, TagType::int32s, 2, 0, 0, 0},  // WBAdjTint
+    {{150445, 13}, TagType::float_, writable, 0, 0, 0},  // BrightnessAdj
+    {{150458, 16}, TagType::int8u, writable, 0, 0, 2},  // EnhanceDarkTones
+    {{150474, 14}, TagType::int8u, writable, 0, 0, 2},  // ColorBoostType
+    {{150488, 15}, TagType::int32u, writable, 0, 0, 0},  // ColorBoostLevel
+    {{150503, 8}, TagType::double_, writable, 0, 0, 0},  // CropLeft
+    {{150511, 7}, TagType::double_, writable, 0, 0, 0},  // CropTop
+    {{150518, 9}, TagType::double_, writable, 0, 0, 0},  // CropRight
+    {{150527, 10}, TagType::double_, writable, 0, 0, 0},  // CropBottom
+    {{150537, 21}, TagType::double_, writable, 0, 0, 0},  // CropOutputWidthInches
+    {{150558, 22}, TagType::double_, writable, 0, 0, 0},  // CropOutputHeightInches
+    {{150580, 20}, TagType::double_, writable, 0, 0, 0},  // CropScaledResolution
+    {{150600, 20}, TagType::double_, writable, 0, 0, 0},  // CropSourceResolution
+    {{150620, 20}, TagType::double_, writable, 0, 0, 0},  // CropOutputResolution
+    {{150640, 15}, TagType::double_, writable, 0, 0, 0},  // CropOutputScale
+    {{150655, 15}, TagType::double_, writable, 0, 0, 0},  // CropOutputWidth
+    {{150670, 16}, TagType::double_, writable, 0, 0, 0},  // CropOutputHeight
+    {{150686, 16}, TagType::double_, writable, 0, 0, 0},  // CropOutputPixels
+    {{150702, 18}, TagType::int32u, writable, 0, 0, 0},  // D-LightingHQShadow
+    {{150720, 21}, TagType::int32u, writable, 0, 0, 0},  // D-LightingHQHighlight
+    {{150741, 22}, TagType::int32u, writable, 0, 0, 0},  // D-LightingHQColorBoost
+    {{150763, 22}, TagType::int32u, writable, 0, 0, 0},  // D-LightingHSAdjustment
+    {{150785, 22}, TagType::int32u, writable, 0, 0, 0},  // D-LightingHSColorBoost
+    {{150807, 11}, TagType::int16s, writable, 0, 0, 0},  // ExposureAdj
+    {{150818, 12}, TagType::double_, writable, 0, 0, 0},  // ExposureAdj2
+    {{3642, 16}, TagType::int8u, writable, 0, 0, 2},  // ActiveD-Lighting
+    {{150830, 20}, TagType::int8u, writable, 0, 2, 8},  // ActiveD-LightingMode
+    {{150850, 16}, TagType::int8s, writable, 0, 0, 0},  // ShadowProtection
+    {{3961, 13}, TagType::int32s, writable, 0, 0, 0},  // SaturationAdj
+    {{150866, 19}, TagType::int8s, writable, 0, 0, 0},  // HighlightProtection
+    {{150885, 9}, TagType::int8u, writable, 0, 0, 2},  // LCHEditor
+    {{150894, 12}, TagType::string, writable | binary, 0, 0, 0},  // HistogramXML
+    {{150906, 22}, TagType::int8u, writable, 0, 0, 2},  // ColorAberrationControl
+    {{150928, 12}, TagType::int8u, writable, 0, 0, 2},  // D-LightingHQ
+    {{150940, 15}, TagType::double_, writable, 0, 0, 0},  // StraightenAngle
+    {{150955, 15}, TagType::string, writable, 0, 0, 0},  // EditVersionName
+    {{150970, 8}, TagType::int8u, writable, 0, 0, 2},  // QuickFix
+    {{150978, 12}, TagType::int8u, writable, 0, 0, 2},  // ColorBooster
+    {{150990, 20}, TagType::int8u, writable, 0, 0, 2},  // D-LightingHQSelected
+    {{709, 14}, TagType::int8u, writable, 0, 0, 2},  // NoiseReduction
+    {{151010, 11}, TagType::int8u, writable, 0, 0, 2},  // UnsharpMask
+    {{151021, 6}, TagType::int8u, writable, 0, 0, 2},  // Curves
+    {{151027, 15}, TagType::int8u, writable, 0, 0, 2},  // ColorBalanceAdj
+    {{151042, 11}, TagType::int8u, writable, 0, 0, 2},  // AdvancedRaw
+    {{151053, 15}, TagType::int8u, writable, 0, 0, 2},  // WhiteBalanceAdj
+    {{3676, 15}, TagType::int8u, writable, 0, 0, 2},  // VignetteControl
+    {{151068, 14}, TagType::int8u, writable, 0, 0, 2},  // FlipHorizontal
+    {{7507, 8}, TagType::int16u, writable, 0, 0, 0},  // Rotation
+    {{151082, 12}, TagType::int8u, writable, 0, 0, 2},  // PhotoEffects
+    {{151094, 24}, TagType::int16s, writable, 0, 0, 0},  // VignetteControlIntensity
+    {{151118, 12}, TagType::int8u, writable, 0, 0, 2},  // D-LightingHS
+    {{151130, 14}, TagType::int8u, writable, 0, 0, 2},  // PictureControl
+    {{151144, 21}, TagType::string, writable | binary, 0, 0, 0},  // PhotoEffectHistoryXML
+    {{151165, 10}, TagType::int8u, writable, 0, 0, 2},  // AutoRedEye
+    {{151175, 12}, TagType::int8u, writable, 0, 0, 2},  // ImageDustOff
+    {{151187, 18}, TagType::int8u, writable, 0, 0, 2},  // EdgeNoiseReduction
+    {{151205, 23}, TagType::int8u, writable, 0, 10, 4},  // ColorMoireReductionMode
+    {{151228, 23}, TagType::int32u, writable, 0, 0, 0},  // NoiseReductionIntensity
+    {{151251, 23}, TagType::int32u, writable, 0, 0, 0},  // NoiseReductionSharpness
+    {{151274, 20}, TagType::int16u, writable, 0, 14, 3},  // NoiseReductionMethod
+    {{151294, 19}, TagType::int8u, writable, 0, 0, 2},  // ColorMoireReduction
+    {{151313, 28}, TagType::int32u, writable, 0, 0, 0},  // ColorNoiseReductionIntensity
+    {{151341, 28}, TagType::int32u, writable, 0, 0, 0},  // ColorNoiseReductionSharpness
+    {{151369, 16}, TagType::int8u, writable, 0, 10, 4},  // PhotoEffectsType
+    {{151385, 15}, TagType::int16s, writable, 0, 0, 0},  // PhotoEffectsRed
+    {{151400, 17}, TagType::int16s, writable, 0, 0, 0},  // PhotoEffectsGreen
+    {{151417, 16}, TagType::int16s, writable, 0, 0, 0},  // PhotoEffectsBlue
+    {{151433, 20}, TagType::int8u, writable, 0, 0, 2},  // PictureControlActive
+    {{151453, 18}, TagType::string, writable, 16, 0, 0},  // PictureControlMode
+    {{151471, 11}, TagType::int8u, writable, 0, 0, 0},  // QuickAdjust
+    {{151482, 13}, TagType::int8u, writable, 0, 0, 0},  // SharpeningAdj
+    {{151495, 11}, TagType::int8u, writable, 0, 0, 0},  // ContrastAdj
+    {{151506, 6}, TagType::int8u, writable, 0, 0, 0},  // HueAdj
+    {{151512, 16}, TagType::int8u, writable, 0, 14, 3},  // RedEyeCorrection
+    {{151528, 12}, TagType::int8u, writable, 0, 0, 0},  // UnsharpCount
+    {{151540, 13}, TagType::int16u, writable, 0, 17, 7},  // Unsharp1Color
+    {{151553, 17}, TagType::int16u, writable, 0, 0, 0},  // Unsharp1Intensity
+    {{151570, 17}, TagType::int16u, writable, 0, 0, 0},  // Unsharp1HaloWidth
+    {{151587, 17}, TagType::int8u, writable, 0, 0, 0},  // Unsharp1Threshold
+    {{151604, 13}, TagType::int16u, writable, 0, 17, 7},  // Unsharp2Color
+    {{151617, 17}, TagType::int16u, writable, 0, 0, 0},  // Unsharp2Intensity
+    {{151634, 17}, TagType::int16u, writable, 0, 0, 0},  // Unsharp2HaloWidth
+    {{151651, 17}, TagType::int8u, writable, 0, 0, 0},  // Unsharp2Threshold
+    {{151668, 13}, TagType::int16u, writable, 0, 17, 7},  // Unsharp3Color
+    {{151681, 17}, TagType::int16u, writable, 0, 0, 0},  // Unsharp3Intensity
+    {{151698, 17}, TagType::int16u, writable, 0, 0, 0},  // Unsharp3HaloWidth
+    {{151715, 17}, TagType::int8u, writable, 0, 0, 0},  // Unsharp3Threshold
+    {{151732, 13}, TagType::int16u, writable, 0, 17, 7},  // Unsharp4Color
+    {{151745, 17}, TagType::int16u, writable, 0, 0, 0},  // Unsharp4Intensity
+    {{151762, 17}, TagType::int16u, writable, 0, 0, 0},  // Unsharp4HaloWidth
+    {{151779, 17}, TagType::int8u, writable, 0, 0, 0},  // Unsharp4Threshold
+    {{151796, 15}, TagType::double_, writable, 0, 0, 0},  // WBAdjRedBalance
+    {{151811, 16}, TagType::double_, writable, 0, 0, 0},  // WBAdjBlueBalance
+    {{151827, 9}, TagType::int8u, writable, 0, 24, 7},  // WBAdjMode
+    {{151836, 13}, TagType::int16u, writable, 0, 31, 22},  // WBAdjLighting
+    {{151849, 16}, TagType::int16u, writable, 0, 0, 0},  // WBAdjTemperature
+    {{151865, 9}, TagType::int32s, writable, 0, 0, 0},  // WBAdjTint
 };
 constexpr detail::TextRef kChoicesNikonCapture[] = {
     {8033, 1}, {8034, 1}, {8033, 1}, {8034, 1}, {8089, 1}, {8117, 1}, {8118, 1}, {8120, 1},
@@ -9359,9 +9360,14 @@ constexpr std::uint16_t kKeyOrderNikonCapture[] = {
     80, 79, 81, 82, 84, 83, 85, 86, 88, 87, 89, 73, 39, 44, 48, 91, 93, 92, 90, 94, 95, 43,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsNikonCapture[96];
-constinit detail::StreamTags gTagsNikonCapture("NikonCapture", kText, kTagsNikonCapture, kKeyOrderNikonCapture, kChoicesNikonCapture, gItemsNikonCapture, &TagStringsCatalogue::stringsNikonCapture);
 
 }  // namespace
+
+// Each stream's tags, which the catalogue's index finds them by.
+namespace detail {
+constinit StreamTags gTagsNikon("Nikon", kText, kTagsNikon, kKeyOrderNikon, kChoicesNikon, gItemsNikon, &TagStringsCatalogue::stringsNikon);
+constinit StreamTags gTagsNikonCapture("NikonCapture", kText, kTagsNikonCapture, kKeyOrderNikonCapture, kChoicesNikonCapture, gItemsNikonCapture, &TagStringsCatalogue::stringsNikonCapture);
+}  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsNikon() {
   return gStringsNikon.strings(&TagStringsCatalogue::stringTableNikon);
@@ -9370,496 +9376,496 @@ TagStringTable TagStringsCatalogue::stringTableNikon(ETLanguage language) {
   return gStringsNikon.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue21::allStreamsNikon() {
-  return gTagsNikon.all();
+  return detail::gTagsNikon.all();
 }
-const TagItem& detail::TagItemCatalogue21::itemNikonAFAreaMode() { return gTagsNikon.item(0); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAFPoint() { return gTagsNikon.item(1); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAFPointsInFocus() { return gTagsNikon.item(2); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAFInfo2Version() { return gTagsNikon.item(3); }
-const TagItem& detail::TagItemCatalogue21::itemNikonContrastDetectAF() { return gTagsNikon.item(4); }
-const TagItem& detail::TagItemCatalogue21::itemNikonPhaseDetectAF() { return gTagsNikon.item(5); }
-const TagItem& detail::TagItemCatalogue21::itemNikonPrimaryAFPoint() { return gTagsNikon.item(6); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAFPointsUsed() { return gTagsNikon.item(7); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAFImageWidth() { return gTagsNikon.item(8); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAFImageHeight() { return gTagsNikon.item(9); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAFAreaXPosition() { return gTagsNikon.item(10); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAFAreaYPosition() { return gTagsNikon.item(11); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAFAreaWidth() { return gTagsNikon.item(12); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAFAreaHeight() { return gTagsNikon.item(13); }
-const TagItem& detail::TagItemCatalogue21::itemNikonContrastDetectAFInFocus() { return gTagsNikon.item(14); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAFPointsSelected() { return gTagsNikon.item(15); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFocusPositionHorizontal() { return gTagsNikon.item(16); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFocusPositionVertical() { return gTagsNikon.item(17); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFocusResult() { return gTagsNikon.item(18); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAFFineTune() { return gTagsNikon.item(19); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAFFineTuneIndex() { return gTagsNikon.item(20); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAFFineTuneAdj() { return gTagsNikon.item(21); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAFFineTuneAdjTele() { return gTagsNikon.item(22); }
-const TagItem& detail::TagItemCatalogue21::itemNikonThumbnailImage() { return gTagsNikon.item(23); }
-const TagItem& detail::TagItemCatalogue21::itemNikonPreviewImage() { return gTagsNikon.item(24); }
-const TagItem& detail::TagItemCatalogue21::itemNikonMake() { return gTagsNikon.item(25); }
-const TagItem& detail::TagItemCatalogue21::itemNikonModel() { return gTagsNikon.item(26); }
-const TagItem& detail::TagItemCatalogue21::itemNikonSoftware() { return gTagsNikon.item(27); }
-const TagItem& detail::TagItemCatalogue21::itemNikonEquipment() { return gTagsNikon.item(28); }
-const TagItem& detail::TagItemCatalogue21::itemNikonOrientation() { return gTagsNikon.item(29); }
-const TagItem& detail::TagItemCatalogue21::itemNikonExposureTime() { return gTagsNikon.item(30); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFNumber() { return gTagsNikon.item(31); }
-const TagItem& detail::TagItemCatalogue21::itemNikonExposureCompensation() { return gTagsNikon.item(32); }
-const TagItem& detail::TagItemCatalogue21::itemNikonMaxApertureValue() { return gTagsNikon.item(33); }
-const TagItem& detail::TagItemCatalogue21::itemNikonMeteringMode() { return gTagsNikon.item(34); }
-const TagItem& detail::TagItemCatalogue21::itemNikonNikon_AVITags_0x000d() { return gTagsNikon.item(35); }
-const TagItem& detail::TagItemCatalogue21::itemNikonNikon_AVITags_0x000e() { return gTagsNikon.item(36); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFocalLength() { return gTagsNikon.item(37); }
-const TagItem& detail::TagItemCatalogue21::itemNikonXResolution() { return gTagsNikon.item(38); }
-const TagItem& detail::TagItemCatalogue21::itemNikonYResolution() { return gTagsNikon.item(39); }
-const TagItem& detail::TagItemCatalogue21::itemNikonResolutionUnit() { return gTagsNikon.item(40); }
-const TagItem& detail::TagItemCatalogue21::itemNikonDateTimeOriginal() { return gTagsNikon.item(41); }
-const TagItem& detail::TagItemCatalogue21::itemNikonCreateDate() { return gTagsNikon.item(42); }
-const TagItem& detail::TagItemCatalogue21::itemNikonNikon_AVITags_0x0015() { return gTagsNikon.item(43); }
-const TagItem& detail::TagItemCatalogue21::itemNikonDuration() { return gTagsNikon.item(44); }
-const TagItem& detail::TagItemCatalogue21::itemNikonNikon_AVITags_0x0017() { return gTagsNikon.item(45); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFocusMode() { return gTagsNikon.item(46); }
-const TagItem& detail::TagItemCatalogue21::itemNikonNikon_AVITags_0x0019() { return gTagsNikon.item(47); }
-const TagItem& detail::TagItemCatalogue21::itemNikonDigitalZoom() { return gTagsNikon.item(48); }
-const TagItem& detail::TagItemCatalogue21::itemNikonNikon_AVITags_0x001c() { return gTagsNikon.item(49); }
-const TagItem& detail::TagItemCatalogue21::itemNikonColorMode() { return gTagsNikon.item(50); }
-const TagItem& detail::TagItemCatalogue21::itemNikonSharpness() { return gTagsNikon.item(51); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWhiteBalance() { return gTagsNikon.item(52); }
-const TagItem& detail::TagItemCatalogue21::itemNikonNoiseReduction() { return gTagsNikon.item(53); }
-const TagItem& detail::TagItemCatalogue21::itemNikonNikon_AVITags_0x801a() { return gTagsNikon.item(54); }
-const TagItem& detail::TagItemCatalogue21::itemNikonMakerNoteType() { return gTagsNikon.item(55); }
-const TagItem& detail::TagItemCatalogue21::itemNikonMakerNoteVersion() { return gTagsNikon.item(56); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAutoCapturedFrame() { return gTagsNikon.item(57); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAutoCaptureCriteria() { return gTagsNikon.item(58); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAutoCaptureRecordingTime() { return gTagsNikon.item(59); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAutoCaptureWaitTime() { return gTagsNikon.item(60); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAutoCaptureDistanceFar() { return gTagsNikon.item(61); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAutoCaptureDistanceNear() { return gTagsNikon.item(62); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAutoCaptureCriteriaMotionDirection() { return gTagsNikon.item(63); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAutoCaptureCriteriaMotionSpeed() { return gTagsNikon.item(64); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAutoCaptureCriteriaMotionSize() { return gTagsNikon.item(65); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAutoCaptureCriteriaSubjectSize() { return gTagsNikon.item(66); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAutoCaptureCriteriaSubjectType() { return gTagsNikon.item(67); }
-const TagItem& detail::TagItemCatalogue21::itemNikonBarometerInfoVersion() { return gTagsNikon.item(68); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAltitude() { return gTagsNikon.item(69); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAEBracketingSteps() { return gTagsNikon.item(70); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWBBracketingSteps() { return gTagsNikon.item(71); }
-const TagItem& detail::TagItemCatalogue21::itemNikonADLBracketingStep() { return gTagsNikon.item(72); }
-const TagItem& detail::TagItemCatalogue21::itemNikonADLBracketingType() { return gTagsNikon.item(73); }
-const TagItem& detail::TagItemCatalogue21::itemNikonNikonMeteringMode() { return gTagsNikon.item(74); }
-const TagItem& detail::TagItemCatalogue21::itemNikonIFD0_Offset() { return gTagsNikon.item(75); }
-const TagItem& detail::TagItemCatalogue21::itemNikonPreviewIFD_Offset() { return gTagsNikon.item(76); }
-const TagItem& detail::TagItemCatalogue21::itemNikonSubIFD_Offset() { return gTagsNikon.item(77); }
-const TagItem& detail::TagItemCatalogue21::itemNikonOutputImageWidth() { return gTagsNikon.item(78); }
-const TagItem& detail::TagItemCatalogue21::itemNikonOutputImageHeight() { return gTagsNikon.item(79); }
-const TagItem& detail::TagItemCatalogue21::itemNikonOutputResolution() { return gTagsNikon.item(80); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_RBGGLevels() { return gTagsNikon.item(81); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevels() { return gTagsNikon.item(82); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGBGLevels() { return gTagsNikon.item(83); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_GRBGLevels() { return gTagsNikon.item(84); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_RBLevels() { return gTagsNikon.item(85); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_RBLevelsAuto() { return gTagsNikon.item(86); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_RBLevelsDaylight() { return gTagsNikon.item(87); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_RBLevelsIncandescent() { return gTagsNikon.item(88); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_RBLevelsFluorescent() { return gTagsNikon.item(89); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_RBLevelsCloudy() { return gTagsNikon.item(90); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_RBLevelsFlash() { return gTagsNikon.item(91); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_RBLevelsShade() { return gTagsNikon.item(92); }
-const TagItem& detail::TagItemCatalogue21::itemNikonColorBalanceVersion() { return gTagsNikon.item(93); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevelsDaylight() { return gTagsNikon.item(94); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevelsCloudy() { return gTagsNikon.item(95); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevelsTungsten() { return gTagsNikon.item(96); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevelsFluorescentW() { return gTagsNikon.item(97); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevelsFlash() { return gTagsNikon.item(98); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevelsCustom() { return gTagsNikon.item(99); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevelsAuto() { return gTagsNikon.item(100); }
-const TagItem& detail::TagItemCatalogue21::itemNikonBlackLevel() { return gTagsNikon.item(101); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevelsShade() { return gTagsNikon.item(102); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevelsFluorescentN() { return gTagsNikon.item(103); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevelsFluorescentD() { return gTagsNikon.item(104); }
-const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevelsHTMercury() { return gTagsNikon.item(105); }
-const TagItem& detail::TagItemCatalogue21::itemNikonDistortionVersion() { return gTagsNikon.item(106); }
-const TagItem& detail::TagItemCatalogue21::itemNikonAutoDistortionControl() { return gTagsNikon.item(107); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFaceDetectFrameSize() { return gTagsNikon.item(108); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFacesDetected() { return gTagsNikon.item(109); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFace1Position() { return gTagsNikon.item(110); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFace2Position() { return gTagsNikon.item(111); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFace3Position() { return gTagsNikon.item(112); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFace4Position() { return gTagsNikon.item(113); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFace5Position() { return gTagsNikon.item(114); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFace6Position() { return gTagsNikon.item(115); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFace7Position() { return gTagsNikon.item(116); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFace8Position() { return gTagsNikon.item(117); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFace9Position() { return gTagsNikon.item(118); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFace10Position() { return gTagsNikon.item(119); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFace11Position() { return gTagsNikon.item(120); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFace12Position() { return gTagsNikon.item(121); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFileInfoVersion() { return gTagsNikon.item(122); }
-const TagItem& detail::TagItemCatalogue21::itemNikonMemoryCardNumber() { return gTagsNikon.item(123); }
-const TagItem& detail::TagItemCatalogue21::itemNikonDirectoryNumber() { return gTagsNikon.item(124); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFileNumber() { return gTagsNikon.item(125); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFlashInfoVersion() { return gTagsNikon.item(126); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFlashSource() { return gTagsNikon.item(127); }
-const TagItem& detail::TagItemCatalogue21::itemNikonExternalFlashFirmware() { return gTagsNikon.item(128); }
-const TagItem& detail::TagItemCatalogue21::itemNikonExternalFlashFlags() { return gTagsNikon.item(129); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFlashCommanderMode() { return gTagsNikon.item(130); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFlashControlMode() { return gTagsNikon.item(131); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFlashOutput() { return gTagsNikon.item(132); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFlashCompensation() { return gTagsNikon.item(133); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFlashFocalLength() { return gTagsNikon.item(134); }
-const TagItem& detail::TagItemCatalogue21::itemNikonRepeatingFlashRate() { return gTagsNikon.item(135); }
-const TagItem& detail::TagItemCatalogue21::itemNikonRepeatingFlashCount() { return gTagsNikon.item(136); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFlashGNDistance() { return gTagsNikon.item(137); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFlashGroupAControlMode() { return gTagsNikon.item(138); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFlashGroupBControlMode() { return gTagsNikon.item(139); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFlashGroupAOutput() { return gTagsNikon.item(140); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFlashGroupACompensation() { return gTagsNikon.item(141); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFlashGroupBOutput() { return gTagsNikon.item(142); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFlashGroupBCompensation() { return gTagsNikon.item(143); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFlashGroupCControlMode() { return gTagsNikon.item(144); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFlashGroupCOutput() { return gTagsNikon.item(145); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFlashGroupCCompensation() { return gTagsNikon.item(146); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFlashColorFilter() { return gTagsNikon.item(147); }
-const TagItem& detail::TagItemCatalogue21::itemNikonExternalFlashCompensation() { return gTagsNikon.item(148); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFlashExposureComp3() { return gTagsNikon.item(149); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFlashExposureComp4() { return gTagsNikon.item(150); }
-const TagItem& detail::TagItemCatalogue21::itemNikonExternalFlashZoomOverride() { return gTagsNikon.item(151); }
-const TagItem& detail::TagItemCatalogue21::itemNikonExternalFlashStatus() { return gTagsNikon.item(152); }
-const TagItem& detail::TagItemCatalogue21::itemNikonExternalFlashReadyState() { return gTagsNikon.item(153); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFlashIlluminationPattern() { return gTagsNikon.item(154); }
-const TagItem& detail::TagItemCatalogue21::itemNikonHDRInfoVersion() { return gTagsNikon.item(155); }
-const TagItem& detail::TagItemCatalogue21::itemNikonHDR() { return gTagsNikon.item(156); }
-const TagItem& detail::TagItemCatalogue21::itemNikonHDRLevel() { return gTagsNikon.item(157); }
-const TagItem& detail::TagItemCatalogue21::itemNikonHDRSmoothing() { return gTagsNikon.item(158); }
-const TagItem& detail::TagItemCatalogue21::itemNikonHDRLevel2() { return gTagsNikon.item(159); }
-const TagItem& detail::TagItemCatalogue21::itemNikonISOAutoShutterTime() { return gTagsNikon.item(160); }
-const TagItem& detail::TagItemCatalogue21::itemNikonISOAutoHiLimit() { return gTagsNikon.item(161); }
-const TagItem& detail::TagItemCatalogue21::itemNikonISO() { return gTagsNikon.item(162); }
-const TagItem& detail::TagItemCatalogue21::itemNikonISOExpansion() { return gTagsNikon.item(163); }
-const TagItem& detail::TagItemCatalogue21::itemNikonISO2() { return gTagsNikon.item(164); }
-const TagItem& detail::TagItemCatalogue21::itemNikonISOExpansion2() { return gTagsNikon.item(165); }
-const TagItem& detail::TagItemCatalogue21::itemNikonIntervals() { return gTagsNikon.item(166); }
-const TagItem& detail::TagItemCatalogue21::itemNikonShotsPerInterval() { return gTagsNikon.item(167); }
-const TagItem& detail::TagItemCatalogue21::itemNikonIntervalExposureSmoothing() { return gTagsNikon.item(168); }
-const TagItem& detail::TagItemCatalogue21::itemNikonIntervalPriority() { return gTagsNikon.item(169); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFocusShiftNumberShots() { return gTagsNikon.item(170); }
-const TagItem& detail::TagItemCatalogue21::itemNikonFocusShiftStepWidth() { return gTagsNikon.item(171); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFocusShiftInterval() { return gTagsNikon.item(172); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFocusShiftExposureLock() { return gTagsNikon.item(173); }
-const TagItem& detail::TagItemCatalogue22::itemNikonDiffractionCompensation() { return gTagsNikon.item(174); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFlashRemoteControl() { return gTagsNikon.item(175); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFlashMasterControlMode() { return gTagsNikon.item(176); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFlashMasterCompensation() { return gTagsNikon.item(177); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFlashMasterOutput() { return gTagsNikon.item(178); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFlashWirelessOption() { return gTagsNikon.item(179); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieType() { return gTagsNikon.item(180); }
-const TagItem& detail::TagItemCatalogue22::itemNikonIntervalShooting() { return gTagsNikon.item(181); }
-const TagItem& detail::TagItemCatalogue22::itemNikonIntervalFrame() { return gTagsNikon.item(182); }
-const TagItem& detail::TagItemCatalogue22::itemNikonJPGCompression() { return gTagsNikon.item(183); }
-const TagItem& detail::TagItemCatalogue22::itemNikonLensDataVersion() { return gTagsNikon.item(184); }
-const TagItem& detail::TagItemCatalogue22::itemNikonLensIDNumber() { return gTagsNikon.item(185); }
-const TagItem& detail::TagItemCatalogue22::itemNikonLensFStops() { return gTagsNikon.item(186); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMinFocalLength() { return gTagsNikon.item(187); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMaxFocalLength() { return gTagsNikon.item(188); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMaxApertureAtMinFocal() { return gTagsNikon.item(189); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMaxApertureAtMaxFocal() { return gTagsNikon.item(190); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMCUVersion() { return gTagsNikon.item(191); }
-const TagItem& detail::TagItemCatalogue22::itemNikonExitPupilPosition() { return gTagsNikon.item(192); }
-const TagItem& detail::TagItemCatalogue22::itemNikonAFAperture() { return gTagsNikon.item(193); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFocusPosition() { return gTagsNikon.item(194); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFocusDistance() { return gTagsNikon.item(195); }
-const TagItem& detail::TagItemCatalogue22::itemNikonEffectiveMaxAperture() { return gTagsNikon.item(196); }
-const TagItem& detail::TagItemCatalogue22::itemNikonLensModel() { return gTagsNikon.item(197); }
-const TagItem& detail::TagItemCatalogue22::itemNikonOldLensData() { return gTagsNikon.item(198); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNewLensData() { return gTagsNikon.item(199); }
-const TagItem& detail::TagItemCatalogue22::itemNikonLensID() { return gTagsNikon.item(200); }
-const TagItem& detail::TagItemCatalogue22::itemNikonLensMountType() { return gTagsNikon.item(201); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMaxAperture() { return gTagsNikon.item(202); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFocusDistanceRangeWidth() { return gTagsNikon.item(203); }
-const TagItem& detail::TagItemCatalogue22::itemNikonLensDriveEnd() { return gTagsNikon.item(204); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFocusStepsFromInfinity() { return gTagsNikon.item(205); }
-const TagItem& detail::TagItemCatalogue22::itemNikonLensPositionAbsolute() { return gTagsNikon.item(206); }
-const TagItem& detail::TagItemCatalogue22::itemNikonLocationInfoVersion() { return gTagsNikon.item(207); }
-const TagItem& detail::TagItemCatalogue22::itemNikonTextEncoding() { return gTagsNikon.item(208); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCountryCode() { return gTagsNikon.item(209); }
-const TagItem& detail::TagItemCatalogue22::itemNikonPOILevel() { return gTagsNikon.item(210); }
-const TagItem& detail::TagItemCatalogue22::itemNikonLocation() { return gTagsNikon.item(211); }
-const TagItem& detail::TagItemCatalogue22::itemNikonQuality() { return gTagsNikon.item(212); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFlashSetting() { return gTagsNikon.item(213); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFlashType() { return gTagsNikon.item(214); }
-const TagItem& detail::TagItemCatalogue22::itemNikonWhiteBalanceFineTune() { return gTagsNikon.item(215); }
-const TagItem& detail::TagItemCatalogue22::itemNikonProgramShift() { return gTagsNikon.item(216); }
-const TagItem& detail::TagItemCatalogue22::itemNikonExposureDifference() { return gTagsNikon.item(217); }
-const TagItem& detail::TagItemCatalogue22::itemNikonISOSelection() { return gTagsNikon.item(218); }
-const TagItem& detail::TagItemCatalogue22::itemNikonDataDump() { return gTagsNikon.item(219); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFlashExposureComp() { return gTagsNikon.item(220); }
-const TagItem& detail::TagItemCatalogue22::itemNikonISOSetting() { return gTagsNikon.item(221); }
-const TagItem& detail::TagItemCatalogue22::itemNikonImageBoundary() { return gTagsNikon.item(222); }
-const TagItem& detail::TagItemCatalogue22::itemNikonExternalFlashExposureComp() { return gTagsNikon.item(223); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFlashExposureBracketValue() { return gTagsNikon.item(224); }
-const TagItem& detail::TagItemCatalogue22::itemNikonExposureBracketValue() { return gTagsNikon.item(225); }
-const TagItem& detail::TagItemCatalogue22::itemNikonImageProcessing() { return gTagsNikon.item(226); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCropHiSpeed() { return gTagsNikon.item(227); }
-const TagItem& detail::TagItemCatalogue22::itemNikonExposureTuning() { return gTagsNikon.item(228); }
-const TagItem& detail::TagItemCatalogue22::itemNikonSerialNumber() { return gTagsNikon.item(229); }
-const TagItem& detail::TagItemCatalogue22::itemNikonColorSpace() { return gTagsNikon.item(230); }
-const TagItem& detail::TagItemCatalogue22::itemNikonImageAuthentication() { return gTagsNikon.item(231); }
-const TagItem& detail::TagItemCatalogue22::itemNikonActiveD_Lighting() { return gTagsNikon.item(232); }
-const TagItem& detail::TagItemCatalogue22::itemNikonPictureControlData() { return gTagsNikon.item(233); }
-const TagItem& detail::TagItemCatalogue22::itemNikonVignetteControl() { return gTagsNikon.item(234); }
-const TagItem& detail::TagItemCatalogue22::itemNikonShutterMode() { return gTagsNikon.item(235); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMechanicalShutterCount() { return gTagsNikon.item(236); }
-const TagItem& detail::TagItemCatalogue22::itemNikonImageSizeRAW() { return gTagsNikon.item(237); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCropArea() { return gTagsNikon.item(238); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNikonSettings() { return gTagsNikon.item(239); }
-const TagItem& detail::TagItemCatalogue22::itemNikonColorTemperatureAuto() { return gTagsNikon.item(240); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMakerNotes0x51() { return gTagsNikon.item(241); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMakerNotes0x56() { return gTagsNikon.item(242); }
-const TagItem& detail::TagItemCatalogue22::itemNikonImageAdjustment() { return gTagsNikon.item(243); }
-const TagItem& detail::TagItemCatalogue22::itemNikonToneComp() { return gTagsNikon.item(244); }
-const TagItem& detail::TagItemCatalogue22::itemNikonAuxiliaryLens() { return gTagsNikon.item(245); }
-const TagItem& detail::TagItemCatalogue22::itemNikonLensType() { return gTagsNikon.item(246); }
-const TagItem& detail::TagItemCatalogue22::itemNikonLens() { return gTagsNikon.item(247); }
-const TagItem& detail::TagItemCatalogue22::itemNikonManualFocusDistance() { return gTagsNikon.item(248); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFlashMode() { return gTagsNikon.item(249); }
-const TagItem& detail::TagItemCatalogue22::itemNikonShootingMode() { return gTagsNikon.item(250); }
-const TagItem& detail::TagItemCatalogue22::itemNikonContrastCurve() { return gTagsNikon.item(251); }
-const TagItem& detail::TagItemCatalogue22::itemNikonColorHue() { return gTagsNikon.item(252); }
-const TagItem& detail::TagItemCatalogue22::itemNikonSceneMode() { return gTagsNikon.item(253); }
-const TagItem& detail::TagItemCatalogue22::itemNikonLightSource() { return gTagsNikon.item(254); }
-const TagItem& detail::TagItemCatalogue22::itemNikonHueAdjustment() { return gTagsNikon.item(255); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNEFCompression() { return gTagsNikon.item(256); }
-const TagItem& detail::TagItemCatalogue22::itemNikonSaturationAdj() { return gTagsNikon.item(257); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNEFLinearizationTable() { return gTagsNikon.item(258); }
-const TagItem& detail::TagItemCatalogue22::itemNikonRawImageCenter() { return gTagsNikon.item(259); }
-const TagItem& detail::TagItemCatalogue22::itemNikonSensorPixelSize() { return gTagsNikon.item(260); }
-const TagItem& detail::TagItemCatalogue22::itemNikonSceneAssist() { return gTagsNikon.item(261); }
-const TagItem& detail::TagItemCatalogue22::itemNikonDateStampMode() { return gTagsNikon.item(262); }
-const TagItem& detail::TagItemCatalogue22::itemNikonRetouchHistory() { return gTagsNikon.item(263); }
-const TagItem& detail::TagItemCatalogue22::itemNikonImageDataSize() { return gTagsNikon.item(264); }
-const TagItem& detail::TagItemCatalogue22::itemNikonImageCount() { return gTagsNikon.item(265); }
-const TagItem& detail::TagItemCatalogue22::itemNikonDeletedImageCount() { return gTagsNikon.item(266); }
-const TagItem& detail::TagItemCatalogue22::itemNikonShutterCount() { return gTagsNikon.item(267); }
-const TagItem& detail::TagItemCatalogue22::itemNikonImageOptimization() { return gTagsNikon.item(268); }
-const TagItem& detail::TagItemCatalogue22::itemNikonSaturation() { return gTagsNikon.item(269); }
-const TagItem& detail::TagItemCatalogue22::itemNikonVariProgram() { return gTagsNikon.item(270); }
-const TagItem& detail::TagItemCatalogue22::itemNikonImageStabilization() { return gTagsNikon.item(271); }
-const TagItem& detail::TagItemCatalogue22::itemNikonAFResponse() { return gTagsNikon.item(272); }
-const TagItem& detail::TagItemCatalogue22::itemNikonHighISONoiseReduction() { return gTagsNikon.item(273); }
-const TagItem& detail::TagItemCatalogue22::itemNikonToningEffect() { return gTagsNikon.item(274); }
-const TagItem& detail::TagItemCatalogue22::itemNikonPowerUpTime() { return gTagsNikon.item(275); }
-const TagItem& detail::TagItemCatalogue22::itemNikonSilentPhotography() { return gTagsNikon.item(276); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNikonCaptureData() { return gTagsNikon.item(277); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNikonCaptureVersion() { return gTagsNikon.item(278); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNikonCaptureOffsets() { return gTagsNikon.item(279); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNikonCaptureEditVersions() { return gTagsNikon.item(280); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNikonCaptureOutput() { return gTagsNikon.item(281); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNEFBitDepth() { return gTagsNikon.item(282); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFirmwareVersion51() { return gTagsNikon.item(283); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFirmwareVersion() { return gTagsNikon.item(284); }
-const TagItem& detail::TagItemCatalogue22::itemNikonBurstGroupID() { return gTagsNikon.item(285); }
-const TagItem& detail::TagItemCatalogue22::itemNikonPhotoShootingMenuBankImageArea() { return gTagsNikon.item(286); }
-const TagItem& detail::TagItemCatalogue22::itemNikonSingleFrame() { return gTagsNikon.item(287); }
-const TagItem& detail::TagItemCatalogue22::itemNikonReleaseMode() { return gTagsNikon.item(288); }
-const TagItem& detail::TagItemCatalogue22::itemNikonIntervalDurationHours() { return gTagsNikon.item(289); }
-const TagItem& detail::TagItemCatalogue22::itemNikonIntervalDurationMinutes() { return gTagsNikon.item(290); }
-const TagItem& detail::TagItemCatalogue22::itemNikonIntervalDurationSeconds() { return gTagsNikon.item(291); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieFrameSize() { return gTagsNikon.item(292); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieFrameRate() { return gTagsNikon.item(293); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieSlowMotion() { return gTagsNikon.item(294); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieISOAutoManualMode() { return gTagsNikon.item(295); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieActiveD_Lighting() { return gTagsNikon.item(296); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieHighISONoiseReduction() { return gTagsNikon.item(297); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieVignetteControl() { return gTagsNikon.item(298); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieVignetteControlSameAsPhoto() { return gTagsNikon.item(299); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieDiffractionCompensation() { return gTagsNikon.item(300); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieAutoDistortionControl() { return gTagsNikon.item(301); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieFocusMode() { return gTagsNikon.item(302); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieVibrationReduction() { return gTagsNikon.item(303); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieVibrationReductionSameAsPhoto() { return gTagsNikon.item(304); }
-const TagItem& detail::TagItemCatalogue22::itemNikonHDMIOutputN_Log() { return gTagsNikon.item(305); }
-const TagItem& detail::TagItemCatalogue22::itemNikonHighFrameRate() { return gTagsNikon.item(306); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMultipleExposureMode() { return gTagsNikon.item(307); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMultiExposureShots() { return gTagsNikon.item(308); }
-const TagItem& detail::TagItemCatalogue22::itemNikonPhotoShootingMenuBank() { return gTagsNikon.item(309); }
-const TagItem& detail::TagItemCatalogue22::itemNikonExtendedMenuBanks() { return gTagsNikon.item(310); }
-const TagItem& detail::TagItemCatalogue22::itemNikonAutoISO() { return gTagsNikon.item(311); }
-const TagItem& detail::TagItemCatalogue22::itemNikonISOAutoFlashLimit() { return gTagsNikon.item(312); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFlickerReductionShooting() { return gTagsNikon.item(313); }
-const TagItem& detail::TagItemCatalogue22::itemNikonVRMode() { return gTagsNikon.item(314); }
-const TagItem& detail::TagItemCatalogue22::itemNikonBracketSet() { return gTagsNikon.item(315); }
-const TagItem& detail::TagItemCatalogue22::itemNikonBracketProgram() { return gTagsNikon.item(316); }
-const TagItem& detail::TagItemCatalogue22::itemNikonBracketIncrement() { return gTagsNikon.item(317); }
-const TagItem& detail::TagItemCatalogue22::itemNikonSecondarySlotFunction() { return gTagsNikon.item(318); }
-const TagItem& detail::TagItemCatalogue22::itemNikonSlot2JpgSize() { return gTagsNikon.item(319); }
-const TagItem& detail::TagItemCatalogue22::itemNikonDXCropAlert() { return gTagsNikon.item(320); }
-const TagItem& detail::TagItemCatalogue22::itemNikonSubjectDetection() { return gTagsNikon.item(321); }
-const TagItem& detail::TagItemCatalogue22::itemNikonDynamicAFAreaSize() { return gTagsNikon.item(322); }
-const TagItem& detail::TagItemCatalogue22::itemNikonToneMap() { return gTagsNikon.item(323); }
-const TagItem& detail::TagItemCatalogue22::itemNikonPortraitImpressionBalance() { return gTagsNikon.item(324); }
-const TagItem& detail::TagItemCatalogue22::itemNikonHighFrequencyFlickerReductionShooting() { return gTagsNikon.item(325); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieImageArea() { return gTagsNikon.item(326); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieISOAutoHiLimit() { return gTagsNikon.item(327); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieISOAutoControlManualMode() { return gTagsNikon.item(328); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieFlickerReduction() { return gTagsNikon.item(329); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieMeteringMode() { return gTagsNikon.item(330); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieAFAreaMode() { return gTagsNikon.item(331); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieVRMode() { return gTagsNikon.item(332); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieElectronicVR() { return gTagsNikon.item(333); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieSoundRecording() { return gTagsNikon.item(334); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMicrophoneSensitivity() { return gTagsNikon.item(335); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMicrophoneAttenuator() { return gTagsNikon.item(336); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMicrophoneFrequencyResponse() { return gTagsNikon.item(337); }
-const TagItem& detail::TagItemCatalogue22::itemNikonWindNoiseReduction() { return gTagsNikon.item(338); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMicrophoneJackPower() { return gTagsNikon.item(339); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieDXCropAlert() { return gTagsNikon.item(340); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieSubjectDetection() { return gTagsNikon.item(341); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieHighResZoom() { return gTagsNikon.item(342); }
-const TagItem& detail::TagItemCatalogue22::itemNikonLanguage() { return gTagsNikon.item(343); }
-const TagItem& detail::TagItemCatalogue22::itemNikonTimeZone() { return gTagsNikon.item(344); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMonitorBrightness() { return gTagsNikon.item(345); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens1FocalLength() { return gTagsNikon.item(346); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens2FocalLength() { return gTagsNikon.item(347); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens3FocalLength() { return gTagsNikon.item(348); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens4FocalLength() { return gTagsNikon.item(349); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens5FocalLength() { return gTagsNikon.item(350); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens6FocalLength() { return gTagsNikon.item(351); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens7FocalLength() { return gTagsNikon.item(352); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens8FocalLength() { return gTagsNikon.item(353); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens9FocalLength() { return gTagsNikon.item(354); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens10FocalLength() { return gTagsNikon.item(355); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens11FocalLength() { return gTagsNikon.item(356); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens12FocalLength() { return gTagsNikon.item(357); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens13FocalLength() { return gTagsNikon.item(358); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens14FocalLength() { return gTagsNikon.item(359); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens15FocalLength() { return gTagsNikon.item(360); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens16FocalLength() { return gTagsNikon.item(361); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens17FocalLength() { return gTagsNikon.item(362); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens18FocalLength() { return gTagsNikon.item(363); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens19FocalLength() { return gTagsNikon.item(364); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens20FocalLength() { return gTagsNikon.item(365); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens1MaxAperture() { return gTagsNikon.item(366); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens2MaxAperture() { return gTagsNikon.item(367); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens3MaxAperture() { return gTagsNikon.item(368); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens4MaxAperture() { return gTagsNikon.item(369); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens5MaxAperture() { return gTagsNikon.item(370); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens6MaxAperture() { return gTagsNikon.item(371); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens7MaxAperture() { return gTagsNikon.item(372); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens8MaxAperture() { return gTagsNikon.item(373); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens9MaxAperture() { return gTagsNikon.item(374); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens10MaxAperture() { return gTagsNikon.item(375); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens11MaxAperture() { return gTagsNikon.item(376); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens12MaxAperture() { return gTagsNikon.item(377); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens13MaxAperture() { return gTagsNikon.item(378); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens14MaxAperture() { return gTagsNikon.item(379); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens15MaxAperture() { return gTagsNikon.item(380); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens16MaxAperture() { return gTagsNikon.item(381); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens17MaxAperture() { return gTagsNikon.item(382); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens18MaxAperture() { return gTagsNikon.item(383); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens19MaxAperture() { return gTagsNikon.item(384); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens20MaxAperture() { return gTagsNikon.item(385); }
-const TagItem& detail::TagItemCatalogue22::itemNikonHDMIOutputResolution() { return gTagsNikon.item(386); }
-const TagItem& detail::TagItemCatalogue22::itemNikonAirplaneMode() { return gTagsNikon.item(387); }
-const TagItem& detail::TagItemCatalogue22::itemNikonEmptySlotRelease() { return gTagsNikon.item(388); }
-const TagItem& detail::TagItemCatalogue22::itemNikonEnergySavingMode() { return gTagsNikon.item(389); }
-const TagItem& detail::TagItemCatalogue22::itemNikonUSBPowerDelivery() { return gTagsNikon.item(390); }
-const TagItem& detail::TagItemCatalogue22::itemNikonSensorShield() { return gTagsNikon.item(391); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMovieToneMap() { return gTagsNikon.item(392); }
-const TagItem& detail::TagItemCatalogue22::itemNikonSetClockFromLocationData() { return gTagsNikon.item(393); }
-const TagItem& detail::TagItemCatalogue22::itemNikonRecordLocationData() { return gTagsNikon.item(394); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFocusShiftAutoReset() { return gTagsNikon.item(395); }
-const TagItem& detail::TagItemCatalogue22::itemNikonPreReleaseBurstLength() { return gTagsNikon.item(396); }
-const TagItem& detail::TagItemCatalogue22::itemNikonPostReleaseBurstLength() { return gTagsNikon.item(397); }
-const TagItem& detail::TagItemCatalogue22::itemNikonAutoCapturePreset() { return gTagsNikon.item(398); }
-const TagItem& detail::TagItemCatalogue22::itemNikonVerticalISOButton() { return gTagsNikon.item(399); }
-const TagItem& detail::TagItemCatalogue22::itemNikonExposureCompensationButton() { return gTagsNikon.item(400); }
-const TagItem& detail::TagItemCatalogue22::itemNikonISOButton() { return gTagsNikon.item(401); }
-const TagItem& detail::TagItemCatalogue22::itemNikonViewModeShowEffectsOfSettings() { return gTagsNikon.item(402); }
-const TagItem& detail::TagItemCatalogue22::itemNikonDispButton() { return gTagsNikon.item(403); }
-const TagItem& detail::TagItemCatalogue22::itemNikonExposureDelay() { return gTagsNikon.item(404); }
-const TagItem& detail::TagItemCatalogue22::itemNikonPlaybackButton() { return gTagsNikon.item(405); }
-const TagItem& detail::TagItemCatalogue22::itemNikonWBButton() { return gTagsNikon.item(406); }
-const TagItem& detail::TagItemCatalogue22::itemNikonBracketButton() { return gTagsNikon.item(407); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFlashModeButton() { return gTagsNikon.item(408); }
-const TagItem& detail::TagItemCatalogue22::itemNikonLensFunc1ButtonPlaybackMode() { return gTagsNikon.item(409); }
-const TagItem& detail::TagItemCatalogue22::itemNikonLensFunc2ButtonPlaybackMode() { return gTagsNikon.item(410); }
-const TagItem& detail::TagItemCatalogue22::itemNikonPlaybackButtonPlaybackMode() { return gTagsNikon.item(411); }
-const TagItem& detail::TagItemCatalogue22::itemNikonBracketButtonPlaybackMode() { return gTagsNikon.item(412); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFlashModeButtonPlaybackMode() { return gTagsNikon.item(413); }
-const TagItem& detail::TagItemCatalogue22::itemNikonPrimarySlot() { return gTagsNikon.item(414); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMultiExposureVersion() { return gTagsNikon.item(415); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMultiExposureMode() { return gTagsNikon.item(416); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMultiExposureAutoGain() { return gTagsNikon.item(417); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMultiExposureOverlayMode() { return gTagsNikon.item(418); }
-const TagItem& detail::TagItemCatalogue22::itemNikonPreviewImage1() { return gTagsNikon.item(419); }
-const TagItem& detail::TagItemCatalogue22::itemNikonPreviewImage2() { return gTagsNikon.item(420); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFrameCount() { return gTagsNikon.item(421); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFrameRate() { return gTagsNikon.item(422); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFrameWidth() { return gTagsNikon.item(423); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFrameHeight() { return gTagsNikon.item(424); }
-const TagItem& detail::TagItemCatalogue22::itemNikonAudioChannels() { return gTagsNikon.item(425); }
-const TagItem& detail::TagItemCatalogue22::itemNikonAudioBitsPerSample() { return gTagsNikon.item(426); }
-const TagItem& detail::TagItemCatalogue22::itemNikonAudioSampleRate() { return gTagsNikon.item(427); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNikonDateTime() { return gTagsNikon.item(428); }
-const TagItem& detail::TagItemCatalogue22::itemNikonElectronicVR() { return gTagsNikon.item(429); }
-const TagItem& detail::TagItemCatalogue22::itemNikonExposureProgram() { return gTagsNikon.item(430); }
-const TagItem& detail::TagItemCatalogue22::itemNikonLensInfo() { return gTagsNikon.item(431); }
-const TagItem& detail::TagItemCatalogue22::itemNikonLensMake() { return gTagsNikon.item(432); }
-const TagItem& detail::TagItemCatalogue22::itemNikonLensSerialNumber() { return gTagsNikon.item(433); }
-const TagItem& detail::TagItemCatalogue22::itemNikonAFAreaInitialXPosition() { return gTagsNikon.item(434); }
-const TagItem& detail::TagItemCatalogue22::itemNikonAFAreaInitialYPosition() { return gTagsNikon.item(435); }
-const TagItem& detail::TagItemCatalogue22::itemNikonAFAreaInitialWidth() { return gTagsNikon.item(436); }
-const TagItem& detail::TagItemCatalogue22::itemNikonAFAreaInitialHeight() { return gTagsNikon.item(437); }
-const TagItem& detail::TagItemCatalogue22::itemNikonRollAngle() { return gTagsNikon.item(438); }
-const TagItem& detail::TagItemCatalogue22::itemNikonPitchAngle() { return gTagsNikon.item(439); }
-const TagItem& detail::TagItemCatalogue22::itemNikonYawAngle() { return gTagsNikon.item(440); }
-const TagItem& detail::TagItemCatalogue22::itemNikonPictureControlVersion() { return gTagsNikon.item(441); }
-const TagItem& detail::TagItemCatalogue22::itemNikonPictureControlName() { return gTagsNikon.item(442); }
-const TagItem& detail::TagItemCatalogue22::itemNikonPictureControlBase() { return gTagsNikon.item(443); }
-const TagItem& detail::TagItemCatalogue22::itemNikonPictureControlAdjust() { return gTagsNikon.item(444); }
-const TagItem& detail::TagItemCatalogue22::itemNikonPictureControlQuickAdjust() { return gTagsNikon.item(445); }
-const TagItem& detail::TagItemCatalogue22::itemNikonContrast() { return gTagsNikon.item(446); }
-const TagItem& detail::TagItemCatalogue22::itemNikonBrightness() { return gTagsNikon.item(447); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFilterEffect() { return gTagsNikon.item(448); }
-const TagItem& detail::TagItemCatalogue22::itemNikonToningSaturation() { return gTagsNikon.item(449); }
-const TagItem& detail::TagItemCatalogue22::itemNikonClarity() { return gTagsNikon.item(450); }
-const TagItem& detail::TagItemCatalogue22::itemNikonHue() { return gTagsNikon.item(451); }
-const TagItem& detail::TagItemCatalogue22::itemNikonMidRangeSharpness() { return gTagsNikon.item(452); }
-const TagItem& detail::TagItemCatalogue22::itemNikonRetouchInfoVersion() { return gTagsNikon.item(453); }
-const TagItem& detail::TagItemCatalogue22::itemNikonRetouchNEFProcessing() { return gTagsNikon.item(454); }
-const TagItem& detail::TagItemCatalogue22::itemNikonRotation() { return gTagsNikon.item(455); }
-const TagItem& detail::TagItemCatalogue22::itemNikonInterval() { return gTagsNikon.item(456); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFlickerReductionIndicator() { return gTagsNikon.item(457); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFocusShiftShooting() { return gTagsNikon.item(458); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFlickerReduction() { return gTagsNikon.item(459); }
-const TagItem& detail::TagItemCatalogue22::itemNikonShotInfoVersion() { return gTagsNikon.item(460); }
-const TagItem& detail::TagItemCatalogue22::itemNikonDistortionControl() { return gTagsNikon.item(461); }
-const TagItem& detail::TagItemCatalogue22::itemNikonVR_0x66() { return gTagsNikon.item(462); }
-const TagItem& detail::TagItemCatalogue22::itemNikonVibrationReduction() { return gTagsNikon.item(463); }
-const TagItem& detail::TagItemCatalogue22::itemNikonImageArea() { return gTagsNikon.item(464); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNikonImageSize() { return gTagsNikon.item(465); }
-const TagItem& detail::TagItemCatalogue22::itemNikonImageQuality() { return gTagsNikon.item(466); }
-const TagItem& detail::TagItemCatalogue22::itemNikonPreFlashReturnStrength() { return gTagsNikon.item(467); }
-const TagItem& detail::TagItemCatalogue22::itemNikonNumberOffsets() { return gTagsNikon.item(468); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFlashFired() { return gTagsNikon.item(469); }
-const TagItem& detail::TagItemCatalogue22::itemNikonRepeatingFlashOutputExternal() { return gTagsNikon.item(470); }
-const TagItem& detail::TagItemCatalogue22::itemNikonRepeatingFlashRateExternal() { return gTagsNikon.item(471); }
-const TagItem& detail::TagItemCatalogue22::itemNikonRepeatingFlashCountExternal() { return gTagsNikon.item(472); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFlashExposureComp2() { return gTagsNikon.item(473); }
-const TagItem& detail::TagItemCatalogue22::itemNikonRepeatingFlashRateBuilt_in() { return gTagsNikon.item(474); }
-const TagItem& detail::TagItemCatalogue22::itemNikonRepeatingFlashCountBuilt_in() { return gTagsNikon.item(475); }
-const TagItem& detail::TagItemCatalogue22::itemNikonSequenceNumber() { return gTagsNikon.item(476); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFirmwareVersion2() { return gTagsNikon.item(477); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFirmwareVersion3() { return gTagsNikon.item(478); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCCDSensitivity() { return gTagsNikon.item(479); }
-const TagItem& detail::TagItemCatalogue22::itemNikonFocus() { return gTagsNikon.item(480); }
-const TagItem& detail::TagItemCatalogue22::itemNikonConverter() { return gTagsNikon.item(481); }
-const TagItem& detail::TagItemCatalogue22::itemNikonUnknownInfoVersion() { return gTagsNikon.item(482); }
-const TagItem& detail::TagItemCatalogue22::itemNikonUnknownInfo2Version() { return gTagsNikon.item(483); }
-const TagItem& detail::TagItemCatalogue22::itemNikonVRInfoVersion() { return gTagsNikon.item(484); }
-const TagItem& detail::TagItemCatalogue22::itemNikonVRType() { return gTagsNikon.item(485); }
-const TagItem& detail::TagItemCatalogue22::itemNikonDaylightSavings() { return gTagsNikon.item(486); }
-const TagItem& detail::TagItemCatalogue22::itemNikonDateDisplayFormat() { return gTagsNikon.item(487); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAFAreaMode() { return detail::gTagsNikon.item(0); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAFPoint() { return detail::gTagsNikon.item(1); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAFPointsInFocus() { return detail::gTagsNikon.item(2); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAFInfo2Version() { return detail::gTagsNikon.item(3); }
+const TagItem& detail::TagItemCatalogue21::itemNikonContrastDetectAF() { return detail::gTagsNikon.item(4); }
+const TagItem& detail::TagItemCatalogue21::itemNikonPhaseDetectAF() { return detail::gTagsNikon.item(5); }
+const TagItem& detail::TagItemCatalogue21::itemNikonPrimaryAFPoint() { return detail::gTagsNikon.item(6); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAFPointsUsed() { return detail::gTagsNikon.item(7); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAFImageWidth() { return detail::gTagsNikon.item(8); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAFImageHeight() { return detail::gTagsNikon.item(9); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAFAreaXPosition() { return detail::gTagsNikon.item(10); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAFAreaYPosition() { return detail::gTagsNikon.item(11); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAFAreaWidth() { return detail::gTagsNikon.item(12); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAFAreaHeight() { return detail::gTagsNikon.item(13); }
+const TagItem& detail::TagItemCatalogue21::itemNikonContrastDetectAFInFocus() { return detail::gTagsNikon.item(14); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAFPointsSelected() { return detail::gTagsNikon.item(15); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFocusPositionHorizontal() { return detail::gTagsNikon.item(16); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFocusPositionVertical() { return detail::gTagsNikon.item(17); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFocusResult() { return detail::gTagsNikon.item(18); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAFFineTune() { return detail::gTagsNikon.item(19); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAFFineTuneIndex() { return detail::gTagsNikon.item(20); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAFFineTuneAdj() { return detail::gTagsNikon.item(21); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAFFineTuneAdjTele() { return detail::gTagsNikon.item(22); }
+const TagItem& detail::TagItemCatalogue21::itemNikonThumbnailImage() { return detail::gTagsNikon.item(23); }
+const TagItem& detail::TagItemCatalogue21::itemNikonPreviewImage() { return detail::gTagsNikon.item(24); }
+const TagItem& detail::TagItemCatalogue21::itemNikonMake() { return detail::gTagsNikon.item(25); }
+const TagItem& detail::TagItemCatalogue21::itemNikonModel() { return detail::gTagsNikon.item(26); }
+const TagItem& detail::TagItemCatalogue21::itemNikonSoftware() { return detail::gTagsNikon.item(27); }
+const TagItem& detail::TagItemCatalogue21::itemNikonEquipment() { return detail::gTagsNikon.item(28); }
+const TagItem& detail::TagItemCatalogue21::itemNikonOrientation() { return detail::gTagsNikon.item(29); }
+const TagItem& detail::TagItemCatalogue21::itemNikonExposureTime() { return detail::gTagsNikon.item(30); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFNumber() { return detail::gTagsNikon.item(31); }
+const TagItem& detail::TagItemCatalogue21::itemNikonExposureCompensation() { return detail::gTagsNikon.item(32); }
+const TagItem& detail::TagItemCatalogue21::itemNikonMaxApertureValue() { return detail::gTagsNikon.item(33); }
+const TagItem& detail::TagItemCatalogue21::itemNikonMeteringMode() { return detail::gTagsNikon.item(34); }
+const TagItem& detail::TagItemCatalogue21::itemNikonNikon_AVITags_0x000d() { return detail::gTagsNikon.item(35); }
+const TagItem& detail::TagItemCatalogue21::itemNikonNikon_AVITags_0x000e() { return detail::gTagsNikon.item(36); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFocalLength() { return detail::gTagsNikon.item(37); }
+const TagItem& detail::TagItemCatalogue21::itemNikonXResolution() { return detail::gTagsNikon.item(38); }
+const TagItem& detail::TagItemCatalogue21::itemNikonYResolution() { return detail::gTagsNikon.item(39); }
+const TagItem& detail::TagItemCatalogue21::itemNikonResolutionUnit() { return detail::gTagsNikon.item(40); }
+const TagItem& detail::TagItemCatalogue21::itemNikonDateTimeOriginal() { return detail::gTagsNikon.item(41); }
+const TagItem& detail::TagItemCatalogue21::itemNikonCreateDate() { return detail::gTagsNikon.item(42); }
+const TagItem& detail::TagItemCatalogue21::itemNikonNikon_AVITags_0x0015() { return detail::gTagsNikon.item(43); }
+const TagItem& detail::TagItemCatalogue21::itemNikonDuration() { return detail::gTagsNikon.item(44); }
+const TagItem& detail::TagItemCatalogue21::itemNikonNikon_AVITags_0x0017() { return detail::gTagsNikon.item(45); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFocusMode() { return detail::gTagsNikon.item(46); }
+const TagItem& detail::TagItemCatalogue21::itemNikonNikon_AVITags_0x0019() { return detail::gTagsNikon.item(47); }
+const TagItem& detail::TagItemCatalogue21::itemNikonDigitalZoom() { return detail::gTagsNikon.item(48); }
+const TagItem& detail::TagItemCatalogue21::itemNikonNikon_AVITags_0x001c() { return detail::gTagsNikon.item(49); }
+const TagItem& detail::TagItemCatalogue21::itemNikonColorMode() { return detail::gTagsNikon.item(50); }
+const TagItem& detail::TagItemCatalogue21::itemNikonSharpness() { return detail::gTagsNikon.item(51); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWhiteBalance() { return detail::gTagsNikon.item(52); }
+const TagItem& detail::TagItemCatalogue21::itemNikonNoiseReduction() { return detail::gTagsNikon.item(53); }
+const TagItem& detail::TagItemCatalogue21::itemNikonNikon_AVITags_0x801a() { return detail::gTagsNikon.item(54); }
+const TagItem& detail::TagItemCatalogue21::itemNikonMakerNoteType() { return detail::gTagsNikon.item(55); }
+const TagItem& detail::TagItemCatalogue21::itemNikonMakerNoteVersion() { return detail::gTagsNikon.item(56); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAutoCapturedFrame() { return detail::gTagsNikon.item(57); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAutoCaptureCriteria() { return detail::gTagsNikon.item(58); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAutoCaptureRecordingTime() { return detail::gTagsNikon.item(59); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAutoCaptureWaitTime() { return detail::gTagsNikon.item(60); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAutoCaptureDistanceFar() { return detail::gTagsNikon.item(61); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAutoCaptureDistanceNear() { return detail::gTagsNikon.item(62); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAutoCaptureCriteriaMotionDirection() { return detail::gTagsNikon.item(63); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAutoCaptureCriteriaMotionSpeed() { return detail::gTagsNikon.item(64); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAutoCaptureCriteriaMotionSize() { return detail::gTagsNikon.item(65); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAutoCaptureCriteriaSubjectSize() { return detail::gTagsNikon.item(66); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAutoCaptureCriteriaSubjectType() { return detail::gTagsNikon.item(67); }
+const TagItem& detail::TagItemCatalogue21::itemNikonBarometerInfoVersion() { return detail::gTagsNikon.item(68); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAltitude() { return detail::gTagsNikon.item(69); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAEBracketingSteps() { return detail::gTagsNikon.item(70); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWBBracketingSteps() { return detail::gTagsNikon.item(71); }
+const TagItem& detail::TagItemCatalogue21::itemNikonADLBracketingStep() { return detail::gTagsNikon.item(72); }
+const TagItem& detail::TagItemCatalogue21::itemNikonADLBracketingType() { return detail::gTagsNikon.item(73); }
+const TagItem& detail::TagItemCatalogue21::itemNikonNikonMeteringMode() { return detail::gTagsNikon.item(74); }
+const TagItem& detail::TagItemCatalogue21::itemNikonIFD0_Offset() { return detail::gTagsNikon.item(75); }
+const TagItem& detail::TagItemCatalogue21::itemNikonPreviewIFD_Offset() { return detail::gTagsNikon.item(76); }
+const TagItem& detail::TagItemCatalogue21::itemNikonSubIFD_Offset() { return detail::gTagsNikon.item(77); }
+const TagItem& detail::TagItemCatalogue21::itemNikonOutputImageWidth() { return detail::gTagsNikon.item(78); }
+const TagItem& detail::TagItemCatalogue21::itemNikonOutputImageHeight() { return detail::gTagsNikon.item(79); }
+const TagItem& detail::TagItemCatalogue21::itemNikonOutputResolution() { return detail::gTagsNikon.item(80); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_RBGGLevels() { return detail::gTagsNikon.item(81); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevels() { return detail::gTagsNikon.item(82); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGBGLevels() { return detail::gTagsNikon.item(83); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_GRBGLevels() { return detail::gTagsNikon.item(84); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_RBLevels() { return detail::gTagsNikon.item(85); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_RBLevelsAuto() { return detail::gTagsNikon.item(86); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_RBLevelsDaylight() { return detail::gTagsNikon.item(87); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_RBLevelsIncandescent() { return detail::gTagsNikon.item(88); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_RBLevelsFluorescent() { return detail::gTagsNikon.item(89); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_RBLevelsCloudy() { return detail::gTagsNikon.item(90); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_RBLevelsFlash() { return detail::gTagsNikon.item(91); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_RBLevelsShade() { return detail::gTagsNikon.item(92); }
+const TagItem& detail::TagItemCatalogue21::itemNikonColorBalanceVersion() { return detail::gTagsNikon.item(93); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevelsDaylight() { return detail::gTagsNikon.item(94); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevelsCloudy() { return detail::gTagsNikon.item(95); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevelsTungsten() { return detail::gTagsNikon.item(96); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevelsFluorescentW() { return detail::gTagsNikon.item(97); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevelsFlash() { return detail::gTagsNikon.item(98); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevelsCustom() { return detail::gTagsNikon.item(99); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevelsAuto() { return detail::gTagsNikon.item(100); }
+const TagItem& detail::TagItemCatalogue21::itemNikonBlackLevel() { return detail::gTagsNikon.item(101); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevelsShade() { return detail::gTagsNikon.item(102); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevelsFluorescentN() { return detail::gTagsNikon.item(103); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevelsFluorescentD() { return detail::gTagsNikon.item(104); }
+const TagItem& detail::TagItemCatalogue21::itemNikonWB_RGGBLevelsHTMercury() { return detail::gTagsNikon.item(105); }
+const TagItem& detail::TagItemCatalogue21::itemNikonDistortionVersion() { return detail::gTagsNikon.item(106); }
+const TagItem& detail::TagItemCatalogue21::itemNikonAutoDistortionControl() { return detail::gTagsNikon.item(107); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFaceDetectFrameSize() { return detail::gTagsNikon.item(108); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFacesDetected() { return detail::gTagsNikon.item(109); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFace1Position() { return detail::gTagsNikon.item(110); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFace2Position() { return detail::gTagsNikon.item(111); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFace3Position() { return detail::gTagsNikon.item(112); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFace4Position() { return detail::gTagsNikon.item(113); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFace5Position() { return detail::gTagsNikon.item(114); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFace6Position() { return detail::gTagsNikon.item(115); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFace7Position() { return detail::gTagsNikon.item(116); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFace8Position() { return detail::gTagsNikon.item(117); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFace9Position() { return detail::gTagsNikon.item(118); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFace10Position() { return detail::gTagsNikon.item(119); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFace11Position() { return detail::gTagsNikon.item(120); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFace12Position() { return detail::gTagsNikon.item(121); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFileInfoVersion() { return detail::gTagsNikon.item(122); }
+const TagItem& detail::TagItemCatalogue21::itemNikonMemoryCardNumber() { return detail::gTagsNikon.item(123); }
+const TagItem& detail::TagItemCatalogue21::itemNikonDirectoryNumber() { return detail::gTagsNikon.item(124); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFileNumber() { return detail::gTagsNikon.item(125); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFlashInfoVersion() { return detail::gTagsNikon.item(126); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFlashSource() { return detail::gTagsNikon.item(127); }
+const TagItem& detail::TagItemCatalogue21::itemNikonExternalFlashFirmware() { return detail::gTagsNikon.item(128); }
+const TagItem& detail::TagItemCatalogue21::itemNikonExternalFlashFlags() { return detail::gTagsNikon.item(129); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFlashCommanderMode() { return detail::gTagsNikon.item(130); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFlashControlMode() { return detail::gTagsNikon.item(131); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFlashOutput() { return detail::gTagsNikon.item(132); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFlashCompensation() { return detail::gTagsNikon.item(133); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFlashFocalLength() { return detail::gTagsNikon.item(134); }
+const TagItem& detail::TagItemCatalogue21::itemNikonRepeatingFlashRate() { return detail::gTagsNikon.item(135); }
+const TagItem& detail::TagItemCatalogue21::itemNikonRepeatingFlashCount() { return detail::gTagsNikon.item(136); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFlashGNDistance() { return detail::gTagsNikon.item(137); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFlashGroupAControlMode() { return detail::gTagsNikon.item(138); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFlashGroupBControlMode() { return detail::gTagsNikon.item(139); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFlashGroupAOutput() { return detail::gTagsNikon.item(140); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFlashGroupACompensation() { return detail::gTagsNikon.item(141); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFlashGroupBOutput() { return detail::gTagsNikon.item(142); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFlashGroupBCompensation() { return detail::gTagsNikon.item(143); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFlashGroupCControlMode() { return detail::gTagsNikon.item(144); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFlashGroupCOutput() { return detail::gTagsNikon.item(145); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFlashGroupCCompensation() { return detail::gTagsNikon.item(146); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFlashColorFilter() { return detail::gTagsNikon.item(147); }
+const TagItem& detail::TagItemCatalogue21::itemNikonExternalFlashCompensation() { return detail::gTagsNikon.item(148); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFlashExposureComp3() { return detail::gTagsNikon.item(149); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFlashExposureComp4() { return detail::gTagsNikon.item(150); }
+const TagItem& detail::TagItemCatalogue21::itemNikonExternalFlashZoomOverride() { return detail::gTagsNikon.item(151); }
+const TagItem& detail::TagItemCatalogue21::itemNikonExternalFlashStatus() { return detail::gTagsNikon.item(152); }
+const TagItem& detail::TagItemCatalogue21::itemNikonExternalFlashReadyState() { return detail::gTagsNikon.item(153); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFlashIlluminationPattern() { return detail::gTagsNikon.item(154); }
+const TagItem& detail::TagItemCatalogue21::itemNikonHDRInfoVersion() { return detail::gTagsNikon.item(155); }
+const TagItem& detail::TagItemCatalogue21::itemNikonHDR() { return detail::gTagsNikon.item(156); }
+const TagItem& detail::TagItemCatalogue21::itemNikonHDRLevel() { return detail::gTagsNikon.item(157); }
+const TagItem& detail::TagItemCatalogue21::itemNikonHDRSmoothing() { return detail::gTagsNikon.item(158); }
+const TagItem& detail::TagItemCatalogue21::itemNikonHDRLevel2() { return detail::gTagsNikon.item(159); }
+const TagItem& detail::TagItemCatalogue21::itemNikonISOAutoShutterTime() { return detail::gTagsNikon.item(160); }
+const TagItem& detail::TagItemCatalogue21::itemNikonISOAutoHiLimit() { return detail::gTagsNikon.item(161); }
+const TagItem& detail::TagItemCatalogue21::itemNikonISO() { return detail::gTagsNikon.item(162); }
+const TagItem& detail::TagItemCatalogue21::itemNikonISOExpansion() { return detail::gTagsNikon.item(163); }
+const TagItem& detail::TagItemCatalogue21::itemNikonISO2() { return detail::gTagsNikon.item(164); }
+const TagItem& detail::TagItemCatalogue21::itemNikonISOExpansion2() { return detail::gTagsNikon.item(165); }
+const TagItem& detail::TagItemCatalogue21::itemNikonIntervals() { return detail::gTagsNikon.item(166); }
+const TagItem& detail::TagItemCatalogue21::itemNikonShotsPerInterval() { return detail::gTagsNikon.item(167); }
+const TagItem& detail::TagItemCatalogue21::itemNikonIntervalExposureSmoothing() { return detail::gTagsNikon.item(168); }
+const TagItem& detail::TagItemCatalogue21::itemNikonIntervalPriority() { return detail::gTagsNikon.item(169); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFocusShiftNumberShots() { return detail::gTagsNikon.item(170); }
+const TagItem& detail::TagItemCatalogue21::itemNikonFocusShiftStepWidth() { return detail::gTagsNikon.item(171); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFocusShiftInterval() { return detail::gTagsNikon.item(172); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFocusShiftExposureLock() { return detail::gTagsNikon.item(173); }
+const TagItem& detail::TagItemCatalogue22::itemNikonDiffractionCompensation() { return detail::gTagsNikon.item(174); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFlashRemoteControl() { return detail::gTagsNikon.item(175); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFlashMasterControlMode() { return detail::gTagsNikon.item(176); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFlashMasterCompensation() { return detail::gTagsNikon.item(177); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFlashMasterOutput() { return detail::gTagsNikon.item(178); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFlashWirelessOption() { return detail::gTagsNikon.item(179); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieType() { return detail::gTagsNikon.item(180); }
+const TagItem& detail::TagItemCatalogue22::itemNikonIntervalShooting() { return detail::gTagsNikon.item(181); }
+const TagItem& detail::TagItemCatalogue22::itemNikonIntervalFrame() { return detail::gTagsNikon.item(182); }
+const TagItem& detail::TagItemCatalogue22::itemNikonJPGCompression() { return detail::gTagsNikon.item(183); }
+const TagItem& detail::TagItemCatalogue22::itemNikonLensDataVersion() { return detail::gTagsNikon.item(184); }
+const TagItem& detail::TagItemCatalogue22::itemNikonLensIDNumber() { return detail::gTagsNikon.item(185); }
+const TagItem& detail::TagItemCatalogue22::itemNikonLensFStops() { return detail::gTagsNikon.item(186); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMinFocalLength() { return detail::gTagsNikon.item(187); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMaxFocalLength() { return detail::gTagsNikon.item(188); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMaxApertureAtMinFocal() { return detail::gTagsNikon.item(189); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMaxApertureAtMaxFocal() { return detail::gTagsNikon.item(190); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMCUVersion() { return detail::gTagsNikon.item(191); }
+const TagItem& detail::TagItemCatalogue22::itemNikonExitPupilPosition() { return detail::gTagsNikon.item(192); }
+const TagItem& detail::TagItemCatalogue22::itemNikonAFAperture() { return detail::gTagsNikon.item(193); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFocusPosition() { return detail::gTagsNikon.item(194); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFocusDistance() { return detail::gTagsNikon.item(195); }
+const TagItem& detail::TagItemCatalogue22::itemNikonEffectiveMaxAperture() { return detail::gTagsNikon.item(196); }
+const TagItem& detail::TagItemCatalogue22::itemNikonLensModel() { return detail::gTagsNikon.item(197); }
+const TagItem& detail::TagItemCatalogue22::itemNikonOldLensData() { return detail::gTagsNikon.item(198); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNewLensData() { return detail::gTagsNikon.item(199); }
+const TagItem& detail::TagItemCatalogue22::itemNikonLensID() { return detail::gTagsNikon.item(200); }
+const TagItem& detail::TagItemCatalogue22::itemNikonLensMountType() { return detail::gTagsNikon.item(201); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMaxAperture() { return detail::gTagsNikon.item(202); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFocusDistanceRangeWidth() { return detail::gTagsNikon.item(203); }
+const TagItem& detail::TagItemCatalogue22::itemNikonLensDriveEnd() { return detail::gTagsNikon.item(204); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFocusStepsFromInfinity() { return detail::gTagsNikon.item(205); }
+const TagItem& detail::TagItemCatalogue22::itemNikonLensPositionAbsolute() { return detail::gTagsNikon.item(206); }
+const TagItem& detail::TagItemCatalogue22::itemNikonLocationInfoVersion() { return detail::gTagsNikon.item(207); }
+const TagItem& detail::TagItemCatalogue22::itemNikonTextEncoding() { return detail::gTagsNikon.item(208); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCountryCode() { return detail::gTagsNikon.item(209); }
+const TagItem& detail::TagItemCatalogue22::itemNikonPOILevel() { return detail::gTagsNikon.item(210); }
+const TagItem& detail::TagItemCatalogue22::itemNikonLocation() { return detail::gTagsNikon.item(211); }
+const TagItem& detail::TagItemCatalogue22::itemNikonQuality() { return detail::gTagsNikon.item(212); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFlashSetting() { return detail::gTagsNikon.item(213); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFlashType() { return detail::gTagsNikon.item(214); }
+const TagItem& detail::TagItemCatalogue22::itemNikonWhiteBalanceFineTune() { return detail::gTagsNikon.item(215); }
+const TagItem& detail::TagItemCatalogue22::itemNikonProgramShift() { return detail::gTagsNikon.item(216); }
+const TagItem& detail::TagItemCatalogue22::itemNikonExposureDifference() { return detail::gTagsNikon.item(217); }
+const TagItem& detail::TagItemCatalogue22::itemNikonISOSelection() { return detail::gTagsNikon.item(218); }
+const TagItem& detail::TagItemCatalogue22::itemNikonDataDump() { return detail::gTagsNikon.item(219); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFlashExposureComp() { return detail::gTagsNikon.item(220); }
+const TagItem& detail::TagItemCatalogue22::itemNikonISOSetting() { return detail::gTagsNikon.item(221); }
+const TagItem& detail::TagItemCatalogue22::itemNikonImageBoundary() { return detail::gTagsNikon.item(222); }
+const TagItem& detail::TagItemCatalogue22::itemNikonExternalFlashExposureComp() { return detail::gTagsNikon.item(223); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFlashExposureBracketValue() { return detail::gTagsNikon.item(224); }
+const TagItem& detail::TagItemCatalogue22::itemNikonExposureBracketValue() { return detail::gTagsNikon.item(225); }
+const TagItem& detail::TagItemCatalogue22::itemNikonImageProcessing() { return detail::gTagsNikon.item(226); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCropHiSpeed() { return detail::gTagsNikon.item(227); }
+const TagItem& detail::TagItemCatalogue22::itemNikonExposureTuning() { return detail::gTagsNikon.item(228); }
+const TagItem& detail::TagItemCatalogue22::itemNikonSerialNumber() { return detail::gTagsNikon.item(229); }
+const TagItem& detail::TagItemCatalogue22::itemNikonColorSpace() { return detail::gTagsNikon.item(230); }
+const TagItem& detail::TagItemCatalogue22::itemNikonImageAuthentication() { return detail::gTagsNikon.item(231); }
+const TagItem& detail::TagItemCatalogue22::itemNikonActiveD_Lighting() { return detail::gTagsNikon.item(232); }
+const TagItem& detail::TagItemCatalogue22::itemNikonPictureControlData() { return detail::gTagsNikon.item(233); }
+const TagItem& detail::TagItemCatalogue22::itemNikonVignetteControl() { return detail::gTagsNikon.item(234); }
+const TagItem& detail::TagItemCatalogue22::itemNikonShutterMode() { return detail::gTagsNikon.item(235); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMechanicalShutterCount() { return detail::gTagsNikon.item(236); }
+const TagItem& detail::TagItemCatalogue22::itemNikonImageSizeRAW() { return detail::gTagsNikon.item(237); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCropArea() { return detail::gTagsNikon.item(238); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNikonSettings() { return detail::gTagsNikon.item(239); }
+const TagItem& detail::TagItemCatalogue22::itemNikonColorTemperatureAuto() { return detail::gTagsNikon.item(240); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMakerNotes0x51() { return detail::gTagsNikon.item(241); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMakerNotes0x56() { return detail::gTagsNikon.item(242); }
+const TagItem& detail::TagItemCatalogue22::itemNikonImageAdjustment() { return detail::gTagsNikon.item(243); }
+const TagItem& detail::TagItemCatalogue22::itemNikonToneComp() { return detail::gTagsNikon.item(244); }
+const TagItem& detail::TagItemCatalogue22::itemNikonAuxiliaryLens() { return detail::gTagsNikon.item(245); }
+const TagItem& detail::TagItemCatalogue22::itemNikonLensType() { return detail::gTagsNikon.item(246); }
+const TagItem& detail::TagItemCatalogue22::itemNikonLens() { return detail::gTagsNikon.item(247); }
+const TagItem& detail::TagItemCatalogue22::itemNikonManualFocusDistance() { return detail::gTagsNikon.item(248); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFlashMode() { return detail::gTagsNikon.item(249); }
+const TagItem& detail::TagItemCatalogue22::itemNikonShootingMode() { return detail::gTagsNikon.item(250); }
+const TagItem& detail::TagItemCatalogue22::itemNikonContrastCurve() { return detail::gTagsNikon.item(251); }
+const TagItem& detail::TagItemCatalogue22::itemNikonColorHue() { return detail::gTagsNikon.item(252); }
+const TagItem& detail::TagItemCatalogue22::itemNikonSceneMode() { return detail::gTagsNikon.item(253); }
+const TagItem& detail::TagItemCatalogue22::itemNikonLightSource() { return detail::gTagsNikon.item(254); }
+const TagItem& detail::TagItemCatalogue22::itemNikonHueAdjustment() { return detail::gTagsNikon.item(255); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNEFCompression() { return detail::gTagsNikon.item(256); }
+const TagItem& detail::TagItemCatalogue22::itemNikonSaturationAdj() { return detail::gTagsNikon.item(257); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNEFLinearizationTable() { return detail::gTagsNikon.item(258); }
+const TagItem& detail::TagItemCatalogue22::itemNikonRawImageCenter() { return detail::gTagsNikon.item(259); }
+const TagItem& detail::TagItemCatalogue22::itemNikonSensorPixelSize() { return detail::gTagsNikon.item(260); }
+const TagItem& detail::TagItemCatalogue22::itemNikonSceneAssist() { return detail::gTagsNikon.item(261); }
+const TagItem& detail::TagItemCatalogue22::itemNikonDateStampMode() { return detail::gTagsNikon.item(262); }
+const TagItem& detail::TagItemCatalogue22::itemNikonRetouchHistory() { return detail::gTagsNikon.item(263); }
+const TagItem& detail::TagItemCatalogue22::itemNikonImageDataSize() { return detail::gTagsNikon.item(264); }
+const TagItem& detail::TagItemCatalogue22::itemNikonImageCount() { return detail::gTagsNikon.item(265); }
+const TagItem& detail::TagItemCatalogue22::itemNikonDeletedImageCount() { return detail::gTagsNikon.item(266); }
+const TagItem& detail::TagItemCatalogue22::itemNikonShutterCount() { return detail::gTagsNikon.item(267); }
+const TagItem& detail::TagItemCatalogue22::itemNikonImageOptimization() { return detail::gTagsNikon.item(268); }
+const TagItem& detail::TagItemCatalogue22::itemNikonSaturation() { return detail::gTagsNikon.item(269); }
+const TagItem& detail::TagItemCatalogue22::itemNikonVariProgram() { return detail::gTagsNikon.item(270); }
+const TagItem& detail::TagItemCatalogue22::itemNikonImageStabilization() { return detail::gTagsNikon.item(271); }
+const TagItem& detail::TagItemCatalogue22::itemNikonAFResponse() { return detail::gTagsNikon.item(272); }
+const TagItem& detail::TagItemCatalogue22::itemNikonHighISONoiseReduction() { return detail::gTagsNikon.item(273); }
+const TagItem& detail::TagItemCatalogue22::itemNikonToningEffect() { return detail::gTagsNikon.item(274); }
+const TagItem& detail::TagItemCatalogue22::itemNikonPowerUpTime() { return detail::gTagsNikon.item(275); }
+const TagItem& detail::TagItemCatalogue22::itemNikonSilentPhotography() { return detail::gTagsNikon.item(276); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNikonCaptureData() { return detail::gTagsNikon.item(277); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNikonCaptureVersion() { return detail::gTagsNikon.item(278); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNikonCaptureOffsets() { return detail::gTagsNikon.item(279); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNikonCaptureEditVersions() { return detail::gTagsNikon.item(280); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNikonCaptureOutput() { return detail::gTagsNikon.item(281); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNEFBitDepth() { return detail::gTagsNikon.item(282); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFirmwareVersion51() { return detail::gTagsNikon.item(283); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFirmwareVersion() { return detail::gTagsNikon.item(284); }
+const TagItem& detail::TagItemCatalogue22::itemNikonBurstGroupID() { return detail::gTagsNikon.item(285); }
+const TagItem& detail::TagItemCatalogue22::itemNikonPhotoShootingMenuBankImageArea() { return detail::gTagsNikon.item(286); }
+const TagItem& detail::TagItemCatalogue22::itemNikonSingleFrame() { return detail::gTagsNikon.item(287); }
+const TagItem& detail::TagItemCatalogue22::itemNikonReleaseMode() { return detail::gTagsNikon.item(288); }
+const TagItem& detail::TagItemCatalogue22::itemNikonIntervalDurationHours() { return detail::gTagsNikon.item(289); }
+const TagItem& detail::TagItemCatalogue22::itemNikonIntervalDurationMinutes() { return detail::gTagsNikon.item(290); }
+const TagItem& detail::TagItemCatalogue22::itemNikonIntervalDurationSeconds() { return detail::gTagsNikon.item(291); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieFrameSize() { return detail::gTagsNikon.item(292); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieFrameRate() { return detail::gTagsNikon.item(293); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieSlowMotion() { return detail::gTagsNikon.item(294); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieISOAutoManualMode() { return detail::gTagsNikon.item(295); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieActiveD_Lighting() { return detail::gTagsNikon.item(296); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieHighISONoiseReduction() { return detail::gTagsNikon.item(297); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieVignetteControl() { return detail::gTagsNikon.item(298); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieVignetteControlSameAsPhoto() { return detail::gTagsNikon.item(299); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieDiffractionCompensation() { return detail::gTagsNikon.item(300); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieAutoDistortionControl() { return detail::gTagsNikon.item(301); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieFocusMode() { return detail::gTagsNikon.item(302); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieVibrationReduction() { return detail::gTagsNikon.item(303); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieVibrationReductionSameAsPhoto() { return detail::gTagsNikon.item(304); }
+const TagItem& detail::TagItemCatalogue22::itemNikonHDMIOutputN_Log() { return detail::gTagsNikon.item(305); }
+const TagItem& detail::TagItemCatalogue22::itemNikonHighFrameRate() { return detail::gTagsNikon.item(306); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMultipleExposureMode() { return detail::gTagsNikon.item(307); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMultiExposureShots() { return detail::gTagsNikon.item(308); }
+const TagItem& detail::TagItemCatalogue22::itemNikonPhotoShootingMenuBank() { return detail::gTagsNikon.item(309); }
+const TagItem& detail::TagItemCatalogue22::itemNikonExtendedMenuBanks() { return detail::gTagsNikon.item(310); }
+const TagItem& detail::TagItemCatalogue22::itemNikonAutoISO() { return detail::gTagsNikon.item(311); }
+const TagItem& detail::TagItemCatalogue22::itemNikonISOAutoFlashLimit() { return detail::gTagsNikon.item(312); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFlickerReductionShooting() { return detail::gTagsNikon.item(313); }
+const TagItem& detail::TagItemCatalogue22::itemNikonVRMode() { return detail::gTagsNikon.item(314); }
+const TagItem& detail::TagItemCatalogue22::itemNikonBracketSet() { return detail::gTagsNikon.item(315); }
+const TagItem& detail::TagItemCatalogue22::itemNikonBracketProgram() { return detail::gTagsNikon.item(316); }
+const TagItem& detail::TagItemCatalogue22::itemNikonBracketIncrement() { return detail::gTagsNikon.item(317); }
+const TagItem& detail::TagItemCatalogue22::itemNikonSecondarySlotFunction() { return detail::gTagsNikon.item(318); }
+const TagItem& detail::TagItemCatalogue22::itemNikonSlot2JpgSize() { return detail::gTagsNikon.item(319); }
+const TagItem& detail::TagItemCatalogue22::itemNikonDXCropAlert() { return detail::gTagsNikon.item(320); }
+const TagItem& detail::TagItemCatalogue22::itemNikonSubjectDetection() { return detail::gTagsNikon.item(321); }
+const TagItem& detail::TagItemCatalogue22::itemNikonDynamicAFAreaSize() { return detail::gTagsNikon.item(322); }
+const TagItem& detail::TagItemCatalogue22::itemNikonToneMap() { return detail::gTagsNikon.item(323); }
+const TagItem& detail::TagItemCatalogue22::itemNikonPortraitImpressionBalance() { return detail::gTagsNikon.item(324); }
+const TagItem& detail::TagItemCatalogue22::itemNikonHighFrequencyFlickerReductionShooting() { return detail::gTagsNikon.item(325); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieImageArea() { return detail::gTagsNikon.item(326); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieISOAutoHiLimit() { return detail::gTagsNikon.item(327); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieISOAutoControlManualMode() { return detail::gTagsNikon.item(328); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieFlickerReduction() { return detail::gTagsNikon.item(329); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieMeteringMode() { return detail::gTagsNikon.item(330); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieAFAreaMode() { return detail::gTagsNikon.item(331); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieVRMode() { return detail::gTagsNikon.item(332); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieElectronicVR() { return detail::gTagsNikon.item(333); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieSoundRecording() { return detail::gTagsNikon.item(334); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMicrophoneSensitivity() { return detail::gTagsNikon.item(335); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMicrophoneAttenuator() { return detail::gTagsNikon.item(336); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMicrophoneFrequencyResponse() { return detail::gTagsNikon.item(337); }
+const TagItem& detail::TagItemCatalogue22::itemNikonWindNoiseReduction() { return detail::gTagsNikon.item(338); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMicrophoneJackPower() { return detail::gTagsNikon.item(339); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieDXCropAlert() { return detail::gTagsNikon.item(340); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieSubjectDetection() { return detail::gTagsNikon.item(341); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieHighResZoom() { return detail::gTagsNikon.item(342); }
+const TagItem& detail::TagItemCatalogue22::itemNikonLanguage() { return detail::gTagsNikon.item(343); }
+const TagItem& detail::TagItemCatalogue22::itemNikonTimeZone() { return detail::gTagsNikon.item(344); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMonitorBrightness() { return detail::gTagsNikon.item(345); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens1FocalLength() { return detail::gTagsNikon.item(346); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens2FocalLength() { return detail::gTagsNikon.item(347); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens3FocalLength() { return detail::gTagsNikon.item(348); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens4FocalLength() { return detail::gTagsNikon.item(349); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens5FocalLength() { return detail::gTagsNikon.item(350); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens6FocalLength() { return detail::gTagsNikon.item(351); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens7FocalLength() { return detail::gTagsNikon.item(352); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens8FocalLength() { return detail::gTagsNikon.item(353); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens9FocalLength() { return detail::gTagsNikon.item(354); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens10FocalLength() { return detail::gTagsNikon.item(355); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens11FocalLength() { return detail::gTagsNikon.item(356); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens12FocalLength() { return detail::gTagsNikon.item(357); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens13FocalLength() { return detail::gTagsNikon.item(358); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens14FocalLength() { return detail::gTagsNikon.item(359); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens15FocalLength() { return detail::gTagsNikon.item(360); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens16FocalLength() { return detail::gTagsNikon.item(361); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens17FocalLength() { return detail::gTagsNikon.item(362); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens18FocalLength() { return detail::gTagsNikon.item(363); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens19FocalLength() { return detail::gTagsNikon.item(364); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens20FocalLength() { return detail::gTagsNikon.item(365); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens1MaxAperture() { return detail::gTagsNikon.item(366); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens2MaxAperture() { return detail::gTagsNikon.item(367); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens3MaxAperture() { return detail::gTagsNikon.item(368); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens4MaxAperture() { return detail::gTagsNikon.item(369); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens5MaxAperture() { return detail::gTagsNikon.item(370); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens6MaxAperture() { return detail::gTagsNikon.item(371); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens7MaxAperture() { return detail::gTagsNikon.item(372); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens8MaxAperture() { return detail::gTagsNikon.item(373); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens9MaxAperture() { return detail::gTagsNikon.item(374); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens10MaxAperture() { return detail::gTagsNikon.item(375); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens11MaxAperture() { return detail::gTagsNikon.item(376); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens12MaxAperture() { return detail::gTagsNikon.item(377); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens13MaxAperture() { return detail::gTagsNikon.item(378); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens14MaxAperture() { return detail::gTagsNikon.item(379); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens15MaxAperture() { return detail::gTagsNikon.item(380); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens16MaxAperture() { return detail::gTagsNikon.item(381); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens17MaxAperture() { return detail::gTagsNikon.item(382); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens18MaxAperture() { return detail::gTagsNikon.item(383); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens19MaxAperture() { return detail::gTagsNikon.item(384); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNonCPULens20MaxAperture() { return detail::gTagsNikon.item(385); }
+const TagItem& detail::TagItemCatalogue22::itemNikonHDMIOutputResolution() { return detail::gTagsNikon.item(386); }
+const TagItem& detail::TagItemCatalogue22::itemNikonAirplaneMode() { return detail::gTagsNikon.item(387); }
+const TagItem& detail::TagItemCatalogue22::itemNikonEmptySlotRelease() { return detail::gTagsNikon.item(388); }
+const TagItem& detail::TagItemCatalogue22::itemNikonEnergySavingMode() { return detail::gTagsNikon.item(389); }
+const TagItem& detail::TagItemCatalogue22::itemNikonUSBPowerDelivery() { return detail::gTagsNikon.item(390); }
+const TagItem& detail::TagItemCatalogue22::itemNikonSensorShield() { return detail::gTagsNikon.item(391); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMovieToneMap() { return detail::gTagsNikon.item(392); }
+const TagItem& detail::TagItemCatalogue22::itemNikonSetClockFromLocationData() { return detail::gTagsNikon.item(393); }
+const TagItem& detail::TagItemCatalogue22::itemNikonRecordLocationData() { return detail::gTagsNikon.item(394); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFocusShiftAutoReset() { return detail::gTagsNikon.item(395); }
+const TagItem& detail::TagItemCatalogue22::itemNikonPreReleaseBurstLength() { return detail::gTagsNikon.item(396); }
+const TagItem& detail::TagItemCatalogue22::itemNikonPostReleaseBurstLength() { return detail::gTagsNikon.item(397); }
+const TagItem& detail::TagItemCatalogue22::itemNikonAutoCapturePreset() { return detail::gTagsNikon.item(398); }
+const TagItem& detail::TagItemCatalogue22::itemNikonVerticalISOButton() { return detail::gTagsNikon.item(399); }
+const TagItem& detail::TagItemCatalogue22::itemNikonExposureCompensationButton() { return detail::gTagsNikon.item(400); }
+const TagItem& detail::TagItemCatalogue22::itemNikonISOButton() { return detail::gTagsNikon.item(401); }
+const TagItem& detail::TagItemCatalogue22::itemNikonViewModeShowEffectsOfSettings() { return detail::gTagsNikon.item(402); }
+const TagItem& detail::TagItemCatalogue22::itemNikonDispButton() { return detail::gTagsNikon.item(403); }
+const TagItem& detail::TagItemCatalogue22::itemNikonExposureDelay() { return detail::gTagsNikon.item(404); }
+const TagItem& detail::TagItemCatalogue22::itemNikonPlaybackButton() { return detail::gTagsNikon.item(405); }
+const TagItem& detail::TagItemCatalogue22::itemNikonWBButton() { return detail::gTagsNikon.item(406); }
+const TagItem& detail::TagItemCatalogue22::itemNikonBracketButton() { return detail::gTagsNikon.item(407); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFlashModeButton() { return detail::gTagsNikon.item(408); }
+const TagItem& detail::TagItemCatalogue22::itemNikonLensFunc1ButtonPlaybackMode() { return detail::gTagsNikon.item(409); }
+const TagItem& detail::TagItemCatalogue22::itemNikonLensFunc2ButtonPlaybackMode() { return detail::gTagsNikon.item(410); }
+const TagItem& detail::TagItemCatalogue22::itemNikonPlaybackButtonPlaybackMode() { return detail::gTagsNikon.item(411); }
+const TagItem& detail::TagItemCatalogue22::itemNikonBracketButtonPlaybackMode() { return detail::gTagsNikon.item(412); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFlashModeButtonPlaybackMode() { return detail::gTagsNikon.item(413); }
+const TagItem& detail::TagItemCatalogue22::itemNikonPrimarySlot() { return detail::gTagsNikon.item(414); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMultiExposureVersion() { return detail::gTagsNikon.item(415); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMultiExposureMode() { return detail::gTagsNikon.item(416); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMultiExposureAutoGain() { return detail::gTagsNikon.item(417); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMultiExposureOverlayMode() { return detail::gTagsNikon.item(418); }
+const TagItem& detail::TagItemCatalogue22::itemNikonPreviewImage1() { return detail::gTagsNikon.item(419); }
+const TagItem& detail::TagItemCatalogue22::itemNikonPreviewImage2() { return detail::gTagsNikon.item(420); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFrameCount() { return detail::gTagsNikon.item(421); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFrameRate() { return detail::gTagsNikon.item(422); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFrameWidth() { return detail::gTagsNikon.item(423); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFrameHeight() { return detail::gTagsNikon.item(424); }
+const TagItem& detail::TagItemCatalogue22::itemNikonAudioChannels() { return detail::gTagsNikon.item(425); }
+const TagItem& detail::TagItemCatalogue22::itemNikonAudioBitsPerSample() { return detail::gTagsNikon.item(426); }
+const TagItem& detail::TagItemCatalogue22::itemNikonAudioSampleRate() { return detail::gTagsNikon.item(427); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNikonDateTime() { return detail::gTagsNikon.item(428); }
+const TagItem& detail::TagItemCatalogue22::itemNikonElectronicVR() { return detail::gTagsNikon.item(429); }
+const TagItem& detail::TagItemCatalogue22::itemNikonExposureProgram() { return detail::gTagsNikon.item(430); }
+const TagItem& detail::TagItemCatalogue22::itemNikonLensInfo() { return detail::gTagsNikon.item(431); }
+const TagItem& detail::TagItemCatalogue22::itemNikonLensMake() { return detail::gTagsNikon.item(432); }
+const TagItem& detail::TagItemCatalogue22::itemNikonLensSerialNumber() { return detail::gTagsNikon.item(433); }
+const TagItem& detail::TagItemCatalogue22::itemNikonAFAreaInitialXPosition() { return detail::gTagsNikon.item(434); }
+const TagItem& detail::TagItemCatalogue22::itemNikonAFAreaInitialYPosition() { return detail::gTagsNikon.item(435); }
+const TagItem& detail::TagItemCatalogue22::itemNikonAFAreaInitialWidth() { return detail::gTagsNikon.item(436); }
+const TagItem& detail::TagItemCatalogue22::itemNikonAFAreaInitialHeight() { return detail::gTagsNikon.item(437); }
+const TagItem& detail::TagItemCatalogue22::itemNikonRollAngle() { return detail::gTagsNikon.item(438); }
+const TagItem& detail::TagItemCatalogue22::itemNikonPitchAngle() { return detail::gTagsNikon.item(439); }
+const TagItem& detail::TagItemCatalogue22::itemNikonYawAngle() { return detail::gTagsNikon.item(440); }
+const TagItem& detail::TagItemCatalogue22::itemNikonPictureControlVersion() { return detail::gTagsNikon.item(441); }
+const TagItem& detail::TagItemCatalogue22::itemNikonPictureControlName() { return detail::gTagsNikon.item(442); }
+const TagItem& detail::TagItemCatalogue22::itemNikonPictureControlBase() { return detail::gTagsNikon.item(443); }
+const TagItem& detail::TagItemCatalogue22::itemNikonPictureControlAdjust() { return detail::gTagsNikon.item(444); }
+const TagItem& detail::TagItemCatalogue22::itemNikonPictureControlQuickAdjust() { return detail::gTagsNikon.item(445); }
+const TagItem& detail::TagItemCatalogue22::itemNikonContrast() { return detail::gTagsNikon.item(446); }
+const TagItem& detail::TagItemCatalogue22::itemNikonBrightness() { return detail::gTagsNikon.item(447); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFilterEffect() { return detail::gTagsNikon.item(448); }
+const TagItem& detail::TagItemCatalogue22::itemNikonToningSaturation() { return detail::gTagsNikon.item(449); }
+const TagItem& detail::TagItemCatalogue22::itemNikonClarity() { return detail::gTagsNikon.item(450); }
+const TagItem& detail::TagItemCatalogue22::itemNikonHue() { return detail::gTagsNikon.item(451); }
+const TagItem& detail::TagItemCatalogue22::itemNikonMidRangeSharpness() { return detail::gTagsNikon.item(452); }
+const TagItem& detail::TagItemCatalogue22::itemNikonRetouchInfoVersion() { return detail::gTagsNikon.item(453); }
+const TagItem& detail::TagItemCatalogue22::itemNikonRetouchNEFProcessing() { return detail::gTagsNikon.item(454); }
+const TagItem& detail::TagItemCatalogue22::itemNikonRotation() { return detail::gTagsNikon.item(455); }
+const TagItem& detail::TagItemCatalogue22::itemNikonInterval() { return detail::gTagsNikon.item(456); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFlickerReductionIndicator() { return detail::gTagsNikon.item(457); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFocusShiftShooting() { return detail::gTagsNikon.item(458); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFlickerReduction() { return detail::gTagsNikon.item(459); }
+const TagItem& detail::TagItemCatalogue22::itemNikonShotInfoVersion() { return detail::gTagsNikon.item(460); }
+const TagItem& detail::TagItemCatalogue22::itemNikonDistortionControl() { return detail::gTagsNikon.item(461); }
+const TagItem& detail::TagItemCatalogue22::itemNikonVR_0x66() { return detail::gTagsNikon.item(462); }
+const TagItem& detail::TagItemCatalogue22::itemNikonVibrationReduction() { return detail::gTagsNikon.item(463); }
+const TagItem& detail::TagItemCatalogue22::itemNikonImageArea() { return detail::gTagsNikon.item(464); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNikonImageSize() { return detail::gTagsNikon.item(465); }
+const TagItem& detail::TagItemCatalogue22::itemNikonImageQuality() { return detail::gTagsNikon.item(466); }
+const TagItem& detail::TagItemCatalogue22::itemNikonPreFlashReturnStrength() { return detail::gTagsNikon.item(467); }
+const TagItem& detail::TagItemCatalogue22::itemNikonNumberOffsets() { return detail::gTagsNikon.item(468); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFlashFired() { return detail::gTagsNikon.item(469); }
+const TagItem& detail::TagItemCatalogue22::itemNikonRepeatingFlashOutputExternal() { return detail::gTagsNikon.item(470); }
+const TagItem& detail::TagItemCatalogue22::itemNikonRepeatingFlashRateExternal() { return detail::gTagsNikon.item(471); }
+const TagItem& detail::TagItemCatalogue22::itemNikonRepeatingFlashCountExternal() { return detail::gTagsNikon.item(472); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFlashExposureComp2() { return detail::gTagsNikon.item(473); }
+const TagItem& detail::TagItemCatalogue22::itemNikonRepeatingFlashRateBuilt_in() { return detail::gTagsNikon.item(474); }
+const TagItem& detail::TagItemCatalogue22::itemNikonRepeatingFlashCountBuilt_in() { return detail::gTagsNikon.item(475); }
+const TagItem& detail::TagItemCatalogue22::itemNikonSequenceNumber() { return detail::gTagsNikon.item(476); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFirmwareVersion2() { return detail::gTagsNikon.item(477); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFirmwareVersion3() { return detail::gTagsNikon.item(478); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCCDSensitivity() { return detail::gTagsNikon.item(479); }
+const TagItem& detail::TagItemCatalogue22::itemNikonFocus() { return detail::gTagsNikon.item(480); }
+const TagItem& detail::TagItemCatalogue22::itemNikonConverter() { return detail::gTagsNikon.item(481); }
+const TagItem& detail::TagItemCatalogue22::itemNikonUnknownInfoVersion() { return detail::gTagsNikon.item(482); }
+const TagItem& detail::TagItemCatalogue22::itemNikonUnknownInfo2Version() { return detail::gTagsNikon.item(483); }
+const TagItem& detail::TagItemCatalogue22::itemNikonVRInfoVersion() { return detail::gTagsNikon.item(484); }
+const TagItem& detail::TagItemCatalogue22::itemNikonVRType() { return detail::gTagsNikon.item(485); }
+const TagItem& detail::TagItemCatalogue22::itemNikonDaylightSavings() { return detail::gTagsNikon.item(486); }
+const TagItem& detail::TagItemCatalogue22::itemNikonDateDisplayFormat() { return detail::gTagsNikon.item(487); }
 
 const TagStrings& TagStringsCatalogue::stringsNikonCapture() {
   return gStringsNikonCapture.strings(&TagStringsCatalogue::stringTableNikonCapture);
@@ -9868,108 +9874,103 @@ TagStringTable TagStringsCatalogue::stringTableNikonCapture(ETLanguage language)
   return gStringsNikonCapture.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue22::allStreamsNikonCapture() {
-  return gTagsNikonCapture.all();
+  return detail::gTagsNikonCapture.all();
 }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureBrightnessAdj() { return gTagsNikonCapture.item(0); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureEnhanceDarkTones() { return gTagsNikonCapture.item(1); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureColorBoostType() { return gTagsNikonCapture.item(2); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureColorBoostLevel() { return gTagsNikonCapture.item(3); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropLeft() { return gTagsNikonCapture.item(4); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropTop() { return gTagsNikonCapture.item(5); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropRight() { return gTagsNikonCapture.item(6); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropBottom() { return gTagsNikonCapture.item(7); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropOutputWidthInches() { return gTagsNikonCapture.item(8); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropOutputHeightInches() { return gTagsNikonCapture.item(9); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropScaledResolution() { return gTagsNikonCapture.item(10); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropSourceResolution() { return gTagsNikonCapture.item(11); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropOutputResolution() { return gTagsNikonCapture.item(12); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropOutputScale() { return gTagsNikonCapture.item(13); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropOutputWidth() { return gTagsNikonCapture.item(14); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropOutputHeight() { return gTagsNikonCapture.item(15); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropOutputPixels() { return gTagsNikonCapture.item(16); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureD_LightingHQShadow() { return gTagsNikonCapture.item(17); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureD_LightingHQHighlight() { return gTagsNikonCapture.item(18); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureD_LightingHQColorBoost() { return gTagsNikonCapture.item(19); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureD_LightingHSAdjustment() { return gTagsNikonCapture.item(20); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureD_LightingHSColorBoost() { return gTagsNikonCapture.item(21); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureExposureAdj() { return gTagsNikonCapture.item(22); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureExposureAdj2() { return gTagsNikonCapture.item(23); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureActiveD_Lighting() { return gTagsNikonCapture.item(24); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureActiveD_LightingMode() { return gTagsNikonCapture.item(25); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureShadowProtection() { return gTagsNikonCapture.item(26); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureSaturationAdj() { return gTagsNikonCapture.item(27); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureHighlightProtection() { return gTagsNikonCapture.item(28); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureLCHEditor() { return gTagsNikonCapture.item(29); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureHistogramXML() { return gTagsNikonCapture.item(30); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureColorAberrationControl() { return gTagsNikonCapture.item(31); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureD_LightingHQ() { return gTagsNikonCapture.item(32); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureStraightenAngle() { return gTagsNikonCapture.item(33); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureEditVersionName() { return gTagsNikonCapture.item(34); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureQuickFix() { return gTagsNikonCapture.item(35); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureColorBooster() { return gTagsNikonCapture.item(36); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureD_LightingHQSelected() { return gTagsNikonCapture.item(37); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureNoiseReduction() { return gTagsNikonCapture.item(38); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharpMask() { return gTagsNikonCapture.item(39); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCurves() { return gTagsNikonCapture.item(40); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureColorBalanceAdj() { return gTagsNikonCapture.item(41); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureAdvancedRaw() { return gTagsNikonCapture.item(42); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureWhiteBalanceAdj() { return gTagsNikonCapture.item(43); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureVignetteControl() { return gTagsNikonCapture.item(44); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureFlipHorizontal() { return gTagsNikonCapture.item(45); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureRotation() { return gTagsNikonCapture.item(46); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCapturePhotoEffects() { return gTagsNikonCapture.item(47); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureVignetteControlIntensity() { return gTagsNikonCapture.item(48); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureD_LightingHS() { return gTagsNikonCapture.item(49); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCapturePictureControl() { return gTagsNikonCapture.item(50); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCapturePhotoEffectHistoryXML() { return gTagsNikonCapture.item(51); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureAutoRedEye() { return gTagsNikonCapture.item(52); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureImageDustOff() { return gTagsNikonCapture.item(53); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureEdgeNoiseReduction() { return gTagsNikonCapture.item(54); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureColorMoireReductionMode() { return gTagsNikonCapture.item(55); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureNoiseReductionIntensity() { return gTagsNikonCapture.item(56); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureNoiseReductionSharpness() { return gTagsNikonCapture.item(57); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureNoiseReductionMethod() { return gTagsNikonCapture.item(58); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureColorMoireReduction() { return gTagsNikonCapture.item(59); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureColorNoiseReductionIntensity() { return gTagsNikonCapture.item(60); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureColorNoiseReductionSharpness() { return gTagsNikonCapture.item(61); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCapturePhotoEffectsType() { return gTagsNikonCapture.item(62); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCapturePhotoEffectsRed() { return gTagsNikonCapture.item(63); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCapturePhotoEffectsGreen() { return gTagsNikonCapture.item(64); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCapturePhotoEffectsBlue() { return gTagsNikonCapture.item(65); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCapturePictureControlActive() { return gTagsNikonCapture.item(66); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCapturePictureControlMode() { return gTagsNikonCapture.item(67); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureQuickAdjust() { return gTagsNikonCapture.item(68); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureSharpeningAdj() { return gTagsNikonCapture.item(69); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureContrastAdj() { return gTagsNikonCapture.item(70); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureHueAdj() { return gTagsNikonCapture.item(71); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureRedEyeCorrection() { return gTagsNikonCapture.item(72); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharpCount() { return gTagsNikonCapture.item(73); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp1Color() { return gTagsNikonCapture.item(74); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp1Intensity() { return gTagsNikonCapture.item(75); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp1HaloWidth() { return gTagsNikonCapture.item(76); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp1Threshold() { return gTagsNikonCapture.item(77); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp2Color() { return gTagsNikonCapture.item(78); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp2Intensity() { return gTagsNikonCapture.item(79); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp2HaloWidth() { return gTagsNikonCapture.item(80); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp2Threshold() { return gTagsNikonCapture.item(81); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp3Color() { return gTagsNikonCapture.item(82); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp3Intensity() { return gTagsNikonCapture.item(83); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp3HaloWidth() { return gTagsNikonCapture.item(84); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp3Threshold() { return gTagsNikonCapture.item(85); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp4Color() { return gTagsNikonCapture.item(86); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp4Intensity() { return gTagsNikonCapture.item(87); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp4HaloWidth() { return gTagsNikonCapture.item(88); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp4Threshold() { return gTagsNikonCapture.item(89); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureWBAdjRedBalance() { return gTagsNikonCapture.item(90); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureWBAdjBlueBalance() { return gTagsNikonCapture.item(91); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureWBAdjMode() { return gTagsNikonCapture.item(92); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureWBAdjLighting() { return gTagsNikonCapture.item(93); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureWBAdjTemperature() { return gTagsNikonCapture.item(94); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCaptureWBAdjTint() { return gTagsNikonCapture.item(95); }
-
-namespace detail {
-const TagItem* findInNikon(std::string_view key) { return gTagsNikon.find(key); }
-const TagItem* findInNikonCapture(std::string_view key) { return gTagsNikonCapture.find(key); }
-}  // namespace detail
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureBrightnessAdj() { return detail::gTagsNikonCapture.item(0); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureEnhanceDarkTones() { return detail::gTagsNikonCapture.item(1); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureColorBoostType() { return detail::gTagsNikonCapture.item(2); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureColorBoostLevel() { return detail::gTagsNikonCapture.item(3); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropLeft() { return detail::gTagsNikonCapture.item(4); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropTop() { return detail::gTagsNikonCapture.item(5); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropRight() { return detail::gTagsNikonCapture.item(6); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropBottom() { return detail::gTagsNikonCapture.item(7); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropOutputWidthInches() { return detail::gTagsNikonCapture.item(8); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropOutputHeightInches() { return detail::gTagsNikonCapture.item(9); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropScaledResolution() { return detail::gTagsNikonCapture.item(10); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropSourceResolution() { return detail::gTagsNikonCapture.item(11); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropOutputResolution() { return detail::gTagsNikonCapture.item(12); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropOutputScale() { return detail::gTagsNikonCapture.item(13); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropOutputWidth() { return detail::gTagsNikonCapture.item(14); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropOutputHeight() { return detail::gTagsNikonCapture.item(15); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCropOutputPixels() { return detail::gTagsNikonCapture.item(16); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureD_LightingHQShadow() { return detail::gTagsNikonCapture.item(17); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureD_LightingHQHighlight() { return detail::gTagsNikonCapture.item(18); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureD_LightingHQColorBoost() { return detail::gTagsNikonCapture.item(19); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureD_LightingHSAdjustment() { return detail::gTagsNikonCapture.item(20); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureD_LightingHSColorBoost() { return detail::gTagsNikonCapture.item(21); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureExposureAdj() { return detail::gTagsNikonCapture.item(22); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureExposureAdj2() { return detail::gTagsNikonCapture.item(23); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureActiveD_Lighting() { return detail::gTagsNikonCapture.item(24); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureActiveD_LightingMode() { return detail::gTagsNikonCapture.item(25); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureShadowProtection() { return detail::gTagsNikonCapture.item(26); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureSaturationAdj() { return detail::gTagsNikonCapture.item(27); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureHighlightProtection() { return detail::gTagsNikonCapture.item(28); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureLCHEditor() { return detail::gTagsNikonCapture.item(29); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureHistogramXML() { return detail::gTagsNikonCapture.item(30); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureColorAberrationControl() { return detail::gTagsNikonCapture.item(31); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureD_LightingHQ() { return detail::gTagsNikonCapture.item(32); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureStraightenAngle() { return detail::gTagsNikonCapture.item(33); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureEditVersionName() { return detail::gTagsNikonCapture.item(34); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureQuickFix() { return detail::gTagsNikonCapture.item(35); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureColorBooster() { return detail::gTagsNikonCapture.item(36); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureD_LightingHQSelected() { return detail::gTagsNikonCapture.item(37); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureNoiseReduction() { return detail::gTagsNikonCapture.item(38); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharpMask() { return detail::gTagsNikonCapture.item(39); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureCurves() { return detail::gTagsNikonCapture.item(40); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureColorBalanceAdj() { return detail::gTagsNikonCapture.item(41); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureAdvancedRaw() { return detail::gTagsNikonCapture.item(42); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureWhiteBalanceAdj() { return detail::gTagsNikonCapture.item(43); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureVignetteControl() { return detail::gTagsNikonCapture.item(44); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureFlipHorizontal() { return detail::gTagsNikonCapture.item(45); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureRotation() { return detail::gTagsNikonCapture.item(46); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCapturePhotoEffects() { return detail::gTagsNikonCapture.item(47); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureVignetteControlIntensity() { return detail::gTagsNikonCapture.item(48); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureD_LightingHS() { return detail::gTagsNikonCapture.item(49); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCapturePictureControl() { return detail::gTagsNikonCapture.item(50); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCapturePhotoEffectHistoryXML() { return detail::gTagsNikonCapture.item(51); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureAutoRedEye() { return detail::gTagsNikonCapture.item(52); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureImageDustOff() { return detail::gTagsNikonCapture.item(53); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureEdgeNoiseReduction() { return detail::gTagsNikonCapture.item(54); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureColorMoireReductionMode() { return detail::gTagsNikonCapture.item(55); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureNoiseReductionIntensity() { return detail::gTagsNikonCapture.item(56); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureNoiseReductionSharpness() { return detail::gTagsNikonCapture.item(57); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureNoiseReductionMethod() { return detail::gTagsNikonCapture.item(58); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureColorMoireReduction() { return detail::gTagsNikonCapture.item(59); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureColorNoiseReductionIntensity() { return detail::gTagsNikonCapture.item(60); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureColorNoiseReductionSharpness() { return detail::gTagsNikonCapture.item(61); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCapturePhotoEffectsType() { return detail::gTagsNikonCapture.item(62); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCapturePhotoEffectsRed() { return detail::gTagsNikonCapture.item(63); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCapturePhotoEffectsGreen() { return detail::gTagsNikonCapture.item(64); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCapturePhotoEffectsBlue() { return detail::gTagsNikonCapture.item(65); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCapturePictureControlActive() { return detail::gTagsNikonCapture.item(66); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCapturePictureControlMode() { return detail::gTagsNikonCapture.item(67); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureQuickAdjust() { return detail::gTagsNikonCapture.item(68); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureSharpeningAdj() { return detail::gTagsNikonCapture.item(69); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureContrastAdj() { return detail::gTagsNikonCapture.item(70); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureHueAdj() { return detail::gTagsNikonCapture.item(71); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureRedEyeCorrection() { return detail::gTagsNikonCapture.item(72); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharpCount() { return detail::gTagsNikonCapture.item(73); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp1Color() { return detail::gTagsNikonCapture.item(74); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp1Intensity() { return detail::gTagsNikonCapture.item(75); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp1HaloWidth() { return detail::gTagsNikonCapture.item(76); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp1Threshold() { return detail::gTagsNikonCapture.item(77); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp2Color() { return detail::gTagsNikonCapture.item(78); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp2Intensity() { return detail::gTagsNikonCapture.item(79); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp2HaloWidth() { return detail::gTagsNikonCapture.item(80); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp2Threshold() { return detail::gTagsNikonCapture.item(81); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp3Color() { return detail::gTagsNikonCapture.item(82); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp3Intensity() { return detail::gTagsNikonCapture.item(83); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp3HaloWidth() { return detail::gTagsNikonCapture.item(84); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp3Threshold() { return detail::gTagsNikonCapture.item(85); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp4Color() { return detail::gTagsNikonCapture.item(86); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp4Intensity() { return detail::gTagsNikonCapture.item(87); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp4HaloWidth() { return detail::gTagsNikonCapture.item(88); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureUnsharp4Threshold() { return detail::gTagsNikonCapture.item(89); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureWBAdjRedBalance() { return detail::gTagsNikonCapture.item(90); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureWBAdjBlueBalance() { return detail::gTagsNikonCapture.item(91); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureWBAdjMode() { return detail::gTagsNikonCapture.item(92); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureWBAdjLighting() { return detail::gTagsNikonCapture.item(93); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureWBAdjTemperature() { return detail::gTagsNikonCapture.item(94); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCaptureWBAdjTint() { return detail::gTagsNikonCapture.item(95); }
 
 }  // namespace lorvane

@@ -6,6 +6,8 @@
 namespace lorvane {
 namespace {
 
+using enum detail::TagFlag;
+
 constexpr char kText[] =
     "MultiSelectorLiveViewMode" "CustomSettingsBank" "CustomSettingsAllDefault"
     "AF-CPrioritySelection" "AF-SPrioritySelection" "AFPointSelection" "DynamicAFArea"
@@ -3434,309 +3436,309 @@ constexpr char kText[] =
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsNikonCustom[] = {
-    {{0, 25}, TagType::string, 2, 0, 0, 3},  // MultiSelectorLiveViewMode
-    {{25, 18}, TagType::int8u, 2, 0, 3, 4},  // CustomSettingsBank
-    {{43, 24}, TagType::int8u, 2, 0, 7, 2},  // CustomSettingsAllDefault
-    {{67, 21}, TagType::int8u, 2, 0, 3, 4},  // AF-CPrioritySelection
-    {{88, 21}, TagType::int8u, 2, 0, 7, 2},  // AF-SPrioritySelection
-    {{109, 16}, TagType::int8u, 2, 0, 7, 2},  // AFPointSelection
-    {{125, 13}, TagType::int8u, 2, 0, 3, 4},  // DynamicAFArea
-    {{138, 19}, TagType::int8u, 2, 0, 9, 6},  // FocusTrackingLockOn
-    {{157, 12}, TagType::int8u, 2, 0, 7, 2},  // AFActivation
-    {{169, 14}, TagType::int8u, 2, 0, 7, 2},  // FocusPointWrap
-    {{183, 19}, TagType::int8u, 2, 0, 3, 4},  // AFPointIllumination
-    {{202, 17}, TagType::int8u, 2, 0, 3, 4},  // AFPointBrightness
-    {{219, 8}, TagType::int8u, 2, 0, 7, 2},  // AFAssist
-    {{227, 10}, TagType::int8u, 2, 0, 15, 83},  // AFOnButton
-    {{237, 18}, TagType::int8u, 2, 0, 98, 84},  // VerticalAFOnButton
-    {{255, 14}, TagType::int8u, 2, 0, 182, 7},  // AF-OnForMB-D10
-    {{269, 15}, TagType::int8u, 2, 0, 3, 4},  // AssignBktButton
-    {{284, 21}, TagType::int8u, 2, 0, 3, 4},  // MultiSelectorLiveView
-    {{305, 19}, TagType::int8u, 2, 0, 189, 3},  // InitialZoomLiveView
-    {{324, 11}, TagType::int8u, 2, 0, 189, 3},  // ISOStepSize
-    {{335, 23}, TagType::int8u, 2, 0, 189, 3},  // ExposureControlStepSize
-    {{358, 20}, TagType::int8u, 2, 0, 189, 3},  // ExposureCompStepSize
-    {{378, 24}, TagType::int8u, 2, 0, 189, 3},  // EasyExposureCompensation
-    {{402, 22}, TagType::int8u, 2, 0, 192, 5},  // CenterWeightedAreaSize
-    {{424, 25}, TagType::int32s, 2, 0, 0, 0},  // FineTuneOptCenterWeighted
-    {{449, 25}, TagType::int32s, 2, 0, 0, 0},  // FineTuneOptMatrixMetering
-    {{474, 23}, TagType::int32s, 2, 0, 0, 0},  // FineTuneOptSpotMetering
-    {{497, 22}, TagType::int8u, 2, 0, 15, 83},  // MultiSelectorShootMode
-    {{519, 25}, TagType::int8u, 2, 0, 15, 83},  // MultiSelectorPlaybackMode
-    {{544, 18}, TagType::int8u, 2, 0, 189, 3},  // InitialZoomSetting
-    {{562, 13}, TagType::int8u, 2, 0, 7, 2},  // MultiSelector
-    {{575, 17}, TagType::int8u, 2, 0, 9, 6},  // ExposureDelayMode
-    {{592, 19}, TagType::int8u, 2, 0, 0, 0},  // CLModeShootingSpeed
-    {{611, 19}, TagType::int8u, 2, 0, 189, 3},  // CHModeShootingSpeed
-    {{630, 20}, TagType::int32s, 2, 0, 0, 0},  // MaxContinuousRelease
-    {{650, 17}, TagType::int8u, 2, 0, 7, 2},  // ReverseIndicators
-    {{667, 18}, TagType::int8u, 2, 0, 7, 2},  // FileNumberSequence
-    {{685, 11}, TagType::int8u, 2, 0, 7, 2},  // RearDisplay
-    {{696, 17}, TagType::int8u, 2, 0, 7, 2},  // ViewfinderDisplay
-    {{713, 12}, TagType::int8u, 2, 0, 7, 2},  // BatteryOrder
-    {{725, 15}, TagType::int8u, 2, 0, 3, 4},  // MB-D10Batteries
-    {{740, 10}, TagType::int8u, 2, 0, 7, 2},  // ScreenTips
-    {{750, 4}, TagType::int8u, 2, 0, 3, 4},  // Beep
-    {{754, 19}, TagType::int8u, 2, 0, 3, 4},  // ShootingInfoDisplay
-    {{773, 11}, TagType::int8u, 2, 0, 7, 2},  // GridDisplay
-    {{784, 17}, TagType::int8u, 2, 0, 7, 2},  // ViewfinderWarning
-    {{801, 13}, TagType::int8u, 2, 0, 197, 43},  // PreviewButton
-    {{814, 10}, TagType::int8u, 2, 0, 240, 25},  // FuncButton
-    {{824, 22}, TagType::int8u, 2, 0, 265, 9},  // PreviewButtonPlusDials
-    {{846, 19}, TagType::int8u, 2, 0, 265, 9},  // FuncButtonPlusDials
-    {{865, 12}, TagType::int8u, 2, 0, 274, 24},  // AELockButton
-    {{877, 21}, TagType::int8u, 2, 0, 265, 9},  // AELockButtonPlusDials
-    {{898, 27}, TagType::int8u, 2, 0, 3, 4},  // CommandDialsReverseRotation
-    {{925, 25}, TagType::int8u, 2, 0, 298, 6},  // CommandDialsChangeMainSub
-    {{950, 27}, TagType::int8u, 2, 0, 7, 2},  // CommandDialsApertureSetting
-    {{977, 27}, TagType::int8u, 2, 0, 189, 3},  // CommandDialsMenuAndPlayback
-    {{1004, 15}, TagType::int8u, 2, 0, 7, 2},  // LCDIllumination
-    {{1019, 17}, TagType::int8u, 2, 0, 7, 2},  // PhotoInfoPlayback
-    {{1036, 24}, TagType::int8u, 2, 0, 189, 3},  // ShutterReleaseButtonAE-L
-    {{1060, 22}, TagType::int8u, 2, 0, 7, 2},  // ReleaseButtonToUseDial
-    {{1082, 13}, TagType::int8u, 2, 0, 3, 4},  // SelfTimerTime
-    {{1095, 14}, TagType::int8u, 2, 0, 9, 6},  // MonitorOffTime
-    {{1109, 14}, TagType::int8u, 2, 0, 304, 11},  // FlashSyncSpeed
-    {{1123, 17}, TagType::int8u, 2, 0, 315, 12},  // FlashShutterSpeed
-    {{1140, 14}, TagType::int8u, 2, 0, 192, 5},  // AutoBracketSet
-    {{1154, 16}, TagType::int8u, 2, 0, 192, 5},  // AutoBracketModeM
-    {{1170, 16}, TagType::int8u, 2, 0, 7, 2},  // AutoBracketOrder
-    {{1186, 13}, TagType::int8u, 2, 0, 7, 2},  // ModelingFlash
-    {{1199, 12}, TagType::int8u, 2, 0, 7, 2},  // NoMemoryCard
-    {{1211, 12}, TagType::int8u, 2, 0, 327, 10},  // MeteringTime
-    {{1223, 13}, TagType::int8u, 2, 0, 3, 4},  // InternalFlash
-    {{1236, 15}, TagType::int8u, 2, 0, 337, 7},  // ImageReviewTime
-    {{1251, 22}, TagType::int8u, 2, 0, 344, 11},  // PlaybackMonitorOffTime
-    {{1273, 18}, TagType::int8u, 2, 0, 344, 11},  // MenuMonitorOffTime
-    {{1291, 26}, TagType::int8u, 2, 0, 344, 11},  // ShootingInfoMonitorOffTime
-    {{1317, 5}, TagType::int8u, 2, 0, 7, 2},  // Pitch
-    {{1322, 12}, TagType::int8u, 2, 0, 304, 11},  // StandbyTimer
-    {{1334, 18}, TagType::int8u, 2, 0, 0, 0},  // SelfTimerShotCount
-    {{1352, 21}, TagType::int8u, 2, 0, 3, 4},  // SelfTimerShotInterval
-    {{1373, 25}, TagType::int8u, 2, 0, 344, 11},  // ImageReviewMonitorOffTime
-    {{1398, 22}, TagType::int8u, 2, 0, 182, 7},  // LiveViewMonitorOffTime
-    {{1420, 12}, TagType::int8u, 2, 0, 7, 2},  // PlaybackZoom
-    {{1432, 16}, TagType::int8u, 2, 0, 7, 2},  // ShutterSpeedLock
-    {{1448, 12}, TagType::int8u, 2, 0, 7, 2},  // ApertureLock
-    {{1460, 18}, TagType::int8u, 2, 0, 189, 3},  // MovieShutterButton
-    {{1478, 21}, TagType::int8u, 2, 0, 7, 2},  // FlashExposureCompArea
-    {{1499, 19}, TagType::int8u, 2, 0, 355, 4},  // MovieFunctionButton
-    {{1518, 18}, TagType::int8u, 2, 0, 359, 6},  // MoviePreviewButton
-    {{1536, 21}, TagType::int8u, 2, 0, 365, 84},  // VerticalMultiSelector
-    {{1557, 18}, TagType::int8u, 2, 0, 449, 91},  // VerticalFuncButton
-    {{1575, 27}, TagType::int8u, 2, 0, 540, 11},  // VerticalFuncButtonPlusDials
-    {{1602, 23}, TagType::int8u, 2, 0, 15, 83},  // AssignMovieRecordButton
-    {{1625, 20}, TagType::int8u, 2, 0, 7, 2},  // DynamicAreaAFDisplay
-    {{1645, 18}, TagType::int8u, 2, 0, 189, 3},  // StoreByOrientation
-    {{1663, 23}, TagType::int8u, 2, 0, 7, 2},  // GroupAreaAFIllumination
-    {{1686, 21}, TagType::int8u, 2, 0, 7, 2},  // SubSelectorAssignment
-    {{1707, 26}, TagType::int8u, 2, 0, 182, 7},  // MovieSubSelectorAssignment
-    {{1733, 11}, TagType::int8u, 2, 0, 551, 88},  // SubSelector
-    {{1744, 20}, TagType::int8u, 2, 0, 639, 6},  // SubSelectorPlusDials
-    {{1764, 14}, TagType::int8u, 2, 0, 7, 2},  // MatrixMetering
-    {{1778, 21}, TagType::int8u, 2, 0, 189, 3},  // LiveViewButtonOptions
-    {{1799, 18}, TagType::int8u, 2, 0, 189, 3},  // AFModeRestrictions
-    {{1817, 24}, TagType::int8u, 2, 0, 645, 7},  // LimitAFAreaModeSelection
-    {{1841, 28}, TagType::int8u, 2, 0, 7, 2},  // MovieFunctionButtonPlusDials
-    {{1869, 27}, TagType::int8u, 2, 0, 7, 2},  // MoviePreviewButtonPlusDials
-    {{1896, 35}, TagType::int8u, 2, 0, 7, 2},  // MovieSubSelectorAssignmentPlusDials
-    {{1931, 20}, TagType::int8u, 2, 0, 652, 11},  // AssignRemoteFnButton
-    {{1951, 24}, TagType::int8u, 2, 0, 663, 28},  // LensFocusFunctionButtons
-    {{1975, 11}, TagType::int8u, 2, 0, 7, 2},  // ImageReview
-    {{1986, 7}, TagType::int8u, 2, 0, 7, 2},  // AutoISO
-    {{1993, 10}, TagType::int8u, 2, 0, 3, 4},  // AutoISOMax
-    {{2003, 22}, TagType::int8u, 2, 0, 304, 11},  // AutoISOMinShutterSpeed
-    {{2025, 16}, TagType::int8u, 2, 0, 3, 4},  // RemoteOnDuration
-    {{2041, 6}, TagType::int8u, 2, 0, 7, 2},  // AELock
-    {{2047, 19}, TagType::int8u, 2, 0, 192, 5},  // ShootingModeSetting
-    {{2066, 19}, TagType::int8u, 2, 0, 691, 8},  // TimerFunctionButton
-    {{2085, 8}, TagType::int8u, 2, 0, 189, 3},  // Metering
-    {{2093, 17}, TagType::int8u, 2, 0, 0, 0},  // ManualFlashOutput
-    {{2110, 10}, TagType::int8s, 2, 0, 0, 0},  // FlashLevel
-    {{2120, 16}, TagType::int8u, 2, 0, 3, 4},  // FocusModeSetting
-    {{2136, 17}, TagType::int8u, 2, 0, 3, 4},  // AFAreaModeSetting
-    {{2153, 19}, TagType::int8u, 2, 0, 7, 2},  // NumberOfFocusPoints
-    {{2172, 28}, TagType::int8u, 2, 0, 7, 2},  // Three-DTrackingFaceDetection
-    {{2200, 19}, TagType::int8u, 2, 0, 699, 5},  // BlockShotAFResponse
-    {{2219, 10}, TagType::int8u, 2, 0, 0, 3},  // ISODisplay
-    {{2229, 30}, TagType::int8u, 2, 0, 7, 2},  // ElectronicFront-CurtainShutter
-    {{2259, 11}, TagType::int8u, 2, 0, 704, 91},  // Func1Button
-    {{2270, 23}, TagType::int8u, 2, 0, 7, 2},  // AutoFlashISOSensitivity
-    {{2293, 16}, TagType::int8u, 2, 0, 15, 83},  // MovieFunc1Button
-    {{2309, 20}, TagType::int8u, 2, 0, 795, 8},  // Func1ButtonPlusDials
-    {{2329, 32}, TagType::int8u, 2, 0, 803, 5},  // AssignMovieRecordButtonPlusDials
-    {{2361, 28}, TagType::int32s, 2, 0, 0, 0},  // FineTuneOptHighlightWeighted
-    {{2389, 21}, TagType::int8u, 2, 0, 808, 12},  // VerticalFuncPlusDials
-    {{2410, 11}, TagType::int8u, 2, 0, 820, 21},  // AF-OnButton
-    {{2421, 17}, TagType::int8u, 2, 0, 841, 41},  // SubSelectorCenter
-    {{2438, 22}, TagType::int8u, 2, 0, 882, 7},  // AssignMovieSubselector
-    {{2460, 31}, TagType::int8u, 2, 0, 7, 2},  // AssignMovieFunc1ButtonPlusDials
-    {{2491, 33}, TagType::int8u, 2, 0, 7, 2},  // AssignMoviePreviewButtonPlusDials
-    {{2524, 31}, TagType::int8u, 2, 0, 7, 2},  // AssignMovieSubselectorPlusDials
-    {{2555, 15}, TagType::int8u, 2, 0, 7, 2},  // SyncReleaseMode
-    {{2570, 24}, TagType::int8u, 2, 0, 7, 2},  // Three-DTrackingWatchArea
-    {{2594, 13}, TagType::int8u, 2, 0, 189, 3},  // SubjectMotion
-    {{2607, 11}, TagType::int8u, 2, 0, 889, 91},  // Func2Button
-    {{2618, 20}, TagType::int8u, 2, 0, 795, 8},  // Func2ButtonPlusDials
-    {{2638, 22}, TagType::int8u, 2, 0, 980, 3},  // AssignMovieFunc2Button
-    {{2660, 11}, TagType::int8u, 2, 0, 15, 83},  // Func3Button
-    {{2671, 22}, TagType::int8u, 2, 0, 983, 39},  // AssignMB-D17FuncButton
-    {{2693, 31}, TagType::int8u, 2, 0, 808, 12},  // AssignMB-D17FuncButtonPlusDials
-    {{2724, 23}, TagType::int8u, 2, 0, 1022, 20},  // AssignMB-D17AF-OnButton
-    {{2747, 11}, TagType::int8u, 2, 0, 7, 2},  // RangeFinder
-    {{2758, 11}, TagType::int8u, 2, 0, 7, 2},  // DateImprint
-    {{2769, 10}, TagType::int8u, 2, 0, 7, 2},  // EVStepSize
-    {{2779, 17}, TagType::int8u, 2, 0, 691, 8},  // PlaybackMenusTime
-    {{2796, 10}, TagType::int8u, 2, 0, 3, 4},  // LiveViewAF
-    {{2806, 23}, TagType::int8u, 2, 0, 7, 2},  // ReverseExposureCompDial
-    {{2829, 27}, TagType::int8u, 2, 0, 7, 2},  // ReverseShutterSpeedAperture
-    {{2856, 14}, TagType::int8u, 2, 0, 1042, 18},  // FunctionButton
-    {{2870, 19}, TagType::int8u, 2, 0, 7, 2},  // ExposureControlStep
-    {{2889, 18}, TagType::int8u, 2, 0, 7, 2},  // ISOSensitivityStep
-    {{2907, 17}, TagType::int8u, 2, 0, 3, 4},  // MB-D10BatteryType
-    {{2924, 20}, TagType::int8u, 2, 0, 3, 4},  // FlashControlBuilt-in
-    {{2944, 20}, TagType::int8u, 2, 0, 0, 0},  // RepeatingFlashOutput
-    {{2964, 19}, TagType::int8u, 2, 0, 0, 0},  // RepeatingFlashCount
-    {{2983, 18}, TagType::int8u, 2, 0, 0, 0},  // RepeatingFlashRate
-    {{3001, 27}, TagType::int8u, 2, 0, 3, 4},  // CommanderInternalTTLChannel
-    {{3028, 31}, TagType::int8u, 2, 0, 0, 0},  // CommanderInternalTTLCompBuiltin
-    {{3059, 30}, TagType::int8u, 2, 0, 0, 0},  // CommanderInternalTTLCompGroupA
-    {{3089, 30}, TagType::int8u, 2, 0, 0, 0},  // CommanderInternalTTLCompGroupB
-    {{3119, 14}, TagType::int8u, 2, 0, 182, 7},  // AF-OnForMB-D11
-    {{3133, 17}, TagType::int8u, 2, 0, 189, 3},  // MB-D11BatteryType
-    {{3150, 9}, TagType::int8u, 2, 0, 189, 3},  // BeepPitch
-    {{3159, 10}, TagType::int8u, 2, 0, 3, 4},  // BeepVolume
-    {{3169, 8}, TagType::int8u, 2, 0, 3, 4},  // OKButton
-    {{3177, 17}, TagType::int8u, 2, 0, 3, 4},  // SelfTimerInterval
-    {{3194, 12}, TagType::int8u, 2, 0, 7, 2},  // FlashWarning
-    {{3206, 18}, TagType::int8u, 2, 0, 3, 4},  // LiveViewAFAreaMode
-    {{3224, 14}, TagType::int8u, 2, 0, 7, 2},  // LiveViewAFMode
-    {{3238, 12}, TagType::int8u, 2, 0, 7, 2},  // Illumination
-    {{3250, 20}, TagType::int8u, 2, 0, 7, 2},  // MainDialExposureComp
-    {{3270, 12}, TagType::int8u, 2, 0, 7, 2},  // CommandDials
-    {{3282, 15}, TagType::int8u, 2, 0, 3, 4},  // MB-D80Batteries
-    {{3297, 6}, TagType::int8u, 2, 0, 7, 2},  // AutoFP
-    {{3303, 16}, TagType::int8u, 2, 0, 0, 0},  // CommanderChannel
-    {{3319, 22}, TagType::int8u, 2, 0, 189, 3},  // CommanderInternalFlash
-    {{3341, 19}, TagType::int8u, 2, 0, 3, 4},  // CommanderGroupAMode
-    {{3360, 19}, TagType::int8u, 2, 0, 3, 4},  // CommanderGroupBMode
-    {{3379, 24}, TagType::int8u, 2, 0, 0, 0},  // CommanderInternalTTLComp
-    {{3403, 29}, TagType::int8u, 2, 0, 0, 0},  // CommanderInternalManualOutput
-    {{3432, 26}, TagType::int8u, 2, 0, 0, 0},  // CommanderGroupA_TTL-AAComp
-    {{3458, 27}, TagType::int8u, 2, 0, 0, 0},  // CommanderGroupAManualOutput
-    {{3485, 26}, TagType::int8u, 2, 0, 0, 0},  // CommanderGroupB_TTL-AAComp
-    {{3511, 27}, TagType::int8u, 2, 0, 0, 0},  // CommanderGroupBManualOutput
-    {{3538, 12}, TagType::int8u, 2, 0, 7, 2},  // CenterAFArea
-    {{3550, 18}, TagType::int8u, 2, 0, 7, 2},  // FocusAreaSelection
-    {{3568, 18}, TagType::int8u, 2, 0, 189, 3},  // AFAreaIllumination
-    {{3586, 17}, TagType::int8u, 2, 0, 192, 5},  // AutoBracketingSet
-    {{3603, 18}, TagType::int8u, 2, 0, 3, 4},  // AutoBracketingMode
-    {{3621, 11}, TagType::int8u, 2, 0, 7, 2},  // LightSwitch
-    {{3632, 17}, TagType::int8u, 2, 0, 189, 3},  // MB-D12BatteryType
-    {{3649, 27}, TagType::int8u, 2, 0, 882, 7},  // MovieAELockButtonAssignment
-    {{3676, 14}, TagType::int8u, 2, 0, 691, 8},  // AF-OnForMB-D12
-    {{3690, 22}, TagType::int8u, 2, 0, 1060, 41},  // AssignMB-D18FuncButton
-    {{3712, 31}, TagType::int8u, 2, 0, 808, 12},  // AssignMB-D18FuncButtonPlusDials
-    {{3743, 22}, TagType::int8u, 2, 0, 7, 2},  // ContinuousModeLiveView
-    {{3765, 23}, TagType::int8u, 2, 0, 1101, 22},  // AssignMB-D18AF-OnButton
-    {{3788, 16}, TagType::int8u, 2, 0, 7, 2},  // CenterFocusPoint
-    {{3804, 15}, TagType::int8u, 2, 0, 337, 7},  // AELockForMB-D80
-    {{3819, 17}, TagType::int8u, 2, 0, 3, 4},  // MB-D80BatteryType
-    {{3836, 16}, TagType::int8u, 2, 0, 7, 2},  // EasyExposureComp
-    {{3852, 23}, TagType::int8u, 2, 0, 0, 0},  // CommanderGroupA_TTLComp
-    {{3875, 23}, TagType::int8u, 2, 0, 0, 0},  // CommanderGroupB_TTLComp
-    {{3898, 10}, TagType::int8u, 2, 0, 7, 2},  // AFPointSel
-    {{3908, 22}, TagType::int8u, 2, 0, 7, 2},  // AF-OnOutOfFocusRelease
-    {{3930, 27}, TagType::int8u, 2, 0, 7, 2},  // LimitAF-AreaModeSelPinpoint
-    {{3957, 27}, TagType::int8u, 2, 0, 7, 2},  // LimitAF-AreaModeSelWideAF_S
-    {{3984, 27}, TagType::int8u, 2, 0, 7, 2},  // LimitAF-AreaModeSelWideAF_L
-    {{4011, 22}, TagType::int8u, 2, 0, 7, 2},  // LimitAFAreaModeSelAuto
-    {{4033, 28}, TagType::int8u, 2, 0, 7, 2},  // ManualFocusPointIllumination
-    {{4061, 19}, TagType::int8u, 2, 0, 7, 2},  // DynamicAreaAFAssist
-    {{4080, 20}, TagType::int8u, 2, 0, 7, 2},  // AF-AssistIlluminator
-    {{4100, 23}, TagType::int8u, 2, 0, 7, 2},  // ManualFocusRingInAFMode
-    {{4123, 26}, TagType::int8u, 2, 0, 7, 2},  // LimitSelectableImageAreaDX
-    {{4149, 28}, TagType::int8u, 2, 0, 7, 2},  // LimitSelectableImageArea1To1
-    {{4177, 29}, TagType::int8u, 2, 0, 7, 2},  // LimitSelectableImageArea16To9
-    {{4206, 17}, TagType::int8u, 2, 0, 189, 3},  // FocusPeakingLevel
-    {{4223, 26}, TagType::int8u, 2, 0, 3, 4},  // FocusPeakingHighlightColor
-    {{4249, 21}, TagType::int8u, 2, 0, 7, 2},  // ContinuousModeDisplay
-    {{4270, 13}, TagType::int8u, 2, 0, 7, 2},  // HighSpeedSync
-    {{4283, 15}, TagType::int8u, 2, 0, 1123, 82},  // LensFunc1Button
-    {{4298, 15}, TagType::int8u, 2, 0, 1123, 82},  // LensFunc2Button
-    {{4313, 15}, TagType::int8u, 2, 0, 192, 5},  // LensControlRing
-    {{4328, 30}, TagType::int8u, 2, 0, 0, 0},  // CmdDialsReverseRotExposureComp
-    {{4358, 23}, TagType::int8u, 2, 0, 7, 2},  // CmdDialsReverseRotation
-    {{4381, 18}, TagType::int8u, 2, 0, 7, 2},  // UseDialWithoutHold
-    {{4399, 16}, TagType::int8u, 2, 0, 1123, 82},  // MovieFunc2Button
-    {{4415, 16}, TagType::int8u, 2, 0, 1123, 82},  // MovieAF-OnButton
-    {{4431, 20}, TagType::int8u, 2, 0, 1205, 5},  // MovieLensControlRing
-    {{4451, 18}, TagType::int8u, 2, 0, 1123, 82},  // MovieMultiSelector
-    {{4469, 12}, TagType::int8u, 2, 0, 0, 0},  // MovieAFSpeed
-    {{4481, 17}, TagType::int8u, 2, 0, 7, 2},  // MovieAFSpeedApply
-    {{4498, 26}, TagType::int8u, 2, 0, 182, 7},  // MovieAFTrackingSensitivity
-    {{4524, 21}, TagType::int8u, 2, 0, 7, 2},  // ExtendedShutterSpeeds
-    {{4545, 21}, TagType::int8u, 2, 0, 7, 2},  // FocusPointPersistence
-    {{4566, 25}, TagType::int8u, 2, 0, 192, 5},  // AutoFocusModeRestrictions
-    {{4591, 18}, TagType::int8u, 2, 0, 7, 2},  // FlashBurstPriority
-    {{4609, 28}, TagType::int8u, 2, 0, 7, 2},  // LimitAF-AreaModeSelDynamic_S
-    {{4637, 28}, TagType::int8u, 2, 0, 7, 2},  // LimitAF-AreaModeSelDynamic_M
-    {{4665, 28}, TagType::int8u, 2, 0, 7, 2},  // LimitAF-AreaModeSelDynamic_L
-    {{4693, 29}, TagType::int8u, 2, 0, 7, 2},  // LimitAF-AreaModeSel3DTracking
-    {{4722, 15}, TagType::int8u, 2, 0, 9, 6},  // PlaybackFlickUp
-    {{4737, 17}, TagType::int8u, 2, 0, 9, 6},  // PlaybackFlickDown
-    {{4754, 16}, TagType::int8u, 2, 0, 7, 2},  // ReverseFocusRing
-    {{4770, 13}, TagType::int8u, 2, 0, 7, 2},  // EVFImageFrame
-    {{4783, 7}, TagType::int8u, 2, 0, 265, 9},  // EVFGrid
-    {{4790, 19}, TagType::int8u, 2, 0, 7, 2},  // VirtualHorizonStyle
-    {{4809, 23}, TagType::int8u, 2, 0, 1123, 82},  // Func1ButtonPlaybackMode
-    {{4832, 23}, TagType::int8u, 2, 0, 1123, 82},  // Func2ButtonPlaybackMode
-    {{4855, 29}, TagType::int8u, 2, 0, 1123, 82},  // MovieRecordButtonPlaybackMode
-    {{4884, 23}, TagType::int8u, 2, 0, 327, 10},  // CommandDialPlaybackMode
-    {{4907, 26}, TagType::int8u, 2, 0, 327, 10},  // SubCommandDialPlaybackMode
-    {{4933, 14}, TagType::int8u, 2, 0, 7, 2},  // FocusPointLock
-    {{4947, 19}, TagType::int8u, 2, 0, 7, 2},  // ControlRingResponse
-    {{4966, 15}, TagType::int8u, 2, 0, 1123, 82},  // MovieAFAreaMode
-    {{4981, 21}, TagType::int8u, 2, 0, 189, 3},  // ZebraPatternToneRange
-    {{5002, 17}, TagType::int8u, 2, 0, 7, 2},  // MovieZebraPattern
-    {{5019, 30}, TagType::int8u, 2, 0, 0, 0},  // MovieHighlightDisplayThreshold
-    {{5049, 24}, TagType::int8u, 2, 0, 0, 0},  // MovieMidtoneDisplayValue
-    {{5073, 24}, TagType::int8u, 0, 0, 0, 0},  // MovieMidtoneDisplayRange
-    {{5097, 12}, TagType::int8u, 2, 0, 265, 9},  // MovieEVFGrid
-    {{5109, 21}, TagType::int8u, 2, 0, 7, 2},  // MovieShutterSpeedLock
-    {{5130, 19}, TagType::int8u, 2, 0, 7, 2},  // MovieFocusPointLock
-    {{5149, 16}, TagType::int8u, 2, 0, 7, 2},  // AF-CFocusDisplay
-    {{5165, 19}, TagType::int8u, 2, 0, 7, 2},  // FocusPeakingDisplay
-    {{5184, 12}, TagType::int8u, 2, 0, 189, 3},  // KeepExposure
-    {{5196, 13}, TagType::int8u, 2, 0, 7, 2},  // StarlightView
-    {{5209, 18}, TagType::int8u, 2, 0, 189, 3},  // EVFWarmDisplayMode
-    {{5227, 24}, TagType::int8s, 2, 0, 0, 0},  // EVFWarmDisplayBrightness
-    {{5251, 19}, TagType::int8u, 2, 0, 3, 4},  // EVFReleaseIndicator
-    {{5270, 17}, TagType::int8u, 2, 0, 7, 2},  // MovieApertureLock
-    {{5287, 21}, TagType::int8u, 2, 0, 7, 2},  // FlickAdvanceDirection
-    {{5308, 21}, TagType::int8u, 2, 0, 3, 4},  // PreReleaseBurstLength
-    {{5329, 22}, TagType::int8u, 2, 0, 3, 4},  // PostReleaseBurstLength
-    {{5351, 29}, TagType::int8u, 2, 0, 7, 2},  // ViewModeShowEffectsOfSettings
-    {{5380, 10}, TagType::int8u, 2, 0, 1123, 82},  // DispButton
-    {{5390, 21}, TagType::int8u, 2, 0, 7, 2},  // LimitReleaseModeSelCL
-    {{5411, 21}, TagType::int8u, 2, 0, 7, 2},  // LimitReleaseModeSelCH
-    {{5432, 22}, TagType::int8u, 2, 0, 7, 2},  // LimitReleaseModeSelC30
-    {{5454, 23}, TagType::int8u, 2, 0, 7, 2},  // LimitReleaseModeSelC120
-    {{5477, 23}, TagType::int8u, 2, 0, 7, 2},  // LimitReleaseModeSelSelf
-    {{5500, 33}, TagType::int8u, 2, 0, 7, 2},  // VerticalMultiSelectorPlaybackMode
-    {{5533, 16}, TagType::int8u, 2, 0, 1123, 82},  // MovieFunc3Button
-    {{5549, 11}, TagType::int8u, 2, 0, 1123, 82},  // Func4Button
-    {{5560, 11}, TagType::int8u, 2, 0, 1123, 82},  // AudioButton
-    {{5571, 13}, TagType::int8u, 2, 0, 1123, 82},  // QualityButton
-    {{5584, 23}, TagType::int8u, 2, 0, 1123, 82},  // Func3ButtonPlaybackMode
-    {{5607, 23}, TagType::int8u, 2, 0, 1123, 82},  // Func4ButtonPlaybackMode
-    {{5630, 30}, TagType::int8u, 2, 0, 1123, 82},  // VerticalFuncButtonPlaybackMode
-    {{5660, 23}, TagType::int8u, 2, 0, 1123, 82},  // AudioButtonPlaybackMode
-    {{5683, 25}, TagType::int8u, 2, 0, 1123, 82},  // QualityButtonPlaybackMode
-    {{5708, 30}, TagType::int8u, 2, 0, 1123, 82},  // WhiteBalanceButtonPlaybackMode
-    {{5738, 23}, TagType::int8u, 2, 0, 1123, 82},  // VerticalMovieFuncButton
-    {{5761, 23}, TagType::int8u, 2, 0, 1123, 82},  // VerticalMovieAFOnButton
-    {{5784, 14}, TagType::int8u, 2, 0, 7, 2},  // HDMIViewAssist
+    {{0, 25}, TagType::string, writable, 0, 0, 3},  // MultiSelectorLiveViewMode
+    {{25, 18}, TagType::int8u, writable, 0, 3, 4},  // CustomSettingsBank
+    {{43, 24}, TagType::int8u, writable, 0, 7, 2},  // CustomSettingsAllDefault
+    {{67, 21}, TagType::int8u, writable, 0, 3, 4},  // AF-CPrioritySelection
+    {{88, 21}, TagType::int8u, writable, 0, 7, 2},  // AF-SPrioritySelection
+    {{109, 16}, TagType::int8u, writable, 0, 7, 2},  // AFPointSelection
+    {{125, 13}, TagType::int8u, writable, 0, 3, 4},  // DynamicAFArea
+    {{138, 19}, TagType::int8u, writable, 0, 9, 6},  // FocusTrackingLockOn
+    {{157, 12}, TagType::int8u, writable, 0, 7, 2},  // AFActivation
+    {{169, 14}, TagType::int8u, writable, 0, 7, 2},  // FocusPointWrap
+    {{183, 19}, TagType::int8u, writable, 0, 3, 4},  // AFPointIllumination
+    {{202, 17}, TagType::int8u, writable, 0, 3, 4},  // AFPointBrightness
+    {{219, 8}, TagType::int8u, writable, 0, 7, 2},  // AFAssist
+    {{227, 10}, TagType::int8u, writable, 0, 15, 83},  // AFOnButton
+    {{237, 18}, TagType::int8u, writable, 0, 98, 84},  // VerticalAFOnButton
+    {{255, 14}, TagType::int8u, writable, 0, 182, 7},  // AF-OnForMB-D10
+    {{269, 15}, TagType::int8u, writable, 0, 3, 4},  // AssignBktButton
+    {{284, 21}, TagType::int8u, writable, 0, 3, 4},  // MultiSelectorLiveView
+    {{305, 19}, TagType::int8u, writable, 0, 189, 3},  // InitialZoomLiveView
+    {{324, 11}, TagType::int8u, writable, 0, 189, 3},  // ISOStepSize
+    {{335, 23}, TagType::int8u, writable, 0, 189, 3},  // ExposureControlStepSize
+    {{358, 20}, TagType::int8u, writable, 0, 189, 3},  // ExposureCompStepSize
+    {{378, 24}, TagType::int8u, writable, 0, 189, 3},  // EasyExposureCompensation
+    {{402, 22}, TagType::int8u, writable, 0, 192, 5},  // CenterWeightedAreaSize
+    {{424, 25}, TagType::int32s, writable, 0, 0, 0},  // FineTuneOptCenterWeighted
+    {{449, 25}, TagType::int32s, writable, 0, 0, 0},  // FineTuneOptMatrixMetering
+    {{474, 23}, TagType::int32s, writable, 0, 0, 0},  // FineTuneOptSpotMetering
+    {{497, 22}, TagType::int8u, writable, 0, 15, 83},  // MultiSelectorShootMode
+    {{519, 25}, TagType::int8u, writable, 0, 15, 83},  // MultiSelectorPlaybackMode
+    {{544, 18}, TagType::int8u, writable, 0, 189, 3},  // InitialZoomSetting
+    {{562, 13}, TagType::int8u, writable, 0, 7, 2},  // MultiSelector
+    {{575, 17}, TagType::int8u, writable, 0, 9, 6},  // ExposureDelayMode
+    {{592, 19}, TagType::int8u, writable, 0, 0, 0},  // CLModeShootingSpeed
+    {{611, 19}, TagType::int8u, writable, 0, 189, 3},  // CHModeShootingSpeed
+    {{630, 20}, TagType::int32s, writable, 0, 0, 0},  // MaxContinuousRelease
+    {{650, 17}, TagType::int8u, writable, 0, 7, 2},  // ReverseIndicators
+    {{667, 18}, TagType::int8u, writable, 0, 7, 2},  // FileNumberSequence
+    {{685, 11}, TagType::int8u, writable, 0, 7, 2},  // RearDisplay
+    {{696, 17}, TagType::int8u, writable, 0, 7, 2},  // ViewfinderDisplay
+    {{713, 12}, TagType::int8u, writable, 0, 7, 2},  // BatteryOrder
+    {{725, 15}, TagType::int8u, writable, 0, 3, 4},  // MB-D10Batteries
+    {{740, 10}, TagType::int8u, writable, 0, 7, 2},  // ScreenTips
+    {{750, 4}, TagType::int8u, writable, 0, 3, 4},  // Beep
+    {{754, 19}, TagType::int8u, writable, 0, 3, 4},  // ShootingInfoDisplay
+    {{773, 11}, TagType::int8u, writable, 0, 7, 2},  // GridDisplay
+    {{784, 17}, TagType::int8u, writable, 0, 7, 2},  // ViewfinderWarning
+    {{801, 13}, TagType::int8u, writable, 0, 197, 43},  // PreviewButton
+    {{814, 10}, TagType::int8u, writable, 0, 240, 25},  // FuncButton
+    {{824, 22}, TagType::int8u, writable, 0, 265, 9},  // PreviewButtonPlusDials
+    {{846, 19}, TagType::int8u, writable, 0, 265, 9},  // FuncButtonPlusDials
+    {{865, 12}, TagType::int8u, writable, 0, 274, 24},  // AELockButton
+    {{877, 21}, TagType::int8u, writable, 0, 265, 9},  // AELockButtonPlusDials
+    {{898, 27}, TagType::int8u, writable, 0, 3, 4},  // CommandDialsReverseRotation
+    {{925, 25}, TagType::int8u, writable, 0, 298, 6},  // CommandDialsChangeMainSub
+    {{950, 27}, TagType::int8u, writable, 0, 7, 2},  // CommandDialsApertureSetting
+    {{977, 27}, TagType::int8u, writable, 0, 189, 3},  // CommandDialsMenuAndPlayback
+    {{1004, 15}, TagType::int8u, writable, 0, 7, 2},  // LCDIllumination
+    {{1019, 17}, TagType::int8u, writable, 0, 7, 2},  // PhotoInfoPlayback
+    {{1036, 24}, TagType::int8u, writable, 0, 189, 3},  // ShutterReleaseButtonAE-L
+    {{1060, 22}, TagType::int8u, writable, 0, 7, 2},  // ReleaseButtonToUseDial
+    {{1082, 13}, TagType::int8u, writable, 0, 3, 4},  // SelfTimerTime
+    {{1095, 14}, TagType::int8u, writable, 0, 9, 6},  // MonitorOffTime
+    {{1109, 14}, TagType::int8u, writable, 0, 304, 11},  // FlashSyncSpeed
+    {{1123, 17}, TagType::int8u, writable, 0, 315, 12},  // FlashShutterSpeed
+    {{1140, 14}, TagType::int8u, writable, 0, 192, 5},  // AutoBracketSet
+    {{1154, 16}, TagType::int8u, writable, 0, 192, 5},  // AutoBracketModeM
+    {{1170, 16}, TagType::int8u, writable, 0, 7, 2},  // AutoBracketOrder
+    {{1186, 13}, TagType::int8u, writable, 0, 7, 2},  // ModelingFlash
+    {{1199, 12}, TagType::int8u, writable, 0, 7, 2},  // NoMemoryCard
+    {{1211, 12}, TagType::int8u, writable, 0, 327, 10},  // MeteringTime
+    {{1223, 13}, TagType::int8u, writable, 0, 3, 4},  // InternalFlash
+    {{1236, 15}, TagType::int8u, writable, 0, 337, 7},  // ImageReviewTime
+    {{1251, 22}, TagType::int8u, writable, 0, 344, 11},  // PlaybackMonitorOffTime
+    {{1273, 18}, TagType::int8u, writable, 0, 344, 11},  // MenuMonitorOffTime
+    {{1291, 26}, TagType::int8u, writable, 0, 344, 11},  // ShootingInfoMonitorOffTime
+    {{1317, 5}, TagType::int8u, writable, 0, 7, 2},  // Pitch
+    {{1322, 12}, TagType::int8u, writable, 0, 304, 11},  // StandbyTimer
+    {{1334, 18}, TagType::int8u, writable, 0, 0, 0},  // SelfTimerShotCount
+    {{1352, 21}, TagType::int8u, writable, 0, 3, 4},  // SelfTimerShotInterval
+    {{1373, 25}, TagType::int8u, writable, 0, 344, 11},  // ImageReviewMonitorOffTime
+    {{1398, 22}, TagType::int8u, writable, 0, 182, 7},  // LiveViewMonitorOffTime
+    {{1420, 12}, TagType::int8u, writable, 0, 7, 2},  // PlaybackZoom
+    {{1432, 16}, TagType::int8u, writable, 0, 7, 2},  // ShutterSpeedLock
+    {{1448, 12}, TagType::int8u, writable, 0, 7, 2},  // ApertureLock
+    {{1460, 18}, TagType::int8u, writable, 0, 189, 3},  // MovieShutterButton
+    {{1478, 21}, TagType::int8u, writable, 0, 7, 2},  // FlashExposureCompArea
+    {{1499, 19}, TagType::int8u, writable, 0, 355, 4},  // MovieFunctionButton
+    {{1518, 18}, TagType::int8u, writable, 0, 359, 6},  // MoviePreviewButton
+    {{1536, 21}, TagType::int8u, writable, 0, 365, 84},  // VerticalMultiSelector
+    {{1557, 18}, TagType::int8u, writable, 0, 449, 91},  // VerticalFuncButton
+    {{1575, 27}, TagType::int8u, writable, 0, 540, 11},  // VerticalFuncButtonPlusDials
+    {{1602, 23}, TagType::int8u, writable, 0, 15, 83},  // AssignMovieRecordButton
+    {{1625, 20}, TagType::int8u, writable, 0, 7, 2},  // DynamicAreaAFDisplay
+    {{1645, 18}, TagType::int8u, writable, 0, 189, 3},  // StoreByOrientation
+    {{1663, 23}, TagType::int8u, writable, 0, 7, 2},  // GroupAreaAFIllumination
+    {{1686, 21}, TagType::int8u, writable, 0, 7, 2},  // SubSelectorAssignment
+    {{1707, 26}, TagType::int8u, writable, 0, 182, 7},  // MovieSubSelectorAssignment
+    {{1733, 11}, TagType::int8u, writable, 0, 551, 88},  // SubSelector
+    {{1744, 20}, TagType::int8u, writable, 0, 639, 6},  // SubSelectorPlusDials
+    {{1764, 14}, TagType::int8u, writable, 0, 7, 2},  // MatrixMetering
+    {{1778, 21}, TagType::int8u, writable, 0, 189, 3},  // LiveViewButtonOptions
+    {{1799, 18}, TagType::int8u, writable, 0, 189, 3},  // AFModeRestrictions
+    {{1817, 24}, TagType::int8u, writable, 0, 645, 7},  // LimitAFAreaModeSelection
+    {{1841, 28}, TagType::int8u, writable, 0, 7, 2},  // MovieFunctionButtonPlusDials
+    {{1869, 27}, TagType::int8u, writable, 0, 7, 2},  // MoviePreviewButtonPlusDials
+    {{1896, 35}, TagType::int8u, writable, 0, 7, 2},  // MovieSubSelectorAssignmentPlusDials
+    {{1931, 20}, TagType::int8u, writable, 0, 652, 11},  // AssignRemoteFnButton
+    {{1951, 24}, TagType::int8u, writable, 0, 663, 28},  // LensFocusFunctionButtons
+    {{1975, 11}, TagType::int8u, writable, 0, 7, 2},  // ImageReview
+    {{1986, 7}, TagType::int8u, writable, 0, 7, 2},  // AutoISO
+    {{1993, 10}, TagType::int8u, writable, 0, 3, 4},  // AutoISOMax
+    {{2003, 22}, TagType::int8u, writable, 0, 304, 11},  // AutoISOMinShutterSpeed
+    {{2025, 16}, TagType::int8u, writable, 0, 3, 4},  // RemoteOnDuration
+    {{2041, 6}, TagType::int8u, writable, 0, 7, 2},  // AELock
+    {{2047, 19}, TagType::int8u, writable, 0, 192, 5},  // ShootingModeSetting
+    {{2066, 19}, TagType::int8u, writable, 0, 691, 8},  // TimerFunctionButton
+    {{2085, 8}, TagType::int8u, writable, 0, 189, 3},  // Metering
+    {{2093, 17}, TagType::int8u, writable, 0, 0, 0},  // ManualFlashOutput
+    {{2110, 10}, TagType::int8s, writable, 0, 0, 0},  // FlashLevel
+    {{2120, 16}, TagType::int8u, writable, 0, 3, 4},  // FocusModeSetting
+    {{2136, 17}, TagType::int8u, writable, 0, 3, 4},  // AFAreaModeSetting
+    {{2153, 19}, TagType::int8u, writable, 0, 7, 2},  // NumberOfFocusPoints
+    {{2172, 28}, TagType::int8u, writable, 0, 7, 2},  // Three-DTrackingFaceDetection
+    {{2200, 19}, TagType::int8u, writable, 0, 699, 5},  // BlockShotAFResponse
+    {{2219, 10}, TagType::int8u, writable, 0, 0, 3},  // ISODisplay
+    {{2229, 30}, TagType::int8u, writable, 0, 7, 2},  // ElectronicFront-CurtainShutter
+    {{2259, 11}, TagType::int8u, writable, 0, 704, 91},  // Func1Button
+    {{2270, 23}, TagType::int8u, writable, 0, 7, 2},  // AutoFlashISOSensitivity
+    {{2293, 16}, TagType::int8u, writable, 0, 15, 83},  // MovieFunc1Button
+    {{2309, 20}, TagType::int8u, writable, 0, 795, 8},  // Func1ButtonPlusDials
+    {{2329, 32}, TagType::int8u, writable, 0, 803, 5},  // AssignMovieRecordButtonPlusDials
+    {{2361, 28}, TagType::int32s, writable, 0, 0, 0},  // FineTuneOptHighlightWeighted
+    {{2389, 21}, TagType::int8u, writable, 0, 808, 12},  // VerticalFuncPlusDials
+    {{2410, 11}, TagType::int8u, writable, 0, 820, 21},  // AF-OnButton
+    {{2421, 17}, TagType::int8u, writable, 0, 841, 41},  // SubSelectorCenter
+    {{2438, 22}, TagType::int8u, writable, 0, 882, 7},  // AssignMovieSubselector
+    {{2460, 31}, TagType::int8u, writable, 0, 7, 2},  // AssignMovieFunc1ButtonPlusDials
+    {{2491, 33}, TagType::int8u, writable, 0, 7, 2},  // AssignMoviePreviewButtonPlusDials
+    {{2524, 31}, TagType::int8u, writable, 0, 7, 2},  // AssignMovieSubselectorPlusDials
+    {{2555, 15}, TagType::int8u, writable, 0, 7, 2},  // SyncReleaseMode
+    {{2570, 24}, TagType::int8u, writable, 0, 7, 2},  // Three-DTrackingWatchArea
+    {{2594, 13}, TagType::int8u, writable, 0, 189, 3},  // SubjectMotion
+    {{2607, 11}, TagType::int8u, writable, 0, 889, 91},  // Func2Button
+    {{2618, 20}, TagType::int8u, writable, 0, 795, 8},  // Func2ButtonPlusDials
+    {{2638, 22}, TagType::int8u, writable, 0, 980, 3},  // AssignMovieFunc2Button
+    {{2660, 11}, TagType::int8u, writable, 0, 15, 83},  // Func3Button
+    {{2671, 22}, TagType::int8u, writable, 0, 983, 39},  // AssignMB-D17FuncButton
+    {{2693, 31}, TagType::int8u, writable, 0, 808, 12},  // AssignMB-D17FuncButtonPlusDials
+    {{2724, 23}, TagType::int8u, writable, 0, 1022, 20},  // AssignMB-D17AF-OnButton
+    {{2747, 11}, TagType::int8u, writable, 0, 7, 2},  // RangeFinder
+    {{2758, 11}, TagType::int8u, writable, 0, 7, 2},  // DateImprint
+    {{2769, 10}, TagType::int8u, writable, 0, 7, 2},  // EVStepSize
+    {{2779, 17}, TagType::int8u, writable, 0, 691, 8},  // PlaybackMenusTime
+    {{2796, 10}, TagType::int8u, writable, 0, 3, 4},  // LiveViewAF
+    {{2806, 23}, TagType::int8u, writable, 0, 7, 2},  // ReverseExposureCompDial
+    {{2829, 27}, TagType::int8u, writable, 0, 7, 2},  // ReverseShutterSpeedAperture
+    {{2856, 14}, TagType::int8u, writable, 0, 1042, 18},  // FunctionButton
+    {{2870, 19}, TagType::int8u, writable, 0, 7, 2},  // ExposureControlStep
+    {{2889, 18}, TagType::int8u, writable, 0, 7, 2},  // ISOSensitivityStep
+    {{2907, 17}, TagType::int8u, writable, 0, 3, 4},  // MB-D10BatteryType
+    {{2924, 20}, TagType::int8u, writable, 0, 3, 4},  // FlashControlBuilt-in
+    {{2944, 20}, TagType::int8u, writable, 0, 0, 0},  // RepeatingFlashOutput
+    {{2964, 19}, TagType::int8u, writable, 0, 0, 0},  // RepeatingFlashCount
+    {{2983, 18}, TagType::int8u, writable, 0, 0, 0},  // RepeatingFlashRate
+    {{3001, 27}, TagType::int8u, writable, 0, 3, 4},  // CommanderInternalTTLChannel
+    {{3028, 31}, TagType::int8u, writable, 0, 0, 0},  // CommanderInternalTTLCompBuiltin
+    {{3059, 30}, TagType::int8u, writable, 0, 0, 0},  // CommanderInternalTTLCompGroupA
+    {{3089, 30}, TagType::int8u, writable, 0, 0, 0},  // CommanderInternalTTLCompGroupB
+    {{3119, 14}, TagType::int8u, writable, 0, 182, 7},  // AF-OnForMB-D11
+    {{3133, 17}, TagType::int8u, writable, 0, 189, 3},  // MB-D11BatteryType
+    {{3150, 9}, TagType::int8u, writable, 0, 189, 3},  // BeepPitch
+    {{3159, 10}, TagType::int8u, writable, 0, 3, 4},  // BeepVolume
+    {{3169, 8}, TagType::int8u, writable, 0, 3, 4},  // OKButton
+    {{3177, 17}, TagType::int8u, writable, 0, 3, 4},  // SelfTimerInterval
+    {{3194, 12}, TagType::int8u, writable, 0, 7, 2},  // FlashWarning
+    {{3206, 18}, TagType::int8u, writable, 0, 3, 4},  // LiveViewAFAreaMode
+    {{3224, 14}, TagType::int8u, writable, 0, 7, 2},  // LiveViewAFMode
+    {{3238, 12}, TagType::int8u, writable, 0, 7, 2},  // Illumination
+    {{3250, 20}, TagType::int8u, writable, 0, 7, 2},  // MainDialExposureComp
+    {{3270, 12}, TagType::int8u, writable, 0, 7, 2},  // CommandDials
+    {{3282, 15}, TagType::int8u, writable, 0, 3, 4},  // MB-D80Batteries
+    {{3297, 6}, TagType::int8u, writable, 0, 7, 2},  // AutoFP
+    {{3303, 16}, TagType::int8u, writable, 0, 0, 0},  // CommanderChannel
+    {{3319, 22}, TagType::int8u, writable, 0, 189, 3},  // CommanderInternalFlash
+    {{3341, 19}, TagType::int8u, writable, 0, 3, 4},  // CommanderGroupAMode
+    {{3360, 19}, TagType::int8u, writable, 0, 3, 4},  // CommanderGroupBMode
+    {{3379, 24}, TagType::int8u, writable, 0, 0, 0},  // CommanderInternalTTLComp
+    {{3403, 29}, TagType::int8u, writable, 0, 0, 0},  // CommanderInternalManualOutput
+    {{3432, 26}, TagType::int8u, writable, 0, 0, 0},  // CommanderGroupA_TTL-AAComp
+    {{3458, 27}, TagType::int8u, writable, 0, 0, 0},  // CommanderGroupAManualOutput
+    {{3485, 26}, TagType::int8u, writable, 0, 0, 0},  // CommanderGroupB_TTL-AAComp
+    {{3511, 27}, TagType::int8u, writable, 0, 0, 0},  // CommanderGroupBManualOutput
+    {{3538, 12}, TagType::int8u, writable, 0, 7, 2},  // CenterAFArea
+    {{3550, 18}, TagType::int8u, writable, 0, 7, 2},  // FocusAreaSelection
+    {{3568, 18}, TagType::int8u, writable, 0, 189, 3},  // AFAreaIllumination
+    {{3586, 17}, TagType::int8u, writable, 0, 192, 5},  // AutoBracketingSet
+    {{3603, 18}, TagType::int8u, writable, 0, 3, 4},  // AutoBracketingMode
+    {{3621, 11}, TagType::int8u, writable, 0, 7, 2},  // LightSwitch
+    {{3632, 17}, TagType::int8u, writable, 0, 189, 3},  // MB-D12BatteryType
+    {{3649, 27}, TagType::int8u, writable, 0, 882, 7},  // MovieAELockButtonAssignment
+    {{3676, 14}, TagType::int8u, writable, 0, 691, 8},  // AF-OnForMB-D12
+    {{3690, 22}, TagType::int8u, writable, 0, 1060, 41},  // AssignMB-D18FuncButton
+    {{3712, 31}, TagType::int8u, writable, 0, 808, 12},  // AssignMB-D18FuncButtonPlusDials
+    {{3743, 22}, TagType::int8u, writable, 0, 7, 2},  // ContinuousModeLiveView
+    {{3765, 23}, TagType::int8u, writable, 0, 1101, 22},  // AssignMB-D18AF-OnButton
+    {{3788, 16}, TagType::int8u, writable, 0, 7, 2},  // CenterFocusPoint
+    {{3804, 15}, TagType::int8u, writable, 0, 337, 7},  // AELockForMB-D80
+    {{3819, 17}, TagType::int8u, writable, 0, 3, 4},  // MB-D80BatteryType
+    {{3836, 16}, TagType::int8u, writable, 0, 7, 2},  // EasyExposureComp
+    {{3852, 23}, TagType::int8u, writable, 0, 0, 0},  // CommanderGroupA_TTLComp
+    {{3875, 23}, TagType::int8u, writable, 0, 0, 0},  // CommanderGroupB_TTLComp
+    {{3898, 10}, TagType::int8u, writable, 0, 7, 2},  // AFPointSel
+    {{3908, 22}, TagType::int8u, writable, 0, 7, 2},  // AF-OnOutOfFocusRelease
+    {{3930, 27}, TagType::int8u, writable, 0, 7, 2},  // LimitAF-AreaModeSelPinpoint
+    {{3957, 27}, TagType::int8u, writable, 0, 7, 2},  // LimitAF-AreaModeSelWideAF_S
+    {{3984, 27}, TagType::int8u, writable, 0, 7, 2},  // LimitAF-AreaModeSelWideAF_L
+    {{4011, 22}, TagType::int8u, writable, 0, 7, 2},  // LimitAFAreaModeSelAuto
+    {{4033, 28}, TagType::int8u, writable, 0, 7, 2},  // ManualFocusPointIllumination
+    {{4061, 19}, TagType::int8u, writable, 0, 7, 2},  // DynamicAreaAFAssist
+    {{4080, 20}, TagType::int8u, writable, 0, 7, 2},  // AF-AssistIlluminator
+    {{4100, 23}, TagType::int8u, writable, 0, 7, 2},  // ManualFocusRingInAFMode
+    {{4123, 26}, TagType::int8u, writable, 0, 7, 2},  // LimitSelectableImageAreaDX
+    {{4149, 28}, TagType::int8u, writable, 0, 7, 2},  // LimitSelectableImageArea1To1
+    {{4177, 29}, TagType::int8u, writable, 0, 7, 2},  // LimitSelectableImageArea16To9
+    {{4206, 17}, TagType::int8u, writable, 0, 189, 3},  // FocusPeakingLevel
+    {{4223, 26}, TagType::int8u, writable, 0, 3, 4},  // FocusPeakingHighlightColor
+    {{4249, 21}, TagType::int8u, writable, 0, 7, 2},  // ContinuousModeDisplay
+    {{4270, 13}, TagType::int8u, writable, 0, 7, 2},  // HighSpeedSync
+    {{4283, 15}, TagType::int8u, writable, 0, 1123, 82},  // LensFunc1Button
+    {{4298, 15}, TagType::int8u, writable, 0, 1123, 82},  // LensFunc2Button
+    {{4313, 15}, TagType::int8u, writable, 0, 192, 5},  // LensControlRing
+    {{4328, 30}, TagType::int8u, writable, 0, 0, 0},  // CmdDialsReverseRotExposureComp
+    {{4358, 23}, TagType::int8u, writable, 0, 7, 2},  // CmdDialsReverseRotation
+    {{4381, 18}, TagType::int8u, writable, 0, 7, 2},  // UseDialWithoutHold
+    {{4399, 16}, TagType::int8u, writable, 0, 1123, 82},  // MovieFunc2Button
+    {{4415, 16}, TagType::int8u, writable, 0, 1123, 82},  // MovieAF-OnButton
+    {{4431, 20}, TagType::int8u, writable, 0, 1205, 5},  // MovieLensControlRing
+    {{4451, 18}, TagType::int8u, writable, 0, 1123, 82},  // MovieMultiSelector
+    {{4469, 12}, TagType::int8u, writable, 0, 0, 0},  // MovieAFSpeed
+    {{4481, 17}, TagType::int8u, writable, 0, 7, 2},  // MovieAFSpeedApply
+    {{4498, 26}, TagType::int8u, writable, 0, 182, 7},  // MovieAFTrackingSensitivity
+    {{4524, 21}, TagType::int8u, writable, 0, 7, 2},  // ExtendedShutterSpeeds
+    {{4545, 21}, TagType::int8u, writable, 0, 7, 2},  // FocusPointPersistence
+    {{4566, 25}, TagType::int8u, writable, 0, 192, 5},  // AutoFocusModeRestrictions
+    {{4591, 18}, TagType::int8u, writable, 0, 7, 2},  // FlashBurstPriority
+    {{4609, 28}, TagType::int8u, writable, 0, 7, 2},  // LimitAF-AreaModeSelDynamic_S
+    {{4637, 28}, TagType::int8u, writable, 0, 7, 2},  // LimitAF-AreaModeSelDynamic_M
+    {{4665, 28}, TagType::int8u, writable, 0, 7, 2},  // LimitAF-AreaModeSelDynamic_L
+    {{4693, 29}, TagType::int8u, writable, 0, 7, 2},  // LimitAF-AreaModeSel3DTracking
+    {{4722, 15}, TagType::int8u, writable, 0, 9, 6},  // PlaybackFlickUp
+    {{4737, 17}, TagType::int8u, writable, 0, 9, 6},  // PlaybackFlickDown
+    {{4754, 16}, TagType::int8u, writable, 0, 7, 2},  // ReverseFocusRing
+    {{4770, 13}, TagType::int8u, writable, 0, 7, 2},  // EVFImageFrame
+    {{4783, 7}, TagType::int8u, writable, 0, 265, 9},  // EVFGrid
+    {{4790, 19}, TagType::int8u, writable, 0, 7, 2},  // VirtualHorizonStyle
+    {{4809, 23}, TagType::int8u, writable, 0, 1123, 82},  // Func1ButtonPlaybackMode
+    {{4832, 23}, TagType::int8u, writable, 0, 1123, 82},  // Func2ButtonPlaybackMode
+    {{4855, 29}, TagType::int8u, writable, 0, 1123, 82},  // MovieRecordButtonPlaybackMode
+    {{4884, 23}, TagType::int8u, writable, 0, 327, 10},  // CommandDialPlaybackMode
+    {{4907, 26}, TagType::int8u, writable, 0, 327, 10},  // SubCommandDialPlaybackMode
+    {{4933, 14}, TagType::int8u, writable, 0, 7, 2},  // FocusPointLock
+    {{4947, 19}, TagType::int8u, writable, 0, 7, 2},  // ControlRingResponse
+    {{4966, 15}, TagType::int8u, writable, 0, 1123, 82},  // MovieAFAreaMode
+    {{4981, 21}, TagType::int8u, writable, 0, 189, 3},  // ZebraPatternToneRange
+    {{5002, 17}, TagType::int8u, writable, 0, 7, 2},  // MovieZebraPattern
+    {{5019, 30}, TagType::int8u, writable, 0, 0, 0},  // MovieHighlightDisplayThreshold
+    {{5049, 24}, TagType::int8u, writable, 0, 0, 0},  // MovieMidtoneDisplayValue
+    {{5073, 24}, TagType::int8u, none, 0, 0, 0},  // MovieMidtoneDisplayRange
+    {{5097, 12}, TagType::int8u, writable, 0, 265, 9},  // MovieEVFGrid
+    {{5109, 21}, TagType::int8u, writable, 0, 7, 2},  // MovieShutterSpeedLock
+    {{5130, 19}, TagType::int8u, writable, 0, 7, 2},  // MovieFocusPointLock
+    {{5149, 16}, TagType::int8u, writable, 0, 7, 2},  // AF-CFocusDisplay
+    {{5165, 19}, TagType::int8u, writable, 0, 7, 2},  // FocusPeakingDisplay
+    {{5184, 12}, TagType::int8u, writable, 0, 189, 3},  // KeepExposure
+    {{5196, 13}, TagType::int8u, writable, 0, 7, 2},  // StarlightView
+    {{5209, 18}, TagType::int8u, writable, 0, 189, 3},  // EVFWarmDisplayMode
+    {{5227, 24}, TagType::int8s, writable, 0, 0, 0},  // EVFWarmDisplayBrightness
+    {{5251, 19}, TagType::int8u, writable, 0, 3, 4},  // EVFReleaseIndicator
+    {{5270, 17}, TagType::int8u, writable, 0, 7, 2},  // MovieApertureLock
+    {{5287, 21}, TagType::int8u, writable, 0, 7, 2},  // FlickAdvanceDirection
+    {{5308, 21}, TagType::int8u, writable, 0, 3, 4},  // PreReleaseBurstLength
+    {{5329, 22}, TagType::int8u, writable, 0, 3, 4},  // PostReleaseBurstLength
+    {{5351, 29}, TagType::int8u, writable, 0, 7, 2},  // ViewModeShowEffectsOfSettings
+    {{5380, 10}, TagType::int8u, writable, 0, 1123, 82},  // DispButton
+    {{5390, 21}, TagType::int8u, writable, 0, 7, 2},  // LimitReleaseModeSelCL
+    {{5411, 21}, TagType::int8u, writable, 0, 7, 2},  // LimitReleaseModeSelCH
+    {{5432, 22}, TagType::int8u, writable, 0, 7, 2},  // LimitReleaseModeSelC30
+    {{5454, 23}, TagType::int8u, writable, 0, 7, 2},  // LimitReleaseModeSelC120
+    {{5477, 23}, TagType::int8u, writable, 0, 7, 2},  // LimitReleaseModeSelSelf
+    {{5500, 33}, TagType::int8u, writable, 0, 7, 2},  // VerticalMultiSelectorPlaybackMode
+    {{5533, 16}, TagType::int8u, writable, 0, 1123, 82},  // MovieFunc3Button
+    {{5549, 11}, TagType::int8u, writable, 0, 1123, 82},  // Func4Button
+    {{5560, 11}, TagType::int8u, writable, 0, 1123, 82},  // AudioButton
+    {{5571, 13}, TagType::int8u, writable, 0, 1123, 82},  // QualityButton
+    {{5584, 23}, TagType::int8u, writable, 0, 1123, 82},  // Func3ButtonPlaybackMode
+    {{5607, 23}, TagType::int8u, writable, 0, 1123, 82},  // Func4ButtonPlaybackMode
+    {{5630, 30}, TagType::int8u, writable, 0, 1123, 82},  // VerticalFuncButtonPlaybackMode
+    {{5660, 23}, TagType::int8u, writable, 0, 1123, 82},  // AudioButtonPlaybackMode
+    {{5683, 25}, TagType::int8u, writable, 0, 1123, 82},  // QualityButtonPlaybackMode
+    {{5708, 30}, TagType::int8u, writable, 0, 1123, 82},  // WhiteBalanceButtonPlaybackMode
+    {{5738, 23}, TagType::int8u, writable, 0, 1123, 82},  // VerticalMovieFuncButton
+    {{5761, 23}, TagType::int8u, writable, 0, 1123, 82},  // VerticalMovieAFOnButton
+    {{5784, 14}, TagType::int8u, writable, 0, 7, 2},  // HDMIViewAssist
 };
 constexpr detail::TextRef kChoicesNikonCustom[] = {
     {5798, 1}, {5799, 1}, {5800, 1}, {5798, 1}, {5799, 1}, {5801, 1}, {5800, 1}, {5798, 1},
@@ -9284,24 +9286,23 @@ constexpr std::uint16_t kKeyOrderNikonCustom[] = {
     115, 233, 14, 89, 296, 90, 132, 301, 300, 88, 289, 282, 38, 45, 254, 299, 263,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsNikonCustom[303];
-constinit detail::StreamTags gTagsNikonCustom("NikonCustom", kText, kTagsNikonCustom, kKeyOrderNikonCustom, kChoicesNikonCustom, gItemsNikonCustom, &TagStringsCatalogue::stringsNikonCustom);
 
 // NikonScan: 12 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsNikonScan[] = {
-    {{184820, 10}, TagType::int32u, 2, 0, 0, 0},  // DigitalGEM
-    {{184830, 10}, TagType::int32u, 2, 0, 0, 0},  // DigitalROC
-    {{184840, 8}, TagType::string, 2, 0, 0, 0},  // FilmType
-    {{184848, 11}, TagType::string, 2, 0, 0, 0},  // MultiSample
-    {{184859, 8}, TagType::int16u, 2, 0, 0, 0},  // BitDepth
-    {{184867, 10}, TagType::rational64s, 2, 0, 0, 0},  // MasterGain
-    {{184877, 9}, TagType::rational64s, 2, 3, 0, 0},  // ColorGain
-    {{184886, 17}, TagType::int32u, 2, 0, 0, 2},  // ScanImageEnhancer
-    {{184903, 10}, TagType::string, 2, 0, 0, 0},  // DigitalICE
-    {{184913, 19}, TagType::int32u, 2, 0, 0, 0},  // DigitalDEEShadowAdj
-    {{184932, 19}, TagType::int32u, 2, 0, 0, 0},  // DigitalDEEThreshold
-    {{184951, 22}, TagType::int32u, 2, 0, 0, 0},  // DigitalDEEHighlightAdj
+    {{184820, 10}, TagType::int32u, writable, 0, 0, 0},  // DigitalGEM
+    {{184830, 10}, TagType::int32u, writable, 0, 0, 0},  // DigitalROC
+    {{184840, 8}, TagType::string, writable, 0, 0, 0},  // FilmType
+    {{184848, 11}, TagType::string, writable, 0, 0, 0},  // MultiSample
+    {{184859, 8}, TagType::int16u, writable, 0, 0, 0},  // BitDepth
+    {{184867, 10}, TagType::rational64s, writable, 0, 0, 0},  // MasterGain
+    {{184877, 9}, TagType::rational64s, writable, 3, 0, 0},  // ColorGain
+    {{184886, 17}, TagType::int32u, writable, 0, 0, 2},  // ScanImageEnhancer
+    {{184903, 10}, TagType::string, writable, 0, 0, 0},  // DigitalICE
+    {{184913, 19}, TagType::int32u, writable, 0, 0, 0},  // DigitalDEEShadowAdj
+    {{184932, 19}, TagType::int32u, writable, 0, 0, 0},  // DigitalDEEThreshold
+    {{184951, 22}, TagType::int32u, writable, 0, 0, 0},  // DigitalDEEHighlightAdj
 };
 constexpr detail::TextRef kChoicesNikonScan[] = {
     {5798, 1}, {5799, 1},
@@ -9356,208 +9357,207 @@ constexpr std::uint16_t kKeyOrderNikonScan[] = {
     4, 6, 11, 9, 10, 0, 8, 1, 2, 5, 3, 7,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsNikonScan[12];
-constinit detail::StreamTags gTagsNikonScan("NikonScan", kText, kTagsNikonScan, kKeyOrderNikonScan, kChoicesNikonScan, gItemsNikonScan, &TagStringsCatalogue::stringsNikonScan);
 
 // NikonSettings: 196 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsNikonSettings[] = {
-    {{185632, 14}, TagType::string, 0, 0, 0, 45},  // ISOAutoHiLimit
-    {{185646, 17}, TagType::string, 0, 0, 45, 38},  // ISOAutoFlashLimit
-    {{185663, 18}, TagType::string, 0, 0, 83, 57},  // ISOAutoShutterTime
-    {{185681, 24}, TagType::string, 0, 0, 140, 2},  // FlickerReductionShooting
-    {{185705, 25}, TagType::string, 0, 0, 140, 2},  // FlickerReductionIndicator
-    {{185730, 19}, TagType::string, 0, 0, 0, 45},  // MovieISOAutoHiLimit
-    {{185749, 29}, TagType::string, 0, 0, 140, 2},  // MovieISOAutoControlManualMode
-    {{185778, 28}, TagType::string, 0, 0, 140, 2},  // MovieWhiteBalanceSameAsPhoto
-    {{185806, 15}, TagType::string, 0, 0, 142, 4},  // AF-CPrioritySel
-    {{185821, 15}, TagType::string, 0, 0, 140, 2},  // AF-SPrioritySel
-    {{3898, 10}, TagType::string, 0, 0, 146, 3},  // AFPointSel
-    {{157, 12}, TagType::string, 0, 0, 140, 2},  // AFActivation
-    {{169, 14}, TagType::string, 0, 0, 140, 2},  // FocusPointWrap
-    {{4033, 28}, TagType::string, 0, 0, 140, 2},  // ManualFocusPointIllumination
-    {{4080, 20}, TagType::string, 0, 0, 140, 2},  // AF-AssistIlluminator
-    {{4100, 23}, TagType::string, 0, 0, 140, 2},  // ManualFocusRingInAFMode
-    {{324, 11}, TagType::string, 0, 0, 146, 3},  // ISOStepSize
-    {{335, 23}, TagType::string, 0, 0, 146, 3},  // ExposureControlStepSize
-    {{378, 24}, TagType::string, 0, 0, 146, 3},  // EasyExposureCompensation
-    {{1764, 14}, TagType::string, 0, 0, 140, 2},  // MatrixMetering
-    {{402, 22}, TagType::string, 0, 0, 149, 5},  // CenterWeightedAreaSize
-    {{449, 25}, TagType::string, 0, 0, 0, 0},  // FineTuneOptMatrixMetering
-    {{424, 25}, TagType::string, 0, 0, 0, 0},  // FineTuneOptCenterWeighted
-    {{474, 23}, TagType::string, 0, 0, 0, 0},  // FineTuneOptSpotMetering
-    {{2361, 28}, TagType::string, 0, 0, 0, 0},  // FineTuneOptHighlightWeighted
-    {{1036, 24}, TagType::string, 0, 0, 146, 3},  // ShutterReleaseButtonAE-L
-    {{185836, 21}, TagType::string, 0, 0, 154, 9},  // StandbyMonitorOffTime
-    {{1082, 13}, TagType::string, 0, 0, 142, 4},  // SelfTimerTime
-    {{1334, 18}, TagType::string, 0, 0, 0, 0},  // SelfTimerShotCount
-    {{1352, 21}, TagType::string, 0, 0, 142, 4},  // SelfTimerShotInterval
-    {{1251, 22}, TagType::string, 0, 0, 163, 6},  // PlaybackMonitorOffTime
-    {{1273, 18}, TagType::string, 0, 0, 163, 6},  // MenuMonitorOffTime
-    {{1291, 26}, TagType::string, 0, 0, 163, 6},  // ShootingInfoMonitorOffTime
-    {{1373, 25}, TagType::string, 0, 0, 169, 7},  // ImageReviewMonitorOffTime
-    {{1398, 22}, TagType::string, 0, 0, 163, 6},  // LiveViewMonitorOffTime
-    {{592, 19}, TagType::string, 0, 0, 0, 0},  // CLModeShootingSpeed
-    {{630, 20}, TagType::string, 0, 0, 0, 0},  // MaxContinuousRelease
-    {{575, 17}, TagType::string, 0, 0, 163, 6},  // ExposureDelayMode
-    {{2229, 30}, TagType::string, 0, 0, 140, 2},  // ElectronicFront-CurtainShutter
-    {{667, 18}, TagType::string, 0, 0, 140, 2},  // FileNumberSequence
-    {{185857, 18}, TagType::string, 0, 0, 140, 2},  // FramingGridDisplay
-    {{1004, 15}, TagType::string, 0, 0, 140, 2},  // LCDIllumination
-    {{185875, 9}, TagType::string, 0, 0, 140, 2},  // OpticalVR
-    {{1109, 14}, TagType::string, 0, 0, 176, 8},  // FlashSyncSpeed
-    {{1123, 17}, TagType::string, 0, 0, 176, 8},  // FlashShutterSpeed
-    {{1478, 21}, TagType::string, 0, 0, 140, 2},  // FlashExposureCompArea
-    {{2270, 23}, TagType::string, 0, 0, 140, 2},  // AutoFlashISOSensitivity
-    {{269, 15}, TagType::string, 0, 0, 142, 4},  // AssignBktButton
-    {{1602, 23}, TagType::string, 0, 0, 184, 26},  // AssignMovieRecordButton
-    {{497, 22}, TagType::string, 0, 0, 149, 5},  // MultiSelectorShootMode
-    {{519, 25}, TagType::string, 0, 0, 163, 6},  // MultiSelectorPlaybackMode
-    {{284, 21}, TagType::string, 0, 0, 149, 5},  // MultiSelectorLiveView
-    {{4328, 30}, TagType::string, 0, 0, 0, 0},  // CmdDialsReverseRotExposureComp
-    {{185884, 29}, TagType::string, 0, 0, 0, 0},  // CmdDialsChangeMainSubExposure
-    {{185913, 21}, TagType::string, 0, 0, 140, 2},  // CmdDialsChangeMainSub
-    {{185934, 23}, TagType::string, 0, 0, 146, 3},  // CmdDialsMenuAndPlayback
-    {{185957, 19}, TagType::string, 0, 0, 169, 7},  // SubDialFrameAdvance
-    {{1060, 22}, TagType::string, 0, 0, 140, 2},  // ReleaseButtonToUseDial
-    {{650, 17}, TagType::string, 0, 0, 140, 2},  // ReverseIndicators
-    {{1460, 18}, TagType::string, 0, 0, 140, 2},  // MovieShutterButton
-    {{185976, 8}, TagType::string, 0, 0, 210, 4},  // Language
-    {{754, 19}, TagType::string, 0, 0, 146, 3},  // ShootingInfoDisplay
-    {{5287, 21}, TagType::string, 0, 0, 140, 2},  // FlickAdvanceDirection
-    {{185984, 20}, TagType::string, 0, 0, 169, 7},  // HDMIOutputResolution
-    {{186004, 15}, TagType::string, 0, 0, 146, 3},  // HDMIOutputRange
-    {{186019, 16}, TagType::string, 0, 0, 214, 12},  // RemoteFuncButton
-    {{4358, 23}, TagType::string, 0, 0, 140, 2},  // CmdDialsReverseRotation
-    {{4223, 26}, TagType::string, 0, 0, 142, 4},  // FocusPeakingHighlightColor
-    {{4249, 21}, TagType::string, 0, 0, 140, 2},  // ContinuousModeDisplay
-    {{1432, 16}, TagType::string, 0, 0, 140, 2},  // ShutterSpeedLock
-    {{1448, 12}, TagType::string, 0, 0, 140, 2},  // ApertureLock
-    {{5019, 30}, TagType::string, 0, 0, 176, 8},  // MovieHighlightDisplayThreshold
-    {{186035, 20}, TagType::string, 0, 0, 140, 2},  // HDMIExternalRecorder
-    {{2200, 19}, TagType::string, 0, 0, 149, 5},  // BlockShotAFResponse
-    {{2594, 13}, TagType::string, 0, 0, 140, 2},  // SubjectMotion
-    {{2172, 28}, TagType::string, 0, 0, 140, 2},  // Three-DTrackingFaceDetection
-    {{1645, 18}, TagType::string, 0, 0, 146, 3},  // StoreByOrientation
-    {{4061, 19}, TagType::string, 0, 0, 140, 2},  // DynamicAreaAFAssist
-    {{358, 20}, TagType::string, 0, 0, 146, 3},  // ExposureCompStepSize
-    {{2555, 15}, TagType::string, 0, 0, 140, 2},  // SyncReleaseMode
-    {{1186, 13}, TagType::string, 0, 0, 140, 2},  // ModelingFlash
-    {{1154, 16}, TagType::string, 0, 0, 142, 4},  // AutoBracketModeM
-    {{801, 13}, TagType::string, 0, 0, 226, 54},  // PreviewButton
-    {{2259, 11}, TagType::string, 0, 0, 280, 56},  // Func1Button
-    {{2607, 11}, TagType::string, 0, 0, 280, 56},  // Func2Button
-    {{2410, 11}, TagType::string, 0, 0, 336, 29},  // AF-OnButton
-    {{1733, 11}, TagType::string, 0, 0, 140, 2},  // SubSelector
-    {{2421, 17}, TagType::string, 0, 0, 365, 38},  // SubSelectorCenter
-    {{4283, 15}, TagType::string, 0, 0, 403, 30},  // LensFunc1Button
-    {{186055, 23}, TagType::string, 0, 0, 140, 2},  // CmdDialsApertureSetting
-    {{562, 13}, TagType::string, 0, 0, 140, 2},  // MultiSelector
-    {{1778, 21}, TagType::string, 0, 0, 146, 3},  // LiveViewButtonOptions
-    {{3621, 11}, TagType::string, 0, 0, 140, 2},  // LightSwitch
-    {{1518, 18}, TagType::string, 0, 0, 154, 9},  // MoviePreviewButton
-    {{2293, 16}, TagType::string, 0, 0, 433, 24},  // MovieFunc1Button
-    {{4399, 16}, TagType::string, 0, 0, 433, 24},  // MovieFunc2Button
-    {{2438, 22}, TagType::string, 0, 0, 457, 13},  // AssignMovieSubselector
-    {{186078, 20}, TagType::string, 0, 0, 140, 2},  // LimitAFAreaModeSelD9
-    {{186098, 21}, TagType::string, 0, 0, 140, 2},  // LimitAFAreaModeSelD25
-    {{186119, 20}, TagType::string, 0, 0, 140, 2},  // LimitAFAreaModeSel3D
-    {{186139, 23}, TagType::string, 0, 0, 140, 2},  // LimitAFAreaModeSelGroup
-    {{4011, 22}, TagType::string, 0, 0, 140, 2},  // LimitAFAreaModeSelAuto
-    {{186162, 28}, TagType::string, 0, 0, 140, 2},  // LimitSelectableImageArea5To4
-    {{4149, 28}, TagType::string, 0, 0, 140, 2},  // LimitSelectableImageArea1To1
-    {{186190, 21}, TagType::string, 0, 0, 142, 4},  // PhotoShootingMenuBank
-    {{25, 18}, TagType::string, 0, 0, 142, 4},  // CustomSettingsBank
-    {{3930, 27}, TagType::string, 0, 0, 140, 2},  // LimitAF-AreaModeSelPinpoint
-    {{186211, 26}, TagType::string, 0, 0, 140, 2},  // LimitAF-AreaModeSelDynamic
-    {{3957, 27}, TagType::string, 0, 0, 140, 2},  // LimitAF-AreaModeSelWideAF_S
-    {{3984, 27}, TagType::string, 0, 0, 140, 2},  // LimitAF-AreaModeSelWideAF_L
-    {{186237, 10}, TagType::string, 0, 0, 140, 2},  // LowLightAF
-    {{4123, 26}, TagType::string, 0, 0, 140, 2},  // LimitSelectableImageAreaDX
-    {{4177, 29}, TagType::string, 0, 0, 140, 2},  // LimitSelectableImageArea16To9
-    {{186247, 23}, TagType::string, 0, 0, 140, 2},  // ApplySettingsToLiveView
-    {{4206, 17}, TagType::string, 0, 0, 142, 4},  // FocusPeakingLevel
-    {{4313, 15}, TagType::string, 0, 0, 142, 4},  // LensControlRing
-    {{4451, 18}, TagType::string, 0, 0, 163, 6},  // MovieMultiSelector
-    {{4469, 12}, TagType::string, 0, 0, 0, 0},  // MovieAFSpeed
-    {{4481, 17}, TagType::string, 0, 0, 140, 2},  // MovieAFSpeedApply
-    {{4498, 26}, TagType::string, 0, 0, 169, 7},  // MovieAFTrackingSensitivity
-    {{186270, 28}, TagType::string, 0, 0, 146, 3},  // MovieHighlightDisplayPattern
-    {{186298, 26}, TagType::string, 0, 0, 140, 2},  // SubDialFrameAdvanceRating5
-    {{186324, 26}, TagType::string, 0, 0, 140, 2},  // SubDialFrameAdvanceRating4
-    {{186350, 26}, TagType::string, 0, 0, 140, 2},  // SubDialFrameAdvanceRating3
-    {{186376, 26}, TagType::string, 0, 0, 140, 2},  // SubDialFrameAdvanceRating2
-    {{186402, 26}, TagType::string, 0, 0, 140, 2},  // SubDialFrameAdvanceRating1
-    {{186428, 26}, TagType::string, 0, 0, 140, 2},  // SubDialFrameAdvanceRating0
-    {{4415, 16}, TagType::string, 0, 0, 470, 12},  // MovieAF-OnButton
-    {{186454, 21}, TagType::string, 0, 0, 142, 4},  // SecondarySlotFunction
-    {{186475, 17}, TagType::string, 0, 0, 140, 2},  // SilentPhotography
-    {{4524, 21}, TagType::string, 0, 0, 140, 2},  // ExtendedShutterSpeeds
-    {{186492, 12}, TagType::string, 0, 0, 140, 2},  // HDMIBitDepth
-    {{186504, 13}, TagType::string, 0, 0, 482, 2},  // HDMIOutputHDR
-    {{5784, 14}, TagType::string, 0, 0, 140, 2},  // HDMIViewAssist
-    {{186517, 10}, TagType::string, 0, 0, 149, 5},  // BracketSet
-    {{186527, 14}, TagType::string, 0, 0, 484, 23},  // BracketProgram
-    {{186541, 16}, TagType::string, 0, 0, 507, 9},  // BracketIncrement
-    {{186557, 17}, TagType::string, 0, 0, 0, 0},  // MonitorBrightness
-    {{186574, 11}, TagType::string, 0, 0, 516, 17},  // GroupAreaC1
-    {{186585, 23}, TagType::string, 0, 0, 140, 2},  // AutoAreaAFStartingPoint
-    {{4545, 21}, TagType::string, 0, 0, 140, 2},  // FocusPointPersistence
-    {{186608, 21}, TagType::string, 0, 0, 140, 2},  // LimitAFAreaModeSelD49
-    {{186629, 22}, TagType::string, 0, 0, 140, 2},  // LimitAFAreaModeSelD105
-    {{186651, 25}, TagType::string, 0, 0, 140, 2},  // LimitAFAreaModeSelGroupC1
-    {{186676, 25}, TagType::string, 0, 0, 140, 2},  // LimitAFAreaModeSelGroupC2
-    {{4566, 25}, TagType::string, 0, 0, 146, 3},  // AutoFocusModeRestrictions
-    {{186701, 20}, TagType::string, 0, 0, 142, 4},  // FocusPointBrightness
-    {{611, 19}, TagType::string, 0, 0, 0, 0},  // CHModeShootingSpeed
-    {{186721, 25}, TagType::string, 0, 0, 163, 6},  // QuietShutterShootingSpeed
-    {{5390, 21}, TagType::string, 0, 0, 533, 3},  // LimitReleaseModeSelCL
-    {{5411, 21}, TagType::string, 0, 0, 533, 3},  // LimitReleaseModeSelCH
-    {{186746, 20}, TagType::string, 0, 0, 533, 3},  // LimitReleaseModeSelQ
-    {{186766, 24}, TagType::string, 0, 0, 533, 3},  // LimitReleaseModeSelTimer
-    {{186790, 28}, TagType::string, 0, 0, 533, 3},  // LimitReleaseModeSelMirror-Up
-    {{186818, 22}, TagType::string, 0, 0, 140, 2},  // RearControPanelDisplay
-    {{4591, 18}, TagType::string, 0, 0, 140, 2},  // FlashBurstPriority
-    {{186840, 27}, TagType::string, 0, 0, 140, 2},  // RecallShootFuncExposureMode
-    {{186867, 27}, TagType::string, 0, 0, 140, 2},  // RecallShootFuncShutterSpeed
-    {{186894, 23}, TagType::string, 0, 0, 140, 2},  // RecallShootFuncAperture
-    {{186917, 27}, TagType::string, 0, 0, 140, 2},  // RecallShootFuncExposureComp
-    {{186944, 18}, TagType::string, 0, 0, 140, 2},  // RecallShootFuncISO
-    {{186962, 27}, TagType::string, 0, 0, 140, 2},  // RecallShootFuncMeteringMode
-    {{186989, 27}, TagType::string, 0, 0, 140, 2},  // RecallShootFuncWhiteBalance
-    {{187016, 25}, TagType::string, 0, 0, 140, 2},  // RecallShootFuncAFAreaMode
-    {{187041, 28}, TagType::string, 0, 0, 140, 2},  // RecallShootFuncFocusTracking
-    {{187069, 20}, TagType::string, 0, 0, 140, 2},  // RecallShootFuncAF-On
-    {{1557, 18}, TagType::string, 0, 0, 536, 32},  // VerticalFuncButton
-    {{2660, 11}, TagType::string, 0, 0, 568, 14},  // Func3Button
-    {{187089, 19}, TagType::string, 0, 0, 582, 30},  // VerticalAF-OnButton
-    {{1536, 21}, TagType::string, 0, 0, 140, 2},  // VerticalMultiSelector
-    {{187108, 14}, TagType::string, 0, 0, 154, 9},  // MeteringButton
-    {{4722, 15}, TagType::string, 0, 0, 149, 5},  // PlaybackFlickUp
-    {{187122, 21}, TagType::string, 0, 0, 163, 6},  // PlaybackFlickUpRating
-    {{4737, 17}, TagType::string, 0, 0, 149, 5},  // PlaybackFlickDown
-    {{187143, 23}, TagType::string, 0, 0, 163, 6},  // PlaybackFlickDownRating
-    {{5533, 16}, TagType::string, 0, 0, 142, 4},  // MovieFunc3Button
-    {{187166, 11}, TagType::string, 0, 0, 146, 3},  // ShutterType
-    {{4298, 15}, TagType::string, 0, 0, 612, 26},  // LensFunc2Button
-    {{187177, 16}, TagType::string, 0, 0, 140, 2},  // USBPowerDelivery
-    {{187193, 16}, TagType::string, 0, 0, 140, 2},  // EnergySavingMode
-    {{187209, 22}, TagType::string, 0, 0, 140, 2},  // BracketingBurstOptions
-    {{187231, 11}, TagType::string, 0, 0, 140, 2},  // PrimarySlot
-    {{4754, 16}, TagType::string, 0, 0, 140, 2},  // ReverseFocusRing
-    {{237, 18}, TagType::string, 0, 0, 638, 13},  // VerticalAFOnButton
-    {{5738, 23}, TagType::string, 0, 0, 149, 5},  // VerticalMovieFuncButton
-    {{5761, 23}, TagType::string, 0, 0, 638, 13},  // VerticalMovieAFOnButton
-    {{187242, 29}, TagType::string, 0, 0, 140, 2},  // LimitAF-AreaModeSelAutoPeople
-    {{187271, 30}, TagType::string, 0, 0, 140, 2},  // LimitAF-AreaModeSelAutoAnimals
-    {{187301, 30}, TagType::string, 0, 0, 140, 2},  // LimitAF-AreaModeSelWideLPeople
-    {{187331, 31}, TagType::string, 0, 0, 140, 2},  // LimitAF-AreaModeSelWideLAnimals
-    {{187362, 9}, TagType::string, 0, 0, 140, 2},  // SaveFocus
-    {{187371, 10}, TagType::string, 0, 0, 651, 9},  // AFAreaMode
-    {{4966, 15}, TagType::string, 0, 0, 176, 8},  // MovieAFAreaMode
-    {{187381, 23}, TagType::string, 0, 0, 140, 2},  // PreferSubSelectorCenter
-    {{187404, 29}, TagType::string, 0, 0, 146, 3},  // KeepExposureWithTeleconverter
-    {{187433, 24}, TagType::string, 0, 0, 146, 3},  // FocusPointSelectionSpeed
+    {{185632, 14}, TagType::string, none, 0, 0, 45},  // ISOAutoHiLimit
+    {{185646, 17}, TagType::string, none, 0, 45, 38},  // ISOAutoFlashLimit
+    {{185663, 18}, TagType::string, none, 0, 83, 57},  // ISOAutoShutterTime
+    {{185681, 24}, TagType::string, none, 0, 140, 2},  // FlickerReductionShooting
+    {{185705, 25}, TagType::string, none, 0, 140, 2},  // FlickerReductionIndicator
+    {{185730, 19}, TagType::string, none, 0, 0, 45},  // MovieISOAutoHiLimit
+    {{185749, 29}, TagType::string, none, 0, 140, 2},  // MovieISOAutoControlManualMode
+    {{185778, 28}, TagType::string, none, 0, 140, 2},  // MovieWhiteBalanceSameAsPhoto
+    {{185806, 15}, TagType::string, none, 0, 142, 4},  // AF-CPrioritySel
+    {{185821, 15}, TagType::string, none, 0, 140, 2},  // AF-SPrioritySel
+    {{3898, 10}, TagType::string, none, 0, 146, 3},  // AFPointSel
+    {{157, 12}, TagType::string, none, 0, 140, 2},  // AFActivation
+    {{169, 14}, TagType::string, none, 0, 140, 2},  // FocusPointWrap
+    {{4033, 28}, TagType::string, none, 0, 140, 2},  // ManualFocusPointIllumination
+    {{4080, 20}, TagType::string, none, 0, 140, 2},  // AF-AssistIlluminator
+    {{4100, 23}, TagType::string, none, 0, 140, 2},  // ManualFocusRingInAFMode
+    {{324, 11}, TagType::string, none, 0, 146, 3},  // ISOStepSize
+    {{335, 23}, TagType::string, none, 0, 146, 3},  // ExposureControlStepSize
+    {{378, 24}, TagType::string, none, 0, 146, 3},  // EasyExposureCompensation
+    {{1764, 14}, TagType::string, none, 0, 140, 2},  // MatrixMetering
+    {{402, 22}, TagType::string, none, 0, 149, 5},  // CenterWeightedAreaSize
+    {{449, 25}, TagType::string, none, 0, 0, 0},  // FineTuneOptMatrixMetering
+    {{424, 25}, TagType::string, none, 0, 0, 0},  // FineTuneOptCenterWeighted
+    {{474, 23}, TagType::string, none, 0, 0, 0},  // FineTuneOptSpotMetering
+    {{2361, 28}, TagType::string, none, 0, 0, 0},  // FineTuneOptHighlightWeighted
+    {{1036, 24}, TagType::string, none, 0, 146, 3},  // ShutterReleaseButtonAE-L
+    {{185836, 21}, TagType::string, none, 0, 154, 9},  // StandbyMonitorOffTime
+    {{1082, 13}, TagType::string, none, 0, 142, 4},  // SelfTimerTime
+    {{1334, 18}, TagType::string, none, 0, 0, 0},  // SelfTimerShotCount
+    {{1352, 21}, TagType::string, none, 0, 142, 4},  // SelfTimerShotInterval
+    {{1251, 22}, TagType::string, none, 0, 163, 6},  // PlaybackMonitorOffTime
+    {{1273, 18}, TagType::string, none, 0, 163, 6},  // MenuMonitorOffTime
+    {{1291, 26}, TagType::string, none, 0, 163, 6},  // ShootingInfoMonitorOffTime
+    {{1373, 25}, TagType::string, none, 0, 169, 7},  // ImageReviewMonitorOffTime
+    {{1398, 22}, TagType::string, none, 0, 163, 6},  // LiveViewMonitorOffTime
+    {{592, 19}, TagType::string, none, 0, 0, 0},  // CLModeShootingSpeed
+    {{630, 20}, TagType::string, none, 0, 0, 0},  // MaxContinuousRelease
+    {{575, 17}, TagType::string, none, 0, 163, 6},  // ExposureDelayMode
+    {{2229, 30}, TagType::string, none, 0, 140, 2},  // ElectronicFront-CurtainShutter
+    {{667, 18}, TagType::string, none, 0, 140, 2},  // FileNumberSequence
+    {{185857, 18}, TagType::string, none, 0, 140, 2},  // FramingGridDisplay
+    {{1004, 15}, TagType::string, none, 0, 140, 2},  // LCDIllumination
+    {{185875, 9}, TagType::string, none, 0, 140, 2},  // OpticalVR
+    {{1109, 14}, TagType::string, none, 0, 176, 8},  // FlashSyncSpeed
+    {{1123, 17}, TagType::string, none, 0, 176, 8},  // FlashShutterSpeed
+    {{1478, 21}, TagType::string, none, 0, 140, 2},  // FlashExposureCompArea
+    {{2270, 23}, TagType::string, none, 0, 140, 2},  // AutoFlashISOSensitivity
+    {{269, 15}, TagType::string, none, 0, 142, 4},  // AssignBktButton
+    {{1602, 23}, TagType::string, none, 0, 184, 26},  // AssignMovieRecordButton
+    {{497, 22}, TagType::string, none, 0, 149, 5},  // MultiSelectorShootMode
+    {{519, 25}, TagType::string, none, 0, 163, 6},  // MultiSelectorPlaybackMode
+    {{284, 21}, TagType::string, none, 0, 149, 5},  // MultiSelectorLiveView
+    {{4328, 30}, TagType::string, none, 0, 0, 0},  // CmdDialsReverseRotExposureComp
+    {{185884, 29}, TagType::string, none, 0, 0, 0},  // CmdDialsChangeMainSubExposure
+    {{185913, 21}, TagType::string, none, 0, 140, 2},  // CmdDialsChangeMainSub
+    {{185934, 23}, TagType::string, none, 0, 146, 3},  // CmdDialsMenuAndPlayback
+    {{185957, 19}, TagType::string, none, 0, 169, 7},  // SubDialFrameAdvance
+    {{1060, 22}, TagType::string, none, 0, 140, 2},  // ReleaseButtonToUseDial
+    {{650, 17}, TagType::string, none, 0, 140, 2},  // ReverseIndicators
+    {{1460, 18}, TagType::string, none, 0, 140, 2},  // MovieShutterButton
+    {{185976, 8}, TagType::string, none, 0, 210, 4},  // Language
+    {{754, 19}, TagType::string, none, 0, 146, 3},  // ShootingInfoDisplay
+    {{5287, 21}, TagType::string, none, 0, 140, 2},  // FlickAdvanceDirection
+    {{185984, 20}, TagType::string, none, 0, 169, 7},  // HDMIOutputResolution
+    {{186004, 15}, TagType::string, none, 0, 146, 3},  // HDMIOutputRange
+    {{186019, 16}, TagType::string, none, 0, 214, 12},  // RemoteFuncButton
+    {{4358, 23}, TagType::string, none, 0, 140, 2},  // CmdDialsReverseRotation
+    {{4223, 26}, TagType::string, none, 0, 142, 4},  // FocusPeakingHighlightColor
+    {{4249, 21}, TagType::string, none, 0, 140, 2},  // ContinuousModeDisplay
+    {{1432, 16}, TagType::string, none, 0, 140, 2},  // ShutterSpeedLock
+    {{1448, 12}, TagType::string, none, 0, 140, 2},  // ApertureLock
+    {{5019, 30}, TagType::string, none, 0, 176, 8},  // MovieHighlightDisplayThreshold
+    {{186035, 20}, TagType::string, none, 0, 140, 2},  // HDMIExternalRecorder
+    {{2200, 19}, TagType::string, none, 0, 149, 5},  // BlockShotAFResponse
+    {{2594, 13}, TagType::string, none, 0, 140, 2},  // SubjectMotion
+    {{2172, 28}, TagType::string, none, 0, 140, 2},  // Three-DTrackingFaceDetection
+    {{1645, 18}, TagType::string, none, 0, 146, 3},  // StoreByOrientation
+    {{4061, 19}, TagType::string, none, 0, 140, 2},  // DynamicAreaAFAssist
+    {{358, 20}, TagType::string, none, 0, 146, 3},  // ExposureCompStepSize
+    {{2555, 15}, TagType::string, none, 0, 140, 2},  // SyncReleaseMode
+    {{1186, 13}, TagType::string, none, 0, 140, 2},  // ModelingFlash
+    {{1154, 16}, TagType::string, none, 0, 142, 4},  // AutoBracketModeM
+    {{801, 13}, TagType::string, none, 0, 226, 54},  // PreviewButton
+    {{2259, 11}, TagType::string, none, 0, 280, 56},  // Func1Button
+    {{2607, 11}, TagType::string, none, 0, 280, 56},  // Func2Button
+    {{2410, 11}, TagType::string, none, 0, 336, 29},  // AF-OnButton
+    {{1733, 11}, TagType::string, none, 0, 140, 2},  // SubSelector
+    {{2421, 17}, TagType::string, none, 0, 365, 38},  // SubSelectorCenter
+    {{4283, 15}, TagType::string, none, 0, 403, 30},  // LensFunc1Button
+    {{186055, 23}, TagType::string, none, 0, 140, 2},  // CmdDialsApertureSetting
+    {{562, 13}, TagType::string, none, 0, 140, 2},  // MultiSelector
+    {{1778, 21}, TagType::string, none, 0, 146, 3},  // LiveViewButtonOptions
+    {{3621, 11}, TagType::string, none, 0, 140, 2},  // LightSwitch
+    {{1518, 18}, TagType::string, none, 0, 154, 9},  // MoviePreviewButton
+    {{2293, 16}, TagType::string, none, 0, 433, 24},  // MovieFunc1Button
+    {{4399, 16}, TagType::string, none, 0, 433, 24},  // MovieFunc2Button
+    {{2438, 22}, TagType::string, none, 0, 457, 13},  // AssignMovieSubselector
+    {{186078, 20}, TagType::string, none, 0, 140, 2},  // LimitAFAreaModeSelD9
+    {{186098, 21}, TagType::string, none, 0, 140, 2},  // LimitAFAreaModeSelD25
+    {{186119, 20}, TagType::string, none, 0, 140, 2},  // LimitAFAreaModeSel3D
+    {{186139, 23}, TagType::string, none, 0, 140, 2},  // LimitAFAreaModeSelGroup
+    {{4011, 22}, TagType::string, none, 0, 140, 2},  // LimitAFAreaModeSelAuto
+    {{186162, 28}, TagType::string, none, 0, 140, 2},  // LimitSelectableImageArea5To4
+    {{4149, 28}, TagType::string, none, 0, 140, 2},  // LimitSelectableImageArea1To1
+    {{186190, 21}, TagType::string, none, 0, 142, 4},  // PhotoShootingMenuBank
+    {{25, 18}, TagType::string, none, 0, 142, 4},  // CustomSettingsBank
+    {{3930, 27}, TagType::string, none, 0, 140, 2},  // LimitAF-AreaModeSelPinpoint
+    {{186211, 26}, TagType::string, none, 0, 140, 2},  // LimitAF-AreaModeSelDynamic
+    {{3957, 27}, TagType::string, none, 0, 140, 2},  // LimitAF-AreaModeSelWideAF_S
+    {{3984, 27}, TagType::string, none, 0, 140, 2},  // LimitAF-AreaModeSelWideAF_L
+    {{186237, 10}, TagType::string, none, 0, 140, 2},  // LowLightAF
+    {{4123, 26}, TagType::string, none, 0, 140, 2},  // LimitSelectableImageAreaDX
+    {{4177, 29}, TagType::string, none, 0, 140, 2},  // LimitSelectableImageArea16To9
+    {{186247, 23}, TagType::string, none, 0, 140, 2},  // ApplySettingsToLiveView
+    {{4206, 17}, TagType::string, none, 0, 142, 4},  // FocusPeakingLevel
+    {{4313, 15}, TagType::string, none, 0, 142, 4},  // LensControlRing
+    {{4451, 18}, TagType::string, none, 0, 163, 6},  // MovieMultiSelector
+    {{4469, 12}, TagType::string, none, 0, 0, 0},  // MovieAFSpeed
+    {{4481, 17}, TagType::string, none, 0, 140, 2},  // MovieAFSpeedApply
+    {{4498, 26}, TagType::string, none, 0, 169, 7},  // MovieAFTrackingSensitivity
+    {{186270, 28}, TagType::string, none, 0, 146, 3},  // MovieHighlightDisplayPattern
+    {{186298, 26}, TagType::string, none, 0, 140, 2},  // SubDialFrameAdvanceRating5
+    {{186324, 26}, TagType::string, none, 0, 140, 2},  // SubDialFrameAdvanceRating4
+    {{186350, 26}, TagType::string, none, 0, 140, 2},  // SubDialFrameAdvanceRating3
+    {{186376, 26}, TagType::string, none, 0, 140, 2},  // SubDialFrameAdvanceRating2
+    {{186402, 26}, TagType::string, none, 0, 140, 2},  // SubDialFrameAdvanceRating1
+    {{186428, 26}, TagType::string, none, 0, 140, 2},  // SubDialFrameAdvanceRating0
+    {{4415, 16}, TagType::string, none, 0, 470, 12},  // MovieAF-OnButton
+    {{186454, 21}, TagType::string, none, 0, 142, 4},  // SecondarySlotFunction
+    {{186475, 17}, TagType::string, none, 0, 140, 2},  // SilentPhotography
+    {{4524, 21}, TagType::string, none, 0, 140, 2},  // ExtendedShutterSpeeds
+    {{186492, 12}, TagType::string, none, 0, 140, 2},  // HDMIBitDepth
+    {{186504, 13}, TagType::string, none, 0, 482, 2},  // HDMIOutputHDR
+    {{5784, 14}, TagType::string, none, 0, 140, 2},  // HDMIViewAssist
+    {{186517, 10}, TagType::string, none, 0, 149, 5},  // BracketSet
+    {{186527, 14}, TagType::string, none, 0, 484, 23},  // BracketProgram
+    {{186541, 16}, TagType::string, none, 0, 507, 9},  // BracketIncrement
+    {{186557, 17}, TagType::string, none, 0, 0, 0},  // MonitorBrightness
+    {{186574, 11}, TagType::string, none, 0, 516, 17},  // GroupAreaC1
+    {{186585, 23}, TagType::string, none, 0, 140, 2},  // AutoAreaAFStartingPoint
+    {{4545, 21}, TagType::string, none, 0, 140, 2},  // FocusPointPersistence
+    {{186608, 21}, TagType::string, none, 0, 140, 2},  // LimitAFAreaModeSelD49
+    {{186629, 22}, TagType::string, none, 0, 140, 2},  // LimitAFAreaModeSelD105
+    {{186651, 25}, TagType::string, none, 0, 140, 2},  // LimitAFAreaModeSelGroupC1
+    {{186676, 25}, TagType::string, none, 0, 140, 2},  // LimitAFAreaModeSelGroupC2
+    {{4566, 25}, TagType::string, none, 0, 146, 3},  // AutoFocusModeRestrictions
+    {{186701, 20}, TagType::string, none, 0, 142, 4},  // FocusPointBrightness
+    {{611, 19}, TagType::string, none, 0, 0, 0},  // CHModeShootingSpeed
+    {{186721, 25}, TagType::string, none, 0, 163, 6},  // QuietShutterShootingSpeed
+    {{5390, 21}, TagType::string, none, 0, 533, 3},  // LimitReleaseModeSelCL
+    {{5411, 21}, TagType::string, none, 0, 533, 3},  // LimitReleaseModeSelCH
+    {{186746, 20}, TagType::string, none, 0, 533, 3},  // LimitReleaseModeSelQ
+    {{186766, 24}, TagType::string, none, 0, 533, 3},  // LimitReleaseModeSelTimer
+    {{186790, 28}, TagType::string, none, 0, 533, 3},  // LimitReleaseModeSelMirror-Up
+    {{186818, 22}, TagType::string, none, 0, 140, 2},  // RearControPanelDisplay
+    {{4591, 18}, TagType::string, none, 0, 140, 2},  // FlashBurstPriority
+    {{186840, 27}, TagType::string, none, 0, 140, 2},  // RecallShootFuncExposureMode
+    {{186867, 27}, TagType::string, none, 0, 140, 2},  // RecallShootFuncShutterSpeed
+    {{186894, 23}, TagType::string, none, 0, 140, 2},  // RecallShootFuncAperture
+    {{186917, 27}, TagType::string, none, 0, 140, 2},  // RecallShootFuncExposureComp
+    {{186944, 18}, TagType::string, none, 0, 140, 2},  // RecallShootFuncISO
+    {{186962, 27}, TagType::string, none, 0, 140, 2},  // RecallShootFuncMeteringMode
+    {{186989, 27}, TagType::string, none, 0, 140, 2},  // RecallShootFuncWhiteBalance
+    {{187016, 25}, TagType::string, none, 0, 140, 2},  // RecallShootFuncAFAreaMode
+    {{187041, 28}, TagType::string, none, 0, 140, 2},  // RecallShootFuncFocusTracking
+    {{187069, 20}, TagType::string, none, 0, 140, 2},  // RecallShootFuncAF-On
+    {{1557, 18}, TagType::string, none, 0, 536, 32},  // VerticalFuncButton
+    {{2660, 11}, TagType::string, none, 0, 568, 14},  // Func3Button
+    {{187089, 19}, TagType::string, none, 0, 582, 30},  // VerticalAF-OnButton
+    {{1536, 21}, TagType::string, none, 0, 140, 2},  // VerticalMultiSelector
+    {{187108, 14}, TagType::string, none, 0, 154, 9},  // MeteringButton
+    {{4722, 15}, TagType::string, none, 0, 149, 5},  // PlaybackFlickUp
+    {{187122, 21}, TagType::string, none, 0, 163, 6},  // PlaybackFlickUpRating
+    {{4737, 17}, TagType::string, none, 0, 149, 5},  // PlaybackFlickDown
+    {{187143, 23}, TagType::string, none, 0, 163, 6},  // PlaybackFlickDownRating
+    {{5533, 16}, TagType::string, none, 0, 142, 4},  // MovieFunc3Button
+    {{187166, 11}, TagType::string, none, 0, 146, 3},  // ShutterType
+    {{4298, 15}, TagType::string, none, 0, 612, 26},  // LensFunc2Button
+    {{187177, 16}, TagType::string, none, 0, 140, 2},  // USBPowerDelivery
+    {{187193, 16}, TagType::string, none, 0, 140, 2},  // EnergySavingMode
+    {{187209, 22}, TagType::string, none, 0, 140, 2},  // BracketingBurstOptions
+    {{187231, 11}, TagType::string, none, 0, 140, 2},  // PrimarySlot
+    {{4754, 16}, TagType::string, none, 0, 140, 2},  // ReverseFocusRing
+    {{237, 18}, TagType::string, none, 0, 638, 13},  // VerticalAFOnButton
+    {{5738, 23}, TagType::string, none, 0, 149, 5},  // VerticalMovieFuncButton
+    {{5761, 23}, TagType::string, none, 0, 638, 13},  // VerticalMovieAFOnButton
+    {{187242, 29}, TagType::string, none, 0, 140, 2},  // LimitAF-AreaModeSelAutoPeople
+    {{187271, 30}, TagType::string, none, 0, 140, 2},  // LimitAF-AreaModeSelAutoAnimals
+    {{187301, 30}, TagType::string, none, 0, 140, 2},  // LimitAF-AreaModeSelWideLPeople
+    {{187331, 31}, TagType::string, none, 0, 140, 2},  // LimitAF-AreaModeSelWideLAnimals
+    {{187362, 9}, TagType::string, none, 0, 140, 2},  // SaveFocus
+    {{187371, 10}, TagType::string, none, 0, 651, 9},  // AFAreaMode
+    {{4966, 15}, TagType::string, none, 0, 176, 8},  // MovieAFAreaMode
+    {{187381, 23}, TagType::string, none, 0, 140, 2},  // PreferSubSelectorCenter
+    {{187404, 29}, TagType::string, none, 0, 146, 3},  // KeepExposureWithTeleconverter
+    {{187433, 24}, TagType::string, none, 0, 146, 3},  // FocusPointSelectionSpeed
 };
 constexpr detail::TextRef kChoicesNikonSettings[] = {
     {5799, 1}, {5804, 2}, {5830, 2}, {5844, 2}, {5968, 2}, {5970, 2}, {5972, 2}, {5974, 2},
@@ -11329,17 +11329,16 @@ constexpr std::uint16_t kKeyOrderNikonSettings[] = {
     184, 169,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsNikonSettings[196];
-constinit detail::StreamTags gTagsNikonSettings("NikonSettings", kText, kTagsNikonSettings, kKeyOrderNikonSettings, kChoicesNikonSettings, gItemsNikonSettings, &TagStringsCatalogue::stringsNikonSettings);
 
 // Nintendo: 5 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsNintendo[] = {
-    {{246498, 7}, TagType::string, 2, 4, 0, 0},  // ModelID
-    {{246505, 9}, TagType::int32u, 2, 0, 0, 0},  // TimeStamp
-    {{246514, 20}, TagType::string, 2, 4, 0, 0},  // InternalSerialNumber
-    {{246534, 8}, TagType::float_, 2, 0, 0, 0},  // Parallax
-    {{246542, 8}, TagType::int16u, 2, 0, 0, 4},  // Category
+    {{246498, 7}, TagType::string, writable, 4, 0, 0},  // ModelID
+    {{246505, 9}, TagType::int32u, writable, 0, 0, 0},  // TimeStamp
+    {{246514, 20}, TagType::string, writable, 4, 0, 0},  // InternalSerialNumber
+    {{246534, 8}, TagType::float_, writable, 0, 0, 0},  // Parallax
+    {{246542, 8}, TagType::int16u, writable, 0, 0, 4},  // Category
 };
 constexpr detail::TextRef kChoicesNintendo[] = {
     {5798, 1}, {246550, 4}, {246554, 4}, {246558, 5},
@@ -11390,9 +11389,16 @@ constexpr std::uint16_t kKeyOrderNintendo[] = {
     4, 2, 0, 3, 1,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsNintendo[5];
-constinit detail::StreamTags gTagsNintendo("Nintendo", kText, kTagsNintendo, kKeyOrderNintendo, kChoicesNintendo, gItemsNintendo, &TagStringsCatalogue::stringsNintendo);
 
 }  // namespace
+
+// Each stream's tags, which the catalogue's index finds them by.
+namespace detail {
+constinit StreamTags gTagsNikonCustom("NikonCustom", kText, kTagsNikonCustom, kKeyOrderNikonCustom, kChoicesNikonCustom, gItemsNikonCustom, &TagStringsCatalogue::stringsNikonCustom);
+constinit StreamTags gTagsNikonScan("NikonScan", kText, kTagsNikonScan, kKeyOrderNikonScan, kChoicesNikonScan, gItemsNikonScan, &TagStringsCatalogue::stringsNikonScan);
+constinit StreamTags gTagsNikonSettings("NikonSettings", kText, kTagsNikonSettings, kKeyOrderNikonSettings, kChoicesNikonSettings, gItemsNikonSettings, &TagStringsCatalogue::stringsNikonSettings);
+constinit StreamTags gTagsNintendo("Nintendo", kText, kTagsNintendo, kKeyOrderNintendo, kChoicesNintendo, gItemsNintendo, &TagStringsCatalogue::stringsNintendo);
+}  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsNikonCustom() {
   return gStringsNikonCustom.strings(&TagStringsCatalogue::stringTableNikonCustom);
@@ -11401,311 +11407,311 @@ TagStringTable TagStringsCatalogue::stringTableNikonCustom(ETLanguage language) 
   return gStringsNikonCustom.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue22::allStreamsNikonCustom() {
-  return gTagsNikonCustom.all();
+  return detail::gTagsNikonCustom.all();
 }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomMultiSelectorLiveViewMode() { return gTagsNikonCustom.item(0); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomCustomSettingsBank() { return gTagsNikonCustom.item(1); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomCustomSettingsAllDefault() { return gTagsNikonCustom.item(2); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomAF_CPrioritySelection() { return gTagsNikonCustom.item(3); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomAF_SPrioritySelection() { return gTagsNikonCustom.item(4); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomAFPointSelection() { return gTagsNikonCustom.item(5); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomDynamicAFArea() { return gTagsNikonCustom.item(6); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomFocusTrackingLockOn() { return gTagsNikonCustom.item(7); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomAFActivation() { return gTagsNikonCustom.item(8); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomFocusPointWrap() { return gTagsNikonCustom.item(9); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomAFPointIllumination() { return gTagsNikonCustom.item(10); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomAFPointBrightness() { return gTagsNikonCustom.item(11); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomAFAssist() { return gTagsNikonCustom.item(12); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomAFOnButton() { return gTagsNikonCustom.item(13); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomVerticalAFOnButton() { return gTagsNikonCustom.item(14); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomAF_OnForMB_D10() { return gTagsNikonCustom.item(15); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomAssignBktButton() { return gTagsNikonCustom.item(16); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomMultiSelectorLiveView() { return gTagsNikonCustom.item(17); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomInitialZoomLiveView() { return gTagsNikonCustom.item(18); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomISOStepSize() { return gTagsNikonCustom.item(19); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomExposureControlStepSize() { return gTagsNikonCustom.item(20); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomExposureCompStepSize() { return gTagsNikonCustom.item(21); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomEasyExposureCompensation() { return gTagsNikonCustom.item(22); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomCenterWeightedAreaSize() { return gTagsNikonCustom.item(23); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomFineTuneOptCenterWeighted() { return gTagsNikonCustom.item(24); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomFineTuneOptMatrixMetering() { return gTagsNikonCustom.item(25); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomFineTuneOptSpotMetering() { return gTagsNikonCustom.item(26); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomMultiSelectorShootMode() { return gTagsNikonCustom.item(27); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomMultiSelectorPlaybackMode() { return gTagsNikonCustom.item(28); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomInitialZoomSetting() { return gTagsNikonCustom.item(29); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomMultiSelector() { return gTagsNikonCustom.item(30); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomExposureDelayMode() { return gTagsNikonCustom.item(31); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomCLModeShootingSpeed() { return gTagsNikonCustom.item(32); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomCHModeShootingSpeed() { return gTagsNikonCustom.item(33); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomMaxContinuousRelease() { return gTagsNikonCustom.item(34); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomReverseIndicators() { return gTagsNikonCustom.item(35); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomFileNumberSequence() { return gTagsNikonCustom.item(36); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomRearDisplay() { return gTagsNikonCustom.item(37); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomViewfinderDisplay() { return gTagsNikonCustom.item(38); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomBatteryOrder() { return gTagsNikonCustom.item(39); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomMB_D10Batteries() { return gTagsNikonCustom.item(40); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomScreenTips() { return gTagsNikonCustom.item(41); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomBeep() { return gTagsNikonCustom.item(42); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomShootingInfoDisplay() { return gTagsNikonCustom.item(43); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomGridDisplay() { return gTagsNikonCustom.item(44); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomViewfinderWarning() { return gTagsNikonCustom.item(45); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomPreviewButton() { return gTagsNikonCustom.item(46); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomFuncButton() { return gTagsNikonCustom.item(47); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomPreviewButtonPlusDials() { return gTagsNikonCustom.item(48); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomFuncButtonPlusDials() { return gTagsNikonCustom.item(49); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomAELockButton() { return gTagsNikonCustom.item(50); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomAELockButtonPlusDials() { return gTagsNikonCustom.item(51); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomCommandDialsReverseRotation() { return gTagsNikonCustom.item(52); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomCommandDialsChangeMainSub() { return gTagsNikonCustom.item(53); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomCommandDialsApertureSetting() { return gTagsNikonCustom.item(54); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomCommandDialsMenuAndPlayback() { return gTagsNikonCustom.item(55); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomLCDIllumination() { return gTagsNikonCustom.item(56); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomPhotoInfoPlayback() { return gTagsNikonCustom.item(57); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomShutterReleaseButtonAE_L() { return gTagsNikonCustom.item(58); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomReleaseButtonToUseDial() { return gTagsNikonCustom.item(59); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomSelfTimerTime() { return gTagsNikonCustom.item(60); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomMonitorOffTime() { return gTagsNikonCustom.item(61); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomFlashSyncSpeed() { return gTagsNikonCustom.item(62); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomFlashShutterSpeed() { return gTagsNikonCustom.item(63); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomAutoBracketSet() { return gTagsNikonCustom.item(64); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomAutoBracketModeM() { return gTagsNikonCustom.item(65); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomAutoBracketOrder() { return gTagsNikonCustom.item(66); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomModelingFlash() { return gTagsNikonCustom.item(67); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomNoMemoryCard() { return gTagsNikonCustom.item(68); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomMeteringTime() { return gTagsNikonCustom.item(69); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomInternalFlash() { return gTagsNikonCustom.item(70); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomImageReviewTime() { return gTagsNikonCustom.item(71); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomPlaybackMonitorOffTime() { return gTagsNikonCustom.item(72); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomMenuMonitorOffTime() { return gTagsNikonCustom.item(73); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomShootingInfoMonitorOffTime() { return gTagsNikonCustom.item(74); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomPitch() { return gTagsNikonCustom.item(75); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomStandbyTimer() { return gTagsNikonCustom.item(76); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomSelfTimerShotCount() { return gTagsNikonCustom.item(77); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomSelfTimerShotInterval() { return gTagsNikonCustom.item(78); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomImageReviewMonitorOffTime() { return gTagsNikonCustom.item(79); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomLiveViewMonitorOffTime() { return gTagsNikonCustom.item(80); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomPlaybackZoom() { return gTagsNikonCustom.item(81); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomShutterSpeedLock() { return gTagsNikonCustom.item(82); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomApertureLock() { return gTagsNikonCustom.item(83); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomMovieShutterButton() { return gTagsNikonCustom.item(84); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomFlashExposureCompArea() { return gTagsNikonCustom.item(85); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomMovieFunctionButton() { return gTagsNikonCustom.item(86); }
-const TagItem& detail::TagItemCatalogue22::itemNikonCustomMoviePreviewButton() { return gTagsNikonCustom.item(87); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomVerticalMultiSelector() { return gTagsNikonCustom.item(88); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomVerticalFuncButton() { return gTagsNikonCustom.item(89); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomVerticalFuncButtonPlusDials() { return gTagsNikonCustom.item(90); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMovieRecordButton() { return gTagsNikonCustom.item(91); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomDynamicAreaAFDisplay() { return gTagsNikonCustom.item(92); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomStoreByOrientation() { return gTagsNikonCustom.item(93); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomGroupAreaAFIllumination() { return gTagsNikonCustom.item(94); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomSubSelectorAssignment() { return gTagsNikonCustom.item(95); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieSubSelectorAssignment() { return gTagsNikonCustom.item(96); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomSubSelector() { return gTagsNikonCustom.item(97); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomSubSelectorPlusDials() { return gTagsNikonCustom.item(98); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMatrixMetering() { return gTagsNikonCustom.item(99); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLiveViewButtonOptions() { return gTagsNikonCustom.item(100); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAFModeRestrictions() { return gTagsNikonCustom.item(101); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitAFAreaModeSelection() { return gTagsNikonCustom.item(102); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieFunctionButtonPlusDials() { return gTagsNikonCustom.item(103); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMoviePreviewButtonPlusDials() { return gTagsNikonCustom.item(104); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieSubSelectorAssignmentPlusDials() { return gTagsNikonCustom.item(105); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignRemoteFnButton() { return gTagsNikonCustom.item(106); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLensFocusFunctionButtons() { return gTagsNikonCustom.item(107); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomImageReview() { return gTagsNikonCustom.item(108); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAutoISO() { return gTagsNikonCustom.item(109); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAutoISOMax() { return gTagsNikonCustom.item(110); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAutoISOMinShutterSpeed() { return gTagsNikonCustom.item(111); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomRemoteOnDuration() { return gTagsNikonCustom.item(112); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAELock() { return gTagsNikonCustom.item(113); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomShootingModeSetting() { return gTagsNikonCustom.item(114); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomTimerFunctionButton() { return gTagsNikonCustom.item(115); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMetering() { return gTagsNikonCustom.item(116); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomManualFlashOutput() { return gTagsNikonCustom.item(117); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFlashLevel() { return gTagsNikonCustom.item(118); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFocusModeSetting() { return gTagsNikonCustom.item(119); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAFAreaModeSetting() { return gTagsNikonCustom.item(120); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomNumberOfFocusPoints() { return gTagsNikonCustom.item(121); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomThree_DTrackingFaceDetection() { return gTagsNikonCustom.item(122); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomBlockShotAFResponse() { return gTagsNikonCustom.item(123); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomISODisplay() { return gTagsNikonCustom.item(124); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomElectronicFront_CurtainShutter() { return gTagsNikonCustom.item(125); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFunc1Button() { return gTagsNikonCustom.item(126); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAutoFlashISOSensitivity() { return gTagsNikonCustom.item(127); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieFunc1Button() { return gTagsNikonCustom.item(128); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFunc1ButtonPlusDials() { return gTagsNikonCustom.item(129); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMovieRecordButtonPlusDials() { return gTagsNikonCustom.item(130); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFineTuneOptHighlightWeighted() { return gTagsNikonCustom.item(131); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomVerticalFuncPlusDials() { return gTagsNikonCustom.item(132); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAF_OnButton() { return gTagsNikonCustom.item(133); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomSubSelectorCenter() { return gTagsNikonCustom.item(134); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMovieSubselector() { return gTagsNikonCustom.item(135); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMovieFunc1ButtonPlusDials() { return gTagsNikonCustom.item(136); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMoviePreviewButtonPlusDials() { return gTagsNikonCustom.item(137); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMovieSubselectorPlusDials() { return gTagsNikonCustom.item(138); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomSyncReleaseMode() { return gTagsNikonCustom.item(139); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomThree_DTrackingWatchArea() { return gTagsNikonCustom.item(140); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomSubjectMotion() { return gTagsNikonCustom.item(141); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFunc2Button() { return gTagsNikonCustom.item(142); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFunc2ButtonPlusDials() { return gTagsNikonCustom.item(143); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMovieFunc2Button() { return gTagsNikonCustom.item(144); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFunc3Button() { return gTagsNikonCustom.item(145); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMB_D17FuncButton() { return gTagsNikonCustom.item(146); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMB_D17FuncButtonPlusDials() { return gTagsNikonCustom.item(147); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMB_D17AF_OnButton() { return gTagsNikonCustom.item(148); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomRangeFinder() { return gTagsNikonCustom.item(149); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomDateImprint() { return gTagsNikonCustom.item(150); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomEVStepSize() { return gTagsNikonCustom.item(151); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomPlaybackMenusTime() { return gTagsNikonCustom.item(152); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLiveViewAF() { return gTagsNikonCustom.item(153); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomReverseExposureCompDial() { return gTagsNikonCustom.item(154); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomReverseShutterSpeedAperture() { return gTagsNikonCustom.item(155); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFunctionButton() { return gTagsNikonCustom.item(156); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomExposureControlStep() { return gTagsNikonCustom.item(157); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomISOSensitivityStep() { return gTagsNikonCustom.item(158); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMB_D10BatteryType() { return gTagsNikonCustom.item(159); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFlashControlBuilt_in() { return gTagsNikonCustom.item(160); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomRepeatingFlashOutput() { return gTagsNikonCustom.item(161); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomRepeatingFlashCount() { return gTagsNikonCustom.item(162); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomRepeatingFlashRate() { return gTagsNikonCustom.item(163); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderInternalTTLChannel() { return gTagsNikonCustom.item(164); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderInternalTTLCompBuiltin() { return gTagsNikonCustom.item(165); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderInternalTTLCompGroupA() { return gTagsNikonCustom.item(166); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderInternalTTLCompGroupB() { return gTagsNikonCustom.item(167); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAF_OnForMB_D11() { return gTagsNikonCustom.item(168); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMB_D11BatteryType() { return gTagsNikonCustom.item(169); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomBeepPitch() { return gTagsNikonCustom.item(170); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomBeepVolume() { return gTagsNikonCustom.item(171); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomOKButton() { return gTagsNikonCustom.item(172); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomSelfTimerInterval() { return gTagsNikonCustom.item(173); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFlashWarning() { return gTagsNikonCustom.item(174); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLiveViewAFAreaMode() { return gTagsNikonCustom.item(175); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLiveViewAFMode() { return gTagsNikonCustom.item(176); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomIllumination() { return gTagsNikonCustom.item(177); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMainDialExposureComp() { return gTagsNikonCustom.item(178); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommandDials() { return gTagsNikonCustom.item(179); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMB_D80Batteries() { return gTagsNikonCustom.item(180); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAutoFP() { return gTagsNikonCustom.item(181); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderChannel() { return gTagsNikonCustom.item(182); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderInternalFlash() { return gTagsNikonCustom.item(183); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderGroupAMode() { return gTagsNikonCustom.item(184); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderGroupBMode() { return gTagsNikonCustom.item(185); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderInternalTTLComp() { return gTagsNikonCustom.item(186); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderInternalManualOutput() { return gTagsNikonCustom.item(187); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderGroupA_TTL_AAComp() { return gTagsNikonCustom.item(188); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderGroupAManualOutput() { return gTagsNikonCustom.item(189); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderGroupB_TTL_AAComp() { return gTagsNikonCustom.item(190); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderGroupBManualOutput() { return gTagsNikonCustom.item(191); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomCenterAFArea() { return gTagsNikonCustom.item(192); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFocusAreaSelection() { return gTagsNikonCustom.item(193); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAFAreaIllumination() { return gTagsNikonCustom.item(194); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAutoBracketingSet() { return gTagsNikonCustom.item(195); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAutoBracketingMode() { return gTagsNikonCustom.item(196); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLightSwitch() { return gTagsNikonCustom.item(197); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMB_D12BatteryType() { return gTagsNikonCustom.item(198); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieAELockButtonAssignment() { return gTagsNikonCustom.item(199); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAF_OnForMB_D12() { return gTagsNikonCustom.item(200); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMB_D18FuncButton() { return gTagsNikonCustom.item(201); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMB_D18FuncButtonPlusDials() { return gTagsNikonCustom.item(202); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomContinuousModeLiveView() { return gTagsNikonCustom.item(203); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMB_D18AF_OnButton() { return gTagsNikonCustom.item(204); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomCenterFocusPoint() { return gTagsNikonCustom.item(205); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAELockForMB_D80() { return gTagsNikonCustom.item(206); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMB_D80BatteryType() { return gTagsNikonCustom.item(207); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomEasyExposureComp() { return gTagsNikonCustom.item(208); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderGroupA_TTLComp() { return gTagsNikonCustom.item(209); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderGroupB_TTLComp() { return gTagsNikonCustom.item(210); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAFPointSel() { return gTagsNikonCustom.item(211); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAF_OnOutOfFocusRelease() { return gTagsNikonCustom.item(212); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitAF_AreaModeSelPinpoint() { return gTagsNikonCustom.item(213); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitAF_AreaModeSelWideAF_S() { return gTagsNikonCustom.item(214); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitAF_AreaModeSelWideAF_L() { return gTagsNikonCustom.item(215); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitAFAreaModeSelAuto() { return gTagsNikonCustom.item(216); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomManualFocusPointIllumination() { return gTagsNikonCustom.item(217); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomDynamicAreaAFAssist() { return gTagsNikonCustom.item(218); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAF_AssistIlluminator() { return gTagsNikonCustom.item(219); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomManualFocusRingInAFMode() { return gTagsNikonCustom.item(220); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitSelectableImageAreaDX() { return gTagsNikonCustom.item(221); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitSelectableImageArea1To1() { return gTagsNikonCustom.item(222); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitSelectableImageArea16To9() { return gTagsNikonCustom.item(223); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFocusPeakingLevel() { return gTagsNikonCustom.item(224); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFocusPeakingHighlightColor() { return gTagsNikonCustom.item(225); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomContinuousModeDisplay() { return gTagsNikonCustom.item(226); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomHighSpeedSync() { return gTagsNikonCustom.item(227); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLensFunc1Button() { return gTagsNikonCustom.item(228); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLensFunc2Button() { return gTagsNikonCustom.item(229); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLensControlRing() { return gTagsNikonCustom.item(230); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomCmdDialsReverseRotExposureComp() { return gTagsNikonCustom.item(231); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomCmdDialsReverseRotation() { return gTagsNikonCustom.item(232); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomUseDialWithoutHold() { return gTagsNikonCustom.item(233); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieFunc2Button() { return gTagsNikonCustom.item(234); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieAF_OnButton() { return gTagsNikonCustom.item(235); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieLensControlRing() { return gTagsNikonCustom.item(236); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieMultiSelector() { return gTagsNikonCustom.item(237); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieAFSpeed() { return gTagsNikonCustom.item(238); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieAFSpeedApply() { return gTagsNikonCustom.item(239); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieAFTrackingSensitivity() { return gTagsNikonCustom.item(240); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomExtendedShutterSpeeds() { return gTagsNikonCustom.item(241); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFocusPointPersistence() { return gTagsNikonCustom.item(242); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAutoFocusModeRestrictions() { return gTagsNikonCustom.item(243); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFlashBurstPriority() { return gTagsNikonCustom.item(244); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitAF_AreaModeSelDynamic_S() { return gTagsNikonCustom.item(245); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitAF_AreaModeSelDynamic_M() { return gTagsNikonCustom.item(246); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitAF_AreaModeSelDynamic_L() { return gTagsNikonCustom.item(247); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitAF_AreaModeSel3DTracking() { return gTagsNikonCustom.item(248); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomPlaybackFlickUp() { return gTagsNikonCustom.item(249); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomPlaybackFlickDown() { return gTagsNikonCustom.item(250); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomReverseFocusRing() { return gTagsNikonCustom.item(251); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomEVFImageFrame() { return gTagsNikonCustom.item(252); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomEVFGrid() { return gTagsNikonCustom.item(253); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomVirtualHorizonStyle() { return gTagsNikonCustom.item(254); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFunc1ButtonPlaybackMode() { return gTagsNikonCustom.item(255); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFunc2ButtonPlaybackMode() { return gTagsNikonCustom.item(256); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieRecordButtonPlaybackMode() { return gTagsNikonCustom.item(257); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommandDialPlaybackMode() { return gTagsNikonCustom.item(258); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomSubCommandDialPlaybackMode() { return gTagsNikonCustom.item(259); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFocusPointLock() { return gTagsNikonCustom.item(260); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomControlRingResponse() { return gTagsNikonCustom.item(261); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieAFAreaMode() { return gTagsNikonCustom.item(262); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomZebraPatternToneRange() { return gTagsNikonCustom.item(263); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieZebraPattern() { return gTagsNikonCustom.item(264); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieHighlightDisplayThreshold() { return gTagsNikonCustom.item(265); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieMidtoneDisplayValue() { return gTagsNikonCustom.item(266); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieMidtoneDisplayRange() { return gTagsNikonCustom.item(267); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieEVFGrid() { return gTagsNikonCustom.item(268); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieShutterSpeedLock() { return gTagsNikonCustom.item(269); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieFocusPointLock() { return gTagsNikonCustom.item(270); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAF_CFocusDisplay() { return gTagsNikonCustom.item(271); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFocusPeakingDisplay() { return gTagsNikonCustom.item(272); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomKeepExposure() { return gTagsNikonCustom.item(273); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomStarlightView() { return gTagsNikonCustom.item(274); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomEVFWarmDisplayMode() { return gTagsNikonCustom.item(275); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomEVFWarmDisplayBrightness() { return gTagsNikonCustom.item(276); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomEVFReleaseIndicator() { return gTagsNikonCustom.item(277); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieApertureLock() { return gTagsNikonCustom.item(278); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFlickAdvanceDirection() { return gTagsNikonCustom.item(279); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomPreReleaseBurstLength() { return gTagsNikonCustom.item(280); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomPostReleaseBurstLength() { return gTagsNikonCustom.item(281); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomViewModeShowEffectsOfSettings() { return gTagsNikonCustom.item(282); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomDispButton() { return gTagsNikonCustom.item(283); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitReleaseModeSelCL() { return gTagsNikonCustom.item(284); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitReleaseModeSelCH() { return gTagsNikonCustom.item(285); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitReleaseModeSelC30() { return gTagsNikonCustom.item(286); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitReleaseModeSelC120() { return gTagsNikonCustom.item(287); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitReleaseModeSelSelf() { return gTagsNikonCustom.item(288); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomVerticalMultiSelectorPlaybackMode() { return gTagsNikonCustom.item(289); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieFunc3Button() { return gTagsNikonCustom.item(290); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFunc4Button() { return gTagsNikonCustom.item(291); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAudioButton() { return gTagsNikonCustom.item(292); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomQualityButton() { return gTagsNikonCustom.item(293); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFunc3ButtonPlaybackMode() { return gTagsNikonCustom.item(294); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomFunc4ButtonPlaybackMode() { return gTagsNikonCustom.item(295); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomVerticalFuncButtonPlaybackMode() { return gTagsNikonCustom.item(296); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomAudioButtonPlaybackMode() { return gTagsNikonCustom.item(297); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomQualityButtonPlaybackMode() { return gTagsNikonCustom.item(298); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomWhiteBalanceButtonPlaybackMode() { return gTagsNikonCustom.item(299); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomVerticalMovieFuncButton() { return gTagsNikonCustom.item(300); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomVerticalMovieAFOnButton() { return gTagsNikonCustom.item(301); }
-const TagItem& detail::TagItemCatalogue23::itemNikonCustomHDMIViewAssist() { return gTagsNikonCustom.item(302); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomMultiSelectorLiveViewMode() { return detail::gTagsNikonCustom.item(0); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomCustomSettingsBank() { return detail::gTagsNikonCustom.item(1); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomCustomSettingsAllDefault() { return detail::gTagsNikonCustom.item(2); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomAF_CPrioritySelection() { return detail::gTagsNikonCustom.item(3); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomAF_SPrioritySelection() { return detail::gTagsNikonCustom.item(4); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomAFPointSelection() { return detail::gTagsNikonCustom.item(5); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomDynamicAFArea() { return detail::gTagsNikonCustom.item(6); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomFocusTrackingLockOn() { return detail::gTagsNikonCustom.item(7); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomAFActivation() { return detail::gTagsNikonCustom.item(8); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomFocusPointWrap() { return detail::gTagsNikonCustom.item(9); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomAFPointIllumination() { return detail::gTagsNikonCustom.item(10); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomAFPointBrightness() { return detail::gTagsNikonCustom.item(11); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomAFAssist() { return detail::gTagsNikonCustom.item(12); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomAFOnButton() { return detail::gTagsNikonCustom.item(13); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomVerticalAFOnButton() { return detail::gTagsNikonCustom.item(14); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomAF_OnForMB_D10() { return detail::gTagsNikonCustom.item(15); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomAssignBktButton() { return detail::gTagsNikonCustom.item(16); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomMultiSelectorLiveView() { return detail::gTagsNikonCustom.item(17); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomInitialZoomLiveView() { return detail::gTagsNikonCustom.item(18); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomISOStepSize() { return detail::gTagsNikonCustom.item(19); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomExposureControlStepSize() { return detail::gTagsNikonCustom.item(20); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomExposureCompStepSize() { return detail::gTagsNikonCustom.item(21); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomEasyExposureCompensation() { return detail::gTagsNikonCustom.item(22); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomCenterWeightedAreaSize() { return detail::gTagsNikonCustom.item(23); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomFineTuneOptCenterWeighted() { return detail::gTagsNikonCustom.item(24); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomFineTuneOptMatrixMetering() { return detail::gTagsNikonCustom.item(25); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomFineTuneOptSpotMetering() { return detail::gTagsNikonCustom.item(26); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomMultiSelectorShootMode() { return detail::gTagsNikonCustom.item(27); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomMultiSelectorPlaybackMode() { return detail::gTagsNikonCustom.item(28); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomInitialZoomSetting() { return detail::gTagsNikonCustom.item(29); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomMultiSelector() { return detail::gTagsNikonCustom.item(30); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomExposureDelayMode() { return detail::gTagsNikonCustom.item(31); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomCLModeShootingSpeed() { return detail::gTagsNikonCustom.item(32); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomCHModeShootingSpeed() { return detail::gTagsNikonCustom.item(33); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomMaxContinuousRelease() { return detail::gTagsNikonCustom.item(34); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomReverseIndicators() { return detail::gTagsNikonCustom.item(35); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomFileNumberSequence() { return detail::gTagsNikonCustom.item(36); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomRearDisplay() { return detail::gTagsNikonCustom.item(37); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomViewfinderDisplay() { return detail::gTagsNikonCustom.item(38); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomBatteryOrder() { return detail::gTagsNikonCustom.item(39); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomMB_D10Batteries() { return detail::gTagsNikonCustom.item(40); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomScreenTips() { return detail::gTagsNikonCustom.item(41); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomBeep() { return detail::gTagsNikonCustom.item(42); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomShootingInfoDisplay() { return detail::gTagsNikonCustom.item(43); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomGridDisplay() { return detail::gTagsNikonCustom.item(44); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomViewfinderWarning() { return detail::gTagsNikonCustom.item(45); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomPreviewButton() { return detail::gTagsNikonCustom.item(46); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomFuncButton() { return detail::gTagsNikonCustom.item(47); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomPreviewButtonPlusDials() { return detail::gTagsNikonCustom.item(48); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomFuncButtonPlusDials() { return detail::gTagsNikonCustom.item(49); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomAELockButton() { return detail::gTagsNikonCustom.item(50); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomAELockButtonPlusDials() { return detail::gTagsNikonCustom.item(51); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomCommandDialsReverseRotation() { return detail::gTagsNikonCustom.item(52); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomCommandDialsChangeMainSub() { return detail::gTagsNikonCustom.item(53); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomCommandDialsApertureSetting() { return detail::gTagsNikonCustom.item(54); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomCommandDialsMenuAndPlayback() { return detail::gTagsNikonCustom.item(55); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomLCDIllumination() { return detail::gTagsNikonCustom.item(56); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomPhotoInfoPlayback() { return detail::gTagsNikonCustom.item(57); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomShutterReleaseButtonAE_L() { return detail::gTagsNikonCustom.item(58); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomReleaseButtonToUseDial() { return detail::gTagsNikonCustom.item(59); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomSelfTimerTime() { return detail::gTagsNikonCustom.item(60); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomMonitorOffTime() { return detail::gTagsNikonCustom.item(61); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomFlashSyncSpeed() { return detail::gTagsNikonCustom.item(62); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomFlashShutterSpeed() { return detail::gTagsNikonCustom.item(63); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomAutoBracketSet() { return detail::gTagsNikonCustom.item(64); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomAutoBracketModeM() { return detail::gTagsNikonCustom.item(65); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomAutoBracketOrder() { return detail::gTagsNikonCustom.item(66); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomModelingFlash() { return detail::gTagsNikonCustom.item(67); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomNoMemoryCard() { return detail::gTagsNikonCustom.item(68); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomMeteringTime() { return detail::gTagsNikonCustom.item(69); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomInternalFlash() { return detail::gTagsNikonCustom.item(70); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomImageReviewTime() { return detail::gTagsNikonCustom.item(71); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomPlaybackMonitorOffTime() { return detail::gTagsNikonCustom.item(72); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomMenuMonitorOffTime() { return detail::gTagsNikonCustom.item(73); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomShootingInfoMonitorOffTime() { return detail::gTagsNikonCustom.item(74); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomPitch() { return detail::gTagsNikonCustom.item(75); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomStandbyTimer() { return detail::gTagsNikonCustom.item(76); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomSelfTimerShotCount() { return detail::gTagsNikonCustom.item(77); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomSelfTimerShotInterval() { return detail::gTagsNikonCustom.item(78); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomImageReviewMonitorOffTime() { return detail::gTagsNikonCustom.item(79); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomLiveViewMonitorOffTime() { return detail::gTagsNikonCustom.item(80); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomPlaybackZoom() { return detail::gTagsNikonCustom.item(81); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomShutterSpeedLock() { return detail::gTagsNikonCustom.item(82); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomApertureLock() { return detail::gTagsNikonCustom.item(83); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomMovieShutterButton() { return detail::gTagsNikonCustom.item(84); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomFlashExposureCompArea() { return detail::gTagsNikonCustom.item(85); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomMovieFunctionButton() { return detail::gTagsNikonCustom.item(86); }
+const TagItem& detail::TagItemCatalogue22::itemNikonCustomMoviePreviewButton() { return detail::gTagsNikonCustom.item(87); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomVerticalMultiSelector() { return detail::gTagsNikonCustom.item(88); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomVerticalFuncButton() { return detail::gTagsNikonCustom.item(89); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomVerticalFuncButtonPlusDials() { return detail::gTagsNikonCustom.item(90); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMovieRecordButton() { return detail::gTagsNikonCustom.item(91); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomDynamicAreaAFDisplay() { return detail::gTagsNikonCustom.item(92); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomStoreByOrientation() { return detail::gTagsNikonCustom.item(93); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomGroupAreaAFIllumination() { return detail::gTagsNikonCustom.item(94); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomSubSelectorAssignment() { return detail::gTagsNikonCustom.item(95); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieSubSelectorAssignment() { return detail::gTagsNikonCustom.item(96); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomSubSelector() { return detail::gTagsNikonCustom.item(97); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomSubSelectorPlusDials() { return detail::gTagsNikonCustom.item(98); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMatrixMetering() { return detail::gTagsNikonCustom.item(99); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLiveViewButtonOptions() { return detail::gTagsNikonCustom.item(100); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAFModeRestrictions() { return detail::gTagsNikonCustom.item(101); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitAFAreaModeSelection() { return detail::gTagsNikonCustom.item(102); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieFunctionButtonPlusDials() { return detail::gTagsNikonCustom.item(103); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMoviePreviewButtonPlusDials() { return detail::gTagsNikonCustom.item(104); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieSubSelectorAssignmentPlusDials() { return detail::gTagsNikonCustom.item(105); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignRemoteFnButton() { return detail::gTagsNikonCustom.item(106); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLensFocusFunctionButtons() { return detail::gTagsNikonCustom.item(107); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomImageReview() { return detail::gTagsNikonCustom.item(108); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAutoISO() { return detail::gTagsNikonCustom.item(109); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAutoISOMax() { return detail::gTagsNikonCustom.item(110); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAutoISOMinShutterSpeed() { return detail::gTagsNikonCustom.item(111); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomRemoteOnDuration() { return detail::gTagsNikonCustom.item(112); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAELock() { return detail::gTagsNikonCustom.item(113); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomShootingModeSetting() { return detail::gTagsNikonCustom.item(114); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomTimerFunctionButton() { return detail::gTagsNikonCustom.item(115); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMetering() { return detail::gTagsNikonCustom.item(116); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomManualFlashOutput() { return detail::gTagsNikonCustom.item(117); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFlashLevel() { return detail::gTagsNikonCustom.item(118); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFocusModeSetting() { return detail::gTagsNikonCustom.item(119); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAFAreaModeSetting() { return detail::gTagsNikonCustom.item(120); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomNumberOfFocusPoints() { return detail::gTagsNikonCustom.item(121); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomThree_DTrackingFaceDetection() { return detail::gTagsNikonCustom.item(122); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomBlockShotAFResponse() { return detail::gTagsNikonCustom.item(123); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomISODisplay() { return detail::gTagsNikonCustom.item(124); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomElectronicFront_CurtainShutter() { return detail::gTagsNikonCustom.item(125); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFunc1Button() { return detail::gTagsNikonCustom.item(126); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAutoFlashISOSensitivity() { return detail::gTagsNikonCustom.item(127); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieFunc1Button() { return detail::gTagsNikonCustom.item(128); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFunc1ButtonPlusDials() { return detail::gTagsNikonCustom.item(129); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMovieRecordButtonPlusDials() { return detail::gTagsNikonCustom.item(130); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFineTuneOptHighlightWeighted() { return detail::gTagsNikonCustom.item(131); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomVerticalFuncPlusDials() { return detail::gTagsNikonCustom.item(132); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAF_OnButton() { return detail::gTagsNikonCustom.item(133); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomSubSelectorCenter() { return detail::gTagsNikonCustom.item(134); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMovieSubselector() { return detail::gTagsNikonCustom.item(135); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMovieFunc1ButtonPlusDials() { return detail::gTagsNikonCustom.item(136); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMoviePreviewButtonPlusDials() { return detail::gTagsNikonCustom.item(137); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMovieSubselectorPlusDials() { return detail::gTagsNikonCustom.item(138); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomSyncReleaseMode() { return detail::gTagsNikonCustom.item(139); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomThree_DTrackingWatchArea() { return detail::gTagsNikonCustom.item(140); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomSubjectMotion() { return detail::gTagsNikonCustom.item(141); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFunc2Button() { return detail::gTagsNikonCustom.item(142); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFunc2ButtonPlusDials() { return detail::gTagsNikonCustom.item(143); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMovieFunc2Button() { return detail::gTagsNikonCustom.item(144); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFunc3Button() { return detail::gTagsNikonCustom.item(145); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMB_D17FuncButton() { return detail::gTagsNikonCustom.item(146); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMB_D17FuncButtonPlusDials() { return detail::gTagsNikonCustom.item(147); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMB_D17AF_OnButton() { return detail::gTagsNikonCustom.item(148); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomRangeFinder() { return detail::gTagsNikonCustom.item(149); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomDateImprint() { return detail::gTagsNikonCustom.item(150); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomEVStepSize() { return detail::gTagsNikonCustom.item(151); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomPlaybackMenusTime() { return detail::gTagsNikonCustom.item(152); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLiveViewAF() { return detail::gTagsNikonCustom.item(153); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomReverseExposureCompDial() { return detail::gTagsNikonCustom.item(154); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomReverseShutterSpeedAperture() { return detail::gTagsNikonCustom.item(155); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFunctionButton() { return detail::gTagsNikonCustom.item(156); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomExposureControlStep() { return detail::gTagsNikonCustom.item(157); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomISOSensitivityStep() { return detail::gTagsNikonCustom.item(158); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMB_D10BatteryType() { return detail::gTagsNikonCustom.item(159); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFlashControlBuilt_in() { return detail::gTagsNikonCustom.item(160); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomRepeatingFlashOutput() { return detail::gTagsNikonCustom.item(161); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomRepeatingFlashCount() { return detail::gTagsNikonCustom.item(162); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomRepeatingFlashRate() { return detail::gTagsNikonCustom.item(163); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderInternalTTLChannel() { return detail::gTagsNikonCustom.item(164); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderInternalTTLCompBuiltin() { return detail::gTagsNikonCustom.item(165); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderInternalTTLCompGroupA() { return detail::gTagsNikonCustom.item(166); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderInternalTTLCompGroupB() { return detail::gTagsNikonCustom.item(167); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAF_OnForMB_D11() { return detail::gTagsNikonCustom.item(168); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMB_D11BatteryType() { return detail::gTagsNikonCustom.item(169); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomBeepPitch() { return detail::gTagsNikonCustom.item(170); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomBeepVolume() { return detail::gTagsNikonCustom.item(171); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomOKButton() { return detail::gTagsNikonCustom.item(172); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomSelfTimerInterval() { return detail::gTagsNikonCustom.item(173); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFlashWarning() { return detail::gTagsNikonCustom.item(174); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLiveViewAFAreaMode() { return detail::gTagsNikonCustom.item(175); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLiveViewAFMode() { return detail::gTagsNikonCustom.item(176); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomIllumination() { return detail::gTagsNikonCustom.item(177); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMainDialExposureComp() { return detail::gTagsNikonCustom.item(178); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommandDials() { return detail::gTagsNikonCustom.item(179); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMB_D80Batteries() { return detail::gTagsNikonCustom.item(180); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAutoFP() { return detail::gTagsNikonCustom.item(181); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderChannel() { return detail::gTagsNikonCustom.item(182); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderInternalFlash() { return detail::gTagsNikonCustom.item(183); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderGroupAMode() { return detail::gTagsNikonCustom.item(184); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderGroupBMode() { return detail::gTagsNikonCustom.item(185); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderInternalTTLComp() { return detail::gTagsNikonCustom.item(186); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderInternalManualOutput() { return detail::gTagsNikonCustom.item(187); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderGroupA_TTL_AAComp() { return detail::gTagsNikonCustom.item(188); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderGroupAManualOutput() { return detail::gTagsNikonCustom.item(189); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderGroupB_TTL_AAComp() { return detail::gTagsNikonCustom.item(190); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderGroupBManualOutput() { return detail::gTagsNikonCustom.item(191); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomCenterAFArea() { return detail::gTagsNikonCustom.item(192); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFocusAreaSelection() { return detail::gTagsNikonCustom.item(193); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAFAreaIllumination() { return detail::gTagsNikonCustom.item(194); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAutoBracketingSet() { return detail::gTagsNikonCustom.item(195); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAutoBracketingMode() { return detail::gTagsNikonCustom.item(196); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLightSwitch() { return detail::gTagsNikonCustom.item(197); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMB_D12BatteryType() { return detail::gTagsNikonCustom.item(198); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieAELockButtonAssignment() { return detail::gTagsNikonCustom.item(199); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAF_OnForMB_D12() { return detail::gTagsNikonCustom.item(200); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMB_D18FuncButton() { return detail::gTagsNikonCustom.item(201); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMB_D18FuncButtonPlusDials() { return detail::gTagsNikonCustom.item(202); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomContinuousModeLiveView() { return detail::gTagsNikonCustom.item(203); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAssignMB_D18AF_OnButton() { return detail::gTagsNikonCustom.item(204); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomCenterFocusPoint() { return detail::gTagsNikonCustom.item(205); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAELockForMB_D80() { return detail::gTagsNikonCustom.item(206); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMB_D80BatteryType() { return detail::gTagsNikonCustom.item(207); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomEasyExposureComp() { return detail::gTagsNikonCustom.item(208); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderGroupA_TTLComp() { return detail::gTagsNikonCustom.item(209); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommanderGroupB_TTLComp() { return detail::gTagsNikonCustom.item(210); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAFPointSel() { return detail::gTagsNikonCustom.item(211); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAF_OnOutOfFocusRelease() { return detail::gTagsNikonCustom.item(212); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitAF_AreaModeSelPinpoint() { return detail::gTagsNikonCustom.item(213); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitAF_AreaModeSelWideAF_S() { return detail::gTagsNikonCustom.item(214); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitAF_AreaModeSelWideAF_L() { return detail::gTagsNikonCustom.item(215); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitAFAreaModeSelAuto() { return detail::gTagsNikonCustom.item(216); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomManualFocusPointIllumination() { return detail::gTagsNikonCustom.item(217); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomDynamicAreaAFAssist() { return detail::gTagsNikonCustom.item(218); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAF_AssistIlluminator() { return detail::gTagsNikonCustom.item(219); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomManualFocusRingInAFMode() { return detail::gTagsNikonCustom.item(220); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitSelectableImageAreaDX() { return detail::gTagsNikonCustom.item(221); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitSelectableImageArea1To1() { return detail::gTagsNikonCustom.item(222); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitSelectableImageArea16To9() { return detail::gTagsNikonCustom.item(223); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFocusPeakingLevel() { return detail::gTagsNikonCustom.item(224); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFocusPeakingHighlightColor() { return detail::gTagsNikonCustom.item(225); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomContinuousModeDisplay() { return detail::gTagsNikonCustom.item(226); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomHighSpeedSync() { return detail::gTagsNikonCustom.item(227); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLensFunc1Button() { return detail::gTagsNikonCustom.item(228); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLensFunc2Button() { return detail::gTagsNikonCustom.item(229); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLensControlRing() { return detail::gTagsNikonCustom.item(230); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomCmdDialsReverseRotExposureComp() { return detail::gTagsNikonCustom.item(231); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomCmdDialsReverseRotation() { return detail::gTagsNikonCustom.item(232); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomUseDialWithoutHold() { return detail::gTagsNikonCustom.item(233); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieFunc2Button() { return detail::gTagsNikonCustom.item(234); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieAF_OnButton() { return detail::gTagsNikonCustom.item(235); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieLensControlRing() { return detail::gTagsNikonCustom.item(236); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieMultiSelector() { return detail::gTagsNikonCustom.item(237); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieAFSpeed() { return detail::gTagsNikonCustom.item(238); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieAFSpeedApply() { return detail::gTagsNikonCustom.item(239); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieAFTrackingSensitivity() { return detail::gTagsNikonCustom.item(240); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomExtendedShutterSpeeds() { return detail::gTagsNikonCustom.item(241); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFocusPointPersistence() { return detail::gTagsNikonCustom.item(242); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAutoFocusModeRestrictions() { return detail::gTagsNikonCustom.item(243); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFlashBurstPriority() { return detail::gTagsNikonCustom.item(244); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitAF_AreaModeSelDynamic_S() { return detail::gTagsNikonCustom.item(245); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitAF_AreaModeSelDynamic_M() { return detail::gTagsNikonCustom.item(246); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitAF_AreaModeSelDynamic_L() { return detail::gTagsNikonCustom.item(247); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitAF_AreaModeSel3DTracking() { return detail::gTagsNikonCustom.item(248); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomPlaybackFlickUp() { return detail::gTagsNikonCustom.item(249); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomPlaybackFlickDown() { return detail::gTagsNikonCustom.item(250); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomReverseFocusRing() { return detail::gTagsNikonCustom.item(251); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomEVFImageFrame() { return detail::gTagsNikonCustom.item(252); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomEVFGrid() { return detail::gTagsNikonCustom.item(253); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomVirtualHorizonStyle() { return detail::gTagsNikonCustom.item(254); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFunc1ButtonPlaybackMode() { return detail::gTagsNikonCustom.item(255); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFunc2ButtonPlaybackMode() { return detail::gTagsNikonCustom.item(256); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieRecordButtonPlaybackMode() { return detail::gTagsNikonCustom.item(257); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomCommandDialPlaybackMode() { return detail::gTagsNikonCustom.item(258); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomSubCommandDialPlaybackMode() { return detail::gTagsNikonCustom.item(259); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFocusPointLock() { return detail::gTagsNikonCustom.item(260); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomControlRingResponse() { return detail::gTagsNikonCustom.item(261); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieAFAreaMode() { return detail::gTagsNikonCustom.item(262); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomZebraPatternToneRange() { return detail::gTagsNikonCustom.item(263); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieZebraPattern() { return detail::gTagsNikonCustom.item(264); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieHighlightDisplayThreshold() { return detail::gTagsNikonCustom.item(265); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieMidtoneDisplayValue() { return detail::gTagsNikonCustom.item(266); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieMidtoneDisplayRange() { return detail::gTagsNikonCustom.item(267); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieEVFGrid() { return detail::gTagsNikonCustom.item(268); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieShutterSpeedLock() { return detail::gTagsNikonCustom.item(269); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieFocusPointLock() { return detail::gTagsNikonCustom.item(270); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAF_CFocusDisplay() { return detail::gTagsNikonCustom.item(271); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFocusPeakingDisplay() { return detail::gTagsNikonCustom.item(272); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomKeepExposure() { return detail::gTagsNikonCustom.item(273); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomStarlightView() { return detail::gTagsNikonCustom.item(274); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomEVFWarmDisplayMode() { return detail::gTagsNikonCustom.item(275); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomEVFWarmDisplayBrightness() { return detail::gTagsNikonCustom.item(276); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomEVFReleaseIndicator() { return detail::gTagsNikonCustom.item(277); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieApertureLock() { return detail::gTagsNikonCustom.item(278); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFlickAdvanceDirection() { return detail::gTagsNikonCustom.item(279); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomPreReleaseBurstLength() { return detail::gTagsNikonCustom.item(280); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomPostReleaseBurstLength() { return detail::gTagsNikonCustom.item(281); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomViewModeShowEffectsOfSettings() { return detail::gTagsNikonCustom.item(282); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomDispButton() { return detail::gTagsNikonCustom.item(283); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitReleaseModeSelCL() { return detail::gTagsNikonCustom.item(284); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitReleaseModeSelCH() { return detail::gTagsNikonCustom.item(285); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitReleaseModeSelC30() { return detail::gTagsNikonCustom.item(286); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitReleaseModeSelC120() { return detail::gTagsNikonCustom.item(287); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomLimitReleaseModeSelSelf() { return detail::gTagsNikonCustom.item(288); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomVerticalMultiSelectorPlaybackMode() { return detail::gTagsNikonCustom.item(289); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomMovieFunc3Button() { return detail::gTagsNikonCustom.item(290); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFunc4Button() { return detail::gTagsNikonCustom.item(291); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAudioButton() { return detail::gTagsNikonCustom.item(292); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomQualityButton() { return detail::gTagsNikonCustom.item(293); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFunc3ButtonPlaybackMode() { return detail::gTagsNikonCustom.item(294); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomFunc4ButtonPlaybackMode() { return detail::gTagsNikonCustom.item(295); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomVerticalFuncButtonPlaybackMode() { return detail::gTagsNikonCustom.item(296); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomAudioButtonPlaybackMode() { return detail::gTagsNikonCustom.item(297); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomQualityButtonPlaybackMode() { return detail::gTagsNikonCustom.item(298); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomWhiteBalanceButtonPlaybackMode() { return detail::gTagsNikonCustom.item(299); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomVerticalMovieFuncButton() { return detail::gTagsNikonCustom.item(300); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomVerticalMovieAFOnButton() { return detail::gTagsNikonCustom.item(301); }
+const TagItem& detail::TagItemCatalogue23::itemNikonCustomHDMIViewAssist() { return detail::gTagsNikonCustom.item(302); }
 
 const TagStrings& TagStringsCatalogue::stringsNikonScan() {
   return gStringsNikonScan.strings(&TagStringsCatalogue::stringTableNikonScan);
@@ -11714,20 +11720,20 @@ TagStringTable TagStringsCatalogue::stringTableNikonScan(ETLanguage language) {
   return gStringsNikonScan.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue23::allStreamsNikonScan() {
-  return gTagsNikonScan.all();
+  return detail::gTagsNikonScan.all();
 }
-const TagItem& detail::TagItemCatalogue23::itemNikonScanDigitalGEM() { return gTagsNikonScan.item(0); }
-const TagItem& detail::TagItemCatalogue23::itemNikonScanDigitalROC() { return gTagsNikonScan.item(1); }
-const TagItem& detail::TagItemCatalogue23::itemNikonScanFilmType() { return gTagsNikonScan.item(2); }
-const TagItem& detail::TagItemCatalogue23::itemNikonScanMultiSample() { return gTagsNikonScan.item(3); }
-const TagItem& detail::TagItemCatalogue23::itemNikonScanBitDepth() { return gTagsNikonScan.item(4); }
-const TagItem& detail::TagItemCatalogue23::itemNikonScanMasterGain() { return gTagsNikonScan.item(5); }
-const TagItem& detail::TagItemCatalogue23::itemNikonScanColorGain() { return gTagsNikonScan.item(6); }
-const TagItem& detail::TagItemCatalogue23::itemNikonScanScanImageEnhancer() { return gTagsNikonScan.item(7); }
-const TagItem& detail::TagItemCatalogue23::itemNikonScanDigitalICE() { return gTagsNikonScan.item(8); }
-const TagItem& detail::TagItemCatalogue23::itemNikonScanDigitalDEEShadowAdj() { return gTagsNikonScan.item(9); }
-const TagItem& detail::TagItemCatalogue23::itemNikonScanDigitalDEEThreshold() { return gTagsNikonScan.item(10); }
-const TagItem& detail::TagItemCatalogue23::itemNikonScanDigitalDEEHighlightAdj() { return gTagsNikonScan.item(11); }
+const TagItem& detail::TagItemCatalogue23::itemNikonScanDigitalGEM() { return detail::gTagsNikonScan.item(0); }
+const TagItem& detail::TagItemCatalogue23::itemNikonScanDigitalROC() { return detail::gTagsNikonScan.item(1); }
+const TagItem& detail::TagItemCatalogue23::itemNikonScanFilmType() { return detail::gTagsNikonScan.item(2); }
+const TagItem& detail::TagItemCatalogue23::itemNikonScanMultiSample() { return detail::gTagsNikonScan.item(3); }
+const TagItem& detail::TagItemCatalogue23::itemNikonScanBitDepth() { return detail::gTagsNikonScan.item(4); }
+const TagItem& detail::TagItemCatalogue23::itemNikonScanMasterGain() { return detail::gTagsNikonScan.item(5); }
+const TagItem& detail::TagItemCatalogue23::itemNikonScanColorGain() { return detail::gTagsNikonScan.item(6); }
+const TagItem& detail::TagItemCatalogue23::itemNikonScanScanImageEnhancer() { return detail::gTagsNikonScan.item(7); }
+const TagItem& detail::TagItemCatalogue23::itemNikonScanDigitalICE() { return detail::gTagsNikonScan.item(8); }
+const TagItem& detail::TagItemCatalogue23::itemNikonScanDigitalDEEShadowAdj() { return detail::gTagsNikonScan.item(9); }
+const TagItem& detail::TagItemCatalogue23::itemNikonScanDigitalDEEThreshold() { return detail::gTagsNikonScan.item(10); }
+const TagItem& detail::TagItemCatalogue23::itemNikonScanDigitalDEEHighlightAdj() { return detail::gTagsNikonScan.item(11); }
 
 const TagStrings& TagStringsCatalogue::stringsNikonSettings() {
   return gStringsNikonSettings.strings(&TagStringsCatalogue::stringTableNikonSettings);
@@ -11736,204 +11742,204 @@ TagStringTable TagStringsCatalogue::stringTableNikonSettings(ETLanguage language
   return gStringsNikonSettings.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue23::allStreamsNikonSettings() {
-  return gTagsNikonSettings.all();
+  return detail::gTagsNikonSettings.all();
 }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsISOAutoHiLimit() { return gTagsNikonSettings.item(0); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsISOAutoFlashLimit() { return gTagsNikonSettings.item(1); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsISOAutoShutterTime() { return gTagsNikonSettings.item(2); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFlickerReductionShooting() { return gTagsNikonSettings.item(3); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFlickerReductionIndicator() { return gTagsNikonSettings.item(4); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieISOAutoHiLimit() { return gTagsNikonSettings.item(5); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieISOAutoControlManualMode() { return gTagsNikonSettings.item(6); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieWhiteBalanceSameAsPhoto() { return gTagsNikonSettings.item(7); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAF_CPrioritySel() { return gTagsNikonSettings.item(8); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAF_SPrioritySel() { return gTagsNikonSettings.item(9); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAFPointSel() { return gTagsNikonSettings.item(10); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAFActivation() { return gTagsNikonSettings.item(11); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFocusPointWrap() { return gTagsNikonSettings.item(12); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsManualFocusPointIllumination() { return gTagsNikonSettings.item(13); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAF_AssistIlluminator() { return gTagsNikonSettings.item(14); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsManualFocusRingInAFMode() { return gTagsNikonSettings.item(15); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsISOStepSize() { return gTagsNikonSettings.item(16); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsExposureControlStepSize() { return gTagsNikonSettings.item(17); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsEasyExposureCompensation() { return gTagsNikonSettings.item(18); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMatrixMetering() { return gTagsNikonSettings.item(19); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsCenterWeightedAreaSize() { return gTagsNikonSettings.item(20); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFineTuneOptMatrixMetering() { return gTagsNikonSettings.item(21); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFineTuneOptCenterWeighted() { return gTagsNikonSettings.item(22); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFineTuneOptSpotMetering() { return gTagsNikonSettings.item(23); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFineTuneOptHighlightWeighted() { return gTagsNikonSettings.item(24); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsShutterReleaseButtonAE_L() { return gTagsNikonSettings.item(25); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsStandbyMonitorOffTime() { return gTagsNikonSettings.item(26); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSelfTimerTime() { return gTagsNikonSettings.item(27); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSelfTimerShotCount() { return gTagsNikonSettings.item(28); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSelfTimerShotInterval() { return gTagsNikonSettings.item(29); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsPlaybackMonitorOffTime() { return gTagsNikonSettings.item(30); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMenuMonitorOffTime() { return gTagsNikonSettings.item(31); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsShootingInfoMonitorOffTime() { return gTagsNikonSettings.item(32); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsImageReviewMonitorOffTime() { return gTagsNikonSettings.item(33); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLiveViewMonitorOffTime() { return gTagsNikonSettings.item(34); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsCLModeShootingSpeed() { return gTagsNikonSettings.item(35); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMaxContinuousRelease() { return gTagsNikonSettings.item(36); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsExposureDelayMode() { return gTagsNikonSettings.item(37); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsElectronicFront_CurtainShutter() { return gTagsNikonSettings.item(38); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFileNumberSequence() { return gTagsNikonSettings.item(39); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFramingGridDisplay() { return gTagsNikonSettings.item(40); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLCDIllumination() { return gTagsNikonSettings.item(41); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsOpticalVR() { return gTagsNikonSettings.item(42); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFlashSyncSpeed() { return gTagsNikonSettings.item(43); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFlashShutterSpeed() { return gTagsNikonSettings.item(44); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFlashExposureCompArea() { return gTagsNikonSettings.item(45); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAutoFlashISOSensitivity() { return gTagsNikonSettings.item(46); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAssignBktButton() { return gTagsNikonSettings.item(47); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAssignMovieRecordButton() { return gTagsNikonSettings.item(48); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMultiSelectorShootMode() { return gTagsNikonSettings.item(49); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMultiSelectorPlaybackMode() { return gTagsNikonSettings.item(50); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMultiSelectorLiveView() { return gTagsNikonSettings.item(51); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsCmdDialsReverseRotExposureComp() { return gTagsNikonSettings.item(52); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsCmdDialsChangeMainSubExposure() { return gTagsNikonSettings.item(53); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsCmdDialsChangeMainSub() { return gTagsNikonSettings.item(54); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsCmdDialsMenuAndPlayback() { return gTagsNikonSettings.item(55); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSubDialFrameAdvance() { return gTagsNikonSettings.item(56); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsReleaseButtonToUseDial() { return gTagsNikonSettings.item(57); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsReverseIndicators() { return gTagsNikonSettings.item(58); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieShutterButton() { return gTagsNikonSettings.item(59); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLanguage() { return gTagsNikonSettings.item(60); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsShootingInfoDisplay() { return gTagsNikonSettings.item(61); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFlickAdvanceDirection() { return gTagsNikonSettings.item(62); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsHDMIOutputResolution() { return gTagsNikonSettings.item(63); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsHDMIOutputRange() { return gTagsNikonSettings.item(64); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRemoteFuncButton() { return gTagsNikonSettings.item(65); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsCmdDialsReverseRotation() { return gTagsNikonSettings.item(66); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFocusPeakingHighlightColor() { return gTagsNikonSettings.item(67); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsContinuousModeDisplay() { return gTagsNikonSettings.item(68); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsShutterSpeedLock() { return gTagsNikonSettings.item(69); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsApertureLock() { return gTagsNikonSettings.item(70); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieHighlightDisplayThreshold() { return gTagsNikonSettings.item(71); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsHDMIExternalRecorder() { return gTagsNikonSettings.item(72); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsBlockShotAFResponse() { return gTagsNikonSettings.item(73); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSubjectMotion() { return gTagsNikonSettings.item(74); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsThree_DTrackingFaceDetection() { return gTagsNikonSettings.item(75); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsStoreByOrientation() { return gTagsNikonSettings.item(76); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsDynamicAreaAFAssist() { return gTagsNikonSettings.item(77); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsExposureCompStepSize() { return gTagsNikonSettings.item(78); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSyncReleaseMode() { return gTagsNikonSettings.item(79); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsModelingFlash() { return gTagsNikonSettings.item(80); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAutoBracketModeM() { return gTagsNikonSettings.item(81); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsPreviewButton() { return gTagsNikonSettings.item(82); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFunc1Button() { return gTagsNikonSettings.item(83); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFunc2Button() { return gTagsNikonSettings.item(84); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAF_OnButton() { return gTagsNikonSettings.item(85); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSubSelector() { return gTagsNikonSettings.item(86); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSubSelectorCenter() { return gTagsNikonSettings.item(87); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLensFunc1Button() { return gTagsNikonSettings.item(88); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsCmdDialsApertureSetting() { return gTagsNikonSettings.item(89); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMultiSelector() { return gTagsNikonSettings.item(90); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLiveViewButtonOptions() { return gTagsNikonSettings.item(91); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLightSwitch() { return gTagsNikonSettings.item(92); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMoviePreviewButton() { return gTagsNikonSettings.item(93); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieFunc1Button() { return gTagsNikonSettings.item(94); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieFunc2Button() { return gTagsNikonSettings.item(95); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAssignMovieSubselector() { return gTagsNikonSettings.item(96); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAFAreaModeSelD9() { return gTagsNikonSettings.item(97); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAFAreaModeSelD25() { return gTagsNikonSettings.item(98); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAFAreaModeSel3D() { return gTagsNikonSettings.item(99); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAFAreaModeSelGroup() { return gTagsNikonSettings.item(100); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAFAreaModeSelAuto() { return gTagsNikonSettings.item(101); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitSelectableImageArea5To4() { return gTagsNikonSettings.item(102); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitSelectableImageArea1To1() { return gTagsNikonSettings.item(103); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsPhotoShootingMenuBank() { return gTagsNikonSettings.item(104); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsCustomSettingsBank() { return gTagsNikonSettings.item(105); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAF_AreaModeSelPinpoint() { return gTagsNikonSettings.item(106); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAF_AreaModeSelDynamic() { return gTagsNikonSettings.item(107); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAF_AreaModeSelWideAF_S() { return gTagsNikonSettings.item(108); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAF_AreaModeSelWideAF_L() { return gTagsNikonSettings.item(109); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLowLightAF() { return gTagsNikonSettings.item(110); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitSelectableImageAreaDX() { return gTagsNikonSettings.item(111); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitSelectableImageArea16To9() { return gTagsNikonSettings.item(112); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsApplySettingsToLiveView() { return gTagsNikonSettings.item(113); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFocusPeakingLevel() { return gTagsNikonSettings.item(114); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLensControlRing() { return gTagsNikonSettings.item(115); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieMultiSelector() { return gTagsNikonSettings.item(116); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieAFSpeed() { return gTagsNikonSettings.item(117); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieAFSpeedApply() { return gTagsNikonSettings.item(118); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieAFTrackingSensitivity() { return gTagsNikonSettings.item(119); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieHighlightDisplayPattern() { return gTagsNikonSettings.item(120); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSubDialFrameAdvanceRating5() { return gTagsNikonSettings.item(121); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSubDialFrameAdvanceRating4() { return gTagsNikonSettings.item(122); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSubDialFrameAdvanceRating3() { return gTagsNikonSettings.item(123); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSubDialFrameAdvanceRating2() { return gTagsNikonSettings.item(124); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSubDialFrameAdvanceRating1() { return gTagsNikonSettings.item(125); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSubDialFrameAdvanceRating0() { return gTagsNikonSettings.item(126); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieAF_OnButton() { return gTagsNikonSettings.item(127); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSecondarySlotFunction() { return gTagsNikonSettings.item(128); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSilentPhotography() { return gTagsNikonSettings.item(129); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsExtendedShutterSpeeds() { return gTagsNikonSettings.item(130); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsHDMIBitDepth() { return gTagsNikonSettings.item(131); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsHDMIOutputHDR() { return gTagsNikonSettings.item(132); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsHDMIViewAssist() { return gTagsNikonSettings.item(133); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsBracketSet() { return gTagsNikonSettings.item(134); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsBracketProgram() { return gTagsNikonSettings.item(135); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsBracketIncrement() { return gTagsNikonSettings.item(136); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMonitorBrightness() { return gTagsNikonSettings.item(137); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsGroupAreaC1() { return gTagsNikonSettings.item(138); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAutoAreaAFStartingPoint() { return gTagsNikonSettings.item(139); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFocusPointPersistence() { return gTagsNikonSettings.item(140); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAFAreaModeSelD49() { return gTagsNikonSettings.item(141); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAFAreaModeSelD105() { return gTagsNikonSettings.item(142); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAFAreaModeSelGroupC1() { return gTagsNikonSettings.item(143); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAFAreaModeSelGroupC2() { return gTagsNikonSettings.item(144); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAutoFocusModeRestrictions() { return gTagsNikonSettings.item(145); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFocusPointBrightness() { return gTagsNikonSettings.item(146); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsCHModeShootingSpeed() { return gTagsNikonSettings.item(147); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsQuietShutterShootingSpeed() { return gTagsNikonSettings.item(148); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitReleaseModeSelCL() { return gTagsNikonSettings.item(149); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitReleaseModeSelCH() { return gTagsNikonSettings.item(150); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitReleaseModeSelQ() { return gTagsNikonSettings.item(151); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitReleaseModeSelTimer() { return gTagsNikonSettings.item(152); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitReleaseModeSelMirror_Up() { return gTagsNikonSettings.item(153); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRearControPanelDisplay() { return gTagsNikonSettings.item(154); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFlashBurstPriority() { return gTagsNikonSettings.item(155); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRecallShootFuncExposureMode() { return gTagsNikonSettings.item(156); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRecallShootFuncShutterSpeed() { return gTagsNikonSettings.item(157); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRecallShootFuncAperture() { return gTagsNikonSettings.item(158); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRecallShootFuncExposureComp() { return gTagsNikonSettings.item(159); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRecallShootFuncISO() { return gTagsNikonSettings.item(160); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRecallShootFuncMeteringMode() { return gTagsNikonSettings.item(161); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRecallShootFuncWhiteBalance() { return gTagsNikonSettings.item(162); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRecallShootFuncAFAreaMode() { return gTagsNikonSettings.item(163); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRecallShootFuncFocusTracking() { return gTagsNikonSettings.item(164); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRecallShootFuncAF_On() { return gTagsNikonSettings.item(165); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsVerticalFuncButton() { return gTagsNikonSettings.item(166); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFunc3Button() { return gTagsNikonSettings.item(167); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsVerticalAF_OnButton() { return gTagsNikonSettings.item(168); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsVerticalMultiSelector() { return gTagsNikonSettings.item(169); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMeteringButton() { return gTagsNikonSettings.item(170); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsPlaybackFlickUp() { return gTagsNikonSettings.item(171); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsPlaybackFlickUpRating() { return gTagsNikonSettings.item(172); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsPlaybackFlickDown() { return gTagsNikonSettings.item(173); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsPlaybackFlickDownRating() { return gTagsNikonSettings.item(174); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieFunc3Button() { return gTagsNikonSettings.item(175); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsShutterType() { return gTagsNikonSettings.item(176); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLensFunc2Button() { return gTagsNikonSettings.item(177); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsUSBPowerDelivery() { return gTagsNikonSettings.item(178); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsEnergySavingMode() { return gTagsNikonSettings.item(179); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsBracketingBurstOptions() { return gTagsNikonSettings.item(180); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsPrimarySlot() { return gTagsNikonSettings.item(181); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsReverseFocusRing() { return gTagsNikonSettings.item(182); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsVerticalAFOnButton() { return gTagsNikonSettings.item(183); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsVerticalMovieFuncButton() { return gTagsNikonSettings.item(184); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsVerticalMovieAFOnButton() { return gTagsNikonSettings.item(185); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAF_AreaModeSelAutoPeople() { return gTagsNikonSettings.item(186); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAF_AreaModeSelAutoAnimals() { return gTagsNikonSettings.item(187); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAF_AreaModeSelWideLPeople() { return gTagsNikonSettings.item(188); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAF_AreaModeSelWideLAnimals() { return gTagsNikonSettings.item(189); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSaveFocus() { return gTagsNikonSettings.item(190); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAFAreaMode() { return gTagsNikonSettings.item(191); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieAFAreaMode() { return gTagsNikonSettings.item(192); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsPreferSubSelectorCenter() { return gTagsNikonSettings.item(193); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsKeepExposureWithTeleconverter() { return gTagsNikonSettings.item(194); }
-const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFocusPointSelectionSpeed() { return gTagsNikonSettings.item(195); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsISOAutoHiLimit() { return detail::gTagsNikonSettings.item(0); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsISOAutoFlashLimit() { return detail::gTagsNikonSettings.item(1); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsISOAutoShutterTime() { return detail::gTagsNikonSettings.item(2); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFlickerReductionShooting() { return detail::gTagsNikonSettings.item(3); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFlickerReductionIndicator() { return detail::gTagsNikonSettings.item(4); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieISOAutoHiLimit() { return detail::gTagsNikonSettings.item(5); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieISOAutoControlManualMode() { return detail::gTagsNikonSettings.item(6); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieWhiteBalanceSameAsPhoto() { return detail::gTagsNikonSettings.item(7); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAF_CPrioritySel() { return detail::gTagsNikonSettings.item(8); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAF_SPrioritySel() { return detail::gTagsNikonSettings.item(9); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAFPointSel() { return detail::gTagsNikonSettings.item(10); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAFActivation() { return detail::gTagsNikonSettings.item(11); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFocusPointWrap() { return detail::gTagsNikonSettings.item(12); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsManualFocusPointIllumination() { return detail::gTagsNikonSettings.item(13); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAF_AssistIlluminator() { return detail::gTagsNikonSettings.item(14); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsManualFocusRingInAFMode() { return detail::gTagsNikonSettings.item(15); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsISOStepSize() { return detail::gTagsNikonSettings.item(16); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsExposureControlStepSize() { return detail::gTagsNikonSettings.item(17); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsEasyExposureCompensation() { return detail::gTagsNikonSettings.item(18); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMatrixMetering() { return detail::gTagsNikonSettings.item(19); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsCenterWeightedAreaSize() { return detail::gTagsNikonSettings.item(20); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFineTuneOptMatrixMetering() { return detail::gTagsNikonSettings.item(21); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFineTuneOptCenterWeighted() { return detail::gTagsNikonSettings.item(22); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFineTuneOptSpotMetering() { return detail::gTagsNikonSettings.item(23); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFineTuneOptHighlightWeighted() { return detail::gTagsNikonSettings.item(24); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsShutterReleaseButtonAE_L() { return detail::gTagsNikonSettings.item(25); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsStandbyMonitorOffTime() { return detail::gTagsNikonSettings.item(26); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSelfTimerTime() { return detail::gTagsNikonSettings.item(27); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSelfTimerShotCount() { return detail::gTagsNikonSettings.item(28); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSelfTimerShotInterval() { return detail::gTagsNikonSettings.item(29); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsPlaybackMonitorOffTime() { return detail::gTagsNikonSettings.item(30); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMenuMonitorOffTime() { return detail::gTagsNikonSettings.item(31); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsShootingInfoMonitorOffTime() { return detail::gTagsNikonSettings.item(32); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsImageReviewMonitorOffTime() { return detail::gTagsNikonSettings.item(33); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLiveViewMonitorOffTime() { return detail::gTagsNikonSettings.item(34); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsCLModeShootingSpeed() { return detail::gTagsNikonSettings.item(35); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMaxContinuousRelease() { return detail::gTagsNikonSettings.item(36); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsExposureDelayMode() { return detail::gTagsNikonSettings.item(37); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsElectronicFront_CurtainShutter() { return detail::gTagsNikonSettings.item(38); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFileNumberSequence() { return detail::gTagsNikonSettings.item(39); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFramingGridDisplay() { return detail::gTagsNikonSettings.item(40); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLCDIllumination() { return detail::gTagsNikonSettings.item(41); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsOpticalVR() { return detail::gTagsNikonSettings.item(42); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFlashSyncSpeed() { return detail::gTagsNikonSettings.item(43); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFlashShutterSpeed() { return detail::gTagsNikonSettings.item(44); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFlashExposureCompArea() { return detail::gTagsNikonSettings.item(45); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAutoFlashISOSensitivity() { return detail::gTagsNikonSettings.item(46); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAssignBktButton() { return detail::gTagsNikonSettings.item(47); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAssignMovieRecordButton() { return detail::gTagsNikonSettings.item(48); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMultiSelectorShootMode() { return detail::gTagsNikonSettings.item(49); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMultiSelectorPlaybackMode() { return detail::gTagsNikonSettings.item(50); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMultiSelectorLiveView() { return detail::gTagsNikonSettings.item(51); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsCmdDialsReverseRotExposureComp() { return detail::gTagsNikonSettings.item(52); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsCmdDialsChangeMainSubExposure() { return detail::gTagsNikonSettings.item(53); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsCmdDialsChangeMainSub() { return detail::gTagsNikonSettings.item(54); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsCmdDialsMenuAndPlayback() { return detail::gTagsNikonSettings.item(55); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSubDialFrameAdvance() { return detail::gTagsNikonSettings.item(56); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsReleaseButtonToUseDial() { return detail::gTagsNikonSettings.item(57); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsReverseIndicators() { return detail::gTagsNikonSettings.item(58); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieShutterButton() { return detail::gTagsNikonSettings.item(59); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLanguage() { return detail::gTagsNikonSettings.item(60); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsShootingInfoDisplay() { return detail::gTagsNikonSettings.item(61); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFlickAdvanceDirection() { return detail::gTagsNikonSettings.item(62); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsHDMIOutputResolution() { return detail::gTagsNikonSettings.item(63); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsHDMIOutputRange() { return detail::gTagsNikonSettings.item(64); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRemoteFuncButton() { return detail::gTagsNikonSettings.item(65); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsCmdDialsReverseRotation() { return detail::gTagsNikonSettings.item(66); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFocusPeakingHighlightColor() { return detail::gTagsNikonSettings.item(67); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsContinuousModeDisplay() { return detail::gTagsNikonSettings.item(68); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsShutterSpeedLock() { return detail::gTagsNikonSettings.item(69); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsApertureLock() { return detail::gTagsNikonSettings.item(70); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieHighlightDisplayThreshold() { return detail::gTagsNikonSettings.item(71); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsHDMIExternalRecorder() { return detail::gTagsNikonSettings.item(72); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsBlockShotAFResponse() { return detail::gTagsNikonSettings.item(73); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSubjectMotion() { return detail::gTagsNikonSettings.item(74); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsThree_DTrackingFaceDetection() { return detail::gTagsNikonSettings.item(75); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsStoreByOrientation() { return detail::gTagsNikonSettings.item(76); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsDynamicAreaAFAssist() { return detail::gTagsNikonSettings.item(77); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsExposureCompStepSize() { return detail::gTagsNikonSettings.item(78); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSyncReleaseMode() { return detail::gTagsNikonSettings.item(79); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsModelingFlash() { return detail::gTagsNikonSettings.item(80); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAutoBracketModeM() { return detail::gTagsNikonSettings.item(81); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsPreviewButton() { return detail::gTagsNikonSettings.item(82); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFunc1Button() { return detail::gTagsNikonSettings.item(83); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFunc2Button() { return detail::gTagsNikonSettings.item(84); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAF_OnButton() { return detail::gTagsNikonSettings.item(85); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSubSelector() { return detail::gTagsNikonSettings.item(86); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSubSelectorCenter() { return detail::gTagsNikonSettings.item(87); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLensFunc1Button() { return detail::gTagsNikonSettings.item(88); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsCmdDialsApertureSetting() { return detail::gTagsNikonSettings.item(89); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMultiSelector() { return detail::gTagsNikonSettings.item(90); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLiveViewButtonOptions() { return detail::gTagsNikonSettings.item(91); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLightSwitch() { return detail::gTagsNikonSettings.item(92); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMoviePreviewButton() { return detail::gTagsNikonSettings.item(93); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieFunc1Button() { return detail::gTagsNikonSettings.item(94); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieFunc2Button() { return detail::gTagsNikonSettings.item(95); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAssignMovieSubselector() { return detail::gTagsNikonSettings.item(96); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAFAreaModeSelD9() { return detail::gTagsNikonSettings.item(97); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAFAreaModeSelD25() { return detail::gTagsNikonSettings.item(98); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAFAreaModeSel3D() { return detail::gTagsNikonSettings.item(99); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAFAreaModeSelGroup() { return detail::gTagsNikonSettings.item(100); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAFAreaModeSelAuto() { return detail::gTagsNikonSettings.item(101); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitSelectableImageArea5To4() { return detail::gTagsNikonSettings.item(102); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitSelectableImageArea1To1() { return detail::gTagsNikonSettings.item(103); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsPhotoShootingMenuBank() { return detail::gTagsNikonSettings.item(104); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsCustomSettingsBank() { return detail::gTagsNikonSettings.item(105); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAF_AreaModeSelPinpoint() { return detail::gTagsNikonSettings.item(106); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAF_AreaModeSelDynamic() { return detail::gTagsNikonSettings.item(107); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAF_AreaModeSelWideAF_S() { return detail::gTagsNikonSettings.item(108); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAF_AreaModeSelWideAF_L() { return detail::gTagsNikonSettings.item(109); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLowLightAF() { return detail::gTagsNikonSettings.item(110); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitSelectableImageAreaDX() { return detail::gTagsNikonSettings.item(111); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitSelectableImageArea16To9() { return detail::gTagsNikonSettings.item(112); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsApplySettingsToLiveView() { return detail::gTagsNikonSettings.item(113); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFocusPeakingLevel() { return detail::gTagsNikonSettings.item(114); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLensControlRing() { return detail::gTagsNikonSettings.item(115); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieMultiSelector() { return detail::gTagsNikonSettings.item(116); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieAFSpeed() { return detail::gTagsNikonSettings.item(117); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieAFSpeedApply() { return detail::gTagsNikonSettings.item(118); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieAFTrackingSensitivity() { return detail::gTagsNikonSettings.item(119); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieHighlightDisplayPattern() { return detail::gTagsNikonSettings.item(120); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSubDialFrameAdvanceRating5() { return detail::gTagsNikonSettings.item(121); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSubDialFrameAdvanceRating4() { return detail::gTagsNikonSettings.item(122); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSubDialFrameAdvanceRating3() { return detail::gTagsNikonSettings.item(123); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSubDialFrameAdvanceRating2() { return detail::gTagsNikonSettings.item(124); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSubDialFrameAdvanceRating1() { return detail::gTagsNikonSettings.item(125); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSubDialFrameAdvanceRating0() { return detail::gTagsNikonSettings.item(126); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieAF_OnButton() { return detail::gTagsNikonSettings.item(127); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSecondarySlotFunction() { return detail::gTagsNikonSettings.item(128); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSilentPhotography() { return detail::gTagsNikonSettings.item(129); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsExtendedShutterSpeeds() { return detail::gTagsNikonSettings.item(130); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsHDMIBitDepth() { return detail::gTagsNikonSettings.item(131); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsHDMIOutputHDR() { return detail::gTagsNikonSettings.item(132); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsHDMIViewAssist() { return detail::gTagsNikonSettings.item(133); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsBracketSet() { return detail::gTagsNikonSettings.item(134); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsBracketProgram() { return detail::gTagsNikonSettings.item(135); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsBracketIncrement() { return detail::gTagsNikonSettings.item(136); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMonitorBrightness() { return detail::gTagsNikonSettings.item(137); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsGroupAreaC1() { return detail::gTagsNikonSettings.item(138); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAutoAreaAFStartingPoint() { return detail::gTagsNikonSettings.item(139); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFocusPointPersistence() { return detail::gTagsNikonSettings.item(140); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAFAreaModeSelD49() { return detail::gTagsNikonSettings.item(141); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAFAreaModeSelD105() { return detail::gTagsNikonSettings.item(142); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAFAreaModeSelGroupC1() { return detail::gTagsNikonSettings.item(143); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAFAreaModeSelGroupC2() { return detail::gTagsNikonSettings.item(144); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAutoFocusModeRestrictions() { return detail::gTagsNikonSettings.item(145); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFocusPointBrightness() { return detail::gTagsNikonSettings.item(146); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsCHModeShootingSpeed() { return detail::gTagsNikonSettings.item(147); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsQuietShutterShootingSpeed() { return detail::gTagsNikonSettings.item(148); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitReleaseModeSelCL() { return detail::gTagsNikonSettings.item(149); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitReleaseModeSelCH() { return detail::gTagsNikonSettings.item(150); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitReleaseModeSelQ() { return detail::gTagsNikonSettings.item(151); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitReleaseModeSelTimer() { return detail::gTagsNikonSettings.item(152); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitReleaseModeSelMirror_Up() { return detail::gTagsNikonSettings.item(153); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRearControPanelDisplay() { return detail::gTagsNikonSettings.item(154); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFlashBurstPriority() { return detail::gTagsNikonSettings.item(155); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRecallShootFuncExposureMode() { return detail::gTagsNikonSettings.item(156); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRecallShootFuncShutterSpeed() { return detail::gTagsNikonSettings.item(157); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRecallShootFuncAperture() { return detail::gTagsNikonSettings.item(158); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRecallShootFuncExposureComp() { return detail::gTagsNikonSettings.item(159); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRecallShootFuncISO() { return detail::gTagsNikonSettings.item(160); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRecallShootFuncMeteringMode() { return detail::gTagsNikonSettings.item(161); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRecallShootFuncWhiteBalance() { return detail::gTagsNikonSettings.item(162); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRecallShootFuncAFAreaMode() { return detail::gTagsNikonSettings.item(163); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRecallShootFuncFocusTracking() { return detail::gTagsNikonSettings.item(164); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsRecallShootFuncAF_On() { return detail::gTagsNikonSettings.item(165); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsVerticalFuncButton() { return detail::gTagsNikonSettings.item(166); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFunc3Button() { return detail::gTagsNikonSettings.item(167); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsVerticalAF_OnButton() { return detail::gTagsNikonSettings.item(168); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsVerticalMultiSelector() { return detail::gTagsNikonSettings.item(169); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMeteringButton() { return detail::gTagsNikonSettings.item(170); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsPlaybackFlickUp() { return detail::gTagsNikonSettings.item(171); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsPlaybackFlickUpRating() { return detail::gTagsNikonSettings.item(172); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsPlaybackFlickDown() { return detail::gTagsNikonSettings.item(173); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsPlaybackFlickDownRating() { return detail::gTagsNikonSettings.item(174); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieFunc3Button() { return detail::gTagsNikonSettings.item(175); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsShutterType() { return detail::gTagsNikonSettings.item(176); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLensFunc2Button() { return detail::gTagsNikonSettings.item(177); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsUSBPowerDelivery() { return detail::gTagsNikonSettings.item(178); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsEnergySavingMode() { return detail::gTagsNikonSettings.item(179); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsBracketingBurstOptions() { return detail::gTagsNikonSettings.item(180); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsPrimarySlot() { return detail::gTagsNikonSettings.item(181); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsReverseFocusRing() { return detail::gTagsNikonSettings.item(182); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsVerticalAFOnButton() { return detail::gTagsNikonSettings.item(183); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsVerticalMovieFuncButton() { return detail::gTagsNikonSettings.item(184); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsVerticalMovieAFOnButton() { return detail::gTagsNikonSettings.item(185); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAF_AreaModeSelAutoPeople() { return detail::gTagsNikonSettings.item(186); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAF_AreaModeSelAutoAnimals() { return detail::gTagsNikonSettings.item(187); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAF_AreaModeSelWideLPeople() { return detail::gTagsNikonSettings.item(188); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsLimitAF_AreaModeSelWideLAnimals() { return detail::gTagsNikonSettings.item(189); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsSaveFocus() { return detail::gTagsNikonSettings.item(190); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsAFAreaMode() { return detail::gTagsNikonSettings.item(191); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsMovieAFAreaMode() { return detail::gTagsNikonSettings.item(192); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsPreferSubSelectorCenter() { return detail::gTagsNikonSettings.item(193); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsKeepExposureWithTeleconverter() { return detail::gTagsNikonSettings.item(194); }
+const TagItem& detail::TagItemCatalogue23::itemNikonSettingsFocusPointSelectionSpeed() { return detail::gTagsNikonSettings.item(195); }
 
 const TagStrings& TagStringsCatalogue::stringsNintendo() {
   return gStringsNintendo.strings(&TagStringsCatalogue::stringTableNintendo);
@@ -11942,19 +11948,12 @@ TagStringTable TagStringsCatalogue::stringTableNintendo(ETLanguage language) {
   return gStringsNintendo.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue23::allStreamsNintendo() {
-  return gTagsNintendo.all();
+  return detail::gTagsNintendo.all();
 }
-const TagItem& detail::TagItemCatalogue23::itemNintendoModelID() { return gTagsNintendo.item(0); }
-const TagItem& detail::TagItemCatalogue23::itemNintendoTimeStamp() { return gTagsNintendo.item(1); }
-const TagItem& detail::TagItemCatalogue23::itemNintendoInternalSerialNumber() { return gTagsNintendo.item(2); }
-const TagItem& detail::TagItemCatalogue23::itemNintendoParallax() { return gTagsNintendo.item(3); }
-const TagItem& detail::TagItemCatalogue23::itemNintendoCategory() { return gTagsNintendo.item(4); }
-
-namespace detail {
-const TagItem* findInNikonCustom(std::string_view key) { return gTagsNikonCustom.find(key); }
-const TagItem* findInNikonScan(std::string_view key) { return gTagsNikonScan.find(key); }
-const TagItem* findInNikonSettings(std::string_view key) { return gTagsNikonSettings.find(key); }
-const TagItem* findInNintendo(std::string_view key) { return gTagsNintendo.find(key); }
-}  // namespace detail
+const TagItem& detail::TagItemCatalogue23::itemNintendoModelID() { return detail::gTagsNintendo.item(0); }
+const TagItem& detail::TagItemCatalogue23::itemNintendoTimeStamp() { return detail::gTagsNintendo.item(1); }
+const TagItem& detail::TagItemCatalogue23::itemNintendoInternalSerialNumber() { return detail::gTagsNintendo.item(2); }
+const TagItem& detail::TagItemCatalogue23::itemNintendoParallax() { return detail::gTagsNintendo.item(3); }
+const TagItem& detail::TagItemCatalogue23::itemNintendoCategory() { return detail::gTagsNintendo.item(4); }
 
 }  // namespace lorvane

@@ -7,6 +7,8 @@
 namespace lorvane {
 namespace {
 
+using enum detail::TagFlag;
+
 constexpr char kText[] =
     "Make" "Model" "FNumber" "DateTime1" "DateTime2" "CameraSettingsVersion" "PreviewImageValid"
     "PreviewImageStart" "PreviewImageLength" "ExposureMode" "AELock" "MeteringMode" "ExposureShift"
@@ -2296,341 +2298,341 @@ constexpr char kText[] =
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsOlympus[] = {
-    {{0, 4}, TagType::string, 0, 26, 0, 0},  // Make
-    {{4, 5}, TagType::string, 0, 24, 0, 308},  // Model
-    {{9, 7}, TagType::rational64u, 0, 0, 0, 0},  // FNumber
-    {{16, 9}, TagType::string, 0, 24, 0, 0},  // DateTime1
-    {{25, 9}, TagType::string, 0, 24, 0, 0},  // DateTime2
-    {{34, 21}, TagType::string, 2, 4, 0, 0},  // CameraSettingsVersion
-    {{55, 17}, TagType::int32u, 2, 0, 308, 2},  // PreviewImageValid
-    {{72, 17}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageStart
-    {{89, 18}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageLength
-    {{107, 12}, TagType::int16u, 2, 0, 310, 5},  // ExposureMode
-    {{119, 6}, TagType::int16u, 2, 0, 308, 2},  // AELock
-    {{125, 12}, TagType::int16u, 2, 0, 315, 6},  // MeteringMode
-    {{137, 13}, TagType::rational64s, 2, 0, 0, 0},  // ExposureShift
-    {{150, 8}, TagType::string, 2, 0, 308, 2},  // NDFilter
-    {{158, 9}, TagType::int16u, 2, 0, 321, 3},  // MacroMode
-    {{167, 9}, TagType::int16u, 2, -1, 324, 12},  // FocusMode
-    {{176, 12}, TagType::int16u, 2, -1, 308, 2},  // FocusProcess
-    {{188, 8}, TagType::int16u, 2, 0, 308, 2},  // AFSearch
-    {{196, 7}, TagType::int32u, 0, 64, 0, 0},  // AFAreas
-    {{203, 15}, TagType::rational64s, 2, 5, 0, 0},  // AFPointSelected
-    {{218, 10}, TagType::int8u, 2, 0, 308, 2},  // AFFineTune
-    {{228, 13}, TagType::int16s, 2, 3, 0, 0},  // AFFineTuneAdj
-    {{241, 20}, TagType::int8u, 2, 0, 0, 0},  // FocusBracketStepSize
-    {{261, 21}, TagType::int16u, 2, 0, 336, 8},  // AISubjectTrackingMode
-    {{282, 9}, TagType::int16u, 2, 0, 344, 8},  // FlashMode
-    {{291, 17}, TagType::rational64s, 2, 0, 0, 0},  // FlashExposureComp
-    {{308, 18}, TagType::int16u, 2, 0, 352, 13},  // FlashRemoteControl
-    {{326, 16}, TagType::int16u, 2, -1, 365, 4},  // FlashControlMode
-    {{342, 14}, TagType::rational64s, 2, -1, 369, 2},  // FlashIntensity
-    {{356, 19}, TagType::rational64s, 2, -1, 369, 2},  // ManualFlashStrength
-    {{375, 13}, TagType::int16u, 2, 0, 371, 23},  // WhiteBalance2
-    {{388, 23}, TagType::int16u, 2, 0, 0, 0},  // WhiteBalanceTemperature
-    {{411, 19}, TagType::int32s, 2, 0, 0, 0},  // WhiteBalanceBracket
-    {{430, 16}, TagType::int16s, 0, 3, 0, 0},  // CustomSaturation
-    {{446, 18}, TagType::int16u, 2, 0, 394, 5},  // ModifiedSaturation
-    {{464, 15}, TagType::int16s, 2, 3, 0, 0},  // ContrastSetting
-    {{479, 16}, TagType::int16s, 2, 3, 0, 0},  // SharpnessSetting
-    {{495, 10}, TagType::int16u, 2, 0, 321, 3},  // ColorSpace
-    {{505, 9}, TagType::int16u, 2, 0, 399, 70},  // SceneMode
-    {{514, 14}, TagType::int16u, 2, 0, 469, 5},  // NoiseReduction
-    {{528, 20}, TagType::int16u, 2, 0, 308, 2},  // DistortionCorrection
-    {{548, 19}, TagType::int16u, 2, 0, 308, 2},  // ShadingCompensation
-    {{567, 17}, TagType::rational64u, 2, 0, 0, 0},  // CompressionFactor
-    {{584, 9}, TagType::int16s, 2, -1, 474, 6},  // Gradation
-    {{593, 11}, TagType::int16u, 2, -1, 480, 15},  // PictureMode
-    {{604, 21}, TagType::int16s, 2, 3, 0, 0},  // PictureModeSaturation
-    {{625, 14}, TagType::int16s, 2, 0, 0, 0},  // PictureModeHue
-    {{639, 19}, TagType::int16s, 2, 3, 0, 0},  // PictureModeContrast
-    {{658, 20}, TagType::int16s, 2, 3, 0, 0},  // PictureModeSharpness
-    {{678, 19}, TagType::int16s, 2, 0, 495, 6},  // PictureModeBWFilter
-    {{697, 15}, TagType::int16s, 2, 0, 495, 6},  // PictureModeTone
-    {{712, 11}, TagType::int16s, 2, 3, 501, 5},  // NoiseFilter
-    {{723, 9}, TagType::int16u, 2, 4, 506, 38},  // ArtFilter
-    {{732, 11}, TagType::int16u, 2, 4, 506, 38},  // MagicFilter
-    {{743, 17}, TagType::int16s, 2, 3, 544, 4},  // PictureModeEffect
-    {{760, 9}, TagType::string, 2, 0, 548, 28},  // ToneLevel
-    {{769, 15}, TagType::int16u, 2, 20, 576, 52},  // ArtFilterEffect
-    {{784, 18}, TagType::int16s, 2, 6, 0, 0},  // ColorCreatorEffect
-    {{802, 25}, TagType::int16s, 2, 6, 628, 9},  // MonochromeProfileSettings
-    {{827, 15}, TagType::int16s, 2, 0, 637, 4},  // FilmGrainEffect
-    {{842, 20}, TagType::int16s, 2, 14, 0, 0},  // ColorProfileSettings
-    {{862, 20}, TagType::int16s, 2, 0, 0, 0},  // MonochromeVignetting
-    {{882, 15}, TagType::int16s, 2, 0, 495, 6},  // MonochromeColor
-    {{897, 9}, TagType::int16u, 0, -1, 0, 0},  // DriveMode
-    {{906, 12}, TagType::int16u, 0, 0, 0, 0},  // PanoramaMode
-    {{918, 13}, TagType::int16u, 2, 0, 310, 5},  // ImageQuality2
-    {{931, 18}, TagType::string, 2, 0, 394, 5},  // ImageStabilization
-    {{949, 12}, TagType::int32u, 2, 2, 641, 15},  // StackedImage
-    {{961, 17}, TagType::int16u, 2, 0, 0, 0},  // ManometerPressure
-    {{978, 16}, TagType::int32s, 2, 2, 0, 0},  // ManometerReading
-    {{994, 16}, TagType::int16u, 2, 0, 308, 2},  // ExtendedWBDetect
-    {{1010, 9}, TagType::int16s, 2, 2, 0, 0},  // RollAngle
-    {{1019, 10}, TagType::int16s, 2, 2, 0, 0},  // PitchAngle
-    {{1029, 11}, TagType::string, 2, 0, 0, 0},  // DateTimeUTC
-    {{1040, 9}, TagType::string, 0, 12, 0, 0},  // StartTime
-    {{1049, 7}, TagType::string, 0, 12, 0, 0},  // EndTime
-    {{1056, 8}, TagType::string, 0, 6, 0, 0},  // Duration
-    {{1064, 7}, TagType::string, 0, 100, 0, 0},  // Comment
-    {{1071, 16}, TagType::string, 2, 4, 0, 0},  // EquipmentVersion
-    {{1087, 11}, TagType::string, 2, 6, 656, 299},  // CameraType2
-    {{1098, 12}, TagType::string, 2, 32, 0, 0},  // SerialNumber
-    {{1110, 20}, TagType::string, 2, 32, 0, 0},  // InternalSerialNumber
-    {{1130, 18}, TagType::rational64u, 2, 0, 0, 0},  // FocalPlaneDiagonal
-    {{1148, 19}, TagType::string, 2, 0, 0, 0},  // BodyFirmwareVersion
-    {{1167, 8}, TagType::string, 2, 6, 955, 136},  // LensType
-    {{1175, 16}, TagType::string, 2, 32, 0, 0},  // LensSerialNumber
-    {{1191, 9}, TagType::string, 2, 32, 0, 0},  // LensModel
-    {{1200, 19}, TagType::int32u, 2, 0, 0, 0},  // LensFirmwareVersion
-    {{1219, 21}, TagType::int16u, 2, 0, 0, 0},  // MaxApertureAtMinFocal
-    {{1240, 21}, TagType::int16u, 2, 0, 0, 0},  // MaxApertureAtMaxFocal
-    {{1261, 14}, TagType::int16u, 2, 0, 0, 0},  // MinFocalLength
-    {{1275, 14}, TagType::int16u, 2, 0, 0, 0},  // MaxFocalLength
-    {{1289, 11}, TagType::int16u, 2, 0, 0, 0},  // MaxAperture
-    {{1300, 14}, TagType::int16u, 2, 0, 0, 0},  // LensProperties
-    {{1314, 8}, TagType::int8u, 2, 6, 1091, 4},  // Extender
-    {{1322, 20}, TagType::string, 2, 32, 0, 0},  // ExtenderSerialNumber
-    {{1342, 13}, TagType::string, 2, 0, 0, 0},  // ExtenderModel
-    {{1355, 23}, TagType::int32u, 2, 0, 0, 0},  // ExtenderFirmwareVersion
-    {{1378, 14}, TagType::string, 2, 0, 0, 0},  // ConversionLens
-    {{1392, 9}, TagType::int16u, 2, 0, 1095, 4},  // FlashType
-    {{1401, 10}, TagType::int16u, 2, 0, 1099, 12},  // FlashModel
-    {{1411, 20}, TagType::int32u, 2, 0, 0, 0},  // FlashFirmwareVersion
-    {{1431, 17}, TagType::string, 2, 32, 0, 0},  // FlashSerialNumber
-    {{1448, 16}, TagType::string, 2, 4, 0, 0},  // FocusInfoVersion
-    {{1464, 9}, TagType::int16u, 2, 0, 308, 2},  // AutoFocus
-    {{1473, 11}, TagType::int16u, 2, 0, 0, 0},  // SceneDetect
-    {{1484, 9}, TagType::int32u, 2, 8, 0, 0},  // SceneArea
-    {{1493, 15}, TagType::int32u, 10, 720, 0, 0},  // SceneDetectData
-    {{1508, 13}, TagType::int16u, 2, 0, 0, 0},  // ZoomStepCount
-    {{1521, 14}, TagType::int16u, 2, 0, 0, 0},  // FocusStepCount
-    {{1535, 17}, TagType::int16u, 2, 0, 0, 0},  // FocusStepInfinity
-    {{1552, 13}, TagType::int16u, 2, 0, 0, 0},  // FocusStepNear
-    {{1565, 13}, TagType::rational64u, 2, 2, 0, 0},  // FocusDistance
-    {{1578, 7}, TagType::int16u, 2, 0, 1111, 28},  // AFPoint
-    {{1585, 14}, TagType::int16u, 2, 0, 1139, 7},  // AFPointDetails
-    {{1599, 13}, TagType::int16u, 2, 2, 1146, 2},  // ExternalFlash
-    {{1612, 24}, TagType::rational64s, 2, 0, 0, 0},  // ExternalFlashGuideNumber
-    {{1636, 19}, TagType::int16u, 2, 0, 308, 2},  // ExternalFlashBounce
-    {{1655, 17}, TagType::float_, 2, 0, 0, 0},  // ExternalFlashZoom
-    {{1672, 13}, TagType::int16u, 2, 0, 1148, 4},  // InternalFlash
-    {{1685, 11}, TagType::int16u, 0, 2, 0, 0},  // ManualFlash
-    {{1696, 8}, TagType::int16u, 2, 0, 308, 2},  // MacroLED
-    {{1704, 17}, TagType::int16s, 2, 0, 0, 0},  // SensorTemperature
-    {{1721, 22}, TagType::string, 2, 4, 0, 0},  // ImageProcessingVersion
-    {{1743, 11}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels
-    {{1754, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels3000K
-    {{1770, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels3300K
-    {{1786, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels3600K
-    {{1802, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels3900K
-    {{1818, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels4000K
-    {{1834, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels4300K
-    {{1850, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels4500K
-    {{1866, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels4800K
-    {{1882, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels5300K
-    {{1898, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels6000K
-    {{1914, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels6600K
-    {{1930, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels7500K
-    {{1946, 15}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCWB1
-    {{1961, 15}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCWB2
-    {{1976, 15}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCWB3
-    {{1991, 15}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCWB4
-    {{2006, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel3000K
-    {{2020, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel3300K
-    {{2034, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel3600K
-    {{2048, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel3900K
-    {{2062, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel4000K
-    {{2076, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel4300K
-    {{2090, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel4500K
-    {{2104, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel4800K
-    {{2118, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel5300K
-    {{2132, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel6000K
-    {{2146, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel6600K
-    {{2160, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel7500K
-    {{2174, 9}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel
-    {{2183, 11}, TagType::int16u, 2, 9, 0, 0},  // ColorMatrix
-    {{2194, 8}, TagType::int16u, 2, 0, 0, 0},  // Enhancer
-    {{2202, 14}, TagType::int16u, 2, 7, 0, 0},  // EnhancerValues
-    {{2216, 12}, TagType::int16u, 2, 0, 0, 0},  // CoringFilter
-    {{2228, 12}, TagType::int16u, 2, 11, 0, 0},  // CoringValues
-    {{2240, 11}, TagType::int16u, 2, 4, 0, 0},  // BlackLevel2
-    {{2251, 8}, TagType::int16u, 2, 0, 0, 0},  // GainBase
-    {{2259, 9}, TagType::int16u, 2, 2, 0, 0},  // ValidBits
-    {{2268, 8}, TagType::int16u, 2, 2, 0, 0},  // CropLeft
-    {{2276, 7}, TagType::int16u, 2, 2, 0, 0},  // CropTop
-    {{2283, 9}, TagType::int32u, 2, 0, 0, 0},  // CropWidth
-    {{2292, 10}, TagType::int32u, 2, 0, 0, 0},  // CropHeight
-    {{2302, 17}, TagType::int16s, 2, 2, 0, 0},  // SensorCalibration
-    {{2319, 15}, TagType::int16u, 2, 0, 1152, 4},  // NoiseReduction2
-    {{2334, 21}, TagType::int16u, 2, 0, 308, 2},  // DistortionCorrection2
-    {{2355, 20}, TagType::int16u, 2, 0, 308, 2},  // ShadingCompensation2
-    {{2375, 20}, TagType::int16u, 2, 2, 637, 4},  // MultipleExposureMode
-    {{2395, 11}, TagType::int8u, 2, 2, 1156, 14},  // AspectRatio
-    {{2406, 11}, TagType::int16u, 2, 4, 0, 0},  // AspectFrame
-    {{2417, 13}, TagType::int32u, 2, -1, 0, 0},  // FacesDetected
-    {{2430, 14}, TagType::int16s, 10, -1, 0, 0},  // FaceDetectArea
-    {{2444, 8}, TagType::int32u, 2, 3, 0, 0},  // MaxFaces
-    {{2452, 19}, TagType::int16u, 2, 6, 0, 0},  // FaceDetectFrameSize
-    {{2471, 19}, TagType::int16s, 2, 12, 0, 0},  // FaceDetectFrameCrop
-    {{2490, 17}, TagType::int16u, 0, 0, 0, 0},  // CameraTemperature
-    {{2507, 20}, TagType::int8u, 2, 2, 1170, 2},  // KeystoneCompensation
-    {{2527, 17}, TagType::int8u, 2, 2, 308, 2},  // KeystoneDirection
-    {{2544, 13}, TagType::int16s, 2, 3, 0, 0},  // KeystoneValue
-    {{2557, 15}, TagType::int32u, 0, 0, 0, 0},  // ExposureUnknown
-    {{2572, 20}, TagType::rational64s, 2, 0, 0, 0},  // ExposureCompensation
-    {{2592, 11}, TagType::rational64u, 0, 0, 0, 0},  // FocalLength
-    {{2603, 12}, TagType::int32u, 0, 0, 0, 0},  // ExposureTime
-    {{2615, 3}, TagType::int32s, 0, 0, 0, 0},  // ISO
-    {{2618, 16}, TagType::string, 2, 0, 0, 0},  // MakerNoteVersion
-    {{2634, 19}, TagType::int32u, 2, 0, 0, 0},  // CompressedImageSize
-    {{2653, 16}, TagType::string, 10, 0, 0, 0},  // PreviewImageData
-    {{2669, 14}, TagType::imagedata, 10, 0, 0, 0},  // ThumbnailImage
-    {{2683, 11}, TagType::int32u, 0, 3, 0, 0},  // SpecialMode
-    {{2694, 7}, TagType::int16u, 0, 0, 0, 0},  // Quality
-    {{2701, 5}, TagType::int16u, 2, 0, 321, 3},  // Macro
-    {{2706, 6}, TagType::int16u, 2, 0, 1172, 3},  // BWMode
-    {{2712, 11}, TagType::rational64u, 2, 0, 0, 0},  // DigitalZoom
-    {{2723, 20}, TagType::int16s, 2, 6, 0, 0},  // LensDistortionParams
-    {{2743, 10}, TagType::string, 2, 0, 656, 299},  // CameraType
-    {{2753, 8}, TagType::string, 2, 0, 0, 0},  // CameraID
-    {{2761, 15}, TagType::int32u, 2, 0, 0, 0},  // EpsonImageWidth
-    {{2776, 16}, TagType::int32u, 2, 0, 0, 0},  // EpsonImageHeight
-    {{2792, 13}, TagType::string, 2, 0, 0, 0},  // EpsonSoftware
-    {{2805, 12}, TagType::imagedata, 2, 0, 0, 0},  // PreviewImage
-    {{2817, 16}, TagType::int16u, 2, 0, 0, 0},  // PreCaptureFrames
-    {{2833, 10}, TagType::int16u, 2, 0, 0, 0},  // WhiteBoard
-    {{2843, 10}, TagType::int16u, 2, 0, 321, 3},  // OneTouchWB
-    {{2853, 16}, TagType::int16u, 2, 0, 0, 0},  // WhiteBalanceBias
-    {{2869, 10}, TagType::string, 2, 4, 0, 0},  // SensorArea
-    {{2879, 10}, TagType::int32s, 2, 4, 0, 0},  // BlackLevel
-    {{2889, 8}, TagType::string, 2, 0, 0, 0},  // Firmware
-    {{2897, 8}, TagType::string, 10, 0, 0, 0},  // DataDump
-    {{2905, 9}, TagType::string, 10, 0, 0, 0},  // DataDump2
-    {{2914, 18}, TagType::int32u, 2, 0, 0, 0},  // ZoomedPreviewStart
-    {{2932, 19}, TagType::int32u, 2, 0, 0, 0},  // ZoomedPreviewLength
-    {{2951, 17}, TagType::int16u, 2, 2, 0, 0},  // ZoomedPreviewSize
-    {{2968, 17}, TagType::rational64s, 2, 0, 0, 0},  // ShutterSpeedValue
-    {{2985, 8}, TagType::rational64s, 2, 0, 0, 0},  // ISOValue
-    {{2993, 13}, TagType::rational64s, 2, 0, 0, 0},  // ApertureValue
-    {{3006, 15}, TagType::rational64s, 2, 0, 0, 0},  // BrightnessValue
-    {{3021, 11}, TagType::int16u, 2, 0, 1175, 4},  // FlashDevice
-    {{3032, 15}, TagType::int16s, 2, 0, 0, 0},  // LensTemperature
-    {{3047, 14}, TagType::int16u, 2, 0, 0, 0},  // LightCondition
-    {{3061, 10}, TagType::int16u, 2, 0, 308, 2},  // FocusRange
-    {{3071, 19}, TagType::rational64u, 2, 0, 0, 0},  // ManualFocusDistance
-    {{3090, 9}, TagType::int16u, 2, 0, 321, 3},  // Sharpness
-    {{3099, 16}, TagType::int16u, 2, 0, 0, 0},  // FlashChargeLevel
-    {{3115, 18}, TagType::int16u, 2, 0, 0, 0},  // ColorTemperatureBG
-    {{3133, 18}, TagType::int16u, 2, 0, 0, 0},  // ColorTemperatureRG
-    {{3151, 6}, TagType::int16u, 2, 2, 1179, 12},  // WBMode
-    {{3157, 10}, TagType::int16u, 2, 2, 0, 0},  // RedBalance
-    {{3167, 11}, TagType::int16u, 2, 2, 0, 0},  // BlueBalance
-    {{3178, 17}, TagType::int16u, 2, 0, 0, 0},  // ColorMatrixNumber
-    {{3195, 18}, TagType::int32u, 2, 0, 0, 0},  // ExternalFlashAE1_0
-    {{3213, 18}, TagType::int32u, 2, 0, 0, 0},  // ExternalFlashAE2_0
-    {{3231, 18}, TagType::int32u, 2, 0, 0, 0},  // InternalFlashAE1_0
-    {{3249, 18}, TagType::int32u, 2, 0, 0, 0},  // InternalFlashAE2_0
-    {{3267, 16}, TagType::int32u, 2, 0, 0, 0},  // ExternalFlashAE1
-    {{3283, 16}, TagType::int32u, 2, 0, 0, 0},  // ExternalFlashAE2
-    {{3299, 16}, TagType::int32u, 2, 0, 0, 0},  // InternalFlashAE1
-    {{3315, 16}, TagType::int32u, 2, 0, 0, 0},  // InternalFlashAE2
-    {{3331, 18}, TagType::int16u, 2, 0, 0, 0},  // InternalFlashTable
-    {{3349, 19}, TagType::rational64s, 2, 0, 0, 0},  // ExternalFlashGValue
-    {{3368, 17}, TagType::int16u, 2, 0, 0, 0},  // ExternalFlashMode
-    {{3385, 8}, TagType::int16u, 2, 0, 321, 3},  // Contrast
-    {{3393, 15}, TagType::int16u, 2, 0, 0, 0},  // SharpnessFactor
-    {{3408, 12}, TagType::int16u, 2, 6, 0, 0},  // ColorControl
-    {{3420, 17}, TagType::int32u, 2, 0, 0, 0},  // OlympusImageWidth
-    {{3437, 18}, TagType::int32u, 2, 0, 0, 0},  // OlympusImageHeight
-    {{3455, 16}, TagType::rational64u, 2, 0, 0, 0},  // CompressionRatio
-    {{3471, 8}, TagType::int16u, 2, 0, 0, 0},  // AFResult
-    {{3479, 11}, TagType::int16u, 2, 0, 308, 2},  // CCDScanMode
-    {{3490, 16}, TagType::rational64s, 2, 0, 0, 0},  // LightValueCenter
-    {{3506, 19}, TagType::rational64s, 2, 0, 0, 0},  // LightValuePeriphery
-    {{3525, 10}, TagType::int16u, 2, 0, 0, 0},  // FieldCount
-    {{3535, 16}, TagType::string, 10, 0, 0, 0},  // CameraParameters
-    {{3551, 14}, TagType::string, 0, 16, 0, 0},  // EncoderVersion
-    {{3565, 14}, TagType::string, 0, 16, 0, 0},  // DecoderVersion
-    {{3579, 16}, TagType::datetime, 0, 1, 0, 0},  // DateTimeOriginal
-    {{3595, 14}, TagType::int32s, 0, 0, 0, 0},  // ThumbnailWidth
-    {{3609, 15}, TagType::int32s, 0, 0, 0, 0},  // ThumbnailHeight
-    {{3624, 13}, TagType::string, 2, 4, 0, 0},  // RawDevVersion
-    {{3637, 23}, TagType::rational64s, 2, 0, 0, 0},  // RawDevExposureBiasValue
-    {{3660, 23}, TagType::int16u, 2, 0, 0, 0},  // RawDevWhiteBalanceValue
-    {{3683, 22}, TagType::int16s, 2, 0, 0, 0},  // RawDevWBFineAdjustment
-    {{3705, 15}, TagType::int16u, 2, 3, 0, 0},  // RawDevGrayPoint
-    {{3720, 24}, TagType::int16s, 2, 3, 0, 0},  // RawDevSaturationEmphasis
-    {{3744, 25}, TagType::int16u, 2, 0, 0, 0},  // RawDevMemoryColorEmphasis
-    {{3769, 19}, TagType::int16s, 2, 3, 0, 0},  // RawDevContrastValue
-    {{3788, 20}, TagType::int16s, 2, 3, 0, 0},  // RawDevSharpnessValue
-    {{3808, 16}, TagType::int16u, 2, 0, 321, 3},  // RawDevColorSpace
-    {{3824, 12}, TagType::int16u, 2, 0, 637, 4},  // RawDevEngine
-    {{3836, 20}, TagType::int16u, 2, 0, 1152, 4},  // RawDevNoiseReduction
-    {{3856, 16}, TagType::int16u, 2, 0, 1191, 4},  // RawDevEditStatus
-    {{3872, 14}, TagType::int16u, 2, 0, 1195, 9},  // RawDevSettings
-    {{3886, 18}, TagType::int16u, 2, 0, 1204, 2},  // RawDevWhiteBalance
-    {{3904, 17}, TagType::int16u, 2, 0, 1206, 5},  // RawDevPictureMode
-    {{3921, 18}, TagType::int16s, 2, 3, 0, 0},  // RawDevPMSaturation
-    {{3939, 16}, TagType::int16s, 2, 3, 0, 0},  // RawDevPMContrast
-    {{3955, 17}, TagType::int16s, 2, 3, 0, 0},  // RawDevPMSharpness
-    {{3972, 17}, TagType::int16u, 2, 0, 310, 5},  // RawDevPM_BWFilter
-    {{3989, 19}, TagType::int16u, 2, 0, 310, 5},  // RawDevPMPictureTone
-    {{4008, 15}, TagType::int16s, 2, 3, 0, 0},  // RawDevGradation
-    {{4023, 17}, TagType::int16s, 2, 3, 0, 0},  // RawDevSaturation3
-    {{4040, 19}, TagType::int16u, 2, 0, 308, 2},  // RawDevAutoGradation
-    {{4059, 19}, TagType::int16u, 2, 0, 0, 0},  // RawDevPMNoiseFilter
-    {{4078, 15}, TagType::int16u, 2, 4, 506, 38},  // RawDevArtFilter
-    {{4093, 14}, TagType::string, 2, 4, 0, 0},  // RawInfoVersion
-    {{4107, 15}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsUsed
-    {{4122, 15}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsAuto
-    {{4137, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsShade
-    {{4153, 17}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCloudy
-    {{4170, 22}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsFineWeather
-    {{4192, 19}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsTungsten
-    {{4211, 26}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsEveningSunlight
-    {{4237, 24}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsDaylightFluor
-    {{4261, 24}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsDayWhiteFluor
-    {{4285, 25}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCoolWhiteFluor
-    {{4310, 27}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsWhiteFluorescent
-    {{4337, 12}, TagType::int16u, 2, 9, 0, 0},  // ColorMatrix2
-    {{4349, 17}, TagType::rational32u, 0, 0, 0, 0},  // YCbCrCoefficients
-    {{4366, 15}, TagType::int16u, 2, 2, 0, 0},  // ValidPixelDepth
-    {{4381, 11}, TagType::int16u, 2, 0, 1211, 12},  // LightSource
-    {{4392, 16}, TagType::int16s, 2, 3, 0, 0},  // WhiteBalanceComp
-    {{4408, 17}, TagType::int16s, 2, 3, 0, 0},  // SaturationSetting
-    {{4425, 10}, TagType::int16s, 2, 3, 0, 0},  // HueSetting
-    {{4435, 22}, TagType::rational64s, 2, 0, 0, 0},  // CMExposureCompensation
-    {{4457, 14}, TagType::int16u, 2, 0, 0, 0},  // CMWhiteBalance
-    {{4471, 18}, TagType::int16s, 2, 0, 0, 0},  // CMWhiteBalanceComp
-    {{4489, 23}, TagType::int16u, 2, 3, 0, 0},  // CMWhiteBalanceGrayPoint
-    {{4512, 12}, TagType::int16s, 2, 3, 0, 0},  // CMSaturation
-    {{4524, 5}, TagType::int16s, 2, 3, 0, 0},  // CMHue
-    {{4529, 10}, TagType::int16s, 2, 3, 0, 0},  // CMContrast
-    {{4539, 11}, TagType::int16s, 2, 3, 0, 0},  // CMSharpness
-    {{4550, 10}, TagType::string, 0, 0, 0, 0},  // Resolution
-    {{4560, 15}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailLength
-    {{4575, 15}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailOffset
-    {{4590, 10}, TagType::int32u, 0, 0, 0, 0},  // FileNumber
-    {{4600, 11}, TagType::datetime, 0, 1, 0, 0},  // DateTimeEnd
-    {{4611, 13}, TagType::partialtime, 0, 1, 0, 0},  // RecordingTime
-    {{4624, 7}, TagType::int32u, 0, 0, 0, 0},  // Index01
-    {{4631, 7}, TagType::int32u, 0, 0, 0, 0},  // Index02
-    {{4638, 7}, TagType::int32u, 0, 0, 0, 0},  // Index03
-    {{4645, 7}, TagType::int32u, 0, 0, 0, 0},  // Index04
-    {{4652, 7}, TagType::int32u, 0, 0, 0, 0},  // Index05
-    {{4659, 7}, TagType::int32u, 0, 0, 0, 0},  // Index06
-    {{4666, 7}, TagType::int32u, 0, 0, 0, 0},  // Index07
-    {{4673, 7}, TagType::int32u, 0, 0, 0, 0},  // Index08
-    {{4680, 7}, TagType::int32u, 0, 0, 0, 0},  // Index09
-    {{4687, 7}, TagType::int32u, 0, 0, 0, 0},  // Index10
-    {{4694, 7}, TagType::int32u, 0, 0, 0, 0},  // Index11
-    {{4701, 7}, TagType::int32u, 0, 0, 0, 0},  // Index12
-    {{4708, 7}, TagType::int32u, 0, 0, 0, 0},  // Index13
-    {{4715, 7}, TagType::int32u, 0, 0, 0, 0},  // Index14
-    {{4722, 7}, TagType::int32u, 0, 0, 0, 0},  // Index15
-    {{4729, 7}, TagType::int32u, 0, 0, 0, 0},  // Index16
+    {{0, 4}, TagType::string, none, 26, 0, 0},  // Make
+    {{4, 5}, TagType::string, none, 24, 0, 308},  // Model
+    {{9, 7}, TagType::rational64u, none, 0, 0, 0},  // FNumber
+    {{16, 9}, TagType::string, none, 24, 0, 0},  // DateTime1
+    {{25, 9}, TagType::string, none, 24, 0, 0},  // DateTime2
+    {{34, 21}, TagType::string, writable, 4, 0, 0},  // CameraSettingsVersion
+    {{55, 17}, TagType::int32u, writable, 0, 308, 2},  // PreviewImageValid
+    {{72, 17}, TagType::int32u, writable, 0, 0, 0},  // PreviewImageStart
+    {{89, 18}, TagType::int32u, writable, 0, 0, 0},  // PreviewImageLength
+    {{107, 12}, TagType::int16u, writable, 0, 310, 5},  // ExposureMode
+    {{119, 6}, TagType::int16u, writable, 0, 308, 2},  // AELock
+    {{125, 12}, TagType::int16u, writable, 0, 315, 6},  // MeteringMode
+    {{137, 13}, TagType::rational64s, writable, 0, 0, 0},  // ExposureShift
+    {{150, 8}, TagType::string, writable, 0, 308, 2},  // NDFilter
+    {{158, 9}, TagType::int16u, writable, 0, 321, 3},  // MacroMode
+    {{167, 9}, TagType::int16u, writable, -1, 324, 12},  // FocusMode
+    {{176, 12}, TagType::int16u, writable, -1, 308, 2},  // FocusProcess
+    {{188, 8}, TagType::int16u, writable, 0, 308, 2},  // AFSearch
+    {{196, 7}, TagType::int32u, none, 64, 0, 0},  // AFAreas
+    {{203, 15}, TagType::rational64s, writable, 5, 0, 0},  // AFPointSelected
+    {{218, 10}, TagType::int8u, writable, 0, 308, 2},  // AFFineTune
+    {{228, 13}, TagType::int16s, writable, 3, 0, 0},  // AFFineTuneAdj
+    {{241, 20}, TagType::int8u, writable, 0, 0, 0},  // FocusBracketStepSize
+    {{261, 21}, TagType::int16u, writable, 0, 336, 8},  // AISubjectTrackingMode
+    {{282, 9}, TagType::int16u, writable, 0, 344, 8},  // FlashMode
+    {{291, 17}, TagType::rational64s, writable, 0, 0, 0},  // FlashExposureComp
+    {{308, 18}, TagType::int16u, writable, 0, 352, 13},  // FlashRemoteControl
+    {{326, 16}, TagType::int16u, writable, -1, 365, 4},  // FlashControlMode
+    {{342, 14}, TagType::rational64s, writable, -1, 369, 2},  // FlashIntensity
+    {{356, 19}, TagType::rational64s, writable, -1, 369, 2},  // ManualFlashStrength
+    {{375, 13}, TagType::int16u, writable, 0, 371, 23},  // WhiteBalance2
+    {{388, 23}, TagType::int16u, writable, 0, 0, 0},  // WhiteBalanceTemperature
+    {{411, 19}, TagType::int32s, writable, 0, 0, 0},  // WhiteBalanceBracket
+    {{430, 16}, TagType::int16s, none, 3, 0, 0},  // CustomSaturation
+    {{446, 18}, TagType::int16u, writable, 0, 394, 5},  // ModifiedSaturation
+    {{464, 15}, TagType::int16s, writable, 3, 0, 0},  // ContrastSetting
+    {{479, 16}, TagType::int16s, writable, 3, 0, 0},  // SharpnessSetting
+    {{495, 10}, TagType::int16u, writable, 0, 321, 3},  // ColorSpace
+    {{505, 9}, TagType::int16u, writable, 0, 399, 70},  // SceneMode
+    {{514, 14}, TagType::int16u, writable, 0, 469, 5},  // NoiseReduction
+    {{528, 20}, TagType::int16u, writable, 0, 308, 2},  // DistortionCorrection
+    {{548, 19}, TagType::int16u, writable, 0, 308, 2},  // ShadingCompensation
+    {{567, 17}, TagType::rational64u, writable, 0, 0, 0},  // CompressionFactor
+    {{584, 9}, TagType::int16s, writable, -1, 474, 6},  // Gradation
+    {{593, 11}, TagType::int16u, writable, -1, 480, 15},  // PictureMode
+    {{604, 21}, TagType::int16s, writable, 3, 0, 0},  // PictureModeSaturation
+    {{625, 14}, TagType::int16s, writable, 0, 0, 0},  // PictureModeHue
+    {{639, 19}, TagType::int16s, writable, 3, 0, 0},  // PictureModeContrast
+    {{658, 20}, TagType::int16s, writable, 3, 0, 0},  // PictureModeSharpness
+    {{678, 19}, TagType::int16s, writable, 0, 495, 6},  // PictureModeBWFilter
+    {{697, 15}, TagType::int16s, writable, 0, 495, 6},  // PictureModeTone
+    {{712, 11}, TagType::int16s, writable, 3, 501, 5},  // NoiseFilter
+    {{723, 9}, TagType::int16u, writable, 4, 506, 38},  // ArtFilter
+    {{732, 11}, TagType::int16u, writable, 4, 506, 38},  // MagicFilter
+    {{743, 17}, TagType::int16s, writable, 3, 544, 4},  // PictureModeEffect
+    {{760, 9}, TagType::string, writable, 0, 548, 28},  // ToneLevel
+    {{769, 15}, TagType::int16u, writable, 20, 576, 52},  // ArtFilterEffect
+    {{784, 18}, TagType::int16s, writable, 6, 0, 0},  // ColorCreatorEffect
+    {{802, 25}, TagType::int16s, writable, 6, 628, 9},  // MonochromeProfileSettings
+    {{827, 15}, TagType::int16s, writable, 0, 637, 4},  // FilmGrainEffect
+    {{842, 20}, TagType::int16s, writable, 14, 0, 0},  // ColorProfileSettings
+    {{862, 20}, TagType::int16s, writable, 0, 0, 0},  // MonochromeVignetting
+    {{882, 15}, TagType::int16s, writable, 0, 495, 6},  // MonochromeColor
+    {{897, 9}, TagType::int16u, none, -1, 0, 0},  // DriveMode
+    {{906, 12}, TagType::int16u, none, 0, 0, 0},  // PanoramaMode
+    {{918, 13}, TagType::int16u, writable, 0, 310, 5},  // ImageQuality2
+    {{931, 18}, TagType::string, writable, 0, 394, 5},  // ImageStabilization
+    {{949, 12}, TagType::int32u, writable, 2, 641, 15},  // StackedImage
+    {{961, 17}, TagType::int16u, writable, 0, 0, 0},  // ManometerPressure
+    {{978, 16}, TagType::int32s, writable, 2, 0, 0},  // ManometerReading
+    {{994, 16}, TagType::int16u, writable, 0, 308, 2},  // ExtendedWBDetect
+    {{1010, 9}, TagType::int16s, writable, 2, 0, 0},  // RollAngle
+    {{1019, 10}, TagType::int16s, writable, 2, 0, 0},  // PitchAngle
+    {{1029, 11}, TagType::string, writable, 0, 0, 0},  // DateTimeUTC
+    {{1040, 9}, TagType::string, none, 12, 0, 0},  // StartTime
+    {{1049, 7}, TagType::string, none, 12, 0, 0},  // EndTime
+    {{1056, 8}, TagType::string, none, 6, 0, 0},  // Duration
+    {{1064, 7}, TagType::string, none, 100, 0, 0},  // Comment
+    {{1071, 16}, TagType::string, writable, 4, 0, 0},  // EquipmentVersion
+    {{1087, 11}, TagType::string, writable, 6, 656, 299},  // CameraType2
+    {{1098, 12}, TagType::string, writable, 32, 0, 0},  // SerialNumber
+    {{1110, 20}, TagType::string, writable, 32, 0, 0},  // InternalSerialNumber
+    {{1130, 18}, TagType::rational64u, writable, 0, 0, 0},  // FocalPlaneDiagonal
+    {{1148, 19}, TagType::string, writable, 0, 0, 0},  // BodyFirmwareVersion
+    {{1167, 8}, TagType::string, writable, 6, 955, 136},  // LensType
+    {{1175, 16}, TagType::string, writable, 32, 0, 0},  // LensSerialNumber
+    {{1191, 9}, TagType::string, writable, 32, 0, 0},  // LensModel
+    {{1200, 19}, TagType::int32u, writable, 0, 0, 0},  // LensFirmwareVersion
+    {{1219, 21}, TagType::int16u, writable, 0, 0, 0},  // MaxApertureAtMinFocal
+    {{1240, 21}, TagType::int16u, writable, 0, 0, 0},  // MaxApertureAtMaxFocal
+    {{1261, 14}, TagType::int16u, writable, 0, 0, 0},  // MinFocalLength
+    {{1275, 14}, TagType::int16u, writable, 0, 0, 0},  // MaxFocalLength
+    {{1289, 11}, TagType::int16u, writable, 0, 0, 0},  // MaxAperture
+    {{1300, 14}, TagType::int16u, writable, 0, 0, 0},  // LensProperties
+    {{1314, 8}, TagType::int8u, writable, 6, 1091, 4},  // Extender
+    {{1322, 20}, TagType::string, writable, 32, 0, 0},  // ExtenderSerialNumber
+    {{1342, 13}, TagType::string, writable, 0, 0, 0},  // ExtenderModel
+    {{1355, 23}, TagType::int32u, writable, 0, 0, 0},  // ExtenderFirmwareVersion
+    {{1378, 14}, TagType::string, writable, 0, 0, 0},  // ConversionLens
+    {{1392, 9}, TagType::int16u, writable, 0, 1095, 4},  // FlashType
+    {{1401, 10}, TagType::int16u, writable, 0, 1099, 12},  // FlashModel
+    {{1411, 20}, TagType::int32u, writable, 0, 0, 0},  // FlashFirmwareVersion
+    {{1431, 17}, TagType::string, writable, 32, 0, 0},  // FlashSerialNumber
+    {{1448, 16}, TagType::string, writable, 4, 0, 0},  // FocusInfoVersion
+    {{1464, 9}, TagType::int16u, writable, 0, 308, 2},  // AutoFocus
+    {{1473, 11}, TagType::int16u, writable, 0, 0, 0},  // SceneDetect
+    {{1484, 9}, TagType::int32u, writable, 8, 0, 0},  // SceneArea
+    {{1493, 15}, TagType::int32u, writable | binary, 720, 0, 0},  // SceneDetectData
+    {{1508, 13}, TagType::int16u, writable, 0, 0, 0},  // ZoomStepCount
+    {{1521, 14}, TagType::int16u, writable, 0, 0, 0},  // FocusStepCount
+    {{1535, 17}, TagType::int16u, writable, 0, 0, 0},  // FocusStepInfinity
+    {{1552, 13}, TagType::int16u, writable, 0, 0, 0},  // FocusStepNear
+    {{1565, 13}, TagType::rational64u, writable, 2, 0, 0},  // FocusDistance
+    {{1578, 7}, TagType::int16u, writable, 0, 1111, 28},  // AFPoint
+    {{1585, 14}, TagType::int16u, writable, 0, 1139, 7},  // AFPointDetails
+    {{1599, 13}, TagType::int16u, writable, 2, 1146, 2},  // ExternalFlash
+    {{1612, 24}, TagType::rational64s, writable, 0, 0, 0},  // ExternalFlashGuideNumber
+    {{1636, 19}, TagType::int16u, writable, 0, 308, 2},  // ExternalFlashBounce
+    {{1655, 17}, TagType::float_, writable, 0, 0, 0},  // ExternalFlashZoom
+    {{1672, 13}, TagType::int16u, writable, 0, 1148, 4},  // InternalFlash
+    {{1685, 11}, TagType::int16u, none, 2, 0, 0},  // ManualFlash
+    {{1696, 8}, TagType::int16u, writable, 0, 308, 2},  // MacroLED
+    {{1704, 17}, TagType::int16s, writable, 0, 0, 0},  // SensorTemperature
+    {{1721, 22}, TagType::string, writable, 4, 0, 0},  // ImageProcessingVersion
+    {{1743, 11}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevels
+    {{1754, 16}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevels3000K
+    {{1770, 16}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevels3300K
+    {{1786, 16}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevels3600K
+    {{1802, 16}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevels3900K
+    {{1818, 16}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevels4000K
+    {{1834, 16}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevels4300K
+    {{1850, 16}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevels4500K
+    {{1866, 16}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevels4800K
+    {{1882, 16}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevels5300K
+    {{1898, 16}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevels6000K
+    {{1914, 16}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevels6600K
+    {{1930, 16}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevels7500K
+    {{1946, 15}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsCWB1
+    {{1961, 15}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsCWB2
+    {{1976, 15}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsCWB3
+    {{1991, 15}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsCWB4
+    {{2006, 14}, TagType::int16u, writable, 0, 0, 0},  // WB_GLevel3000K
+    {{2020, 14}, TagType::int16u, writable, 0, 0, 0},  // WB_GLevel3300K
+    {{2034, 14}, TagType::int16u, writable, 0, 0, 0},  // WB_GLevel3600K
+    {{2048, 14}, TagType::int16u, writable, 0, 0, 0},  // WB_GLevel3900K
+    {{2062, 14}, TagType::int16u, writable, 0, 0, 0},  // WB_GLevel4000K
+    {{2076, 14}, TagType::int16u, writable, 0, 0, 0},  // WB_GLevel4300K
+    {{2090, 14}, TagType::int16u, writable, 0, 0, 0},  // WB_GLevel4500K
+    {{2104, 14}, TagType::int16u, writable, 0, 0, 0},  // WB_GLevel4800K
+    {{2118, 14}, TagType::int16u, writable, 0, 0, 0},  // WB_GLevel5300K
+    {{2132, 14}, TagType::int16u, writable, 0, 0, 0},  // WB_GLevel6000K
+    {{2146, 14}, TagType::int16u, writable, 0, 0, 0},  // WB_GLevel6600K
+    {{2160, 14}, TagType::int16u, writable, 0, 0, 0},  // WB_GLevel7500K
+    {{2174, 9}, TagType::int16u, writable, 0, 0, 0},  // WB_GLevel
+    {{2183, 11}, TagType::int16u, writable, 9, 0, 0},  // ColorMatrix
+    {{2194, 8}, TagType::int16u, writable, 0, 0, 0},  // Enhancer
+    {{2202, 14}, TagType::int16u, writable, 7, 0, 0},  // EnhancerValues
+    {{2216, 12}, TagType::int16u, writable, 0, 0, 0},  // CoringFilter
+    {{2228, 12}, TagType::int16u, writable, 11, 0, 0},  // CoringValues
+    {{2240, 11}, TagType::int16u, writable, 4, 0, 0},  // BlackLevel2
+    {{2251, 8}, TagType::int16u, writable, 0, 0, 0},  // GainBase
+    {{2259, 9}, TagType::int16u, writable, 2, 0, 0},  // ValidBits
+    {{2268, 8}, TagType::int16u, writable, 2, 0, 0},  // CropLeft
+    {{2276, 7}, TagType::int16u, writable, 2, 0, 0},  // CropTop
+    {{2283, 9}, TagType::int32u, writable, 0, 0, 0},  // CropWidth
+    {{2292, 10}, TagType::int32u, writable, 0, 0, 0},  // CropHeight
+    {{2302, 17}, TagType::int16s, writable, 2, 0, 0},  // SensorCalibration
+    {{2319, 15}, TagType::int16u, writable, 0, 1152, 4},  // NoiseReduction2
+    {{2334, 21}, TagType::int16u, writable, 0, 308, 2},  // DistortionCorrection2
+    {{2355, 20}, TagType::int16u, writable, 0, 308, 2},  // ShadingCompensation2
+    {{2375, 20}, TagType::int16u, writable, 2, 637, 4},  // MultipleExposureMode
+    {{2395, 11}, TagType::int8u, writable, 2, 1156, 14},  // AspectRatio
+    {{2406, 11}, TagType::int16u, writable, 4, 0, 0},  // AspectFrame
+    {{2417, 13}, TagType::int32u, writable, -1, 0, 0},  // FacesDetected
+    {{2430, 14}, TagType::int16s, writable | binary, -1, 0, 0},  // FaceDetectArea
+    {{2444, 8}, TagType::int32u, writable, 3, 0, 0},  // MaxFaces
+    {{2452, 19}, TagType::int16u, writable, 6, 0, 0},  // FaceDetectFrameSize
+    {{2471, 19}, TagType::int16s, writable, 12, 0, 0},  // FaceDetectFrameCrop
+    {{2490, 17}, TagType::int16u, none, 0, 0, 0},  // CameraTemperature
+    {{2507, 20}, TagType::int8u, writable, 2, 1170, 2},  // KeystoneCompensation
+    {{2527, 17}, TagType::int8u, writable, 2, 308, 2},  // KeystoneDirection
+    {{2544, 13}, TagType::int16s, writable, 3, 0, 0},  // KeystoneValue
+    {{2557, 15}, TagType::int32u, none, 0, 0, 0},  // ExposureUnknown
+    {{2572, 20}, TagType::rational64s, writable, 0, 0, 0},  // ExposureCompensation
+    {{2592, 11}, TagType::rational64u, none, 0, 0, 0},  // FocalLength
+    {{2603, 12}, TagType::int32u, none, 0, 0, 0},  // ExposureTime
+    {{2615, 3}, TagType::int32s, none, 0, 0, 0},  // ISO
+    {{2618, 16}, TagType::string, writable, 0, 0, 0},  // MakerNoteVersion
+    {{2634, 19}, TagType::int32u, writable, 0, 0, 0},  // CompressedImageSize
+    {{2653, 16}, TagType::string, writable | binary, 0, 0, 0},  // PreviewImageData
+    {{2669, 14}, TagType::imagedata, writable | binary, 0, 0, 0},  // ThumbnailImage
+    {{2683, 11}, TagType::int32u, none, 3, 0, 0},  // SpecialMode
+    {{2694, 7}, TagType::int16u, none, 0, 0, 0},  // Quality
+    {{2701, 5}, TagType::int16u, writable, 0, 321, 3},  // Macro
+    {{2706, 6}, TagType::int16u, writable, 0, 1172, 3},  // BWMode
+    {{2712, 11}, TagType::rational64u, writable, 0, 0, 0},  // DigitalZoom
+    {{2723, 20}, TagType::int16s, writable, 6, 0, 0},  // LensDistortionParams
+    {{2743, 10}, TagType::string, writable, 0, 656, 299},  // CameraType
+    {{2753, 8}, TagType::string, writable, 0, 0, 0},  // CameraID
+    {{2761, 15}, TagType::int32u, writable, 0, 0, 0},  // EpsonImageWidth
+    {{2776, 16}, TagType::int32u, writable, 0, 0, 0},  // EpsonImageHeight
+    {{2792, 13}, TagType::string, writable, 0, 0, 0},  // EpsonSoftware
+    {{2805, 12}, TagType::imagedata, writable, 0, 0, 0},  // PreviewImage
+    {{2817, 16}, TagType::int16u, writable, 0, 0, 0},  // PreCaptureFrames
+    {{2833, 10}, TagType::int16u, writable, 0, 0, 0},  // WhiteBoard
+    {{2843, 10}, TagType::int16u, writable, 0, 321, 3},  // OneTouchWB
+    {{2853, 16}, TagType::int16u, writable, 0, 0, 0},  // WhiteBalanceBias
+    {{2869, 10}, TagType::string, writable, 4, 0, 0},  // SensorArea
+    {{2879, 10}, TagType::int32s, writable, 4, 0, 0},  // BlackLevel
+    {{2889, 8}, TagType::string, writable, 0, 0, 0},  // Firmware
+    {{2897, 8}, TagType::string, writable | binary, 0, 0, 0},  // DataDump
+    {{2905, 9}, TagType::string, writable | binary, 0, 0, 0},  // DataDump2
+    {{2914, 18}, TagType::int32u, writable, 0, 0, 0},  // ZoomedPreviewStart
+    {{2932, 19}, TagType::int32u, writable, 0, 0, 0},  // ZoomedPreviewLength
+    {{2951, 17}, TagType::int16u, writable, 2, 0, 0},  // ZoomedPreviewSize
+    {{2968, 17}, TagType::rational64s, writable, 0, 0, 0},  // ShutterSpeedValue
+    {{2985, 8}, TagType::rational64s, writable, 0, 0, 0},  // ISOValue
+    {{2993, 13}, TagType::rational64s, writable, 0, 0, 0},  // ApertureValue
+    {{3006, 15}, TagType::rational64s, writable, 0, 0, 0},  // BrightnessValue
+    {{3021, 11}, TagType::int16u, writable, 0, 1175, 4},  // FlashDevice
+    {{3032, 15}, TagType::int16s, writable, 0, 0, 0},  // LensTemperature
+    {{3047, 14}, TagType::int16u, writable, 0, 0, 0},  // LightCondition
+    {{3061, 10}, TagType::int16u, writable, 0, 308, 2},  // FocusRange
+    {{3071, 19}, TagType::rational64u, writable, 0, 0, 0},  // ManualFocusDistance
+    {{3090, 9}, TagType::int16u, writable, 0, 321, 3},  // Sharpness
+    {{3099, 16}, TagType::int16u, writable, 0, 0, 0},  // FlashChargeLevel
+    {{3115, 18}, TagType::int16u, writable, 0, 0, 0},  // ColorTemperatureBG
+    {{3133, 18}, TagType::int16u, writable, 0, 0, 0},  // ColorTemperatureRG
+    {{3151, 6}, TagType::int16u, writable, 2, 1179, 12},  // WBMode
+    {{3157, 10}, TagType::int16u, writable, 2, 0, 0},  // RedBalance
+    {{3167, 11}, TagType::int16u, writable, 2, 0, 0},  // BlueBalance
+    {{3178, 17}, TagType::int16u, writable, 0, 0, 0},  // ColorMatrixNumber
+    {{3195, 18}, TagType::int32u, writable, 0, 0, 0},  // ExternalFlashAE1_0
+    {{3213, 18}, TagType::int32u, writable, 0, 0, 0},  // ExternalFlashAE2_0
+    {{3231, 18}, TagType::int32u, writable, 0, 0, 0},  // InternalFlashAE1_0
+    {{3249, 18}, TagType::int32u, writable, 0, 0, 0},  // InternalFlashAE2_0
+    {{3267, 16}, TagType::int32u, writable, 0, 0, 0},  // ExternalFlashAE1
+    {{3283, 16}, TagType::int32u, writable, 0, 0, 0},  // ExternalFlashAE2
+    {{3299, 16}, TagType::int32u, writable, 0, 0, 0},  // InternalFlashAE1
+    {{3315, 16}, TagType::int32u, writable, 0, 0, 0},  // InternalFlashAE2
+    {{3331, 18}, TagType::int16u, writable, 0, 0, 0},  // InternalFlashTable
+    {{3349, 19}, TagType::rational64s, writable, 0, 0, 0},  // ExternalFlashGValue
+    {{3368, 17}, TagType::int16u, writable, 0, 0, 0},  // ExternalFlashMode
+    {{3385, 8}, TagType::int16u, writable, 0, 321, 3},  // Contrast
+    {{3393, 15}, TagType::int16u, writable, 0, 0, 0},  // SharpnessFactor
+    {{3408, 12}, TagType::int16u, writable, 6, 0, 0},  // ColorControl
+    {{3420, 17}, TagType::int32u, writable, 0, 0, 0},  // OlympusImageWidth
+    {{3437, 18}, TagType::int32u, writable, 0, 0, 0},  // OlympusImageHeight
+    {{3455, 16}, TagType::rational64u, writable, 0, 0, 0},  // CompressionRatio
+    {{3471, 8}, TagType::int16u, writable, 0, 0, 0},  // AFResult
+    {{3479, 11}, TagType::int16u, writable, 0, 308, 2},  // CCDScanMode
+    {{3490, 16}, TagType::rational64s, writable, 0, 0, 0},  // LightValueCenter
+    {{3506, 19}, TagType::rational64s, writable, 0, 0, 0},  // LightValuePeriphery
+    {{3525, 10}, TagType::int16u, writable, 0, 0, 0},  // FieldCount
+    {{3535, 16}, TagType::string, writable | binary, 0, 0, 0},  // CameraParameters
+    {{3551, 14}, TagType::string, none, 16, 0, 0},  // EncoderVersion
+    {{3565, 14}, TagType::string, none, 16, 0, 0},  // DecoderVersion
+    {{3579, 16}, TagType::datetime, none, 1, 0, 0},  // DateTimeOriginal
+    {{3595, 14}, TagType::int32s, none, 0, 0, 0},  // ThumbnailWidth
+    {{3609, 15}, TagType::int32s, none, 0, 0, 0},  // ThumbnailHeight
+    {{3624, 13}, TagType::string, writable, 4, 0, 0},  // RawDevVersion
+    {{3637, 23}, TagType::rational64s, writable, 0, 0, 0},  // RawDevExposureBiasValue
+    {{3660, 23}, TagType::int16u, writable, 0, 0, 0},  // RawDevWhiteBalanceValue
+    {{3683, 22}, TagType::int16s, writable, 0, 0, 0},  // RawDevWBFineAdjustment
+    {{3705, 15}, TagType::int16u, writable, 3, 0, 0},  // RawDevGrayPoint
+    {{3720, 24}, TagType::int16s, writable, 3, 0, 0},  // RawDevSaturationEmphasis
+    {{3744, 25}, TagType::int16u, writable, 0, 0, 0},  // RawDevMemoryColorEmphasis
+    {{3769, 19}, TagType::int16s, writable, 3, 0, 0},  // RawDevContrastValue
+    {{3788, 20}, TagType::int16s, writable, 3, 0, 0},  // RawDevSharpnessValue
+    {{3808, 16}, TagType::int16u, writable, 0, 321, 3},  // RawDevColorSpace
+    {{3824, 12}, TagType::int16u, writable, 0, 637, 4},  // RawDevEngine
+    {{3836, 20}, TagType::int16u, writable, 0, 1152, 4},  // RawDevNoiseReduction
+    {{3856, 16}, TagType::int16u, writable, 0, 1191, 4},  // RawDevEditStatus
+    {{3872, 14}, TagType::int16u, writable, 0, 1195, 9},  // RawDevSettings
+    {{3886, 18}, TagType::int16u, writable, 0, 1204, 2},  // RawDevWhiteBalance
+    {{3904, 17}, TagType::int16u, writable, 0, 1206, 5},  // RawDevPictureMode
+    {{3921, 18}, TagType::int16s, writable, 3, 0, 0},  // RawDevPMSaturation
+    {{3939, 16}, TagType::int16s, writable, 3, 0, 0},  // RawDevPMContrast
+    {{3955, 17}, TagType::int16s, writable, 3, 0, 0},  // RawDevPMSharpness
+    {{3972, 17}, TagType::int16u, writable, 0, 310, 5},  // RawDevPM_BWFilter
+    {{3989, 19}, TagType::int16u, writable, 0, 310, 5},  // RawDevPMPictureTone
+    {{4008, 15}, TagType::int16s, writable, 3, 0, 0},  // RawDevGradation
+    {{4023, 17}, TagType::int16s, writable, 3, 0, 0},  // RawDevSaturation3
+    {{4040, 19}, TagType::int16u, writable, 0, 308, 2},  // RawDevAutoGradation
+    {{4059, 19}, TagType::int16u, writable, 0, 0, 0},  // RawDevPMNoiseFilter
+    {{4078, 15}, TagType::int16u, writable, 4, 506, 38},  // RawDevArtFilter
+    {{4093, 14}, TagType::string, writable, 4, 0, 0},  // RawInfoVersion
+    {{4107, 15}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsUsed
+    {{4122, 15}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsAuto
+    {{4137, 16}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsShade
+    {{4153, 17}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsCloudy
+    {{4170, 22}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsFineWeather
+    {{4192, 19}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsTungsten
+    {{4211, 26}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsEveningSunlight
+    {{4237, 24}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsDaylightFluor
+    {{4261, 24}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsDayWhiteFluor
+    {{4285, 25}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsCoolWhiteFluor
+    {{4310, 27}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevelsWhiteFluorescent
+    {{4337, 12}, TagType::int16u, writable, 9, 0, 0},  // ColorMatrix2
+    {{4349, 17}, TagType::rational32u, none, 0, 0, 0},  // YCbCrCoefficients
+    {{4366, 15}, TagType::int16u, writable, 2, 0, 0},  // ValidPixelDepth
+    {{4381, 11}, TagType::int16u, writable, 0, 1211, 12},  // LightSource
+    {{4392, 16}, TagType::int16s, writable, 3, 0, 0},  // WhiteBalanceComp
+    {{4408, 17}, TagType::int16s, writable, 3, 0, 0},  // SaturationSetting
+    {{4425, 10}, TagType::int16s, writable, 3, 0, 0},  // HueSetting
+    {{4435, 22}, TagType::rational64s, writable, 0, 0, 0},  // CMExposureCompensation
+    {{4457, 14}, TagType::int16u, writable, 0, 0, 0},  // CMWhiteBalance
+    {{4471, 18}, TagType::int16s, writable, 0, 0, 0},  // CMWhiteBalanceComp
+    {{4489, 23}, TagType::int16u, writable, 3, 0, 0},  // CMWhiteBalanceGrayPoint
+    {{4512, 12}, TagType::int16s, writable, 3, 0, 0},  // CMSaturation
+    {{4524, 5}, TagType::int16s, writable, 3, 0, 0},  // CMHue
+    {{4529, 10}, TagType::int16s, writable, 3, 0, 0},  // CMContrast
+    {{4539, 11}, TagType::int16s, writable, 3, 0, 0},  // CMSharpness
+    {{4550, 10}, TagType::string, none, 0, 0, 0},  // Resolution
+    {{4560, 15}, TagType::int32u, none, 0, 0, 0},  // ThumbnailLength
+    {{4575, 15}, TagType::int32u, none, 0, 0, 0},  // ThumbnailOffset
+    {{4590, 10}, TagType::int32u, none, 0, 0, 0},  // FileNumber
+    {{4600, 11}, TagType::datetime, none, 1, 0, 0},  // DateTimeEnd
+    {{4611, 13}, TagType::partialtime, none, 1, 0, 0},  // RecordingTime
+    {{4624, 7}, TagType::int32u, none, 0, 0, 0},  // Index01
+    {{4631, 7}, TagType::int32u, none, 0, 0, 0},  // Index02
+    {{4638, 7}, TagType::int32u, none, 0, 0, 0},  // Index03
+    {{4645, 7}, TagType::int32u, none, 0, 0, 0},  // Index04
+    {{4652, 7}, TagType::int32u, none, 0, 0, 0},  // Index05
+    {{4659, 7}, TagType::int32u, none, 0, 0, 0},  // Index06
+    {{4666, 7}, TagType::int32u, none, 0, 0, 0},  // Index07
+    {{4673, 7}, TagType::int32u, none, 0, 0, 0},  // Index08
+    {{4680, 7}, TagType::int32u, none, 0, 0, 0},  // Index09
+    {{4687, 7}, TagType::int32u, none, 0, 0, 0},  // Index10
+    {{4694, 7}, TagType::int32u, none, 0, 0, 0},  // Index11
+    {{4701, 7}, TagType::int32u, none, 0, 0, 0},  // Index12
+    {{4708, 7}, TagType::int32u, none, 0, 0, 0},  // Index13
+    {{4715, 7}, TagType::int32u, none, 0, 0, 0},  // Index14
+    {{4722, 7}, TagType::int32u, none, 0, 0, 0},  // Index15
+    {{4729, 7}, TagType::int32u, none, 0, 0, 0},  // Index16
 };
 constexpr detail::TextRef kChoicesOlympus[] = {
     {4736, 5}, {4741, 5}, {4746, 5}, {4751, 5}, {4756, 5}, {4761, 5}, {4766, 5}, {4771, 5},
@@ -6789,53 +6791,52 @@ constexpr std::uint16_t kKeyOrderOlympus[] = {
     206, 32, 302, 31, 204, 299, 108, 213, 214, 212,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsOlympus[335];
-constinit detail::StreamTags gTagsOlympus("Olympus", kText, kTagsOlympus, kKeyOrderOlympus, kChoicesOlympus, gItemsOlympus, &TagStringsCatalogue::stringsOlympus);
 
 // OpenEXR: 41 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsOpenEXR[] = {
-    {{101919, 5}, TagType::string, 0, 0, 0, 4},  // Flags
-    {{101924, 10}, TagType::string, 0, 0, 0, 0},  // EXRVersion
-    {{101934, 14}, TagType::string, 0, 0, 0, 0},  // AdoptedNeutral
-    {{101948, 11}, TagType::string, 0, 0, 0, 0},  // GPSAltitude
-    {{101959, 8}, TagType::string, 0, 0, 0, 0},  // Aperture
-    {{3579, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
-    {{101967, 8}, TagType::string, 0, 0, 0, 0},  // Channels
-    {{101975, 14}, TagType::string, 0, 0, 0, 0},  // Chromaticities
-    {{101989, 10}, TagType::string, 0, 0, 0, 0},  // ChunkCount
-    {{101999, 8}, TagType::string, 0, 0, 0, 0},  // Comments
-    {{102007, 11}, TagType::string, 0, 0, 4, 8},  // Compression
-    {{102018, 10}, TagType::string, 0, 0, 0, 0},  // DataWindow
-    {{102028, 13}, TagType::string, 0, 0, 0, 0},  // DisplayWindow
-    {{102041, 14}, TagType::string, 0, 0, 12, 2},  // EnvironmentMap
-    {{2603, 12}, TagType::string, 0, 0, 0, 0},  // ExposureTime
-    {{1565, 13}, TagType::string, 0, 0, 0, 0},  // FocusDistance
-    {{102055, 15}, TagType::string, 0, 0, 0, 0},  // FramesPerSecond
-    {{2615, 3}, TagType::string, 0, 0, 0, 0},  // ISO
-    {{102070, 7}, TagType::string, 0, 0, 0, 0},  // KeyCode
-    {{102077, 11}, TagType::string, 0, 0, 0, 0},  // GPSLatitude
-    {{102088, 9}, TagType::string, 0, 0, 14, 3},  // LineOrder
-    {{102097, 12}, TagType::string, 0, 0, 0, 0},  // GPSLongitude
-    {{102109, 16}, TagType::string, 0, 0, 0, 0},  // LookModTransform
-    {{102125, 9}, TagType::string, 0, 0, 0, 0},  // MultiView
-    {{102134, 4}, TagType::string, 0, 0, 0, 0},  // Name
-    {{102138, 5}, TagType::string, 0, 0, 0, 0},  // Owner
-    {{102143, 16}, TagType::string, 0, 0, 0, 0},  // PixelAspectRatio
-    {{102159, 7}, TagType::string, 0, 0, 0, 0},  // Preview
-    {{102166, 18}, TagType::string, 0, 0, 0, 0},  // RenderingTransform
-    {{102184, 18}, TagType::string, 0, 0, 0, 0},  // ScreenWindowCenter
-    {{102202, 17}, TagType::string, 0, 0, 0, 0},  // ScreenWindowWidth
-    {{102219, 5}, TagType::string, 0, 0, 0, 0},  // Tiles
-    {{102224, 8}, TagType::string, 0, 0, 0, 0},  // TimeCode
-    {{102232, 4}, TagType::string, 0, 0, 0, 0},  // Type
-    {{102236, 8}, TagType::string, 0, 0, 0, 0},  // TimeZone
-    {{102244, 7}, TagType::string, 0, 0, 0, 0},  // Version
-    {{102251, 14}, TagType::string, 0, 0, 0, 0},  // WhiteLuminance
-    {{102265, 13}, TagType::string, 0, 0, 0, 0},  // WorldToCamera
-    {{102278, 10}, TagType::string, 0, 0, 0, 0},  // WorldToNDC
-    {{102288, 9}, TagType::string, 0, 0, 0, 0},  // WrapModes
-    {{102297, 11}, TagType::string, 0, 0, 0, 0},  // XResolution
+    {{101919, 5}, TagType::string, none, 0, 0, 4},  // Flags
+    {{101924, 10}, TagType::string, none, 0, 0, 0},  // EXRVersion
+    {{101934, 14}, TagType::string, none, 0, 0, 0},  // AdoptedNeutral
+    {{101948, 11}, TagType::string, none, 0, 0, 0},  // GPSAltitude
+    {{101959, 8}, TagType::string, none, 0, 0, 0},  // Aperture
+    {{3579, 16}, TagType::string, none, 0, 0, 0},  // DateTimeOriginal
+    {{101967, 8}, TagType::string, none, 0, 0, 0},  // Channels
+    {{101975, 14}, TagType::string, none, 0, 0, 0},  // Chromaticities
+    {{101989, 10}, TagType::string, none, 0, 0, 0},  // ChunkCount
+    {{101999, 8}, TagType::string, none, 0, 0, 0},  // Comments
+    {{102007, 11}, TagType::string, none, 0, 4, 8},  // Compression
+    {{102018, 10}, TagType::string, none, 0, 0, 0},  // DataWindow
+    {{102028, 13}, TagType::string, none, 0, 0, 0},  // DisplayWindow
+    {{102041, 14}, TagType::string, none, 0, 12, 2},  // EnvironmentMap
+    {{2603, 12}, TagType::string, none, 0, 0, 0},  // ExposureTime
+    {{1565, 13}, TagType::string, none, 0, 0, 0},  // FocusDistance
+    {{102055, 15}, TagType::string, none, 0, 0, 0},  // FramesPerSecond
+    {{2615, 3}, TagType::string, none, 0, 0, 0},  // ISO
+    {{102070, 7}, TagType::string, none, 0, 0, 0},  // KeyCode
+    {{102077, 11}, TagType::string, none, 0, 0, 0},  // GPSLatitude
+    {{102088, 9}, TagType::string, none, 0, 14, 3},  // LineOrder
+    {{102097, 12}, TagType::string, none, 0, 0, 0},  // GPSLongitude
+    {{102109, 16}, TagType::string, none, 0, 0, 0},  // LookModTransform
+    {{102125, 9}, TagType::string, none, 0, 0, 0},  // MultiView
+    {{102134, 4}, TagType::string, none, 0, 0, 0},  // Name
+    {{102138, 5}, TagType::string, none, 0, 0, 0},  // Owner
+    {{102143, 16}, TagType::string, none, 0, 0, 0},  // PixelAspectRatio
+    {{102159, 7}, TagType::string, none, 0, 0, 0},  // Preview
+    {{102166, 18}, TagType::string, none, 0, 0, 0},  // RenderingTransform
+    {{102184, 18}, TagType::string, none, 0, 0, 0},  // ScreenWindowCenter
+    {{102202, 17}, TagType::string, none, 0, 0, 0},  // ScreenWindowWidth
+    {{102219, 5}, TagType::string, none, 0, 0, 0},  // Tiles
+    {{102224, 8}, TagType::string, none, 0, 0, 0},  // TimeCode
+    {{102232, 4}, TagType::string, none, 0, 0, 0},  // Type
+    {{102236, 8}, TagType::string, none, 0, 0, 0},  // TimeZone
+    {{102244, 7}, TagType::string, none, 0, 0, 0},  // Version
+    {{102251, 14}, TagType::string, none, 0, 0, 0},  // WhiteLuminance
+    {{102265, 13}, TagType::string, none, 0, 0, 0},  // WorldToCamera
+    {{102278, 10}, TagType::string, none, 0, 0, 0},  // WorldToNDC
+    {{102288, 9}, TagType::string, none, 0, 0, 0},  // WrapModes
+    {{102297, 11}, TagType::string, none, 0, 0, 0},  // XResolution
 };
 constexpr detail::TextRef kChoicesOpenEXR[] = {
     {6298, 3}, {102308, 4}, {102312, 4}, {102316, 4}, {6270, 1}, {6271, 1}, {6272, 1}, {6273, 1},
@@ -7011,16 +7012,15 @@ constexpr std::uint16_t kKeyOrderOpenEXR[] = {
     26, 27, 28, 29, 30, 31, 32, 34, 33, 35, 36, 37, 38, 39, 40,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsOpenEXR[41];
-constinit detail::StreamTags gTagsOpenEXR("OpenEXR", kText, kTagsOpenEXR, kKeyOrderOpenEXR, kChoicesOpenEXR, gItemsOpenEXR, &TagStringsCatalogue::stringsOpenEXR);
 
 // Opus: 4 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsOpus[] = {
-    {{104635, 11}, TagType::int8u, 0, 0, 0, 0},  // OpusVersion
-    {{104646, 13}, TagType::int8u, 0, 0, 0, 0},  // AudioChannels
-    {{104659, 10}, TagType::int32u, 0, 0, 0, 0},  // SampleRate
-    {{104669, 10}, TagType::int16u, 0, 0, 0, 0},  // OutputGain
+    {{104635, 11}, TagType::int8u, none, 0, 0, 0},  // OpusVersion
+    {{104646, 13}, TagType::int8u, none, 0, 0, 0},  // AudioChannels
+    {{104659, 10}, TagType::int32u, none, 0, 0, 0},  // SampleRate
+    {{104669, 10}, TagType::int16u, none, 0, 0, 0},  // OutputGain
 };
 constexpr detail::StringRow kStringsEnglishOpus[] = {
     {{104679, 18}, {104697, 14}},
@@ -7041,57 +7041,56 @@ constexpr std::uint16_t kKeyOrderOpus[] = {
     1, 0, 3, 2,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsOpus[4];
-constinit detail::StreamTags gTagsOpus("Opus", kText, kTagsOpus, kKeyOrderOpus, {}, gItemsOpus, &TagStringsCatalogue::stringsOpus);
 
 // PDF: 45 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPDF[] = {
-    {{104858, 16}, TagType::string, 0, 0, 0, 0},  // ContainerVersion
-    {{104874, 14}, TagType::string, 0, 0, 0, 0},  // CreatorVersion
-    {{104888, 16}, TagType::string, 0, 0, 0, 0},  // RoundTripVersion
-    {{104904, 6}, TagType::string, 0, 0, 0, 2},  // HasXFA
-    {{104910, 10}, TagType::string, 0, 0, 0, 0},  // Encryption
-    {{104920, 10}, TagType::string, 0, 0, 2, 8},  // UserAccess
-    {{104930, 23}, TagType::string, 1, 0, 0, 0},  // EmbeddedImageColorSpace
-    {{104953, 19}, TagType::string, 1, 0, 0, 0},  // EmbeddedImageFilter
-    {{104972, 19}, TagType::string, 0, 0, 0, 0},  // EmbeddedImageHeight
-    {{104991, 13}, TagType::string, 8, 0, 0, 0},  // EmbeddedImage
-    {{105004, 18}, TagType::string, 0, 0, 0, 0},  // EmbeddedImageWidth
-    {{105022, 13}, TagType::string, 3, 0, 0, 0},  // AppleKeywords
-    {{105035, 6}, TagType::string, 2, 0, 0, 0},  // Author
-    {{105041, 10}, TagType::date, 2, 0, 0, 0},  // CreateDate
-    {{105051, 7}, TagType::string, 2, 0, 0, 0},  // Creator
-    {{105058, 8}, TagType::string, 3, 0, 0, 0},  // Keywords
-    {{105066, 10}, TagType::date, 2, 0, 0, 0},  // ModifyDate
-    {{105076, 8}, TagType::string, 2, 0, 0, 0},  // Producer
-    {{105084, 7}, TagType::string, 2, 0, 0, 0},  // Subject
-    {{105091, 5}, TagType::string, 2, 0, 0, 0},  // Title
-    {{105096, 7}, TagType::string, 18, 0, 0, 0},  // Trapped
-    {{105103, 10}, TagType::string, 0, 0, 0, 2},  // Linearized
-    {{105113, 9}, TagType::string, 0, 0, 0, 2},  // TaggedPDF
-    {{105122, 9}, TagType::string, 0, 0, 0, 0},  // PageCount
-    {{105131, 8}, TagType::string, 0, 0, 0, 0},  // Language
-    {{105139, 10}, TagType::string, 0, 0, 0, 0},  // PageLayout
-    {{105149, 8}, TagType::string, 0, 0, 0, 0},  // PageMode
-    {{105157, 10}, TagType::string, 0, 0, 0, 0},  // PDFVersion
-    {{105167, 17}, TagType::string, 0, 0, 0, 0},  // SignerContactInfo
-    {{105184, 15}, TagType::string, 0, 0, 0, 0},  // SigningLocation
-    {{105199, 11}, TagType::date, 0, 0, 0, 0},  // SigningDate
-    {{105210, 16}, TagType::string, 0, 0, 0, 0},  // SigningAuthority
-    {{105226, 18}, TagType::string, 0, 0, 0, 0},  // AuthenticationTime
-    {{105244, 18}, TagType::string, 0, 0, 0, 0},  // AuthenticationType
-    {{105262, 13}, TagType::string, 0, 0, 0, 0},  // SigningReason
-    {{105275, 16}, TagType::string, 0, 0, 10, 3},  // FieldPermissions
-    {{105291, 21}, TagType::string, 1, 0, 0, 0},  // AnnotationUsageRights
-    {{105312, 19}, TagType::string, 1, 0, 0, 0},  // DocumentUsageRights
-    {{105331, 23}, TagType::string, 1, 0, 0, 0},  // EmbeddedFileUsageRights
-    {{105354, 10}, TagType::string, 1, 0, 0, 0},  // FormFields
-    {{105364, 15}, TagType::string, 1, 0, 0, 0},  // FormUsageRights
-    {{105379, 20}, TagType::string, 1, 0, 0, 0},  // FormExtraUsageRights
-    {{105399, 18}, TagType::string, 0, 0, 0, 0},  // UsageRightsMessage
-    {{105417, 23}, TagType::string, 0, 0, 13, 5},  // ModificationPermissions
-    {{105440, 20}, TagType::string, 1, 0, 0, 0},  // SignatureUsageRights
+    {{104858, 16}, TagType::string, none, 0, 0, 0},  // ContainerVersion
+    {{104874, 14}, TagType::string, none, 0, 0, 0},  // CreatorVersion
+    {{104888, 16}, TagType::string, none, 0, 0, 0},  // RoundTripVersion
+    {{104904, 6}, TagType::string, none, 0, 0, 2},  // HasXFA
+    {{104910, 10}, TagType::string, none, 0, 0, 0},  // Encryption
+    {{104920, 10}, TagType::string, none, 0, 2, 8},  // UserAccess
+    {{104930, 23}, TagType::string, list, 0, 0, 0},  // EmbeddedImageColorSpace
+    {{104953, 19}, TagType::string, list, 0, 0, 0},  // EmbeddedImageFilter
+    {{104972, 19}, TagType::string, none, 0, 0, 0},  // EmbeddedImageHeight
+    {{104991, 13}, TagType::string, binary, 0, 0, 0},  // EmbeddedImage
+    {{105004, 18}, TagType::string, none, 0, 0, 0},  // EmbeddedImageWidth
+    {{105022, 13}, TagType::string, list | writable, 0, 0, 0},  // AppleKeywords
+    {{105035, 6}, TagType::string, writable, 0, 0, 0},  // Author
+    {{105041, 10}, TagType::date, writable, 0, 0, 0},  // CreateDate
+    {{105051, 7}, TagType::string, writable, 0, 0, 0},  // Creator
+    {{105058, 8}, TagType::string, list | writable, 0, 0, 0},  // Keywords
+    {{105066, 10}, TagType::date, writable, 0, 0, 0},  // ModifyDate
+    {{105076, 8}, TagType::string, writable, 0, 0, 0},  // Producer
+    {{105084, 7}, TagType::string, writable, 0, 0, 0},  // Subject
+    {{105091, 5}, TagType::string, writable, 0, 0, 0},  // Title
+    {{105096, 7}, TagType::string, writable | unsafe, 0, 0, 0},  // Trapped
+    {{105103, 10}, TagType::string, none, 0, 0, 2},  // Linearized
+    {{105113, 9}, TagType::string, none, 0, 0, 2},  // TaggedPDF
+    {{105122, 9}, TagType::string, none, 0, 0, 0},  // PageCount
+    {{105131, 8}, TagType::string, none, 0, 0, 0},  // Language
+    {{105139, 10}, TagType::string, none, 0, 0, 0},  // PageLayout
+    {{105149, 8}, TagType::string, none, 0, 0, 0},  // PageMode
+    {{105157, 10}, TagType::string, none, 0, 0, 0},  // PDFVersion
+    {{105167, 17}, TagType::string, none, 0, 0, 0},  // SignerContactInfo
+    {{105184, 15}, TagType::string, none, 0, 0, 0},  // SigningLocation
+    {{105199, 11}, TagType::date, none, 0, 0, 0},  // SigningDate
+    {{105210, 16}, TagType::string, none, 0, 0, 0},  // SigningAuthority
+    {{105226, 18}, TagType::string, none, 0, 0, 0},  // AuthenticationTime
+    {{105244, 18}, TagType::string, none, 0, 0, 0},  // AuthenticationType
+    {{105262, 13}, TagType::string, none, 0, 0, 0},  // SigningReason
+    {{105275, 16}, TagType::string, none, 0, 10, 3},  // FieldPermissions
+    {{105291, 21}, TagType::string, list, 0, 0, 0},  // AnnotationUsageRights
+    {{105312, 19}, TagType::string, list, 0, 0, 0},  // DocumentUsageRights
+    {{105331, 23}, TagType::string, list, 0, 0, 0},  // EmbeddedFileUsageRights
+    {{105354, 10}, TagType::string, list, 0, 0, 0},  // FormFields
+    {{105364, 15}, TagType::string, list, 0, 0, 0},  // FormUsageRights
+    {{105379, 20}, TagType::string, list, 0, 0, 0},  // FormExtraUsageRights
+    {{105399, 18}, TagType::string, none, 0, 0, 0},  // UsageRightsMessage
+    {{105417, 23}, TagType::string, none, 0, 13, 5},  // ModificationPermissions
+    {{105440, 20}, TagType::string, list, 0, 0, 0},  // SignatureUsageRights
 };
 constexpr detail::TextRef kChoicesPDF[] = {
     {105460, 5}, {105465, 4}, {6274, 1}, {6303, 1}, {6291, 2}, {6296, 2}, {6293, 3}, {6298, 3},
@@ -7243,33 +7242,32 @@ constexpr std::uint16_t kKeyOrderPDF[] = {
     16, 27, 23, 25, 26, 17, 2, 44, 28, 31, 30, 29, 34, 18, 22, 19, 20, 42, 5,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsPDF[45];
-constinit detail::StreamTags gTagsPDF("PDF", kText, kTagsPDF, kKeyOrderPDF, kChoicesPDF, gItemsPDF, &TagStringsCatalogue::stringsPDF);
 
 // PICT: 21 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPICT[] = {
-    {{108533, 5}, TagType::int8u, 0, 8, 0, 0},  // BkPat
-    {{108538, 6}, TagType::int16u, 0, 0, 0, 0},  // TxFont
-    {{108544, 6}, TagType::int8u, 0, 0, 0, 0},  // TxFace
-    {{108550, 6}, TagType::int16u, 0, 0, 0, 0},  // TxMode
-    {{108556, 7}, TagType::fixed32s, 0, 0, 0, 0},  // SpExtra
-    {{108563, 6}, TagType::int16u, 0, 0, 0, 0},  // PnMode
-    {{108569, 5}, TagType::int8u, 0, 8, 0, 0},  // PnPat
-    {{108574, 7}, TagType::int8u, 0, 8, 0, 0},  // FillPat
-    {{108581, 6}, TagType::int16u, 0, 0, 0, 0},  // TxSize
-    {{108587, 7}, TagType::int32u, 0, 0, 0, 0},  // FgColor
-    {{108594, 7}, TagType::int32u, 0, 0, 0, 0},  // BkColor
-    {{108601, 9}, TagType::int8u, 0, 0, 0, 0},  // VersionOp
-    {{108610, 10}, TagType::int16u, 0, 0, 0, 0},  // PnLocHFrac
-    {{108620, 7}, TagType::int16u, 0, 0, 0, 0},  // ChExtra
-    {{108627, 13}, TagType::int8u, 0, 2, 0, 0},  // ShortLineFrom
-    {{108640, 11}, TagType::int8u, 0, 10, 0, 0},  // LineJustify
-    {{108651, 10}, TagType::int8u, 0, 8, 0, 0},  // GlyphState
-    {{108661, 8}, TagType::int32s, 0, 254, 0, 0},  // Reserved
-    {{108669, 12}, TagType::int16u, 0, 0, 0, 0},  // ShortComment
-    {{102244, 7}, TagType::int16u, 0, 0, 0, 0},  // Version
-    {{108681, 8}, TagType::int16u, 0, 12, 0, 0},  // HeaderOp
+    {{108533, 5}, TagType::int8u, none, 8, 0, 0},  // BkPat
+    {{108538, 6}, TagType::int16u, none, 0, 0, 0},  // TxFont
+    {{108544, 6}, TagType::int8u, none, 0, 0, 0},  // TxFace
+    {{108550, 6}, TagType::int16u, none, 0, 0, 0},  // TxMode
+    {{108556, 7}, TagType::fixed32s, none, 0, 0, 0},  // SpExtra
+    {{108563, 6}, TagType::int16u, none, 0, 0, 0},  // PnMode
+    {{108569, 5}, TagType::int8u, none, 8, 0, 0},  // PnPat
+    {{108574, 7}, TagType::int8u, none, 8, 0, 0},  // FillPat
+    {{108581, 6}, TagType::int16u, none, 0, 0, 0},  // TxSize
+    {{108587, 7}, TagType::int32u, none, 0, 0, 0},  // FgColor
+    {{108594, 7}, TagType::int32u, none, 0, 0, 0},  // BkColor
+    {{108601, 9}, TagType::int8u, none, 0, 0, 0},  // VersionOp
+    {{108610, 10}, TagType::int16u, none, 0, 0, 0},  // PnLocHFrac
+    {{108620, 7}, TagType::int16u, none, 0, 0, 0},  // ChExtra
+    {{108627, 13}, TagType::int8u, none, 2, 0, 0},  // ShortLineFrom
+    {{108640, 11}, TagType::int8u, none, 10, 0, 0},  // LineJustify
+    {{108651, 10}, TagType::int8u, none, 8, 0, 0},  // GlyphState
+    {{108661, 8}, TagType::int32s, none, 254, 0, 0},  // Reserved
+    {{108669, 12}, TagType::int16u, none, 0, 0, 0},  // ShortComment
+    {{102244, 7}, TagType::int16u, none, 0, 0, 0},  // Version
+    {{108681, 8}, TagType::int16u, none, 12, 0, 0},  // HeaderOp
 };
 constexpr detail::StringRow kStringsEnglishPICT[] = {
     {{108689, 12}, {108701, 16}},
@@ -7317,24 +7315,23 @@ constexpr std::uint16_t kKeyOrderPICT[] = {
     10, 0, 13, 9, 7, 16, 20, 15, 12, 5, 6, 17, 18, 14, 4, 2, 1, 3, 8, 19, 11,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsPICT[21];
-constinit detail::StreamTags gTagsPICT("PICT", kText, kTagsPICT, kKeyOrderPICT, {}, gItemsPICT, &TagStringsCatalogue::stringsPICT);
 
 // PLIST: 12 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPLIST[] = {
-    {{3579, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
-    {{1056, 8}, TagType::string, 0, 0, 0, 0},  // Duration
-    {{102077, 11}, TagType::string, 0, 0, 0, 0},  // GPSLatitude
-    {{102097, 12}, TagType::string, 0, 0, 0, 0},  // GPSLongitude
-    {{109365, 11}, TagType::string, 0, 0, 0, 0},  // GPSMapDatum
-    {{109376, 11}, TagType::string, 0, 0, 0, 0},  // XMLFileType
-    {{109387, 4}, TagType::string, 1, 0, 0, 0},  // Cast
-    {{109391, 11}, TagType::string, 1, 0, 0, 0},  // Codirectors
-    {{109402, 9}, TagType::string, 1, 0, 0, 0},  // Directors
-    {{109411, 9}, TagType::string, 1, 0, 0, 0},  // Producers
-    {{109420, 13}, TagType::string, 1, 0, 0, 0},  // Screenwriters
-    {{109433, 6}, TagType::string, 1, 0, 0, 0},  // Studio
+    {{3579, 16}, TagType::string, none, 0, 0, 0},  // DateTimeOriginal
+    {{1056, 8}, TagType::string, none, 0, 0, 0},  // Duration
+    {{102077, 11}, TagType::string, none, 0, 0, 0},  // GPSLatitude
+    {{102097, 12}, TagType::string, none, 0, 0, 0},  // GPSLongitude
+    {{109365, 11}, TagType::string, none, 0, 0, 0},  // GPSMapDatum
+    {{109376, 11}, TagType::string, none, 0, 0, 0},  // XMLFileType
+    {{109387, 4}, TagType::string, list, 0, 0, 0},  // Cast
+    {{109391, 11}, TagType::string, list, 0, 0, 0},  // Codirectors
+    {{109402, 9}, TagType::string, list, 0, 0, 0},  // Directors
+    {{109411, 9}, TagType::string, list, 0, 0, 0},  // Producers
+    {{109420, 13}, TagType::string, list, 0, 0, 0},  // Screenwriters
+    {{109433, 6}, TagType::string, list, 0, 0, 0},  // Studio
 };
 constexpr detail::StringRow kStringsEnglishPLIST[] = {
     {{109439, 10}, {109387, 4}},
@@ -7395,81 +7392,80 @@ constexpr std::uint16_t kKeyOrderPLIST[] = {
     6, 7, 0, 8, 1, 2, 3, 4, 9, 10, 11, 5,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsPLIST[12];
-constinit detail::StreamTags gTagsPLIST("PLIST", kText, kTagsPLIST, kKeyOrderPLIST, {}, gItemsPLIST, &TagStringsCatalogue::stringsPLIST);
 
 // PNG: 69 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPNG[] = {
-    {{109856, 15}, TagType::int32u, 0, 0, 0, 0},  // AnimationFrames
-    {{109871, 14}, TagType::int32u, 0, 0, 0, 0},  // AnimationPlays
-    {{109885, 14}, TagType::int8u, 0, 0, 0, 12},  // ColorPrimaries
-    {{109899, 23}, TagType::int8u, 0, 0, 12, 19},  // TransferCharacteristics
-    {{109922, 18}, TagType::int8u, 0, 0, 31, 15},  // MatrixCoefficients
-    {{109940, 18}, TagType::int8u, 0, 0, 0, 0},  // VideoFullRangeFlag
-    {{109958, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
-    {{109968, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
-    {{109979, 8}, TagType::int8u, 0, 0, 0, 0},  // BitDepth
-    {{109987, 9}, TagType::int8u, 0, 0, 46, 5},  // ColorType
-    {{102007, 11}, TagType::int8u, 0, 0, 51, 1},  // Compression
-    {{109996, 6}, TagType::int8u, 0, 0, 51, 1},  // Filter
-    {{110002, 9}, TagType::int8u, 0, 0, 52, 2},  // Interlace
-    {{110011, 7}, TagType::string, 0, 0, 0, 0},  // Palette
-    {{110018, 15}, TagType::string, 0, 0, 0, 0},  // BackgroundColor
-    {{110033, 16}, TagType::string, 8, 0, 0, 0},  // DigitalSignature
-    {{110049, 17}, TagType::string, 8, 0, 0, 0},  // FractalParameters
-    {{110066, 5}, TagType::string, 18, 0, 0, 0},  // Gamma
-    {{110071, 26}, TagType::string, 8, 0, 0, 0},  // GIFGraphicControlExtension
-    {{110097, 21}, TagType::string, 8, 0, 0, 0},  // GIFPlainTextExtension
-    {{110118, 23}, TagType::string, 8, 0, 0, 0},  // GIFApplicationExtension
-    {{110141, 16}, TagType::string, 8, 0, 0, 0},  // PaletteHistogram
-    {{110157, 11}, TagType::string, 2, 0, 0, 0},  // ProfileName
-    {{110168, 16}, TagType::string, 8, 0, 0, 0},  // AppleDataOffsets
-    {{110184, 11}, TagType::string, 0, 0, 0, 0},  // ImageOffset
-    {{110195, 16}, TagType::string, 8, 0, 0, 0},  // PixelCalibration
-    {{110211, 15}, TagType::string, 0, 0, 0, 0},  // SignificantBits
-    {{110226, 16}, TagType::string, 8, 0, 0, 0},  // SuggestedPalette
-    {{110242, 13}, TagType::string, 18, 0, 54, 4},  // SRGBRendering
-    {{105066, 10}, TagType::string, 2, 0, 0, 0},  // ModifyDate
-    {{110255, 12}, TagType::string, 0, 0, 0, 0},  // Transparency
-    {{110267, 14}, TagType::int32u, 2, 0, 0, 0},  // PixelsPerUnitX
-    {{110281, 14}, TagType::int32u, 2, 0, 0, 0},  // PixelsPerUnitY
-    {{110295, 10}, TagType::int8u, 2, 0, 52, 2},  // PixelUnits
-    {{110305, 11}, TagType::int32u, 0, 0, 0, 0},  // WhitePointX
-    {{110316, 11}, TagType::int32u, 0, 0, 0, 0},  // WhitePointY
-    {{110327, 4}, TagType::int32u, 0, 0, 0, 0},  // RedX
-    {{110331, 4}, TagType::int32u, 0, 0, 0, 0},  // RedY
-    {{110335, 6}, TagType::int32u, 0, 0, 0, 0},  // GreenX
-    {{110341, 6}, TagType::int32u, 0, 0, 0, 0},  // GreenY
-    {{110347, 5}, TagType::int32u, 0, 0, 0, 0},  // BlueX
-    {{110352, 5}, TagType::int32u, 0, 0, 0, 0},  // BlueY
-    {{110357, 10}, TagType::int8u, 0, 0, 52, 2},  // StereoMode
-    {{110367, 12}, TagType::int8u, 0, 0, 58, 2},  // SubjectUnits
-    {{110379, 17}, TagType::var_string, 0, 0, 0, 0},  // SubjectPixelWidth
-    {{110396, 18}, TagType::var_string, 0, 0, 0, 0},  // SubjectPixelHeight
-    {{110414, 6}, TagType::string, 2, 0, 0, 0},  // Artist
-    {{105035, 6}, TagType::string, 2, 0, 0, 0},  // Author
-    {{110420, 10}, TagType::string, 2, 0, 0, 0},  // Collection
-    {{1064, 7}, TagType::string, 2, 0, 0, 0},  // Comment
-    {{110430, 9}, TagType::string, 2, 0, 0, 0},  // Copyright
-    {{110439, 12}, TagType::string, 2, 0, 0, 0},  // CreationTime
-    {{110451, 11}, TagType::string, 2, 0, 0, 0},  // Description
-    {{110462, 10}, TagType::string, 2, 0, 0, 0},  // Disclaimer
-    {{110472, 8}, TagType::string, 2, 0, 0, 0},  // Document
-    {{110480, 5}, TagType::string, 2, 0, 0, 0},  // Label
-    {{0, 4}, TagType::string, 2, 0, 0, 0},  // Make
-    {{4, 5}, TagType::string, 2, 0, 0, 0},  // Model
-    {{110485, 8}, TagType::string, 2, 0, 0, 0},  // Software
-    {{110493, 6}, TagType::string, 2, 0, 0, 0},  // Source
-    {{110499, 9}, TagType::string, 2, 0, 0, 0},  // TimeStamp
-    {{105091, 5}, TagType::string, 2, 0, 0, 0},  // Title
-    {{110508, 3}, TagType::string, 2, 0, 0, 0},  // URL
-    {{110511, 10}, TagType::string, 2, 0, 0, 0},  // PNGWarning
-    {{105041, 10}, TagType::string, 2, 0, 0, 0},  // CreateDate
-    {{110521, 7}, TagType::string, 2, 0, 0, 0},  // ModDate
-    {{110528, 17}, TagType::int32u, 0, 0, 0, 0},  // VirtualImageWidth
-    {{110545, 18}, TagType::int32u, 0, 0, 0, 0},  // VirtualImageHeight
-    {{110563, 16}, TagType::int8u, 0, 0, 0, 0},  // VirtualPageUnits
+    {{109856, 15}, TagType::int32u, none, 0, 0, 0},  // AnimationFrames
+    {{109871, 14}, TagType::int32u, none, 0, 0, 0},  // AnimationPlays
+    {{109885, 14}, TagType::int8u, none, 0, 0, 12},  // ColorPrimaries
+    {{109899, 23}, TagType::int8u, none, 0, 12, 19},  // TransferCharacteristics
+    {{109922, 18}, TagType::int8u, none, 0, 31, 15},  // MatrixCoefficients
+    {{109940, 18}, TagType::int8u, none, 0, 0, 0},  // VideoFullRangeFlag
+    {{109958, 10}, TagType::int32u, none, 0, 0, 0},  // ImageWidth
+    {{109968, 11}, TagType::int32u, none, 0, 0, 0},  // ImageHeight
+    {{109979, 8}, TagType::int8u, none, 0, 0, 0},  // BitDepth
+    {{109987, 9}, TagType::int8u, none, 0, 46, 5},  // ColorType
+    {{102007, 11}, TagType::int8u, none, 0, 51, 1},  // Compression
+    {{109996, 6}, TagType::int8u, none, 0, 51, 1},  // Filter
+    {{110002, 9}, TagType::int8u, none, 0, 52, 2},  // Interlace
+    {{110011, 7}, TagType::string, none, 0, 0, 0},  // Palette
+    {{110018, 15}, TagType::string, none, 0, 0, 0},  // BackgroundColor
+    {{110033, 16}, TagType::string, binary, 0, 0, 0},  // DigitalSignature
+    {{110049, 17}, TagType::string, binary, 0, 0, 0},  // FractalParameters
+    {{110066, 5}, TagType::string, writable | unsafe, 0, 0, 0},  // Gamma
+    {{110071, 26}, TagType::string, binary, 0, 0, 0},  // GIFGraphicControlExtension
+    {{110097, 21}, TagType::string, binary, 0, 0, 0},  // GIFPlainTextExtension
+    {{110118, 23}, TagType::string, binary, 0, 0, 0},  // GIFApplicationExtension
+    {{110141, 16}, TagType::string, binary, 0, 0, 0},  // PaletteHistogram
+    {{110157, 11}, TagType::string, writable, 0, 0, 0},  // ProfileName
+    {{110168, 16}, TagType::string, binary, 0, 0, 0},  // AppleDataOffsets
+    {{110184, 11}, TagType::string, none, 0, 0, 0},  // ImageOffset
+    {{110195, 16}, TagType::string, binary, 0, 0, 0},  // PixelCalibration
+    {{110211, 15}, TagType::string, none, 0, 0, 0},  // SignificantBits
+    {{110226, 16}, TagType::string, binary, 0, 0, 0},  // SuggestedPalette
+    {{110242, 13}, TagType::string, writable | unsafe, 0, 54, 4},  // SRGBRendering
+    {{105066, 10}, TagType::string, writable, 0, 0, 0},  // ModifyDate
+    {{110255, 12}, TagType::string, none, 0, 0, 0},  // Transparency
+    {{110267, 14}, TagType::int32u, writable, 0, 0, 0},  // PixelsPerUnitX
+    {{110281, 14}, TagType::int32u, writable, 0, 0, 0},  // PixelsPerUnitY
+    {{110295, 10}, TagType::int8u, writable, 0, 52, 2},  // PixelUnits
+    {{110305, 11}, TagType::int32u, none, 0, 0, 0},  // WhitePointX
+    {{110316, 11}, TagType::int32u, none, 0, 0, 0},  // WhitePointY
+    {{110327, 4}, TagType::int32u, none, 0, 0, 0},  // RedX
+    {{110331, 4}, TagType::int32u, none, 0, 0, 0},  // RedY
+    {{110335, 6}, TagType::int32u, none, 0, 0, 0},  // GreenX
+    {{110341, 6}, TagType::int32u, none, 0, 0, 0},  // GreenY
+    {{110347, 5}, TagType::int32u, none, 0, 0, 0},  // BlueX
+    {{110352, 5}, TagType::int32u, none, 0, 0, 0},  // BlueY
+    {{110357, 10}, TagType::int8u, none, 0, 52, 2},  // StereoMode
+    {{110367, 12}, TagType::int8u, none, 0, 58, 2},  // SubjectUnits
+    {{110379, 17}, TagType::var_string, none, 0, 0, 0},  // SubjectPixelWidth
+    {{110396, 18}, TagType::var_string, none, 0, 0, 0},  // SubjectPixelHeight
+    {{110414, 6}, TagType::string, writable, 0, 0, 0},  // Artist
+    {{105035, 6}, TagType::string, writable, 0, 0, 0},  // Author
+    {{110420, 10}, TagType::string, writable, 0, 0, 0},  // Collection
+    {{1064, 7}, TagType::string, writable, 0, 0, 0},  // Comment
+    {{110430, 9}, TagType::string, writable, 0, 0, 0},  // Copyright
+    {{110439, 12}, TagType::string, writable, 0, 0, 0},  // CreationTime
+    {{110451, 11}, TagType::string, writable, 0, 0, 0},  // Description
+    {{110462, 10}, TagType::string, writable, 0, 0, 0},  // Disclaimer
+    {{110472, 8}, TagType::string, writable, 0, 0, 0},  // Document
+    {{110480, 5}, TagType::string, writable, 0, 0, 0},  // Label
+    {{0, 4}, TagType::string, writable, 0, 0, 0},  // Make
+    {{4, 5}, TagType::string, writable, 0, 0, 0},  // Model
+    {{110485, 8}, TagType::string, writable, 0, 0, 0},  // Software
+    {{110493, 6}, TagType::string, writable, 0, 0, 0},  // Source
+    {{110499, 9}, TagType::string, writable, 0, 0, 0},  // TimeStamp
+    {{105091, 5}, TagType::string, writable, 0, 0, 0},  // Title
+    {{110508, 3}, TagType::string, writable, 0, 0, 0},  // URL
+    {{110511, 10}, TagType::string, writable, 0, 0, 0},  // PNGWarning
+    {{105041, 10}, TagType::string, writable, 0, 0, 0},  // CreateDate
+    {{110521, 7}, TagType::string, writable, 0, 0, 0},  // ModDate
+    {{110528, 17}, TagType::int32u, none, 0, 0, 0},  // VirtualImageWidth
+    {{110545, 18}, TagType::int32u, none, 0, 0, 0},  // VirtualImageHeight
+    {{110563, 16}, TagType::int8u, none, 0, 0, 0},  // VirtualPageUnits
 };
 constexpr detail::TextRef kChoicesPNG[] = {
     {6271, 1}, {6272, 1}, {6274, 1}, {6275, 1}, {6474, 1}, {6483, 1}, {6303, 1}, {6304, 1},
@@ -7785,29 +7781,28 @@ constexpr std::uint16_t kKeyOrderPNG[] = {
     26, 58, 59, 42, 45, 44, 43, 27, 60, 61, 3, 30, 62, 5, 67, 66, 68, 34, 35,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsPNG[69];
-constinit detail::StreamTags gTagsPNG("PNG", kText, kTagsPNG, kKeyOrderPNG, kChoicesPNG, gItemsPNG, &TagStringsCatalogue::stringsPNG);
 
 // PSP: 17 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPSP[] = {
-    {{105091, 5}, TagType::string, 0, 0, 0, 0},  // Title
-    {{105041, 10}, TagType::int32u, 0, 0, 0, 0},  // CreateDate
-    {{105066, 10}, TagType::int32u, 0, 0, 0, 0},  // ModifyDate
-    {{110414, 6}, TagType::string, 0, 0, 0, 0},  // Artist
-    {{110430, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
-    {{110451, 11}, TagType::string, 0, 0, 0, 0},  // Description
-    {{115953, 12}, TagType::int32u, 0, 0, 0, 2},  // CreatorAppID
-    {{115965, 17}, TagType::int8u, 0, 4, 0, 0},  // CreatorAppVersion
-    {{109958, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
-    {{109968, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
-    {{115982, 15}, TagType::double_, 0, 0, 0, 0},  // ImageResolution
-    {{115997, 14}, TagType::int8u, 0, 0, 2, 3},  // ResolutionUnit
-    {{102007, 11}, TagType::int16u, 0, 0, 5, 4},  // Compression
-    {{116011, 13}, TagType::int16u, 0, 0, 0, 0},  // BitsPerSample
-    {{116024, 6}, TagType::int16u, 0, 0, 0, 0},  // Planes
-    {{116030, 9}, TagType::int32u, 0, 0, 0, 0},  // NumColors
-    {{116039, 11}, TagType::string, 0, 0, 0, 0},  // FileVersion
+    {{105091, 5}, TagType::string, none, 0, 0, 0},  // Title
+    {{105041, 10}, TagType::int32u, none, 0, 0, 0},  // CreateDate
+    {{105066, 10}, TagType::int32u, none, 0, 0, 0},  // ModifyDate
+    {{110414, 6}, TagType::string, none, 0, 0, 0},  // Artist
+    {{110430, 9}, TagType::string, none, 0, 0, 0},  // Copyright
+    {{110451, 11}, TagType::string, none, 0, 0, 0},  // Description
+    {{115953, 12}, TagType::int32u, none, 0, 0, 2},  // CreatorAppID
+    {{115965, 17}, TagType::int8u, none, 4, 0, 0},  // CreatorAppVersion
+    {{109958, 10}, TagType::int32u, none, 0, 0, 0},  // ImageWidth
+    {{109968, 11}, TagType::int32u, none, 0, 0, 0},  // ImageHeight
+    {{115982, 15}, TagType::double_, none, 0, 0, 0},  // ImageResolution
+    {{115997, 14}, TagType::int8u, none, 0, 2, 3},  // ResolutionUnit
+    {{102007, 11}, TagType::int16u, none, 0, 5, 4},  // Compression
+    {{116011, 13}, TagType::int16u, none, 0, 0, 0},  // BitsPerSample
+    {{116024, 6}, TagType::int16u, none, 0, 0, 0},  // Planes
+    {{116030, 9}, TagType::int32u, none, 0, 0, 0},  // NumColors
+    {{116039, 11}, TagType::string, none, 0, 0, 0},  // FileVersion
 };
 constexpr detail::TextRef kChoicesPSP[] = {
     {6270, 1}, {6271, 1}, {6270, 1}, {6271, 1}, {6272, 1}, {6270, 1}, {6271, 1}, {6272, 1},
@@ -7962,70 +7957,69 @@ constexpr std::uint16_t kKeyOrderPSP[] = {
     3, 13, 12, 4, 1, 6, 7, 5, 16, 9, 10, 8, 2, 15, 14, 11, 0,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsPSP[17];
-constinit detail::StreamTags gTagsPSP("PSP", kText, kTagsPSP, kKeyOrderPSP, kChoicesPSP, gItemsPSP, &TagStringsCatalogue::stringsPSP);
 
 // Palm: 58 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPalm[] = {
-    {{117346, 11}, TagType::string, 0, 0, 0, 0},  // DRMServerID
-    {{117357, 13}, TagType::string, 0, 0, 0, 0},  // DRMCommerceID
-    {{117370, 16}, TagType::string, 0, 0, 0, 0},  // DRM_E-BookBaseID
-    {{105035, 6}, TagType::string, 0, 0, 0, 0},  // Author
-    {{117386, 9}, TagType::string, 0, 0, 0, 0},  // Publisher
-    {{117395, 7}, TagType::string, 0, 0, 0, 0},  // Imprint
-    {{110451, 11}, TagType::string, 0, 0, 0, 0},  // Description
-    {{117402, 4}, TagType::string, 0, 0, 0, 0},  // ISBN
-    {{105084, 7}, TagType::string, 1, 0, 0, 0},  // Subject
-    {{117406, 11}, TagType::string, 0, 0, 0, 0},  // PublishDate
-    {{117417, 6}, TagType::string, 0, 0, 0, 0},  // Review
-    {{117423, 11}, TagType::string, 0, 0, 0, 0},  // Contributor
-    {{117434, 6}, TagType::string, 0, 0, 0, 0},  // Rights
-    {{117440, 11}, TagType::string, 0, 0, 0, 0},  // SubjectCode
-    {{117451, 8}, TagType::string, 0, 0, 0, 0},  // BookType
-    {{110493, 6}, TagType::string, 0, 0, 0, 0},  // Source
-    {{117459, 4}, TagType::string, 0, 0, 0, 0},  // ASIN
-    {{117463, 11}, TagType::string, 0, 0, 0, 0},  // BookVersion
-    {{117474, 10}, TagType::int32u, 0, 0, 0, 0},  // SampleFlag
-    {{117484, 12}, TagType::int32u, 0, 0, 0, 0},  // StartReading
-    {{117496, 5}, TagType::string, 0, 0, 0, 0},  // Adult
-    {{117501, 11}, TagType::string, 0, 0, 0, 0},  // RetailPrice
-    {{117512, 19}, TagType::string, 0, 0, 0, 0},  // RetailPriceCurrency
-    {{117531, 13}, TagType::int32u, 0, 0, 0, 0},  // ResourceCount
-    {{117544, 11}, TagType::string, 0, 0, 0, 0},  // KF8CoverURI
-    {{117555, 19}, TagType::string, 0, 0, 0, 0},  // DictionaryShortName
-    {{117574, 15}, TagType::int32u, 0, 0, 0, 5},  // CreatorSoftware
-    {{117589, 19}, TagType::int32u, 0, 0, 0, 0},  // CreatorMajorVersion
-    {{117608, 19}, TagType::int32u, 0, 0, 0, 0},  // CreatorMinorVersion
-    {{117627, 18}, TagType::int32u, 0, 0, 0, 0},  // CreatorBuildNumber
-    {{117645, 9}, TagType::string, 0, 0, 0, 0},  // Watermark
-    {{117654, 16}, TagType::string, 0, 0, 0, 0},  // Tamper-proofKeys
-    {{117670, 13}, TagType::int8u, 0, 0, 0, 0},  // ClippingLimit
-    {{117683, 14}, TagType::string, 0, 0, 0, 0},  // PublisherLimit
-    {{117697, 12}, TagType::int8u, 0, 0, 5, 2},  // TextToSpeech
-    {{117709, 10}, TagType::int8u, 0, 0, 0, 0},  // RentalFlag
-    {{117719, 20}, TagType::string, 0, 0, 0, 0},  // RentalExpirationDate
-    {{117739, 7}, TagType::int32u, 0, 0, 0, 0},  // CDEType
-    {{117746, 14}, TagType::string, 0, 0, 0, 0},  // LastUpdateTime
-    {{117760, 12}, TagType::string, 0, 0, 0, 0},  // UpdatedTitle
-    {{117772, 5}, TagType::string, 0, 0, 0, 0},  // ASIN2
-    {{105131, 8}, TagType::string, 0, 0, 0, 0},  // Language
-    {{117777, 9}, TagType::string, 0, 0, 0, 0},  // Alignment
-    {{117786, 19}, TagType::string, 0, 0, 0, 0},  // CreatorBuildNumber2
-    {{102007, 11}, TagType::int16u, 0, 0, 7, 3},  // Compression
-    {{117805, 22}, TagType::int32u, 0, 0, 0, 0},  // UncompressedTextLength
-    {{104910, 10}, TagType::int32u, 0, 0, 10, 3},  // Encryption
-    {{117827, 8}, TagType::int32u, 0, 0, 13, 14},  // MobiType
-    {{117835, 8}, TagType::int32u, 0, 0, 27, 2},  // CodePage
-    {{117843, 11}, TagType::int32u, 0, 0, 0, 0},  // MobiVersion
-    {{117854, 8}, TagType::int32u, 0, 0, 0, 0},  // BookName
-    {{117862, 14}, TagType::int32u, 0, 0, 0, 0},  // MinimumVersion
-    {{117876, 12}, TagType::string, 0, 32, 0, 0},  // DatabaseName
-    {{105041, 10}, TagType::int32u, 0, 0, 0, 0},  // CreateDate
-    {{105066, 10}, TagType::int32u, 0, 0, 0, 0},  // ModifyDate
-    {{117888, 14}, TagType::int32u, 0, 0, 0, 0},  // LastBackupDate
-    {{117902, 18}, TagType::int32u, 0, 0, 0, 0},  // ModificationNumber
-    {{117920, 12}, TagType::string, 0, 8, 29, 28},  // PalmFileType
+    {{117346, 11}, TagType::string, none, 0, 0, 0},  // DRMServerID
+    {{117357, 13}, TagType::string, none, 0, 0, 0},  // DRMCommerceID
+    {{117370, 16}, TagType::string, none, 0, 0, 0},  // DRM_E-BookBaseID
+    {{105035, 6}, TagType::string, none, 0, 0, 0},  // Author
+    {{117386, 9}, TagType::string, none, 0, 0, 0},  // Publisher
+    {{117395, 7}, TagType::string, none, 0, 0, 0},  // Imprint
+    {{110451, 11}, TagType::string, none, 0, 0, 0},  // Description
+    {{117402, 4}, TagType::string, none, 0, 0, 0},  // ISBN
+    {{105084, 7}, TagType::string, list, 0, 0, 0},  // Subject
+    {{117406, 11}, TagType::string, none, 0, 0, 0},  // PublishDate
+    {{117417, 6}, TagType::string, none, 0, 0, 0},  // Review
+    {{117423, 11}, TagType::string, none, 0, 0, 0},  // Contributor
+    {{117434, 6}, TagType::string, none, 0, 0, 0},  // Rights
+    {{117440, 11}, TagType::string, none, 0, 0, 0},  // SubjectCode
+    {{117451, 8}, TagType::string, none, 0, 0, 0},  // BookType
+    {{110493, 6}, TagType::string, none, 0, 0, 0},  // Source
+    {{117459, 4}, TagType::string, none, 0, 0, 0},  // ASIN
+    {{117463, 11}, TagType::string, none, 0, 0, 0},  // BookVersion
+    {{117474, 10}, TagType::int32u, none, 0, 0, 0},  // SampleFlag
+    {{117484, 12}, TagType::int32u, none, 0, 0, 0},  // StartReading
+    {{117496, 5}, TagType::string, none, 0, 0, 0},  // Adult
+    {{117501, 11}, TagType::string, none, 0, 0, 0},  // RetailPrice
+    {{117512, 19}, TagType::string, none, 0, 0, 0},  // RetailPriceCurrency
+    {{117531, 13}, TagType::int32u, none, 0, 0, 0},  // ResourceCount
+    {{117544, 11}, TagType::string, none, 0, 0, 0},  // KF8CoverURI
+    {{117555, 19}, TagType::string, none, 0, 0, 0},  // DictionaryShortName
+    {{117574, 15}, TagType::int32u, none, 0, 0, 5},  // CreatorSoftware
+    {{117589, 19}, TagType::int32u, none, 0, 0, 0},  // CreatorMajorVersion
+    {{117608, 19}, TagType::int32u, none, 0, 0, 0},  // CreatorMinorVersion
+    {{117627, 18}, TagType::int32u, none, 0, 0, 0},  // CreatorBuildNumber
+    {{117645, 9}, TagType::string, none, 0, 0, 0},  // Watermark
+    {{117654, 16}, TagType::string, none, 0, 0, 0},  // Tamper-proofKeys
+    {{117670, 13}, TagType::int8u, none, 0, 0, 0},  // ClippingLimit
+    {{117683, 14}, TagType::string, none, 0, 0, 0},  // PublisherLimit
+    {{117697, 12}, TagType::int8u, none, 0, 5, 2},  // TextToSpeech
+    {{117709, 10}, TagType::int8u, none, 0, 0, 0},  // RentalFlag
+    {{117719, 20}, TagType::string, none, 0, 0, 0},  // RentalExpirationDate
+    {{117739, 7}, TagType::int32u, none, 0, 0, 0},  // CDEType
+    {{117746, 14}, TagType::string, none, 0, 0, 0},  // LastUpdateTime
+    {{117760, 12}, TagType::string, none, 0, 0, 0},  // UpdatedTitle
+    {{117772, 5}, TagType::string, none, 0, 0, 0},  // ASIN2
+    {{105131, 8}, TagType::string, none, 0, 0, 0},  // Language
+    {{117777, 9}, TagType::string, none, 0, 0, 0},  // Alignment
+    {{117786, 19}, TagType::string, none, 0, 0, 0},  // CreatorBuildNumber2
+    {{102007, 11}, TagType::int16u, none, 0, 7, 3},  // Compression
+    {{117805, 22}, TagType::int32u, none, 0, 0, 0},  // UncompressedTextLength
+    {{104910, 10}, TagType::int32u, none, 0, 10, 3},  // Encryption
+    {{117827, 8}, TagType::int32u, none, 0, 13, 14},  // MobiType
+    {{117835, 8}, TagType::int32u, none, 0, 27, 2},  // CodePage
+    {{117843, 11}, TagType::int32u, none, 0, 0, 0},  // MobiVersion
+    {{117854, 8}, TagType::int32u, none, 0, 0, 0},  // BookName
+    {{117862, 14}, TagType::int32u, none, 0, 0, 0},  // MinimumVersion
+    {{117876, 12}, TagType::string, none, 32, 0, 0},  // DatabaseName
+    {{105041, 10}, TagType::int32u, none, 0, 0, 0},  // CreateDate
+    {{105066, 10}, TagType::int32u, none, 0, 0, 0},  // ModifyDate
+    {{117888, 14}, TagType::int32u, none, 0, 0, 0},  // LastBackupDate
+    {{117902, 18}, TagType::int32u, none, 0, 0, 0},  // ModificationNumber
+    {{117920, 12}, TagType::string, none, 8, 29, 28},  // PalmFileType
 };
 constexpr detail::TextRef kChoicesPalm[] = {
     {6271, 1}, {6272, 1}, {117932, 3}, {117935, 3}, {117938, 3}, {6270, 1}, {6271, 1}, {6271, 1},
@@ -8246,158 +8240,157 @@ constexpr std::uint16_t kKeyOrderPalm[] = {
     19, 8, 13, 31, 34, 45, 39, 30,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsPalm[58];
-constinit detail::StreamTags gTagsPalm("Palm", kText, kTagsPalm, kKeyOrderPalm, kChoicesPalm, gItemsPalm, &TagStringsCatalogue::stringsPalm);
 
 // Panasonic: 146 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPanasonic[] = {
-    {{121826, 16}, TagType::int16u, 2, 0, 0, 0},  // NumFacePositions
-    {{121842, 13}, TagType::int16u, 2, 4, 0, 0},  // Face1Position
-    {{121855, 13}, TagType::int16u, 2, 4, 0, 0},  // Face2Position
-    {{121868, 13}, TagType::int16u, 2, 4, 0, 0},  // Face3Position
-    {{121881, 13}, TagType::int16u, 2, 4, 0, 0},  // Face4Position
-    {{121894, 13}, TagType::int16u, 2, 4, 0, 0},  // Face5Position
-    {{121907, 15}, TagType::int16u, 2, 0, 0, 0},  // FacesRecognized
-    {{121922, 19}, TagType::string, 2, 20, 0, 0},  // RecognizedFace1Name
-    {{121941, 23}, TagType::int16u, 2, 4, 0, 0},  // RecognizedFace1Position
-    {{121964, 18}, TagType::string, 2, 20, 0, 0},  // RecognizedFace1Age
-    {{121982, 19}, TagType::string, 2, 20, 0, 0},  // RecognizedFace2Name
-    {{122001, 23}, TagType::int16u, 2, 4, 0, 0},  // RecognizedFace2Position
-    {{122024, 18}, TagType::string, 2, 20, 0, 0},  // RecognizedFace2Age
-    {{122042, 19}, TagType::string, 2, 20, 0, 0},  // RecognizedFace3Name
-    {{122061, 23}, TagType::int16u, 2, 4, 0, 0},  // RecognizedFace3Position
-    {{122084, 18}, TagType::string, 2, 20, 0, 0},  // RecognizedFace3Age
-    {{122102, 12}, TagType::int16u, 2, 0, 0, 8},  // ImageQuality
-    {{122114, 15}, TagType::string, 2, 0, 0, 0},  // FirmwareVersion
-    {{122129, 12}, TagType::int16u, 2, 0, 8, 13},  // WhiteBalance
-    {{167, 9}, TagType::int16u, 2, 0, 21, 7},  // FocusMode
-    {{122141, 10}, TagType::int8u, 2, 2, 28, 19},  // AFAreaMode
-    {{931, 18}, TagType::int16u, 2, 0, 47, 10},  // ImageStabilization
-    {{158, 9}, TagType::int16u, 2, 0, 57, 4},  // MacroMode
-    {{122151, 12}, TagType::int16u, 2, 0, 61, 80},  // ShootingMode
-    {{119709, 5}, TagType::int16u, 2, 0, 141, 3},  // Audio
-    {{2897, 8}, TagType::string, 10, 0, 0, 0},  // DataDump
-    {{2853, 16}, TagType::int16s, 2, 0, 0, 0},  // WhiteBalanceBias
-    {{122163, 9}, TagType::int16s, 2, 0, 0, 0},  // FlashBias
-    {{1110, 20}, TagType::string, 2, 16, 0, 0},  // InternalSerialNumber
-    {{122172, 20}, TagType::string, 2, 0, 0, 0},  // PanasonicExifVersion
-    {{122192, 14}, TagType::int16u, 2, 0, 144, 1},  // VideoFrameRate
-    {{122206, 11}, TagType::int16u, 2, 0, 145, 7},  // ColorEffect
-    {{122217, 16}, TagType::int32u, 2, 0, 0, 0},  // TimeSincePowerOn
-    {{122233, 9}, TagType::int16u, 2, 0, 152, 8},  // BurstMode
-    {{122242, 14}, TagType::int32u, 2, 0, 0, 0},  // SequenceNumber
-    {{122256, 12}, TagType::int16u, 2, 0, 160, 48},  // ContrastMode
-    {{514, 14}, TagType::int16u, 2, 0, 208, 12},  // NoiseReduction
-    {{122268, 9}, TagType::int16u, 2, 0, 220, 8},  // SelfTimer
-    {{122277, 8}, TagType::int16u, 2, 0, 228, 4},  // Rotation
-    {{122285, 12}, TagType::int16u, 2, 0, 232, 4},  // AFAssistLamp
-    {{122297, 9}, TagType::int16u, 2, 0, 236, 3},  // ColorMode
-    {{122306, 7}, TagType::string, 2, 0, 0, 0},  // BabyAge
-    {{122313, 15}, TagType::int16u, 2, 0, 239, 2},  // OpticalZoomMode
-    {{1378, 14}, TagType::int16u, 2, 0, 232, 4},  // ConversionLens
-    {{122328, 9}, TagType::int16u, 2, 0, 0, 0},  // TravelDay
-    {{122337, 12}, TagType::int16u, 2, 0, 241, 7},  // BatteryLevel
-    {{3385, 8}, TagType::int16u, 2, 0, 144, 1},  // Contrast
-    {{122349, 17}, TagType::int16u, 2, 0, 239, 2},  // WorldTimeLocation
-    {{122366, 9}, TagType::int16u, 2, 0, 239, 2},  // TextStamp
-    {{122375, 10}, TagType::int16u, 2, 0, 248, 3},  // ProgramISO
-    {{122385, 17}, TagType::int16u, 2, 0, 0, 0},  // AdvancedSceneType
-    {{2417, 13}, TagType::int16u, 2, 0, 0, 0},  // FacesDetected
-    {{62937, 10}, TagType::int16u, 2, 0, 144, 1},  // Saturation
-    {{3090, 9}, TagType::int16u, 2, 0, 144, 1},  // Sharpness
-    {{122402, 8}, TagType::int16u, 2, 0, 251, 10},  // FilmMode
-    {{122410, 11}, TagType::int16u, 2, 0, 261, 5},  // JPEGQuality
-    {{122421, 15}, TagType::int16u, 2, 0, 0, 0},  // ColorTempKelvin
-    {{122436, 15}, TagType::int16u, 2, 0, 266, 7},  // BracketSettings
-    {{122451, 9}, TagType::int16u, 2, 0, 0, 0},  // WBShiftAB
-    {{122460, 9}, TagType::int16u, 2, 0, 0, 0},  // WBShiftGM
-    {{122469, 12}, TagType::int16u, 2, 0, 236, 3},  // FlashCurtain
-    {{122481, 26}, TagType::int16u, 2, 0, 239, 2},  // LongExposureNoiseReduction
-    {{122507, 19}, TagType::int32u, 2, 0, 0, 0},  // PanasonicImageWidth
-    {{122526, 20}, TagType::int32u, 2, 0, 0, 0},  // PanasonicImageHeight
-    {{122546, 15}, TagType::rational64u, 2, 2, 0, 0},  // AFPointPosition
-    {{1167, 8}, TagType::string, 2, 0, 0, 0},  // LensType
-    {{1175, 16}, TagType::string, 2, 0, 0, 0},  // LensSerialNumber
-    {{122561, 13}, TagType::string, 2, 0, 0, 0},  // AccessoryType
-    {{122574, 21}, TagType::string, 2, 0, 0, 0},  // AccessorySerialNumber
-    {{122595, 19}, TagType::int16u, 2, 0, 273, 4},  // IntelligentExposure
-    {{1200, 19}, TagType::string, 2, 4, 0, 0},  // LensFirmwareVersion
-    {{122614, 12}, TagType::int16u, 2, 0, 277, 2},  // FlashWarning
-    {{105091, 5}, TagType::string, 2, 0, 0, 0},  // Title
-    {{122626, 8}, TagType::string, 2, 0, 0, 0},  // BabyName
-    {{122634, 8}, TagType::string, 2, 0, 0, 0},  // Location
-    {{122642, 7}, TagType::string, 2, 0, 0, 0},  // Country
-    {{122649, 5}, TagType::string, 2, 0, 0, 0},  // State
-    {{122654, 4}, TagType::string, 2, 0, 0, 0},  // City
-    {{122658, 8}, TagType::string, 2, 0, 0, 0},  // Landmark
-    {{122666, 21}, TagType::int8u, 2, 0, 279, 5},  // IntelligentResolution
-    {{122687, 12}, TagType::int16u, 2, 0, 0, 0},  // MergedImages
-    {{122699, 10}, TagType::int16u, 2, 0, 0, 0},  // BurstSpeed
-    {{122709, 18}, TagType::int16u, 2, 0, 273, 4},  // IntelligentD-Range
-    {{122727, 12}, TagType::int16u, 2, 0, 277, 2},  // ClearRetouch
-    {{122739, 5}, TagType::string, 2, 0, 0, 0},  // City2
-    {{961, 17}, TagType::int16u, 2, 0, 0, 0},  // ManometerPressure
-    {{122744, 10}, TagType::int16u, 2, 0, 284, 14},  // PhotoStyle
-    {{548, 19}, TagType::int16u, 2, 0, 277, 2},  // ShadingCompensation
-    {{122754, 22}, TagType::int16u, 2, 0, 0, 0},  // WBShiftIntelligentAuto
-    {{122776, 14}, TagType::int16u, 2, 0, 0, 0},  // AccelerometerZ
-    {{122790, 14}, TagType::int16u, 2, 0, 0, 0},  // AccelerometerX
-    {{122804, 14}, TagType::int16u, 2, 0, 0, 0},  // AccelerometerY
-    {{122818, 17}, TagType::int8u, 2, 0, 298, 6},  // CameraOrientation
-    {{1010, 9}, TagType::int16u, 2, 0, 0, 0},  // RollAngle
-    {{1019, 10}, TagType::int16u, 2, 0, 0, 0},  // PitchAngle
-    {{122835, 22}, TagType::int8u, 2, 0, 0, 0},  // WBShiftCreativeControl
-    {{122857, 22}, TagType::int8u, 2, 0, 279, 5},  // SweepPanoramaDirection
-    {{122879, 24}, TagType::int16u, 2, 0, 0, 0},  // SweepPanoramaFieldOfView
-    {{122903, 14}, TagType::int8u, 2, 0, 273, 4},  // TimerRecording
-    {{122917, 16}, TagType::rational64u, 2, 0, 0, 0},  // InternalNDFilter
-    {{63815, 3}, TagType::int16u, 2, 0, 304, 7},  // HDR
-    {{122933, 11}, TagType::int16u, 2, 0, 236, 3},  // ShutterType
-    {{122944, 12}, TagType::rational64u, 2, 0, 311, 23},  // FilterEffect
-    {{122956, 17}, TagType::rational64u, 2, 0, 0, 0},  // ClearRetouchValue
-    {{122973, 9}, TagType::string, 10, 0, 0, 0},  // OutputLUT
-    {{122982, 7}, TagType::int16u, 2, 0, 277, 2},  // TouchAE
-    {{122989, 22}, TagType::int16u, 2, 0, 279, 5},  // MonochromeFilterEffect
-    {{123011, 15}, TagType::int16u, 2, 2, 0, 0},  // HighlightShadow
-    {{110499, 9}, TagType::string, 2, 0, 0, 0},  // TimeStamp
-    {{123026, 20}, TagType::int16u, 2, 0, 334, 2},  // VideoBurstResolution
-    {{123046, 13}, TagType::int16u, 2, 0, 236, 3},  // MultiExposure
-    {{123059, 13}, TagType::int16u, 2, 0, 277, 2},  // RedEyeRemoval
-    {{123072, 14}, TagType::int32u, 2, 0, 336, 10},  // VideoBurstMode
-    {{123086, 21}, TagType::int16u, 2, 0, 277, 2},  // DiffractionCorrection
-    {{123107, 12}, TagType::int16u, 2, 0, 0, 0},  // FocusBracket
-    {{123119, 18}, TagType::int16u, 2, 0, 277, 2},  // LongExposureNRUsed
-    {{123137, 16}, TagType::int32u, 2, 2, 346, 1},  // PostFocusMerging
-    {{123153, 13}, TagType::int16u, 2, 0, 277, 2},  // VideoPreburst
-    {{123166, 12}, TagType::int16u, 2, 0, 0, 0},  // LensTypeMake
-    {{123178, 13}, TagType::int16u, 2, 0, 0, 0},  // LensTypeModel
-    {{123191, 10}, TagType::int16u, 2, 0, 277, 2},  // SensorType
-    {{2615, 3}, TagType::int32u, 2, 0, 0, 0},  // ISO
-    {{123201, 21}, TagType::int16u, 2, 0, 273, 4},  // MonochromeGrainEffect
-    {{123222, 22}, TagType::rational64s, 2, 0, 0, 0},  // NoiseReductionStrength
-    {{123244, 10}, TagType::int32u, 2, 0, 0, 0},  // MinimumISO
-    {{123254, 17}, TagType::int16u, 2, 0, 277, 2},  // DynamicRangeBoost
-    {{2618, 16}, TagType::string, 2, 0, 0, 0},  // MakerNoteVersion
-    {{505, 9}, TagType::int16u, 2, 0, 347, 81},  // SceneMode
-    {{123271, 16}, TagType::int16u, 2, 0, 236, 3},  // HighlightWarning
-    {{123287, 20}, TagType::int16u, 2, 0, 239, 2},  // DarkFocusEnvironment
-    {{123307, 10}, TagType::int16u, 2, 0, 0, 0},  // WBRedLevel
-    {{123317, 12}, TagType::int16u, 2, 0, 0, 0},  // WBGreenLevel
-    {{123329, 11}, TagType::int16u, 2, 0, 0, 0},  // WBBlueLevel
-    {{0, 4}, TagType::string, 0, 22, 0, 0},  // Make
-    {{4, 5}, TagType::string, 0, 30, 0, 0},  // Model
-    {{123340, 8}, TagType::string, 0, 14, 0, 0},  // Version1
-    {{123348, 8}, TagType::string, 0, 14, 0, 0},  // Version2
-    {{123356, 13}, TagType::imagedata, 0, 600, 0, 0},  // ThumbnailTest
-    {{3595, 14}, TagType::int32s, 0, 0, 0, 0},  // ThumbnailWidth
-    {{3609, 15}, TagType::int32s, 0, 0, 0, 0},  // ThumbnailHeight
-    {{2669, 14}, TagType::imagedata, 0, 16384, 0, 0},  // ThumbnailImage
-    {{4560, 15}, TagType::int32urev, 0, 0, 0, 0},  // ThumbnailLength
-    {{123369, 17}, TagType::string, 2, 8, 0, 0},  // PanasonicDateTime
-    {{123386, 19}, TagType::int32u, 2, 0, 0, 0},  // TimeLapseShotNumber
-    {{123405, 13}, TagType::string, 0, 4, 0, 0},  // MakerNoteType
-    {{123418, 4}, TagType::int16u, 0, 0, 0, 0},  // Gain
+    {{121826, 16}, TagType::int16u, writable, 0, 0, 0},  // NumFacePositions
+    {{121842, 13}, TagType::int16u, writable, 4, 0, 0},  // Face1Position
+    {{121855, 13}, TagType::int16u, writable, 4, 0, 0},  // Face2Position
+    {{121868, 13}, TagType::int16u, writable, 4, 0, 0},  // Face3Position
+    {{121881, 13}, TagType::int16u, writable, 4, 0, 0},  // Face4Position
+    {{121894, 13}, TagType::int16u, writable, 4, 0, 0},  // Face5Position
+    {{121907, 15}, TagType::int16u, writable, 0, 0, 0},  // FacesRecognized
+    {{121922, 19}, TagType::string, writable, 20, 0, 0},  // RecognizedFace1Name
+    {{121941, 23}, TagType::int16u, writable, 4, 0, 0},  // RecognizedFace1Position
+    {{121964, 18}, TagType::string, writable, 20, 0, 0},  // RecognizedFace1Age
+    {{121982, 19}, TagType::string, writable, 20, 0, 0},  // RecognizedFace2Name
+    {{122001, 23}, TagType::int16u, writable, 4, 0, 0},  // RecognizedFace2Position
+    {{122024, 18}, TagType::string, writable, 20, 0, 0},  // RecognizedFace2Age
+    {{122042, 19}, TagType::string, writable, 20, 0, 0},  // RecognizedFace3Name
+    {{122061, 23}, TagType::int16u, writable, 4, 0, 0},  // RecognizedFace3Position
+    {{122084, 18}, TagType::string, writable, 20, 0, 0},  // RecognizedFace3Age
+    {{122102, 12}, TagType::int16u, writable, 0, 0, 8},  // ImageQuality
+    {{122114, 15}, TagType::string, writable, 0, 0, 0},  // FirmwareVersion
+    {{122129, 12}, TagType::int16u, writable, 0, 8, 13},  // WhiteBalance
+    {{167, 9}, TagType::int16u, writable, 0, 21, 7},  // FocusMode
+    {{122141, 10}, TagType::int8u, writable, 2, 28, 19},  // AFAreaMode
+    {{931, 18}, TagType::int16u, writable, 0, 47, 10},  // ImageStabilization
+    {{158, 9}, TagType::int16u, writable, 0, 57, 4},  // MacroMode
+    {{122151, 12}, TagType::int16u, writable, 0, 61, 80},  // ShootingMode
+    {{119709, 5}, TagType::int16u, writable, 0, 141, 3},  // Audio
+    {{2897, 8}, TagType::string, writable | binary, 0, 0, 0},  // DataDump
+    {{2853, 16}, TagType::int16s, writable, 0, 0, 0},  // WhiteBalanceBias
+    {{122163, 9}, TagType::int16s, writable, 0, 0, 0},  // FlashBias
+    {{1110, 20}, TagType::string, writable, 16, 0, 0},  // InternalSerialNumber
+    {{122172, 20}, TagType::string, writable, 0, 0, 0},  // PanasonicExifVersion
+    {{122192, 14}, TagType::int16u, writable, 0, 144, 1},  // VideoFrameRate
+    {{122206, 11}, TagType::int16u, writable, 0, 145, 7},  // ColorEffect
+    {{122217, 16}, TagType::int32u, writable, 0, 0, 0},  // TimeSincePowerOn
+    {{122233, 9}, TagType::int16u, writable, 0, 152, 8},  // BurstMode
+    {{122242, 14}, TagType::int32u, writable, 0, 0, 0},  // SequenceNumber
+    {{122256, 12}, TagType::int16u, writable, 0, 160, 48},  // ContrastMode
+    {{514, 14}, TagType::int16u, writable, 0, 208, 12},  // NoiseReduction
+    {{122268, 9}, TagType::int16u, writable, 0, 220, 8},  // SelfTimer
+    {{122277, 8}, TagType::int16u, writable, 0, 228, 4},  // Rotation
+    {{122285, 12}, TagType::int16u, writable, 0, 232, 4},  // AFAssistLamp
+    {{122297, 9}, TagType::int16u, writable, 0, 236, 3},  // ColorMode
+    {{122306, 7}, TagType::string, writable, 0, 0, 0},  // BabyAge
+    {{122313, 15}, TagType::int16u, writable, 0, 239, 2},  // OpticalZoomMode
+    {{1378, 14}, TagType::int16u, writable, 0, 232, 4},  // ConversionLens
+    {{122328, 9}, TagType::int16u, writable, 0, 0, 0},  // TravelDay
+    {{122337, 12}, TagType::int16u, writable, 0, 241, 7},  // BatteryLevel
+    {{3385, 8}, TagType::int16u, writable, 0, 144, 1},  // Contrast
+    {{122349, 17}, TagType::int16u, writable, 0, 239, 2},  // WorldTimeLocation
+    {{122366, 9}, TagType::int16u, writable, 0, 239, 2},  // TextStamp
+    {{122375, 10}, TagType::int16u, writable, 0, 248, 3},  // ProgramISO
+    {{122385, 17}, TagType::int16u, writable, 0, 0, 0},  // AdvancedSceneType
+    {{2417, 13}, TagType::int16u, writable, 0, 0, 0},  // FacesDetected
+    {{62937, 10}, TagType::int16u, writable, 0, 144, 1},  // Saturation
+    {{3090, 9}, TagType::int16u, writable, 0, 144, 1},  // Sharpness
+    {{122402, 8}, TagType::int16u, writable, 0, 251, 10},  // FilmMode
+    {{122410, 11}, TagType::int16u, writable, 0, 261, 5},  // JPEGQuality
+    {{122421, 15}, TagType::int16u, writable, 0, 0, 0},  // ColorTempKelvin
+    {{122436, 15}, TagType::int16u, writable, 0, 266, 7},  // BracketSettings
+    {{122451, 9}, TagType::int16u, writable, 0, 0, 0},  // WBShiftAB
+    {{122460, 9}, TagType::int16u, writable, 0, 0, 0},  // WBShiftGM
+    {{122469, 12}, TagType::int16u, writable, 0, 236, 3},  // FlashCurtain
+    {{122481, 26}, TagType::int16u, writable, 0, 239, 2},  // LongExposureNoiseReduction
+    {{122507, 19}, TagType::int32u, writable, 0, 0, 0},  // PanasonicImageWidth
+    {{122526, 20}, TagType::int32u, writable, 0, 0, 0},  // PanasonicImageHeight
+    {{122546, 15}, TagType::rational64u, writable, 2, 0, 0},  // AFPointPosition
+    {{1167, 8}, TagType::string, writable, 0, 0, 0},  // LensType
+    {{1175, 16}, TagType::string, writable, 0, 0, 0},  // LensSerialNumber
+    {{122561, 13}, TagType::string, writable, 0, 0, 0},  // AccessoryType
+    {{122574, 21}, TagType::string, writable, 0, 0, 0},  // AccessorySerialNumber
+    {{122595, 19}, TagType::int16u, writable, 0, 273, 4},  // IntelligentExposure
+    {{1200, 19}, TagType::string, writable, 4, 0, 0},  // LensFirmwareVersion
+    {{122614, 12}, TagType::int16u, writable, 0, 277, 2},  // FlashWarning
+    {{105091, 5}, TagType::string, writable, 0, 0, 0},  // Title
+    {{122626, 8}, TagType::string, writable, 0, 0, 0},  // BabyName
+    {{122634, 8}, TagType::string, writable, 0, 0, 0},  // Location
+    {{122642, 7}, TagType::string, writable, 0, 0, 0},  // Country
+    {{122649, 5}, TagType::string, writable, 0, 0, 0},  // State
+    {{122654, 4}, TagType::string, writable, 0, 0, 0},  // City
+    {{122658, 8}, TagType::string, writable, 0, 0, 0},  // Landmark
+    {{122666, 21}, TagType::int8u, writable, 0, 279, 5},  // IntelligentResolution
+    {{122687, 12}, TagType::int16u, writable, 0, 0, 0},  // MergedImages
+    {{122699, 10}, TagType::int16u, writable, 0, 0, 0},  // BurstSpeed
+    {{122709, 18}, TagType::int16u, writable, 0, 273, 4},  // IntelligentD-Range
+    {{122727, 12}, TagType::int16u, writable, 0, 277, 2},  // ClearRetouch
+    {{122739, 5}, TagType::string, writable, 0, 0, 0},  // City2
+    {{961, 17}, TagType::int16u, writable, 0, 0, 0},  // ManometerPressure
+    {{122744, 10}, TagType::int16u, writable, 0, 284, 14},  // PhotoStyle
+    {{548, 19}, TagType::int16u, writable, 0, 277, 2},  // ShadingCompensation
+    {{122754, 22}, TagType::int16u, writable, 0, 0, 0},  // WBShiftIntelligentAuto
+    {{122776, 14}, TagType::int16u, writable, 0, 0, 0},  // AccelerometerZ
+    {{122790, 14}, TagType::int16u, writable, 0, 0, 0},  // AccelerometerX
+    {{122804, 14}, TagType::int16u, writable, 0, 0, 0},  // AccelerometerY
+    {{122818, 17}, TagType::int8u, writable, 0, 298, 6},  // CameraOrientation
+    {{1010, 9}, TagType::int16u, writable, 0, 0, 0},  // RollAngle
+    {{1019, 10}, TagType::int16u, writable, 0, 0, 0},  // PitchAngle
+    {{122835, 22}, TagType::int8u, writable, 0, 0, 0},  // WBShiftCreativeControl
+    {{122857, 22}, TagType::int8u, writable, 0, 279, 5},  // SweepPanoramaDirection
+    {{122879, 24}, TagType::int16u, writable, 0, 0, 0},  // SweepPanoramaFieldOfView
+    {{122903, 14}, TagType::int8u, writable, 0, 273, 4},  // TimerRecording
+    {{122917, 16}, TagType::rational64u, writable, 0, 0, 0},  // InternalNDFilter
+    {{63815, 3}, TagType::int16u, writable, 0, 304, 7},  // HDR
+    {{122933, 11}, TagType::int16u, writable, 0, 236, 3},  // ShutterType
+    {{122944, 12}, TagType::rational64u, writable, 0, 311, 23},  // FilterEffect
+    {{122956, 17}, TagType::rational64u, writable, 0, 0, 0},  // ClearRetouchValue
+    {{122973, 9}, TagType::string, writable | binary, 0, 0, 0},  // OutputLUT
+    {{122982, 7}, TagType::int16u, writable, 0, 277, 2},  // TouchAE
+    {{122989, 22}, TagType::int16u, writable, 0, 279, 5},  // MonochromeFilterEffect
+    {{123011, 15}, TagType::int16u, writable, 2, 0, 0},  // HighlightShadow
+    {{110499, 9}, TagType::string, writable, 0, 0, 0},  // TimeStamp
+    {{123026, 20}, TagType::int16u, writable, 0, 334, 2},  // VideoBurstResolution
+    {{123046, 13}, TagType::int16u, writable, 0, 236, 3},  // MultiExposure
+    {{123059, 13}, TagType::int16u, writable, 0, 277, 2},  // RedEyeRemoval
+    {{123072, 14}, TagType::int32u, writable, 0, 336, 10},  // VideoBurstMode
+    {{123086, 21}, TagType::int16u, writable, 0, 277, 2},  // DiffractionCorrection
+    {{123107, 12}, TagType::int16u, writable, 0, 0, 0},  // FocusBracket
+    {{123119, 18}, TagType::int16u, writable, 0, 277, 2},  // LongExposureNRUsed
+    {{123137, 16}, TagType::int32u, writable, 2, 346, 1},  // PostFocusMerging
+    {{123153, 13}, TagType::int16u, writable, 0, 277, 2},  // VideoPreburst
+    {{123166, 12}, TagType::int16u, writable, 0, 0, 0},  // LensTypeMake
+    {{123178, 13}, TagType::int16u, writable, 0, 0, 0},  // LensTypeModel
+    {{123191, 10}, TagType::int16u, writable, 0, 277, 2},  // SensorType
+    {{2615, 3}, TagType::int32u, writable, 0, 0, 0},  // ISO
+    {{123201, 21}, TagType::int16u, writable, 0, 273, 4},  // MonochromeGrainEffect
+    {{123222, 22}, TagType::rational64s, writable, 0, 0, 0},  // NoiseReductionStrength
+    {{123244, 10}, TagType::int32u, writable, 0, 0, 0},  // MinimumISO
+    {{123254, 17}, TagType::int16u, writable, 0, 277, 2},  // DynamicRangeBoost
+    {{2618, 16}, TagType::string, writable, 0, 0, 0},  // MakerNoteVersion
+    {{505, 9}, TagType::int16u, writable, 0, 347, 81},  // SceneMode
+    {{123271, 16}, TagType::int16u, writable, 0, 236, 3},  // HighlightWarning
+    {{123287, 20}, TagType::int16u, writable, 0, 239, 2},  // DarkFocusEnvironment
+    {{123307, 10}, TagType::int16u, writable, 0, 0, 0},  // WBRedLevel
+    {{123317, 12}, TagType::int16u, writable, 0, 0, 0},  // WBGreenLevel
+    {{123329, 11}, TagType::int16u, writable, 0, 0, 0},  // WBBlueLevel
+    {{0, 4}, TagType::string, none, 22, 0, 0},  // Make
+    {{4, 5}, TagType::string, none, 30, 0, 0},  // Model
+    {{123340, 8}, TagType::string, none, 14, 0, 0},  // Version1
+    {{123348, 8}, TagType::string, none, 14, 0, 0},  // Version2
+    {{123356, 13}, TagType::imagedata, none, 600, 0, 0},  // ThumbnailTest
+    {{3595, 14}, TagType::int32s, none, 0, 0, 0},  // ThumbnailWidth
+    {{3609, 15}, TagType::int32s, none, 0, 0, 0},  // ThumbnailHeight
+    {{2669, 14}, TagType::imagedata, none, 16384, 0, 0},  // ThumbnailImage
+    {{4560, 15}, TagType::int32urev, none, 0, 0, 0},  // ThumbnailLength
+    {{123369, 17}, TagType::string, writable, 8, 0, 0},  // PanasonicDateTime
+    {{123386, 19}, TagType::int32u, writable, 0, 0, 0},  // TimeLapseShotNumber
+    {{123405, 13}, TagType::string, none, 4, 0, 0},  // MakerNoteType
+    {{123418, 4}, TagType::int16u, none, 0, 0, 0},  // Gain
 };
 constexpr detail::TextRef kChoicesPanasonic[] = {
     {6271, 1}, {6272, 1}, {6273, 1}, {6474, 1}, {6483, 1}, {6304, 1}, {6305, 2}, {6307, 2},
@@ -10383,65 +10376,64 @@ constexpr std::uint16_t kKeyOrderPanasonic[] = {
     117, 132, 131, 130, 58, 95, 59, 88, 18, 26, 47,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsPanasonic[146];
-constinit detail::StreamTags gTagsPanasonic("Panasonic", kText, kTagsPanasonic, kKeyOrderPanasonic, kChoicesPanasonic, gItemsPanasonic, &TagStringsCatalogue::stringsPanasonic);
 
 // PanasonicRaw: 53 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPanasonicRaw[] = {
-    {{156076, 11}, TagType::int32u, 2, 0, 0, 2},  // MultishotOn
-    {{1552, 13}, TagType::int16s, 2, 0, 0, 0},  // FocusStepNear
-    {{1521, 14}, TagType::int16s, 2, 0, 0, 0},  // FocusStepCount
-    {{156087, 10}, TagType::int32u, 2, 0, 0, 2},  // FlashFired
-    {{156097, 12}, TagType::int32u, 2, 0, 0, 0},  // ZoomPosition
-    {{156109, 12}, TagType::int32u, 2, 0, 0, 2},  // LensAttached
-    {{123166, 12}, TagType::int16u, 2, 0, 0, 0},  // LensTypeMake
-    {{123178, 13}, TagType::int16u, 2, 0, 0, 0},  // LensTypeModel
-    {{156121, 23}, TagType::int16u, 2, 0, 0, 0},  // FocalLengthIn35mmFormat
-    {{2993, 13}, TagType::int16s, 2, 0, 0, 0},  // ApertureValue
-    {{2968, 17}, TagType::int16s, 2, 0, 0, 0},  // ShutterSpeedValue
-    {{156144, 16}, TagType::int16s, 2, 0, 0, 0},  // SensitivityValue
-    {{156160, 11}, TagType::int16u, 2, 0, 2, 2},  // HighISOMode
-    {{2417, 13}, TagType::int8u, 2, 0, 0, 2},  // FacesDetected
-    {{156171, 21}, TagType::int16u, 2, 0, 0, 0},  // WB_CFA0_LevelDaylight
-    {{156192, 21}, TagType::int16u, 2, 0, 0, 0},  // WB_CFA1_LevelDaylight
-    {{156213, 21}, TagType::int16u, 2, 0, 0, 0},  // WB_CFA2_LevelDaylight
-    {{156234, 21}, TagType::int16u, 2, 0, 0, 0},  // WB_CFA3_LevelDaylight
-    {{156255, 15}, TagType::int8u, 2, 0, 4, 15},  // WhiteBalanceSet
-    {{156270, 15}, TagType::int16u, 2, 0, 0, 0},  // WB_RedLevelAuto
-    {{156285, 16}, TagType::int16u, 2, 0, 0, 0},  // WB_BlueLevelAuto
-    {{156301, 11}, TagType::int8u, 2, 0, 19, 8},  // Orientation
-    {{156312, 20}, TagType::int8u, 2, 0, 4, 15},  // WhiteBalanceDetected
-    {{156332, 17}, TagType::int16s, 2, 0, 0, 0},  // DistortionParam02
-    {{156349, 17}, TagType::int16s, 2, 0, 0, 0},  // DistortionParam04
-    {{156366, 15}, TagType::int16s, 2, 0, 0, 0},  // DistortionScale
-    {{528, 20}, TagType::int16s, 2, 0, 0, 2},  // DistortionCorrection
-    {{156381, 17}, TagType::int16s, 2, 0, 0, 0},  // DistortionParam08
-    {{156398, 17}, TagType::int16s, 2, 0, 0, 0},  // DistortionParam09
-    {{156415, 17}, TagType::int16s, 2, 0, 0, 0},  // DistortionParam11
-    {{156432, 11}, TagType::int16s, 2, 0, 0, 0},  // DistortionN
-    {{156443, 12}, TagType::int16u, 2, 0, 0, 0},  // NumWBEntries
-    {{156455, 7}, TagType::int16u, 2, 0, 27, 22},  // WBType1
-    {{156462, 12}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels1
-    {{156474, 7}, TagType::int16u, 2, 0, 27, 22},  // WBType2
-    {{156481, 12}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels2
-    {{156493, 7}, TagType::int16u, 2, 0, 27, 22},  // WBType3
-    {{156500, 12}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels3
-    {{156512, 7}, TagType::int16u, 2, 0, 27, 22},  // WBType4
-    {{156519, 12}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels4
-    {{156531, 7}, TagType::int16u, 2, 0, 27, 22},  // WBType5
-    {{156538, 12}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels5
-    {{156550, 7}, TagType::int16u, 2, 0, 27, 22},  // WBType6
-    {{156557, 12}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels6
-    {{156569, 7}, TagType::int16u, 2, 0, 27, 22},  // WBType7
-    {{156576, 12}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels7
-    {{156588, 13}, TagType::int16u, 2, 3, 0, 0},  // WB_RGBLevels1
-    {{156601, 13}, TagType::int16u, 2, 3, 0, 0},  // WB_RGBLevels2
-    {{156614, 13}, TagType::int16u, 2, 3, 0, 0},  // WB_RGBLevels3
-    {{156627, 13}, TagType::int16u, 2, 3, 0, 0},  // WB_RGBLevels4
-    {{156640, 13}, TagType::int16u, 2, 3, 0, 0},  // WB_RGBLevels5
-    {{156653, 13}, TagType::int16u, 2, 3, 0, 0},  // WB_RGBLevels6
-    {{156666, 13}, TagType::int16u, 2, 3, 0, 0},  // WB_RGBLevels7
+    {{156076, 11}, TagType::int32u, writable, 0, 0, 2},  // MultishotOn
+    {{1552, 13}, TagType::int16s, writable, 0, 0, 0},  // FocusStepNear
+    {{1521, 14}, TagType::int16s, writable, 0, 0, 0},  // FocusStepCount
+    {{156087, 10}, TagType::int32u, writable, 0, 0, 2},  // FlashFired
+    {{156097, 12}, TagType::int32u, writable, 0, 0, 0},  // ZoomPosition
+    {{156109, 12}, TagType::int32u, writable, 0, 0, 2},  // LensAttached
+    {{123166, 12}, TagType::int16u, writable, 0, 0, 0},  // LensTypeMake
+    {{123178, 13}, TagType::int16u, writable, 0, 0, 0},  // LensTypeModel
+    {{156121, 23}, TagType::int16u, writable, 0, 0, 0},  // FocalLengthIn35mmFormat
+    {{2993, 13}, TagType::int16s, writable, 0, 0, 0},  // ApertureValue
+    {{2968, 17}, TagType::int16s, writable, 0, 0, 0},  // ShutterSpeedValue
+    {{156144, 16}, TagType::int16s, writable, 0, 0, 0},  // SensitivityValue
+    {{156160, 11}, TagType::int16u, writable, 0, 2, 2},  // HighISOMode
+    {{2417, 13}, TagType::int8u, writable, 0, 0, 2},  // FacesDetected
+    {{156171, 21}, TagType::int16u, writable, 0, 0, 0},  // WB_CFA0_LevelDaylight
+    {{156192, 21}, TagType::int16u, writable, 0, 0, 0},  // WB_CFA1_LevelDaylight
+    {{156213, 21}, TagType::int16u, writable, 0, 0, 0},  // WB_CFA2_LevelDaylight
+    {{156234, 21}, TagType::int16u, writable, 0, 0, 0},  // WB_CFA3_LevelDaylight
+    {{156255, 15}, TagType::int8u, writable, 0, 4, 15},  // WhiteBalanceSet
+    {{156270, 15}, TagType::int16u, writable, 0, 0, 0},  // WB_RedLevelAuto
+    {{156285, 16}, TagType::int16u, writable, 0, 0, 0},  // WB_BlueLevelAuto
+    {{156301, 11}, TagType::int8u, writable, 0, 19, 8},  // Orientation
+    {{156312, 20}, TagType::int8u, writable, 0, 4, 15},  // WhiteBalanceDetected
+    {{156332, 17}, TagType::int16s, writable, 0, 0, 0},  // DistortionParam02
+    {{156349, 17}, TagType::int16s, writable, 0, 0, 0},  // DistortionParam04
+    {{156366, 15}, TagType::int16s, writable, 0, 0, 0},  // DistortionScale
+    {{528, 20}, TagType::int16s, writable, 0, 0, 2},  // DistortionCorrection
+    {{156381, 17}, TagType::int16s, writable, 0, 0, 0},  // DistortionParam08
+    {{156398, 17}, TagType::int16s, writable, 0, 0, 0},  // DistortionParam09
+    {{156415, 17}, TagType::int16s, writable, 0, 0, 0},  // DistortionParam11
+    {{156432, 11}, TagType::int16s, writable, 0, 0, 0},  // DistortionN
+    {{156443, 12}, TagType::int16u, writable, 0, 0, 0},  // NumWBEntries
+    {{156455, 7}, TagType::int16u, writable, 0, 27, 22},  // WBType1
+    {{156462, 12}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevels1
+    {{156474, 7}, TagType::int16u, writable, 0, 27, 22},  // WBType2
+    {{156481, 12}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevels2
+    {{156493, 7}, TagType::int16u, writable, 0, 27, 22},  // WBType3
+    {{156500, 12}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevels3
+    {{156512, 7}, TagType::int16u, writable, 0, 27, 22},  // WBType4
+    {{156519, 12}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevels4
+    {{156531, 7}, TagType::int16u, writable, 0, 27, 22},  // WBType5
+    {{156538, 12}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevels5
+    {{156550, 7}, TagType::int16u, writable, 0, 27, 22},  // WBType6
+    {{156557, 12}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevels6
+    {{156569, 7}, TagType::int16u, writable, 0, 27, 22},  // WBType7
+    {{156576, 12}, TagType::int16u, writable, 2, 0, 0},  // WB_RBLevels7
+    {{156588, 13}, TagType::int16u, writable, 3, 0, 0},  // WB_RGBLevels1
+    {{156601, 13}, TagType::int16u, writable, 3, 0, 0},  // WB_RGBLevels2
+    {{156614, 13}, TagType::int16u, writable, 3, 0, 0},  // WB_RGBLevels3
+    {{156627, 13}, TagType::int16u, writable, 3, 0, 0},  // WB_RGBLevels4
+    {{156640, 13}, TagType::int16u, writable, 3, 0, 0},  // WB_RGBLevels5
+    {{156653, 13}, TagType::int16u, writable, 3, 0, 0},  // WB_RGBLevels6
+    {{156666, 13}, TagType::int16u, writable, 3, 0, 0},  // WB_RGBLevels7
 };
 constexpr detail::TextRef kChoicesPanasonicRaw[] = {
     {6270, 1}, {6271, 1}, {6271, 1}, {6272, 1}, {6270, 1}, {6271, 1}, {6272, 1}, {6273, 1},
@@ -10912,67 +10904,66 @@ constexpr std::uint16_t kKeyOrderPanasonicRaw[] = {
     22, 18, 4,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsPanasonicRaw[53];
-constinit detail::StreamTags gTagsPanasonicRaw("PanasonicRaw", kText, kTagsPanasonicRaw, kKeyOrderPanasonicRaw, kChoicesPanasonicRaw, gItemsPanasonicRaw, &TagStringsCatalogue::stringsPanasonicRaw);
 
 // Parrot: 55 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsParrot[] = {
-    {{166044, 15}, TagType::string, 8, 0, 0, 0},  // RawThermalImage
-    {{166059, 20}, TagType::string, 0, 16, 0, 0},  // AccelerometerUnknown
-    {{166079, 13}, TagType::string, 0, 14, 0, 0},  // Accelerometer
-    {{166092, 16}, TagType::string, 0, 16, 0, 0},  // GyroscopeUnknown
-    {{166108, 9}, TagType::string, 0, 14, 0, 0},  // Gyroscope
-    {{166117, 18}, TagType::int32s, 0, 0, 0, 0},  // GPSFramingLatitude
-    {{166135, 19}, TagType::int32s, 0, 0, 0, 0},  // GPSFramingLongitude
-    {{166154, 18}, TagType::int32s, 0, 0, 0, 0},  // GPSFramingAltitude
-    {{166172, 15}, TagType::int32s, 0, 0, 0, 0},  // GPSDestLatitude
-    {{166187, 16}, TagType::int32s, 0, 0, 0, 0},  // GPSDestLongitude
-    {{166203, 15}, TagType::int32s, 0, 0, 0, 0},  // GPSDestAltitude
-    {{166218, 19}, TagType::int8u, 0, 0, 0, 15},  // AutomationAnimation
-    {{166237, 15}, TagType::int8u, 0, 0, 15, 3},  // AutomationFlags
-    {{166252, 17}, TagType::int32s, 0, 0, 0, 0},  // GPSTargetLatitude
-    {{166269, 18}, TagType::int32s, 0, 0, 0, 0},  // GPSTargetLongitude
-    {{166287, 17}, TagType::int32s, 0, 0, 0, 0},  // GPSTargetAltitude
-    {{166304, 13}, TagType::int8u, 0, 0, 15, 3},  // Follow-meMode
-    {{166317, 18}, TagType::int8u, 0, 0, 18, 5},  // Follow-meAnimation
-    {{110499, 9}, TagType::int64u, 0, 0, 0, 0},  // TimeStamp
-    {{166335, 8}, TagType::int16s, 0, 0, 0, 0},  // DroneYaw
-    {{166343, 10}, TagType::int16s, 0, 0, 0, 0},  // DronePitch
-    {{166353, 9}, TagType::int16s, 0, 0, 0, 0},  // DroneRoll
-    {{166362, 9}, TagType::int16s, 0, 0, 0, 0},  // CameraPan
-    {{166371, 10}, TagType::int16s, 0, 0, 0, 0},  // CameraTilt
-    {{166381, 9}, TagType::int16s, 0, 4, 0, 0},  // FrameView
-    {{2603, 12}, TagType::int32s, 0, 0, 0, 0},  // ExposureTime
-    {{2615, 3}, TagType::int32s, 0, 0, 0, 0},  // ISO
-    {{166390, 8}, TagType::int8s, 0, 0, 0, 0},  // WifiRSSI
-    {{166398, 7}, TagType::int8u, 0, 0, 0, 0},  // Battery
-    {{102077, 11}, TagType::int32s, 0, 0, 0, 0},  // GPSLatitude
-    {{102097, 12}, TagType::int32s, 0, 0, 0, 0},  // GPSLongitude
-    {{101948, 11}, TagType::int32s, 0, 0, 0, 0},  // GPSAltitude
-    {{166405, 13}, TagType::int32s, 0, 0, 0, 0},  // GPSSatellites
-    {{166418, 19}, TagType::int32s, 0, 0, 0, 0},  // AltitudeFromTakeOff
-    {{166437, 16}, TagType::int32u, 0, 0, 0, 0},  // DistanceFromHome
-    {{166453, 6}, TagType::int16s, 0, 0, 0, 0},  // SpeedX
-    {{166459, 6}, TagType::int16s, 0, 0, 0, 0},  // SpeedY
-    {{166465, 6}, TagType::int16s, 0, 0, 0, 0},  // SpeedZ
-    {{166471, 7}, TagType::int8u, 0, 0, 0, 0},  // Binning
-    {{166478, 11}, TagType::int8u, 0, 0, 23, 9},  // FlyingState
-    {{166489, 9}, TagType::int8u, 0, 0, 0, 0},  // Animation
-    {{166498, 12}, TagType::int8u, 0, 0, 32, 6},  // PilotingMode
-    {{166510, 9}, TagType::int32s, 0, 0, 0, 0},  // Elevation
-    {{166519, 16}, TagType::int16s, 0, 0, 0, 0},  // GPSVelocityNorth
-    {{166535, 15}, TagType::int16s, 0, 0, 0, 0},  // GPSVelocityEast
-    {{166550, 15}, TagType::int16s, 0, 0, 0, 0},  // GPSVelocityDown
-    {{166565, 8}, TagType::int16s, 0, 0, 0, 0},  // AirSpeed
-    {{166573, 15}, TagType::int16s, 0, 4, 0, 0},  // DroneQuaternion
-    {{166588, 6}, TagType::int8u, 0, 0, 0, 0},  // Groups
-    {{166594, 13}, TagType::int16s, 0, 4, 0, 0},  // FrameBaseView
-    {{3157, 10}, TagType::int16u, 0, 0, 0, 0},  // RedBalance
-    {{3167, 11}, TagType::int16u, 0, 0, 0, 0},  // BlueBalance
-    {{166607, 3}, TagType::int16u, 0, 2, 0, 0},  // FOV
-    {{166610, 11}, TagType::int32u, 0, 0, 0, 0},  // LinkGoodput
-    {{166621, 11}, TagType::int32u, 0, 0, 0, 0},  // LinkQuality
+    {{166044, 15}, TagType::string, binary, 0, 0, 0},  // RawThermalImage
+    {{166059, 20}, TagType::string, none, 16, 0, 0},  // AccelerometerUnknown
+    {{166079, 13}, TagType::string, none, 14, 0, 0},  // Accelerometer
+    {{166092, 16}, TagType::string, none, 16, 0, 0},  // GyroscopeUnknown
+    {{166108, 9}, TagType::string, none, 14, 0, 0},  // Gyroscope
+    {{166117, 18}, TagType::int32s, none, 0, 0, 0},  // GPSFramingLatitude
+    {{166135, 19}, TagType::int32s, none, 0, 0, 0},  // GPSFramingLongitude
+    {{166154, 18}, TagType::int32s, none, 0, 0, 0},  // GPSFramingAltitude
+    {{166172, 15}, TagType::int32s, none, 0, 0, 0},  // GPSDestLatitude
+    {{166187, 16}, TagType::int32s, none, 0, 0, 0},  // GPSDestLongitude
+    {{166203, 15}, TagType::int32s, none, 0, 0, 0},  // GPSDestAltitude
+    {{166218, 19}, TagType::int8u, none, 0, 0, 15},  // AutomationAnimation
+    {{166237, 15}, TagType::int8u, none, 0, 15, 3},  // AutomationFlags
+    {{166252, 17}, TagType::int32s, none, 0, 0, 0},  // GPSTargetLatitude
+    {{166269, 18}, TagType::int32s, none, 0, 0, 0},  // GPSTargetLongitude
+    {{166287, 17}, TagType::int32s, none, 0, 0, 0},  // GPSTargetAltitude
+    {{166304, 13}, TagType::int8u, none, 0, 15, 3},  // Follow-meMode
+    {{166317, 18}, TagType::int8u, none, 0, 18, 5},  // Follow-meAnimation
+    {{110499, 9}, TagType::int64u, none, 0, 0, 0},  // TimeStamp
+    {{166335, 8}, TagType::int16s, none, 0, 0, 0},  // DroneYaw
+    {{166343, 10}, TagType::int16s, none, 0, 0, 0},  // DronePitch
+    {{166353, 9}, TagType::int16s, none, 0, 0, 0},  // DroneRoll
+    {{166362, 9}, TagType::int16s, none, 0, 0, 0},  // CameraPan
+    {{166371, 10}, TagType::int16s, none, 0, 0, 0},  // CameraTilt
+    {{166381, 9}, TagType::int16s, none, 4, 0, 0},  // FrameView
+    {{2603, 12}, TagType::int32s, none, 0, 0, 0},  // ExposureTime
+    {{2615, 3}, TagType::int32s, none, 0, 0, 0},  // ISO
+    {{166390, 8}, TagType::int8s, none, 0, 0, 0},  // WifiRSSI
+    {{166398, 7}, TagType::int8u, none, 0, 0, 0},  // Battery
+    {{102077, 11}, TagType::int32s, none, 0, 0, 0},  // GPSLatitude
+    {{102097, 12}, TagType::int32s, none, 0, 0, 0},  // GPSLongitude
+    {{101948, 11}, TagType::int32s, none, 0, 0, 0},  // GPSAltitude
+    {{166405, 13}, TagType::int32s, none, 0, 0, 0},  // GPSSatellites
+    {{166418, 19}, TagType::int32s, none, 0, 0, 0},  // AltitudeFromTakeOff
+    {{166437, 16}, TagType::int32u, none, 0, 0, 0},  // DistanceFromHome
+    {{166453, 6}, TagType::int16s, none, 0, 0, 0},  // SpeedX
+    {{166459, 6}, TagType::int16s, none, 0, 0, 0},  // SpeedY
+    {{166465, 6}, TagType::int16s, none, 0, 0, 0},  // SpeedZ
+    {{166471, 7}, TagType::int8u, none, 0, 0, 0},  // Binning
+    {{166478, 11}, TagType::int8u, none, 0, 23, 9},  // FlyingState
+    {{166489, 9}, TagType::int8u, none, 0, 0, 0},  // Animation
+    {{166498, 12}, TagType::int8u, none, 0, 32, 6},  // PilotingMode
+    {{166510, 9}, TagType::int32s, none, 0, 0, 0},  // Elevation
+    {{166519, 16}, TagType::int16s, none, 0, 0, 0},  // GPSVelocityNorth
+    {{166535, 15}, TagType::int16s, none, 0, 0, 0},  // GPSVelocityEast
+    {{166550, 15}, TagType::int16s, none, 0, 0, 0},  // GPSVelocityDown
+    {{166565, 8}, TagType::int16s, none, 0, 0, 0},  // AirSpeed
+    {{166573, 15}, TagType::int16s, none, 4, 0, 0},  // DroneQuaternion
+    {{166588, 6}, TagType::int8u, none, 0, 0, 0},  // Groups
+    {{166594, 13}, TagType::int16s, none, 4, 0, 0},  // FrameBaseView
+    {{3157, 10}, TagType::int16u, none, 0, 0, 0},  // RedBalance
+    {{3167, 11}, TagType::int16u, none, 0, 0, 0},  // BlueBalance
+    {{166607, 3}, TagType::int16u, none, 2, 0, 0},  // FOV
+    {{166610, 11}, TagType::int32u, none, 0, 0, 0},  // LinkGoodput
+    {{166621, 11}, TagType::int32u, none, 0, 0, 0},  // LinkQuality
 };
 constexpr detail::TextRef kChoicesParrot[] = {
     {6270, 1}, {6271, 1}, {6272, 1}, {6273, 1}, {6274, 1}, {6275, 1}, {6474, 1}, {6483, 1},
@@ -11171,9 +11162,24 @@ constexpr std::uint16_t kKeyOrderParrot[] = {
     35, 36, 37, 18, 27,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsParrot[55];
-constinit detail::StreamTags gTagsParrot("Parrot", kText, kTagsParrot, kKeyOrderParrot, kChoicesParrot, gItemsParrot, &TagStringsCatalogue::stringsParrot);
 
 }  // namespace
+
+// Each stream's tags, which the catalogue's index finds them by.
+namespace detail {
+constinit StreamTags gTagsOlympus("Olympus", kText, kTagsOlympus, kKeyOrderOlympus, kChoicesOlympus, gItemsOlympus, &TagStringsCatalogue::stringsOlympus);
+constinit StreamTags gTagsOpenEXR("OpenEXR", kText, kTagsOpenEXR, kKeyOrderOpenEXR, kChoicesOpenEXR, gItemsOpenEXR, &TagStringsCatalogue::stringsOpenEXR);
+constinit StreamTags gTagsOpus("Opus", kText, kTagsOpus, kKeyOrderOpus, {}, gItemsOpus, &TagStringsCatalogue::stringsOpus);
+constinit StreamTags gTagsPDF("PDF", kText, kTagsPDF, kKeyOrderPDF, kChoicesPDF, gItemsPDF, &TagStringsCatalogue::stringsPDF);
+constinit StreamTags gTagsPICT("PICT", kText, kTagsPICT, kKeyOrderPICT, {}, gItemsPICT, &TagStringsCatalogue::stringsPICT);
+constinit StreamTags gTagsPLIST("PLIST", kText, kTagsPLIST, kKeyOrderPLIST, {}, gItemsPLIST, &TagStringsCatalogue::stringsPLIST);
+constinit StreamTags gTagsPNG("PNG", kText, kTagsPNG, kKeyOrderPNG, kChoicesPNG, gItemsPNG, &TagStringsCatalogue::stringsPNG);
+constinit StreamTags gTagsPSP("PSP", kText, kTagsPSP, kKeyOrderPSP, kChoicesPSP, gItemsPSP, &TagStringsCatalogue::stringsPSP);
+constinit StreamTags gTagsPalm("Palm", kText, kTagsPalm, kKeyOrderPalm, kChoicesPalm, gItemsPalm, &TagStringsCatalogue::stringsPalm);
+constinit StreamTags gTagsPanasonic("Panasonic", kText, kTagsPanasonic, kKeyOrderPanasonic, kChoicesPanasonic, gItemsPanasonic, &TagStringsCatalogue::stringsPanasonic);
+constinit StreamTags gTagsPanasonicRaw("PanasonicRaw", kText, kTagsPanasonicRaw, kKeyOrderPanasonicRaw, kChoicesPanasonicRaw, gItemsPanasonicRaw, &TagStringsCatalogue::stringsPanasonicRaw);
+constinit StreamTags gTagsParrot("Parrot", kText, kTagsParrot, kKeyOrderParrot, kChoicesParrot, gItemsParrot, &TagStringsCatalogue::stringsParrot);
+}  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsOlympus() {
   return gStringsOlympus.strings(&TagStringsCatalogue::stringTableOlympus);
@@ -11182,343 +11188,343 @@ TagStringTable TagStringsCatalogue::stringTableOlympus(ETLanguage language) {
   return gStringsOlympus.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue23::allStreamsOlympus() {
-  return gTagsOlympus.all();
+  return detail::gTagsOlympus.all();
 }
-const TagItem& detail::TagItemCatalogue23::itemOlympusMake() { return gTagsOlympus.item(0); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusModel() { return gTagsOlympus.item(1); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusFNumber() { return gTagsOlympus.item(2); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusDateTime1() { return gTagsOlympus.item(3); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusDateTime2() { return gTagsOlympus.item(4); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusCameraSettingsVersion() { return gTagsOlympus.item(5); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusPreviewImageValid() { return gTagsOlympus.item(6); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusPreviewImageStart() { return gTagsOlympus.item(7); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusPreviewImageLength() { return gTagsOlympus.item(8); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusExposureMode() { return gTagsOlympus.item(9); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusAELock() { return gTagsOlympus.item(10); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusMeteringMode() { return gTagsOlympus.item(11); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusExposureShift() { return gTagsOlympus.item(12); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusNDFilter() { return gTagsOlympus.item(13); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusMacroMode() { return gTagsOlympus.item(14); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusFocusMode() { return gTagsOlympus.item(15); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusFocusProcess() { return gTagsOlympus.item(16); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusAFSearch() { return gTagsOlympus.item(17); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusAFAreas() { return gTagsOlympus.item(18); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusAFPointSelected() { return gTagsOlympus.item(19); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusAFFineTune() { return gTagsOlympus.item(20); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusAFFineTuneAdj() { return gTagsOlympus.item(21); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusFocusBracketStepSize() { return gTagsOlympus.item(22); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusAISubjectTrackingMode() { return gTagsOlympus.item(23); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusFlashMode() { return gTagsOlympus.item(24); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusFlashExposureComp() { return gTagsOlympus.item(25); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusFlashRemoteControl() { return gTagsOlympus.item(26); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusFlashControlMode() { return gTagsOlympus.item(27); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusFlashIntensity() { return gTagsOlympus.item(28); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusManualFlashStrength() { return gTagsOlympus.item(29); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusWhiteBalance2() { return gTagsOlympus.item(30); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusWhiteBalanceTemperature() { return gTagsOlympus.item(31); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusWhiteBalanceBracket() { return gTagsOlympus.item(32); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusCustomSaturation() { return gTagsOlympus.item(33); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusModifiedSaturation() { return gTagsOlympus.item(34); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusContrastSetting() { return gTagsOlympus.item(35); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusSharpnessSetting() { return gTagsOlympus.item(36); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusColorSpace() { return gTagsOlympus.item(37); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusSceneMode() { return gTagsOlympus.item(38); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusNoiseReduction() { return gTagsOlympus.item(39); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusDistortionCorrection() { return gTagsOlympus.item(40); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusShadingCompensation() { return gTagsOlympus.item(41); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusCompressionFactor() { return gTagsOlympus.item(42); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusGradation() { return gTagsOlympus.item(43); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusPictureMode() { return gTagsOlympus.item(44); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusPictureModeSaturation() { return gTagsOlympus.item(45); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusPictureModeHue() { return gTagsOlympus.item(46); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusPictureModeContrast() { return gTagsOlympus.item(47); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusPictureModeSharpness() { return gTagsOlympus.item(48); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusPictureModeBWFilter() { return gTagsOlympus.item(49); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusPictureModeTone() { return gTagsOlympus.item(50); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusNoiseFilter() { return gTagsOlympus.item(51); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusArtFilter() { return gTagsOlympus.item(52); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusMagicFilter() { return gTagsOlympus.item(53); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusPictureModeEffect() { return gTagsOlympus.item(54); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusToneLevel() { return gTagsOlympus.item(55); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusArtFilterEffect() { return gTagsOlympus.item(56); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusColorCreatorEffect() { return gTagsOlympus.item(57); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusMonochromeProfileSettings() { return gTagsOlympus.item(58); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusFilmGrainEffect() { return gTagsOlympus.item(59); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusColorProfileSettings() { return gTagsOlympus.item(60); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusMonochromeVignetting() { return gTagsOlympus.item(61); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusMonochromeColor() { return gTagsOlympus.item(62); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusDriveMode() { return gTagsOlympus.item(63); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusPanoramaMode() { return gTagsOlympus.item(64); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusImageQuality2() { return gTagsOlympus.item(65); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusImageStabilization() { return gTagsOlympus.item(66); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusStackedImage() { return gTagsOlympus.item(67); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusManometerPressure() { return gTagsOlympus.item(68); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusManometerReading() { return gTagsOlympus.item(69); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusExtendedWBDetect() { return gTagsOlympus.item(70); }
-const TagItem& detail::TagItemCatalogue23::itemOlympusRollAngle() { return gTagsOlympus.item(71); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusPitchAngle() { return gTagsOlympus.item(72); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusDateTimeUTC() { return gTagsOlympus.item(73); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusStartTime() { return gTagsOlympus.item(74); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusEndTime() { return gTagsOlympus.item(75); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusDuration() { return gTagsOlympus.item(76); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusComment() { return gTagsOlympus.item(77); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusEquipmentVersion() { return gTagsOlympus.item(78); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusCameraType2() { return gTagsOlympus.item(79); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusSerialNumber() { return gTagsOlympus.item(80); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusInternalSerialNumber() { return gTagsOlympus.item(81); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusFocalPlaneDiagonal() { return gTagsOlympus.item(82); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusBodyFirmwareVersion() { return gTagsOlympus.item(83); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusLensType() { return gTagsOlympus.item(84); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusLensSerialNumber() { return gTagsOlympus.item(85); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusLensModel() { return gTagsOlympus.item(86); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusLensFirmwareVersion() { return gTagsOlympus.item(87); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusMaxApertureAtMinFocal() { return gTagsOlympus.item(88); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusMaxApertureAtMaxFocal() { return gTagsOlympus.item(89); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusMinFocalLength() { return gTagsOlympus.item(90); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusMaxFocalLength() { return gTagsOlympus.item(91); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusMaxAperture() { return gTagsOlympus.item(92); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusLensProperties() { return gTagsOlympus.item(93); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusExtender() { return gTagsOlympus.item(94); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusExtenderSerialNumber() { return gTagsOlympus.item(95); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusExtenderModel() { return gTagsOlympus.item(96); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusExtenderFirmwareVersion() { return gTagsOlympus.item(97); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusConversionLens() { return gTagsOlympus.item(98); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusFlashType() { return gTagsOlympus.item(99); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusFlashModel() { return gTagsOlympus.item(100); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusFlashFirmwareVersion() { return gTagsOlympus.item(101); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusFlashSerialNumber() { return gTagsOlympus.item(102); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusFocusInfoVersion() { return gTagsOlympus.item(103); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusAutoFocus() { return gTagsOlympus.item(104); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusSceneDetect() { return gTagsOlympus.item(105); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusSceneArea() { return gTagsOlympus.item(106); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusSceneDetectData() { return gTagsOlympus.item(107); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusZoomStepCount() { return gTagsOlympus.item(108); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusFocusStepCount() { return gTagsOlympus.item(109); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusFocusStepInfinity() { return gTagsOlympus.item(110); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusFocusStepNear() { return gTagsOlympus.item(111); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusFocusDistance() { return gTagsOlympus.item(112); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusAFPoint() { return gTagsOlympus.item(113); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusAFPointDetails() { return gTagsOlympus.item(114); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusExternalFlash() { return gTagsOlympus.item(115); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusExternalFlashGuideNumber() { return gTagsOlympus.item(116); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusExternalFlashBounce() { return gTagsOlympus.item(117); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusExternalFlashZoom() { return gTagsOlympus.item(118); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusInternalFlash() { return gTagsOlympus.item(119); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusManualFlash() { return gTagsOlympus.item(120); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusMacroLED() { return gTagsOlympus.item(121); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusSensorTemperature() { return gTagsOlympus.item(122); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusImageProcessingVersion() { return gTagsOlympus.item(123); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels() { return gTagsOlympus.item(124); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels3000K() { return gTagsOlympus.item(125); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels3300K() { return gTagsOlympus.item(126); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels3600K() { return gTagsOlympus.item(127); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels3900K() { return gTagsOlympus.item(128); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels4000K() { return gTagsOlympus.item(129); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels4300K() { return gTagsOlympus.item(130); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels4500K() { return gTagsOlympus.item(131); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels4800K() { return gTagsOlympus.item(132); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels5300K() { return gTagsOlympus.item(133); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels6000K() { return gTagsOlympus.item(134); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels6600K() { return gTagsOlympus.item(135); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels7500K() { return gTagsOlympus.item(136); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsCWB1() { return gTagsOlympus.item(137); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsCWB2() { return gTagsOlympus.item(138); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsCWB3() { return gTagsOlympus.item(139); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsCWB4() { return gTagsOlympus.item(140); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel3000K() { return gTagsOlympus.item(141); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel3300K() { return gTagsOlympus.item(142); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel3600K() { return gTagsOlympus.item(143); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel3900K() { return gTagsOlympus.item(144); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel4000K() { return gTagsOlympus.item(145); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel4300K() { return gTagsOlympus.item(146); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel4500K() { return gTagsOlympus.item(147); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel4800K() { return gTagsOlympus.item(148); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel5300K() { return gTagsOlympus.item(149); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel6000K() { return gTagsOlympus.item(150); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel6600K() { return gTagsOlympus.item(151); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel7500K() { return gTagsOlympus.item(152); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel() { return gTagsOlympus.item(153); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusColorMatrix() { return gTagsOlympus.item(154); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusEnhancer() { return gTagsOlympus.item(155); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusEnhancerValues() { return gTagsOlympus.item(156); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusCoringFilter() { return gTagsOlympus.item(157); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusCoringValues() { return gTagsOlympus.item(158); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusBlackLevel2() { return gTagsOlympus.item(159); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusGainBase() { return gTagsOlympus.item(160); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusValidBits() { return gTagsOlympus.item(161); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusCropLeft() { return gTagsOlympus.item(162); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusCropTop() { return gTagsOlympus.item(163); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusCropWidth() { return gTagsOlympus.item(164); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusCropHeight() { return gTagsOlympus.item(165); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusSensorCalibration() { return gTagsOlympus.item(166); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusNoiseReduction2() { return gTagsOlympus.item(167); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusDistortionCorrection2() { return gTagsOlympus.item(168); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusShadingCompensation2() { return gTagsOlympus.item(169); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusMultipleExposureMode() { return gTagsOlympus.item(170); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusAspectRatio() { return gTagsOlympus.item(171); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusAspectFrame() { return gTagsOlympus.item(172); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusFacesDetected() { return gTagsOlympus.item(173); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusFaceDetectArea() { return gTagsOlympus.item(174); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusMaxFaces() { return gTagsOlympus.item(175); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusFaceDetectFrameSize() { return gTagsOlympus.item(176); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusFaceDetectFrameCrop() { return gTagsOlympus.item(177); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusCameraTemperature() { return gTagsOlympus.item(178); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusKeystoneCompensation() { return gTagsOlympus.item(179); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusKeystoneDirection() { return gTagsOlympus.item(180); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusKeystoneValue() { return gTagsOlympus.item(181); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusExposureUnknown() { return gTagsOlympus.item(182); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusExposureCompensation() { return gTagsOlympus.item(183); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusFocalLength() { return gTagsOlympus.item(184); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusExposureTime() { return gTagsOlympus.item(185); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusISO() { return gTagsOlympus.item(186); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusMakerNoteVersion() { return gTagsOlympus.item(187); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusCompressedImageSize() { return gTagsOlympus.item(188); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusPreviewImageData() { return gTagsOlympus.item(189); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusThumbnailImage() { return gTagsOlympus.item(190); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusSpecialMode() { return gTagsOlympus.item(191); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusQuality() { return gTagsOlympus.item(192); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusMacro() { return gTagsOlympus.item(193); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusBWMode() { return gTagsOlympus.item(194); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusDigitalZoom() { return gTagsOlympus.item(195); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusLensDistortionParams() { return gTagsOlympus.item(196); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusCameraType() { return gTagsOlympus.item(197); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusCameraID() { return gTagsOlympus.item(198); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusEpsonImageWidth() { return gTagsOlympus.item(199); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusEpsonImageHeight() { return gTagsOlympus.item(200); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusEpsonSoftware() { return gTagsOlympus.item(201); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusPreviewImage() { return gTagsOlympus.item(202); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusPreCaptureFrames() { return gTagsOlympus.item(203); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWhiteBoard() { return gTagsOlympus.item(204); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusOneTouchWB() { return gTagsOlympus.item(205); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWhiteBalanceBias() { return gTagsOlympus.item(206); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusSensorArea() { return gTagsOlympus.item(207); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusBlackLevel() { return gTagsOlympus.item(208); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusFirmware() { return gTagsOlympus.item(209); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusDataDump() { return gTagsOlympus.item(210); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusDataDump2() { return gTagsOlympus.item(211); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusZoomedPreviewStart() { return gTagsOlympus.item(212); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusZoomedPreviewLength() { return gTagsOlympus.item(213); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusZoomedPreviewSize() { return gTagsOlympus.item(214); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusShutterSpeedValue() { return gTagsOlympus.item(215); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusISOValue() { return gTagsOlympus.item(216); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusApertureValue() { return gTagsOlympus.item(217); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusBrightnessValue() { return gTagsOlympus.item(218); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusFlashDevice() { return gTagsOlympus.item(219); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusLensTemperature() { return gTagsOlympus.item(220); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusLightCondition() { return gTagsOlympus.item(221); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusFocusRange() { return gTagsOlympus.item(222); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusManualFocusDistance() { return gTagsOlympus.item(223); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusSharpness() { return gTagsOlympus.item(224); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusFlashChargeLevel() { return gTagsOlympus.item(225); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusColorTemperatureBG() { return gTagsOlympus.item(226); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusColorTemperatureRG() { return gTagsOlympus.item(227); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWBMode() { return gTagsOlympus.item(228); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRedBalance() { return gTagsOlympus.item(229); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusBlueBalance() { return gTagsOlympus.item(230); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusColorMatrixNumber() { return gTagsOlympus.item(231); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusExternalFlashAE1_0() { return gTagsOlympus.item(232); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusExternalFlashAE2_0() { return gTagsOlympus.item(233); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusInternalFlashAE1_0() { return gTagsOlympus.item(234); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusInternalFlashAE2_0() { return gTagsOlympus.item(235); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusExternalFlashAE1() { return gTagsOlympus.item(236); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusExternalFlashAE2() { return gTagsOlympus.item(237); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusInternalFlashAE1() { return gTagsOlympus.item(238); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusInternalFlashAE2() { return gTagsOlympus.item(239); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusInternalFlashTable() { return gTagsOlympus.item(240); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusExternalFlashGValue() { return gTagsOlympus.item(241); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusExternalFlashMode() { return gTagsOlympus.item(242); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusContrast() { return gTagsOlympus.item(243); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusSharpnessFactor() { return gTagsOlympus.item(244); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusColorControl() { return gTagsOlympus.item(245); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusOlympusImageWidth() { return gTagsOlympus.item(246); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusOlympusImageHeight() { return gTagsOlympus.item(247); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusCompressionRatio() { return gTagsOlympus.item(248); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusAFResult() { return gTagsOlympus.item(249); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusCCDScanMode() { return gTagsOlympus.item(250); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusLightValueCenter() { return gTagsOlympus.item(251); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusLightValuePeriphery() { return gTagsOlympus.item(252); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusFieldCount() { return gTagsOlympus.item(253); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusCameraParameters() { return gTagsOlympus.item(254); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusEncoderVersion() { return gTagsOlympus.item(255); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusDecoderVersion() { return gTagsOlympus.item(256); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusDateTimeOriginal() { return gTagsOlympus.item(257); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusThumbnailWidth() { return gTagsOlympus.item(258); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusThumbnailHeight() { return gTagsOlympus.item(259); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevVersion() { return gTagsOlympus.item(260); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevExposureBiasValue() { return gTagsOlympus.item(261); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevWhiteBalanceValue() { return gTagsOlympus.item(262); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevWBFineAdjustment() { return gTagsOlympus.item(263); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevGrayPoint() { return gTagsOlympus.item(264); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevSaturationEmphasis() { return gTagsOlympus.item(265); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevMemoryColorEmphasis() { return gTagsOlympus.item(266); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevContrastValue() { return gTagsOlympus.item(267); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevSharpnessValue() { return gTagsOlympus.item(268); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevColorSpace() { return gTagsOlympus.item(269); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevEngine() { return gTagsOlympus.item(270); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevNoiseReduction() { return gTagsOlympus.item(271); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevEditStatus() { return gTagsOlympus.item(272); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevSettings() { return gTagsOlympus.item(273); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevWhiteBalance() { return gTagsOlympus.item(274); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevPictureMode() { return gTagsOlympus.item(275); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevPMSaturation() { return gTagsOlympus.item(276); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevPMContrast() { return gTagsOlympus.item(277); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevPMSharpness() { return gTagsOlympus.item(278); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevPM_BWFilter() { return gTagsOlympus.item(279); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevPMPictureTone() { return gTagsOlympus.item(280); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevGradation() { return gTagsOlympus.item(281); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevSaturation3() { return gTagsOlympus.item(282); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevAutoGradation() { return gTagsOlympus.item(283); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevPMNoiseFilter() { return gTagsOlympus.item(284); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevArtFilter() { return gTagsOlympus.item(285); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRawInfoVersion() { return gTagsOlympus.item(286); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsUsed() { return gTagsOlympus.item(287); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsAuto() { return gTagsOlympus.item(288); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsShade() { return gTagsOlympus.item(289); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsCloudy() { return gTagsOlympus.item(290); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsFineWeather() { return gTagsOlympus.item(291); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsTungsten() { return gTagsOlympus.item(292); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsEveningSunlight() { return gTagsOlympus.item(293); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsDaylightFluor() { return gTagsOlympus.item(294); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsDayWhiteFluor() { return gTagsOlympus.item(295); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsCoolWhiteFluor() { return gTagsOlympus.item(296); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsWhiteFluorescent() { return gTagsOlympus.item(297); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusColorMatrix2() { return gTagsOlympus.item(298); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusYCbCrCoefficients() { return gTagsOlympus.item(299); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusValidPixelDepth() { return gTagsOlympus.item(300); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusLightSource() { return gTagsOlympus.item(301); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusWhiteBalanceComp() { return gTagsOlympus.item(302); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusSaturationSetting() { return gTagsOlympus.item(303); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusHueSetting() { return gTagsOlympus.item(304); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusCMExposureCompensation() { return gTagsOlympus.item(305); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusCMWhiteBalance() { return gTagsOlympus.item(306); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusCMWhiteBalanceComp() { return gTagsOlympus.item(307); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusCMWhiteBalanceGrayPoint() { return gTagsOlympus.item(308); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusCMSaturation() { return gTagsOlympus.item(309); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusCMHue() { return gTagsOlympus.item(310); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusCMContrast() { return gTagsOlympus.item(311); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusCMSharpness() { return gTagsOlympus.item(312); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusResolution() { return gTagsOlympus.item(313); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusThumbnailLength() { return gTagsOlympus.item(314); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusThumbnailOffset() { return gTagsOlympus.item(315); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusFileNumber() { return gTagsOlympus.item(316); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusDateTimeEnd() { return gTagsOlympus.item(317); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusRecordingTime() { return gTagsOlympus.item(318); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusIndex01() { return gTagsOlympus.item(319); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusIndex02() { return gTagsOlympus.item(320); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusIndex03() { return gTagsOlympus.item(321); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusIndex04() { return gTagsOlympus.item(322); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusIndex05() { return gTagsOlympus.item(323); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusIndex06() { return gTagsOlympus.item(324); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusIndex07() { return gTagsOlympus.item(325); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusIndex08() { return gTagsOlympus.item(326); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusIndex09() { return gTagsOlympus.item(327); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusIndex10() { return gTagsOlympus.item(328); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusIndex11() { return gTagsOlympus.item(329); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusIndex12() { return gTagsOlympus.item(330); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusIndex13() { return gTagsOlympus.item(331); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusIndex14() { return gTagsOlympus.item(332); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusIndex15() { return gTagsOlympus.item(333); }
-const TagItem& detail::TagItemCatalogue24::itemOlympusIndex16() { return gTagsOlympus.item(334); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusMake() { return detail::gTagsOlympus.item(0); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusModel() { return detail::gTagsOlympus.item(1); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusFNumber() { return detail::gTagsOlympus.item(2); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusDateTime1() { return detail::gTagsOlympus.item(3); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusDateTime2() { return detail::gTagsOlympus.item(4); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusCameraSettingsVersion() { return detail::gTagsOlympus.item(5); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusPreviewImageValid() { return detail::gTagsOlympus.item(6); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusPreviewImageStart() { return detail::gTagsOlympus.item(7); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusPreviewImageLength() { return detail::gTagsOlympus.item(8); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusExposureMode() { return detail::gTagsOlympus.item(9); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusAELock() { return detail::gTagsOlympus.item(10); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusMeteringMode() { return detail::gTagsOlympus.item(11); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusExposureShift() { return detail::gTagsOlympus.item(12); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusNDFilter() { return detail::gTagsOlympus.item(13); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusMacroMode() { return detail::gTagsOlympus.item(14); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusFocusMode() { return detail::gTagsOlympus.item(15); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusFocusProcess() { return detail::gTagsOlympus.item(16); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusAFSearch() { return detail::gTagsOlympus.item(17); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusAFAreas() { return detail::gTagsOlympus.item(18); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusAFPointSelected() { return detail::gTagsOlympus.item(19); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusAFFineTune() { return detail::gTagsOlympus.item(20); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusAFFineTuneAdj() { return detail::gTagsOlympus.item(21); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusFocusBracketStepSize() { return detail::gTagsOlympus.item(22); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusAISubjectTrackingMode() { return detail::gTagsOlympus.item(23); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusFlashMode() { return detail::gTagsOlympus.item(24); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusFlashExposureComp() { return detail::gTagsOlympus.item(25); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusFlashRemoteControl() { return detail::gTagsOlympus.item(26); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusFlashControlMode() { return detail::gTagsOlympus.item(27); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusFlashIntensity() { return detail::gTagsOlympus.item(28); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusManualFlashStrength() { return detail::gTagsOlympus.item(29); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusWhiteBalance2() { return detail::gTagsOlympus.item(30); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusWhiteBalanceTemperature() { return detail::gTagsOlympus.item(31); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusWhiteBalanceBracket() { return detail::gTagsOlympus.item(32); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusCustomSaturation() { return detail::gTagsOlympus.item(33); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusModifiedSaturation() { return detail::gTagsOlympus.item(34); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusContrastSetting() { return detail::gTagsOlympus.item(35); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusSharpnessSetting() { return detail::gTagsOlympus.item(36); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusColorSpace() { return detail::gTagsOlympus.item(37); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusSceneMode() { return detail::gTagsOlympus.item(38); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusNoiseReduction() { return detail::gTagsOlympus.item(39); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusDistortionCorrection() { return detail::gTagsOlympus.item(40); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusShadingCompensation() { return detail::gTagsOlympus.item(41); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusCompressionFactor() { return detail::gTagsOlympus.item(42); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusGradation() { return detail::gTagsOlympus.item(43); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusPictureMode() { return detail::gTagsOlympus.item(44); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusPictureModeSaturation() { return detail::gTagsOlympus.item(45); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusPictureModeHue() { return detail::gTagsOlympus.item(46); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusPictureModeContrast() { return detail::gTagsOlympus.item(47); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusPictureModeSharpness() { return detail::gTagsOlympus.item(48); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusPictureModeBWFilter() { return detail::gTagsOlympus.item(49); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusPictureModeTone() { return detail::gTagsOlympus.item(50); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusNoiseFilter() { return detail::gTagsOlympus.item(51); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusArtFilter() { return detail::gTagsOlympus.item(52); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusMagicFilter() { return detail::gTagsOlympus.item(53); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusPictureModeEffect() { return detail::gTagsOlympus.item(54); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusToneLevel() { return detail::gTagsOlympus.item(55); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusArtFilterEffect() { return detail::gTagsOlympus.item(56); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusColorCreatorEffect() { return detail::gTagsOlympus.item(57); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusMonochromeProfileSettings() { return detail::gTagsOlympus.item(58); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusFilmGrainEffect() { return detail::gTagsOlympus.item(59); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusColorProfileSettings() { return detail::gTagsOlympus.item(60); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusMonochromeVignetting() { return detail::gTagsOlympus.item(61); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusMonochromeColor() { return detail::gTagsOlympus.item(62); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusDriveMode() { return detail::gTagsOlympus.item(63); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusPanoramaMode() { return detail::gTagsOlympus.item(64); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusImageQuality2() { return detail::gTagsOlympus.item(65); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusImageStabilization() { return detail::gTagsOlympus.item(66); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusStackedImage() { return detail::gTagsOlympus.item(67); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusManometerPressure() { return detail::gTagsOlympus.item(68); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusManometerReading() { return detail::gTagsOlympus.item(69); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusExtendedWBDetect() { return detail::gTagsOlympus.item(70); }
+const TagItem& detail::TagItemCatalogue23::itemOlympusRollAngle() { return detail::gTagsOlympus.item(71); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusPitchAngle() { return detail::gTagsOlympus.item(72); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusDateTimeUTC() { return detail::gTagsOlympus.item(73); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusStartTime() { return detail::gTagsOlympus.item(74); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusEndTime() { return detail::gTagsOlympus.item(75); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusDuration() { return detail::gTagsOlympus.item(76); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusComment() { return detail::gTagsOlympus.item(77); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusEquipmentVersion() { return detail::gTagsOlympus.item(78); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusCameraType2() { return detail::gTagsOlympus.item(79); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusSerialNumber() { return detail::gTagsOlympus.item(80); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusInternalSerialNumber() { return detail::gTagsOlympus.item(81); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusFocalPlaneDiagonal() { return detail::gTagsOlympus.item(82); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusBodyFirmwareVersion() { return detail::gTagsOlympus.item(83); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusLensType() { return detail::gTagsOlympus.item(84); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusLensSerialNumber() { return detail::gTagsOlympus.item(85); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusLensModel() { return detail::gTagsOlympus.item(86); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusLensFirmwareVersion() { return detail::gTagsOlympus.item(87); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusMaxApertureAtMinFocal() { return detail::gTagsOlympus.item(88); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusMaxApertureAtMaxFocal() { return detail::gTagsOlympus.item(89); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusMinFocalLength() { return detail::gTagsOlympus.item(90); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusMaxFocalLength() { return detail::gTagsOlympus.item(91); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusMaxAperture() { return detail::gTagsOlympus.item(92); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusLensProperties() { return detail::gTagsOlympus.item(93); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusExtender() { return detail::gTagsOlympus.item(94); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusExtenderSerialNumber() { return detail::gTagsOlympus.item(95); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusExtenderModel() { return detail::gTagsOlympus.item(96); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusExtenderFirmwareVersion() { return detail::gTagsOlympus.item(97); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusConversionLens() { return detail::gTagsOlympus.item(98); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusFlashType() { return detail::gTagsOlympus.item(99); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusFlashModel() { return detail::gTagsOlympus.item(100); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusFlashFirmwareVersion() { return detail::gTagsOlympus.item(101); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusFlashSerialNumber() { return detail::gTagsOlympus.item(102); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusFocusInfoVersion() { return detail::gTagsOlympus.item(103); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusAutoFocus() { return detail::gTagsOlympus.item(104); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusSceneDetect() { return detail::gTagsOlympus.item(105); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusSceneArea() { return detail::gTagsOlympus.item(106); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusSceneDetectData() { return detail::gTagsOlympus.item(107); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusZoomStepCount() { return detail::gTagsOlympus.item(108); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusFocusStepCount() { return detail::gTagsOlympus.item(109); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusFocusStepInfinity() { return detail::gTagsOlympus.item(110); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusFocusStepNear() { return detail::gTagsOlympus.item(111); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusFocusDistance() { return detail::gTagsOlympus.item(112); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusAFPoint() { return detail::gTagsOlympus.item(113); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusAFPointDetails() { return detail::gTagsOlympus.item(114); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusExternalFlash() { return detail::gTagsOlympus.item(115); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusExternalFlashGuideNumber() { return detail::gTagsOlympus.item(116); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusExternalFlashBounce() { return detail::gTagsOlympus.item(117); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusExternalFlashZoom() { return detail::gTagsOlympus.item(118); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusInternalFlash() { return detail::gTagsOlympus.item(119); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusManualFlash() { return detail::gTagsOlympus.item(120); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusMacroLED() { return detail::gTagsOlympus.item(121); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusSensorTemperature() { return detail::gTagsOlympus.item(122); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusImageProcessingVersion() { return detail::gTagsOlympus.item(123); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels() { return detail::gTagsOlympus.item(124); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels3000K() { return detail::gTagsOlympus.item(125); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels3300K() { return detail::gTagsOlympus.item(126); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels3600K() { return detail::gTagsOlympus.item(127); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels3900K() { return detail::gTagsOlympus.item(128); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels4000K() { return detail::gTagsOlympus.item(129); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels4300K() { return detail::gTagsOlympus.item(130); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels4500K() { return detail::gTagsOlympus.item(131); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels4800K() { return detail::gTagsOlympus.item(132); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels5300K() { return detail::gTagsOlympus.item(133); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels6000K() { return detail::gTagsOlympus.item(134); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels6600K() { return detail::gTagsOlympus.item(135); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevels7500K() { return detail::gTagsOlympus.item(136); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsCWB1() { return detail::gTagsOlympus.item(137); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsCWB2() { return detail::gTagsOlympus.item(138); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsCWB3() { return detail::gTagsOlympus.item(139); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsCWB4() { return detail::gTagsOlympus.item(140); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel3000K() { return detail::gTagsOlympus.item(141); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel3300K() { return detail::gTagsOlympus.item(142); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel3600K() { return detail::gTagsOlympus.item(143); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel3900K() { return detail::gTagsOlympus.item(144); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel4000K() { return detail::gTagsOlympus.item(145); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel4300K() { return detail::gTagsOlympus.item(146); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel4500K() { return detail::gTagsOlympus.item(147); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel4800K() { return detail::gTagsOlympus.item(148); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel5300K() { return detail::gTagsOlympus.item(149); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel6000K() { return detail::gTagsOlympus.item(150); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel6600K() { return detail::gTagsOlympus.item(151); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel7500K() { return detail::gTagsOlympus.item(152); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_GLevel() { return detail::gTagsOlympus.item(153); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusColorMatrix() { return detail::gTagsOlympus.item(154); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusEnhancer() { return detail::gTagsOlympus.item(155); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusEnhancerValues() { return detail::gTagsOlympus.item(156); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusCoringFilter() { return detail::gTagsOlympus.item(157); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusCoringValues() { return detail::gTagsOlympus.item(158); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusBlackLevel2() { return detail::gTagsOlympus.item(159); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusGainBase() { return detail::gTagsOlympus.item(160); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusValidBits() { return detail::gTagsOlympus.item(161); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusCropLeft() { return detail::gTagsOlympus.item(162); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusCropTop() { return detail::gTagsOlympus.item(163); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusCropWidth() { return detail::gTagsOlympus.item(164); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusCropHeight() { return detail::gTagsOlympus.item(165); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusSensorCalibration() { return detail::gTagsOlympus.item(166); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusNoiseReduction2() { return detail::gTagsOlympus.item(167); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusDistortionCorrection2() { return detail::gTagsOlympus.item(168); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusShadingCompensation2() { return detail::gTagsOlympus.item(169); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusMultipleExposureMode() { return detail::gTagsOlympus.item(170); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusAspectRatio() { return detail::gTagsOlympus.item(171); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusAspectFrame() { return detail::gTagsOlympus.item(172); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusFacesDetected() { return detail::gTagsOlympus.item(173); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusFaceDetectArea() { return detail::gTagsOlympus.item(174); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusMaxFaces() { return detail::gTagsOlympus.item(175); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusFaceDetectFrameSize() { return detail::gTagsOlympus.item(176); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusFaceDetectFrameCrop() { return detail::gTagsOlympus.item(177); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusCameraTemperature() { return detail::gTagsOlympus.item(178); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusKeystoneCompensation() { return detail::gTagsOlympus.item(179); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusKeystoneDirection() { return detail::gTagsOlympus.item(180); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusKeystoneValue() { return detail::gTagsOlympus.item(181); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusExposureUnknown() { return detail::gTagsOlympus.item(182); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusExposureCompensation() { return detail::gTagsOlympus.item(183); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusFocalLength() { return detail::gTagsOlympus.item(184); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusExposureTime() { return detail::gTagsOlympus.item(185); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusISO() { return detail::gTagsOlympus.item(186); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusMakerNoteVersion() { return detail::gTagsOlympus.item(187); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusCompressedImageSize() { return detail::gTagsOlympus.item(188); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusPreviewImageData() { return detail::gTagsOlympus.item(189); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusThumbnailImage() { return detail::gTagsOlympus.item(190); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusSpecialMode() { return detail::gTagsOlympus.item(191); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusQuality() { return detail::gTagsOlympus.item(192); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusMacro() { return detail::gTagsOlympus.item(193); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusBWMode() { return detail::gTagsOlympus.item(194); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusDigitalZoom() { return detail::gTagsOlympus.item(195); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusLensDistortionParams() { return detail::gTagsOlympus.item(196); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusCameraType() { return detail::gTagsOlympus.item(197); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusCameraID() { return detail::gTagsOlympus.item(198); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusEpsonImageWidth() { return detail::gTagsOlympus.item(199); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusEpsonImageHeight() { return detail::gTagsOlympus.item(200); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusEpsonSoftware() { return detail::gTagsOlympus.item(201); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusPreviewImage() { return detail::gTagsOlympus.item(202); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusPreCaptureFrames() { return detail::gTagsOlympus.item(203); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWhiteBoard() { return detail::gTagsOlympus.item(204); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusOneTouchWB() { return detail::gTagsOlympus.item(205); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWhiteBalanceBias() { return detail::gTagsOlympus.item(206); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusSensorArea() { return detail::gTagsOlympus.item(207); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusBlackLevel() { return detail::gTagsOlympus.item(208); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusFirmware() { return detail::gTagsOlympus.item(209); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusDataDump() { return detail::gTagsOlympus.item(210); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusDataDump2() { return detail::gTagsOlympus.item(211); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusZoomedPreviewStart() { return detail::gTagsOlympus.item(212); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusZoomedPreviewLength() { return detail::gTagsOlympus.item(213); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusZoomedPreviewSize() { return detail::gTagsOlympus.item(214); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusShutterSpeedValue() { return detail::gTagsOlympus.item(215); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusISOValue() { return detail::gTagsOlympus.item(216); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusApertureValue() { return detail::gTagsOlympus.item(217); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusBrightnessValue() { return detail::gTagsOlympus.item(218); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusFlashDevice() { return detail::gTagsOlympus.item(219); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusLensTemperature() { return detail::gTagsOlympus.item(220); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusLightCondition() { return detail::gTagsOlympus.item(221); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusFocusRange() { return detail::gTagsOlympus.item(222); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusManualFocusDistance() { return detail::gTagsOlympus.item(223); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusSharpness() { return detail::gTagsOlympus.item(224); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusFlashChargeLevel() { return detail::gTagsOlympus.item(225); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusColorTemperatureBG() { return detail::gTagsOlympus.item(226); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusColorTemperatureRG() { return detail::gTagsOlympus.item(227); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWBMode() { return detail::gTagsOlympus.item(228); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRedBalance() { return detail::gTagsOlympus.item(229); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusBlueBalance() { return detail::gTagsOlympus.item(230); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusColorMatrixNumber() { return detail::gTagsOlympus.item(231); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusExternalFlashAE1_0() { return detail::gTagsOlympus.item(232); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusExternalFlashAE2_0() { return detail::gTagsOlympus.item(233); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusInternalFlashAE1_0() { return detail::gTagsOlympus.item(234); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusInternalFlashAE2_0() { return detail::gTagsOlympus.item(235); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusExternalFlashAE1() { return detail::gTagsOlympus.item(236); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusExternalFlashAE2() { return detail::gTagsOlympus.item(237); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusInternalFlashAE1() { return detail::gTagsOlympus.item(238); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusInternalFlashAE2() { return detail::gTagsOlympus.item(239); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusInternalFlashTable() { return detail::gTagsOlympus.item(240); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusExternalFlashGValue() { return detail::gTagsOlympus.item(241); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusExternalFlashMode() { return detail::gTagsOlympus.item(242); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusContrast() { return detail::gTagsOlympus.item(243); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusSharpnessFactor() { return detail::gTagsOlympus.item(244); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusColorControl() { return detail::gTagsOlympus.item(245); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusOlympusImageWidth() { return detail::gTagsOlympus.item(246); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusOlympusImageHeight() { return detail::gTagsOlympus.item(247); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusCompressionRatio() { return detail::gTagsOlympus.item(248); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusAFResult() { return detail::gTagsOlympus.item(249); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusCCDScanMode() { return detail::gTagsOlympus.item(250); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusLightValueCenter() { return detail::gTagsOlympus.item(251); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusLightValuePeriphery() { return detail::gTagsOlympus.item(252); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusFieldCount() { return detail::gTagsOlympus.item(253); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusCameraParameters() { return detail::gTagsOlympus.item(254); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusEncoderVersion() { return detail::gTagsOlympus.item(255); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusDecoderVersion() { return detail::gTagsOlympus.item(256); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusDateTimeOriginal() { return detail::gTagsOlympus.item(257); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusThumbnailWidth() { return detail::gTagsOlympus.item(258); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusThumbnailHeight() { return detail::gTagsOlympus.item(259); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevVersion() { return detail::gTagsOlympus.item(260); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevExposureBiasValue() { return detail::gTagsOlympus.item(261); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevWhiteBalanceValue() { return detail::gTagsOlympus.item(262); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevWBFineAdjustment() { return detail::gTagsOlympus.item(263); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevGrayPoint() { return detail::gTagsOlympus.item(264); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevSaturationEmphasis() { return detail::gTagsOlympus.item(265); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevMemoryColorEmphasis() { return detail::gTagsOlympus.item(266); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevContrastValue() { return detail::gTagsOlympus.item(267); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevSharpnessValue() { return detail::gTagsOlympus.item(268); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevColorSpace() { return detail::gTagsOlympus.item(269); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevEngine() { return detail::gTagsOlympus.item(270); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevNoiseReduction() { return detail::gTagsOlympus.item(271); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevEditStatus() { return detail::gTagsOlympus.item(272); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevSettings() { return detail::gTagsOlympus.item(273); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevWhiteBalance() { return detail::gTagsOlympus.item(274); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevPictureMode() { return detail::gTagsOlympus.item(275); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevPMSaturation() { return detail::gTagsOlympus.item(276); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevPMContrast() { return detail::gTagsOlympus.item(277); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevPMSharpness() { return detail::gTagsOlympus.item(278); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevPM_BWFilter() { return detail::gTagsOlympus.item(279); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevPMPictureTone() { return detail::gTagsOlympus.item(280); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevGradation() { return detail::gTagsOlympus.item(281); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevSaturation3() { return detail::gTagsOlympus.item(282); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevAutoGradation() { return detail::gTagsOlympus.item(283); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevPMNoiseFilter() { return detail::gTagsOlympus.item(284); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawDevArtFilter() { return detail::gTagsOlympus.item(285); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRawInfoVersion() { return detail::gTagsOlympus.item(286); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsUsed() { return detail::gTagsOlympus.item(287); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsAuto() { return detail::gTagsOlympus.item(288); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsShade() { return detail::gTagsOlympus.item(289); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsCloudy() { return detail::gTagsOlympus.item(290); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsFineWeather() { return detail::gTagsOlympus.item(291); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsTungsten() { return detail::gTagsOlympus.item(292); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsEveningSunlight() { return detail::gTagsOlympus.item(293); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsDaylightFluor() { return detail::gTagsOlympus.item(294); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsDayWhiteFluor() { return detail::gTagsOlympus.item(295); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsCoolWhiteFluor() { return detail::gTagsOlympus.item(296); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWB_RBLevelsWhiteFluorescent() { return detail::gTagsOlympus.item(297); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusColorMatrix2() { return detail::gTagsOlympus.item(298); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusYCbCrCoefficients() { return detail::gTagsOlympus.item(299); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusValidPixelDepth() { return detail::gTagsOlympus.item(300); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusLightSource() { return detail::gTagsOlympus.item(301); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusWhiteBalanceComp() { return detail::gTagsOlympus.item(302); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusSaturationSetting() { return detail::gTagsOlympus.item(303); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusHueSetting() { return detail::gTagsOlympus.item(304); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusCMExposureCompensation() { return detail::gTagsOlympus.item(305); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusCMWhiteBalance() { return detail::gTagsOlympus.item(306); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusCMWhiteBalanceComp() { return detail::gTagsOlympus.item(307); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusCMWhiteBalanceGrayPoint() { return detail::gTagsOlympus.item(308); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusCMSaturation() { return detail::gTagsOlympus.item(309); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusCMHue() { return detail::gTagsOlympus.item(310); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusCMContrast() { return detail::gTagsOlympus.item(311); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusCMSharpness() { return detail::gTagsOlympus.item(312); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusResolution() { return detail::gTagsOlympus.item(313); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusThumbnailLength() { return detail::gTagsOlympus.item(314); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusThumbnailOffset() { return detail::gTagsOlympus.item(315); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusFileNumber() { return detail::gTagsOlympus.item(316); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusDateTimeEnd() { return detail::gTagsOlympus.item(317); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusRecordingTime() { return detail::gTagsOlympus.item(318); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusIndex01() { return detail::gTagsOlympus.item(319); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusIndex02() { return detail::gTagsOlympus.item(320); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusIndex03() { return detail::gTagsOlympus.item(321); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusIndex04() { return detail::gTagsOlympus.item(322); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusIndex05() { return detail::gTagsOlympus.item(323); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusIndex06() { return detail::gTagsOlympus.item(324); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusIndex07() { return detail::gTagsOlympus.item(325); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusIndex08() { return detail::gTagsOlympus.item(326); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusIndex09() { return detail::gTagsOlympus.item(327); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusIndex10() { return detail::gTagsOlympus.item(328); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusIndex11() { return detail::gTagsOlympus.item(329); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusIndex12() { return detail::gTagsOlympus.item(330); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusIndex13() { return detail::gTagsOlympus.item(331); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusIndex14() { return detail::gTagsOlympus.item(332); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusIndex15() { return detail::gTagsOlympus.item(333); }
+const TagItem& detail::TagItemCatalogue24::itemOlympusIndex16() { return detail::gTagsOlympus.item(334); }
 
 const TagStrings& TagStringsCatalogue::stringsOpenEXR() {
   return gStringsOpenEXR.strings(&TagStringsCatalogue::stringTableOpenEXR);
@@ -11527,49 +11533,49 @@ TagStringTable TagStringsCatalogue::stringTableOpenEXR(ETLanguage language) {
   return gStringsOpenEXR.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue24::allStreamsOpenEXR() {
-  return gTagsOpenEXR.all();
+  return detail::gTagsOpenEXR.all();
 }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRFlags() { return gTagsOpenEXR.item(0); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXREXRVersion() { return gTagsOpenEXR.item(1); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRAdoptedNeutral() { return gTagsOpenEXR.item(2); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRGPSAltitude() { return gTagsOpenEXR.item(3); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRAperture() { return gTagsOpenEXR.item(4); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRDateTimeOriginal() { return gTagsOpenEXR.item(5); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRChannels() { return gTagsOpenEXR.item(6); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRChromaticities() { return gTagsOpenEXR.item(7); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRChunkCount() { return gTagsOpenEXR.item(8); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRComments() { return gTagsOpenEXR.item(9); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRCompression() { return gTagsOpenEXR.item(10); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRDataWindow() { return gTagsOpenEXR.item(11); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRDisplayWindow() { return gTagsOpenEXR.item(12); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXREnvironmentMap() { return gTagsOpenEXR.item(13); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRExposureTime() { return gTagsOpenEXR.item(14); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRFocusDistance() { return gTagsOpenEXR.item(15); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRFramesPerSecond() { return gTagsOpenEXR.item(16); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRISO() { return gTagsOpenEXR.item(17); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRKeyCode() { return gTagsOpenEXR.item(18); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRGPSLatitude() { return gTagsOpenEXR.item(19); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRLineOrder() { return gTagsOpenEXR.item(20); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRGPSLongitude() { return gTagsOpenEXR.item(21); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRLookModTransform() { return gTagsOpenEXR.item(22); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRMultiView() { return gTagsOpenEXR.item(23); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRName() { return gTagsOpenEXR.item(24); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXROwner() { return gTagsOpenEXR.item(25); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRPixelAspectRatio() { return gTagsOpenEXR.item(26); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRPreview() { return gTagsOpenEXR.item(27); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRRenderingTransform() { return gTagsOpenEXR.item(28); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRScreenWindowCenter() { return gTagsOpenEXR.item(29); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRScreenWindowWidth() { return gTagsOpenEXR.item(30); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRTiles() { return gTagsOpenEXR.item(31); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRTimeCode() { return gTagsOpenEXR.item(32); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRType() { return gTagsOpenEXR.item(33); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRTimeZone() { return gTagsOpenEXR.item(34); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRVersion() { return gTagsOpenEXR.item(35); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRWhiteLuminance() { return gTagsOpenEXR.item(36); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRWorldToCamera() { return gTagsOpenEXR.item(37); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRWorldToNDC() { return gTagsOpenEXR.item(38); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRWrapModes() { return gTagsOpenEXR.item(39); }
-const TagItem& detail::TagItemCatalogue24::itemOpenEXRXResolution() { return gTagsOpenEXR.item(40); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRFlags() { return detail::gTagsOpenEXR.item(0); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXREXRVersion() { return detail::gTagsOpenEXR.item(1); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRAdoptedNeutral() { return detail::gTagsOpenEXR.item(2); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRGPSAltitude() { return detail::gTagsOpenEXR.item(3); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRAperture() { return detail::gTagsOpenEXR.item(4); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRDateTimeOriginal() { return detail::gTagsOpenEXR.item(5); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRChannels() { return detail::gTagsOpenEXR.item(6); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRChromaticities() { return detail::gTagsOpenEXR.item(7); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRChunkCount() { return detail::gTagsOpenEXR.item(8); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRComments() { return detail::gTagsOpenEXR.item(9); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRCompression() { return detail::gTagsOpenEXR.item(10); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRDataWindow() { return detail::gTagsOpenEXR.item(11); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRDisplayWindow() { return detail::gTagsOpenEXR.item(12); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXREnvironmentMap() { return detail::gTagsOpenEXR.item(13); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRExposureTime() { return detail::gTagsOpenEXR.item(14); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRFocusDistance() { return detail::gTagsOpenEXR.item(15); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRFramesPerSecond() { return detail::gTagsOpenEXR.item(16); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRISO() { return detail::gTagsOpenEXR.item(17); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRKeyCode() { return detail::gTagsOpenEXR.item(18); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRGPSLatitude() { return detail::gTagsOpenEXR.item(19); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRLineOrder() { return detail::gTagsOpenEXR.item(20); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRGPSLongitude() { return detail::gTagsOpenEXR.item(21); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRLookModTransform() { return detail::gTagsOpenEXR.item(22); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRMultiView() { return detail::gTagsOpenEXR.item(23); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRName() { return detail::gTagsOpenEXR.item(24); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXROwner() { return detail::gTagsOpenEXR.item(25); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRPixelAspectRatio() { return detail::gTagsOpenEXR.item(26); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRPreview() { return detail::gTagsOpenEXR.item(27); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRRenderingTransform() { return detail::gTagsOpenEXR.item(28); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRScreenWindowCenter() { return detail::gTagsOpenEXR.item(29); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRScreenWindowWidth() { return detail::gTagsOpenEXR.item(30); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRTiles() { return detail::gTagsOpenEXR.item(31); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRTimeCode() { return detail::gTagsOpenEXR.item(32); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRType() { return detail::gTagsOpenEXR.item(33); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRTimeZone() { return detail::gTagsOpenEXR.item(34); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRVersion() { return detail::gTagsOpenEXR.item(35); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRWhiteLuminance() { return detail::gTagsOpenEXR.item(36); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRWorldToCamera() { return detail::gTagsOpenEXR.item(37); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRWorldToNDC() { return detail::gTagsOpenEXR.item(38); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRWrapModes() { return detail::gTagsOpenEXR.item(39); }
+const TagItem& detail::TagItemCatalogue24::itemOpenEXRXResolution() { return detail::gTagsOpenEXR.item(40); }
 
 const TagStrings& TagStringsCatalogue::stringsOpus() {
   return gStringsOpus.strings(&TagStringsCatalogue::stringTableOpus);
@@ -11578,12 +11584,12 @@ TagStringTable TagStringsCatalogue::stringTableOpus(ETLanguage language) {
   return gStringsOpus.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue24::allStreamsOpus() {
-  return gTagsOpus.all();
+  return detail::gTagsOpus.all();
 }
-const TagItem& detail::TagItemCatalogue24::itemOpusOpusVersion() { return gTagsOpus.item(0); }
-const TagItem& detail::TagItemCatalogue24::itemOpusAudioChannels() { return gTagsOpus.item(1); }
-const TagItem& detail::TagItemCatalogue24::itemOpusSampleRate() { return gTagsOpus.item(2); }
-const TagItem& detail::TagItemCatalogue24::itemOpusOutputGain() { return gTagsOpus.item(3); }
+const TagItem& detail::TagItemCatalogue24::itemOpusOpusVersion() { return detail::gTagsOpus.item(0); }
+const TagItem& detail::TagItemCatalogue24::itemOpusAudioChannels() { return detail::gTagsOpus.item(1); }
+const TagItem& detail::TagItemCatalogue24::itemOpusSampleRate() { return detail::gTagsOpus.item(2); }
+const TagItem& detail::TagItemCatalogue24::itemOpusOutputGain() { return detail::gTagsOpus.item(3); }
 
 const TagStrings& TagStringsCatalogue::stringsPDF() {
   return gStringsPDF.strings(&TagStringsCatalogue::stringTablePDF);
@@ -11592,53 +11598,53 @@ TagStringTable TagStringsCatalogue::stringTablePDF(ETLanguage language) {
   return gStringsPDF.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue24::allStreamsPDF() {
-  return gTagsPDF.all();
+  return detail::gTagsPDF.all();
 }
-const TagItem& detail::TagItemCatalogue24::itemPDFContainerVersion() { return gTagsPDF.item(0); }
-const TagItem& detail::TagItemCatalogue24::itemPDFCreatorVersion() { return gTagsPDF.item(1); }
-const TagItem& detail::TagItemCatalogue24::itemPDFRoundTripVersion() { return gTagsPDF.item(2); }
-const TagItem& detail::TagItemCatalogue24::itemPDFHasXFA() { return gTagsPDF.item(3); }
-const TagItem& detail::TagItemCatalogue24::itemPDFEncryption() { return gTagsPDF.item(4); }
-const TagItem& detail::TagItemCatalogue24::itemPDFUserAccess() { return gTagsPDF.item(5); }
-const TagItem& detail::TagItemCatalogue24::itemPDFEmbeddedImageColorSpace() { return gTagsPDF.item(6); }
-const TagItem& detail::TagItemCatalogue24::itemPDFEmbeddedImageFilter() { return gTagsPDF.item(7); }
-const TagItem& detail::TagItemCatalogue24::itemPDFEmbeddedImageHeight() { return gTagsPDF.item(8); }
-const TagItem& detail::TagItemCatalogue24::itemPDFEmbeddedImage() { return gTagsPDF.item(9); }
-const TagItem& detail::TagItemCatalogue24::itemPDFEmbeddedImageWidth() { return gTagsPDF.item(10); }
-const TagItem& detail::TagItemCatalogue24::itemPDFAppleKeywords() { return gTagsPDF.item(11); }
-const TagItem& detail::TagItemCatalogue24::itemPDFAuthor() { return gTagsPDF.item(12); }
-const TagItem& detail::TagItemCatalogue24::itemPDFCreateDate() { return gTagsPDF.item(13); }
-const TagItem& detail::TagItemCatalogue24::itemPDFCreator() { return gTagsPDF.item(14); }
-const TagItem& detail::TagItemCatalogue24::itemPDFKeywords() { return gTagsPDF.item(15); }
-const TagItem& detail::TagItemCatalogue24::itemPDFModifyDate() { return gTagsPDF.item(16); }
-const TagItem& detail::TagItemCatalogue24::itemPDFProducer() { return gTagsPDF.item(17); }
-const TagItem& detail::TagItemCatalogue24::itemPDFSubject() { return gTagsPDF.item(18); }
-const TagItem& detail::TagItemCatalogue24::itemPDFTitle() { return gTagsPDF.item(19); }
-const TagItem& detail::TagItemCatalogue24::itemPDFTrapped() { return gTagsPDF.item(20); }
-const TagItem& detail::TagItemCatalogue24::itemPDFLinearized() { return gTagsPDF.item(21); }
-const TagItem& detail::TagItemCatalogue24::itemPDFTaggedPDF() { return gTagsPDF.item(22); }
-const TagItem& detail::TagItemCatalogue24::itemPDFPageCount() { return gTagsPDF.item(23); }
-const TagItem& detail::TagItemCatalogue24::itemPDFLanguage() { return gTagsPDF.item(24); }
-const TagItem& detail::TagItemCatalogue24::itemPDFPageLayout() { return gTagsPDF.item(25); }
-const TagItem& detail::TagItemCatalogue24::itemPDFPageMode() { return gTagsPDF.item(26); }
-const TagItem& detail::TagItemCatalogue24::itemPDFPDFVersion() { return gTagsPDF.item(27); }
-const TagItem& detail::TagItemCatalogue24::itemPDFSignerContactInfo() { return gTagsPDF.item(28); }
-const TagItem& detail::TagItemCatalogue24::itemPDFSigningLocation() { return gTagsPDF.item(29); }
-const TagItem& detail::TagItemCatalogue24::itemPDFSigningDate() { return gTagsPDF.item(30); }
-const TagItem& detail::TagItemCatalogue24::itemPDFSigningAuthority() { return gTagsPDF.item(31); }
-const TagItem& detail::TagItemCatalogue24::itemPDFAuthenticationTime() { return gTagsPDF.item(32); }
-const TagItem& detail::TagItemCatalogue24::itemPDFAuthenticationType() { return gTagsPDF.item(33); }
-const TagItem& detail::TagItemCatalogue24::itemPDFSigningReason() { return gTagsPDF.item(34); }
-const TagItem& detail::TagItemCatalogue24::itemPDFFieldPermissions() { return gTagsPDF.item(35); }
-const TagItem& detail::TagItemCatalogue24::itemPDFAnnotationUsageRights() { return gTagsPDF.item(36); }
-const TagItem& detail::TagItemCatalogue24::itemPDFDocumentUsageRights() { return gTagsPDF.item(37); }
-const TagItem& detail::TagItemCatalogue24::itemPDFEmbeddedFileUsageRights() { return gTagsPDF.item(38); }
-const TagItem& detail::TagItemCatalogue24::itemPDFFormFields() { return gTagsPDF.item(39); }
-const TagItem& detail::TagItemCatalogue24::itemPDFFormUsageRights() { return gTagsPDF.item(40); }
-const TagItem& detail::TagItemCatalogue24::itemPDFFormExtraUsageRights() { return gTagsPDF.item(41); }
-const TagItem& detail::TagItemCatalogue24::itemPDFUsageRightsMessage() { return gTagsPDF.item(42); }
-const TagItem& detail::TagItemCatalogue24::itemPDFModificationPermissions() { return gTagsPDF.item(43); }
-const TagItem& detail::TagItemCatalogue24::itemPDFSignatureUsageRights() { return gTagsPDF.item(44); }
+const TagItem& detail::TagItemCatalogue24::itemPDFContainerVersion() { return detail::gTagsPDF.item(0); }
+const TagItem& detail::TagItemCatalogue24::itemPDFCreatorVersion() { return detail::gTagsPDF.item(1); }
+const TagItem& detail::TagItemCatalogue24::itemPDFRoundTripVersion() { return detail::gTagsPDF.item(2); }
+const TagItem& detail::TagItemCatalogue24::itemPDFHasXFA() { return detail::gTagsPDF.item(3); }
+const TagItem& detail::TagItemCatalogue24::itemPDFEncryption() { return detail::gTagsPDF.item(4); }
+const TagItem& detail::TagItemCatalogue24::itemPDFUserAccess() { return detail::gTagsPDF.item(5); }
+const TagItem& detail::TagItemCatalogue24::itemPDFEmbeddedImageColorSpace() { return detail::gTagsPDF.item(6); }
+const TagItem& detail::TagItemCatalogue24::itemPDFEmbeddedImageFilter() { return detail::gTagsPDF.item(7); }
+const TagItem& detail::TagItemCatalogue24::itemPDFEmbeddedImageHeight() { return detail::gTagsPDF.item(8); }
+const TagItem& detail::TagItemCatalogue24::itemPDFEmbeddedImage() { return detail::gTagsPDF.item(9); }
+const TagItem& detail::TagItemCatalogue24::itemPDFEmbeddedImageWidth() { return detail::gTagsPDF.item(10); }
+const TagItem& detail::TagItemCatalogue24::itemPDFAppleKeywords() { return detail::gTagsPDF.item(11); }
+const TagItem& detail::TagItemCatalogue24::itemPDFAuthor() { return detail::gTagsPDF.item(12); }
+const TagItem& detail::TagItemCatalogue24::itemPDFCreateDate() { return detail::gTagsPDF.item(13); }
+const TagItem& detail::TagItemCatalogue24::itemPDFCreator() { return detail::gTagsPDF.item(14); }
+const TagItem& detail::TagItemCatalogue24::itemPDFKeywords() { return detail::gTagsPDF.item(15); }
+const TagItem& detail::TagItemCatalogue24::itemPDFModifyDate() { return detail::gTagsPDF.item(16); }
+const TagItem& detail::TagItemCatalogue24::itemPDFProducer() { return detail::gTagsPDF.item(17); }
+const TagItem& detail::TagItemCatalogue24::itemPDFSubject() { return detail::gTagsPDF.item(18); }
+const TagItem& detail::TagItemCatalogue24::itemPDFTitle() { return detail::gTagsPDF.item(19); }
+const TagItem& detail::TagItemCatalogue24::itemPDFTrapped() { return detail::gTagsPDF.item(20); }
+const TagItem& detail::TagItemCatalogue24::itemPDFLinearized() { return detail::gTagsPDF.item(21); }
+const TagItem& detail::TagItemCatalogue24::itemPDFTaggedPDF() { return detail::gTagsPDF.item(22); }
+const TagItem& detail::TagItemCatalogue24::itemPDFPageCount() { return detail::gTagsPDF.item(23); }
+const TagItem& detail::TagItemCatalogue24::itemPDFLanguage() { return detail::gTagsPDF.item(24); }
+const TagItem& detail::TagItemCatalogue24::itemPDFPageLayout() { return detail::gTagsPDF.item(25); }
+const TagItem& detail::TagItemCatalogue24::itemPDFPageMode() { return detail::gTagsPDF.item(26); }
+const TagItem& detail::TagItemCatalogue24::itemPDFPDFVersion() { return detail::gTagsPDF.item(27); }
+const TagItem& detail::TagItemCatalogue24::itemPDFSignerContactInfo() { return detail::gTagsPDF.item(28); }
+const TagItem& detail::TagItemCatalogue24::itemPDFSigningLocation() { return detail::gTagsPDF.item(29); }
+const TagItem& detail::TagItemCatalogue24::itemPDFSigningDate() { return detail::gTagsPDF.item(30); }
+const TagItem& detail::TagItemCatalogue24::itemPDFSigningAuthority() { return detail::gTagsPDF.item(31); }
+const TagItem& detail::TagItemCatalogue24::itemPDFAuthenticationTime() { return detail::gTagsPDF.item(32); }
+const TagItem& detail::TagItemCatalogue24::itemPDFAuthenticationType() { return detail::gTagsPDF.item(33); }
+const TagItem& detail::TagItemCatalogue24::itemPDFSigningReason() { return detail::gTagsPDF.item(34); }
+const TagItem& detail::TagItemCatalogue24::itemPDFFieldPermissions() { return detail::gTagsPDF.item(35); }
+const TagItem& detail::TagItemCatalogue24::itemPDFAnnotationUsageRights() { return detail::gTagsPDF.item(36); }
+const TagItem& detail::TagItemCatalogue24::itemPDFDocumentUsageRights() { return detail::gTagsPDF.item(37); }
+const TagItem& detail::TagItemCatalogue24::itemPDFEmbeddedFileUsageRights() { return detail::gTagsPDF.item(38); }
+const TagItem& detail::TagItemCatalogue24::itemPDFFormFields() { return detail::gTagsPDF.item(39); }
+const TagItem& detail::TagItemCatalogue24::itemPDFFormUsageRights() { return detail::gTagsPDF.item(40); }
+const TagItem& detail::TagItemCatalogue24::itemPDFFormExtraUsageRights() { return detail::gTagsPDF.item(41); }
+const TagItem& detail::TagItemCatalogue24::itemPDFUsageRightsMessage() { return detail::gTagsPDF.item(42); }
+const TagItem& detail::TagItemCatalogue24::itemPDFModificationPermissions() { return detail::gTagsPDF.item(43); }
+const TagItem& detail::TagItemCatalogue24::itemPDFSignatureUsageRights() { return detail::gTagsPDF.item(44); }
 
 const TagStrings& TagStringsCatalogue::stringsPICT() {
   return gStringsPICT.strings(&TagStringsCatalogue::stringTablePICT);
@@ -11647,29 +11653,29 @@ TagStringTable TagStringsCatalogue::stringTablePICT(ETLanguage language) {
   return gStringsPICT.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue24::allStreamsPICT() {
-  return gTagsPICT.all();
+  return detail::gTagsPICT.all();
 }
-const TagItem& detail::TagItemCatalogue24::itemPICTBkPat() { return gTagsPICT.item(0); }
-const TagItem& detail::TagItemCatalogue24::itemPICTTxFont() { return gTagsPICT.item(1); }
-const TagItem& detail::TagItemCatalogue24::itemPICTTxFace() { return gTagsPICT.item(2); }
-const TagItem& detail::TagItemCatalogue24::itemPICTTxMode() { return gTagsPICT.item(3); }
-const TagItem& detail::TagItemCatalogue24::itemPICTSpExtra() { return gTagsPICT.item(4); }
-const TagItem& detail::TagItemCatalogue24::itemPICTPnMode() { return gTagsPICT.item(5); }
-const TagItem& detail::TagItemCatalogue24::itemPICTPnPat() { return gTagsPICT.item(6); }
-const TagItem& detail::TagItemCatalogue24::itemPICTFillPat() { return gTagsPICT.item(7); }
-const TagItem& detail::TagItemCatalogue24::itemPICTTxSize() { return gTagsPICT.item(8); }
-const TagItem& detail::TagItemCatalogue24::itemPICTFgColor() { return gTagsPICT.item(9); }
-const TagItem& detail::TagItemCatalogue24::itemPICTBkColor() { return gTagsPICT.item(10); }
-const TagItem& detail::TagItemCatalogue24::itemPICTVersionOp() { return gTagsPICT.item(11); }
-const TagItem& detail::TagItemCatalogue24::itemPICTPnLocHFrac() { return gTagsPICT.item(12); }
-const TagItem& detail::TagItemCatalogue24::itemPICTChExtra() { return gTagsPICT.item(13); }
-const TagItem& detail::TagItemCatalogue24::itemPICTShortLineFrom() { return gTagsPICT.item(14); }
-const TagItem& detail::TagItemCatalogue24::itemPICTLineJustify() { return gTagsPICT.item(15); }
-const TagItem& detail::TagItemCatalogue24::itemPICTGlyphState() { return gTagsPICT.item(16); }
-const TagItem& detail::TagItemCatalogue24::itemPICTReserved() { return gTagsPICT.item(17); }
-const TagItem& detail::TagItemCatalogue24::itemPICTShortComment() { return gTagsPICT.item(18); }
-const TagItem& detail::TagItemCatalogue24::itemPICTVersion() { return gTagsPICT.item(19); }
-const TagItem& detail::TagItemCatalogue24::itemPICTHeaderOp() { return gTagsPICT.item(20); }
+const TagItem& detail::TagItemCatalogue24::itemPICTBkPat() { return detail::gTagsPICT.item(0); }
+const TagItem& detail::TagItemCatalogue24::itemPICTTxFont() { return detail::gTagsPICT.item(1); }
+const TagItem& detail::TagItemCatalogue24::itemPICTTxFace() { return detail::gTagsPICT.item(2); }
+const TagItem& detail::TagItemCatalogue24::itemPICTTxMode() { return detail::gTagsPICT.item(3); }
+const TagItem& detail::TagItemCatalogue24::itemPICTSpExtra() { return detail::gTagsPICT.item(4); }
+const TagItem& detail::TagItemCatalogue24::itemPICTPnMode() { return detail::gTagsPICT.item(5); }
+const TagItem& detail::TagItemCatalogue24::itemPICTPnPat() { return detail::gTagsPICT.item(6); }
+const TagItem& detail::TagItemCatalogue24::itemPICTFillPat() { return detail::gTagsPICT.item(7); }
+const TagItem& detail::TagItemCatalogue24::itemPICTTxSize() { return detail::gTagsPICT.item(8); }
+const TagItem& detail::TagItemCatalogue24::itemPICTFgColor() { return detail::gTagsPICT.item(9); }
+const TagItem& detail::TagItemCatalogue24::itemPICTBkColor() { return detail::gTagsPICT.item(10); }
+const TagItem& detail::TagItemCatalogue24::itemPICTVersionOp() { return detail::gTagsPICT.item(11); }
+const TagItem& detail::TagItemCatalogue24::itemPICTPnLocHFrac() { return detail::gTagsPICT.item(12); }
+const TagItem& detail::TagItemCatalogue24::itemPICTChExtra() { return detail::gTagsPICT.item(13); }
+const TagItem& detail::TagItemCatalogue24::itemPICTShortLineFrom() { return detail::gTagsPICT.item(14); }
+const TagItem& detail::TagItemCatalogue24::itemPICTLineJustify() { return detail::gTagsPICT.item(15); }
+const TagItem& detail::TagItemCatalogue24::itemPICTGlyphState() { return detail::gTagsPICT.item(16); }
+const TagItem& detail::TagItemCatalogue24::itemPICTReserved() { return detail::gTagsPICT.item(17); }
+const TagItem& detail::TagItemCatalogue24::itemPICTShortComment() { return detail::gTagsPICT.item(18); }
+const TagItem& detail::TagItemCatalogue24::itemPICTVersion() { return detail::gTagsPICT.item(19); }
+const TagItem& detail::TagItemCatalogue24::itemPICTHeaderOp() { return detail::gTagsPICT.item(20); }
 
 const TagStrings& TagStringsCatalogue::stringsPLIST() {
   return gStringsPLIST.strings(&TagStringsCatalogue::stringTablePLIST);
@@ -11678,20 +11684,20 @@ TagStringTable TagStringsCatalogue::stringTablePLIST(ETLanguage language) {
   return gStringsPLIST.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue24::allStreamsPLIST() {
-  return gTagsPLIST.all();
+  return detail::gTagsPLIST.all();
 }
-const TagItem& detail::TagItemCatalogue24::itemPLISTDateTimeOriginal() { return gTagsPLIST.item(0); }
-const TagItem& detail::TagItemCatalogue24::itemPLISTDuration() { return gTagsPLIST.item(1); }
-const TagItem& detail::TagItemCatalogue24::itemPLISTGPSLatitude() { return gTagsPLIST.item(2); }
-const TagItem& detail::TagItemCatalogue24::itemPLISTGPSLongitude() { return gTagsPLIST.item(3); }
-const TagItem& detail::TagItemCatalogue24::itemPLISTGPSMapDatum() { return gTagsPLIST.item(4); }
-const TagItem& detail::TagItemCatalogue24::itemPLISTXMLFileType() { return gTagsPLIST.item(5); }
-const TagItem& detail::TagItemCatalogue24::itemPLISTCast() { return gTagsPLIST.item(6); }
-const TagItem& detail::TagItemCatalogue24::itemPLISTCodirectors() { return gTagsPLIST.item(7); }
-const TagItem& detail::TagItemCatalogue24::itemPLISTDirectors() { return gTagsPLIST.item(8); }
-const TagItem& detail::TagItemCatalogue24::itemPLISTProducers() { return gTagsPLIST.item(9); }
-const TagItem& detail::TagItemCatalogue24::itemPLISTScreenwriters() { return gTagsPLIST.item(10); }
-const TagItem& detail::TagItemCatalogue24::itemPLISTStudio() { return gTagsPLIST.item(11); }
+const TagItem& detail::TagItemCatalogue24::itemPLISTDateTimeOriginal() { return detail::gTagsPLIST.item(0); }
+const TagItem& detail::TagItemCatalogue24::itemPLISTDuration() { return detail::gTagsPLIST.item(1); }
+const TagItem& detail::TagItemCatalogue24::itemPLISTGPSLatitude() { return detail::gTagsPLIST.item(2); }
+const TagItem& detail::TagItemCatalogue24::itemPLISTGPSLongitude() { return detail::gTagsPLIST.item(3); }
+const TagItem& detail::TagItemCatalogue24::itemPLISTGPSMapDatum() { return detail::gTagsPLIST.item(4); }
+const TagItem& detail::TagItemCatalogue24::itemPLISTXMLFileType() { return detail::gTagsPLIST.item(5); }
+const TagItem& detail::TagItemCatalogue24::itemPLISTCast() { return detail::gTagsPLIST.item(6); }
+const TagItem& detail::TagItemCatalogue24::itemPLISTCodirectors() { return detail::gTagsPLIST.item(7); }
+const TagItem& detail::TagItemCatalogue24::itemPLISTDirectors() { return detail::gTagsPLIST.item(8); }
+const TagItem& detail::TagItemCatalogue24::itemPLISTProducers() { return detail::gTagsPLIST.item(9); }
+const TagItem& detail::TagItemCatalogue24::itemPLISTScreenwriters() { return detail::gTagsPLIST.item(10); }
+const TagItem& detail::TagItemCatalogue24::itemPLISTStudio() { return detail::gTagsPLIST.item(11); }
 
 const TagStrings& TagStringsCatalogue::stringsPNG() {
   return gStringsPNG.strings(&TagStringsCatalogue::stringTablePNG);
@@ -11700,77 +11706,77 @@ TagStringTable TagStringsCatalogue::stringTablePNG(ETLanguage language) {
   return gStringsPNG.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue24::allStreamsPNG() {
-  return gTagsPNG.all();
+  return detail::gTagsPNG.all();
 }
-const TagItem& detail::TagItemCatalogue24::itemPNGAnimationFrames() { return gTagsPNG.item(0); }
-const TagItem& detail::TagItemCatalogue24::itemPNGAnimationPlays() { return gTagsPNG.item(1); }
-const TagItem& detail::TagItemCatalogue24::itemPNGColorPrimaries() { return gTagsPNG.item(2); }
-const TagItem& detail::TagItemCatalogue24::itemPNGTransferCharacteristics() { return gTagsPNG.item(3); }
-const TagItem& detail::TagItemCatalogue24::itemPNGMatrixCoefficients() { return gTagsPNG.item(4); }
-const TagItem& detail::TagItemCatalogue24::itemPNGVideoFullRangeFlag() { return gTagsPNG.item(5); }
-const TagItem& detail::TagItemCatalogue24::itemPNGImageWidth() { return gTagsPNG.item(6); }
-const TagItem& detail::TagItemCatalogue24::itemPNGImageHeight() { return gTagsPNG.item(7); }
-const TagItem& detail::TagItemCatalogue24::itemPNGBitDepth() { return gTagsPNG.item(8); }
-const TagItem& detail::TagItemCatalogue24::itemPNGColorType() { return gTagsPNG.item(9); }
-const TagItem& detail::TagItemCatalogue24::itemPNGCompression() { return gTagsPNG.item(10); }
-const TagItem& detail::TagItemCatalogue24::itemPNGFilter() { return gTagsPNG.item(11); }
-const TagItem& detail::TagItemCatalogue24::itemPNGInterlace() { return gTagsPNG.item(12); }
-const TagItem& detail::TagItemCatalogue24::itemPNGPalette() { return gTagsPNG.item(13); }
-const TagItem& detail::TagItemCatalogue24::itemPNGBackgroundColor() { return gTagsPNG.item(14); }
-const TagItem& detail::TagItemCatalogue24::itemPNGDigitalSignature() { return gTagsPNG.item(15); }
-const TagItem& detail::TagItemCatalogue24::itemPNGFractalParameters() { return gTagsPNG.item(16); }
-const TagItem& detail::TagItemCatalogue24::itemPNGGamma() { return gTagsPNG.item(17); }
-const TagItem& detail::TagItemCatalogue24::itemPNGGIFGraphicControlExtension() { return gTagsPNG.item(18); }
-const TagItem& detail::TagItemCatalogue24::itemPNGGIFPlainTextExtension() { return gTagsPNG.item(19); }
-const TagItem& detail::TagItemCatalogue24::itemPNGGIFApplicationExtension() { return gTagsPNG.item(20); }
-const TagItem& detail::TagItemCatalogue24::itemPNGPaletteHistogram() { return gTagsPNG.item(21); }
-const TagItem& detail::TagItemCatalogue24::itemPNGProfileName() { return gTagsPNG.item(22); }
-const TagItem& detail::TagItemCatalogue24::itemPNGAppleDataOffsets() { return gTagsPNG.item(23); }
-const TagItem& detail::TagItemCatalogue24::itemPNGImageOffset() { return gTagsPNG.item(24); }
-const TagItem& detail::TagItemCatalogue24::itemPNGPixelCalibration() { return gTagsPNG.item(25); }
-const TagItem& detail::TagItemCatalogue24::itemPNGSignificantBits() { return gTagsPNG.item(26); }
-const TagItem& detail::TagItemCatalogue24::itemPNGSuggestedPalette() { return gTagsPNG.item(27); }
-const TagItem& detail::TagItemCatalogue24::itemPNGSRGBRendering() { return gTagsPNG.item(28); }
-const TagItem& detail::TagItemCatalogue24::itemPNGModifyDate() { return gTagsPNG.item(29); }
-const TagItem& detail::TagItemCatalogue24::itemPNGTransparency() { return gTagsPNG.item(30); }
-const TagItem& detail::TagItemCatalogue24::itemPNGPixelsPerUnitX() { return gTagsPNG.item(31); }
-const TagItem& detail::TagItemCatalogue24::itemPNGPixelsPerUnitY() { return gTagsPNG.item(32); }
-const TagItem& detail::TagItemCatalogue24::itemPNGPixelUnits() { return gTagsPNG.item(33); }
-const TagItem& detail::TagItemCatalogue24::itemPNGWhitePointX() { return gTagsPNG.item(34); }
-const TagItem& detail::TagItemCatalogue24::itemPNGWhitePointY() { return gTagsPNG.item(35); }
-const TagItem& detail::TagItemCatalogue24::itemPNGRedX() { return gTagsPNG.item(36); }
-const TagItem& detail::TagItemCatalogue24::itemPNGRedY() { return gTagsPNG.item(37); }
-const TagItem& detail::TagItemCatalogue24::itemPNGGreenX() { return gTagsPNG.item(38); }
-const TagItem& detail::TagItemCatalogue24::itemPNGGreenY() { return gTagsPNG.item(39); }
-const TagItem& detail::TagItemCatalogue24::itemPNGBlueX() { return gTagsPNG.item(40); }
-const TagItem& detail::TagItemCatalogue24::itemPNGBlueY() { return gTagsPNG.item(41); }
-const TagItem& detail::TagItemCatalogue24::itemPNGStereoMode() { return gTagsPNG.item(42); }
-const TagItem& detail::TagItemCatalogue24::itemPNGSubjectUnits() { return gTagsPNG.item(43); }
-const TagItem& detail::TagItemCatalogue24::itemPNGSubjectPixelWidth() { return gTagsPNG.item(44); }
-const TagItem& detail::TagItemCatalogue24::itemPNGSubjectPixelHeight() { return gTagsPNG.item(45); }
-const TagItem& detail::TagItemCatalogue24::itemPNGArtist() { return gTagsPNG.item(46); }
-const TagItem& detail::TagItemCatalogue24::itemPNGAuthor() { return gTagsPNG.item(47); }
-const TagItem& detail::TagItemCatalogue24::itemPNGCollection() { return gTagsPNG.item(48); }
-const TagItem& detail::TagItemCatalogue24::itemPNGComment() { return gTagsPNG.item(49); }
-const TagItem& detail::TagItemCatalogue24::itemPNGCopyright() { return gTagsPNG.item(50); }
-const TagItem& detail::TagItemCatalogue24::itemPNGCreationTime() { return gTagsPNG.item(51); }
-const TagItem& detail::TagItemCatalogue24::itemPNGDescription() { return gTagsPNG.item(52); }
-const TagItem& detail::TagItemCatalogue24::itemPNGDisclaimer() { return gTagsPNG.item(53); }
-const TagItem& detail::TagItemCatalogue24::itemPNGDocument() { return gTagsPNG.item(54); }
-const TagItem& detail::TagItemCatalogue24::itemPNGLabel() { return gTagsPNG.item(55); }
-const TagItem& detail::TagItemCatalogue24::itemPNGMake() { return gTagsPNG.item(56); }
-const TagItem& detail::TagItemCatalogue24::itemPNGModel() { return gTagsPNG.item(57); }
-const TagItem& detail::TagItemCatalogue24::itemPNGSoftware() { return gTagsPNG.item(58); }
-const TagItem& detail::TagItemCatalogue24::itemPNGSource() { return gTagsPNG.item(59); }
-const TagItem& detail::TagItemCatalogue24::itemPNGTimeStamp() { return gTagsPNG.item(60); }
-const TagItem& detail::TagItemCatalogue24::itemPNGTitle() { return gTagsPNG.item(61); }
-const TagItem& detail::TagItemCatalogue24::itemPNGURL() { return gTagsPNG.item(62); }
-const TagItem& detail::TagItemCatalogue24::itemPNGPNGWarning() { return gTagsPNG.item(63); }
-const TagItem& detail::TagItemCatalogue24::itemPNGCreateDate() { return gTagsPNG.item(64); }
-const TagItem& detail::TagItemCatalogue24::itemPNGModDate() { return gTagsPNG.item(65); }
-const TagItem& detail::TagItemCatalogue24::itemPNGVirtualImageWidth() { return gTagsPNG.item(66); }
-const TagItem& detail::TagItemCatalogue24::itemPNGVirtualImageHeight() { return gTagsPNG.item(67); }
-const TagItem& detail::TagItemCatalogue24::itemPNGVirtualPageUnits() { return gTagsPNG.item(68); }
+const TagItem& detail::TagItemCatalogue24::itemPNGAnimationFrames() { return detail::gTagsPNG.item(0); }
+const TagItem& detail::TagItemCatalogue24::itemPNGAnimationPlays() { return detail::gTagsPNG.item(1); }
+const TagItem& detail::TagItemCatalogue24::itemPNGColorPrimaries() { return detail::gTagsPNG.item(2); }
+const TagItem& detail::TagItemCatalogue24::itemPNGTransferCharacteristics() { return detail::gTagsPNG.item(3); }
+const TagItem& detail::TagItemCatalogue24::itemPNGMatrixCoefficients() { return detail::gTagsPNG.item(4); }
+const TagItem& detail::TagItemCatalogue24::itemPNGVideoFullRangeFlag() { return detail::gTagsPNG.item(5); }
+const TagItem& detail::TagItemCatalogue24::itemPNGImageWidth() { return detail::gTagsPNG.item(6); }
+const TagItem& detail::TagItemCatalogue24::itemPNGImageHeight() { return detail::gTagsPNG.item(7); }
+const TagItem& detail::TagItemCatalogue24::itemPNGBitDepth() { return detail::gTagsPNG.item(8); }
+const TagItem& detail::TagItemCatalogue24::itemPNGColorType() { return detail::gTagsPNG.item(9); }
+const TagItem& detail::TagItemCatalogue24::itemPNGCompression() { return detail::gTagsPNG.item(10); }
+const TagItem& detail::TagItemCatalogue24::itemPNGFilter() { return detail::gTagsPNG.item(11); }
+const TagItem& detail::TagItemCatalogue24::itemPNGInterlace() { return detail::gTagsPNG.item(12); }
+const TagItem& detail::TagItemCatalogue24::itemPNGPalette() { return detail::gTagsPNG.item(13); }
+const TagItem& detail::TagItemCatalogue24::itemPNGBackgroundColor() { return detail::gTagsPNG.item(14); }
+const TagItem& detail::TagItemCatalogue24::itemPNGDigitalSignature() { return detail::gTagsPNG.item(15); }
+const TagItem& detail::TagItemCatalogue24::itemPNGFractalParameters() { return detail::gTagsPNG.item(16); }
+const TagItem& detail::TagItemCatalogue24::itemPNGGamma() { return detail::gTagsPNG.item(17); }
+const TagItem& detail::TagItemCatalogue24::itemPNGGIFGraphicControlExtension() { return detail::gTagsPNG.item(18); }
+const TagItem& detail::TagItemCatalogue24::itemPNGGIFPlainTextExtension() { return detail::gTagsPNG.item(19); }
+const TagItem& detail::TagItemCatalogue24::itemPNGGIFApplicationExtension() { return detail::gTagsPNG.item(20); }
+const TagItem& detail::TagItemCatalogue24::itemPNGPaletteHistogram() { return detail::gTagsPNG.item(21); }
+const TagItem& detail::TagItemCatalogue24::itemPNGProfileName() { return detail::gTagsPNG.item(22); }
+const TagItem& detail::TagItemCatalogue24::itemPNGAppleDataOffsets() { return detail::gTagsPNG.item(23); }
+const TagItem& detail::TagItemCatalogue24::itemPNGImageOffset() { return detail::gTagsPNG.item(24); }
+const TagItem& detail::TagItemCatalogue24::itemPNGPixelCalibration() { return detail::gTagsPNG.item(25); }
+const TagItem& detail::TagItemCatalogue24::itemPNGSignificantBits() { return detail::gTagsPNG.item(26); }
+const TagItem& detail::TagItemCatalogue24::itemPNGSuggestedPalette() { return detail::gTagsPNG.item(27); }
+const TagItem& detail::TagItemCatalogue24::itemPNGSRGBRendering() { return detail::gTagsPNG.item(28); }
+const TagItem& detail::TagItemCatalogue24::itemPNGModifyDate() { return detail::gTagsPNG.item(29); }
+const TagItem& detail::TagItemCatalogue24::itemPNGTransparency() { return detail::gTagsPNG.item(30); }
+const TagItem& detail::TagItemCatalogue24::itemPNGPixelsPerUnitX() { return detail::gTagsPNG.item(31); }
+const TagItem& detail::TagItemCatalogue24::itemPNGPixelsPerUnitY() { return detail::gTagsPNG.item(32); }
+const TagItem& detail::TagItemCatalogue24::itemPNGPixelUnits() { return detail::gTagsPNG.item(33); }
+const TagItem& detail::TagItemCatalogue24::itemPNGWhitePointX() { return detail::gTagsPNG.item(34); }
+const TagItem& detail::TagItemCatalogue24::itemPNGWhitePointY() { return detail::gTagsPNG.item(35); }
+const TagItem& detail::TagItemCatalogue24::itemPNGRedX() { return detail::gTagsPNG.item(36); }
+const TagItem& detail::TagItemCatalogue24::itemPNGRedY() { return detail::gTagsPNG.item(37); }
+const TagItem& detail::TagItemCatalogue24::itemPNGGreenX() { return detail::gTagsPNG.item(38); }
+const TagItem& detail::TagItemCatalogue24::itemPNGGreenY() { return detail::gTagsPNG.item(39); }
+const TagItem& detail::TagItemCatalogue24::itemPNGBlueX() { return detail::gTagsPNG.item(40); }
+const TagItem& detail::TagItemCatalogue24::itemPNGBlueY() { return detail::gTagsPNG.item(41); }
+const TagItem& detail::TagItemCatalogue24::itemPNGStereoMode() { return detail::gTagsPNG.item(42); }
+const TagItem& detail::TagItemCatalogue24::itemPNGSubjectUnits() { return detail::gTagsPNG.item(43); }
+const TagItem& detail::TagItemCatalogue24::itemPNGSubjectPixelWidth() { return detail::gTagsPNG.item(44); }
+const TagItem& detail::TagItemCatalogue24::itemPNGSubjectPixelHeight() { return detail::gTagsPNG.item(45); }
+const TagItem& detail::TagItemCatalogue24::itemPNGArtist() { return detail::gTagsPNG.item(46); }
+const TagItem& detail::TagItemCatalogue24::itemPNGAuthor() { return detail::gTagsPNG.item(47); }
+const TagItem& detail::TagItemCatalogue24::itemPNGCollection() { return detail::gTagsPNG.item(48); }
+const TagItem& detail::TagItemCatalogue24::itemPNGComment() { return detail::gTagsPNG.item(49); }
+const TagItem& detail::TagItemCatalogue24::itemPNGCopyright() { return detail::gTagsPNG.item(50); }
+const TagItem& detail::TagItemCatalogue24::itemPNGCreationTime() { return detail::gTagsPNG.item(51); }
+const TagItem& detail::TagItemCatalogue24::itemPNGDescription() { return detail::gTagsPNG.item(52); }
+const TagItem& detail::TagItemCatalogue24::itemPNGDisclaimer() { return detail::gTagsPNG.item(53); }
+const TagItem& detail::TagItemCatalogue24::itemPNGDocument() { return detail::gTagsPNG.item(54); }
+const TagItem& detail::TagItemCatalogue24::itemPNGLabel() { return detail::gTagsPNG.item(55); }
+const TagItem& detail::TagItemCatalogue24::itemPNGMake() { return detail::gTagsPNG.item(56); }
+const TagItem& detail::TagItemCatalogue24::itemPNGModel() { return detail::gTagsPNG.item(57); }
+const TagItem& detail::TagItemCatalogue24::itemPNGSoftware() { return detail::gTagsPNG.item(58); }
+const TagItem& detail::TagItemCatalogue24::itemPNGSource() { return detail::gTagsPNG.item(59); }
+const TagItem& detail::TagItemCatalogue24::itemPNGTimeStamp() { return detail::gTagsPNG.item(60); }
+const TagItem& detail::TagItemCatalogue24::itemPNGTitle() { return detail::gTagsPNG.item(61); }
+const TagItem& detail::TagItemCatalogue24::itemPNGURL() { return detail::gTagsPNG.item(62); }
+const TagItem& detail::TagItemCatalogue24::itemPNGPNGWarning() { return detail::gTagsPNG.item(63); }
+const TagItem& detail::TagItemCatalogue24::itemPNGCreateDate() { return detail::gTagsPNG.item(64); }
+const TagItem& detail::TagItemCatalogue24::itemPNGModDate() { return detail::gTagsPNG.item(65); }
+const TagItem& detail::TagItemCatalogue24::itemPNGVirtualImageWidth() { return detail::gTagsPNG.item(66); }
+const TagItem& detail::TagItemCatalogue24::itemPNGVirtualImageHeight() { return detail::gTagsPNG.item(67); }
+const TagItem& detail::TagItemCatalogue24::itemPNGVirtualPageUnits() { return detail::gTagsPNG.item(68); }
 
 const TagStrings& TagStringsCatalogue::stringsPSP() {
   return gStringsPSP.strings(&TagStringsCatalogue::stringTablePSP);
@@ -11779,25 +11785,25 @@ TagStringTable TagStringsCatalogue::stringTablePSP(ETLanguage language) {
   return gStringsPSP.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue24::allStreamsPSP() {
-  return gTagsPSP.all();
+  return detail::gTagsPSP.all();
 }
-const TagItem& detail::TagItemCatalogue24::itemPSPTitle() { return gTagsPSP.item(0); }
-const TagItem& detail::TagItemCatalogue24::itemPSPCreateDate() { return gTagsPSP.item(1); }
-const TagItem& detail::TagItemCatalogue24::itemPSPModifyDate() { return gTagsPSP.item(2); }
-const TagItem& detail::TagItemCatalogue24::itemPSPArtist() { return gTagsPSP.item(3); }
-const TagItem& detail::TagItemCatalogue24::itemPSPCopyright() { return gTagsPSP.item(4); }
-const TagItem& detail::TagItemCatalogue24::itemPSPDescription() { return gTagsPSP.item(5); }
-const TagItem& detail::TagItemCatalogue24::itemPSPCreatorAppID() { return gTagsPSP.item(6); }
-const TagItem& detail::TagItemCatalogue24::itemPSPCreatorAppVersion() { return gTagsPSP.item(7); }
-const TagItem& detail::TagItemCatalogue24::itemPSPImageWidth() { return gTagsPSP.item(8); }
-const TagItem& detail::TagItemCatalogue24::itemPSPImageHeight() { return gTagsPSP.item(9); }
-const TagItem& detail::TagItemCatalogue24::itemPSPImageResolution() { return gTagsPSP.item(10); }
-const TagItem& detail::TagItemCatalogue24::itemPSPResolutionUnit() { return gTagsPSP.item(11); }
-const TagItem& detail::TagItemCatalogue24::itemPSPCompression() { return gTagsPSP.item(12); }
-const TagItem& detail::TagItemCatalogue24::itemPSPBitsPerSample() { return gTagsPSP.item(13); }
-const TagItem& detail::TagItemCatalogue24::itemPSPPlanes() { return gTagsPSP.item(14); }
-const TagItem& detail::TagItemCatalogue24::itemPSPNumColors() { return gTagsPSP.item(15); }
-const TagItem& detail::TagItemCatalogue24::itemPSPFileVersion() { return gTagsPSP.item(16); }
+const TagItem& detail::TagItemCatalogue24::itemPSPTitle() { return detail::gTagsPSP.item(0); }
+const TagItem& detail::TagItemCatalogue24::itemPSPCreateDate() { return detail::gTagsPSP.item(1); }
+const TagItem& detail::TagItemCatalogue24::itemPSPModifyDate() { return detail::gTagsPSP.item(2); }
+const TagItem& detail::TagItemCatalogue24::itemPSPArtist() { return detail::gTagsPSP.item(3); }
+const TagItem& detail::TagItemCatalogue24::itemPSPCopyright() { return detail::gTagsPSP.item(4); }
+const TagItem& detail::TagItemCatalogue24::itemPSPDescription() { return detail::gTagsPSP.item(5); }
+const TagItem& detail::TagItemCatalogue24::itemPSPCreatorAppID() { return detail::gTagsPSP.item(6); }
+const TagItem& detail::TagItemCatalogue24::itemPSPCreatorAppVersion() { return detail::gTagsPSP.item(7); }
+const TagItem& detail::TagItemCatalogue24::itemPSPImageWidth() { return detail::gTagsPSP.item(8); }
+const TagItem& detail::TagItemCatalogue24::itemPSPImageHeight() { return detail::gTagsPSP.item(9); }
+const TagItem& detail::TagItemCatalogue24::itemPSPImageResolution() { return detail::gTagsPSP.item(10); }
+const TagItem& detail::TagItemCatalogue24::itemPSPResolutionUnit() { return detail::gTagsPSP.item(11); }
+const TagItem& detail::TagItemCatalogue24::itemPSPCompression() { return detail::gTagsPSP.item(12); }
+const TagItem& detail::TagItemCatalogue24::itemPSPBitsPerSample() { return detail::gTagsPSP.item(13); }
+const TagItem& detail::TagItemCatalogue24::itemPSPPlanes() { return detail::gTagsPSP.item(14); }
+const TagItem& detail::TagItemCatalogue24::itemPSPNumColors() { return detail::gTagsPSP.item(15); }
+const TagItem& detail::TagItemCatalogue24::itemPSPFileVersion() { return detail::gTagsPSP.item(16); }
 
 const TagStrings& TagStringsCatalogue::stringsPalm() {
   return gStringsPalm.strings(&TagStringsCatalogue::stringTablePalm);
@@ -11806,66 +11812,66 @@ TagStringTable TagStringsCatalogue::stringTablePalm(ETLanguage language) {
   return gStringsPalm.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue24::allStreamsPalm() {
-  return gTagsPalm.all();
+  return detail::gTagsPalm.all();
 }
-const TagItem& detail::TagItemCatalogue24::itemPalmDRMServerID() { return gTagsPalm.item(0); }
-const TagItem& detail::TagItemCatalogue24::itemPalmDRMCommerceID() { return gTagsPalm.item(1); }
-const TagItem& detail::TagItemCatalogue24::itemPalmDRM_E_BookBaseID() { return gTagsPalm.item(2); }
-const TagItem& detail::TagItemCatalogue24::itemPalmAuthor() { return gTagsPalm.item(3); }
-const TagItem& detail::TagItemCatalogue24::itemPalmPublisher() { return gTagsPalm.item(4); }
-const TagItem& detail::TagItemCatalogue24::itemPalmImprint() { return gTagsPalm.item(5); }
-const TagItem& detail::TagItemCatalogue24::itemPalmDescription() { return gTagsPalm.item(6); }
-const TagItem& detail::TagItemCatalogue24::itemPalmISBN() { return gTagsPalm.item(7); }
-const TagItem& detail::TagItemCatalogue24::itemPalmSubject() { return gTagsPalm.item(8); }
-const TagItem& detail::TagItemCatalogue24::itemPalmPublishDate() { return gTagsPalm.item(9); }
-const TagItem& detail::TagItemCatalogue24::itemPalmReview() { return gTagsPalm.item(10); }
-const TagItem& detail::TagItemCatalogue24::itemPalmContributor() { return gTagsPalm.item(11); }
-const TagItem& detail::TagItemCatalogue24::itemPalmRights() { return gTagsPalm.item(12); }
-const TagItem& detail::TagItemCatalogue24::itemPalmSubjectCode() { return gTagsPalm.item(13); }
-const TagItem& detail::TagItemCatalogue24::itemPalmBookType() { return gTagsPalm.item(14); }
-const TagItem& detail::TagItemCatalogue24::itemPalmSource() { return gTagsPalm.item(15); }
-const TagItem& detail::TagItemCatalogue24::itemPalmASIN() { return gTagsPalm.item(16); }
-const TagItem& detail::TagItemCatalogue24::itemPalmBookVersion() { return gTagsPalm.item(17); }
-const TagItem& detail::TagItemCatalogue24::itemPalmSampleFlag() { return gTagsPalm.item(18); }
-const TagItem& detail::TagItemCatalogue24::itemPalmStartReading() { return gTagsPalm.item(19); }
-const TagItem& detail::TagItemCatalogue24::itemPalmAdult() { return gTagsPalm.item(20); }
-const TagItem& detail::TagItemCatalogue24::itemPalmRetailPrice() { return gTagsPalm.item(21); }
-const TagItem& detail::TagItemCatalogue24::itemPalmRetailPriceCurrency() { return gTagsPalm.item(22); }
-const TagItem& detail::TagItemCatalogue24::itemPalmResourceCount() { return gTagsPalm.item(23); }
-const TagItem& detail::TagItemCatalogue24::itemPalmKF8CoverURI() { return gTagsPalm.item(24); }
-const TagItem& detail::TagItemCatalogue24::itemPalmDictionaryShortName() { return gTagsPalm.item(25); }
-const TagItem& detail::TagItemCatalogue24::itemPalmCreatorSoftware() { return gTagsPalm.item(26); }
-const TagItem& detail::TagItemCatalogue24::itemPalmCreatorMajorVersion() { return gTagsPalm.item(27); }
-const TagItem& detail::TagItemCatalogue25::itemPalmCreatorMinorVersion() { return gTagsPalm.item(28); }
-const TagItem& detail::TagItemCatalogue25::itemPalmCreatorBuildNumber() { return gTagsPalm.item(29); }
-const TagItem& detail::TagItemCatalogue25::itemPalmWatermark() { return gTagsPalm.item(30); }
-const TagItem& detail::TagItemCatalogue25::itemPalmTamper_proofKeys() { return gTagsPalm.item(31); }
-const TagItem& detail::TagItemCatalogue25::itemPalmClippingLimit() { return gTagsPalm.item(32); }
-const TagItem& detail::TagItemCatalogue25::itemPalmPublisherLimit() { return gTagsPalm.item(33); }
-const TagItem& detail::TagItemCatalogue25::itemPalmTextToSpeech() { return gTagsPalm.item(34); }
-const TagItem& detail::TagItemCatalogue25::itemPalmRentalFlag() { return gTagsPalm.item(35); }
-const TagItem& detail::TagItemCatalogue25::itemPalmRentalExpirationDate() { return gTagsPalm.item(36); }
-const TagItem& detail::TagItemCatalogue25::itemPalmCDEType() { return gTagsPalm.item(37); }
-const TagItem& detail::TagItemCatalogue25::itemPalmLastUpdateTime() { return gTagsPalm.item(38); }
-const TagItem& detail::TagItemCatalogue25::itemPalmUpdatedTitle() { return gTagsPalm.item(39); }
-const TagItem& detail::TagItemCatalogue25::itemPalmASIN2() { return gTagsPalm.item(40); }
-const TagItem& detail::TagItemCatalogue25::itemPalmLanguage() { return gTagsPalm.item(41); }
-const TagItem& detail::TagItemCatalogue25::itemPalmAlignment() { return gTagsPalm.item(42); }
-const TagItem& detail::TagItemCatalogue25::itemPalmCreatorBuildNumber2() { return gTagsPalm.item(43); }
-const TagItem& detail::TagItemCatalogue25::itemPalmCompression() { return gTagsPalm.item(44); }
-const TagItem& detail::TagItemCatalogue25::itemPalmUncompressedTextLength() { return gTagsPalm.item(45); }
-const TagItem& detail::TagItemCatalogue25::itemPalmEncryption() { return gTagsPalm.item(46); }
-const TagItem& detail::TagItemCatalogue25::itemPalmMobiType() { return gTagsPalm.item(47); }
-const TagItem& detail::TagItemCatalogue25::itemPalmCodePage() { return gTagsPalm.item(48); }
-const TagItem& detail::TagItemCatalogue25::itemPalmMobiVersion() { return gTagsPalm.item(49); }
-const TagItem& detail::TagItemCatalogue25::itemPalmBookName() { return gTagsPalm.item(50); }
-const TagItem& detail::TagItemCatalogue25::itemPalmMinimumVersion() { return gTagsPalm.item(51); }
-const TagItem& detail::TagItemCatalogue25::itemPalmDatabaseName() { return gTagsPalm.item(52); }
-const TagItem& detail::TagItemCatalogue25::itemPalmCreateDate() { return gTagsPalm.item(53); }
-const TagItem& detail::TagItemCatalogue25::itemPalmModifyDate() { return gTagsPalm.item(54); }
-const TagItem& detail::TagItemCatalogue25::itemPalmLastBackupDate() { return gTagsPalm.item(55); }
-const TagItem& detail::TagItemCatalogue25::itemPalmModificationNumber() { return gTagsPalm.item(56); }
-const TagItem& detail::TagItemCatalogue25::itemPalmPalmFileType() { return gTagsPalm.item(57); }
+const TagItem& detail::TagItemCatalogue24::itemPalmDRMServerID() { return detail::gTagsPalm.item(0); }
+const TagItem& detail::TagItemCatalogue24::itemPalmDRMCommerceID() { return detail::gTagsPalm.item(1); }
+const TagItem& detail::TagItemCatalogue24::itemPalmDRM_E_BookBaseID() { return detail::gTagsPalm.item(2); }
+const TagItem& detail::TagItemCatalogue24::itemPalmAuthor() { return detail::gTagsPalm.item(3); }
+const TagItem& detail::TagItemCatalogue24::itemPalmPublisher() { return detail::gTagsPalm.item(4); }
+const TagItem& detail::TagItemCatalogue24::itemPalmImprint() { return detail::gTagsPalm.item(5); }
+const TagItem& detail::TagItemCatalogue24::itemPalmDescription() { return detail::gTagsPalm.item(6); }
+const TagItem& detail::TagItemCatalogue24::itemPalmISBN() { return detail::gTagsPalm.item(7); }
+const TagItem& detail::TagItemCatalogue24::itemPalmSubject() { return detail::gTagsPalm.item(8); }
+const TagItem& detail::TagItemCatalogue24::itemPalmPublishDate() { return detail::gTagsPalm.item(9); }
+const TagItem& detail::TagItemCatalogue24::itemPalmReview() { return detail::gTagsPalm.item(10); }
+const TagItem& detail::TagItemCatalogue24::itemPalmContributor() { return detail::gTagsPalm.item(11); }
+const TagItem& detail::TagItemCatalogue24::itemPalmRights() { return detail::gTagsPalm.item(12); }
+const TagItem& detail::TagItemCatalogue24::itemPalmSubjectCode() { return detail::gTagsPalm.item(13); }
+const TagItem& detail::TagItemCatalogue24::itemPalmBookType() { return detail::gTagsPalm.item(14); }
+const TagItem& detail::TagItemCatalogue24::itemPalmSource() { return detail::gTagsPalm.item(15); }
+const TagItem& detail::TagItemCatalogue24::itemPalmASIN() { return detail::gTagsPalm.item(16); }
+const TagItem& detail::TagItemCatalogue24::itemPalmBookVersion() { return detail::gTagsPalm.item(17); }
+const TagItem& detail::TagItemCatalogue24::itemPalmSampleFlag() { return detail::gTagsPalm.item(18); }
+const TagItem& detail::TagItemCatalogue24::itemPalmStartReading() { return detail::gTagsPalm.item(19); }
+const TagItem& detail::TagItemCatalogue24::itemPalmAdult() { return detail::gTagsPalm.item(20); }
+const TagItem& detail::TagItemCatalogue24::itemPalmRetailPrice() { return detail::gTagsPalm.item(21); }
+const TagItem& detail::TagItemCatalogue24::itemPalmRetailPriceCurrency() { return detail::gTagsPalm.item(22); }
+const TagItem& detail::TagItemCatalogue24::itemPalmResourceCount() { return detail::gTagsPalm.item(23); }
+const TagItem& detail::TagItemCatalogue24::itemPalmKF8CoverURI() { return detail::gTagsPalm.item(24); }
+const TagItem& detail::TagItemCatalogue24::itemPalmDictionaryShortName() { return detail::gTagsPalm.item(25); }
+const TagItem& detail::TagItemCatalogue24::itemPalmCreatorSoftware() { return detail::gTagsPalm.item(26); }
+const TagItem& detail::TagItemCatalogue24::itemPalmCreatorMajorVersion() { return detail::gTagsPalm.item(27); }
+const TagItem& detail::TagItemCatalogue25::itemPalmCreatorMinorVersion() { return detail::gTagsPalm.item(28); }
+const TagItem& detail::TagItemCatalogue25::itemPalmCreatorBuildNumber() { return detail::gTagsPalm.item(29); }
+const TagItem& detail::TagItemCatalogue25::itemPalmWatermark() { return detail::gTagsPalm.item(30); }
+const TagItem& detail::TagItemCatalogue25::itemPalmTamper_proofKeys() { return detail::gTagsPalm.item(31); }
+const TagItem& detail::TagItemCatalogue25::itemPalmClippingLimit() { return detail::gTagsPalm.item(32); }
+const TagItem& detail::TagItemCatalogue25::itemPalmPublisherLimit() { return detail::gTagsPalm.item(33); }
+const TagItem& detail::TagItemCatalogue25::itemPalmTextToSpeech() { return detail::gTagsPalm.item(34); }
+const TagItem& detail::TagItemCatalogue25::itemPalmRentalFlag() { return detail::gTagsPalm.item(35); }
+const TagItem& detail::TagItemCatalogue25::itemPalmRentalExpirationDate() { return detail::gTagsPalm.item(36); }
+const TagItem& detail::TagItemCatalogue25::itemPalmCDEType() { return detail::gTagsPalm.item(37); }
+const TagItem& detail::TagItemCatalogue25::itemPalmLastUpdateTime() { return detail::gTagsPalm.item(38); }
+const TagItem& detail::TagItemCatalogue25::itemPalmUpdatedTitle() { return detail::gTagsPalm.item(39); }
+const TagItem& detail::TagItemCatalogue25::itemPalmASIN2() { return detail::gTagsPalm.item(40); }
+const TagItem& detail::TagItemCatalogue25::itemPalmLanguage() { return detail::gTagsPalm.item(41); }
+const TagItem& detail::TagItemCatalogue25::itemPalmAlignment() { return detail::gTagsPalm.item(42); }
+const TagItem& detail::TagItemCatalogue25::itemPalmCreatorBuildNumber2() { return detail::gTagsPalm.item(43); }
+const TagItem& detail::TagItemCatalogue25::itemPalmCompression() { return detail::gTagsPalm.item(44); }
+const TagItem& detail::TagItemCatalogue25::itemPalmUncompressedTextLength() { return detail::gTagsPalm.item(45); }
+const TagItem& detail::TagItemCatalogue25::itemPalmEncryption() { return detail::gTagsPalm.item(46); }
+const TagItem& detail::TagItemCatalogue25::itemPalmMobiType() { return detail::gTagsPalm.item(47); }
+const TagItem& detail::TagItemCatalogue25::itemPalmCodePage() { return detail::gTagsPalm.item(48); }
+const TagItem& detail::TagItemCatalogue25::itemPalmMobiVersion() { return detail::gTagsPalm.item(49); }
+const TagItem& detail::TagItemCatalogue25::itemPalmBookName() { return detail::gTagsPalm.item(50); }
+const TagItem& detail::TagItemCatalogue25::itemPalmMinimumVersion() { return detail::gTagsPalm.item(51); }
+const TagItem& detail::TagItemCatalogue25::itemPalmDatabaseName() { return detail::gTagsPalm.item(52); }
+const TagItem& detail::TagItemCatalogue25::itemPalmCreateDate() { return detail::gTagsPalm.item(53); }
+const TagItem& detail::TagItemCatalogue25::itemPalmModifyDate() { return detail::gTagsPalm.item(54); }
+const TagItem& detail::TagItemCatalogue25::itemPalmLastBackupDate() { return detail::gTagsPalm.item(55); }
+const TagItem& detail::TagItemCatalogue25::itemPalmModificationNumber() { return detail::gTagsPalm.item(56); }
+const TagItem& detail::TagItemCatalogue25::itemPalmPalmFileType() { return detail::gTagsPalm.item(57); }
 
 const TagStrings& TagStringsCatalogue::stringsPanasonic() {
   return gStringsPanasonic.strings(&TagStringsCatalogue::stringTablePanasonic);
@@ -11874,154 +11880,154 @@ TagStringTable TagStringsCatalogue::stringTablePanasonic(ETLanguage language) {
   return gStringsPanasonic.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue25::allStreamsPanasonic() {
-  return gTagsPanasonic.all();
+  return detail::gTagsPanasonic.all();
 }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicNumFacePositions() { return gTagsPanasonic.item(0); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicFace1Position() { return gTagsPanasonic.item(1); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicFace2Position() { return gTagsPanasonic.item(2); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicFace3Position() { return gTagsPanasonic.item(3); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicFace4Position() { return gTagsPanasonic.item(4); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicFace5Position() { return gTagsPanasonic.item(5); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicFacesRecognized() { return gTagsPanasonic.item(6); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRecognizedFace1Name() { return gTagsPanasonic.item(7); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRecognizedFace1Position() { return gTagsPanasonic.item(8); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRecognizedFace1Age() { return gTagsPanasonic.item(9); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRecognizedFace2Name() { return gTagsPanasonic.item(10); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRecognizedFace2Position() { return gTagsPanasonic.item(11); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRecognizedFace2Age() { return gTagsPanasonic.item(12); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRecognizedFace3Name() { return gTagsPanasonic.item(13); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRecognizedFace3Position() { return gTagsPanasonic.item(14); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRecognizedFace3Age() { return gTagsPanasonic.item(15); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicImageQuality() { return gTagsPanasonic.item(16); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicFirmwareVersion() { return gTagsPanasonic.item(17); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicWhiteBalance() { return gTagsPanasonic.item(18); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicFocusMode() { return gTagsPanasonic.item(19); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicAFAreaMode() { return gTagsPanasonic.item(20); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicImageStabilization() { return gTagsPanasonic.item(21); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicMacroMode() { return gTagsPanasonic.item(22); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicShootingMode() { return gTagsPanasonic.item(23); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicAudio() { return gTagsPanasonic.item(24); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicDataDump() { return gTagsPanasonic.item(25); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicWhiteBalanceBias() { return gTagsPanasonic.item(26); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicFlashBias() { return gTagsPanasonic.item(27); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicInternalSerialNumber() { return gTagsPanasonic.item(28); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicPanasonicExifVersion() { return gTagsPanasonic.item(29); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicVideoFrameRate() { return gTagsPanasonic.item(30); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicColorEffect() { return gTagsPanasonic.item(31); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicTimeSincePowerOn() { return gTagsPanasonic.item(32); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicBurstMode() { return gTagsPanasonic.item(33); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicSequenceNumber() { return gTagsPanasonic.item(34); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicContrastMode() { return gTagsPanasonic.item(35); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicNoiseReduction() { return gTagsPanasonic.item(36); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicSelfTimer() { return gTagsPanasonic.item(37); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRotation() { return gTagsPanasonic.item(38); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicAFAssistLamp() { return gTagsPanasonic.item(39); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicColorMode() { return gTagsPanasonic.item(40); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicBabyAge() { return gTagsPanasonic.item(41); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicOpticalZoomMode() { return gTagsPanasonic.item(42); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicConversionLens() { return gTagsPanasonic.item(43); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicTravelDay() { return gTagsPanasonic.item(44); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicBatteryLevel() { return gTagsPanasonic.item(45); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicContrast() { return gTagsPanasonic.item(46); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicWorldTimeLocation() { return gTagsPanasonic.item(47); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicTextStamp() { return gTagsPanasonic.item(48); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicProgramISO() { return gTagsPanasonic.item(49); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicAdvancedSceneType() { return gTagsPanasonic.item(50); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicFacesDetected() { return gTagsPanasonic.item(51); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicSaturation() { return gTagsPanasonic.item(52); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicSharpness() { return gTagsPanasonic.item(53); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicFilmMode() { return gTagsPanasonic.item(54); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicJPEGQuality() { return gTagsPanasonic.item(55); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicColorTempKelvin() { return gTagsPanasonic.item(56); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicBracketSettings() { return gTagsPanasonic.item(57); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicWBShiftAB() { return gTagsPanasonic.item(58); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicWBShiftGM() { return gTagsPanasonic.item(59); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicFlashCurtain() { return gTagsPanasonic.item(60); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicLongExposureNoiseReduction() { return gTagsPanasonic.item(61); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicPanasonicImageWidth() { return gTagsPanasonic.item(62); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicPanasonicImageHeight() { return gTagsPanasonic.item(63); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicAFPointPosition() { return gTagsPanasonic.item(64); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicLensType() { return gTagsPanasonic.item(65); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicLensSerialNumber() { return gTagsPanasonic.item(66); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicAccessoryType() { return gTagsPanasonic.item(67); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicAccessorySerialNumber() { return gTagsPanasonic.item(68); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicIntelligentExposure() { return gTagsPanasonic.item(69); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicLensFirmwareVersion() { return gTagsPanasonic.item(70); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicFlashWarning() { return gTagsPanasonic.item(71); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicTitle() { return gTagsPanasonic.item(72); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicBabyName() { return gTagsPanasonic.item(73); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicLocation() { return gTagsPanasonic.item(74); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicCountry() { return gTagsPanasonic.item(75); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicState() { return gTagsPanasonic.item(76); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicCity() { return gTagsPanasonic.item(77); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicLandmark() { return gTagsPanasonic.item(78); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicIntelligentResolution() { return gTagsPanasonic.item(79); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicMergedImages() { return gTagsPanasonic.item(80); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicBurstSpeed() { return gTagsPanasonic.item(81); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicIntelligentD_Range() { return gTagsPanasonic.item(82); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicClearRetouch() { return gTagsPanasonic.item(83); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicCity2() { return gTagsPanasonic.item(84); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicManometerPressure() { return gTagsPanasonic.item(85); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicPhotoStyle() { return gTagsPanasonic.item(86); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicShadingCompensation() { return gTagsPanasonic.item(87); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicWBShiftIntelligentAuto() { return gTagsPanasonic.item(88); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicAccelerometerZ() { return gTagsPanasonic.item(89); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicAccelerometerX() { return gTagsPanasonic.item(90); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicAccelerometerY() { return gTagsPanasonic.item(91); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicCameraOrientation() { return gTagsPanasonic.item(92); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRollAngle() { return gTagsPanasonic.item(93); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicPitchAngle() { return gTagsPanasonic.item(94); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicWBShiftCreativeControl() { return gTagsPanasonic.item(95); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicSweepPanoramaDirection() { return gTagsPanasonic.item(96); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicSweepPanoramaFieldOfView() { return gTagsPanasonic.item(97); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicTimerRecording() { return gTagsPanasonic.item(98); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicInternalNDFilter() { return gTagsPanasonic.item(99); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicHDR() { return gTagsPanasonic.item(100); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicShutterType() { return gTagsPanasonic.item(101); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicFilterEffect() { return gTagsPanasonic.item(102); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicClearRetouchValue() { return gTagsPanasonic.item(103); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicOutputLUT() { return gTagsPanasonic.item(104); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicTouchAE() { return gTagsPanasonic.item(105); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicMonochromeFilterEffect() { return gTagsPanasonic.item(106); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicHighlightShadow() { return gTagsPanasonic.item(107); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicTimeStamp() { return gTagsPanasonic.item(108); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicVideoBurstResolution() { return gTagsPanasonic.item(109); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicMultiExposure() { return gTagsPanasonic.item(110); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRedEyeRemoval() { return gTagsPanasonic.item(111); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicVideoBurstMode() { return gTagsPanasonic.item(112); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicDiffractionCorrection() { return gTagsPanasonic.item(113); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicFocusBracket() { return gTagsPanasonic.item(114); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicLongExposureNRUsed() { return gTagsPanasonic.item(115); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicPostFocusMerging() { return gTagsPanasonic.item(116); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicVideoPreburst() { return gTagsPanasonic.item(117); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicLensTypeMake() { return gTagsPanasonic.item(118); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicLensTypeModel() { return gTagsPanasonic.item(119); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicSensorType() { return gTagsPanasonic.item(120); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicISO() { return gTagsPanasonic.item(121); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicMonochromeGrainEffect() { return gTagsPanasonic.item(122); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicNoiseReductionStrength() { return gTagsPanasonic.item(123); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicMinimumISO() { return gTagsPanasonic.item(124); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicDynamicRangeBoost() { return gTagsPanasonic.item(125); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicMakerNoteVersion() { return gTagsPanasonic.item(126); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicSceneMode() { return gTagsPanasonic.item(127); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicHighlightWarning() { return gTagsPanasonic.item(128); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicDarkFocusEnvironment() { return gTagsPanasonic.item(129); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicWBRedLevel() { return gTagsPanasonic.item(130); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicWBGreenLevel() { return gTagsPanasonic.item(131); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicWBBlueLevel() { return gTagsPanasonic.item(132); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicMake() { return gTagsPanasonic.item(133); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicModel() { return gTagsPanasonic.item(134); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicVersion1() { return gTagsPanasonic.item(135); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicVersion2() { return gTagsPanasonic.item(136); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicThumbnailTest() { return gTagsPanasonic.item(137); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicThumbnailWidth() { return gTagsPanasonic.item(138); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicThumbnailHeight() { return gTagsPanasonic.item(139); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicThumbnailImage() { return gTagsPanasonic.item(140); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicThumbnailLength() { return gTagsPanasonic.item(141); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicPanasonicDateTime() { return gTagsPanasonic.item(142); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicTimeLapseShotNumber() { return gTagsPanasonic.item(143); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicMakerNoteType() { return gTagsPanasonic.item(144); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicGain() { return gTagsPanasonic.item(145); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicNumFacePositions() { return detail::gTagsPanasonic.item(0); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicFace1Position() { return detail::gTagsPanasonic.item(1); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicFace2Position() { return detail::gTagsPanasonic.item(2); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicFace3Position() { return detail::gTagsPanasonic.item(3); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicFace4Position() { return detail::gTagsPanasonic.item(4); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicFace5Position() { return detail::gTagsPanasonic.item(5); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicFacesRecognized() { return detail::gTagsPanasonic.item(6); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRecognizedFace1Name() { return detail::gTagsPanasonic.item(7); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRecognizedFace1Position() { return detail::gTagsPanasonic.item(8); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRecognizedFace1Age() { return detail::gTagsPanasonic.item(9); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRecognizedFace2Name() { return detail::gTagsPanasonic.item(10); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRecognizedFace2Position() { return detail::gTagsPanasonic.item(11); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRecognizedFace2Age() { return detail::gTagsPanasonic.item(12); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRecognizedFace3Name() { return detail::gTagsPanasonic.item(13); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRecognizedFace3Position() { return detail::gTagsPanasonic.item(14); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRecognizedFace3Age() { return detail::gTagsPanasonic.item(15); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicImageQuality() { return detail::gTagsPanasonic.item(16); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicFirmwareVersion() { return detail::gTagsPanasonic.item(17); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicWhiteBalance() { return detail::gTagsPanasonic.item(18); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicFocusMode() { return detail::gTagsPanasonic.item(19); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicAFAreaMode() { return detail::gTagsPanasonic.item(20); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicImageStabilization() { return detail::gTagsPanasonic.item(21); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicMacroMode() { return detail::gTagsPanasonic.item(22); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicShootingMode() { return detail::gTagsPanasonic.item(23); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicAudio() { return detail::gTagsPanasonic.item(24); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicDataDump() { return detail::gTagsPanasonic.item(25); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicWhiteBalanceBias() { return detail::gTagsPanasonic.item(26); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicFlashBias() { return detail::gTagsPanasonic.item(27); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicInternalSerialNumber() { return detail::gTagsPanasonic.item(28); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicPanasonicExifVersion() { return detail::gTagsPanasonic.item(29); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicVideoFrameRate() { return detail::gTagsPanasonic.item(30); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicColorEffect() { return detail::gTagsPanasonic.item(31); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicTimeSincePowerOn() { return detail::gTagsPanasonic.item(32); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicBurstMode() { return detail::gTagsPanasonic.item(33); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicSequenceNumber() { return detail::gTagsPanasonic.item(34); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicContrastMode() { return detail::gTagsPanasonic.item(35); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicNoiseReduction() { return detail::gTagsPanasonic.item(36); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicSelfTimer() { return detail::gTagsPanasonic.item(37); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRotation() { return detail::gTagsPanasonic.item(38); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicAFAssistLamp() { return detail::gTagsPanasonic.item(39); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicColorMode() { return detail::gTagsPanasonic.item(40); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicBabyAge() { return detail::gTagsPanasonic.item(41); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicOpticalZoomMode() { return detail::gTagsPanasonic.item(42); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicConversionLens() { return detail::gTagsPanasonic.item(43); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicTravelDay() { return detail::gTagsPanasonic.item(44); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicBatteryLevel() { return detail::gTagsPanasonic.item(45); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicContrast() { return detail::gTagsPanasonic.item(46); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicWorldTimeLocation() { return detail::gTagsPanasonic.item(47); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicTextStamp() { return detail::gTagsPanasonic.item(48); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicProgramISO() { return detail::gTagsPanasonic.item(49); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicAdvancedSceneType() { return detail::gTagsPanasonic.item(50); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicFacesDetected() { return detail::gTagsPanasonic.item(51); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicSaturation() { return detail::gTagsPanasonic.item(52); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicSharpness() { return detail::gTagsPanasonic.item(53); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicFilmMode() { return detail::gTagsPanasonic.item(54); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicJPEGQuality() { return detail::gTagsPanasonic.item(55); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicColorTempKelvin() { return detail::gTagsPanasonic.item(56); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicBracketSettings() { return detail::gTagsPanasonic.item(57); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicWBShiftAB() { return detail::gTagsPanasonic.item(58); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicWBShiftGM() { return detail::gTagsPanasonic.item(59); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicFlashCurtain() { return detail::gTagsPanasonic.item(60); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicLongExposureNoiseReduction() { return detail::gTagsPanasonic.item(61); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicPanasonicImageWidth() { return detail::gTagsPanasonic.item(62); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicPanasonicImageHeight() { return detail::gTagsPanasonic.item(63); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicAFPointPosition() { return detail::gTagsPanasonic.item(64); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicLensType() { return detail::gTagsPanasonic.item(65); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicLensSerialNumber() { return detail::gTagsPanasonic.item(66); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicAccessoryType() { return detail::gTagsPanasonic.item(67); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicAccessorySerialNumber() { return detail::gTagsPanasonic.item(68); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicIntelligentExposure() { return detail::gTagsPanasonic.item(69); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicLensFirmwareVersion() { return detail::gTagsPanasonic.item(70); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicFlashWarning() { return detail::gTagsPanasonic.item(71); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicTitle() { return detail::gTagsPanasonic.item(72); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicBabyName() { return detail::gTagsPanasonic.item(73); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicLocation() { return detail::gTagsPanasonic.item(74); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicCountry() { return detail::gTagsPanasonic.item(75); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicState() { return detail::gTagsPanasonic.item(76); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicCity() { return detail::gTagsPanasonic.item(77); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicLandmark() { return detail::gTagsPanasonic.item(78); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicIntelligentResolution() { return detail::gTagsPanasonic.item(79); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicMergedImages() { return detail::gTagsPanasonic.item(80); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicBurstSpeed() { return detail::gTagsPanasonic.item(81); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicIntelligentD_Range() { return detail::gTagsPanasonic.item(82); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicClearRetouch() { return detail::gTagsPanasonic.item(83); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicCity2() { return detail::gTagsPanasonic.item(84); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicManometerPressure() { return detail::gTagsPanasonic.item(85); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicPhotoStyle() { return detail::gTagsPanasonic.item(86); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicShadingCompensation() { return detail::gTagsPanasonic.item(87); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicWBShiftIntelligentAuto() { return detail::gTagsPanasonic.item(88); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicAccelerometerZ() { return detail::gTagsPanasonic.item(89); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicAccelerometerX() { return detail::gTagsPanasonic.item(90); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicAccelerometerY() { return detail::gTagsPanasonic.item(91); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicCameraOrientation() { return detail::gTagsPanasonic.item(92); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRollAngle() { return detail::gTagsPanasonic.item(93); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicPitchAngle() { return detail::gTagsPanasonic.item(94); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicWBShiftCreativeControl() { return detail::gTagsPanasonic.item(95); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicSweepPanoramaDirection() { return detail::gTagsPanasonic.item(96); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicSweepPanoramaFieldOfView() { return detail::gTagsPanasonic.item(97); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicTimerRecording() { return detail::gTagsPanasonic.item(98); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicInternalNDFilter() { return detail::gTagsPanasonic.item(99); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicHDR() { return detail::gTagsPanasonic.item(100); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicShutterType() { return detail::gTagsPanasonic.item(101); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicFilterEffect() { return detail::gTagsPanasonic.item(102); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicClearRetouchValue() { return detail::gTagsPanasonic.item(103); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicOutputLUT() { return detail::gTagsPanasonic.item(104); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicTouchAE() { return detail::gTagsPanasonic.item(105); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicMonochromeFilterEffect() { return detail::gTagsPanasonic.item(106); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicHighlightShadow() { return detail::gTagsPanasonic.item(107); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicTimeStamp() { return detail::gTagsPanasonic.item(108); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicVideoBurstResolution() { return detail::gTagsPanasonic.item(109); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicMultiExposure() { return detail::gTagsPanasonic.item(110); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRedEyeRemoval() { return detail::gTagsPanasonic.item(111); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicVideoBurstMode() { return detail::gTagsPanasonic.item(112); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicDiffractionCorrection() { return detail::gTagsPanasonic.item(113); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicFocusBracket() { return detail::gTagsPanasonic.item(114); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicLongExposureNRUsed() { return detail::gTagsPanasonic.item(115); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicPostFocusMerging() { return detail::gTagsPanasonic.item(116); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicVideoPreburst() { return detail::gTagsPanasonic.item(117); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicLensTypeMake() { return detail::gTagsPanasonic.item(118); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicLensTypeModel() { return detail::gTagsPanasonic.item(119); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicSensorType() { return detail::gTagsPanasonic.item(120); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicISO() { return detail::gTagsPanasonic.item(121); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicMonochromeGrainEffect() { return detail::gTagsPanasonic.item(122); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicNoiseReductionStrength() { return detail::gTagsPanasonic.item(123); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicMinimumISO() { return detail::gTagsPanasonic.item(124); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicDynamicRangeBoost() { return detail::gTagsPanasonic.item(125); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicMakerNoteVersion() { return detail::gTagsPanasonic.item(126); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicSceneMode() { return detail::gTagsPanasonic.item(127); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicHighlightWarning() { return detail::gTagsPanasonic.item(128); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicDarkFocusEnvironment() { return detail::gTagsPanasonic.item(129); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicWBRedLevel() { return detail::gTagsPanasonic.item(130); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicWBGreenLevel() { return detail::gTagsPanasonic.item(131); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicWBBlueLevel() { return detail::gTagsPanasonic.item(132); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicMake() { return detail::gTagsPanasonic.item(133); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicModel() { return detail::gTagsPanasonic.item(134); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicVersion1() { return detail::gTagsPanasonic.item(135); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicVersion2() { return detail::gTagsPanasonic.item(136); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicThumbnailTest() { return detail::gTagsPanasonic.item(137); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicThumbnailWidth() { return detail::gTagsPanasonic.item(138); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicThumbnailHeight() { return detail::gTagsPanasonic.item(139); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicThumbnailImage() { return detail::gTagsPanasonic.item(140); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicThumbnailLength() { return detail::gTagsPanasonic.item(141); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicPanasonicDateTime() { return detail::gTagsPanasonic.item(142); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicTimeLapseShotNumber() { return detail::gTagsPanasonic.item(143); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicMakerNoteType() { return detail::gTagsPanasonic.item(144); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicGain() { return detail::gTagsPanasonic.item(145); }
 
 const TagStrings& TagStringsCatalogue::stringsPanasonicRaw() {
   return gStringsPanasonicRaw.strings(&TagStringsCatalogue::stringTablePanasonicRaw);
@@ -12030,61 +12036,61 @@ TagStringTable TagStringsCatalogue::stringTablePanasonicRaw(ETLanguage language)
   return gStringsPanasonicRaw.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue25::allStreamsPanasonicRaw() {
-  return gTagsPanasonicRaw.all();
+  return detail::gTagsPanasonicRaw.all();
 }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawMultishotOn() { return gTagsPanasonicRaw.item(0); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawFocusStepNear() { return gTagsPanasonicRaw.item(1); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawFocusStepCount() { return gTagsPanasonicRaw.item(2); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawFlashFired() { return gTagsPanasonicRaw.item(3); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawZoomPosition() { return gTagsPanasonicRaw.item(4); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawLensAttached() { return gTagsPanasonicRaw.item(5); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawLensTypeMake() { return gTagsPanasonicRaw.item(6); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawLensTypeModel() { return gTagsPanasonicRaw.item(7); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawFocalLengthIn35mmFormat() { return gTagsPanasonicRaw.item(8); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawApertureValue() { return gTagsPanasonicRaw.item(9); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawShutterSpeedValue() { return gTagsPanasonicRaw.item(10); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawSensitivityValue() { return gTagsPanasonicRaw.item(11); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawHighISOMode() { return gTagsPanasonicRaw.item(12); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawFacesDetected() { return gTagsPanasonicRaw.item(13); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_CFA0_LevelDaylight() { return gTagsPanasonicRaw.item(14); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_CFA1_LevelDaylight() { return gTagsPanasonicRaw.item(15); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_CFA2_LevelDaylight() { return gTagsPanasonicRaw.item(16); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_CFA3_LevelDaylight() { return gTagsPanasonicRaw.item(17); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWhiteBalanceSet() { return gTagsPanasonicRaw.item(18); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RedLevelAuto() { return gTagsPanasonicRaw.item(19); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_BlueLevelAuto() { return gTagsPanasonicRaw.item(20); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawOrientation() { return gTagsPanasonicRaw.item(21); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWhiteBalanceDetected() { return gTagsPanasonicRaw.item(22); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawDistortionParam02() { return gTagsPanasonicRaw.item(23); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawDistortionParam04() { return gTagsPanasonicRaw.item(24); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawDistortionScale() { return gTagsPanasonicRaw.item(25); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawDistortionCorrection() { return gTagsPanasonicRaw.item(26); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawDistortionParam08() { return gTagsPanasonicRaw.item(27); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawDistortionParam09() { return gTagsPanasonicRaw.item(28); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawDistortionParam11() { return gTagsPanasonicRaw.item(29); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawDistortionN() { return gTagsPanasonicRaw.item(30); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawNumWBEntries() { return gTagsPanasonicRaw.item(31); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWBType1() { return gTagsPanasonicRaw.item(32); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RBLevels1() { return gTagsPanasonicRaw.item(33); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWBType2() { return gTagsPanasonicRaw.item(34); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RBLevels2() { return gTagsPanasonicRaw.item(35); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWBType3() { return gTagsPanasonicRaw.item(36); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RBLevels3() { return gTagsPanasonicRaw.item(37); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWBType4() { return gTagsPanasonicRaw.item(38); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RBLevels4() { return gTagsPanasonicRaw.item(39); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWBType5() { return gTagsPanasonicRaw.item(40); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RBLevels5() { return gTagsPanasonicRaw.item(41); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWBType6() { return gTagsPanasonicRaw.item(42); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RBLevels6() { return gTagsPanasonicRaw.item(43); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWBType7() { return gTagsPanasonicRaw.item(44); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RBLevels7() { return gTagsPanasonicRaw.item(45); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RGBLevels1() { return gTagsPanasonicRaw.item(46); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RGBLevels2() { return gTagsPanasonicRaw.item(47); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RGBLevels3() { return gTagsPanasonicRaw.item(48); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RGBLevels4() { return gTagsPanasonicRaw.item(49); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RGBLevels5() { return gTagsPanasonicRaw.item(50); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RGBLevels6() { return gTagsPanasonicRaw.item(51); }
-const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RGBLevels7() { return gTagsPanasonicRaw.item(52); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawMultishotOn() { return detail::gTagsPanasonicRaw.item(0); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawFocusStepNear() { return detail::gTagsPanasonicRaw.item(1); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawFocusStepCount() { return detail::gTagsPanasonicRaw.item(2); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawFlashFired() { return detail::gTagsPanasonicRaw.item(3); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawZoomPosition() { return detail::gTagsPanasonicRaw.item(4); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawLensAttached() { return detail::gTagsPanasonicRaw.item(5); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawLensTypeMake() { return detail::gTagsPanasonicRaw.item(6); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawLensTypeModel() { return detail::gTagsPanasonicRaw.item(7); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawFocalLengthIn35mmFormat() { return detail::gTagsPanasonicRaw.item(8); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawApertureValue() { return detail::gTagsPanasonicRaw.item(9); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawShutterSpeedValue() { return detail::gTagsPanasonicRaw.item(10); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawSensitivityValue() { return detail::gTagsPanasonicRaw.item(11); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawHighISOMode() { return detail::gTagsPanasonicRaw.item(12); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawFacesDetected() { return detail::gTagsPanasonicRaw.item(13); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_CFA0_LevelDaylight() { return detail::gTagsPanasonicRaw.item(14); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_CFA1_LevelDaylight() { return detail::gTagsPanasonicRaw.item(15); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_CFA2_LevelDaylight() { return detail::gTagsPanasonicRaw.item(16); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_CFA3_LevelDaylight() { return detail::gTagsPanasonicRaw.item(17); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWhiteBalanceSet() { return detail::gTagsPanasonicRaw.item(18); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RedLevelAuto() { return detail::gTagsPanasonicRaw.item(19); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_BlueLevelAuto() { return detail::gTagsPanasonicRaw.item(20); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawOrientation() { return detail::gTagsPanasonicRaw.item(21); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWhiteBalanceDetected() { return detail::gTagsPanasonicRaw.item(22); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawDistortionParam02() { return detail::gTagsPanasonicRaw.item(23); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawDistortionParam04() { return detail::gTagsPanasonicRaw.item(24); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawDistortionScale() { return detail::gTagsPanasonicRaw.item(25); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawDistortionCorrection() { return detail::gTagsPanasonicRaw.item(26); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawDistortionParam08() { return detail::gTagsPanasonicRaw.item(27); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawDistortionParam09() { return detail::gTagsPanasonicRaw.item(28); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawDistortionParam11() { return detail::gTagsPanasonicRaw.item(29); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawDistortionN() { return detail::gTagsPanasonicRaw.item(30); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawNumWBEntries() { return detail::gTagsPanasonicRaw.item(31); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWBType1() { return detail::gTagsPanasonicRaw.item(32); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RBLevels1() { return detail::gTagsPanasonicRaw.item(33); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWBType2() { return detail::gTagsPanasonicRaw.item(34); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RBLevels2() { return detail::gTagsPanasonicRaw.item(35); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWBType3() { return detail::gTagsPanasonicRaw.item(36); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RBLevels3() { return detail::gTagsPanasonicRaw.item(37); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWBType4() { return detail::gTagsPanasonicRaw.item(38); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RBLevels4() { return detail::gTagsPanasonicRaw.item(39); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWBType5() { return detail::gTagsPanasonicRaw.item(40); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RBLevels5() { return detail::gTagsPanasonicRaw.item(41); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWBType6() { return detail::gTagsPanasonicRaw.item(42); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RBLevels6() { return detail::gTagsPanasonicRaw.item(43); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWBType7() { return detail::gTagsPanasonicRaw.item(44); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RBLevels7() { return detail::gTagsPanasonicRaw.item(45); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RGBLevels1() { return detail::gTagsPanasonicRaw.item(46); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RGBLevels2() { return detail::gTagsPanasonicRaw.item(47); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RGBLevels3() { return detail::gTagsPanasonicRaw.item(48); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RGBLevels4() { return detail::gTagsPanasonicRaw.item(49); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RGBLevels5() { return detail::gTagsPanasonicRaw.item(50); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RGBLevels6() { return detail::gTagsPanasonicRaw.item(51); }
+const TagItem& detail::TagItemCatalogue25::itemPanasonicRawWB_RGBLevels7() { return detail::gTagsPanasonicRaw.item(52); }
 
 const TagStrings& TagStringsCatalogue::stringsParrot() {
   return gStringsParrot.strings(&TagStringsCatalogue::stringTableParrot);
@@ -12093,77 +12099,62 @@ TagStringTable TagStringsCatalogue::stringTableParrot(ETLanguage language) {
   return gStringsParrot.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue25::allStreamsParrot() {
-  return gTagsParrot.all();
+  return detail::gTagsParrot.all();
 }
-const TagItem& detail::TagItemCatalogue25::itemParrotRawThermalImage() { return gTagsParrot.item(0); }
-const TagItem& detail::TagItemCatalogue25::itemParrotAccelerometerUnknown() { return gTagsParrot.item(1); }
-const TagItem& detail::TagItemCatalogue25::itemParrotAccelerometer() { return gTagsParrot.item(2); }
-const TagItem& detail::TagItemCatalogue25::itemParrotGyroscopeUnknown() { return gTagsParrot.item(3); }
-const TagItem& detail::TagItemCatalogue25::itemParrotGyroscope() { return gTagsParrot.item(4); }
-const TagItem& detail::TagItemCatalogue25::itemParrotGPSFramingLatitude() { return gTagsParrot.item(5); }
-const TagItem& detail::TagItemCatalogue25::itemParrotGPSFramingLongitude() { return gTagsParrot.item(6); }
-const TagItem& detail::TagItemCatalogue25::itemParrotGPSFramingAltitude() { return gTagsParrot.item(7); }
-const TagItem& detail::TagItemCatalogue25::itemParrotGPSDestLatitude() { return gTagsParrot.item(8); }
-const TagItem& detail::TagItemCatalogue25::itemParrotGPSDestLongitude() { return gTagsParrot.item(9); }
-const TagItem& detail::TagItemCatalogue25::itemParrotGPSDestAltitude() { return gTagsParrot.item(10); }
-const TagItem& detail::TagItemCatalogue25::itemParrotAutomationAnimation() { return gTagsParrot.item(11); }
-const TagItem& detail::TagItemCatalogue25::itemParrotAutomationFlags() { return gTagsParrot.item(12); }
-const TagItem& detail::TagItemCatalogue25::itemParrotGPSTargetLatitude() { return gTagsParrot.item(13); }
-const TagItem& detail::TagItemCatalogue25::itemParrotGPSTargetLongitude() { return gTagsParrot.item(14); }
-const TagItem& detail::TagItemCatalogue25::itemParrotGPSTargetAltitude() { return gTagsParrot.item(15); }
-const TagItem& detail::TagItemCatalogue25::itemParrotFollow_meMode() { return gTagsParrot.item(16); }
-const TagItem& detail::TagItemCatalogue25::itemParrotFollow_meAnimation() { return gTagsParrot.item(17); }
-const TagItem& detail::TagItemCatalogue25::itemParrotTimeStamp() { return gTagsParrot.item(18); }
-const TagItem& detail::TagItemCatalogue25::itemParrotDroneYaw() { return gTagsParrot.item(19); }
-const TagItem& detail::TagItemCatalogue25::itemParrotDronePitch() { return gTagsParrot.item(20); }
-const TagItem& detail::TagItemCatalogue25::itemParrotDroneRoll() { return gTagsParrot.item(21); }
-const TagItem& detail::TagItemCatalogue25::itemParrotCameraPan() { return gTagsParrot.item(22); }
-const TagItem& detail::TagItemCatalogue25::itemParrotCameraTilt() { return gTagsParrot.item(23); }
-const TagItem& detail::TagItemCatalogue25::itemParrotFrameView() { return gTagsParrot.item(24); }
-const TagItem& detail::TagItemCatalogue25::itemParrotExposureTime() { return gTagsParrot.item(25); }
-const TagItem& detail::TagItemCatalogue25::itemParrotISO() { return gTagsParrot.item(26); }
-const TagItem& detail::TagItemCatalogue25::itemParrotWifiRSSI() { return gTagsParrot.item(27); }
-const TagItem& detail::TagItemCatalogue25::itemParrotBattery() { return gTagsParrot.item(28); }
-const TagItem& detail::TagItemCatalogue25::itemParrotGPSLatitude() { return gTagsParrot.item(29); }
-const TagItem& detail::TagItemCatalogue25::itemParrotGPSLongitude() { return gTagsParrot.item(30); }
-const TagItem& detail::TagItemCatalogue25::itemParrotGPSAltitude() { return gTagsParrot.item(31); }
-const TagItem& detail::TagItemCatalogue25::itemParrotGPSSatellites() { return gTagsParrot.item(32); }
-const TagItem& detail::TagItemCatalogue25::itemParrotAltitudeFromTakeOff() { return gTagsParrot.item(33); }
-const TagItem& detail::TagItemCatalogue25::itemParrotDistanceFromHome() { return gTagsParrot.item(34); }
-const TagItem& detail::TagItemCatalogue25::itemParrotSpeedX() { return gTagsParrot.item(35); }
-const TagItem& detail::TagItemCatalogue25::itemParrotSpeedY() { return gTagsParrot.item(36); }
-const TagItem& detail::TagItemCatalogue25::itemParrotSpeedZ() { return gTagsParrot.item(37); }
-const TagItem& detail::TagItemCatalogue25::itemParrotBinning() { return gTagsParrot.item(38); }
-const TagItem& detail::TagItemCatalogue25::itemParrotFlyingState() { return gTagsParrot.item(39); }
-const TagItem& detail::TagItemCatalogue25::itemParrotAnimation() { return gTagsParrot.item(40); }
-const TagItem& detail::TagItemCatalogue25::itemParrotPilotingMode() { return gTagsParrot.item(41); }
-const TagItem& detail::TagItemCatalogue25::itemParrotElevation() { return gTagsParrot.item(42); }
-const TagItem& detail::TagItemCatalogue25::itemParrotGPSVelocityNorth() { return gTagsParrot.item(43); }
-const TagItem& detail::TagItemCatalogue25::itemParrotGPSVelocityEast() { return gTagsParrot.item(44); }
-const TagItem& detail::TagItemCatalogue25::itemParrotGPSVelocityDown() { return gTagsParrot.item(45); }
-const TagItem& detail::TagItemCatalogue25::itemParrotAirSpeed() { return gTagsParrot.item(46); }
-const TagItem& detail::TagItemCatalogue25::itemParrotDroneQuaternion() { return gTagsParrot.item(47); }
-const TagItem& detail::TagItemCatalogue25::itemParrotGroups() { return gTagsParrot.item(48); }
-const TagItem& detail::TagItemCatalogue25::itemParrotFrameBaseView() { return gTagsParrot.item(49); }
-const TagItem& detail::TagItemCatalogue25::itemParrotRedBalance() { return gTagsParrot.item(50); }
-const TagItem& detail::TagItemCatalogue25::itemParrotBlueBalance() { return gTagsParrot.item(51); }
-const TagItem& detail::TagItemCatalogue25::itemParrotFOV() { return gTagsParrot.item(52); }
-const TagItem& detail::TagItemCatalogue25::itemParrotLinkGoodput() { return gTagsParrot.item(53); }
-const TagItem& detail::TagItemCatalogue25::itemParrotLinkQuality() { return gTagsParrot.item(54); }
-
-namespace detail {
-const TagItem* findInOlympus(std::string_view key) { return gTagsOlympus.find(key); }
-const TagItem* findInOpenEXR(std::string_view key) { return gTagsOpenEXR.find(key); }
-const TagItem* findInOpus(std::string_view key) { return gTagsOpus.find(key); }
-const TagItem* findInPDF(std::string_view key) { return gTagsPDF.find(key); }
-const TagItem* findInPICT(std::string_view key) { return gTagsPICT.find(key); }
-const TagItem* findInPLIST(std::string_view key) { return gTagsPLIST.find(key); }
-const TagItem* findInPNG(std::string_view key) { return gTagsPNG.find(key); }
-const TagItem* findInPSP(std::string_view key) { return gTagsPSP.find(key); }
-const TagItem* findInPalm(std::string_view key) { return gTagsPalm.find(key); }
-const TagItem* findInPanasonic(std::string_view key) { return gTagsPanasonic.find(key); }
-const TagItem* findInPanasonicRaw(std::string_view key) { return gTagsPanasonicRaw.find(key); }
-const TagItem* findInParrot(std::string_view key) { return gTagsParrot.find(key); }
-}  // namespace detail
+const TagItem& detail::TagItemCatalogue25::itemParrotRawThermalImage() { return detail::gTagsParrot.item(0); }
+const TagItem& detail::TagItemCatalogue25::itemParrotAccelerometerUnknown() { return detail::gTagsParrot.item(1); }
+const TagItem& detail::TagItemCatalogue25::itemParrotAccelerometer() { return detail::gTagsParrot.item(2); }
+const TagItem& detail::TagItemCatalogue25::itemParrotGyroscopeUnknown() { return detail::gTagsParrot.item(3); }
+const TagItem& detail::TagItemCatalogue25::itemParrotGyroscope() { return detail::gTagsParrot.item(4); }
+const TagItem& detail::TagItemCatalogue25::itemParrotGPSFramingLatitude() { return detail::gTagsParrot.item(5); }
+const TagItem& detail::TagItemCatalogue25::itemParrotGPSFramingLongitude() { return detail::gTagsParrot.item(6); }
+const TagItem& detail::TagItemCatalogue25::itemParrotGPSFramingAltitude() { return detail::gTagsParrot.item(7); }
+const TagItem& detail::TagItemCatalogue25::itemParrotGPSDestLatitude() { return detail::gTagsParrot.item(8); }
+const TagItem& detail::TagItemCatalogue25::itemParrotGPSDestLongitude() { return detail::gTagsParrot.item(9); }
+const TagItem& detail::TagItemCatalogue25::itemParrotGPSDestAltitude() { return detail::gTagsParrot.item(10); }
+const TagItem& detail::TagItemCatalogue25::itemParrotAutomationAnimation() { return detail::gTagsParrot.item(11); }
+const TagItem& detail::TagItemCatalogue25::itemParrotAutomationFlags() { return detail::gTagsParrot.item(12); }
+const TagItem& detail::TagItemCatalogue25::itemParrotGPSTargetLatitude() { return detail::gTagsParrot.item(13); }
+const TagItem& detail::TagItemCatalogue25::itemParrotGPSTargetLongitude() { return detail::gTagsParrot.item(14); }
+const TagItem& detail::TagItemCatalogue25::itemParrotGPSTargetAltitude() { return detail::gTagsParrot.item(15); }
+const TagItem& detail::TagItemCatalogue25::itemParrotFollow_meMode() { return detail::gTagsParrot.item(16); }
+const TagItem& detail::TagItemCatalogue25::itemParrotFollow_meAnimation() { return detail::gTagsParrot.item(17); }
+const TagItem& detail::TagItemCatalogue25::itemParrotTimeStamp() { return detail::gTagsParrot.item(18); }
+const TagItem& detail::TagItemCatalogue25::itemParrotDroneYaw() { return detail::gTagsParrot.item(19); }
+const TagItem& detail::TagItemCatalogue25::itemParrotDronePitch() { return detail::gTagsParrot.item(20); }
+const TagItem& detail::TagItemCatalogue25::itemParrotDroneRoll() { return detail::gTagsParrot.item(21); }
+const TagItem& detail::TagItemCatalogue25::itemParrotCameraPan() { return detail::gTagsParrot.item(22); }
+const TagItem& detail::TagItemCatalogue25::itemParrotCameraTilt() { return detail::gTagsParrot.item(23); }
+const TagItem& detail::TagItemCatalogue25::itemParrotFrameView() { return detail::gTagsParrot.item(24); }
+const TagItem& detail::TagItemCatalogue25::itemParrotExposureTime() { return detail::gTagsParrot.item(25); }
+const TagItem& detail::TagItemCatalogue25::itemParrotISO() { return detail::gTagsParrot.item(26); }
+const TagItem& detail::TagItemCatalogue25::itemParrotWifiRSSI() { return detail::gTagsParrot.item(27); }
+const TagItem& detail::TagItemCatalogue25::itemParrotBattery() { return detail::gTagsParrot.item(28); }
+const TagItem& detail::TagItemCatalogue25::itemParrotGPSLatitude() { return detail::gTagsParrot.item(29); }
+const TagItem& detail::TagItemCatalogue25::itemParrotGPSLongitude() { return detail::gTagsParrot.item(30); }
+const TagItem& detail::TagItemCatalogue25::itemParrotGPSAltitude() { return detail::gTagsParrot.item(31); }
+const TagItem& detail::TagItemCatalogue25::itemParrotGPSSatellites() { return detail::gTagsParrot.item(32); }
+const TagItem& detail::TagItemCatalogue25::itemParrotAltitudeFromTakeOff() { return detail::gTagsParrot.item(33); }
+const TagItem& detail::TagItemCatalogue25::itemParrotDistanceFromHome() { return detail::gTagsParrot.item(34); }
+const TagItem& detail::TagItemCatalogue25::itemParrotSpeedX() { return detail::gTagsParrot.item(35); }
+const TagItem& detail::TagItemCatalogue25::itemParrotSpeedY() { return detail::gTagsParrot.item(36); }
+const TagItem& detail::TagItemCatalogue25::itemParrotSpeedZ() { return detail::gTagsParrot.item(37); }
+const TagItem& detail::TagItemCatalogue25::itemParrotBinning() { return detail::gTagsParrot.item(38); }
+const TagItem& detail::TagItemCatalogue25::itemParrotFlyingState() { return detail::gTagsParrot.item(39); }
+const TagItem& detail::TagItemCatalogue25::itemParrotAnimation() { return detail::gTagsParrot.item(40); }
+const TagItem& detail::TagItemCatalogue25::itemParrotPilotingMode() { return detail::gTagsParrot.item(41); }
+const TagItem& detail::TagItemCatalogue25::itemParrotElevation() { return detail::gTagsParrot.item(42); }
+const TagItem& detail::TagItemCatalogue25::itemParrotGPSVelocityNorth() { return detail::gTagsParrot.item(43); }
+const TagItem& detail::TagItemCatalogue25::itemParrotGPSVelocityEast() { return detail::gTagsParrot.item(44); }
+const TagItem& detail::TagItemCatalogue25::itemParrotGPSVelocityDown() { return detail::gTagsParrot.item(45); }
+const TagItem& detail::TagItemCatalogue25::itemParrotAirSpeed() { return detail::gTagsParrot.item(46); }
+const TagItem& detail::TagItemCatalogue25::itemParrotDroneQuaternion() { return detail::gTagsParrot.item(47); }
+const TagItem& detail::TagItemCatalogue25::itemParrotGroups() { return detail::gTagsParrot.item(48); }
+const TagItem& detail::TagItemCatalogue25::itemParrotFrameBaseView() { return detail::gTagsParrot.item(49); }
+const TagItem& detail::TagItemCatalogue25::itemParrotRedBalance() { return detail::gTagsParrot.item(50); }
+const TagItem& detail::TagItemCatalogue25::itemParrotBlueBalance() { return detail::gTagsParrot.item(51); }
+const TagItem& detail::TagItemCatalogue25::itemParrotFOV() { return detail::gTagsParrot.item(52); }
+const TagItem& detail::TagItemCatalogue25::itemParrotLinkGoodput() { return detail::gTagsParrot.item(53); }
+const TagItem& detail::TagItemCatalogue25::itemParrotLinkQuality() { return detail::gTagsParrot.item(54); }
 
 }  // namespace lorvane

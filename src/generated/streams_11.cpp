@@ -6,6 +6,8 @@
 namespace lorvane {
 namespace {
 
+using enum detail::TagFlag;
+
 constexpr char kText[] =
     "AEExposureTime" "AEAperture" "AE_ISO" "AEXv" "AEBXv" "AEMinExposureTime" "AEProgramMode"
     "AEFlags" "AEApertureSteps" "AEMaxAperture" "AEMaxAperture2" "AEMinAperture" "AEMeteringMode"
@@ -2363,381 +2365,381 @@ constexpr char kText[] =
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPentax[] = {
-    {{0, 14}, TagType::int8u, 2, 0, 0, 0},  // AEExposureTime
-    {{14, 10}, TagType::int8u, 2, 0, 0, 0},  // AEAperture
-    {{24, 6}, TagType::int8u, 2, 0, 0, 0},  // AE_ISO
-    {{30, 4}, TagType::int8u, 2, 0, 0, 0},  // AEXv
-    {{34, 5}, TagType::int8s, 2, 0, 0, 0},  // AEBXv
-    {{39, 17}, TagType::int8u, 2, 0, 0, 0},  // AEMinExposureTime
-    {{56, 13}, TagType::int8u, 2, 0, 0, 30},  // AEProgramMode
-    {{69, 7}, TagType::int8u, 2, 0, 30, 3},  // AEFlags
-    {{76, 15}, TagType::int8u, 2, 0, 0, 0},  // AEApertureSteps
-    {{91, 13}, TagType::int8u, 2, 0, 0, 0},  // AEMaxAperture
-    {{104, 14}, TagType::int8u, 2, 0, 0, 0},  // AEMaxAperture2
-    {{118, 13}, TagType::int8u, 2, 0, 0, 0},  // AEMinAperture
-    {{131, 14}, TagType::int8u, 2, 0, 33, 3},  // AEMeteringMode
-    {{145, 14}, TagType::int8u, 2, 0, 36, 9},  // AEWhiteBalance
-    {{159, 15}, TagType::int8u, 2, 0, 45, 3},  // AEMeteringMode2
-    {{174, 20}, TagType::int8s, 2, 0, 0, 0},  // FlashExposureCompSet
-    {{194, 14}, TagType::int8u, 2, 0, 0, 0},  // LevelIndicator
-    {{208, 7}, TagType::int8s, 2, 0, 0, 0},  // AEError
-    {{215, 9}, TagType::int8u, 2, 0, 48, 23},  // SceneMode
-    {{224, 16}, TagType::int16u, 2, 0, 71, 14},  // AFPointsUnknown1
-    {{240, 16}, TagType::int16u, 2, 0, 85, 12},  // AFPointsUnknown2
-    {{256, 11}, TagType::int16s, 2, 0, 0, 0},  // AFPredictor
-    {{267, 9}, TagType::int8u, 2, 0, 0, 0},  // AFDefocus
-    {{276, 17}, TagType::int8u, 2, 0, 0, 0},  // AFIntegrationTime
-    {{293, 15}, TagType::int32s, 2, 9, 97, 44},  // AFPointsInFocus
-    {{308, 6}, TagType::int8u, 2, 0, 141, 4},  // AFHold
-    {{314, 11}, TagType::int16u, 2, 0, 0, 0},  // NumAFPoints
-    {{325, 16}, TagType::int8u, 0, 9, 0, 0},  // AFPointsSelected
-    {{341, 15}, TagType::int8u, 0, 9, 0, 0},  // AFPointsSpecial
-    {{356, 26}, TagType::int8u, 2, 0, 145, 2},  // WhiteBalanceAutoAdjustment
-    {{382, 11}, TagType::int8u, 2, 0, 145, 2},  // TungstenAWB
-    {{393, 11}, TagType::int8u, 2, 0, 147, 4},  // PowerSource
-    {{404, 16}, TagType::int8u, 2, 0, 151, 5},  // BodyBatteryState
-    {{420, 16}, TagType::int8u, 2, 0, 147, 4},  // GripBatteryState
-    {{436, 19}, TagType::int8u, 2, 0, 0, 0},  // BodyBatteryADNoLoad
-    {{455, 19}, TagType::int16u, 2, 0, 0, 0},  // BodyBatteryVoltage1
-    {{474, 17}, TagType::int8u, 2, 0, 0, 0},  // BodyBatteryADLoad
-    {{491, 19}, TagType::int8u, 2, 0, 0, 0},  // GripBatteryADNoLoad
-    {{510, 19}, TagType::int16u, 2, 0, 0, 0},  // BodyBatteryVoltage2
-    {{529, 17}, TagType::int8u, 2, 0, 0, 0},  // GripBatteryADLoad
-    {{546, 19}, TagType::int16u, 2, 0, 0, 0},  // BodyBatteryVoltage3
-    {{565, 19}, TagType::int16u, 2, 0, 0, 0},  // BodyBatteryVoltage4
-    {{584, 13}, TagType::int32u, 2, 0, 156, 143},  // PentaxModelID
-    {{597, 15}, TagType::int32u, 2, 0, 0, 0},  // ManufactureDate
-    {{612, 14}, TagType::int32u, 2, 2, 0, 0},  // ProductionCode
-    {{626, 20}, TagType::int32u, 2, 0, 0, 0},  // InternalSerialNumber
-    {{646, 12}, TagType::int8u, 2, 0, 299, 16},  // PictureMode2
-    {{658, 11}, TagType::int8u, 2, 0, 141, 4},  // ProgramLine
-    {{669, 7}, TagType::int8u, 2, 0, 145, 2},  // EVSteps
-    {{676, 15}, TagType::int8u, 2, 0, 145, 2},  // E-DialInProgram
-    {{691, 15}, TagType::int8u, 2, 0, 145, 2},  // ApertureRingUse
-    {{706, 12}, TagType::int8u, 2, 0, 315, 9},  // FlashOptions
-    {{718, 13}, TagType::int8u, 2, 0, 45, 3},  // MeteringMode2
-    {{731, 11}, TagType::int8u, 2, 0, 45, 3},  // AFPointMode
-    {{742, 10}, TagType::int8u, 2, 0, 141, 4},  // FocusMode2
-    {{752, 16}, TagType::int16u, 2, 0, 85, 12},  // AFPointSelected2
-    {{768, 8}, TagType::int8u, 2, 0, 0, 0},  // ISOFloor
-    {{776, 10}, TagType::int8u, 2, 0, 324, 9},  // DriveMode2
-    {{786, 23}, TagType::int8u, 2, 0, 333, 8},  // ExposureBracketStepSize
-    {{809, 17}, TagType::int8u, 2, 0, 341, 11},  // BracketShotNumber
-    {{826, 15}, TagType::int8u, 2, 0, 352, 13},  // WhiteBalanceSet
-    {{841, 19}, TagType::int8u, 2, 0, 145, 2},  // MultipleExposureSet
-    {{860, 18}, TagType::int8u, 2, 0, 365, 15},  // RawAndJpgRecording
-    {{878, 17}, TagType::int8u, 2, 0, 45, 3},  // JpgRecordedPixels
-    {{895, 15}, TagType::int8u, 2, 0, 145, 2},  // LinkAEToAFPoint
-    {{910, 16}, TagType::int8u, 2, 0, 145, 2},  // SensitivitySteps
-    {{926, 7}, TagType::int8u, 2, 0, 145, 2},  // ISOAuto
-    {{933, 13}, TagType::int8u, 2, 0, 315, 9},  // FlashOptions2
-    {{946, 13}, TagType::int8u, 2, 0, 45, 3},  // MeteringMode3
-    {{959, 8}, TagType::int8u, 2, 0, 145, 2},  // SRActive
-    {{967, 8}, TagType::int8u, 2, 0, 141, 4},  // Rotation
-    {{975, 10}, TagType::int8u, 2, 0, 145, 2},  // ISOSetting
-    {{985, 21}, TagType::int8u, 2, 0, 0, 0},  // TvExposureTimeSetting
-    {{1006, 17}, TagType::int8u, 2, 0, 0, 0},  // AvApertureSetting
-    {{1023, 12}, TagType::int8u, 2, 0, 0, 0},  // SvISOSetting
-    {{1035, 24}, TagType::int8u, 2, 0, 0, 0},  // BaseExposureCompensation
-    {{1059, 9}, TagType::int8s, 2, 0, 0, 0},  // WBShiftAB
-    {{1068, 9}, TagType::int8s, 2, 0, 0, 0},  // WBShiftGM
-    {{1077, 13}, TagType::int8u, 2, 0, 0, 0},  // FacesDetected
-    {{1090, 12}, TagType::int8u, 2, 2, 0, 0},  // FacePosition
-    {{1102, 13}, TagType::int16u, 2, 2, 0, 0},  // Face1Position
-    {{1115, 13}, TagType::int16u, 2, 2, 0, 0},  // Face2Position
-    {{1128, 13}, TagType::int16u, 2, 2, 0, 0},  // Face3Position
-    {{1141, 13}, TagType::int16u, 2, 2, 0, 0},  // Face4Position
-    {{1154, 13}, TagType::int16u, 2, 2, 0, 0},  // Face5Position
-    {{1167, 13}, TagType::int16u, 2, 2, 0, 0},  // Face6Position
-    {{1180, 13}, TagType::int16u, 2, 2, 0, 0},  // Face7Position
-    {{1193, 13}, TagType::int16u, 2, 2, 0, 0},  // Face8Position
-    {{1206, 13}, TagType::int16u, 2, 2, 0, 0},  // Face9Position
-    {{1219, 14}, TagType::int16u, 2, 2, 0, 0},  // Face10Position
-    {{1233, 14}, TagType::int16u, 2, 2, 0, 0},  // Face11Position
-    {{1247, 14}, TagType::int16u, 2, 2, 0, 0},  // Face12Position
-    {{1261, 14}, TagType::int16u, 2, 2, 0, 0},  // Face13Position
-    {{1275, 14}, TagType::int16u, 2, 2, 0, 0},  // Face14Position
-    {{1289, 14}, TagType::int16u, 2, 2, 0, 0},  // Face15Position
-    {{1303, 14}, TagType::int16u, 2, 2, 0, 0},  // Face16Position
-    {{1317, 14}, TagType::int16u, 2, 2, 0, 0},  // Face17Position
-    {{1331, 14}, TagType::int16u, 2, 2, 0, 0},  // Face18Position
-    {{1345, 14}, TagType::int16u, 2, 2, 0, 0},  // Face19Position
-    {{1359, 14}, TagType::int16u, 2, 2, 0, 0},  // Face20Position
-    {{1373, 14}, TagType::int16u, 2, 2, 0, 0},  // Face21Position
-    {{1387, 14}, TagType::int16u, 2, 2, 0, 0},  // Face22Position
-    {{1401, 14}, TagType::int16u, 2, 2, 0, 0},  // Face23Position
-    {{1415, 14}, TagType::int16u, 2, 2, 0, 0},  // Face24Position
-    {{1429, 14}, TagType::int16u, 2, 2, 0, 0},  // Face25Position
-    {{1443, 14}, TagType::int16u, 2, 2, 0, 0},  // Face26Position
-    {{1457, 14}, TagType::int16u, 2, 2, 0, 0},  // Face27Position
-    {{1471, 14}, TagType::int16u, 2, 2, 0, 0},  // Face28Position
-    {{1485, 14}, TagType::int16u, 2, 2, 0, 0},  // Face29Position
-    {{1499, 14}, TagType::int16u, 2, 2, 0, 0},  // Face30Position
-    {{1513, 14}, TagType::int16u, 2, 2, 0, 0},  // Face31Position
-    {{1527, 14}, TagType::int16u, 2, 2, 0, 0},  // Face32Position
-    {{1541, 9}, TagType::int16u, 2, 2, 0, 0},  // Face1Size
-    {{1550, 9}, TagType::int16u, 2, 2, 0, 0},  // Face2Size
-    {{1559, 9}, TagType::int16u, 2, 2, 0, 0},  // Face3Size
-    {{1568, 9}, TagType::int16u, 2, 2, 0, 0},  // Face4Size
-    {{1577, 9}, TagType::int16u, 2, 2, 0, 0},  // Face5Size
-    {{1586, 9}, TagType::int16u, 2, 2, 0, 0},  // Face6Size
-    {{1595, 9}, TagType::int16u, 2, 2, 0, 0},  // Face7Size
-    {{1604, 9}, TagType::int16u, 2, 2, 0, 0},  // Face8Size
-    {{1613, 9}, TagType::int16u, 2, 2, 0, 0},  // Face9Size
-    {{1622, 10}, TagType::int16u, 2, 2, 0, 0},  // Face10Size
-    {{1632, 10}, TagType::int16u, 2, 2, 0, 0},  // Face11Size
-    {{1642, 10}, TagType::int16u, 2, 2, 0, 0},  // Face12Size
-    {{1652, 10}, TagType::int16u, 2, 2, 0, 0},  // Face13Size
-    {{1662, 10}, TagType::int16u, 2, 2, 0, 0},  // Face14Size
-    {{1672, 10}, TagType::int16u, 2, 2, 0, 0},  // Face15Size
-    {{1682, 10}, TagType::int16u, 2, 2, 0, 0},  // Face16Size
-    {{1692, 10}, TagType::int16u, 2, 2, 0, 0},  // Face17Size
-    {{1702, 10}, TagType::int16u, 2, 2, 0, 0},  // Face18Size
-    {{1712, 10}, TagType::int16u, 2, 2, 0, 0},  // Face19Size
-    {{1722, 10}, TagType::int16u, 2, 2, 0, 0},  // Face20Size
-    {{1732, 10}, TagType::int16u, 2, 2, 0, 0},  // Face21Size
-    {{1742, 10}, TagType::int16u, 2, 2, 0, 0},  // Face22Size
-    {{1752, 10}, TagType::int16u, 2, 2, 0, 0},  // Face23Size
-    {{1762, 10}, TagType::int16u, 2, 2, 0, 0},  // Face24Size
-    {{1772, 10}, TagType::int16u, 2, 2, 0, 0},  // Face25Size
-    {{1782, 10}, TagType::int16u, 2, 2, 0, 0},  // Face26Size
-    {{1792, 10}, TagType::int16u, 2, 2, 0, 0},  // Face27Size
-    {{1802, 10}, TagType::int16u, 2, 2, 0, 0},  // Face28Size
-    {{1812, 10}, TagType::int16u, 2, 2, 0, 0},  // Face29Size
-    {{1822, 10}, TagType::int16u, 2, 2, 0, 0},  // Face30Size
-    {{1832, 10}, TagType::int16u, 2, 2, 0, 0},  // Face31Size
-    {{1842, 10}, TagType::int16u, 2, 2, 0, 0},  // Face32Size
-    {{1852, 20}, TagType::int16u, 2, 0, 0, 0},  // SourceDirectoryIndex
-    {{1872, 15}, TagType::int16u, 2, 0, 0, 0},  // SourceFileIndex
-    {{1887, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter01
-    {{1902, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter02
-    {{1917, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter03
-    {{1932, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter04
-    {{1947, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter05
-    {{1962, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter06
-    {{1977, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter07
-    {{1992, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter08
-    {{2007, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter09
-    {{2022, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter10
-    {{2037, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter11
-    {{2052, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter12
-    {{2067, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter13
-    {{2082, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter14
-    {{2097, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter15
-    {{2112, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter16
-    {{2127, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter17
-    {{2142, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter18
-    {{2157, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter19
-    {{2172, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter20
-    {{2187, 11}, TagType::int8u, 2, 0, 405, 7},  // FlashStatus
-    {{2198, 17}, TagType::int8u, 2, 0, 412, 21},  // InternalFlashMode
-    {{2215, 17}, TagType::int8u, 2, 0, 433, 11},  // ExternalFlashMode
-    {{2232, 21}, TagType::int8u, 2, 0, 0, 0},  // InternalFlashStrength
-    {{2253, 10}, TagType::int8u, 2, 0, 0, 0},  // TTL_DA_AUp
-    {{2263, 12}, TagType::int8u, 2, 0, 0, 0},  // TTL_DA_ADown
-    {{2275, 10}, TagType::int8u, 2, 0, 0, 0},  // TTL_DA_BUp
-    {{2285, 12}, TagType::int8u, 2, 0, 0, 0},  // TTL_DA_BDown
-    {{2297, 24}, TagType::int8u, 2, 0, 0, 0},  // ExternalFlashGuideNumber
-    {{2321, 25}, TagType::int8u, 2, 0, 444, 11},  // ExternalFlashExposureComp
-    {{2346, 19}, TagType::int8u, 2, 0, 455, 3},  // ExternalFlashBounce
-    {{2365, 5}, TagType::string, 2, 32, 0, 0},  // Model
-    {{2370, 4}, TagType::string, 0, 24, 0, 0},  // Make
-    {{2374, 7}, TagType::float_, 2, 0, 0, 0},  // FNumber
-    {{2381, 9}, TagType::string, 0, 24, 0, 0},  // DateTime1
-    {{2390, 9}, TagType::string, 0, 24, 0, 0},  // DateTime2
-    {{2399, 14}, TagType::int16u, 0, 0, 0, 0},  // ThumbnailWidth
-    {{2413, 15}, TagType::int16u, 0, 0, 0, 0},  // ThumbnailHeight
-    {{2428, 15}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailLength
-    {{2443, 14}, TagType::imagedata, 0, 0, 0, 0},  // ThumbnailImage
-    {{2457, 17}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_Daylight
-    {{2474, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_01
-    {{2485, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_02
-    {{2496, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_03
-    {{2507, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_04
-    {{2518, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_05
-    {{2529, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_06
-    {{2540, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_07
-    {{2551, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_08
-    {{2562, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_09
-    {{2573, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_10
-    {{2584, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_11
-    {{2595, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_12
-    {{2606, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_13
-    {{2617, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_14
-    {{2628, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_15
-    {{2639, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_16
-    {{2650, 20}, TagType::int8u, 2, 0, 145, 2},  // DistortionCorrection
-    {{2670, 29}, TagType::int8u, 2, 0, 145, 2},  // ChromaticAberrationCorrection
-    {{2699, 26}, TagType::int8u, 2, 0, 145, 2},  // PeripheralIlluminationCorr
-    {{2725, 21}, TagType::int8u, 2, 0, 458, 2},  // DiffractionCorrection
-    {{2746, 12}, TagType::int8u, 2, 0, 145, 2},  // AutoAperture
-    {{2758, 11}, TagType::int8u, 2, 0, 141, 4},  // MinAperture
-    {{2769, 10}, TagType::int8u, 2, 0, 0, 0},  // LensFStops
-    {{2779, 8}, TagType::int8u, 2, 0, 0, 0},  // LensKind
-    {{2787, 3}, TagType::int8u, 2, 0, 0, 0},  // LC1
-    {{2790, 16}, TagType::int8u, 2, 0, 460, 21},  // MinFocusDistance
-    {{2806, 15}, TagType::int8u, 2, 0, 481, 8},  // FocusRangeIndex
-    {{2821, 3}, TagType::int8u, 2, 0, 0, 0},  // LC3
-    {{2824, 3}, TagType::int8u, 2, 0, 0, 0},  // LC4
-    {{2827, 3}, TagType::int8u, 2, 0, 0, 0},  // LC5
-    {{2830, 3}, TagType::int8u, 2, 0, 0, 0},  // LC6
-    {{2833, 3}, TagType::int8u, 2, 0, 0, 0},  // LC7
-    {{2836, 15}, TagType::int8u, 2, 0, 0, 0},  // LensFocalLength
-    {{2851, 3}, TagType::int8u, 2, 0, 0, 0},  // LC8
-    {{2854, 18}, TagType::int8u, 2, 0, 0, 0},  // NominalMaxAperture
-    {{2872, 18}, TagType::int8u, 2, 0, 0, 0},  // NominalMinAperture
-    {{2890, 4}, TagType::int8u, 2, 0, 0, 0},  // LC10
-    {{2894, 4}, TagType::int8u, 2, 0, 0, 0},  // LC11
-    {{2898, 15}, TagType::int8u, 2, 0, 0, 0},  // NewLensDataHook
-    {{2913, 4}, TagType::int8u, 2, 0, 0, 0},  // LC12
-    {{2917, 11}, TagType::int8u, 2, 0, 0, 0},  // MaxAperture
-    {{2928, 4}, TagType::int8u, 2, 0, 0, 0},  // LC14
-    {{2932, 4}, TagType::int8u, 2, 0, 0, 0},  // LC15
-    {{2936, 8}, TagType::string, 2, 5, 489, 306},  // LensType
-    {{2944, 9}, TagType::string, 2, 30, 0, 0},  // LensModel
-    {{2953, 8}, TagType::string, 2, 20, 0, 0},  // LensInfo
-    {{2961, 14}, TagType::int8u, 2, 0, 145, 2},  // ExtenderStatus
-    {{2975, 16}, TagType::int8s, 2, 0, 795, 11},  // LevelOrientation
-    {{2991, 17}, TagType::int8s, 2, 0, 806, 4},  // CompositionAdjust
-    {{3008, 9}, TagType::int8s, 2, 0, 0, 0},  // RollAngle
-    {{3017, 10}, TagType::int8s, 2, 0, 0, 0},  // PitchAngle
-    {{3027, 18}, TagType::int8s, 2, 0, 0, 0},  // CompositionAdjustX
-    {{3045, 18}, TagType::int8s, 2, 0, 0, 0},  // CompositionAdjustY
-    {{3063, 25}, TagType::int8s, 2, 0, 0, 0},  // CompositionAdjustRotation
-    {{3088, 12}, TagType::int32u, 2, 0, 0, 0},  // ExposureTime
-    {{3100, 20}, TagType::float_, 2, 2, 0, 0},  // ExposureCompensation
-    {{3120, 12}, TagType::int16u, 2, 0, 810, 17},  // WhiteBalance
-    {{3132, 11}, TagType::float_, 2, 0, 0, 0},  // FocalLength
-    {{3143, 3}, TagType::int32s, 2, 0, 827, 81},  // ISO
-    {{3146, 13}, TagType::int8u, 2, 4, 0, 0},  // PentaxVersion
-    {{3159, 15}, TagType::int16u, 2, 0, 0, 0},  // PentaxModelType
-    {{3174, 16}, TagType::int16u, 2, 2, 0, 0},  // PreviewImageSize
-    {{3190, 18}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageLength
-    {{3208, 17}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageStart
-    {{3225, 4}, TagType::partialdate, 2, 1, 0, 0},  // Date
-    {{3229, 4}, TagType::partialtime, 2, 1, 0, 0},  // Time
-    {{3233, 7}, TagType::int16u, 2, 0, 908, 10},  // Quality
-    {{3240, 15}, TagType::int16u, 2, 0, 918, 32},  // PentaxImageSize
-    {{3255, 11}, TagType::int32s, 2, -1, 950, 126},  // PictureMode
-    {{3266, 9}, TagType::int16u, 2, -1, 1076, 25},  // FlashMode
-    {{3275, 9}, TagType::int16u, 2, 0, 1101, 15},  // FocusMode
-    {{3284, 15}, TagType::int16u, 2, 0, 1116, 66},  // AFPointSelected
-    {{3299, 13}, TagType::int16u, 2, 0, 0, 0},  // FocusPosition
-    {{3312, 12}, TagType::int16u, 2, 0, 0, 0},  // LightReading
-    {{3324, 12}, TagType::int16u, 2, 0, 45, 3},  // MeteringMode
-    {{3336, 14}, TagType::int16u, 2, -1, 0, 0},  // AutoBracketing
-    {{3350, 16}, TagType::int16u, 2, 0, 1182, 10},  // WhiteBalanceMode
-    {{3366, 11}, TagType::int16u, 2, 0, 0, 0},  // BlueBalance
-    {{3377, 10}, TagType::int16u, 2, 0, 0, 0},  // RedBalance
-    {{3387, 11}, TagType::int32s, 2, 0, 0, 0},  // DigitalZoom
-    {{3398, 10}, TagType::int16u, 2, -1, 1192, 10},  // Saturation
-    {{3408, 8}, TagType::int16u, 2, -1, 1192, 10},  // Contrast
-    {{3416, 9}, TagType::int16u, 2, -1, 36, 9},  // Sharpness
-    {{3425, 17}, TagType::int32s, 2, 0, 145, 2},  // WorldTimeLocation
-    {{3442, 12}, TagType::int32s, 2, 0, 1202, 75},  // HometownCity
-    {{3454, 15}, TagType::int32s, 2, 0, 1202, 75},  // DestinationCity
-    {{3469, 11}, TagType::int32s, 2, 0, 145, 2},  // HometownDST
-    {{3480, 14}, TagType::int32s, 2, 0, 145, 2},  // DestinationDST
-    {{3494, 18}, TagType::string, 2, 0, 0, 0},  // DSPFirmwareVersion
-    {{3512, 18}, TagType::string, 2, 0, 0, 0},  // CPUFirmwareVersion
-    {{3530, 11}, TagType::int32u, 2, 0, 0, 0},  // FrameNumber
-    {{3541, 11}, TagType::int32s, 2, 0, 0, 0},  // EffectiveLV
-    {{3552, 9}, TagType::int8u, 2, 4, 1277, 33},  // DriveMode
-    {{3561, 10}, TagType::int16u, 2, 2, 0, 0},  // SensorSize
-    {{3571, 10}, TagType::int16u, 2, 0, 145, 2},  // ColorSpace
-    {{3581, 15}, TagType::int16u, 2, 2, 0, 0},  // ImageAreaOffset
-    {{3596, 12}, TagType::int16u, 0, 2, 0, 0},  // RawImageSize
-    {{3608, 11}, TagType::int16u, 2, 0, 0, 0},  // DataScaling
-    {{3619, 19}, TagType::int8u, 2, 4, 0, 0},  // PreviewImageBorders
-    {{3638, 17}, TagType::int16u, 2, 0, 0, 0},  // SensitivityAdjust
-    {{3655, 14}, TagType::int16u, 2, 0, 0, 0},  // ImageEditCount
-    {{3669, 17}, TagType::int8s, 2, 0, 0, 0},  // CameraTemperature
-    {{3686, 6}, TagType::int16u, 2, 0, 145, 2},  // AELock
-    {{3692, 14}, TagType::int16u, 2, 0, 145, 2},  // NoiseReduction
-    {{3706, 17}, TagType::int32s, 2, 2, 0, 0},  // FlashExposureComp
-    {{3723, 9}, TagType::int16u, 2, 0, 1310, 13},  // ImageTone
-    {{3732, 16}, TagType::int16u, 2, 0, 0, 0},  // ColorTemperature
-    {{3748, 17}, TagType::string, 2, 4, 0, 0},  // ColorTempDaylight
-    {{3765, 14}, TagType::string, 2, 4, 0, 0},  // ColorTempShade
-    {{3779, 15}, TagType::string, 2, 4, 0, 0},  // ColorTempCloudy
-    {{3794, 17}, TagType::string, 2, 4, 0, 0},  // ColorTempTungsten
-    {{3811, 21}, TagType::string, 2, 4, 0, 0},  // ColorTempFluorescentD
-    {{3832, 21}, TagType::string, 2, 4, 0, 0},  // ColorTempFluorescentN
-    {{3853, 21}, TagType::string, 2, 4, 0, 0},  // ColorTempFluorescentW
-    {{3874, 14}, TagType::string, 2, 4, 0, 0},  // ColorTempFlash
-    {{3888, 21}, TagType::int16u, 2, 0, 1323, 20},  // RawDevelopmentProcess
-    {{3909, 3}, TagType::int16u, 2, 0, 1343, 10},  // Hue
-    {{3912, 13}, TagType::int16s, 2, 2, 1353, 9},  // HighLowKeyAdj
-    {{3925, 17}, TagType::int16s, 2, 2, 1353, 9},  // ContrastHighlight
-    {{3942, 14}, TagType::int16s, 2, 2, 1353, 9},  // ContrastShadow
-    {{3956, 26}, TagType::int8u, 2, 0, 145, 2},  // ContrastHighlightShadowAdj
-    {{3982, 13}, TagType::int8u, 2, -1, 1362, 4},  // FineSharpness
-    {{3995, 21}, TagType::int8u, 2, 0, 1366, 15},  // HighISONoiseReduction
-    {{4016, 12}, TagType::int16s, 2, 0, 0, 0},  // AFAdjustment
-    {{4028, 22}, TagType::int16u, 2, 0, 1381, 9},  // MonochromeFilterEffect
-    {{4050, 16}, TagType::int16u, 2, 0, 1343, 10},  // MonochromeToning
-    {{4066, 10}, TagType::int8u, 2, 2, 0, 0},  // FaceDetect
-    {{4076, 19}, TagType::int16u, 2, 2, 0, 0},  // FaceDetectFrameSize
-    {{4095, 16}, TagType::int8u, 2, -1, 1390, 8},  // ShadowCorrection
-    {{4111, 17}, TagType::int8u, 2, 2, 1398, 3},  // ISOAutoParameters
-    {{4128, 12}, TagType::int8u, 2, 0, 1401, 8},  // CrossProcess
-    {{4140, 10}, TagType::int32u, 2, 0, 0, 0},  // WhiteLevel
-    {{4150, 18}, TagType::int16u, 2, 0, 1343, 10},  // BleachBypassToning
-    {{4168, 11}, TagType::string, 2, 0, 141, 4},  // AspectRatio
-    {{4179, 11}, TagType::int8u, 2, 4, 141, 4},  // BlurControl
-    {{4190, 3}, TagType::int8u, 2, 4, 1409, 12},  // HDR
-    {{4193, 11}, TagType::int8u, 2, 0, 145, 2},  // ShutterType
-    {{4204, 20}, TagType::int8u, 2, 0, 1421, 4},  // NeutralDensityFilter
-    {{4224, 16}, TagType::int16u, 2, 2, 1425, 1},  // IntervalShooting
-    {{4240, 18}, TagType::int8s, 2, 3, 1426, 4},  // SkinToneCorrection
-    {{4258, 14}, TagType::int8s, 2, 2, 1425, 1},  // ClarityControl
-    {{4272, 10}, TagType::int16u, 2, 4, 0, 0},  // BlackPoint
-    {{4282, 10}, TagType::int16u, 2, 4, 0, 0},  // WhitePoint
-    {{4292, 12}, TagType::int16s, 2, 9, 0, 0},  // ColorMatrixA
-    {{4304, 12}, TagType::int16s, 2, 9, 0, 0},  // ColorMatrixB
-    {{4316, 18}, TagType::int8u, 2, -1, 0, 0},  // AEMeteringSegments
-    {{4334, 21}, TagType::int8u, 2, -1, 0, 0},  // FlashMeteringSegments
-    {{4355, 26}, TagType::int8u, 2, -1, 0, 0},  // SlaveFlashMeteringSegments
-    {{4381, 21}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevelsDaylight
-    {{4402, 18}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevelsShade
-    {{4420, 19}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevelsCloudy
-    {{4439, 21}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevelsTungsten
-    {{4460, 25}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevelsFluorescentD
-    {{4485, 25}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevelsFluorescentN
-    {{4510, 25}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevelsFluorescentW
-    {{4535, 18}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevelsFlash
-    {{4553, 14}, TagType::string, 10, 0, 0, 0},  // SaturationInfo
-    {{4567, 13}, TagType::string, 2, 9, 0, 0},  // ColorMatrixA2
-    {{4580, 13}, TagType::string, 2, 9, 0, 0},  // ColorMatrixB2
-    {{4593, 12}, TagType::string, 10, 0, 0, 0},  // HuffmanTable
-    {{4605, 12}, TagType::string, 2, 0, 0, 0},  // SerialNumber
-    {{4617, 6}, TagType::string, 2, 0, 0, 0},  // Artist
-    {{4623, 9}, TagType::string, 2, 0, 0, 0},  // Copyright
-    {{4632, 15}, TagType::string, 2, 0, 0, 0},  // FirmwareVersion
-    {{4647, 20}, TagType::int16u, 2, 4, 0, 0},  // ContrastDetectAFArea
-    {{4667, 8}, TagType::string, 0, 0, 0, 0},  // DataDump
-    {{4675, 9}, TagType::string, 0, 0, 0, 0},  // ToneCurve
-    {{4684, 10}, TagType::string, 0, 0, 0, 0},  // ToneCurves
-    {{4694, 12}, TagType::string, 0, 4, 0, 0},  // AudioCodecID
-    {{4706, 12}, TagType::imagedata, 0, 0, 0, 0},  // PreviewImage
-    {{4718, 20}, TagType::int8u, 2, 0, 145, 2},  // PixelShiftResolution
-    {{4738, 16}, TagType::string, 2, 4, 0, 0},  // MakerNoteVersion
-    {{4754, 8}, TagType::int8u, 2, 0, 1430, 3},  // SRResult
-    {{4762, 14}, TagType::int8u, 2, 0, 1433, 15},  // ShakeReduction
-    {{4776, 15}, TagType::int8u, 2, 0, 0, 0},  // SRHalfPressTime
-    {{4791, 13}, TagType::int8u, 2, 0, 0, 0},  // SRFocalLength
-    {{4804, 17}, TagType::int8u, 2, 0, 1448, 6},  // CameraOrientation
-    {{4821, 17}, TagType::int16s, 2, 0, 0, 0},  // SensorTemperature
-    {{4838, 18}, TagType::int16s, 2, 0, 0, 0},  // SensorTemperature2
-    {{4856, 18}, TagType::int16s, 2, 0, 0, 0},  // CameraTemperature4
-    {{4874, 18}, TagType::int16s, 2, 0, 0, 0},  // CameraTemperature5
-    {{4892, 13}, TagType::int16u, 2, 0, 45, 3},  // RecordingMode
-    {{4905, 11}, TagType::int16u, 2, 0, 1454, 3},  // ColorFilter
-    {{4916, 16}, TagType::string, 2, 4, 0, 0},  // HometownCityCode
-    {{4932, 19}, TagType::string, 2, 4, 0, 0},  // DestinationCityCode
-    {{4951, 25}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevelsFluorescentL
-    {{4976, 20}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown
-    {{4996, 25}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevelsUserSelected
+    {{0, 14}, TagType::int8u, writable, 0, 0, 0},  // AEExposureTime
+    {{14, 10}, TagType::int8u, writable, 0, 0, 0},  // AEAperture
+    {{24, 6}, TagType::int8u, writable, 0, 0, 0},  // AE_ISO
+    {{30, 4}, TagType::int8u, writable, 0, 0, 0},  // AEXv
+    {{34, 5}, TagType::int8s, writable, 0, 0, 0},  // AEBXv
+    {{39, 17}, TagType::int8u, writable, 0, 0, 0},  // AEMinExposureTime
+    {{56, 13}, TagType::int8u, writable, 0, 0, 30},  // AEProgramMode
+    {{69, 7}, TagType::int8u, writable, 0, 30, 3},  // AEFlags
+    {{76, 15}, TagType::int8u, writable, 0, 0, 0},  // AEApertureSteps
+    {{91, 13}, TagType::int8u, writable, 0, 0, 0},  // AEMaxAperture
+    {{104, 14}, TagType::int8u, writable, 0, 0, 0},  // AEMaxAperture2
+    {{118, 13}, TagType::int8u, writable, 0, 0, 0},  // AEMinAperture
+    {{131, 14}, TagType::int8u, writable, 0, 33, 3},  // AEMeteringMode
+    {{145, 14}, TagType::int8u, writable, 0, 36, 9},  // AEWhiteBalance
+    {{159, 15}, TagType::int8u, writable, 0, 45, 3},  // AEMeteringMode2
+    {{174, 20}, TagType::int8s, writable, 0, 0, 0},  // FlashExposureCompSet
+    {{194, 14}, TagType::int8u, writable, 0, 0, 0},  // LevelIndicator
+    {{208, 7}, TagType::int8s, writable, 0, 0, 0},  // AEError
+    {{215, 9}, TagType::int8u, writable, 0, 48, 23},  // SceneMode
+    {{224, 16}, TagType::int16u, writable, 0, 71, 14},  // AFPointsUnknown1
+    {{240, 16}, TagType::int16u, writable, 0, 85, 12},  // AFPointsUnknown2
+    {{256, 11}, TagType::int16s, writable, 0, 0, 0},  // AFPredictor
+    {{267, 9}, TagType::int8u, writable, 0, 0, 0},  // AFDefocus
+    {{276, 17}, TagType::int8u, writable, 0, 0, 0},  // AFIntegrationTime
+    {{293, 15}, TagType::int32s, writable, 9, 97, 44},  // AFPointsInFocus
+    {{308, 6}, TagType::int8u, writable, 0, 141, 4},  // AFHold
+    {{314, 11}, TagType::int16u, writable, 0, 0, 0},  // NumAFPoints
+    {{325, 16}, TagType::int8u, none, 9, 0, 0},  // AFPointsSelected
+    {{341, 15}, TagType::int8u, none, 9, 0, 0},  // AFPointsSpecial
+    {{356, 26}, TagType::int8u, writable, 0, 145, 2},  // WhiteBalanceAutoAdjustment
+    {{382, 11}, TagType::int8u, writable, 0, 145, 2},  // TungstenAWB
+    {{393, 11}, TagType::int8u, writable, 0, 147, 4},  // PowerSource
+    {{404, 16}, TagType::int8u, writable, 0, 151, 5},  // BodyBatteryState
+    {{420, 16}, TagType::int8u, writable, 0, 147, 4},  // GripBatteryState
+    {{436, 19}, TagType::int8u, writable, 0, 0, 0},  // BodyBatteryADNoLoad
+    {{455, 19}, TagType::int16u, writable, 0, 0, 0},  // BodyBatteryVoltage1
+    {{474, 17}, TagType::int8u, writable, 0, 0, 0},  // BodyBatteryADLoad
+    {{491, 19}, TagType::int8u, writable, 0, 0, 0},  // GripBatteryADNoLoad
+    {{510, 19}, TagType::int16u, writable, 0, 0, 0},  // BodyBatteryVoltage2
+    {{529, 17}, TagType::int8u, writable, 0, 0, 0},  // GripBatteryADLoad
+    {{546, 19}, TagType::int16u, writable, 0, 0, 0},  // BodyBatteryVoltage3
+    {{565, 19}, TagType::int16u, writable, 0, 0, 0},  // BodyBatteryVoltage4
+    {{584, 13}, TagType::int32u, writable, 0, 156, 143},  // PentaxModelID
+    {{597, 15}, TagType::int32u, writable, 0, 0, 0},  // ManufactureDate
+    {{612, 14}, TagType::int32u, writable, 2, 0, 0},  // ProductionCode
+    {{626, 20}, TagType::int32u, writable, 0, 0, 0},  // InternalSerialNumber
+    {{646, 12}, TagType::int8u, writable, 0, 299, 16},  // PictureMode2
+    {{658, 11}, TagType::int8u, writable, 0, 141, 4},  // ProgramLine
+    {{669, 7}, TagType::int8u, writable, 0, 145, 2},  // EVSteps
+    {{676, 15}, TagType::int8u, writable, 0, 145, 2},  // E-DialInProgram
+    {{691, 15}, TagType::int8u, writable, 0, 145, 2},  // ApertureRingUse
+    {{706, 12}, TagType::int8u, writable, 0, 315, 9},  // FlashOptions
+    {{718, 13}, TagType::int8u, writable, 0, 45, 3},  // MeteringMode2
+    {{731, 11}, TagType::int8u, writable, 0, 45, 3},  // AFPointMode
+    {{742, 10}, TagType::int8u, writable, 0, 141, 4},  // FocusMode2
+    {{752, 16}, TagType::int16u, writable, 0, 85, 12},  // AFPointSelected2
+    {{768, 8}, TagType::int8u, writable, 0, 0, 0},  // ISOFloor
+    {{776, 10}, TagType::int8u, writable, 0, 324, 9},  // DriveMode2
+    {{786, 23}, TagType::int8u, writable, 0, 333, 8},  // ExposureBracketStepSize
+    {{809, 17}, TagType::int8u, writable, 0, 341, 11},  // BracketShotNumber
+    {{826, 15}, TagType::int8u, writable, 0, 352, 13},  // WhiteBalanceSet
+    {{841, 19}, TagType::int8u, writable, 0, 145, 2},  // MultipleExposureSet
+    {{860, 18}, TagType::int8u, writable, 0, 365, 15},  // RawAndJpgRecording
+    {{878, 17}, TagType::int8u, writable, 0, 45, 3},  // JpgRecordedPixels
+    {{895, 15}, TagType::int8u, writable, 0, 145, 2},  // LinkAEToAFPoint
+    {{910, 16}, TagType::int8u, writable, 0, 145, 2},  // SensitivitySteps
+    {{926, 7}, TagType::int8u, writable, 0, 145, 2},  // ISOAuto
+    {{933, 13}, TagType::int8u, writable, 0, 315, 9},  // FlashOptions2
+    {{946, 13}, TagType::int8u, writable, 0, 45, 3},  // MeteringMode3
+    {{959, 8}, TagType::int8u, writable, 0, 145, 2},  // SRActive
+    {{967, 8}, TagType::int8u, writable, 0, 141, 4},  // Rotation
+    {{975, 10}, TagType::int8u, writable, 0, 145, 2},  // ISOSetting
+    {{985, 21}, TagType::int8u, writable, 0, 0, 0},  // TvExposureTimeSetting
+    {{1006, 17}, TagType::int8u, writable, 0, 0, 0},  // AvApertureSetting
+    {{1023, 12}, TagType::int8u, writable, 0, 0, 0},  // SvISOSetting
+    {{1035, 24}, TagType::int8u, writable, 0, 0, 0},  // BaseExposureCompensation
+    {{1059, 9}, TagType::int8s, writable, 0, 0, 0},  // WBShiftAB
+    {{1068, 9}, TagType::int8s, writable, 0, 0, 0},  // WBShiftGM
+    {{1077, 13}, TagType::int8u, writable, 0, 0, 0},  // FacesDetected
+    {{1090, 12}, TagType::int8u, writable, 2, 0, 0},  // FacePosition
+    {{1102, 13}, TagType::int16u, writable, 2, 0, 0},  // Face1Position
+    {{1115, 13}, TagType::int16u, writable, 2, 0, 0},  // Face2Position
+    {{1128, 13}, TagType::int16u, writable, 2, 0, 0},  // Face3Position
+    {{1141, 13}, TagType::int16u, writable, 2, 0, 0},  // Face4Position
+    {{1154, 13}, TagType::int16u, writable, 2, 0, 0},  // Face5Position
+    {{1167, 13}, TagType::int16u, writable, 2, 0, 0},  // Face6Position
+    {{1180, 13}, TagType::int16u, writable, 2, 0, 0},  // Face7Position
+    {{1193, 13}, TagType::int16u, writable, 2, 0, 0},  // Face8Position
+    {{1206, 13}, TagType::int16u, writable, 2, 0, 0},  // Face9Position
+    {{1219, 14}, TagType::int16u, writable, 2, 0, 0},  // Face10Position
+    {{1233, 14}, TagType::int16u, writable, 2, 0, 0},  // Face11Position
+    {{1247, 14}, TagType::int16u, writable, 2, 0, 0},  // Face12Position
+    {{1261, 14}, TagType::int16u, writable, 2, 0, 0},  // Face13Position
+    {{1275, 14}, TagType::int16u, writable, 2, 0, 0},  // Face14Position
+    {{1289, 14}, TagType::int16u, writable, 2, 0, 0},  // Face15Position
+    {{1303, 14}, TagType::int16u, writable, 2, 0, 0},  // Face16Position
+    {{1317, 14}, TagType::int16u, writable, 2, 0, 0},  // Face17Position
+    {{1331, 14}, TagType::int16u, writable, 2, 0, 0},  // Face18Position
+    {{1345, 14}, TagType::int16u, writable, 2, 0, 0},  // Face19Position
+    {{1359, 14}, TagType::int16u, writable, 2, 0, 0},  // Face20Position
+    {{1373, 14}, TagType::int16u, writable, 2, 0, 0},  // Face21Position
+    {{1387, 14}, TagType::int16u, writable, 2, 0, 0},  // Face22Position
+    {{1401, 14}, TagType::int16u, writable, 2, 0, 0},  // Face23Position
+    {{1415, 14}, TagType::int16u, writable, 2, 0, 0},  // Face24Position
+    {{1429, 14}, TagType::int16u, writable, 2, 0, 0},  // Face25Position
+    {{1443, 14}, TagType::int16u, writable, 2, 0, 0},  // Face26Position
+    {{1457, 14}, TagType::int16u, writable, 2, 0, 0},  // Face27Position
+    {{1471, 14}, TagType::int16u, writable, 2, 0, 0},  // Face28Position
+    {{1485, 14}, TagType::int16u, writable, 2, 0, 0},  // Face29Position
+    {{1499, 14}, TagType::int16u, writable, 2, 0, 0},  // Face30Position
+    {{1513, 14}, TagType::int16u, writable, 2, 0, 0},  // Face31Position
+    {{1527, 14}, TagType::int16u, writable, 2, 0, 0},  // Face32Position
+    {{1541, 9}, TagType::int16u, writable, 2, 0, 0},  // Face1Size
+    {{1550, 9}, TagType::int16u, writable, 2, 0, 0},  // Face2Size
+    {{1559, 9}, TagType::int16u, writable, 2, 0, 0},  // Face3Size
+    {{1568, 9}, TagType::int16u, writable, 2, 0, 0},  // Face4Size
+    {{1577, 9}, TagType::int16u, writable, 2, 0, 0},  // Face5Size
+    {{1586, 9}, TagType::int16u, writable, 2, 0, 0},  // Face6Size
+    {{1595, 9}, TagType::int16u, writable, 2, 0, 0},  // Face7Size
+    {{1604, 9}, TagType::int16u, writable, 2, 0, 0},  // Face8Size
+    {{1613, 9}, TagType::int16u, writable, 2, 0, 0},  // Face9Size
+    {{1622, 10}, TagType::int16u, writable, 2, 0, 0},  // Face10Size
+    {{1632, 10}, TagType::int16u, writable, 2, 0, 0},  // Face11Size
+    {{1642, 10}, TagType::int16u, writable, 2, 0, 0},  // Face12Size
+    {{1652, 10}, TagType::int16u, writable, 2, 0, 0},  // Face13Size
+    {{1662, 10}, TagType::int16u, writable, 2, 0, 0},  // Face14Size
+    {{1672, 10}, TagType::int16u, writable, 2, 0, 0},  // Face15Size
+    {{1682, 10}, TagType::int16u, writable, 2, 0, 0},  // Face16Size
+    {{1692, 10}, TagType::int16u, writable, 2, 0, 0},  // Face17Size
+    {{1702, 10}, TagType::int16u, writable, 2, 0, 0},  // Face18Size
+    {{1712, 10}, TagType::int16u, writable, 2, 0, 0},  // Face19Size
+    {{1722, 10}, TagType::int16u, writable, 2, 0, 0},  // Face20Size
+    {{1732, 10}, TagType::int16u, writable, 2, 0, 0},  // Face21Size
+    {{1742, 10}, TagType::int16u, writable, 2, 0, 0},  // Face22Size
+    {{1752, 10}, TagType::int16u, writable, 2, 0, 0},  // Face23Size
+    {{1762, 10}, TagType::int16u, writable, 2, 0, 0},  // Face24Size
+    {{1772, 10}, TagType::int16u, writable, 2, 0, 0},  // Face25Size
+    {{1782, 10}, TagType::int16u, writable, 2, 0, 0},  // Face26Size
+    {{1792, 10}, TagType::int16u, writable, 2, 0, 0},  // Face27Size
+    {{1802, 10}, TagType::int16u, writable, 2, 0, 0},  // Face28Size
+    {{1812, 10}, TagType::int16u, writable, 2, 0, 0},  // Face29Size
+    {{1822, 10}, TagType::int16u, writable, 2, 0, 0},  // Face30Size
+    {{1832, 10}, TagType::int16u, writable, 2, 0, 0},  // Face31Size
+    {{1842, 10}, TagType::int16u, writable, 2, 0, 0},  // Face32Size
+    {{1852, 20}, TagType::int16u, writable, 0, 0, 0},  // SourceDirectoryIndex
+    {{1872, 15}, TagType::int16u, writable, 0, 0, 0},  // SourceFileIndex
+    {{1887, 15}, TagType::string, writable, 17, 380, 25},  // DigitalFilter01
+    {{1902, 15}, TagType::string, writable, 17, 380, 25},  // DigitalFilter02
+    {{1917, 15}, TagType::string, writable, 17, 380, 25},  // DigitalFilter03
+    {{1932, 15}, TagType::string, writable, 17, 380, 25},  // DigitalFilter04
+    {{1947, 15}, TagType::string, writable, 17, 380, 25},  // DigitalFilter05
+    {{1962, 15}, TagType::string, writable, 17, 380, 25},  // DigitalFilter06
+    {{1977, 15}, TagType::string, writable, 17, 380, 25},  // DigitalFilter07
+    {{1992, 15}, TagType::string, writable, 17, 380, 25},  // DigitalFilter08
+    {{2007, 15}, TagType::string, writable, 17, 380, 25},  // DigitalFilter09
+    {{2022, 15}, TagType::string, writable, 17, 380, 25},  // DigitalFilter10
+    {{2037, 15}, TagType::string, writable, 17, 380, 25},  // DigitalFilter11
+    {{2052, 15}, TagType::string, writable, 17, 380, 25},  // DigitalFilter12
+    {{2067, 15}, TagType::string, writable, 17, 380, 25},  // DigitalFilter13
+    {{2082, 15}, TagType::string, writable, 17, 380, 25},  // DigitalFilter14
+    {{2097, 15}, TagType::string, writable, 17, 380, 25},  // DigitalFilter15
+    {{2112, 15}, TagType::string, writable, 17, 380, 25},  // DigitalFilter16
+    {{2127, 15}, TagType::string, writable, 17, 380, 25},  // DigitalFilter17
+    {{2142, 15}, TagType::string, writable, 17, 380, 25},  // DigitalFilter18
+    {{2157, 15}, TagType::string, writable, 17, 380, 25},  // DigitalFilter19
+    {{2172, 15}, TagType::string, writable, 17, 380, 25},  // DigitalFilter20
+    {{2187, 11}, TagType::int8u, writable, 0, 405, 7},  // FlashStatus
+    {{2198, 17}, TagType::int8u, writable, 0, 412, 21},  // InternalFlashMode
+    {{2215, 17}, TagType::int8u, writable, 0, 433, 11},  // ExternalFlashMode
+    {{2232, 21}, TagType::int8u, writable, 0, 0, 0},  // InternalFlashStrength
+    {{2253, 10}, TagType::int8u, writable, 0, 0, 0},  // TTL_DA_AUp
+    {{2263, 12}, TagType::int8u, writable, 0, 0, 0},  // TTL_DA_ADown
+    {{2275, 10}, TagType::int8u, writable, 0, 0, 0},  // TTL_DA_BUp
+    {{2285, 12}, TagType::int8u, writable, 0, 0, 0},  // TTL_DA_BDown
+    {{2297, 24}, TagType::int8u, writable, 0, 0, 0},  // ExternalFlashGuideNumber
+    {{2321, 25}, TagType::int8u, writable, 0, 444, 11},  // ExternalFlashExposureComp
+    {{2346, 19}, TagType::int8u, writable, 0, 455, 3},  // ExternalFlashBounce
+    {{2365, 5}, TagType::string, writable, 32, 0, 0},  // Model
+    {{2370, 4}, TagType::string, none, 24, 0, 0},  // Make
+    {{2374, 7}, TagType::float_, writable, 0, 0, 0},  // FNumber
+    {{2381, 9}, TagType::string, none, 24, 0, 0},  // DateTime1
+    {{2390, 9}, TagType::string, none, 24, 0, 0},  // DateTime2
+    {{2399, 14}, TagType::int16u, none, 0, 0, 0},  // ThumbnailWidth
+    {{2413, 15}, TagType::int16u, none, 0, 0, 0},  // ThumbnailHeight
+    {{2428, 15}, TagType::int32u, none, 0, 0, 0},  // ThumbnailLength
+    {{2443, 14}, TagType::imagedata, none, 0, 0, 0},  // ThumbnailImage
+    {{2457, 17}, TagType::int16u, writable, 4, 0, 0},  // KelvinWB_Daylight
+    {{2474, 11}, TagType::int16u, writable, 4, 0, 0},  // KelvinWB_01
+    {{2485, 11}, TagType::int16u, writable, 4, 0, 0},  // KelvinWB_02
+    {{2496, 11}, TagType::int16u, writable, 4, 0, 0},  // KelvinWB_03
+    {{2507, 11}, TagType::int16u, writable, 4, 0, 0},  // KelvinWB_04
+    {{2518, 11}, TagType::int16u, writable, 4, 0, 0},  // KelvinWB_05
+    {{2529, 11}, TagType::int16u, writable, 4, 0, 0},  // KelvinWB_06
+    {{2540, 11}, TagType::int16u, writable, 4, 0, 0},  // KelvinWB_07
+    {{2551, 11}, TagType::int16u, writable, 4, 0, 0},  // KelvinWB_08
+    {{2562, 11}, TagType::int16u, writable, 4, 0, 0},  // KelvinWB_09
+    {{2573, 11}, TagType::int16u, writable, 4, 0, 0},  // KelvinWB_10
+    {{2584, 11}, TagType::int16u, writable, 4, 0, 0},  // KelvinWB_11
+    {{2595, 11}, TagType::int16u, writable, 4, 0, 0},  // KelvinWB_12
+    {{2606, 11}, TagType::int16u, writable, 4, 0, 0},  // KelvinWB_13
+    {{2617, 11}, TagType::int16u, writable, 4, 0, 0},  // KelvinWB_14
+    {{2628, 11}, TagType::int16u, writable, 4, 0, 0},  // KelvinWB_15
+    {{2639, 11}, TagType::int16u, writable, 4, 0, 0},  // KelvinWB_16
+    {{2650, 20}, TagType::int8u, writable, 0, 145, 2},  // DistortionCorrection
+    {{2670, 29}, TagType::int8u, writable, 0, 145, 2},  // ChromaticAberrationCorrection
+    {{2699, 26}, TagType::int8u, writable, 0, 145, 2},  // PeripheralIlluminationCorr
+    {{2725, 21}, TagType::int8u, writable, 0, 458, 2},  // DiffractionCorrection
+    {{2746, 12}, TagType::int8u, writable, 0, 145, 2},  // AutoAperture
+    {{2758, 11}, TagType::int8u, writable, 0, 141, 4},  // MinAperture
+    {{2769, 10}, TagType::int8u, writable, 0, 0, 0},  // LensFStops
+    {{2779, 8}, TagType::int8u, writable, 0, 0, 0},  // LensKind
+    {{2787, 3}, TagType::int8u, writable, 0, 0, 0},  // LC1
+    {{2790, 16}, TagType::int8u, writable, 0, 460, 21},  // MinFocusDistance
+    {{2806, 15}, TagType::int8u, writable, 0, 481, 8},  // FocusRangeIndex
+    {{2821, 3}, TagType::int8u, writable, 0, 0, 0},  // LC3
+    {{2824, 3}, TagType::int8u, writable, 0, 0, 0},  // LC4
+    {{2827, 3}, TagType::int8u, writable, 0, 0, 0},  // LC5
+    {{2830, 3}, TagType::int8u, writable, 0, 0, 0},  // LC6
+    {{2833, 3}, TagType::int8u, writable, 0, 0, 0},  // LC7
+    {{2836, 15}, TagType::int8u, writable, 0, 0, 0},  // LensFocalLength
+    {{2851, 3}, TagType::int8u, writable, 0, 0, 0},  // LC8
+    {{2854, 18}, TagType::int8u, writable, 0, 0, 0},  // NominalMaxAperture
+    {{2872, 18}, TagType::int8u, writable, 0, 0, 0},  // NominalMinAperture
+    {{2890, 4}, TagType::int8u, writable, 0, 0, 0},  // LC10
+    {{2894, 4}, TagType::int8u, writable, 0, 0, 0},  // LC11
+    {{2898, 15}, TagType::int8u, writable, 0, 0, 0},  // NewLensDataHook
+    {{2913, 4}, TagType::int8u, writable, 0, 0, 0},  // LC12
+    {{2917, 11}, TagType::int8u, writable, 0, 0, 0},  // MaxAperture
+    {{2928, 4}, TagType::int8u, writable, 0, 0, 0},  // LC14
+    {{2932, 4}, TagType::int8u, writable, 0, 0, 0},  // LC15
+    {{2936, 8}, TagType::string, writable, 5, 489, 306},  // LensType
+    {{2944, 9}, TagType::string, writable, 30, 0, 0},  // LensModel
+    {{2953, 8}, TagType::string, writable, 20, 0, 0},  // LensInfo
+    {{2961, 14}, TagType::int8u, writable, 0, 145, 2},  // ExtenderStatus
+    {{2975, 16}, TagType::int8s, writable, 0, 795, 11},  // LevelOrientation
+    {{2991, 17}, TagType::int8s, writable, 0, 806, 4},  // CompositionAdjust
+    {{3008, 9}, TagType::int8s, writable, 0, 0, 0},  // RollAngle
+    {{3017, 10}, TagType::int8s, writable, 0, 0, 0},  // PitchAngle
+    {{3027, 18}, TagType::int8s, writable, 0, 0, 0},  // CompositionAdjustX
+    {{3045, 18}, TagType::int8s, writable, 0, 0, 0},  // CompositionAdjustY
+    {{3063, 25}, TagType::int8s, writable, 0, 0, 0},  // CompositionAdjustRotation
+    {{3088, 12}, TagType::int32u, writable, 0, 0, 0},  // ExposureTime
+    {{3100, 20}, TagType::float_, writable, 2, 0, 0},  // ExposureCompensation
+    {{3120, 12}, TagType::int16u, writable, 0, 810, 17},  // WhiteBalance
+    {{3132, 11}, TagType::float_, writable, 0, 0, 0},  // FocalLength
+    {{3143, 3}, TagType::int32s, writable, 0, 827, 81},  // ISO
+    {{3146, 13}, TagType::int8u, writable, 4, 0, 0},  // PentaxVersion
+    {{3159, 15}, TagType::int16u, writable, 0, 0, 0},  // PentaxModelType
+    {{3174, 16}, TagType::int16u, writable, 2, 0, 0},  // PreviewImageSize
+    {{3190, 18}, TagType::int32u, writable, 0, 0, 0},  // PreviewImageLength
+    {{3208, 17}, TagType::int32u, writable, 0, 0, 0},  // PreviewImageStart
+    {{3225, 4}, TagType::partialdate, writable, 1, 0, 0},  // Date
+    {{3229, 4}, TagType::partialtime, writable, 1, 0, 0},  // Time
+    {{3233, 7}, TagType::int16u, writable, 0, 908, 10},  // Quality
+    {{3240, 15}, TagType::int16u, writable, 0, 918, 32},  // PentaxImageSize
+    {{3255, 11}, TagType::int32s, writable, -1, 950, 126},  // PictureMode
+    {{3266, 9}, TagType::int16u, writable, -1, 1076, 25},  // FlashMode
+    {{3275, 9}, TagType::int16u, writable, 0, 1101, 15},  // FocusMode
+    {{3284, 15}, TagType::int16u, writable, 0, 1116, 66},  // AFPointSelected
+    {{3299, 13}, TagType::int16u, writable, 0, 0, 0},  // FocusPosition
+    {{3312, 12}, TagType::int16u, writable, 0, 0, 0},  // LightReading
+    {{3324, 12}, TagType::int16u, writable, 0, 45, 3},  // MeteringMode
+    {{3336, 14}, TagType::int16u, writable, -1, 0, 0},  // AutoBracketing
+    {{3350, 16}, TagType::int16u, writable, 0, 1182, 10},  // WhiteBalanceMode
+    {{3366, 11}, TagType::int16u, writable, 0, 0, 0},  // BlueBalance
+    {{3377, 10}, TagType::int16u, writable, 0, 0, 0},  // RedBalance
+    {{3387, 11}, TagType::int32s, writable, 0, 0, 0},  // DigitalZoom
+    {{3398, 10}, TagType::int16u, writable, -1, 1192, 10},  // Saturation
+    {{3408, 8}, TagType::int16u, writable, -1, 1192, 10},  // Contrast
+    {{3416, 9}, TagType::int16u, writable, -1, 36, 9},  // Sharpness
+    {{3425, 17}, TagType::int32s, writable, 0, 145, 2},  // WorldTimeLocation
+    {{3442, 12}, TagType::int32s, writable, 0, 1202, 75},  // HometownCity
+    {{3454, 15}, TagType::int32s, writable, 0, 1202, 75},  // DestinationCity
+    {{3469, 11}, TagType::int32s, writable, 0, 145, 2},  // HometownDST
+    {{3480, 14}, TagType::int32s, writable, 0, 145, 2},  // DestinationDST
+    {{3494, 18}, TagType::string, writable, 0, 0, 0},  // DSPFirmwareVersion
+    {{3512, 18}, TagType::string, writable, 0, 0, 0},  // CPUFirmwareVersion
+    {{3530, 11}, TagType::int32u, writable, 0, 0, 0},  // FrameNumber
+    {{3541, 11}, TagType::int32s, writable, 0, 0, 0},  // EffectiveLV
+    {{3552, 9}, TagType::int8u, writable, 4, 1277, 33},  // DriveMode
+    {{3561, 10}, TagType::int16u, writable, 2, 0, 0},  // SensorSize
+    {{3571, 10}, TagType::int16u, writable, 0, 145, 2},  // ColorSpace
+    {{3581, 15}, TagType::int16u, writable, 2, 0, 0},  // ImageAreaOffset
+    {{3596, 12}, TagType::int16u, none, 2, 0, 0},  // RawImageSize
+    {{3608, 11}, TagType::int16u, writable, 0, 0, 0},  // DataScaling
+    {{3619, 19}, TagType::int8u, writable, 4, 0, 0},  // PreviewImageBorders
+    {{3638, 17}, TagType::int16u, writable, 0, 0, 0},  // SensitivityAdjust
+    {{3655, 14}, TagType::int16u, writable, 0, 0, 0},  // ImageEditCount
+    {{3669, 17}, TagType::int8s, writable, 0, 0, 0},  // CameraTemperature
+    {{3686, 6}, TagType::int16u, writable, 0, 145, 2},  // AELock
+    {{3692, 14}, TagType::int16u, writable, 0, 145, 2},  // NoiseReduction
+    {{3706, 17}, TagType::int32s, writable, 2, 0, 0},  // FlashExposureComp
+    {{3723, 9}, TagType::int16u, writable, 0, 1310, 13},  // ImageTone
+    {{3732, 16}, TagType::int16u, writable, 0, 0, 0},  // ColorTemperature
+    {{3748, 17}, TagType::string, writable, 4, 0, 0},  // ColorTempDaylight
+    {{3765, 14}, TagType::string, writable, 4, 0, 0},  // ColorTempShade
+    {{3779, 15}, TagType::string, writable, 4, 0, 0},  // ColorTempCloudy
+    {{3794, 17}, TagType::string, writable, 4, 0, 0},  // ColorTempTungsten
+    {{3811, 21}, TagType::string, writable, 4, 0, 0},  // ColorTempFluorescentD
+    {{3832, 21}, TagType::string, writable, 4, 0, 0},  // ColorTempFluorescentN
+    {{3853, 21}, TagType::string, writable, 4, 0, 0},  // ColorTempFluorescentW
+    {{3874, 14}, TagType::string, writable, 4, 0, 0},  // ColorTempFlash
+    {{3888, 21}, TagType::int16u, writable, 0, 1323, 20},  // RawDevelopmentProcess
+    {{3909, 3}, TagType::int16u, writable, 0, 1343, 10},  // Hue
+    {{3912, 13}, TagType::int16s, writable, 2, 1353, 9},  // HighLowKeyAdj
+    {{3925, 17}, TagType::int16s, writable, 2, 1353, 9},  // ContrastHighlight
+    {{3942, 14}, TagType::int16s, writable, 2, 1353, 9},  // ContrastShadow
+    {{3956, 26}, TagType::int8u, writable, 0, 145, 2},  // ContrastHighlightShadowAdj
+    {{3982, 13}, TagType::int8u, writable, -1, 1362, 4},  // FineSharpness
+    {{3995, 21}, TagType::int8u, writable, 0, 1366, 15},  // HighISONoiseReduction
+    {{4016, 12}, TagType::int16s, writable, 0, 0, 0},  // AFAdjustment
+    {{4028, 22}, TagType::int16u, writable, 0, 1381, 9},  // MonochromeFilterEffect
+    {{4050, 16}, TagType::int16u, writable, 0, 1343, 10},  // MonochromeToning
+    {{4066, 10}, TagType::int8u, writable, 2, 0, 0},  // FaceDetect
+    {{4076, 19}, TagType::int16u, writable, 2, 0, 0},  // FaceDetectFrameSize
+    {{4095, 16}, TagType::int8u, writable, -1, 1390, 8},  // ShadowCorrection
+    {{4111, 17}, TagType::int8u, writable, 2, 1398, 3},  // ISOAutoParameters
+    {{4128, 12}, TagType::int8u, writable, 0, 1401, 8},  // CrossProcess
+    {{4140, 10}, TagType::int32u, writable, 0, 0, 0},  // WhiteLevel
+    {{4150, 18}, TagType::int16u, writable, 0, 1343, 10},  // BleachBypassToning
+    {{4168, 11}, TagType::string, writable, 0, 141, 4},  // AspectRatio
+    {{4179, 11}, TagType::int8u, writable, 4, 141, 4},  // BlurControl
+    {{4190, 3}, TagType::int8u, writable, 4, 1409, 12},  // HDR
+    {{4193, 11}, TagType::int8u, writable, 0, 145, 2},  // ShutterType
+    {{4204, 20}, TagType::int8u, writable, 0, 1421, 4},  // NeutralDensityFilter
+    {{4224, 16}, TagType::int16u, writable, 2, 1425, 1},  // IntervalShooting
+    {{4240, 18}, TagType::int8s, writable, 3, 1426, 4},  // SkinToneCorrection
+    {{4258, 14}, TagType::int8s, writable, 2, 1425, 1},  // ClarityControl
+    {{4272, 10}, TagType::int16u, writable, 4, 0, 0},  // BlackPoint
+    {{4282, 10}, TagType::int16u, writable, 4, 0, 0},  // WhitePoint
+    {{4292, 12}, TagType::int16s, writable, 9, 0, 0},  // ColorMatrixA
+    {{4304, 12}, TagType::int16s, writable, 9, 0, 0},  // ColorMatrixB
+    {{4316, 18}, TagType::int8u, writable, -1, 0, 0},  // AEMeteringSegments
+    {{4334, 21}, TagType::int8u, writable, -1, 0, 0},  // FlashMeteringSegments
+    {{4355, 26}, TagType::int8u, writable, -1, 0, 0},  // SlaveFlashMeteringSegments
+    {{4381, 21}, TagType::int16u, writable, 4, 0, 0},  // WB_RGGBLevelsDaylight
+    {{4402, 18}, TagType::int16u, writable, 4, 0, 0},  // WB_RGGBLevelsShade
+    {{4420, 19}, TagType::int16u, writable, 4, 0, 0},  // WB_RGGBLevelsCloudy
+    {{4439, 21}, TagType::int16u, writable, 4, 0, 0},  // WB_RGGBLevelsTungsten
+    {{4460, 25}, TagType::int16u, writable, 4, 0, 0},  // WB_RGGBLevelsFluorescentD
+    {{4485, 25}, TagType::int16u, writable, 4, 0, 0},  // WB_RGGBLevelsFluorescentN
+    {{4510, 25}, TagType::int16u, writable, 4, 0, 0},  // WB_RGGBLevelsFluorescentW
+    {{4535, 18}, TagType::int16u, writable, 4, 0, 0},  // WB_RGGBLevelsFlash
+    {{4553, 14}, TagType::string, writable | binary, 0, 0, 0},  // SaturationInfo
+    {{4567, 13}, TagType::string, writable, 9, 0, 0},  // ColorMatrixA2
+    {{4580, 13}, TagType::string, writable, 9, 0, 0},  // ColorMatrixB2
+    {{4593, 12}, TagType::string, writable | binary, 0, 0, 0},  // HuffmanTable
+    {{4605, 12}, TagType::string, writable, 0, 0, 0},  // SerialNumber
+    {{4617, 6}, TagType::string, writable, 0, 0, 0},  // Artist
+    {{4623, 9}, TagType::string, writable, 0, 0, 0},  // Copyright
+    {{4632, 15}, TagType::string, writable, 0, 0, 0},  // FirmwareVersion
+    {{4647, 20}, TagType::int16u, writable, 4, 0, 0},  // ContrastDetectAFArea
+    {{4667, 8}, TagType::string, none, 0, 0, 0},  // DataDump
+    {{4675, 9}, TagType::string, none, 0, 0, 0},  // ToneCurve
+    {{4684, 10}, TagType::string, none, 0, 0, 0},  // ToneCurves
+    {{4694, 12}, TagType::string, none, 4, 0, 0},  // AudioCodecID
+    {{4706, 12}, TagType::imagedata, none, 0, 0, 0},  // PreviewImage
+    {{4718, 20}, TagType::int8u, writable, 0, 145, 2},  // PixelShiftResolution
+    {{4738, 16}, TagType::string, writable, 4, 0, 0},  // MakerNoteVersion
+    {{4754, 8}, TagType::int8u, writable, 0, 1430, 3},  // SRResult
+    {{4762, 14}, TagType::int8u, writable, 0, 1433, 15},  // ShakeReduction
+    {{4776, 15}, TagType::int8u, writable, 0, 0, 0},  // SRHalfPressTime
+    {{4791, 13}, TagType::int8u, writable, 0, 0, 0},  // SRFocalLength
+    {{4804, 17}, TagType::int8u, writable, 0, 1448, 6},  // CameraOrientation
+    {{4821, 17}, TagType::int16s, writable, 0, 0, 0},  // SensorTemperature
+    {{4838, 18}, TagType::int16s, writable, 0, 0, 0},  // SensorTemperature2
+    {{4856, 18}, TagType::int16s, writable, 0, 0, 0},  // CameraTemperature4
+    {{4874, 18}, TagType::int16s, writable, 0, 0, 0},  // CameraTemperature5
+    {{4892, 13}, TagType::int16u, writable, 0, 45, 3},  // RecordingMode
+    {{4905, 11}, TagType::int16u, writable, 0, 1454, 3},  // ColorFilter
+    {{4916, 16}, TagType::string, writable, 4, 0, 0},  // HometownCityCode
+    {{4932, 19}, TagType::string, writable, 4, 0, 0},  // DestinationCityCode
+    {{4951, 25}, TagType::int16u, writable, 4, 0, 0},  // WB_RGGBLevelsFluorescentL
+    {{4976, 20}, TagType::int16u, writable, 4, 0, 0},  // WB_RGGBLevelsUnknown
+    {{4996, 25}, TagType::int16u, writable, 4, 0, 0},  // WB_RGGBLevelsUserSelected
 };
 constexpr detail::TextRef kChoicesPentax[] = {
     {5021, 1}, {5022, 1}, {5023, 1}, {5024, 1}, {5025, 1}, {5026, 2}, {5028, 2}, {5030, 2},
@@ -9070,69 +9072,68 @@ constexpr std::uint16_t kKeyOrderPentax[] = {
     373, 374, 243, 29, 263, 60, 318, 329, 270,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsPentax[375];
-constinit detail::StreamTags gTagsPentax("Pentax", kText, kTagsPentax, kKeyOrderPentax, kChoicesPentax, gItemsPentax, &TagStringsCatalogue::stringsPentax);
 
 // PhaseOne: 57 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPhaseOne[] = {
-    {{4804, 17}, TagType::int32s, 0, 0, 0, 4},  // CameraOrientation
-    {{4605, 12}, TagType::string, 2, 0, 0, 0},  // SerialNumber
-    {{3143, 3}, TagType::int32s, 2, 0, 0, 0},  // ISO
-    {{135640, 12}, TagType::float_, 2, 9, 0, 0},  // ColorMatrix1
-    {{135652, 12}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevels
-    {{135664, 11}, TagType::int32s, 2, 0, 0, 0},  // SensorWidth
-    {{135675, 12}, TagType::int32s, 2, 0, 0, 0},  // SensorHeight
-    {{135687, 16}, TagType::int32s, 2, 0, 0, 0},  // SensorLeftMargin
-    {{135703, 15}, TagType::int32s, 2, 0, 0, 0},  // SensorTopMargin
-    {{135718, 10}, TagType::int32s, 2, 0, 0, 0},  // ImageWidth
-    {{135728, 11}, TagType::int32s, 2, 0, 0, 0},  // ImageHeight
-    {{135739, 9}, TagType::int32s, 2, 0, 4, 6},  // RawFormat
-    {{135748, 7}, TagType::string, 10, 0, 0, 0},  // RawData
-    {{135755, 16}, TagType::int32u, 2, 0, 0, 0},  // DateTimeOriginal
-    {{135771, 11}, TagType::int32s, 2, 0, 0, 0},  // ImageNumber
-    {{135782, 8}, TagType::string, 2, 0, 0, 0},  // Software
-    {{135790, 6}, TagType::string, 2, 0, 0, 0},  // System
-    {{4821, 17}, TagType::float_, 2, 0, 0, 0},  // SensorTemperature
-    {{4838, 18}, TagType::float_, 2, 0, 0, 0},  // SensorTemperature2
-    {{135796, 11}, TagType::int32u, 2, 0, 0, 0},  // UnknownDate
-    {{135807, 12}, TagType::int32s, 10, 0, 0, 0},  // StripOffsets
-    {{135819, 10}, TagType::int32s, 2, 0, 0, 0},  // BlackLevel
-    {{135829, 11}, TagType::int32s, 2, 0, 0, 0},  // SplitColumn
-    {{135840, 14}, TagType::int16u, 10, -1, 0, 0},  // BlackLevelData
-    {{135854, 15}, TagType::int16s, 0, 0, 0, 0},  // PhaseOne_0x0225
-    {{135869, 12}, TagType::float_, 2, 9, 0, 0},  // ColorMatrix2
-    {{135881, 15}, TagType::float_, 2, 0, 0, 0},  // PhaseOne_0x022b
-    {{135896, 15}, TagType::int16s, 0, 0, 0, 0},  // PhaseOne_0x0258
-    {{135911, 15}, TagType::int16s, 0, 0, 0, 0},  // PhaseOne_0x025a
-    {{4016, 12}, TagType::float_, 2, 0, 0, 0},  // AFAdjustment
-    {{135926, 16}, TagType::string, 2, 0, 0, 0},  // FirmwareVersions
-    {{135942, 17}, TagType::float_, 2, 0, 0, 0},  // ShutterSpeedValue
-    {{135959, 13}, TagType::float_, 2, 0, 0, 0},  // ApertureValue
-    {{3100, 20}, TagType::float_, 2, 0, 0, 0},  // ExposureCompensation
-    {{3132, 11}, TagType::float_, 2, 0, 0, 0},  // FocalLength
-    {{135972, 11}, TagType::string, 2, 0, 0, 0},  // CameraModel
-    {{2944, 9}, TagType::string, 2, 0, 0, 0},  // LensModel
-    {{135983, 16}, TagType::float_, 2, 0, 0, 0},  // MaxApertureValue
-    {{135999, 16}, TagType::float_, 2, 0, 0, 0},  // MinApertureValue
-    {{136015, 10}, TagType::string, 2, 0, 0, 0},  // Viewfinder
-    {{136025, 13}, TagType::string, 8, 0, 0, 0},  // SensorDefects
-    {{136038, 18}, TagType::string, 8, 0, 0, 0},  // AllColorFlatField1
-    {{136056, 24}, TagType::string, 0, 0, 0, 0},  // SensorCalibration_0x0404
-    {{136080, 24}, TagType::string, 0, 0, 0, 0},  // SensorCalibration_0x0405
-    {{136104, 24}, TagType::string, 0, 0, 0, 0},  // SensorCalibration_0x0406
-    {{136128, 24}, TagType::float_, 0, 0, 0, 0},  // SensorCalibration_0x0408
-    {{136152, 16}, TagType::string, 8, 0, 0, 0},  // RedBlueFlatField
-    {{136168, 24}, TagType::string, 0, 0, 0, 0},  // SensorCalibration_0x040f
-    {{136192, 18}, TagType::string, 8, 0, 0, 0},  // AllColorFlatField2
-    {{136210, 24}, TagType::double_, 0, 0, 0, 0},  // SensorCalibration_0x0413
-    {{136234, 24}, TagType::string, 0, 0, 0, 0},  // SensorCalibration_0x0414
-    {{136258, 18}, TagType::string, 8, 0, 0, 0},  // AllColorFlatField3
-    {{136276, 24}, TagType::string, 0, 0, 0, 0},  // SensorCalibration_0x0418
-    {{136300, 26}, TagType::float_, 0, 0, 0, 0},  // LinearizationCoefficients1
-    {{136326, 26}, TagType::float_, 0, 0, 0, 0},  // LinearizationCoefficients2
-    {{136352, 24}, TagType::float_, 0, 0, 0, 0},  // SensorCalibration_0x041c
-    {{136376, 24}, TagType::string, 0, 0, 0, 0},  // SensorCalibration_0x041e
+    {{4804, 17}, TagType::int32s, none, 0, 0, 4},  // CameraOrientation
+    {{4605, 12}, TagType::string, writable, 0, 0, 0},  // SerialNumber
+    {{3143, 3}, TagType::int32s, writable, 0, 0, 0},  // ISO
+    {{135640, 12}, TagType::float_, writable, 9, 0, 0},  // ColorMatrix1
+    {{135652, 12}, TagType::float_, writable, 3, 0, 0},  // WB_RGBLevels
+    {{135664, 11}, TagType::int32s, writable, 0, 0, 0},  // SensorWidth
+    {{135675, 12}, TagType::int32s, writable, 0, 0, 0},  // SensorHeight
+    {{135687, 16}, TagType::int32s, writable, 0, 0, 0},  // SensorLeftMargin
+    {{135703, 15}, TagType::int32s, writable, 0, 0, 0},  // SensorTopMargin
+    {{135718, 10}, TagType::int32s, writable, 0, 0, 0},  // ImageWidth
+    {{135728, 11}, TagType::int32s, writable, 0, 0, 0},  // ImageHeight
+    {{135739, 9}, TagType::int32s, writable, 0, 4, 6},  // RawFormat
+    {{135748, 7}, TagType::string, writable | binary, 0, 0, 0},  // RawData
+    {{135755, 16}, TagType::int32u, writable, 0, 0, 0},  // DateTimeOriginal
+    {{135771, 11}, TagType::int32s, writable, 0, 0, 0},  // ImageNumber
+    {{135782, 8}, TagType::string, writable, 0, 0, 0},  // Software
+    {{135790, 6}, TagType::string, writable, 0, 0, 0},  // System
+    {{4821, 17}, TagType::float_, writable, 0, 0, 0},  // SensorTemperature
+    {{4838, 18}, TagType::float_, writable, 0, 0, 0},  // SensorTemperature2
+    {{135796, 11}, TagType::int32u, writable, 0, 0, 0},  // UnknownDate
+    {{135807, 12}, TagType::int32s, writable | binary, 0, 0, 0},  // StripOffsets
+    {{135819, 10}, TagType::int32s, writable, 0, 0, 0},  // BlackLevel
+    {{135829, 11}, TagType::int32s, writable, 0, 0, 0},  // SplitColumn
+    {{135840, 14}, TagType::int16u, writable | binary, -1, 0, 0},  // BlackLevelData
+    {{135854, 15}, TagType::int16s, none, 0, 0, 0},  // PhaseOne_0x0225
+    {{135869, 12}, TagType::float_, writable, 9, 0, 0},  // ColorMatrix2
+    {{135881, 15}, TagType::float_, writable, 0, 0, 0},  // PhaseOne_0x022b
+    {{135896, 15}, TagType::int16s, none, 0, 0, 0},  // PhaseOne_0x0258
+    {{135911, 15}, TagType::int16s, none, 0, 0, 0},  // PhaseOne_0x025a
+    {{4016, 12}, TagType::float_, writable, 0, 0, 0},  // AFAdjustment
+    {{135926, 16}, TagType::string, writable, 0, 0, 0},  // FirmwareVersions
+    {{135942, 17}, TagType::float_, writable, 0, 0, 0},  // ShutterSpeedValue
+    {{135959, 13}, TagType::float_, writable, 0, 0, 0},  // ApertureValue
+    {{3100, 20}, TagType::float_, writable, 0, 0, 0},  // ExposureCompensation
+    {{3132, 11}, TagType::float_, writable, 0, 0, 0},  // FocalLength
+    {{135972, 11}, TagType::string, writable, 0, 0, 0},  // CameraModel
+    {{2944, 9}, TagType::string, writable, 0, 0, 0},  // LensModel
+    {{135983, 16}, TagType::float_, writable, 0, 0, 0},  // MaxApertureValue
+    {{135999, 16}, TagType::float_, writable, 0, 0, 0},  // MinApertureValue
+    {{136015, 10}, TagType::string, writable, 0, 0, 0},  // Viewfinder
+    {{136025, 13}, TagType::string, binary, 0, 0, 0},  // SensorDefects
+    {{136038, 18}, TagType::string, binary, 0, 0, 0},  // AllColorFlatField1
+    {{136056, 24}, TagType::string, none, 0, 0, 0},  // SensorCalibration_0x0404
+    {{136080, 24}, TagType::string, none, 0, 0, 0},  // SensorCalibration_0x0405
+    {{136104, 24}, TagType::string, none, 0, 0, 0},  // SensorCalibration_0x0406
+    {{136128, 24}, TagType::float_, none, 0, 0, 0},  // SensorCalibration_0x0408
+    {{136152, 16}, TagType::string, binary, 0, 0, 0},  // RedBlueFlatField
+    {{136168, 24}, TagType::string, none, 0, 0, 0},  // SensorCalibration_0x040f
+    {{136192, 18}, TagType::string, binary, 0, 0, 0},  // AllColorFlatField2
+    {{136210, 24}, TagType::double_, none, 0, 0, 0},  // SensorCalibration_0x0413
+    {{136234, 24}, TagType::string, none, 0, 0, 0},  // SensorCalibration_0x0414
+    {{136258, 18}, TagType::string, binary, 0, 0, 0},  // AllColorFlatField3
+    {{136276, 24}, TagType::string, none, 0, 0, 0},  // SensorCalibration_0x0418
+    {{136300, 26}, TagType::float_, none, 0, 0, 0},  // LinearizationCoefficients1
+    {{136326, 26}, TagType::float_, none, 0, 0, 0},  // LinearizationCoefficients2
+    {{136352, 24}, TagType::float_, none, 0, 0, 0},  // SensorCalibration_0x041c
+    {{136376, 24}, TagType::string, none, 0, 0, 0},  // SensorCalibration_0x041e
 };
 constexpr detail::TextRef kChoicesPhaseOne[] = {
     {5021, 1}, {5022, 1}, {5023, 1}, {5024, 1}, {5022, 1}, {5023, 1}, {5024, 1}, {5093, 1},
@@ -9387,39 +9388,38 @@ constexpr std::uint16_t kKeyOrderPhaseOne[] = {
     15, 22, 20, 16, 19, 39, 4,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsPhaseOne[57];
-constinit detail::StreamTags gTagsPhaseOne("PhaseOne", kText, kTagsPhaseOne, kKeyOrderPhaseOne, kChoicesPhaseOne, gItemsPhaseOne, &TagStringsCatalogue::stringsPhaseOne);
 
 // PhotoCD: 27 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPhotoCD[] = {
-    {{140684, 20}, TagType::int8u, 0, 2, 0, 0},  // SpecificationVersion
-    {{140704, 24}, TagType::int8u, 0, 2, 0, 0},  // AuthoringSoftwareRelease
-    {{140728, 28}, TagType::int8u, 0, 2, 0, 0},  // ImageMagnificationDescriptor
-    {{140756, 10}, TagType::int32u, 0, 0, 0, 0},  // CreateDate
-    {{140766, 10}, TagType::int32u, 0, 0, 0, 0},  // ModifyDate
-    {{140776, 11}, TagType::int8u, 0, 0, 0, 9},  // ImageMedium
-    {{140787, 11}, TagType::string, 0, 20, 0, 0},  // ProductType
-    {{140798, 15}, TagType::string, 0, 20, 0, 0},  // ScannerVendorID
-    {{140813, 16}, TagType::string, 0, 16, 0, 0},  // ScannerProductID
-    {{140829, 22}, TagType::string, 0, 4, 0, 0},  // ScannerFirmwareVersion
-    {{140851, 19}, TagType::string, 0, 8, 0, 0},  // ScannerFirmwareDate
-    {{140870, 19}, TagType::string, 0, 20, 0, 0},  // ScannerSerialNumber
-    {{140889, 16}, TagType::string, 0, 2, 0, 0},  // ScannerPixelSize
-    {{140905, 20}, TagType::string, 0, 20, 0, 0},  // ImageWorkstationMake
-    {{140925, 12}, TagType::int8u, 0, 0, 9, 6},  // CharacterSet
-    {{140937, 23}, TagType::string, 8, 32, 0, 0},  // CharacterEscapeSequence
-    {{140960, 17}, TagType::string, 0, 60, 0, 0},  // PhotoFinisherName
-    {{140977, 6}, TagType::string, 0, 3, 0, 0},  // HasSBA
-    {{140983, 29}, TagType::int8u, 0, 2, 0, 0},  // SceneBalanceAlgorithmRevision
-    {{141012, 28}, TagType::int8u, 0, 0, 15, 4},  // SceneBalanceAlgorithmCommand
-    {{141040, 27}, TagType::int16u, 0, 0, 19, 219},  // SceneBalanceAlgorithmFilmID
-    {{141067, 15}, TagType::int8u, 0, 0, 238, 2},  // CopyrightStatus
-    {{141082, 17}, TagType::string, 0, 12, 0, 0},  // CopyrightFileName
-    {{141099, 11}, TagType::int8u, 0, 0, 15, 4},  // Orientation
-    {{135718, 10}, TagType::int8u, 0, 0, 0, 0},  // ImageWidth
-    {{135728, 11}, TagType::int8u, 0, 0, 0, 0},  // ImageHeight
-    {{141110, 16}, TagType::int8u, 0, 0, 15, 4},  // CompressionClass
+    {{140684, 20}, TagType::int8u, none, 2, 0, 0},  // SpecificationVersion
+    {{140704, 24}, TagType::int8u, none, 2, 0, 0},  // AuthoringSoftwareRelease
+    {{140728, 28}, TagType::int8u, none, 2, 0, 0},  // ImageMagnificationDescriptor
+    {{140756, 10}, TagType::int32u, none, 0, 0, 0},  // CreateDate
+    {{140766, 10}, TagType::int32u, none, 0, 0, 0},  // ModifyDate
+    {{140776, 11}, TagType::int8u, none, 0, 0, 9},  // ImageMedium
+    {{140787, 11}, TagType::string, none, 20, 0, 0},  // ProductType
+    {{140798, 15}, TagType::string, none, 20, 0, 0},  // ScannerVendorID
+    {{140813, 16}, TagType::string, none, 16, 0, 0},  // ScannerProductID
+    {{140829, 22}, TagType::string, none, 4, 0, 0},  // ScannerFirmwareVersion
+    {{140851, 19}, TagType::string, none, 8, 0, 0},  // ScannerFirmwareDate
+    {{140870, 19}, TagType::string, none, 20, 0, 0},  // ScannerSerialNumber
+    {{140889, 16}, TagType::string, none, 2, 0, 0},  // ScannerPixelSize
+    {{140905, 20}, TagType::string, none, 20, 0, 0},  // ImageWorkstationMake
+    {{140925, 12}, TagType::int8u, none, 0, 9, 6},  // CharacterSet
+    {{140937, 23}, TagType::string, binary, 32, 0, 0},  // CharacterEscapeSequence
+    {{140960, 17}, TagType::string, none, 60, 0, 0},  // PhotoFinisherName
+    {{140977, 6}, TagType::string, none, 3, 0, 0},  // HasSBA
+    {{140983, 29}, TagType::int8u, none, 2, 0, 0},  // SceneBalanceAlgorithmRevision
+    {{141012, 28}, TagType::int8u, none, 0, 15, 4},  // SceneBalanceAlgorithmCommand
+    {{141040, 27}, TagType::int16u, none, 0, 19, 219},  // SceneBalanceAlgorithmFilmID
+    {{141067, 15}, TagType::int8u, none, 0, 238, 2},  // CopyrightStatus
+    {{141082, 17}, TagType::string, none, 12, 0, 0},  // CopyrightFileName
+    {{141099, 11}, TagType::int8u, none, 0, 15, 4},  // Orientation
+    {{135718, 10}, TagType::int8u, none, 0, 0, 0},  // ImageWidth
+    {{135728, 11}, TagType::int8u, none, 0, 0, 0},  // ImageHeight
+    {{141110, 16}, TagType::int8u, none, 0, 15, 4},  // CompressionClass
 };
 constexpr detail::TextRef kChoicesPhotoCD[] = {
     {5021, 1}, {5022, 1}, {5023, 1}, {5024, 1}, {5092, 1}, {5093, 1}, {5094, 1}, {5095, 1},
@@ -9819,31 +9819,30 @@ constexpr std::uint16_t kKeyOrderPhotoCD[] = {
     0,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsPhotoCD[27];
-constinit detail::StreamTags gTagsPhotoCD("PhotoCD", kText, kTagsPhotoCD, kKeyOrderPhotoCD, kChoicesPhotoCD, gItemsPhotoCD, &TagStringsCatalogue::stringsPhotoCD);
 
 // PhotoMechanic: 19 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPhotoMechanic[] = {
-    {{158842, 11}, TagType::int32s, 2, 0, 0, 0},  // RawCropLeft
-    {{158853, 10}, TagType::int32s, 2, 0, 0, 0},  // RawCropTop
-    {{158863, 12}, TagType::int32s, 2, 0, 0, 0},  // RawCropRight
-    {{158875, 13}, TagType::int32s, 2, 0, 0, 0},  // RawCropBottom
-    {{158888, 20}, TagType::int32s, 2, 0, 0, 0},  // ConstrainedCropWidth
-    {{158908, 21}, TagType::int32s, 2, 0, 0, 0},  // ConstrainedCropHeight
-    {{158929, 8}, TagType::int32s, 2, 0, 0, 0},  // FrameNum
-    {{967, 8}, TagType::int32s, 2, 0, 0, 4},  // Rotation
-    {{158937, 8}, TagType::int32s, 2, 0, 0, 0},  // CropLeft
-    {{158945, 7}, TagType::int32s, 2, 0, 0, 0},  // CropTop
-    {{158952, 9}, TagType::int32s, 2, 0, 0, 0},  // CropRight
-    {{158961, 10}, TagType::int32s, 2, 0, 0, 0},  // CropBottom
-    {{158971, 6}, TagType::int32s, 2, 0, 4, 2},  // Tagged
-    {{158977, 10}, TagType::int32s, 2, 0, 6, 9},  // ColorClass
-    {{158987, 6}, TagType::int32s, 2, 0, 0, 0},  // Rating
-    {{158993, 15}, TagType::int32s, 2, 0, 0, 0},  // PreviewCropLeft
-    {{159008, 14}, TagType::int32s, 2, 0, 0, 0},  // PreviewCropTop
-    {{159022, 16}, TagType::int32s, 2, 0, 0, 0},  // PreviewCropRight
-    {{159038, 17}, TagType::int32s, 2, 0, 0, 0},  // PreviewCropBottom
+    {{158842, 11}, TagType::int32s, writable, 0, 0, 0},  // RawCropLeft
+    {{158853, 10}, TagType::int32s, writable, 0, 0, 0},  // RawCropTop
+    {{158863, 12}, TagType::int32s, writable, 0, 0, 0},  // RawCropRight
+    {{158875, 13}, TagType::int32s, writable, 0, 0, 0},  // RawCropBottom
+    {{158888, 20}, TagType::int32s, writable, 0, 0, 0},  // ConstrainedCropWidth
+    {{158908, 21}, TagType::int32s, writable, 0, 0, 0},  // ConstrainedCropHeight
+    {{158929, 8}, TagType::int32s, writable, 0, 0, 0},  // FrameNum
+    {{967, 8}, TagType::int32s, writable, 0, 0, 4},  // Rotation
+    {{158937, 8}, TagType::int32s, writable, 0, 0, 0},  // CropLeft
+    {{158945, 7}, TagType::int32s, writable, 0, 0, 0},  // CropTop
+    {{158952, 9}, TagType::int32s, writable, 0, 0, 0},  // CropRight
+    {{158961, 10}, TagType::int32s, writable, 0, 0, 0},  // CropBottom
+    {{158971, 6}, TagType::int32s, writable, 0, 4, 2},  // Tagged
+    {{158977, 10}, TagType::int32s, writable, 0, 6, 9},  // ColorClass
+    {{158987, 6}, TagType::int32s, writable, 0, 0, 0},  // Rating
+    {{158993, 15}, TagType::int32s, writable, 0, 0, 0},  // PreviewCropLeft
+    {{159008, 14}, TagType::int32s, writable, 0, 0, 0},  // PreviewCropTop
+    {{159022, 16}, TagType::int32s, writable, 0, 0, 0},  // PreviewCropRight
+    {{159038, 17}, TagType::int32s, writable, 0, 0, 0},  // PreviewCropBottom
 };
 constexpr detail::TextRef kChoicesPhotoMechanic[] = {
     {5021, 1}, {5022, 1}, {5023, 1}, {5024, 1}, {5021, 1}, {5022, 1}, {5021, 1}, {5022, 1},
@@ -9948,119 +9947,118 @@ constexpr std::uint16_t kKeyOrderPhotoMechanic[] = {
     13, 5, 4, 11, 8, 10, 9, 6, 18, 15, 17, 16, 14, 3, 0, 2, 1, 7, 12,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsPhotoMechanic[19];
-constinit detail::StreamTags gTagsPhotoMechanic("PhotoMechanic", kText, kTagsPhotoMechanic, kKeyOrderPhotoMechanic, kChoicesPhotoMechanic, gItemsPhotoMechanic, &TagStringsCatalogue::stringsPhotoMechanic);
 
 // Photoshop: 107 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPhotoshop[] = {
-    {{160796, 11}, TagType::int16u, 0, 0, 0, 0},  // NumChannels
-    {{135728, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
-    {{135718, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
-    {{160807, 8}, TagType::int16u, 0, 0, 0, 0},  // BitDepth
-    {{160815, 9}, TagType::int16u, 0, 0, 0, 8},  // ColorMode
-    {{160824, 11}, TagType::int16u, 0, 0, 8, 4},  // Compression
-    {{160835, 16}, TagType::int16s, 2, 0, 0, 0},  // PhotoshopQuality
-    {{160851, 15}, TagType::int16s, 0, 0, 12, 3},  // PhotoshopFormat
-    {{160866, 16}, TagType::int16s, 0, 0, 15, 3},  // ProgressiveScans
-    {{160882, 15}, TagType::string, 1, 0, 18, 28},  // LayerBlendModes
-    {{160897, 10}, TagType::int16u, 0, 0, 0, 0},  // LayerCount
-    {{160907, 10}, TagType::string, 1, 0, 0, 0},  // LayerNames
-    {{160917, 14}, TagType::int8u, 1, 0, 0, 0},  // LayerOpacities
-    {{160931, 15}, TagType::int32u, 1, 4, 0, 0},  // LayerRectangles
-    {{160946, 12}, TagType::int8u, 1, 0, 46, 2},  // LayerVisible
-    {{160958, 11}, TagType::int16u, 1, 0, 48, 8},  // LayerColors
-    {{160969, 13}, TagType::int32u, 1, 0, 8, 4},  // LayerSections
-    {{160982, 17}, TagType::string, 1, 0, 0, 0},  // LayerUnicodeNames
-    {{160999, 8}, TagType::int32u, 1, 0, 0, 0},  // LayerIDs
-    {{161007, 16}, TagType::string, 1, 0, 0, 0},  // LayerModifyDates
-    {{161023, 14}, TagType::string, 0, 0, 0, 0},  // Photoshop2Info
-    {{161037, 18}, TagType::string, 0, 0, 0, 0},  // MacintoshPrintInfo
-    {{161055, 7}, TagType::string, 8, 0, 0, 0},  // XMLData
-    {{161062, 20}, TagType::string, 0, 0, 0, 0},  // Photoshop2ColorTable
-    {{161082, 18}, TagType::string, 0, 0, 0, 0},  // AlphaChannelsNames
-    {{161100, 11}, TagType::string, 0, 0, 0, 0},  // DisplayInfo
-    {{161111, 14}, TagType::string, 0, 0, 0, 0},  // PStringCaption
-    {{161125, 17}, TagType::string, 0, 0, 0, 0},  // BorderInformation
-    {{161142, 15}, TagType::string, 0, 0, 0, 0},  // BackgroundColor
-    {{161157, 10}, TagType::int8u, 0, 0, 0, 0},  // PrintFlags
-    {{161167, 17}, TagType::string, 0, 0, 0, 0},  // BW_HalftoningInfo
-    {{161184, 19}, TagType::string, 0, 0, 0, 0},  // ColorHalftoningInfo
-    {{161203, 21}, TagType::string, 0, 0, 0, 0},  // DuotoneHalftoningInfo
-    {{161224, 15}, TagType::string, 0, 0, 0, 0},  // BW_TransferFunc
-    {{161239, 18}, TagType::string, 0, 0, 0, 0},  // ColorTransferFuncs
-    {{161257, 20}, TagType::string, 0, 0, 0, 0},  // DuotoneTransferFuncs
-    {{161277, 16}, TagType::string, 0, 0, 0, 0},  // DuotoneImageInfo
-    {{161293, 11}, TagType::int8u, 0, 0, 0, 0},  // EffectiveBW
-    {{161304, 21}, TagType::string, 0, 0, 0, 0},  // ObsoletePhotoshopTag1
-    {{161325, 10}, TagType::string, 0, 0, 0, 0},  // EPSOptions
-    {{161335, 13}, TagType::string, 0, 0, 0, 0},  // QuickMaskInfo
-    {{161348, 21}, TagType::string, 0, 0, 0, 0},  // ObsoletePhotoshopTag2
-    {{161369, 13}, TagType::int16u, 0, 0, 0, 0},  // TargetLayerID
-    {{161382, 11}, TagType::string, 0, 0, 0, 0},  // WorkingPath
-    {{161393, 15}, TagType::int16u, 0, 0, 0, 0},  // LayersGroupInfo
-    {{161408, 21}, TagType::string, 0, 0, 0, 0},  // ObsoletePhotoshopTag3
-    {{161429, 12}, TagType::string, 0, 0, 0, 0},  // RawImageMode
-    {{161441, 14}, TagType::string, 0, 0, 0, 0},  // GridGuidesInfo
-    {{161455, 21}, TagType::string, 18, 0, 0, 0},  // PhotoshopBGRThumbnail
-    {{161476, 13}, TagType::int8u, 2, 0, 56, 2},  // CopyrightFlag
-    {{161489, 3}, TagType::string, 2, 0, 0, 0},  // URL
-    {{161492, 18}, TagType::string, 18, 0, 0, 0},  // PhotoshopThumbnail
-    {{161510, 11}, TagType::int32u, 2, 0, 0, 0},  // GlobalAngle
-    {{161521, 21}, TagType::string, 0, 0, 0, 0},  // ColorSamplersResource
-    {{161542, 9}, TagType::int8u, 0, 0, 0, 0},  // Watermark
-    {{161551, 12}, TagType::int8u, 0, 0, 0, 0},  // ICC_Untagged
-    {{161563, 14}, TagType::int8u, 0, 0, 0, 0},  // EffectsVisible
-    {{161577, 12}, TagType::string, 0, 0, 0, 0},  // SpotHalftone
-    {{161589, 12}, TagType::int32u, 0, 0, 0, 0},  // IDsBaseValue
-    {{161601, 17}, TagType::string, 0, 0, 0, 0},  // UnicodeAlphaNames
-    {{161618, 22}, TagType::int16u, 0, 0, 0, 0},  // IndexedColorTableCount
-    {{161640, 16}, TagType::int16u, 0, 0, 0, 0},  // TransparentIndex
-    {{161656, 14}, TagType::int32u, 2, 0, 0, 0},  // GlobalAltitude
-    {{161670, 11}, TagType::string, 0, 0, 0, 0},  // WorkflowURL
-    {{161681, 10}, TagType::string, 0, 0, 0, 0},  // JumpToXPEP
-    {{161691, 16}, TagType::string, 0, 0, 0, 0},  // AlphaIdentifiers
-    {{161707, 8}, TagType::string, 1, 0, 0, 0},  // URL_List
-    {{161715, 9}, TagType::string, 8, 0, 0, 0},  // ExifInfo2
-    {{161724, 10}, TagType::string, 18, 0, 0, 0},  // IPTCDigest
-    {{161734, 10}, TagType::string, 0, 0, 0, 0},  // LayerComps
-    {{161744, 22}, TagType::string, 0, 0, 0, 0},  // AlternateDuotoneColors
-    {{161766, 19}, TagType::string, 0, 0, 0, 0},  // AlternateSpotColors
-    {{161785, 17}, TagType::string, 0, 0, 0, 0},  // LayerSelectionIDs
-    {{161802, 13}, TagType::string, 0, 0, 0, 0},  // HDRToningInfo
-    {{161815, 9}, TagType::string, 0, 0, 0, 0},  // PrintInfo
-    {{161824, 20}, TagType::int8u, 0, 0, 0, 0},  // LayerGroupsEnabledID
-    {{161844, 22}, TagType::string, 0, 0, 0, 0},  // ColorSamplersResource2
-    {{161866, 16}, TagType::string, 0, 0, 0, 0},  // MeasurementScale
-    {{161882, 12}, TagType::string, 0, 0, 0, 0},  // TimelineInfo
-    {{161894, 15}, TagType::string, 0, 0, 0, 0},  // SheetDisclosure
-    {{161909, 10}, TagType::string, 0, 0, 0, 0},  // OnionSkins
-    {{161919, 9}, TagType::string, 0, 0, 0, 0},  // CountInfo
-    {{161928, 10}, TagType::string, 0, 0, 0, 0},  // PrintInfo2
-    {{161938, 10}, TagType::int16u, 0, 0, 58, 3},  // PrintStyle
-    {{161948, 20}, TagType::string, 0, 0, 0, 0},  // MacintoshNSPrintInfo
-    {{161968, 14}, TagType::string, 0, 0, 0, 0},  // WindowsDEVMODE
-    {{161982, 16}, TagType::string, 0, 0, 0, 0},  // AutoSaveFilePath
-    {{161998, 14}, TagType::string, 0, 0, 0, 0},  // AutoSaveFormat
-    {{162012, 18}, TagType::string, 0, 0, 0, 0},  // PathSelectionState
-    {{162030, 16}, TagType::string, 0, 0, 0, 0},  // ClippingPathName
-    {{162046, 14}, TagType::string, 0, 0, 0, 0},  // OriginPathInfo
-    {{162060, 19}, TagType::string, 0, 0, 0, 0},  // ImageReadyVariables
-    {{162079, 18}, TagType::string, 0, 0, 0, 0},  // ImageReadyDataSets
-    {{162097, 17}, TagType::string, 0, 0, 0, 0},  // LightroomWorkflow
-    {{162114, 14}, TagType::string, 0, 0, 0, 0},  // PrintFlagsInfo
-    {{162128, 16}, TagType::double_, 0, 0, 0, 0},  // PixelAspectRatio
-    {{162144, 13}, TagType::float_, 0, 2, 0, 0},  // PrintPosition
-    {{162157, 10}, TagType::float_, 0, 0, 0, 0},  // PrintScale
-    {{162167, 11}, TagType::int32u, 2, 0, 0, 0},  // XResolution
-    {{162178, 15}, TagType::int16u, 2, 0, 61, 2},  // DisplayedUnitsX
-    {{162193, 11}, TagType::int32u, 2, 0, 0, 0},  // YResolution
-    {{162204, 15}, TagType::int16u, 2, 0, 61, 2},  // DisplayedUnitsY
-    {{162219, 15}, TagType::var_ustr32, 0, 0, 0, 0},  // SlicesGroupName
-    {{162234, 9}, TagType::int32u, 0, 0, 0, 0},  // NumSlices
-    {{162243, 17}, TagType::int8u, 0, 0, 56, 2},  // HasRealMergedData
-    {{162260, 10}, TagType::var_ustr32, 0, 0, 0, 0},  // WriterName
-    {{162270, 10}, TagType::var_ustr32, 0, 0, 0, 0},  // ReaderName
+    {{160796, 11}, TagType::int16u, none, 0, 0, 0},  // NumChannels
+    {{135728, 11}, TagType::int32u, none, 0, 0, 0},  // ImageHeight
+    {{135718, 10}, TagType::int32u, none, 0, 0, 0},  // ImageWidth
+    {{160807, 8}, TagType::int16u, none, 0, 0, 0},  // BitDepth
+    {{160815, 9}, TagType::int16u, none, 0, 0, 8},  // ColorMode
+    {{160824, 11}, TagType::int16u, none, 0, 8, 4},  // Compression
+    {{160835, 16}, TagType::int16s, writable, 0, 0, 0},  // PhotoshopQuality
+    {{160851, 15}, TagType::int16s, none, 0, 12, 3},  // PhotoshopFormat
+    {{160866, 16}, TagType::int16s, none, 0, 15, 3},  // ProgressiveScans
+    {{160882, 15}, TagType::string, list, 0, 18, 28},  // LayerBlendModes
+    {{160897, 10}, TagType::int16u, none, 0, 0, 0},  // LayerCount
+    {{160907, 10}, TagType::string, list, 0, 0, 0},  // LayerNames
+    {{160917, 14}, TagType::int8u, list, 0, 0, 0},  // LayerOpacities
+    {{160931, 15}, TagType::int32u, list, 4, 0, 0},  // LayerRectangles
+    {{160946, 12}, TagType::int8u, list, 0, 46, 2},  // LayerVisible
+    {{160958, 11}, TagType::int16u, list, 0, 48, 8},  // LayerColors
+    {{160969, 13}, TagType::int32u, list, 0, 8, 4},  // LayerSections
+    {{160982, 17}, TagType::string, list, 0, 0, 0},  // LayerUnicodeNames
+    {{160999, 8}, TagType::int32u, list, 0, 0, 0},  // LayerIDs
+    {{161007, 16}, TagType::string, list, 0, 0, 0},  // LayerModifyDates
+    {{161023, 14}, TagType::string, none, 0, 0, 0},  // Photoshop2Info
+    {{161037, 18}, TagType::string, none, 0, 0, 0},  // MacintoshPrintInfo
+    {{161055, 7}, TagType::string, binary, 0, 0, 0},  // XMLData
+    {{161062, 20}, TagType::string, none, 0, 0, 0},  // Photoshop2ColorTable
+    {{161082, 18}, TagType::string, none, 0, 0, 0},  // AlphaChannelsNames
+    {{161100, 11}, TagType::string, none, 0, 0, 0},  // DisplayInfo
+    {{161111, 14}, TagType::string, none, 0, 0, 0},  // PStringCaption
+    {{161125, 17}, TagType::string, none, 0, 0, 0},  // BorderInformation
+    {{161142, 15}, TagType::string, none, 0, 0, 0},  // BackgroundColor
+    {{161157, 10}, TagType::int8u, none, 0, 0, 0},  // PrintFlags
+    {{161167, 17}, TagType::string, none, 0, 0, 0},  // BW_HalftoningInfo
+    {{161184, 19}, TagType::string, none, 0, 0, 0},  // ColorHalftoningInfo
+    {{161203, 21}, TagType::string, none, 0, 0, 0},  // DuotoneHalftoningInfo
+    {{161224, 15}, TagType::string, none, 0, 0, 0},  // BW_TransferFunc
+    {{161239, 18}, TagType::string, none, 0, 0, 0},  // ColorTransferFuncs
+    {{161257, 20}, TagType::string, none, 0, 0, 0},  // DuotoneTransferFuncs
+    {{161277, 16}, TagType::string, none, 0, 0, 0},  // DuotoneImageInfo
+    {{161293, 11}, TagType::int8u, none, 0, 0, 0},  // EffectiveBW
+    {{161304, 21}, TagType::string, none, 0, 0, 0},  // ObsoletePhotoshopTag1
+    {{161325, 10}, TagType::string, none, 0, 0, 0},  // EPSOptions
+    {{161335, 13}, TagType::string, none, 0, 0, 0},  // QuickMaskInfo
+    {{161348, 21}, TagType::string, none, 0, 0, 0},  // ObsoletePhotoshopTag2
+    {{161369, 13}, TagType::int16u, none, 0, 0, 0},  // TargetLayerID
+    {{161382, 11}, TagType::string, none, 0, 0, 0},  // WorkingPath
+    {{161393, 15}, TagType::int16u, none, 0, 0, 0},  // LayersGroupInfo
+    {{161408, 21}, TagType::string, none, 0, 0, 0},  // ObsoletePhotoshopTag3
+    {{161429, 12}, TagType::string, none, 0, 0, 0},  // RawImageMode
+    {{161441, 14}, TagType::string, none, 0, 0, 0},  // GridGuidesInfo
+    {{161455, 21}, TagType::string, writable | unsafe, 0, 0, 0},  // PhotoshopBGRThumbnail
+    {{161476, 13}, TagType::int8u, writable, 0, 56, 2},  // CopyrightFlag
+    {{161489, 3}, TagType::string, writable, 0, 0, 0},  // URL
+    {{161492, 18}, TagType::string, writable | unsafe, 0, 0, 0},  // PhotoshopThumbnail
+    {{161510, 11}, TagType::int32u, writable, 0, 0, 0},  // GlobalAngle
+    {{161521, 21}, TagType::string, none, 0, 0, 0},  // ColorSamplersResource
+    {{161542, 9}, TagType::int8u, none, 0, 0, 0},  // Watermark
+    {{161551, 12}, TagType::int8u, none, 0, 0, 0},  // ICC_Untagged
+    {{161563, 14}, TagType::int8u, none, 0, 0, 0},  // EffectsVisible
+    {{161577, 12}, TagType::string, none, 0, 0, 0},  // SpotHalftone
+    {{161589, 12}, TagType::int32u, none, 0, 0, 0},  // IDsBaseValue
+    {{161601, 17}, TagType::string, none, 0, 0, 0},  // UnicodeAlphaNames
+    {{161618, 22}, TagType::int16u, none, 0, 0, 0},  // IndexedColorTableCount
+    {{161640, 16}, TagType::int16u, none, 0, 0, 0},  // TransparentIndex
+    {{161656, 14}, TagType::int32u, writable, 0, 0, 0},  // GlobalAltitude
+    {{161670, 11}, TagType::string, none, 0, 0, 0},  // WorkflowURL
+    {{161681, 10}, TagType::string, none, 0, 0, 0},  // JumpToXPEP
+    {{161691, 16}, TagType::string, none, 0, 0, 0},  // AlphaIdentifiers
+    {{161707, 8}, TagType::string, list, 0, 0, 0},  // URL_List
+    {{161715, 9}, TagType::string, binary, 0, 0, 0},  // ExifInfo2
+    {{161724, 10}, TagType::string, writable | unsafe, 0, 0, 0},  // IPTCDigest
+    {{161734, 10}, TagType::string, none, 0, 0, 0},  // LayerComps
+    {{161744, 22}, TagType::string, none, 0, 0, 0},  // AlternateDuotoneColors
+    {{161766, 19}, TagType::string, none, 0, 0, 0},  // AlternateSpotColors
+    {{161785, 17}, TagType::string, none, 0, 0, 0},  // LayerSelectionIDs
+    {{161802, 13}, TagType::string, none, 0, 0, 0},  // HDRToningInfo
+    {{161815, 9}, TagType::string, none, 0, 0, 0},  // PrintInfo
+    {{161824, 20}, TagType::int8u, none, 0, 0, 0},  // LayerGroupsEnabledID
+    {{161844, 22}, TagType::string, none, 0, 0, 0},  // ColorSamplersResource2
+    {{161866, 16}, TagType::string, none, 0, 0, 0},  // MeasurementScale
+    {{161882, 12}, TagType::string, none, 0, 0, 0},  // TimelineInfo
+    {{161894, 15}, TagType::string, none, 0, 0, 0},  // SheetDisclosure
+    {{161909, 10}, TagType::string, none, 0, 0, 0},  // OnionSkins
+    {{161919, 9}, TagType::string, none, 0, 0, 0},  // CountInfo
+    {{161928, 10}, TagType::string, none, 0, 0, 0},  // PrintInfo2
+    {{161938, 10}, TagType::int16u, none, 0, 58, 3},  // PrintStyle
+    {{161948, 20}, TagType::string, none, 0, 0, 0},  // MacintoshNSPrintInfo
+    {{161968, 14}, TagType::string, none, 0, 0, 0},  // WindowsDEVMODE
+    {{161982, 16}, TagType::string, none, 0, 0, 0},  // AutoSaveFilePath
+    {{161998, 14}, TagType::string, none, 0, 0, 0},  // AutoSaveFormat
+    {{162012, 18}, TagType::string, none, 0, 0, 0},  // PathSelectionState
+    {{162030, 16}, TagType::string, none, 0, 0, 0},  // ClippingPathName
+    {{162046, 14}, TagType::string, none, 0, 0, 0},  // OriginPathInfo
+    {{162060, 19}, TagType::string, none, 0, 0, 0},  // ImageReadyVariables
+    {{162079, 18}, TagType::string, none, 0, 0, 0},  // ImageReadyDataSets
+    {{162097, 17}, TagType::string, none, 0, 0, 0},  // LightroomWorkflow
+    {{162114, 14}, TagType::string, none, 0, 0, 0},  // PrintFlagsInfo
+    {{162128, 16}, TagType::double_, none, 0, 0, 0},  // PixelAspectRatio
+    {{162144, 13}, TagType::float_, none, 2, 0, 0},  // PrintPosition
+    {{162157, 10}, TagType::float_, none, 0, 0, 0},  // PrintScale
+    {{162167, 11}, TagType::int32u, writable, 0, 0, 0},  // XResolution
+    {{162178, 15}, TagType::int16u, writable, 0, 61, 2},  // DisplayedUnitsX
+    {{162193, 11}, TagType::int32u, writable, 0, 0, 0},  // YResolution
+    {{162204, 15}, TagType::int16u, writable, 0, 61, 2},  // DisplayedUnitsY
+    {{162219, 15}, TagType::var_ustr32, none, 0, 0, 0},  // SlicesGroupName
+    {{162234, 9}, TagType::int32u, none, 0, 0, 0},  // NumSlices
+    {{162243, 17}, TagType::int8u, none, 0, 56, 2},  // HasRealMergedData
+    {{162260, 10}, TagType::var_ustr32, none, 0, 0, 0},  // WriterName
+    {{162270, 10}, TagType::var_ustr32, none, 0, 0, 0},  // ReaderName
 };
 constexpr detail::TextRef kChoicesPhotoshop[] = {
     {5021, 1}, {5022, 1}, {5023, 1}, {5024, 1}, {5092, 1}, {5095, 1}, {5025, 1}, {5096, 1},
@@ -10369,36 +10367,35 @@ constexpr std::uint16_t kKeyOrderPhotoshop[] = {
     50, 66, 59, 54, 85, 63, 43, 105, 22, 98, 100,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsPhotoshop[107];
-constinit detail::StreamTags gTagsPhotoshop("Photoshop", kText, kTagsPhotoshop, kKeyOrderPhotoshop, kChoicesPhotoshop, gItemsPhotoshop, &TagStringsCatalogue::stringsPhotoshop);
 
 // PostScript: 24 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPostScript[] = {
-    {{170175, 13}, TagType::string, 0, 0, 0, 0},  // AIBuildNumber
-    {{170188, 12}, TagType::string, 0, 0, 0, 0},  // AIColorUsage
-    {{170200, 12}, TagType::string, 0, 0, 0, 0},  // AIFileFormat
-    {{170212, 11}, TagType::string, 0, 0, 0, 0},  // AINumLayers
-    {{170223, 12}, TagType::string, 0, 0, 0, 6},  // AIRulerUnits
-    {{170235, 18}, TagType::string, 0, 0, 0, 0},  // AITargetResolution
-    {{170253, 16}, TagType::string, 0, 0, 0, 0},  // AICreatorVersion
-    {{170269, 12}, TagType::string, 0, 0, 6, 2},  // AIColorModel
-    {{170281, 6}, TagType::string, 2, 0, 0, 0},  // Author
-    {{170287, 11}, TagType::string, 0, 0, 0, 0},  // BoundingBox
-    {{4623, 9}, TagType::string, 2, 0, 0, 0},  // Copyright
-    {{140756, 10}, TagType::string, 2, 0, 0, 0},  // CreateDate
-    {{170298, 7}, TagType::string, 2, 0, 0, 0},  // Creator
-    {{170305, 16}, TagType::string, 0, 0, 0, 0},  // EmbeddedFileName
-    {{170321, 3}, TagType::string, 2, 0, 0, 0},  // For
-    {{170324, 9}, TagType::string, 0, 0, 0, 0},  // ImageData
-    {{170333, 8}, TagType::string, 2, 0, 0, 0},  // Keywords
-    {{140766, 10}, TagType::string, 2, 0, 0, 0},  // ModifyDate
-    {{170341, 5}, TagType::string, 0, 0, 0, 0},  // Pages
-    {{170346, 7}, TagType::string, 2, 0, 0, 0},  // Routing
-    {{170353, 7}, TagType::string, 2, 0, 0, 0},  // Subject
-    {{170360, 11}, TagType::string, 8, 0, 0, 0},  // TIFFPreview
-    {{170371, 5}, TagType::string, 2, 0, 0, 0},  // Title
-    {{170376, 7}, TagType::string, 2, 0, 0, 0},  // Version
+    {{170175, 13}, TagType::string, none, 0, 0, 0},  // AIBuildNumber
+    {{170188, 12}, TagType::string, none, 0, 0, 0},  // AIColorUsage
+    {{170200, 12}, TagType::string, none, 0, 0, 0},  // AIFileFormat
+    {{170212, 11}, TagType::string, none, 0, 0, 0},  // AINumLayers
+    {{170223, 12}, TagType::string, none, 0, 0, 6},  // AIRulerUnits
+    {{170235, 18}, TagType::string, none, 0, 0, 0},  // AITargetResolution
+    {{170253, 16}, TagType::string, none, 0, 0, 0},  // AICreatorVersion
+    {{170269, 12}, TagType::string, none, 0, 6, 2},  // AIColorModel
+    {{170281, 6}, TagType::string, writable, 0, 0, 0},  // Author
+    {{170287, 11}, TagType::string, none, 0, 0, 0},  // BoundingBox
+    {{4623, 9}, TagType::string, writable, 0, 0, 0},  // Copyright
+    {{140756, 10}, TagType::string, writable, 0, 0, 0},  // CreateDate
+    {{170298, 7}, TagType::string, writable, 0, 0, 0},  // Creator
+    {{170305, 16}, TagType::string, none, 0, 0, 0},  // EmbeddedFileName
+    {{170321, 3}, TagType::string, writable, 0, 0, 0},  // For
+    {{170324, 9}, TagType::string, none, 0, 0, 0},  // ImageData
+    {{170333, 8}, TagType::string, writable, 0, 0, 0},  // Keywords
+    {{140766, 10}, TagType::string, writable, 0, 0, 0},  // ModifyDate
+    {{170341, 5}, TagType::string, none, 0, 0, 0},  // Pages
+    {{170346, 7}, TagType::string, writable, 0, 0, 0},  // Routing
+    {{170353, 7}, TagType::string, writable, 0, 0, 0},  // Subject
+    {{170360, 11}, TagType::string, binary, 0, 0, 0},  // TIFFPreview
+    {{170371, 5}, TagType::string, writable, 0, 0, 0},  // Title
+    {{170376, 7}, TagType::string, writable, 0, 0, 0},  // Version
 };
 constexpr detail::TextRef kChoicesPostScript[] = {
     {5021, 1}, {5022, 1}, {5023, 1}, {5024, 1}, {5092, 1}, {5094, 1}, {5022, 1}, {5023, 1},
@@ -10517,13 +10514,12 @@ constexpr std::uint16_t kKeyOrderPostScript[] = {
     0, 7, 1, 6, 2, 3, 4, 5, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsPostScript[24];
-constinit detail::StreamTags gTagsPostScript("PostScript", kText, kTagsPostScript, kKeyOrderPostScript, kChoicesPostScript, gItemsPostScript, &TagStringsCatalogue::stringsPostScript);
 
 // PrintIM: 1 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPrintIM[] = {
-    {{171761, 14}, TagType::string, 0, 0, 0, 0},  // PrintIMVersion
+    {{171761, 14}, TagType::string, none, 0, 0, 0},  // PrintIMVersion
 };
 constexpr detail::StringRow kStringsEnglishPrintIM[] = {
     {{171775, 22}, {171797, 15}},
@@ -10539,9 +10535,19 @@ constexpr std::uint16_t kKeyOrderPrintIM[] = {
     0,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsPrintIM[1];
-constinit detail::StreamTags gTagsPrintIM("PrintIM", kText, kTagsPrintIM, kKeyOrderPrintIM, {}, gItemsPrintIM, &TagStringsCatalogue::stringsPrintIM);
 
 }  // namespace
+
+// Each stream's tags, which the catalogue's index finds them by.
+namespace detail {
+constinit StreamTags gTagsPentax("Pentax", kText, kTagsPentax, kKeyOrderPentax, kChoicesPentax, gItemsPentax, &TagStringsCatalogue::stringsPentax);
+constinit StreamTags gTagsPhaseOne("PhaseOne", kText, kTagsPhaseOne, kKeyOrderPhaseOne, kChoicesPhaseOne, gItemsPhaseOne, &TagStringsCatalogue::stringsPhaseOne);
+constinit StreamTags gTagsPhotoCD("PhotoCD", kText, kTagsPhotoCD, kKeyOrderPhotoCD, kChoicesPhotoCD, gItemsPhotoCD, &TagStringsCatalogue::stringsPhotoCD);
+constinit StreamTags gTagsPhotoMechanic("PhotoMechanic", kText, kTagsPhotoMechanic, kKeyOrderPhotoMechanic, kChoicesPhotoMechanic, gItemsPhotoMechanic, &TagStringsCatalogue::stringsPhotoMechanic);
+constinit StreamTags gTagsPhotoshop("Photoshop", kText, kTagsPhotoshop, kKeyOrderPhotoshop, kChoicesPhotoshop, gItemsPhotoshop, &TagStringsCatalogue::stringsPhotoshop);
+constinit StreamTags gTagsPostScript("PostScript", kText, kTagsPostScript, kKeyOrderPostScript, kChoicesPostScript, gItemsPostScript, &TagStringsCatalogue::stringsPostScript);
+constinit StreamTags gTagsPrintIM("PrintIM", kText, kTagsPrintIM, kKeyOrderPrintIM, {}, gItemsPrintIM, &TagStringsCatalogue::stringsPrintIM);
+}  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsPentax() {
   return gStringsPentax.strings(&TagStringsCatalogue::stringTablePentax);
@@ -10550,383 +10556,383 @@ TagStringTable TagStringsCatalogue::stringTablePentax(ETLanguage language) {
   return gStringsPentax.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue25::allStreamsPentax() {
-  return gTagsPentax.all();
+  return detail::gTagsPentax.all();
 }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAEExposureTime() { return gTagsPentax.item(0); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAEAperture() { return gTagsPentax.item(1); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAE_ISO() { return gTagsPentax.item(2); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAEXv() { return gTagsPentax.item(3); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAEBXv() { return gTagsPentax.item(4); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAEMinExposureTime() { return gTagsPentax.item(5); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAEProgramMode() { return gTagsPentax.item(6); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAEFlags() { return gTagsPentax.item(7); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAEApertureSteps() { return gTagsPentax.item(8); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAEMaxAperture() { return gTagsPentax.item(9); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAEMaxAperture2() { return gTagsPentax.item(10); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAEMinAperture() { return gTagsPentax.item(11); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAEMeteringMode() { return gTagsPentax.item(12); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAEWhiteBalance() { return gTagsPentax.item(13); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAEMeteringMode2() { return gTagsPentax.item(14); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFlashExposureCompSet() { return gTagsPentax.item(15); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxLevelIndicator() { return gTagsPentax.item(16); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAEError() { return gTagsPentax.item(17); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxSceneMode() { return gTagsPentax.item(18); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAFPointsUnknown1() { return gTagsPentax.item(19); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAFPointsUnknown2() { return gTagsPentax.item(20); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAFPredictor() { return gTagsPentax.item(21); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAFDefocus() { return gTagsPentax.item(22); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAFIntegrationTime() { return gTagsPentax.item(23); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAFPointsInFocus() { return gTagsPentax.item(24); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAFHold() { return gTagsPentax.item(25); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxNumAFPoints() { return gTagsPentax.item(26); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAFPointsSelected() { return gTagsPentax.item(27); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAFPointsSpecial() { return gTagsPentax.item(28); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxWhiteBalanceAutoAdjustment() { return gTagsPentax.item(29); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxTungstenAWB() { return gTagsPentax.item(30); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxPowerSource() { return gTagsPentax.item(31); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxBodyBatteryState() { return gTagsPentax.item(32); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxGripBatteryState() { return gTagsPentax.item(33); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxBodyBatteryADNoLoad() { return gTagsPentax.item(34); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxBodyBatteryVoltage1() { return gTagsPentax.item(35); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxBodyBatteryADLoad() { return gTagsPentax.item(36); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxGripBatteryADNoLoad() { return gTagsPentax.item(37); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxBodyBatteryVoltage2() { return gTagsPentax.item(38); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxGripBatteryADLoad() { return gTagsPentax.item(39); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxBodyBatteryVoltage3() { return gTagsPentax.item(40); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxBodyBatteryVoltage4() { return gTagsPentax.item(41); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxPentaxModelID() { return gTagsPentax.item(42); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxManufactureDate() { return gTagsPentax.item(43); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxProductionCode() { return gTagsPentax.item(44); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxInternalSerialNumber() { return gTagsPentax.item(45); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxPictureMode2() { return gTagsPentax.item(46); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxProgramLine() { return gTagsPentax.item(47); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxEVSteps() { return gTagsPentax.item(48); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxE_DialInProgram() { return gTagsPentax.item(49); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxApertureRingUse() { return gTagsPentax.item(50); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFlashOptions() { return gTagsPentax.item(51); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxMeteringMode2() { return gTagsPentax.item(52); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAFPointMode() { return gTagsPentax.item(53); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFocusMode2() { return gTagsPentax.item(54); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAFPointSelected2() { return gTagsPentax.item(55); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxISOFloor() { return gTagsPentax.item(56); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDriveMode2() { return gTagsPentax.item(57); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxExposureBracketStepSize() { return gTagsPentax.item(58); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxBracketShotNumber() { return gTagsPentax.item(59); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxWhiteBalanceSet() { return gTagsPentax.item(60); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxMultipleExposureSet() { return gTagsPentax.item(61); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxRawAndJpgRecording() { return gTagsPentax.item(62); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxJpgRecordedPixels() { return gTagsPentax.item(63); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxLinkAEToAFPoint() { return gTagsPentax.item(64); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxSensitivitySteps() { return gTagsPentax.item(65); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxISOAuto() { return gTagsPentax.item(66); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFlashOptions2() { return gTagsPentax.item(67); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxMeteringMode3() { return gTagsPentax.item(68); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxSRActive() { return gTagsPentax.item(69); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxRotation() { return gTagsPentax.item(70); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxISOSetting() { return gTagsPentax.item(71); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxTvExposureTimeSetting() { return gTagsPentax.item(72); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAvApertureSetting() { return gTagsPentax.item(73); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxSvISOSetting() { return gTagsPentax.item(74); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxBaseExposureCompensation() { return gTagsPentax.item(75); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxWBShiftAB() { return gTagsPentax.item(76); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxWBShiftGM() { return gTagsPentax.item(77); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFacesDetected() { return gTagsPentax.item(78); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFacePosition() { return gTagsPentax.item(79); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace1Position() { return gTagsPentax.item(80); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace2Position() { return gTagsPentax.item(81); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace3Position() { return gTagsPentax.item(82); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace4Position() { return gTagsPentax.item(83); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace5Position() { return gTagsPentax.item(84); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace6Position() { return gTagsPentax.item(85); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace7Position() { return gTagsPentax.item(86); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace8Position() { return gTagsPentax.item(87); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace9Position() { return gTagsPentax.item(88); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace10Position() { return gTagsPentax.item(89); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace11Position() { return gTagsPentax.item(90); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace12Position() { return gTagsPentax.item(91); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace13Position() { return gTagsPentax.item(92); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace14Position() { return gTagsPentax.item(93); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace15Position() { return gTagsPentax.item(94); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace16Position() { return gTagsPentax.item(95); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace17Position() { return gTagsPentax.item(96); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace18Position() { return gTagsPentax.item(97); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace19Position() { return gTagsPentax.item(98); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace20Position() { return gTagsPentax.item(99); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace21Position() { return gTagsPentax.item(100); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace22Position() { return gTagsPentax.item(101); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace23Position() { return gTagsPentax.item(102); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace24Position() { return gTagsPentax.item(103); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace25Position() { return gTagsPentax.item(104); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace26Position() { return gTagsPentax.item(105); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace27Position() { return gTagsPentax.item(106); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace28Position() { return gTagsPentax.item(107); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace29Position() { return gTagsPentax.item(108); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace30Position() { return gTagsPentax.item(109); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace31Position() { return gTagsPentax.item(110); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace32Position() { return gTagsPentax.item(111); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace1Size() { return gTagsPentax.item(112); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace2Size() { return gTagsPentax.item(113); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace3Size() { return gTagsPentax.item(114); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace4Size() { return gTagsPentax.item(115); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace5Size() { return gTagsPentax.item(116); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace6Size() { return gTagsPentax.item(117); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace7Size() { return gTagsPentax.item(118); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace8Size() { return gTagsPentax.item(119); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace9Size() { return gTagsPentax.item(120); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace10Size() { return gTagsPentax.item(121); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace11Size() { return gTagsPentax.item(122); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace12Size() { return gTagsPentax.item(123); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace13Size() { return gTagsPentax.item(124); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace14Size() { return gTagsPentax.item(125); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace15Size() { return gTagsPentax.item(126); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace16Size() { return gTagsPentax.item(127); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace17Size() { return gTagsPentax.item(128); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace18Size() { return gTagsPentax.item(129); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace19Size() { return gTagsPentax.item(130); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace20Size() { return gTagsPentax.item(131); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace21Size() { return gTagsPentax.item(132); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace22Size() { return gTagsPentax.item(133); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace23Size() { return gTagsPentax.item(134); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace24Size() { return gTagsPentax.item(135); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace25Size() { return gTagsPentax.item(136); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace26Size() { return gTagsPentax.item(137); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace27Size() { return gTagsPentax.item(138); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace28Size() { return gTagsPentax.item(139); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace29Size() { return gTagsPentax.item(140); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace30Size() { return gTagsPentax.item(141); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace31Size() { return gTagsPentax.item(142); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFace32Size() { return gTagsPentax.item(143); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxSourceDirectoryIndex() { return gTagsPentax.item(144); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxSourceFileIndex() { return gTagsPentax.item(145); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter01() { return gTagsPentax.item(146); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter02() { return gTagsPentax.item(147); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter03() { return gTagsPentax.item(148); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter04() { return gTagsPentax.item(149); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter05() { return gTagsPentax.item(150); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter06() { return gTagsPentax.item(151); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter07() { return gTagsPentax.item(152); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter08() { return gTagsPentax.item(153); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter09() { return gTagsPentax.item(154); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter10() { return gTagsPentax.item(155); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter11() { return gTagsPentax.item(156); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter12() { return gTagsPentax.item(157); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter13() { return gTagsPentax.item(158); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter14() { return gTagsPentax.item(159); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter15() { return gTagsPentax.item(160); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter16() { return gTagsPentax.item(161); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter17() { return gTagsPentax.item(162); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter18() { return gTagsPentax.item(163); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter19() { return gTagsPentax.item(164); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter20() { return gTagsPentax.item(165); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFlashStatus() { return gTagsPentax.item(166); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxInternalFlashMode() { return gTagsPentax.item(167); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxExternalFlashMode() { return gTagsPentax.item(168); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxInternalFlashStrength() { return gTagsPentax.item(169); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxTTL_DA_AUp() { return gTagsPentax.item(170); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxTTL_DA_ADown() { return gTagsPentax.item(171); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxTTL_DA_BUp() { return gTagsPentax.item(172); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxTTL_DA_BDown() { return gTagsPentax.item(173); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxExternalFlashGuideNumber() { return gTagsPentax.item(174); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxExternalFlashExposureComp() { return gTagsPentax.item(175); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxExternalFlashBounce() { return gTagsPentax.item(176); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxModel() { return gTagsPentax.item(177); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxMake() { return gTagsPentax.item(178); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFNumber() { return gTagsPentax.item(179); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDateTime1() { return gTagsPentax.item(180); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDateTime2() { return gTagsPentax.item(181); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxThumbnailWidth() { return gTagsPentax.item(182); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxThumbnailHeight() { return gTagsPentax.item(183); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxThumbnailLength() { return gTagsPentax.item(184); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxThumbnailImage() { return gTagsPentax.item(185); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_Daylight() { return gTagsPentax.item(186); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_01() { return gTagsPentax.item(187); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_02() { return gTagsPentax.item(188); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_03() { return gTagsPentax.item(189); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_04() { return gTagsPentax.item(190); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_05() { return gTagsPentax.item(191); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_06() { return gTagsPentax.item(192); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_07() { return gTagsPentax.item(193); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_08() { return gTagsPentax.item(194); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_09() { return gTagsPentax.item(195); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_10() { return gTagsPentax.item(196); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_11() { return gTagsPentax.item(197); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_12() { return gTagsPentax.item(198); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_13() { return gTagsPentax.item(199); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_14() { return gTagsPentax.item(200); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_15() { return gTagsPentax.item(201); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_16() { return gTagsPentax.item(202); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDistortionCorrection() { return gTagsPentax.item(203); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxChromaticAberrationCorrection() { return gTagsPentax.item(204); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxPeripheralIlluminationCorr() { return gTagsPentax.item(205); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxDiffractionCorrection() { return gTagsPentax.item(206); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxAutoAperture() { return gTagsPentax.item(207); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxMinAperture() { return gTagsPentax.item(208); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxLensFStops() { return gTagsPentax.item(209); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxLensKind() { return gTagsPentax.item(210); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxLC1() { return gTagsPentax.item(211); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxMinFocusDistance() { return gTagsPentax.item(212); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxFocusRangeIndex() { return gTagsPentax.item(213); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxLC3() { return gTagsPentax.item(214); }
-const TagItem& detail::TagItemCatalogue25::itemPentaxLC4() { return gTagsPentax.item(215); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxLC5() { return gTagsPentax.item(216); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxLC6() { return gTagsPentax.item(217); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxLC7() { return gTagsPentax.item(218); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxLensFocalLength() { return gTagsPentax.item(219); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxLC8() { return gTagsPentax.item(220); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxNominalMaxAperture() { return gTagsPentax.item(221); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxNominalMinAperture() { return gTagsPentax.item(222); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxLC10() { return gTagsPentax.item(223); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxLC11() { return gTagsPentax.item(224); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxNewLensDataHook() { return gTagsPentax.item(225); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxLC12() { return gTagsPentax.item(226); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxMaxAperture() { return gTagsPentax.item(227); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxLC14() { return gTagsPentax.item(228); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxLC15() { return gTagsPentax.item(229); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxLensType() { return gTagsPentax.item(230); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxLensModel() { return gTagsPentax.item(231); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxLensInfo() { return gTagsPentax.item(232); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxExtenderStatus() { return gTagsPentax.item(233); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxLevelOrientation() { return gTagsPentax.item(234); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxCompositionAdjust() { return gTagsPentax.item(235); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxRollAngle() { return gTagsPentax.item(236); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxPitchAngle() { return gTagsPentax.item(237); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxCompositionAdjustX() { return gTagsPentax.item(238); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxCompositionAdjustY() { return gTagsPentax.item(239); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxCompositionAdjustRotation() { return gTagsPentax.item(240); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxExposureTime() { return gTagsPentax.item(241); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxExposureCompensation() { return gTagsPentax.item(242); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxWhiteBalance() { return gTagsPentax.item(243); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxFocalLength() { return gTagsPentax.item(244); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxISO() { return gTagsPentax.item(245); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxPentaxVersion() { return gTagsPentax.item(246); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxPentaxModelType() { return gTagsPentax.item(247); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxPreviewImageSize() { return gTagsPentax.item(248); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxPreviewImageLength() { return gTagsPentax.item(249); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxPreviewImageStart() { return gTagsPentax.item(250); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxDate() { return gTagsPentax.item(251); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxTime() { return gTagsPentax.item(252); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxQuality() { return gTagsPentax.item(253); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxPentaxImageSize() { return gTagsPentax.item(254); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxPictureMode() { return gTagsPentax.item(255); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxFlashMode() { return gTagsPentax.item(256); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxFocusMode() { return gTagsPentax.item(257); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxAFPointSelected() { return gTagsPentax.item(258); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxFocusPosition() { return gTagsPentax.item(259); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxLightReading() { return gTagsPentax.item(260); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxMeteringMode() { return gTagsPentax.item(261); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxAutoBracketing() { return gTagsPentax.item(262); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxWhiteBalanceMode() { return gTagsPentax.item(263); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxBlueBalance() { return gTagsPentax.item(264); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxRedBalance() { return gTagsPentax.item(265); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxDigitalZoom() { return gTagsPentax.item(266); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxSaturation() { return gTagsPentax.item(267); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxContrast() { return gTagsPentax.item(268); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxSharpness() { return gTagsPentax.item(269); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxWorldTimeLocation() { return gTagsPentax.item(270); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxHometownCity() { return gTagsPentax.item(271); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxDestinationCity() { return gTagsPentax.item(272); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxHometownDST() { return gTagsPentax.item(273); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxDestinationDST() { return gTagsPentax.item(274); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxDSPFirmwareVersion() { return gTagsPentax.item(275); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxCPUFirmwareVersion() { return gTagsPentax.item(276); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxFrameNumber() { return gTagsPentax.item(277); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxEffectiveLV() { return gTagsPentax.item(278); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxDriveMode() { return gTagsPentax.item(279); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxSensorSize() { return gTagsPentax.item(280); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxColorSpace() { return gTagsPentax.item(281); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxImageAreaOffset() { return gTagsPentax.item(282); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxRawImageSize() { return gTagsPentax.item(283); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxDataScaling() { return gTagsPentax.item(284); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxPreviewImageBorders() { return gTagsPentax.item(285); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxSensitivityAdjust() { return gTagsPentax.item(286); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxImageEditCount() { return gTagsPentax.item(287); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxCameraTemperature() { return gTagsPentax.item(288); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxAELock() { return gTagsPentax.item(289); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxNoiseReduction() { return gTagsPentax.item(290); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxFlashExposureComp() { return gTagsPentax.item(291); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxImageTone() { return gTagsPentax.item(292); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxColorTemperature() { return gTagsPentax.item(293); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxColorTempDaylight() { return gTagsPentax.item(294); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxColorTempShade() { return gTagsPentax.item(295); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxColorTempCloudy() { return gTagsPentax.item(296); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxColorTempTungsten() { return gTagsPentax.item(297); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxColorTempFluorescentD() { return gTagsPentax.item(298); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxColorTempFluorescentN() { return gTagsPentax.item(299); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxColorTempFluorescentW() { return gTagsPentax.item(300); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxColorTempFlash() { return gTagsPentax.item(301); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxRawDevelopmentProcess() { return gTagsPentax.item(302); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxHue() { return gTagsPentax.item(303); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxHighLowKeyAdj() { return gTagsPentax.item(304); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxContrastHighlight() { return gTagsPentax.item(305); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxContrastShadow() { return gTagsPentax.item(306); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxContrastHighlightShadowAdj() { return gTagsPentax.item(307); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxFineSharpness() { return gTagsPentax.item(308); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxHighISONoiseReduction() { return gTagsPentax.item(309); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxAFAdjustment() { return gTagsPentax.item(310); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxMonochromeFilterEffect() { return gTagsPentax.item(311); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxMonochromeToning() { return gTagsPentax.item(312); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxFaceDetect() { return gTagsPentax.item(313); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxFaceDetectFrameSize() { return gTagsPentax.item(314); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxShadowCorrection() { return gTagsPentax.item(315); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxISOAutoParameters() { return gTagsPentax.item(316); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxCrossProcess() { return gTagsPentax.item(317); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxWhiteLevel() { return gTagsPentax.item(318); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxBleachBypassToning() { return gTagsPentax.item(319); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxAspectRatio() { return gTagsPentax.item(320); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxBlurControl() { return gTagsPentax.item(321); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxHDR() { return gTagsPentax.item(322); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxShutterType() { return gTagsPentax.item(323); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxNeutralDensityFilter() { return gTagsPentax.item(324); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxIntervalShooting() { return gTagsPentax.item(325); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxSkinToneCorrection() { return gTagsPentax.item(326); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxClarityControl() { return gTagsPentax.item(327); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxBlackPoint() { return gTagsPentax.item(328); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxWhitePoint() { return gTagsPentax.item(329); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxColorMatrixA() { return gTagsPentax.item(330); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxColorMatrixB() { return gTagsPentax.item(331); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxAEMeteringSegments() { return gTagsPentax.item(332); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxFlashMeteringSegments() { return gTagsPentax.item(333); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxSlaveFlashMeteringSegments() { return gTagsPentax.item(334); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxWB_RGGBLevelsDaylight() { return gTagsPentax.item(335); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxWB_RGGBLevelsShade() { return gTagsPentax.item(336); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxWB_RGGBLevelsCloudy() { return gTagsPentax.item(337); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxWB_RGGBLevelsTungsten() { return gTagsPentax.item(338); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxWB_RGGBLevelsFluorescentD() { return gTagsPentax.item(339); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxWB_RGGBLevelsFluorescentN() { return gTagsPentax.item(340); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxWB_RGGBLevelsFluorescentW() { return gTagsPentax.item(341); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxWB_RGGBLevelsFlash() { return gTagsPentax.item(342); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxSaturationInfo() { return gTagsPentax.item(343); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxColorMatrixA2() { return gTagsPentax.item(344); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxColorMatrixB2() { return gTagsPentax.item(345); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxHuffmanTable() { return gTagsPentax.item(346); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxSerialNumber() { return gTagsPentax.item(347); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxArtist() { return gTagsPentax.item(348); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxCopyright() { return gTagsPentax.item(349); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxFirmwareVersion() { return gTagsPentax.item(350); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxContrastDetectAFArea() { return gTagsPentax.item(351); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxDataDump() { return gTagsPentax.item(352); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxToneCurve() { return gTagsPentax.item(353); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxToneCurves() { return gTagsPentax.item(354); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxAudioCodecID() { return gTagsPentax.item(355); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxPreviewImage() { return gTagsPentax.item(356); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxPixelShiftResolution() { return gTagsPentax.item(357); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxMakerNoteVersion() { return gTagsPentax.item(358); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxSRResult() { return gTagsPentax.item(359); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxShakeReduction() { return gTagsPentax.item(360); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxSRHalfPressTime() { return gTagsPentax.item(361); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxSRFocalLength() { return gTagsPentax.item(362); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxCameraOrientation() { return gTagsPentax.item(363); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxSensorTemperature() { return gTagsPentax.item(364); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxSensorTemperature2() { return gTagsPentax.item(365); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxCameraTemperature4() { return gTagsPentax.item(366); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxCameraTemperature5() { return gTagsPentax.item(367); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxRecordingMode() { return gTagsPentax.item(368); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxColorFilter() { return gTagsPentax.item(369); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxHometownCityCode() { return gTagsPentax.item(370); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxDestinationCityCode() { return gTagsPentax.item(371); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxWB_RGGBLevelsFluorescentL() { return gTagsPentax.item(372); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxWB_RGGBLevelsUnknown() { return gTagsPentax.item(373); }
-const TagItem& detail::TagItemCatalogue26::itemPentaxWB_RGGBLevelsUserSelected() { return gTagsPentax.item(374); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAEExposureTime() { return detail::gTagsPentax.item(0); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAEAperture() { return detail::gTagsPentax.item(1); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAE_ISO() { return detail::gTagsPentax.item(2); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAEXv() { return detail::gTagsPentax.item(3); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAEBXv() { return detail::gTagsPentax.item(4); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAEMinExposureTime() { return detail::gTagsPentax.item(5); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAEProgramMode() { return detail::gTagsPentax.item(6); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAEFlags() { return detail::gTagsPentax.item(7); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAEApertureSteps() { return detail::gTagsPentax.item(8); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAEMaxAperture() { return detail::gTagsPentax.item(9); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAEMaxAperture2() { return detail::gTagsPentax.item(10); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAEMinAperture() { return detail::gTagsPentax.item(11); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAEMeteringMode() { return detail::gTagsPentax.item(12); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAEWhiteBalance() { return detail::gTagsPentax.item(13); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAEMeteringMode2() { return detail::gTagsPentax.item(14); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFlashExposureCompSet() { return detail::gTagsPentax.item(15); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxLevelIndicator() { return detail::gTagsPentax.item(16); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAEError() { return detail::gTagsPentax.item(17); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxSceneMode() { return detail::gTagsPentax.item(18); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAFPointsUnknown1() { return detail::gTagsPentax.item(19); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAFPointsUnknown2() { return detail::gTagsPentax.item(20); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAFPredictor() { return detail::gTagsPentax.item(21); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAFDefocus() { return detail::gTagsPentax.item(22); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAFIntegrationTime() { return detail::gTagsPentax.item(23); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAFPointsInFocus() { return detail::gTagsPentax.item(24); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAFHold() { return detail::gTagsPentax.item(25); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxNumAFPoints() { return detail::gTagsPentax.item(26); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAFPointsSelected() { return detail::gTagsPentax.item(27); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAFPointsSpecial() { return detail::gTagsPentax.item(28); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxWhiteBalanceAutoAdjustment() { return detail::gTagsPentax.item(29); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxTungstenAWB() { return detail::gTagsPentax.item(30); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxPowerSource() { return detail::gTagsPentax.item(31); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxBodyBatteryState() { return detail::gTagsPentax.item(32); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxGripBatteryState() { return detail::gTagsPentax.item(33); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxBodyBatteryADNoLoad() { return detail::gTagsPentax.item(34); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxBodyBatteryVoltage1() { return detail::gTagsPentax.item(35); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxBodyBatteryADLoad() { return detail::gTagsPentax.item(36); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxGripBatteryADNoLoad() { return detail::gTagsPentax.item(37); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxBodyBatteryVoltage2() { return detail::gTagsPentax.item(38); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxGripBatteryADLoad() { return detail::gTagsPentax.item(39); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxBodyBatteryVoltage3() { return detail::gTagsPentax.item(40); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxBodyBatteryVoltage4() { return detail::gTagsPentax.item(41); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxPentaxModelID() { return detail::gTagsPentax.item(42); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxManufactureDate() { return detail::gTagsPentax.item(43); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxProductionCode() { return detail::gTagsPentax.item(44); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxInternalSerialNumber() { return detail::gTagsPentax.item(45); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxPictureMode2() { return detail::gTagsPentax.item(46); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxProgramLine() { return detail::gTagsPentax.item(47); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxEVSteps() { return detail::gTagsPentax.item(48); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxE_DialInProgram() { return detail::gTagsPentax.item(49); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxApertureRingUse() { return detail::gTagsPentax.item(50); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFlashOptions() { return detail::gTagsPentax.item(51); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxMeteringMode2() { return detail::gTagsPentax.item(52); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAFPointMode() { return detail::gTagsPentax.item(53); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFocusMode2() { return detail::gTagsPentax.item(54); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAFPointSelected2() { return detail::gTagsPentax.item(55); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxISOFloor() { return detail::gTagsPentax.item(56); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDriveMode2() { return detail::gTagsPentax.item(57); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxExposureBracketStepSize() { return detail::gTagsPentax.item(58); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxBracketShotNumber() { return detail::gTagsPentax.item(59); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxWhiteBalanceSet() { return detail::gTagsPentax.item(60); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxMultipleExposureSet() { return detail::gTagsPentax.item(61); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxRawAndJpgRecording() { return detail::gTagsPentax.item(62); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxJpgRecordedPixels() { return detail::gTagsPentax.item(63); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxLinkAEToAFPoint() { return detail::gTagsPentax.item(64); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxSensitivitySteps() { return detail::gTagsPentax.item(65); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxISOAuto() { return detail::gTagsPentax.item(66); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFlashOptions2() { return detail::gTagsPentax.item(67); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxMeteringMode3() { return detail::gTagsPentax.item(68); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxSRActive() { return detail::gTagsPentax.item(69); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxRotation() { return detail::gTagsPentax.item(70); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxISOSetting() { return detail::gTagsPentax.item(71); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxTvExposureTimeSetting() { return detail::gTagsPentax.item(72); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAvApertureSetting() { return detail::gTagsPentax.item(73); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxSvISOSetting() { return detail::gTagsPentax.item(74); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxBaseExposureCompensation() { return detail::gTagsPentax.item(75); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxWBShiftAB() { return detail::gTagsPentax.item(76); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxWBShiftGM() { return detail::gTagsPentax.item(77); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFacesDetected() { return detail::gTagsPentax.item(78); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFacePosition() { return detail::gTagsPentax.item(79); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace1Position() { return detail::gTagsPentax.item(80); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace2Position() { return detail::gTagsPentax.item(81); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace3Position() { return detail::gTagsPentax.item(82); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace4Position() { return detail::gTagsPentax.item(83); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace5Position() { return detail::gTagsPentax.item(84); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace6Position() { return detail::gTagsPentax.item(85); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace7Position() { return detail::gTagsPentax.item(86); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace8Position() { return detail::gTagsPentax.item(87); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace9Position() { return detail::gTagsPentax.item(88); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace10Position() { return detail::gTagsPentax.item(89); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace11Position() { return detail::gTagsPentax.item(90); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace12Position() { return detail::gTagsPentax.item(91); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace13Position() { return detail::gTagsPentax.item(92); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace14Position() { return detail::gTagsPentax.item(93); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace15Position() { return detail::gTagsPentax.item(94); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace16Position() { return detail::gTagsPentax.item(95); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace17Position() { return detail::gTagsPentax.item(96); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace18Position() { return detail::gTagsPentax.item(97); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace19Position() { return detail::gTagsPentax.item(98); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace20Position() { return detail::gTagsPentax.item(99); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace21Position() { return detail::gTagsPentax.item(100); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace22Position() { return detail::gTagsPentax.item(101); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace23Position() { return detail::gTagsPentax.item(102); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace24Position() { return detail::gTagsPentax.item(103); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace25Position() { return detail::gTagsPentax.item(104); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace26Position() { return detail::gTagsPentax.item(105); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace27Position() { return detail::gTagsPentax.item(106); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace28Position() { return detail::gTagsPentax.item(107); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace29Position() { return detail::gTagsPentax.item(108); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace30Position() { return detail::gTagsPentax.item(109); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace31Position() { return detail::gTagsPentax.item(110); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace32Position() { return detail::gTagsPentax.item(111); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace1Size() { return detail::gTagsPentax.item(112); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace2Size() { return detail::gTagsPentax.item(113); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace3Size() { return detail::gTagsPentax.item(114); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace4Size() { return detail::gTagsPentax.item(115); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace5Size() { return detail::gTagsPentax.item(116); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace6Size() { return detail::gTagsPentax.item(117); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace7Size() { return detail::gTagsPentax.item(118); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace8Size() { return detail::gTagsPentax.item(119); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace9Size() { return detail::gTagsPentax.item(120); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace10Size() { return detail::gTagsPentax.item(121); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace11Size() { return detail::gTagsPentax.item(122); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace12Size() { return detail::gTagsPentax.item(123); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace13Size() { return detail::gTagsPentax.item(124); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace14Size() { return detail::gTagsPentax.item(125); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace15Size() { return detail::gTagsPentax.item(126); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace16Size() { return detail::gTagsPentax.item(127); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace17Size() { return detail::gTagsPentax.item(128); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace18Size() { return detail::gTagsPentax.item(129); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace19Size() { return detail::gTagsPentax.item(130); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace20Size() { return detail::gTagsPentax.item(131); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace21Size() { return detail::gTagsPentax.item(132); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace22Size() { return detail::gTagsPentax.item(133); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace23Size() { return detail::gTagsPentax.item(134); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace24Size() { return detail::gTagsPentax.item(135); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace25Size() { return detail::gTagsPentax.item(136); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace26Size() { return detail::gTagsPentax.item(137); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace27Size() { return detail::gTagsPentax.item(138); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace28Size() { return detail::gTagsPentax.item(139); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace29Size() { return detail::gTagsPentax.item(140); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace30Size() { return detail::gTagsPentax.item(141); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace31Size() { return detail::gTagsPentax.item(142); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFace32Size() { return detail::gTagsPentax.item(143); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxSourceDirectoryIndex() { return detail::gTagsPentax.item(144); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxSourceFileIndex() { return detail::gTagsPentax.item(145); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter01() { return detail::gTagsPentax.item(146); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter02() { return detail::gTagsPentax.item(147); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter03() { return detail::gTagsPentax.item(148); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter04() { return detail::gTagsPentax.item(149); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter05() { return detail::gTagsPentax.item(150); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter06() { return detail::gTagsPentax.item(151); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter07() { return detail::gTagsPentax.item(152); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter08() { return detail::gTagsPentax.item(153); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter09() { return detail::gTagsPentax.item(154); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter10() { return detail::gTagsPentax.item(155); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter11() { return detail::gTagsPentax.item(156); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter12() { return detail::gTagsPentax.item(157); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter13() { return detail::gTagsPentax.item(158); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter14() { return detail::gTagsPentax.item(159); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter15() { return detail::gTagsPentax.item(160); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter16() { return detail::gTagsPentax.item(161); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter17() { return detail::gTagsPentax.item(162); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter18() { return detail::gTagsPentax.item(163); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter19() { return detail::gTagsPentax.item(164); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDigitalFilter20() { return detail::gTagsPentax.item(165); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFlashStatus() { return detail::gTagsPentax.item(166); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxInternalFlashMode() { return detail::gTagsPentax.item(167); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxExternalFlashMode() { return detail::gTagsPentax.item(168); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxInternalFlashStrength() { return detail::gTagsPentax.item(169); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxTTL_DA_AUp() { return detail::gTagsPentax.item(170); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxTTL_DA_ADown() { return detail::gTagsPentax.item(171); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxTTL_DA_BUp() { return detail::gTagsPentax.item(172); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxTTL_DA_BDown() { return detail::gTagsPentax.item(173); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxExternalFlashGuideNumber() { return detail::gTagsPentax.item(174); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxExternalFlashExposureComp() { return detail::gTagsPentax.item(175); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxExternalFlashBounce() { return detail::gTagsPentax.item(176); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxModel() { return detail::gTagsPentax.item(177); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxMake() { return detail::gTagsPentax.item(178); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFNumber() { return detail::gTagsPentax.item(179); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDateTime1() { return detail::gTagsPentax.item(180); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDateTime2() { return detail::gTagsPentax.item(181); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxThumbnailWidth() { return detail::gTagsPentax.item(182); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxThumbnailHeight() { return detail::gTagsPentax.item(183); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxThumbnailLength() { return detail::gTagsPentax.item(184); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxThumbnailImage() { return detail::gTagsPentax.item(185); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_Daylight() { return detail::gTagsPentax.item(186); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_01() { return detail::gTagsPentax.item(187); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_02() { return detail::gTagsPentax.item(188); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_03() { return detail::gTagsPentax.item(189); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_04() { return detail::gTagsPentax.item(190); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_05() { return detail::gTagsPentax.item(191); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_06() { return detail::gTagsPentax.item(192); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_07() { return detail::gTagsPentax.item(193); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_08() { return detail::gTagsPentax.item(194); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_09() { return detail::gTagsPentax.item(195); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_10() { return detail::gTagsPentax.item(196); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_11() { return detail::gTagsPentax.item(197); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_12() { return detail::gTagsPentax.item(198); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_13() { return detail::gTagsPentax.item(199); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_14() { return detail::gTagsPentax.item(200); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_15() { return detail::gTagsPentax.item(201); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxKelvinWB_16() { return detail::gTagsPentax.item(202); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDistortionCorrection() { return detail::gTagsPentax.item(203); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxChromaticAberrationCorrection() { return detail::gTagsPentax.item(204); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxPeripheralIlluminationCorr() { return detail::gTagsPentax.item(205); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxDiffractionCorrection() { return detail::gTagsPentax.item(206); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxAutoAperture() { return detail::gTagsPentax.item(207); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxMinAperture() { return detail::gTagsPentax.item(208); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxLensFStops() { return detail::gTagsPentax.item(209); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxLensKind() { return detail::gTagsPentax.item(210); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxLC1() { return detail::gTagsPentax.item(211); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxMinFocusDistance() { return detail::gTagsPentax.item(212); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxFocusRangeIndex() { return detail::gTagsPentax.item(213); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxLC3() { return detail::gTagsPentax.item(214); }
+const TagItem& detail::TagItemCatalogue25::itemPentaxLC4() { return detail::gTagsPentax.item(215); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxLC5() { return detail::gTagsPentax.item(216); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxLC6() { return detail::gTagsPentax.item(217); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxLC7() { return detail::gTagsPentax.item(218); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxLensFocalLength() { return detail::gTagsPentax.item(219); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxLC8() { return detail::gTagsPentax.item(220); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxNominalMaxAperture() { return detail::gTagsPentax.item(221); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxNominalMinAperture() { return detail::gTagsPentax.item(222); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxLC10() { return detail::gTagsPentax.item(223); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxLC11() { return detail::gTagsPentax.item(224); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxNewLensDataHook() { return detail::gTagsPentax.item(225); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxLC12() { return detail::gTagsPentax.item(226); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxMaxAperture() { return detail::gTagsPentax.item(227); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxLC14() { return detail::gTagsPentax.item(228); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxLC15() { return detail::gTagsPentax.item(229); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxLensType() { return detail::gTagsPentax.item(230); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxLensModel() { return detail::gTagsPentax.item(231); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxLensInfo() { return detail::gTagsPentax.item(232); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxExtenderStatus() { return detail::gTagsPentax.item(233); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxLevelOrientation() { return detail::gTagsPentax.item(234); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxCompositionAdjust() { return detail::gTagsPentax.item(235); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxRollAngle() { return detail::gTagsPentax.item(236); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxPitchAngle() { return detail::gTagsPentax.item(237); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxCompositionAdjustX() { return detail::gTagsPentax.item(238); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxCompositionAdjustY() { return detail::gTagsPentax.item(239); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxCompositionAdjustRotation() { return detail::gTagsPentax.item(240); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxExposureTime() { return detail::gTagsPentax.item(241); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxExposureCompensation() { return detail::gTagsPentax.item(242); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxWhiteBalance() { return detail::gTagsPentax.item(243); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxFocalLength() { return detail::gTagsPentax.item(244); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxISO() { return detail::gTagsPentax.item(245); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxPentaxVersion() { return detail::gTagsPentax.item(246); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxPentaxModelType() { return detail::gTagsPentax.item(247); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxPreviewImageSize() { return detail::gTagsPentax.item(248); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxPreviewImageLength() { return detail::gTagsPentax.item(249); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxPreviewImageStart() { return detail::gTagsPentax.item(250); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxDate() { return detail::gTagsPentax.item(251); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxTime() { return detail::gTagsPentax.item(252); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxQuality() { return detail::gTagsPentax.item(253); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxPentaxImageSize() { return detail::gTagsPentax.item(254); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxPictureMode() { return detail::gTagsPentax.item(255); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxFlashMode() { return detail::gTagsPentax.item(256); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxFocusMode() { return detail::gTagsPentax.item(257); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxAFPointSelected() { return detail::gTagsPentax.item(258); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxFocusPosition() { return detail::gTagsPentax.item(259); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxLightReading() { return detail::gTagsPentax.item(260); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxMeteringMode() { return detail::gTagsPentax.item(261); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxAutoBracketing() { return detail::gTagsPentax.item(262); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxWhiteBalanceMode() { return detail::gTagsPentax.item(263); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxBlueBalance() { return detail::gTagsPentax.item(264); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxRedBalance() { return detail::gTagsPentax.item(265); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxDigitalZoom() { return detail::gTagsPentax.item(266); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxSaturation() { return detail::gTagsPentax.item(267); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxContrast() { return detail::gTagsPentax.item(268); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxSharpness() { return detail::gTagsPentax.item(269); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxWorldTimeLocation() { return detail::gTagsPentax.item(270); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxHometownCity() { return detail::gTagsPentax.item(271); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxDestinationCity() { return detail::gTagsPentax.item(272); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxHometownDST() { return detail::gTagsPentax.item(273); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxDestinationDST() { return detail::gTagsPentax.item(274); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxDSPFirmwareVersion() { return detail::gTagsPentax.item(275); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxCPUFirmwareVersion() { return detail::gTagsPentax.item(276); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxFrameNumber() { return detail::gTagsPentax.item(277); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxEffectiveLV() { return detail::gTagsPentax.item(278); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxDriveMode() { return detail::gTagsPentax.item(279); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxSensorSize() { return detail::gTagsPentax.item(280); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxColorSpace() { return detail::gTagsPentax.item(281); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxImageAreaOffset() { return detail::gTagsPentax.item(282); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxRawImageSize() { return detail::gTagsPentax.item(283); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxDataScaling() { return detail::gTagsPentax.item(284); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxPreviewImageBorders() { return detail::gTagsPentax.item(285); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxSensitivityAdjust() { return detail::gTagsPentax.item(286); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxImageEditCount() { return detail::gTagsPentax.item(287); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxCameraTemperature() { return detail::gTagsPentax.item(288); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxAELock() { return detail::gTagsPentax.item(289); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxNoiseReduction() { return detail::gTagsPentax.item(290); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxFlashExposureComp() { return detail::gTagsPentax.item(291); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxImageTone() { return detail::gTagsPentax.item(292); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxColorTemperature() { return detail::gTagsPentax.item(293); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxColorTempDaylight() { return detail::gTagsPentax.item(294); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxColorTempShade() { return detail::gTagsPentax.item(295); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxColorTempCloudy() { return detail::gTagsPentax.item(296); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxColorTempTungsten() { return detail::gTagsPentax.item(297); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxColorTempFluorescentD() { return detail::gTagsPentax.item(298); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxColorTempFluorescentN() { return detail::gTagsPentax.item(299); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxColorTempFluorescentW() { return detail::gTagsPentax.item(300); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxColorTempFlash() { return detail::gTagsPentax.item(301); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxRawDevelopmentProcess() { return detail::gTagsPentax.item(302); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxHue() { return detail::gTagsPentax.item(303); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxHighLowKeyAdj() { return detail::gTagsPentax.item(304); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxContrastHighlight() { return detail::gTagsPentax.item(305); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxContrastShadow() { return detail::gTagsPentax.item(306); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxContrastHighlightShadowAdj() { return detail::gTagsPentax.item(307); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxFineSharpness() { return detail::gTagsPentax.item(308); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxHighISONoiseReduction() { return detail::gTagsPentax.item(309); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxAFAdjustment() { return detail::gTagsPentax.item(310); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxMonochromeFilterEffect() { return detail::gTagsPentax.item(311); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxMonochromeToning() { return detail::gTagsPentax.item(312); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxFaceDetect() { return detail::gTagsPentax.item(313); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxFaceDetectFrameSize() { return detail::gTagsPentax.item(314); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxShadowCorrection() { return detail::gTagsPentax.item(315); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxISOAutoParameters() { return detail::gTagsPentax.item(316); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxCrossProcess() { return detail::gTagsPentax.item(317); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxWhiteLevel() { return detail::gTagsPentax.item(318); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxBleachBypassToning() { return detail::gTagsPentax.item(319); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxAspectRatio() { return detail::gTagsPentax.item(320); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxBlurControl() { return detail::gTagsPentax.item(321); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxHDR() { return detail::gTagsPentax.item(322); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxShutterType() { return detail::gTagsPentax.item(323); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxNeutralDensityFilter() { return detail::gTagsPentax.item(324); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxIntervalShooting() { return detail::gTagsPentax.item(325); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxSkinToneCorrection() { return detail::gTagsPentax.item(326); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxClarityControl() { return detail::gTagsPentax.item(327); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxBlackPoint() { return detail::gTagsPentax.item(328); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxWhitePoint() { return detail::gTagsPentax.item(329); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxColorMatrixA() { return detail::gTagsPentax.item(330); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxColorMatrixB() { return detail::gTagsPentax.item(331); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxAEMeteringSegments() { return detail::gTagsPentax.item(332); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxFlashMeteringSegments() { return detail::gTagsPentax.item(333); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxSlaveFlashMeteringSegments() { return detail::gTagsPentax.item(334); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxWB_RGGBLevelsDaylight() { return detail::gTagsPentax.item(335); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxWB_RGGBLevelsShade() { return detail::gTagsPentax.item(336); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxWB_RGGBLevelsCloudy() { return detail::gTagsPentax.item(337); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxWB_RGGBLevelsTungsten() { return detail::gTagsPentax.item(338); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxWB_RGGBLevelsFluorescentD() { return detail::gTagsPentax.item(339); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxWB_RGGBLevelsFluorescentN() { return detail::gTagsPentax.item(340); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxWB_RGGBLevelsFluorescentW() { return detail::gTagsPentax.item(341); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxWB_RGGBLevelsFlash() { return detail::gTagsPentax.item(342); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxSaturationInfo() { return detail::gTagsPentax.item(343); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxColorMatrixA2() { return detail::gTagsPentax.item(344); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxColorMatrixB2() { return detail::gTagsPentax.item(345); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxHuffmanTable() { return detail::gTagsPentax.item(346); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxSerialNumber() { return detail::gTagsPentax.item(347); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxArtist() { return detail::gTagsPentax.item(348); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxCopyright() { return detail::gTagsPentax.item(349); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxFirmwareVersion() { return detail::gTagsPentax.item(350); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxContrastDetectAFArea() { return detail::gTagsPentax.item(351); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxDataDump() { return detail::gTagsPentax.item(352); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxToneCurve() { return detail::gTagsPentax.item(353); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxToneCurves() { return detail::gTagsPentax.item(354); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxAudioCodecID() { return detail::gTagsPentax.item(355); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxPreviewImage() { return detail::gTagsPentax.item(356); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxPixelShiftResolution() { return detail::gTagsPentax.item(357); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxMakerNoteVersion() { return detail::gTagsPentax.item(358); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxSRResult() { return detail::gTagsPentax.item(359); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxShakeReduction() { return detail::gTagsPentax.item(360); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxSRHalfPressTime() { return detail::gTagsPentax.item(361); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxSRFocalLength() { return detail::gTagsPentax.item(362); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxCameraOrientation() { return detail::gTagsPentax.item(363); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxSensorTemperature() { return detail::gTagsPentax.item(364); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxSensorTemperature2() { return detail::gTagsPentax.item(365); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxCameraTemperature4() { return detail::gTagsPentax.item(366); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxCameraTemperature5() { return detail::gTagsPentax.item(367); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxRecordingMode() { return detail::gTagsPentax.item(368); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxColorFilter() { return detail::gTagsPentax.item(369); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxHometownCityCode() { return detail::gTagsPentax.item(370); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxDestinationCityCode() { return detail::gTagsPentax.item(371); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxWB_RGGBLevelsFluorescentL() { return detail::gTagsPentax.item(372); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxWB_RGGBLevelsUnknown() { return detail::gTagsPentax.item(373); }
+const TagItem& detail::TagItemCatalogue26::itemPentaxWB_RGGBLevelsUserSelected() { return detail::gTagsPentax.item(374); }
 
 const TagStrings& TagStringsCatalogue::stringsPhaseOne() {
   return gStringsPhaseOne.strings(&TagStringsCatalogue::stringTablePhaseOne);
@@ -10935,65 +10941,65 @@ TagStringTable TagStringsCatalogue::stringTablePhaseOne(ETLanguage language) {
   return gStringsPhaseOne.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue26::allStreamsPhaseOne() {
-  return gTagsPhaseOne.all();
+  return detail::gTagsPhaseOne.all();
 }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneCameraOrientation() { return gTagsPhaseOne.item(0); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneSerialNumber() { return gTagsPhaseOne.item(1); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneISO() { return gTagsPhaseOne.item(2); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneColorMatrix1() { return gTagsPhaseOne.item(3); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneWB_RGBLevels() { return gTagsPhaseOne.item(4); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorWidth() { return gTagsPhaseOne.item(5); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorHeight() { return gTagsPhaseOne.item(6); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorLeftMargin() { return gTagsPhaseOne.item(7); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorTopMargin() { return gTagsPhaseOne.item(8); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneImageWidth() { return gTagsPhaseOne.item(9); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneImageHeight() { return gTagsPhaseOne.item(10); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneRawFormat() { return gTagsPhaseOne.item(11); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneRawData() { return gTagsPhaseOne.item(12); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneDateTimeOriginal() { return gTagsPhaseOne.item(13); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneImageNumber() { return gTagsPhaseOne.item(14); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneSoftware() { return gTagsPhaseOne.item(15); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneSystem() { return gTagsPhaseOne.item(16); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorTemperature() { return gTagsPhaseOne.item(17); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorTemperature2() { return gTagsPhaseOne.item(18); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneUnknownDate() { return gTagsPhaseOne.item(19); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneStripOffsets() { return gTagsPhaseOne.item(20); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneBlackLevel() { return gTagsPhaseOne.item(21); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneSplitColumn() { return gTagsPhaseOne.item(22); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneBlackLevelData() { return gTagsPhaseOne.item(23); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOnePhaseOne_0x0225() { return gTagsPhaseOne.item(24); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneColorMatrix2() { return gTagsPhaseOne.item(25); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOnePhaseOne_0x022b() { return gTagsPhaseOne.item(26); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOnePhaseOne_0x0258() { return gTagsPhaseOne.item(27); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOnePhaseOne_0x025a() { return gTagsPhaseOne.item(28); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneAFAdjustment() { return gTagsPhaseOne.item(29); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneFirmwareVersions() { return gTagsPhaseOne.item(30); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneShutterSpeedValue() { return gTagsPhaseOne.item(31); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneApertureValue() { return gTagsPhaseOne.item(32); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneExposureCompensation() { return gTagsPhaseOne.item(33); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneFocalLength() { return gTagsPhaseOne.item(34); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneCameraModel() { return gTagsPhaseOne.item(35); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneLensModel() { return gTagsPhaseOne.item(36); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneMaxApertureValue() { return gTagsPhaseOne.item(37); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneMinApertureValue() { return gTagsPhaseOne.item(38); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneViewfinder() { return gTagsPhaseOne.item(39); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorDefects() { return gTagsPhaseOne.item(40); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneAllColorFlatField1() { return gTagsPhaseOne.item(41); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorCalibration_0x0404() { return gTagsPhaseOne.item(42); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorCalibration_0x0405() { return gTagsPhaseOne.item(43); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorCalibration_0x0406() { return gTagsPhaseOne.item(44); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorCalibration_0x0408() { return gTagsPhaseOne.item(45); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneRedBlueFlatField() { return gTagsPhaseOne.item(46); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorCalibration_0x040f() { return gTagsPhaseOne.item(47); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneAllColorFlatField2() { return gTagsPhaseOne.item(48); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorCalibration_0x0413() { return gTagsPhaseOne.item(49); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorCalibration_0x0414() { return gTagsPhaseOne.item(50); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneAllColorFlatField3() { return gTagsPhaseOne.item(51); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorCalibration_0x0418() { return gTagsPhaseOne.item(52); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneLinearizationCoefficients1() { return gTagsPhaseOne.item(53); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneLinearizationCoefficients2() { return gTagsPhaseOne.item(54); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorCalibration_0x041c() { return gTagsPhaseOne.item(55); }
-const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorCalibration_0x041e() { return gTagsPhaseOne.item(56); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneCameraOrientation() { return detail::gTagsPhaseOne.item(0); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneSerialNumber() { return detail::gTagsPhaseOne.item(1); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneISO() { return detail::gTagsPhaseOne.item(2); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneColorMatrix1() { return detail::gTagsPhaseOne.item(3); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneWB_RGBLevels() { return detail::gTagsPhaseOne.item(4); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorWidth() { return detail::gTagsPhaseOne.item(5); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorHeight() { return detail::gTagsPhaseOne.item(6); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorLeftMargin() { return detail::gTagsPhaseOne.item(7); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorTopMargin() { return detail::gTagsPhaseOne.item(8); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneImageWidth() { return detail::gTagsPhaseOne.item(9); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneImageHeight() { return detail::gTagsPhaseOne.item(10); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneRawFormat() { return detail::gTagsPhaseOne.item(11); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneRawData() { return detail::gTagsPhaseOne.item(12); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneDateTimeOriginal() { return detail::gTagsPhaseOne.item(13); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneImageNumber() { return detail::gTagsPhaseOne.item(14); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneSoftware() { return detail::gTagsPhaseOne.item(15); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneSystem() { return detail::gTagsPhaseOne.item(16); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorTemperature() { return detail::gTagsPhaseOne.item(17); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorTemperature2() { return detail::gTagsPhaseOne.item(18); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneUnknownDate() { return detail::gTagsPhaseOne.item(19); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneStripOffsets() { return detail::gTagsPhaseOne.item(20); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneBlackLevel() { return detail::gTagsPhaseOne.item(21); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneSplitColumn() { return detail::gTagsPhaseOne.item(22); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneBlackLevelData() { return detail::gTagsPhaseOne.item(23); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOnePhaseOne_0x0225() { return detail::gTagsPhaseOne.item(24); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneColorMatrix2() { return detail::gTagsPhaseOne.item(25); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOnePhaseOne_0x022b() { return detail::gTagsPhaseOne.item(26); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOnePhaseOne_0x0258() { return detail::gTagsPhaseOne.item(27); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOnePhaseOne_0x025a() { return detail::gTagsPhaseOne.item(28); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneAFAdjustment() { return detail::gTagsPhaseOne.item(29); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneFirmwareVersions() { return detail::gTagsPhaseOne.item(30); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneShutterSpeedValue() { return detail::gTagsPhaseOne.item(31); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneApertureValue() { return detail::gTagsPhaseOne.item(32); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneExposureCompensation() { return detail::gTagsPhaseOne.item(33); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneFocalLength() { return detail::gTagsPhaseOne.item(34); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneCameraModel() { return detail::gTagsPhaseOne.item(35); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneLensModel() { return detail::gTagsPhaseOne.item(36); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneMaxApertureValue() { return detail::gTagsPhaseOne.item(37); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneMinApertureValue() { return detail::gTagsPhaseOne.item(38); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneViewfinder() { return detail::gTagsPhaseOne.item(39); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorDefects() { return detail::gTagsPhaseOne.item(40); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneAllColorFlatField1() { return detail::gTagsPhaseOne.item(41); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorCalibration_0x0404() { return detail::gTagsPhaseOne.item(42); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorCalibration_0x0405() { return detail::gTagsPhaseOne.item(43); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorCalibration_0x0406() { return detail::gTagsPhaseOne.item(44); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorCalibration_0x0408() { return detail::gTagsPhaseOne.item(45); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneRedBlueFlatField() { return detail::gTagsPhaseOne.item(46); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorCalibration_0x040f() { return detail::gTagsPhaseOne.item(47); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneAllColorFlatField2() { return detail::gTagsPhaseOne.item(48); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorCalibration_0x0413() { return detail::gTagsPhaseOne.item(49); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorCalibration_0x0414() { return detail::gTagsPhaseOne.item(50); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneAllColorFlatField3() { return detail::gTagsPhaseOne.item(51); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorCalibration_0x0418() { return detail::gTagsPhaseOne.item(52); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneLinearizationCoefficients1() { return detail::gTagsPhaseOne.item(53); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneLinearizationCoefficients2() { return detail::gTagsPhaseOne.item(54); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorCalibration_0x041c() { return detail::gTagsPhaseOne.item(55); }
+const TagItem& detail::TagItemCatalogue26::itemPhaseOneSensorCalibration_0x041e() { return detail::gTagsPhaseOne.item(56); }
 
 const TagStrings& TagStringsCatalogue::stringsPhotoCD() {
   return gStringsPhotoCD.strings(&TagStringsCatalogue::stringTablePhotoCD);
@@ -11002,35 +11008,35 @@ TagStringTable TagStringsCatalogue::stringTablePhotoCD(ETLanguage language) {
   return gStringsPhotoCD.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue26::allStreamsPhotoCD() {
-  return gTagsPhotoCD.all();
+  return detail::gTagsPhotoCD.all();
 }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDSpecificationVersion() { return gTagsPhotoCD.item(0); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDAuthoringSoftwareRelease() { return gTagsPhotoCD.item(1); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDImageMagnificationDescriptor() { return gTagsPhotoCD.item(2); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDCreateDate() { return gTagsPhotoCD.item(3); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDModifyDate() { return gTagsPhotoCD.item(4); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDImageMedium() { return gTagsPhotoCD.item(5); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDProductType() { return gTagsPhotoCD.item(6); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDScannerVendorID() { return gTagsPhotoCD.item(7); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDScannerProductID() { return gTagsPhotoCD.item(8); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDScannerFirmwareVersion() { return gTagsPhotoCD.item(9); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDScannerFirmwareDate() { return gTagsPhotoCD.item(10); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDScannerSerialNumber() { return gTagsPhotoCD.item(11); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDScannerPixelSize() { return gTagsPhotoCD.item(12); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDImageWorkstationMake() { return gTagsPhotoCD.item(13); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDCharacterSet() { return gTagsPhotoCD.item(14); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDCharacterEscapeSequence() { return gTagsPhotoCD.item(15); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDPhotoFinisherName() { return gTagsPhotoCD.item(16); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDHasSBA() { return gTagsPhotoCD.item(17); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDSceneBalanceAlgorithmRevision() { return gTagsPhotoCD.item(18); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDSceneBalanceAlgorithmCommand() { return gTagsPhotoCD.item(19); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDSceneBalanceAlgorithmFilmID() { return gTagsPhotoCD.item(20); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDCopyrightStatus() { return gTagsPhotoCD.item(21); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDCopyrightFileName() { return gTagsPhotoCD.item(22); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDOrientation() { return gTagsPhotoCD.item(23); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDImageWidth() { return gTagsPhotoCD.item(24); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDImageHeight() { return gTagsPhotoCD.item(25); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoCDCompressionClass() { return gTagsPhotoCD.item(26); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDSpecificationVersion() { return detail::gTagsPhotoCD.item(0); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDAuthoringSoftwareRelease() { return detail::gTagsPhotoCD.item(1); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDImageMagnificationDescriptor() { return detail::gTagsPhotoCD.item(2); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDCreateDate() { return detail::gTagsPhotoCD.item(3); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDModifyDate() { return detail::gTagsPhotoCD.item(4); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDImageMedium() { return detail::gTagsPhotoCD.item(5); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDProductType() { return detail::gTagsPhotoCD.item(6); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDScannerVendorID() { return detail::gTagsPhotoCD.item(7); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDScannerProductID() { return detail::gTagsPhotoCD.item(8); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDScannerFirmwareVersion() { return detail::gTagsPhotoCD.item(9); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDScannerFirmwareDate() { return detail::gTagsPhotoCD.item(10); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDScannerSerialNumber() { return detail::gTagsPhotoCD.item(11); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDScannerPixelSize() { return detail::gTagsPhotoCD.item(12); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDImageWorkstationMake() { return detail::gTagsPhotoCD.item(13); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDCharacterSet() { return detail::gTagsPhotoCD.item(14); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDCharacterEscapeSequence() { return detail::gTagsPhotoCD.item(15); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDPhotoFinisherName() { return detail::gTagsPhotoCD.item(16); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDHasSBA() { return detail::gTagsPhotoCD.item(17); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDSceneBalanceAlgorithmRevision() { return detail::gTagsPhotoCD.item(18); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDSceneBalanceAlgorithmCommand() { return detail::gTagsPhotoCD.item(19); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDSceneBalanceAlgorithmFilmID() { return detail::gTagsPhotoCD.item(20); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDCopyrightStatus() { return detail::gTagsPhotoCD.item(21); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDCopyrightFileName() { return detail::gTagsPhotoCD.item(22); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDOrientation() { return detail::gTagsPhotoCD.item(23); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDImageWidth() { return detail::gTagsPhotoCD.item(24); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDImageHeight() { return detail::gTagsPhotoCD.item(25); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoCDCompressionClass() { return detail::gTagsPhotoCD.item(26); }
 
 const TagStrings& TagStringsCatalogue::stringsPhotoMechanic() {
   return gStringsPhotoMechanic.strings(&TagStringsCatalogue::stringTablePhotoMechanic);
@@ -11039,27 +11045,27 @@ TagStringTable TagStringsCatalogue::stringTablePhotoMechanic(ETLanguage language
   return gStringsPhotoMechanic.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue26::allStreamsPhotoMechanic() {
-  return gTagsPhotoMechanic.all();
+  return detail::gTagsPhotoMechanic.all();
 }
-const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicRawCropLeft() { return gTagsPhotoMechanic.item(0); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicRawCropTop() { return gTagsPhotoMechanic.item(1); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicRawCropRight() { return gTagsPhotoMechanic.item(2); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicRawCropBottom() { return gTagsPhotoMechanic.item(3); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicConstrainedCropWidth() { return gTagsPhotoMechanic.item(4); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicConstrainedCropHeight() { return gTagsPhotoMechanic.item(5); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicFrameNum() { return gTagsPhotoMechanic.item(6); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicRotation() { return gTagsPhotoMechanic.item(7); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicCropLeft() { return gTagsPhotoMechanic.item(8); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicCropTop() { return gTagsPhotoMechanic.item(9); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicCropRight() { return gTagsPhotoMechanic.item(10); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicCropBottom() { return gTagsPhotoMechanic.item(11); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicTagged() { return gTagsPhotoMechanic.item(12); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicColorClass() { return gTagsPhotoMechanic.item(13); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicRating() { return gTagsPhotoMechanic.item(14); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicPreviewCropLeft() { return gTagsPhotoMechanic.item(15); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicPreviewCropTop() { return gTagsPhotoMechanic.item(16); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicPreviewCropRight() { return gTagsPhotoMechanic.item(17); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicPreviewCropBottom() { return gTagsPhotoMechanic.item(18); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicRawCropLeft() { return detail::gTagsPhotoMechanic.item(0); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicRawCropTop() { return detail::gTagsPhotoMechanic.item(1); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicRawCropRight() { return detail::gTagsPhotoMechanic.item(2); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicRawCropBottom() { return detail::gTagsPhotoMechanic.item(3); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicConstrainedCropWidth() { return detail::gTagsPhotoMechanic.item(4); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicConstrainedCropHeight() { return detail::gTagsPhotoMechanic.item(5); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicFrameNum() { return detail::gTagsPhotoMechanic.item(6); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicRotation() { return detail::gTagsPhotoMechanic.item(7); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicCropLeft() { return detail::gTagsPhotoMechanic.item(8); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicCropTop() { return detail::gTagsPhotoMechanic.item(9); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicCropRight() { return detail::gTagsPhotoMechanic.item(10); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicCropBottom() { return detail::gTagsPhotoMechanic.item(11); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicTagged() { return detail::gTagsPhotoMechanic.item(12); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicColorClass() { return detail::gTagsPhotoMechanic.item(13); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicRating() { return detail::gTagsPhotoMechanic.item(14); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicPreviewCropLeft() { return detail::gTagsPhotoMechanic.item(15); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicPreviewCropTop() { return detail::gTagsPhotoMechanic.item(16); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicPreviewCropRight() { return detail::gTagsPhotoMechanic.item(17); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoMechanicPreviewCropBottom() { return detail::gTagsPhotoMechanic.item(18); }
 
 const TagStrings& TagStringsCatalogue::stringsPhotoshop() {
   return gStringsPhotoshop.strings(&TagStringsCatalogue::stringTablePhotoshop);
@@ -11068,115 +11074,115 @@ TagStringTable TagStringsCatalogue::stringTablePhotoshop(ETLanguage language) {
   return gStringsPhotoshop.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue26::allStreamsPhotoshop() {
-  return gTagsPhotoshop.all();
+  return detail::gTagsPhotoshop.all();
 }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopNumChannels() { return gTagsPhotoshop.item(0); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopImageHeight() { return gTagsPhotoshop.item(1); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopImageWidth() { return gTagsPhotoshop.item(2); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopBitDepth() { return gTagsPhotoshop.item(3); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopColorMode() { return gTagsPhotoshop.item(4); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopCompression() { return gTagsPhotoshop.item(5); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopPhotoshopQuality() { return gTagsPhotoshop.item(6); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopPhotoshopFormat() { return gTagsPhotoshop.item(7); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopProgressiveScans() { return gTagsPhotoshop.item(8); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerBlendModes() { return gTagsPhotoshop.item(9); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerCount() { return gTagsPhotoshop.item(10); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerNames() { return gTagsPhotoshop.item(11); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerOpacities() { return gTagsPhotoshop.item(12); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerRectangles() { return gTagsPhotoshop.item(13); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerVisible() { return gTagsPhotoshop.item(14); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerColors() { return gTagsPhotoshop.item(15); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerSections() { return gTagsPhotoshop.item(16); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerUnicodeNames() { return gTagsPhotoshop.item(17); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerIDs() { return gTagsPhotoshop.item(18); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerModifyDates() { return gTagsPhotoshop.item(19); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopPhotoshop2Info() { return gTagsPhotoshop.item(20); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopMacintoshPrintInfo() { return gTagsPhotoshop.item(21); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopXMLData() { return gTagsPhotoshop.item(22); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopPhotoshop2ColorTable() { return gTagsPhotoshop.item(23); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopAlphaChannelsNames() { return gTagsPhotoshop.item(24); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopDisplayInfo() { return gTagsPhotoshop.item(25); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopPStringCaption() { return gTagsPhotoshop.item(26); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopBorderInformation() { return gTagsPhotoshop.item(27); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopBackgroundColor() { return gTagsPhotoshop.item(28); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopPrintFlags() { return gTagsPhotoshop.item(29); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopBW_HalftoningInfo() { return gTagsPhotoshop.item(30); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopColorHalftoningInfo() { return gTagsPhotoshop.item(31); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopDuotoneHalftoningInfo() { return gTagsPhotoshop.item(32); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopBW_TransferFunc() { return gTagsPhotoshop.item(33); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopColorTransferFuncs() { return gTagsPhotoshop.item(34); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopDuotoneTransferFuncs() { return gTagsPhotoshop.item(35); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopDuotoneImageInfo() { return gTagsPhotoshop.item(36); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopEffectiveBW() { return gTagsPhotoshop.item(37); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopObsoletePhotoshopTag1() { return gTagsPhotoshop.item(38); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopEPSOptions() { return gTagsPhotoshop.item(39); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopQuickMaskInfo() { return gTagsPhotoshop.item(40); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopObsoletePhotoshopTag2() { return gTagsPhotoshop.item(41); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopTargetLayerID() { return gTagsPhotoshop.item(42); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopWorkingPath() { return gTagsPhotoshop.item(43); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayersGroupInfo() { return gTagsPhotoshop.item(44); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopObsoletePhotoshopTag3() { return gTagsPhotoshop.item(45); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopRawImageMode() { return gTagsPhotoshop.item(46); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopGridGuidesInfo() { return gTagsPhotoshop.item(47); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopPhotoshopBGRThumbnail() { return gTagsPhotoshop.item(48); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopCopyrightFlag() { return gTagsPhotoshop.item(49); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopURL() { return gTagsPhotoshop.item(50); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopPhotoshopThumbnail() { return gTagsPhotoshop.item(51); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopGlobalAngle() { return gTagsPhotoshop.item(52); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopColorSamplersResource() { return gTagsPhotoshop.item(53); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopWatermark() { return gTagsPhotoshop.item(54); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopICC_Untagged() { return gTagsPhotoshop.item(55); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopEffectsVisible() { return gTagsPhotoshop.item(56); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopSpotHalftone() { return gTagsPhotoshop.item(57); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopIDsBaseValue() { return gTagsPhotoshop.item(58); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopUnicodeAlphaNames() { return gTagsPhotoshop.item(59); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopIndexedColorTableCount() { return gTagsPhotoshop.item(60); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopTransparentIndex() { return gTagsPhotoshop.item(61); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopGlobalAltitude() { return gTagsPhotoshop.item(62); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopWorkflowURL() { return gTagsPhotoshop.item(63); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopJumpToXPEP() { return gTagsPhotoshop.item(64); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopAlphaIdentifiers() { return gTagsPhotoshop.item(65); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopURL_List() { return gTagsPhotoshop.item(66); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopExifInfo2() { return gTagsPhotoshop.item(67); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopIPTCDigest() { return gTagsPhotoshop.item(68); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerComps() { return gTagsPhotoshop.item(69); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopAlternateDuotoneColors() { return gTagsPhotoshop.item(70); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopAlternateSpotColors() { return gTagsPhotoshop.item(71); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerSelectionIDs() { return gTagsPhotoshop.item(72); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopHDRToningInfo() { return gTagsPhotoshop.item(73); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopPrintInfo() { return gTagsPhotoshop.item(74); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerGroupsEnabledID() { return gTagsPhotoshop.item(75); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopColorSamplersResource2() { return gTagsPhotoshop.item(76); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopMeasurementScale() { return gTagsPhotoshop.item(77); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopTimelineInfo() { return gTagsPhotoshop.item(78); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopSheetDisclosure() { return gTagsPhotoshop.item(79); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopOnionSkins() { return gTagsPhotoshop.item(80); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopCountInfo() { return gTagsPhotoshop.item(81); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopPrintInfo2() { return gTagsPhotoshop.item(82); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopPrintStyle() { return gTagsPhotoshop.item(83); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopMacintoshNSPrintInfo() { return gTagsPhotoshop.item(84); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopWindowsDEVMODE() { return gTagsPhotoshop.item(85); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopAutoSaveFilePath() { return gTagsPhotoshop.item(86); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopAutoSaveFormat() { return gTagsPhotoshop.item(87); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopPathSelectionState() { return gTagsPhotoshop.item(88); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopClippingPathName() { return gTagsPhotoshop.item(89); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopOriginPathInfo() { return gTagsPhotoshop.item(90); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopImageReadyVariables() { return gTagsPhotoshop.item(91); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopImageReadyDataSets() { return gTagsPhotoshop.item(92); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopLightroomWorkflow() { return gTagsPhotoshop.item(93); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopPrintFlagsInfo() { return gTagsPhotoshop.item(94); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopPixelAspectRatio() { return gTagsPhotoshop.item(95); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopPrintPosition() { return gTagsPhotoshop.item(96); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopPrintScale() { return gTagsPhotoshop.item(97); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopXResolution() { return gTagsPhotoshop.item(98); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopDisplayedUnitsX() { return gTagsPhotoshop.item(99); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopYResolution() { return gTagsPhotoshop.item(100); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopDisplayedUnitsY() { return gTagsPhotoshop.item(101); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopSlicesGroupName() { return gTagsPhotoshop.item(102); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopNumSlices() { return gTagsPhotoshop.item(103); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopHasRealMergedData() { return gTagsPhotoshop.item(104); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopWriterName() { return gTagsPhotoshop.item(105); }
-const TagItem& detail::TagItemCatalogue26::itemPhotoshopReaderName() { return gTagsPhotoshop.item(106); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopNumChannels() { return detail::gTagsPhotoshop.item(0); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopImageHeight() { return detail::gTagsPhotoshop.item(1); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopImageWidth() { return detail::gTagsPhotoshop.item(2); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopBitDepth() { return detail::gTagsPhotoshop.item(3); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopColorMode() { return detail::gTagsPhotoshop.item(4); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopCompression() { return detail::gTagsPhotoshop.item(5); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopPhotoshopQuality() { return detail::gTagsPhotoshop.item(6); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopPhotoshopFormat() { return detail::gTagsPhotoshop.item(7); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopProgressiveScans() { return detail::gTagsPhotoshop.item(8); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerBlendModes() { return detail::gTagsPhotoshop.item(9); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerCount() { return detail::gTagsPhotoshop.item(10); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerNames() { return detail::gTagsPhotoshop.item(11); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerOpacities() { return detail::gTagsPhotoshop.item(12); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerRectangles() { return detail::gTagsPhotoshop.item(13); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerVisible() { return detail::gTagsPhotoshop.item(14); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerColors() { return detail::gTagsPhotoshop.item(15); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerSections() { return detail::gTagsPhotoshop.item(16); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerUnicodeNames() { return detail::gTagsPhotoshop.item(17); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerIDs() { return detail::gTagsPhotoshop.item(18); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerModifyDates() { return detail::gTagsPhotoshop.item(19); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopPhotoshop2Info() { return detail::gTagsPhotoshop.item(20); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopMacintoshPrintInfo() { return detail::gTagsPhotoshop.item(21); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopXMLData() { return detail::gTagsPhotoshop.item(22); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopPhotoshop2ColorTable() { return detail::gTagsPhotoshop.item(23); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopAlphaChannelsNames() { return detail::gTagsPhotoshop.item(24); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopDisplayInfo() { return detail::gTagsPhotoshop.item(25); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopPStringCaption() { return detail::gTagsPhotoshop.item(26); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopBorderInformation() { return detail::gTagsPhotoshop.item(27); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopBackgroundColor() { return detail::gTagsPhotoshop.item(28); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopPrintFlags() { return detail::gTagsPhotoshop.item(29); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopBW_HalftoningInfo() { return detail::gTagsPhotoshop.item(30); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopColorHalftoningInfo() { return detail::gTagsPhotoshop.item(31); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopDuotoneHalftoningInfo() { return detail::gTagsPhotoshop.item(32); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopBW_TransferFunc() { return detail::gTagsPhotoshop.item(33); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopColorTransferFuncs() { return detail::gTagsPhotoshop.item(34); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopDuotoneTransferFuncs() { return detail::gTagsPhotoshop.item(35); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopDuotoneImageInfo() { return detail::gTagsPhotoshop.item(36); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopEffectiveBW() { return detail::gTagsPhotoshop.item(37); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopObsoletePhotoshopTag1() { return detail::gTagsPhotoshop.item(38); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopEPSOptions() { return detail::gTagsPhotoshop.item(39); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopQuickMaskInfo() { return detail::gTagsPhotoshop.item(40); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopObsoletePhotoshopTag2() { return detail::gTagsPhotoshop.item(41); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopTargetLayerID() { return detail::gTagsPhotoshop.item(42); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopWorkingPath() { return detail::gTagsPhotoshop.item(43); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayersGroupInfo() { return detail::gTagsPhotoshop.item(44); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopObsoletePhotoshopTag3() { return detail::gTagsPhotoshop.item(45); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopRawImageMode() { return detail::gTagsPhotoshop.item(46); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopGridGuidesInfo() { return detail::gTagsPhotoshop.item(47); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopPhotoshopBGRThumbnail() { return detail::gTagsPhotoshop.item(48); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopCopyrightFlag() { return detail::gTagsPhotoshop.item(49); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopURL() { return detail::gTagsPhotoshop.item(50); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopPhotoshopThumbnail() { return detail::gTagsPhotoshop.item(51); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopGlobalAngle() { return detail::gTagsPhotoshop.item(52); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopColorSamplersResource() { return detail::gTagsPhotoshop.item(53); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopWatermark() { return detail::gTagsPhotoshop.item(54); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopICC_Untagged() { return detail::gTagsPhotoshop.item(55); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopEffectsVisible() { return detail::gTagsPhotoshop.item(56); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopSpotHalftone() { return detail::gTagsPhotoshop.item(57); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopIDsBaseValue() { return detail::gTagsPhotoshop.item(58); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopUnicodeAlphaNames() { return detail::gTagsPhotoshop.item(59); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopIndexedColorTableCount() { return detail::gTagsPhotoshop.item(60); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopTransparentIndex() { return detail::gTagsPhotoshop.item(61); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopGlobalAltitude() { return detail::gTagsPhotoshop.item(62); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopWorkflowURL() { return detail::gTagsPhotoshop.item(63); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopJumpToXPEP() { return detail::gTagsPhotoshop.item(64); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopAlphaIdentifiers() { return detail::gTagsPhotoshop.item(65); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopURL_List() { return detail::gTagsPhotoshop.item(66); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopExifInfo2() { return detail::gTagsPhotoshop.item(67); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopIPTCDigest() { return detail::gTagsPhotoshop.item(68); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerComps() { return detail::gTagsPhotoshop.item(69); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopAlternateDuotoneColors() { return detail::gTagsPhotoshop.item(70); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopAlternateSpotColors() { return detail::gTagsPhotoshop.item(71); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerSelectionIDs() { return detail::gTagsPhotoshop.item(72); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopHDRToningInfo() { return detail::gTagsPhotoshop.item(73); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopPrintInfo() { return detail::gTagsPhotoshop.item(74); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopLayerGroupsEnabledID() { return detail::gTagsPhotoshop.item(75); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopColorSamplersResource2() { return detail::gTagsPhotoshop.item(76); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopMeasurementScale() { return detail::gTagsPhotoshop.item(77); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopTimelineInfo() { return detail::gTagsPhotoshop.item(78); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopSheetDisclosure() { return detail::gTagsPhotoshop.item(79); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopOnionSkins() { return detail::gTagsPhotoshop.item(80); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopCountInfo() { return detail::gTagsPhotoshop.item(81); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopPrintInfo2() { return detail::gTagsPhotoshop.item(82); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopPrintStyle() { return detail::gTagsPhotoshop.item(83); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopMacintoshNSPrintInfo() { return detail::gTagsPhotoshop.item(84); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopWindowsDEVMODE() { return detail::gTagsPhotoshop.item(85); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopAutoSaveFilePath() { return detail::gTagsPhotoshop.item(86); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopAutoSaveFormat() { return detail::gTagsPhotoshop.item(87); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopPathSelectionState() { return detail::gTagsPhotoshop.item(88); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopClippingPathName() { return detail::gTagsPhotoshop.item(89); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopOriginPathInfo() { return detail::gTagsPhotoshop.item(90); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopImageReadyVariables() { return detail::gTagsPhotoshop.item(91); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopImageReadyDataSets() { return detail::gTagsPhotoshop.item(92); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopLightroomWorkflow() { return detail::gTagsPhotoshop.item(93); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopPrintFlagsInfo() { return detail::gTagsPhotoshop.item(94); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopPixelAspectRatio() { return detail::gTagsPhotoshop.item(95); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopPrintPosition() { return detail::gTagsPhotoshop.item(96); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopPrintScale() { return detail::gTagsPhotoshop.item(97); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopXResolution() { return detail::gTagsPhotoshop.item(98); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopDisplayedUnitsX() { return detail::gTagsPhotoshop.item(99); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopYResolution() { return detail::gTagsPhotoshop.item(100); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopDisplayedUnitsY() { return detail::gTagsPhotoshop.item(101); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopSlicesGroupName() { return detail::gTagsPhotoshop.item(102); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopNumSlices() { return detail::gTagsPhotoshop.item(103); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopHasRealMergedData() { return detail::gTagsPhotoshop.item(104); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopWriterName() { return detail::gTagsPhotoshop.item(105); }
+const TagItem& detail::TagItemCatalogue26::itemPhotoshopReaderName() { return detail::gTagsPhotoshop.item(106); }
 
 const TagStrings& TagStringsCatalogue::stringsPostScript() {
   return gStringsPostScript.strings(&TagStringsCatalogue::stringTablePostScript);
@@ -11185,32 +11191,32 @@ TagStringTable TagStringsCatalogue::stringTablePostScript(ETLanguage language) {
   return gStringsPostScript.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue26::allStreamsPostScript() {
-  return gTagsPostScript.all();
+  return detail::gTagsPostScript.all();
 }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptAIBuildNumber() { return gTagsPostScript.item(0); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptAIColorUsage() { return gTagsPostScript.item(1); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptAIFileFormat() { return gTagsPostScript.item(2); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptAINumLayers() { return gTagsPostScript.item(3); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptAIRulerUnits() { return gTagsPostScript.item(4); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptAITargetResolution() { return gTagsPostScript.item(5); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptAICreatorVersion() { return gTagsPostScript.item(6); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptAIColorModel() { return gTagsPostScript.item(7); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptAuthor() { return gTagsPostScript.item(8); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptBoundingBox() { return gTagsPostScript.item(9); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptCopyright() { return gTagsPostScript.item(10); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptCreateDate() { return gTagsPostScript.item(11); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptCreator() { return gTagsPostScript.item(12); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptEmbeddedFileName() { return gTagsPostScript.item(13); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptFor() { return gTagsPostScript.item(14); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptImageData() { return gTagsPostScript.item(15); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptKeywords() { return gTagsPostScript.item(16); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptModifyDate() { return gTagsPostScript.item(17); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptPages() { return gTagsPostScript.item(18); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptRouting() { return gTagsPostScript.item(19); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptSubject() { return gTagsPostScript.item(20); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptTIFFPreview() { return gTagsPostScript.item(21); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptTitle() { return gTagsPostScript.item(22); }
-const TagItem& detail::TagItemCatalogue26::itemPostScriptVersion() { return gTagsPostScript.item(23); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptAIBuildNumber() { return detail::gTagsPostScript.item(0); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptAIColorUsage() { return detail::gTagsPostScript.item(1); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptAIFileFormat() { return detail::gTagsPostScript.item(2); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptAINumLayers() { return detail::gTagsPostScript.item(3); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptAIRulerUnits() { return detail::gTagsPostScript.item(4); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptAITargetResolution() { return detail::gTagsPostScript.item(5); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptAICreatorVersion() { return detail::gTagsPostScript.item(6); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptAIColorModel() { return detail::gTagsPostScript.item(7); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptAuthor() { return detail::gTagsPostScript.item(8); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptBoundingBox() { return detail::gTagsPostScript.item(9); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptCopyright() { return detail::gTagsPostScript.item(10); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptCreateDate() { return detail::gTagsPostScript.item(11); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptCreator() { return detail::gTagsPostScript.item(12); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptEmbeddedFileName() { return detail::gTagsPostScript.item(13); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptFor() { return detail::gTagsPostScript.item(14); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptImageData() { return detail::gTagsPostScript.item(15); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptKeywords() { return detail::gTagsPostScript.item(16); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptModifyDate() { return detail::gTagsPostScript.item(17); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptPages() { return detail::gTagsPostScript.item(18); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptRouting() { return detail::gTagsPostScript.item(19); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptSubject() { return detail::gTagsPostScript.item(20); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptTIFFPreview() { return detail::gTagsPostScript.item(21); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptTitle() { return detail::gTagsPostScript.item(22); }
+const TagItem& detail::TagItemCatalogue26::itemPostScriptVersion() { return detail::gTagsPostScript.item(23); }
 
 const TagStrings& TagStringsCatalogue::stringsPrintIM() {
   return gStringsPrintIM.strings(&TagStringsCatalogue::stringTablePrintIM);
@@ -11219,18 +11225,8 @@ TagStringTable TagStringsCatalogue::stringTablePrintIM(ETLanguage language) {
   return gStringsPrintIM.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue26::allStreamsPrintIM() {
-  return gTagsPrintIM.all();
+  return detail::gTagsPrintIM.all();
 }
-const TagItem& detail::TagItemCatalogue26::itemPrintIMPrintIMVersion() { return gTagsPrintIM.item(0); }
-
-namespace detail {
-const TagItem* findInPentax(std::string_view key) { return gTagsPentax.find(key); }
-const TagItem* findInPhaseOne(std::string_view key) { return gTagsPhaseOne.find(key); }
-const TagItem* findInPhotoCD(std::string_view key) { return gTagsPhotoCD.find(key); }
-const TagItem* findInPhotoMechanic(std::string_view key) { return gTagsPhotoMechanic.find(key); }
-const TagItem* findInPhotoshop(std::string_view key) { return gTagsPhotoshop.find(key); }
-const TagItem* findInPostScript(std::string_view key) { return gTagsPostScript.find(key); }
-const TagItem* findInPrintIM(std::string_view key) { return gTagsPrintIM.find(key); }
-}  // namespace detail
+const TagItem& detail::TagItemCatalogue26::itemPrintIMPrintIMVersion() { return detail::gTagsPrintIM.item(0); }
 
 }  // namespace lorvane

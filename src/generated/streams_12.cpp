@@ -6,6 +6,8 @@
 namespace lorvane {
 namespace {
 
+using enum detail::TagFlag;
+
 constexpr char kText[] =
     "HJREnable" "HJRMaxNumFrames" "HJR_NReductionFlat" "HJR_NReductionTexture" "HJROneToTwoOffset"
     "HJRTextureThreshold" "AECAggressiveness" "AECCurrentExpIndex" "AECCurrentSensorLuma"
@@ -1065,1194 +1067,1194 @@ constexpr char kText[] =
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsQualcomm[] = {
-    {{0, 9}, TagType::string, 0, 0, 0, 0},  // HJREnable
-    {{9, 15}, TagType::string, 0, 0, 0, 0},  // HJRMaxNumFrames
-    {{24, 18}, TagType::string, 0, 0, 0, 0},  // HJR_NReductionFlat
-    {{42, 21}, TagType::string, 0, 0, 0, 0},  // HJR_NReductionTexture
-    {{63, 17}, TagType::string, 0, 0, 0, 0},  // HJROneToTwoOffset
-    {{80, 19}, TagType::string, 0, 0, 0, 0},  // HJRTextureThreshold
-    {{99, 17}, TagType::string, 0, 0, 0, 0},  // AECAggressiveness
-    {{116, 18}, TagType::string, 0, 0, 0, 0},  // AECCurrentExpIndex
-    {{134, 20}, TagType::string, 0, 0, 0, 0},  // AECCurrentSensorLuma
-    {{154, 9}, TagType::string, 0, 0, 0, 0},  // AECEnable
-    {{163, 23}, TagType::string, 0, 0, 0, 0},  // AECExposureIndexAdjStep
-    {{186, 22}, TagType::string, 0, 0, 0, 0},  // AECHighLumaRegionCount
-    {{208, 26}, TagType::string, 0, 0, 0, 0},  // AECHighLumaRegionThreshold
-    {{234, 12}, TagType::string, 0, 0, 0, 0},  // AECIndoorIdx
-    {{246, 13}, TagType::string, 0, 0, 0, 0},  // AECLumaTarget
-    {{259, 16}, TagType::string, 0, 0, 0, 0},  // AECLumaTolerance
-    {{275, 7}, TagType::string, 0, 0, 0, 0},  // AECMode
-    {{282, 11}, TagType::string, 0, 0, 0, 0},  // AECOdoorIdx
-    {{293, 25}, TagType::string, 0, 0, 0, 0},  // AECOutdoorBrightDiscarded
-    {{318, 22}, TagType::string, 0, 0, 0, 0},  // AECOutdoorBrightEnable
-    {{340, 25}, TagType::string, 0, 0, 0, 0},  // AECOutdoorBrightReduction
-    {{365, 27}, TagType::string, 0, 0, 0, 0},  // AECOutdoorBrightThresholdHI
-    {{392, 27}, TagType::string, 0, 0, 0, 0},  // AECOutdoorBrightThresholdLO
-    {{419, 20}, TagType::string, 0, 0, 0, 0},  // AECOutdoorGammaIndex
-    {{439, 22}, TagType::string, 0, 0, 0, 0},  // AECSnapshotDigitalGain
-    {{461, 25}, TagType::string, 0, 0, 0, 0},  // AECSnapshotExposureTimeMs
-    {{486, 20}, TagType::string, 0, 0, 0, 0},  // AECSnapshotLineCount
-    {{506, 21}, TagType::string, 0, 0, 0, 0},  // AECSnapshotSensorGain
-    {{527, 10}, TagType::string, 0, 0, 0, 0},  // AECVfeLuma
-    {{537, 10}, TagType::string, 0, 0, 0, 0},  // AFBoundary
-    {{547, 16}, TagType::string, 0, 0, 0, 0},  // AFCollectEndStat
-    {{563, 8}, TagType::string, 0, 0, 0, 0},  // AFEnable
-    {{571, 8}, TagType::string, 0, 0, 0, 0},  // AFFarEnd
-    {{579, 16}, TagType::string, 0, 0, 0, 0},  // AFFineSrchPoints
-    {{595, 10}, TagType::string, 0, 0, 0, 0},  // AFFineStep
-    {{605, 11}, TagType::string, 0, 0, 0, 0},  // AFFocusTime
-    {{616, 11}, TagType::string, 0, 0, 0, 0},  // AFGrossStep
-    {{627, 6}, TagType::string, 0, 0, 0, 0},  // AFMode
-    {{633, 9}, TagType::string, 0, 0, 0, 0},  // AFNearEnd
-    {{642, 13}, TagType::string, 0, 0, 0, 0},  // AFPosDefMacro
-    {{655, 12}, TagType::string, 0, 0, 0, 0},  // AFPosDefNorm
-    {{667, 10}, TagType::string, 0, 0, 0, 0},  // AFPosition
-    {{677, 9}, TagType::string, 0, 0, 0, 0},  // AFProcess
-    {{686, 20}, TagType::string, 0, 0, 0, 0},  // AFResetLensAfterSnap
-    {{706, 14}, TagType::string, 0, 0, 0, 0},  // AFStepsNearFar
-    {{720, 19}, TagType::string, 0, 0, 0, 0},  // AFStepsNearInfinity
-    {{739, 10}, TagType::string, 0, 0, 0, 0},  // AFTestMode
-    {{749, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions00
-    {{767, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions10
-    {{785, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions11
-    {{803, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions12
-    {{821, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions13
-    {{839, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions14
-    {{857, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions15
-    {{875, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions16
-    {{893, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions17
-    {{911, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions18
-    {{929, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions19
-    {{947, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions01
-    {{965, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions20
-    {{983, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions21
-    {{1001, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions22
-    {{1019, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions23
-    {{1037, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions24
-    {{1055, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions25
-    {{1073, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions26
-    {{1091, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions27
-    {{1109, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions28
-    {{1127, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions29
-    {{1145, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions02
-    {{1163, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions30
-    {{1181, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions31
-    {{1199, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions32
-    {{1217, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions33
-    {{1235, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions34
-    {{1253, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions35
-    {{1271, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions36
-    {{1289, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions37
-    {{1307, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions38
-    {{1325, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions39
-    {{1343, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions03
-    {{1361, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions40
-    {{1379, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions41
-    {{1397, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions42
-    {{1415, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions43
-    {{1433, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions44
-    {{1451, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions45
-    {{1469, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions46
-    {{1487, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions47
-    {{1505, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions48
-    {{1523, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions49
-    {{1541, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions04
-    {{1559, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions05
-    {{1577, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions06
-    {{1595, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions07
-    {{1613, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions08
-    {{1631, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions09
-    {{1649, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats00
-    {{1663, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats10
-    {{1677, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats11
-    {{1691, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats12
-    {{1705, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats13
-    {{1719, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats14
-    {{1733, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats15
-    {{1747, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats16
-    {{1761, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats17
-    {{1775, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats18
-    {{1789, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats19
-    {{1803, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats01
-    {{1817, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats20
-    {{1831, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats21
-    {{1845, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats22
-    {{1859, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats23
-    {{1873, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats24
-    {{1887, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats25
-    {{1901, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats26
-    {{1915, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats27
-    {{1929, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats28
-    {{1943, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats29
-    {{1957, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats02
-    {{1971, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats30
-    {{1985, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats31
-    {{1999, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats32
-    {{2013, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats33
-    {{2027, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats34
-    {{2041, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats35
-    {{2055, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats36
-    {{2069, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats37
-    {{2083, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats38
-    {{2097, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats39
-    {{2111, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats03
-    {{2125, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats40
-    {{2139, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats41
-    {{2153, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats42
-    {{2167, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats43
-    {{2181, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats44
-    {{2195, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats45
-    {{2209, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats46
-    {{2223, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats47
-    {{2237, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats48
-    {{2251, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats49
-    {{2265, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats04
-    {{2279, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats05
-    {{2293, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats06
-    {{2307, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats07
-    {{2321, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats08
-    {{2335, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats09
-    {{2349, 19}, TagType::string, 0, 0, 0, 0},  // AFUndershootProtect
-    {{2368, 15}, TagType::string, 0, 0, 0, 0},  // AFVfeHorzOffset
-    {{2383, 14}, TagType::string, 0, 0, 0, 0},  // AFVfeHorzWidth
-    {{2397, 14}, TagType::string, 0, 0, 0, 0},  // AFVfeMetricMax
-    {{2411, 15}, TagType::string, 0, 0, 0, 0},  // AFVfeVertHeight
-    {{2426, 15}, TagType::string, 0, 0, 0, 0},  // AFVfeVertOffset
-    {{2441, 9}, TagType::string, 0, 0, 0, 0},  // AFREnable
-    {{2450, 16}, TagType::string, 0, 0, 0, 0},  // AFRFaster0ExpMod
-    {{2466, 17}, TagType::string, 0, 0, 0, 0},  // AFRFaster0Trigger
-    {{2483, 16}, TagType::string, 0, 0, 0, 0},  // AFRFaster1ExpMod
-    {{2499, 17}, TagType::string, 0, 0, 0, 0},  // AFRFaster1Trigger
-    {{2516, 16}, TagType::string, 0, 0, 0, 0},  // AFRFaster2ExpMod
-    {{2532, 17}, TagType::string, 0, 0, 0, 0},  // AFRFaster2Trigger
-    {{2549, 16}, TagType::string, 0, 0, 0, 0},  // AFRFaster3ExpMod
-    {{2565, 17}, TagType::string, 0, 0, 0, 0},  // AFRFaster3Trigger
-    {{2582, 16}, TagType::string, 0, 0, 0, 0},  // AFRFaster4ExpMod
-    {{2598, 17}, TagType::string, 0, 0, 0, 0},  // AFRFaster4Trigger
-    {{2615, 19}, TagType::string, 0, 0, 0, 0},  // AFRPossibleFrameCnt
-    {{2634, 16}, TagType::string, 0, 0, 0, 0},  // AFRSlower0ExpMod
-    {{2650, 17}, TagType::string, 0, 0, 0, 0},  // AFRSlower0Trigger
-    {{2667, 16}, TagType::string, 0, 0, 0, 0},  // AFRSlower1ExpMod
-    {{2683, 17}, TagType::string, 0, 0, 0, 0},  // AFRSlower1Trigger
-    {{2700, 16}, TagType::string, 0, 0, 0, 0},  // AFRSlower2ExpMod
-    {{2716, 17}, TagType::string, 0, 0, 0, 0},  // AFRSlower2Trigger
-    {{2733, 16}, TagType::string, 0, 0, 0, 0},  // AFRSlower3ExpMod
-    {{2749, 17}, TagType::string, 0, 0, 0, 0},  // AFRSlower3Trigger
-    {{2766, 16}, TagType::string, 0, 0, 0, 0},  // AFRSlower4ExpMod
-    {{2782, 17}, TagType::string, 0, 0, 0, 0},  // AFRSlower4Trigger
-    {{2799, 18}, TagType::string, 0, 0, 0, 0},  // AntiBadingPixelClk
-    {{2817, 25}, TagType::string, 0, 0, 0, 0},  // AntiBadingPixelClkPerLine
-    {{2842, 17}, TagType::string, 0, 0, 0, 0},  // AntibandingEnable
-    {{2859, 14}, TagType::string, 0, 0, 0, 0},  // ASF3EdgeDetect
-    {{2873, 17}, TagType::string, 0, 0, 0, 0},  // ASF3EdgeFilterA11
-    {{2890, 17}, TagType::string, 0, 0, 0, 0},  // ASF3EdgeFilterA12
-    {{2907, 17}, TagType::string, 0, 0, 0, 0},  // ASF3EdgeFilterA13
-    {{2924, 17}, TagType::string, 0, 0, 0, 0},  // ASF3EdgeFilterA21
-    {{2941, 17}, TagType::string, 0, 0, 0, 0},  // ASF3EdgeFilterA22
-    {{2958, 17}, TagType::string, 0, 0, 0, 0},  // ASF3EdgeFilterA23
-    {{2975, 17}, TagType::string, 0, 0, 0, 0},  // ASF3EdgeFilterA31
-    {{2992, 17}, TagType::string, 0, 0, 0, 0},  // ASF3EdgeFilterA32
-    {{3009, 17}, TagType::string, 0, 0, 0, 0},  // ASF3EdgeFilterA33
-    {{3026, 10}, TagType::string, 0, 0, 0, 0},  // ASF3Enable
-    {{3036, 18}, TagType::string, 0, 0, 0, 0},  // ASF3LowerThreshold
-    {{3054, 18}, TagType::string, 0, 0, 0, 0},  // ASF3NoiseFilterA11
-    {{3072, 18}, TagType::string, 0, 0, 0, 0},  // ASF3NoiseFilterA12
-    {{3090, 18}, TagType::string, 0, 0, 0, 0},  // ASF3NoiseFilterA13
-    {{3108, 18}, TagType::string, 0, 0, 0, 0},  // ASF3NoiseFilterA21
-    {{3126, 18}, TagType::string, 0, 0, 0, 0},  // ASF3NoiseFilterA22
-    {{3144, 18}, TagType::string, 0, 0, 0, 0},  // ASF3NoiseFilterA23
-    {{3162, 18}, TagType::string, 0, 0, 0, 0},  // ASF3NoiseFilterA31
-    {{3180, 18}, TagType::string, 0, 0, 0, 0},  // ASF3NoiseFilterA32
-    {{3198, 18}, TagType::string, 0, 0, 0, 0},  // ASF3NoiseFilterA33
-    {{3216, 18}, TagType::string, 0, 0, 0, 0},  // ASF3UpperThreshold
-    {{3234, 14}, TagType::string, 0, 0, 0, 0},  // ASF5BrtLoThres
-    {{3248, 16}, TagType::string, 0, 0, 0, 0},  // ASF5BrtShrpDegF1
-    {{3264, 16}, TagType::string, 0, 0, 0, 0},  // ASF5BrtShrpDegF2
-    {{3280, 18}, TagType::string, 0, 0, 0, 0},  // ASF5BrtSmthPercent
-    {{3298, 14}, TagType::string, 0, 0, 0, 0},  // ASF5BrtUpThres
-    {{3312, 10}, TagType::string, 0, 0, 0, 0},  // ASF5Enable
-    {{3322, 18}, TagType::string, 0, 0, 0, 0},  // ASF5ExposureIndex1
-    {{3340, 18}, TagType::string, 0, 0, 0, 0},  // ASF5ExposureIndex2
-    {{3358, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A11
-    {{3372, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A12
-    {{3386, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A13
-    {{3400, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A14
-    {{3414, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A15
-    {{3428, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A21
-    {{3442, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A22
-    {{3456, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A23
-    {{3470, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A24
-    {{3484, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A25
-    {{3498, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A31
-    {{3512, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A32
-    {{3526, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A33
-    {{3540, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A34
-    {{3554, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A35
-    {{3568, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A41
-    {{3582, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A42
-    {{3596, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A43
-    {{3610, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A44
-    {{3624, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A45
-    {{3638, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A51
-    {{3652, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A52
-    {{3666, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A53
-    {{3680, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A54
-    {{3694, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A55
-    {{3708, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A11
-    {{3722, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A12
-    {{3736, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A13
-    {{3750, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A14
-    {{3764, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A15
-    {{3778, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A21
-    {{3792, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A22
-    {{3806, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A23
-    {{3820, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A24
-    {{3834, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A25
-    {{3848, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A31
-    {{3862, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A32
-    {{3876, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A33
-    {{3890, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A34
-    {{3904, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A35
-    {{3918, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A41
-    {{3932, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A42
-    {{3946, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A43
-    {{3960, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A44
-    {{3974, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A45
-    {{3988, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A51
-    {{4002, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A52
-    {{4016, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A53
-    {{4030, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A54
-    {{4044, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A55
-    {{4058, 14}, TagType::string, 0, 0, 0, 0},  // ASF5FilterMode
-    {{4072, 14}, TagType::string, 0, 0, 0, 0},  // ASF5LowLoThres
-    {{4086, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LowShrpDegF1
-    {{4102, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LowShrpDegF2
-    {{4118, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LowSmthPrcnt
-    {{4134, 14}, TagType::string, 0, 0, 0, 0},  // ASF5LowUpThres
-    {{4148, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LumaFilter00
-    {{4164, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LumaFilter01
-    {{4180, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LumaFilter02
-    {{4196, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LumaFilter03
-    {{4212, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LumaFilter04
-    {{4228, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LumaFilter05
-    {{4244, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LumaFilter06
-    {{4260, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LumaFilter07
-    {{4276, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LumaFilter08
-    {{4292, 20}, TagType::string, 0, 0, 0, 0},  // ASF5MaxExposureIndex
-    {{4312, 14}, TagType::string, 0, 0, 0, 0},  // ASF5NrmLoThres
-    {{4326, 16}, TagType::string, 0, 0, 0, 0},  // ASF5NrmShrpDegF1
-    {{4342, 16}, TagType::string, 0, 0, 0, 0},  // ASF5NrmShrpDegF2
-    {{4358, 16}, TagType::string, 0, 0, 0, 0},  // ASF5NrmSmthPrcnt
-    {{4374, 14}, TagType::string, 0, 0, 0, 0},  // ASF5NrmUpThres
-    {{4388, 17}, TagType::string, 0, 0, 0, 0},  // ASF5NrmizeFactor1
-    {{4405, 17}, TagType::string, 0, 0, 0, 0},  // ASF5NrmizeFactor2
-    {{4422, 17}, TagType::string, 0, 0, 0, 0},  // AWBAggressiveness
-    {{4439, 21}, TagType::string, 0, 0, 0, 0},  // AWBAgwGridDist2Thresh
-    {{4460, 12}, TagType::string, 0, 0, 0, 0},  // AWBAlgorithm
-    {{4472, 13}, TagType::string, 0, 0, 0, 0},  // AWBAveBgRatio
-    {{4485, 13}, TagType::string, 0, 0, 0, 0},  // AWBAveRgRatio
-    {{4498, 18}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainAdjRef1
-    {{4516, 18}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainAdjRef2
-    {{4534, 18}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainAdjRef3
-    {{4552, 18}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainAdjRef4
-    {{4570, 18}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainAdjRef5
-    {{4588, 18}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainAdjRef6
-    {{4606, 18}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainAdjRef7
-    {{4624, 18}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainAdjRef8
-    {{4642, 15}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainRef1
-    {{4657, 15}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainRef2
-    {{4672, 15}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainRef3
-    {{4687, 15}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainRef4
-    {{4702, 15}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainRef5
-    {{4717, 15}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainRef6
-    {{4732, 15}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainRef7
-    {{4747, 15}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainRef8
-    {{4762, 9}, TagType::string, 0, 0, 0, 0},  // AWBCcBias
-    {{4771, 19}, TagType::string, 0, 0, 0, 0},  // AWBCompactClusterR2
-    {{4790, 9}, TagType::string, 0, 0, 0, 0},  // AWBEnable
-    {{4799, 16}, TagType::string, 0, 0, 0, 0},  // AWBGreenOffsetBg
-    {{4815, 16}, TagType::string, 0, 0, 0, 0},  // AWBGreenOffsetRg
-    {{4831, 24}, TagType::string, 0, 0, 0, 0},  // AWBIndoorSampleInfluence
-    {{4855, 10}, TagType::string, 0, 0, 0, 0},  // AWBLoVfeC1
-    {{4865, 10}, TagType::string, 0, 0, 0, 0},  // AWBLoVfeC2
-    {{4875, 10}, TagType::string, 0, 0, 0, 0},  // AWBLoVfeC3
-    {{4885, 10}, TagType::string, 0, 0, 0, 0},  // AWBLoVfeC4
-    {{4895, 10}, TagType::string, 0, 0, 0, 0},  // AWBLoVfeM1
-    {{4905, 10}, TagType::string, 0, 0, 0, 0},  // AWBLoVfeM2
-    {{4915, 10}, TagType::string, 0, 0, 0, 0},  // AWBLoVfeM3
-    {{4925, 10}, TagType::string, 0, 0, 0, 0},  // AWBLoVfeM4
-    {{4935, 12}, TagType::string, 0, 0, 0, 0},  // AWBLoVfeMaxY
-    {{4947, 12}, TagType::string, 0, 0, 0, 0},  // AWBLoVfeMinY
-    {{4959, 18}, TagType::string, 0, 0, 0, 0},  // AWBLowLigColCorEna
-    {{4977, 11}, TagType::string, 0, 0, 0, 0},  // AWBMaxBGain
-    {{4988, 11}, TagType::string, 0, 0, 0, 0},  // AWBMaxGGain
-    {{4999, 11}, TagType::string, 0, 0, 0, 0},  // AWBMaxRGain
-    {{5010, 11}, TagType::string, 0, 0, 0, 0},  // AWBMinBGain
-    {{5021, 11}, TagType::string, 0, 0, 0, 0},  // AWBMinGGain
-    {{5032, 11}, TagType::string, 0, 0, 0, 0},  // AWBMinRGain
-    {{5043, 12}, TagType::string, 0, 0, 0, 0},  // AWBNormVfeC1
-    {{5055, 12}, TagType::string, 0, 0, 0, 0},  // AWBNormVfeC2
-    {{5067, 12}, TagType::string, 0, 0, 0, 0},  // AWBNormVfeC3
-    {{5079, 12}, TagType::string, 0, 0, 0, 0},  // AWBNormVfeC4
-    {{5091, 12}, TagType::string, 0, 0, 0, 0},  // AWBNormVfeM1
-    {{5103, 12}, TagType::string, 0, 0, 0, 0},  // AWBNormVfeM2
-    {{5115, 12}, TagType::string, 0, 0, 0, 0},  // AWBNormVfeM3
-    {{5127, 12}, TagType::string, 0, 0, 0, 0},  // AWBNormVfeM4
-    {{5139, 14}, TagType::string, 0, 0, 0, 0},  // AWBNormVfeMaxY
-    {{5153, 14}, TagType::string, 0, 0, 0, 0},  // AWBNormVfeMinY
-    {{5167, 13}, TagType::string, 0, 0, 0, 0},  // AWBOudorVfeC1
-    {{5180, 13}, TagType::string, 0, 0, 0, 0},  // AWBOudorVfeC2
-    {{5193, 13}, TagType::string, 0, 0, 0, 0},  // AWBOudorVfeC3
-    {{5206, 13}, TagType::string, 0, 0, 0, 0},  // AWBOudorVfeC4
-    {{5219, 13}, TagType::string, 0, 0, 0, 0},  // AWBOudorVfeM1
-    {{5232, 13}, TagType::string, 0, 0, 0, 0},  // AWBOudorVfeM2
-    {{5245, 13}, TagType::string, 0, 0, 0, 0},  // AWBOudorVfeM3
-    {{5258, 13}, TagType::string, 0, 0, 0, 0},  // AWBOudorVfeM4
-    {{5271, 15}, TagType::string, 0, 0, 0, 0},  // AWBOudorVfeMaxY
-    {{5286, 15}, TagType::string, 0, 0, 0, 0},  // AWBOudorVfeMinY
-    {{5301, 25}, TagType::string, 0, 0, 0, 0},  // AWBOutdoorSampleInfluence
-    {{5326, 14}, TagType::string, 0, 0, 0, 0},  // AWBPrevWbBgain
-    {{5340, 14}, TagType::string, 0, 0, 0, 0},  // AWBPrevWbGgain
-    {{5354, 14}, TagType::string, 0, 0, 0, 0},  // AWBPrevWbRgain
-    {{5368, 17}, TagType::string, 0, 0, 0, 0},  // AWBRedGainAdjRef1
-    {{5385, 17}, TagType::string, 0, 0, 0, 0},  // AWBRedGainAdjRef2
-    {{5402, 17}, TagType::string, 0, 0, 0, 0},  // AWBRedGainAdjRef3
-    {{5419, 17}, TagType::string, 0, 0, 0, 0},  // AWBRedGainAdjRef4
-    {{5436, 17}, TagType::string, 0, 0, 0, 0},  // AWBRedGainAdjRef5
-    {{5453, 17}, TagType::string, 0, 0, 0, 0},  // AWBRedGainAdjRef6
-    {{5470, 17}, TagType::string, 0, 0, 0, 0},  // AWBRedGainAdjRef7
-    {{5487, 17}, TagType::string, 0, 0, 0, 0},  // AWBRedGainAdjRef8
-    {{5504, 14}, TagType::string, 0, 0, 0, 0},  // AWBRedGainRef1
-    {{5518, 14}, TagType::string, 0, 0, 0, 0},  // AWBRedGainRef2
-    {{5532, 14}, TagType::string, 0, 0, 0, 0},  // AWBRedGainRef3
-    {{5546, 14}, TagType::string, 0, 0, 0, 0},  // AWBRedGainRef4
-    {{5560, 14}, TagType::string, 0, 0, 0, 0},  // AWBRedGainRef5
-    {{5574, 14}, TagType::string, 0, 0, 0, 0},  // AWBRedGainRef6
-    {{5588, 14}, TagType::string, 0, 0, 0, 0},  // AWBRedGainRef7
-    {{5602, 14}, TagType::string, 0, 0, 0, 0},  // AWBRedGainRef8
-    {{5616, 17}, TagType::string, 0, 0, 0, 0},  // AWBSampleDecision
-    {{5633, 16}, TagType::string, 0, 0, 0, 0},  // AWBSnapshotBGain
-    {{5649, 16}, TagType::string, 0, 0, 0, 0},  // AWBSnapshotRGain
-    {{5665, 15}, TagType::string, 0, 0, 0, 0},  // BlckLvlEvenCols
-    {{5680, 14}, TagType::string, 0, 0, 0, 0},  // BlckLvlOddCols
-    {{5694, 9}, TagType::string, 0, 0, 0, 0},  // CamMclkHz
-    {{5703, 17}, TagType::string, 0, 0, 0, 0},  // ChroSupChroThres1
-    {{5720, 17}, TagType::string, 0, 0, 0, 0},  // ChroSupChroThres2
-    {{5737, 17}, TagType::string, 0, 0, 0, 0},  // ChroSupLumaThres1
-    {{5754, 17}, TagType::string, 0, 0, 0, 0},  // ChroSupLumaThres2
-    {{5771, 17}, TagType::string, 0, 0, 0, 0},  // ChroSupLumaThres3
-    {{5788, 17}, TagType::string, 0, 0, 0, 0},  // ChroSupLumaThres4
-    {{5805, 12}, TagType::string, 0, 0, 0, 0},  // ChromSupress
-    {{5817, 12}, TagType::string, 0, 0, 0, 0},  // ClipToAfRato
-    {{5829, 9}, TagType::string, 0, 0, 0, 0},  // CurrResol
-    {{5838, 16}, TagType::string, 0, 0, 0, 0},  // DayltConvChrmA_M
-    {{5854, 16}, TagType::string, 0, 0, 0, 0},  // DayltConvChrmA_P
-    {{5870, 16}, TagType::string, 0, 0, 0, 0},  // DayltConvChrmB_M
-    {{5886, 16}, TagType::string, 0, 0, 0, 0},  // DayltConvChrmB_P
-    {{5902, 16}, TagType::string, 0, 0, 0, 0},  // DayltConvChrmC_M
-    {{5918, 16}, TagType::string, 0, 0, 0, 0},  // DayltConvChrmC_P
-    {{5934, 16}, TagType::string, 0, 0, 0, 0},  // DayltConvChrmD_M
-    {{5950, 16}, TagType::string, 0, 0, 0, 0},  // DayltConvChrmD_P
-    {{5966, 16}, TagType::string, 0, 0, 0, 0},  // DayltConvChrmKCb
-    {{5982, 16}, TagType::string, 0, 0, 0, 0},  // DayltConvChrmKCr
-    {{5998, 14}, TagType::string, 0, 0, 0, 0},  // DayltConvLumaK
-    {{6012, 15}, TagType::string, 0, 0, 0, 0},  // DayltConvLumaV0
-    {{6027, 15}, TagType::string, 0, 0, 0, 0},  // DayltConvLumaV1
-    {{6042, 15}, TagType::string, 0, 0, 0, 0},  // DayltConvLumaV2
-    {{6057, 14}, TagType::string, 0, 0, 0, 0},  // DefConvChrmA_M
-    {{6071, 14}, TagType::string, 0, 0, 0, 0},  // DefConvChrmA_P
-    {{6085, 14}, TagType::string, 0, 0, 0, 0},  // DefConvChrmB_M
-    {{6099, 14}, TagType::string, 0, 0, 0, 0},  // DefConvChrmB_P
-    {{6113, 14}, TagType::string, 0, 0, 0, 0},  // DefConvChrmC_M
-    {{6127, 14}, TagType::string, 0, 0, 0, 0},  // DefConvChrmC_P
-    {{6141, 14}, TagType::string, 0, 0, 0, 0},  // DefConvChrmD_M
-    {{6155, 14}, TagType::string, 0, 0, 0, 0},  // DefConvChrmD_P
-    {{6169, 14}, TagType::string, 0, 0, 0, 0},  // DefConvChrmKCb
-    {{6183, 14}, TagType::string, 0, 0, 0, 0},  // DefConvChrmKCr
-    {{6197, 12}, TagType::string, 0, 0, 0, 0},  // DefConvLumaK
-    {{6209, 13}, TagType::string, 0, 0, 0, 0},  // DefConvLumaV0
-    {{6222, 13}, TagType::string, 0, 0, 0, 0},  // DefConvLumaV1
-    {{6235, 13}, TagType::string, 0, 0, 0, 0},  // DefConvLumaV2
-    {{6248, 8}, TagType::string, 0, 0, 0, 0},  // DefCorC0
-    {{6256, 8}, TagType::string, 0, 0, 0, 0},  // DefCorC1
-    {{6264, 8}, TagType::string, 0, 0, 0, 0},  // DefCorC2
-    {{6272, 8}, TagType::string, 0, 0, 0, 0},  // DefCorC3
-    {{6280, 8}, TagType::string, 0, 0, 0, 0},  // DefCorC4
-    {{6288, 8}, TagType::string, 0, 0, 0, 0},  // DefCorC5
-    {{6296, 8}, TagType::string, 0, 0, 0, 0},  // DefCorC6
-    {{6304, 8}, TagType::string, 0, 0, 0, 0},  // DefCorC7
-    {{6312, 8}, TagType::string, 0, 0, 0, 0},  // DefCorC8
-    {{6320, 8}, TagType::string, 0, 0, 0, 0},  // DefCorK0
-    {{6328, 8}, TagType::string, 0, 0, 0, 0},  // DefCorK1
-    {{6336, 8}, TagType::string, 0, 0, 0, 0},  // DefCorK2
-    {{6344, 16}, TagType::string, 0, 0, 0, 0},  // DefLumaGammaMode
-    {{6360, 15}, TagType::string, 0, 0, 0, 0},  // DefRgbGammaMode
-    {{6375, 18}, TagType::string, 0, 0, 0, 0},  // DefectPixCorEnable
-    {{6393, 18}, TagType::string, 0, 0, 0, 0},  // DefectPixMaxThresh
-    {{6411, 18}, TagType::string, 0, 0, 0, 0},  // DefectPixMinThresh
-    {{6429, 14}, TagType::string, 0, 0, 0, 0},  // DiscardFrstFrm
-    {{6443, 12}, TagType::string, 0, 0, 0, 0},  // FrmSkipPttrn
-    {{6455, 11}, TagType::string, 0, 0, 0, 0},  // GammaEnable
-    {{6466, 17}, TagType::string, 0, 0, 0, 0},  // IncandConvChrmA_M
-    {{6483, 17}, TagType::string, 0, 0, 0, 0},  // IncandConvChrmA_P
-    {{6500, 17}, TagType::string, 0, 0, 0, 0},  // IncandConvChrmB_M
-    {{6517, 17}, TagType::string, 0, 0, 0, 0},  // IncandConvChrmB_P
-    {{6534, 17}, TagType::string, 0, 0, 0, 0},  // IncandConvChrmC_M
-    {{6551, 17}, TagType::string, 0, 0, 0, 0},  // IncandConvChrmC_P
-    {{6568, 17}, TagType::string, 0, 0, 0, 0},  // IncandConvChrmD_M
-    {{6585, 17}, TagType::string, 0, 0, 0, 0},  // IncandConvChrmD_P
-    {{6602, 17}, TagType::string, 0, 0, 0, 0},  // IncandConvChrmKCb
-    {{6619, 17}, TagType::string, 0, 0, 0, 0},  // IncandConvChrmKCr
-    {{6636, 15}, TagType::string, 0, 0, 0, 0},  // IncandConvLumaK
-    {{6651, 16}, TagType::string, 0, 0, 0, 0},  // IncandConvLumaV0
-    {{6667, 16}, TagType::string, 0, 0, 0, 0},  // IncandConvLumaV1
-    {{6683, 16}, TagType::string, 0, 0, 0, 0},  // IncandConvLumaV2
-    {{6699, 8}, TagType::string, 0, 0, 0, 0},  // LADetect
-    {{6707, 8}, TagType::string, 0, 0, 0, 0},  // LAEnable
-    {{6715, 12}, TagType::string, 0, 0, 0, 0},  // MaxPrviewFps
-    {{6727, 11}, TagType::string, 0, 0, 0, 0},  // MaxVideoFps
-    {{6738, 10}, TagType::string, 0, 0, 0, 0},  // NghtshtFps
-    {{6748, 13}, TagType::string, 0, 0, 0, 0},  // NightshotMode
-    {{6761, 15}, TagType::string, 0, 0, 0, 0},  // OutlierDistance
-    {{6776, 10}, TagType::string, 0, 0, 0, 0},  // PclkInvert
-    {{6786, 9}, TagType::string, 0, 0, 0, 0},  // PrviewFps
-    {{6795, 11}, TagType::string, 0, 0, 0, 0},  // PrviewResol
-    {{6806, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl00
-    {{6819, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl10
-    {{6832, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl11
-    {{6845, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl12
-    {{6858, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl13
-    {{6871, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl14
-    {{6884, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl15
-    {{6897, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl16
-    {{6910, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl17
-    {{6923, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl18
-    {{6936, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl19
-    {{6949, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl01
-    {{6962, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl20
-    {{6975, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl21
-    {{6988, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl22
-    {{7001, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl23
-    {{7014, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl24
-    {{7027, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl25
-    {{7040, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl26
-    {{7053, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl27
-    {{7066, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl28
-    {{7079, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl29
-    {{7092, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl02
-    {{7105, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl30
-    {{7118, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl31
-    {{7131, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl03
-    {{7144, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl04
-    {{7157, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl05
-    {{7170, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl06
-    {{7183, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl07
-    {{7196, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl08
-    {{7209, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl09
-    {{7222, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl00
-    {{7235, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl10
-    {{7248, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl11
-    {{7261, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl12
-    {{7274, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl13
-    {{7287, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl14
-    {{7300, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl15
-    {{7313, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl16
-    {{7326, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl17
-    {{7339, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl18
-    {{7352, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl19
-    {{7365, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl01
-    {{7378, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl20
-    {{7391, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl21
-    {{7404, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl22
-    {{7417, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl23
-    {{7430, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl24
-    {{7443, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl25
-    {{7456, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl26
-    {{7469, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl27
-    {{7482, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl28
-    {{7495, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl29
-    {{7508, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl02
-    {{7521, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl30
-    {{7534, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl31
-    {{7547, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl03
-    {{7560, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl04
-    {{7573, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl05
-    {{7586, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl06
-    {{7599, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl07
-    {{7612, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl08
-    {{7625, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl09
-    {{7638, 5}, TagType::string, 0, 0, 0, 0},  // R2ACx
-    {{7643, 5}, TagType::string, 0, 0, 0, 0},  // R2ACy
-    {{7648, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl00
-    {{7662, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl10
-    {{7676, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl11
-    {{7690, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl12
-    {{7704, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl13
-    {{7718, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl14
-    {{7732, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl15
-    {{7746, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl16
-    {{7760, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl17
-    {{7774, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl18
-    {{7788, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl19
-    {{7802, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl01
-    {{7816, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl20
-    {{7830, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl21
-    {{7844, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl22
-    {{7858, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl23
-    {{7872, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl24
-    {{7886, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl25
-    {{7900, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl26
-    {{7914, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl27
-    {{7928, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl28
-    {{7942, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl29
-    {{7956, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl02
-    {{7970, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl30
-    {{7984, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl31
-    {{7998, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl03
-    {{8012, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl04
-    {{8026, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl05
-    {{8040, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl06
-    {{8054, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl07
-    {{8068, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl08
-    {{8082, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl09
-    {{8096, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl00
-    {{8110, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl10
-    {{8124, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl11
-    {{8138, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl12
-    {{8152, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl13
-    {{8166, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl14
-    {{8180, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl15
-    {{8194, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl16
-    {{8208, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl17
-    {{8222, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl18
-    {{8236, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl19
-    {{8250, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl01
-    {{8264, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl20
-    {{8278, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl21
-    {{8292, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl22
-    {{8306, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl23
-    {{8320, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl24
-    {{8334, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl25
-    {{8348, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl26
-    {{8362, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl27
-    {{8376, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl28
-    {{8390, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl29
-    {{8404, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl02
-    {{8418, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl30
-    {{8432, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl31
-    {{8446, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl03
-    {{8460, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl04
-    {{8474, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl05
-    {{8488, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl06
-    {{8502, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl07
-    {{8516, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl08
-    {{8530, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl09
-    {{8544, 9}, TagType::string, 0, 0, 0, 0},  // R2AHeight
-    {{8553, 12}, TagType::string, 0, 0, 0, 0},  // R2AIntervals
-    {{8565, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl00
-    {{8577, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl10
-    {{8589, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl11
-    {{8601, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl12
-    {{8613, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl13
-    {{8625, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl14
-    {{8637, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl15
-    {{8649, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl16
-    {{8661, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl17
-    {{8673, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl18
-    {{8685, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl19
-    {{8697, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl01
-    {{8709, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl20
-    {{8721, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl21
-    {{8733, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl22
-    {{8745, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl23
-    {{8757, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl24
-    {{8769, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl25
-    {{8781, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl26
-    {{8793, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl27
-    {{8805, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl28
-    {{8817, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl29
-    {{8829, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl02
-    {{8841, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl30
-    {{8853, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl31
-    {{8865, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl03
-    {{8877, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl04
-    {{8889, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl05
-    {{8901, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl06
-    {{8913, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl07
-    {{8925, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl08
-    {{8937, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl09
-    {{8949, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl00
-    {{8961, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl10
-    {{8973, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl11
-    {{8985, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl12
-    {{8997, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl13
-    {{9009, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl14
-    {{9021, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl15
-    {{9033, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl16
-    {{9045, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl17
-    {{9057, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl18
-    {{9069, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl19
-    {{9081, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl01
-    {{9093, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl20
-    {{9105, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl21
-    {{9117, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl22
-    {{9129, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl23
-    {{9141, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl24
-    {{9153, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl25
-    {{9165, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl26
-    {{9177, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl27
-    {{9189, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl28
-    {{9201, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl29
-    {{9213, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl02
-    {{9225, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl30
-    {{9237, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl31
-    {{9249, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl03
-    {{9261, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl04
-    {{9273, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl05
-    {{9285, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl06
-    {{9297, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl07
-    {{9309, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl08
-    {{9321, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl09
-    {{9333, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl00
-    {{9341, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl10
-    {{9349, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl11
-    {{9357, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl12
-    {{9365, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl13
-    {{9373, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl14
-    {{9381, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl15
-    {{9389, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl16
-    {{9397, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl17
-    {{9405, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl18
-    {{9413, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl19
-    {{9421, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl01
-    {{9429, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl20
-    {{9437, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl21
-    {{9445, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl22
-    {{9453, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl23
-    {{9461, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl24
-    {{9469, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl25
-    {{9477, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl26
-    {{9485, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl27
-    {{9493, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl28
-    {{9501, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl29
-    {{9509, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl02
-    {{9517, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl30
-    {{9525, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl31
-    {{9533, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl03
-    {{9541, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl04
-    {{9549, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl05
-    {{9557, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl06
-    {{9565, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl07
-    {{9573, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl08
-    {{9581, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl09
-    {{9589, 8}, TagType::string, 0, 0, 0, 0},  // R2AWidth
-    {{9597, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl00
-    {{9612, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl10
-    {{9627, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl11
-    {{9642, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl12
-    {{9657, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl13
-    {{9672, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl14
-    {{9687, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl15
-    {{9702, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl16
-    {{9717, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl17
-    {{9732, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl18
-    {{9747, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl19
-    {{9762, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl01
-    {{9777, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl20
-    {{9792, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl21
-    {{9807, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl22
-    {{9822, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl23
-    {{9837, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl24
-    {{9852, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl25
-    {{9867, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl26
-    {{9882, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl27
-    {{9897, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl28
-    {{9912, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl29
-    {{9927, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl02
-    {{9942, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl30
-    {{9957, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl31
-    {{9972, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl03
-    {{9987, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl04
-    {{10002, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl05
-    {{10017, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl06
-    {{10032, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl07
-    {{10047, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl08
-    {{10062, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl09
-    {{10077, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl00
-    {{10092, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl10
-    {{10107, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl11
-    {{10122, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl12
-    {{10137, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl13
-    {{10152, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl14
-    {{10167, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl15
-    {{10182, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl16
-    {{10197, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl17
-    {{10212, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl18
-    {{10227, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl19
-    {{10242, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl01
-    {{10257, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl20
-    {{10272, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl21
-    {{10287, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl22
-    {{10302, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl23
-    {{10317, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl24
-    {{10332, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl25
-    {{10347, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl26
-    {{10362, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl27
-    {{10377, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl28
-    {{10392, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl29
-    {{10407, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl02
-    {{10422, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl30
-    {{10437, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl31
-    {{10452, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl03
-    {{10467, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl04
-    {{10482, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl05
-    {{10497, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl06
-    {{10512, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl07
-    {{10527, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl08
-    {{10542, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl09
-    {{10557, 7}, TagType::string, 0, 0, 0, 0},  // R2D65Cx
-    {{10564, 7}, TagType::string, 0, 0, 0, 0},  // R2D65Cy
-    {{10571, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl00
-    {{10587, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl10
-    {{10603, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl11
-    {{10619, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl12
-    {{10635, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl13
-    {{10651, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl14
-    {{10667, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl15
-    {{10683, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl16
-    {{10699, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl17
-    {{10715, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl18
-    {{10731, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl19
-    {{10747, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl01
-    {{10763, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl20
-    {{10779, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl21
-    {{10795, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl22
-    {{10811, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl23
-    {{10827, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl24
-    {{10843, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl25
-    {{10859, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl26
-    {{10875, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl27
-    {{10891, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl28
-    {{10907, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl29
-    {{10923, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl02
-    {{10939, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl30
-    {{10955, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl31
-    {{10971, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl03
-    {{10987, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl04
-    {{11003, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl05
-    {{11019, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl06
-    {{11035, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl07
-    {{11051, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl08
-    {{11067, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl09
-    {{11083, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl00
-    {{11099, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl10
-    {{11115, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl11
-    {{11131, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl12
-    {{11147, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl13
-    {{11163, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl14
-    {{11179, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl15
-    {{11195, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl16
-    {{11211, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl17
-    {{11227, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl18
-    {{11243, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl19
-    {{11259, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl01
-    {{11275, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl20
-    {{11291, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl21
-    {{11307, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl22
-    {{11323, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl23
-    {{11339, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl24
-    {{11355, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl25
-    {{11371, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl26
-    {{11387, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl27
-    {{11403, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl28
-    {{11419, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl29
-    {{11435, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl02
-    {{11451, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl30
-    {{11467, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl31
-    {{11483, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl03
-    {{11499, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl04
-    {{11515, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl05
-    {{11531, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl06
-    {{11547, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl07
-    {{11563, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl08
-    {{11579, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl09
-    {{11595, 11}, TagType::string, 0, 0, 0, 0},  // R2D65Height
-    {{11606, 14}, TagType::string, 0, 0, 0, 0},  // R2D65Intervals
-    {{11620, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl00
-    {{11634, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl10
-    {{11648, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl11
-    {{11662, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl12
-    {{11676, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl13
-    {{11690, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl14
-    {{11704, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl15
-    {{11718, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl16
-    {{11732, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl17
-    {{11746, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl18
-    {{11760, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl19
-    {{11774, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl01
-    {{11788, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl20
-    {{11802, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl21
-    {{11816, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl22
-    {{11830, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl23
-    {{11844, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl24
-    {{11858, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl25
-    {{11872, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl26
-    {{11886, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl27
-    {{11900, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl28
-    {{11914, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl29
-    {{11928, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl02
-    {{11942, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl30
-    {{11956, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl31
-    {{11970, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl03
-    {{11984, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl04
-    {{11998, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl05
-    {{12012, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl06
-    {{12026, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl07
-    {{12040, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl08
-    {{12054, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl09
-    {{12068, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl00
-    {{12082, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl10
-    {{12096, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl11
-    {{12110, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl12
-    {{12124, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl13
-    {{12138, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl14
-    {{12152, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl15
-    {{12166, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl16
-    {{12180, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl17
-    {{12194, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl18
-    {{12208, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl19
-    {{12222, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl01
-    {{12236, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl20
-    {{12250, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl21
-    {{12264, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl22
-    {{12278, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl23
-    {{12292, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl24
-    {{12306, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl25
-    {{12320, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl26
-    {{12334, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl27
-    {{12348, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl28
-    {{12362, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl29
-    {{12376, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl02
-    {{12390, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl30
-    {{12404, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl31
-    {{12418, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl03
-    {{12432, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl04
-    {{12446, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl05
-    {{12460, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl06
-    {{12474, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl07
-    {{12488, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl08
-    {{12502, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl09
-    {{12516, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl00
-    {{12526, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl10
-    {{12536, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl11
-    {{12546, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl12
-    {{12556, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl13
-    {{12566, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl14
-    {{12576, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl15
-    {{12586, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl16
-    {{12596, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl17
-    {{12606, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl18
-    {{12616, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl19
-    {{12626, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl01
-    {{12636, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl20
-    {{12646, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl21
-    {{12656, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl22
-    {{12666, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl23
-    {{12676, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl24
-    {{12686, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl25
-    {{12696, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl26
-    {{12706, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl27
-    {{12716, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl28
-    {{12726, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl29
-    {{12736, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl02
-    {{12746, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl30
-    {{12756, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl31
-    {{12766, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl03
-    {{12776, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl04
-    {{12786, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl05
-    {{12796, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl06
-    {{12806, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl07
-    {{12816, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl08
-    {{12826, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl09
-    {{12836, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Width
-    {{12846, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl00
-    {{12862, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl10
-    {{12878, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl11
-    {{12894, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl12
-    {{12910, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl13
-    {{12926, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl14
-    {{12942, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl15
-    {{12958, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl16
-    {{12974, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl17
-    {{12990, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl18
-    {{13006, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl19
-    {{13022, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl01
-    {{13038, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl20
-    {{13054, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl21
-    {{13070, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl22
-    {{13086, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl23
-    {{13102, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl24
-    {{13118, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl25
-    {{13134, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl26
-    {{13150, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl27
-    {{13166, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl28
-    {{13182, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl29
-    {{13198, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl02
-    {{13214, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl30
-    {{13230, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl31
-    {{13246, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl03
-    {{13262, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl04
-    {{13278, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl05
-    {{13294, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl06
-    {{13310, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl07
-    {{13326, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl08
-    {{13342, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl09
-    {{13358, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl00
-    {{13374, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl10
-    {{13390, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl11
-    {{13406, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl12
-    {{13422, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl13
-    {{13438, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl14
-    {{13454, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl15
-    {{13470, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl16
-    {{13486, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl17
-    {{13502, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl18
-    {{13518, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl19
-    {{13534, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl01
-    {{13550, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl20
-    {{13566, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl21
-    {{13582, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl22
-    {{13598, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl23
-    {{13614, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl24
-    {{13630, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl25
-    {{13646, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl26
-    {{13662, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl27
-    {{13678, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl28
-    {{13694, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl29
-    {{13710, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl02
-    {{13726, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl30
-    {{13742, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl31
-    {{13758, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl03
-    {{13774, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl04
-    {{13790, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl05
-    {{13806, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl06
-    {{13822, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl07
-    {{13838, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl08
-    {{13854, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl09
-    {{13870, 8}, TagType::string, 0, 0, 0, 0},  // R2TL84Cx
-    {{13878, 8}, TagType::string, 0, 0, 0, 0},  // R2TL84Cy
-    {{13886, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl00
-    {{13903, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl10
-    {{13920, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl11
-    {{13937, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl12
-    {{13954, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl13
-    {{13971, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl14
-    {{13988, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl15
-    {{14005, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl16
-    {{14022, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl17
-    {{14039, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl18
-    {{14056, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl19
-    {{14073, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl01
-    {{14090, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl20
-    {{14107, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl21
-    {{14124, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl22
-    {{14141, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl23
-    {{14158, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl24
-    {{14175, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl25
-    {{14192, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl26
-    {{14209, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl27
-    {{14226, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl28
-    {{14243, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl29
-    {{14260, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl02
-    {{14277, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl30
-    {{14294, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl31
-    {{14311, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl03
-    {{14328, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl04
-    {{14345, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl05
-    {{14362, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl06
-    {{14379, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl07
-    {{14396, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl08
-    {{14413, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl09
-    {{14430, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl00
-    {{14447, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl10
-    {{14464, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl11
-    {{14481, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl12
-    {{14498, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl13
-    {{14515, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl14
-    {{14532, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl15
-    {{14549, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl16
-    {{14566, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl17
-    {{14583, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl18
-    {{14600, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl19
-    {{14617, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl01
-    {{14634, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl20
-    {{14651, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl21
-    {{14668, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl22
-    {{14685, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl23
-    {{14702, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl24
-    {{14719, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl25
-    {{14736, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl26
-    {{14753, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl27
-    {{14770, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl28
-    {{14787, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl29
-    {{14804, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl02
-    {{14821, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl30
-    {{14838, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl31
-    {{14855, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl03
-    {{14872, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl04
-    {{14889, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl05
-    {{14906, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl06
-    {{14923, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl07
-    {{14940, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl08
-    {{14957, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl09
-    {{14974, 12}, TagType::string, 0, 0, 0, 0},  // R2TL84Height
-    {{14986, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84Intervals
-    {{15001, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl00
-    {{15016, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl10
-    {{15031, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl11
-    {{15046, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl12
-    {{15061, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl13
-    {{15076, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl14
-    {{15091, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl15
-    {{15106, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl16
-    {{15121, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl17
-    {{15136, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl18
-    {{15151, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl19
-    {{15166, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl01
-    {{15181, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl20
-    {{15196, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl21
-    {{15211, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl22
-    {{15226, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl23
-    {{15241, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl24
-    {{15256, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl25
-    {{15271, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl26
-    {{15286, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl27
-    {{15301, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl28
-    {{15316, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl29
-    {{15331, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl02
-    {{15346, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl30
-    {{15361, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl31
-    {{15376, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl03
-    {{15391, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl04
-    {{15406, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl05
-    {{15421, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl06
-    {{15436, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl07
-    {{15451, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl08
-    {{15466, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl09
-    {{15481, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl00
-    {{15496, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl10
-    {{15511, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl11
-    {{15526, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl12
-    {{15541, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl13
-    {{15556, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl14
-    {{15571, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl15
-    {{15586, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl16
-    {{15601, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl17
-    {{15616, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl18
-    {{15631, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl19
-    {{15646, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl01
-    {{15661, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl20
-    {{15676, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl21
-    {{15691, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl22
-    {{15706, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl23
-    {{15721, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl24
-    {{15736, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl25
-    {{15751, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl26
-    {{15766, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl27
-    {{15781, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl28
-    {{15796, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl29
-    {{15811, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl02
-    {{15826, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl30
-    {{15841, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl31
-    {{15856, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl03
-    {{15871, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl04
-    {{15886, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl05
-    {{15901, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl06
-    {{15916, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl07
-    {{15931, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl08
-    {{15946, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl09
-    {{15961, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl00
-    {{15972, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl10
-    {{15983, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl11
-    {{15994, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl12
-    {{16005, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl13
-    {{16016, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl14
-    {{16027, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl15
-    {{16038, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl16
-    {{16049, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl17
-    {{16060, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl18
-    {{16071, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl19
-    {{16082, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl01
-    {{16093, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl20
-    {{16104, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl21
-    {{16115, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl22
-    {{16126, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl23
-    {{16137, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl24
-    {{16148, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl25
-    {{16159, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl26
-    {{16170, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl27
-    {{16181, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl28
-    {{16192, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl29
-    {{16203, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl02
-    {{16214, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl30
-    {{16225, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl31
-    {{16236, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl03
-    {{16247, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl04
-    {{16258, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl05
-    {{16269, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl06
-    {{16280, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl07
-    {{16291, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl08
-    {{16302, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl09
-    {{16313, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Width
-    {{16324, 13}, TagType::string, 0, 0, 0, 0},  // RolloffEnable
-    {{16337, 9}, TagType::string, 0, 0, 0, 0},  // SensorFmt
-    {{16346, 10}, TagType::string, 0, 0, 0, 0},  // SensorType
-    {{16356, 12}, TagType::string, 0, 0, 0, 0},  // SensrFulHght
-    {{16368, 12}, TagType::string, 0, 0, 0, 0},  // SensrFulWdth
-    {{16380, 12}, TagType::string, 0, 0, 0, 0},  // SensrQtrHght
-    {{16392, 12}, TagType::string, 0, 0, 0, 0},  // SensrQtrWdth
-    {{16404, 13}, TagType::string, 0, 0, 0, 0},  // SnapshotResol
-    {{16417, 15}, TagType::string, 0, 0, 0, 0},  // TL84ConvChrmA_M
-    {{16432, 15}, TagType::string, 0, 0, 0, 0},  // TL84ConvChrmA_P
-    {{16447, 15}, TagType::string, 0, 0, 0, 0},  // TL84ConvChrmB_M
-    {{16462, 15}, TagType::string, 0, 0, 0, 0},  // TL84ConvChrmB_P
-    {{16477, 15}, TagType::string, 0, 0, 0, 0},  // TL84ConvChrmC_M
-    {{16492, 15}, TagType::string, 0, 0, 0, 0},  // TL84ConvChrmC_P
-    {{16507, 15}, TagType::string, 0, 0, 0, 0},  // TL84ConvChrmD_M
-    {{16522, 15}, TagType::string, 0, 0, 0, 0},  // TL84ConvChrmD_P
-    {{16537, 15}, TagType::string, 0, 0, 0, 0},  // TL84ConvChrmKCb
-    {{16552, 15}, TagType::string, 0, 0, 0, 0},  // TL84ConvChrmKCr
-    {{16567, 13}, TagType::string, 0, 0, 0, 0},  // TL84ConvLumaK
-    {{16580, 14}, TagType::string, 0, 0, 0, 0},  // TL84ConvLumaV0
-    {{16594, 14}, TagType::string, 0, 0, 0, 0},  // TL84ConvLumaV1
-    {{16608, 14}, TagType::string, 0, 0, 0, 0},  // TL84ConvLumaV2
-    {{16622, 8}, TagType::string, 0, 0, 0, 0},  // VideoFps
-    {{16630, 17}, TagType::string, 0, 0, 0, 0},  // YhiYloConvChrmA_M
-    {{16647, 17}, TagType::string, 0, 0, 0, 0},  // YhiYloConvChrmA_P
-    {{16664, 17}, TagType::string, 0, 0, 0, 0},  // YhiYloConvChrmB_M
-    {{16681, 17}, TagType::string, 0, 0, 0, 0},  // YhiYloConvChrmB_P
-    {{16698, 17}, TagType::string, 0, 0, 0, 0},  // YhiYloConvChrmC_M
-    {{16715, 17}, TagType::string, 0, 0, 0, 0},  // YhiYloConvChrmC_P
-    {{16732, 17}, TagType::string, 0, 0, 0, 0},  // YhiYloConvChrmD_M
-    {{16749, 17}, TagType::string, 0, 0, 0, 0},  // YhiYloConvChrmD_P
-    {{16766, 17}, TagType::string, 0, 0, 0, 0},  // YhiYloConvChrmKCb
-    {{16783, 17}, TagType::string, 0, 0, 0, 0},  // YhiYloConvChrmKCr
-    {{16800, 15}, TagType::string, 0, 0, 0, 0},  // YhiYloConvLumaK
-    {{16815, 16}, TagType::string, 0, 0, 0, 0},  // YhiYloConvLumaV0
-    {{16831, 16}, TagType::string, 0, 0, 0, 0},  // YhiYloConvLumaV1
-    {{16847, 16}, TagType::string, 0, 0, 0, 0},  // YhiYloConvLumaV2
-    {{16863, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorC0
-    {{16874, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorC1
-    {{16885, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorC2
-    {{16896, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorC3
-    {{16907, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorC4
-    {{16918, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorC5
-    {{16929, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorC6
-    {{16940, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorC7
-    {{16951, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorC8
-    {{16962, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorK0
-    {{16973, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorK1
-    {{16984, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorK2
+    {{0, 9}, TagType::string, none, 0, 0, 0},  // HJREnable
+    {{9, 15}, TagType::string, none, 0, 0, 0},  // HJRMaxNumFrames
+    {{24, 18}, TagType::string, none, 0, 0, 0},  // HJR_NReductionFlat
+    {{42, 21}, TagType::string, none, 0, 0, 0},  // HJR_NReductionTexture
+    {{63, 17}, TagType::string, none, 0, 0, 0},  // HJROneToTwoOffset
+    {{80, 19}, TagType::string, none, 0, 0, 0},  // HJRTextureThreshold
+    {{99, 17}, TagType::string, none, 0, 0, 0},  // AECAggressiveness
+    {{116, 18}, TagType::string, none, 0, 0, 0},  // AECCurrentExpIndex
+    {{134, 20}, TagType::string, none, 0, 0, 0},  // AECCurrentSensorLuma
+    {{154, 9}, TagType::string, none, 0, 0, 0},  // AECEnable
+    {{163, 23}, TagType::string, none, 0, 0, 0},  // AECExposureIndexAdjStep
+    {{186, 22}, TagType::string, none, 0, 0, 0},  // AECHighLumaRegionCount
+    {{208, 26}, TagType::string, none, 0, 0, 0},  // AECHighLumaRegionThreshold
+    {{234, 12}, TagType::string, none, 0, 0, 0},  // AECIndoorIdx
+    {{246, 13}, TagType::string, none, 0, 0, 0},  // AECLumaTarget
+    {{259, 16}, TagType::string, none, 0, 0, 0},  // AECLumaTolerance
+    {{275, 7}, TagType::string, none, 0, 0, 0},  // AECMode
+    {{282, 11}, TagType::string, none, 0, 0, 0},  // AECOdoorIdx
+    {{293, 25}, TagType::string, none, 0, 0, 0},  // AECOutdoorBrightDiscarded
+    {{318, 22}, TagType::string, none, 0, 0, 0},  // AECOutdoorBrightEnable
+    {{340, 25}, TagType::string, none, 0, 0, 0},  // AECOutdoorBrightReduction
+    {{365, 27}, TagType::string, none, 0, 0, 0},  // AECOutdoorBrightThresholdHI
+    {{392, 27}, TagType::string, none, 0, 0, 0},  // AECOutdoorBrightThresholdLO
+    {{419, 20}, TagType::string, none, 0, 0, 0},  // AECOutdoorGammaIndex
+    {{439, 22}, TagType::string, none, 0, 0, 0},  // AECSnapshotDigitalGain
+    {{461, 25}, TagType::string, none, 0, 0, 0},  // AECSnapshotExposureTimeMs
+    {{486, 20}, TagType::string, none, 0, 0, 0},  // AECSnapshotLineCount
+    {{506, 21}, TagType::string, none, 0, 0, 0},  // AECSnapshotSensorGain
+    {{527, 10}, TagType::string, none, 0, 0, 0},  // AECVfeLuma
+    {{537, 10}, TagType::string, none, 0, 0, 0},  // AFBoundary
+    {{547, 16}, TagType::string, none, 0, 0, 0},  // AFCollectEndStat
+    {{563, 8}, TagType::string, none, 0, 0, 0},  // AFEnable
+    {{571, 8}, TagType::string, none, 0, 0, 0},  // AFFarEnd
+    {{579, 16}, TagType::string, none, 0, 0, 0},  // AFFineSrchPoints
+    {{595, 10}, TagType::string, none, 0, 0, 0},  // AFFineStep
+    {{605, 11}, TagType::string, none, 0, 0, 0},  // AFFocusTime
+    {{616, 11}, TagType::string, none, 0, 0, 0},  // AFGrossStep
+    {{627, 6}, TagType::string, none, 0, 0, 0},  // AFMode
+    {{633, 9}, TagType::string, none, 0, 0, 0},  // AFNearEnd
+    {{642, 13}, TagType::string, none, 0, 0, 0},  // AFPosDefMacro
+    {{655, 12}, TagType::string, none, 0, 0, 0},  // AFPosDefNorm
+    {{667, 10}, TagType::string, none, 0, 0, 0},  // AFPosition
+    {{677, 9}, TagType::string, none, 0, 0, 0},  // AFProcess
+    {{686, 20}, TagType::string, none, 0, 0, 0},  // AFResetLensAfterSnap
+    {{706, 14}, TagType::string, none, 0, 0, 0},  // AFStepsNearFar
+    {{720, 19}, TagType::string, none, 0, 0, 0},  // AFStepsNearInfinity
+    {{739, 10}, TagType::string, none, 0, 0, 0},  // AFTestMode
+    {{749, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions00
+    {{767, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions10
+    {{785, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions11
+    {{803, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions12
+    {{821, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions13
+    {{839, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions14
+    {{857, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions15
+    {{875, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions16
+    {{893, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions17
+    {{911, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions18
+    {{929, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions19
+    {{947, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions01
+    {{965, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions20
+    {{983, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions21
+    {{1001, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions22
+    {{1019, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions23
+    {{1037, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions24
+    {{1055, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions25
+    {{1073, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions26
+    {{1091, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions27
+    {{1109, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions28
+    {{1127, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions29
+    {{1145, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions02
+    {{1163, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions30
+    {{1181, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions31
+    {{1199, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions32
+    {{1217, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions33
+    {{1235, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions34
+    {{1253, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions35
+    {{1271, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions36
+    {{1289, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions37
+    {{1307, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions38
+    {{1325, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions39
+    {{1343, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions03
+    {{1361, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions40
+    {{1379, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions41
+    {{1397, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions42
+    {{1415, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions43
+    {{1433, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions44
+    {{1451, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions45
+    {{1469, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions46
+    {{1487, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions47
+    {{1505, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions48
+    {{1523, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions49
+    {{1541, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions04
+    {{1559, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions05
+    {{1577, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions06
+    {{1595, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions07
+    {{1613, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions08
+    {{1631, 18}, TagType::string, none, 0, 0, 0},  // AFTracePositions09
+    {{1649, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats00
+    {{1663, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats10
+    {{1677, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats11
+    {{1691, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats12
+    {{1705, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats13
+    {{1719, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats14
+    {{1733, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats15
+    {{1747, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats16
+    {{1761, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats17
+    {{1775, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats18
+    {{1789, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats19
+    {{1803, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats01
+    {{1817, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats20
+    {{1831, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats21
+    {{1845, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats22
+    {{1859, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats23
+    {{1873, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats24
+    {{1887, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats25
+    {{1901, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats26
+    {{1915, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats27
+    {{1929, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats28
+    {{1943, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats29
+    {{1957, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats02
+    {{1971, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats30
+    {{1985, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats31
+    {{1999, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats32
+    {{2013, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats33
+    {{2027, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats34
+    {{2041, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats35
+    {{2055, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats36
+    {{2069, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats37
+    {{2083, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats38
+    {{2097, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats39
+    {{2111, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats03
+    {{2125, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats40
+    {{2139, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats41
+    {{2153, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats42
+    {{2167, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats43
+    {{2181, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats44
+    {{2195, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats45
+    {{2209, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats46
+    {{2223, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats47
+    {{2237, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats48
+    {{2251, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats49
+    {{2265, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats04
+    {{2279, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats05
+    {{2293, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats06
+    {{2307, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats07
+    {{2321, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats08
+    {{2335, 14}, TagType::string, none, 0, 0, 0},  // AFTraceStats09
+    {{2349, 19}, TagType::string, none, 0, 0, 0},  // AFUndershootProtect
+    {{2368, 15}, TagType::string, none, 0, 0, 0},  // AFVfeHorzOffset
+    {{2383, 14}, TagType::string, none, 0, 0, 0},  // AFVfeHorzWidth
+    {{2397, 14}, TagType::string, none, 0, 0, 0},  // AFVfeMetricMax
+    {{2411, 15}, TagType::string, none, 0, 0, 0},  // AFVfeVertHeight
+    {{2426, 15}, TagType::string, none, 0, 0, 0},  // AFVfeVertOffset
+    {{2441, 9}, TagType::string, none, 0, 0, 0},  // AFREnable
+    {{2450, 16}, TagType::string, none, 0, 0, 0},  // AFRFaster0ExpMod
+    {{2466, 17}, TagType::string, none, 0, 0, 0},  // AFRFaster0Trigger
+    {{2483, 16}, TagType::string, none, 0, 0, 0},  // AFRFaster1ExpMod
+    {{2499, 17}, TagType::string, none, 0, 0, 0},  // AFRFaster1Trigger
+    {{2516, 16}, TagType::string, none, 0, 0, 0},  // AFRFaster2ExpMod
+    {{2532, 17}, TagType::string, none, 0, 0, 0},  // AFRFaster2Trigger
+    {{2549, 16}, TagType::string, none, 0, 0, 0},  // AFRFaster3ExpMod
+    {{2565, 17}, TagType::string, none, 0, 0, 0},  // AFRFaster3Trigger
+    {{2582, 16}, TagType::string, none, 0, 0, 0},  // AFRFaster4ExpMod
+    {{2598, 17}, TagType::string, none, 0, 0, 0},  // AFRFaster4Trigger
+    {{2615, 19}, TagType::string, none, 0, 0, 0},  // AFRPossibleFrameCnt
+    {{2634, 16}, TagType::string, none, 0, 0, 0},  // AFRSlower0ExpMod
+    {{2650, 17}, TagType::string, none, 0, 0, 0},  // AFRSlower0Trigger
+    {{2667, 16}, TagType::string, none, 0, 0, 0},  // AFRSlower1ExpMod
+    {{2683, 17}, TagType::string, none, 0, 0, 0},  // AFRSlower1Trigger
+    {{2700, 16}, TagType::string, none, 0, 0, 0},  // AFRSlower2ExpMod
+    {{2716, 17}, TagType::string, none, 0, 0, 0},  // AFRSlower2Trigger
+    {{2733, 16}, TagType::string, none, 0, 0, 0},  // AFRSlower3ExpMod
+    {{2749, 17}, TagType::string, none, 0, 0, 0},  // AFRSlower3Trigger
+    {{2766, 16}, TagType::string, none, 0, 0, 0},  // AFRSlower4ExpMod
+    {{2782, 17}, TagType::string, none, 0, 0, 0},  // AFRSlower4Trigger
+    {{2799, 18}, TagType::string, none, 0, 0, 0},  // AntiBadingPixelClk
+    {{2817, 25}, TagType::string, none, 0, 0, 0},  // AntiBadingPixelClkPerLine
+    {{2842, 17}, TagType::string, none, 0, 0, 0},  // AntibandingEnable
+    {{2859, 14}, TagType::string, none, 0, 0, 0},  // ASF3EdgeDetect
+    {{2873, 17}, TagType::string, none, 0, 0, 0},  // ASF3EdgeFilterA11
+    {{2890, 17}, TagType::string, none, 0, 0, 0},  // ASF3EdgeFilterA12
+    {{2907, 17}, TagType::string, none, 0, 0, 0},  // ASF3EdgeFilterA13
+    {{2924, 17}, TagType::string, none, 0, 0, 0},  // ASF3EdgeFilterA21
+    {{2941, 17}, TagType::string, none, 0, 0, 0},  // ASF3EdgeFilterA22
+    {{2958, 17}, TagType::string, none, 0, 0, 0},  // ASF3EdgeFilterA23
+    {{2975, 17}, TagType::string, none, 0, 0, 0},  // ASF3EdgeFilterA31
+    {{2992, 17}, TagType::string, none, 0, 0, 0},  // ASF3EdgeFilterA32
+    {{3009, 17}, TagType::string, none, 0, 0, 0},  // ASF3EdgeFilterA33
+    {{3026, 10}, TagType::string, none, 0, 0, 0},  // ASF3Enable
+    {{3036, 18}, TagType::string, none, 0, 0, 0},  // ASF3LowerThreshold
+    {{3054, 18}, TagType::string, none, 0, 0, 0},  // ASF3NoiseFilterA11
+    {{3072, 18}, TagType::string, none, 0, 0, 0},  // ASF3NoiseFilterA12
+    {{3090, 18}, TagType::string, none, 0, 0, 0},  // ASF3NoiseFilterA13
+    {{3108, 18}, TagType::string, none, 0, 0, 0},  // ASF3NoiseFilterA21
+    {{3126, 18}, TagType::string, none, 0, 0, 0},  // ASF3NoiseFilterA22
+    {{3144, 18}, TagType::string, none, 0, 0, 0},  // ASF3NoiseFilterA23
+    {{3162, 18}, TagType::string, none, 0, 0, 0},  // ASF3NoiseFilterA31
+    {{3180, 18}, TagType::string, none, 0, 0, 0},  // ASF3NoiseFilterA32
+    {{3198, 18}, TagType::string, none, 0, 0, 0},  // ASF3NoiseFilterA33
+    {{3216, 18}, TagType::string, none, 0, 0, 0},  // ASF3UpperThreshold
+    {{3234, 14}, TagType::string, none, 0, 0, 0},  // ASF5BrtLoThres
+    {{3248, 16}, TagType::string, none, 0, 0, 0},  // ASF5BrtShrpDegF1
+    {{3264, 16}, TagType::string, none, 0, 0, 0},  // ASF5BrtShrpDegF2
+    {{3280, 18}, TagType::string, none, 0, 0, 0},  // ASF5BrtSmthPercent
+    {{3298, 14}, TagType::string, none, 0, 0, 0},  // ASF5BrtUpThres
+    {{3312, 10}, TagType::string, none, 0, 0, 0},  // ASF5Enable
+    {{3322, 18}, TagType::string, none, 0, 0, 0},  // ASF5ExposureIndex1
+    {{3340, 18}, TagType::string, none, 0, 0, 0},  // ASF5ExposureIndex2
+    {{3358, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A11
+    {{3372, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A12
+    {{3386, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A13
+    {{3400, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A14
+    {{3414, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A15
+    {{3428, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A21
+    {{3442, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A22
+    {{3456, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A23
+    {{3470, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A24
+    {{3484, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A25
+    {{3498, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A31
+    {{3512, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A32
+    {{3526, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A33
+    {{3540, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A34
+    {{3554, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A35
+    {{3568, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A41
+    {{3582, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A42
+    {{3596, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A43
+    {{3610, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A44
+    {{3624, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A45
+    {{3638, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A51
+    {{3652, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A52
+    {{3666, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A53
+    {{3680, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A54
+    {{3694, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter1A55
+    {{3708, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A11
+    {{3722, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A12
+    {{3736, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A13
+    {{3750, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A14
+    {{3764, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A15
+    {{3778, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A21
+    {{3792, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A22
+    {{3806, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A23
+    {{3820, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A24
+    {{3834, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A25
+    {{3848, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A31
+    {{3862, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A32
+    {{3876, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A33
+    {{3890, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A34
+    {{3904, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A35
+    {{3918, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A41
+    {{3932, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A42
+    {{3946, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A43
+    {{3960, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A44
+    {{3974, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A45
+    {{3988, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A51
+    {{4002, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A52
+    {{4016, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A53
+    {{4030, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A54
+    {{4044, 14}, TagType::string, none, 0, 0, 0},  // ASF5Filter2A55
+    {{4058, 14}, TagType::string, none, 0, 0, 0},  // ASF5FilterMode
+    {{4072, 14}, TagType::string, none, 0, 0, 0},  // ASF5LowLoThres
+    {{4086, 16}, TagType::string, none, 0, 0, 0},  // ASF5LowShrpDegF1
+    {{4102, 16}, TagType::string, none, 0, 0, 0},  // ASF5LowShrpDegF2
+    {{4118, 16}, TagType::string, none, 0, 0, 0},  // ASF5LowSmthPrcnt
+    {{4134, 14}, TagType::string, none, 0, 0, 0},  // ASF5LowUpThres
+    {{4148, 16}, TagType::string, none, 0, 0, 0},  // ASF5LumaFilter00
+    {{4164, 16}, TagType::string, none, 0, 0, 0},  // ASF5LumaFilter01
+    {{4180, 16}, TagType::string, none, 0, 0, 0},  // ASF5LumaFilter02
+    {{4196, 16}, TagType::string, none, 0, 0, 0},  // ASF5LumaFilter03
+    {{4212, 16}, TagType::string, none, 0, 0, 0},  // ASF5LumaFilter04
+    {{4228, 16}, TagType::string, none, 0, 0, 0},  // ASF5LumaFilter05
+    {{4244, 16}, TagType::string, none, 0, 0, 0},  // ASF5LumaFilter06
+    {{4260, 16}, TagType::string, none, 0, 0, 0},  // ASF5LumaFilter07
+    {{4276, 16}, TagType::string, none, 0, 0, 0},  // ASF5LumaFilter08
+    {{4292, 20}, TagType::string, none, 0, 0, 0},  // ASF5MaxExposureIndex
+    {{4312, 14}, TagType::string, none, 0, 0, 0},  // ASF5NrmLoThres
+    {{4326, 16}, TagType::string, none, 0, 0, 0},  // ASF5NrmShrpDegF1
+    {{4342, 16}, TagType::string, none, 0, 0, 0},  // ASF5NrmShrpDegF2
+    {{4358, 16}, TagType::string, none, 0, 0, 0},  // ASF5NrmSmthPrcnt
+    {{4374, 14}, TagType::string, none, 0, 0, 0},  // ASF5NrmUpThres
+    {{4388, 17}, TagType::string, none, 0, 0, 0},  // ASF5NrmizeFactor1
+    {{4405, 17}, TagType::string, none, 0, 0, 0},  // ASF5NrmizeFactor2
+    {{4422, 17}, TagType::string, none, 0, 0, 0},  // AWBAggressiveness
+    {{4439, 21}, TagType::string, none, 0, 0, 0},  // AWBAgwGridDist2Thresh
+    {{4460, 12}, TagType::string, none, 0, 0, 0},  // AWBAlgorithm
+    {{4472, 13}, TagType::string, none, 0, 0, 0},  // AWBAveBgRatio
+    {{4485, 13}, TagType::string, none, 0, 0, 0},  // AWBAveRgRatio
+    {{4498, 18}, TagType::string, none, 0, 0, 0},  // AWBBlueGainAdjRef1
+    {{4516, 18}, TagType::string, none, 0, 0, 0},  // AWBBlueGainAdjRef2
+    {{4534, 18}, TagType::string, none, 0, 0, 0},  // AWBBlueGainAdjRef3
+    {{4552, 18}, TagType::string, none, 0, 0, 0},  // AWBBlueGainAdjRef4
+    {{4570, 18}, TagType::string, none, 0, 0, 0},  // AWBBlueGainAdjRef5
+    {{4588, 18}, TagType::string, none, 0, 0, 0},  // AWBBlueGainAdjRef6
+    {{4606, 18}, TagType::string, none, 0, 0, 0},  // AWBBlueGainAdjRef7
+    {{4624, 18}, TagType::string, none, 0, 0, 0},  // AWBBlueGainAdjRef8
+    {{4642, 15}, TagType::string, none, 0, 0, 0},  // AWBBlueGainRef1
+    {{4657, 15}, TagType::string, none, 0, 0, 0},  // AWBBlueGainRef2
+    {{4672, 15}, TagType::string, none, 0, 0, 0},  // AWBBlueGainRef3
+    {{4687, 15}, TagType::string, none, 0, 0, 0},  // AWBBlueGainRef4
+    {{4702, 15}, TagType::string, none, 0, 0, 0},  // AWBBlueGainRef5
+    {{4717, 15}, TagType::string, none, 0, 0, 0},  // AWBBlueGainRef6
+    {{4732, 15}, TagType::string, none, 0, 0, 0},  // AWBBlueGainRef7
+    {{4747, 15}, TagType::string, none, 0, 0, 0},  // AWBBlueGainRef8
+    {{4762, 9}, TagType::string, none, 0, 0, 0},  // AWBCcBias
+    {{4771, 19}, TagType::string, none, 0, 0, 0},  // AWBCompactClusterR2
+    {{4790, 9}, TagType::string, none, 0, 0, 0},  // AWBEnable
+    {{4799, 16}, TagType::string, none, 0, 0, 0},  // AWBGreenOffsetBg
+    {{4815, 16}, TagType::string, none, 0, 0, 0},  // AWBGreenOffsetRg
+    {{4831, 24}, TagType::string, none, 0, 0, 0},  // AWBIndoorSampleInfluence
+    {{4855, 10}, TagType::string, none, 0, 0, 0},  // AWBLoVfeC1
+    {{4865, 10}, TagType::string, none, 0, 0, 0},  // AWBLoVfeC2
+    {{4875, 10}, TagType::string, none, 0, 0, 0},  // AWBLoVfeC3
+    {{4885, 10}, TagType::string, none, 0, 0, 0},  // AWBLoVfeC4
+    {{4895, 10}, TagType::string, none, 0, 0, 0},  // AWBLoVfeM1
+    {{4905, 10}, TagType::string, none, 0, 0, 0},  // AWBLoVfeM2
+    {{4915, 10}, TagType::string, none, 0, 0, 0},  // AWBLoVfeM3
+    {{4925, 10}, TagType::string, none, 0, 0, 0},  // AWBLoVfeM4
+    {{4935, 12}, TagType::string, none, 0, 0, 0},  // AWBLoVfeMaxY
+    {{4947, 12}, TagType::string, none, 0, 0, 0},  // AWBLoVfeMinY
+    {{4959, 18}, TagType::string, none, 0, 0, 0},  // AWBLowLigColCorEna
+    {{4977, 11}, TagType::string, none, 0, 0, 0},  // AWBMaxBGain
+    {{4988, 11}, TagType::string, none, 0, 0, 0},  // AWBMaxGGain
+    {{4999, 11}, TagType::string, none, 0, 0, 0},  // AWBMaxRGain
+    {{5010, 11}, TagType::string, none, 0, 0, 0},  // AWBMinBGain
+    {{5021, 11}, TagType::string, none, 0, 0, 0},  // AWBMinGGain
+    {{5032, 11}, TagType::string, none, 0, 0, 0},  // AWBMinRGain
+    {{5043, 12}, TagType::string, none, 0, 0, 0},  // AWBNormVfeC1
+    {{5055, 12}, TagType::string, none, 0, 0, 0},  // AWBNormVfeC2
+    {{5067, 12}, TagType::string, none, 0, 0, 0},  // AWBNormVfeC3
+    {{5079, 12}, TagType::string, none, 0, 0, 0},  // AWBNormVfeC4
+    {{5091, 12}, TagType::string, none, 0, 0, 0},  // AWBNormVfeM1
+    {{5103, 12}, TagType::string, none, 0, 0, 0},  // AWBNormVfeM2
+    {{5115, 12}, TagType::string, none, 0, 0, 0},  // AWBNormVfeM3
+    {{5127, 12}, TagType::string, none, 0, 0, 0},  // AWBNormVfeM4
+    {{5139, 14}, TagType::string, none, 0, 0, 0},  // AWBNormVfeMaxY
+    {{5153, 14}, TagType::string, none, 0, 0, 0},  // AWBNormVfeMinY
+    {{5167, 13}, TagType::string, none, 0, 0, 0},  // AWBOudorVfeC1
+    {{5180, 13}, TagType::string, none, 0, 0, 0},  // AWBOudorVfeC2
+    {{5193, 13}, TagType::string, none, 0, 0, 0},  // AWBOudorVfeC3
+    {{5206, 13}, TagType::string, none, 0, 0, 0},  // AWBOudorVfeC4
+    {{5219, 13}, TagType::string, none, 0, 0, 0},  // AWBOudorVfeM1
+    {{5232, 13}, TagType::string, none, 0, 0, 0},  // AWBOudorVfeM2
+    {{5245, 13}, TagType::string, none, 0, 0, 0},  // AWBOudorVfeM3
+    {{5258, 13}, TagType::string, none, 0, 0, 0},  // AWBOudorVfeM4
+    {{5271, 15}, TagType::string, none, 0, 0, 0},  // AWBOudorVfeMaxY
+    {{5286, 15}, TagType::string, none, 0, 0, 0},  // AWBOudorVfeMinY
+    {{5301, 25}, TagType::string, none, 0, 0, 0},  // AWBOutdoorSampleInfluence
+    {{5326, 14}, TagType::string, none, 0, 0, 0},  // AWBPrevWbBgain
+    {{5340, 14}, TagType::string, none, 0, 0, 0},  // AWBPrevWbGgain
+    {{5354, 14}, TagType::string, none, 0, 0, 0},  // AWBPrevWbRgain
+    {{5368, 17}, TagType::string, none, 0, 0, 0},  // AWBRedGainAdjRef1
+    {{5385, 17}, TagType::string, none, 0, 0, 0},  // AWBRedGainAdjRef2
+    {{5402, 17}, TagType::string, none, 0, 0, 0},  // AWBRedGainAdjRef3
+    {{5419, 17}, TagType::string, none, 0, 0, 0},  // AWBRedGainAdjRef4
+    {{5436, 17}, TagType::string, none, 0, 0, 0},  // AWBRedGainAdjRef5
+    {{5453, 17}, TagType::string, none, 0, 0, 0},  // AWBRedGainAdjRef6
+    {{5470, 17}, TagType::string, none, 0, 0, 0},  // AWBRedGainAdjRef7
+    {{5487, 17}, TagType::string, none, 0, 0, 0},  // AWBRedGainAdjRef8
+    {{5504, 14}, TagType::string, none, 0, 0, 0},  // AWBRedGainRef1
+    {{5518, 14}, TagType::string, none, 0, 0, 0},  // AWBRedGainRef2
+    {{5532, 14}, TagType::string, none, 0, 0, 0},  // AWBRedGainRef3
+    {{5546, 14}, TagType::string, none, 0, 0, 0},  // AWBRedGainRef4
+    {{5560, 14}, TagType::string, none, 0, 0, 0},  // AWBRedGainRef5
+    {{5574, 14}, TagType::string, none, 0, 0, 0},  // AWBRedGainRef6
+    {{5588, 14}, TagType::string, none, 0, 0, 0},  // AWBRedGainRef7
+    {{5602, 14}, TagType::string, none, 0, 0, 0},  // AWBRedGainRef8
+    {{5616, 17}, TagType::string, none, 0, 0, 0},  // AWBSampleDecision
+    {{5633, 16}, TagType::string, none, 0, 0, 0},  // AWBSnapshotBGain
+    {{5649, 16}, TagType::string, none, 0, 0, 0},  // AWBSnapshotRGain
+    {{5665, 15}, TagType::string, none, 0, 0, 0},  // BlckLvlEvenCols
+    {{5680, 14}, TagType::string, none, 0, 0, 0},  // BlckLvlOddCols
+    {{5694, 9}, TagType::string, none, 0, 0, 0},  // CamMclkHz
+    {{5703, 17}, TagType::string, none, 0, 0, 0},  // ChroSupChroThres1
+    {{5720, 17}, TagType::string, none, 0, 0, 0},  // ChroSupChroThres2
+    {{5737, 17}, TagType::string, none, 0, 0, 0},  // ChroSupLumaThres1
+    {{5754, 17}, TagType::string, none, 0, 0, 0},  // ChroSupLumaThres2
+    {{5771, 17}, TagType::string, none, 0, 0, 0},  // ChroSupLumaThres3
+    {{5788, 17}, TagType::string, none, 0, 0, 0},  // ChroSupLumaThres4
+    {{5805, 12}, TagType::string, none, 0, 0, 0},  // ChromSupress
+    {{5817, 12}, TagType::string, none, 0, 0, 0},  // ClipToAfRato
+    {{5829, 9}, TagType::string, none, 0, 0, 0},  // CurrResol
+    {{5838, 16}, TagType::string, none, 0, 0, 0},  // DayltConvChrmA_M
+    {{5854, 16}, TagType::string, none, 0, 0, 0},  // DayltConvChrmA_P
+    {{5870, 16}, TagType::string, none, 0, 0, 0},  // DayltConvChrmB_M
+    {{5886, 16}, TagType::string, none, 0, 0, 0},  // DayltConvChrmB_P
+    {{5902, 16}, TagType::string, none, 0, 0, 0},  // DayltConvChrmC_M
+    {{5918, 16}, TagType::string, none, 0, 0, 0},  // DayltConvChrmC_P
+    {{5934, 16}, TagType::string, none, 0, 0, 0},  // DayltConvChrmD_M
+    {{5950, 16}, TagType::string, none, 0, 0, 0},  // DayltConvChrmD_P
+    {{5966, 16}, TagType::string, none, 0, 0, 0},  // DayltConvChrmKCb
+    {{5982, 16}, TagType::string, none, 0, 0, 0},  // DayltConvChrmKCr
+    {{5998, 14}, TagType::string, none, 0, 0, 0},  // DayltConvLumaK
+    {{6012, 15}, TagType::string, none, 0, 0, 0},  // DayltConvLumaV0
+    {{6027, 15}, TagType::string, none, 0, 0, 0},  // DayltConvLumaV1
+    {{6042, 15}, TagType::string, none, 0, 0, 0},  // DayltConvLumaV2
+    {{6057, 14}, TagType::string, none, 0, 0, 0},  // DefConvChrmA_M
+    {{6071, 14}, TagType::string, none, 0, 0, 0},  // DefConvChrmA_P
+    {{6085, 14}, TagType::string, none, 0, 0, 0},  // DefConvChrmB_M
+    {{6099, 14}, TagType::string, none, 0, 0, 0},  // DefConvChrmB_P
+    {{6113, 14}, TagType::string, none, 0, 0, 0},  // DefConvChrmC_M
+    {{6127, 14}, TagType::string, none, 0, 0, 0},  // DefConvChrmC_P
+    {{6141, 14}, TagType::string, none, 0, 0, 0},  // DefConvChrmD_M
+    {{6155, 14}, TagType::string, none, 0, 0, 0},  // DefConvChrmD_P
+    {{6169, 14}, TagType::string, none, 0, 0, 0},  // DefConvChrmKCb
+    {{6183, 14}, TagType::string, none, 0, 0, 0},  // DefConvChrmKCr
+    {{6197, 12}, TagType::string, none, 0, 0, 0},  // DefConvLumaK
+    {{6209, 13}, TagType::string, none, 0, 0, 0},  // DefConvLumaV0
+    {{6222, 13}, TagType::string, none, 0, 0, 0},  // DefConvLumaV1
+    {{6235, 13}, TagType::string, none, 0, 0, 0},  // DefConvLumaV2
+    {{6248, 8}, TagType::string, none, 0, 0, 0},  // DefCorC0
+    {{6256, 8}, TagType::string, none, 0, 0, 0},  // DefCorC1
+    {{6264, 8}, TagType::string, none, 0, 0, 0},  // DefCorC2
+    {{6272, 8}, TagType::string, none, 0, 0, 0},  // DefCorC3
+    {{6280, 8}, TagType::string, none, 0, 0, 0},  // DefCorC4
+    {{6288, 8}, TagType::string, none, 0, 0, 0},  // DefCorC5
+    {{6296, 8}, TagType::string, none, 0, 0, 0},  // DefCorC6
+    {{6304, 8}, TagType::string, none, 0, 0, 0},  // DefCorC7
+    {{6312, 8}, TagType::string, none, 0, 0, 0},  // DefCorC8
+    {{6320, 8}, TagType::string, none, 0, 0, 0},  // DefCorK0
+    {{6328, 8}, TagType::string, none, 0, 0, 0},  // DefCorK1
+    {{6336, 8}, TagType::string, none, 0, 0, 0},  // DefCorK2
+    {{6344, 16}, TagType::string, none, 0, 0, 0},  // DefLumaGammaMode
+    {{6360, 15}, TagType::string, none, 0, 0, 0},  // DefRgbGammaMode
+    {{6375, 18}, TagType::string, none, 0, 0, 0},  // DefectPixCorEnable
+    {{6393, 18}, TagType::string, none, 0, 0, 0},  // DefectPixMaxThresh
+    {{6411, 18}, TagType::string, none, 0, 0, 0},  // DefectPixMinThresh
+    {{6429, 14}, TagType::string, none, 0, 0, 0},  // DiscardFrstFrm
+    {{6443, 12}, TagType::string, none, 0, 0, 0},  // FrmSkipPttrn
+    {{6455, 11}, TagType::string, none, 0, 0, 0},  // GammaEnable
+    {{6466, 17}, TagType::string, none, 0, 0, 0},  // IncandConvChrmA_M
+    {{6483, 17}, TagType::string, none, 0, 0, 0},  // IncandConvChrmA_P
+    {{6500, 17}, TagType::string, none, 0, 0, 0},  // IncandConvChrmB_M
+    {{6517, 17}, TagType::string, none, 0, 0, 0},  // IncandConvChrmB_P
+    {{6534, 17}, TagType::string, none, 0, 0, 0},  // IncandConvChrmC_M
+    {{6551, 17}, TagType::string, none, 0, 0, 0},  // IncandConvChrmC_P
+    {{6568, 17}, TagType::string, none, 0, 0, 0},  // IncandConvChrmD_M
+    {{6585, 17}, TagType::string, none, 0, 0, 0},  // IncandConvChrmD_P
+    {{6602, 17}, TagType::string, none, 0, 0, 0},  // IncandConvChrmKCb
+    {{6619, 17}, TagType::string, none, 0, 0, 0},  // IncandConvChrmKCr
+    {{6636, 15}, TagType::string, none, 0, 0, 0},  // IncandConvLumaK
+    {{6651, 16}, TagType::string, none, 0, 0, 0},  // IncandConvLumaV0
+    {{6667, 16}, TagType::string, none, 0, 0, 0},  // IncandConvLumaV1
+    {{6683, 16}, TagType::string, none, 0, 0, 0},  // IncandConvLumaV2
+    {{6699, 8}, TagType::string, none, 0, 0, 0},  // LADetect
+    {{6707, 8}, TagType::string, none, 0, 0, 0},  // LAEnable
+    {{6715, 12}, TagType::string, none, 0, 0, 0},  // MaxPrviewFps
+    {{6727, 11}, TagType::string, none, 0, 0, 0},  // MaxVideoFps
+    {{6738, 10}, TagType::string, none, 0, 0, 0},  // NghtshtFps
+    {{6748, 13}, TagType::string, none, 0, 0, 0},  // NightshotMode
+    {{6761, 15}, TagType::string, none, 0, 0, 0},  // OutlierDistance
+    {{6776, 10}, TagType::string, none, 0, 0, 0},  // PclkInvert
+    {{6786, 9}, TagType::string, none, 0, 0, 0},  // PrviewFps
+    {{6795, 11}, TagType::string, none, 0, 0, 0},  // PrviewResol
+    {{6806, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl00
+    {{6819, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl10
+    {{6832, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl11
+    {{6845, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl12
+    {{6858, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl13
+    {{6871, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl14
+    {{6884, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl15
+    {{6897, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl16
+    {{6910, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl17
+    {{6923, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl18
+    {{6936, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl19
+    {{6949, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl01
+    {{6962, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl20
+    {{6975, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl21
+    {{6988, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl22
+    {{7001, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl23
+    {{7014, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl24
+    {{7027, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl25
+    {{7040, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl26
+    {{7053, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl27
+    {{7066, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl28
+    {{7079, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl29
+    {{7092, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl02
+    {{7105, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl30
+    {{7118, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl31
+    {{7131, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl03
+    {{7144, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl04
+    {{7157, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl05
+    {{7170, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl06
+    {{7183, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl07
+    {{7196, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl08
+    {{7209, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueCtbl09
+    {{7222, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl00
+    {{7235, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl10
+    {{7248, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl11
+    {{7261, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl12
+    {{7274, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl13
+    {{7287, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl14
+    {{7300, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl15
+    {{7313, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl16
+    {{7326, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl17
+    {{7339, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl18
+    {{7352, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl19
+    {{7365, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl01
+    {{7378, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl20
+    {{7391, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl21
+    {{7404, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl22
+    {{7417, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl23
+    {{7430, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl24
+    {{7443, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl25
+    {{7456, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl26
+    {{7469, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl27
+    {{7482, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl28
+    {{7495, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl29
+    {{7508, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl02
+    {{7521, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl30
+    {{7534, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl31
+    {{7547, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl03
+    {{7560, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl04
+    {{7573, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl05
+    {{7586, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl06
+    {{7599, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl07
+    {{7612, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl08
+    {{7625, 13}, TagType::string, none, 0, 0, 0},  // R2ABlueStbl09
+    {{7638, 5}, TagType::string, none, 0, 0, 0},  // R2ACx
+    {{7643, 5}, TagType::string, none, 0, 0, 0},  // R2ACy
+    {{7648, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl00
+    {{7662, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl10
+    {{7676, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl11
+    {{7690, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl12
+    {{7704, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl13
+    {{7718, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl14
+    {{7732, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl15
+    {{7746, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl16
+    {{7760, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl17
+    {{7774, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl18
+    {{7788, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl19
+    {{7802, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl01
+    {{7816, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl20
+    {{7830, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl21
+    {{7844, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl22
+    {{7858, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl23
+    {{7872, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl24
+    {{7886, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl25
+    {{7900, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl26
+    {{7914, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl27
+    {{7928, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl28
+    {{7942, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl29
+    {{7956, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl02
+    {{7970, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl30
+    {{7984, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl31
+    {{7998, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl03
+    {{8012, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl04
+    {{8026, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl05
+    {{8040, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl06
+    {{8054, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl07
+    {{8068, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl08
+    {{8082, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenCtbl09
+    {{8096, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl00
+    {{8110, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl10
+    {{8124, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl11
+    {{8138, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl12
+    {{8152, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl13
+    {{8166, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl14
+    {{8180, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl15
+    {{8194, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl16
+    {{8208, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl17
+    {{8222, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl18
+    {{8236, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl19
+    {{8250, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl01
+    {{8264, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl20
+    {{8278, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl21
+    {{8292, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl22
+    {{8306, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl23
+    {{8320, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl24
+    {{8334, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl25
+    {{8348, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl26
+    {{8362, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl27
+    {{8376, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl28
+    {{8390, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl29
+    {{8404, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl02
+    {{8418, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl30
+    {{8432, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl31
+    {{8446, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl03
+    {{8460, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl04
+    {{8474, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl05
+    {{8488, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl06
+    {{8502, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl07
+    {{8516, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl08
+    {{8530, 14}, TagType::string, none, 0, 0, 0},  // R2AGreenStbl09
+    {{8544, 9}, TagType::string, none, 0, 0, 0},  // R2AHeight
+    {{8553, 12}, TagType::string, none, 0, 0, 0},  // R2AIntervals
+    {{8565, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl00
+    {{8577, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl10
+    {{8589, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl11
+    {{8601, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl12
+    {{8613, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl13
+    {{8625, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl14
+    {{8637, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl15
+    {{8649, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl16
+    {{8661, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl17
+    {{8673, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl18
+    {{8685, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl19
+    {{8697, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl01
+    {{8709, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl20
+    {{8721, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl21
+    {{8733, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl22
+    {{8745, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl23
+    {{8757, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl24
+    {{8769, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl25
+    {{8781, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl26
+    {{8793, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl27
+    {{8805, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl28
+    {{8817, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl29
+    {{8829, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl02
+    {{8841, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl30
+    {{8853, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl31
+    {{8865, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl03
+    {{8877, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl04
+    {{8889, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl05
+    {{8901, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl06
+    {{8913, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl07
+    {{8925, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl08
+    {{8937, 12}, TagType::string, none, 0, 0, 0},  // R2ARedCtbl09
+    {{8949, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl00
+    {{8961, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl10
+    {{8973, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl11
+    {{8985, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl12
+    {{8997, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl13
+    {{9009, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl14
+    {{9021, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl15
+    {{9033, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl16
+    {{9045, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl17
+    {{9057, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl18
+    {{9069, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl19
+    {{9081, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl01
+    {{9093, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl20
+    {{9105, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl21
+    {{9117, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl22
+    {{9129, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl23
+    {{9141, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl24
+    {{9153, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl25
+    {{9165, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl26
+    {{9177, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl27
+    {{9189, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl28
+    {{9201, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl29
+    {{9213, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl02
+    {{9225, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl30
+    {{9237, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl31
+    {{9249, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl03
+    {{9261, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl04
+    {{9273, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl05
+    {{9285, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl06
+    {{9297, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl07
+    {{9309, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl08
+    {{9321, 12}, TagType::string, none, 0, 0, 0},  // R2ARedStbl09
+    {{9333, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl00
+    {{9341, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl10
+    {{9349, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl11
+    {{9357, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl12
+    {{9365, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl13
+    {{9373, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl14
+    {{9381, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl15
+    {{9389, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl16
+    {{9397, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl17
+    {{9405, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl18
+    {{9413, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl19
+    {{9421, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl01
+    {{9429, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl20
+    {{9437, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl21
+    {{9445, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl22
+    {{9453, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl23
+    {{9461, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl24
+    {{9469, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl25
+    {{9477, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl26
+    {{9485, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl27
+    {{9493, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl28
+    {{9501, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl29
+    {{9509, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl02
+    {{9517, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl30
+    {{9525, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl31
+    {{9533, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl03
+    {{9541, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl04
+    {{9549, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl05
+    {{9557, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl06
+    {{9565, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl07
+    {{9573, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl08
+    {{9581, 8}, TagType::string, none, 0, 0, 0},  // R2ATbl09
+    {{9589, 8}, TagType::string, none, 0, 0, 0},  // R2AWidth
+    {{9597, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl00
+    {{9612, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl10
+    {{9627, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl11
+    {{9642, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl12
+    {{9657, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl13
+    {{9672, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl14
+    {{9687, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl15
+    {{9702, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl16
+    {{9717, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl17
+    {{9732, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl18
+    {{9747, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl19
+    {{9762, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl01
+    {{9777, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl20
+    {{9792, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl21
+    {{9807, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl22
+    {{9822, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl23
+    {{9837, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl24
+    {{9852, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl25
+    {{9867, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl26
+    {{9882, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl27
+    {{9897, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl28
+    {{9912, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl29
+    {{9927, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl02
+    {{9942, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl30
+    {{9957, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl31
+    {{9972, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl03
+    {{9987, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl04
+    {{10002, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl05
+    {{10017, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl06
+    {{10032, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl07
+    {{10047, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl08
+    {{10062, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueCtbl09
+    {{10077, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl00
+    {{10092, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl10
+    {{10107, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl11
+    {{10122, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl12
+    {{10137, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl13
+    {{10152, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl14
+    {{10167, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl15
+    {{10182, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl16
+    {{10197, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl17
+    {{10212, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl18
+    {{10227, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl19
+    {{10242, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl01
+    {{10257, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl20
+    {{10272, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl21
+    {{10287, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl22
+    {{10302, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl23
+    {{10317, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl24
+    {{10332, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl25
+    {{10347, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl26
+    {{10362, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl27
+    {{10377, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl28
+    {{10392, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl29
+    {{10407, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl02
+    {{10422, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl30
+    {{10437, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl31
+    {{10452, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl03
+    {{10467, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl04
+    {{10482, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl05
+    {{10497, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl06
+    {{10512, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl07
+    {{10527, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl08
+    {{10542, 15}, TagType::string, none, 0, 0, 0},  // R2D65BlueStbl09
+    {{10557, 7}, TagType::string, none, 0, 0, 0},  // R2D65Cx
+    {{10564, 7}, TagType::string, none, 0, 0, 0},  // R2D65Cy
+    {{10571, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl00
+    {{10587, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl10
+    {{10603, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl11
+    {{10619, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl12
+    {{10635, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl13
+    {{10651, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl14
+    {{10667, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl15
+    {{10683, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl16
+    {{10699, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl17
+    {{10715, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl18
+    {{10731, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl19
+    {{10747, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl01
+    {{10763, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl20
+    {{10779, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl21
+    {{10795, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl22
+    {{10811, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl23
+    {{10827, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl24
+    {{10843, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl25
+    {{10859, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl26
+    {{10875, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl27
+    {{10891, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl28
+    {{10907, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl29
+    {{10923, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl02
+    {{10939, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl30
+    {{10955, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl31
+    {{10971, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl03
+    {{10987, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl04
+    {{11003, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl05
+    {{11019, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl06
+    {{11035, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl07
+    {{11051, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl08
+    {{11067, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenCtbl09
+    {{11083, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl00
+    {{11099, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl10
+    {{11115, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl11
+    {{11131, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl12
+    {{11147, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl13
+    {{11163, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl14
+    {{11179, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl15
+    {{11195, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl16
+    {{11211, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl17
+    {{11227, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl18
+    {{11243, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl19
+    {{11259, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl01
+    {{11275, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl20
+    {{11291, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl21
+    {{11307, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl22
+    {{11323, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl23
+    {{11339, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl24
+    {{11355, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl25
+    {{11371, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl26
+    {{11387, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl27
+    {{11403, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl28
+    {{11419, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl29
+    {{11435, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl02
+    {{11451, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl30
+    {{11467, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl31
+    {{11483, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl03
+    {{11499, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl04
+    {{11515, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl05
+    {{11531, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl06
+    {{11547, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl07
+    {{11563, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl08
+    {{11579, 16}, TagType::string, none, 0, 0, 0},  // R2D65GreenStbl09
+    {{11595, 11}, TagType::string, none, 0, 0, 0},  // R2D65Height
+    {{11606, 14}, TagType::string, none, 0, 0, 0},  // R2D65Intervals
+    {{11620, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl00
+    {{11634, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl10
+    {{11648, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl11
+    {{11662, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl12
+    {{11676, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl13
+    {{11690, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl14
+    {{11704, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl15
+    {{11718, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl16
+    {{11732, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl17
+    {{11746, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl18
+    {{11760, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl19
+    {{11774, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl01
+    {{11788, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl20
+    {{11802, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl21
+    {{11816, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl22
+    {{11830, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl23
+    {{11844, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl24
+    {{11858, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl25
+    {{11872, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl26
+    {{11886, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl27
+    {{11900, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl28
+    {{11914, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl29
+    {{11928, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl02
+    {{11942, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl30
+    {{11956, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl31
+    {{11970, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl03
+    {{11984, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl04
+    {{11998, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl05
+    {{12012, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl06
+    {{12026, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl07
+    {{12040, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl08
+    {{12054, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedCtbl09
+    {{12068, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl00
+    {{12082, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl10
+    {{12096, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl11
+    {{12110, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl12
+    {{12124, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl13
+    {{12138, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl14
+    {{12152, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl15
+    {{12166, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl16
+    {{12180, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl17
+    {{12194, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl18
+    {{12208, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl19
+    {{12222, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl01
+    {{12236, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl20
+    {{12250, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl21
+    {{12264, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl22
+    {{12278, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl23
+    {{12292, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl24
+    {{12306, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl25
+    {{12320, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl26
+    {{12334, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl27
+    {{12348, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl28
+    {{12362, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl29
+    {{12376, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl02
+    {{12390, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl30
+    {{12404, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl31
+    {{12418, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl03
+    {{12432, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl04
+    {{12446, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl05
+    {{12460, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl06
+    {{12474, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl07
+    {{12488, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl08
+    {{12502, 14}, TagType::string, none, 0, 0, 0},  // R2D65RedStbl09
+    {{12516, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl00
+    {{12526, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl10
+    {{12536, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl11
+    {{12546, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl12
+    {{12556, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl13
+    {{12566, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl14
+    {{12576, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl15
+    {{12586, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl16
+    {{12596, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl17
+    {{12606, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl18
+    {{12616, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl19
+    {{12626, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl01
+    {{12636, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl20
+    {{12646, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl21
+    {{12656, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl22
+    {{12666, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl23
+    {{12676, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl24
+    {{12686, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl25
+    {{12696, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl26
+    {{12706, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl27
+    {{12716, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl28
+    {{12726, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl29
+    {{12736, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl02
+    {{12746, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl30
+    {{12756, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl31
+    {{12766, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl03
+    {{12776, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl04
+    {{12786, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl05
+    {{12796, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl06
+    {{12806, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl07
+    {{12816, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl08
+    {{12826, 10}, TagType::string, none, 0, 0, 0},  // R2D65Tbl09
+    {{12836, 10}, TagType::string, none, 0, 0, 0},  // R2D65Width
+    {{12846, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl00
+    {{12862, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl10
+    {{12878, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl11
+    {{12894, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl12
+    {{12910, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl13
+    {{12926, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl14
+    {{12942, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl15
+    {{12958, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl16
+    {{12974, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl17
+    {{12990, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl18
+    {{13006, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl19
+    {{13022, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl01
+    {{13038, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl20
+    {{13054, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl21
+    {{13070, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl22
+    {{13086, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl23
+    {{13102, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl24
+    {{13118, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl25
+    {{13134, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl26
+    {{13150, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl27
+    {{13166, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl28
+    {{13182, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl29
+    {{13198, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl02
+    {{13214, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl30
+    {{13230, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl31
+    {{13246, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl03
+    {{13262, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl04
+    {{13278, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl05
+    {{13294, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl06
+    {{13310, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl07
+    {{13326, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl08
+    {{13342, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueCtbl09
+    {{13358, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl00
+    {{13374, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl10
+    {{13390, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl11
+    {{13406, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl12
+    {{13422, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl13
+    {{13438, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl14
+    {{13454, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl15
+    {{13470, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl16
+    {{13486, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl17
+    {{13502, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl18
+    {{13518, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl19
+    {{13534, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl01
+    {{13550, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl20
+    {{13566, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl21
+    {{13582, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl22
+    {{13598, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl23
+    {{13614, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl24
+    {{13630, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl25
+    {{13646, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl26
+    {{13662, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl27
+    {{13678, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl28
+    {{13694, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl29
+    {{13710, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl02
+    {{13726, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl30
+    {{13742, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl31
+    {{13758, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl03
+    {{13774, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl04
+    {{13790, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl05
+    {{13806, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl06
+    {{13822, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl07
+    {{13838, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl08
+    {{13854, 16}, TagType::string, none, 0, 0, 0},  // R2TL84BlueStbl09
+    {{13870, 8}, TagType::string, none, 0, 0, 0},  // R2TL84Cx
+    {{13878, 8}, TagType::string, none, 0, 0, 0},  // R2TL84Cy
+    {{13886, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl00
+    {{13903, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl10
+    {{13920, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl11
+    {{13937, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl12
+    {{13954, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl13
+    {{13971, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl14
+    {{13988, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl15
+    {{14005, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl16
+    {{14022, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl17
+    {{14039, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl18
+    {{14056, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl19
+    {{14073, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl01
+    {{14090, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl20
+    {{14107, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl21
+    {{14124, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl22
+    {{14141, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl23
+    {{14158, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl24
+    {{14175, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl25
+    {{14192, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl26
+    {{14209, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl27
+    {{14226, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl28
+    {{14243, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl29
+    {{14260, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl02
+    {{14277, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl30
+    {{14294, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl31
+    {{14311, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl03
+    {{14328, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl04
+    {{14345, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl05
+    {{14362, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl06
+    {{14379, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl07
+    {{14396, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl08
+    {{14413, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenCtbl09
+    {{14430, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl00
+    {{14447, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl10
+    {{14464, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl11
+    {{14481, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl12
+    {{14498, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl13
+    {{14515, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl14
+    {{14532, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl15
+    {{14549, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl16
+    {{14566, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl17
+    {{14583, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl18
+    {{14600, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl19
+    {{14617, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl01
+    {{14634, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl20
+    {{14651, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl21
+    {{14668, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl22
+    {{14685, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl23
+    {{14702, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl24
+    {{14719, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl25
+    {{14736, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl26
+    {{14753, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl27
+    {{14770, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl28
+    {{14787, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl29
+    {{14804, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl02
+    {{14821, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl30
+    {{14838, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl31
+    {{14855, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl03
+    {{14872, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl04
+    {{14889, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl05
+    {{14906, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl06
+    {{14923, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl07
+    {{14940, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl08
+    {{14957, 17}, TagType::string, none, 0, 0, 0},  // R2TL84GreenStbl09
+    {{14974, 12}, TagType::string, none, 0, 0, 0},  // R2TL84Height
+    {{14986, 15}, TagType::string, none, 0, 0, 0},  // R2TL84Intervals
+    {{15001, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl00
+    {{15016, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl10
+    {{15031, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl11
+    {{15046, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl12
+    {{15061, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl13
+    {{15076, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl14
+    {{15091, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl15
+    {{15106, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl16
+    {{15121, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl17
+    {{15136, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl18
+    {{15151, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl19
+    {{15166, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl01
+    {{15181, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl20
+    {{15196, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl21
+    {{15211, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl22
+    {{15226, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl23
+    {{15241, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl24
+    {{15256, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl25
+    {{15271, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl26
+    {{15286, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl27
+    {{15301, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl28
+    {{15316, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl29
+    {{15331, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl02
+    {{15346, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl30
+    {{15361, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl31
+    {{15376, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl03
+    {{15391, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl04
+    {{15406, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl05
+    {{15421, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl06
+    {{15436, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl07
+    {{15451, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl08
+    {{15466, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedCtbl09
+    {{15481, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl00
+    {{15496, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl10
+    {{15511, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl11
+    {{15526, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl12
+    {{15541, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl13
+    {{15556, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl14
+    {{15571, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl15
+    {{15586, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl16
+    {{15601, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl17
+    {{15616, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl18
+    {{15631, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl19
+    {{15646, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl01
+    {{15661, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl20
+    {{15676, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl21
+    {{15691, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl22
+    {{15706, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl23
+    {{15721, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl24
+    {{15736, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl25
+    {{15751, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl26
+    {{15766, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl27
+    {{15781, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl28
+    {{15796, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl29
+    {{15811, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl02
+    {{15826, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl30
+    {{15841, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl31
+    {{15856, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl03
+    {{15871, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl04
+    {{15886, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl05
+    {{15901, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl06
+    {{15916, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl07
+    {{15931, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl08
+    {{15946, 15}, TagType::string, none, 0, 0, 0},  // R2TL84RedStbl09
+    {{15961, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl00
+    {{15972, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl10
+    {{15983, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl11
+    {{15994, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl12
+    {{16005, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl13
+    {{16016, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl14
+    {{16027, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl15
+    {{16038, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl16
+    {{16049, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl17
+    {{16060, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl18
+    {{16071, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl19
+    {{16082, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl01
+    {{16093, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl20
+    {{16104, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl21
+    {{16115, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl22
+    {{16126, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl23
+    {{16137, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl24
+    {{16148, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl25
+    {{16159, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl26
+    {{16170, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl27
+    {{16181, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl28
+    {{16192, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl29
+    {{16203, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl02
+    {{16214, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl30
+    {{16225, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl31
+    {{16236, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl03
+    {{16247, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl04
+    {{16258, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl05
+    {{16269, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl06
+    {{16280, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl07
+    {{16291, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl08
+    {{16302, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Tbl09
+    {{16313, 11}, TagType::string, none, 0, 0, 0},  // R2TL84Width
+    {{16324, 13}, TagType::string, none, 0, 0, 0},  // RolloffEnable
+    {{16337, 9}, TagType::string, none, 0, 0, 0},  // SensorFmt
+    {{16346, 10}, TagType::string, none, 0, 0, 0},  // SensorType
+    {{16356, 12}, TagType::string, none, 0, 0, 0},  // SensrFulHght
+    {{16368, 12}, TagType::string, none, 0, 0, 0},  // SensrFulWdth
+    {{16380, 12}, TagType::string, none, 0, 0, 0},  // SensrQtrHght
+    {{16392, 12}, TagType::string, none, 0, 0, 0},  // SensrQtrWdth
+    {{16404, 13}, TagType::string, none, 0, 0, 0},  // SnapshotResol
+    {{16417, 15}, TagType::string, none, 0, 0, 0},  // TL84ConvChrmA_M
+    {{16432, 15}, TagType::string, none, 0, 0, 0},  // TL84ConvChrmA_P
+    {{16447, 15}, TagType::string, none, 0, 0, 0},  // TL84ConvChrmB_M
+    {{16462, 15}, TagType::string, none, 0, 0, 0},  // TL84ConvChrmB_P
+    {{16477, 15}, TagType::string, none, 0, 0, 0},  // TL84ConvChrmC_M
+    {{16492, 15}, TagType::string, none, 0, 0, 0},  // TL84ConvChrmC_P
+    {{16507, 15}, TagType::string, none, 0, 0, 0},  // TL84ConvChrmD_M
+    {{16522, 15}, TagType::string, none, 0, 0, 0},  // TL84ConvChrmD_P
+    {{16537, 15}, TagType::string, none, 0, 0, 0},  // TL84ConvChrmKCb
+    {{16552, 15}, TagType::string, none, 0, 0, 0},  // TL84ConvChrmKCr
+    {{16567, 13}, TagType::string, none, 0, 0, 0},  // TL84ConvLumaK
+    {{16580, 14}, TagType::string, none, 0, 0, 0},  // TL84ConvLumaV0
+    {{16594, 14}, TagType::string, none, 0, 0, 0},  // TL84ConvLumaV1
+    {{16608, 14}, TagType::string, none, 0, 0, 0},  // TL84ConvLumaV2
+    {{16622, 8}, TagType::string, none, 0, 0, 0},  // VideoFps
+    {{16630, 17}, TagType::string, none, 0, 0, 0},  // YhiYloConvChrmA_M
+    {{16647, 17}, TagType::string, none, 0, 0, 0},  // YhiYloConvChrmA_P
+    {{16664, 17}, TagType::string, none, 0, 0, 0},  // YhiYloConvChrmB_M
+    {{16681, 17}, TagType::string, none, 0, 0, 0},  // YhiYloConvChrmB_P
+    {{16698, 17}, TagType::string, none, 0, 0, 0},  // YhiYloConvChrmC_M
+    {{16715, 17}, TagType::string, none, 0, 0, 0},  // YhiYloConvChrmC_P
+    {{16732, 17}, TagType::string, none, 0, 0, 0},  // YhiYloConvChrmD_M
+    {{16749, 17}, TagType::string, none, 0, 0, 0},  // YhiYloConvChrmD_P
+    {{16766, 17}, TagType::string, none, 0, 0, 0},  // YhiYloConvChrmKCb
+    {{16783, 17}, TagType::string, none, 0, 0, 0},  // YhiYloConvChrmKCr
+    {{16800, 15}, TagType::string, none, 0, 0, 0},  // YhiYloConvLumaK
+    {{16815, 16}, TagType::string, none, 0, 0, 0},  // YhiYloConvLumaV0
+    {{16831, 16}, TagType::string, none, 0, 0, 0},  // YhiYloConvLumaV1
+    {{16847, 16}, TagType::string, none, 0, 0, 0},  // YhiYloConvLumaV2
+    {{16863, 11}, TagType::string, none, 0, 0, 0},  // YhiYloCorC0
+    {{16874, 11}, TagType::string, none, 0, 0, 0},  // YhiYloCorC1
+    {{16885, 11}, TagType::string, none, 0, 0, 0},  // YhiYloCorC2
+    {{16896, 11}, TagType::string, none, 0, 0, 0},  // YhiYloCorC3
+    {{16907, 11}, TagType::string, none, 0, 0, 0},  // YhiYloCorC4
+    {{16918, 11}, TagType::string, none, 0, 0, 0},  // YhiYloCorC5
+    {{16929, 11}, TagType::string, none, 0, 0, 0},  // YhiYloCorC6
+    {{16940, 11}, TagType::string, none, 0, 0, 0},  // YhiYloCorC7
+    {{16951, 11}, TagType::string, none, 0, 0, 0},  // YhiYloCorC8
+    {{16962, 11}, TagType::string, none, 0, 0, 0},  // YhiYloCorK0
+    {{16973, 11}, TagType::string, none, 0, 0, 0},  // YhiYloCorK1
+    {{16984, 11}, TagType::string, none, 0, 0, 0},  // YhiYloCorK2
 };
 constexpr detail::StringRow kStringsEnglishQualcomm[] = {
     {{16995, 26}, {17021, 18}},
@@ -4116,9 +4118,13 @@ constexpr std::uint16_t kKeyOrderQualcomm[] = {
     1185, 1186, 1187,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsQualcomm[1188];
-constinit detail::StreamTags gTagsQualcomm("Qualcomm", kText, kTagsQualcomm, kKeyOrderQualcomm, {}, gItemsQualcomm, &TagStringsCatalogue::stringsQualcomm);
 
 }  // namespace
+
+// Each stream's tags, which the catalogue's index finds them by.
+namespace detail {
+constinit StreamTags gTagsQualcomm("Qualcomm", kText, kTagsQualcomm, kKeyOrderQualcomm, {}, gItemsQualcomm, &TagStringsCatalogue::stringsQualcomm);
+}  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsQualcomm() {
   return gStringsQualcomm.strings(&TagStringsCatalogue::stringTableQualcomm);
@@ -4127,1199 +4133,1195 @@ TagStringTable TagStringsCatalogue::stringTableQualcomm(ETLanguage language) {
   return gStringsQualcomm.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue26::allStreamsQualcomm() {
-  return gTagsQualcomm.all();
+  return detail::gTagsQualcomm.all();
 }
-const TagItem& detail::TagItemCatalogue26::itemQualcommHJREnable() { return gTagsQualcomm.item(0); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommHJRMaxNumFrames() { return gTagsQualcomm.item(1); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommHJR_NReductionFlat() { return gTagsQualcomm.item(2); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommHJR_NReductionTexture() { return gTagsQualcomm.item(3); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommHJROneToTwoOffset() { return gTagsQualcomm.item(4); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommHJRTextureThreshold() { return gTagsQualcomm.item(5); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECAggressiveness() { return gTagsQualcomm.item(6); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECCurrentExpIndex() { return gTagsQualcomm.item(7); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECCurrentSensorLuma() { return gTagsQualcomm.item(8); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECEnable() { return gTagsQualcomm.item(9); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECExposureIndexAdjStep() { return gTagsQualcomm.item(10); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECHighLumaRegionCount() { return gTagsQualcomm.item(11); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECHighLumaRegionThreshold() { return gTagsQualcomm.item(12); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECIndoorIdx() { return gTagsQualcomm.item(13); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECLumaTarget() { return gTagsQualcomm.item(14); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECLumaTolerance() { return gTagsQualcomm.item(15); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECMode() { return gTagsQualcomm.item(16); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECOdoorIdx() { return gTagsQualcomm.item(17); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECOutdoorBrightDiscarded() { return gTagsQualcomm.item(18); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECOutdoorBrightEnable() { return gTagsQualcomm.item(19); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECOutdoorBrightReduction() { return gTagsQualcomm.item(20); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECOutdoorBrightThresholdHI() { return gTagsQualcomm.item(21); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECOutdoorBrightThresholdLO() { return gTagsQualcomm.item(22); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECOutdoorGammaIndex() { return gTagsQualcomm.item(23); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECSnapshotDigitalGain() { return gTagsQualcomm.item(24); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECSnapshotExposureTimeMs() { return gTagsQualcomm.item(25); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECSnapshotLineCount() { return gTagsQualcomm.item(26); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECSnapshotSensorGain() { return gTagsQualcomm.item(27); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAECVfeLuma() { return gTagsQualcomm.item(28); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFBoundary() { return gTagsQualcomm.item(29); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFCollectEndStat() { return gTagsQualcomm.item(30); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFEnable() { return gTagsQualcomm.item(31); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFFarEnd() { return gTagsQualcomm.item(32); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFFineSrchPoints() { return gTagsQualcomm.item(33); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFFineStep() { return gTagsQualcomm.item(34); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFFocusTime() { return gTagsQualcomm.item(35); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFGrossStep() { return gTagsQualcomm.item(36); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFMode() { return gTagsQualcomm.item(37); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFNearEnd() { return gTagsQualcomm.item(38); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFPosDefMacro() { return gTagsQualcomm.item(39); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFPosDefNorm() { return gTagsQualcomm.item(40); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFPosition() { return gTagsQualcomm.item(41); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFProcess() { return gTagsQualcomm.item(42); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFResetLensAfterSnap() { return gTagsQualcomm.item(43); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFStepsNearFar() { return gTagsQualcomm.item(44); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFStepsNearInfinity() { return gTagsQualcomm.item(45); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTestMode() { return gTagsQualcomm.item(46); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions00() { return gTagsQualcomm.item(47); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions10() { return gTagsQualcomm.item(48); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions11() { return gTagsQualcomm.item(49); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions12() { return gTagsQualcomm.item(50); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions13() { return gTagsQualcomm.item(51); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions14() { return gTagsQualcomm.item(52); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions15() { return gTagsQualcomm.item(53); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions16() { return gTagsQualcomm.item(54); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions17() { return gTagsQualcomm.item(55); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions18() { return gTagsQualcomm.item(56); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions19() { return gTagsQualcomm.item(57); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions01() { return gTagsQualcomm.item(58); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions20() { return gTagsQualcomm.item(59); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions21() { return gTagsQualcomm.item(60); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions22() { return gTagsQualcomm.item(61); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions23() { return gTagsQualcomm.item(62); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions24() { return gTagsQualcomm.item(63); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions25() { return gTagsQualcomm.item(64); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions26() { return gTagsQualcomm.item(65); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions27() { return gTagsQualcomm.item(66); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions28() { return gTagsQualcomm.item(67); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions29() { return gTagsQualcomm.item(68); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions02() { return gTagsQualcomm.item(69); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions30() { return gTagsQualcomm.item(70); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions31() { return gTagsQualcomm.item(71); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions32() { return gTagsQualcomm.item(72); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions33() { return gTagsQualcomm.item(73); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions34() { return gTagsQualcomm.item(74); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions35() { return gTagsQualcomm.item(75); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions36() { return gTagsQualcomm.item(76); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions37() { return gTagsQualcomm.item(77); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions38() { return gTagsQualcomm.item(78); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions39() { return gTagsQualcomm.item(79); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions03() { return gTagsQualcomm.item(80); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions40() { return gTagsQualcomm.item(81); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions41() { return gTagsQualcomm.item(82); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions42() { return gTagsQualcomm.item(83); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions43() { return gTagsQualcomm.item(84); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions44() { return gTagsQualcomm.item(85); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions45() { return gTagsQualcomm.item(86); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions46() { return gTagsQualcomm.item(87); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions47() { return gTagsQualcomm.item(88); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions48() { return gTagsQualcomm.item(89); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions49() { return gTagsQualcomm.item(90); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions04() { return gTagsQualcomm.item(91); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions05() { return gTagsQualcomm.item(92); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions06() { return gTagsQualcomm.item(93); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions07() { return gTagsQualcomm.item(94); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions08() { return gTagsQualcomm.item(95); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions09() { return gTagsQualcomm.item(96); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTraceStats00() { return gTagsQualcomm.item(97); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTraceStats10() { return gTagsQualcomm.item(98); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTraceStats11() { return gTagsQualcomm.item(99); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTraceStats12() { return gTagsQualcomm.item(100); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTraceStats13() { return gTagsQualcomm.item(101); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTraceStats14() { return gTagsQualcomm.item(102); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTraceStats15() { return gTagsQualcomm.item(103); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTraceStats16() { return gTagsQualcomm.item(104); }
-const TagItem& detail::TagItemCatalogue26::itemQualcommAFTraceStats17() { return gTagsQualcomm.item(105); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats18() { return gTagsQualcomm.item(106); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats19() { return gTagsQualcomm.item(107); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats01() { return gTagsQualcomm.item(108); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats20() { return gTagsQualcomm.item(109); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats21() { return gTagsQualcomm.item(110); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats22() { return gTagsQualcomm.item(111); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats23() { return gTagsQualcomm.item(112); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats24() { return gTagsQualcomm.item(113); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats25() { return gTagsQualcomm.item(114); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats26() { return gTagsQualcomm.item(115); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats27() { return gTagsQualcomm.item(116); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats28() { return gTagsQualcomm.item(117); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats29() { return gTagsQualcomm.item(118); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats02() { return gTagsQualcomm.item(119); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats30() { return gTagsQualcomm.item(120); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats31() { return gTagsQualcomm.item(121); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats32() { return gTagsQualcomm.item(122); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats33() { return gTagsQualcomm.item(123); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats34() { return gTagsQualcomm.item(124); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats35() { return gTagsQualcomm.item(125); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats36() { return gTagsQualcomm.item(126); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats37() { return gTagsQualcomm.item(127); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats38() { return gTagsQualcomm.item(128); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats39() { return gTagsQualcomm.item(129); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats03() { return gTagsQualcomm.item(130); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats40() { return gTagsQualcomm.item(131); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats41() { return gTagsQualcomm.item(132); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats42() { return gTagsQualcomm.item(133); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats43() { return gTagsQualcomm.item(134); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats44() { return gTagsQualcomm.item(135); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats45() { return gTagsQualcomm.item(136); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats46() { return gTagsQualcomm.item(137); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats47() { return gTagsQualcomm.item(138); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats48() { return gTagsQualcomm.item(139); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats49() { return gTagsQualcomm.item(140); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats04() { return gTagsQualcomm.item(141); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats05() { return gTagsQualcomm.item(142); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats06() { return gTagsQualcomm.item(143); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats07() { return gTagsQualcomm.item(144); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats08() { return gTagsQualcomm.item(145); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats09() { return gTagsQualcomm.item(146); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFUndershootProtect() { return gTagsQualcomm.item(147); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFVfeHorzOffset() { return gTagsQualcomm.item(148); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFVfeHorzWidth() { return gTagsQualcomm.item(149); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFVfeMetricMax() { return gTagsQualcomm.item(150); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFVfeVertHeight() { return gTagsQualcomm.item(151); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFVfeVertOffset() { return gTagsQualcomm.item(152); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFREnable() { return gTagsQualcomm.item(153); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFRFaster0ExpMod() { return gTagsQualcomm.item(154); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFRFaster0Trigger() { return gTagsQualcomm.item(155); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFRFaster1ExpMod() { return gTagsQualcomm.item(156); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFRFaster1Trigger() { return gTagsQualcomm.item(157); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFRFaster2ExpMod() { return gTagsQualcomm.item(158); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFRFaster2Trigger() { return gTagsQualcomm.item(159); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFRFaster3ExpMod() { return gTagsQualcomm.item(160); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFRFaster3Trigger() { return gTagsQualcomm.item(161); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFRFaster4ExpMod() { return gTagsQualcomm.item(162); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFRFaster4Trigger() { return gTagsQualcomm.item(163); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFRPossibleFrameCnt() { return gTagsQualcomm.item(164); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFRSlower0ExpMod() { return gTagsQualcomm.item(165); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFRSlower0Trigger() { return gTagsQualcomm.item(166); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFRSlower1ExpMod() { return gTagsQualcomm.item(167); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFRSlower1Trigger() { return gTagsQualcomm.item(168); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFRSlower2ExpMod() { return gTagsQualcomm.item(169); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFRSlower2Trigger() { return gTagsQualcomm.item(170); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFRSlower3ExpMod() { return gTagsQualcomm.item(171); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFRSlower3Trigger() { return gTagsQualcomm.item(172); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFRSlower4ExpMod() { return gTagsQualcomm.item(173); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAFRSlower4Trigger() { return gTagsQualcomm.item(174); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAntiBadingPixelClk() { return gTagsQualcomm.item(175); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAntiBadingPixelClkPerLine() { return gTagsQualcomm.item(176); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAntibandingEnable() { return gTagsQualcomm.item(177); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF3EdgeDetect() { return gTagsQualcomm.item(178); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF3EdgeFilterA11() { return gTagsQualcomm.item(179); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF3EdgeFilterA12() { return gTagsQualcomm.item(180); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF3EdgeFilterA13() { return gTagsQualcomm.item(181); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF3EdgeFilterA21() { return gTagsQualcomm.item(182); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF3EdgeFilterA22() { return gTagsQualcomm.item(183); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF3EdgeFilterA23() { return gTagsQualcomm.item(184); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF3EdgeFilterA31() { return gTagsQualcomm.item(185); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF3EdgeFilterA32() { return gTagsQualcomm.item(186); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF3EdgeFilterA33() { return gTagsQualcomm.item(187); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF3Enable() { return gTagsQualcomm.item(188); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF3LowerThreshold() { return gTagsQualcomm.item(189); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF3NoiseFilterA11() { return gTagsQualcomm.item(190); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF3NoiseFilterA12() { return gTagsQualcomm.item(191); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF3NoiseFilterA13() { return gTagsQualcomm.item(192); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF3NoiseFilterA21() { return gTagsQualcomm.item(193); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF3NoiseFilterA22() { return gTagsQualcomm.item(194); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF3NoiseFilterA23() { return gTagsQualcomm.item(195); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF3NoiseFilterA31() { return gTagsQualcomm.item(196); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF3NoiseFilterA32() { return gTagsQualcomm.item(197); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF3NoiseFilterA33() { return gTagsQualcomm.item(198); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF3UpperThreshold() { return gTagsQualcomm.item(199); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5BrtLoThres() { return gTagsQualcomm.item(200); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5BrtShrpDegF1() { return gTagsQualcomm.item(201); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5BrtShrpDegF2() { return gTagsQualcomm.item(202); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5BrtSmthPercent() { return gTagsQualcomm.item(203); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5BrtUpThres() { return gTagsQualcomm.item(204); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Enable() { return gTagsQualcomm.item(205); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5ExposureIndex1() { return gTagsQualcomm.item(206); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5ExposureIndex2() { return gTagsQualcomm.item(207); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A11() { return gTagsQualcomm.item(208); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A12() { return gTagsQualcomm.item(209); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A13() { return gTagsQualcomm.item(210); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A14() { return gTagsQualcomm.item(211); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A15() { return gTagsQualcomm.item(212); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A21() { return gTagsQualcomm.item(213); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A22() { return gTagsQualcomm.item(214); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A23() { return gTagsQualcomm.item(215); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A24() { return gTagsQualcomm.item(216); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A25() { return gTagsQualcomm.item(217); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A31() { return gTagsQualcomm.item(218); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A32() { return gTagsQualcomm.item(219); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A33() { return gTagsQualcomm.item(220); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A34() { return gTagsQualcomm.item(221); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A35() { return gTagsQualcomm.item(222); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A41() { return gTagsQualcomm.item(223); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A42() { return gTagsQualcomm.item(224); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A43() { return gTagsQualcomm.item(225); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A44() { return gTagsQualcomm.item(226); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A45() { return gTagsQualcomm.item(227); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A51() { return gTagsQualcomm.item(228); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A52() { return gTagsQualcomm.item(229); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A53() { return gTagsQualcomm.item(230); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A54() { return gTagsQualcomm.item(231); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A55() { return gTagsQualcomm.item(232); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A11() { return gTagsQualcomm.item(233); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A12() { return gTagsQualcomm.item(234); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A13() { return gTagsQualcomm.item(235); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A14() { return gTagsQualcomm.item(236); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A15() { return gTagsQualcomm.item(237); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A21() { return gTagsQualcomm.item(238); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A22() { return gTagsQualcomm.item(239); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A23() { return gTagsQualcomm.item(240); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A24() { return gTagsQualcomm.item(241); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A25() { return gTagsQualcomm.item(242); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A31() { return gTagsQualcomm.item(243); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A32() { return gTagsQualcomm.item(244); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A33() { return gTagsQualcomm.item(245); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A34() { return gTagsQualcomm.item(246); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A35() { return gTagsQualcomm.item(247); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A41() { return gTagsQualcomm.item(248); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A42() { return gTagsQualcomm.item(249); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A43() { return gTagsQualcomm.item(250); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A44() { return gTagsQualcomm.item(251); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A45() { return gTagsQualcomm.item(252); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A51() { return gTagsQualcomm.item(253); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A52() { return gTagsQualcomm.item(254); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A53() { return gTagsQualcomm.item(255); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A54() { return gTagsQualcomm.item(256); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A55() { return gTagsQualcomm.item(257); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5FilterMode() { return gTagsQualcomm.item(258); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LowLoThres() { return gTagsQualcomm.item(259); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LowShrpDegF1() { return gTagsQualcomm.item(260); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LowShrpDegF2() { return gTagsQualcomm.item(261); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LowSmthPrcnt() { return gTagsQualcomm.item(262); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LowUpThres() { return gTagsQualcomm.item(263); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LumaFilter00() { return gTagsQualcomm.item(264); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LumaFilter01() { return gTagsQualcomm.item(265); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LumaFilter02() { return gTagsQualcomm.item(266); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LumaFilter03() { return gTagsQualcomm.item(267); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LumaFilter04() { return gTagsQualcomm.item(268); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LumaFilter05() { return gTagsQualcomm.item(269); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LumaFilter06() { return gTagsQualcomm.item(270); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LumaFilter07() { return gTagsQualcomm.item(271); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LumaFilter08() { return gTagsQualcomm.item(272); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5MaxExposureIndex() { return gTagsQualcomm.item(273); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5NrmLoThres() { return gTagsQualcomm.item(274); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5NrmShrpDegF1() { return gTagsQualcomm.item(275); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5NrmShrpDegF2() { return gTagsQualcomm.item(276); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5NrmSmthPrcnt() { return gTagsQualcomm.item(277); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5NrmUpThres() { return gTagsQualcomm.item(278); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5NrmizeFactor1() { return gTagsQualcomm.item(279); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommASF5NrmizeFactor2() { return gTagsQualcomm.item(280); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBAggressiveness() { return gTagsQualcomm.item(281); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBAgwGridDist2Thresh() { return gTagsQualcomm.item(282); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBAlgorithm() { return gTagsQualcomm.item(283); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBAveBgRatio() { return gTagsQualcomm.item(284); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBAveRgRatio() { return gTagsQualcomm.item(285); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainAdjRef1() { return gTagsQualcomm.item(286); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainAdjRef2() { return gTagsQualcomm.item(287); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainAdjRef3() { return gTagsQualcomm.item(288); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainAdjRef4() { return gTagsQualcomm.item(289); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainAdjRef5() { return gTagsQualcomm.item(290); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainAdjRef6() { return gTagsQualcomm.item(291); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainAdjRef7() { return gTagsQualcomm.item(292); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainAdjRef8() { return gTagsQualcomm.item(293); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainRef1() { return gTagsQualcomm.item(294); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainRef2() { return gTagsQualcomm.item(295); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainRef3() { return gTagsQualcomm.item(296); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainRef4() { return gTagsQualcomm.item(297); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainRef5() { return gTagsQualcomm.item(298); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainRef6() { return gTagsQualcomm.item(299); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainRef7() { return gTagsQualcomm.item(300); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainRef8() { return gTagsQualcomm.item(301); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBCcBias() { return gTagsQualcomm.item(302); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBCompactClusterR2() { return gTagsQualcomm.item(303); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBEnable() { return gTagsQualcomm.item(304); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBGreenOffsetBg() { return gTagsQualcomm.item(305); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBGreenOffsetRg() { return gTagsQualcomm.item(306); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBIndoorSampleInfluence() { return gTagsQualcomm.item(307); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBLoVfeC1() { return gTagsQualcomm.item(308); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBLoVfeC2() { return gTagsQualcomm.item(309); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBLoVfeC3() { return gTagsQualcomm.item(310); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBLoVfeC4() { return gTagsQualcomm.item(311); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBLoVfeM1() { return gTagsQualcomm.item(312); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBLoVfeM2() { return gTagsQualcomm.item(313); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBLoVfeM3() { return gTagsQualcomm.item(314); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBLoVfeM4() { return gTagsQualcomm.item(315); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBLoVfeMaxY() { return gTagsQualcomm.item(316); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBLoVfeMinY() { return gTagsQualcomm.item(317); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBLowLigColCorEna() { return gTagsQualcomm.item(318); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBMaxBGain() { return gTagsQualcomm.item(319); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBMaxGGain() { return gTagsQualcomm.item(320); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBMaxRGain() { return gTagsQualcomm.item(321); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBMinBGain() { return gTagsQualcomm.item(322); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBMinGGain() { return gTagsQualcomm.item(323); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBMinRGain() { return gTagsQualcomm.item(324); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBNormVfeC1() { return gTagsQualcomm.item(325); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBNormVfeC2() { return gTagsQualcomm.item(326); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBNormVfeC3() { return gTagsQualcomm.item(327); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBNormVfeC4() { return gTagsQualcomm.item(328); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBNormVfeM1() { return gTagsQualcomm.item(329); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBNormVfeM2() { return gTagsQualcomm.item(330); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBNormVfeM3() { return gTagsQualcomm.item(331); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBNormVfeM4() { return gTagsQualcomm.item(332); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBNormVfeMaxY() { return gTagsQualcomm.item(333); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBNormVfeMinY() { return gTagsQualcomm.item(334); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBOudorVfeC1() { return gTagsQualcomm.item(335); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBOudorVfeC2() { return gTagsQualcomm.item(336); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBOudorVfeC3() { return gTagsQualcomm.item(337); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBOudorVfeC4() { return gTagsQualcomm.item(338); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBOudorVfeM1() { return gTagsQualcomm.item(339); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBOudorVfeM2() { return gTagsQualcomm.item(340); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBOudorVfeM3() { return gTagsQualcomm.item(341); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBOudorVfeM4() { return gTagsQualcomm.item(342); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBOudorVfeMaxY() { return gTagsQualcomm.item(343); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBOudorVfeMinY() { return gTagsQualcomm.item(344); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBOutdoorSampleInfluence() { return gTagsQualcomm.item(345); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBPrevWbBgain() { return gTagsQualcomm.item(346); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBPrevWbGgain() { return gTagsQualcomm.item(347); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBPrevWbRgain() { return gTagsQualcomm.item(348); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainAdjRef1() { return gTagsQualcomm.item(349); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainAdjRef2() { return gTagsQualcomm.item(350); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainAdjRef3() { return gTagsQualcomm.item(351); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainAdjRef4() { return gTagsQualcomm.item(352); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainAdjRef5() { return gTagsQualcomm.item(353); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainAdjRef6() { return gTagsQualcomm.item(354); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainAdjRef7() { return gTagsQualcomm.item(355); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainAdjRef8() { return gTagsQualcomm.item(356); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainRef1() { return gTagsQualcomm.item(357); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainRef2() { return gTagsQualcomm.item(358); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainRef3() { return gTagsQualcomm.item(359); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainRef4() { return gTagsQualcomm.item(360); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainRef5() { return gTagsQualcomm.item(361); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainRef6() { return gTagsQualcomm.item(362); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainRef7() { return gTagsQualcomm.item(363); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainRef8() { return gTagsQualcomm.item(364); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBSampleDecision() { return gTagsQualcomm.item(365); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBSnapshotBGain() { return gTagsQualcomm.item(366); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommAWBSnapshotRGain() { return gTagsQualcomm.item(367); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommBlckLvlEvenCols() { return gTagsQualcomm.item(368); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommBlckLvlOddCols() { return gTagsQualcomm.item(369); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommCamMclkHz() { return gTagsQualcomm.item(370); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommChroSupChroThres1() { return gTagsQualcomm.item(371); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommChroSupChroThres2() { return gTagsQualcomm.item(372); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommChroSupLumaThres1() { return gTagsQualcomm.item(373); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommChroSupLumaThres2() { return gTagsQualcomm.item(374); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommChroSupLumaThres3() { return gTagsQualcomm.item(375); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommChroSupLumaThres4() { return gTagsQualcomm.item(376); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommChromSupress() { return gTagsQualcomm.item(377); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommClipToAfRato() { return gTagsQualcomm.item(378); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommCurrResol() { return gTagsQualcomm.item(379); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvChrmA_M() { return gTagsQualcomm.item(380); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvChrmA_P() { return gTagsQualcomm.item(381); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvChrmB_M() { return gTagsQualcomm.item(382); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvChrmB_P() { return gTagsQualcomm.item(383); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvChrmC_M() { return gTagsQualcomm.item(384); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvChrmC_P() { return gTagsQualcomm.item(385); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvChrmD_M() { return gTagsQualcomm.item(386); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvChrmD_P() { return gTagsQualcomm.item(387); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvChrmKCb() { return gTagsQualcomm.item(388); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvChrmKCr() { return gTagsQualcomm.item(389); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvLumaK() { return gTagsQualcomm.item(390); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvLumaV0() { return gTagsQualcomm.item(391); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvLumaV1() { return gTagsQualcomm.item(392); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvLumaV2() { return gTagsQualcomm.item(393); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvChrmA_M() { return gTagsQualcomm.item(394); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvChrmA_P() { return gTagsQualcomm.item(395); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvChrmB_M() { return gTagsQualcomm.item(396); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvChrmB_P() { return gTagsQualcomm.item(397); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvChrmC_M() { return gTagsQualcomm.item(398); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvChrmC_P() { return gTagsQualcomm.item(399); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvChrmD_M() { return gTagsQualcomm.item(400); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvChrmD_P() { return gTagsQualcomm.item(401); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvChrmKCb() { return gTagsQualcomm.item(402); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvChrmKCr() { return gTagsQualcomm.item(403); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvLumaK() { return gTagsQualcomm.item(404); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvLumaV0() { return gTagsQualcomm.item(405); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvLumaV1() { return gTagsQualcomm.item(406); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvLumaV2() { return gTagsQualcomm.item(407); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorC0() { return gTagsQualcomm.item(408); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorC1() { return gTagsQualcomm.item(409); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorC2() { return gTagsQualcomm.item(410); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorC3() { return gTagsQualcomm.item(411); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorC4() { return gTagsQualcomm.item(412); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorC5() { return gTagsQualcomm.item(413); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorC6() { return gTagsQualcomm.item(414); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorC7() { return gTagsQualcomm.item(415); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorC8() { return gTagsQualcomm.item(416); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorK0() { return gTagsQualcomm.item(417); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorK1() { return gTagsQualcomm.item(418); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorK2() { return gTagsQualcomm.item(419); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefLumaGammaMode() { return gTagsQualcomm.item(420); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefRgbGammaMode() { return gTagsQualcomm.item(421); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefectPixCorEnable() { return gTagsQualcomm.item(422); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefectPixMaxThresh() { return gTagsQualcomm.item(423); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDefectPixMinThresh() { return gTagsQualcomm.item(424); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommDiscardFrstFrm() { return gTagsQualcomm.item(425); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommFrmSkipPttrn() { return gTagsQualcomm.item(426); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommGammaEnable() { return gTagsQualcomm.item(427); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvChrmA_M() { return gTagsQualcomm.item(428); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvChrmA_P() { return gTagsQualcomm.item(429); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvChrmB_M() { return gTagsQualcomm.item(430); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvChrmB_P() { return gTagsQualcomm.item(431); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvChrmC_M() { return gTagsQualcomm.item(432); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvChrmC_P() { return gTagsQualcomm.item(433); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvChrmD_M() { return gTagsQualcomm.item(434); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvChrmD_P() { return gTagsQualcomm.item(435); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvChrmKCb() { return gTagsQualcomm.item(436); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvChrmKCr() { return gTagsQualcomm.item(437); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvLumaK() { return gTagsQualcomm.item(438); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvLumaV0() { return gTagsQualcomm.item(439); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvLumaV1() { return gTagsQualcomm.item(440); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvLumaV2() { return gTagsQualcomm.item(441); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommLADetect() { return gTagsQualcomm.item(442); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommLAEnable() { return gTagsQualcomm.item(443); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommMaxPrviewFps() { return gTagsQualcomm.item(444); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommMaxVideoFps() { return gTagsQualcomm.item(445); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommNghtshtFps() { return gTagsQualcomm.item(446); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommNightshotMode() { return gTagsQualcomm.item(447); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommOutlierDistance() { return gTagsQualcomm.item(448); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommPclkInvert() { return gTagsQualcomm.item(449); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommPrviewFps() { return gTagsQualcomm.item(450); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommPrviewResol() { return gTagsQualcomm.item(451); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl00() { return gTagsQualcomm.item(452); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl10() { return gTagsQualcomm.item(453); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl11() { return gTagsQualcomm.item(454); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl12() { return gTagsQualcomm.item(455); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl13() { return gTagsQualcomm.item(456); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl14() { return gTagsQualcomm.item(457); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl15() { return gTagsQualcomm.item(458); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl16() { return gTagsQualcomm.item(459); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl17() { return gTagsQualcomm.item(460); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl18() { return gTagsQualcomm.item(461); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl19() { return gTagsQualcomm.item(462); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl01() { return gTagsQualcomm.item(463); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl20() { return gTagsQualcomm.item(464); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl21() { return gTagsQualcomm.item(465); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl22() { return gTagsQualcomm.item(466); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl23() { return gTagsQualcomm.item(467); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl24() { return gTagsQualcomm.item(468); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl25() { return gTagsQualcomm.item(469); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl26() { return gTagsQualcomm.item(470); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl27() { return gTagsQualcomm.item(471); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl28() { return gTagsQualcomm.item(472); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl29() { return gTagsQualcomm.item(473); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl02() { return gTagsQualcomm.item(474); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl30() { return gTagsQualcomm.item(475); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl31() { return gTagsQualcomm.item(476); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl03() { return gTagsQualcomm.item(477); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl04() { return gTagsQualcomm.item(478); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl05() { return gTagsQualcomm.item(479); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl06() { return gTagsQualcomm.item(480); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl07() { return gTagsQualcomm.item(481); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl08() { return gTagsQualcomm.item(482); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl09() { return gTagsQualcomm.item(483); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl00() { return gTagsQualcomm.item(484); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl10() { return gTagsQualcomm.item(485); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl11() { return gTagsQualcomm.item(486); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl12() { return gTagsQualcomm.item(487); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl13() { return gTagsQualcomm.item(488); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl14() { return gTagsQualcomm.item(489); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl15() { return gTagsQualcomm.item(490); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl16() { return gTagsQualcomm.item(491); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl17() { return gTagsQualcomm.item(492); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl18() { return gTagsQualcomm.item(493); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl19() { return gTagsQualcomm.item(494); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl01() { return gTagsQualcomm.item(495); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl20() { return gTagsQualcomm.item(496); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl21() { return gTagsQualcomm.item(497); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl22() { return gTagsQualcomm.item(498); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl23() { return gTagsQualcomm.item(499); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl24() { return gTagsQualcomm.item(500); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl25() { return gTagsQualcomm.item(501); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl26() { return gTagsQualcomm.item(502); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl27() { return gTagsQualcomm.item(503); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl28() { return gTagsQualcomm.item(504); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl29() { return gTagsQualcomm.item(505); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl02() { return gTagsQualcomm.item(506); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl30() { return gTagsQualcomm.item(507); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl31() { return gTagsQualcomm.item(508); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl03() { return gTagsQualcomm.item(509); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl04() { return gTagsQualcomm.item(510); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl05() { return gTagsQualcomm.item(511); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl06() { return gTagsQualcomm.item(512); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl07() { return gTagsQualcomm.item(513); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl08() { return gTagsQualcomm.item(514); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl09() { return gTagsQualcomm.item(515); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ACx() { return gTagsQualcomm.item(516); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ACy() { return gTagsQualcomm.item(517); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl00() { return gTagsQualcomm.item(518); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl10() { return gTagsQualcomm.item(519); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl11() { return gTagsQualcomm.item(520); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl12() { return gTagsQualcomm.item(521); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl13() { return gTagsQualcomm.item(522); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl14() { return gTagsQualcomm.item(523); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl15() { return gTagsQualcomm.item(524); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl16() { return gTagsQualcomm.item(525); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl17() { return gTagsQualcomm.item(526); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl18() { return gTagsQualcomm.item(527); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl19() { return gTagsQualcomm.item(528); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl01() { return gTagsQualcomm.item(529); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl20() { return gTagsQualcomm.item(530); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl21() { return gTagsQualcomm.item(531); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl22() { return gTagsQualcomm.item(532); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl23() { return gTagsQualcomm.item(533); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl24() { return gTagsQualcomm.item(534); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl25() { return gTagsQualcomm.item(535); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl26() { return gTagsQualcomm.item(536); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl27() { return gTagsQualcomm.item(537); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl28() { return gTagsQualcomm.item(538); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl29() { return gTagsQualcomm.item(539); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl02() { return gTagsQualcomm.item(540); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl30() { return gTagsQualcomm.item(541); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl31() { return gTagsQualcomm.item(542); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl03() { return gTagsQualcomm.item(543); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl04() { return gTagsQualcomm.item(544); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl05() { return gTagsQualcomm.item(545); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl06() { return gTagsQualcomm.item(546); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl07() { return gTagsQualcomm.item(547); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl08() { return gTagsQualcomm.item(548); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl09() { return gTagsQualcomm.item(549); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl00() { return gTagsQualcomm.item(550); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl10() { return gTagsQualcomm.item(551); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl11() { return gTagsQualcomm.item(552); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl12() { return gTagsQualcomm.item(553); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl13() { return gTagsQualcomm.item(554); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl14() { return gTagsQualcomm.item(555); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl15() { return gTagsQualcomm.item(556); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl16() { return gTagsQualcomm.item(557); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl17() { return gTagsQualcomm.item(558); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl18() { return gTagsQualcomm.item(559); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl19() { return gTagsQualcomm.item(560); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl01() { return gTagsQualcomm.item(561); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl20() { return gTagsQualcomm.item(562); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl21() { return gTagsQualcomm.item(563); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl22() { return gTagsQualcomm.item(564); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl23() { return gTagsQualcomm.item(565); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl24() { return gTagsQualcomm.item(566); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl25() { return gTagsQualcomm.item(567); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl26() { return gTagsQualcomm.item(568); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl27() { return gTagsQualcomm.item(569); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl28() { return gTagsQualcomm.item(570); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl29() { return gTagsQualcomm.item(571); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl02() { return gTagsQualcomm.item(572); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl30() { return gTagsQualcomm.item(573); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl31() { return gTagsQualcomm.item(574); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl03() { return gTagsQualcomm.item(575); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl04() { return gTagsQualcomm.item(576); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl05() { return gTagsQualcomm.item(577); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl06() { return gTagsQualcomm.item(578); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl07() { return gTagsQualcomm.item(579); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl08() { return gTagsQualcomm.item(580); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl09() { return gTagsQualcomm.item(581); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AHeight() { return gTagsQualcomm.item(582); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2AIntervals() { return gTagsQualcomm.item(583); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl00() { return gTagsQualcomm.item(584); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl10() { return gTagsQualcomm.item(585); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl11() { return gTagsQualcomm.item(586); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl12() { return gTagsQualcomm.item(587); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl13() { return gTagsQualcomm.item(588); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl14() { return gTagsQualcomm.item(589); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl15() { return gTagsQualcomm.item(590); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl16() { return gTagsQualcomm.item(591); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl17() { return gTagsQualcomm.item(592); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl18() { return gTagsQualcomm.item(593); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl19() { return gTagsQualcomm.item(594); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl01() { return gTagsQualcomm.item(595); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl20() { return gTagsQualcomm.item(596); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl21() { return gTagsQualcomm.item(597); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl22() { return gTagsQualcomm.item(598); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl23() { return gTagsQualcomm.item(599); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl24() { return gTagsQualcomm.item(600); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl25() { return gTagsQualcomm.item(601); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl26() { return gTagsQualcomm.item(602); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl27() { return gTagsQualcomm.item(603); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl28() { return gTagsQualcomm.item(604); }
-const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl29() { return gTagsQualcomm.item(605); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedCtbl02() { return gTagsQualcomm.item(606); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedCtbl30() { return gTagsQualcomm.item(607); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedCtbl31() { return gTagsQualcomm.item(608); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedCtbl03() { return gTagsQualcomm.item(609); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedCtbl04() { return gTagsQualcomm.item(610); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedCtbl05() { return gTagsQualcomm.item(611); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedCtbl06() { return gTagsQualcomm.item(612); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedCtbl07() { return gTagsQualcomm.item(613); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedCtbl08() { return gTagsQualcomm.item(614); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedCtbl09() { return gTagsQualcomm.item(615); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl00() { return gTagsQualcomm.item(616); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl10() { return gTagsQualcomm.item(617); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl11() { return gTagsQualcomm.item(618); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl12() { return gTagsQualcomm.item(619); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl13() { return gTagsQualcomm.item(620); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl14() { return gTagsQualcomm.item(621); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl15() { return gTagsQualcomm.item(622); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl16() { return gTagsQualcomm.item(623); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl17() { return gTagsQualcomm.item(624); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl18() { return gTagsQualcomm.item(625); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl19() { return gTagsQualcomm.item(626); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl01() { return gTagsQualcomm.item(627); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl20() { return gTagsQualcomm.item(628); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl21() { return gTagsQualcomm.item(629); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl22() { return gTagsQualcomm.item(630); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl23() { return gTagsQualcomm.item(631); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl24() { return gTagsQualcomm.item(632); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl25() { return gTagsQualcomm.item(633); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl26() { return gTagsQualcomm.item(634); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl27() { return gTagsQualcomm.item(635); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl28() { return gTagsQualcomm.item(636); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl29() { return gTagsQualcomm.item(637); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl02() { return gTagsQualcomm.item(638); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl30() { return gTagsQualcomm.item(639); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl31() { return gTagsQualcomm.item(640); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl03() { return gTagsQualcomm.item(641); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl04() { return gTagsQualcomm.item(642); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl05() { return gTagsQualcomm.item(643); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl06() { return gTagsQualcomm.item(644); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl07() { return gTagsQualcomm.item(645); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl08() { return gTagsQualcomm.item(646); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl09() { return gTagsQualcomm.item(647); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl00() { return gTagsQualcomm.item(648); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl10() { return gTagsQualcomm.item(649); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl11() { return gTagsQualcomm.item(650); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl12() { return gTagsQualcomm.item(651); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl13() { return gTagsQualcomm.item(652); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl14() { return gTagsQualcomm.item(653); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl15() { return gTagsQualcomm.item(654); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl16() { return gTagsQualcomm.item(655); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl17() { return gTagsQualcomm.item(656); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl18() { return gTagsQualcomm.item(657); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl19() { return gTagsQualcomm.item(658); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl01() { return gTagsQualcomm.item(659); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl20() { return gTagsQualcomm.item(660); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl21() { return gTagsQualcomm.item(661); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl22() { return gTagsQualcomm.item(662); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl23() { return gTagsQualcomm.item(663); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl24() { return gTagsQualcomm.item(664); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl25() { return gTagsQualcomm.item(665); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl26() { return gTagsQualcomm.item(666); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl27() { return gTagsQualcomm.item(667); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl28() { return gTagsQualcomm.item(668); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl29() { return gTagsQualcomm.item(669); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl02() { return gTagsQualcomm.item(670); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl30() { return gTagsQualcomm.item(671); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl31() { return gTagsQualcomm.item(672); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl03() { return gTagsQualcomm.item(673); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl04() { return gTagsQualcomm.item(674); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl05() { return gTagsQualcomm.item(675); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl06() { return gTagsQualcomm.item(676); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl07() { return gTagsQualcomm.item(677); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl08() { return gTagsQualcomm.item(678); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl09() { return gTagsQualcomm.item(679); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2AWidth() { return gTagsQualcomm.item(680); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl00() { return gTagsQualcomm.item(681); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl10() { return gTagsQualcomm.item(682); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl11() { return gTagsQualcomm.item(683); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl12() { return gTagsQualcomm.item(684); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl13() { return gTagsQualcomm.item(685); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl14() { return gTagsQualcomm.item(686); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl15() { return gTagsQualcomm.item(687); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl16() { return gTagsQualcomm.item(688); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl17() { return gTagsQualcomm.item(689); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl18() { return gTagsQualcomm.item(690); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl19() { return gTagsQualcomm.item(691); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl01() { return gTagsQualcomm.item(692); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl20() { return gTagsQualcomm.item(693); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl21() { return gTagsQualcomm.item(694); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl22() { return gTagsQualcomm.item(695); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl23() { return gTagsQualcomm.item(696); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl24() { return gTagsQualcomm.item(697); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl25() { return gTagsQualcomm.item(698); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl26() { return gTagsQualcomm.item(699); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl27() { return gTagsQualcomm.item(700); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl28() { return gTagsQualcomm.item(701); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl29() { return gTagsQualcomm.item(702); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl02() { return gTagsQualcomm.item(703); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl30() { return gTagsQualcomm.item(704); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl31() { return gTagsQualcomm.item(705); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl03() { return gTagsQualcomm.item(706); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl04() { return gTagsQualcomm.item(707); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl05() { return gTagsQualcomm.item(708); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl06() { return gTagsQualcomm.item(709); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl07() { return gTagsQualcomm.item(710); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl08() { return gTagsQualcomm.item(711); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl09() { return gTagsQualcomm.item(712); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl00() { return gTagsQualcomm.item(713); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl10() { return gTagsQualcomm.item(714); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl11() { return gTagsQualcomm.item(715); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl12() { return gTagsQualcomm.item(716); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl13() { return gTagsQualcomm.item(717); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl14() { return gTagsQualcomm.item(718); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl15() { return gTagsQualcomm.item(719); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl16() { return gTagsQualcomm.item(720); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl17() { return gTagsQualcomm.item(721); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl18() { return gTagsQualcomm.item(722); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl19() { return gTagsQualcomm.item(723); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl01() { return gTagsQualcomm.item(724); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl20() { return gTagsQualcomm.item(725); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl21() { return gTagsQualcomm.item(726); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl22() { return gTagsQualcomm.item(727); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl23() { return gTagsQualcomm.item(728); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl24() { return gTagsQualcomm.item(729); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl25() { return gTagsQualcomm.item(730); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl26() { return gTagsQualcomm.item(731); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl27() { return gTagsQualcomm.item(732); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl28() { return gTagsQualcomm.item(733); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl29() { return gTagsQualcomm.item(734); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl02() { return gTagsQualcomm.item(735); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl30() { return gTagsQualcomm.item(736); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl31() { return gTagsQualcomm.item(737); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl03() { return gTagsQualcomm.item(738); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl04() { return gTagsQualcomm.item(739); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl05() { return gTagsQualcomm.item(740); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl06() { return gTagsQualcomm.item(741); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl07() { return gTagsQualcomm.item(742); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl08() { return gTagsQualcomm.item(743); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl09() { return gTagsQualcomm.item(744); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Cx() { return gTagsQualcomm.item(745); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Cy() { return gTagsQualcomm.item(746); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl00() { return gTagsQualcomm.item(747); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl10() { return gTagsQualcomm.item(748); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl11() { return gTagsQualcomm.item(749); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl12() { return gTagsQualcomm.item(750); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl13() { return gTagsQualcomm.item(751); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl14() { return gTagsQualcomm.item(752); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl15() { return gTagsQualcomm.item(753); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl16() { return gTagsQualcomm.item(754); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl17() { return gTagsQualcomm.item(755); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl18() { return gTagsQualcomm.item(756); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl19() { return gTagsQualcomm.item(757); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl01() { return gTagsQualcomm.item(758); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl20() { return gTagsQualcomm.item(759); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl21() { return gTagsQualcomm.item(760); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl22() { return gTagsQualcomm.item(761); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl23() { return gTagsQualcomm.item(762); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl24() { return gTagsQualcomm.item(763); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl25() { return gTagsQualcomm.item(764); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl26() { return gTagsQualcomm.item(765); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl27() { return gTagsQualcomm.item(766); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl28() { return gTagsQualcomm.item(767); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl29() { return gTagsQualcomm.item(768); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl02() { return gTagsQualcomm.item(769); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl30() { return gTagsQualcomm.item(770); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl31() { return gTagsQualcomm.item(771); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl03() { return gTagsQualcomm.item(772); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl04() { return gTagsQualcomm.item(773); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl05() { return gTagsQualcomm.item(774); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl06() { return gTagsQualcomm.item(775); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl07() { return gTagsQualcomm.item(776); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl08() { return gTagsQualcomm.item(777); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl09() { return gTagsQualcomm.item(778); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl00() { return gTagsQualcomm.item(779); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl10() { return gTagsQualcomm.item(780); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl11() { return gTagsQualcomm.item(781); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl12() { return gTagsQualcomm.item(782); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl13() { return gTagsQualcomm.item(783); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl14() { return gTagsQualcomm.item(784); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl15() { return gTagsQualcomm.item(785); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl16() { return gTagsQualcomm.item(786); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl17() { return gTagsQualcomm.item(787); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl18() { return gTagsQualcomm.item(788); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl19() { return gTagsQualcomm.item(789); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl01() { return gTagsQualcomm.item(790); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl20() { return gTagsQualcomm.item(791); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl21() { return gTagsQualcomm.item(792); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl22() { return gTagsQualcomm.item(793); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl23() { return gTagsQualcomm.item(794); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl24() { return gTagsQualcomm.item(795); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl25() { return gTagsQualcomm.item(796); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl26() { return gTagsQualcomm.item(797); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl27() { return gTagsQualcomm.item(798); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl28() { return gTagsQualcomm.item(799); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl29() { return gTagsQualcomm.item(800); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl02() { return gTagsQualcomm.item(801); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl30() { return gTagsQualcomm.item(802); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl31() { return gTagsQualcomm.item(803); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl03() { return gTagsQualcomm.item(804); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl04() { return gTagsQualcomm.item(805); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl05() { return gTagsQualcomm.item(806); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl06() { return gTagsQualcomm.item(807); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl07() { return gTagsQualcomm.item(808); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl08() { return gTagsQualcomm.item(809); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl09() { return gTagsQualcomm.item(810); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Height() { return gTagsQualcomm.item(811); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Intervals() { return gTagsQualcomm.item(812); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl00() { return gTagsQualcomm.item(813); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl10() { return gTagsQualcomm.item(814); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl11() { return gTagsQualcomm.item(815); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl12() { return gTagsQualcomm.item(816); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl13() { return gTagsQualcomm.item(817); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl14() { return gTagsQualcomm.item(818); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl15() { return gTagsQualcomm.item(819); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl16() { return gTagsQualcomm.item(820); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl17() { return gTagsQualcomm.item(821); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl18() { return gTagsQualcomm.item(822); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl19() { return gTagsQualcomm.item(823); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl01() { return gTagsQualcomm.item(824); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl20() { return gTagsQualcomm.item(825); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl21() { return gTagsQualcomm.item(826); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl22() { return gTagsQualcomm.item(827); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl23() { return gTagsQualcomm.item(828); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl24() { return gTagsQualcomm.item(829); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl25() { return gTagsQualcomm.item(830); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl26() { return gTagsQualcomm.item(831); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl27() { return gTagsQualcomm.item(832); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl28() { return gTagsQualcomm.item(833); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl29() { return gTagsQualcomm.item(834); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl02() { return gTagsQualcomm.item(835); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl30() { return gTagsQualcomm.item(836); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl31() { return gTagsQualcomm.item(837); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl03() { return gTagsQualcomm.item(838); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl04() { return gTagsQualcomm.item(839); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl05() { return gTagsQualcomm.item(840); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl06() { return gTagsQualcomm.item(841); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl07() { return gTagsQualcomm.item(842); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl08() { return gTagsQualcomm.item(843); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl09() { return gTagsQualcomm.item(844); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl00() { return gTagsQualcomm.item(845); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl10() { return gTagsQualcomm.item(846); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl11() { return gTagsQualcomm.item(847); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl12() { return gTagsQualcomm.item(848); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl13() { return gTagsQualcomm.item(849); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl14() { return gTagsQualcomm.item(850); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl15() { return gTagsQualcomm.item(851); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl16() { return gTagsQualcomm.item(852); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl17() { return gTagsQualcomm.item(853); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl18() { return gTagsQualcomm.item(854); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl19() { return gTagsQualcomm.item(855); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl01() { return gTagsQualcomm.item(856); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl20() { return gTagsQualcomm.item(857); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl21() { return gTagsQualcomm.item(858); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl22() { return gTagsQualcomm.item(859); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl23() { return gTagsQualcomm.item(860); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl24() { return gTagsQualcomm.item(861); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl25() { return gTagsQualcomm.item(862); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl26() { return gTagsQualcomm.item(863); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl27() { return gTagsQualcomm.item(864); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl28() { return gTagsQualcomm.item(865); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl29() { return gTagsQualcomm.item(866); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl02() { return gTagsQualcomm.item(867); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl30() { return gTagsQualcomm.item(868); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl31() { return gTagsQualcomm.item(869); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl03() { return gTagsQualcomm.item(870); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl04() { return gTagsQualcomm.item(871); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl05() { return gTagsQualcomm.item(872); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl06() { return gTagsQualcomm.item(873); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl07() { return gTagsQualcomm.item(874); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl08() { return gTagsQualcomm.item(875); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl09() { return gTagsQualcomm.item(876); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl00() { return gTagsQualcomm.item(877); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl10() { return gTagsQualcomm.item(878); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl11() { return gTagsQualcomm.item(879); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl12() { return gTagsQualcomm.item(880); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl13() { return gTagsQualcomm.item(881); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl14() { return gTagsQualcomm.item(882); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl15() { return gTagsQualcomm.item(883); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl16() { return gTagsQualcomm.item(884); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl17() { return gTagsQualcomm.item(885); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl18() { return gTagsQualcomm.item(886); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl19() { return gTagsQualcomm.item(887); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl01() { return gTagsQualcomm.item(888); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl20() { return gTagsQualcomm.item(889); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl21() { return gTagsQualcomm.item(890); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl22() { return gTagsQualcomm.item(891); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl23() { return gTagsQualcomm.item(892); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl24() { return gTagsQualcomm.item(893); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl25() { return gTagsQualcomm.item(894); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl26() { return gTagsQualcomm.item(895); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl27() { return gTagsQualcomm.item(896); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl28() { return gTagsQualcomm.item(897); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl29() { return gTagsQualcomm.item(898); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl02() { return gTagsQualcomm.item(899); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl30() { return gTagsQualcomm.item(900); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl31() { return gTagsQualcomm.item(901); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl03() { return gTagsQualcomm.item(902); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl04() { return gTagsQualcomm.item(903); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl05() { return gTagsQualcomm.item(904); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl06() { return gTagsQualcomm.item(905); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl07() { return gTagsQualcomm.item(906); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl08() { return gTagsQualcomm.item(907); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl09() { return gTagsQualcomm.item(908); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Width() { return gTagsQualcomm.item(909); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl00() { return gTagsQualcomm.item(910); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl10() { return gTagsQualcomm.item(911); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl11() { return gTagsQualcomm.item(912); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl12() { return gTagsQualcomm.item(913); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl13() { return gTagsQualcomm.item(914); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl14() { return gTagsQualcomm.item(915); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl15() { return gTagsQualcomm.item(916); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl16() { return gTagsQualcomm.item(917); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl17() { return gTagsQualcomm.item(918); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl18() { return gTagsQualcomm.item(919); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl19() { return gTagsQualcomm.item(920); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl01() { return gTagsQualcomm.item(921); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl20() { return gTagsQualcomm.item(922); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl21() { return gTagsQualcomm.item(923); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl22() { return gTagsQualcomm.item(924); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl23() { return gTagsQualcomm.item(925); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl24() { return gTagsQualcomm.item(926); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl25() { return gTagsQualcomm.item(927); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl26() { return gTagsQualcomm.item(928); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl27() { return gTagsQualcomm.item(929); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl28() { return gTagsQualcomm.item(930); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl29() { return gTagsQualcomm.item(931); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl02() { return gTagsQualcomm.item(932); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl30() { return gTagsQualcomm.item(933); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl31() { return gTagsQualcomm.item(934); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl03() { return gTagsQualcomm.item(935); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl04() { return gTagsQualcomm.item(936); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl05() { return gTagsQualcomm.item(937); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl06() { return gTagsQualcomm.item(938); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl07() { return gTagsQualcomm.item(939); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl08() { return gTagsQualcomm.item(940); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl09() { return gTagsQualcomm.item(941); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl00() { return gTagsQualcomm.item(942); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl10() { return gTagsQualcomm.item(943); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl11() { return gTagsQualcomm.item(944); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl12() { return gTagsQualcomm.item(945); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl13() { return gTagsQualcomm.item(946); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl14() { return gTagsQualcomm.item(947); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl15() { return gTagsQualcomm.item(948); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl16() { return gTagsQualcomm.item(949); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl17() { return gTagsQualcomm.item(950); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl18() { return gTagsQualcomm.item(951); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl19() { return gTagsQualcomm.item(952); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl01() { return gTagsQualcomm.item(953); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl20() { return gTagsQualcomm.item(954); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl21() { return gTagsQualcomm.item(955); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl22() { return gTagsQualcomm.item(956); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl23() { return gTagsQualcomm.item(957); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl24() { return gTagsQualcomm.item(958); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl25() { return gTagsQualcomm.item(959); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl26() { return gTagsQualcomm.item(960); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl27() { return gTagsQualcomm.item(961); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl28() { return gTagsQualcomm.item(962); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl29() { return gTagsQualcomm.item(963); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl02() { return gTagsQualcomm.item(964); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl30() { return gTagsQualcomm.item(965); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl31() { return gTagsQualcomm.item(966); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl03() { return gTagsQualcomm.item(967); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl04() { return gTagsQualcomm.item(968); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl05() { return gTagsQualcomm.item(969); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl06() { return gTagsQualcomm.item(970); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl07() { return gTagsQualcomm.item(971); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl08() { return gTagsQualcomm.item(972); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl09() { return gTagsQualcomm.item(973); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84Cx() { return gTagsQualcomm.item(974); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84Cy() { return gTagsQualcomm.item(975); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl00() { return gTagsQualcomm.item(976); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl10() { return gTagsQualcomm.item(977); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl11() { return gTagsQualcomm.item(978); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl12() { return gTagsQualcomm.item(979); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl13() { return gTagsQualcomm.item(980); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl14() { return gTagsQualcomm.item(981); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl15() { return gTagsQualcomm.item(982); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl16() { return gTagsQualcomm.item(983); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl17() { return gTagsQualcomm.item(984); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl18() { return gTagsQualcomm.item(985); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl19() { return gTagsQualcomm.item(986); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl01() { return gTagsQualcomm.item(987); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl20() { return gTagsQualcomm.item(988); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl21() { return gTagsQualcomm.item(989); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl22() { return gTagsQualcomm.item(990); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl23() { return gTagsQualcomm.item(991); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl24() { return gTagsQualcomm.item(992); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl25() { return gTagsQualcomm.item(993); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl26() { return gTagsQualcomm.item(994); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl27() { return gTagsQualcomm.item(995); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl28() { return gTagsQualcomm.item(996); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl29() { return gTagsQualcomm.item(997); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl02() { return gTagsQualcomm.item(998); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl30() { return gTagsQualcomm.item(999); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl31() { return gTagsQualcomm.item(1000); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl03() { return gTagsQualcomm.item(1001); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl04() { return gTagsQualcomm.item(1002); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl05() { return gTagsQualcomm.item(1003); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl06() { return gTagsQualcomm.item(1004); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl07() { return gTagsQualcomm.item(1005); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl08() { return gTagsQualcomm.item(1006); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl09() { return gTagsQualcomm.item(1007); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl00() { return gTagsQualcomm.item(1008); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl10() { return gTagsQualcomm.item(1009); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl11() { return gTagsQualcomm.item(1010); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl12() { return gTagsQualcomm.item(1011); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl13() { return gTagsQualcomm.item(1012); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl14() { return gTagsQualcomm.item(1013); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl15() { return gTagsQualcomm.item(1014); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl16() { return gTagsQualcomm.item(1015); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl17() { return gTagsQualcomm.item(1016); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl18() { return gTagsQualcomm.item(1017); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl19() { return gTagsQualcomm.item(1018); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl01() { return gTagsQualcomm.item(1019); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl20() { return gTagsQualcomm.item(1020); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl21() { return gTagsQualcomm.item(1021); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl22() { return gTagsQualcomm.item(1022); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl23() { return gTagsQualcomm.item(1023); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl24() { return gTagsQualcomm.item(1024); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl25() { return gTagsQualcomm.item(1025); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl26() { return gTagsQualcomm.item(1026); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl27() { return gTagsQualcomm.item(1027); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl28() { return gTagsQualcomm.item(1028); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl29() { return gTagsQualcomm.item(1029); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl02() { return gTagsQualcomm.item(1030); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl30() { return gTagsQualcomm.item(1031); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl31() { return gTagsQualcomm.item(1032); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl03() { return gTagsQualcomm.item(1033); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl04() { return gTagsQualcomm.item(1034); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl05() { return gTagsQualcomm.item(1035); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl06() { return gTagsQualcomm.item(1036); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl07() { return gTagsQualcomm.item(1037); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl08() { return gTagsQualcomm.item(1038); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl09() { return gTagsQualcomm.item(1039); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84Height() { return gTagsQualcomm.item(1040); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84Intervals() { return gTagsQualcomm.item(1041); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl00() { return gTagsQualcomm.item(1042); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl10() { return gTagsQualcomm.item(1043); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl11() { return gTagsQualcomm.item(1044); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl12() { return gTagsQualcomm.item(1045); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl13() { return gTagsQualcomm.item(1046); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl14() { return gTagsQualcomm.item(1047); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl15() { return gTagsQualcomm.item(1048); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl16() { return gTagsQualcomm.item(1049); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl17() { return gTagsQualcomm.item(1050); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl18() { return gTagsQualcomm.item(1051); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl19() { return gTagsQualcomm.item(1052); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl01() { return gTagsQualcomm.item(1053); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl20() { return gTagsQualcomm.item(1054); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl21() { return gTagsQualcomm.item(1055); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl22() { return gTagsQualcomm.item(1056); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl23() { return gTagsQualcomm.item(1057); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl24() { return gTagsQualcomm.item(1058); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl25() { return gTagsQualcomm.item(1059); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl26() { return gTagsQualcomm.item(1060); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl27() { return gTagsQualcomm.item(1061); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl28() { return gTagsQualcomm.item(1062); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl29() { return gTagsQualcomm.item(1063); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl02() { return gTagsQualcomm.item(1064); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl30() { return gTagsQualcomm.item(1065); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl31() { return gTagsQualcomm.item(1066); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl03() { return gTagsQualcomm.item(1067); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl04() { return gTagsQualcomm.item(1068); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl05() { return gTagsQualcomm.item(1069); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl06() { return gTagsQualcomm.item(1070); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl07() { return gTagsQualcomm.item(1071); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl08() { return gTagsQualcomm.item(1072); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl09() { return gTagsQualcomm.item(1073); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl00() { return gTagsQualcomm.item(1074); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl10() { return gTagsQualcomm.item(1075); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl11() { return gTagsQualcomm.item(1076); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl12() { return gTagsQualcomm.item(1077); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl13() { return gTagsQualcomm.item(1078); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl14() { return gTagsQualcomm.item(1079); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl15() { return gTagsQualcomm.item(1080); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl16() { return gTagsQualcomm.item(1081); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl17() { return gTagsQualcomm.item(1082); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl18() { return gTagsQualcomm.item(1083); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl19() { return gTagsQualcomm.item(1084); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl01() { return gTagsQualcomm.item(1085); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl20() { return gTagsQualcomm.item(1086); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl21() { return gTagsQualcomm.item(1087); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl22() { return gTagsQualcomm.item(1088); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl23() { return gTagsQualcomm.item(1089); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl24() { return gTagsQualcomm.item(1090); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl25() { return gTagsQualcomm.item(1091); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl26() { return gTagsQualcomm.item(1092); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl27() { return gTagsQualcomm.item(1093); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl28() { return gTagsQualcomm.item(1094); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl29() { return gTagsQualcomm.item(1095); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl02() { return gTagsQualcomm.item(1096); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl30() { return gTagsQualcomm.item(1097); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl31() { return gTagsQualcomm.item(1098); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl03() { return gTagsQualcomm.item(1099); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl04() { return gTagsQualcomm.item(1100); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl05() { return gTagsQualcomm.item(1101); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl06() { return gTagsQualcomm.item(1102); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl07() { return gTagsQualcomm.item(1103); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl08() { return gTagsQualcomm.item(1104); }
-const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl09() { return gTagsQualcomm.item(1105); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl00() { return gTagsQualcomm.item(1106); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl10() { return gTagsQualcomm.item(1107); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl11() { return gTagsQualcomm.item(1108); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl12() { return gTagsQualcomm.item(1109); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl13() { return gTagsQualcomm.item(1110); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl14() { return gTagsQualcomm.item(1111); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl15() { return gTagsQualcomm.item(1112); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl16() { return gTagsQualcomm.item(1113); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl17() { return gTagsQualcomm.item(1114); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl18() { return gTagsQualcomm.item(1115); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl19() { return gTagsQualcomm.item(1116); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl01() { return gTagsQualcomm.item(1117); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl20() { return gTagsQualcomm.item(1118); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl21() { return gTagsQualcomm.item(1119); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl22() { return gTagsQualcomm.item(1120); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl23() { return gTagsQualcomm.item(1121); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl24() { return gTagsQualcomm.item(1122); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl25() { return gTagsQualcomm.item(1123); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl26() { return gTagsQualcomm.item(1124); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl27() { return gTagsQualcomm.item(1125); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl28() { return gTagsQualcomm.item(1126); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl29() { return gTagsQualcomm.item(1127); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl02() { return gTagsQualcomm.item(1128); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl30() { return gTagsQualcomm.item(1129); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl31() { return gTagsQualcomm.item(1130); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl03() { return gTagsQualcomm.item(1131); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl04() { return gTagsQualcomm.item(1132); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl05() { return gTagsQualcomm.item(1133); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl06() { return gTagsQualcomm.item(1134); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl07() { return gTagsQualcomm.item(1135); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl08() { return gTagsQualcomm.item(1136); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl09() { return gTagsQualcomm.item(1137); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Width() { return gTagsQualcomm.item(1138); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommRolloffEnable() { return gTagsQualcomm.item(1139); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommSensorFmt() { return gTagsQualcomm.item(1140); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommSensorType() { return gTagsQualcomm.item(1141); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommSensrFulHght() { return gTagsQualcomm.item(1142); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommSensrFulWdth() { return gTagsQualcomm.item(1143); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommSensrQtrHght() { return gTagsQualcomm.item(1144); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommSensrQtrWdth() { return gTagsQualcomm.item(1145); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommSnapshotResol() { return gTagsQualcomm.item(1146); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvChrmA_M() { return gTagsQualcomm.item(1147); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvChrmA_P() { return gTagsQualcomm.item(1148); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvChrmB_M() { return gTagsQualcomm.item(1149); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvChrmB_P() { return gTagsQualcomm.item(1150); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvChrmC_M() { return gTagsQualcomm.item(1151); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvChrmC_P() { return gTagsQualcomm.item(1152); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvChrmD_M() { return gTagsQualcomm.item(1153); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvChrmD_P() { return gTagsQualcomm.item(1154); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvChrmKCb() { return gTagsQualcomm.item(1155); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvChrmKCr() { return gTagsQualcomm.item(1156); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvLumaK() { return gTagsQualcomm.item(1157); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvLumaV0() { return gTagsQualcomm.item(1158); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvLumaV1() { return gTagsQualcomm.item(1159); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvLumaV2() { return gTagsQualcomm.item(1160); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommVideoFps() { return gTagsQualcomm.item(1161); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvChrmA_M() { return gTagsQualcomm.item(1162); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvChrmA_P() { return gTagsQualcomm.item(1163); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvChrmB_M() { return gTagsQualcomm.item(1164); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvChrmB_P() { return gTagsQualcomm.item(1165); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvChrmC_M() { return gTagsQualcomm.item(1166); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvChrmC_P() { return gTagsQualcomm.item(1167); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvChrmD_M() { return gTagsQualcomm.item(1168); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvChrmD_P() { return gTagsQualcomm.item(1169); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvChrmKCb() { return gTagsQualcomm.item(1170); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvChrmKCr() { return gTagsQualcomm.item(1171); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvLumaK() { return gTagsQualcomm.item(1172); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvLumaV0() { return gTagsQualcomm.item(1173); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvLumaV1() { return gTagsQualcomm.item(1174); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvLumaV2() { return gTagsQualcomm.item(1175); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorC0() { return gTagsQualcomm.item(1176); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorC1() { return gTagsQualcomm.item(1177); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorC2() { return gTagsQualcomm.item(1178); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorC3() { return gTagsQualcomm.item(1179); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorC4() { return gTagsQualcomm.item(1180); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorC5() { return gTagsQualcomm.item(1181); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorC6() { return gTagsQualcomm.item(1182); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorC7() { return gTagsQualcomm.item(1183); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorC8() { return gTagsQualcomm.item(1184); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorK0() { return gTagsQualcomm.item(1185); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorK1() { return gTagsQualcomm.item(1186); }
-const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorK2() { return gTagsQualcomm.item(1187); }
-
-namespace detail {
-const TagItem* findInQualcomm(std::string_view key) { return gTagsQualcomm.find(key); }
-}  // namespace detail
+const TagItem& detail::TagItemCatalogue26::itemQualcommHJREnable() { return detail::gTagsQualcomm.item(0); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommHJRMaxNumFrames() { return detail::gTagsQualcomm.item(1); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommHJR_NReductionFlat() { return detail::gTagsQualcomm.item(2); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommHJR_NReductionTexture() { return detail::gTagsQualcomm.item(3); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommHJROneToTwoOffset() { return detail::gTagsQualcomm.item(4); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommHJRTextureThreshold() { return detail::gTagsQualcomm.item(5); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECAggressiveness() { return detail::gTagsQualcomm.item(6); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECCurrentExpIndex() { return detail::gTagsQualcomm.item(7); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECCurrentSensorLuma() { return detail::gTagsQualcomm.item(8); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECEnable() { return detail::gTagsQualcomm.item(9); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECExposureIndexAdjStep() { return detail::gTagsQualcomm.item(10); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECHighLumaRegionCount() { return detail::gTagsQualcomm.item(11); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECHighLumaRegionThreshold() { return detail::gTagsQualcomm.item(12); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECIndoorIdx() { return detail::gTagsQualcomm.item(13); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECLumaTarget() { return detail::gTagsQualcomm.item(14); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECLumaTolerance() { return detail::gTagsQualcomm.item(15); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECMode() { return detail::gTagsQualcomm.item(16); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECOdoorIdx() { return detail::gTagsQualcomm.item(17); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECOutdoorBrightDiscarded() { return detail::gTagsQualcomm.item(18); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECOutdoorBrightEnable() { return detail::gTagsQualcomm.item(19); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECOutdoorBrightReduction() { return detail::gTagsQualcomm.item(20); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECOutdoorBrightThresholdHI() { return detail::gTagsQualcomm.item(21); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECOutdoorBrightThresholdLO() { return detail::gTagsQualcomm.item(22); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECOutdoorGammaIndex() { return detail::gTagsQualcomm.item(23); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECSnapshotDigitalGain() { return detail::gTagsQualcomm.item(24); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECSnapshotExposureTimeMs() { return detail::gTagsQualcomm.item(25); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECSnapshotLineCount() { return detail::gTagsQualcomm.item(26); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECSnapshotSensorGain() { return detail::gTagsQualcomm.item(27); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAECVfeLuma() { return detail::gTagsQualcomm.item(28); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFBoundary() { return detail::gTagsQualcomm.item(29); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFCollectEndStat() { return detail::gTagsQualcomm.item(30); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFEnable() { return detail::gTagsQualcomm.item(31); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFFarEnd() { return detail::gTagsQualcomm.item(32); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFFineSrchPoints() { return detail::gTagsQualcomm.item(33); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFFineStep() { return detail::gTagsQualcomm.item(34); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFFocusTime() { return detail::gTagsQualcomm.item(35); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFGrossStep() { return detail::gTagsQualcomm.item(36); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFMode() { return detail::gTagsQualcomm.item(37); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFNearEnd() { return detail::gTagsQualcomm.item(38); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFPosDefMacro() { return detail::gTagsQualcomm.item(39); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFPosDefNorm() { return detail::gTagsQualcomm.item(40); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFPosition() { return detail::gTagsQualcomm.item(41); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFProcess() { return detail::gTagsQualcomm.item(42); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFResetLensAfterSnap() { return detail::gTagsQualcomm.item(43); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFStepsNearFar() { return detail::gTagsQualcomm.item(44); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFStepsNearInfinity() { return detail::gTagsQualcomm.item(45); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTestMode() { return detail::gTagsQualcomm.item(46); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions00() { return detail::gTagsQualcomm.item(47); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions10() { return detail::gTagsQualcomm.item(48); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions11() { return detail::gTagsQualcomm.item(49); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions12() { return detail::gTagsQualcomm.item(50); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions13() { return detail::gTagsQualcomm.item(51); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions14() { return detail::gTagsQualcomm.item(52); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions15() { return detail::gTagsQualcomm.item(53); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions16() { return detail::gTagsQualcomm.item(54); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions17() { return detail::gTagsQualcomm.item(55); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions18() { return detail::gTagsQualcomm.item(56); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions19() { return detail::gTagsQualcomm.item(57); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions01() { return detail::gTagsQualcomm.item(58); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions20() { return detail::gTagsQualcomm.item(59); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions21() { return detail::gTagsQualcomm.item(60); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions22() { return detail::gTagsQualcomm.item(61); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions23() { return detail::gTagsQualcomm.item(62); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions24() { return detail::gTagsQualcomm.item(63); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions25() { return detail::gTagsQualcomm.item(64); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions26() { return detail::gTagsQualcomm.item(65); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions27() { return detail::gTagsQualcomm.item(66); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions28() { return detail::gTagsQualcomm.item(67); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions29() { return detail::gTagsQualcomm.item(68); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions02() { return detail::gTagsQualcomm.item(69); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions30() { return detail::gTagsQualcomm.item(70); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions31() { return detail::gTagsQualcomm.item(71); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions32() { return detail::gTagsQualcomm.item(72); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions33() { return detail::gTagsQualcomm.item(73); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions34() { return detail::gTagsQualcomm.item(74); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions35() { return detail::gTagsQualcomm.item(75); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions36() { return detail::gTagsQualcomm.item(76); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions37() { return detail::gTagsQualcomm.item(77); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions38() { return detail::gTagsQualcomm.item(78); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions39() { return detail::gTagsQualcomm.item(79); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions03() { return detail::gTagsQualcomm.item(80); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions40() { return detail::gTagsQualcomm.item(81); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions41() { return detail::gTagsQualcomm.item(82); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions42() { return detail::gTagsQualcomm.item(83); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions43() { return detail::gTagsQualcomm.item(84); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions44() { return detail::gTagsQualcomm.item(85); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions45() { return detail::gTagsQualcomm.item(86); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions46() { return detail::gTagsQualcomm.item(87); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions47() { return detail::gTagsQualcomm.item(88); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions48() { return detail::gTagsQualcomm.item(89); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions49() { return detail::gTagsQualcomm.item(90); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions04() { return detail::gTagsQualcomm.item(91); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions05() { return detail::gTagsQualcomm.item(92); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions06() { return detail::gTagsQualcomm.item(93); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions07() { return detail::gTagsQualcomm.item(94); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions08() { return detail::gTagsQualcomm.item(95); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTracePositions09() { return detail::gTagsQualcomm.item(96); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTraceStats00() { return detail::gTagsQualcomm.item(97); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTraceStats10() { return detail::gTagsQualcomm.item(98); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTraceStats11() { return detail::gTagsQualcomm.item(99); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTraceStats12() { return detail::gTagsQualcomm.item(100); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTraceStats13() { return detail::gTagsQualcomm.item(101); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTraceStats14() { return detail::gTagsQualcomm.item(102); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTraceStats15() { return detail::gTagsQualcomm.item(103); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTraceStats16() { return detail::gTagsQualcomm.item(104); }
+const TagItem& detail::TagItemCatalogue26::itemQualcommAFTraceStats17() { return detail::gTagsQualcomm.item(105); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats18() { return detail::gTagsQualcomm.item(106); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats19() { return detail::gTagsQualcomm.item(107); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats01() { return detail::gTagsQualcomm.item(108); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats20() { return detail::gTagsQualcomm.item(109); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats21() { return detail::gTagsQualcomm.item(110); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats22() { return detail::gTagsQualcomm.item(111); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats23() { return detail::gTagsQualcomm.item(112); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats24() { return detail::gTagsQualcomm.item(113); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats25() { return detail::gTagsQualcomm.item(114); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats26() { return detail::gTagsQualcomm.item(115); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats27() { return detail::gTagsQualcomm.item(116); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats28() { return detail::gTagsQualcomm.item(117); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats29() { return detail::gTagsQualcomm.item(118); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats02() { return detail::gTagsQualcomm.item(119); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats30() { return detail::gTagsQualcomm.item(120); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats31() { return detail::gTagsQualcomm.item(121); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats32() { return detail::gTagsQualcomm.item(122); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats33() { return detail::gTagsQualcomm.item(123); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats34() { return detail::gTagsQualcomm.item(124); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats35() { return detail::gTagsQualcomm.item(125); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats36() { return detail::gTagsQualcomm.item(126); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats37() { return detail::gTagsQualcomm.item(127); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats38() { return detail::gTagsQualcomm.item(128); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats39() { return detail::gTagsQualcomm.item(129); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats03() { return detail::gTagsQualcomm.item(130); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats40() { return detail::gTagsQualcomm.item(131); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats41() { return detail::gTagsQualcomm.item(132); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats42() { return detail::gTagsQualcomm.item(133); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats43() { return detail::gTagsQualcomm.item(134); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats44() { return detail::gTagsQualcomm.item(135); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats45() { return detail::gTagsQualcomm.item(136); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats46() { return detail::gTagsQualcomm.item(137); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats47() { return detail::gTagsQualcomm.item(138); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats48() { return detail::gTagsQualcomm.item(139); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats49() { return detail::gTagsQualcomm.item(140); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats04() { return detail::gTagsQualcomm.item(141); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats05() { return detail::gTagsQualcomm.item(142); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats06() { return detail::gTagsQualcomm.item(143); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats07() { return detail::gTagsQualcomm.item(144); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats08() { return detail::gTagsQualcomm.item(145); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFTraceStats09() { return detail::gTagsQualcomm.item(146); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFUndershootProtect() { return detail::gTagsQualcomm.item(147); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFVfeHorzOffset() { return detail::gTagsQualcomm.item(148); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFVfeHorzWidth() { return detail::gTagsQualcomm.item(149); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFVfeMetricMax() { return detail::gTagsQualcomm.item(150); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFVfeVertHeight() { return detail::gTagsQualcomm.item(151); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFVfeVertOffset() { return detail::gTagsQualcomm.item(152); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFREnable() { return detail::gTagsQualcomm.item(153); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFRFaster0ExpMod() { return detail::gTagsQualcomm.item(154); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFRFaster0Trigger() { return detail::gTagsQualcomm.item(155); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFRFaster1ExpMod() { return detail::gTagsQualcomm.item(156); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFRFaster1Trigger() { return detail::gTagsQualcomm.item(157); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFRFaster2ExpMod() { return detail::gTagsQualcomm.item(158); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFRFaster2Trigger() { return detail::gTagsQualcomm.item(159); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFRFaster3ExpMod() { return detail::gTagsQualcomm.item(160); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFRFaster3Trigger() { return detail::gTagsQualcomm.item(161); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFRFaster4ExpMod() { return detail::gTagsQualcomm.item(162); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFRFaster4Trigger() { return detail::gTagsQualcomm.item(163); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFRPossibleFrameCnt() { return detail::gTagsQualcomm.item(164); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFRSlower0ExpMod() { return detail::gTagsQualcomm.item(165); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFRSlower0Trigger() { return detail::gTagsQualcomm.item(166); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFRSlower1ExpMod() { return detail::gTagsQualcomm.item(167); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFRSlower1Trigger() { return detail::gTagsQualcomm.item(168); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFRSlower2ExpMod() { return detail::gTagsQualcomm.item(169); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFRSlower2Trigger() { return detail::gTagsQualcomm.item(170); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFRSlower3ExpMod() { return detail::gTagsQualcomm.item(171); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFRSlower3Trigger() { return detail::gTagsQualcomm.item(172); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFRSlower4ExpMod() { return detail::gTagsQualcomm.item(173); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAFRSlower4Trigger() { return detail::gTagsQualcomm.item(174); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAntiBadingPixelClk() { return detail::gTagsQualcomm.item(175); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAntiBadingPixelClkPerLine() { return detail::gTagsQualcomm.item(176); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAntibandingEnable() { return detail::gTagsQualcomm.item(177); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF3EdgeDetect() { return detail::gTagsQualcomm.item(178); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF3EdgeFilterA11() { return detail::gTagsQualcomm.item(179); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF3EdgeFilterA12() { return detail::gTagsQualcomm.item(180); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF3EdgeFilterA13() { return detail::gTagsQualcomm.item(181); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF3EdgeFilterA21() { return detail::gTagsQualcomm.item(182); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF3EdgeFilterA22() { return detail::gTagsQualcomm.item(183); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF3EdgeFilterA23() { return detail::gTagsQualcomm.item(184); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF3EdgeFilterA31() { return detail::gTagsQualcomm.item(185); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF3EdgeFilterA32() { return detail::gTagsQualcomm.item(186); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF3EdgeFilterA33() { return detail::gTagsQualcomm.item(187); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF3Enable() { return detail::gTagsQualcomm.item(188); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF3LowerThreshold() { return detail::gTagsQualcomm.item(189); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF3NoiseFilterA11() { return detail::gTagsQualcomm.item(190); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF3NoiseFilterA12() { return detail::gTagsQualcomm.item(191); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF3NoiseFilterA13() { return detail::gTagsQualcomm.item(192); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF3NoiseFilterA21() { return detail::gTagsQualcomm.item(193); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF3NoiseFilterA22() { return detail::gTagsQualcomm.item(194); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF3NoiseFilterA23() { return detail::gTagsQualcomm.item(195); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF3NoiseFilterA31() { return detail::gTagsQualcomm.item(196); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF3NoiseFilterA32() { return detail::gTagsQualcomm.item(197); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF3NoiseFilterA33() { return detail::gTagsQualcomm.item(198); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF3UpperThreshold() { return detail::gTagsQualcomm.item(199); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5BrtLoThres() { return detail::gTagsQualcomm.item(200); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5BrtShrpDegF1() { return detail::gTagsQualcomm.item(201); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5BrtShrpDegF2() { return detail::gTagsQualcomm.item(202); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5BrtSmthPercent() { return detail::gTagsQualcomm.item(203); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5BrtUpThres() { return detail::gTagsQualcomm.item(204); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Enable() { return detail::gTagsQualcomm.item(205); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5ExposureIndex1() { return detail::gTagsQualcomm.item(206); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5ExposureIndex2() { return detail::gTagsQualcomm.item(207); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A11() { return detail::gTagsQualcomm.item(208); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A12() { return detail::gTagsQualcomm.item(209); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A13() { return detail::gTagsQualcomm.item(210); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A14() { return detail::gTagsQualcomm.item(211); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A15() { return detail::gTagsQualcomm.item(212); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A21() { return detail::gTagsQualcomm.item(213); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A22() { return detail::gTagsQualcomm.item(214); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A23() { return detail::gTagsQualcomm.item(215); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A24() { return detail::gTagsQualcomm.item(216); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A25() { return detail::gTagsQualcomm.item(217); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A31() { return detail::gTagsQualcomm.item(218); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A32() { return detail::gTagsQualcomm.item(219); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A33() { return detail::gTagsQualcomm.item(220); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A34() { return detail::gTagsQualcomm.item(221); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A35() { return detail::gTagsQualcomm.item(222); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A41() { return detail::gTagsQualcomm.item(223); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A42() { return detail::gTagsQualcomm.item(224); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A43() { return detail::gTagsQualcomm.item(225); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A44() { return detail::gTagsQualcomm.item(226); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A45() { return detail::gTagsQualcomm.item(227); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A51() { return detail::gTagsQualcomm.item(228); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A52() { return detail::gTagsQualcomm.item(229); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A53() { return detail::gTagsQualcomm.item(230); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A54() { return detail::gTagsQualcomm.item(231); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter1A55() { return detail::gTagsQualcomm.item(232); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A11() { return detail::gTagsQualcomm.item(233); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A12() { return detail::gTagsQualcomm.item(234); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A13() { return detail::gTagsQualcomm.item(235); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A14() { return detail::gTagsQualcomm.item(236); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A15() { return detail::gTagsQualcomm.item(237); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A21() { return detail::gTagsQualcomm.item(238); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A22() { return detail::gTagsQualcomm.item(239); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A23() { return detail::gTagsQualcomm.item(240); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A24() { return detail::gTagsQualcomm.item(241); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A25() { return detail::gTagsQualcomm.item(242); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A31() { return detail::gTagsQualcomm.item(243); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A32() { return detail::gTagsQualcomm.item(244); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A33() { return detail::gTagsQualcomm.item(245); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A34() { return detail::gTagsQualcomm.item(246); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A35() { return detail::gTagsQualcomm.item(247); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A41() { return detail::gTagsQualcomm.item(248); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A42() { return detail::gTagsQualcomm.item(249); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A43() { return detail::gTagsQualcomm.item(250); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A44() { return detail::gTagsQualcomm.item(251); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A45() { return detail::gTagsQualcomm.item(252); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A51() { return detail::gTagsQualcomm.item(253); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A52() { return detail::gTagsQualcomm.item(254); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A53() { return detail::gTagsQualcomm.item(255); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A54() { return detail::gTagsQualcomm.item(256); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5Filter2A55() { return detail::gTagsQualcomm.item(257); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5FilterMode() { return detail::gTagsQualcomm.item(258); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LowLoThres() { return detail::gTagsQualcomm.item(259); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LowShrpDegF1() { return detail::gTagsQualcomm.item(260); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LowShrpDegF2() { return detail::gTagsQualcomm.item(261); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LowSmthPrcnt() { return detail::gTagsQualcomm.item(262); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LowUpThres() { return detail::gTagsQualcomm.item(263); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LumaFilter00() { return detail::gTagsQualcomm.item(264); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LumaFilter01() { return detail::gTagsQualcomm.item(265); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LumaFilter02() { return detail::gTagsQualcomm.item(266); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LumaFilter03() { return detail::gTagsQualcomm.item(267); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LumaFilter04() { return detail::gTagsQualcomm.item(268); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LumaFilter05() { return detail::gTagsQualcomm.item(269); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LumaFilter06() { return detail::gTagsQualcomm.item(270); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LumaFilter07() { return detail::gTagsQualcomm.item(271); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5LumaFilter08() { return detail::gTagsQualcomm.item(272); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5MaxExposureIndex() { return detail::gTagsQualcomm.item(273); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5NrmLoThres() { return detail::gTagsQualcomm.item(274); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5NrmShrpDegF1() { return detail::gTagsQualcomm.item(275); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5NrmShrpDegF2() { return detail::gTagsQualcomm.item(276); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5NrmSmthPrcnt() { return detail::gTagsQualcomm.item(277); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5NrmUpThres() { return detail::gTagsQualcomm.item(278); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5NrmizeFactor1() { return detail::gTagsQualcomm.item(279); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommASF5NrmizeFactor2() { return detail::gTagsQualcomm.item(280); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBAggressiveness() { return detail::gTagsQualcomm.item(281); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBAgwGridDist2Thresh() { return detail::gTagsQualcomm.item(282); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBAlgorithm() { return detail::gTagsQualcomm.item(283); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBAveBgRatio() { return detail::gTagsQualcomm.item(284); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBAveRgRatio() { return detail::gTagsQualcomm.item(285); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainAdjRef1() { return detail::gTagsQualcomm.item(286); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainAdjRef2() { return detail::gTagsQualcomm.item(287); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainAdjRef3() { return detail::gTagsQualcomm.item(288); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainAdjRef4() { return detail::gTagsQualcomm.item(289); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainAdjRef5() { return detail::gTagsQualcomm.item(290); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainAdjRef6() { return detail::gTagsQualcomm.item(291); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainAdjRef7() { return detail::gTagsQualcomm.item(292); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainAdjRef8() { return detail::gTagsQualcomm.item(293); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainRef1() { return detail::gTagsQualcomm.item(294); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainRef2() { return detail::gTagsQualcomm.item(295); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainRef3() { return detail::gTagsQualcomm.item(296); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainRef4() { return detail::gTagsQualcomm.item(297); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainRef5() { return detail::gTagsQualcomm.item(298); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainRef6() { return detail::gTagsQualcomm.item(299); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainRef7() { return detail::gTagsQualcomm.item(300); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBBlueGainRef8() { return detail::gTagsQualcomm.item(301); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBCcBias() { return detail::gTagsQualcomm.item(302); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBCompactClusterR2() { return detail::gTagsQualcomm.item(303); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBEnable() { return detail::gTagsQualcomm.item(304); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBGreenOffsetBg() { return detail::gTagsQualcomm.item(305); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBGreenOffsetRg() { return detail::gTagsQualcomm.item(306); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBIndoorSampleInfluence() { return detail::gTagsQualcomm.item(307); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBLoVfeC1() { return detail::gTagsQualcomm.item(308); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBLoVfeC2() { return detail::gTagsQualcomm.item(309); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBLoVfeC3() { return detail::gTagsQualcomm.item(310); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBLoVfeC4() { return detail::gTagsQualcomm.item(311); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBLoVfeM1() { return detail::gTagsQualcomm.item(312); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBLoVfeM2() { return detail::gTagsQualcomm.item(313); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBLoVfeM3() { return detail::gTagsQualcomm.item(314); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBLoVfeM4() { return detail::gTagsQualcomm.item(315); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBLoVfeMaxY() { return detail::gTagsQualcomm.item(316); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBLoVfeMinY() { return detail::gTagsQualcomm.item(317); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBLowLigColCorEna() { return detail::gTagsQualcomm.item(318); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBMaxBGain() { return detail::gTagsQualcomm.item(319); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBMaxGGain() { return detail::gTagsQualcomm.item(320); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBMaxRGain() { return detail::gTagsQualcomm.item(321); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBMinBGain() { return detail::gTagsQualcomm.item(322); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBMinGGain() { return detail::gTagsQualcomm.item(323); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBMinRGain() { return detail::gTagsQualcomm.item(324); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBNormVfeC1() { return detail::gTagsQualcomm.item(325); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBNormVfeC2() { return detail::gTagsQualcomm.item(326); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBNormVfeC3() { return detail::gTagsQualcomm.item(327); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBNormVfeC4() { return detail::gTagsQualcomm.item(328); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBNormVfeM1() { return detail::gTagsQualcomm.item(329); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBNormVfeM2() { return detail::gTagsQualcomm.item(330); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBNormVfeM3() { return detail::gTagsQualcomm.item(331); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBNormVfeM4() { return detail::gTagsQualcomm.item(332); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBNormVfeMaxY() { return detail::gTagsQualcomm.item(333); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBNormVfeMinY() { return detail::gTagsQualcomm.item(334); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBOudorVfeC1() { return detail::gTagsQualcomm.item(335); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBOudorVfeC2() { return detail::gTagsQualcomm.item(336); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBOudorVfeC3() { return detail::gTagsQualcomm.item(337); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBOudorVfeC4() { return detail::gTagsQualcomm.item(338); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBOudorVfeM1() { return detail::gTagsQualcomm.item(339); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBOudorVfeM2() { return detail::gTagsQualcomm.item(340); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBOudorVfeM3() { return detail::gTagsQualcomm.item(341); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBOudorVfeM4() { return detail::gTagsQualcomm.item(342); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBOudorVfeMaxY() { return detail::gTagsQualcomm.item(343); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBOudorVfeMinY() { return detail::gTagsQualcomm.item(344); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBOutdoorSampleInfluence() { return detail::gTagsQualcomm.item(345); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBPrevWbBgain() { return detail::gTagsQualcomm.item(346); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBPrevWbGgain() { return detail::gTagsQualcomm.item(347); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBPrevWbRgain() { return detail::gTagsQualcomm.item(348); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainAdjRef1() { return detail::gTagsQualcomm.item(349); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainAdjRef2() { return detail::gTagsQualcomm.item(350); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainAdjRef3() { return detail::gTagsQualcomm.item(351); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainAdjRef4() { return detail::gTagsQualcomm.item(352); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainAdjRef5() { return detail::gTagsQualcomm.item(353); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainAdjRef6() { return detail::gTagsQualcomm.item(354); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainAdjRef7() { return detail::gTagsQualcomm.item(355); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainAdjRef8() { return detail::gTagsQualcomm.item(356); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainRef1() { return detail::gTagsQualcomm.item(357); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainRef2() { return detail::gTagsQualcomm.item(358); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainRef3() { return detail::gTagsQualcomm.item(359); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainRef4() { return detail::gTagsQualcomm.item(360); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainRef5() { return detail::gTagsQualcomm.item(361); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainRef6() { return detail::gTagsQualcomm.item(362); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainRef7() { return detail::gTagsQualcomm.item(363); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBRedGainRef8() { return detail::gTagsQualcomm.item(364); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBSampleDecision() { return detail::gTagsQualcomm.item(365); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBSnapshotBGain() { return detail::gTagsQualcomm.item(366); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommAWBSnapshotRGain() { return detail::gTagsQualcomm.item(367); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommBlckLvlEvenCols() { return detail::gTagsQualcomm.item(368); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommBlckLvlOddCols() { return detail::gTagsQualcomm.item(369); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommCamMclkHz() { return detail::gTagsQualcomm.item(370); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommChroSupChroThres1() { return detail::gTagsQualcomm.item(371); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommChroSupChroThres2() { return detail::gTagsQualcomm.item(372); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommChroSupLumaThres1() { return detail::gTagsQualcomm.item(373); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommChroSupLumaThres2() { return detail::gTagsQualcomm.item(374); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommChroSupLumaThres3() { return detail::gTagsQualcomm.item(375); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommChroSupLumaThres4() { return detail::gTagsQualcomm.item(376); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommChromSupress() { return detail::gTagsQualcomm.item(377); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommClipToAfRato() { return detail::gTagsQualcomm.item(378); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommCurrResol() { return detail::gTagsQualcomm.item(379); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvChrmA_M() { return detail::gTagsQualcomm.item(380); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvChrmA_P() { return detail::gTagsQualcomm.item(381); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvChrmB_M() { return detail::gTagsQualcomm.item(382); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvChrmB_P() { return detail::gTagsQualcomm.item(383); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvChrmC_M() { return detail::gTagsQualcomm.item(384); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvChrmC_P() { return detail::gTagsQualcomm.item(385); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvChrmD_M() { return detail::gTagsQualcomm.item(386); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvChrmD_P() { return detail::gTagsQualcomm.item(387); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvChrmKCb() { return detail::gTagsQualcomm.item(388); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvChrmKCr() { return detail::gTagsQualcomm.item(389); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvLumaK() { return detail::gTagsQualcomm.item(390); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvLumaV0() { return detail::gTagsQualcomm.item(391); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvLumaV1() { return detail::gTagsQualcomm.item(392); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDayltConvLumaV2() { return detail::gTagsQualcomm.item(393); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvChrmA_M() { return detail::gTagsQualcomm.item(394); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvChrmA_P() { return detail::gTagsQualcomm.item(395); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvChrmB_M() { return detail::gTagsQualcomm.item(396); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvChrmB_P() { return detail::gTagsQualcomm.item(397); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvChrmC_M() { return detail::gTagsQualcomm.item(398); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvChrmC_P() { return detail::gTagsQualcomm.item(399); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvChrmD_M() { return detail::gTagsQualcomm.item(400); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvChrmD_P() { return detail::gTagsQualcomm.item(401); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvChrmKCb() { return detail::gTagsQualcomm.item(402); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvChrmKCr() { return detail::gTagsQualcomm.item(403); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvLumaK() { return detail::gTagsQualcomm.item(404); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvLumaV0() { return detail::gTagsQualcomm.item(405); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvLumaV1() { return detail::gTagsQualcomm.item(406); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefConvLumaV2() { return detail::gTagsQualcomm.item(407); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorC0() { return detail::gTagsQualcomm.item(408); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorC1() { return detail::gTagsQualcomm.item(409); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorC2() { return detail::gTagsQualcomm.item(410); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorC3() { return detail::gTagsQualcomm.item(411); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorC4() { return detail::gTagsQualcomm.item(412); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorC5() { return detail::gTagsQualcomm.item(413); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorC6() { return detail::gTagsQualcomm.item(414); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorC7() { return detail::gTagsQualcomm.item(415); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorC8() { return detail::gTagsQualcomm.item(416); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorK0() { return detail::gTagsQualcomm.item(417); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorK1() { return detail::gTagsQualcomm.item(418); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefCorK2() { return detail::gTagsQualcomm.item(419); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefLumaGammaMode() { return detail::gTagsQualcomm.item(420); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefRgbGammaMode() { return detail::gTagsQualcomm.item(421); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefectPixCorEnable() { return detail::gTagsQualcomm.item(422); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefectPixMaxThresh() { return detail::gTagsQualcomm.item(423); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDefectPixMinThresh() { return detail::gTagsQualcomm.item(424); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommDiscardFrstFrm() { return detail::gTagsQualcomm.item(425); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommFrmSkipPttrn() { return detail::gTagsQualcomm.item(426); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommGammaEnable() { return detail::gTagsQualcomm.item(427); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvChrmA_M() { return detail::gTagsQualcomm.item(428); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvChrmA_P() { return detail::gTagsQualcomm.item(429); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvChrmB_M() { return detail::gTagsQualcomm.item(430); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvChrmB_P() { return detail::gTagsQualcomm.item(431); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvChrmC_M() { return detail::gTagsQualcomm.item(432); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvChrmC_P() { return detail::gTagsQualcomm.item(433); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvChrmD_M() { return detail::gTagsQualcomm.item(434); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvChrmD_P() { return detail::gTagsQualcomm.item(435); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvChrmKCb() { return detail::gTagsQualcomm.item(436); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvChrmKCr() { return detail::gTagsQualcomm.item(437); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvLumaK() { return detail::gTagsQualcomm.item(438); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvLumaV0() { return detail::gTagsQualcomm.item(439); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvLumaV1() { return detail::gTagsQualcomm.item(440); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommIncandConvLumaV2() { return detail::gTagsQualcomm.item(441); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommLADetect() { return detail::gTagsQualcomm.item(442); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommLAEnable() { return detail::gTagsQualcomm.item(443); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommMaxPrviewFps() { return detail::gTagsQualcomm.item(444); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommMaxVideoFps() { return detail::gTagsQualcomm.item(445); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommNghtshtFps() { return detail::gTagsQualcomm.item(446); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommNightshotMode() { return detail::gTagsQualcomm.item(447); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommOutlierDistance() { return detail::gTagsQualcomm.item(448); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommPclkInvert() { return detail::gTagsQualcomm.item(449); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommPrviewFps() { return detail::gTagsQualcomm.item(450); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommPrviewResol() { return detail::gTagsQualcomm.item(451); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl00() { return detail::gTagsQualcomm.item(452); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl10() { return detail::gTagsQualcomm.item(453); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl11() { return detail::gTagsQualcomm.item(454); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl12() { return detail::gTagsQualcomm.item(455); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl13() { return detail::gTagsQualcomm.item(456); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl14() { return detail::gTagsQualcomm.item(457); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl15() { return detail::gTagsQualcomm.item(458); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl16() { return detail::gTagsQualcomm.item(459); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl17() { return detail::gTagsQualcomm.item(460); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl18() { return detail::gTagsQualcomm.item(461); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl19() { return detail::gTagsQualcomm.item(462); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl01() { return detail::gTagsQualcomm.item(463); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl20() { return detail::gTagsQualcomm.item(464); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl21() { return detail::gTagsQualcomm.item(465); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl22() { return detail::gTagsQualcomm.item(466); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl23() { return detail::gTagsQualcomm.item(467); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl24() { return detail::gTagsQualcomm.item(468); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl25() { return detail::gTagsQualcomm.item(469); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl26() { return detail::gTagsQualcomm.item(470); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl27() { return detail::gTagsQualcomm.item(471); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl28() { return detail::gTagsQualcomm.item(472); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl29() { return detail::gTagsQualcomm.item(473); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl02() { return detail::gTagsQualcomm.item(474); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl30() { return detail::gTagsQualcomm.item(475); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl31() { return detail::gTagsQualcomm.item(476); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl03() { return detail::gTagsQualcomm.item(477); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl04() { return detail::gTagsQualcomm.item(478); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl05() { return detail::gTagsQualcomm.item(479); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl06() { return detail::gTagsQualcomm.item(480); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl07() { return detail::gTagsQualcomm.item(481); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl08() { return detail::gTagsQualcomm.item(482); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueCtbl09() { return detail::gTagsQualcomm.item(483); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl00() { return detail::gTagsQualcomm.item(484); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl10() { return detail::gTagsQualcomm.item(485); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl11() { return detail::gTagsQualcomm.item(486); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl12() { return detail::gTagsQualcomm.item(487); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl13() { return detail::gTagsQualcomm.item(488); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl14() { return detail::gTagsQualcomm.item(489); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl15() { return detail::gTagsQualcomm.item(490); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl16() { return detail::gTagsQualcomm.item(491); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl17() { return detail::gTagsQualcomm.item(492); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl18() { return detail::gTagsQualcomm.item(493); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl19() { return detail::gTagsQualcomm.item(494); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl01() { return detail::gTagsQualcomm.item(495); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl20() { return detail::gTagsQualcomm.item(496); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl21() { return detail::gTagsQualcomm.item(497); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl22() { return detail::gTagsQualcomm.item(498); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl23() { return detail::gTagsQualcomm.item(499); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl24() { return detail::gTagsQualcomm.item(500); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl25() { return detail::gTagsQualcomm.item(501); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl26() { return detail::gTagsQualcomm.item(502); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl27() { return detail::gTagsQualcomm.item(503); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl28() { return detail::gTagsQualcomm.item(504); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl29() { return detail::gTagsQualcomm.item(505); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl02() { return detail::gTagsQualcomm.item(506); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl30() { return detail::gTagsQualcomm.item(507); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl31() { return detail::gTagsQualcomm.item(508); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl03() { return detail::gTagsQualcomm.item(509); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl04() { return detail::gTagsQualcomm.item(510); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl05() { return detail::gTagsQualcomm.item(511); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl06() { return detail::gTagsQualcomm.item(512); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl07() { return detail::gTagsQualcomm.item(513); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl08() { return detail::gTagsQualcomm.item(514); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ABlueStbl09() { return detail::gTagsQualcomm.item(515); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ACx() { return detail::gTagsQualcomm.item(516); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ACy() { return detail::gTagsQualcomm.item(517); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl00() { return detail::gTagsQualcomm.item(518); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl10() { return detail::gTagsQualcomm.item(519); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl11() { return detail::gTagsQualcomm.item(520); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl12() { return detail::gTagsQualcomm.item(521); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl13() { return detail::gTagsQualcomm.item(522); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl14() { return detail::gTagsQualcomm.item(523); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl15() { return detail::gTagsQualcomm.item(524); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl16() { return detail::gTagsQualcomm.item(525); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl17() { return detail::gTagsQualcomm.item(526); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl18() { return detail::gTagsQualcomm.item(527); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl19() { return detail::gTagsQualcomm.item(528); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl01() { return detail::gTagsQualcomm.item(529); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl20() { return detail::gTagsQualcomm.item(530); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl21() { return detail::gTagsQualcomm.item(531); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl22() { return detail::gTagsQualcomm.item(532); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl23() { return detail::gTagsQualcomm.item(533); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl24() { return detail::gTagsQualcomm.item(534); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl25() { return detail::gTagsQualcomm.item(535); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl26() { return detail::gTagsQualcomm.item(536); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl27() { return detail::gTagsQualcomm.item(537); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl28() { return detail::gTagsQualcomm.item(538); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl29() { return detail::gTagsQualcomm.item(539); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl02() { return detail::gTagsQualcomm.item(540); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl30() { return detail::gTagsQualcomm.item(541); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl31() { return detail::gTagsQualcomm.item(542); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl03() { return detail::gTagsQualcomm.item(543); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl04() { return detail::gTagsQualcomm.item(544); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl05() { return detail::gTagsQualcomm.item(545); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl06() { return detail::gTagsQualcomm.item(546); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl07() { return detail::gTagsQualcomm.item(547); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl08() { return detail::gTagsQualcomm.item(548); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenCtbl09() { return detail::gTagsQualcomm.item(549); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl00() { return detail::gTagsQualcomm.item(550); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl10() { return detail::gTagsQualcomm.item(551); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl11() { return detail::gTagsQualcomm.item(552); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl12() { return detail::gTagsQualcomm.item(553); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl13() { return detail::gTagsQualcomm.item(554); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl14() { return detail::gTagsQualcomm.item(555); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl15() { return detail::gTagsQualcomm.item(556); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl16() { return detail::gTagsQualcomm.item(557); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl17() { return detail::gTagsQualcomm.item(558); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl18() { return detail::gTagsQualcomm.item(559); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl19() { return detail::gTagsQualcomm.item(560); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl01() { return detail::gTagsQualcomm.item(561); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl20() { return detail::gTagsQualcomm.item(562); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl21() { return detail::gTagsQualcomm.item(563); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl22() { return detail::gTagsQualcomm.item(564); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl23() { return detail::gTagsQualcomm.item(565); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl24() { return detail::gTagsQualcomm.item(566); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl25() { return detail::gTagsQualcomm.item(567); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl26() { return detail::gTagsQualcomm.item(568); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl27() { return detail::gTagsQualcomm.item(569); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl28() { return detail::gTagsQualcomm.item(570); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl29() { return detail::gTagsQualcomm.item(571); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl02() { return detail::gTagsQualcomm.item(572); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl30() { return detail::gTagsQualcomm.item(573); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl31() { return detail::gTagsQualcomm.item(574); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl03() { return detail::gTagsQualcomm.item(575); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl04() { return detail::gTagsQualcomm.item(576); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl05() { return detail::gTagsQualcomm.item(577); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl06() { return detail::gTagsQualcomm.item(578); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl07() { return detail::gTagsQualcomm.item(579); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl08() { return detail::gTagsQualcomm.item(580); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AGreenStbl09() { return detail::gTagsQualcomm.item(581); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AHeight() { return detail::gTagsQualcomm.item(582); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2AIntervals() { return detail::gTagsQualcomm.item(583); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl00() { return detail::gTagsQualcomm.item(584); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl10() { return detail::gTagsQualcomm.item(585); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl11() { return detail::gTagsQualcomm.item(586); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl12() { return detail::gTagsQualcomm.item(587); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl13() { return detail::gTagsQualcomm.item(588); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl14() { return detail::gTagsQualcomm.item(589); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl15() { return detail::gTagsQualcomm.item(590); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl16() { return detail::gTagsQualcomm.item(591); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl17() { return detail::gTagsQualcomm.item(592); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl18() { return detail::gTagsQualcomm.item(593); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl19() { return detail::gTagsQualcomm.item(594); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl01() { return detail::gTagsQualcomm.item(595); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl20() { return detail::gTagsQualcomm.item(596); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl21() { return detail::gTagsQualcomm.item(597); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl22() { return detail::gTagsQualcomm.item(598); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl23() { return detail::gTagsQualcomm.item(599); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl24() { return detail::gTagsQualcomm.item(600); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl25() { return detail::gTagsQualcomm.item(601); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl26() { return detail::gTagsQualcomm.item(602); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl27() { return detail::gTagsQualcomm.item(603); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl28() { return detail::gTagsQualcomm.item(604); }
+const TagItem& detail::TagItemCatalogue27::itemQualcommR2ARedCtbl29() { return detail::gTagsQualcomm.item(605); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedCtbl02() { return detail::gTagsQualcomm.item(606); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedCtbl30() { return detail::gTagsQualcomm.item(607); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedCtbl31() { return detail::gTagsQualcomm.item(608); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedCtbl03() { return detail::gTagsQualcomm.item(609); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedCtbl04() { return detail::gTagsQualcomm.item(610); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedCtbl05() { return detail::gTagsQualcomm.item(611); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedCtbl06() { return detail::gTagsQualcomm.item(612); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedCtbl07() { return detail::gTagsQualcomm.item(613); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedCtbl08() { return detail::gTagsQualcomm.item(614); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedCtbl09() { return detail::gTagsQualcomm.item(615); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl00() { return detail::gTagsQualcomm.item(616); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl10() { return detail::gTagsQualcomm.item(617); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl11() { return detail::gTagsQualcomm.item(618); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl12() { return detail::gTagsQualcomm.item(619); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl13() { return detail::gTagsQualcomm.item(620); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl14() { return detail::gTagsQualcomm.item(621); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl15() { return detail::gTagsQualcomm.item(622); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl16() { return detail::gTagsQualcomm.item(623); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl17() { return detail::gTagsQualcomm.item(624); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl18() { return detail::gTagsQualcomm.item(625); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl19() { return detail::gTagsQualcomm.item(626); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl01() { return detail::gTagsQualcomm.item(627); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl20() { return detail::gTagsQualcomm.item(628); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl21() { return detail::gTagsQualcomm.item(629); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl22() { return detail::gTagsQualcomm.item(630); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl23() { return detail::gTagsQualcomm.item(631); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl24() { return detail::gTagsQualcomm.item(632); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl25() { return detail::gTagsQualcomm.item(633); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl26() { return detail::gTagsQualcomm.item(634); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl27() { return detail::gTagsQualcomm.item(635); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl28() { return detail::gTagsQualcomm.item(636); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl29() { return detail::gTagsQualcomm.item(637); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl02() { return detail::gTagsQualcomm.item(638); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl30() { return detail::gTagsQualcomm.item(639); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl31() { return detail::gTagsQualcomm.item(640); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl03() { return detail::gTagsQualcomm.item(641); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl04() { return detail::gTagsQualcomm.item(642); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl05() { return detail::gTagsQualcomm.item(643); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl06() { return detail::gTagsQualcomm.item(644); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl07() { return detail::gTagsQualcomm.item(645); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl08() { return detail::gTagsQualcomm.item(646); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ARedStbl09() { return detail::gTagsQualcomm.item(647); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl00() { return detail::gTagsQualcomm.item(648); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl10() { return detail::gTagsQualcomm.item(649); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl11() { return detail::gTagsQualcomm.item(650); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl12() { return detail::gTagsQualcomm.item(651); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl13() { return detail::gTagsQualcomm.item(652); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl14() { return detail::gTagsQualcomm.item(653); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl15() { return detail::gTagsQualcomm.item(654); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl16() { return detail::gTagsQualcomm.item(655); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl17() { return detail::gTagsQualcomm.item(656); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl18() { return detail::gTagsQualcomm.item(657); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl19() { return detail::gTagsQualcomm.item(658); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl01() { return detail::gTagsQualcomm.item(659); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl20() { return detail::gTagsQualcomm.item(660); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl21() { return detail::gTagsQualcomm.item(661); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl22() { return detail::gTagsQualcomm.item(662); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl23() { return detail::gTagsQualcomm.item(663); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl24() { return detail::gTagsQualcomm.item(664); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl25() { return detail::gTagsQualcomm.item(665); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl26() { return detail::gTagsQualcomm.item(666); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl27() { return detail::gTagsQualcomm.item(667); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl28() { return detail::gTagsQualcomm.item(668); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl29() { return detail::gTagsQualcomm.item(669); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl02() { return detail::gTagsQualcomm.item(670); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl30() { return detail::gTagsQualcomm.item(671); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl31() { return detail::gTagsQualcomm.item(672); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl03() { return detail::gTagsQualcomm.item(673); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl04() { return detail::gTagsQualcomm.item(674); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl05() { return detail::gTagsQualcomm.item(675); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl06() { return detail::gTagsQualcomm.item(676); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl07() { return detail::gTagsQualcomm.item(677); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl08() { return detail::gTagsQualcomm.item(678); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2ATbl09() { return detail::gTagsQualcomm.item(679); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2AWidth() { return detail::gTagsQualcomm.item(680); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl00() { return detail::gTagsQualcomm.item(681); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl10() { return detail::gTagsQualcomm.item(682); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl11() { return detail::gTagsQualcomm.item(683); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl12() { return detail::gTagsQualcomm.item(684); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl13() { return detail::gTagsQualcomm.item(685); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl14() { return detail::gTagsQualcomm.item(686); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl15() { return detail::gTagsQualcomm.item(687); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl16() { return detail::gTagsQualcomm.item(688); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl17() { return detail::gTagsQualcomm.item(689); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl18() { return detail::gTagsQualcomm.item(690); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl19() { return detail::gTagsQualcomm.item(691); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl01() { return detail::gTagsQualcomm.item(692); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl20() { return detail::gTagsQualcomm.item(693); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl21() { return detail::gTagsQualcomm.item(694); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl22() { return detail::gTagsQualcomm.item(695); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl23() { return detail::gTagsQualcomm.item(696); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl24() { return detail::gTagsQualcomm.item(697); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl25() { return detail::gTagsQualcomm.item(698); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl26() { return detail::gTagsQualcomm.item(699); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl27() { return detail::gTagsQualcomm.item(700); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl28() { return detail::gTagsQualcomm.item(701); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl29() { return detail::gTagsQualcomm.item(702); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl02() { return detail::gTagsQualcomm.item(703); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl30() { return detail::gTagsQualcomm.item(704); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl31() { return detail::gTagsQualcomm.item(705); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl03() { return detail::gTagsQualcomm.item(706); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl04() { return detail::gTagsQualcomm.item(707); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl05() { return detail::gTagsQualcomm.item(708); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl06() { return detail::gTagsQualcomm.item(709); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl07() { return detail::gTagsQualcomm.item(710); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl08() { return detail::gTagsQualcomm.item(711); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueCtbl09() { return detail::gTagsQualcomm.item(712); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl00() { return detail::gTagsQualcomm.item(713); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl10() { return detail::gTagsQualcomm.item(714); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl11() { return detail::gTagsQualcomm.item(715); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl12() { return detail::gTagsQualcomm.item(716); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl13() { return detail::gTagsQualcomm.item(717); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl14() { return detail::gTagsQualcomm.item(718); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl15() { return detail::gTagsQualcomm.item(719); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl16() { return detail::gTagsQualcomm.item(720); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl17() { return detail::gTagsQualcomm.item(721); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl18() { return detail::gTagsQualcomm.item(722); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl19() { return detail::gTagsQualcomm.item(723); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl01() { return detail::gTagsQualcomm.item(724); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl20() { return detail::gTagsQualcomm.item(725); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl21() { return detail::gTagsQualcomm.item(726); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl22() { return detail::gTagsQualcomm.item(727); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl23() { return detail::gTagsQualcomm.item(728); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl24() { return detail::gTagsQualcomm.item(729); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl25() { return detail::gTagsQualcomm.item(730); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl26() { return detail::gTagsQualcomm.item(731); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl27() { return detail::gTagsQualcomm.item(732); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl28() { return detail::gTagsQualcomm.item(733); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl29() { return detail::gTagsQualcomm.item(734); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl02() { return detail::gTagsQualcomm.item(735); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl30() { return detail::gTagsQualcomm.item(736); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl31() { return detail::gTagsQualcomm.item(737); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl03() { return detail::gTagsQualcomm.item(738); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl04() { return detail::gTagsQualcomm.item(739); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl05() { return detail::gTagsQualcomm.item(740); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl06() { return detail::gTagsQualcomm.item(741); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl07() { return detail::gTagsQualcomm.item(742); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl08() { return detail::gTagsQualcomm.item(743); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65BlueStbl09() { return detail::gTagsQualcomm.item(744); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Cx() { return detail::gTagsQualcomm.item(745); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Cy() { return detail::gTagsQualcomm.item(746); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl00() { return detail::gTagsQualcomm.item(747); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl10() { return detail::gTagsQualcomm.item(748); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl11() { return detail::gTagsQualcomm.item(749); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl12() { return detail::gTagsQualcomm.item(750); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl13() { return detail::gTagsQualcomm.item(751); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl14() { return detail::gTagsQualcomm.item(752); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl15() { return detail::gTagsQualcomm.item(753); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl16() { return detail::gTagsQualcomm.item(754); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl17() { return detail::gTagsQualcomm.item(755); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl18() { return detail::gTagsQualcomm.item(756); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl19() { return detail::gTagsQualcomm.item(757); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl01() { return detail::gTagsQualcomm.item(758); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl20() { return detail::gTagsQualcomm.item(759); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl21() { return detail::gTagsQualcomm.item(760); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl22() { return detail::gTagsQualcomm.item(761); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl23() { return detail::gTagsQualcomm.item(762); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl24() { return detail::gTagsQualcomm.item(763); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl25() { return detail::gTagsQualcomm.item(764); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl26() { return detail::gTagsQualcomm.item(765); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl27() { return detail::gTagsQualcomm.item(766); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl28() { return detail::gTagsQualcomm.item(767); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl29() { return detail::gTagsQualcomm.item(768); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl02() { return detail::gTagsQualcomm.item(769); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl30() { return detail::gTagsQualcomm.item(770); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl31() { return detail::gTagsQualcomm.item(771); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl03() { return detail::gTagsQualcomm.item(772); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl04() { return detail::gTagsQualcomm.item(773); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl05() { return detail::gTagsQualcomm.item(774); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl06() { return detail::gTagsQualcomm.item(775); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl07() { return detail::gTagsQualcomm.item(776); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl08() { return detail::gTagsQualcomm.item(777); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenCtbl09() { return detail::gTagsQualcomm.item(778); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl00() { return detail::gTagsQualcomm.item(779); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl10() { return detail::gTagsQualcomm.item(780); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl11() { return detail::gTagsQualcomm.item(781); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl12() { return detail::gTagsQualcomm.item(782); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl13() { return detail::gTagsQualcomm.item(783); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl14() { return detail::gTagsQualcomm.item(784); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl15() { return detail::gTagsQualcomm.item(785); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl16() { return detail::gTagsQualcomm.item(786); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl17() { return detail::gTagsQualcomm.item(787); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl18() { return detail::gTagsQualcomm.item(788); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl19() { return detail::gTagsQualcomm.item(789); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl01() { return detail::gTagsQualcomm.item(790); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl20() { return detail::gTagsQualcomm.item(791); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl21() { return detail::gTagsQualcomm.item(792); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl22() { return detail::gTagsQualcomm.item(793); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl23() { return detail::gTagsQualcomm.item(794); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl24() { return detail::gTagsQualcomm.item(795); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl25() { return detail::gTagsQualcomm.item(796); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl26() { return detail::gTagsQualcomm.item(797); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl27() { return detail::gTagsQualcomm.item(798); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl28() { return detail::gTagsQualcomm.item(799); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl29() { return detail::gTagsQualcomm.item(800); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl02() { return detail::gTagsQualcomm.item(801); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl30() { return detail::gTagsQualcomm.item(802); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl31() { return detail::gTagsQualcomm.item(803); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl03() { return detail::gTagsQualcomm.item(804); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl04() { return detail::gTagsQualcomm.item(805); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl05() { return detail::gTagsQualcomm.item(806); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl06() { return detail::gTagsQualcomm.item(807); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl07() { return detail::gTagsQualcomm.item(808); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl08() { return detail::gTagsQualcomm.item(809); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65GreenStbl09() { return detail::gTagsQualcomm.item(810); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Height() { return detail::gTagsQualcomm.item(811); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Intervals() { return detail::gTagsQualcomm.item(812); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl00() { return detail::gTagsQualcomm.item(813); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl10() { return detail::gTagsQualcomm.item(814); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl11() { return detail::gTagsQualcomm.item(815); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl12() { return detail::gTagsQualcomm.item(816); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl13() { return detail::gTagsQualcomm.item(817); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl14() { return detail::gTagsQualcomm.item(818); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl15() { return detail::gTagsQualcomm.item(819); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl16() { return detail::gTagsQualcomm.item(820); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl17() { return detail::gTagsQualcomm.item(821); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl18() { return detail::gTagsQualcomm.item(822); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl19() { return detail::gTagsQualcomm.item(823); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl01() { return detail::gTagsQualcomm.item(824); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl20() { return detail::gTagsQualcomm.item(825); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl21() { return detail::gTagsQualcomm.item(826); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl22() { return detail::gTagsQualcomm.item(827); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl23() { return detail::gTagsQualcomm.item(828); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl24() { return detail::gTagsQualcomm.item(829); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl25() { return detail::gTagsQualcomm.item(830); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl26() { return detail::gTagsQualcomm.item(831); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl27() { return detail::gTagsQualcomm.item(832); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl28() { return detail::gTagsQualcomm.item(833); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl29() { return detail::gTagsQualcomm.item(834); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl02() { return detail::gTagsQualcomm.item(835); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl30() { return detail::gTagsQualcomm.item(836); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl31() { return detail::gTagsQualcomm.item(837); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl03() { return detail::gTagsQualcomm.item(838); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl04() { return detail::gTagsQualcomm.item(839); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl05() { return detail::gTagsQualcomm.item(840); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl06() { return detail::gTagsQualcomm.item(841); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl07() { return detail::gTagsQualcomm.item(842); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl08() { return detail::gTagsQualcomm.item(843); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedCtbl09() { return detail::gTagsQualcomm.item(844); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl00() { return detail::gTagsQualcomm.item(845); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl10() { return detail::gTagsQualcomm.item(846); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl11() { return detail::gTagsQualcomm.item(847); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl12() { return detail::gTagsQualcomm.item(848); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl13() { return detail::gTagsQualcomm.item(849); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl14() { return detail::gTagsQualcomm.item(850); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl15() { return detail::gTagsQualcomm.item(851); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl16() { return detail::gTagsQualcomm.item(852); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl17() { return detail::gTagsQualcomm.item(853); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl18() { return detail::gTagsQualcomm.item(854); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl19() { return detail::gTagsQualcomm.item(855); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl01() { return detail::gTagsQualcomm.item(856); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl20() { return detail::gTagsQualcomm.item(857); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl21() { return detail::gTagsQualcomm.item(858); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl22() { return detail::gTagsQualcomm.item(859); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl23() { return detail::gTagsQualcomm.item(860); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl24() { return detail::gTagsQualcomm.item(861); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl25() { return detail::gTagsQualcomm.item(862); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl26() { return detail::gTagsQualcomm.item(863); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl27() { return detail::gTagsQualcomm.item(864); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl28() { return detail::gTagsQualcomm.item(865); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl29() { return detail::gTagsQualcomm.item(866); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl02() { return detail::gTagsQualcomm.item(867); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl30() { return detail::gTagsQualcomm.item(868); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl31() { return detail::gTagsQualcomm.item(869); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl03() { return detail::gTagsQualcomm.item(870); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl04() { return detail::gTagsQualcomm.item(871); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl05() { return detail::gTagsQualcomm.item(872); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl06() { return detail::gTagsQualcomm.item(873); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl07() { return detail::gTagsQualcomm.item(874); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl08() { return detail::gTagsQualcomm.item(875); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65RedStbl09() { return detail::gTagsQualcomm.item(876); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl00() { return detail::gTagsQualcomm.item(877); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl10() { return detail::gTagsQualcomm.item(878); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl11() { return detail::gTagsQualcomm.item(879); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl12() { return detail::gTagsQualcomm.item(880); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl13() { return detail::gTagsQualcomm.item(881); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl14() { return detail::gTagsQualcomm.item(882); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl15() { return detail::gTagsQualcomm.item(883); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl16() { return detail::gTagsQualcomm.item(884); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl17() { return detail::gTagsQualcomm.item(885); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl18() { return detail::gTagsQualcomm.item(886); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl19() { return detail::gTagsQualcomm.item(887); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl01() { return detail::gTagsQualcomm.item(888); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl20() { return detail::gTagsQualcomm.item(889); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl21() { return detail::gTagsQualcomm.item(890); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl22() { return detail::gTagsQualcomm.item(891); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl23() { return detail::gTagsQualcomm.item(892); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl24() { return detail::gTagsQualcomm.item(893); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl25() { return detail::gTagsQualcomm.item(894); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl26() { return detail::gTagsQualcomm.item(895); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl27() { return detail::gTagsQualcomm.item(896); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl28() { return detail::gTagsQualcomm.item(897); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl29() { return detail::gTagsQualcomm.item(898); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl02() { return detail::gTagsQualcomm.item(899); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl30() { return detail::gTagsQualcomm.item(900); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl31() { return detail::gTagsQualcomm.item(901); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl03() { return detail::gTagsQualcomm.item(902); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl04() { return detail::gTagsQualcomm.item(903); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl05() { return detail::gTagsQualcomm.item(904); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl06() { return detail::gTagsQualcomm.item(905); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl07() { return detail::gTagsQualcomm.item(906); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl08() { return detail::gTagsQualcomm.item(907); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Tbl09() { return detail::gTagsQualcomm.item(908); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2D65Width() { return detail::gTagsQualcomm.item(909); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl00() { return detail::gTagsQualcomm.item(910); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl10() { return detail::gTagsQualcomm.item(911); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl11() { return detail::gTagsQualcomm.item(912); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl12() { return detail::gTagsQualcomm.item(913); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl13() { return detail::gTagsQualcomm.item(914); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl14() { return detail::gTagsQualcomm.item(915); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl15() { return detail::gTagsQualcomm.item(916); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl16() { return detail::gTagsQualcomm.item(917); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl17() { return detail::gTagsQualcomm.item(918); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl18() { return detail::gTagsQualcomm.item(919); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl19() { return detail::gTagsQualcomm.item(920); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl01() { return detail::gTagsQualcomm.item(921); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl20() { return detail::gTagsQualcomm.item(922); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl21() { return detail::gTagsQualcomm.item(923); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl22() { return detail::gTagsQualcomm.item(924); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl23() { return detail::gTagsQualcomm.item(925); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl24() { return detail::gTagsQualcomm.item(926); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl25() { return detail::gTagsQualcomm.item(927); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl26() { return detail::gTagsQualcomm.item(928); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl27() { return detail::gTagsQualcomm.item(929); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl28() { return detail::gTagsQualcomm.item(930); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl29() { return detail::gTagsQualcomm.item(931); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl02() { return detail::gTagsQualcomm.item(932); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl30() { return detail::gTagsQualcomm.item(933); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl31() { return detail::gTagsQualcomm.item(934); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl03() { return detail::gTagsQualcomm.item(935); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl04() { return detail::gTagsQualcomm.item(936); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl05() { return detail::gTagsQualcomm.item(937); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl06() { return detail::gTagsQualcomm.item(938); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl07() { return detail::gTagsQualcomm.item(939); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl08() { return detail::gTagsQualcomm.item(940); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueCtbl09() { return detail::gTagsQualcomm.item(941); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl00() { return detail::gTagsQualcomm.item(942); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl10() { return detail::gTagsQualcomm.item(943); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl11() { return detail::gTagsQualcomm.item(944); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl12() { return detail::gTagsQualcomm.item(945); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl13() { return detail::gTagsQualcomm.item(946); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl14() { return detail::gTagsQualcomm.item(947); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl15() { return detail::gTagsQualcomm.item(948); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl16() { return detail::gTagsQualcomm.item(949); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl17() { return detail::gTagsQualcomm.item(950); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl18() { return detail::gTagsQualcomm.item(951); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl19() { return detail::gTagsQualcomm.item(952); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl01() { return detail::gTagsQualcomm.item(953); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl20() { return detail::gTagsQualcomm.item(954); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl21() { return detail::gTagsQualcomm.item(955); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl22() { return detail::gTagsQualcomm.item(956); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl23() { return detail::gTagsQualcomm.item(957); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl24() { return detail::gTagsQualcomm.item(958); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl25() { return detail::gTagsQualcomm.item(959); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl26() { return detail::gTagsQualcomm.item(960); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl27() { return detail::gTagsQualcomm.item(961); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl28() { return detail::gTagsQualcomm.item(962); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl29() { return detail::gTagsQualcomm.item(963); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl02() { return detail::gTagsQualcomm.item(964); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl30() { return detail::gTagsQualcomm.item(965); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl31() { return detail::gTagsQualcomm.item(966); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl03() { return detail::gTagsQualcomm.item(967); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl04() { return detail::gTagsQualcomm.item(968); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl05() { return detail::gTagsQualcomm.item(969); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl06() { return detail::gTagsQualcomm.item(970); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl07() { return detail::gTagsQualcomm.item(971); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl08() { return detail::gTagsQualcomm.item(972); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84BlueStbl09() { return detail::gTagsQualcomm.item(973); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84Cx() { return detail::gTagsQualcomm.item(974); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84Cy() { return detail::gTagsQualcomm.item(975); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl00() { return detail::gTagsQualcomm.item(976); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl10() { return detail::gTagsQualcomm.item(977); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl11() { return detail::gTagsQualcomm.item(978); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl12() { return detail::gTagsQualcomm.item(979); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl13() { return detail::gTagsQualcomm.item(980); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl14() { return detail::gTagsQualcomm.item(981); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl15() { return detail::gTagsQualcomm.item(982); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl16() { return detail::gTagsQualcomm.item(983); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl17() { return detail::gTagsQualcomm.item(984); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl18() { return detail::gTagsQualcomm.item(985); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl19() { return detail::gTagsQualcomm.item(986); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl01() { return detail::gTagsQualcomm.item(987); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl20() { return detail::gTagsQualcomm.item(988); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl21() { return detail::gTagsQualcomm.item(989); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl22() { return detail::gTagsQualcomm.item(990); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl23() { return detail::gTagsQualcomm.item(991); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl24() { return detail::gTagsQualcomm.item(992); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl25() { return detail::gTagsQualcomm.item(993); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl26() { return detail::gTagsQualcomm.item(994); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl27() { return detail::gTagsQualcomm.item(995); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl28() { return detail::gTagsQualcomm.item(996); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl29() { return detail::gTagsQualcomm.item(997); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl02() { return detail::gTagsQualcomm.item(998); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl30() { return detail::gTagsQualcomm.item(999); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl31() { return detail::gTagsQualcomm.item(1000); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl03() { return detail::gTagsQualcomm.item(1001); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl04() { return detail::gTagsQualcomm.item(1002); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl05() { return detail::gTagsQualcomm.item(1003); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl06() { return detail::gTagsQualcomm.item(1004); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl07() { return detail::gTagsQualcomm.item(1005); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl08() { return detail::gTagsQualcomm.item(1006); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenCtbl09() { return detail::gTagsQualcomm.item(1007); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl00() { return detail::gTagsQualcomm.item(1008); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl10() { return detail::gTagsQualcomm.item(1009); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl11() { return detail::gTagsQualcomm.item(1010); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl12() { return detail::gTagsQualcomm.item(1011); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl13() { return detail::gTagsQualcomm.item(1012); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl14() { return detail::gTagsQualcomm.item(1013); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl15() { return detail::gTagsQualcomm.item(1014); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl16() { return detail::gTagsQualcomm.item(1015); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl17() { return detail::gTagsQualcomm.item(1016); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl18() { return detail::gTagsQualcomm.item(1017); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl19() { return detail::gTagsQualcomm.item(1018); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl01() { return detail::gTagsQualcomm.item(1019); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl20() { return detail::gTagsQualcomm.item(1020); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl21() { return detail::gTagsQualcomm.item(1021); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl22() { return detail::gTagsQualcomm.item(1022); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl23() { return detail::gTagsQualcomm.item(1023); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl24() { return detail::gTagsQualcomm.item(1024); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl25() { return detail::gTagsQualcomm.item(1025); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl26() { return detail::gTagsQualcomm.item(1026); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl27() { return detail::gTagsQualcomm.item(1027); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl28() { return detail::gTagsQualcomm.item(1028); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl29() { return detail::gTagsQualcomm.item(1029); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl02() { return detail::gTagsQualcomm.item(1030); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl30() { return detail::gTagsQualcomm.item(1031); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl31() { return detail::gTagsQualcomm.item(1032); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl03() { return detail::gTagsQualcomm.item(1033); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl04() { return detail::gTagsQualcomm.item(1034); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl05() { return detail::gTagsQualcomm.item(1035); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl06() { return detail::gTagsQualcomm.item(1036); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl07() { return detail::gTagsQualcomm.item(1037); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl08() { return detail::gTagsQualcomm.item(1038); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84GreenStbl09() { return detail::gTagsQualcomm.item(1039); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84Height() { return detail::gTagsQualcomm.item(1040); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84Intervals() { return detail::gTagsQualcomm.item(1041); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl00() { return detail::gTagsQualcomm.item(1042); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl10() { return detail::gTagsQualcomm.item(1043); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl11() { return detail::gTagsQualcomm.item(1044); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl12() { return detail::gTagsQualcomm.item(1045); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl13() { return detail::gTagsQualcomm.item(1046); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl14() { return detail::gTagsQualcomm.item(1047); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl15() { return detail::gTagsQualcomm.item(1048); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl16() { return detail::gTagsQualcomm.item(1049); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl17() { return detail::gTagsQualcomm.item(1050); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl18() { return detail::gTagsQualcomm.item(1051); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl19() { return detail::gTagsQualcomm.item(1052); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl01() { return detail::gTagsQualcomm.item(1053); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl20() { return detail::gTagsQualcomm.item(1054); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl21() { return detail::gTagsQualcomm.item(1055); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl22() { return detail::gTagsQualcomm.item(1056); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl23() { return detail::gTagsQualcomm.item(1057); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl24() { return detail::gTagsQualcomm.item(1058); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl25() { return detail::gTagsQualcomm.item(1059); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl26() { return detail::gTagsQualcomm.item(1060); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl27() { return detail::gTagsQualcomm.item(1061); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl28() { return detail::gTagsQualcomm.item(1062); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl29() { return detail::gTagsQualcomm.item(1063); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl02() { return detail::gTagsQualcomm.item(1064); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl30() { return detail::gTagsQualcomm.item(1065); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl31() { return detail::gTagsQualcomm.item(1066); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl03() { return detail::gTagsQualcomm.item(1067); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl04() { return detail::gTagsQualcomm.item(1068); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl05() { return detail::gTagsQualcomm.item(1069); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl06() { return detail::gTagsQualcomm.item(1070); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl07() { return detail::gTagsQualcomm.item(1071); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl08() { return detail::gTagsQualcomm.item(1072); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedCtbl09() { return detail::gTagsQualcomm.item(1073); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl00() { return detail::gTagsQualcomm.item(1074); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl10() { return detail::gTagsQualcomm.item(1075); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl11() { return detail::gTagsQualcomm.item(1076); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl12() { return detail::gTagsQualcomm.item(1077); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl13() { return detail::gTagsQualcomm.item(1078); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl14() { return detail::gTagsQualcomm.item(1079); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl15() { return detail::gTagsQualcomm.item(1080); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl16() { return detail::gTagsQualcomm.item(1081); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl17() { return detail::gTagsQualcomm.item(1082); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl18() { return detail::gTagsQualcomm.item(1083); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl19() { return detail::gTagsQualcomm.item(1084); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl01() { return detail::gTagsQualcomm.item(1085); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl20() { return detail::gTagsQualcomm.item(1086); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl21() { return detail::gTagsQualcomm.item(1087); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl22() { return detail::gTagsQualcomm.item(1088); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl23() { return detail::gTagsQualcomm.item(1089); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl24() { return detail::gTagsQualcomm.item(1090); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl25() { return detail::gTagsQualcomm.item(1091); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl26() { return detail::gTagsQualcomm.item(1092); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl27() { return detail::gTagsQualcomm.item(1093); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl28() { return detail::gTagsQualcomm.item(1094); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl29() { return detail::gTagsQualcomm.item(1095); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl02() { return detail::gTagsQualcomm.item(1096); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl30() { return detail::gTagsQualcomm.item(1097); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl31() { return detail::gTagsQualcomm.item(1098); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl03() { return detail::gTagsQualcomm.item(1099); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl04() { return detail::gTagsQualcomm.item(1100); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl05() { return detail::gTagsQualcomm.item(1101); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl06() { return detail::gTagsQualcomm.item(1102); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl07() { return detail::gTagsQualcomm.item(1103); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl08() { return detail::gTagsQualcomm.item(1104); }
+const TagItem& detail::TagItemCatalogue28::itemQualcommR2TL84RedStbl09() { return detail::gTagsQualcomm.item(1105); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl00() { return detail::gTagsQualcomm.item(1106); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl10() { return detail::gTagsQualcomm.item(1107); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl11() { return detail::gTagsQualcomm.item(1108); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl12() { return detail::gTagsQualcomm.item(1109); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl13() { return detail::gTagsQualcomm.item(1110); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl14() { return detail::gTagsQualcomm.item(1111); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl15() { return detail::gTagsQualcomm.item(1112); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl16() { return detail::gTagsQualcomm.item(1113); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl17() { return detail::gTagsQualcomm.item(1114); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl18() { return detail::gTagsQualcomm.item(1115); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl19() { return detail::gTagsQualcomm.item(1116); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl01() { return detail::gTagsQualcomm.item(1117); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl20() { return detail::gTagsQualcomm.item(1118); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl21() { return detail::gTagsQualcomm.item(1119); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl22() { return detail::gTagsQualcomm.item(1120); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl23() { return detail::gTagsQualcomm.item(1121); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl24() { return detail::gTagsQualcomm.item(1122); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl25() { return detail::gTagsQualcomm.item(1123); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl26() { return detail::gTagsQualcomm.item(1124); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl27() { return detail::gTagsQualcomm.item(1125); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl28() { return detail::gTagsQualcomm.item(1126); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl29() { return detail::gTagsQualcomm.item(1127); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl02() { return detail::gTagsQualcomm.item(1128); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl30() { return detail::gTagsQualcomm.item(1129); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl31() { return detail::gTagsQualcomm.item(1130); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl03() { return detail::gTagsQualcomm.item(1131); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl04() { return detail::gTagsQualcomm.item(1132); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl05() { return detail::gTagsQualcomm.item(1133); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl06() { return detail::gTagsQualcomm.item(1134); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl07() { return detail::gTagsQualcomm.item(1135); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl08() { return detail::gTagsQualcomm.item(1136); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Tbl09() { return detail::gTagsQualcomm.item(1137); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommR2TL84Width() { return detail::gTagsQualcomm.item(1138); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommRolloffEnable() { return detail::gTagsQualcomm.item(1139); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommSensorFmt() { return detail::gTagsQualcomm.item(1140); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommSensorType() { return detail::gTagsQualcomm.item(1141); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommSensrFulHght() { return detail::gTagsQualcomm.item(1142); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommSensrFulWdth() { return detail::gTagsQualcomm.item(1143); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommSensrQtrHght() { return detail::gTagsQualcomm.item(1144); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommSensrQtrWdth() { return detail::gTagsQualcomm.item(1145); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommSnapshotResol() { return detail::gTagsQualcomm.item(1146); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvChrmA_M() { return detail::gTagsQualcomm.item(1147); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvChrmA_P() { return detail::gTagsQualcomm.item(1148); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvChrmB_M() { return detail::gTagsQualcomm.item(1149); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvChrmB_P() { return detail::gTagsQualcomm.item(1150); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvChrmC_M() { return detail::gTagsQualcomm.item(1151); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvChrmC_P() { return detail::gTagsQualcomm.item(1152); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvChrmD_M() { return detail::gTagsQualcomm.item(1153); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvChrmD_P() { return detail::gTagsQualcomm.item(1154); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvChrmKCb() { return detail::gTagsQualcomm.item(1155); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvChrmKCr() { return detail::gTagsQualcomm.item(1156); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvLumaK() { return detail::gTagsQualcomm.item(1157); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvLumaV0() { return detail::gTagsQualcomm.item(1158); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvLumaV1() { return detail::gTagsQualcomm.item(1159); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommTL84ConvLumaV2() { return detail::gTagsQualcomm.item(1160); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommVideoFps() { return detail::gTagsQualcomm.item(1161); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvChrmA_M() { return detail::gTagsQualcomm.item(1162); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvChrmA_P() { return detail::gTagsQualcomm.item(1163); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvChrmB_M() { return detail::gTagsQualcomm.item(1164); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvChrmB_P() { return detail::gTagsQualcomm.item(1165); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvChrmC_M() { return detail::gTagsQualcomm.item(1166); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvChrmC_P() { return detail::gTagsQualcomm.item(1167); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvChrmD_M() { return detail::gTagsQualcomm.item(1168); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvChrmD_P() { return detail::gTagsQualcomm.item(1169); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvChrmKCb() { return detail::gTagsQualcomm.item(1170); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvChrmKCr() { return detail::gTagsQualcomm.item(1171); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvLumaK() { return detail::gTagsQualcomm.item(1172); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvLumaV0() { return detail::gTagsQualcomm.item(1173); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvLumaV1() { return detail::gTagsQualcomm.item(1174); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloConvLumaV2() { return detail::gTagsQualcomm.item(1175); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorC0() { return detail::gTagsQualcomm.item(1176); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorC1() { return detail::gTagsQualcomm.item(1177); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorC2() { return detail::gTagsQualcomm.item(1178); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorC3() { return detail::gTagsQualcomm.item(1179); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorC4() { return detail::gTagsQualcomm.item(1180); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorC5() { return detail::gTagsQualcomm.item(1181); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorC6() { return detail::gTagsQualcomm.item(1182); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorC7() { return detail::gTagsQualcomm.item(1183); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorC8() { return detail::gTagsQualcomm.item(1184); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorK0() { return detail::gTagsQualcomm.item(1185); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorK1() { return detail::gTagsQualcomm.item(1186); }
+const TagItem& detail::TagItemCatalogue29::itemQualcommYhiYloCorK2() { return detail::gTagsQualcomm.item(1187); }
 
 }  // namespace lorvane

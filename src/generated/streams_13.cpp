@@ -6,6 +6,8 @@
 namespace lorvane {
 namespace {
 
+using enum detail::TagFlag;
+
 constexpr char kText[] =
     "CoverArt" "CoverArtType" "AlbumArtist" "Album" "Artist" "Comment" "Genre" "Subtitle"
     "CreatorTool" "Title" "Year" "iTunesMediaType" "ChapterName" "ChapterNumber" "SphericalVideoXML"
@@ -4080,1040 +4082,1040 @@ constexpr char kText[] =
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsQuickTime[] = {
-    {{0, 8}, TagType::image_b64, 10, 0, 0, 0},  // CoverArt
-    {{8, 12}, TagType::string, 0, 0, 0, 0},  // CoverArtType
-    {{20, 11}, TagType::string, 2, 0, 0, 0},  // AlbumArtist
-    {{31, 5}, TagType::string, 2, 0, 0, 0},  // Album
-    {{36, 6}, TagType::string, 2, 0, 0, 0},  // Artist
-    {{42, 7}, TagType::string, 2, 0, 0, 0},  // Comment
-    {{49, 5}, TagType::string, 2, 0, 0, 0},  // Genre
-    {{54, 8}, TagType::string, 2, 0, 0, 0},  // Subtitle
-    {{62, 11}, TagType::string, 0, 0, 0, 0},  // CreatorTool
-    {{73, 5}, TagType::string, 2, 0, 0, 0},  // Title
-    {{78, 4}, TagType::string, 2, 0, 0, 0},  // Year
-    {{82, 15}, TagType::string, 0, 0, 0, 0},  // iTunesMediaType
-    {{97, 11}, TagType::string, 0, 0, 0, 0},  // ChapterName
-    {{108, 13}, TagType::int32u, 0, 0, 0, 0},  // ChapterNumber
-    {{121, 17}, TagType::string, 26, 0, 0, 0},  // SphericalVideoXML
-    {{138, 8}, TagType::string, 0, 0, 0, 0},  // Abstract
-    {{146, 15}, TagType::string, 0, 0, 0, 0},  // AcquisitionTime
-    {{161, 18}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeDay
-    {{179, 20}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeMonth
-    {{199, 19}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeYear
-    {{218, 24}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeYearMonth
-    {{242, 27}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeYearMonthDay
-    {{269, 20}, TagType::string, 0, 0, 0, 0},  // AlbumArtistSortOrder
-    {{289, 7}, TagType::int32s, 2, 0, 0, 0},  // AlbumID
-    {{296, 18}, TagType::string, 0, 0, 0, 0},  // AlbumIDAlbumArtist
-    {{314, 19}, TagType::string, 0, 0, 0, 0},  // AlbumTitleSortOrder
-    {{333, 18}, TagType::string, 0, 0, 0, 0},  // AlternateSourceURL
-    {{351, 12}, TagType::string, 0, 0, 0, 0},  // AudioBitrate
-    {{363, 11}, TagType::string, 0, 4, 0, 0},  // AudioFormat
-    {{374, 6}, TagType::string, 2, 0, 0, 0},  // Author
-    {{380, 15}, TagType::string, 0, 0, 0, 0},  // AuthorSortOrder
-    {{395, 12}, TagType::string, 0, 0, 0, 0},  // AverageLevel
-    {{407, 7}, TagType::string, 0, 0, 0, 0},  // Bitrate
-    {{414, 6}, TagType::string, 0, 0, 0, 0},  // BuyNow
-    {{420, 10}, TagType::string, 0, 0, 0, 0},  // BuyTickets
-    {{430, 14}, TagType::string, 0, 0, 0, 0},  // CDTrackEnabled
-    {{444, 11}, TagType::string, 0, 0, 0, 0},  // CallLetters
-    {{455, 18}, TagType::string, 0, 0, 0, 0},  // CameraManufacturer
-    {{473, 11}, TagType::string, 0, 0, 0, 0},  // CameraModel
-    {{484, 8}, TagType::string, 0, 0, 0, 0},  // Channels
-    {{492, 26}, TagType::string, 0, 0, 0, 0},  // ContentDistributorDuration
-    {{518, 9}, TagType::string, 2, 0, 0, 0},  // Copyright
-    {{527, 5}, TagType::string, 0, 0, 0, 0},  // Count
-    {{532, 14}, TagType::string, 0, 0, 0, 0},  // CurrentBitrate
-    {{546, 13}, TagType::string, 0, 0, 0, 0},  // DLNAServerUDN
-    {{559, 13}, TagType::string, 0, 0, 0, 0},  // DLNASourceURI
-    {{572, 24}, TagType::string, 0, 0, 0, 0},  // DRMIndividualizedVersion
-    {{596, 8}, TagType::string, 0, 0, 0, 0},  // DRMKeyID
-    {{604, 10}, TagType::string, 0, 0, 0, 0},  // DTCPIPHost
-    {{614, 10}, TagType::string, 0, 0, 0, 0},  // DTCPIPPort
-    {{624, 5}, TagType::string, 0, 0, 0, 0},  // DVDID
-    {{629, 11}, TagType::string, 2, 0, 0, 0},  // Description
-    {{640, 13}, TagType::string, 0, 0, 0, 0},  // DisplayArtist
-    {{653, 8}, TagType::int32u, 0, 0, 0, 0},  // Duration
-    {{661, 5}, TagType::string, 0, 0, 0, 0},  // Event
-    {{666, 8}, TagType::string, 0, 0, 0, 0},  // FileSize
-    {{674, 8}, TagType::string, 0, 0, 0, 0},  // FileType
-    {{682, 9}, TagType::string, 0, 0, 0, 0},  // FormatTag
-    {{691, 6}, TagType::string, 0, 0, 0, 0},  // FourCC
-    {{697, 9}, TagType::string, 0, 0, 0, 0},  // FrameRate
-    {{706, 9}, TagType::string, 0, 0, 0, 0},  // Frequency
-    {{715, 13}, TagType::string, 0, 0, 0, 0},  // IsNetworkFeed
-    {{728, 5}, TagType::string, 0, 0, 0, 0},  // IsVBR
-    {{733, 11}, TagType::string, 0, 0, 0, 0},  // IsProtected
-    {{744, 13}, TagType::string, 0, 0, 0, 0},  // LeadPerformer
-    {{757, 9}, TagType::string, 0, 0, 0, 0},  // LibraryID
-    {{766, 11}, TagType::string, 0, 0, 0, 0},  // LibraryName
-    {{777, 8}, TagType::string, 0, 0, 0, 0},  // Location
-    {{785, 17}, TagType::string, 0, 0, 0, 0},  // MediaContentTypes
-    {{802, 9}, TagType::int8s, 2, 0, 0, 11},  // MediaType
-    {{811, 10}, TagType::string, 0, 0, 0, 0},  // ModifiedBy
-    {{821, 8}, TagType::string, 0, 0, 0, 0},  // MoreInfo
-    {{829, 9}, TagType::string, 0, 0, 0, 0},  // PartOfSet
-    {{838, 9}, TagType::string, 0, 0, 0, 0},  // PeakValue
-    {{847, 17}, TagType::string, 0, 0, 0, 0},  // PixelAspectRatioX
-    {{864, 17}, TagType::string, 0, 0, 0, 0},  // PixelAspectRatioY
-    {{881, 13}, TagType::string, 0, 0, 0, 0},  // PlaylistIndex
-    {{894, 8}, TagType::string, 0, 0, 0, 0},  // Provider
-    {{902, 15}, TagType::string, 0, 0, 0, 0},  // ProviderLogoURL
-    {{917, 11}, TagType::string, 0, 0, 0, 0},  // ProviderURL
-    {{928, 9}, TagType::string, 0, 0, 0, 0},  // RadioBand
-    {{937, 11}, TagType::string, 0, 0, 0, 0},  // RadioFormat
-    {{948, 9}, TagType::string, 0, 0, 0, 0},  // RatingOrg
-    {{957, 13}, TagType::string, 0, 0, 0, 0},  // RecordingTime
-    {{970, 16}, TagType::string, 0, 0, 0, 0},  // RecordingTimeDay
-    {{986, 18}, TagType::string, 0, 0, 0, 0},  // RecordingTimeMonth
-    {{1004, 17}, TagType::string, 0, 0, 0, 0},  // RecordingTimeYear
-    {{1021, 22}, TagType::string, 0, 0, 0, 0},  // RecordingTimeYearMonth
-    {{1043, 25}, TagType::string, 0, 0, 0, 0},  // RecordingTimeYearMonthDay
-    {{1068, 11}, TagType::datetimez, 2, 0, 0, 0},  // ReleaseDate
-    {{1079, 14}, TagType::string, 0, 0, 0, 0},  // ReleaseDateDay
-    {{1093, 16}, TagType::string, 0, 0, 0, 0},  // ReleaseDateMonth
-    {{1109, 15}, TagType::string, 0, 0, 0, 0},  // ReleaseDateYear
-    {{1124, 20}, TagType::string, 0, 0, 0, 0},  // ReleaseDateYearMonth
-    {{1144, 23}, TagType::string, 0, 0, 0, 0},  // ReleaseDateYearMonthDay
-    {{1167, 12}, TagType::string, 0, 0, 0, 0},  // RequestState
-    {{1179, 14}, TagType::string, 0, 0, 0, 0},  // ShadowFilePath
-    {{1193, 9}, TagType::string, 0, 0, 0, 0},  // SourceURL
-    {{1202, 7}, TagType::string, 0, 0, 0, 0},  // Subject
-    {{1209, 6}, TagType::string, 0, 0, 0, 0},  // Sync01
-    {{1215, 6}, TagType::string, 0, 0, 0, 0},  // Sync02
-    {{1221, 6}, TagType::string, 0, 0, 0, 0},  // Sync03
-    {{1227, 6}, TagType::string, 0, 0, 0, 0},  // Sync04
-    {{1233, 6}, TagType::string, 0, 0, 0, 0},  // Sync05
-    {{1239, 6}, TagType::string, 0, 0, 0, 0},  // Sync06
-    {{1245, 6}, TagType::string, 0, 0, 0, 0},  // Sync07
-    {{1251, 6}, TagType::string, 0, 0, 0, 0},  // Sync08
-    {{1257, 6}, TagType::string, 0, 0, 0, 0},  // Sync09
-    {{1263, 6}, TagType::string, 0, 0, 0, 0},  // Sync10
-    {{1269, 6}, TagType::string, 0, 0, 0, 0},  // Sync11
-    {{1275, 6}, TagType::string, 0, 0, 0, 0},  // Sync12
-    {{1281, 6}, TagType::string, 0, 0, 0, 0},  // Sync13
-    {{1287, 6}, TagType::string, 0, 0, 0, 0},  // Sync14
-    {{1293, 6}, TagType::string, 0, 0, 0, 0},  // Sync15
-    {{1299, 6}, TagType::string, 0, 0, 0, 0},  // Sync16
-    {{1305, 8}, TagType::string, 0, 0, 0, 0},  // SyncOnly
-    {{1313, 9}, TagType::string, 0, 0, 0, 0},  // SyncState
-    {{1322, 9}, TagType::string, 0, 0, 0, 0},  // Temporary
-    {{1331, 14}, TagType::string, 0, 0, 0, 0},  // TitleSortOrder
-    {{1345, 13}, TagType::string, 0, 0, 0, 0},  // TotalDuration
-    {{1358, 10}, TagType::string, 0, 0, 0, 0},  // TrackingID
-    {{1368, 11}, TagType::string, 0, 0, 0, 0},  // UserCustom1
-    {{1379, 11}, TagType::string, 0, 0, 0, 0},  // UserCustom2
-    {{1390, 19}, TagType::string, 0, 0, 0, 0},  // UserEffectiveRating
-    {{1409, 18}, TagType::string, 0, 0, 0, 0},  // UserLastPlayedTime
-    {{1427, 13}, TagType::string, 0, 0, 0, 0},  // UserPlayCount
-    {{1440, 22}, TagType::string, 0, 0, 0, 0},  // UserPlaycountAfternoon
-    {{1462, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountEvening
-    {{1482, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountMorning
-    {{1502, 18}, TagType::string, 0, 0, 0, 0},  // UserPlaycountNight
-    {{1520, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountWeekday
-    {{1540, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountWeekend
-    {{1560, 10}, TagType::string, 2, 0, 0, 0},  // UserRating
-    {{1570, 17}, TagType::string, 0, 0, 0, 0},  // UserServiceRating
-    {{1587, 12}, TagType::string, 0, 0, 0, 0},  // VideoBitrate
-    {{1599, 11}, TagType::string, 0, 0, 0, 0},  // VideoFormat
-    {{1610, 14}, TagType::int16s, 2, 0, 0, 0},  // BeatsPerMinute
-    {{1624, 22}, TagType::string, 0, 0, 0, 0},  // ContentDistributorType
-    {{1646, 23}, TagType::string, 0, 0, 0, 0},  // ContentGroupDescription
-    {{1669, 12}, TagType::date, 2, 0, 0, 0},  // EncodingTime
-    {{1681, 7}, TagType::int32s, 2, 0, 11, 2642},  // GenreID
-    {{1688, 8}, TagType::string, 0, 0, 0, 0},  // Language
-    {{1696, 6}, TagType::string, 2, 0, 0, 0},  // Lyrics
-    {{1702, 4}, TagType::string, 0, 0, 0, 0},  // MCDI
-    {{1706, 30}, TagType::string, 0, 0, 0, 0},  // MediaOriginalBroadcastDateTime
-    {{1736, 20}, TagType::string, 0, 0, 0, 0},  // MediaOriginalChannel
-    {{1756, 16}, TagType::string, 0, 0, 0, 0},  // MediaStationName
-    {{1772, 14}, TagType::string, 0, 0, 0, 0},  // ProtectionType
-    {{1786, 14}, TagType::string, 0, 0, 0, 0},  // ProviderRating
-    {{1800, 13}, TagType::string, 0, 0, 0, 0},  // ProviderStyle
-    {{1813, 16}, TagType::int64u, 2, 0, 0, 0},  // SharedUserRating
-    {{1829, 19}, TagType::string, 0, 0, 0, 0},  // SubtitleDescription
-    {{1848, 21}, TagType::string, 0, 0, 0, 0},  // SubscriptionContentID
-    {{1869, 11}, TagType::string, 2, 0, 0, 0},  // TrackNumber
-    {{1880, 20}, TagType::string, 0, 0, 0, 0},  // UniqueFileIdentifier
-    {{1900, 14}, TagType::string, 0, 0, 0, 0},  // VideoFrameRate
-    {{1914, 11}, TagType::string, 0, 0, 0, 0},  // VideoHeight
-    {{1925, 10}, TagType::string, 0, 0, 0, 0},  // VideoWidth
-    {{1935, 19}, TagType::string, 0, 0, 0, 0},  // WMCollectionGroupID
-    {{1954, 14}, TagType::string, 0, 0, 0, 0},  // WMCollectionID
-    {{1968, 11}, TagType::string, 0, 0, 0, 0},  // WMContentID
-    {{1979, 25}, TagType::string, 0, 0, 0, 0},  // WMShadowFileSourceDRMType
-    {{2004, 26}, TagType::string, 0, 0, 0, 0},  // WMShadowFileSourceFileType
-    {{2030, 10}, TagType::string, 0, 0, 0, 0},  // ChapterNum
-    {{2040, 8}, TagType::string, 0, 0, 0, 0},  // TitleNum
-    {{2048, 9}, TagType::string, 0, 0, 0, 0},  // Resources
-    {{2057, 8}, TagType::string, 0, 0, 0, 0},  // Complete
-    {{2065, 18}, TagType::string, 0, 0, 0, 0},  // HomeCountry-Region
-    {{2083, 9}, TagType::string, 0, 0, 0, 0},  // TaskOwner
-    {{2092, 11}, TagType::string, 0, 0, 0, 0},  // MaxAperture
-    {{2103, 17}, TagType::string, 0, 0, 0, 0},  // OptionalAttendees
-    {{2120, 10}, TagType::string, 0, 0, 0, 0},  // HomeStreet
-    {{2130, 25}, TagType::string, 0, 0, 0, 0},  // RequiredAttendeeAddresses
-    {{2155, 13}, TagType::string, 0, 0, 0, 0},  // SenderAddress
-    {{2168, 11}, TagType::string, 0, 0, 0, 0},  // FileVersion
-    {{2179, 11}, TagType::string, 0, 0, 0, 0},  // ProductName
-    {{2190, 14}, TagType::string, 2, 0, 0, 0},  // ProductVersion
-    {{2204, 15}, TagType::string, 0, 0, 0, 0},  // LegalTrademarks
-    {{2219, 10}, TagType::string, 0, 0, 0, 0},  // SenderName
-    {{2229, 20}, TagType::string, 0, 0, 0, 0},  // ParentalRatingReason
-    {{2249, 9}, TagType::string, 0, 0, 0, 0},  // FirstName
-    {{2258, 12}, TagType::string, 0, 0, 0, 0},  // DateImported
-    {{2270, 11}, TagType::string, 0, 0, 0, 0},  // CameraMaker
-    {{2281, 11}, TagType::string, 0, 0, 0, 0},  // Orientation
-    {{2292, 12}, TagType::string, 0, 0, 0, 0},  // ExposureTime
-    {{2304, 6}, TagType::string, 0, 0, 0, 0},  // F-stop
-    {{2310, 15}, TagType::string, 0, 0, 0, 0},  // ExposureProgram
-    {{2325, 8}, TagType::string, 0, 0, 0, 0},  // ISOSpeed
-    {{2333, 16}, TagType::string, 0, 0, 0, 0},  // DatePictureTaken
-    {{2349, 12}, TagType::string, 0, 0, 0, 0},  // ExposureBias
-    {{2361, 15}, TagType::string, 0, 0, 0, 0},  // SubjectDistance
-    {{2376, 12}, TagType::string, 0, 0, 0, 0},  // MeteringMode
-    {{2388, 11}, TagType::string, 0, 0, 0, 0},  // LightSource
-    {{2399, 9}, TagType::string, 0, 0, 0, 0},  // FlashMode
-    {{2408, 11}, TagType::string, 0, 0, 0, 0},  // FocalLength
-    {{2419, 9}, TagType::string, 0, 0, 0, 0},  // HomePhone
-    {{2428, 12}, TagType::string, 0, 0, 0, 0},  // PrimaryPhone
-    {{2440, 9}, TagType::string, 0, 0, 0, 0},  // CellPhone
-    {{2449, 8}, TagType::string, 0, 0, 0, 0},  // Birthday
-    {{2457, 13}, TagType::string, 0, 0, 0, 0},  // PrimaryE-mail
-    {{2470, 8}, TagType::string, 0, 0, 0, 0},  // JobTitle
-    {{2478, 8}, TagType::string, 0, 0, 0, 0},  // HomeCity
-    {{2486, 13}, TagType::string, 0, 0, 0, 0},  // PersonalTitle
-    {{2499, 14}, TagType::string, 0, 0, 0, 0},  // OfficeLocation
-    {{2513, 9}, TagType::string, 0, 0, 0, 0},  // GivenName
-    {{2522, 10}, TagType::string, 0, 0, 0, 0},  // MiddleName
-    {{2532, 6}, TagType::string, 0, 0, 0, 0},  // Suffix
-    {{2538, 8}, TagType::string, 0, 0, 0, 0},  // Nickname
-    {{2546, 10}, TagType::string, 0, 0, 0, 0},  // PostalCode
-    {{2556, 11}, TagType::string, 0, 0, 0, 0},  // StationName
-    {{2567, 8}, TagType::string, 0, 0, 0, 0},  // Division
-    {{2575, 5}, TagType::string, 0, 0, 0, 0},  // Kinds
-    {{2580, 8}, TagType::string, 0, 0, 0, 0},  // ClientID
-    {{2588, 4}, TagType::string, 0, 0, 0, 0},  // Type
-    {{2592, 9}, TagType::string, 0, 0, 0, 0},  // FileCount
-    {{2601, 13}, TagType::string, 0, 0, 0, 0},  // TotalFileSize
-    {{2614, 8}, TagType::string, 0, 0, 0, 0},  // Computer
-    {{2622, 13}, TagType::string, 0, 0, 0, 0},  // PerceivedType
-    {{2635, 12}, TagType::string, 0, 0, 0, 0},  // MediaCreated
-    {{2647, 11}, TagType::string, 0, 0, 0, 0},  // IsRecurring
-    {{2658, 10}, TagType::string, 0, 0, 0, 0},  // Incomplete
-    {{2668, 7}, TagType::string, 0, 0, 0, 0},  // E-mail2
-    {{2675, 7}, TagType::string, 0, 0, 0, 0},  // Project
-    {{2682, 6}, TagType::string, 0, 0, 0, 0},  // Gender
-    {{2688, 7}, TagType::string, 0, 0, 0, 0},  // DueDate
-    {{2695, 12}, TagType::string, 0, 0, 0, 0},  // BusinessCity
-    {{2707, 15}, TagType::string, 0, 0, 0, 0},  // WindowsFileName
-    {{2722, 12}, TagType::string, 0, 0, 0, 0},  // DateArchived
-    {{2734, 23}, TagType::string, 0, 0, 0, 0},  // BusinessStateOrProvince
-    {{2757, 13}, TagType::string, 0, 0, 0, 0},  // BroadcastDate
-    {{2770, 5}, TagType::string, 2, 0, 0, 0},  // Color
-    {{2775, 9}, TagType::string, 0, 0, 0, 0},  // StartDate
-    {{2784, 10}, TagType::string, 0, 0, 0, 0},  // Saturation
-    {{2794, 13}, TagType::string, 0, 0, 0, 0},  // SearchRanking
-    {{2807, 12}, TagType::string, 0, 0, 0, 0},  // OtherAddress
-    {{2819, 11}, TagType::string, 0, 0, 0, 0},  // AutoSummary
-    {{2830, 7}, TagType::string, 0, 0, 0, 0},  // Summary
-    {{2837, 16}, TagType::string, 0, 0, 0, 0},  // BusinessHomePage
-    {{2853, 10}, TagType::string, 0, 0, 0, 0},  // InitialKey
-    {{2863, 16}, TagType::string, 0, 0, 0, 0},  // Beats-per-minute
-    {{2879, 10}, TagType::string, 0, 0, 0, 0},  // Conductors
-    {{2889, 4}, TagType::string, 0, 0, 0, 0},  // Mood
-    {{2893, 10}, TagType::string, 0, 0, 0, 0},  // AlbumTitle
-    {{2903, 15}, TagType::string, 0, 0, 0, 0},  // Free-busyStatus
-    {{2918, 3}, TagType::string, 0, 0, 0, 0},  // URL
-    {{2921, 11}, TagType::string, 0, 0, 0, 0},  // DateVisited
-    {{2932, 9}, TagType::string, 0, 0, 0, 0},  // IsDeleted
-    {{2941, 7}, TagType::string, 0, 0, 0, 0},  // HasFlag
-    {{2948, 7}, TagType::string, 0, 0, 0, 0},  // Hobbies
-    {{2955, 8}, TagType::string, 0, 0, 0, 0},  // FullName
-    {{2963, 6}, TagType::string, 0, 0, 0, 0},  // Street
-    {{2969, 10}, TagType::string, 0, 0, 0, 0},  // Dimensions
-    {{2979, 9}, TagType::string, 0, 0, 0, 0},  // Untitled0
-    {{2988, 9}, TagType::string, 0, 0, 0, 0},  // Untitled1
-    {{2997, 20}, TagType::string, 0, 0, 0, 0},  // HorizontalResolution
-    {{3017, 18}, TagType::string, 0, 0, 0, 0},  // VerticalResolution
-    {{3035, 8}, TagType::int16u, 0, 0, 0, 0},  // BitDepth
-    {{3043, 15}, TagType::int32s, 0, 0, 0, 0},  // AudioSampleRate
-    {{3058, 15}, TagType::string, 0, 0, 0, 0},  // AudioSampleSize
-    {{3073, 16}, TagType::string, 0, 0, 0, 0},  // VideoCompression
-    {{3089, 10}, TagType::string, 0, 0, 0, 0},  // FrameWidth
-    {{3099, 11}, TagType::string, 0, 0, 0, 0},  // FrameHeight
-    {{3110, 12}, TagType::string, 0, 0, 0, 0},  // TotalBitrate
-    {{3122, 8}, TagType::string, 0, 0, 0, 0},  // DataRate
-    {{3130, 9}, TagType::string, 0, 0, 0, 0},  // Composers
-    {{3139, 9}, TagType::string, 0, 0, 0, 0},  // Directors
-    {{3148, 14}, TagType::string, 0, 0, 0, 0},  // ParentalRating
-    {{3162, 9}, TagType::string, 0, 0, 0, 0},  // Producers
-    {{3171, 7}, TagType::string, 0, 0, 0, 0},  // Writers
-    {{3178, 9}, TagType::string, 2, 0, 0, 0},  // Publisher
-    {{3187, 6}, TagType::string, 0, 0, 0, 0},  // Period
-    {{3193, 10}, TagType::string, 0, 0, 0, 0},  // UserWebURL
-    {{3203, 9}, TagType::string, 2, 0, 0, 0},  // EncodedBy
-    {{3212, 6}, TagType::int8s, 2, 0, 2653, 4},  // Rating
-    {{3218, 7}, TagType::string, 0, 0, 0, 0},  // E-mail3
-    {{3225, 7}, TagType::string, 0, 0, 0, 0},  // HomeFax
-    {{3232, 6}, TagType::string, 0, 0, 0, 0},  // Source
-    {{3238, 9}, TagType::string, 0, 0, 0, 0},  // FlagColor
-    {{3247, 13}, TagType::string, 0, 0, 0, 0},  // BusinessPhone
-    {{3260, 11}, TagType::string, 0, 0, 0, 0},  // ProgramMode
-    {{3271, 13}, TagType::string, 0, 0, 0, 0},  // OfflineStatus
-    {{3284, 16}, TagType::string, 0, 0, 0, 0},  // ClosedCaptioning
-    {{3300, 5}, TagType::string, 0, 0, 0, 0},  // Rerun
-    {{3305, 3}, TagType::string, 0, 0, 0, 0},  // SAP
-    {{3308, 11}, TagType::string, 0, 0, 0, 0},  // EpisodeName
-    {{3319, 18}, TagType::string, 0, 0, 0, 0},  // ProgramDescription
-    {{3337, 15}, TagType::string, 0, 0, 0, 0},  // StationCallSign
-    {{3352, 13}, TagType::string, 0, 0, 0, 0},  // ChannelNumber
-    {{3365, 9}, TagType::string, 0, 0, 0, 0},  // OtherCity
-    {{3374, 20}, TagType::string, 0, 0, 0, 0},  // OtherStateOrProvince
-    {{3394, 10}, TagType::string, 0, 0, 0, 0},  // Profession
-    {{3404, 13}, TagType::string, 0, 0, 0, 0},  // DateCompleted
-    {{3417, 12}, TagType::string, 0, 0, 0, 0},  // ReminderTime
-    {{3429, 15}, TagType::string, 0, 0, 0, 0},  // BusinessAddress
-    {{3444, 16}, TagType::string, 0, 0, 0, 0},  // OrganizerAddress
-    {{3460, 9}, TagType::string, 0, 0, 0, 0},  // HomePOBox
-    {{3469, 10}, TagType::string, 0, 0, 0, 0},  // E-mailList
-    {{3479, 16}, TagType::string, 0, 0, 0, 0},  // CompanyMainPhone
-    {{3495, 14}, TagType::string, 0, 0, 0, 0},  // HomePostalCode
-    {{3509, 10}, TagType::string, 0, 0, 0, 0},  // OtherPOBox
-    {{3519, 19}, TagType::string, 0, 0, 0, 0},  // OtherCountry-Region
-    {{3538, 8}, TagType::string, 0, 0, 0, 0},  // LastName
-    {{3546, 8}, TagType::string, 0, 0, 0, 0},  // CarPhone
-    {{3554, 11}, TagType::string, 0, 0, 0, 0},  // BusinessFax
-    {{3565, 9}, TagType::string, 0, 0, 0, 0},  // EntryType
-    {{3574, 15}, TagType::string, 0, 0, 0, 0},  // OtherPostalCode
-    {{3589, 5}, TagType::string, 0, 0, 0, 0},  // Label
-    {{3594, 11}, TagType::string, 0, 0, 0, 0},  // HomeAddress
-    {{3605, 15}, TagType::string, 0, 0, 0, 0},  // AssistantsPhone
-    {{3620, 11}, TagType::string, 0, 0, 0, 0},  // Anniversary
-    {{3631, 5}, TagType::string, 2, 0, 0, 0},  // Owner
-    {{3636, 9}, TagType::string, 0, 0, 0, 0},  // SpaceFree
-    {{3645, 9}, TagType::string, 0, 0, 0, 0},  // TotalSize
-    {{3654, 9}, TagType::string, 0, 0, 0, 0},  // SpaceUsed
-    {{3663, 8}, TagType::string, 0, 0, 0, 0},  // Priority
-    {{3671, 14}, TagType::string, 0, 0, 0, 0},  // HasAttachments
-    {{3685, 6}, TagType::string, 0, 0, 0, 0},  // Spouse
-    {{3691, 15}, TagType::string, 0, 0, 0, 0},  // FocalLength35mm
-    {{3706, 11}, TagType::string, 0, 0, 0, 0},  // IsCompleted
-    {{3717, 19}, TagType::string, 0, 0, 0, 0},  // OfflineAvailability
-    {{3736, 13}, TagType::string, 0, 0, 0, 0},  // OrganizerName
-    {{3749, 12}, TagType::string, 0, 0, 0, 0},  // TTY-TTDPhone
-    {{3761, 9}, TagType::string, 0, 0, 0, 0},  // Protected
-    {{3770, 22}, TagType::string, 0, 0, 0, 0},  // BusinessCountry-Region
-    {{3792, 17}, TagType::string, 0, 0, 0, 0},  // RequiredAttendees
-    {{3809, 4}, TagType::string, 2, 0, 0, 0},  // Name
-    {{3813, 4}, TagType::string, 0, 0, 0, 0},  // Size
-    {{3817, 10}, TagType::string, 0, 0, 0, 0},  // Attributes
-    {{3827, 12}, TagType::string, 0, 0, 0, 0},  // DateModified
-    {{3839, 11}, TagType::string, 0, 0, 0, 0},  // DateCreated
-    {{3850, 12}, TagType::string, 0, 0, 0, 0},  // DateAccessed
-    {{3862, 10}, TagType::string, 0, 0, 0, 0},  // FolderName
-    {{3872, 10}, TagType::string, 0, 0, 0, 0},  // LinkTarget
-    {{3882, 10}, TagType::string, 0, 0, 0, 0},  // LinkStatus
-    {{3892, 13}, TagType::string, 0, 0, 0, 0},  // BusinessPOBox
-    {{3905, 9}, TagType::string, 0, 0, 0, 0},  // ToDoTitle
-    {{3914, 14}, TagType::string, 0, 0, 0, 0},  // CallbackNumber
-    {{3928, 8}, TagType::string, 0, 0, 0, 0},  // IsOnline
-    {{3936, 14}, TagType::string, 0, 0, 0, 0},  // MailingAddress
-    {{3950, 5}, TagType::string, 0, 0, 0, 0},  // Telex
-    {{3955, 7}, TagType::string, 0, 0, 0, 0},  // EndDate
-    {{3962, 19}, TagType::string, 0, 0, 0, 0},  // HomeStateOrProvince
-    {{3981, 4}, TagType::string, 0, 0, 0, 0},  // City
-    {{3985, 17}, TagType::string, 0, 0, 0, 0},  // E-mailDisplayName
-    {{4002, 14}, TagType::string, 0, 0, 0, 0},  // AssistantsName
-    {{4016, 7}, TagType::string, 0, 0, 0, 0},  // Creator
-    {{4023, 11}, TagType::string, 0, 0, 0, 0},  // ExifVersion
-    {{4034, 18}, TagType::string, 0, 0, 0, 0},  // BillingInformation
-    {{4052, 8}, TagType::string, 0, 0, 0, 0},  // Children
-    {{4060, 12}, TagType::string, 0, 0, 0, 0},  // Participants
-    {{4072, 25}, TagType::string, 0, 0, 0, 0},  // OptionalAttendeeAddresses
-    {{4097, 7}, TagType::string, 0, 0, 0, 0},  // Company
-    {{4104, 8}, TagType::string, 2, 0, 0, 0},  // Category
-    {{4112, 11}, TagType::string, 0, 0, 0, 0},  // ContentType
-    {{4123, 6}, TagType::string, 0, 0, 0, 0},  // Status
-    {{4129, 6}, TagType::string, 0, 0, 0, 0},  // Slides
-    {{4135, 5}, TagType::string, 0, 0, 0, 0},  // Pager
-    {{4140, 11}, TagType::string, 0, 0, 0, 0},  // IMAddresses
-    {{4151, 6}, TagType::string, 0, 0, 0, 0},  // Folder
-    {{4157, 14}, TagType::string, 0, 0, 0, 0},  // ConversationID
-    {{4171, 14}, TagType::string, 0, 0, 0, 0},  // BusinessStreet
-    {{4185, 12}, TagType::string, 0, 0, 0, 0},  // DateReleased
-    {{4197, 5}, TagType::string, 0, 0, 0, 0},  // POBox
-    {{4202, 12}, TagType::string, 0, 0, 0, 0},  // ContactNames
-    {{4214, 10}, TagType::string, 0, 0, 0, 0},  // DocumentID
-    {{4224, 9}, TagType::string, 0, 0, 0, 0},  // LensModel
-    {{4233, 18}, TagType::string, 0, 0, 0, 0},  // BusinessPostalCode
-    {{4251, 10}, TagType::string, 0, 0, 0, 0},  // ReadStatus
-    {{4261, 10}, TagType::string, 0, 0, 0, 0},  // Importance
-    {{4271, 10}, TagType::string, 0, 0, 0, 0},  // FlagStatus
-    {{4281, 13}, TagType::string, 0, 0, 0, 0},  // FromAddresses
-    {{4294, 9}, TagType::string, 0, 0, 0, 0},  // FromNames
-    {{4303, 5}, TagType::string, 0, 0, 0, 0},  // Store
-    {{4308, 11}, TagType::string, 0, 0, 0, 0},  // ToAddresses
-    {{4319, 7}, TagType::string, 0, 0, 0, 0},  // ToNames
-    {{4326, 7}, TagType::string, 0, 0, 0, 0},  // Webpage
-    {{4333, 8}, TagType::string, 0, 0, 0, 0},  // DateSent
-    {{4341, 12}, TagType::string, 0, 0, 0, 0},  // BccAddresses
-    {{4353, 12}, TagType::string, 0, 0, 0, 0},  // DateReceived
-    {{4365, 11}, TagType::string, 0, 0, 0, 0},  // Attachments
-    {{4376, 8}, TagType::string, 0, 0, 0, 0},  // BccNames
-    {{4384, 11}, TagType::string, 0, 0, 0, 0},  // CcAddresses
-    {{4395, 7}, TagType::string, 0, 0, 0, 0},  // CcNames
-    {{4402, 10}, TagType::string, 0, 0, 0, 0},  // FolderPath
-    {{4412, 4}, TagType::string, 0, 0, 0, 0},  // Path
-    {{4416, 11}, TagType::string, 0, 0, 0, 0},  // AccountName
-    {{4427, 14}, TagType::string, 0, 0, 0, 0},  // Country-Region
-    {{4441, 9}, TagType::string, 0, 0, 0, 0},  // LensMaker
-    {{4450, 12}, TagType::string, 0, 0, 0, 0},  // WhiteBalance
-    {{4462, 6}, TagType::string, 0, 0, 0, 0},  // Shared
-    {{4468, 10}, TagType::string, 0, 0, 0, 0},  // SharedWith
-    {{4478, 15}, TagType::string, 0, 0, 0, 0},  // StateOrProvince
-    {{4493, 6}, TagType::string, 0, 0, 0, 0},  // FileAs
-    {{4499, 12}, TagType::string, 0, 0, 0, 0},  // IsAttachment
-    {{4511, 16}, TagType::string, 0, 0, 0, 0},  // TotalEditingTime
-    {{4527, 11}, TagType::string, 0, 0, 0, 0},  // LastPrinted
-    {{4538, 9}, TagType::string, 0, 0, 0, 0},  // Untitled2
-    {{4547, 13}, TagType::string, 0, 0, 0, 0},  // DateLastSaved
-    {{4560, 5}, TagType::string, 0, 0, 0, 0},  // Pages
-    {{4565, 9}, TagType::string, 0, 0, 0, 0},  // WordCount
-    {{4574, 11}, TagType::string, 0, 0, 0, 0},  // ProgramName
-    {{4585, 8}, TagType::string, 2, 0, 0, 0},  // Keywords
-    {{4593, 8}, TagType::string, 0, 0, 0, 0},  // Comments
-    {{4601, 12}, TagType::string, 0, 0, 0, 0},  // Contributors
-    {{4613, 8}, TagType::string, 0, 0, 0, 0},  // Initials
-    {{4621, 4}, TagType::string, 0, 0, 0, 0},  // Date
-    {{4625, 11}, TagType::string, 0, 0, 0, 0},  // Sensitivity
-    {{4636, 13}, TagType::string, 0, 0, 0, 0},  // E-mailAddress
-    {{4649, 10}, TagType::string, 0, 0, 0, 0},  // Department
-    {{4659, 7}, TagType::string, 0, 0, 0, 0},  // Mileage
-    {{4666, 11}, TagType::string, 0, 0, 0, 0},  // OtherStreet
-    {{4677, 23}, TagType::int8u, 0, 0, 0, 0},  // AV1ConfigurationVersion
-    {{4700, 10}, TagType::int8u, 0, 0, 0, 0},  // SeqProfile
-    {{4710, 12}, TagType::int8u, 0, 0, 0, 0},  // SeqLevelIdx0
-    {{4722, 8}, TagType::int8u, 0, 0, 0, 0},  // SeqTier0
-    {{4730, 12}, TagType::int8u, 0, 0, 0, 0},  // HighBitDepth
-    {{4742, 9}, TagType::int8u, 0, 0, 0, 0},  // TwelveBit
-    {{4751, 12}, TagType::int8u, 0, 0, 2657, 5},  // ChromaFormat
-    {{4763, 20}, TagType::int8u, 0, 0, 2662, 4},  // ChromaSamplePosition
-    {{4783, 19}, TagType::int8u, 0, 0, 0, 0},  // InitialDelaySamples
-    {{4802, 9}, TagType::int8u, 0, 0, 0, 0},  // AccelMode
-    {{4811, 10}, TagType::int64u, 0, 0, 0, 0},  // SampleTime
-    {{4821, 8}, TagType::float_, 0, 3, 0, 0},  // AccelYPR
-    {{4829, 7}, TagType::fixed16s, 2, 0, 0, 0},  // Balance
-    {{4836, 19}, TagType::int32u, 0, 0, 0, 0},  // AudioProfileVersion
-    {{4855, 12}, TagType::int32u, 0, 0, 0, 0},  // AudioTrackID
-    {{4867, 10}, TagType::string, 0, 4, 0, 0},  // AudioCodec
-    {{4877, 14}, TagType::int32u, 0, 0, 0, 0},  // AudioCodecInfo
-    {{4891, 15}, TagType::int32u, 0, 0, 2666, 3},  // AudioAttributes
-    {{4906, 15}, TagType::int32u, 0, 0, 0, 0},  // AudioAvgBitrate
-    {{4921, 15}, TagType::int32u, 0, 0, 0, 0},  // AudioMaxBitrate
-    {{4936, 13}, TagType::int32s, 0, 0, 0, 0},  // AudioChannels
-    {{4949, 13}, TagType::string, 0, 4, 2669, 19},  // AudioVendorID
-    {{4962, 18}, TagType::int16u, 0, 0, 0, 0},  // AudioBitsPerSample
-    {{4980, 10}, TagType::int32u, 0, 0, 0, 0},  // BufferSize
-    {{4990, 10}, TagType::int32u, 0, 0, 0, 0},  // MaxBitrate
-    {{5000, 14}, TagType::int32u, 0, 0, 0, 0},  // AverageBitrate
-    {{5014, 11}, TagType::string, 0, 0, 0, 0},  // Compression
-    {{5025, 11}, TagType::int16u, 0, 0, 2688, 87},  // LayoutFlags
-    {{5036, 17}, TagType::int32u, 0, 0, 2775, 18},  // AudioChannelTypes
-    {{5053, 22}, TagType::int32u, 0, 0, 0, 0},  // NumChannelDescriptions
-    {{5075, 13}, TagType::int32u, 0, 0, 2793, 64},  // Channel1Label
-    {{5088, 13}, TagType::int32u, 0, 0, 2666, 3},  // Channel1Flags
-    {{5101, 19}, TagType::float_, 0, 3, 0, 0},  // Channel1Coordinates
-    {{5120, 13}, TagType::int32u, 0, 0, 2793, 64},  // Channel2Label
-    {{5133, 13}, TagType::int32u, 0, 0, 2666, 3},  // Channel2Flags
-    {{5146, 19}, TagType::float_, 0, 3, 0, 0},  // Channel2Coordinates
-    {{5165, 13}, TagType::int32u, 0, 0, 2793, 64},  // Channel3Label
-    {{5178, 13}, TagType::int32u, 0, 0, 2666, 3},  // Channel3Flags
-    {{5191, 19}, TagType::float_, 0, 3, 0, 0},  // Channel3Coordinates
-    {{5210, 13}, TagType::int32u, 0, 0, 2793, 64},  // Channel4Label
-    {{5223, 13}, TagType::int32u, 0, 0, 2666, 3},  // Channel4Flags
-    {{5236, 19}, TagType::float_, 0, 3, 0, 0},  // Channel4Coordinates
-    {{5255, 13}, TagType::int32u, 0, 0, 2793, 64},  // Channel5Label
-    {{5268, 13}, TagType::int32u, 0, 0, 2666, 3},  // Channel5Flags
-    {{5281, 19}, TagType::float_, 0, 3, 0, 0},  // Channel5Coordinates
-    {{5300, 13}, TagType::int32u, 0, 0, 2793, 64},  // Channel6Label
-    {{5313, 13}, TagType::int32u, 0, 0, 2666, 3},  // Channel6Flags
-    {{5326, 19}, TagType::float_, 0, 3, 0, 0},  // Channel6Coordinates
-    {{5345, 13}, TagType::int32u, 0, 0, 2793, 64},  // Channel7Label
-    {{5358, 13}, TagType::int32u, 0, 0, 2666, 3},  // Channel7Flags
-    {{5371, 19}, TagType::float_, 0, 3, 0, 0},  // Channel7Coordinates
-    {{5390, 13}, TagType::int32u, 0, 0, 2793, 64},  // Channel8Label
-    {{5403, 13}, TagType::int32u, 0, 0, 2666, 3},  // Channel8Flags
-    {{5416, 19}, TagType::float_, 0, 3, 0, 0},  // Channel8Coordinates
-    {{5435, 18}, TagType::rational64s, 0, 0, 0, 0},  // CleanApertureWidth
-    {{5453, 19}, TagType::rational64s, 0, 0, 0, 0},  // CleanApertureHeight
-    {{5472, 20}, TagType::rational64s, 0, 0, 0, 0},  // CleanApertureOffsetX
-    {{5492, 20}, TagType::rational64s, 0, 0, 0, 0},  // CleanApertureOffsetY
-    {{5512, 13}, TagType::string, 0, 4, 0, 0},  // ColorProfiles
-    {{5525, 14}, TagType::int16u, 0, 0, 2857, 12},  // ColorPrimaries
-    {{5539, 23}, TagType::int16u, 0, 0, 2869, 19},  // TransferCharacteristics
-    {{5562, 18}, TagType::int16u, 0, 0, 2888, 15},  // MatrixCoefficients
-    {{5580, 18}, TagType::int8u, 0, 0, 0, 0},  // VideoFullRangeFlag
-    {{5598, 20}, TagType::int16u, 0, 0, 0, 0},  // MaxContentLightLevel
-    {{5618, 23}, TagType::int16u, 0, 0, 0, 0},  // MaxPicAverageLightLevel
-    {{5641, 3}, TagType::string, 0, 0, 0, 0},  // URN
-    {{5644, 13}, TagType::string, 0, 4, 0, 0},  // EncoderVendor
-    {{5657, 14}, TagType::int8u, 0, 0, 0, 0},  // EncoderVersion
-    {{5671, 26}, TagType::string, 0, 0, 0, 0},  // AudioAvailableBitRateRange
-    {{5697, 23}, TagType::string, 0, 0, 0, 0},  // AudioBitRateControlMode
-    {{5720, 22}, TagType::string, 0, 0, 0, 0},  // AudioExtendFrequencies
-    {{5742, 25}, TagType::string, 0, 0, 0, 0},  // AudioCurrentTargetBitRate
-    {{5767, 21}, TagType::string, 0, 0, 0, 0},  // AudioComponentVersion
-    {{5788, 28}, TagType::string, 0, 0, 0, 0},  // AudioAvailableNumberChannels
-    {{5816, 18}, TagType::string, 0, 0, 0, 0},  // AudioIsInitialized
-    {{5834, 29}, TagType::string, 0, 0, 0, 0},  // AudioDoesSampleRateConversion
-    {{5863, 21}, TagType::string, 0, 0, 0, 0},  // AudioMinimumDelayMode
-    {{5884, 30}, TagType::string, 0, 0, 0, 0},  // AudioMinimumNumberInputPackets
-    {{5914, 31}, TagType::string, 0, 0, 0, 0},  // AudioMinimumNumberOutputPackets
-    {{5945, 21}, TagType::string, 0, 0, 0, 0},  // AudioOutputPrecedence
-    {{5966, 21}, TagType::string, 0, 0, 0, 0},  // AudioZeroFramesPadded
-    {{5987, 26}, TagType::string, 0, 0, 0, 0},  // AudioMaximumPacketByteSize
-    {{6013, 30}, TagType::string, 0, 0, 0, 0},  // AudioRequiresPacketDescription
-    {{6043, 20}, TagType::string, 0, 0, 0, 0},  // AudioPacketFrameSize
-    {{6063, 21}, TagType::string, 0, 0, 0, 0},  // AudioCodecPrimeMethod
-    {{6084, 19}, TagType::string, 0, 0, 0, 0},  // AudioQualitySetting
-    {{6103, 20}, TagType::string, 0, 0, 0, 0},  // AudioInputBufferSize
-    {{6123, 24}, TagType::string, 0, 0, 0, 0},  // AudioUsedInputBufferSize
-    {{6147, 29}, TagType::string, 0, 0, 0, 0},  // AudioUseRecommendedSampleRate
-    {{6176, 15}, TagType::string, 0, 0, 0, 0},  // AudioVBRQuality
-    {{6191, 26}, TagType::string, 0, 0, 0, 0},  // AudioEncodingParamsVersion
-    {{6217, 31}, TagType::string, 0, 0, 0, 0},  // AudioHasVariablePacketByteSizes
-    {{6248, 18}, TagType::int32u, 0, 0, 0, 0},  // FileProfileVersion
-    {{6266, 17}, TagType::int32u, 0, 0, 2903, 3},  // FileFunctionFlags
-    {{6283, 10}, TagType::string, 0, 4, 2906, 100},  // MajorBrand
-    {{6293, 12}, TagType::string, 0, 4, 0, 0},  // MinorVersion
-    {{6305, 16}, TagType::string, 0, 0, 0, 0},  // CompatibleBrands
-    {{6321, 17}, TagType::int32u, 0, 0, 0, 0},  // PreviewImageWidth
-    {{6338, 18}, TagType::int32u, 0, 0, 0, 0},  // PreviewImageHeight
-    {{6356, 18}, TagType::int32u, 0, 0, 0, 0},  // PreviewImageLength
-    {{6374, 12}, TagType::string, 2, 16, 0, 0},  // SerialNumber
-    {{6386, 12}, TagType::string, 0, 0, 0, 0},  // PreviewImage
-    {{6398, 10}, TagType::int8u, 0, 0, 0, 0},  // FusionMode
-    {{6408, 9}, TagType::float_, 0, 3, 0, 0},  // FusionYPR
-    {{6417, 7}, TagType::int8u, 0, 0, 0, 0},  // GPSMode
-    {{6424, 11}, TagType::float_, 0, 0, 0, 0},  // GPSLatitude
-    {{6435, 12}, TagType::float_, 0, 0, 0, 0},  // GPSLongitude
-    {{6447, 11}, TagType::float_, 0, 0, 0, 0},  // GPSAltitude
-    {{6458, 8}, TagType::int32s, 0, 0, 0, 0},  // GPSSpeed
-    {{6466, 8}, TagType::int16u, 0, 0, 0, 0},  // GPSTrack
-    {{6474, 12}, TagType::float_, 0, 3, 0, 0},  // Acceleration
-    {{6486, 4}, TagType::string, 8, 0, 0, 0},  // Text
-    {{6490, 15}, TagType::int8u, 0, 0, 0, 0},  // GenMediaVersion
-    {{6505, 8}, TagType::int8u, 0, 3, 0, 0},  // GenFlags
-    {{6513, 15}, TagType::int16u, 0, 0, 3006, 31},  // GenGraphicsMode
-    {{6528, 10}, TagType::int16u, 0, 3, 0, 0},  // GenOpColor
-    {{6538, 10}, TagType::fixed16s, 0, 0, 0, 0},  // GenBalance
-    {{6548, 8}, TagType::int8u, 0, 0, 0, 0},  // GyroMode
-    {{6556, 7}, TagType::float_, 0, 3, 0, 0},  // GyroYPR
-    {{6563, 24}, TagType::int8u, 0, 0, 0, 0},  // HEVCConfigurationVersion
-    {{6587, 19}, TagType::int8u, 0, 0, 3037, 1},  // GeneralProfileSpace
-    {{6606, 15}, TagType::int8u, 0, 0, 3038, 2},  // GeneralTierFlag
-    {{6621, 17}, TagType::int8u, 0, 0, 3040, 12},  // GeneralProfileIDC
-    {{6638, 28}, TagType::int32u, 0, 0, 3052, 12},  // GenProfileCompatibilityFlags
-    {{6666, 24}, TagType::int8u, 0, 6, 0, 0},  // ConstraintIndicatorFlags
-    {{6690, 15}, TagType::int8u, 0, 0, 0, 0},  // GeneralLevelIDC
-    {{6705, 25}, TagType::int16u, 0, 0, 0, 0},  // MinSpatialSegmentationIDC
-    {{6730, 15}, TagType::int8u, 0, 0, 0, 0},  // ParallelismType
-    {{6745, 12}, TagType::int8u, 0, 0, 0, 0},  // BitDepthLuma
-    {{6757, 14}, TagType::int8u, 0, 0, 0, 0},  // BitDepthChroma
-    {{6771, 16}, TagType::int16u, 0, 0, 0, 0},  // AverageFrameRate
-    {{6787, 17}, TagType::int8u, 0, 0, 3064, 3},  // ConstantFrameRate
-    {{6804, 17}, TagType::int8u, 0, 0, 0, 0},  // NumTemporalLayers
-    {{6821, 16}, TagType::int8u, 0, 0, 3038, 2},  // TemporalIDNested
-    {{6837, 12}, TagType::int32u, 0, 0, 0, 0},  // Unknown_slmt
-    {{6849, 12}, TagType::string, 0, 4, 3067, 2},  // HandlerClass
-    {{6861, 11}, TagType::string, 0, 4, 3069, 25},  // HandlerType
-    {{6872, 15}, TagType::string, 0, 4, 2669, 19},  // HandlerVendorID
-    {{6887, 18}, TagType::string, 0, 0, 0, 0},  // HandlerDescription
-    {{6905, 10}, TagType::int16u, 0, 0, 0, 0},  // MaxPDUSize
-    {{6915, 10}, TagType::int16u, 0, 0, 0, 0},  // AvgPDUSize
-    {{6925, 10}, TagType::int32u, 0, 0, 0, 0},  // AvgBitrate
-    {{6935, 25}, TagType::string, 0, 0, 0, 0},  // RealtimeStreamingProtocol
-    {{6960, 21}, TagType::string, 0, 0, 0, 0},  // StreamingDataProtocol
-    {{6981, 10}, TagType::string, 0, 4, 0, 0},  // HintFormat
-    {{6991, 16}, TagType::int16u, 0, 0, 0, 0},  // HintTrackVersion
-    {{7007, 13}, TagType::int32u, 0, 0, 0, 0},  // MaxPacketSize
-    {{7020, 26}, TagType::int32u, 0, 0, 0, 0},  // SequenceNumberRandomOffset
-    {{7046, 12}, TagType::int32u, 0, 0, 0, 0},  // RTPTimeScale
-    {{7058, 21}, TagType::int32u, 0, 0, 0, 0},  // TimestampRandomOffset
-    {{7079, 18}, TagType::int64u, 0, 0, 0, 0},  // ImmediateDataBytes
-    {{7097, 21}, TagType::int32u, 0, 0, 0, 0},  // LargestPacketDuration
-    {{7118, 15}, TagType::int64u, 0, 0, 0, 0},  // MediaTrackBytes
-    {{7133, 17}, TagType::int64u, 0, 0, 0, 0},  // RepeatedDataBytes
-    {{7150, 11}, TagType::int32u, 0, 2, 0, 0},  // MaxDataRate
-    {{7161, 10}, TagType::int32s, 0, 0, 0, 0},  // NumPackets
-    {{7171, 11}, TagType::string, 0, 0, 0, 0},  // PayloadType
-    {{7182, 17}, TagType::int32u, 0, 0, 0, 0},  // LargestPacketSize
-    {{7199, 19}, TagType::int32u, 0, 0, 0, 0},  // MaxTransmissionTime
-    {{7218, 19}, TagType::int32u, 0, 0, 0, 0},  // MinTransmissionTime
-    {{7237, 10}, TagType::int32s, 0, 0, 0, 0},  // TotalBytes
-    {{7247, 22}, TagType::int32s, 0, 0, 0, 0},  // TotalBytesNoRTPHeaders
-    {{7269, 5}, TagType::string, 2, 0, 0, 0},  // Model
-    {{7274, 8}, TagType::string, 0, 0, 0, 0},  // Firmware
-    {{7282, 10}, TagType::string, 0, 0, 0, 0},  // Parameters
-    {{7292, 12}, TagType::string, 0, 4, 0, 0},  // CompressorID
-    {{7304, 8}, TagType::string, 0, 4, 2669, 19},  // VendorID
-    {{7312, 16}, TagType::int16u, 0, 0, 0, 0},  // SourceImageWidth
-    {{7328, 17}, TagType::int16u, 0, 0, 0, 0},  // SourceImageHeight
-    {{7345, 11}, TagType::fixed32u, 0, 0, 0, 0},  // XResolution
-    {{7356, 11}, TagType::fixed32u, 0, 0, 0, 0},  // YResolution
-    {{7367, 14}, TagType::string, 0, 32, 0, 0},  // CompressorName
-    {{7381, 8}, TagType::int16u, 8, 0, 0, 0},  // JPEGInfo
-    {{7389, 16}, TagType::int16u, 8, 0, 0, 0},  // AVCConfiguration
-    {{7405, 15}, TagType::int16u, 0, 0, 3094, 2},  // VideoFieldOrder
-    {{7420, 5}, TagType::fixed32u, 0, 0, 0, 0},  // Gamma
-    {{7425, 16}, TagType::int32s, 18, 2, 0, 0},  // PixelAspectRatio
-    {{7441, 14}, TagType::int8u, 0, 0, 3096, 5},  // Stereoscopic3D
-    {{7455, 9}, TagType::string, 8, 0, 0, 0},  // ImageData
-    {{7464, 13}, TagType::string, 0, 0, 0, 0},  // ItemInfoEntry
-    {{7477, 16}, TagType::string, 2, 0, 0, 0},  // ParentShortTitle
-    {{7493, 15}, TagType::string, 2, 0, 0, 0},  // ParentProductID
-    {{7508, 11}, TagType::string, 2, 0, 0, 0},  // ParentTitle
-    {{7519, 10}, TagType::string, 2, 0, 0, 0},  // ShortTitle
-    {{7529, 12}, TagType::string, 2, 0, 0, 0},  // Unknown_AACR
-    {{7541, 12}, TagType::string, 2, 0, 0, 0},  // Unknown_CDEK
-    {{7553, 12}, TagType::string, 2, 0, 0, 0},  // Unknown_CDET
-    {{7565, 4}, TagType::string, 2, 0, 0, 0},  // GUID
-    {{7569, 21}, TagType::int8s, 2, 0, 3038, 2},  // AppleStoreAccountType
-    {{7590, 17}, TagType::string, 2, 0, 0, 0},  // AppleStoreAccount
-    {{7607, 8}, TagType::int32s, 2, 0, 0, 0},  // ArtistID
-    {{7615, 10}, TagType::string, 2, 0, 0, 0},  // ComposerID
-    {{7625, 19}, TagType::int32s, 2, 0, 0, 0},  // AppleStoreCatalogID
-    {{7644, 11}, TagType::int8s, 2, 0, 3038, 2},  // Compilation
-    {{7655, 10}, TagType::string, 2, 0, 0, 0},  // DiskNumber
-    {{7665, 21}, TagType::string, 2, 0, 0, 0},  // EpisodeGlobalUniqueID
-    {{7686, 8}, TagType::string, 2, 0, 0, 0},  // Grouping
-    {{7694, 16}, TagType::string, 2, 0, 0, 0},  // GoogleHostHeader
-    {{7710, 17}, TagType::string, 2, 0, 0, 0},  // GooglePingMessage
-    {{7727, 13}, TagType::string, 2, 0, 0, 0},  // GooglePingURL
-    {{7740, 16}, TagType::string, 2, 0, 0, 0},  // GoogleSourceData
-    {{7756, 15}, TagType::string, 2, 0, 0, 0},  // GoogleStartTime
-    {{7771, 19}, TagType::string, 2, 0, 0, 0},  // GoogleTrackDuration
-    {{7790, 7}, TagType::int8s, 2, 0, 3038, 2},  // HDVideo
-    {{7797, 7}, TagType::int8s, 2, 0, 3038, 2},  // iTunesU
-    {{7804, 7}, TagType::string, 2, 0, 0, 0},  // Keyword
-    {{7811, 15}, TagType::string, 2, 0, 0, 0},  // LongDescription
-    {{7826, 7}, TagType::int8s, 2, 0, 3038, 2},  // Podcast
-    {{7833, 9}, TagType::string, 2, 0, 0, 0},  // Performer
-    {{7842, 7}, TagType::int8s, 2, 0, 3038, 2},  // PlayGap
-    {{7849, 9}, TagType::string, 2, 0, 0, 0},  // ProductID
-    {{7858, 12}, TagType::datetimez, 2, 0, 0, 0},  // PurchaseDate
-    {{7870, 10}, TagType::string, 2, 0, 0, 0},  // PodcastURL
-    {{7880, 13}, TagType::string, 2, 0, 0, 0},  // RatingPercent
-    {{7893, 16}, TagType::string, 2, 0, 0, 0},  // StoreDescription
-    {{7909, 17}, TagType::int32s, 2, 0, 3101, 155},  // AppleStoreCountry
-    {{7926, 12}, TagType::int8s, 2, 0, 3038, 2},  // ShowMovement
-    {{7938, 15}, TagType::string, 2, 0, 0, 0},  // SortAlbumArtist
-    {{7953, 9}, TagType::string, 2, 0, 0, 0},  // SortAlbum
-    {{7962, 10}, TagType::string, 2, 0, 0, 0},  // SortArtist
-    {{7972, 12}, TagType::string, 2, 0, 0, 0},  // SortComposer
-    {{7984, 8}, TagType::string, 2, 0, 0, 0},  // SortName
-    {{7992, 8}, TagType::string, 2, 0, 0, 0},  // SortShow
-    {{8000, 11}, TagType::string, 2, 0, 0, 0},  // TVEpisodeID
-    {{8011, 9}, TagType::int32s, 2, 0, 0, 0},  // TVEpisode
-    {{8020, 13}, TagType::string, 2, 0, 0, 0},  // TVNetworkName
-    {{8033, 6}, TagType::string, 2, 0, 0, 0},  // TVShow
-    {{8039, 8}, TagType::int32u, 2, 0, 0, 0},  // TVSeason
-    {{8047, 4}, TagType::string, 2, 0, 0, 0},  // ISRC
-    {{8051, 11}, TagType::string, 2, 0, 0, 0},  // ArtDirector
-    {{8062, 8}, TagType::string, 2, 0, 0, 0},  // Arranger
-    {{8070, 8}, TagType::string, 2, 0, 0, 0},  // Composer
-    {{8078, 9}, TagType::string, 2, 0, 0, 0},  // Conductor
-    {{8087, 17}, TagType::datetimez, 2, 0, 0, 0},  // ContentCreateDate
-    {{8104, 8}, TagType::string, 2, 0, 0, 0},  // Director
-    {{8112, 13}, TagType::int16s, 2, 0, 0, 0},  // MovementCount
-    {{8125, 14}, TagType::int16s, 2, 0, 0, 0},  // MovementNumber
-    {{8139, 12}, TagType::string, 2, 0, 0, 0},  // MovementName
-    {{8151, 8}, TagType::string, 2, 0, 0, 0},  // Narrator
-    {{8159, 14}, TagType::string, 2, 0, 0, 0},  // OriginalArtist
-    {{8173, 8}, TagType::string, 2, 0, 0, 0},  // Producer
-    {{8181, 13}, TagType::string, 2, 0, 0, 0},  // SoundEngineer
-    {{8194, 7}, TagType::string, 2, 0, 0, 0},  // Soloist
-    {{8201, 7}, TagType::string, 2, 0, 0, 0},  // Encoder
-    {{8208, 5}, TagType::string, 2, 0, 0, 0},  // Track
-    {{8213, 4}, TagType::string, 2, 0, 0, 0},  // Work
-    {{8217, 17}, TagType::string, 2, 0, 0, 0},  // ExecutiveProducer
-    {{8234, 14}, TagType::string, 2, 0, 0, 0},  // GPSCoordinates
-    {{8248, 23}, TagType::string, 0, 0, 0, 0},  // ItemPropertyAssociation
-    {{8271, 18}, TagType::string, 0, 0, 0, 0},  // AuxiliaryImageType
-    {{8289, 13}, TagType::rational64s, 0, 0, 0, 0},  // CleanAperture
-    {{8302, 8}, TagType::int8u, 18, 0, 0, 0},  // Rotation
-    {{8310, 18}, TagType::string, 0, 0, 0, 0},  // ImageSpatialExtent
-    {{8328, 15}, TagType::string, 0, 0, 0, 0},  // ImagePixelDepth
-    {{8343, 16}, TagType::int32u, 0, 0, 0, 0},  // RelativeLocation
-    {{8359, 17}, TagType::string, 0, 0, 0, 0},  // AuxiliaryImageRef
-    {{8376, 16}, TagType::int32u, 0, 0, 0, 0},  // ContentDescribes
-    {{8392, 15}, TagType::string, 0, 0, 0, 0},  // DerivedImageRef
-    {{8407, 12}, TagType::string, 0, 0, 0, 0},  // ThumbnailRef
-    {{8419, 11}, TagType::string, 2, 0, 0, 0},  // EncodedWith
-    {{8430, 30}, TagType::int64s, 2, 0, 0, 0},  // ApplePhotosVariationIdentifier
-    {{8460, 7}, TagType::image_b64, 2, 0, 0, 0},  // Artwork
-    {{8467, 16}, TagType::string, 2, 0, 0, 0},  // FrameReadoutTime
-    {{8483, 16}, TagType::string, 2, 0, 0, 0},  // CameraIdentifier
-    {{8499, 14}, TagType::string, 2, 0, 0, 0},  // UserCollection
-    {{8513, 14}, TagType::string, 2, 0, 0, 0},  // AndroidVersion
-    {{8527, 11}, TagType::string, 2, 0, 0, 0},  // CaptureMode
-    {{8538, 17}, TagType::string, 2, 0, 0, 0},  // ContentIdentifier
-    {{8555, 12}, TagType::datetimez, 2, 0, 0, 0},  // CreationDate
-    {{8567, 18}, TagType::string, 2, 0, 0, 0},  // DetectedFaceBounds
-    {{8585, 14}, TagType::string, 2, 0, 0, 0},  // DetectedFaceID
-    {{8599, 21}, TagType::string, 2, 0, 0, 0},  // DetectedFaceRollAngle
-    {{8620, 20}, TagType::string, 2, 0, 0, 0},  // DetectedFaceYawAngle
-    {{8640, 15}, TagType::string, 2, 0, 0, 0},  // CameraDirection
-    {{8655, 12}, TagType::string, 2, 0, 0, 0},  // CameraMotion
-    {{8667, 11}, TagType::string, 2, 0, 0, 0},  // DisplayName
-    {{8678, 11}, TagType::string, 2, 0, 0, 0},  // Information
-    {{8689, 13}, TagType::string, 0, 0, 0, 0},  // LivePhotoInfo
-    {{8702, 13}, TagType::int8u, 2, 0, 0, 0},  // LivePhotoAuto
-    {{8715, 22}, TagType::float_, 2, 0, 0, 0},  // LivePhotoVitalityScore
-    {{8737, 31}, TagType::int64s, 2, 0, 0, 0},  // LivePhotoVitalityScoringVersion
-    {{8768, 26}, TagType::string, 2, 0, 0, 0},  // LocationAccuracyHorizontal
-    {{8794, 12}, TagType::string, 2, 0, 0, 0},  // LocationBody
-    {{8806, 12}, TagType::datetimez, 2, 0, 0, 0},  // LocationDate
-    {{8818, 12}, TagType::string, 2, 0, 0, 0},  // LocationName
-    {{8830, 12}, TagType::string, 2, 0, 0, 0},  // LocationNote
-    {{8842, 12}, TagType::string, 2, 0, 3064, 3},  // LocationRole
-    {{8854, 4}, TagType::string, 2, 0, 0, 0},  // Make
-    {{8858, 4}, TagType::string, 2, 0, 0, 0},  // Bass
-    {{8862, 9}, TagType::string, 2, 0, 0, 0},  // AudioGain
-    {{8871, 4}, TagType::int8u, 2, 0, 3038, 2},  // Mute
-    {{8875, 10}, TagType::string, 2, 0, 0, 0},  // PitchShift
-    {{8885, 6}, TagType::string, 2, 0, 0, 0},  // Treble
-    {{8891, 10}, TagType::string, 2, 0, 0, 0},  // Brightness
-    {{8901, 8}, TagType::string, 2, 0, 0, 0},  // Contrast
-    {{8909, 4}, TagType::string, 2, 0, 0, 0},  // Tint
-    {{8913, 13}, TagType::string, 2, 0, 0, 0},  // PlayerVersion
-    {{8926, 8}, TagType::string, 2, 0, 0, 0},  // Software
-    {{8934, 14}, TagType::string, 2, 0, 0, 0},  // StillImageTime
-    {{8948, 7}, TagType::string, 2, 0, 0, 0},  // Version
-    {{8955, 16}, TagType::string, 2, 0, 3256, 8},  // VideoOrientation
-    {{8971, 7}, TagType::int8u, 0, 0, 0, 0},  // MagMode
-    {{8978, 15}, TagType::float_, 0, 3, 0, 0},  // MagnetometerXYZ
-    {{8993, 12}, TagType::string, 8, 0, 0, 0},  // GPSDataList2
-    {{9005, 16}, TagType::datetimez, 2, 0, 0, 0},  // DateTimeOriginal
-    {{9021, 11}, TagType::string, 8, 0, 0, 0},  // PreviewPICT
-    {{9032, 11}, TagType::string, 0, 0, 0, 0},  // ARDroneFile
-    {{9043, 14}, TagType::string, 10, 0, 0, 0},  // ThumbnailImage
-    {{9057, 4}, TagType::string, 8, 0, 0, 0},  // Free
-    {{9061, 4}, TagType::string, 8, 0, 0, 0},  // Junk
-    {{9065, 9}, TagType::string, 8, 0, 0, 0},  // MediaData
-    {{9074, 15}, TagType::string, 0, 0, 0, 0},  // MediaDataOffset
-    {{9089, 13}, TagType::string, 0, 0, 0, 0},  // MediaDataSize
-    {{9102, 16}, TagType::string, 10, 0, 0, 0},  // MotionPhotoVideo
-    {{9118, 16}, TagType::string, 0, 0, 0, 0},  // ARDroneTelemetry
-    {{9134, 4}, TagType::string, 8, 0, 0, 0},  // Skip
-    {{9138, 6}, TagType::string, 8, 0, 0, 0},  // GPSLog
-    {{9144, 10}, TagType::string, 0, 0, 0, 0},  // SensorData
-    {{9154, 12}, TagType::string, 0, 0, 0, 0},  // UUID-Unknown
-    {{9166, 4}, TagType::string, 8, 0, 0, 0},  // Wide
-    {{9170, 18}, TagType::int32u, 0, 0, 0, 0},  // MediaHeaderVersion
-    {{9188, 15}, TagType::int32u, 2, 0, 0, 0},  // MediaCreateDate
-    {{9203, 15}, TagType::int32u, 2, 0, 0, 0},  // MediaModifyDate
-    {{9218, 14}, TagType::int32u, 0, 0, 0, 0},  // MediaTimeScale
-    {{9232, 13}, TagType::int32u, 0, 0, 0, 0},  // MediaDuration
-    {{9245, 17}, TagType::int16u, 0, 0, 0, 0},  // MediaLanguageCode
-    {{9262, 15}, TagType::string, 8, 0, 0, 0},  // NullMediaHeader
-    {{9277, 9}, TagType::string, 8, 0, 0, 0},  // BinaryXML
-    {{9286, 13}, TagType::int16u, 0, 0, 0, 0},  // VesperineSize
-    {{9299, 12}, TagType::string, 0, 0, 0, 0},  // ItemLocation
-    {{9311, 11}, TagType::string, 8, 0, 0, 0},  // IPMPControl
-    {{9322, 14}, TagType::string, 8, 0, 0, 0},  // ItemProtection
-    {{9336, 20}, TagType::string, 0, 0, 0, 0},  // PrimaryItemReference
-    {{9356, 11}, TagType::string, 0, 0, 0, 0},  // MetaVersion
-    {{9367, 14}, TagType::string, 2, 0, 0, 0},  // ProductionDate
-    {{9381, 7}, TagType::string, 0, 0, 0, 0},  // Product
-    {{9388, 13}, TagType::string, 0, 0, 3264, 4},  // TrackProperty
-    {{9401, 8}, TagType::string, 2, 0, 0, 0},  // TimeZone
-    {{9409, 10}, TagType::datetime, 2, 1, 0, 0},  // ModifyDate
-    {{9419, 10}, TagType::string, 0, 4, 0, 0},  // MetaFormat
-    {{9429, 8}, TagType::string, 0, 0, 0, 0},  // MetaType
-    {{9437, 11}, TagType::string, 8, 0, 0, 0},  // GPSDataList
-    {{9448, 23}, TagType::string, 8, 0, 0, 0},  // InitialObjectDescriptor
-    {{9471, 9}, TagType::string, 0, 0, 0, 0},  // GarminGPS
-    {{9480, 21}, TagType::int32u, 0, 0, 0, 0},  // MovieFragmentSequence
-    {{9501, 18}, TagType::int8u, 0, 0, 0, 0},  // MovieHeaderVersion
-    {{9519, 10}, TagType::datetime, 2, 1, 0, 0},  // CreateDate
-    {{9529, 9}, TagType::int32u, 0, 0, 0, 0},  // TimeScale
-    {{9538, 13}, TagType::int32u, 0, 0, 0, 0},  // PreferredRate
-    {{9551, 15}, TagType::int16u, 0, 0, 0, 0},  // PreferredVolume
-    {{9566, 15}, TagType::fixed32s, 18, 9, 0, 0},  // MatrixStructure
-    {{9581, 11}, TagType::int32u, 0, 0, 0, 0},  // PreviewTime
-    {{9592, 15}, TagType::int32u, 0, 0, 0, 0},  // PreviewDuration
-    {{9607, 10}, TagType::int32u, 0, 0, 0, 0},  // PosterTime
-    {{9617, 13}, TagType::int32u, 0, 0, 0, 0},  // SelectionTime
-    {{9630, 17}, TagType::int32u, 0, 0, 0, 0},  // SelectionDuration
-    {{9647, 11}, TagType::int32u, 0, 0, 0, 0},  // CurrentTime
-    {{9658, 11}, TagType::int32u, 0, 0, 0, 0},  // NextTrackID
-    {{9669, 11}, TagType::string, 0, 4, 0, 0},  // OtherFormat
-    {{9680, 17}, TagType::rational64u, 0, 0, 0, 0},  // PlaybackFrameRate
-    {{9697, 9}, TagType::string, 0, 0, 0, 0},  // FontTable
-    {{9706, 9}, TagType::string, 0, 0, 0, 0},  // OtherName
-    {{9715, 16}, TagType::string, 0, 0, 0, 0},  // OriginalFileName
-    {{9731, 9}, TagType::int64u, 0, 0, 0, 0},  // StartTime
-    {{9740, 11}, TagType::int32u, 2, 0, 0, 0},  // PreviewDate
-    {{9751, 14}, TagType::int16u, 0, 0, 0, 0},  // PreviewVersion
-    {{9765, 15}, TagType::string, 0, 4, 0, 0},  // PreviewAtomType
-    {{9780, 16}, TagType::int16u, 0, 0, 0, 0},  // PreviewAtomIndex
-    {{9796, 10}, TagType::int16u, 0, 0, 3038, 2},  // Endianness
-    {{9806, 14}, TagType::string, 0, 0, 0, 0},  // OriginalFormat
-    {{9820, 7}, TagType::int16s, 0, 3, 0, 0},  // GSensor
-    {{9827, 19}, TagType::string, 0, 0, 0, 0},  // VersionRestrictions
-    {{9846, 10}, TagType::string, 0, 0, 0, 0},  // MediaFlags
-    {{9856, 9}, TagType::string, 0, 0, 0, 0},  // ModeFlags
-    {{9865, 8}, TagType::string, 0, 0, 0, 0},  // Platform
-    {{9873, 6}, TagType::string, 0, 0, 0, 0},  // ItemID
-    {{9879, 8}, TagType::string, 0, 0, 0, 0},  // ItemTool
-    {{9887, 13}, TagType::string, 0, 0, 0, 0},  // TransactionID
-    {{9900, 12}, TagType::string, 0, 0, 0, 0},  // ItemVendorID
-    {{9912, 7}, TagType::int8u, 0, 0, 0, 0},  // RotMode
-    {{9919, 11}, TagType::float_, 0, 3, 0, 0},  // RotationXYZ
-    {{9930, 13}, TagType::string, 8, 0, 0, 0},  // ChunkOffset64
-    {{9943, 34}, TagType::string, 8, 0, 0, 0},  // CompositionToDecodeTimelineMapping
-    {{9977, 23}, TagType::string, 8, 0, 0, 0},  // CompositionTimeToSample
-    {{10000, 17}, TagType::string, 8, 0, 0, 0},  // SamplePaddingBits
-    {{10017, 13}, TagType::string, 8, 0, 0, 0},  // SampleToGroup
-    {{10030, 30}, TagType::string, 8, 0, 0, 0},  // IdependentAndDisposableSamples
-    {{10060, 22}, TagType::string, 8, 0, 0, 0},  // SampleGroupDescription
-    {{10082, 11}, TagType::string, 8, 0, 0, 0},  // ChunkOffset
-    {{10093, 25}, TagType::string, 8, 0, 0, 0},  // SampleDegradationPriority
-    {{10118, 18}, TagType::string, 0, 0, 0, 0},  // PartialSyncSamples
-    {{10136, 13}, TagType::string, 8, 0, 0, 0},  // SampleToChunk
-    {{10149, 21}, TagType::string, 8, 0, 0, 0},  // ShadowSyncSampleTable
-    {{10170, 15}, TagType::string, 8, 0, 0, 0},  // SyncSampleTable
-    {{10185, 11}, TagType::string, 8, 0, 0, 0},  // SampleSizes
-    {{10196, 17}, TagType::string, 8, 0, 0, 0},  // TimeToSampleTable
-    {{10213, 18}, TagType::string, 8, 0, 0, 0},  // CompactSampleSizes
-    {{10231, 21}, TagType::string, 8, 0, 0, 0},  // Sub-sampleInformation
-    {{10252, 11}, TagType::string, 0, 0, 0, 0},  // Certificate
-    {{10263, 20}, TagType::string, 0, 0, 0, 0},  // InitializationVector
-    {{10283, 5}, TagType::string, 0, 0, 0, 0},  // KeyID
-    {{10288, 8}, TagType::string, 0, 0, 0, 0},  // UserName
-    {{10296, 6}, TagType::string, 0, 0, 0, 0},  // UserID
-    {{10302, 10}, TagType::string, 0, 4, 0, 0},  // SchemeType
-    {{10312, 13}, TagType::int16u, 0, 0, 0, 0},  // SchemeVersion
-    {{10325, 9}, TagType::string, 0, 0, 0, 0},  // SchemeURL
-    {{10334, 19}, TagType::int8u, 0, 0, 0, 0},  // SpatialAudioVersion
-    {{10353, 13}, TagType::int8u, 0, 0, 3037, 1},  // AmbisonicType
-    {{10366, 14}, TagType::int32u, 0, 0, 0, 0},  // AmbisonicOrder
-    {{10380, 24}, TagType::int8u, 0, 0, 3037, 1},  // AmbisonicChannelOrdering
-    {{10404, 22}, TagType::int8u, 0, 0, 3037, 1},  // AmbisonicNormalization
-    {{10426, 17}, TagType::int32u, 0, 0, 0, 0},  // AmbisonicChannels
-    {{10443, 19}, TagType::int32u, 0, 0, 0, 0},  // AmbisonicChannelMap
-    {{10462, 13}, TagType::string, 0, 0, 0, 0},  // Accelerometer
-    {{10475, 17}, TagType::rational64s, 0, 0, 0, 0},  // AccelerometerData
-    {{10492, 15}, TagType::float_, 0, 3, 0, 0},  // AngularVelocity
-    {{10507, 14}, TagType::datetimez, 0, 0, 0, 0},  // CameraDateTime
-    {{10521, 3}, TagType::string, 0, 0, 0, 0},  // Car
-    {{10524, 8}, TagType::string, 0, 0, 0, 0},  // Distance
-    {{10532, 20}, TagType::string, 0, 0, 0, 0},  // ExposureCompensation
-    {{10552, 7}, TagType::string, 0, 0, 0, 0},  // FNumber
-    {{10559, 11}, TagType::string, 0, 0, 0, 0},  // FrameNumber
-    {{10570, 6}, TagType::string, 0, 0, 0, 0},  // GPSDOP
-    {{10576, 11}, TagType::datetimez, 0, 0, 0, 0},  // GPSDateTime
-    {{10587, 13}, TagType::string, 0, 0, 0, 0},  // GPSSatellites
-    {{10600, 11}, TagType::string, 0, 0, 3268, 3},  // GPSSpeedRef
-    {{10611, 12}, TagType::string, 0, 0, 0, 0},  // GPSTimeStamp
-    {{10623, 11}, TagType::string, 0, 0, 3271, 2},  // GPSTrackRef
-    {{10634, 3}, TagType::string, 0, 0, 0, 0},  // ISO
-    {{10637, 10}, TagType::string, 0, 0, 0, 0},  // JpgFromRaw
-    {{10647, 12}, TagType::string, 0, 0, 0, 0},  // KiloCalories
-    {{10659, 10}, TagType::string, 0, 0, 0, 0},  // RawGSensor
-    {{10669, 14}, TagType::datetimez, 0, 0, 0, 0},  // SampleDateTime
-    {{10683, 14}, TagType::string, 0, 0, 0, 0},  // SampleDuration
-    {{10697, 8}, TagType::int32u, 0, 0, 0, 0},  // TimeCode
-    {{10705, 9}, TagType::string, 0, 0, 0, 0},  // Unknown00
-    {{10714, 9}, TagType::string, 0, 0, 0, 0},  // Unknown01
-    {{10723, 9}, TagType::string, 0, 0, 0, 0},  // Unknown02
-    {{10732, 9}, TagType::string, 0, 0, 0, 0},  // Unknown03
-    {{10741, 9}, TagType::string, 0, 0, 0, 0},  // UserLabel
-    {{10750, 13}, TagType::string, 0, 0, 0, 0},  // VerticalSpeed
-    {{10763, 14}, TagType::string, 0, 0, 0, 0},  // VideoTimeStamp
-    {{10777, 8}, TagType::int16u, 0, 0, 3037, 1},  // TextFont
-    {{10785, 8}, TagType::int16u, 0, 0, 3273, 8},  // TextFace
-    {{10793, 8}, TagType::int16u, 0, 0, 0, 0},  // TextSize
-    {{10801, 9}, TagType::int16u, 0, 3, 0, 0},  // TextColor
-    {{10810, 15}, TagType::int16u, 0, 3, 0, 0},  // BackgroundColor
-    {{10825, 8}, TagType::pstring, 0, 0, 0, 0},  // FontName
-    {{10833, 8}, TagType::string, 8, 0, 0, 0},  // TomTomHL
-    {{10841, 8}, TagType::string, 0, 0, 0, 0},  // TomTomID
-    {{10849, 8}, TagType::string, 0, 0, 0, 0},  // TomTomVD
-    {{10857, 8}, TagType::int32u, 0, 0, 0, 0},  // TomTomVI
-    {{10865, 23}, TagType::fixed32u, 0, 3, 0, 0},  // CleanApertureDimensions
-    {{10888, 23}, TagType::fixed32u, 0, 3, 0, 0},  // EncodedPixelsDimensions
-    {{10911, 28}, TagType::fixed32u, 0, 3, 0, 0},  // ProductionApertureDimensions
-    {{10939, 18}, TagType::int8u, 0, 0, 0, 0},  // TrackHeaderVersion
-    {{10957, 15}, TagType::int32u, 2, 0, 0, 0},  // TrackCreateDate
-    {{10972, 15}, TagType::int32u, 2, 0, 0, 0},  // TrackModifyDate
-    {{10987, 7}, TagType::int32u, 0, 0, 0, 0},  // TrackID
-    {{10994, 13}, TagType::int32u, 0, 0, 0, 0},  // TrackDuration
-    {{11007, 18}, TagType::int32u, 0, 14, 0, 0},  // ImageSizeLookahead
-    {{11025, 10}, TagType::int16u, 0, 0, 0, 0},  // TrackLayer
-    {{11035, 11}, TagType::int16u, 0, 0, 0, 0},  // TrackVolume
-    {{11046, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
-    {{11056, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
-    {{11067, 18}, TagType::int32u, 0, 0, 0, 0},  // ChapterListTrackID
-    {{11085, 21}, TagType::int32u, 0, 0, 0, 0},  // ElementaryStreamTrack
-    {{11106, 15}, TagType::string, 2, 0, 0, 0},  // SoftwareVersion
-    {{11121, 13}, TagType::int8u, 2, 0, 0, 0},  // PlayAllFrames
-    {{11134, 16}, TagType::string, 2, 0, 0, 0},  // SerialNumberHash
-    {{11150, 17}, TagType::string, 2, 0, 0, 0},  // CompressorVersion
-    {{11167, 15}, TagType::string, 2, 0, 0, 0},  // FirmwareVersion
-    {{11182, 11}, TagType::string, 2, 0, 0, 0},  // FieldOfView
-    {{11193, 9}, TagType::string, 2, 0, 0, 0},  // GoProType
-    {{11202, 16}, TagType::string, 2, 0, 0, 0},  // LensSerialNumber
-    {{11218, 9}, TagType::int32u, 2, 0, 3094, 2},  // LoopStyle
-    {{11227, 10}, TagType::rational64s, 2, 0, 0, 0},  // LevelMeter
-    {{11237, 22}, TagType::string, 10, 0, 0, 0},  // MakerNotePentaxUnknown
-    {{11259, 8}, TagType::string, 2, 0, 0, 0},  // PlayMode
-    {{11267, 13}, TagType::int8u, 2, 0, 0, 0},  // PlaySelection
-    {{11280, 11}, TagType::string, 10, 0, 0, 0},  // UnknownTags
-    {{11291, 14}, TagType::int16u, 2, 0, 0, 0},  // WindowLocation
-    {{11305, 2}, TagType::rational64s, 2, 0, 0, 0},  // CX
-    {{11307, 2}, TagType::rational64s, 2, 0, 0, 0},  // CY
-    {{11309, 3}, TagType::string, 2, 0, 0, 0},  // Yaw
-    {{11312, 12}, TagType::string, 2, 0, 0, 0},  // Unknown_adzc
-    {{11324, 12}, TagType::string, 2, 0, 0, 0},  // Unknown_adze
-    {{11336, 12}, TagType::string, 2, 0, 0, 0},  // Unknown_adzm
-    {{11348, 11}, TagType::string, 2, 0, 0, 0},  // CameraAngle
-    {{11359, 12}, TagType::string, 2, 0, 0, 0},  // ApertureMode
-    {{11371, 9}, TagType::string, 2, 0, 0, 0},  // ContentID
-    {{11380, 20}, TagType::string, 2, 0, 0, 0},  // ContentDistributorID
-    {{11400, 11}, TagType::string, 0, 0, 0, 0},  // ChapterList
-    {{11411, 12}, TagType::string, 2, 0, 0, 0},  // ClipFileName
-    {{11423, 6}, TagType::string, 2, 0, 0, 0},  // ClipID
-    {{11429, 14}, TagType::string, 2, 0, 0, 0},  // Classification
-    {{11443, 8}, TagType::string, 2, 0, 0, 0},  // CameraID
-    {{11451, 14}, TagType::string, 2, 0, 0, 0},  // CollectionName
-    {{11465, 11}, TagType::string, 2, 0, 0, 0},  // CodeVersion
-    {{11476, 8}, TagType::string, 2, 0, 0, 0},  // CoverURI
-    {{11484, 11}, TagType::string, 2, 0, 0, 0},  // HintVersion
-    {{11495, 7}, TagType::string, 2, 0, 0, 0},  // IconURI
-    {{11502, 7}, TagType::string, 2, 0, 0, 0},  // InfoURL
-    {{11509, 9}, TagType::string, 2, 0, 0, 0},  // TrackType
-    {{11518, 19}, TagType::string, 2, 0, 0, 0},  // LocationInformation
-    {{11537, 9}, TagType::string, 2, 0, 0, 0},  // LyricsURI
-    {{11546, 14}, TagType::string, 2, 0, 0, 0},  // GarminSettings
-    {{11560, 5}, TagType::string, 2, 0, 0, 0},  // Pitch
-    {{11565, 4}, TagType::rational64s, 2, 0, 0, 0},  // Rads
-    {{11569, 8}, TagType::string, 2, 0, 0, 0},  // ReelName
-    {{11577, 4}, TagType::string, 2, 0, 0, 0},  // Roll
-    {{11581, 5}, TagType::string, 2, 0, 0, 0},  // Scene
-    {{11586, 8}, TagType::string, 2, 0, 0, 0},  // ShotName
-    {{11594, 12}, TagType::string, 10, 0, 0, 0},  // ThumbnailPNG
-    {{11606, 16}, TagType::string, 10, 0, 0, 0},  // UnknownThumbnail
-    {{11622, 14}, TagType::string, 2, 0, 0, 0},  // GarminSoftware
-    {{11636, 6}, TagType::string, 2, 0, 0, 0},  // Vendor
-    {{11642, 13}, TagType::string, 2, 0, 0, 0},  // StartTimecode
-    {{11655, 14}, TagType::string, 2, 0, 0, 0},  // StartTimeScale
-    {{11669, 19}, TagType::string, 2, 0, 0, 0},  // StartTimeSampleSize
-    {{11688, 16}, TagType::string, 2, 0, 0, 0},  // ArrangerKeywords
-    {{11704, 16}, TagType::string, 2, 0, 0, 0},  // ComposerKeywords
-    {{11720, 12}, TagType::string, 10, 0, 0, 0},  // UserData_dji
-    {{11732, 5}, TagType::string, 2, 0, 0, 0},  // Edit1
-    {{11737, 5}, TagType::string, 2, 0, 0, 0},  // Edit2
-    {{11742, 5}, TagType::string, 2, 0, 0, 0},  // Edit3
-    {{11747, 5}, TagType::string, 2, 0, 0, 0},  // Edit4
-    {{11752, 5}, TagType::string, 2, 0, 0, 0},  // Edit5
-    {{11757, 5}, TagType::string, 2, 0, 0, 0},  // Edit6
-    {{11762, 5}, TagType::string, 2, 0, 0, 0},  // Edit7
-    {{11767, 5}, TagType::string, 2, 0, 0, 0},  // Edit8
-    {{11772, 5}, TagType::string, 2, 0, 0, 0},  // Edit9
-    {{11777, 9}, TagType::string, 2, 0, 0, 0},  // EncoderID
-    {{11786, 6}, TagType::string, 2, 0, 0, 0},  // Format
-    {{11792, 11}, TagType::string, 2, 0, 0, 0},  // CameraPitch
-    {{11803, 10}, TagType::string, 2, 0, 0, 0},  // CameraRoll
-    {{11813, 9}, TagType::string, 2, 0, 0, 0},  // CameraYaw
-    {{11822, 8}, TagType::string, 2, 0, 0, 0},  // ISRCCode
-    {{11830, 15}, TagType::string, 2, 0, 0, 0},  // RecordLabelName
-    {{11845, 14}, TagType::string, 2, 0, 0, 0},  // RecordLabelURL
-    {{11859, 8}, TagType::string, 2, 0, 0, 0},  // MakerURL
-    {{11867, 16}, TagType::string, 2, 0, 0, 0},  // ProducerKeywords
-    {{11883, 18}, TagType::string, 2, 0, 0, 0},  // RecordingCopyright
-    {{11901, 10}, TagType::string, 2, 0, 0, 0},  // Performers
-    {{11911, 17}, TagType::string, 2, 0, 0, 0},  // PerformerKeywords
-    {{11928, 12}, TagType::string, 2, 0, 0, 0},  // PerformerURL
-    {{11940, 12}, TagType::string, 2, 0, 0, 0},  // Requirements
-    {{11952, 12}, TagType::string, 10, 0, 0, 0},  // UserData_res
-    {{11964, 16}, TagType::string, 2, 0, 0, 0},  // SubtitleKeywords
-    {{11980, 13}, TagType::string, 2, 0, 0, 0},  // SourceCredits
-    {{11993, 10}, TagType::string, 2, 0, 0, 0},  // SongWriter
-    {{12003, 18}, TagType::string, 2, 0, 0, 0},  // SongWriterKeywords
-    {{12021, 12}, TagType::string, 10, 0, 0, 0},  // UserData_uid
-    {{12033, 6}, TagType::string, 2, 0, 0, 0},  // SpeedX
-    {{12039, 6}, TagType::string, 2, 0, 0, 0},  // SpeedY
-    {{12045, 6}, TagType::string, 2, 0, 0, 0},  // SpeedZ
-    {{12051, 11}, TagType::int8u, 0, 0, 3096, 5},  // DisplaySize
-    {{12062, 9}, TagType::int8u, 0, 0, 3038, 2},  // SlideShow
-    {{12071, 12}, TagType::int16u, 0, 0, 3006, 31},  // GraphicsMode
-    {{12083, 7}, TagType::int16u, 0, 3, 0, 0},  // OpColor
-    {{12090, 19}, TagType::int32u, 0, 0, 0, 0},  // VideoProfileVersion
-    {{12109, 12}, TagType::int32u, 0, 0, 0, 0},  // VideoTrackID
-    {{12121, 10}, TagType::string, 0, 4, 0, 0},  // VideoCodec
-    {{12131, 14}, TagType::int32u, 0, 0, 0, 0},  // VideoCodecInfo
-    {{12145, 15}, TagType::int32u, 0, 0, 3281, 4},  // VideoAttributes
-    {{12160, 15}, TagType::int32u, 0, 0, 0, 0},  // VideoAvgBitrate
-    {{12175, 15}, TagType::int32u, 0, 0, 0, 0},  // VideoMaxBitrate
-    {{12190, 17}, TagType::fixed32u, 0, 0, 0, 0},  // VideoAvgFrameRate
-    {{12207, 17}, TagType::fixed32u, 0, 0, 0, 0},  // VideoMaxFrameRate
-    {{12224, 9}, TagType::int16u, 0, 2, 0, 0},  // VideoSize
-    {{12233, 18}, TagType::string, 0, 0, 0, 0},  // PurchaseFileFormat
-    {{12251, 9}, TagType::float_, 0, 3, 0, 0},  // AngleAxis
-    {{12260, 17}, TagType::int32s, 0, 0, 0, 0},  // PixelExposureTime
-    {{12277, 22}, TagType::int32s, 0, 0, 0, 0},  // RollingShutterSkewTime
-    {{12299, 8}, TagType::float_, 0, 3, 0, 0},  // Position
-    {{12307, 14}, TagType::int32u, 0, 0, 3285, 3},  // GPSMeasureMode
-    {{12321, 21}, TagType::float_, 0, 0, 0, 0},  // GPSHorizontalAccuracy
-    {{12342, 19}, TagType::float_, 0, 0, 0, 0},  // GPSVerticalAccuracy
-    {{12361, 15}, TagType::float_, 0, 0, 0, 0},  // GPSVelocityEast
-    {{12376, 16}, TagType::float_, 0, 0, 0, 0},  // GPSVelocityNorth
-    {{12392, 13}, TagType::float_, 0, 0, 0, 0},  // GPSVelocityUp
-    {{12405, 16}, TagType::float_, 0, 0, 0, 0},  // GPSSpeedAccuracy
-    {{12421, 13}, TagType::float_, 0, 3, 0, 0},  // MagneticField
-    {{12434, 6}, TagType::int32u, 0, 0, 0, 0},  // Layout
-    {{12440, 7}, TagType::int32u, 0, 0, 0, 0},  // Padding
-    {{12447, 19}, TagType::int32u, 0, 0, 0, 0},  // ProjectionBoundsTop
-    {{12466, 22}, TagType::int32u, 0, 0, 0, 0},  // ProjectionBoundsBottom
-    {{12488, 20}, TagType::int32u, 0, 0, 0, 0},  // ProjectionBoundsLeft
-    {{12508, 21}, TagType::int32u, 0, 0, 0, 0},  // ProjectionBoundsRight
-    {{12529, 7}, TagType::string, 0, 0, 0, 0},  // Artists
-    {{12536, 7}, TagType::string, 0, 0, 0, 0},  // Barcode
-    {{12543, 13}, TagType::string, 0, 0, 0, 0},  // CatalogNumber
-    {{12556, 10}, TagType::string, 0, 0, 0, 0},  // DiscNumber
-    {{12566, 12}, TagType::string, 0, 0, 0, 0},  // DynamicRange
-    {{12578, 16}, TagType::string, 0, 0, 0, 0},  // DynamicRangeR128
-    {{12594, 5}, TagType::string, 0, 0, 0, 0},  // Media
-    {{12599, 13}, TagType::string, 0, 0, 0, 0},  // PeakLevelR128
-    {{12612, 15}, TagType::string, 0, 0, 0, 0},  // PeakLevelSample
-    {{12627, 6}, TagType::string, 0, 0, 0, 0},  // Script
-    {{12633, 15}, TagType::string, 0, 0, 0, 0},  // VolumeLevelR128
-    {{12648, 17}, TagType::string, 0, 0, 0, 0},  // ReplayVolumeLevel
-    {{12665, 4}, TagType::string, 0, 0, 0, 0},  // Data
-    {{12669, 13}, TagType::string, 0, 0, 0, 0},  // ContentRating
-    {{12682, 19}, TagType::string, 0, 0, 0, 0},  // VolumeNormalization
-    {{12701, 8}, TagType::string, 0, 0, 0, 0},  // iTunSMPB
-    {{12709, 9}, TagType::string, 0, 0, 0, 0},  // CDDB1Info
-    {{12718, 15}, TagType::string, 0, 0, 0, 0},  // CDDBTrackNumber
-    {{12733, 4}, TagType::string, 0, 0, 0, 0},  // Mean
-    {{12737, 12}, TagType::string, 0, 0, 0, 0},  // OriginalDate
-    {{12749, 12}, TagType::string, 0, 0, 0, 0},  // OriginalYear
-    {{12761, 13}, TagType::string, 0, 0, 0, 0},  // Popularimeter
-    {{12774, 15}, TagType::string, 0, 0, 0, 0},  // ReplayTrackGain
-    {{12789, 15}, TagType::string, 0, 0, 0, 0},  // ReplayTrackPeak
-    {{12804, 8}, TagType::int32u, 0, 0, 0, 0},  // iTunTool
-    {{12812, 6}, TagType::string, 0, 0, 0, 0},  // Length
-    {{12818, 14}, TagType::fixed32s, 0, 0, 0, 0},  // PoseYawDegrees
-    {{12832, 16}, TagType::fixed32s, 0, 0, 0, 0},  // PosePitchDegrees
-    {{12848, 15}, TagType::fixed32s, 0, 0, 0, 0},  // PoseRollDegrees
-    {{12863, 14}, TagType::string, 0, 0, 0, 0},  // MetadataSource
-    {{12877, 8}, TagType::string, 0, 0, 0, 0},  // DateTime
-    {{12885, 11}, TagType::string, 0, 0, 0, 0},  // GimbalPitch
-    {{12896, 10}, TagType::string, 0, 0, 0, 0},  // GimbalRoll
-    {{12906, 9}, TagType::string, 0, 0, 0, 0},  // GimbalYaw
+    {{0, 8}, TagType::image_b64, writable | binary, 0, 0, 0},  // CoverArt
+    {{8, 12}, TagType::string, none, 0, 0, 0},  // CoverArtType
+    {{20, 11}, TagType::string, writable, 0, 0, 0},  // AlbumArtist
+    {{31, 5}, TagType::string, writable, 0, 0, 0},  // Album
+    {{36, 6}, TagType::string, writable, 0, 0, 0},  // Artist
+    {{42, 7}, TagType::string, writable, 0, 0, 0},  // Comment
+    {{49, 5}, TagType::string, writable, 0, 0, 0},  // Genre
+    {{54, 8}, TagType::string, writable, 0, 0, 0},  // Subtitle
+    {{62, 11}, TagType::string, none, 0, 0, 0},  // CreatorTool
+    {{73, 5}, TagType::string, writable, 0, 0, 0},  // Title
+    {{78, 4}, TagType::string, writable, 0, 0, 0},  // Year
+    {{82, 15}, TagType::string, none, 0, 0, 0},  // iTunesMediaType
+    {{97, 11}, TagType::string, none, 0, 0, 0},  // ChapterName
+    {{108, 13}, TagType::int32u, none, 0, 0, 0},  // ChapterNumber
+    {{121, 17}, TagType::string, writable | binary | unsafe, 0, 0, 0},  // SphericalVideoXML
+    {{138, 8}, TagType::string, none, 0, 0, 0},  // Abstract
+    {{146, 15}, TagType::string, none, 0, 0, 0},  // AcquisitionTime
+    {{161, 18}, TagType::string, none, 0, 0, 0},  // AcquisitionTimeDay
+    {{179, 20}, TagType::string, none, 0, 0, 0},  // AcquisitionTimeMonth
+    {{199, 19}, TagType::string, none, 0, 0, 0},  // AcquisitionTimeYear
+    {{218, 24}, TagType::string, none, 0, 0, 0},  // AcquisitionTimeYearMonth
+    {{242, 27}, TagType::string, none, 0, 0, 0},  // AcquisitionTimeYearMonthDay
+    {{269, 20}, TagType::string, none, 0, 0, 0},  // AlbumArtistSortOrder
+    {{289, 7}, TagType::int32s, writable, 0, 0, 0},  // AlbumID
+    {{296, 18}, TagType::string, none, 0, 0, 0},  // AlbumIDAlbumArtist
+    {{314, 19}, TagType::string, none, 0, 0, 0},  // AlbumTitleSortOrder
+    {{333, 18}, TagType::string, none, 0, 0, 0},  // AlternateSourceURL
+    {{351, 12}, TagType::string, none, 0, 0, 0},  // AudioBitrate
+    {{363, 11}, TagType::string, none, 4, 0, 0},  // AudioFormat
+    {{374, 6}, TagType::string, writable, 0, 0, 0},  // Author
+    {{380, 15}, TagType::string, none, 0, 0, 0},  // AuthorSortOrder
+    {{395, 12}, TagType::string, none, 0, 0, 0},  // AverageLevel
+    {{407, 7}, TagType::string, none, 0, 0, 0},  // Bitrate
+    {{414, 6}, TagType::string, none, 0, 0, 0},  // BuyNow
+    {{420, 10}, TagType::string, none, 0, 0, 0},  // BuyTickets
+    {{430, 14}, TagType::string, none, 0, 0, 0},  // CDTrackEnabled
+    {{444, 11}, TagType::string, none, 0, 0, 0},  // CallLetters
+    {{455, 18}, TagType::string, none, 0, 0, 0},  // CameraManufacturer
+    {{473, 11}, TagType::string, none, 0, 0, 0},  // CameraModel
+    {{484, 8}, TagType::string, none, 0, 0, 0},  // Channels
+    {{492, 26}, TagType::string, none, 0, 0, 0},  // ContentDistributorDuration
+    {{518, 9}, TagType::string, writable, 0, 0, 0},  // Copyright
+    {{527, 5}, TagType::string, none, 0, 0, 0},  // Count
+    {{532, 14}, TagType::string, none, 0, 0, 0},  // CurrentBitrate
+    {{546, 13}, TagType::string, none, 0, 0, 0},  // DLNAServerUDN
+    {{559, 13}, TagType::string, none, 0, 0, 0},  // DLNASourceURI
+    {{572, 24}, TagType::string, none, 0, 0, 0},  // DRMIndividualizedVersion
+    {{596, 8}, TagType::string, none, 0, 0, 0},  // DRMKeyID
+    {{604, 10}, TagType::string, none, 0, 0, 0},  // DTCPIPHost
+    {{614, 10}, TagType::string, none, 0, 0, 0},  // DTCPIPPort
+    {{624, 5}, TagType::string, none, 0, 0, 0},  // DVDID
+    {{629, 11}, TagType::string, writable, 0, 0, 0},  // Description
+    {{640, 13}, TagType::string, none, 0, 0, 0},  // DisplayArtist
+    {{653, 8}, TagType::int32u, none, 0, 0, 0},  // Duration
+    {{661, 5}, TagType::string, none, 0, 0, 0},  // Event
+    {{666, 8}, TagType::string, none, 0, 0, 0},  // FileSize
+    {{674, 8}, TagType::string, none, 0, 0, 0},  // FileType
+    {{682, 9}, TagType::string, none, 0, 0, 0},  // FormatTag
+    {{691, 6}, TagType::string, none, 0, 0, 0},  // FourCC
+    {{697, 9}, TagType::string, none, 0, 0, 0},  // FrameRate
+    {{706, 9}, TagType::string, none, 0, 0, 0},  // Frequency
+    {{715, 13}, TagType::string, none, 0, 0, 0},  // IsNetworkFeed
+    {{728, 5}, TagType::string, none, 0, 0, 0},  // IsVBR
+    {{733, 11}, TagType::string, none, 0, 0, 0},  // IsProtected
+    {{744, 13}, TagType::string, none, 0, 0, 0},  // LeadPerformer
+    {{757, 9}, TagType::string, none, 0, 0, 0},  // LibraryID
+    {{766, 11}, TagType::string, none, 0, 0, 0},  // LibraryName
+    {{777, 8}, TagType::string, none, 0, 0, 0},  // Location
+    {{785, 17}, TagType::string, none, 0, 0, 0},  // MediaContentTypes
+    {{802, 9}, TagType::int8s, writable, 0, 0, 11},  // MediaType
+    {{811, 10}, TagType::string, none, 0, 0, 0},  // ModifiedBy
+    {{821, 8}, TagType::string, none, 0, 0, 0},  // MoreInfo
+    {{829, 9}, TagType::string, none, 0, 0, 0},  // PartOfSet
+    {{838, 9}, TagType::string, none, 0, 0, 0},  // PeakValue
+    {{847, 17}, TagType::string, none, 0, 0, 0},  // PixelAspectRatioX
+    {{864, 17}, TagType::string, none, 0, 0, 0},  // PixelAspectRatioY
+    {{881, 13}, TagType::string, none, 0, 0, 0},  // PlaylistIndex
+    {{894, 8}, TagType::string, none, 0, 0, 0},  // Provider
+    {{902, 15}, TagType::string, none, 0, 0, 0},  // ProviderLogoURL
+    {{917, 11}, TagType::string, none, 0, 0, 0},  // ProviderURL
+    {{928, 9}, TagType::string, none, 0, 0, 0},  // RadioBand
+    {{937, 11}, TagType::string, none, 0, 0, 0},  // RadioFormat
+    {{948, 9}, TagType::string, none, 0, 0, 0},  // RatingOrg
+    {{957, 13}, TagType::string, none, 0, 0, 0},  // RecordingTime
+    {{970, 16}, TagType::string, none, 0, 0, 0},  // RecordingTimeDay
+    {{986, 18}, TagType::string, none, 0, 0, 0},  // RecordingTimeMonth
+    {{1004, 17}, TagType::string, none, 0, 0, 0},  // RecordingTimeYear
+    {{1021, 22}, TagType::string, none, 0, 0, 0},  // RecordingTimeYearMonth
+    {{1043, 25}, TagType::string, none, 0, 0, 0},  // RecordingTimeYearMonthDay
+    {{1068, 11}, TagType::datetimez, writable, 0, 0, 0},  // ReleaseDate
+    {{1079, 14}, TagType::string, none, 0, 0, 0},  // ReleaseDateDay
+    {{1093, 16}, TagType::string, none, 0, 0, 0},  // ReleaseDateMonth
+    {{1109, 15}, TagType::string, none, 0, 0, 0},  // ReleaseDateYear
+    {{1124, 20}, TagType::string, none, 0, 0, 0},  // ReleaseDateYearMonth
+    {{1144, 23}, TagType::string, none, 0, 0, 0},  // ReleaseDateYearMonthDay
+    {{1167, 12}, TagType::string, none, 0, 0, 0},  // RequestState
+    {{1179, 14}, TagType::string, none, 0, 0, 0},  // ShadowFilePath
+    {{1193, 9}, TagType::string, none, 0, 0, 0},  // SourceURL
+    {{1202, 7}, TagType::string, none, 0, 0, 0},  // Subject
+    {{1209, 6}, TagType::string, none, 0, 0, 0},  // Sync01
+    {{1215, 6}, TagType::string, none, 0, 0, 0},  // Sync02
+    {{1221, 6}, TagType::string, none, 0, 0, 0},  // Sync03
+    {{1227, 6}, TagType::string, none, 0, 0, 0},  // Sync04
+    {{1233, 6}, TagType::string, none, 0, 0, 0},  // Sync05
+    {{1239, 6}, TagType::string, none, 0, 0, 0},  // Sync06
+    {{1245, 6}, TagType::string, none, 0, 0, 0},  // Sync07
+    {{1251, 6}, TagType::string, none, 0, 0, 0},  // Sync08
+    {{1257, 6}, TagType::string, none, 0, 0, 0},  // Sync09
+    {{1263, 6}, TagType::string, none, 0, 0, 0},  // Sync10
+    {{1269, 6}, TagType::string, none, 0, 0, 0},  // Sync11
+    {{1275, 6}, TagType::string, none, 0, 0, 0},  // Sync12
+    {{1281, 6}, TagType::string, none, 0, 0, 0},  // Sync13
+    {{1287, 6}, TagType::string, none, 0, 0, 0},  // Sync14
+    {{1293, 6}, TagType::string, none, 0, 0, 0},  // Sync15
+    {{1299, 6}, TagType::string, none, 0, 0, 0},  // Sync16
+    {{1305, 8}, TagType::string, none, 0, 0, 0},  // SyncOnly
+    {{1313, 9}, TagType::string, none, 0, 0, 0},  // SyncState
+    {{1322, 9}, TagType::string, none, 0, 0, 0},  // Temporary
+    {{1331, 14}, TagType::string, none, 0, 0, 0},  // TitleSortOrder
+    {{1345, 13}, TagType::string, none, 0, 0, 0},  // TotalDuration
+    {{1358, 10}, TagType::string, none, 0, 0, 0},  // TrackingID
+    {{1368, 11}, TagType::string, none, 0, 0, 0},  // UserCustom1
+    {{1379, 11}, TagType::string, none, 0, 0, 0},  // UserCustom2
+    {{1390, 19}, TagType::string, none, 0, 0, 0},  // UserEffectiveRating
+    {{1409, 18}, TagType::string, none, 0, 0, 0},  // UserLastPlayedTime
+    {{1427, 13}, TagType::string, none, 0, 0, 0},  // UserPlayCount
+    {{1440, 22}, TagType::string, none, 0, 0, 0},  // UserPlaycountAfternoon
+    {{1462, 20}, TagType::string, none, 0, 0, 0},  // UserPlaycountEvening
+    {{1482, 20}, TagType::string, none, 0, 0, 0},  // UserPlaycountMorning
+    {{1502, 18}, TagType::string, none, 0, 0, 0},  // UserPlaycountNight
+    {{1520, 20}, TagType::string, none, 0, 0, 0},  // UserPlaycountWeekday
+    {{1540, 20}, TagType::string, none, 0, 0, 0},  // UserPlaycountWeekend
+    {{1560, 10}, TagType::string, writable, 0, 0, 0},  // UserRating
+    {{1570, 17}, TagType::string, none, 0, 0, 0},  // UserServiceRating
+    {{1587, 12}, TagType::string, none, 0, 0, 0},  // VideoBitrate
+    {{1599, 11}, TagType::string, none, 0, 0, 0},  // VideoFormat
+    {{1610, 14}, TagType::int16s, writable, 0, 0, 0},  // BeatsPerMinute
+    {{1624, 22}, TagType::string, none, 0, 0, 0},  // ContentDistributorType
+    {{1646, 23}, TagType::string, none, 0, 0, 0},  // ContentGroupDescription
+    {{1669, 12}, TagType::date, writable, 0, 0, 0},  // EncodingTime
+    {{1681, 7}, TagType::int32s, writable, 0, 11, 2642},  // GenreID
+    {{1688, 8}, TagType::string, none, 0, 0, 0},  // Language
+    {{1696, 6}, TagType::string, writable, 0, 0, 0},  // Lyrics
+    {{1702, 4}, TagType::string, none, 0, 0, 0},  // MCDI
+    {{1706, 30}, TagType::string, none, 0, 0, 0},  // MediaOriginalBroadcastDateTime
+    {{1736, 20}, TagType::string, none, 0, 0, 0},  // MediaOriginalChannel
+    {{1756, 16}, TagType::string, none, 0, 0, 0},  // MediaStationName
+    {{1772, 14}, TagType::string, none, 0, 0, 0},  // ProtectionType
+    {{1786, 14}, TagType::string, none, 0, 0, 0},  // ProviderRating
+    {{1800, 13}, TagType::string, none, 0, 0, 0},  // ProviderStyle
+    {{1813, 16}, TagType::int64u, writable, 0, 0, 0},  // SharedUserRating
+    {{1829, 19}, TagType::string, none, 0, 0, 0},  // SubtitleDescription
+    {{1848, 21}, TagType::string, none, 0, 0, 0},  // SubscriptionContentID
+    {{1869, 11}, TagType::string, writable, 0, 0, 0},  // TrackNumber
+    {{1880, 20}, TagType::string, none, 0, 0, 0},  // UniqueFileIdentifier
+    {{1900, 14}, TagType::string, none, 0, 0, 0},  // VideoFrameRate
+    {{1914, 11}, TagType::string, none, 0, 0, 0},  // VideoHeight
+    {{1925, 10}, TagType::string, none, 0, 0, 0},  // VideoWidth
+    {{1935, 19}, TagType::string, none, 0, 0, 0},  // WMCollectionGroupID
+    {{1954, 14}, TagType::string, none, 0, 0, 0},  // WMCollectionID
+    {{1968, 11}, TagType::string, none, 0, 0, 0},  // WMContentID
+    {{1979, 25}, TagType::string, none, 0, 0, 0},  // WMShadowFileSourceDRMType
+    {{2004, 26}, TagType::string, none, 0, 0, 0},  // WMShadowFileSourceFileType
+    {{2030, 10}, TagType::string, none, 0, 0, 0},  // ChapterNum
+    {{2040, 8}, TagType::string, none, 0, 0, 0},  // TitleNum
+    {{2048, 9}, TagType::string, none, 0, 0, 0},  // Resources
+    {{2057, 8}, TagType::string, none, 0, 0, 0},  // Complete
+    {{2065, 18}, TagType::string, none, 0, 0, 0},  // HomeCountry-Region
+    {{2083, 9}, TagType::string, none, 0, 0, 0},  // TaskOwner
+    {{2092, 11}, TagType::string, none, 0, 0, 0},  // MaxAperture
+    {{2103, 17}, TagType::string, none, 0, 0, 0},  // OptionalAttendees
+    {{2120, 10}, TagType::string, none, 0, 0, 0},  // HomeStreet
+    {{2130, 25}, TagType::string, none, 0, 0, 0},  // RequiredAttendeeAddresses
+    {{2155, 13}, TagType::string, none, 0, 0, 0},  // SenderAddress
+    {{2168, 11}, TagType::string, none, 0, 0, 0},  // FileVersion
+    {{2179, 11}, TagType::string, none, 0, 0, 0},  // ProductName
+    {{2190, 14}, TagType::string, writable, 0, 0, 0},  // ProductVersion
+    {{2204, 15}, TagType::string, none, 0, 0, 0},  // LegalTrademarks
+    {{2219, 10}, TagType::string, none, 0, 0, 0},  // SenderName
+    {{2229, 20}, TagType::string, none, 0, 0, 0},  // ParentalRatingReason
+    {{2249, 9}, TagType::string, none, 0, 0, 0},  // FirstName
+    {{2258, 12}, TagType::string, none, 0, 0, 0},  // DateImported
+    {{2270, 11}, TagType::string, none, 0, 0, 0},  // CameraMaker
+    {{2281, 11}, TagType::string, none, 0, 0, 0},  // Orientation
+    {{2292, 12}, TagType::string, none, 0, 0, 0},  // ExposureTime
+    {{2304, 6}, TagType::string, none, 0, 0, 0},  // F-stop
+    {{2310, 15}, TagType::string, none, 0, 0, 0},  // ExposureProgram
+    {{2325, 8}, TagType::string, none, 0, 0, 0},  // ISOSpeed
+    {{2333, 16}, TagType::string, none, 0, 0, 0},  // DatePictureTaken
+    {{2349, 12}, TagType::string, none, 0, 0, 0},  // ExposureBias
+    {{2361, 15}, TagType::string, none, 0, 0, 0},  // SubjectDistance
+    {{2376, 12}, TagType::string, none, 0, 0, 0},  // MeteringMode
+    {{2388, 11}, TagType::string, none, 0, 0, 0},  // LightSource
+    {{2399, 9}, TagType::string, none, 0, 0, 0},  // FlashMode
+    {{2408, 11}, TagType::string, none, 0, 0, 0},  // FocalLength
+    {{2419, 9}, TagType::string, none, 0, 0, 0},  // HomePhone
+    {{2428, 12}, TagType::string, none, 0, 0, 0},  // PrimaryPhone
+    {{2440, 9}, TagType::string, none, 0, 0, 0},  // CellPhone
+    {{2449, 8}, TagType::string, none, 0, 0, 0},  // Birthday
+    {{2457, 13}, TagType::string, none, 0, 0, 0},  // PrimaryE-mail
+    {{2470, 8}, TagType::string, none, 0, 0, 0},  // JobTitle
+    {{2478, 8}, TagType::string, none, 0, 0, 0},  // HomeCity
+    {{2486, 13}, TagType::string, none, 0, 0, 0},  // PersonalTitle
+    {{2499, 14}, TagType::string, none, 0, 0, 0},  // OfficeLocation
+    {{2513, 9}, TagType::string, none, 0, 0, 0},  // GivenName
+    {{2522, 10}, TagType::string, none, 0, 0, 0},  // MiddleName
+    {{2532, 6}, TagType::string, none, 0, 0, 0},  // Suffix
+    {{2538, 8}, TagType::string, none, 0, 0, 0},  // Nickname
+    {{2546, 10}, TagType::string, none, 0, 0, 0},  // PostalCode
+    {{2556, 11}, TagType::string, none, 0, 0, 0},  // StationName
+    {{2567, 8}, TagType::string, none, 0, 0, 0},  // Division
+    {{2575, 5}, TagType::string, none, 0, 0, 0},  // Kinds
+    {{2580, 8}, TagType::string, none, 0, 0, 0},  // ClientID
+    {{2588, 4}, TagType::string, none, 0, 0, 0},  // Type
+    {{2592, 9}, TagType::string, none, 0, 0, 0},  // FileCount
+    {{2601, 13}, TagType::string, none, 0, 0, 0},  // TotalFileSize
+    {{2614, 8}, TagType::string, none, 0, 0, 0},  // Computer
+    {{2622, 13}, TagType::string, none, 0, 0, 0},  // PerceivedType
+    {{2635, 12}, TagType::string, none, 0, 0, 0},  // MediaCreated
+    {{2647, 11}, TagType::string, none, 0, 0, 0},  // IsRecurring
+    {{2658, 10}, TagType::string, none, 0, 0, 0},  // Incomplete
+    {{2668, 7}, TagType::string, none, 0, 0, 0},  // E-mail2
+    {{2675, 7}, TagType::string, none, 0, 0, 0},  // Project
+    {{2682, 6}, TagType::string, none, 0, 0, 0},  // Gender
+    {{2688, 7}, TagType::string, none, 0, 0, 0},  // DueDate
+    {{2695, 12}, TagType::string, none, 0, 0, 0},  // BusinessCity
+    {{2707, 15}, TagType::string, none, 0, 0, 0},  // WindowsFileName
+    {{2722, 12}, TagType::string, none, 0, 0, 0},  // DateArchived
+    {{2734, 23}, TagType::string, none, 0, 0, 0},  // BusinessStateOrProvince
+    {{2757, 13}, TagType::string, none, 0, 0, 0},  // BroadcastDate
+    {{2770, 5}, TagType::string, writable, 0, 0, 0},  // Color
+    {{2775, 9}, TagType::string, none, 0, 0, 0},  // StartDate
+    {{2784, 10}, TagType::string, none, 0, 0, 0},  // Saturation
+    {{2794, 13}, TagType::string, none, 0, 0, 0},  // SearchRanking
+    {{2807, 12}, TagType::string, none, 0, 0, 0},  // OtherAddress
+    {{2819, 11}, TagType::string, none, 0, 0, 0},  // AutoSummary
+    {{2830, 7}, TagType::string, none, 0, 0, 0},  // Summary
+    {{2837, 16}, TagType::string, none, 0, 0, 0},  // BusinessHomePage
+    {{2853, 10}, TagType::string, none, 0, 0, 0},  // InitialKey
+    {{2863, 16}, TagType::string, none, 0, 0, 0},  // Beats-per-minute
+    {{2879, 10}, TagType::string, none, 0, 0, 0},  // Conductors
+    {{2889, 4}, TagType::string, none, 0, 0, 0},  // Mood
+    {{2893, 10}, TagType::string, none, 0, 0, 0},  // AlbumTitle
+    {{2903, 15}, TagType::string, none, 0, 0, 0},  // Free-busyStatus
+    {{2918, 3}, TagType::string, none, 0, 0, 0},  // URL
+    {{2921, 11}, TagType::string, none, 0, 0, 0},  // DateVisited
+    {{2932, 9}, TagType::string, none, 0, 0, 0},  // IsDeleted
+    {{2941, 7}, TagType::string, none, 0, 0, 0},  // HasFlag
+    {{2948, 7}, TagType::string, none, 0, 0, 0},  // Hobbies
+    {{2955, 8}, TagType::string, none, 0, 0, 0},  // FullName
+    {{2963, 6}, TagType::string, none, 0, 0, 0},  // Street
+    {{2969, 10}, TagType::string, none, 0, 0, 0},  // Dimensions
+    {{2979, 9}, TagType::string, none, 0, 0, 0},  // Untitled0
+    {{2988, 9}, TagType::string, none, 0, 0, 0},  // Untitled1
+    {{2997, 20}, TagType::string, none, 0, 0, 0},  // HorizontalResolution
+    {{3017, 18}, TagType::string, none, 0, 0, 0},  // VerticalResolution
+    {{3035, 8}, TagType::int16u, none, 0, 0, 0},  // BitDepth
+    {{3043, 15}, TagType::int32s, none, 0, 0, 0},  // AudioSampleRate
+    {{3058, 15}, TagType::string, none, 0, 0, 0},  // AudioSampleSize
+    {{3073, 16}, TagType::string, none, 0, 0, 0},  // VideoCompression
+    {{3089, 10}, TagType::string, none, 0, 0, 0},  // FrameWidth
+    {{3099, 11}, TagType::string, none, 0, 0, 0},  // FrameHeight
+    {{3110, 12}, TagType::string, none, 0, 0, 0},  // TotalBitrate
+    {{3122, 8}, TagType::string, none, 0, 0, 0},  // DataRate
+    {{3130, 9}, TagType::string, none, 0, 0, 0},  // Composers
+    {{3139, 9}, TagType::string, none, 0, 0, 0},  // Directors
+    {{3148, 14}, TagType::string, none, 0, 0, 0},  // ParentalRating
+    {{3162, 9}, TagType::string, none, 0, 0, 0},  // Producers
+    {{3171, 7}, TagType::string, none, 0, 0, 0},  // Writers
+    {{3178, 9}, TagType::string, writable, 0, 0, 0},  // Publisher
+    {{3187, 6}, TagType::string, none, 0, 0, 0},  // Period
+    {{3193, 10}, TagType::string, none, 0, 0, 0},  // UserWebURL
+    {{3203, 9}, TagType::string, writable, 0, 0, 0},  // EncodedBy
+    {{3212, 6}, TagType::int8s, writable, 0, 2653, 4},  // Rating
+    {{3218, 7}, TagType::string, none, 0, 0, 0},  // E-mail3
+    {{3225, 7}, TagType::string, none, 0, 0, 0},  // HomeFax
+    {{3232, 6}, TagType::string, none, 0, 0, 0},  // Source
+    {{3238, 9}, TagType::string, none, 0, 0, 0},  // FlagColor
+    {{3247, 13}, TagType::string, none, 0, 0, 0},  // BusinessPhone
+    {{3260, 11}, TagType::string, none, 0, 0, 0},  // ProgramMode
+    {{3271, 13}, TagType::string, none, 0, 0, 0},  // OfflineStatus
+    {{3284, 16}, TagType::string, none, 0, 0, 0},  // ClosedCaptioning
+    {{3300, 5}, TagType::string, none, 0, 0, 0},  // Rerun
+    {{3305, 3}, TagType::string, none, 0, 0, 0},  // SAP
+    {{3308, 11}, TagType::string, none, 0, 0, 0},  // EpisodeName
+    {{3319, 18}, TagType::string, none, 0, 0, 0},  // ProgramDescription
+    {{3337, 15}, TagType::string, none, 0, 0, 0},  // StationCallSign
+    {{3352, 13}, TagType::string, none, 0, 0, 0},  // ChannelNumber
+    {{3365, 9}, TagType::string, none, 0, 0, 0},  // OtherCity
+    {{3374, 20}, TagType::string, none, 0, 0, 0},  // OtherStateOrProvince
+    {{3394, 10}, TagType::string, none, 0, 0, 0},  // Profession
+    {{3404, 13}, TagType::string, none, 0, 0, 0},  // DateCompleted
+    {{3417, 12}, TagType::string, none, 0, 0, 0},  // ReminderTime
+    {{3429, 15}, TagType::string, none, 0, 0, 0},  // BusinessAddress
+    {{3444, 16}, TagType::string, none, 0, 0, 0},  // OrganizerAddress
+    {{3460, 9}, TagType::string, none, 0, 0, 0},  // HomePOBox
+    {{3469, 10}, TagType::string, none, 0, 0, 0},  // E-mailList
+    {{3479, 16}, TagType::string, none, 0, 0, 0},  // CompanyMainPhone
+    {{3495, 14}, TagType::string, none, 0, 0, 0},  // HomePostalCode
+    {{3509, 10}, TagType::string, none, 0, 0, 0},  // OtherPOBox
+    {{3519, 19}, TagType::string, none, 0, 0, 0},  // OtherCountry-Region
+    {{3538, 8}, TagType::string, none, 0, 0, 0},  // LastName
+    {{3546, 8}, TagType::string, none, 0, 0, 0},  // CarPhone
+    {{3554, 11}, TagType::string, none, 0, 0, 0},  // BusinessFax
+    {{3565, 9}, TagType::string, none, 0, 0, 0},  // EntryType
+    {{3574, 15}, TagType::string, none, 0, 0, 0},  // OtherPostalCode
+    {{3589, 5}, TagType::string, none, 0, 0, 0},  // Label
+    {{3594, 11}, TagType::string, none, 0, 0, 0},  // HomeAddress
+    {{3605, 15}, TagType::string, none, 0, 0, 0},  // AssistantsPhone
+    {{3620, 11}, TagType::string, none, 0, 0, 0},  // Anniversary
+    {{3631, 5}, TagType::string, writable, 0, 0, 0},  // Owner
+    {{3636, 9}, TagType::string, none, 0, 0, 0},  // SpaceFree
+    {{3645, 9}, TagType::string, none, 0, 0, 0},  // TotalSize
+    {{3654, 9}, TagType::string, none, 0, 0, 0},  // SpaceUsed
+    {{3663, 8}, TagType::string, none, 0, 0, 0},  // Priority
+    {{3671, 14}, TagType::string, none, 0, 0, 0},  // HasAttachments
+    {{3685, 6}, TagType::string, none, 0, 0, 0},  // Spouse
+    {{3691, 15}, TagType::string, none, 0, 0, 0},  // FocalLength35mm
+    {{3706, 11}, TagType::string, none, 0, 0, 0},  // IsCompleted
+    {{3717, 19}, TagType::string, none, 0, 0, 0},  // OfflineAvailability
+    {{3736, 13}, TagType::string, none, 0, 0, 0},  // OrganizerName
+    {{3749, 12}, TagType::string, none, 0, 0, 0},  // TTY-TTDPhone
+    {{3761, 9}, TagType::string, none, 0, 0, 0},  // Protected
+    {{3770, 22}, TagType::string, none, 0, 0, 0},  // BusinessCountry-Region
+    {{3792, 17}, TagType::string, none, 0, 0, 0},  // RequiredAttendees
+    {{3809, 4}, TagType::string, writable, 0, 0, 0},  // Name
+    {{3813, 4}, TagType::string, none, 0, 0, 0},  // Size
+    {{3817, 10}, TagType::string, none, 0, 0, 0},  // Attributes
+    {{3827, 12}, TagType::string, none, 0, 0, 0},  // DateModified
+    {{3839, 11}, TagType::string, none, 0, 0, 0},  // DateCreated
+    {{3850, 12}, TagType::string, none, 0, 0, 0},  // DateAccessed
+    {{3862, 10}, TagType::string, none, 0, 0, 0},  // FolderName
+    {{3872, 10}, TagType::string, none, 0, 0, 0},  // LinkTarget
+    {{3882, 10}, TagType::string, none, 0, 0, 0},  // LinkStatus
+    {{3892, 13}, TagType::string, none, 0, 0, 0},  // BusinessPOBox
+    {{3905, 9}, TagType::string, none, 0, 0, 0},  // ToDoTitle
+    {{3914, 14}, TagType::string, none, 0, 0, 0},  // CallbackNumber
+    {{3928, 8}, TagType::string, none, 0, 0, 0},  // IsOnline
+    {{3936, 14}, TagType::string, none, 0, 0, 0},  // MailingAddress
+    {{3950, 5}, TagType::string, none, 0, 0, 0},  // Telex
+    {{3955, 7}, TagType::string, none, 0, 0, 0},  // EndDate
+    {{3962, 19}, TagType::string, none, 0, 0, 0},  // HomeStateOrProvince
+    {{3981, 4}, TagType::string, none, 0, 0, 0},  // City
+    {{3985, 17}, TagType::string, none, 0, 0, 0},  // E-mailDisplayName
+    {{4002, 14}, TagType::string, none, 0, 0, 0},  // AssistantsName
+    {{4016, 7}, TagType::string, none, 0, 0, 0},  // Creator
+    {{4023, 11}, TagType::string, none, 0, 0, 0},  // ExifVersion
+    {{4034, 18}, TagType::string, none, 0, 0, 0},  // BillingInformation
+    {{4052, 8}, TagType::string, none, 0, 0, 0},  // Children
+    {{4060, 12}, TagType::string, none, 0, 0, 0},  // Participants
+    {{4072, 25}, TagType::string, none, 0, 0, 0},  // OptionalAttendeeAddresses
+    {{4097, 7}, TagType::string, none, 0, 0, 0},  // Company
+    {{4104, 8}, TagType::string, writable, 0, 0, 0},  // Category
+    {{4112, 11}, TagType::string, none, 0, 0, 0},  // ContentType
+    {{4123, 6}, TagType::string, none, 0, 0, 0},  // Status
+    {{4129, 6}, TagType::string, none, 0, 0, 0},  // Slides
+    {{4135, 5}, TagType::string, none, 0, 0, 0},  // Pager
+    {{4140, 11}, TagType::string, none, 0, 0, 0},  // IMAddresses
+    {{4151, 6}, TagType::string, none, 0, 0, 0},  // Folder
+    {{4157, 14}, TagType::string, none, 0, 0, 0},  // ConversationID
+    {{4171, 14}, TagType::string, none, 0, 0, 0},  // BusinessStreet
+    {{4185, 12}, TagType::string, none, 0, 0, 0},  // DateReleased
+    {{4197, 5}, TagType::string, none, 0, 0, 0},  // POBox
+    {{4202, 12}, TagType::string, none, 0, 0, 0},  // ContactNames
+    {{4214, 10}, TagType::string, none, 0, 0, 0},  // DocumentID
+    {{4224, 9}, TagType::string, none, 0, 0, 0},  // LensModel
+    {{4233, 18}, TagType::string, none, 0, 0, 0},  // BusinessPostalCode
+    {{4251, 10}, TagType::string, none, 0, 0, 0},  // ReadStatus
+    {{4261, 10}, TagType::string, none, 0, 0, 0},  // Importance
+    {{4271, 10}, TagType::string, none, 0, 0, 0},  // FlagStatus
+    {{4281, 13}, TagType::string, none, 0, 0, 0},  // FromAddresses
+    {{4294, 9}, TagType::string, none, 0, 0, 0},  // FromNames
+    {{4303, 5}, TagType::string, none, 0, 0, 0},  // Store
+    {{4308, 11}, TagType::string, none, 0, 0, 0},  // ToAddresses
+    {{4319, 7}, TagType::string, none, 0, 0, 0},  // ToNames
+    {{4326, 7}, TagType::string, none, 0, 0, 0},  // Webpage
+    {{4333, 8}, TagType::string, none, 0, 0, 0},  // DateSent
+    {{4341, 12}, TagType::string, none, 0, 0, 0},  // BccAddresses
+    {{4353, 12}, TagType::string, none, 0, 0, 0},  // DateReceived
+    {{4365, 11}, TagType::string, none, 0, 0, 0},  // Attachments
+    {{4376, 8}, TagType::string, none, 0, 0, 0},  // BccNames
+    {{4384, 11}, TagType::string, none, 0, 0, 0},  // CcAddresses
+    {{4395, 7}, TagType::string, none, 0, 0, 0},  // CcNames
+    {{4402, 10}, TagType::string, none, 0, 0, 0},  // FolderPath
+    {{4412, 4}, TagType::string, none, 0, 0, 0},  // Path
+    {{4416, 11}, TagType::string, none, 0, 0, 0},  // AccountName
+    {{4427, 14}, TagType::string, none, 0, 0, 0},  // Country-Region
+    {{4441, 9}, TagType::string, none, 0, 0, 0},  // LensMaker
+    {{4450, 12}, TagType::string, none, 0, 0, 0},  // WhiteBalance
+    {{4462, 6}, TagType::string, none, 0, 0, 0},  // Shared
+    {{4468, 10}, TagType::string, none, 0, 0, 0},  // SharedWith
+    {{4478, 15}, TagType::string, none, 0, 0, 0},  // StateOrProvince
+    {{4493, 6}, TagType::string, none, 0, 0, 0},  // FileAs
+    {{4499, 12}, TagType::string, none, 0, 0, 0},  // IsAttachment
+    {{4511, 16}, TagType::string, none, 0, 0, 0},  // TotalEditingTime
+    {{4527, 11}, TagType::string, none, 0, 0, 0},  // LastPrinted
+    {{4538, 9}, TagType::string, none, 0, 0, 0},  // Untitled2
+    {{4547, 13}, TagType::string, none, 0, 0, 0},  // DateLastSaved
+    {{4560, 5}, TagType::string, none, 0, 0, 0},  // Pages
+    {{4565, 9}, TagType::string, none, 0, 0, 0},  // WordCount
+    {{4574, 11}, TagType::string, none, 0, 0, 0},  // ProgramName
+    {{4585, 8}, TagType::string, writable, 0, 0, 0},  // Keywords
+    {{4593, 8}, TagType::string, none, 0, 0, 0},  // Comments
+    {{4601, 12}, TagType::string, none, 0, 0, 0},  // Contributors
+    {{4613, 8}, TagType::string, none, 0, 0, 0},  // Initials
+    {{4621, 4}, TagType::string, none, 0, 0, 0},  // Date
+    {{4625, 11}, TagType::string, none, 0, 0, 0},  // Sensitivity
+    {{4636, 13}, TagType::string, none, 0, 0, 0},  // E-mailAddress
+    {{4649, 10}, TagType::string, none, 0, 0, 0},  // Department
+    {{4659, 7}, TagType::string, none, 0, 0, 0},  // Mileage
+    {{4666, 11}, TagType::string, none, 0, 0, 0},  // OtherStreet
+    {{4677, 23}, TagType::int8u, none, 0, 0, 0},  // AV1ConfigurationVersion
+    {{4700, 10}, TagType::int8u, none, 0, 0, 0},  // SeqProfile
+    {{4710, 12}, TagType::int8u, none, 0, 0, 0},  // SeqLevelIdx0
+    {{4722, 8}, TagType::int8u, none, 0, 0, 0},  // SeqTier0
+    {{4730, 12}, TagType::int8u, none, 0, 0, 0},  // HighBitDepth
+    {{4742, 9}, TagType::int8u, none, 0, 0, 0},  // TwelveBit
+    {{4751, 12}, TagType::int8u, none, 0, 2657, 5},  // ChromaFormat
+    {{4763, 20}, TagType::int8u, none, 0, 2662, 4},  // ChromaSamplePosition
+    {{4783, 19}, TagType::int8u, none, 0, 0, 0},  // InitialDelaySamples
+    {{4802, 9}, TagType::int8u, none, 0, 0, 0},  // AccelMode
+    {{4811, 10}, TagType::int64u, none, 0, 0, 0},  // SampleTime
+    {{4821, 8}, TagType::float_, none, 3, 0, 0},  // AccelYPR
+    {{4829, 7}, TagType::fixed16s, writable, 0, 0, 0},  // Balance
+    {{4836, 19}, TagType::int32u, none, 0, 0, 0},  // AudioProfileVersion
+    {{4855, 12}, TagType::int32u, none, 0, 0, 0},  // AudioTrackID
+    {{4867, 10}, TagType::string, none, 4, 0, 0},  // AudioCodec
+    {{4877, 14}, TagType::int32u, none, 0, 0, 0},  // AudioCodecInfo
+    {{4891, 15}, TagType::int32u, none, 0, 2666, 3},  // AudioAttributes
+    {{4906, 15}, TagType::int32u, none, 0, 0, 0},  // AudioAvgBitrate
+    {{4921, 15}, TagType::int32u, none, 0, 0, 0},  // AudioMaxBitrate
+    {{4936, 13}, TagType::int32s, none, 0, 0, 0},  // AudioChannels
+    {{4949, 13}, TagType::string, none, 4, 2669, 19},  // AudioVendorID
+    {{4962, 18}, TagType::int16u, none, 0, 0, 0},  // AudioBitsPerSample
+    {{4980, 10}, TagType::int32u, none, 0, 0, 0},  // BufferSize
+    {{4990, 10}, TagType::int32u, none, 0, 0, 0},  // MaxBitrate
+    {{5000, 14}, TagType::int32u, none, 0, 0, 0},  // AverageBitrate
+    {{5014, 11}, TagType::string, none, 0, 0, 0},  // Compression
+    {{5025, 11}, TagType::int16u, none, 0, 2688, 87},  // LayoutFlags
+    {{5036, 17}, TagType::int32u, none, 0, 2775, 18},  // AudioChannelTypes
+    {{5053, 22}, TagType::int32u, none, 0, 0, 0},  // NumChannelDescriptions
+    {{5075, 13}, TagType::int32u, none, 0, 2793, 64},  // Channel1Label
+    {{5088, 13}, TagType::int32u, none, 0, 2666, 3},  // Channel1Flags
+    {{5101, 19}, TagType::float_, none, 3, 0, 0},  // Channel1Coordinates
+    {{5120, 13}, TagType::int32u, none, 0, 2793, 64},  // Channel2Label
+    {{5133, 13}, TagType::int32u, none, 0, 2666, 3},  // Channel2Flags
+    {{5146, 19}, TagType::float_, none, 3, 0, 0},  // Channel2Coordinates
+    {{5165, 13}, TagType::int32u, none, 0, 2793, 64},  // Channel3Label
+    {{5178, 13}, TagType::int32u, none, 0, 2666, 3},  // Channel3Flags
+    {{5191, 19}, TagType::float_, none, 3, 0, 0},  // Channel3Coordinates
+    {{5210, 13}, TagType::int32u, none, 0, 2793, 64},  // Channel4Label
+    {{5223, 13}, TagType::int32u, none, 0, 2666, 3},  // Channel4Flags
+    {{5236, 19}, TagType::float_, none, 3, 0, 0},  // Channel4Coordinates
+    {{5255, 13}, TagType::int32u, none, 0, 2793, 64},  // Channel5Label
+    {{5268, 13}, TagType::int32u, none, 0, 2666, 3},  // Channel5Flags
+    {{5281, 19}, TagType::float_, none, 3, 0, 0},  // Channel5Coordinates
+    {{5300, 13}, TagType::int32u, none, 0, 2793, 64},  // Channel6Label
+    {{5313, 13}, TagType::int32u, none, 0, 2666, 3},  // Channel6Flags
+    {{5326, 19}, TagType::float_, none, 3, 0, 0},  // Channel6Coordinates
+    {{5345, 13}, TagType::int32u, none, 0, 2793, 64},  // Channel7Label
+    {{5358, 13}, TagType::int32u, none, 0, 2666, 3},  // Channel7Flags
+    {{5371, 19}, TagType::float_, none, 3, 0, 0},  // Channel7Coordinates
+    {{5390, 13}, TagType::int32u, none, 0, 2793, 64},  // Channel8Label
+    {{5403, 13}, TagType::int32u, none, 0, 2666, 3},  // Channel8Flags
+    {{5416, 19}, TagType::float_, none, 3, 0, 0},  // Channel8Coordinates
+    {{5435, 18}, TagType::rational64s, none, 0, 0, 0},  // CleanApertureWidth
+    {{5453, 19}, TagType::rational64s, none, 0, 0, 0},  // CleanApertureHeight
+    {{5472, 20}, TagType::rational64s, none, 0, 0, 0},  // CleanApertureOffsetX
+    {{5492, 20}, TagType::rational64s, none, 0, 0, 0},  // CleanApertureOffsetY
+    {{5512, 13}, TagType::string, none, 4, 0, 0},  // ColorProfiles
+    {{5525, 14}, TagType::int16u, none, 0, 2857, 12},  // ColorPrimaries
+    {{5539, 23}, TagType::int16u, none, 0, 2869, 19},  // TransferCharacteristics
+    {{5562, 18}, TagType::int16u, none, 0, 2888, 15},  // MatrixCoefficients
+    {{5580, 18}, TagType::int8u, none, 0, 0, 0},  // VideoFullRangeFlag
+    {{5598, 20}, TagType::int16u, none, 0, 0, 0},  // MaxContentLightLevel
+    {{5618, 23}, TagType::int16u, none, 0, 0, 0},  // MaxPicAverageLightLevel
+    {{5641, 3}, TagType::string, none, 0, 0, 0},  // URN
+    {{5644, 13}, TagType::string, none, 4, 0, 0},  // EncoderVendor
+    {{5657, 14}, TagType::int8u, none, 0, 0, 0},  // EncoderVersion
+    {{5671, 26}, TagType::string, none, 0, 0, 0},  // AudioAvailableBitRateRange
+    {{5697, 23}, TagType::string, none, 0, 0, 0},  // AudioBitRateControlMode
+    {{5720, 22}, TagType::string, none, 0, 0, 0},  // AudioExtendFrequencies
+    {{5742, 25}, TagType::string, none, 0, 0, 0},  // AudioCurrentTargetBitRate
+    {{5767, 21}, TagType::string, none, 0, 0, 0},  // AudioComponentVersion
+    {{5788, 28}, TagType::string, none, 0, 0, 0},  // AudioAvailableNumberChannels
+    {{5816, 18}, TagType::string, none, 0, 0, 0},  // AudioIsInitialized
+    {{5834, 29}, TagType::string, none, 0, 0, 0},  // AudioDoesSampleRateConversion
+    {{5863, 21}, TagType::string, none, 0, 0, 0},  // AudioMinimumDelayMode
+    {{5884, 30}, TagType::string, none, 0, 0, 0},  // AudioMinimumNumberInputPackets
+    {{5914, 31}, TagType::string, none, 0, 0, 0},  // AudioMinimumNumberOutputPackets
+    {{5945, 21}, TagType::string, none, 0, 0, 0},  // AudioOutputPrecedence
+    {{5966, 21}, TagType::string, none, 0, 0, 0},  // AudioZeroFramesPadded
+    {{5987, 26}, TagType::string, none, 0, 0, 0},  // AudioMaximumPacketByteSize
+    {{6013, 30}, TagType::string, none, 0, 0, 0},  // AudioRequiresPacketDescription
+    {{6043, 20}, TagType::string, none, 0, 0, 0},  // AudioPacketFrameSize
+    {{6063, 21}, TagType::string, none, 0, 0, 0},  // AudioCodecPrimeMethod
+    {{6084, 19}, TagType::string, none, 0, 0, 0},  // AudioQualitySetting
+    {{6103, 20}, TagType::string, none, 0, 0, 0},  // AudioInputBufferSize
+    {{6123, 24}, TagType::string, none, 0, 0, 0},  // AudioUsedInputBufferSize
+    {{6147, 29}, TagType::string, none, 0, 0, 0},  // AudioUseRecommendedSampleRate
+    {{6176, 15}, TagType::string, none, 0, 0, 0},  // AudioVBRQuality
+    {{6191, 26}, TagType::string, none, 0, 0, 0},  // AudioEncodingParamsVersion
+    {{6217, 31}, TagType::string, none, 0, 0, 0},  // AudioHasVariablePacketByteSizes
+    {{6248, 18}, TagType::int32u, none, 0, 0, 0},  // FileProfileVersion
+    {{6266, 17}, TagType::int32u, none, 0, 2903, 3},  // FileFunctionFlags
+    {{6283, 10}, TagType::string, none, 4, 2906, 100},  // MajorBrand
+    {{6293, 12}, TagType::string, none, 4, 0, 0},  // MinorVersion
+    {{6305, 16}, TagType::string, none, 0, 0, 0},  // CompatibleBrands
+    {{6321, 17}, TagType::int32u, none, 0, 0, 0},  // PreviewImageWidth
+    {{6338, 18}, TagType::int32u, none, 0, 0, 0},  // PreviewImageHeight
+    {{6356, 18}, TagType::int32u, none, 0, 0, 0},  // PreviewImageLength
+    {{6374, 12}, TagType::string, writable, 16, 0, 0},  // SerialNumber
+    {{6386, 12}, TagType::string, none, 0, 0, 0},  // PreviewImage
+    {{6398, 10}, TagType::int8u, none, 0, 0, 0},  // FusionMode
+    {{6408, 9}, TagType::float_, none, 3, 0, 0},  // FusionYPR
+    {{6417, 7}, TagType::int8u, none, 0, 0, 0},  // GPSMode
+    {{6424, 11}, TagType::float_, none, 0, 0, 0},  // GPSLatitude
+    {{6435, 12}, TagType::float_, none, 0, 0, 0},  // GPSLongitude
+    {{6447, 11}, TagType::float_, none, 0, 0, 0},  // GPSAltitude
+    {{6458, 8}, TagType::int32s, none, 0, 0, 0},  // GPSSpeed
+    {{6466, 8}, TagType::int16u, none, 0, 0, 0},  // GPSTrack
+    {{6474, 12}, TagType::float_, none, 3, 0, 0},  // Acceleration
+    {{6486, 4}, TagType::string, binary, 0, 0, 0},  // Text
+    {{6490, 15}, TagType::int8u, none, 0, 0, 0},  // GenMediaVersion
+    {{6505, 8}, TagType::int8u, none, 3, 0, 0},  // GenFlags
+    {{6513, 15}, TagType::int16u, none, 0, 3006, 31},  // GenGraphicsMode
+    {{6528, 10}, TagType::int16u, none, 3, 0, 0},  // GenOpColor
+    {{6538, 10}, TagType::fixed16s, none, 0, 0, 0},  // GenBalance
+    {{6548, 8}, TagType::int8u, none, 0, 0, 0},  // GyroMode
+    {{6556, 7}, TagType::float_, none, 3, 0, 0},  // GyroYPR
+    {{6563, 24}, TagType::int8u, none, 0, 0, 0},  // HEVCConfigurationVersion
+    {{6587, 19}, TagType::int8u, none, 0, 3037, 1},  // GeneralProfileSpace
+    {{6606, 15}, TagType::int8u, none, 0, 3038, 2},  // GeneralTierFlag
+    {{6621, 17}, TagType::int8u, none, 0, 3040, 12},  // GeneralProfileIDC
+    {{6638, 28}, TagType::int32u, none, 0, 3052, 12},  // GenProfileCompatibilityFlags
+    {{6666, 24}, TagType::int8u, none, 6, 0, 0},  // ConstraintIndicatorFlags
+    {{6690, 15}, TagType::int8u, none, 0, 0, 0},  // GeneralLevelIDC
+    {{6705, 25}, TagType::int16u, none, 0, 0, 0},  // MinSpatialSegmentationIDC
+    {{6730, 15}, TagType::int8u, none, 0, 0, 0},  // ParallelismType
+    {{6745, 12}, TagType::int8u, none, 0, 0, 0},  // BitDepthLuma
+    {{6757, 14}, TagType::int8u, none, 0, 0, 0},  // BitDepthChroma
+    {{6771, 16}, TagType::int16u, none, 0, 0, 0},  // AverageFrameRate
+    {{6787, 17}, TagType::int8u, none, 0, 3064, 3},  // ConstantFrameRate
+    {{6804, 17}, TagType::int8u, none, 0, 0, 0},  // NumTemporalLayers
+    {{6821, 16}, TagType::int8u, none, 0, 3038, 2},  // TemporalIDNested
+    {{6837, 12}, TagType::int32u, none, 0, 0, 0},  // Unknown_slmt
+    {{6849, 12}, TagType::string, none, 4, 3067, 2},  // HandlerClass
+    {{6861, 11}, TagType::string, none, 4, 3069, 25},  // HandlerType
+    {{6872, 15}, TagType::string, none, 4, 2669, 19},  // HandlerVendorID
+    {{6887, 18}, TagType::string, none, 0, 0, 0},  // HandlerDescription
+    {{6905, 10}, TagType::int16u, none, 0, 0, 0},  // MaxPDUSize
+    {{6915, 10}, TagType::int16u, none, 0, 0, 0},  // AvgPDUSize
+    {{6925, 10}, TagType::int32u, none, 0, 0, 0},  // AvgBitrate
+    {{6935, 25}, TagType::string, none, 0, 0, 0},  // RealtimeStreamingProtocol
+    {{6960, 21}, TagType::string, none, 0, 0, 0},  // StreamingDataProtocol
+    {{6981, 10}, TagType::string, none, 4, 0, 0},  // HintFormat
+    {{6991, 16}, TagType::int16u, none, 0, 0, 0},  // HintTrackVersion
+    {{7007, 13}, TagType::int32u, none, 0, 0, 0},  // MaxPacketSize
+    {{7020, 26}, TagType::int32u, none, 0, 0, 0},  // SequenceNumberRandomOffset
+    {{7046, 12}, TagType::int32u, none, 0, 0, 0},  // RTPTimeScale
+    {{7058, 21}, TagType::int32u, none, 0, 0, 0},  // TimestampRandomOffset
+    {{7079, 18}, TagType::int64u, none, 0, 0, 0},  // ImmediateDataBytes
+    {{7097, 21}, TagType::int32u, none, 0, 0, 0},  // LargestPacketDuration
+    {{7118, 15}, TagType::int64u, none, 0, 0, 0},  // MediaTrackBytes
+    {{7133, 17}, TagType::int64u, none, 0, 0, 0},  // RepeatedDataBytes
+    {{7150, 11}, TagType::int32u, none, 2, 0, 0},  // MaxDataRate
+    {{7161, 10}, TagType::int32s, none, 0, 0, 0},  // NumPackets
+    {{7171, 11}, TagType::string, none, 0, 0, 0},  // PayloadType
+    {{7182, 17}, TagType::int32u, none, 0, 0, 0},  // LargestPacketSize
+    {{7199, 19}, TagType::int32u, none, 0, 0, 0},  // MaxTransmissionTime
+    {{7218, 19}, TagType::int32u, none, 0, 0, 0},  // MinTransmissionTime
+    {{7237, 10}, TagType::int32s, none, 0, 0, 0},  // TotalBytes
+    {{7247, 22}, TagType::int32s, none, 0, 0, 0},  // TotalBytesNoRTPHeaders
+    {{7269, 5}, TagType::string, writable, 0, 0, 0},  // Model
+    {{7274, 8}, TagType::string, none, 0, 0, 0},  // Firmware
+    {{7282, 10}, TagType::string, none, 0, 0, 0},  // Parameters
+    {{7292, 12}, TagType::string, none, 4, 0, 0},  // CompressorID
+    {{7304, 8}, TagType::string, none, 4, 2669, 19},  // VendorID
+    {{7312, 16}, TagType::int16u, none, 0, 0, 0},  // SourceImageWidth
+    {{7328, 17}, TagType::int16u, none, 0, 0, 0},  // SourceImageHeight
+    {{7345, 11}, TagType::fixed32u, none, 0, 0, 0},  // XResolution
+    {{7356, 11}, TagType::fixed32u, none, 0, 0, 0},  // YResolution
+    {{7367, 14}, TagType::string, none, 32, 0, 0},  // CompressorName
+    {{7381, 8}, TagType::int16u, binary, 0, 0, 0},  // JPEGInfo
+    {{7389, 16}, TagType::int16u, binary, 0, 0, 0},  // AVCConfiguration
+    {{7405, 15}, TagType::int16u, none, 0, 3094, 2},  // VideoFieldOrder
+    {{7420, 5}, TagType::fixed32u, none, 0, 0, 0},  // Gamma
+    {{7425, 16}, TagType::int32s, writable | unsafe, 2, 0, 0},  // PixelAspectRatio
+    {{7441, 14}, TagType::int8u, none, 0, 3096, 5},  // Stereoscopic3D
+    {{7455, 9}, TagType::string, binary, 0, 0, 0},  // ImageData
+    {{7464, 13}, TagType::string, none, 0, 0, 0},  // ItemInfoEntry
+    {{7477, 16}, TagType::string, writable, 0, 0, 0},  // ParentShortTitle
+    {{7493, 15}, TagType::string, writable, 0, 0, 0},  // ParentProductID
+    {{7508, 11}, TagType::string, writable, 0, 0, 0},  // ParentTitle
+    {{7519, 10}, TagType::string, writable, 0, 0, 0},  // ShortTitle
+    {{7529, 12}, TagType::string, writable, 0, 0, 0},  // Unknown_AACR
+    {{7541, 12}, TagType::string, writable, 0, 0, 0},  // Unknown_CDEK
+    {{7553, 12}, TagType::string, writable, 0, 0, 0},  // Unknown_CDET
+    {{7565, 4}, TagType::string, writable, 0, 0, 0},  // GUID
+    {{7569, 21}, TagType::int8s, writable, 0, 3038, 2},  // AppleStoreAccountType
+    {{7590, 17}, TagType::string, writable, 0, 0, 0},  // AppleStoreAccount
+    {{7607, 8}, TagType::int32s, writable, 0, 0, 0},  // ArtistID
+    {{7615, 10}, TagType::string, writable, 0, 0, 0},  // ComposerID
+    {{7625, 19}, TagType::int32s, writable, 0, 0, 0},  // AppleStoreCatalogID
+    {{7644, 11}, TagType::int8s, writable, 0, 3038, 2},  // Compilation
+    {{7655, 10}, TagType::string, writable, 0, 0, 0},  // DiskNumber
+    {{7665, 21}, TagType::string, writable, 0, 0, 0},  // EpisodeGlobalUniqueID
+    {{7686, 8}, TagType::string, writable, 0, 0, 0},  // Grouping
+    {{7694, 16}, TagType::string, writable, 0, 0, 0},  // GoogleHostHeader
+    {{7710, 17}, TagType::string, writable, 0, 0, 0},  // GooglePingMessage
+    {{7727, 13}, TagType::string, writable, 0, 0, 0},  // GooglePingURL
+    {{7740, 16}, TagType::string, writable, 0, 0, 0},  // GoogleSourceData
+    {{7756, 15}, TagType::string, writable, 0, 0, 0},  // GoogleStartTime
+    {{7771, 19}, TagType::string, writable, 0, 0, 0},  // GoogleTrackDuration
+    {{7790, 7}, TagType::int8s, writable, 0, 3038, 2},  // HDVideo
+    {{7797, 7}, TagType::int8s, writable, 0, 3038, 2},  // iTunesU
+    {{7804, 7}, TagType::string, writable, 0, 0, 0},  // Keyword
+    {{7811, 15}, TagType::string, writable, 0, 0, 0},  // LongDescription
+    {{7826, 7}, TagType::int8s, writable, 0, 3038, 2},  // Podcast
+    {{7833, 9}, TagType::string, writable, 0, 0, 0},  // Performer
+    {{7842, 7}, TagType::int8s, writable, 0, 3038, 2},  // PlayGap
+    {{7849, 9}, TagType::string, writable, 0, 0, 0},  // ProductID
+    {{7858, 12}, TagType::datetimez, writable, 0, 0, 0},  // PurchaseDate
+    {{7870, 10}, TagType::string, writable, 0, 0, 0},  // PodcastURL
+    {{7880, 13}, TagType::string, writable, 0, 0, 0},  // RatingPercent
+    {{7893, 16}, TagType::string, writable, 0, 0, 0},  // StoreDescription
+    {{7909, 17}, TagType::int32s, writable, 0, 3101, 155},  // AppleStoreCountry
+    {{7926, 12}, TagType::int8s, writable, 0, 3038, 2},  // ShowMovement
+    {{7938, 15}, TagType::string, writable, 0, 0, 0},  // SortAlbumArtist
+    {{7953, 9}, TagType::string, writable, 0, 0, 0},  // SortAlbum
+    {{7962, 10}, TagType::string, writable, 0, 0, 0},  // SortArtist
+    {{7972, 12}, TagType::string, writable, 0, 0, 0},  // SortComposer
+    {{7984, 8}, TagType::string, writable, 0, 0, 0},  // SortName
+    {{7992, 8}, TagType::string, writable, 0, 0, 0},  // SortShow
+    {{8000, 11}, TagType::string, writable, 0, 0, 0},  // TVEpisodeID
+    {{8011, 9}, TagType::int32s, writable, 0, 0, 0},  // TVEpisode
+    {{8020, 13}, TagType::string, writable, 0, 0, 0},  // TVNetworkName
+    {{8033, 6}, TagType::string, writable, 0, 0, 0},  // TVShow
+    {{8039, 8}, TagType::int32u, writable, 0, 0, 0},  // TVSeason
+    {{8047, 4}, TagType::string, writable, 0, 0, 0},  // ISRC
+    {{8051, 11}, TagType::string, writable, 0, 0, 0},  // ArtDirector
+    {{8062, 8}, TagType::string, writable, 0, 0, 0},  // Arranger
+    {{8070, 8}, TagType::string, writable, 0, 0, 0},  // Composer
+    {{8078, 9}, TagType::string, writable, 0, 0, 0},  // Conductor
+    {{8087, 17}, TagType::datetimez, writable, 0, 0, 0},  // ContentCreateDate
+    {{8104, 8}, TagType::string, writable, 0, 0, 0},  // Director
+    {{8112, 13}, TagType::int16s, writable, 0, 0, 0},  // MovementCount
+    {{8125, 14}, TagType::int16s, writable, 0, 0, 0},  // MovementNumber
+    {{8139, 12}, TagType::string, writable, 0, 0, 0},  // MovementName
+    {{8151, 8}, TagType::string, writable, 0, 0, 0},  // Narrator
+    {{8159, 14}, TagType::string, writable, 0, 0, 0},  // OriginalArtist
+    {{8173, 8}, TagType::string, writable, 0, 0, 0},  // Producer
+    {{8181, 13}, TagType::string, writable, 0, 0, 0},  // SoundEngineer
+    {{8194, 7}, TagType::string, writable, 0, 0, 0},  // Soloist
+    {{8201, 7}, TagType::string, writable, 0, 0, 0},  // Encoder
+    {{8208, 5}, TagType::string, writable, 0, 0, 0},  // Track
+    {{8213, 4}, TagType::string, writable, 0, 0, 0},  // Work
+    {{8217, 17}, TagType::string, writable, 0, 0, 0},  // ExecutiveProducer
+    {{8234, 14}, TagType::string, writable, 0, 0, 0},  // GPSCoordinates
+    {{8248, 23}, TagType::string, none, 0, 0, 0},  // ItemPropertyAssociation
+    {{8271, 18}, TagType::string, none, 0, 0, 0},  // AuxiliaryImageType
+    {{8289, 13}, TagType::rational64s, none, 0, 0, 0},  // CleanAperture
+    {{8302, 8}, TagType::int8u, writable | unsafe, 0, 0, 0},  // Rotation
+    {{8310, 18}, TagType::string, none, 0, 0, 0},  // ImageSpatialExtent
+    {{8328, 15}, TagType::string, none, 0, 0, 0},  // ImagePixelDepth
+    {{8343, 16}, TagType::int32u, none, 0, 0, 0},  // RelativeLocation
+    {{8359, 17}, TagType::string, none, 0, 0, 0},  // AuxiliaryImageRef
+    {{8376, 16}, TagType::int32u, none, 0, 0, 0},  // ContentDescribes
+    {{8392, 15}, TagType::string, none, 0, 0, 0},  // DerivedImageRef
+    {{8407, 12}, TagType::string, none, 0, 0, 0},  // ThumbnailRef
+    {{8419, 11}, TagType::string, writable, 0, 0, 0},  // EncodedWith
+    {{8430, 30}, TagType::int64s, writable, 0, 0, 0},  // ApplePhotosVariationIdentifier
+    {{8460, 7}, TagType::image_b64, writable, 0, 0, 0},  // Artwork
+    {{8467, 16}, TagType::string, writable, 0, 0, 0},  // FrameReadoutTime
+    {{8483, 16}, TagType::string, writable, 0, 0, 0},  // CameraIdentifier
+    {{8499, 14}, TagType::string, writable, 0, 0, 0},  // UserCollection
+    {{8513, 14}, TagType::string, writable, 0, 0, 0},  // AndroidVersion
+    {{8527, 11}, TagType::string, writable, 0, 0, 0},  // CaptureMode
+    {{8538, 17}, TagType::string, writable, 0, 0, 0},  // ContentIdentifier
+    {{8555, 12}, TagType::datetimez, writable, 0, 0, 0},  // CreationDate
+    {{8567, 18}, TagType::string, writable, 0, 0, 0},  // DetectedFaceBounds
+    {{8585, 14}, TagType::string, writable, 0, 0, 0},  // DetectedFaceID
+    {{8599, 21}, TagType::string, writable, 0, 0, 0},  // DetectedFaceRollAngle
+    {{8620, 20}, TagType::string, writable, 0, 0, 0},  // DetectedFaceYawAngle
+    {{8640, 15}, TagType::string, writable, 0, 0, 0},  // CameraDirection
+    {{8655, 12}, TagType::string, writable, 0, 0, 0},  // CameraMotion
+    {{8667, 11}, TagType::string, writable, 0, 0, 0},  // DisplayName
+    {{8678, 11}, TagType::string, writable, 0, 0, 0},  // Information
+    {{8689, 13}, TagType::string, none, 0, 0, 0},  // LivePhotoInfo
+    {{8702, 13}, TagType::int8u, writable, 0, 0, 0},  // LivePhotoAuto
+    {{8715, 22}, TagType::float_, writable, 0, 0, 0},  // LivePhotoVitalityScore
+    {{8737, 31}, TagType::int64s, writable, 0, 0, 0},  // LivePhotoVitalityScoringVersion
+    {{8768, 26}, TagType::string, writable, 0, 0, 0},  // LocationAccuracyHorizontal
+    {{8794, 12}, TagType::string, writable, 0, 0, 0},  // LocationBody
+    {{8806, 12}, TagType::datetimez, writable, 0, 0, 0},  // LocationDate
+    {{8818, 12}, TagType::string, writable, 0, 0, 0},  // LocationName
+    {{8830, 12}, TagType::string, writable, 0, 0, 0},  // LocationNote
+    {{8842, 12}, TagType::string, writable, 0, 3064, 3},  // LocationRole
+    {{8854, 4}, TagType::string, writable, 0, 0, 0},  // Make
+    {{8858, 4}, TagType::string, writable, 0, 0, 0},  // Bass
+    {{8862, 9}, TagType::string, writable, 0, 0, 0},  // AudioGain
+    {{8871, 4}, TagType::int8u, writable, 0, 3038, 2},  // Mute
+    {{8875, 10}, TagType::string, writable, 0, 0, 0},  // PitchShift
+    {{8885, 6}, TagType::string, writable, 0, 0, 0},  // Treble
+    {{8891, 10}, TagType::string, writable, 0, 0, 0},  // Brightness
+    {{8901, 8}, TagType::string, writable, 0, 0, 0},  // Contrast
+    {{8909, 4}, TagType::string, writable, 0, 0, 0},  // Tint
+    {{8913, 13}, TagType::string, writable, 0, 0, 0},  // PlayerVersion
+    {{8926, 8}, TagType::string, writable, 0, 0, 0},  // Software
+    {{8934, 14}, TagType::string, writable, 0, 0, 0},  // StillImageTime
+    {{8948, 7}, TagType::string, writable, 0, 0, 0},  // Version
+    {{8955, 16}, TagType::string, writable, 0, 3256, 8},  // VideoOrientation
+    {{8971, 7}, TagType::int8u, none, 0, 0, 0},  // MagMode
+    {{8978, 15}, TagType::float_, none, 3, 0, 0},  // MagnetometerXYZ
+    {{8993, 12}, TagType::string, binary, 0, 0, 0},  // GPSDataList2
+    {{9005, 16}, TagType::datetimez, writable, 0, 0, 0},  // DateTimeOriginal
+    {{9021, 11}, TagType::string, binary, 0, 0, 0},  // PreviewPICT
+    {{9032, 11}, TagType::string, none, 0, 0, 0},  // ARDroneFile
+    {{9043, 14}, TagType::string, writable | binary, 0, 0, 0},  // ThumbnailImage
+    {{9057, 4}, TagType::string, binary, 0, 0, 0},  // Free
+    {{9061, 4}, TagType::string, binary, 0, 0, 0},  // Junk
+    {{9065, 9}, TagType::string, binary, 0, 0, 0},  // MediaData
+    {{9074, 15}, TagType::string, none, 0, 0, 0},  // MediaDataOffset
+    {{9089, 13}, TagType::string, none, 0, 0, 0},  // MediaDataSize
+    {{9102, 16}, TagType::string, writable | binary, 0, 0, 0},  // MotionPhotoVideo
+    {{9118, 16}, TagType::string, none, 0, 0, 0},  // ARDroneTelemetry
+    {{9134, 4}, TagType::string, binary, 0, 0, 0},  // Skip
+    {{9138, 6}, TagType::string, binary, 0, 0, 0},  // GPSLog
+    {{9144, 10}, TagType::string, none, 0, 0, 0},  // SensorData
+    {{9154, 12}, TagType::string, none, 0, 0, 0},  // UUID-Unknown
+    {{9166, 4}, TagType::string, binary, 0, 0, 0},  // Wide
+    {{9170, 18}, TagType::int32u, none, 0, 0, 0},  // MediaHeaderVersion
+    {{9188, 15}, TagType::int32u, writable, 0, 0, 0},  // MediaCreateDate
+    {{9203, 15}, TagType::int32u, writable, 0, 0, 0},  // MediaModifyDate
+    {{9218, 14}, TagType::int32u, none, 0, 0, 0},  // MediaTimeScale
+    {{9232, 13}, TagType::int32u, none, 0, 0, 0},  // MediaDuration
+    {{9245, 17}, TagType::int16u, none, 0, 0, 0},  // MediaLanguageCode
+    {{9262, 15}, TagType::string, binary, 0, 0, 0},  // NullMediaHeader
+    {{9277, 9}, TagType::string, binary, 0, 0, 0},  // BinaryXML
+    {{9286, 13}, TagType::int16u, none, 0, 0, 0},  // VesperineSize
+    {{9299, 12}, TagType::string, none, 0, 0, 0},  // ItemLocation
+    {{9311, 11}, TagType::string, binary, 0, 0, 0},  // IPMPControl
+    {{9322, 14}, TagType::string, binary, 0, 0, 0},  // ItemProtection
+    {{9336, 20}, TagType::string, none, 0, 0, 0},  // PrimaryItemReference
+    {{9356, 11}, TagType::string, none, 0, 0, 0},  // MetaVersion
+    {{9367, 14}, TagType::string, writable, 0, 0, 0},  // ProductionDate
+    {{9381, 7}, TagType::string, none, 0, 0, 0},  // Product
+    {{9388, 13}, TagType::string, none, 0, 3264, 4},  // TrackProperty
+    {{9401, 8}, TagType::string, writable, 0, 0, 0},  // TimeZone
+    {{9409, 10}, TagType::datetime, writable, 1, 0, 0},  // ModifyDate
+    {{9419, 10}, TagType::string, none, 4, 0, 0},  // MetaFormat
+    {{9429, 8}, TagType::string, none, 0, 0, 0},  // MetaType
+    {{9437, 11}, TagType::string, binary, 0, 0, 0},  // GPSDataList
+    {{9448, 23}, TagType::string, binary, 0, 0, 0},  // InitialObjectDescriptor
+    {{9471, 9}, TagType::string, none, 0, 0, 0},  // GarminGPS
+    {{9480, 21}, TagType::int32u, none, 0, 0, 0},  // MovieFragmentSequence
+    {{9501, 18}, TagType::int8u, none, 0, 0, 0},  // MovieHeaderVersion
+    {{9519, 10}, TagType::datetime, writable, 1, 0, 0},  // CreateDate
+    {{9529, 9}, TagType::int32u, none, 0, 0, 0},  // TimeScale
+    {{9538, 13}, TagType::int32u, none, 0, 0, 0},  // PreferredRate
+    {{9551, 15}, TagType::int16u, none, 0, 0, 0},  // PreferredVolume
+    {{9566, 15}, TagType::fixed32s, writable | unsafe, 9, 0, 0},  // MatrixStructure
+    {{9581, 11}, TagType::int32u, none, 0, 0, 0},  // PreviewTime
+    {{9592, 15}, TagType::int32u, none, 0, 0, 0},  // PreviewDuration
+    {{9607, 10}, TagType::int32u, none, 0, 0, 0},  // PosterTime
+    {{9617, 13}, TagType::int32u, none, 0, 0, 0},  // SelectionTime
+    {{9630, 17}, TagType::int32u, none, 0, 0, 0},  // SelectionDuration
+    {{9647, 11}, TagType::int32u, none, 0, 0, 0},  // CurrentTime
+    {{9658, 11}, TagType::int32u, none, 0, 0, 0},  // NextTrackID
+    {{9669, 11}, TagType::string, none, 4, 0, 0},  // OtherFormat
+    {{9680, 17}, TagType::rational64u, none, 0, 0, 0},  // PlaybackFrameRate
+    {{9697, 9}, TagType::string, none, 0, 0, 0},  // FontTable
+    {{9706, 9}, TagType::string, none, 0, 0, 0},  // OtherName
+    {{9715, 16}, TagType::string, none, 0, 0, 0},  // OriginalFileName
+    {{9731, 9}, TagType::int64u, none, 0, 0, 0},  // StartTime
+    {{9740, 11}, TagType::int32u, writable, 0, 0, 0},  // PreviewDate
+    {{9751, 14}, TagType::int16u, none, 0, 0, 0},  // PreviewVersion
+    {{9765, 15}, TagType::string, none, 4, 0, 0},  // PreviewAtomType
+    {{9780, 16}, TagType::int16u, none, 0, 0, 0},  // PreviewAtomIndex
+    {{9796, 10}, TagType::int16u, none, 0, 3038, 2},  // Endianness
+    {{9806, 14}, TagType::string, none, 0, 0, 0},  // OriginalFormat
+    {{9820, 7}, TagType::int16s, none, 3, 0, 0},  // GSensor
+    {{9827, 19}, TagType::string, none, 0, 0, 0},  // VersionRestrictions
+    {{9846, 10}, TagType::string, none, 0, 0, 0},  // MediaFlags
+    {{9856, 9}, TagType::string, none, 0, 0, 0},  // ModeFlags
+    {{9865, 8}, TagType::string, none, 0, 0, 0},  // Platform
+    {{9873, 6}, TagType::string, none, 0, 0, 0},  // ItemID
+    {{9879, 8}, TagType::string, none, 0, 0, 0},  // ItemTool
+    {{9887, 13}, TagType::string, none, 0, 0, 0},  // TransactionID
+    {{9900, 12}, TagType::string, none, 0, 0, 0},  // ItemVendorID
+    {{9912, 7}, TagType::int8u, none, 0, 0, 0},  // RotMode
+    {{9919, 11}, TagType::float_, none, 3, 0, 0},  // RotationXYZ
+    {{9930, 13}, TagType::string, binary, 0, 0, 0},  // ChunkOffset64
+    {{9943, 34}, TagType::string, binary, 0, 0, 0},  // CompositionToDecodeTimelineMapping
+    {{9977, 23}, TagType::string, binary, 0, 0, 0},  // CompositionTimeToSample
+    {{10000, 17}, TagType::string, binary, 0, 0, 0},  // SamplePaddingBits
+    {{10017, 13}, TagType::string, binary, 0, 0, 0},  // SampleToGroup
+    {{10030, 30}, TagType::string, binary, 0, 0, 0},  // IdependentAndDisposableSamples
+    {{10060, 22}, TagType::string, binary, 0, 0, 0},  // SampleGroupDescription
+    {{10082, 11}, TagType::string, binary, 0, 0, 0},  // ChunkOffset
+    {{10093, 25}, TagType::string, binary, 0, 0, 0},  // SampleDegradationPriority
+    {{10118, 18}, TagType::string, none, 0, 0, 0},  // PartialSyncSamples
+    {{10136, 13}, TagType::string, binary, 0, 0, 0},  // SampleToChunk
+    {{10149, 21}, TagType::string, binary, 0, 0, 0},  // ShadowSyncSampleTable
+    {{10170, 15}, TagType::string, binary, 0, 0, 0},  // SyncSampleTable
+    {{10185, 11}, TagType::string, binary, 0, 0, 0},  // SampleSizes
+    {{10196, 17}, TagType::string, binary, 0, 0, 0},  // TimeToSampleTable
+    {{10213, 18}, TagType::string, binary, 0, 0, 0},  // CompactSampleSizes
+    {{10231, 21}, TagType::string, binary, 0, 0, 0},  // Sub-sampleInformation
+    {{10252, 11}, TagType::string, none, 0, 0, 0},  // Certificate
+    {{10263, 20}, TagType::string, none, 0, 0, 0},  // InitializationVector
+    {{10283, 5}, TagType::string, none, 0, 0, 0},  // KeyID
+    {{10288, 8}, TagType::string, none, 0, 0, 0},  // UserName
+    {{10296, 6}, TagType::string, none, 0, 0, 0},  // UserID
+    {{10302, 10}, TagType::string, none, 4, 0, 0},  // SchemeType
+    {{10312, 13}, TagType::int16u, none, 0, 0, 0},  // SchemeVersion
+    {{10325, 9}, TagType::string, none, 0, 0, 0},  // SchemeURL
+    {{10334, 19}, TagType::int8u, none, 0, 0, 0},  // SpatialAudioVersion
+    {{10353, 13}, TagType::int8u, none, 0, 3037, 1},  // AmbisonicType
+    {{10366, 14}, TagType::int32u, none, 0, 0, 0},  // AmbisonicOrder
+    {{10380, 24}, TagType::int8u, none, 0, 3037, 1},  // AmbisonicChannelOrdering
+    {{10404, 22}, TagType::int8u, none, 0, 3037, 1},  // AmbisonicNormalization
+    {{10426, 17}, TagType::int32u, none, 0, 0, 0},  // AmbisonicChannels
+    {{10443, 19}, TagType::int32u, none, 0, 0, 0},  // AmbisonicChannelMap
+    {{10462, 13}, TagType::string, none, 0, 0, 0},  // Accelerometer
+    {{10475, 17}, TagType::rational64s, none, 0, 0, 0},  // AccelerometerData
+    {{10492, 15}, TagType::float_, none, 3, 0, 0},  // AngularVelocity
+    {{10507, 14}, TagType::datetimez, none, 0, 0, 0},  // CameraDateTime
+    {{10521, 3}, TagType::string, none, 0, 0, 0},  // Car
+    {{10524, 8}, TagType::string, none, 0, 0, 0},  // Distance
+    {{10532, 20}, TagType::string, none, 0, 0, 0},  // ExposureCompensation
+    {{10552, 7}, TagType::string, none, 0, 0, 0},  // FNumber
+    {{10559, 11}, TagType::string, none, 0, 0, 0},  // FrameNumber
+    {{10570, 6}, TagType::string, none, 0, 0, 0},  // GPSDOP
+    {{10576, 11}, TagType::datetimez, none, 0, 0, 0},  // GPSDateTime
+    {{10587, 13}, TagType::string, none, 0, 0, 0},  // GPSSatellites
+    {{10600, 11}, TagType::string, none, 0, 3268, 3},  // GPSSpeedRef
+    {{10611, 12}, TagType::string, none, 0, 0, 0},  // GPSTimeStamp
+    {{10623, 11}, TagType::string, none, 0, 3271, 2},  // GPSTrackRef
+    {{10634, 3}, TagType::string, none, 0, 0, 0},  // ISO
+    {{10637, 10}, TagType::string, none, 0, 0, 0},  // JpgFromRaw
+    {{10647, 12}, TagType::string, none, 0, 0, 0},  // KiloCalories
+    {{10659, 10}, TagType::string, none, 0, 0, 0},  // RawGSensor
+    {{10669, 14}, TagType::datetimez, none, 0, 0, 0},  // SampleDateTime
+    {{10683, 14}, TagType::string, none, 0, 0, 0},  // SampleDuration
+    {{10697, 8}, TagType::int32u, none, 0, 0, 0},  // TimeCode
+    {{10705, 9}, TagType::string, none, 0, 0, 0},  // Unknown00
+    {{10714, 9}, TagType::string, none, 0, 0, 0},  // Unknown01
+    {{10723, 9}, TagType::string, none, 0, 0, 0},  // Unknown02
+    {{10732, 9}, TagType::string, none, 0, 0, 0},  // Unknown03
+    {{10741, 9}, TagType::string, none, 0, 0, 0},  // UserLabel
+    {{10750, 13}, TagType::string, none, 0, 0, 0},  // VerticalSpeed
+    {{10763, 14}, TagType::string, none, 0, 0, 0},  // VideoTimeStamp
+    {{10777, 8}, TagType::int16u, none, 0, 3037, 1},  // TextFont
+    {{10785, 8}, TagType::int16u, none, 0, 3273, 8},  // TextFace
+    {{10793, 8}, TagType::int16u, none, 0, 0, 0},  // TextSize
+    {{10801, 9}, TagType::int16u, none, 3, 0, 0},  // TextColor
+    {{10810, 15}, TagType::int16u, none, 3, 0, 0},  // BackgroundColor
+    {{10825, 8}, TagType::pstring, none, 0, 0, 0},  // FontName
+    {{10833, 8}, TagType::string, binary, 0, 0, 0},  // TomTomHL
+    {{10841, 8}, TagType::string, none, 0, 0, 0},  // TomTomID
+    {{10849, 8}, TagType::string, none, 0, 0, 0},  // TomTomVD
+    {{10857, 8}, TagType::int32u, none, 0, 0, 0},  // TomTomVI
+    {{10865, 23}, TagType::fixed32u, none, 3, 0, 0},  // CleanApertureDimensions
+    {{10888, 23}, TagType::fixed32u, none, 3, 0, 0},  // EncodedPixelsDimensions
+    {{10911, 28}, TagType::fixed32u, none, 3, 0, 0},  // ProductionApertureDimensions
+    {{10939, 18}, TagType::int8u, none, 0, 0, 0},  // TrackHeaderVersion
+    {{10957, 15}, TagType::int32u, writable, 0, 0, 0},  // TrackCreateDate
+    {{10972, 15}, TagType::int32u, writable, 0, 0, 0},  // TrackModifyDate
+    {{10987, 7}, TagType::int32u, none, 0, 0, 0},  // TrackID
+    {{10994, 13}, TagType::int32u, none, 0, 0, 0},  // TrackDuration
+    {{11007, 18}, TagType::int32u, none, 14, 0, 0},  // ImageSizeLookahead
+    {{11025, 10}, TagType::int16u, none, 0, 0, 0},  // TrackLayer
+    {{11035, 11}, TagType::int16u, none, 0, 0, 0},  // TrackVolume
+    {{11046, 10}, TagType::int32u, none, 0, 0, 0},  // ImageWidth
+    {{11056, 11}, TagType::int32u, none, 0, 0, 0},  // ImageHeight
+    {{11067, 18}, TagType::int32u, none, 0, 0, 0},  // ChapterListTrackID
+    {{11085, 21}, TagType::int32u, none, 0, 0, 0},  // ElementaryStreamTrack
+    {{11106, 15}, TagType::string, writable, 0, 0, 0},  // SoftwareVersion
+    {{11121, 13}, TagType::int8u, writable, 0, 0, 0},  // PlayAllFrames
+    {{11134, 16}, TagType::string, writable, 0, 0, 0},  // SerialNumberHash
+    {{11150, 17}, TagType::string, writable, 0, 0, 0},  // CompressorVersion
+    {{11167, 15}, TagType::string, writable, 0, 0, 0},  // FirmwareVersion
+    {{11182, 11}, TagType::string, writable, 0, 0, 0},  // FieldOfView
+    {{11193, 9}, TagType::string, writable, 0, 0, 0},  // GoProType
+    {{11202, 16}, TagType::string, writable, 0, 0, 0},  // LensSerialNumber
+    {{11218, 9}, TagType::int32u, writable, 0, 3094, 2},  // LoopStyle
+    {{11227, 10}, TagType::rational64s, writable, 0, 0, 0},  // LevelMeter
+    {{11237, 22}, TagType::string, writable | binary, 0, 0, 0},  // MakerNotePentaxUnknown
+    {{11259, 8}, TagType::string, writable, 0, 0, 0},  // PlayMode
+    {{11267, 13}, TagType::int8u, writable, 0, 0, 0},  // PlaySelection
+    {{11280, 11}, TagType::string, writable | binary, 0, 0, 0},  // UnknownTags
+    {{11291, 14}, TagType::int16u, writable, 0, 0, 0},  // WindowLocation
+    {{11305, 2}, TagType::rational64s, writable, 0, 0, 0},  // CX
+    {{11307, 2}, TagType::rational64s, writable, 0, 0, 0},  // CY
+    {{11309, 3}, TagType::string, writable, 0, 0, 0},  // Yaw
+    {{11312, 12}, TagType::string, writable, 0, 0, 0},  // Unknown_adzc
+    {{11324, 12}, TagType::string, writable, 0, 0, 0},  // Unknown_adze
+    {{11336, 12}, TagType::string, writable, 0, 0, 0},  // Unknown_adzm
+    {{11348, 11}, TagType::string, writable, 0, 0, 0},  // CameraAngle
+    {{11359, 12}, TagType::string, writable, 0, 0, 0},  // ApertureMode
+    {{11371, 9}, TagType::string, writable, 0, 0, 0},  // ContentID
+    {{11380, 20}, TagType::string, writable, 0, 0, 0},  // ContentDistributorID
+    {{11400, 11}, TagType::string, none, 0, 0, 0},  // ChapterList
+    {{11411, 12}, TagType::string, writable, 0, 0, 0},  // ClipFileName
+    {{11423, 6}, TagType::string, writable, 0, 0, 0},  // ClipID
+    {{11429, 14}, TagType::string, writable, 0, 0, 0},  // Classification
+    {{11443, 8}, TagType::string, writable, 0, 0, 0},  // CameraID
+    {{11451, 14}, TagType::string, writable, 0, 0, 0},  // CollectionName
+    {{11465, 11}, TagType::string, writable, 0, 0, 0},  // CodeVersion
+    {{11476, 8}, TagType::string, writable, 0, 0, 0},  // CoverURI
+    {{11484, 11}, TagType::string, writable, 0, 0, 0},  // HintVersion
+    {{11495, 7}, TagType::string, writable, 0, 0, 0},  // IconURI
+    {{11502, 7}, TagType::string, writable, 0, 0, 0},  // InfoURL
+    {{11509, 9}, TagType::string, writable, 0, 0, 0},  // TrackType
+    {{11518, 19}, TagType::string, writable, 0, 0, 0},  // LocationInformation
+    {{11537, 9}, TagType::string, writable, 0, 0, 0},  // LyricsURI
+    {{11546, 14}, TagType::string, writable, 0, 0, 0},  // GarminSettings
+    {{11560, 5}, TagType::string, writable, 0, 0, 0},  // Pitch
+    {{11565, 4}, TagType::rational64s, writable, 0, 0, 0},  // Rads
+    {{11569, 8}, TagType::string, writable, 0, 0, 0},  // ReelName
+    {{11577, 4}, TagType::string, writable, 0, 0, 0},  // Roll
+    {{11581, 5}, TagType::string, writable, 0, 0, 0},  // Scene
+    {{11586, 8}, TagType::string, writable, 0, 0, 0},  // ShotName
+    {{11594, 12}, TagType::string, writable | binary, 0, 0, 0},  // ThumbnailPNG
+    {{11606, 16}, TagType::string, writable | binary, 0, 0, 0},  // UnknownThumbnail
+    {{11622, 14}, TagType::string, writable, 0, 0, 0},  // GarminSoftware
+    {{11636, 6}, TagType::string, writable, 0, 0, 0},  // Vendor
+    {{11642, 13}, TagType::string, writable, 0, 0, 0},  // StartTimecode
+    {{11655, 14}, TagType::string, writable, 0, 0, 0},  // StartTimeScale
+    {{11669, 19}, TagType::string, writable, 0, 0, 0},  // StartTimeSampleSize
+    {{11688, 16}, TagType::string, writable, 0, 0, 0},  // ArrangerKeywords
+    {{11704, 16}, TagType::string, writable, 0, 0, 0},  // ComposerKeywords
+    {{11720, 12}, TagType::string, writable | binary, 0, 0, 0},  // UserData_dji
+    {{11732, 5}, TagType::string, writable, 0, 0, 0},  // Edit1
+    {{11737, 5}, TagType::string, writable, 0, 0, 0},  // Edit2
+    {{11742, 5}, TagType::string, writable, 0, 0, 0},  // Edit3
+    {{11747, 5}, TagType::string, writable, 0, 0, 0},  // Edit4
+    {{11752, 5}, TagType::string, writable, 0, 0, 0},  // Edit5
+    {{11757, 5}, TagType::string, writable, 0, 0, 0},  // Edit6
+    {{11762, 5}, TagType::string, writable, 0, 0, 0},  // Edit7
+    {{11767, 5}, TagType::string, writable, 0, 0, 0},  // Edit8
+    {{11772, 5}, TagType::string, writable, 0, 0, 0},  // Edit9
+    {{11777, 9}, TagType::string, writable, 0, 0, 0},  // EncoderID
+    {{11786, 6}, TagType::string, writable, 0, 0, 0},  // Format
+    {{11792, 11}, TagType::string, writable, 0, 0, 0},  // CameraPitch
+    {{11803, 10}, TagType::string, writable, 0, 0, 0},  // CameraRoll
+    {{11813, 9}, TagType::string, writable, 0, 0, 0},  // CameraYaw
+    {{11822, 8}, TagType::string, writable, 0, 0, 0},  // ISRCCode
+    {{11830, 15}, TagType::string, writable, 0, 0, 0},  // RecordLabelName
+    {{11845, 14}, TagType::string, writable, 0, 0, 0},  // RecordLabelURL
+    {{11859, 8}, TagType::string, writable, 0, 0, 0},  // MakerURL
+    {{11867, 16}, TagType::string, writable, 0, 0, 0},  // ProducerKeywords
+    {{11883, 18}, TagType::string, writable, 0, 0, 0},  // RecordingCopyright
+    {{11901, 10}, TagType::string, writable, 0, 0, 0},  // Performers
+    {{11911, 17}, TagType::string, writable, 0, 0, 0},  // PerformerKeywords
+    {{11928, 12}, TagType::string, writable, 0, 0, 0},  // PerformerURL
+    {{11940, 12}, TagType::string, writable, 0, 0, 0},  // Requirements
+    {{11952, 12}, TagType::string, writable | binary, 0, 0, 0},  // UserData_res
+    {{11964, 16}, TagType::string, writable, 0, 0, 0},  // SubtitleKeywords
+    {{11980, 13}, TagType::string, writable, 0, 0, 0},  // SourceCredits
+    {{11993, 10}, TagType::string, writable, 0, 0, 0},  // SongWriter
+    {{12003, 18}, TagType::string, writable, 0, 0, 0},  // SongWriterKeywords
+    {{12021, 12}, TagType::string, writable | binary, 0, 0, 0},  // UserData_uid
+    {{12033, 6}, TagType::string, writable, 0, 0, 0},  // SpeedX
+    {{12039, 6}, TagType::string, writable, 0, 0, 0},  // SpeedY
+    {{12045, 6}, TagType::string, writable, 0, 0, 0},  // SpeedZ
+    {{12051, 11}, TagType::int8u, none, 0, 3096, 5},  // DisplaySize
+    {{12062, 9}, TagType::int8u, none, 0, 3038, 2},  // SlideShow
+    {{12071, 12}, TagType::int16u, none, 0, 3006, 31},  // GraphicsMode
+    {{12083, 7}, TagType::int16u, none, 3, 0, 0},  // OpColor
+    {{12090, 19}, TagType::int32u, none, 0, 0, 0},  // VideoProfileVersion
+    {{12109, 12}, TagType::int32u, none, 0, 0, 0},  // VideoTrackID
+    {{12121, 10}, TagType::string, none, 4, 0, 0},  // VideoCodec
+    {{12131, 14}, TagType::int32u, none, 0, 0, 0},  // VideoCodecInfo
+    {{12145, 15}, TagType::int32u, none, 0, 3281, 4},  // VideoAttributes
+    {{12160, 15}, TagType::int32u, none, 0, 0, 0},  // VideoAvgBitrate
+    {{12175, 15}, TagType::int32u, none, 0, 0, 0},  // VideoMaxBitrate
+    {{12190, 17}, TagType::fixed32u, none, 0, 0, 0},  // VideoAvgFrameRate
+    {{12207, 17}, TagType::fixed32u, none, 0, 0, 0},  // VideoMaxFrameRate
+    {{12224, 9}, TagType::int16u, none, 2, 0, 0},  // VideoSize
+    {{12233, 18}, TagType::string, none, 0, 0, 0},  // PurchaseFileFormat
+    {{12251, 9}, TagType::float_, none, 3, 0, 0},  // AngleAxis
+    {{12260, 17}, TagType::int32s, none, 0, 0, 0},  // PixelExposureTime
+    {{12277, 22}, TagType::int32s, none, 0, 0, 0},  // RollingShutterSkewTime
+    {{12299, 8}, TagType::float_, none, 3, 0, 0},  // Position
+    {{12307, 14}, TagType::int32u, none, 0, 3285, 3},  // GPSMeasureMode
+    {{12321, 21}, TagType::float_, none, 0, 0, 0},  // GPSHorizontalAccuracy
+    {{12342, 19}, TagType::float_, none, 0, 0, 0},  // GPSVerticalAccuracy
+    {{12361, 15}, TagType::float_, none, 0, 0, 0},  // GPSVelocityEast
+    {{12376, 16}, TagType::float_, none, 0, 0, 0},  // GPSVelocityNorth
+    {{12392, 13}, TagType::float_, none, 0, 0, 0},  // GPSVelocityUp
+    {{12405, 16}, TagType::float_, none, 0, 0, 0},  // GPSSpeedAccuracy
+    {{12421, 13}, TagType::float_, none, 3, 0, 0},  // MagneticField
+    {{12434, 6}, TagType::int32u, none, 0, 0, 0},  // Layout
+    {{12440, 7}, TagType::int32u, none, 0, 0, 0},  // Padding
+    {{12447, 19}, TagType::int32u, none, 0, 0, 0},  // ProjectionBoundsTop
+    {{12466, 22}, TagType::int32u, none, 0, 0, 0},  // ProjectionBoundsBottom
+    {{12488, 20}, TagType::int32u, none, 0, 0, 0},  // ProjectionBoundsLeft
+    {{12508, 21}, TagType::int32u, none, 0, 0, 0},  // ProjectionBoundsRight
+    {{12529, 7}, TagType::string, none, 0, 0, 0},  // Artists
+    {{12536, 7}, TagType::string, none, 0, 0, 0},  // Barcode
+    {{12543, 13}, TagType::string, none, 0, 0, 0},  // CatalogNumber
+    {{12556, 10}, TagType::string, none, 0, 0, 0},  // DiscNumber
+    {{12566, 12}, TagType::string, none, 0, 0, 0},  // DynamicRange
+    {{12578, 16}, TagType::string, none, 0, 0, 0},  // DynamicRangeR128
+    {{12594, 5}, TagType::string, none, 0, 0, 0},  // Media
+    {{12599, 13}, TagType::string, none, 0, 0, 0},  // PeakLevelR128
+    {{12612, 15}, TagType::string, none, 0, 0, 0},  // PeakLevelSample
+    {{12627, 6}, TagType::string, none, 0, 0, 0},  // Script
+    {{12633, 15}, TagType::string, none, 0, 0, 0},  // VolumeLevelR128
+    {{12648, 17}, TagType::string, none, 0, 0, 0},  // ReplayVolumeLevel
+    {{12665, 4}, TagType::string, none, 0, 0, 0},  // Data
+    {{12669, 13}, TagType::string, none, 0, 0, 0},  // ContentRating
+    {{12682, 19}, TagType::string, none, 0, 0, 0},  // VolumeNormalization
+    {{12701, 8}, TagType::string, none, 0, 0, 0},  // iTunSMPB
+    {{12709, 9}, TagType::string, none, 0, 0, 0},  // CDDB1Info
+    {{12718, 15}, TagType::string, none, 0, 0, 0},  // CDDBTrackNumber
+    {{12733, 4}, TagType::string, none, 0, 0, 0},  // Mean
+    {{12737, 12}, TagType::string, none, 0, 0, 0},  // OriginalDate
+    {{12749, 12}, TagType::string, none, 0, 0, 0},  // OriginalYear
+    {{12761, 13}, TagType::string, none, 0, 0, 0},  // Popularimeter
+    {{12774, 15}, TagType::string, none, 0, 0, 0},  // ReplayTrackGain
+    {{12789, 15}, TagType::string, none, 0, 0, 0},  // ReplayTrackPeak
+    {{12804, 8}, TagType::int32u, none, 0, 0, 0},  // iTunTool
+    {{12812, 6}, TagType::string, none, 0, 0, 0},  // Length
+    {{12818, 14}, TagType::fixed32s, none, 0, 0, 0},  // PoseYawDegrees
+    {{12832, 16}, TagType::fixed32s, none, 0, 0, 0},  // PosePitchDegrees
+    {{12848, 15}, TagType::fixed32s, none, 0, 0, 0},  // PoseRollDegrees
+    {{12863, 14}, TagType::string, none, 0, 0, 0},  // MetadataSource
+    {{12877, 8}, TagType::string, none, 0, 0, 0},  // DateTime
+    {{12885, 11}, TagType::string, none, 0, 0, 0},  // GimbalPitch
+    {{12896, 10}, TagType::string, none, 0, 0, 0},  // GimbalRoll
+    {{12906, 9}, TagType::string, none, 0, 0, 0},  // GimbalYaw
 };
 constexpr detail::TextRef kChoicesQuickTime[] = {
     {12915, 1}, {12916, 1}, {12917, 2}, {12919, 2}, {12921, 2}, {12923, 1}, {12924, 2}, {12926, 2},
@@ -11509,46 +11511,45 @@ constexpr std::uint16_t kKeyOrderQuickTime[] = {
     892, 226, 399, 656, 268, 580, 581, 895, 10, 1015, 1024, 11, 615,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsQuickTime[1034];
-constinit detail::StreamTags gTagsQuickTime("QuickTime", kText, kTagsQuickTime, kKeyOrderQuickTime, kChoicesQuickTime, gItemsQuickTime, &TagStringsCatalogue::stringsQuickTime);
 
 // RAF: 34 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsRAF[] = {
-    {{270236, 17}, TagType::string, 0, 0, 0, 0},  // RawImageFullWidth
-    {{270253, 18}, TagType::string, 0, 0, 0, 0},  // RawImageFullHeight
-    {{270271, 13}, TagType::string, 0, 0, 0, 0},  // BitsPerSample
-    {{270284, 12}, TagType::string, 0, 0, 0, 0},  // StripOffsets
-    {{270296, 15}, TagType::string, 0, 0, 0, 0},  // StripByteCounts
-    {{270311, 10}, TagType::string, 0, 0, 0, 0},  // BlackLevel
-    {{270321, 25}, TagType::string, 0, 0, 0, 0},  // GeometricDistortionParams
-    {{270346, 20}, TagType::string, 0, 0, 0, 0},  // WB_GRBLevelsStandard
-    {{270366, 16}, TagType::string, 0, 0, 0, 0},  // WB_GRBLevelsAuto
-    {{270382, 12}, TagType::string, 0, 0, 0, 0},  // WB_GRBLevels
-    {{270394, 25}, TagType::string, 0, 0, 0, 0},  // ChromaticAberrationParams
-    {{270419, 16}, TagType::string, 0, 0, 0, 0},  // VignettingParams
-    {{270435, 14}, TagType::int32u, 0, 0, 0, 0},  // RawImageNumber
-    {{270449, 11}, TagType::rational32s, 0, 0, 0, 0},  // MRAW_0x0003
-    {{270460, 11}, TagType::rational32s, 0, 0, 0, 0},  // MRAW_0x0004
-    {{270471, 16}, TagType::int16u, 0, 2, 0, 0},  // RawImageFullSize
-    {{270487, 19}, TagType::int16u, 0, 2, 0, 0},  // RawImageCropTopLeft
-    {{270506, 19}, TagType::int16u, 0, 2, 0, 0},  // RawImageCroppedSize
-    {{270525, 19}, TagType::int16u, 0, 2, 0, 0},  // RawImageAspectRatio
-    {{270544, 12}, TagType::int16u, 0, 2, 0, 0},  // RawImageSize
-    {{270556, 10}, TagType::int8u, 0, 0, 0, 0},  // FujiLayout
-    {{270566, 12}, TagType::int8u, 0, 36, 0, 0},  // XTransLayout
-    {{270578, 17}, TagType::int16u, 0, 4, 0, 0},  // WB_GRGBLevelsAuto
-    {{270595, 21}, TagType::int16u, 0, 4, 0, 0},  // WB_GRGBLevelsDaylight
-    {{270616, 19}, TagType::int16u, 0, 4, 0, 0},  // WB_GRGBLevelsCloudy
-    {{270635, 26}, TagType::int16u, 0, 4, 0, 0},  // WB_GRGBLevelsDaylightFluor
-    {{270661, 26}, TagType::int16u, 0, 4, 0, 0},  // WB_GRGBLevelsDayWhiteFluor
-    {{270687, 29}, TagType::int16u, 0, 4, 0, 0},  // WB_GRGBLevelsWhiteFluorescent
-    {{270716, 27}, TagType::int16u, 0, 4, 0, 0},  // WB_GRGBLevelsWarmWhiteFluor
-    {{270743, 37}, TagType::int16u, 0, 4, 0, 0},  // WB_GRGBLevelsLivingRoomWarmWhiteFluor
-    {{270780, 21}, TagType::int16u, 0, 4, 0, 0},  // WB_GRGBLevelsTungsten
-    {{270801, 13}, TagType::int16u, 0, 4, 0, 0},  // WB_GRGBLevels
-    {{270814, 16}, TagType::rational32s, 0, 0, 0, 0},  // RelativeExposure
-    {{270830, 15}, TagType::rational32s, 0, 0, 0, 0},  // RawExposureBias
+    {{270236, 17}, TagType::string, none, 0, 0, 0},  // RawImageFullWidth
+    {{270253, 18}, TagType::string, none, 0, 0, 0},  // RawImageFullHeight
+    {{270271, 13}, TagType::string, none, 0, 0, 0},  // BitsPerSample
+    {{270284, 12}, TagType::string, none, 0, 0, 0},  // StripOffsets
+    {{270296, 15}, TagType::string, none, 0, 0, 0},  // StripByteCounts
+    {{270311, 10}, TagType::string, none, 0, 0, 0},  // BlackLevel
+    {{270321, 25}, TagType::string, none, 0, 0, 0},  // GeometricDistortionParams
+    {{270346, 20}, TagType::string, none, 0, 0, 0},  // WB_GRBLevelsStandard
+    {{270366, 16}, TagType::string, none, 0, 0, 0},  // WB_GRBLevelsAuto
+    {{270382, 12}, TagType::string, none, 0, 0, 0},  // WB_GRBLevels
+    {{270394, 25}, TagType::string, none, 0, 0, 0},  // ChromaticAberrationParams
+    {{270419, 16}, TagType::string, none, 0, 0, 0},  // VignettingParams
+    {{270435, 14}, TagType::int32u, none, 0, 0, 0},  // RawImageNumber
+    {{270449, 11}, TagType::rational32s, none, 0, 0, 0},  // MRAW_0x0003
+    {{270460, 11}, TagType::rational32s, none, 0, 0, 0},  // MRAW_0x0004
+    {{270471, 16}, TagType::int16u, none, 2, 0, 0},  // RawImageFullSize
+    {{270487, 19}, TagType::int16u, none, 2, 0, 0},  // RawImageCropTopLeft
+    {{270506, 19}, TagType::int16u, none, 2, 0, 0},  // RawImageCroppedSize
+    {{270525, 19}, TagType::int16u, none, 2, 0, 0},  // RawImageAspectRatio
+    {{270544, 12}, TagType::int16u, none, 2, 0, 0},  // RawImageSize
+    {{270556, 10}, TagType::int8u, none, 0, 0, 0},  // FujiLayout
+    {{270566, 12}, TagType::int8u, none, 36, 0, 0},  // XTransLayout
+    {{270578, 17}, TagType::int16u, none, 4, 0, 0},  // WB_GRGBLevelsAuto
+    {{270595, 21}, TagType::int16u, none, 4, 0, 0},  // WB_GRGBLevelsDaylight
+    {{270616, 19}, TagType::int16u, none, 4, 0, 0},  // WB_GRGBLevelsCloudy
+    {{270635, 26}, TagType::int16u, none, 4, 0, 0},  // WB_GRGBLevelsDaylightFluor
+    {{270661, 26}, TagType::int16u, none, 4, 0, 0},  // WB_GRGBLevelsDayWhiteFluor
+    {{270687, 29}, TagType::int16u, none, 4, 0, 0},  // WB_GRGBLevelsWhiteFluorescent
+    {{270716, 27}, TagType::int16u, none, 4, 0, 0},  // WB_GRGBLevelsWarmWhiteFluor
+    {{270743, 37}, TagType::int16u, none, 4, 0, 0},  // WB_GRGBLevelsLivingRoomWarmWhiteFluor
+    {{270780, 21}, TagType::int16u, none, 4, 0, 0},  // WB_GRGBLevelsTungsten
+    {{270801, 13}, TagType::int16u, none, 4, 0, 0},  // WB_GRGBLevels
+    {{270814, 16}, TagType::rational32s, none, 0, 0, 0},  // RelativeExposure
+    {{270830, 15}, TagType::rational32s, none, 0, 0, 0},  // RawExposureBias
 };
 constexpr detail::StringRow kStringsEnglishRAF[] = {
     {{270845, 17}, {270862, 15}},
@@ -11650,190 +11651,189 @@ constexpr std::uint16_t kKeyOrderRAF[] = {
     26, 23, 25, 29, 30, 28, 27, 21,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsRAF[34];
-constinit detail::StreamTags gTagsRAF("RAF", kText, kTagsRAF, kKeyOrderRAF, {}, gItemsRAF, &TagStringsCatalogue::stringsRAF);
 
 // RIFF: 178 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsRIFF[] = {
-    {{273453, 18}, TagType::int8u, 0, 0, 0, 2},  // AlphaPreprocessing
-    {{273471, 14}, TagType::int8u, 0, 0, 2, 4},  // AlphaFiltering
-    {{273485, 16}, TagType::int8u, 0, 0, 0, 2},  // AlphaCompression
-    {{10810, 15}, TagType::int8u, 0, 4, 0, 0},  // BackgroundColor
-    {{273501, 18}, TagType::int8u, 0, 0, 0, 0},  // AnimationLoopCount
-    {{653, 8}, TagType::int32u, 0, 0, 0, 0},  // Duration
-    {{697, 9}, TagType::int32u, 0, 0, 0, 0},  // FrameRate
-    {{7150, 11}, TagType::int32u, 0, 0, 0, 0},  // MaxDataRate
-    {{273519, 10}, TagType::int32u, 0, 0, 0, 0},  // FrameCount
-    {{273529, 11}, TagType::int32u, 0, 0, 0, 0},  // StreamCount
-    {{11046, 10}, TagType::int32s, 0, 0, 0, 0},  // ImageWidth
-    {{11056, 11}, TagType::int32s, 0, 0, 0, 0},  // ImageHeight
-    {{273540, 13}, TagType::int32u, 0, 0, 6, 5},  // AcidizerFlags
-    {{273553, 8}, TagType::int16u, 0, 0, 11, 24},  // RootNote
-    {{273561, 5}, TagType::int32u, 0, 0, 0, 0},  // Beats
-    {{273566, 5}, TagType::int16u, 0, 2, 0, 0},  // Meter
-    {{273571, 5}, TagType::float_, 0, 0, 0, 0},  // Tempo
-    {{273576, 8}, TagType::int16u, 0, 0, 35, 243},  // Encoding
-    {{273584, 11}, TagType::int16u, 0, 0, 0, 0},  // NumChannels
-    {{273595, 10}, TagType::int32u, 0, 0, 0, 0},  // SampleRate
-    {{273605, 14}, TagType::int32u, 0, 0, 0, 0},  // AvgBytesPerSec
-    {{270271, 13}, TagType::int16u, 0, 0, 0, 0},  // BitsPerSample
-    {{629, 11}, TagType::string, 0, 256, 0, 0},  // Description
-    {{273619, 10}, TagType::string, 0, 32, 0, 0},  // Originator
-    {{273629, 19}, TagType::string, 0, 32, 0, 0},  // OriginatorReference
-    {{9005, 16}, TagType::string, 0, 18, 0, 0},  // DateTimeOriginal
-    {{273648, 13}, TagType::int32u, 0, 2, 0, 0},  // TimeReference
-    {{273661, 10}, TagType::int16u, 0, 0, 0, 0},  // BWFVersion
-    {{273671, 8}, TagType::string, 0, 64, 0, 0},  // BWF_UMID
-    {{273679, 13}, TagType::string, 0, 0, 0, 0},  // CodingHistory
-    {{273692, 8}, TagType::int16u, 0, 0, 0, 0},  // CodePage
-    {{273700, 11}, TagType::int16u, 0, 0, 0, 0},  // CountryCode
-    {{273711, 12}, TagType::int16u, 0, 0, 0, 0},  // LanguageCode
-    {{273723, 7}, TagType::int16u, 0, 0, 0, 0},  // Dialect
-    {{273730, 10}, TagType::int64u, 0, 0, 0, 0},  // RIFFSize64
-    {{273740, 10}, TagType::int64u, 0, 0, 0, 0},  // DataSize64
-    {{273750, 17}, TagType::int64u, 0, 0, 0, 0},  // NumberOfSamples64
-    {{8854, 4}, TagType::string, 0, 0, 0, 0},  // Make
-    {{7269, 5}, TagType::string, 0, 0, 0, 0},  // Model
-    {{273767, 10}, TagType::string, 8, 0, 0, 0},  // MakerNotes
-    {{273777, 16}, TagType::string, 0, 0, 0, 0},  // RelatedImageFile
-    {{273793, 11}, TagType::string, 0, 0, 0, 0},  // TimeCreated
-    {{273804, 11}, TagType::string, 0, 0, 0, 0},  // UserComment
-    {{4023, 11}, TagType::string, 0, 0, 0, 0},  // ExifVersion
-    {{273815, 15}, TagType::int32u, 0, 0, 0, 0},  // TotalFrameCount
-    {{10697, 8}, TagType::string, 0, 0, 0, 0},  // TimeCode
-    {{273830, 5}, TagType::string, 0, 0, 0, 0},  // Rated
-    {{42, 7}, TagType::string, 0, 0, 0, 0},  // Comment
-    {{3203, 9}, TagType::string, 0, 0, 0, 0},  // EncodedBy
-    {{4593, 8}, TagType::string, 0, 0, 0, 0},  // Comments
-    {{273835, 9}, TagType::string, 0, 0, 0, 0},  // Directory
-    {{273844, 16}, TagType::string, 0, 0, 0, 0},  // SoundSchemeTitle
-    {{49, 5}, TagType::string, 0, 0, 0, 0},  // Genre
-    {{273860, 16}, TagType::string, 0, 0, 0, 0},  // ArchivalLocation
-    {{36, 6}, TagType::string, 0, 0, 0, 0},  // Artist
-    {{273876, 13}, TagType::string, 0, 0, 0, 0},  // FirstLanguage
-    {{273889, 14}, TagType::string, 0, 0, 0, 0},  // SecondLanguage
-    {{273903, 13}, TagType::string, 0, 0, 0, 0},  // ThirdLanguage
-    {{273916, 14}, TagType::string, 0, 0, 0, 0},  // FourthLanguage
-    {{273930, 13}, TagType::string, 0, 0, 0, 0},  // FifthLanguage
-    {{273943, 13}, TagType::string, 0, 0, 0, 0},  // SixthLanguage
-    {{273956, 15}, TagType::string, 0, 0, 0, 0},  // SeventhLanguage
-    {{273971, 14}, TagType::string, 0, 0, 0, 0},  // EighthLanguage
-    {{273985, 13}, TagType::string, 0, 0, 0, 0},  // NinthLanguage
-    {{273998, 7}, TagType::string, 0, 0, 0, 0},  // BaseURL
-    {{274005, 18}, TagType::string, 0, 0, 0, 0},  // DefaultAudioStream
-    {{274023, 15}, TagType::string, 0, 0, 0, 0},  // CostumeDesigner
-    {{274038, 12}, TagType::string, 0, 0, 0, 0},  // Commissioned
-    {{274050, 15}, TagType::string, 0, 0, 0, 0},  // Cinematographer
-    {{274065, 7}, TagType::string, 0, 0, 0, 0},  // Country
-    {{518, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
-    {{3839, 11}, TagType::string, 0, 0, 0, 0},  // DateCreated
-    {{274072, 7}, TagType::string, 0, 0, 0, 0},  // Cropped
-    {{2969, 10}, TagType::string, 0, 0, 0, 0},  // Dimensions
-    {{274079, 11}, TagType::string, 0, 0, 0, 0},  // DotsPerInch
-    {{274090, 13}, TagType::string, 0, 0, 0, 0},  // DistributedBy
-    {{274103, 8}, TagType::string, 0, 0, 0, 0},  // EditedBy
-    {{274111, 8}, TagType::string, 0, 0, 0, 0},  // Engineer
-    {{4585, 8}, TagType::string, 0, 0, 0, 0},  // Keywords
-    {{274119, 9}, TagType::string, 0, 0, 0, 0},  // Lightness
-    {{274128, 7}, TagType::string, 0, 0, 0, 0},  // LogoURL
-    {{274135, 11}, TagType::string, 0, 0, 0, 0},  // LogoIconURL
-    {{1688, 8}, TagType::string, 0, 0, 0, 0},  // Language
-    {{274146, 19}, TagType::string, 0, 0, 0, 0},  // MoreInfoBannerImage
-    {{274165, 17}, TagType::string, 0, 0, 0, 0},  // MoreInfoBannerURL
-    {{274182, 6}, TagType::string, 0, 0, 0, 0},  // Medium
-    {{274188, 12}, TagType::string, 0, 0, 0, 0},  // MoreInfoText
-    {{274200, 11}, TagType::string, 0, 0, 0, 0},  // MoreInfoURL
-    {{274211, 7}, TagType::string, 0, 0, 0, 0},  // MusicBy
-    {{73, 5}, TagType::string, 0, 0, 0, 0},  // Title
-    {{274218, 18}, TagType::string, 0, 0, 0, 0},  // ProductionDesigner
-    {{274236, 9}, TagType::string, 0, 0, 0, 0},  // NumColors
-    {{9381, 7}, TagType::string, 0, 0, 0, 0},  // Product
-    {{274245, 10}, TagType::string, 0, 0, 0, 0},  // ProducedBy
-    {{274255, 8}, TagType::string, 0, 0, 0, 0},  // RippedBy
-    {{3212, 6}, TagType::string, 0, 0, 0, 0},  // Rating
-    {{1202, 7}, TagType::string, 0, 0, 0, 0},  // Subject
-    {{8926, 8}, TagType::string, 0, 0, 0, 0},  // Software
-    {{274263, 14}, TagType::string, 0, 0, 0, 0},  // SecondaryGenre
-    {{274277, 9}, TagType::string, 0, 0, 0, 0},  // Sharpness
-    {{3232, 6}, TagType::string, 0, 0, 0, 0},  // Source
-    {{274286, 10}, TagType::string, 0, 0, 0, 0},  // SourceForm
-    {{274296, 16}, TagType::string, 0, 0, 0, 0},  // ProductionStudio
-    {{274312, 8}, TagType::string, 0, 0, 0, 0},  // Starring
-    {{274320, 10}, TagType::string, 0, 0, 0, 0},  // Technician
-    {{1869, 11}, TagType::string, 0, 0, 0, 0},  // TrackNumber
-    {{274330, 12}, TagType::string, 0, 0, 0, 0},  // WatermarkURL
-    {{274342, 9}, TagType::string, 0, 0, 0, 0},  // WrittenBy
-    {{777, 8}, TagType::string, 0, 0, 0, 0},  // Location
-    {{274351, 4}, TagType::string, 0, 0, 0, 0},  // Part
-    {{274355, 13}, TagType::string, 0, 0, 0, 0},  // NumberOfParts
-    {{274368, 4}, TagType::string, 0, 0, 0, 0},  // Rate
-    {{274372, 10}, TagType::string, 0, 0, 0, 2},  // Statistics
-    {{274382, 8}, TagType::string, 0, 0, 0, 0},  // TapeName
-    {{274390, 11}, TagType::string, 0, 0, 0, 0},  // EndTimecode
-    {{11642, 13}, TagType::string, 0, 0, 0, 0},  // StartTimecode
-    {{12812, 6}, TagType::string, 0, 0, 0, 0},  // Length
-    {{274401, 12}, TagType::string, 0, 0, 0, 0},  // Organization
-    {{2918, 3}, TagType::string, 0, 0, 0, 0},  // URL
-    {{8948, 7}, TagType::string, 0, 0, 0, 0},  // Version
-    {{274413, 17}, TagType::string, 0, 0, 0, 0},  // VegasVersionMajor
-    {{274430, 17}, TagType::string, 0, 0, 0, 0},  // VegasVersionMinor
-    {{78, 4}, TagType::string, 0, 0, 0, 0},  // Year
-    {{274447, 13}, TagType::int8s, 0, 0, 0, 0},  // UnshiftedNote
-    {{274460, 8}, TagType::int8s, 0, 0, 0, 0},  // FineTune
-    {{274468, 4}, TagType::int8s, 0, 0, 0, 0},  // Gain
-    {{274472, 7}, TagType::int8s, 0, 0, 0, 0},  // LowNote
-    {{274479, 8}, TagType::int8s, 0, 0, 0, 0},  // HighNote
-    {{274487, 11}, TagType::int8s, 0, 0, 0, 0},  // LowVelocity
-    {{274498, 12}, TagType::int8s, 0, 0, 0, 0},  // HighVelocity
-    {{274510, 11}, TagType::string, 8, 0, 0, 0},  // UnknownEXIF
-    {{274521, 8}, TagType::string, 0, 0, 0, 0},  // TextJunk
-    {{274529, 6}, TagType::string, 8, 0, 0, 0},  // OldXMP
-    {{274535, 4}, TagType::string, 0, 0, 0, 0},  // Afsp
-    {{274539, 9}, TagType::string, 8, 0, 0, 0},  // CuePoints
-    {{274548, 15}, TagType::string, 0, 0, 0, 0},  // NumberOfSamples
-    {{274563, 5}, TagType::string, 0, 0, 0, 0},  // Guano
-    {{274568, 13}, TagType::string, 0, 0, 0, 0},  // CuePointLabel
-    {{274581, 8}, TagType::string, 0, 0, 0, 0},  // ListType
-    {{274589, 11}, TagType::string, 0, 0, 0, 0},  // LabeledText
-    {{274600, 12}, TagType::string, 0, 0, 0, 0},  // CuePointNote
-    {{274612, 8}, TagType::string, 8, 0, 0, 0},  // Playlist
-    {{6486, 4}, TagType::string, 0, 0, 0, 0},  // Text
-    {{274620, 12}, TagType::int32u, 0, 0, 0, 0},  // Manufacturer
-    {{274632, 12}, TagType::int32u, 0, 0, 0, 0},  // SamplePeriod
-    {{274644, 13}, TagType::int32u, 0, 0, 0, 0},  // MIDIUnityNote
-    {{274657, 17}, TagType::int32u, 0, 0, 0, 0},  // MIDIPitchFraction
-    {{274674, 11}, TagType::int32u, 0, 0, 278, 5},  // SMPTEFormat
-    {{274685, 11}, TagType::int32u, 0, 0, 0, 0},  // SMPTEOffset
-    {{274696, 14}, TagType::int32u, 0, 0, 0, 0},  // NumSampleLoops
-    {{274710, 14}, TagType::int32u, 0, 0, 0, 0},  // SamplerDataLen
-    {{274724, 11}, TagType::string, 8, 0, 0, 0},  // SamplerData
-    {{274735, 10}, TagType::string, 0, 0, 0, 0},  // TextFormat
-    {{274745, 10}, TagType::string, 0, 0, 0, 0},  // StreamName
-    {{274755, 10}, TagType::string, 0, 0, 0, 0},  // VendorName
-    {{274765, 11}, TagType::string, 0, 0, 0, 0},  // UnknownData
-    {{274776, 10}, TagType::string, 0, 4, 283, 5},  // StreamType
-    {{4867, 10}, TagType::string, 0, 4, 0, 0},  // AudioCodec
-    {{12121, 10}, TagType::string, 0, 4, 0, 0},  // VideoCodec
-    {{274786, 5}, TagType::string, 0, 4, 0, 0},  // Codec
-    {{3043, 15}, TagType::rational64u, 0, 0, 0, 0},  // AudioSampleRate
-    {{1900, 14}, TagType::rational64u, 0, 0, 0, 0},  // VideoFrameRate
-    {{274791, 16}, TagType::rational64u, 0, 0, 0, 0},  // StreamSampleRate
-    {{274807, 16}, TagType::int32u, 0, 0, 0, 0},  // AudioSampleCount
-    {{274823, 15}, TagType::int32u, 0, 0, 0, 0},  // VideoFrameCount
-    {{274838, 17}, TagType::int32u, 0, 0, 0, 0},  // StreamSampleCount
-    {{274855, 7}, TagType::int32u, 0, 0, 0, 0},  // Quality
-    {{274862, 10}, TagType::int32u, 0, 0, 0, 0},  // SampleSize
-    {{6447, 11}, TagType::int32u, 0, 0, 0, 0},  // GPSAltitude
-    {{10462, 13}, TagType::float_, 0, 3, 0, 0},  // Accelerometer
-    {{6458, 8}, TagType::float_, 0, 0, 0, 0},  // GPSSpeed
-    {{6424, 11}, TagType::float_, 0, 0, 0, 0},  // GPSLatitude
-    {{6435, 12}, TagType::float_, 0, 0, 0, 0},  // GPSLongitude
-    {{10576, 11}, TagType::int32u, 0, 0, 0, 0},  // GPSDateTime
-    {{274872, 10}, TagType::int8u, 0, 0, 2, 4},  // VP8Version
-    {{274882, 15}, TagType::int16u, 0, 0, 0, 0},  // HorizontalScale
-    {{274897, 13}, TagType::int16u, 0, 0, 0, 0},  // VerticalScale
-    {{274910, 10}, TagType::int32u, 0, 0, 288, 5},  // WebP_Flags
+    {{273453, 18}, TagType::int8u, none, 0, 0, 2},  // AlphaPreprocessing
+    {{273471, 14}, TagType::int8u, none, 0, 2, 4},  // AlphaFiltering
+    {{273485, 16}, TagType::int8u, none, 0, 0, 2},  // AlphaCompression
+    {{10810, 15}, TagType::int8u, none, 4, 0, 0},  // BackgroundColor
+    {{273501, 18}, TagType::int8u, none, 0, 0, 0},  // AnimationLoopCount
+    {{653, 8}, TagType::int32u, none, 0, 0, 0},  // Duration
+    {{697, 9}, TagType::int32u, none, 0, 0, 0},  // FrameRate
+    {{7150, 11}, TagType::int32u, none, 0, 0, 0},  // MaxDataRate
+    {{273519, 10}, TagType::int32u, none, 0, 0, 0},  // FrameCount
+    {{273529, 11}, TagType::int32u, none, 0, 0, 0},  // StreamCount
+    {{11046, 10}, TagType::int32s, none, 0, 0, 0},  // ImageWidth
+    {{11056, 11}, TagType::int32s, none, 0, 0, 0},  // ImageHeight
+    {{273540, 13}, TagType::int32u, none, 0, 6, 5},  // AcidizerFlags
+    {{273553, 8}, TagType::int16u, none, 0, 11, 24},  // RootNote
+    {{273561, 5}, TagType::int32u, none, 0, 0, 0},  // Beats
+    {{273566, 5}, TagType::int16u, none, 2, 0, 0},  // Meter
+    {{273571, 5}, TagType::float_, none, 0, 0, 0},  // Tempo
+    {{273576, 8}, TagType::int16u, none, 0, 35, 243},  // Encoding
+    {{273584, 11}, TagType::int16u, none, 0, 0, 0},  // NumChannels
+    {{273595, 10}, TagType::int32u, none, 0, 0, 0},  // SampleRate
+    {{273605, 14}, TagType::int32u, none, 0, 0, 0},  // AvgBytesPerSec
+    {{270271, 13}, TagType::int16u, none, 0, 0, 0},  // BitsPerSample
+    {{629, 11}, TagType::string, none, 256, 0, 0},  // Description
+    {{273619, 10}, TagType::string, none, 32, 0, 0},  // Originator
+    {{273629, 19}, TagType::string, none, 32, 0, 0},  // OriginatorReference
+    {{9005, 16}, TagType::string, none, 18, 0, 0},  // DateTimeOriginal
+    {{273648, 13}, TagType::int32u, none, 2, 0, 0},  // TimeReference
+    {{273661, 10}, TagType::int16u, none, 0, 0, 0},  // BWFVersion
+    {{273671, 8}, TagType::string, none, 64, 0, 0},  // BWF_UMID
+    {{273679, 13}, TagType::string, none, 0, 0, 0},  // CodingHistory
+    {{273692, 8}, TagType::int16u, none, 0, 0, 0},  // CodePage
+    {{273700, 11}, TagType::int16u, none, 0, 0, 0},  // CountryCode
+    {{273711, 12}, TagType::int16u, none, 0, 0, 0},  // LanguageCode
+    {{273723, 7}, TagType::int16u, none, 0, 0, 0},  // Dialect
+    {{273730, 10}, TagType::int64u, none, 0, 0, 0},  // RIFFSize64
+    {{273740, 10}, TagType::int64u, none, 0, 0, 0},  // DataSize64
+    {{273750, 17}, TagType::int64u, none, 0, 0, 0},  // NumberOfSamples64
+    {{8854, 4}, TagType::string, none, 0, 0, 0},  // Make
+    {{7269, 5}, TagType::string, none, 0, 0, 0},  // Model
+    {{273767, 10}, TagType::string, binary, 0, 0, 0},  // MakerNotes
+    {{273777, 16}, TagType::string, none, 0, 0, 0},  // RelatedImageFile
+    {{273793, 11}, TagType::string, none, 0, 0, 0},  // TimeCreated
+    {{273804, 11}, TagType::string, none, 0, 0, 0},  // UserComment
+    {{4023, 11}, TagType::string, none, 0, 0, 0},  // ExifVersion
+    {{273815, 15}, TagType::int32u, none, 0, 0, 0},  // TotalFrameCount
+    {{10697, 8}, TagType::string, none, 0, 0, 0},  // TimeCode
+    {{273830, 5}, TagType::string, none, 0, 0, 0},  // Rated
+    {{42, 7}, TagType::string, none, 0, 0, 0},  // Comment
+    {{3203, 9}, TagType::string, none, 0, 0, 0},  // EncodedBy
+    {{4593, 8}, TagType::string, none, 0, 0, 0},  // Comments
+    {{273835, 9}, TagType::string, none, 0, 0, 0},  // Directory
+    {{273844, 16}, TagType::string, none, 0, 0, 0},  // SoundSchemeTitle
+    {{49, 5}, TagType::string, none, 0, 0, 0},  // Genre
+    {{273860, 16}, TagType::string, none, 0, 0, 0},  // ArchivalLocation
+    {{36, 6}, TagType::string, none, 0, 0, 0},  // Artist
+    {{273876, 13}, TagType::string, none, 0, 0, 0},  // FirstLanguage
+    {{273889, 14}, TagType::string, none, 0, 0, 0},  // SecondLanguage
+    {{273903, 13}, TagType::string, none, 0, 0, 0},  // ThirdLanguage
+    {{273916, 14}, TagType::string, none, 0, 0, 0},  // FourthLanguage
+    {{273930, 13}, TagType::string, none, 0, 0, 0},  // FifthLanguage
+    {{273943, 13}, TagType::string, none, 0, 0, 0},  // SixthLanguage
+    {{273956, 15}, TagType::string, none, 0, 0, 0},  // SeventhLanguage
+    {{273971, 14}, TagType::string, none, 0, 0, 0},  // EighthLanguage
+    {{273985, 13}, TagType::string, none, 0, 0, 0},  // NinthLanguage
+    {{273998, 7}, TagType::string, none, 0, 0, 0},  // BaseURL
+    {{274005, 18}, TagType::string, none, 0, 0, 0},  // DefaultAudioStream
+    {{274023, 15}, TagType::string, none, 0, 0, 0},  // CostumeDesigner
+    {{274038, 12}, TagType::string, none, 0, 0, 0},  // Commissioned
+    {{274050, 15}, TagType::string, none, 0, 0, 0},  // Cinematographer
+    {{274065, 7}, TagType::string, none, 0, 0, 0},  // Country
+    {{518, 9}, TagType::string, none, 0, 0, 0},  // Copyright
+    {{3839, 11}, TagType::string, none, 0, 0, 0},  // DateCreated
+    {{274072, 7}, TagType::string, none, 0, 0, 0},  // Cropped
+    {{2969, 10}, TagType::string, none, 0, 0, 0},  // Dimensions
+    {{274079, 11}, TagType::string, none, 0, 0, 0},  // DotsPerInch
+    {{274090, 13}, TagType::string, none, 0, 0, 0},  // DistributedBy
+    {{274103, 8}, TagType::string, none, 0, 0, 0},  // EditedBy
+    {{274111, 8}, TagType::string, none, 0, 0, 0},  // Engineer
+    {{4585, 8}, TagType::string, none, 0, 0, 0},  // Keywords
+    {{274119, 9}, TagType::string, none, 0, 0, 0},  // Lightness
+    {{274128, 7}, TagType::string, none, 0, 0, 0},  // LogoURL
+    {{274135, 11}, TagType::string, none, 0, 0, 0},  // LogoIconURL
+    {{1688, 8}, TagType::string, none, 0, 0, 0},  // Language
+    {{274146, 19}, TagType::string, none, 0, 0, 0},  // MoreInfoBannerImage
+    {{274165, 17}, TagType::string, none, 0, 0, 0},  // MoreInfoBannerURL
+    {{274182, 6}, TagType::string, none, 0, 0, 0},  // Medium
+    {{274188, 12}, TagType::string, none, 0, 0, 0},  // MoreInfoText
+    {{274200, 11}, TagType::string, none, 0, 0, 0},  // MoreInfoURL
+    {{274211, 7}, TagType::string, none, 0, 0, 0},  // MusicBy
+    {{73, 5}, TagType::string, none, 0, 0, 0},  // Title
+    {{274218, 18}, TagType::string, none, 0, 0, 0},  // ProductionDesigner
+    {{274236, 9}, TagType::string, none, 0, 0, 0},  // NumColors
+    {{9381, 7}, TagType::string, none, 0, 0, 0},  // Product
+    {{274245, 10}, TagType::string, none, 0, 0, 0},  // ProducedBy
+    {{274255, 8}, TagType::string, none, 0, 0, 0},  // RippedBy
+    {{3212, 6}, TagType::string, none, 0, 0, 0},  // Rating
+    {{1202, 7}, TagType::string, none, 0, 0, 0},  // Subject
+    {{8926, 8}, TagType::string, none, 0, 0, 0},  // Software
+    {{274263, 14}, TagType::string, none, 0, 0, 0},  // SecondaryGenre
+    {{274277, 9}, TagType::string, none, 0, 0, 0},  // Sharpness
+    {{3232, 6}, TagType::string, none, 0, 0, 0},  // Source
+    {{274286, 10}, TagType::string, none, 0, 0, 0},  // SourceForm
+    {{274296, 16}, TagType::string, none, 0, 0, 0},  // ProductionStudio
+    {{274312, 8}, TagType::string, none, 0, 0, 0},  // Starring
+    {{274320, 10}, TagType::string, none, 0, 0, 0},  // Technician
+    {{1869, 11}, TagType::string, none, 0, 0, 0},  // TrackNumber
+    {{274330, 12}, TagType::string, none, 0, 0, 0},  // WatermarkURL
+    {{274342, 9}, TagType::string, none, 0, 0, 0},  // WrittenBy
+    {{777, 8}, TagType::string, none, 0, 0, 0},  // Location
+    {{274351, 4}, TagType::string, none, 0, 0, 0},  // Part
+    {{274355, 13}, TagType::string, none, 0, 0, 0},  // NumberOfParts
+    {{274368, 4}, TagType::string, none, 0, 0, 0},  // Rate
+    {{274372, 10}, TagType::string, none, 0, 0, 2},  // Statistics
+    {{274382, 8}, TagType::string, none, 0, 0, 0},  // TapeName
+    {{274390, 11}, TagType::string, none, 0, 0, 0},  // EndTimecode
+    {{11642, 13}, TagType::string, none, 0, 0, 0},  // StartTimecode
+    {{12812, 6}, TagType::string, none, 0, 0, 0},  // Length
+    {{274401, 12}, TagType::string, none, 0, 0, 0},  // Organization
+    {{2918, 3}, TagType::string, none, 0, 0, 0},  // URL
+    {{8948, 7}, TagType::string, none, 0, 0, 0},  // Version
+    {{274413, 17}, TagType::string, none, 0, 0, 0},  // VegasVersionMajor
+    {{274430, 17}, TagType::string, none, 0, 0, 0},  // VegasVersionMinor
+    {{78, 4}, TagType::string, none, 0, 0, 0},  // Year
+    {{274447, 13}, TagType::int8s, none, 0, 0, 0},  // UnshiftedNote
+    {{274460, 8}, TagType::int8s, none, 0, 0, 0},  // FineTune
+    {{274468, 4}, TagType::int8s, none, 0, 0, 0},  // Gain
+    {{274472, 7}, TagType::int8s, none, 0, 0, 0},  // LowNote
+    {{274479, 8}, TagType::int8s, none, 0, 0, 0},  // HighNote
+    {{274487, 11}, TagType::int8s, none, 0, 0, 0},  // LowVelocity
+    {{274498, 12}, TagType::int8s, none, 0, 0, 0},  // HighVelocity
+    {{274510, 11}, TagType::string, binary, 0, 0, 0},  // UnknownEXIF
+    {{274521, 8}, TagType::string, none, 0, 0, 0},  // TextJunk
+    {{274529, 6}, TagType::string, binary, 0, 0, 0},  // OldXMP
+    {{274535, 4}, TagType::string, none, 0, 0, 0},  // Afsp
+    {{274539, 9}, TagType::string, binary, 0, 0, 0},  // CuePoints
+    {{274548, 15}, TagType::string, none, 0, 0, 0},  // NumberOfSamples
+    {{274563, 5}, TagType::string, none, 0, 0, 0},  // Guano
+    {{274568, 13}, TagType::string, none, 0, 0, 0},  // CuePointLabel
+    {{274581, 8}, TagType::string, none, 0, 0, 0},  // ListType
+    {{274589, 11}, TagType::string, none, 0, 0, 0},  // LabeledText
+    {{274600, 12}, TagType::string, none, 0, 0, 0},  // CuePointNote
+    {{274612, 8}, TagType::string, binary, 0, 0, 0},  // Playlist
+    {{6486, 4}, TagType::string, none, 0, 0, 0},  // Text
+    {{274620, 12}, TagType::int32u, none, 0, 0, 0},  // Manufacturer
+    {{274632, 12}, TagType::int32u, none, 0, 0, 0},  // SamplePeriod
+    {{274644, 13}, TagType::int32u, none, 0, 0, 0},  // MIDIUnityNote
+    {{274657, 17}, TagType::int32u, none, 0, 0, 0},  // MIDIPitchFraction
+    {{274674, 11}, TagType::int32u, none, 0, 278, 5},  // SMPTEFormat
+    {{274685, 11}, TagType::int32u, none, 0, 0, 0},  // SMPTEOffset
+    {{274696, 14}, TagType::int32u, none, 0, 0, 0},  // NumSampleLoops
+    {{274710, 14}, TagType::int32u, none, 0, 0, 0},  // SamplerDataLen
+    {{274724, 11}, TagType::string, binary, 0, 0, 0},  // SamplerData
+    {{274735, 10}, TagType::string, none, 0, 0, 0},  // TextFormat
+    {{274745, 10}, TagType::string, none, 0, 0, 0},  // StreamName
+    {{274755, 10}, TagType::string, none, 0, 0, 0},  // VendorName
+    {{274765, 11}, TagType::string, none, 0, 0, 0},  // UnknownData
+    {{274776, 10}, TagType::string, none, 4, 283, 5},  // StreamType
+    {{4867, 10}, TagType::string, none, 4, 0, 0},  // AudioCodec
+    {{12121, 10}, TagType::string, none, 4, 0, 0},  // VideoCodec
+    {{274786, 5}, TagType::string, none, 4, 0, 0},  // Codec
+    {{3043, 15}, TagType::rational64u, none, 0, 0, 0},  // AudioSampleRate
+    {{1900, 14}, TagType::rational64u, none, 0, 0, 0},  // VideoFrameRate
+    {{274791, 16}, TagType::rational64u, none, 0, 0, 0},  // StreamSampleRate
+    {{274807, 16}, TagType::int32u, none, 0, 0, 0},  // AudioSampleCount
+    {{274823, 15}, TagType::int32u, none, 0, 0, 0},  // VideoFrameCount
+    {{274838, 17}, TagType::int32u, none, 0, 0, 0},  // StreamSampleCount
+    {{274855, 7}, TagType::int32u, none, 0, 0, 0},  // Quality
+    {{274862, 10}, TagType::int32u, none, 0, 0, 0},  // SampleSize
+    {{6447, 11}, TagType::int32u, none, 0, 0, 0},  // GPSAltitude
+    {{10462, 13}, TagType::float_, none, 3, 0, 0},  // Accelerometer
+    {{6458, 8}, TagType::float_, none, 0, 0, 0},  // GPSSpeed
+    {{6424, 11}, TagType::float_, none, 0, 0, 0},  // GPSLatitude
+    {{6435, 12}, TagType::float_, none, 0, 0, 0},  // GPSLongitude
+    {{10576, 11}, TagType::int32u, none, 0, 0, 0},  // GPSDateTime
+    {{274872, 10}, TagType::int8u, none, 0, 2, 4},  // VP8Version
+    {{274882, 15}, TagType::int16u, none, 0, 0, 0},  // HorizontalScale
+    {{274897, 13}, TagType::int16u, none, 0, 0, 0},  // VerticalScale
+    {{274910, 10}, TagType::int32u, none, 0, 288, 5},  // WebP_Flags
 };
 constexpr detail::TextRef kChoicesRIFF[] = {
     {12915, 1}, {12916, 1}, {12915, 1}, {12916, 1}, {12923, 1}, {21291, 1}, {12916, 1}, {12923, 1},
@@ -12642,18 +12642,17 @@ constexpr std::uint16_t kKeyOrderRIFF[] = {
     177, 107, 122,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsRIFF[178];
-constinit detail::StreamTags gTagsRIFF("RIFF", kText, kTagsRIFF, kKeyOrderRIFF, kChoicesRIFF, gItemsRIFF, &TagStringsCatalogue::stringsRIFF);
 
 // RSRC: 6 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsRSRC[] = {
-    {{290732, 21}, TagType::string, 0, 0, 0, 0},  // ApplicationMissingMsg
-    {{290753, 18}, TagType::string, 0, 0, 0, 0},  // CreatorApplication
-    {{4585, 8}, TagType::string, 0, 0, 0, 0},  // Keywords
-    {{629, 11}, TagType::string, 0, 0, 0, 0},  // Description
-    {{290771, 19}, TagType::string, 0, 0, 0, 0},  // OpenWithApplication
-    {{290790, 18}, TagType::string, 0, 0, 0, 0},  // ApplicationVersion
+    {{290732, 21}, TagType::string, none, 0, 0, 0},  // ApplicationMissingMsg
+    {{290753, 18}, TagType::string, none, 0, 0, 0},  // CreatorApplication
+    {{4585, 8}, TagType::string, none, 0, 0, 0},  // Keywords
+    {{629, 11}, TagType::string, none, 0, 0, 0},  // Description
+    {{290771, 19}, TagType::string, none, 0, 0, 0},  // OpenWithApplication
+    {{290790, 18}, TagType::string, none, 0, 0, 0},  // ApplicationVersion
 };
 constexpr detail::StringRow kStringsEnglishRSRC[] = {
     {{290808, 26}, {290834, 23}},
@@ -12692,9 +12691,16 @@ constexpr std::uint16_t kKeyOrderRSRC[] = {
     0, 5, 1, 3, 2, 4,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsRSRC[6];
-constinit detail::StreamTags gTagsRSRC("RSRC", kText, kTagsRSRC, kKeyOrderRSRC, {}, gItemsRSRC, &TagStringsCatalogue::stringsRSRC);
 
 }  // namespace
+
+// Each stream's tags, which the catalogue's index finds them by.
+namespace detail {
+constinit StreamTags gTagsQuickTime("QuickTime", kText, kTagsQuickTime, kKeyOrderQuickTime, kChoicesQuickTime, gItemsQuickTime, &TagStringsCatalogue::stringsQuickTime);
+constinit StreamTags gTagsRAF("RAF", kText, kTagsRAF, kKeyOrderRAF, {}, gItemsRAF, &TagStringsCatalogue::stringsRAF);
+constinit StreamTags gTagsRIFF("RIFF", kText, kTagsRIFF, kKeyOrderRIFF, kChoicesRIFF, gItemsRIFF, &TagStringsCatalogue::stringsRIFF);
+constinit StreamTags gTagsRSRC("RSRC", kText, kTagsRSRC, kKeyOrderRSRC, {}, gItemsRSRC, &TagStringsCatalogue::stringsRSRC);
+}  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsQuickTime() {
   return gStringsQuickTime.strings(&TagStringsCatalogue::stringTableQuickTime);
@@ -12703,1042 +12709,1042 @@ TagStringTable TagStringsCatalogue::stringTableQuickTime(ETLanguage language) {
   return gStringsQuickTime.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue29::allStreamsQuickTime() {
-  return gTagsQuickTime.all();
+  return detail::gTagsQuickTime.all();
 }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeCoverArt() { return gTagsQuickTime.item(0); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeCoverArtType() { return gTagsQuickTime.item(1); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAlbumArtist() { return gTagsQuickTime.item(2); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAlbum() { return gTagsQuickTime.item(3); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeArtist() { return gTagsQuickTime.item(4); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeComment() { return gTagsQuickTime.item(5); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeGenre() { return gTagsQuickTime.item(6); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSubtitle() { return gTagsQuickTime.item(7); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeCreatorTool() { return gTagsQuickTime.item(8); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeTitle() { return gTagsQuickTime.item(9); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeYear() { return gTagsQuickTime.item(10); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeiTunesMediaType() { return gTagsQuickTime.item(11); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeChapterName() { return gTagsQuickTime.item(12); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeChapterNumber() { return gTagsQuickTime.item(13); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSphericalVideoXML() { return gTagsQuickTime.item(14); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAbstract() { return gTagsQuickTime.item(15); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAcquisitionTime() { return gTagsQuickTime.item(16); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAcquisitionTimeDay() { return gTagsQuickTime.item(17); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAcquisitionTimeMonth() { return gTagsQuickTime.item(18); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAcquisitionTimeYear() { return gTagsQuickTime.item(19); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAcquisitionTimeYearMonth() { return gTagsQuickTime.item(20); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAcquisitionTimeYearMonthDay() { return gTagsQuickTime.item(21); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAlbumArtistSortOrder() { return gTagsQuickTime.item(22); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAlbumID() { return gTagsQuickTime.item(23); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAlbumIDAlbumArtist() { return gTagsQuickTime.item(24); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAlbumTitleSortOrder() { return gTagsQuickTime.item(25); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAlternateSourceURL() { return gTagsQuickTime.item(26); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAudioBitrate() { return gTagsQuickTime.item(27); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAudioFormat() { return gTagsQuickTime.item(28); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAuthor() { return gTagsQuickTime.item(29); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAuthorSortOrder() { return gTagsQuickTime.item(30); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAverageLevel() { return gTagsQuickTime.item(31); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeBitrate() { return gTagsQuickTime.item(32); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeBuyNow() { return gTagsQuickTime.item(33); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeBuyTickets() { return gTagsQuickTime.item(34); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeCDTrackEnabled() { return gTagsQuickTime.item(35); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeCallLetters() { return gTagsQuickTime.item(36); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeCameraManufacturer() { return gTagsQuickTime.item(37); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeCameraModel() { return gTagsQuickTime.item(38); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeChannels() { return gTagsQuickTime.item(39); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeContentDistributorDuration() { return gTagsQuickTime.item(40); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeCopyright() { return gTagsQuickTime.item(41); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeCount() { return gTagsQuickTime.item(42); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeCurrentBitrate() { return gTagsQuickTime.item(43); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDLNAServerUDN() { return gTagsQuickTime.item(44); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDLNASourceURI() { return gTagsQuickTime.item(45); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDRMIndividualizedVersion() { return gTagsQuickTime.item(46); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDRMKeyID() { return gTagsQuickTime.item(47); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDTCPIPHost() { return gTagsQuickTime.item(48); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDTCPIPPort() { return gTagsQuickTime.item(49); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDVDID() { return gTagsQuickTime.item(50); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDescription() { return gTagsQuickTime.item(51); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDisplayArtist() { return gTagsQuickTime.item(52); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDuration() { return gTagsQuickTime.item(53); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeEvent() { return gTagsQuickTime.item(54); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFileSize() { return gTagsQuickTime.item(55); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFileType() { return gTagsQuickTime.item(56); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFormatTag() { return gTagsQuickTime.item(57); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFourCC() { return gTagsQuickTime.item(58); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFrameRate() { return gTagsQuickTime.item(59); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFrequency() { return gTagsQuickTime.item(60); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeIsNetworkFeed() { return gTagsQuickTime.item(61); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeIsVBR() { return gTagsQuickTime.item(62); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeIsProtected() { return gTagsQuickTime.item(63); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeLeadPerformer() { return gTagsQuickTime.item(64); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeLibraryID() { return gTagsQuickTime.item(65); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeLibraryName() { return gTagsQuickTime.item(66); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeLocation() { return gTagsQuickTime.item(67); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeMediaContentTypes() { return gTagsQuickTime.item(68); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeMediaType() { return gTagsQuickTime.item(69); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeModifiedBy() { return gTagsQuickTime.item(70); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeMoreInfo() { return gTagsQuickTime.item(71); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimePartOfSet() { return gTagsQuickTime.item(72); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimePeakValue() { return gTagsQuickTime.item(73); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimePixelAspectRatioX() { return gTagsQuickTime.item(74); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimePixelAspectRatioY() { return gTagsQuickTime.item(75); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimePlaylistIndex() { return gTagsQuickTime.item(76); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeProvider() { return gTagsQuickTime.item(77); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeProviderLogoURL() { return gTagsQuickTime.item(78); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeProviderURL() { return gTagsQuickTime.item(79); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeRadioBand() { return gTagsQuickTime.item(80); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeRadioFormat() { return gTagsQuickTime.item(81); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeRatingOrg() { return gTagsQuickTime.item(82); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeRecordingTime() { return gTagsQuickTime.item(83); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeRecordingTimeDay() { return gTagsQuickTime.item(84); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeRecordingTimeMonth() { return gTagsQuickTime.item(85); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeRecordingTimeYear() { return gTagsQuickTime.item(86); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeRecordingTimeYearMonth() { return gTagsQuickTime.item(87); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeRecordingTimeYearMonthDay() { return gTagsQuickTime.item(88); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeReleaseDate() { return gTagsQuickTime.item(89); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeReleaseDateDay() { return gTagsQuickTime.item(90); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeReleaseDateMonth() { return gTagsQuickTime.item(91); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeReleaseDateYear() { return gTagsQuickTime.item(92); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeReleaseDateYearMonth() { return gTagsQuickTime.item(93); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeReleaseDateYearMonthDay() { return gTagsQuickTime.item(94); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeRequestState() { return gTagsQuickTime.item(95); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeShadowFilePath() { return gTagsQuickTime.item(96); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSourceURL() { return gTagsQuickTime.item(97); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSubject() { return gTagsQuickTime.item(98); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync01() { return gTagsQuickTime.item(99); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync02() { return gTagsQuickTime.item(100); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync03() { return gTagsQuickTime.item(101); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync04() { return gTagsQuickTime.item(102); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync05() { return gTagsQuickTime.item(103); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync06() { return gTagsQuickTime.item(104); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync07() { return gTagsQuickTime.item(105); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync08() { return gTagsQuickTime.item(106); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync09() { return gTagsQuickTime.item(107); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync10() { return gTagsQuickTime.item(108); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync11() { return gTagsQuickTime.item(109); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync12() { return gTagsQuickTime.item(110); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync13() { return gTagsQuickTime.item(111); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync14() { return gTagsQuickTime.item(112); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync15() { return gTagsQuickTime.item(113); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync16() { return gTagsQuickTime.item(114); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSyncOnly() { return gTagsQuickTime.item(115); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSyncState() { return gTagsQuickTime.item(116); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeTemporary() { return gTagsQuickTime.item(117); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeTitleSortOrder() { return gTagsQuickTime.item(118); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeTotalDuration() { return gTagsQuickTime.item(119); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeTrackingID() { return gTagsQuickTime.item(120); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserCustom1() { return gTagsQuickTime.item(121); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserCustom2() { return gTagsQuickTime.item(122); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserEffectiveRating() { return gTagsQuickTime.item(123); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserLastPlayedTime() { return gTagsQuickTime.item(124); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserPlayCount() { return gTagsQuickTime.item(125); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserPlaycountAfternoon() { return gTagsQuickTime.item(126); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserPlaycountEvening() { return gTagsQuickTime.item(127); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserPlaycountMorning() { return gTagsQuickTime.item(128); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserPlaycountNight() { return gTagsQuickTime.item(129); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserPlaycountWeekday() { return gTagsQuickTime.item(130); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserPlaycountWeekend() { return gTagsQuickTime.item(131); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserRating() { return gTagsQuickTime.item(132); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserServiceRating() { return gTagsQuickTime.item(133); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeVideoBitrate() { return gTagsQuickTime.item(134); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeVideoFormat() { return gTagsQuickTime.item(135); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeBeatsPerMinute() { return gTagsQuickTime.item(136); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeContentDistributorType() { return gTagsQuickTime.item(137); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeContentGroupDescription() { return gTagsQuickTime.item(138); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeEncodingTime() { return gTagsQuickTime.item(139); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeGenreID() { return gTagsQuickTime.item(140); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeLanguage() { return gTagsQuickTime.item(141); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeLyrics() { return gTagsQuickTime.item(142); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeMCDI() { return gTagsQuickTime.item(143); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeMediaOriginalBroadcastDateTime() { return gTagsQuickTime.item(144); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeMediaOriginalChannel() { return gTagsQuickTime.item(145); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeMediaStationName() { return gTagsQuickTime.item(146); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeProtectionType() { return gTagsQuickTime.item(147); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeProviderRating() { return gTagsQuickTime.item(148); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeProviderStyle() { return gTagsQuickTime.item(149); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSharedUserRating() { return gTagsQuickTime.item(150); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSubtitleDescription() { return gTagsQuickTime.item(151); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSubscriptionContentID() { return gTagsQuickTime.item(152); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeTrackNumber() { return gTagsQuickTime.item(153); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeUniqueFileIdentifier() { return gTagsQuickTime.item(154); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeVideoFrameRate() { return gTagsQuickTime.item(155); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeVideoHeight() { return gTagsQuickTime.item(156); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeVideoWidth() { return gTagsQuickTime.item(157); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeWMCollectionGroupID() { return gTagsQuickTime.item(158); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeWMCollectionID() { return gTagsQuickTime.item(159); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeWMContentID() { return gTagsQuickTime.item(160); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeWMShadowFileSourceDRMType() { return gTagsQuickTime.item(161); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeWMShadowFileSourceFileType() { return gTagsQuickTime.item(162); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeChapterNum() { return gTagsQuickTime.item(163); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeTitleNum() { return gTagsQuickTime.item(164); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeResources() { return gTagsQuickTime.item(165); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeComplete() { return gTagsQuickTime.item(166); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeHomeCountry_Region() { return gTagsQuickTime.item(167); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeTaskOwner() { return gTagsQuickTime.item(168); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeMaxAperture() { return gTagsQuickTime.item(169); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeOptionalAttendees() { return gTagsQuickTime.item(170); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeHomeStreet() { return gTagsQuickTime.item(171); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeRequiredAttendeeAddresses() { return gTagsQuickTime.item(172); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSenderAddress() { return gTagsQuickTime.item(173); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFileVersion() { return gTagsQuickTime.item(174); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeProductName() { return gTagsQuickTime.item(175); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeProductVersion() { return gTagsQuickTime.item(176); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeLegalTrademarks() { return gTagsQuickTime.item(177); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSenderName() { return gTagsQuickTime.item(178); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeParentalRatingReason() { return gTagsQuickTime.item(179); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFirstName() { return gTagsQuickTime.item(180); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDateImported() { return gTagsQuickTime.item(181); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeCameraMaker() { return gTagsQuickTime.item(182); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeOrientation() { return gTagsQuickTime.item(183); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeExposureTime() { return gTagsQuickTime.item(184); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeF_stop() { return gTagsQuickTime.item(185); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeExposureProgram() { return gTagsQuickTime.item(186); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeISOSpeed() { return gTagsQuickTime.item(187); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDatePictureTaken() { return gTagsQuickTime.item(188); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeExposureBias() { return gTagsQuickTime.item(189); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSubjectDistance() { return gTagsQuickTime.item(190); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeMeteringMode() { return gTagsQuickTime.item(191); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeLightSource() { return gTagsQuickTime.item(192); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFlashMode() { return gTagsQuickTime.item(193); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFocalLength() { return gTagsQuickTime.item(194); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeHomePhone() { return gTagsQuickTime.item(195); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimePrimaryPhone() { return gTagsQuickTime.item(196); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeCellPhone() { return gTagsQuickTime.item(197); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeBirthday() { return gTagsQuickTime.item(198); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimePrimaryE_mail() { return gTagsQuickTime.item(199); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeJobTitle() { return gTagsQuickTime.item(200); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeHomeCity() { return gTagsQuickTime.item(201); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimePersonalTitle() { return gTagsQuickTime.item(202); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeOfficeLocation() { return gTagsQuickTime.item(203); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeGivenName() { return gTagsQuickTime.item(204); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeMiddleName() { return gTagsQuickTime.item(205); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSuffix() { return gTagsQuickTime.item(206); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeNickname() { return gTagsQuickTime.item(207); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimePostalCode() { return gTagsQuickTime.item(208); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeStationName() { return gTagsQuickTime.item(209); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDivision() { return gTagsQuickTime.item(210); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeKinds() { return gTagsQuickTime.item(211); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeClientID() { return gTagsQuickTime.item(212); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeType() { return gTagsQuickTime.item(213); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFileCount() { return gTagsQuickTime.item(214); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeTotalFileSize() { return gTagsQuickTime.item(215); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeComputer() { return gTagsQuickTime.item(216); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimePerceivedType() { return gTagsQuickTime.item(217); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeMediaCreated() { return gTagsQuickTime.item(218); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeIsRecurring() { return gTagsQuickTime.item(219); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeIncomplete() { return gTagsQuickTime.item(220); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeE_mail2() { return gTagsQuickTime.item(221); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeProject() { return gTagsQuickTime.item(222); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeGender() { return gTagsQuickTime.item(223); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDueDate() { return gTagsQuickTime.item(224); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeBusinessCity() { return gTagsQuickTime.item(225); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeWindowsFileName() { return gTagsQuickTime.item(226); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDateArchived() { return gTagsQuickTime.item(227); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeBusinessStateOrProvince() { return gTagsQuickTime.item(228); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeBroadcastDate() { return gTagsQuickTime.item(229); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeColor() { return gTagsQuickTime.item(230); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeStartDate() { return gTagsQuickTime.item(231); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSaturation() { return gTagsQuickTime.item(232); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSearchRanking() { return gTagsQuickTime.item(233); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeOtherAddress() { return gTagsQuickTime.item(234); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAutoSummary() { return gTagsQuickTime.item(235); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSummary() { return gTagsQuickTime.item(236); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeBusinessHomePage() { return gTagsQuickTime.item(237); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeInitialKey() { return gTagsQuickTime.item(238); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeBeats_per_minute() { return gTagsQuickTime.item(239); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeConductors() { return gTagsQuickTime.item(240); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeMood() { return gTagsQuickTime.item(241); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAlbumTitle() { return gTagsQuickTime.item(242); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFree_busyStatus() { return gTagsQuickTime.item(243); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeURL() { return gTagsQuickTime.item(244); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDateVisited() { return gTagsQuickTime.item(245); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeIsDeleted() { return gTagsQuickTime.item(246); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeHasFlag() { return gTagsQuickTime.item(247); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeHobbies() { return gTagsQuickTime.item(248); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFullName() { return gTagsQuickTime.item(249); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeStreet() { return gTagsQuickTime.item(250); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDimensions() { return gTagsQuickTime.item(251); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeUntitled0() { return gTagsQuickTime.item(252); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeUntitled1() { return gTagsQuickTime.item(253); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeHorizontalResolution() { return gTagsQuickTime.item(254); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeVerticalResolution() { return gTagsQuickTime.item(255); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeBitDepth() { return gTagsQuickTime.item(256); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAudioSampleRate() { return gTagsQuickTime.item(257); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAudioSampleSize() { return gTagsQuickTime.item(258); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeVideoCompression() { return gTagsQuickTime.item(259); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFrameWidth() { return gTagsQuickTime.item(260); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFrameHeight() { return gTagsQuickTime.item(261); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeTotalBitrate() { return gTagsQuickTime.item(262); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDataRate() { return gTagsQuickTime.item(263); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeComposers() { return gTagsQuickTime.item(264); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDirectors() { return gTagsQuickTime.item(265); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeParentalRating() { return gTagsQuickTime.item(266); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeProducers() { return gTagsQuickTime.item(267); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeWriters() { return gTagsQuickTime.item(268); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimePublisher() { return gTagsQuickTime.item(269); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimePeriod() { return gTagsQuickTime.item(270); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserWebURL() { return gTagsQuickTime.item(271); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeEncodedBy() { return gTagsQuickTime.item(272); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeRating() { return gTagsQuickTime.item(273); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeE_mail3() { return gTagsQuickTime.item(274); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeHomeFax() { return gTagsQuickTime.item(275); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSource() { return gTagsQuickTime.item(276); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFlagColor() { return gTagsQuickTime.item(277); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeBusinessPhone() { return gTagsQuickTime.item(278); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeProgramMode() { return gTagsQuickTime.item(279); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeOfflineStatus() { return gTagsQuickTime.item(280); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeClosedCaptioning() { return gTagsQuickTime.item(281); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeRerun() { return gTagsQuickTime.item(282); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSAP() { return gTagsQuickTime.item(283); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeEpisodeName() { return gTagsQuickTime.item(284); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeProgramDescription() { return gTagsQuickTime.item(285); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeStationCallSign() { return gTagsQuickTime.item(286); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeChannelNumber() { return gTagsQuickTime.item(287); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeOtherCity() { return gTagsQuickTime.item(288); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeOtherStateOrProvince() { return gTagsQuickTime.item(289); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeProfession() { return gTagsQuickTime.item(290); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDateCompleted() { return gTagsQuickTime.item(291); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeReminderTime() { return gTagsQuickTime.item(292); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeBusinessAddress() { return gTagsQuickTime.item(293); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeOrganizerAddress() { return gTagsQuickTime.item(294); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeHomePOBox() { return gTagsQuickTime.item(295); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeE_mailList() { return gTagsQuickTime.item(296); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeCompanyMainPhone() { return gTagsQuickTime.item(297); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeHomePostalCode() { return gTagsQuickTime.item(298); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeOtherPOBox() { return gTagsQuickTime.item(299); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeOtherCountry_Region() { return gTagsQuickTime.item(300); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeLastName() { return gTagsQuickTime.item(301); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeCarPhone() { return gTagsQuickTime.item(302); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeBusinessFax() { return gTagsQuickTime.item(303); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeEntryType() { return gTagsQuickTime.item(304); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeOtherPostalCode() { return gTagsQuickTime.item(305); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeLabel() { return gTagsQuickTime.item(306); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeHomeAddress() { return gTagsQuickTime.item(307); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAssistantsPhone() { return gTagsQuickTime.item(308); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAnniversary() { return gTagsQuickTime.item(309); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeOwner() { return gTagsQuickTime.item(310); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSpaceFree() { return gTagsQuickTime.item(311); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeTotalSize() { return gTagsQuickTime.item(312); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSpaceUsed() { return gTagsQuickTime.item(313); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimePriority() { return gTagsQuickTime.item(314); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeHasAttachments() { return gTagsQuickTime.item(315); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSpouse() { return gTagsQuickTime.item(316); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFocalLength35mm() { return gTagsQuickTime.item(317); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeIsCompleted() { return gTagsQuickTime.item(318); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeOfflineAvailability() { return gTagsQuickTime.item(319); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeOrganizerName() { return gTagsQuickTime.item(320); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeTTY_TTDPhone() { return gTagsQuickTime.item(321); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeProtected() { return gTagsQuickTime.item(322); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeBusinessCountry_Region() { return gTagsQuickTime.item(323); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeRequiredAttendees() { return gTagsQuickTime.item(324); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeName() { return gTagsQuickTime.item(325); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSize() { return gTagsQuickTime.item(326); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAttributes() { return gTagsQuickTime.item(327); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDateModified() { return gTagsQuickTime.item(328); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDateCreated() { return gTagsQuickTime.item(329); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDateAccessed() { return gTagsQuickTime.item(330); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFolderName() { return gTagsQuickTime.item(331); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeLinkTarget() { return gTagsQuickTime.item(332); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeLinkStatus() { return gTagsQuickTime.item(333); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeBusinessPOBox() { return gTagsQuickTime.item(334); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeToDoTitle() { return gTagsQuickTime.item(335); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeCallbackNumber() { return gTagsQuickTime.item(336); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeIsOnline() { return gTagsQuickTime.item(337); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeMailingAddress() { return gTagsQuickTime.item(338); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeTelex() { return gTagsQuickTime.item(339); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeEndDate() { return gTagsQuickTime.item(340); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeHomeStateOrProvince() { return gTagsQuickTime.item(341); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeCity() { return gTagsQuickTime.item(342); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeE_mailDisplayName() { return gTagsQuickTime.item(343); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAssistantsName() { return gTagsQuickTime.item(344); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeCreator() { return gTagsQuickTime.item(345); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeExifVersion() { return gTagsQuickTime.item(346); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeBillingInformation() { return gTagsQuickTime.item(347); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeChildren() { return gTagsQuickTime.item(348); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeParticipants() { return gTagsQuickTime.item(349); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeOptionalAttendeeAddresses() { return gTagsQuickTime.item(350); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeCompany() { return gTagsQuickTime.item(351); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeCategory() { return gTagsQuickTime.item(352); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeContentType() { return gTagsQuickTime.item(353); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeStatus() { return gTagsQuickTime.item(354); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSlides() { return gTagsQuickTime.item(355); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimePager() { return gTagsQuickTime.item(356); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeIMAddresses() { return gTagsQuickTime.item(357); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFolder() { return gTagsQuickTime.item(358); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeConversationID() { return gTagsQuickTime.item(359); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeBusinessStreet() { return gTagsQuickTime.item(360); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDateReleased() { return gTagsQuickTime.item(361); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimePOBox() { return gTagsQuickTime.item(362); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeContactNames() { return gTagsQuickTime.item(363); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDocumentID() { return gTagsQuickTime.item(364); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeLensModel() { return gTagsQuickTime.item(365); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeBusinessPostalCode() { return gTagsQuickTime.item(366); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeReadStatus() { return gTagsQuickTime.item(367); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeImportance() { return gTagsQuickTime.item(368); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFlagStatus() { return gTagsQuickTime.item(369); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFromAddresses() { return gTagsQuickTime.item(370); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFromNames() { return gTagsQuickTime.item(371); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeStore() { return gTagsQuickTime.item(372); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeToAddresses() { return gTagsQuickTime.item(373); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeToNames() { return gTagsQuickTime.item(374); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeWebpage() { return gTagsQuickTime.item(375); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDateSent() { return gTagsQuickTime.item(376); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeBccAddresses() { return gTagsQuickTime.item(377); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDateReceived() { return gTagsQuickTime.item(378); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAttachments() { return gTagsQuickTime.item(379); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeBccNames() { return gTagsQuickTime.item(380); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeCcAddresses() { return gTagsQuickTime.item(381); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeCcNames() { return gTagsQuickTime.item(382); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFolderPath() { return gTagsQuickTime.item(383); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimePath() { return gTagsQuickTime.item(384); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAccountName() { return gTagsQuickTime.item(385); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeCountry_Region() { return gTagsQuickTime.item(386); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeLensMaker() { return gTagsQuickTime.item(387); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeWhiteBalance() { return gTagsQuickTime.item(388); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeShared() { return gTagsQuickTime.item(389); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSharedWith() { return gTagsQuickTime.item(390); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeStateOrProvince() { return gTagsQuickTime.item(391); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeFileAs() { return gTagsQuickTime.item(392); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeIsAttachment() { return gTagsQuickTime.item(393); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeTotalEditingTime() { return gTagsQuickTime.item(394); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeLastPrinted() { return gTagsQuickTime.item(395); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeUntitled2() { return gTagsQuickTime.item(396); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDateLastSaved() { return gTagsQuickTime.item(397); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimePages() { return gTagsQuickTime.item(398); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeWordCount() { return gTagsQuickTime.item(399); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeProgramName() { return gTagsQuickTime.item(400); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeKeywords() { return gTagsQuickTime.item(401); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeComments() { return gTagsQuickTime.item(402); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeContributors() { return gTagsQuickTime.item(403); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeInitials() { return gTagsQuickTime.item(404); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDate() { return gTagsQuickTime.item(405); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSensitivity() { return gTagsQuickTime.item(406); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeE_mailAddress() { return gTagsQuickTime.item(407); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeDepartment() { return gTagsQuickTime.item(408); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeMileage() { return gTagsQuickTime.item(409); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeOtherStreet() { return gTagsQuickTime.item(410); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeAV1ConfigurationVersion() { return gTagsQuickTime.item(411); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSeqProfile() { return gTagsQuickTime.item(412); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSeqLevelIdx0() { return gTagsQuickTime.item(413); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeSeqTier0() { return gTagsQuickTime.item(414); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeHighBitDepth() { return gTagsQuickTime.item(415); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeTwelveBit() { return gTagsQuickTime.item(416); }
-const TagItem& detail::TagItemCatalogue29::itemQuickTimeChromaFormat() { return gTagsQuickTime.item(417); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChromaSamplePosition() { return gTagsQuickTime.item(418); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeInitialDelaySamples() { return gTagsQuickTime.item(419); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAccelMode() { return gTagsQuickTime.item(420); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSampleTime() { return gTagsQuickTime.item(421); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAccelYPR() { return gTagsQuickTime.item(422); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeBalance() { return gTagsQuickTime.item(423); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioProfileVersion() { return gTagsQuickTime.item(424); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioTrackID() { return gTagsQuickTime.item(425); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioCodec() { return gTagsQuickTime.item(426); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioCodecInfo() { return gTagsQuickTime.item(427); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioAttributes() { return gTagsQuickTime.item(428); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioAvgBitrate() { return gTagsQuickTime.item(429); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioMaxBitrate() { return gTagsQuickTime.item(430); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioChannels() { return gTagsQuickTime.item(431); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioVendorID() { return gTagsQuickTime.item(432); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioBitsPerSample() { return gTagsQuickTime.item(433); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeBufferSize() { return gTagsQuickTime.item(434); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMaxBitrate() { return gTagsQuickTime.item(435); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAverageBitrate() { return gTagsQuickTime.item(436); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCompression() { return gTagsQuickTime.item(437); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeLayoutFlags() { return gTagsQuickTime.item(438); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioChannelTypes() { return gTagsQuickTime.item(439); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeNumChannelDescriptions() { return gTagsQuickTime.item(440); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel1Label() { return gTagsQuickTime.item(441); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel1Flags() { return gTagsQuickTime.item(442); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel1Coordinates() { return gTagsQuickTime.item(443); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel2Label() { return gTagsQuickTime.item(444); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel2Flags() { return gTagsQuickTime.item(445); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel2Coordinates() { return gTagsQuickTime.item(446); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel3Label() { return gTagsQuickTime.item(447); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel3Flags() { return gTagsQuickTime.item(448); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel3Coordinates() { return gTagsQuickTime.item(449); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel4Label() { return gTagsQuickTime.item(450); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel4Flags() { return gTagsQuickTime.item(451); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel4Coordinates() { return gTagsQuickTime.item(452); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel5Label() { return gTagsQuickTime.item(453); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel5Flags() { return gTagsQuickTime.item(454); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel5Coordinates() { return gTagsQuickTime.item(455); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel6Label() { return gTagsQuickTime.item(456); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel6Flags() { return gTagsQuickTime.item(457); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel6Coordinates() { return gTagsQuickTime.item(458); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel7Label() { return gTagsQuickTime.item(459); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel7Flags() { return gTagsQuickTime.item(460); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel7Coordinates() { return gTagsQuickTime.item(461); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel8Label() { return gTagsQuickTime.item(462); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel8Flags() { return gTagsQuickTime.item(463); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel8Coordinates() { return gTagsQuickTime.item(464); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCleanApertureWidth() { return gTagsQuickTime.item(465); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCleanApertureHeight() { return gTagsQuickTime.item(466); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCleanApertureOffsetX() { return gTagsQuickTime.item(467); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCleanApertureOffsetY() { return gTagsQuickTime.item(468); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeColorProfiles() { return gTagsQuickTime.item(469); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeColorPrimaries() { return gTagsQuickTime.item(470); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTransferCharacteristics() { return gTagsQuickTime.item(471); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMatrixCoefficients() { return gTagsQuickTime.item(472); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeVideoFullRangeFlag() { return gTagsQuickTime.item(473); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMaxContentLightLevel() { return gTagsQuickTime.item(474); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMaxPicAverageLightLevel() { return gTagsQuickTime.item(475); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeURN() { return gTagsQuickTime.item(476); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeEncoderVendor() { return gTagsQuickTime.item(477); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeEncoderVersion() { return gTagsQuickTime.item(478); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioAvailableBitRateRange() { return gTagsQuickTime.item(479); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioBitRateControlMode() { return gTagsQuickTime.item(480); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioExtendFrequencies() { return gTagsQuickTime.item(481); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioCurrentTargetBitRate() { return gTagsQuickTime.item(482); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioComponentVersion() { return gTagsQuickTime.item(483); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioAvailableNumberChannels() { return gTagsQuickTime.item(484); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioIsInitialized() { return gTagsQuickTime.item(485); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioDoesSampleRateConversion() { return gTagsQuickTime.item(486); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioMinimumDelayMode() { return gTagsQuickTime.item(487); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioMinimumNumberInputPackets() { return gTagsQuickTime.item(488); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioMinimumNumberOutputPackets() { return gTagsQuickTime.item(489); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioOutputPrecedence() { return gTagsQuickTime.item(490); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioZeroFramesPadded() { return gTagsQuickTime.item(491); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioMaximumPacketByteSize() { return gTagsQuickTime.item(492); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioRequiresPacketDescription() { return gTagsQuickTime.item(493); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioPacketFrameSize() { return gTagsQuickTime.item(494); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioCodecPrimeMethod() { return gTagsQuickTime.item(495); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioQualitySetting() { return gTagsQuickTime.item(496); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioInputBufferSize() { return gTagsQuickTime.item(497); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioUsedInputBufferSize() { return gTagsQuickTime.item(498); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioUseRecommendedSampleRate() { return gTagsQuickTime.item(499); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioVBRQuality() { return gTagsQuickTime.item(500); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioEncodingParamsVersion() { return gTagsQuickTime.item(501); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioHasVariablePacketByteSizes() { return gTagsQuickTime.item(502); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeFileProfileVersion() { return gTagsQuickTime.item(503); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeFileFunctionFlags() { return gTagsQuickTime.item(504); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMajorBrand() { return gTagsQuickTime.item(505); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMinorVersion() { return gTagsQuickTime.item(506); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCompatibleBrands() { return gTagsQuickTime.item(507); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePreviewImageWidth() { return gTagsQuickTime.item(508); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePreviewImageHeight() { return gTagsQuickTime.item(509); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePreviewImageLength() { return gTagsQuickTime.item(510); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSerialNumber() { return gTagsQuickTime.item(511); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePreviewImage() { return gTagsQuickTime.item(512); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeFusionMode() { return gTagsQuickTime.item(513); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeFusionYPR() { return gTagsQuickTime.item(514); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSMode() { return gTagsQuickTime.item(515); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSLatitude() { return gTagsQuickTime.item(516); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSLongitude() { return gTagsQuickTime.item(517); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSAltitude() { return gTagsQuickTime.item(518); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSSpeed() { return gTagsQuickTime.item(519); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSTrack() { return gTagsQuickTime.item(520); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAcceleration() { return gTagsQuickTime.item(521); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeText() { return gTagsQuickTime.item(522); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGenMediaVersion() { return gTagsQuickTime.item(523); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGenFlags() { return gTagsQuickTime.item(524); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGenGraphicsMode() { return gTagsQuickTime.item(525); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGenOpColor() { return gTagsQuickTime.item(526); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGenBalance() { return gTagsQuickTime.item(527); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGyroMode() { return gTagsQuickTime.item(528); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGyroYPR() { return gTagsQuickTime.item(529); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeHEVCConfigurationVersion() { return gTagsQuickTime.item(530); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGeneralProfileSpace() { return gTagsQuickTime.item(531); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGeneralTierFlag() { return gTagsQuickTime.item(532); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGeneralProfileIDC() { return gTagsQuickTime.item(533); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGenProfileCompatibilityFlags() { return gTagsQuickTime.item(534); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeConstraintIndicatorFlags() { return gTagsQuickTime.item(535); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGeneralLevelIDC() { return gTagsQuickTime.item(536); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMinSpatialSegmentationIDC() { return gTagsQuickTime.item(537); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeParallelismType() { return gTagsQuickTime.item(538); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeBitDepthLuma() { return gTagsQuickTime.item(539); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeBitDepthChroma() { return gTagsQuickTime.item(540); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAverageFrameRate() { return gTagsQuickTime.item(541); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeConstantFrameRate() { return gTagsQuickTime.item(542); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeNumTemporalLayers() { return gTagsQuickTime.item(543); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTemporalIDNested() { return gTagsQuickTime.item(544); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknown_slmt() { return gTagsQuickTime.item(545); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeHandlerClass() { return gTagsQuickTime.item(546); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeHandlerType() { return gTagsQuickTime.item(547); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeHandlerVendorID() { return gTagsQuickTime.item(548); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeHandlerDescription() { return gTagsQuickTime.item(549); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMaxPDUSize() { return gTagsQuickTime.item(550); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAvgPDUSize() { return gTagsQuickTime.item(551); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAvgBitrate() { return gTagsQuickTime.item(552); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeRealtimeStreamingProtocol() { return gTagsQuickTime.item(553); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeStreamingDataProtocol() { return gTagsQuickTime.item(554); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeHintFormat() { return gTagsQuickTime.item(555); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeHintTrackVersion() { return gTagsQuickTime.item(556); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMaxPacketSize() { return gTagsQuickTime.item(557); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSequenceNumberRandomOffset() { return gTagsQuickTime.item(558); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeRTPTimeScale() { return gTagsQuickTime.item(559); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTimestampRandomOffset() { return gTagsQuickTime.item(560); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeImmediateDataBytes() { return gTagsQuickTime.item(561); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeLargestPacketDuration() { return gTagsQuickTime.item(562); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMediaTrackBytes() { return gTagsQuickTime.item(563); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeRepeatedDataBytes() { return gTagsQuickTime.item(564); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMaxDataRate() { return gTagsQuickTime.item(565); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeNumPackets() { return gTagsQuickTime.item(566); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePayloadType() { return gTagsQuickTime.item(567); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeLargestPacketSize() { return gTagsQuickTime.item(568); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMaxTransmissionTime() { return gTagsQuickTime.item(569); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMinTransmissionTime() { return gTagsQuickTime.item(570); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTotalBytes() { return gTagsQuickTime.item(571); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTotalBytesNoRTPHeaders() { return gTagsQuickTime.item(572); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeModel() { return gTagsQuickTime.item(573); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeFirmware() { return gTagsQuickTime.item(574); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeParameters() { return gTagsQuickTime.item(575); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCompressorID() { return gTagsQuickTime.item(576); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeVendorID() { return gTagsQuickTime.item(577); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSourceImageWidth() { return gTagsQuickTime.item(578); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSourceImageHeight() { return gTagsQuickTime.item(579); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeXResolution() { return gTagsQuickTime.item(580); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeYResolution() { return gTagsQuickTime.item(581); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCompressorName() { return gTagsQuickTime.item(582); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeJPEGInfo() { return gTagsQuickTime.item(583); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAVCConfiguration() { return gTagsQuickTime.item(584); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeVideoFieldOrder() { return gTagsQuickTime.item(585); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGamma() { return gTagsQuickTime.item(586); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePixelAspectRatio() { return gTagsQuickTime.item(587); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeStereoscopic3D() { return gTagsQuickTime.item(588); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeImageData() { return gTagsQuickTime.item(589); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeItemInfoEntry() { return gTagsQuickTime.item(590); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeParentShortTitle() { return gTagsQuickTime.item(591); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeParentProductID() { return gTagsQuickTime.item(592); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeParentTitle() { return gTagsQuickTime.item(593); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeShortTitle() { return gTagsQuickTime.item(594); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknown_AACR() { return gTagsQuickTime.item(595); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknown_CDEK() { return gTagsQuickTime.item(596); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknown_CDET() { return gTagsQuickTime.item(597); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGUID() { return gTagsQuickTime.item(598); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAppleStoreAccountType() { return gTagsQuickTime.item(599); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAppleStoreAccount() { return gTagsQuickTime.item(600); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeArtistID() { return gTagsQuickTime.item(601); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeComposerID() { return gTagsQuickTime.item(602); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAppleStoreCatalogID() { return gTagsQuickTime.item(603); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCompilation() { return gTagsQuickTime.item(604); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeDiskNumber() { return gTagsQuickTime.item(605); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeEpisodeGlobalUniqueID() { return gTagsQuickTime.item(606); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGrouping() { return gTagsQuickTime.item(607); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGoogleHostHeader() { return gTagsQuickTime.item(608); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGooglePingMessage() { return gTagsQuickTime.item(609); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGooglePingURL() { return gTagsQuickTime.item(610); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGoogleSourceData() { return gTagsQuickTime.item(611); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGoogleStartTime() { return gTagsQuickTime.item(612); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGoogleTrackDuration() { return gTagsQuickTime.item(613); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeHDVideo() { return gTagsQuickTime.item(614); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeiTunesU() { return gTagsQuickTime.item(615); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeKeyword() { return gTagsQuickTime.item(616); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeLongDescription() { return gTagsQuickTime.item(617); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePodcast() { return gTagsQuickTime.item(618); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePerformer() { return gTagsQuickTime.item(619); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePlayGap() { return gTagsQuickTime.item(620); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeProductID() { return gTagsQuickTime.item(621); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePurchaseDate() { return gTagsQuickTime.item(622); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePodcastURL() { return gTagsQuickTime.item(623); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeRatingPercent() { return gTagsQuickTime.item(624); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeStoreDescription() { return gTagsQuickTime.item(625); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAppleStoreCountry() { return gTagsQuickTime.item(626); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeShowMovement() { return gTagsQuickTime.item(627); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSortAlbumArtist() { return gTagsQuickTime.item(628); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSortAlbum() { return gTagsQuickTime.item(629); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSortArtist() { return gTagsQuickTime.item(630); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSortComposer() { return gTagsQuickTime.item(631); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSortName() { return gTagsQuickTime.item(632); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSortShow() { return gTagsQuickTime.item(633); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTVEpisodeID() { return gTagsQuickTime.item(634); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTVEpisode() { return gTagsQuickTime.item(635); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTVNetworkName() { return gTagsQuickTime.item(636); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTVShow() { return gTagsQuickTime.item(637); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTVSeason() { return gTagsQuickTime.item(638); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeISRC() { return gTagsQuickTime.item(639); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeArtDirector() { return gTagsQuickTime.item(640); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeArranger() { return gTagsQuickTime.item(641); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeComposer() { return gTagsQuickTime.item(642); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeConductor() { return gTagsQuickTime.item(643); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeContentCreateDate() { return gTagsQuickTime.item(644); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeDirector() { return gTagsQuickTime.item(645); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMovementCount() { return gTagsQuickTime.item(646); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMovementNumber() { return gTagsQuickTime.item(647); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMovementName() { return gTagsQuickTime.item(648); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeNarrator() { return gTagsQuickTime.item(649); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeOriginalArtist() { return gTagsQuickTime.item(650); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeProducer() { return gTagsQuickTime.item(651); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSoundEngineer() { return gTagsQuickTime.item(652); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSoloist() { return gTagsQuickTime.item(653); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeEncoder() { return gTagsQuickTime.item(654); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTrack() { return gTagsQuickTime.item(655); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeWork() { return gTagsQuickTime.item(656); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeExecutiveProducer() { return gTagsQuickTime.item(657); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSCoordinates() { return gTagsQuickTime.item(658); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeItemPropertyAssociation() { return gTagsQuickTime.item(659); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAuxiliaryImageType() { return gTagsQuickTime.item(660); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCleanAperture() { return gTagsQuickTime.item(661); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeRotation() { return gTagsQuickTime.item(662); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeImageSpatialExtent() { return gTagsQuickTime.item(663); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeImagePixelDepth() { return gTagsQuickTime.item(664); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeRelativeLocation() { return gTagsQuickTime.item(665); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAuxiliaryImageRef() { return gTagsQuickTime.item(666); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeContentDescribes() { return gTagsQuickTime.item(667); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeDerivedImageRef() { return gTagsQuickTime.item(668); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeThumbnailRef() { return gTagsQuickTime.item(669); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeEncodedWith() { return gTagsQuickTime.item(670); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeApplePhotosVariationIdentifier() { return gTagsQuickTime.item(671); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeArtwork() { return gTagsQuickTime.item(672); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeFrameReadoutTime() { return gTagsQuickTime.item(673); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCameraIdentifier() { return gTagsQuickTime.item(674); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeUserCollection() { return gTagsQuickTime.item(675); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAndroidVersion() { return gTagsQuickTime.item(676); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCaptureMode() { return gTagsQuickTime.item(677); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeContentIdentifier() { return gTagsQuickTime.item(678); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCreationDate() { return gTagsQuickTime.item(679); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeDetectedFaceBounds() { return gTagsQuickTime.item(680); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeDetectedFaceID() { return gTagsQuickTime.item(681); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeDetectedFaceRollAngle() { return gTagsQuickTime.item(682); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeDetectedFaceYawAngle() { return gTagsQuickTime.item(683); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCameraDirection() { return gTagsQuickTime.item(684); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCameraMotion() { return gTagsQuickTime.item(685); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeDisplayName() { return gTagsQuickTime.item(686); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeInformation() { return gTagsQuickTime.item(687); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeLivePhotoInfo() { return gTagsQuickTime.item(688); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeLivePhotoAuto() { return gTagsQuickTime.item(689); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeLivePhotoVitalityScore() { return gTagsQuickTime.item(690); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeLivePhotoVitalityScoringVersion() { return gTagsQuickTime.item(691); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeLocationAccuracyHorizontal() { return gTagsQuickTime.item(692); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeLocationBody() { return gTagsQuickTime.item(693); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeLocationDate() { return gTagsQuickTime.item(694); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeLocationName() { return gTagsQuickTime.item(695); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeLocationNote() { return gTagsQuickTime.item(696); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeLocationRole() { return gTagsQuickTime.item(697); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMake() { return gTagsQuickTime.item(698); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeBass() { return gTagsQuickTime.item(699); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioGain() { return gTagsQuickTime.item(700); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMute() { return gTagsQuickTime.item(701); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePitchShift() { return gTagsQuickTime.item(702); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTreble() { return gTagsQuickTime.item(703); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeBrightness() { return gTagsQuickTime.item(704); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeContrast() { return gTagsQuickTime.item(705); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTint() { return gTagsQuickTime.item(706); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePlayerVersion() { return gTagsQuickTime.item(707); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSoftware() { return gTagsQuickTime.item(708); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeStillImageTime() { return gTagsQuickTime.item(709); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeVersion() { return gTagsQuickTime.item(710); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeVideoOrientation() { return gTagsQuickTime.item(711); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMagMode() { return gTagsQuickTime.item(712); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMagnetometerXYZ() { return gTagsQuickTime.item(713); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSDataList2() { return gTagsQuickTime.item(714); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeDateTimeOriginal() { return gTagsQuickTime.item(715); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePreviewPICT() { return gTagsQuickTime.item(716); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeARDroneFile() { return gTagsQuickTime.item(717); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeThumbnailImage() { return gTagsQuickTime.item(718); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeFree() { return gTagsQuickTime.item(719); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeJunk() { return gTagsQuickTime.item(720); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMediaData() { return gTagsQuickTime.item(721); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMediaDataOffset() { return gTagsQuickTime.item(722); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMediaDataSize() { return gTagsQuickTime.item(723); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMotionPhotoVideo() { return gTagsQuickTime.item(724); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeARDroneTelemetry() { return gTagsQuickTime.item(725); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSkip() { return gTagsQuickTime.item(726); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSLog() { return gTagsQuickTime.item(727); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSensorData() { return gTagsQuickTime.item(728); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeUUID_Unknown() { return gTagsQuickTime.item(729); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeWide() { return gTagsQuickTime.item(730); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMediaHeaderVersion() { return gTagsQuickTime.item(731); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMediaCreateDate() { return gTagsQuickTime.item(732); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMediaModifyDate() { return gTagsQuickTime.item(733); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMediaTimeScale() { return gTagsQuickTime.item(734); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMediaDuration() { return gTagsQuickTime.item(735); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMediaLanguageCode() { return gTagsQuickTime.item(736); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeNullMediaHeader() { return gTagsQuickTime.item(737); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeBinaryXML() { return gTagsQuickTime.item(738); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeVesperineSize() { return gTagsQuickTime.item(739); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeItemLocation() { return gTagsQuickTime.item(740); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeIPMPControl() { return gTagsQuickTime.item(741); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeItemProtection() { return gTagsQuickTime.item(742); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePrimaryItemReference() { return gTagsQuickTime.item(743); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMetaVersion() { return gTagsQuickTime.item(744); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeProductionDate() { return gTagsQuickTime.item(745); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeProduct() { return gTagsQuickTime.item(746); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTrackProperty() { return gTagsQuickTime.item(747); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTimeZone() { return gTagsQuickTime.item(748); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeModifyDate() { return gTagsQuickTime.item(749); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMetaFormat() { return gTagsQuickTime.item(750); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMetaType() { return gTagsQuickTime.item(751); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSDataList() { return gTagsQuickTime.item(752); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeInitialObjectDescriptor() { return gTagsQuickTime.item(753); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGarminGPS() { return gTagsQuickTime.item(754); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMovieFragmentSequence() { return gTagsQuickTime.item(755); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMovieHeaderVersion() { return gTagsQuickTime.item(756); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCreateDate() { return gTagsQuickTime.item(757); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTimeScale() { return gTagsQuickTime.item(758); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePreferredRate() { return gTagsQuickTime.item(759); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePreferredVolume() { return gTagsQuickTime.item(760); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMatrixStructure() { return gTagsQuickTime.item(761); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePreviewTime() { return gTagsQuickTime.item(762); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePreviewDuration() { return gTagsQuickTime.item(763); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePosterTime() { return gTagsQuickTime.item(764); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSelectionTime() { return gTagsQuickTime.item(765); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSelectionDuration() { return gTagsQuickTime.item(766); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCurrentTime() { return gTagsQuickTime.item(767); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeNextTrackID() { return gTagsQuickTime.item(768); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeOtherFormat() { return gTagsQuickTime.item(769); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePlaybackFrameRate() { return gTagsQuickTime.item(770); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeFontTable() { return gTagsQuickTime.item(771); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeOtherName() { return gTagsQuickTime.item(772); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeOriginalFileName() { return gTagsQuickTime.item(773); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeStartTime() { return gTagsQuickTime.item(774); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePreviewDate() { return gTagsQuickTime.item(775); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePreviewVersion() { return gTagsQuickTime.item(776); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePreviewAtomType() { return gTagsQuickTime.item(777); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePreviewAtomIndex() { return gTagsQuickTime.item(778); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeEndianness() { return gTagsQuickTime.item(779); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeOriginalFormat() { return gTagsQuickTime.item(780); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGSensor() { return gTagsQuickTime.item(781); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeVersionRestrictions() { return gTagsQuickTime.item(782); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMediaFlags() { return gTagsQuickTime.item(783); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeModeFlags() { return gTagsQuickTime.item(784); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePlatform() { return gTagsQuickTime.item(785); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeItemID() { return gTagsQuickTime.item(786); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeItemTool() { return gTagsQuickTime.item(787); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTransactionID() { return gTagsQuickTime.item(788); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeItemVendorID() { return gTagsQuickTime.item(789); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeRotMode() { return gTagsQuickTime.item(790); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeRotationXYZ() { return gTagsQuickTime.item(791); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChunkOffset64() { return gTagsQuickTime.item(792); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCompositionToDecodeTimelineMapping() { return gTagsQuickTime.item(793); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCompositionTimeToSample() { return gTagsQuickTime.item(794); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSamplePaddingBits() { return gTagsQuickTime.item(795); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSampleToGroup() { return gTagsQuickTime.item(796); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeIdependentAndDisposableSamples() { return gTagsQuickTime.item(797); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSampleGroupDescription() { return gTagsQuickTime.item(798); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChunkOffset() { return gTagsQuickTime.item(799); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSampleDegradationPriority() { return gTagsQuickTime.item(800); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePartialSyncSamples() { return gTagsQuickTime.item(801); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSampleToChunk() { return gTagsQuickTime.item(802); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeShadowSyncSampleTable() { return gTagsQuickTime.item(803); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSyncSampleTable() { return gTagsQuickTime.item(804); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSampleSizes() { return gTagsQuickTime.item(805); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTimeToSampleTable() { return gTagsQuickTime.item(806); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCompactSampleSizes() { return gTagsQuickTime.item(807); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSub_sampleInformation() { return gTagsQuickTime.item(808); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCertificate() { return gTagsQuickTime.item(809); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeInitializationVector() { return gTagsQuickTime.item(810); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeKeyID() { return gTagsQuickTime.item(811); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeUserName() { return gTagsQuickTime.item(812); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeUserID() { return gTagsQuickTime.item(813); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSchemeType() { return gTagsQuickTime.item(814); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSchemeVersion() { return gTagsQuickTime.item(815); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSchemeURL() { return gTagsQuickTime.item(816); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSpatialAudioVersion() { return gTagsQuickTime.item(817); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAmbisonicType() { return gTagsQuickTime.item(818); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAmbisonicOrder() { return gTagsQuickTime.item(819); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAmbisonicChannelOrdering() { return gTagsQuickTime.item(820); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAmbisonicNormalization() { return gTagsQuickTime.item(821); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAmbisonicChannels() { return gTagsQuickTime.item(822); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAmbisonicChannelMap() { return gTagsQuickTime.item(823); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAccelerometer() { return gTagsQuickTime.item(824); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAccelerometerData() { return gTagsQuickTime.item(825); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeAngularVelocity() { return gTagsQuickTime.item(826); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCameraDateTime() { return gTagsQuickTime.item(827); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCar() { return gTagsQuickTime.item(828); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeDistance() { return gTagsQuickTime.item(829); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeExposureCompensation() { return gTagsQuickTime.item(830); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeFNumber() { return gTagsQuickTime.item(831); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeFrameNumber() { return gTagsQuickTime.item(832); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSDOP() { return gTagsQuickTime.item(833); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSDateTime() { return gTagsQuickTime.item(834); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSSatellites() { return gTagsQuickTime.item(835); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSSpeedRef() { return gTagsQuickTime.item(836); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSTimeStamp() { return gTagsQuickTime.item(837); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSTrackRef() { return gTagsQuickTime.item(838); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeISO() { return gTagsQuickTime.item(839); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeJpgFromRaw() { return gTagsQuickTime.item(840); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeKiloCalories() { return gTagsQuickTime.item(841); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeRawGSensor() { return gTagsQuickTime.item(842); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSampleDateTime() { return gTagsQuickTime.item(843); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSampleDuration() { return gTagsQuickTime.item(844); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTimeCode() { return gTagsQuickTime.item(845); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknown00() { return gTagsQuickTime.item(846); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknown01() { return gTagsQuickTime.item(847); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknown02() { return gTagsQuickTime.item(848); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknown03() { return gTagsQuickTime.item(849); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeUserLabel() { return gTagsQuickTime.item(850); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeVerticalSpeed() { return gTagsQuickTime.item(851); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeVideoTimeStamp() { return gTagsQuickTime.item(852); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTextFont() { return gTagsQuickTime.item(853); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTextFace() { return gTagsQuickTime.item(854); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTextSize() { return gTagsQuickTime.item(855); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTextColor() { return gTagsQuickTime.item(856); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeBackgroundColor() { return gTagsQuickTime.item(857); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeFontName() { return gTagsQuickTime.item(858); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTomTomHL() { return gTagsQuickTime.item(859); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTomTomID() { return gTagsQuickTime.item(860); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTomTomVD() { return gTagsQuickTime.item(861); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTomTomVI() { return gTagsQuickTime.item(862); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCleanApertureDimensions() { return gTagsQuickTime.item(863); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeEncodedPixelsDimensions() { return gTagsQuickTime.item(864); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeProductionApertureDimensions() { return gTagsQuickTime.item(865); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTrackHeaderVersion() { return gTagsQuickTime.item(866); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTrackCreateDate() { return gTagsQuickTime.item(867); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTrackModifyDate() { return gTagsQuickTime.item(868); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTrackID() { return gTagsQuickTime.item(869); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTrackDuration() { return gTagsQuickTime.item(870); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeImageSizeLookahead() { return gTagsQuickTime.item(871); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTrackLayer() { return gTagsQuickTime.item(872); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTrackVolume() { return gTagsQuickTime.item(873); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeImageWidth() { return gTagsQuickTime.item(874); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeImageHeight() { return gTagsQuickTime.item(875); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChapterListTrackID() { return gTagsQuickTime.item(876); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeElementaryStreamTrack() { return gTagsQuickTime.item(877); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSoftwareVersion() { return gTagsQuickTime.item(878); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePlayAllFrames() { return gTagsQuickTime.item(879); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeSerialNumberHash() { return gTagsQuickTime.item(880); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCompressorVersion() { return gTagsQuickTime.item(881); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeFirmwareVersion() { return gTagsQuickTime.item(882); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeFieldOfView() { return gTagsQuickTime.item(883); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGoProType() { return gTagsQuickTime.item(884); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeLensSerialNumber() { return gTagsQuickTime.item(885); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeLoopStyle() { return gTagsQuickTime.item(886); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeLevelMeter() { return gTagsQuickTime.item(887); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeMakerNotePentaxUnknown() { return gTagsQuickTime.item(888); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePlayMode() { return gTagsQuickTime.item(889); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimePlaySelection() { return gTagsQuickTime.item(890); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknownTags() { return gTagsQuickTime.item(891); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeWindowLocation() { return gTagsQuickTime.item(892); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCX() { return gTagsQuickTime.item(893); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCY() { return gTagsQuickTime.item(894); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeYaw() { return gTagsQuickTime.item(895); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknown_adzc() { return gTagsQuickTime.item(896); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknown_adze() { return gTagsQuickTime.item(897); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknown_adzm() { return gTagsQuickTime.item(898); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCameraAngle() { return gTagsQuickTime.item(899); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeApertureMode() { return gTagsQuickTime.item(900); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeContentID() { return gTagsQuickTime.item(901); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeContentDistributorID() { return gTagsQuickTime.item(902); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeChapterList() { return gTagsQuickTime.item(903); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeClipFileName() { return gTagsQuickTime.item(904); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeClipID() { return gTagsQuickTime.item(905); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeClassification() { return gTagsQuickTime.item(906); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCameraID() { return gTagsQuickTime.item(907); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCollectionName() { return gTagsQuickTime.item(908); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCodeVersion() { return gTagsQuickTime.item(909); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeCoverURI() { return gTagsQuickTime.item(910); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeHintVersion() { return gTagsQuickTime.item(911); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeIconURI() { return gTagsQuickTime.item(912); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeInfoURL() { return gTagsQuickTime.item(913); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeTrackType() { return gTagsQuickTime.item(914); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeLocationInformation() { return gTagsQuickTime.item(915); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeLyricsURI() { return gTagsQuickTime.item(916); }
-const TagItem& detail::TagItemCatalogue30::itemQuickTimeGarminSettings() { return gTagsQuickTime.item(917); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimePitch() { return gTagsQuickTime.item(918); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeRads() { return gTagsQuickTime.item(919); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeReelName() { return gTagsQuickTime.item(920); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeRoll() { return gTagsQuickTime.item(921); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeScene() { return gTagsQuickTime.item(922); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeShotName() { return gTagsQuickTime.item(923); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeThumbnailPNG() { return gTagsQuickTime.item(924); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeUnknownThumbnail() { return gTagsQuickTime.item(925); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeGarminSoftware() { return gTagsQuickTime.item(926); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeVendor() { return gTagsQuickTime.item(927); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeStartTimecode() { return gTagsQuickTime.item(928); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeStartTimeScale() { return gTagsQuickTime.item(929); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeStartTimeSampleSize() { return gTagsQuickTime.item(930); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeArrangerKeywords() { return gTagsQuickTime.item(931); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeComposerKeywords() { return gTagsQuickTime.item(932); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeUserData_dji() { return gTagsQuickTime.item(933); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeEdit1() { return gTagsQuickTime.item(934); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeEdit2() { return gTagsQuickTime.item(935); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeEdit3() { return gTagsQuickTime.item(936); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeEdit4() { return gTagsQuickTime.item(937); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeEdit5() { return gTagsQuickTime.item(938); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeEdit6() { return gTagsQuickTime.item(939); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeEdit7() { return gTagsQuickTime.item(940); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeEdit8() { return gTagsQuickTime.item(941); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeEdit9() { return gTagsQuickTime.item(942); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeEncoderID() { return gTagsQuickTime.item(943); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeFormat() { return gTagsQuickTime.item(944); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeCameraPitch() { return gTagsQuickTime.item(945); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeCameraRoll() { return gTagsQuickTime.item(946); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeCameraYaw() { return gTagsQuickTime.item(947); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeISRCCode() { return gTagsQuickTime.item(948); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeRecordLabelName() { return gTagsQuickTime.item(949); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeRecordLabelURL() { return gTagsQuickTime.item(950); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeMakerURL() { return gTagsQuickTime.item(951); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeProducerKeywords() { return gTagsQuickTime.item(952); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeRecordingCopyright() { return gTagsQuickTime.item(953); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimePerformers() { return gTagsQuickTime.item(954); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimePerformerKeywords() { return gTagsQuickTime.item(955); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimePerformerURL() { return gTagsQuickTime.item(956); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeRequirements() { return gTagsQuickTime.item(957); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeUserData_res() { return gTagsQuickTime.item(958); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeSubtitleKeywords() { return gTagsQuickTime.item(959); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeSourceCredits() { return gTagsQuickTime.item(960); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeSongWriter() { return gTagsQuickTime.item(961); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeSongWriterKeywords() { return gTagsQuickTime.item(962); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeUserData_uid() { return gTagsQuickTime.item(963); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeSpeedX() { return gTagsQuickTime.item(964); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeSpeedY() { return gTagsQuickTime.item(965); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeSpeedZ() { return gTagsQuickTime.item(966); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeDisplaySize() { return gTagsQuickTime.item(967); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeSlideShow() { return gTagsQuickTime.item(968); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeGraphicsMode() { return gTagsQuickTime.item(969); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeOpColor() { return gTagsQuickTime.item(970); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeVideoProfileVersion() { return gTagsQuickTime.item(971); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeVideoTrackID() { return gTagsQuickTime.item(972); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeVideoCodec() { return gTagsQuickTime.item(973); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeVideoCodecInfo() { return gTagsQuickTime.item(974); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeVideoAttributes() { return gTagsQuickTime.item(975); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeVideoAvgBitrate() { return gTagsQuickTime.item(976); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeVideoMaxBitrate() { return gTagsQuickTime.item(977); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeVideoAvgFrameRate() { return gTagsQuickTime.item(978); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeVideoMaxFrameRate() { return gTagsQuickTime.item(979); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeVideoSize() { return gTagsQuickTime.item(980); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimePurchaseFileFormat() { return gTagsQuickTime.item(981); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeAngleAxis() { return gTagsQuickTime.item(982); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimePixelExposureTime() { return gTagsQuickTime.item(983); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeRollingShutterSkewTime() { return gTagsQuickTime.item(984); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimePosition() { return gTagsQuickTime.item(985); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeGPSMeasureMode() { return gTagsQuickTime.item(986); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeGPSHorizontalAccuracy() { return gTagsQuickTime.item(987); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeGPSVerticalAccuracy() { return gTagsQuickTime.item(988); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeGPSVelocityEast() { return gTagsQuickTime.item(989); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeGPSVelocityNorth() { return gTagsQuickTime.item(990); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeGPSVelocityUp() { return gTagsQuickTime.item(991); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeGPSSpeedAccuracy() { return gTagsQuickTime.item(992); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeMagneticField() { return gTagsQuickTime.item(993); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeLayout() { return gTagsQuickTime.item(994); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimePadding() { return gTagsQuickTime.item(995); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeProjectionBoundsTop() { return gTagsQuickTime.item(996); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeProjectionBoundsBottom() { return gTagsQuickTime.item(997); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeProjectionBoundsLeft() { return gTagsQuickTime.item(998); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeProjectionBoundsRight() { return gTagsQuickTime.item(999); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeArtists() { return gTagsQuickTime.item(1000); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeBarcode() { return gTagsQuickTime.item(1001); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeCatalogNumber() { return gTagsQuickTime.item(1002); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeDiscNumber() { return gTagsQuickTime.item(1003); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeDynamicRange() { return gTagsQuickTime.item(1004); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeDynamicRangeR128() { return gTagsQuickTime.item(1005); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeMedia() { return gTagsQuickTime.item(1006); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimePeakLevelR128() { return gTagsQuickTime.item(1007); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimePeakLevelSample() { return gTagsQuickTime.item(1008); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeScript() { return gTagsQuickTime.item(1009); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeVolumeLevelR128() { return gTagsQuickTime.item(1010); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeReplayVolumeLevel() { return gTagsQuickTime.item(1011); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeData() { return gTagsQuickTime.item(1012); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeContentRating() { return gTagsQuickTime.item(1013); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeVolumeNormalization() { return gTagsQuickTime.item(1014); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeiTunSMPB() { return gTagsQuickTime.item(1015); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeCDDB1Info() { return gTagsQuickTime.item(1016); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeCDDBTrackNumber() { return gTagsQuickTime.item(1017); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeMean() { return gTagsQuickTime.item(1018); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeOriginalDate() { return gTagsQuickTime.item(1019); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeOriginalYear() { return gTagsQuickTime.item(1020); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimePopularimeter() { return gTagsQuickTime.item(1021); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeReplayTrackGain() { return gTagsQuickTime.item(1022); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeReplayTrackPeak() { return gTagsQuickTime.item(1023); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeiTunTool() { return gTagsQuickTime.item(1024); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeLength() { return gTagsQuickTime.item(1025); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimePoseYawDegrees() { return gTagsQuickTime.item(1026); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimePosePitchDegrees() { return gTagsQuickTime.item(1027); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimePoseRollDegrees() { return gTagsQuickTime.item(1028); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeMetadataSource() { return gTagsQuickTime.item(1029); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeDateTime() { return gTagsQuickTime.item(1030); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeGimbalPitch() { return gTagsQuickTime.item(1031); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeGimbalRoll() { return gTagsQuickTime.item(1032); }
-const TagItem& detail::TagItemCatalogue31::itemQuickTimeGimbalYaw() { return gTagsQuickTime.item(1033); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeCoverArt() { return detail::gTagsQuickTime.item(0); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeCoverArtType() { return detail::gTagsQuickTime.item(1); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAlbumArtist() { return detail::gTagsQuickTime.item(2); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAlbum() { return detail::gTagsQuickTime.item(3); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeArtist() { return detail::gTagsQuickTime.item(4); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeComment() { return detail::gTagsQuickTime.item(5); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeGenre() { return detail::gTagsQuickTime.item(6); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSubtitle() { return detail::gTagsQuickTime.item(7); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeCreatorTool() { return detail::gTagsQuickTime.item(8); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeTitle() { return detail::gTagsQuickTime.item(9); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeYear() { return detail::gTagsQuickTime.item(10); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeiTunesMediaType() { return detail::gTagsQuickTime.item(11); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeChapterName() { return detail::gTagsQuickTime.item(12); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeChapterNumber() { return detail::gTagsQuickTime.item(13); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSphericalVideoXML() { return detail::gTagsQuickTime.item(14); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAbstract() { return detail::gTagsQuickTime.item(15); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAcquisitionTime() { return detail::gTagsQuickTime.item(16); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAcquisitionTimeDay() { return detail::gTagsQuickTime.item(17); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAcquisitionTimeMonth() { return detail::gTagsQuickTime.item(18); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAcquisitionTimeYear() { return detail::gTagsQuickTime.item(19); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAcquisitionTimeYearMonth() { return detail::gTagsQuickTime.item(20); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAcquisitionTimeYearMonthDay() { return detail::gTagsQuickTime.item(21); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAlbumArtistSortOrder() { return detail::gTagsQuickTime.item(22); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAlbumID() { return detail::gTagsQuickTime.item(23); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAlbumIDAlbumArtist() { return detail::gTagsQuickTime.item(24); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAlbumTitleSortOrder() { return detail::gTagsQuickTime.item(25); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAlternateSourceURL() { return detail::gTagsQuickTime.item(26); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAudioBitrate() { return detail::gTagsQuickTime.item(27); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAudioFormat() { return detail::gTagsQuickTime.item(28); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAuthor() { return detail::gTagsQuickTime.item(29); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAuthorSortOrder() { return detail::gTagsQuickTime.item(30); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAverageLevel() { return detail::gTagsQuickTime.item(31); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeBitrate() { return detail::gTagsQuickTime.item(32); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeBuyNow() { return detail::gTagsQuickTime.item(33); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeBuyTickets() { return detail::gTagsQuickTime.item(34); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeCDTrackEnabled() { return detail::gTagsQuickTime.item(35); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeCallLetters() { return detail::gTagsQuickTime.item(36); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeCameraManufacturer() { return detail::gTagsQuickTime.item(37); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeCameraModel() { return detail::gTagsQuickTime.item(38); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeChannels() { return detail::gTagsQuickTime.item(39); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeContentDistributorDuration() { return detail::gTagsQuickTime.item(40); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeCopyright() { return detail::gTagsQuickTime.item(41); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeCount() { return detail::gTagsQuickTime.item(42); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeCurrentBitrate() { return detail::gTagsQuickTime.item(43); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDLNAServerUDN() { return detail::gTagsQuickTime.item(44); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDLNASourceURI() { return detail::gTagsQuickTime.item(45); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDRMIndividualizedVersion() { return detail::gTagsQuickTime.item(46); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDRMKeyID() { return detail::gTagsQuickTime.item(47); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDTCPIPHost() { return detail::gTagsQuickTime.item(48); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDTCPIPPort() { return detail::gTagsQuickTime.item(49); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDVDID() { return detail::gTagsQuickTime.item(50); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDescription() { return detail::gTagsQuickTime.item(51); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDisplayArtist() { return detail::gTagsQuickTime.item(52); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDuration() { return detail::gTagsQuickTime.item(53); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeEvent() { return detail::gTagsQuickTime.item(54); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFileSize() { return detail::gTagsQuickTime.item(55); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFileType() { return detail::gTagsQuickTime.item(56); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFormatTag() { return detail::gTagsQuickTime.item(57); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFourCC() { return detail::gTagsQuickTime.item(58); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFrameRate() { return detail::gTagsQuickTime.item(59); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFrequency() { return detail::gTagsQuickTime.item(60); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeIsNetworkFeed() { return detail::gTagsQuickTime.item(61); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeIsVBR() { return detail::gTagsQuickTime.item(62); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeIsProtected() { return detail::gTagsQuickTime.item(63); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeLeadPerformer() { return detail::gTagsQuickTime.item(64); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeLibraryID() { return detail::gTagsQuickTime.item(65); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeLibraryName() { return detail::gTagsQuickTime.item(66); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeLocation() { return detail::gTagsQuickTime.item(67); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeMediaContentTypes() { return detail::gTagsQuickTime.item(68); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeMediaType() { return detail::gTagsQuickTime.item(69); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeModifiedBy() { return detail::gTagsQuickTime.item(70); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeMoreInfo() { return detail::gTagsQuickTime.item(71); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimePartOfSet() { return detail::gTagsQuickTime.item(72); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimePeakValue() { return detail::gTagsQuickTime.item(73); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimePixelAspectRatioX() { return detail::gTagsQuickTime.item(74); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimePixelAspectRatioY() { return detail::gTagsQuickTime.item(75); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimePlaylistIndex() { return detail::gTagsQuickTime.item(76); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeProvider() { return detail::gTagsQuickTime.item(77); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeProviderLogoURL() { return detail::gTagsQuickTime.item(78); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeProviderURL() { return detail::gTagsQuickTime.item(79); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeRadioBand() { return detail::gTagsQuickTime.item(80); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeRadioFormat() { return detail::gTagsQuickTime.item(81); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeRatingOrg() { return detail::gTagsQuickTime.item(82); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeRecordingTime() { return detail::gTagsQuickTime.item(83); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeRecordingTimeDay() { return detail::gTagsQuickTime.item(84); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeRecordingTimeMonth() { return detail::gTagsQuickTime.item(85); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeRecordingTimeYear() { return detail::gTagsQuickTime.item(86); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeRecordingTimeYearMonth() { return detail::gTagsQuickTime.item(87); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeRecordingTimeYearMonthDay() { return detail::gTagsQuickTime.item(88); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeReleaseDate() { return detail::gTagsQuickTime.item(89); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeReleaseDateDay() { return detail::gTagsQuickTime.item(90); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeReleaseDateMonth() { return detail::gTagsQuickTime.item(91); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeReleaseDateYear() { return detail::gTagsQuickTime.item(92); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeReleaseDateYearMonth() { return detail::gTagsQuickTime.item(93); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeReleaseDateYearMonthDay() { return detail::gTagsQuickTime.item(94); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeRequestState() { return detail::gTagsQuickTime.item(95); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeShadowFilePath() { return detail::gTagsQuickTime.item(96); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSourceURL() { return detail::gTagsQuickTime.item(97); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSubject() { return detail::gTagsQuickTime.item(98); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync01() { return detail::gTagsQuickTime.item(99); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync02() { return detail::gTagsQuickTime.item(100); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync03() { return detail::gTagsQuickTime.item(101); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync04() { return detail::gTagsQuickTime.item(102); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync05() { return detail::gTagsQuickTime.item(103); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync06() { return detail::gTagsQuickTime.item(104); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync07() { return detail::gTagsQuickTime.item(105); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync08() { return detail::gTagsQuickTime.item(106); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync09() { return detail::gTagsQuickTime.item(107); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync10() { return detail::gTagsQuickTime.item(108); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync11() { return detail::gTagsQuickTime.item(109); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync12() { return detail::gTagsQuickTime.item(110); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync13() { return detail::gTagsQuickTime.item(111); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync14() { return detail::gTagsQuickTime.item(112); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync15() { return detail::gTagsQuickTime.item(113); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSync16() { return detail::gTagsQuickTime.item(114); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSyncOnly() { return detail::gTagsQuickTime.item(115); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSyncState() { return detail::gTagsQuickTime.item(116); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeTemporary() { return detail::gTagsQuickTime.item(117); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeTitleSortOrder() { return detail::gTagsQuickTime.item(118); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeTotalDuration() { return detail::gTagsQuickTime.item(119); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeTrackingID() { return detail::gTagsQuickTime.item(120); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserCustom1() { return detail::gTagsQuickTime.item(121); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserCustom2() { return detail::gTagsQuickTime.item(122); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserEffectiveRating() { return detail::gTagsQuickTime.item(123); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserLastPlayedTime() { return detail::gTagsQuickTime.item(124); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserPlayCount() { return detail::gTagsQuickTime.item(125); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserPlaycountAfternoon() { return detail::gTagsQuickTime.item(126); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserPlaycountEvening() { return detail::gTagsQuickTime.item(127); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserPlaycountMorning() { return detail::gTagsQuickTime.item(128); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserPlaycountNight() { return detail::gTagsQuickTime.item(129); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserPlaycountWeekday() { return detail::gTagsQuickTime.item(130); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserPlaycountWeekend() { return detail::gTagsQuickTime.item(131); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserRating() { return detail::gTagsQuickTime.item(132); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserServiceRating() { return detail::gTagsQuickTime.item(133); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeVideoBitrate() { return detail::gTagsQuickTime.item(134); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeVideoFormat() { return detail::gTagsQuickTime.item(135); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeBeatsPerMinute() { return detail::gTagsQuickTime.item(136); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeContentDistributorType() { return detail::gTagsQuickTime.item(137); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeContentGroupDescription() { return detail::gTagsQuickTime.item(138); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeEncodingTime() { return detail::gTagsQuickTime.item(139); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeGenreID() { return detail::gTagsQuickTime.item(140); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeLanguage() { return detail::gTagsQuickTime.item(141); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeLyrics() { return detail::gTagsQuickTime.item(142); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeMCDI() { return detail::gTagsQuickTime.item(143); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeMediaOriginalBroadcastDateTime() { return detail::gTagsQuickTime.item(144); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeMediaOriginalChannel() { return detail::gTagsQuickTime.item(145); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeMediaStationName() { return detail::gTagsQuickTime.item(146); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeProtectionType() { return detail::gTagsQuickTime.item(147); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeProviderRating() { return detail::gTagsQuickTime.item(148); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeProviderStyle() { return detail::gTagsQuickTime.item(149); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSharedUserRating() { return detail::gTagsQuickTime.item(150); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSubtitleDescription() { return detail::gTagsQuickTime.item(151); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSubscriptionContentID() { return detail::gTagsQuickTime.item(152); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeTrackNumber() { return detail::gTagsQuickTime.item(153); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeUniqueFileIdentifier() { return detail::gTagsQuickTime.item(154); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeVideoFrameRate() { return detail::gTagsQuickTime.item(155); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeVideoHeight() { return detail::gTagsQuickTime.item(156); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeVideoWidth() { return detail::gTagsQuickTime.item(157); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeWMCollectionGroupID() { return detail::gTagsQuickTime.item(158); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeWMCollectionID() { return detail::gTagsQuickTime.item(159); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeWMContentID() { return detail::gTagsQuickTime.item(160); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeWMShadowFileSourceDRMType() { return detail::gTagsQuickTime.item(161); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeWMShadowFileSourceFileType() { return detail::gTagsQuickTime.item(162); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeChapterNum() { return detail::gTagsQuickTime.item(163); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeTitleNum() { return detail::gTagsQuickTime.item(164); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeResources() { return detail::gTagsQuickTime.item(165); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeComplete() { return detail::gTagsQuickTime.item(166); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeHomeCountry_Region() { return detail::gTagsQuickTime.item(167); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeTaskOwner() { return detail::gTagsQuickTime.item(168); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeMaxAperture() { return detail::gTagsQuickTime.item(169); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeOptionalAttendees() { return detail::gTagsQuickTime.item(170); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeHomeStreet() { return detail::gTagsQuickTime.item(171); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeRequiredAttendeeAddresses() { return detail::gTagsQuickTime.item(172); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSenderAddress() { return detail::gTagsQuickTime.item(173); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFileVersion() { return detail::gTagsQuickTime.item(174); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeProductName() { return detail::gTagsQuickTime.item(175); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeProductVersion() { return detail::gTagsQuickTime.item(176); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeLegalTrademarks() { return detail::gTagsQuickTime.item(177); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSenderName() { return detail::gTagsQuickTime.item(178); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeParentalRatingReason() { return detail::gTagsQuickTime.item(179); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFirstName() { return detail::gTagsQuickTime.item(180); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDateImported() { return detail::gTagsQuickTime.item(181); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeCameraMaker() { return detail::gTagsQuickTime.item(182); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeOrientation() { return detail::gTagsQuickTime.item(183); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeExposureTime() { return detail::gTagsQuickTime.item(184); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeF_stop() { return detail::gTagsQuickTime.item(185); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeExposureProgram() { return detail::gTagsQuickTime.item(186); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeISOSpeed() { return detail::gTagsQuickTime.item(187); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDatePictureTaken() { return detail::gTagsQuickTime.item(188); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeExposureBias() { return detail::gTagsQuickTime.item(189); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSubjectDistance() { return detail::gTagsQuickTime.item(190); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeMeteringMode() { return detail::gTagsQuickTime.item(191); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeLightSource() { return detail::gTagsQuickTime.item(192); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFlashMode() { return detail::gTagsQuickTime.item(193); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFocalLength() { return detail::gTagsQuickTime.item(194); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeHomePhone() { return detail::gTagsQuickTime.item(195); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimePrimaryPhone() { return detail::gTagsQuickTime.item(196); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeCellPhone() { return detail::gTagsQuickTime.item(197); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeBirthday() { return detail::gTagsQuickTime.item(198); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimePrimaryE_mail() { return detail::gTagsQuickTime.item(199); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeJobTitle() { return detail::gTagsQuickTime.item(200); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeHomeCity() { return detail::gTagsQuickTime.item(201); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimePersonalTitle() { return detail::gTagsQuickTime.item(202); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeOfficeLocation() { return detail::gTagsQuickTime.item(203); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeGivenName() { return detail::gTagsQuickTime.item(204); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeMiddleName() { return detail::gTagsQuickTime.item(205); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSuffix() { return detail::gTagsQuickTime.item(206); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeNickname() { return detail::gTagsQuickTime.item(207); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimePostalCode() { return detail::gTagsQuickTime.item(208); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeStationName() { return detail::gTagsQuickTime.item(209); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDivision() { return detail::gTagsQuickTime.item(210); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeKinds() { return detail::gTagsQuickTime.item(211); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeClientID() { return detail::gTagsQuickTime.item(212); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeType() { return detail::gTagsQuickTime.item(213); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFileCount() { return detail::gTagsQuickTime.item(214); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeTotalFileSize() { return detail::gTagsQuickTime.item(215); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeComputer() { return detail::gTagsQuickTime.item(216); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimePerceivedType() { return detail::gTagsQuickTime.item(217); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeMediaCreated() { return detail::gTagsQuickTime.item(218); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeIsRecurring() { return detail::gTagsQuickTime.item(219); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeIncomplete() { return detail::gTagsQuickTime.item(220); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeE_mail2() { return detail::gTagsQuickTime.item(221); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeProject() { return detail::gTagsQuickTime.item(222); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeGender() { return detail::gTagsQuickTime.item(223); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDueDate() { return detail::gTagsQuickTime.item(224); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeBusinessCity() { return detail::gTagsQuickTime.item(225); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeWindowsFileName() { return detail::gTagsQuickTime.item(226); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDateArchived() { return detail::gTagsQuickTime.item(227); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeBusinessStateOrProvince() { return detail::gTagsQuickTime.item(228); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeBroadcastDate() { return detail::gTagsQuickTime.item(229); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeColor() { return detail::gTagsQuickTime.item(230); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeStartDate() { return detail::gTagsQuickTime.item(231); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSaturation() { return detail::gTagsQuickTime.item(232); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSearchRanking() { return detail::gTagsQuickTime.item(233); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeOtherAddress() { return detail::gTagsQuickTime.item(234); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAutoSummary() { return detail::gTagsQuickTime.item(235); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSummary() { return detail::gTagsQuickTime.item(236); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeBusinessHomePage() { return detail::gTagsQuickTime.item(237); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeInitialKey() { return detail::gTagsQuickTime.item(238); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeBeats_per_minute() { return detail::gTagsQuickTime.item(239); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeConductors() { return detail::gTagsQuickTime.item(240); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeMood() { return detail::gTagsQuickTime.item(241); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAlbumTitle() { return detail::gTagsQuickTime.item(242); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFree_busyStatus() { return detail::gTagsQuickTime.item(243); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeURL() { return detail::gTagsQuickTime.item(244); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDateVisited() { return detail::gTagsQuickTime.item(245); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeIsDeleted() { return detail::gTagsQuickTime.item(246); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeHasFlag() { return detail::gTagsQuickTime.item(247); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeHobbies() { return detail::gTagsQuickTime.item(248); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFullName() { return detail::gTagsQuickTime.item(249); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeStreet() { return detail::gTagsQuickTime.item(250); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDimensions() { return detail::gTagsQuickTime.item(251); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeUntitled0() { return detail::gTagsQuickTime.item(252); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeUntitled1() { return detail::gTagsQuickTime.item(253); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeHorizontalResolution() { return detail::gTagsQuickTime.item(254); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeVerticalResolution() { return detail::gTagsQuickTime.item(255); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeBitDepth() { return detail::gTagsQuickTime.item(256); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAudioSampleRate() { return detail::gTagsQuickTime.item(257); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAudioSampleSize() { return detail::gTagsQuickTime.item(258); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeVideoCompression() { return detail::gTagsQuickTime.item(259); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFrameWidth() { return detail::gTagsQuickTime.item(260); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFrameHeight() { return detail::gTagsQuickTime.item(261); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeTotalBitrate() { return detail::gTagsQuickTime.item(262); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDataRate() { return detail::gTagsQuickTime.item(263); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeComposers() { return detail::gTagsQuickTime.item(264); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDirectors() { return detail::gTagsQuickTime.item(265); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeParentalRating() { return detail::gTagsQuickTime.item(266); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeProducers() { return detail::gTagsQuickTime.item(267); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeWriters() { return detail::gTagsQuickTime.item(268); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimePublisher() { return detail::gTagsQuickTime.item(269); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimePeriod() { return detail::gTagsQuickTime.item(270); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeUserWebURL() { return detail::gTagsQuickTime.item(271); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeEncodedBy() { return detail::gTagsQuickTime.item(272); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeRating() { return detail::gTagsQuickTime.item(273); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeE_mail3() { return detail::gTagsQuickTime.item(274); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeHomeFax() { return detail::gTagsQuickTime.item(275); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSource() { return detail::gTagsQuickTime.item(276); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFlagColor() { return detail::gTagsQuickTime.item(277); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeBusinessPhone() { return detail::gTagsQuickTime.item(278); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeProgramMode() { return detail::gTagsQuickTime.item(279); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeOfflineStatus() { return detail::gTagsQuickTime.item(280); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeClosedCaptioning() { return detail::gTagsQuickTime.item(281); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeRerun() { return detail::gTagsQuickTime.item(282); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSAP() { return detail::gTagsQuickTime.item(283); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeEpisodeName() { return detail::gTagsQuickTime.item(284); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeProgramDescription() { return detail::gTagsQuickTime.item(285); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeStationCallSign() { return detail::gTagsQuickTime.item(286); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeChannelNumber() { return detail::gTagsQuickTime.item(287); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeOtherCity() { return detail::gTagsQuickTime.item(288); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeOtherStateOrProvince() { return detail::gTagsQuickTime.item(289); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeProfession() { return detail::gTagsQuickTime.item(290); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDateCompleted() { return detail::gTagsQuickTime.item(291); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeReminderTime() { return detail::gTagsQuickTime.item(292); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeBusinessAddress() { return detail::gTagsQuickTime.item(293); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeOrganizerAddress() { return detail::gTagsQuickTime.item(294); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeHomePOBox() { return detail::gTagsQuickTime.item(295); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeE_mailList() { return detail::gTagsQuickTime.item(296); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeCompanyMainPhone() { return detail::gTagsQuickTime.item(297); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeHomePostalCode() { return detail::gTagsQuickTime.item(298); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeOtherPOBox() { return detail::gTagsQuickTime.item(299); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeOtherCountry_Region() { return detail::gTagsQuickTime.item(300); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeLastName() { return detail::gTagsQuickTime.item(301); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeCarPhone() { return detail::gTagsQuickTime.item(302); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeBusinessFax() { return detail::gTagsQuickTime.item(303); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeEntryType() { return detail::gTagsQuickTime.item(304); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeOtherPostalCode() { return detail::gTagsQuickTime.item(305); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeLabel() { return detail::gTagsQuickTime.item(306); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeHomeAddress() { return detail::gTagsQuickTime.item(307); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAssistantsPhone() { return detail::gTagsQuickTime.item(308); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAnniversary() { return detail::gTagsQuickTime.item(309); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeOwner() { return detail::gTagsQuickTime.item(310); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSpaceFree() { return detail::gTagsQuickTime.item(311); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeTotalSize() { return detail::gTagsQuickTime.item(312); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSpaceUsed() { return detail::gTagsQuickTime.item(313); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimePriority() { return detail::gTagsQuickTime.item(314); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeHasAttachments() { return detail::gTagsQuickTime.item(315); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSpouse() { return detail::gTagsQuickTime.item(316); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFocalLength35mm() { return detail::gTagsQuickTime.item(317); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeIsCompleted() { return detail::gTagsQuickTime.item(318); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeOfflineAvailability() { return detail::gTagsQuickTime.item(319); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeOrganizerName() { return detail::gTagsQuickTime.item(320); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeTTY_TTDPhone() { return detail::gTagsQuickTime.item(321); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeProtected() { return detail::gTagsQuickTime.item(322); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeBusinessCountry_Region() { return detail::gTagsQuickTime.item(323); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeRequiredAttendees() { return detail::gTagsQuickTime.item(324); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeName() { return detail::gTagsQuickTime.item(325); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSize() { return detail::gTagsQuickTime.item(326); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAttributes() { return detail::gTagsQuickTime.item(327); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDateModified() { return detail::gTagsQuickTime.item(328); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDateCreated() { return detail::gTagsQuickTime.item(329); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDateAccessed() { return detail::gTagsQuickTime.item(330); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFolderName() { return detail::gTagsQuickTime.item(331); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeLinkTarget() { return detail::gTagsQuickTime.item(332); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeLinkStatus() { return detail::gTagsQuickTime.item(333); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeBusinessPOBox() { return detail::gTagsQuickTime.item(334); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeToDoTitle() { return detail::gTagsQuickTime.item(335); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeCallbackNumber() { return detail::gTagsQuickTime.item(336); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeIsOnline() { return detail::gTagsQuickTime.item(337); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeMailingAddress() { return detail::gTagsQuickTime.item(338); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeTelex() { return detail::gTagsQuickTime.item(339); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeEndDate() { return detail::gTagsQuickTime.item(340); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeHomeStateOrProvince() { return detail::gTagsQuickTime.item(341); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeCity() { return detail::gTagsQuickTime.item(342); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeE_mailDisplayName() { return detail::gTagsQuickTime.item(343); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAssistantsName() { return detail::gTagsQuickTime.item(344); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeCreator() { return detail::gTagsQuickTime.item(345); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeExifVersion() { return detail::gTagsQuickTime.item(346); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeBillingInformation() { return detail::gTagsQuickTime.item(347); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeChildren() { return detail::gTagsQuickTime.item(348); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeParticipants() { return detail::gTagsQuickTime.item(349); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeOptionalAttendeeAddresses() { return detail::gTagsQuickTime.item(350); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeCompany() { return detail::gTagsQuickTime.item(351); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeCategory() { return detail::gTagsQuickTime.item(352); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeContentType() { return detail::gTagsQuickTime.item(353); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeStatus() { return detail::gTagsQuickTime.item(354); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSlides() { return detail::gTagsQuickTime.item(355); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimePager() { return detail::gTagsQuickTime.item(356); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeIMAddresses() { return detail::gTagsQuickTime.item(357); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFolder() { return detail::gTagsQuickTime.item(358); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeConversationID() { return detail::gTagsQuickTime.item(359); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeBusinessStreet() { return detail::gTagsQuickTime.item(360); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDateReleased() { return detail::gTagsQuickTime.item(361); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimePOBox() { return detail::gTagsQuickTime.item(362); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeContactNames() { return detail::gTagsQuickTime.item(363); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDocumentID() { return detail::gTagsQuickTime.item(364); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeLensModel() { return detail::gTagsQuickTime.item(365); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeBusinessPostalCode() { return detail::gTagsQuickTime.item(366); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeReadStatus() { return detail::gTagsQuickTime.item(367); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeImportance() { return detail::gTagsQuickTime.item(368); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFlagStatus() { return detail::gTagsQuickTime.item(369); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFromAddresses() { return detail::gTagsQuickTime.item(370); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFromNames() { return detail::gTagsQuickTime.item(371); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeStore() { return detail::gTagsQuickTime.item(372); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeToAddresses() { return detail::gTagsQuickTime.item(373); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeToNames() { return detail::gTagsQuickTime.item(374); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeWebpage() { return detail::gTagsQuickTime.item(375); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDateSent() { return detail::gTagsQuickTime.item(376); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeBccAddresses() { return detail::gTagsQuickTime.item(377); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDateReceived() { return detail::gTagsQuickTime.item(378); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAttachments() { return detail::gTagsQuickTime.item(379); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeBccNames() { return detail::gTagsQuickTime.item(380); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeCcAddresses() { return detail::gTagsQuickTime.item(381); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeCcNames() { return detail::gTagsQuickTime.item(382); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFolderPath() { return detail::gTagsQuickTime.item(383); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimePath() { return detail::gTagsQuickTime.item(384); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAccountName() { return detail::gTagsQuickTime.item(385); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeCountry_Region() { return detail::gTagsQuickTime.item(386); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeLensMaker() { return detail::gTagsQuickTime.item(387); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeWhiteBalance() { return detail::gTagsQuickTime.item(388); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeShared() { return detail::gTagsQuickTime.item(389); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSharedWith() { return detail::gTagsQuickTime.item(390); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeStateOrProvince() { return detail::gTagsQuickTime.item(391); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeFileAs() { return detail::gTagsQuickTime.item(392); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeIsAttachment() { return detail::gTagsQuickTime.item(393); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeTotalEditingTime() { return detail::gTagsQuickTime.item(394); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeLastPrinted() { return detail::gTagsQuickTime.item(395); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeUntitled2() { return detail::gTagsQuickTime.item(396); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDateLastSaved() { return detail::gTagsQuickTime.item(397); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimePages() { return detail::gTagsQuickTime.item(398); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeWordCount() { return detail::gTagsQuickTime.item(399); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeProgramName() { return detail::gTagsQuickTime.item(400); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeKeywords() { return detail::gTagsQuickTime.item(401); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeComments() { return detail::gTagsQuickTime.item(402); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeContributors() { return detail::gTagsQuickTime.item(403); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeInitials() { return detail::gTagsQuickTime.item(404); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDate() { return detail::gTagsQuickTime.item(405); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSensitivity() { return detail::gTagsQuickTime.item(406); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeE_mailAddress() { return detail::gTagsQuickTime.item(407); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeDepartment() { return detail::gTagsQuickTime.item(408); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeMileage() { return detail::gTagsQuickTime.item(409); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeOtherStreet() { return detail::gTagsQuickTime.item(410); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeAV1ConfigurationVersion() { return detail::gTagsQuickTime.item(411); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSeqProfile() { return detail::gTagsQuickTime.item(412); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSeqLevelIdx0() { return detail::gTagsQuickTime.item(413); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeSeqTier0() { return detail::gTagsQuickTime.item(414); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeHighBitDepth() { return detail::gTagsQuickTime.item(415); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeTwelveBit() { return detail::gTagsQuickTime.item(416); }
+const TagItem& detail::TagItemCatalogue29::itemQuickTimeChromaFormat() { return detail::gTagsQuickTime.item(417); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChromaSamplePosition() { return detail::gTagsQuickTime.item(418); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeInitialDelaySamples() { return detail::gTagsQuickTime.item(419); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAccelMode() { return detail::gTagsQuickTime.item(420); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSampleTime() { return detail::gTagsQuickTime.item(421); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAccelYPR() { return detail::gTagsQuickTime.item(422); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeBalance() { return detail::gTagsQuickTime.item(423); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioProfileVersion() { return detail::gTagsQuickTime.item(424); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioTrackID() { return detail::gTagsQuickTime.item(425); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioCodec() { return detail::gTagsQuickTime.item(426); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioCodecInfo() { return detail::gTagsQuickTime.item(427); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioAttributes() { return detail::gTagsQuickTime.item(428); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioAvgBitrate() { return detail::gTagsQuickTime.item(429); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioMaxBitrate() { return detail::gTagsQuickTime.item(430); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioChannels() { return detail::gTagsQuickTime.item(431); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioVendorID() { return detail::gTagsQuickTime.item(432); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioBitsPerSample() { return detail::gTagsQuickTime.item(433); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeBufferSize() { return detail::gTagsQuickTime.item(434); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMaxBitrate() { return detail::gTagsQuickTime.item(435); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAverageBitrate() { return detail::gTagsQuickTime.item(436); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCompression() { return detail::gTagsQuickTime.item(437); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeLayoutFlags() { return detail::gTagsQuickTime.item(438); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioChannelTypes() { return detail::gTagsQuickTime.item(439); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeNumChannelDescriptions() { return detail::gTagsQuickTime.item(440); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel1Label() { return detail::gTagsQuickTime.item(441); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel1Flags() { return detail::gTagsQuickTime.item(442); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel1Coordinates() { return detail::gTagsQuickTime.item(443); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel2Label() { return detail::gTagsQuickTime.item(444); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel2Flags() { return detail::gTagsQuickTime.item(445); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel2Coordinates() { return detail::gTagsQuickTime.item(446); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel3Label() { return detail::gTagsQuickTime.item(447); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel3Flags() { return detail::gTagsQuickTime.item(448); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel3Coordinates() { return detail::gTagsQuickTime.item(449); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel4Label() { return detail::gTagsQuickTime.item(450); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel4Flags() { return detail::gTagsQuickTime.item(451); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel4Coordinates() { return detail::gTagsQuickTime.item(452); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel5Label() { return detail::gTagsQuickTime.item(453); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel5Flags() { return detail::gTagsQuickTime.item(454); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel5Coordinates() { return detail::gTagsQuickTime.item(455); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel6Label() { return detail::gTagsQuickTime.item(456); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel6Flags() { return detail::gTagsQuickTime.item(457); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel6Coordinates() { return detail::gTagsQuickTime.item(458); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel7Label() { return detail::gTagsQuickTime.item(459); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel7Flags() { return detail::gTagsQuickTime.item(460); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel7Coordinates() { return detail::gTagsQuickTime.item(461); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel8Label() { return detail::gTagsQuickTime.item(462); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel8Flags() { return detail::gTagsQuickTime.item(463); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChannel8Coordinates() { return detail::gTagsQuickTime.item(464); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCleanApertureWidth() { return detail::gTagsQuickTime.item(465); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCleanApertureHeight() { return detail::gTagsQuickTime.item(466); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCleanApertureOffsetX() { return detail::gTagsQuickTime.item(467); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCleanApertureOffsetY() { return detail::gTagsQuickTime.item(468); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeColorProfiles() { return detail::gTagsQuickTime.item(469); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeColorPrimaries() { return detail::gTagsQuickTime.item(470); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTransferCharacteristics() { return detail::gTagsQuickTime.item(471); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMatrixCoefficients() { return detail::gTagsQuickTime.item(472); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeVideoFullRangeFlag() { return detail::gTagsQuickTime.item(473); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMaxContentLightLevel() { return detail::gTagsQuickTime.item(474); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMaxPicAverageLightLevel() { return detail::gTagsQuickTime.item(475); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeURN() { return detail::gTagsQuickTime.item(476); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeEncoderVendor() { return detail::gTagsQuickTime.item(477); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeEncoderVersion() { return detail::gTagsQuickTime.item(478); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioAvailableBitRateRange() { return detail::gTagsQuickTime.item(479); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioBitRateControlMode() { return detail::gTagsQuickTime.item(480); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioExtendFrequencies() { return detail::gTagsQuickTime.item(481); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioCurrentTargetBitRate() { return detail::gTagsQuickTime.item(482); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioComponentVersion() { return detail::gTagsQuickTime.item(483); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioAvailableNumberChannels() { return detail::gTagsQuickTime.item(484); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioIsInitialized() { return detail::gTagsQuickTime.item(485); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioDoesSampleRateConversion() { return detail::gTagsQuickTime.item(486); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioMinimumDelayMode() { return detail::gTagsQuickTime.item(487); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioMinimumNumberInputPackets() { return detail::gTagsQuickTime.item(488); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioMinimumNumberOutputPackets() { return detail::gTagsQuickTime.item(489); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioOutputPrecedence() { return detail::gTagsQuickTime.item(490); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioZeroFramesPadded() { return detail::gTagsQuickTime.item(491); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioMaximumPacketByteSize() { return detail::gTagsQuickTime.item(492); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioRequiresPacketDescription() { return detail::gTagsQuickTime.item(493); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioPacketFrameSize() { return detail::gTagsQuickTime.item(494); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioCodecPrimeMethod() { return detail::gTagsQuickTime.item(495); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioQualitySetting() { return detail::gTagsQuickTime.item(496); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioInputBufferSize() { return detail::gTagsQuickTime.item(497); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioUsedInputBufferSize() { return detail::gTagsQuickTime.item(498); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioUseRecommendedSampleRate() { return detail::gTagsQuickTime.item(499); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioVBRQuality() { return detail::gTagsQuickTime.item(500); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioEncodingParamsVersion() { return detail::gTagsQuickTime.item(501); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioHasVariablePacketByteSizes() { return detail::gTagsQuickTime.item(502); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeFileProfileVersion() { return detail::gTagsQuickTime.item(503); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeFileFunctionFlags() { return detail::gTagsQuickTime.item(504); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMajorBrand() { return detail::gTagsQuickTime.item(505); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMinorVersion() { return detail::gTagsQuickTime.item(506); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCompatibleBrands() { return detail::gTagsQuickTime.item(507); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePreviewImageWidth() { return detail::gTagsQuickTime.item(508); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePreviewImageHeight() { return detail::gTagsQuickTime.item(509); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePreviewImageLength() { return detail::gTagsQuickTime.item(510); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSerialNumber() { return detail::gTagsQuickTime.item(511); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePreviewImage() { return detail::gTagsQuickTime.item(512); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeFusionMode() { return detail::gTagsQuickTime.item(513); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeFusionYPR() { return detail::gTagsQuickTime.item(514); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSMode() { return detail::gTagsQuickTime.item(515); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSLatitude() { return detail::gTagsQuickTime.item(516); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSLongitude() { return detail::gTagsQuickTime.item(517); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSAltitude() { return detail::gTagsQuickTime.item(518); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSSpeed() { return detail::gTagsQuickTime.item(519); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSTrack() { return detail::gTagsQuickTime.item(520); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAcceleration() { return detail::gTagsQuickTime.item(521); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeText() { return detail::gTagsQuickTime.item(522); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGenMediaVersion() { return detail::gTagsQuickTime.item(523); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGenFlags() { return detail::gTagsQuickTime.item(524); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGenGraphicsMode() { return detail::gTagsQuickTime.item(525); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGenOpColor() { return detail::gTagsQuickTime.item(526); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGenBalance() { return detail::gTagsQuickTime.item(527); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGyroMode() { return detail::gTagsQuickTime.item(528); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGyroYPR() { return detail::gTagsQuickTime.item(529); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeHEVCConfigurationVersion() { return detail::gTagsQuickTime.item(530); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGeneralProfileSpace() { return detail::gTagsQuickTime.item(531); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGeneralTierFlag() { return detail::gTagsQuickTime.item(532); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGeneralProfileIDC() { return detail::gTagsQuickTime.item(533); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGenProfileCompatibilityFlags() { return detail::gTagsQuickTime.item(534); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeConstraintIndicatorFlags() { return detail::gTagsQuickTime.item(535); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGeneralLevelIDC() { return detail::gTagsQuickTime.item(536); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMinSpatialSegmentationIDC() { return detail::gTagsQuickTime.item(537); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeParallelismType() { return detail::gTagsQuickTime.item(538); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeBitDepthLuma() { return detail::gTagsQuickTime.item(539); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeBitDepthChroma() { return detail::gTagsQuickTime.item(540); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAverageFrameRate() { return detail::gTagsQuickTime.item(541); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeConstantFrameRate() { return detail::gTagsQuickTime.item(542); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeNumTemporalLayers() { return detail::gTagsQuickTime.item(543); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTemporalIDNested() { return detail::gTagsQuickTime.item(544); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknown_slmt() { return detail::gTagsQuickTime.item(545); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeHandlerClass() { return detail::gTagsQuickTime.item(546); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeHandlerType() { return detail::gTagsQuickTime.item(547); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeHandlerVendorID() { return detail::gTagsQuickTime.item(548); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeHandlerDescription() { return detail::gTagsQuickTime.item(549); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMaxPDUSize() { return detail::gTagsQuickTime.item(550); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAvgPDUSize() { return detail::gTagsQuickTime.item(551); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAvgBitrate() { return detail::gTagsQuickTime.item(552); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeRealtimeStreamingProtocol() { return detail::gTagsQuickTime.item(553); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeStreamingDataProtocol() { return detail::gTagsQuickTime.item(554); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeHintFormat() { return detail::gTagsQuickTime.item(555); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeHintTrackVersion() { return detail::gTagsQuickTime.item(556); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMaxPacketSize() { return detail::gTagsQuickTime.item(557); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSequenceNumberRandomOffset() { return detail::gTagsQuickTime.item(558); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeRTPTimeScale() { return detail::gTagsQuickTime.item(559); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTimestampRandomOffset() { return detail::gTagsQuickTime.item(560); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeImmediateDataBytes() { return detail::gTagsQuickTime.item(561); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeLargestPacketDuration() { return detail::gTagsQuickTime.item(562); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMediaTrackBytes() { return detail::gTagsQuickTime.item(563); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeRepeatedDataBytes() { return detail::gTagsQuickTime.item(564); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMaxDataRate() { return detail::gTagsQuickTime.item(565); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeNumPackets() { return detail::gTagsQuickTime.item(566); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePayloadType() { return detail::gTagsQuickTime.item(567); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeLargestPacketSize() { return detail::gTagsQuickTime.item(568); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMaxTransmissionTime() { return detail::gTagsQuickTime.item(569); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMinTransmissionTime() { return detail::gTagsQuickTime.item(570); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTotalBytes() { return detail::gTagsQuickTime.item(571); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTotalBytesNoRTPHeaders() { return detail::gTagsQuickTime.item(572); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeModel() { return detail::gTagsQuickTime.item(573); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeFirmware() { return detail::gTagsQuickTime.item(574); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeParameters() { return detail::gTagsQuickTime.item(575); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCompressorID() { return detail::gTagsQuickTime.item(576); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeVendorID() { return detail::gTagsQuickTime.item(577); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSourceImageWidth() { return detail::gTagsQuickTime.item(578); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSourceImageHeight() { return detail::gTagsQuickTime.item(579); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeXResolution() { return detail::gTagsQuickTime.item(580); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeYResolution() { return detail::gTagsQuickTime.item(581); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCompressorName() { return detail::gTagsQuickTime.item(582); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeJPEGInfo() { return detail::gTagsQuickTime.item(583); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAVCConfiguration() { return detail::gTagsQuickTime.item(584); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeVideoFieldOrder() { return detail::gTagsQuickTime.item(585); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGamma() { return detail::gTagsQuickTime.item(586); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePixelAspectRatio() { return detail::gTagsQuickTime.item(587); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeStereoscopic3D() { return detail::gTagsQuickTime.item(588); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeImageData() { return detail::gTagsQuickTime.item(589); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeItemInfoEntry() { return detail::gTagsQuickTime.item(590); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeParentShortTitle() { return detail::gTagsQuickTime.item(591); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeParentProductID() { return detail::gTagsQuickTime.item(592); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeParentTitle() { return detail::gTagsQuickTime.item(593); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeShortTitle() { return detail::gTagsQuickTime.item(594); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknown_AACR() { return detail::gTagsQuickTime.item(595); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknown_CDEK() { return detail::gTagsQuickTime.item(596); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknown_CDET() { return detail::gTagsQuickTime.item(597); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGUID() { return detail::gTagsQuickTime.item(598); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAppleStoreAccountType() { return detail::gTagsQuickTime.item(599); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAppleStoreAccount() { return detail::gTagsQuickTime.item(600); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeArtistID() { return detail::gTagsQuickTime.item(601); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeComposerID() { return detail::gTagsQuickTime.item(602); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAppleStoreCatalogID() { return detail::gTagsQuickTime.item(603); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCompilation() { return detail::gTagsQuickTime.item(604); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeDiskNumber() { return detail::gTagsQuickTime.item(605); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeEpisodeGlobalUniqueID() { return detail::gTagsQuickTime.item(606); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGrouping() { return detail::gTagsQuickTime.item(607); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGoogleHostHeader() { return detail::gTagsQuickTime.item(608); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGooglePingMessage() { return detail::gTagsQuickTime.item(609); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGooglePingURL() { return detail::gTagsQuickTime.item(610); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGoogleSourceData() { return detail::gTagsQuickTime.item(611); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGoogleStartTime() { return detail::gTagsQuickTime.item(612); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGoogleTrackDuration() { return detail::gTagsQuickTime.item(613); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeHDVideo() { return detail::gTagsQuickTime.item(614); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeiTunesU() { return detail::gTagsQuickTime.item(615); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeKeyword() { return detail::gTagsQuickTime.item(616); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeLongDescription() { return detail::gTagsQuickTime.item(617); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePodcast() { return detail::gTagsQuickTime.item(618); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePerformer() { return detail::gTagsQuickTime.item(619); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePlayGap() { return detail::gTagsQuickTime.item(620); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeProductID() { return detail::gTagsQuickTime.item(621); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePurchaseDate() { return detail::gTagsQuickTime.item(622); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePodcastURL() { return detail::gTagsQuickTime.item(623); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeRatingPercent() { return detail::gTagsQuickTime.item(624); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeStoreDescription() { return detail::gTagsQuickTime.item(625); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAppleStoreCountry() { return detail::gTagsQuickTime.item(626); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeShowMovement() { return detail::gTagsQuickTime.item(627); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSortAlbumArtist() { return detail::gTagsQuickTime.item(628); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSortAlbum() { return detail::gTagsQuickTime.item(629); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSortArtist() { return detail::gTagsQuickTime.item(630); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSortComposer() { return detail::gTagsQuickTime.item(631); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSortName() { return detail::gTagsQuickTime.item(632); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSortShow() { return detail::gTagsQuickTime.item(633); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTVEpisodeID() { return detail::gTagsQuickTime.item(634); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTVEpisode() { return detail::gTagsQuickTime.item(635); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTVNetworkName() { return detail::gTagsQuickTime.item(636); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTVShow() { return detail::gTagsQuickTime.item(637); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTVSeason() { return detail::gTagsQuickTime.item(638); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeISRC() { return detail::gTagsQuickTime.item(639); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeArtDirector() { return detail::gTagsQuickTime.item(640); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeArranger() { return detail::gTagsQuickTime.item(641); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeComposer() { return detail::gTagsQuickTime.item(642); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeConductor() { return detail::gTagsQuickTime.item(643); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeContentCreateDate() { return detail::gTagsQuickTime.item(644); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeDirector() { return detail::gTagsQuickTime.item(645); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMovementCount() { return detail::gTagsQuickTime.item(646); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMovementNumber() { return detail::gTagsQuickTime.item(647); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMovementName() { return detail::gTagsQuickTime.item(648); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeNarrator() { return detail::gTagsQuickTime.item(649); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeOriginalArtist() { return detail::gTagsQuickTime.item(650); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeProducer() { return detail::gTagsQuickTime.item(651); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSoundEngineer() { return detail::gTagsQuickTime.item(652); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSoloist() { return detail::gTagsQuickTime.item(653); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeEncoder() { return detail::gTagsQuickTime.item(654); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTrack() { return detail::gTagsQuickTime.item(655); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeWork() { return detail::gTagsQuickTime.item(656); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeExecutiveProducer() { return detail::gTagsQuickTime.item(657); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSCoordinates() { return detail::gTagsQuickTime.item(658); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeItemPropertyAssociation() { return detail::gTagsQuickTime.item(659); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAuxiliaryImageType() { return detail::gTagsQuickTime.item(660); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCleanAperture() { return detail::gTagsQuickTime.item(661); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeRotation() { return detail::gTagsQuickTime.item(662); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeImageSpatialExtent() { return detail::gTagsQuickTime.item(663); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeImagePixelDepth() { return detail::gTagsQuickTime.item(664); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeRelativeLocation() { return detail::gTagsQuickTime.item(665); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAuxiliaryImageRef() { return detail::gTagsQuickTime.item(666); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeContentDescribes() { return detail::gTagsQuickTime.item(667); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeDerivedImageRef() { return detail::gTagsQuickTime.item(668); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeThumbnailRef() { return detail::gTagsQuickTime.item(669); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeEncodedWith() { return detail::gTagsQuickTime.item(670); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeApplePhotosVariationIdentifier() { return detail::gTagsQuickTime.item(671); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeArtwork() { return detail::gTagsQuickTime.item(672); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeFrameReadoutTime() { return detail::gTagsQuickTime.item(673); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCameraIdentifier() { return detail::gTagsQuickTime.item(674); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeUserCollection() { return detail::gTagsQuickTime.item(675); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAndroidVersion() { return detail::gTagsQuickTime.item(676); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCaptureMode() { return detail::gTagsQuickTime.item(677); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeContentIdentifier() { return detail::gTagsQuickTime.item(678); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCreationDate() { return detail::gTagsQuickTime.item(679); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeDetectedFaceBounds() { return detail::gTagsQuickTime.item(680); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeDetectedFaceID() { return detail::gTagsQuickTime.item(681); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeDetectedFaceRollAngle() { return detail::gTagsQuickTime.item(682); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeDetectedFaceYawAngle() { return detail::gTagsQuickTime.item(683); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCameraDirection() { return detail::gTagsQuickTime.item(684); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCameraMotion() { return detail::gTagsQuickTime.item(685); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeDisplayName() { return detail::gTagsQuickTime.item(686); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeInformation() { return detail::gTagsQuickTime.item(687); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeLivePhotoInfo() { return detail::gTagsQuickTime.item(688); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeLivePhotoAuto() { return detail::gTagsQuickTime.item(689); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeLivePhotoVitalityScore() { return detail::gTagsQuickTime.item(690); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeLivePhotoVitalityScoringVersion() { return detail::gTagsQuickTime.item(691); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeLocationAccuracyHorizontal() { return detail::gTagsQuickTime.item(692); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeLocationBody() { return detail::gTagsQuickTime.item(693); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeLocationDate() { return detail::gTagsQuickTime.item(694); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeLocationName() { return detail::gTagsQuickTime.item(695); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeLocationNote() { return detail::gTagsQuickTime.item(696); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeLocationRole() { return detail::gTagsQuickTime.item(697); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMake() { return detail::gTagsQuickTime.item(698); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeBass() { return detail::gTagsQuickTime.item(699); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAudioGain() { return detail::gTagsQuickTime.item(700); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMute() { return detail::gTagsQuickTime.item(701); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePitchShift() { return detail::gTagsQuickTime.item(702); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTreble() { return detail::gTagsQuickTime.item(703); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeBrightness() { return detail::gTagsQuickTime.item(704); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeContrast() { return detail::gTagsQuickTime.item(705); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTint() { return detail::gTagsQuickTime.item(706); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePlayerVersion() { return detail::gTagsQuickTime.item(707); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSoftware() { return detail::gTagsQuickTime.item(708); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeStillImageTime() { return detail::gTagsQuickTime.item(709); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeVersion() { return detail::gTagsQuickTime.item(710); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeVideoOrientation() { return detail::gTagsQuickTime.item(711); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMagMode() { return detail::gTagsQuickTime.item(712); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMagnetometerXYZ() { return detail::gTagsQuickTime.item(713); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSDataList2() { return detail::gTagsQuickTime.item(714); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeDateTimeOriginal() { return detail::gTagsQuickTime.item(715); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePreviewPICT() { return detail::gTagsQuickTime.item(716); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeARDroneFile() { return detail::gTagsQuickTime.item(717); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeThumbnailImage() { return detail::gTagsQuickTime.item(718); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeFree() { return detail::gTagsQuickTime.item(719); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeJunk() { return detail::gTagsQuickTime.item(720); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMediaData() { return detail::gTagsQuickTime.item(721); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMediaDataOffset() { return detail::gTagsQuickTime.item(722); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMediaDataSize() { return detail::gTagsQuickTime.item(723); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMotionPhotoVideo() { return detail::gTagsQuickTime.item(724); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeARDroneTelemetry() { return detail::gTagsQuickTime.item(725); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSkip() { return detail::gTagsQuickTime.item(726); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSLog() { return detail::gTagsQuickTime.item(727); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSensorData() { return detail::gTagsQuickTime.item(728); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeUUID_Unknown() { return detail::gTagsQuickTime.item(729); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeWide() { return detail::gTagsQuickTime.item(730); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMediaHeaderVersion() { return detail::gTagsQuickTime.item(731); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMediaCreateDate() { return detail::gTagsQuickTime.item(732); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMediaModifyDate() { return detail::gTagsQuickTime.item(733); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMediaTimeScale() { return detail::gTagsQuickTime.item(734); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMediaDuration() { return detail::gTagsQuickTime.item(735); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMediaLanguageCode() { return detail::gTagsQuickTime.item(736); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeNullMediaHeader() { return detail::gTagsQuickTime.item(737); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeBinaryXML() { return detail::gTagsQuickTime.item(738); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeVesperineSize() { return detail::gTagsQuickTime.item(739); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeItemLocation() { return detail::gTagsQuickTime.item(740); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeIPMPControl() { return detail::gTagsQuickTime.item(741); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeItemProtection() { return detail::gTagsQuickTime.item(742); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePrimaryItemReference() { return detail::gTagsQuickTime.item(743); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMetaVersion() { return detail::gTagsQuickTime.item(744); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeProductionDate() { return detail::gTagsQuickTime.item(745); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeProduct() { return detail::gTagsQuickTime.item(746); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTrackProperty() { return detail::gTagsQuickTime.item(747); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTimeZone() { return detail::gTagsQuickTime.item(748); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeModifyDate() { return detail::gTagsQuickTime.item(749); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMetaFormat() { return detail::gTagsQuickTime.item(750); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMetaType() { return detail::gTagsQuickTime.item(751); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSDataList() { return detail::gTagsQuickTime.item(752); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeInitialObjectDescriptor() { return detail::gTagsQuickTime.item(753); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGarminGPS() { return detail::gTagsQuickTime.item(754); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMovieFragmentSequence() { return detail::gTagsQuickTime.item(755); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMovieHeaderVersion() { return detail::gTagsQuickTime.item(756); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCreateDate() { return detail::gTagsQuickTime.item(757); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTimeScale() { return detail::gTagsQuickTime.item(758); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePreferredRate() { return detail::gTagsQuickTime.item(759); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePreferredVolume() { return detail::gTagsQuickTime.item(760); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMatrixStructure() { return detail::gTagsQuickTime.item(761); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePreviewTime() { return detail::gTagsQuickTime.item(762); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePreviewDuration() { return detail::gTagsQuickTime.item(763); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePosterTime() { return detail::gTagsQuickTime.item(764); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSelectionTime() { return detail::gTagsQuickTime.item(765); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSelectionDuration() { return detail::gTagsQuickTime.item(766); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCurrentTime() { return detail::gTagsQuickTime.item(767); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeNextTrackID() { return detail::gTagsQuickTime.item(768); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeOtherFormat() { return detail::gTagsQuickTime.item(769); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePlaybackFrameRate() { return detail::gTagsQuickTime.item(770); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeFontTable() { return detail::gTagsQuickTime.item(771); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeOtherName() { return detail::gTagsQuickTime.item(772); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeOriginalFileName() { return detail::gTagsQuickTime.item(773); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeStartTime() { return detail::gTagsQuickTime.item(774); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePreviewDate() { return detail::gTagsQuickTime.item(775); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePreviewVersion() { return detail::gTagsQuickTime.item(776); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePreviewAtomType() { return detail::gTagsQuickTime.item(777); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePreviewAtomIndex() { return detail::gTagsQuickTime.item(778); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeEndianness() { return detail::gTagsQuickTime.item(779); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeOriginalFormat() { return detail::gTagsQuickTime.item(780); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGSensor() { return detail::gTagsQuickTime.item(781); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeVersionRestrictions() { return detail::gTagsQuickTime.item(782); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMediaFlags() { return detail::gTagsQuickTime.item(783); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeModeFlags() { return detail::gTagsQuickTime.item(784); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePlatform() { return detail::gTagsQuickTime.item(785); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeItemID() { return detail::gTagsQuickTime.item(786); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeItemTool() { return detail::gTagsQuickTime.item(787); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTransactionID() { return detail::gTagsQuickTime.item(788); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeItemVendorID() { return detail::gTagsQuickTime.item(789); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeRotMode() { return detail::gTagsQuickTime.item(790); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeRotationXYZ() { return detail::gTagsQuickTime.item(791); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChunkOffset64() { return detail::gTagsQuickTime.item(792); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCompositionToDecodeTimelineMapping() { return detail::gTagsQuickTime.item(793); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCompositionTimeToSample() { return detail::gTagsQuickTime.item(794); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSamplePaddingBits() { return detail::gTagsQuickTime.item(795); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSampleToGroup() { return detail::gTagsQuickTime.item(796); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeIdependentAndDisposableSamples() { return detail::gTagsQuickTime.item(797); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSampleGroupDescription() { return detail::gTagsQuickTime.item(798); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChunkOffset() { return detail::gTagsQuickTime.item(799); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSampleDegradationPriority() { return detail::gTagsQuickTime.item(800); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePartialSyncSamples() { return detail::gTagsQuickTime.item(801); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSampleToChunk() { return detail::gTagsQuickTime.item(802); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeShadowSyncSampleTable() { return detail::gTagsQuickTime.item(803); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSyncSampleTable() { return detail::gTagsQuickTime.item(804); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSampleSizes() { return detail::gTagsQuickTime.item(805); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTimeToSampleTable() { return detail::gTagsQuickTime.item(806); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCompactSampleSizes() { return detail::gTagsQuickTime.item(807); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSub_sampleInformation() { return detail::gTagsQuickTime.item(808); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCertificate() { return detail::gTagsQuickTime.item(809); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeInitializationVector() { return detail::gTagsQuickTime.item(810); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeKeyID() { return detail::gTagsQuickTime.item(811); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeUserName() { return detail::gTagsQuickTime.item(812); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeUserID() { return detail::gTagsQuickTime.item(813); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSchemeType() { return detail::gTagsQuickTime.item(814); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSchemeVersion() { return detail::gTagsQuickTime.item(815); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSchemeURL() { return detail::gTagsQuickTime.item(816); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSpatialAudioVersion() { return detail::gTagsQuickTime.item(817); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAmbisonicType() { return detail::gTagsQuickTime.item(818); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAmbisonicOrder() { return detail::gTagsQuickTime.item(819); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAmbisonicChannelOrdering() { return detail::gTagsQuickTime.item(820); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAmbisonicNormalization() { return detail::gTagsQuickTime.item(821); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAmbisonicChannels() { return detail::gTagsQuickTime.item(822); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAmbisonicChannelMap() { return detail::gTagsQuickTime.item(823); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAccelerometer() { return detail::gTagsQuickTime.item(824); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAccelerometerData() { return detail::gTagsQuickTime.item(825); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeAngularVelocity() { return detail::gTagsQuickTime.item(826); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCameraDateTime() { return detail::gTagsQuickTime.item(827); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCar() { return detail::gTagsQuickTime.item(828); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeDistance() { return detail::gTagsQuickTime.item(829); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeExposureCompensation() { return detail::gTagsQuickTime.item(830); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeFNumber() { return detail::gTagsQuickTime.item(831); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeFrameNumber() { return detail::gTagsQuickTime.item(832); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSDOP() { return detail::gTagsQuickTime.item(833); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSDateTime() { return detail::gTagsQuickTime.item(834); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSSatellites() { return detail::gTagsQuickTime.item(835); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSSpeedRef() { return detail::gTagsQuickTime.item(836); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSTimeStamp() { return detail::gTagsQuickTime.item(837); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGPSTrackRef() { return detail::gTagsQuickTime.item(838); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeISO() { return detail::gTagsQuickTime.item(839); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeJpgFromRaw() { return detail::gTagsQuickTime.item(840); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeKiloCalories() { return detail::gTagsQuickTime.item(841); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeRawGSensor() { return detail::gTagsQuickTime.item(842); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSampleDateTime() { return detail::gTagsQuickTime.item(843); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSampleDuration() { return detail::gTagsQuickTime.item(844); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTimeCode() { return detail::gTagsQuickTime.item(845); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknown00() { return detail::gTagsQuickTime.item(846); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknown01() { return detail::gTagsQuickTime.item(847); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknown02() { return detail::gTagsQuickTime.item(848); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknown03() { return detail::gTagsQuickTime.item(849); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeUserLabel() { return detail::gTagsQuickTime.item(850); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeVerticalSpeed() { return detail::gTagsQuickTime.item(851); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeVideoTimeStamp() { return detail::gTagsQuickTime.item(852); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTextFont() { return detail::gTagsQuickTime.item(853); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTextFace() { return detail::gTagsQuickTime.item(854); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTextSize() { return detail::gTagsQuickTime.item(855); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTextColor() { return detail::gTagsQuickTime.item(856); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeBackgroundColor() { return detail::gTagsQuickTime.item(857); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeFontName() { return detail::gTagsQuickTime.item(858); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTomTomHL() { return detail::gTagsQuickTime.item(859); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTomTomID() { return detail::gTagsQuickTime.item(860); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTomTomVD() { return detail::gTagsQuickTime.item(861); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTomTomVI() { return detail::gTagsQuickTime.item(862); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCleanApertureDimensions() { return detail::gTagsQuickTime.item(863); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeEncodedPixelsDimensions() { return detail::gTagsQuickTime.item(864); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeProductionApertureDimensions() { return detail::gTagsQuickTime.item(865); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTrackHeaderVersion() { return detail::gTagsQuickTime.item(866); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTrackCreateDate() { return detail::gTagsQuickTime.item(867); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTrackModifyDate() { return detail::gTagsQuickTime.item(868); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTrackID() { return detail::gTagsQuickTime.item(869); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTrackDuration() { return detail::gTagsQuickTime.item(870); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeImageSizeLookahead() { return detail::gTagsQuickTime.item(871); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTrackLayer() { return detail::gTagsQuickTime.item(872); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTrackVolume() { return detail::gTagsQuickTime.item(873); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeImageWidth() { return detail::gTagsQuickTime.item(874); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeImageHeight() { return detail::gTagsQuickTime.item(875); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChapterListTrackID() { return detail::gTagsQuickTime.item(876); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeElementaryStreamTrack() { return detail::gTagsQuickTime.item(877); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSoftwareVersion() { return detail::gTagsQuickTime.item(878); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePlayAllFrames() { return detail::gTagsQuickTime.item(879); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeSerialNumberHash() { return detail::gTagsQuickTime.item(880); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCompressorVersion() { return detail::gTagsQuickTime.item(881); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeFirmwareVersion() { return detail::gTagsQuickTime.item(882); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeFieldOfView() { return detail::gTagsQuickTime.item(883); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGoProType() { return detail::gTagsQuickTime.item(884); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeLensSerialNumber() { return detail::gTagsQuickTime.item(885); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeLoopStyle() { return detail::gTagsQuickTime.item(886); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeLevelMeter() { return detail::gTagsQuickTime.item(887); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeMakerNotePentaxUnknown() { return detail::gTagsQuickTime.item(888); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePlayMode() { return detail::gTagsQuickTime.item(889); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimePlaySelection() { return detail::gTagsQuickTime.item(890); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknownTags() { return detail::gTagsQuickTime.item(891); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeWindowLocation() { return detail::gTagsQuickTime.item(892); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCX() { return detail::gTagsQuickTime.item(893); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCY() { return detail::gTagsQuickTime.item(894); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeYaw() { return detail::gTagsQuickTime.item(895); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknown_adzc() { return detail::gTagsQuickTime.item(896); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknown_adze() { return detail::gTagsQuickTime.item(897); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeUnknown_adzm() { return detail::gTagsQuickTime.item(898); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCameraAngle() { return detail::gTagsQuickTime.item(899); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeApertureMode() { return detail::gTagsQuickTime.item(900); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeContentID() { return detail::gTagsQuickTime.item(901); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeContentDistributorID() { return detail::gTagsQuickTime.item(902); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeChapterList() { return detail::gTagsQuickTime.item(903); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeClipFileName() { return detail::gTagsQuickTime.item(904); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeClipID() { return detail::gTagsQuickTime.item(905); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeClassification() { return detail::gTagsQuickTime.item(906); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCameraID() { return detail::gTagsQuickTime.item(907); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCollectionName() { return detail::gTagsQuickTime.item(908); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCodeVersion() { return detail::gTagsQuickTime.item(909); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeCoverURI() { return detail::gTagsQuickTime.item(910); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeHintVersion() { return detail::gTagsQuickTime.item(911); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeIconURI() { return detail::gTagsQuickTime.item(912); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeInfoURL() { return detail::gTagsQuickTime.item(913); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeTrackType() { return detail::gTagsQuickTime.item(914); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeLocationInformation() { return detail::gTagsQuickTime.item(915); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeLyricsURI() { return detail::gTagsQuickTime.item(916); }
+const TagItem& detail::TagItemCatalogue30::itemQuickTimeGarminSettings() { return detail::gTagsQuickTime.item(917); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimePitch() { return detail::gTagsQuickTime.item(918); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeRads() { return detail::gTagsQuickTime.item(919); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeReelName() { return detail::gTagsQuickTime.item(920); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeRoll() { return detail::gTagsQuickTime.item(921); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeScene() { return detail::gTagsQuickTime.item(922); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeShotName() { return detail::gTagsQuickTime.item(923); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeThumbnailPNG() { return detail::gTagsQuickTime.item(924); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeUnknownThumbnail() { return detail::gTagsQuickTime.item(925); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeGarminSoftware() { return detail::gTagsQuickTime.item(926); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeVendor() { return detail::gTagsQuickTime.item(927); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeStartTimecode() { return detail::gTagsQuickTime.item(928); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeStartTimeScale() { return detail::gTagsQuickTime.item(929); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeStartTimeSampleSize() { return detail::gTagsQuickTime.item(930); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeArrangerKeywords() { return detail::gTagsQuickTime.item(931); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeComposerKeywords() { return detail::gTagsQuickTime.item(932); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeUserData_dji() { return detail::gTagsQuickTime.item(933); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeEdit1() { return detail::gTagsQuickTime.item(934); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeEdit2() { return detail::gTagsQuickTime.item(935); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeEdit3() { return detail::gTagsQuickTime.item(936); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeEdit4() { return detail::gTagsQuickTime.item(937); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeEdit5() { return detail::gTagsQuickTime.item(938); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeEdit6() { return detail::gTagsQuickTime.item(939); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeEdit7() { return detail::gTagsQuickTime.item(940); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeEdit8() { return detail::gTagsQuickTime.item(941); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeEdit9() { return detail::gTagsQuickTime.item(942); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeEncoderID() { return detail::gTagsQuickTime.item(943); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeFormat() { return detail::gTagsQuickTime.item(944); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeCameraPitch() { return detail::gTagsQuickTime.item(945); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeCameraRoll() { return detail::gTagsQuickTime.item(946); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeCameraYaw() { return detail::gTagsQuickTime.item(947); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeISRCCode() { return detail::gTagsQuickTime.item(948); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeRecordLabelName() { return detail::gTagsQuickTime.item(949); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeRecordLabelURL() { return detail::gTagsQuickTime.item(950); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeMakerURL() { return detail::gTagsQuickTime.item(951); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeProducerKeywords() { return detail::gTagsQuickTime.item(952); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeRecordingCopyright() { return detail::gTagsQuickTime.item(953); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimePerformers() { return detail::gTagsQuickTime.item(954); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimePerformerKeywords() { return detail::gTagsQuickTime.item(955); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimePerformerURL() { return detail::gTagsQuickTime.item(956); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeRequirements() { return detail::gTagsQuickTime.item(957); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeUserData_res() { return detail::gTagsQuickTime.item(958); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeSubtitleKeywords() { return detail::gTagsQuickTime.item(959); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeSourceCredits() { return detail::gTagsQuickTime.item(960); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeSongWriter() { return detail::gTagsQuickTime.item(961); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeSongWriterKeywords() { return detail::gTagsQuickTime.item(962); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeUserData_uid() { return detail::gTagsQuickTime.item(963); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeSpeedX() { return detail::gTagsQuickTime.item(964); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeSpeedY() { return detail::gTagsQuickTime.item(965); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeSpeedZ() { return detail::gTagsQuickTime.item(966); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeDisplaySize() { return detail::gTagsQuickTime.item(967); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeSlideShow() { return detail::gTagsQuickTime.item(968); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeGraphicsMode() { return detail::gTagsQuickTime.item(969); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeOpColor() { return detail::gTagsQuickTime.item(970); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeVideoProfileVersion() { return detail::gTagsQuickTime.item(971); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeVideoTrackID() { return detail::gTagsQuickTime.item(972); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeVideoCodec() { return detail::gTagsQuickTime.item(973); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeVideoCodecInfo() { return detail::gTagsQuickTime.item(974); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeVideoAttributes() { return detail::gTagsQuickTime.item(975); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeVideoAvgBitrate() { return detail::gTagsQuickTime.item(976); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeVideoMaxBitrate() { return detail::gTagsQuickTime.item(977); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeVideoAvgFrameRate() { return detail::gTagsQuickTime.item(978); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeVideoMaxFrameRate() { return detail::gTagsQuickTime.item(979); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeVideoSize() { return detail::gTagsQuickTime.item(980); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimePurchaseFileFormat() { return detail::gTagsQuickTime.item(981); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeAngleAxis() { return detail::gTagsQuickTime.item(982); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimePixelExposureTime() { return detail::gTagsQuickTime.item(983); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeRollingShutterSkewTime() { return detail::gTagsQuickTime.item(984); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimePosition() { return detail::gTagsQuickTime.item(985); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeGPSMeasureMode() { return detail::gTagsQuickTime.item(986); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeGPSHorizontalAccuracy() { return detail::gTagsQuickTime.item(987); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeGPSVerticalAccuracy() { return detail::gTagsQuickTime.item(988); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeGPSVelocityEast() { return detail::gTagsQuickTime.item(989); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeGPSVelocityNorth() { return detail::gTagsQuickTime.item(990); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeGPSVelocityUp() { return detail::gTagsQuickTime.item(991); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeGPSSpeedAccuracy() { return detail::gTagsQuickTime.item(992); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeMagneticField() { return detail::gTagsQuickTime.item(993); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeLayout() { return detail::gTagsQuickTime.item(994); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimePadding() { return detail::gTagsQuickTime.item(995); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeProjectionBoundsTop() { return detail::gTagsQuickTime.item(996); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeProjectionBoundsBottom() { return detail::gTagsQuickTime.item(997); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeProjectionBoundsLeft() { return detail::gTagsQuickTime.item(998); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeProjectionBoundsRight() { return detail::gTagsQuickTime.item(999); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeArtists() { return detail::gTagsQuickTime.item(1000); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeBarcode() { return detail::gTagsQuickTime.item(1001); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeCatalogNumber() { return detail::gTagsQuickTime.item(1002); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeDiscNumber() { return detail::gTagsQuickTime.item(1003); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeDynamicRange() { return detail::gTagsQuickTime.item(1004); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeDynamicRangeR128() { return detail::gTagsQuickTime.item(1005); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeMedia() { return detail::gTagsQuickTime.item(1006); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimePeakLevelR128() { return detail::gTagsQuickTime.item(1007); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimePeakLevelSample() { return detail::gTagsQuickTime.item(1008); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeScript() { return detail::gTagsQuickTime.item(1009); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeVolumeLevelR128() { return detail::gTagsQuickTime.item(1010); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeReplayVolumeLevel() { return detail::gTagsQuickTime.item(1011); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeData() { return detail::gTagsQuickTime.item(1012); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeContentRating() { return detail::gTagsQuickTime.item(1013); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeVolumeNormalization() { return detail::gTagsQuickTime.item(1014); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeiTunSMPB() { return detail::gTagsQuickTime.item(1015); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeCDDB1Info() { return detail::gTagsQuickTime.item(1016); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeCDDBTrackNumber() { return detail::gTagsQuickTime.item(1017); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeMean() { return detail::gTagsQuickTime.item(1018); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeOriginalDate() { return detail::gTagsQuickTime.item(1019); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeOriginalYear() { return detail::gTagsQuickTime.item(1020); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimePopularimeter() { return detail::gTagsQuickTime.item(1021); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeReplayTrackGain() { return detail::gTagsQuickTime.item(1022); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeReplayTrackPeak() { return detail::gTagsQuickTime.item(1023); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeiTunTool() { return detail::gTagsQuickTime.item(1024); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeLength() { return detail::gTagsQuickTime.item(1025); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimePoseYawDegrees() { return detail::gTagsQuickTime.item(1026); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimePosePitchDegrees() { return detail::gTagsQuickTime.item(1027); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimePoseRollDegrees() { return detail::gTagsQuickTime.item(1028); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeMetadataSource() { return detail::gTagsQuickTime.item(1029); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeDateTime() { return detail::gTagsQuickTime.item(1030); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeGimbalPitch() { return detail::gTagsQuickTime.item(1031); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeGimbalRoll() { return detail::gTagsQuickTime.item(1032); }
+const TagItem& detail::TagItemCatalogue31::itemQuickTimeGimbalYaw() { return detail::gTagsQuickTime.item(1033); }
 
 const TagStrings& TagStringsCatalogue::stringsRAF() {
   return gStringsRAF.strings(&TagStringsCatalogue::stringTableRAF);
@@ -13747,42 +13753,42 @@ TagStringTable TagStringsCatalogue::stringTableRAF(ETLanguage language) {
   return gStringsRAF.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue31::allStreamsRAF() {
-  return gTagsRAF.all();
+  return detail::gTagsRAF.all();
 }
-const TagItem& detail::TagItemCatalogue31::itemRAFRawImageFullWidth() { return gTagsRAF.item(0); }
-const TagItem& detail::TagItemCatalogue31::itemRAFRawImageFullHeight() { return gTagsRAF.item(1); }
-const TagItem& detail::TagItemCatalogue31::itemRAFBitsPerSample() { return gTagsRAF.item(2); }
-const TagItem& detail::TagItemCatalogue31::itemRAFStripOffsets() { return gTagsRAF.item(3); }
-const TagItem& detail::TagItemCatalogue31::itemRAFStripByteCounts() { return gTagsRAF.item(4); }
-const TagItem& detail::TagItemCatalogue31::itemRAFBlackLevel() { return gTagsRAF.item(5); }
-const TagItem& detail::TagItemCatalogue31::itemRAFGeometricDistortionParams() { return gTagsRAF.item(6); }
-const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRBLevelsStandard() { return gTagsRAF.item(7); }
-const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRBLevelsAuto() { return gTagsRAF.item(8); }
-const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRBLevels() { return gTagsRAF.item(9); }
-const TagItem& detail::TagItemCatalogue31::itemRAFChromaticAberrationParams() { return gTagsRAF.item(10); }
-const TagItem& detail::TagItemCatalogue31::itemRAFVignettingParams() { return gTagsRAF.item(11); }
-const TagItem& detail::TagItemCatalogue31::itemRAFRawImageNumber() { return gTagsRAF.item(12); }
-const TagItem& detail::TagItemCatalogue31::itemRAFMRAW_0x0003() { return gTagsRAF.item(13); }
-const TagItem& detail::TagItemCatalogue31::itemRAFMRAW_0x0004() { return gTagsRAF.item(14); }
-const TagItem& detail::TagItemCatalogue31::itemRAFRawImageFullSize() { return gTagsRAF.item(15); }
-const TagItem& detail::TagItemCatalogue31::itemRAFRawImageCropTopLeft() { return gTagsRAF.item(16); }
-const TagItem& detail::TagItemCatalogue31::itemRAFRawImageCroppedSize() { return gTagsRAF.item(17); }
-const TagItem& detail::TagItemCatalogue31::itemRAFRawImageAspectRatio() { return gTagsRAF.item(18); }
-const TagItem& detail::TagItemCatalogue31::itemRAFRawImageSize() { return gTagsRAF.item(19); }
-const TagItem& detail::TagItemCatalogue31::itemRAFFujiLayout() { return gTagsRAF.item(20); }
-const TagItem& detail::TagItemCatalogue31::itemRAFXTransLayout() { return gTagsRAF.item(21); }
-const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRGBLevelsAuto() { return gTagsRAF.item(22); }
-const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRGBLevelsDaylight() { return gTagsRAF.item(23); }
-const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRGBLevelsCloudy() { return gTagsRAF.item(24); }
-const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRGBLevelsDaylightFluor() { return gTagsRAF.item(25); }
-const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRGBLevelsDayWhiteFluor() { return gTagsRAF.item(26); }
-const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRGBLevelsWhiteFluorescent() { return gTagsRAF.item(27); }
-const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRGBLevelsWarmWhiteFluor() { return gTagsRAF.item(28); }
-const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRGBLevelsLivingRoomWarmWhiteFluor() { return gTagsRAF.item(29); }
-const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRGBLevelsTungsten() { return gTagsRAF.item(30); }
-const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRGBLevels() { return gTagsRAF.item(31); }
-const TagItem& detail::TagItemCatalogue31::itemRAFRelativeExposure() { return gTagsRAF.item(32); }
-const TagItem& detail::TagItemCatalogue31::itemRAFRawExposureBias() { return gTagsRAF.item(33); }
+const TagItem& detail::TagItemCatalogue31::itemRAFRawImageFullWidth() { return detail::gTagsRAF.item(0); }
+const TagItem& detail::TagItemCatalogue31::itemRAFRawImageFullHeight() { return detail::gTagsRAF.item(1); }
+const TagItem& detail::TagItemCatalogue31::itemRAFBitsPerSample() { return detail::gTagsRAF.item(2); }
+const TagItem& detail::TagItemCatalogue31::itemRAFStripOffsets() { return detail::gTagsRAF.item(3); }
+const TagItem& detail::TagItemCatalogue31::itemRAFStripByteCounts() { return detail::gTagsRAF.item(4); }
+const TagItem& detail::TagItemCatalogue31::itemRAFBlackLevel() { return detail::gTagsRAF.item(5); }
+const TagItem& detail::TagItemCatalogue31::itemRAFGeometricDistortionParams() { return detail::gTagsRAF.item(6); }
+const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRBLevelsStandard() { return detail::gTagsRAF.item(7); }
+const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRBLevelsAuto() { return detail::gTagsRAF.item(8); }
+const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRBLevels() { return detail::gTagsRAF.item(9); }
+const TagItem& detail::TagItemCatalogue31::itemRAFChromaticAberrationParams() { return detail::gTagsRAF.item(10); }
+const TagItem& detail::TagItemCatalogue31::itemRAFVignettingParams() { return detail::gTagsRAF.item(11); }
+const TagItem& detail::TagItemCatalogue31::itemRAFRawImageNumber() { return detail::gTagsRAF.item(12); }
+const TagItem& detail::TagItemCatalogue31::itemRAFMRAW_0x0003() { return detail::gTagsRAF.item(13); }
+const TagItem& detail::TagItemCatalogue31::itemRAFMRAW_0x0004() { return detail::gTagsRAF.item(14); }
+const TagItem& detail::TagItemCatalogue31::itemRAFRawImageFullSize() { return detail::gTagsRAF.item(15); }
+const TagItem& detail::TagItemCatalogue31::itemRAFRawImageCropTopLeft() { return detail::gTagsRAF.item(16); }
+const TagItem& detail::TagItemCatalogue31::itemRAFRawImageCroppedSize() { return detail::gTagsRAF.item(17); }
+const TagItem& detail::TagItemCatalogue31::itemRAFRawImageAspectRatio() { return detail::gTagsRAF.item(18); }
+const TagItem& detail::TagItemCatalogue31::itemRAFRawImageSize() { return detail::gTagsRAF.item(19); }
+const TagItem& detail::TagItemCatalogue31::itemRAFFujiLayout() { return detail::gTagsRAF.item(20); }
+const TagItem& detail::TagItemCatalogue31::itemRAFXTransLayout() { return detail::gTagsRAF.item(21); }
+const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRGBLevelsAuto() { return detail::gTagsRAF.item(22); }
+const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRGBLevelsDaylight() { return detail::gTagsRAF.item(23); }
+const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRGBLevelsCloudy() { return detail::gTagsRAF.item(24); }
+const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRGBLevelsDaylightFluor() { return detail::gTagsRAF.item(25); }
+const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRGBLevelsDayWhiteFluor() { return detail::gTagsRAF.item(26); }
+const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRGBLevelsWhiteFluorescent() { return detail::gTagsRAF.item(27); }
+const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRGBLevelsWarmWhiteFluor() { return detail::gTagsRAF.item(28); }
+const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRGBLevelsLivingRoomWarmWhiteFluor() { return detail::gTagsRAF.item(29); }
+const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRGBLevelsTungsten() { return detail::gTagsRAF.item(30); }
+const TagItem& detail::TagItemCatalogue31::itemRAFWB_GRGBLevels() { return detail::gTagsRAF.item(31); }
+const TagItem& detail::TagItemCatalogue31::itemRAFRelativeExposure() { return detail::gTagsRAF.item(32); }
+const TagItem& detail::TagItemCatalogue31::itemRAFRawExposureBias() { return detail::gTagsRAF.item(33); }
 
 const TagStrings& TagStringsCatalogue::stringsRIFF() {
   return gStringsRIFF.strings(&TagStringsCatalogue::stringTableRIFF);
@@ -13791,186 +13797,186 @@ TagStringTable TagStringsCatalogue::stringTableRIFF(ETLanguage language) {
   return gStringsRIFF.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue31::allStreamsRIFF() {
-  return gTagsRIFF.all();
+  return detail::gTagsRIFF.all();
 }
-const TagItem& detail::TagItemCatalogue31::itemRIFFAlphaPreprocessing() { return gTagsRIFF.item(0); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFAlphaFiltering() { return gTagsRIFF.item(1); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFAlphaCompression() { return gTagsRIFF.item(2); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFBackgroundColor() { return gTagsRIFF.item(3); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFAnimationLoopCount() { return gTagsRIFF.item(4); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFDuration() { return gTagsRIFF.item(5); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFFrameRate() { return gTagsRIFF.item(6); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFMaxDataRate() { return gTagsRIFF.item(7); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFFrameCount() { return gTagsRIFF.item(8); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFStreamCount() { return gTagsRIFF.item(9); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFImageWidth() { return gTagsRIFF.item(10); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFImageHeight() { return gTagsRIFF.item(11); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFAcidizerFlags() { return gTagsRIFF.item(12); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFRootNote() { return gTagsRIFF.item(13); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFBeats() { return gTagsRIFF.item(14); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFMeter() { return gTagsRIFF.item(15); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFTempo() { return gTagsRIFF.item(16); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFEncoding() { return gTagsRIFF.item(17); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFNumChannels() { return gTagsRIFF.item(18); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFSampleRate() { return gTagsRIFF.item(19); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFAvgBytesPerSec() { return gTagsRIFF.item(20); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFBitsPerSample() { return gTagsRIFF.item(21); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFDescription() { return gTagsRIFF.item(22); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFOriginator() { return gTagsRIFF.item(23); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFOriginatorReference() { return gTagsRIFF.item(24); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFDateTimeOriginal() { return gTagsRIFF.item(25); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFTimeReference() { return gTagsRIFF.item(26); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFBWFVersion() { return gTagsRIFF.item(27); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFBWF_UMID() { return gTagsRIFF.item(28); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFCodingHistory() { return gTagsRIFF.item(29); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFCodePage() { return gTagsRIFF.item(30); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFCountryCode() { return gTagsRIFF.item(31); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFLanguageCode() { return gTagsRIFF.item(32); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFDialect() { return gTagsRIFF.item(33); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFRIFFSize64() { return gTagsRIFF.item(34); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFDataSize64() { return gTagsRIFF.item(35); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFNumberOfSamples64() { return gTagsRIFF.item(36); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFMake() { return gTagsRIFF.item(37); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFModel() { return gTagsRIFF.item(38); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFMakerNotes() { return gTagsRIFF.item(39); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFRelatedImageFile() { return gTagsRIFF.item(40); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFTimeCreated() { return gTagsRIFF.item(41); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFUserComment() { return gTagsRIFF.item(42); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFExifVersion() { return gTagsRIFF.item(43); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFTotalFrameCount() { return gTagsRIFF.item(44); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFTimeCode() { return gTagsRIFF.item(45); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFRated() { return gTagsRIFF.item(46); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFComment() { return gTagsRIFF.item(47); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFEncodedBy() { return gTagsRIFF.item(48); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFComments() { return gTagsRIFF.item(49); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFDirectory() { return gTagsRIFF.item(50); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFSoundSchemeTitle() { return gTagsRIFF.item(51); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFGenre() { return gTagsRIFF.item(52); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFArchivalLocation() { return gTagsRIFF.item(53); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFArtist() { return gTagsRIFF.item(54); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFFirstLanguage() { return gTagsRIFF.item(55); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFSecondLanguage() { return gTagsRIFF.item(56); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFThirdLanguage() { return gTagsRIFF.item(57); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFFourthLanguage() { return gTagsRIFF.item(58); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFFifthLanguage() { return gTagsRIFF.item(59); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFSixthLanguage() { return gTagsRIFF.item(60); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFSeventhLanguage() { return gTagsRIFF.item(61); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFEighthLanguage() { return gTagsRIFF.item(62); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFNinthLanguage() { return gTagsRIFF.item(63); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFBaseURL() { return gTagsRIFF.item(64); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFDefaultAudioStream() { return gTagsRIFF.item(65); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFCostumeDesigner() { return gTagsRIFF.item(66); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFCommissioned() { return gTagsRIFF.item(67); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFCinematographer() { return gTagsRIFF.item(68); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFCountry() { return gTagsRIFF.item(69); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFCopyright() { return gTagsRIFF.item(70); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFDateCreated() { return gTagsRIFF.item(71); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFCropped() { return gTagsRIFF.item(72); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFDimensions() { return gTagsRIFF.item(73); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFDotsPerInch() { return gTagsRIFF.item(74); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFDistributedBy() { return gTagsRIFF.item(75); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFEditedBy() { return gTagsRIFF.item(76); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFEngineer() { return gTagsRIFF.item(77); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFKeywords() { return gTagsRIFF.item(78); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFLightness() { return gTagsRIFF.item(79); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFLogoURL() { return gTagsRIFF.item(80); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFLogoIconURL() { return gTagsRIFF.item(81); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFLanguage() { return gTagsRIFF.item(82); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFMoreInfoBannerImage() { return gTagsRIFF.item(83); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFMoreInfoBannerURL() { return gTagsRIFF.item(84); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFMedium() { return gTagsRIFF.item(85); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFMoreInfoText() { return gTagsRIFF.item(86); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFMoreInfoURL() { return gTagsRIFF.item(87); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFMusicBy() { return gTagsRIFF.item(88); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFTitle() { return gTagsRIFF.item(89); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFProductionDesigner() { return gTagsRIFF.item(90); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFNumColors() { return gTagsRIFF.item(91); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFProduct() { return gTagsRIFF.item(92); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFProducedBy() { return gTagsRIFF.item(93); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFRippedBy() { return gTagsRIFF.item(94); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFRating() { return gTagsRIFF.item(95); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFSubject() { return gTagsRIFF.item(96); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFSoftware() { return gTagsRIFF.item(97); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFSecondaryGenre() { return gTagsRIFF.item(98); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFSharpness() { return gTagsRIFF.item(99); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFSource() { return gTagsRIFF.item(100); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFSourceForm() { return gTagsRIFF.item(101); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFProductionStudio() { return gTagsRIFF.item(102); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFStarring() { return gTagsRIFF.item(103); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFTechnician() { return gTagsRIFF.item(104); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFTrackNumber() { return gTagsRIFF.item(105); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFWatermarkURL() { return gTagsRIFF.item(106); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFWrittenBy() { return gTagsRIFF.item(107); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFLocation() { return gTagsRIFF.item(108); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFPart() { return gTagsRIFF.item(109); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFNumberOfParts() { return gTagsRIFF.item(110); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFRate() { return gTagsRIFF.item(111); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFStatistics() { return gTagsRIFF.item(112); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFTapeName() { return gTagsRIFF.item(113); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFEndTimecode() { return gTagsRIFF.item(114); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFStartTimecode() { return gTagsRIFF.item(115); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFLength() { return gTagsRIFF.item(116); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFOrganization() { return gTagsRIFF.item(117); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFURL() { return gTagsRIFF.item(118); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFVersion() { return gTagsRIFF.item(119); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFVegasVersionMajor() { return gTagsRIFF.item(120); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFVegasVersionMinor() { return gTagsRIFF.item(121); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFYear() { return gTagsRIFF.item(122); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFUnshiftedNote() { return gTagsRIFF.item(123); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFFineTune() { return gTagsRIFF.item(124); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFGain() { return gTagsRIFF.item(125); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFLowNote() { return gTagsRIFF.item(126); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFHighNote() { return gTagsRIFF.item(127); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFLowVelocity() { return gTagsRIFF.item(128); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFHighVelocity() { return gTagsRIFF.item(129); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFUnknownEXIF() { return gTagsRIFF.item(130); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFTextJunk() { return gTagsRIFF.item(131); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFOldXMP() { return gTagsRIFF.item(132); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFAfsp() { return gTagsRIFF.item(133); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFCuePoints() { return gTagsRIFF.item(134); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFNumberOfSamples() { return gTagsRIFF.item(135); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFGuano() { return gTagsRIFF.item(136); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFCuePointLabel() { return gTagsRIFF.item(137); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFListType() { return gTagsRIFF.item(138); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFLabeledText() { return gTagsRIFF.item(139); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFCuePointNote() { return gTagsRIFF.item(140); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFPlaylist() { return gTagsRIFF.item(141); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFText() { return gTagsRIFF.item(142); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFManufacturer() { return gTagsRIFF.item(143); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFSamplePeriod() { return gTagsRIFF.item(144); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFMIDIUnityNote() { return gTagsRIFF.item(145); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFMIDIPitchFraction() { return gTagsRIFF.item(146); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFSMPTEFormat() { return gTagsRIFF.item(147); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFSMPTEOffset() { return gTagsRIFF.item(148); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFNumSampleLoops() { return gTagsRIFF.item(149); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFSamplerDataLen() { return gTagsRIFF.item(150); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFSamplerData() { return gTagsRIFF.item(151); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFTextFormat() { return gTagsRIFF.item(152); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFStreamName() { return gTagsRIFF.item(153); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFVendorName() { return gTagsRIFF.item(154); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFUnknownData() { return gTagsRIFF.item(155); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFStreamType() { return gTagsRIFF.item(156); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFAudioCodec() { return gTagsRIFF.item(157); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFVideoCodec() { return gTagsRIFF.item(158); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFCodec() { return gTagsRIFF.item(159); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFAudioSampleRate() { return gTagsRIFF.item(160); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFVideoFrameRate() { return gTagsRIFF.item(161); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFStreamSampleRate() { return gTagsRIFF.item(162); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFAudioSampleCount() { return gTagsRIFF.item(163); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFVideoFrameCount() { return gTagsRIFF.item(164); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFStreamSampleCount() { return gTagsRIFF.item(165); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFQuality() { return gTagsRIFF.item(166); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFSampleSize() { return gTagsRIFF.item(167); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFGPSAltitude() { return gTagsRIFF.item(168); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFAccelerometer() { return gTagsRIFF.item(169); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFGPSSpeed() { return gTagsRIFF.item(170); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFGPSLatitude() { return gTagsRIFF.item(171); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFGPSLongitude() { return gTagsRIFF.item(172); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFGPSDateTime() { return gTagsRIFF.item(173); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFVP8Version() { return gTagsRIFF.item(174); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFHorizontalScale() { return gTagsRIFF.item(175); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFVerticalScale() { return gTagsRIFF.item(176); }
-const TagItem& detail::TagItemCatalogue31::itemRIFFWebP_Flags() { return gTagsRIFF.item(177); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFAlphaPreprocessing() { return detail::gTagsRIFF.item(0); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFAlphaFiltering() { return detail::gTagsRIFF.item(1); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFAlphaCompression() { return detail::gTagsRIFF.item(2); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFBackgroundColor() { return detail::gTagsRIFF.item(3); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFAnimationLoopCount() { return detail::gTagsRIFF.item(4); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFDuration() { return detail::gTagsRIFF.item(5); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFFrameRate() { return detail::gTagsRIFF.item(6); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFMaxDataRate() { return detail::gTagsRIFF.item(7); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFFrameCount() { return detail::gTagsRIFF.item(8); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFStreamCount() { return detail::gTagsRIFF.item(9); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFImageWidth() { return detail::gTagsRIFF.item(10); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFImageHeight() { return detail::gTagsRIFF.item(11); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFAcidizerFlags() { return detail::gTagsRIFF.item(12); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFRootNote() { return detail::gTagsRIFF.item(13); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFBeats() { return detail::gTagsRIFF.item(14); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFMeter() { return detail::gTagsRIFF.item(15); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFTempo() { return detail::gTagsRIFF.item(16); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFEncoding() { return detail::gTagsRIFF.item(17); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFNumChannels() { return detail::gTagsRIFF.item(18); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFSampleRate() { return detail::gTagsRIFF.item(19); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFAvgBytesPerSec() { return detail::gTagsRIFF.item(20); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFBitsPerSample() { return detail::gTagsRIFF.item(21); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFDescription() { return detail::gTagsRIFF.item(22); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFOriginator() { return detail::gTagsRIFF.item(23); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFOriginatorReference() { return detail::gTagsRIFF.item(24); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFDateTimeOriginal() { return detail::gTagsRIFF.item(25); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFTimeReference() { return detail::gTagsRIFF.item(26); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFBWFVersion() { return detail::gTagsRIFF.item(27); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFBWF_UMID() { return detail::gTagsRIFF.item(28); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFCodingHistory() { return detail::gTagsRIFF.item(29); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFCodePage() { return detail::gTagsRIFF.item(30); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFCountryCode() { return detail::gTagsRIFF.item(31); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFLanguageCode() { return detail::gTagsRIFF.item(32); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFDialect() { return detail::gTagsRIFF.item(33); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFRIFFSize64() { return detail::gTagsRIFF.item(34); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFDataSize64() { return detail::gTagsRIFF.item(35); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFNumberOfSamples64() { return detail::gTagsRIFF.item(36); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFMake() { return detail::gTagsRIFF.item(37); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFModel() { return detail::gTagsRIFF.item(38); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFMakerNotes() { return detail::gTagsRIFF.item(39); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFRelatedImageFile() { return detail::gTagsRIFF.item(40); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFTimeCreated() { return detail::gTagsRIFF.item(41); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFUserComment() { return detail::gTagsRIFF.item(42); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFExifVersion() { return detail::gTagsRIFF.item(43); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFTotalFrameCount() { return detail::gTagsRIFF.item(44); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFTimeCode() { return detail::gTagsRIFF.item(45); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFRated() { return detail::gTagsRIFF.item(46); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFComment() { return detail::gTagsRIFF.item(47); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFEncodedBy() { return detail::gTagsRIFF.item(48); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFComments() { return detail::gTagsRIFF.item(49); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFDirectory() { return detail::gTagsRIFF.item(50); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFSoundSchemeTitle() { return detail::gTagsRIFF.item(51); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFGenre() { return detail::gTagsRIFF.item(52); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFArchivalLocation() { return detail::gTagsRIFF.item(53); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFArtist() { return detail::gTagsRIFF.item(54); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFFirstLanguage() { return detail::gTagsRIFF.item(55); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFSecondLanguage() { return detail::gTagsRIFF.item(56); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFThirdLanguage() { return detail::gTagsRIFF.item(57); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFFourthLanguage() { return detail::gTagsRIFF.item(58); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFFifthLanguage() { return detail::gTagsRIFF.item(59); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFSixthLanguage() { return detail::gTagsRIFF.item(60); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFSeventhLanguage() { return detail::gTagsRIFF.item(61); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFEighthLanguage() { return detail::gTagsRIFF.item(62); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFNinthLanguage() { return detail::gTagsRIFF.item(63); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFBaseURL() { return detail::gTagsRIFF.item(64); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFDefaultAudioStream() { return detail::gTagsRIFF.item(65); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFCostumeDesigner() { return detail::gTagsRIFF.item(66); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFCommissioned() { return detail::gTagsRIFF.item(67); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFCinematographer() { return detail::gTagsRIFF.item(68); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFCountry() { return detail::gTagsRIFF.item(69); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFCopyright() { return detail::gTagsRIFF.item(70); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFDateCreated() { return detail::gTagsRIFF.item(71); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFCropped() { return detail::gTagsRIFF.item(72); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFDimensions() { return detail::gTagsRIFF.item(73); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFDotsPerInch() { return detail::gTagsRIFF.item(74); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFDistributedBy() { return detail::gTagsRIFF.item(75); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFEditedBy() { return detail::gTagsRIFF.item(76); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFEngineer() { return detail::gTagsRIFF.item(77); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFKeywords() { return detail::gTagsRIFF.item(78); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFLightness() { return detail::gTagsRIFF.item(79); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFLogoURL() { return detail::gTagsRIFF.item(80); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFLogoIconURL() { return detail::gTagsRIFF.item(81); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFLanguage() { return detail::gTagsRIFF.item(82); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFMoreInfoBannerImage() { return detail::gTagsRIFF.item(83); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFMoreInfoBannerURL() { return detail::gTagsRIFF.item(84); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFMedium() { return detail::gTagsRIFF.item(85); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFMoreInfoText() { return detail::gTagsRIFF.item(86); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFMoreInfoURL() { return detail::gTagsRIFF.item(87); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFMusicBy() { return detail::gTagsRIFF.item(88); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFTitle() { return detail::gTagsRIFF.item(89); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFProductionDesigner() { return detail::gTagsRIFF.item(90); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFNumColors() { return detail::gTagsRIFF.item(91); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFProduct() { return detail::gTagsRIFF.item(92); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFProducedBy() { return detail::gTagsRIFF.item(93); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFRippedBy() { return detail::gTagsRIFF.item(94); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFRating() { return detail::gTagsRIFF.item(95); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFSubject() { return detail::gTagsRIFF.item(96); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFSoftware() { return detail::gTagsRIFF.item(97); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFSecondaryGenre() { return detail::gTagsRIFF.item(98); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFSharpness() { return detail::gTagsRIFF.item(99); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFSource() { return detail::gTagsRIFF.item(100); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFSourceForm() { return detail::gTagsRIFF.item(101); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFProductionStudio() { return detail::gTagsRIFF.item(102); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFStarring() { return detail::gTagsRIFF.item(103); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFTechnician() { return detail::gTagsRIFF.item(104); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFTrackNumber() { return detail::gTagsRIFF.item(105); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFWatermarkURL() { return detail::gTagsRIFF.item(106); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFWrittenBy() { return detail::gTagsRIFF.item(107); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFLocation() { return detail::gTagsRIFF.item(108); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFPart() { return detail::gTagsRIFF.item(109); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFNumberOfParts() { return detail::gTagsRIFF.item(110); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFRate() { return detail::gTagsRIFF.item(111); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFStatistics() { return detail::gTagsRIFF.item(112); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFTapeName() { return detail::gTagsRIFF.item(113); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFEndTimecode() { return detail::gTagsRIFF.item(114); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFStartTimecode() { return detail::gTagsRIFF.item(115); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFLength() { return detail::gTagsRIFF.item(116); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFOrganization() { return detail::gTagsRIFF.item(117); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFURL() { return detail::gTagsRIFF.item(118); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFVersion() { return detail::gTagsRIFF.item(119); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFVegasVersionMajor() { return detail::gTagsRIFF.item(120); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFVegasVersionMinor() { return detail::gTagsRIFF.item(121); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFYear() { return detail::gTagsRIFF.item(122); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFUnshiftedNote() { return detail::gTagsRIFF.item(123); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFFineTune() { return detail::gTagsRIFF.item(124); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFGain() { return detail::gTagsRIFF.item(125); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFLowNote() { return detail::gTagsRIFF.item(126); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFHighNote() { return detail::gTagsRIFF.item(127); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFLowVelocity() { return detail::gTagsRIFF.item(128); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFHighVelocity() { return detail::gTagsRIFF.item(129); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFUnknownEXIF() { return detail::gTagsRIFF.item(130); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFTextJunk() { return detail::gTagsRIFF.item(131); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFOldXMP() { return detail::gTagsRIFF.item(132); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFAfsp() { return detail::gTagsRIFF.item(133); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFCuePoints() { return detail::gTagsRIFF.item(134); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFNumberOfSamples() { return detail::gTagsRIFF.item(135); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFGuano() { return detail::gTagsRIFF.item(136); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFCuePointLabel() { return detail::gTagsRIFF.item(137); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFListType() { return detail::gTagsRIFF.item(138); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFLabeledText() { return detail::gTagsRIFF.item(139); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFCuePointNote() { return detail::gTagsRIFF.item(140); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFPlaylist() { return detail::gTagsRIFF.item(141); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFText() { return detail::gTagsRIFF.item(142); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFManufacturer() { return detail::gTagsRIFF.item(143); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFSamplePeriod() { return detail::gTagsRIFF.item(144); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFMIDIUnityNote() { return detail::gTagsRIFF.item(145); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFMIDIPitchFraction() { return detail::gTagsRIFF.item(146); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFSMPTEFormat() { return detail::gTagsRIFF.item(147); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFSMPTEOffset() { return detail::gTagsRIFF.item(148); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFNumSampleLoops() { return detail::gTagsRIFF.item(149); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFSamplerDataLen() { return detail::gTagsRIFF.item(150); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFSamplerData() { return detail::gTagsRIFF.item(151); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFTextFormat() { return detail::gTagsRIFF.item(152); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFStreamName() { return detail::gTagsRIFF.item(153); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFVendorName() { return detail::gTagsRIFF.item(154); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFUnknownData() { return detail::gTagsRIFF.item(155); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFStreamType() { return detail::gTagsRIFF.item(156); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFAudioCodec() { return detail::gTagsRIFF.item(157); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFVideoCodec() { return detail::gTagsRIFF.item(158); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFCodec() { return detail::gTagsRIFF.item(159); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFAudioSampleRate() { return detail::gTagsRIFF.item(160); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFVideoFrameRate() { return detail::gTagsRIFF.item(161); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFStreamSampleRate() { return detail::gTagsRIFF.item(162); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFAudioSampleCount() { return detail::gTagsRIFF.item(163); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFVideoFrameCount() { return detail::gTagsRIFF.item(164); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFStreamSampleCount() { return detail::gTagsRIFF.item(165); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFQuality() { return detail::gTagsRIFF.item(166); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFSampleSize() { return detail::gTagsRIFF.item(167); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFGPSAltitude() { return detail::gTagsRIFF.item(168); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFAccelerometer() { return detail::gTagsRIFF.item(169); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFGPSSpeed() { return detail::gTagsRIFF.item(170); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFGPSLatitude() { return detail::gTagsRIFF.item(171); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFGPSLongitude() { return detail::gTagsRIFF.item(172); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFGPSDateTime() { return detail::gTagsRIFF.item(173); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFVP8Version() { return detail::gTagsRIFF.item(174); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFHorizontalScale() { return detail::gTagsRIFF.item(175); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFVerticalScale() { return detail::gTagsRIFF.item(176); }
+const TagItem& detail::TagItemCatalogue31::itemRIFFWebP_Flags() { return detail::gTagsRIFF.item(177); }
 
 const TagStrings& TagStringsCatalogue::stringsRSRC() {
   return gStringsRSRC.strings(&TagStringsCatalogue::stringTableRSRC);
@@ -13979,20 +13985,13 @@ TagStringTable TagStringsCatalogue::stringTableRSRC(ETLanguage language) {
   return gStringsRSRC.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue31::allStreamsRSRC() {
-  return gTagsRSRC.all();
+  return detail::gTagsRSRC.all();
 }
-const TagItem& detail::TagItemCatalogue31::itemRSRCApplicationMissingMsg() { return gTagsRSRC.item(0); }
-const TagItem& detail::TagItemCatalogue31::itemRSRCCreatorApplication() { return gTagsRSRC.item(1); }
-const TagItem& detail::TagItemCatalogue31::itemRSRCKeywords() { return gTagsRSRC.item(2); }
-const TagItem& detail::TagItemCatalogue31::itemRSRCDescription() { return gTagsRSRC.item(3); }
-const TagItem& detail::TagItemCatalogue31::itemRSRCOpenWithApplication() { return gTagsRSRC.item(4); }
-const TagItem& detail::TagItemCatalogue31::itemRSRCApplicationVersion() { return gTagsRSRC.item(5); }
-
-namespace detail {
-const TagItem* findInQuickTime(std::string_view key) { return gTagsQuickTime.find(key); }
-const TagItem* findInRAF(std::string_view key) { return gTagsRAF.find(key); }
-const TagItem* findInRIFF(std::string_view key) { return gTagsRIFF.find(key); }
-const TagItem* findInRSRC(std::string_view key) { return gTagsRSRC.find(key); }
-}  // namespace detail
+const TagItem& detail::TagItemCatalogue31::itemRSRCApplicationMissingMsg() { return detail::gTagsRSRC.item(0); }
+const TagItem& detail::TagItemCatalogue31::itemRSRCCreatorApplication() { return detail::gTagsRSRC.item(1); }
+const TagItem& detail::TagItemCatalogue31::itemRSRCKeywords() { return detail::gTagsRSRC.item(2); }
+const TagItem& detail::TagItemCatalogue31::itemRSRCDescription() { return detail::gTagsRSRC.item(3); }
+const TagItem& detail::TagItemCatalogue31::itemRSRCOpenWithApplication() { return detail::gTagsRSRC.item(4); }
+const TagItem& detail::TagItemCatalogue31::itemRSRCApplicationVersion() { return detail::gTagsRSRC.item(5); }
 
 }  // namespace lorvane

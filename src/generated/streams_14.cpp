@@ -7,6 +7,8 @@
 namespace lorvane {
 namespace {
 
+using enum detail::TagFlag;
+
 constexpr char kText[] =
     "Author" "BackupTime" "Category" "Comment" "Company" "Copyright" "CreateDate" "Comments"
     "TotalEditTime" "HyperlinkBase" "InternalIDNumber" "Keywords" "Manager" "Characters"
@@ -1139,30 +1141,30 @@ constexpr char kText[] =
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsRTF[] = {
-    {{0, 6}, TagType::string, 0, 0, 0, 0},  // Author
-    {{6, 10}, TagType::date, 0, 0, 0, 0},  // BackupTime
-    {{16, 8}, TagType::string, 0, 0, 0, 0},  // Category
-    {{24, 7}, TagType::string, 0, 0, 0, 0},  // Comment
-    {{31, 7}, TagType::string, 0, 0, 0, 0},  // Company
-    {{38, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
-    {{47, 10}, TagType::date, 0, 0, 0, 0},  // CreateDate
-    {{57, 8}, TagType::string, 0, 0, 0, 0},  // Comments
-    {{65, 13}, TagType::string, 0, 0, 0, 0},  // TotalEditTime
-    {{78, 13}, TagType::string, 0, 0, 0, 0},  // HyperlinkBase
-    {{91, 16}, TagType::string, 0, 0, 0, 0},  // InternalIDNumber
-    {{107, 8}, TagType::string, 0, 0, 0, 0},  // Keywords
-    {{115, 7}, TagType::string, 0, 0, 0, 0},  // Manager
-    {{122, 10}, TagType::string, 0, 0, 0, 0},  // Characters
-    {{132, 20}, TagType::string, 0, 0, 0, 0},  // CharactersWithSpaces
-    {{152, 5}, TagType::string, 0, 0, 0, 0},  // Pages
-    {{157, 5}, TagType::string, 0, 0, 0, 0},  // Words
-    {{162, 14}, TagType::string, 0, 0, 0, 0},  // LastModifiedBy
-    {{176, 11}, TagType::date, 0, 0, 0, 0},  // LastPrinted
-    {{187, 10}, TagType::date, 0, 0, 0, 0},  // ModifyDate
-    {{197, 7}, TagType::string, 0, 0, 0, 0},  // Subject
-    {{204, 5}, TagType::string, 0, 0, 0, 0},  // Title
-    {{209, 21}, TagType::string, 0, 0, 0, 0},  // InternalVersionNumber
-    {{230, 14}, TagType::string, 0, 0, 0, 0},  // RevisionNumber
+    {{0, 6}, TagType::string, none, 0, 0, 0},  // Author
+    {{6, 10}, TagType::date, none, 0, 0, 0},  // BackupTime
+    {{16, 8}, TagType::string, none, 0, 0, 0},  // Category
+    {{24, 7}, TagType::string, none, 0, 0, 0},  // Comment
+    {{31, 7}, TagType::string, none, 0, 0, 0},  // Company
+    {{38, 9}, TagType::string, none, 0, 0, 0},  // Copyright
+    {{47, 10}, TagType::date, none, 0, 0, 0},  // CreateDate
+    {{57, 8}, TagType::string, none, 0, 0, 0},  // Comments
+    {{65, 13}, TagType::string, none, 0, 0, 0},  // TotalEditTime
+    {{78, 13}, TagType::string, none, 0, 0, 0},  // HyperlinkBase
+    {{91, 16}, TagType::string, none, 0, 0, 0},  // InternalIDNumber
+    {{107, 8}, TagType::string, none, 0, 0, 0},  // Keywords
+    {{115, 7}, TagType::string, none, 0, 0, 0},  // Manager
+    {{122, 10}, TagType::string, none, 0, 0, 0},  // Characters
+    {{132, 20}, TagType::string, none, 0, 0, 0},  // CharactersWithSpaces
+    {{152, 5}, TagType::string, none, 0, 0, 0},  // Pages
+    {{157, 5}, TagType::string, none, 0, 0, 0},  // Words
+    {{162, 14}, TagType::string, none, 0, 0, 0},  // LastModifiedBy
+    {{176, 11}, TagType::date, none, 0, 0, 0},  // LastPrinted
+    {{187, 10}, TagType::date, none, 0, 0, 0},  // ModifyDate
+    {{197, 7}, TagType::string, none, 0, 0, 0},  // Subject
+    {{204, 5}, TagType::string, none, 0, 0, 0},  // Title
+    {{209, 21}, TagType::string, none, 0, 0, 0},  // InternalVersionNumber
+    {{230, 14}, TagType::string, none, 0, 0, 0},  // RevisionNumber
 };
 constexpr detail::StringRow kStringsEnglishRTF[] = {
     {{244, 10}, {0, 6}},
@@ -1273,23 +1275,22 @@ constexpr std::uint16_t kKeyOrderRTF[] = {
     0, 1, 2, 13, 14, 3, 7, 4, 5, 6, 9, 10, 22, 11, 17, 18, 12, 19, 15, 23, 20, 21, 8, 16,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsRTF[24];
-constinit detail::StreamTags gTagsRTF("RTF", kText, kTagsRTF, kKeyOrderRTF, {}, gItemsRTF, &TagStringsCatalogue::stringsRTF);
 
 // Radiance: 11 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsRadiance[] = {
-    {{1705, 7}, TagType::string, 0, 0, 0, 0},  // Command
-    {{24, 7}, TagType::string, 0, 0, 0, 0},  // Comment
-    {{1712, 11}, TagType::string, 0, 0, 0, 8},  // Orientation
-    {{1723, 15}, TagType::string, 0, 0, 0, 0},  // ColorCorrection
-    {{1738, 8}, TagType::string, 0, 0, 0, 0},  // Exposure
-    {{1746, 6}, TagType::string, 0, 0, 0, 0},  // Format
-    {{1752, 5}, TagType::string, 0, 0, 0, 0},  // Gamma
-    {{1757, 16}, TagType::string, 0, 0, 0, 0},  // PixelAspectRatio
-    {{1773, 14}, TagType::string, 0, 0, 0, 0},  // ColorPrimaries
-    {{1787, 8}, TagType::string, 0, 0, 0, 0},  // Software
-    {{1795, 4}, TagType::string, 0, 0, 0, 0},  // View
+    {{1705, 7}, TagType::string, none, 0, 0, 0},  // Command
+    {{24, 7}, TagType::string, none, 0, 0, 0},  // Comment
+    {{1712, 11}, TagType::string, none, 0, 0, 8},  // Orientation
+    {{1723, 15}, TagType::string, none, 0, 0, 0},  // ColorCorrection
+    {{1738, 8}, TagType::string, none, 0, 0, 0},  // Exposure
+    {{1746, 6}, TagType::string, none, 0, 0, 0},  // Format
+    {{1752, 5}, TagType::string, none, 0, 0, 0},  // Gamma
+    {{1757, 16}, TagType::string, none, 0, 0, 0},  // PixelAspectRatio
+    {{1773, 14}, TagType::string, none, 0, 0, 0},  // ColorPrimaries
+    {{1787, 8}, TagType::string, none, 0, 0, 0},  // Software
+    {{1795, 4}, TagType::string, none, 0, 0, 0},  // View
 };
 constexpr detail::TextRef kChoicesRadiance[] = {
     {1799, 5}, {1804, 5}, {1809, 5}, {1814, 5}, {1819, 5}, {1824, 5}, {1829, 5}, {1834, 5},
@@ -1401,17 +1402,16 @@ constexpr std::uint16_t kKeyOrderRadiance[] = {
     3, 8, 0, 1, 4, 5, 6, 2, 7, 9, 10,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsRadiance[11];
-constinit detail::StreamTags gTagsRadiance("Radiance", kText, kTagsRadiance, kKeyOrderRadiance, kChoicesRadiance, gItemsRadiance, &TagStringsCatalogue::stringsRadiance);
 
 // Rawzor: 5 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsRawzor[] = {
-    {{3833, 17}, TagType::string, 0, 0, 0, 0},  // CompressionFactor
-    {{3850, 16}, TagType::string, 0, 0, 0, 0},  // OriginalFileSize
-    {{3866, 16}, TagType::string, 0, 0, 0, 0},  // OriginalFileType
-    {{3882, 20}, TagType::string, 0, 0, 0, 0},  // RawzorCreatorVersion
-    {{3902, 21}, TagType::string, 0, 0, 0, 0},  // RawzorRequiredVersion
+    {{3833, 17}, TagType::string, none, 0, 0, 0},  // CompressionFactor
+    {{3850, 16}, TagType::string, none, 0, 0, 0},  // OriginalFileSize
+    {{3866, 16}, TagType::string, none, 0, 0, 0},  // OriginalFileType
+    {{3882, 20}, TagType::string, none, 0, 0, 0},  // RawzorCreatorVersion
+    {{3902, 21}, TagType::string, none, 0, 0, 0},  // RawzorRequiredVersion
 };
 constexpr detail::StringRow kStringsEnglishRawzor[] = {
     {{3923, 24}, {3947, 18}},
@@ -1432,96 +1432,95 @@ constexpr std::uint16_t kKeyOrderRawzor[] = {
     0, 1, 2, 3, 4,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsRawzor[5];
-constinit detail::StreamTags gTagsRawzor("Rawzor", kText, kTagsRawzor, kKeyOrderRawzor, {}, gItemsRawzor, &TagStringsCatalogue::stringsRawzor);
 
 // Real: 84 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsReal[] = {
-    {{4205, 8}, TagType::int16u, 0, 0, 0, 0},  // Channels
-    {{4213, 7}, TagType::int32s, 0, 3, 0, 0},  // Unknown
-    {{4220, 14}, TagType::int32s, 0, 0, 0, 0},  // BytesPerMinute
-    {{4234, 10}, TagType::int32u, 0, 0, 0, 0},  // AudioBytes
-    {{4244, 8}, TagType::int32s, 0, 0, 0, 0},  // TitleLen
-    {{204, 5}, TagType::string, 0, 0, 0, 0},  // Title
-    {{4252, 9}, TagType::int8u, 0, 0, 0, 0},  // ArtistLen
-    {{4261, 6}, TagType::string, 0, 0, 0, 0},  // Artist
-    {{4267, 12}, TagType::int32s, 0, 0, 0, 0},  // CopyrightLen
-    {{38, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
-    {{4279, 10}, TagType::int32s, 0, 0, 0, 0},  // CommentLen
-    {{24, 7}, TagType::string, 0, 0, 0, 0},  // Comment
-    {{4289, 7}, TagType::string, 0, 4, 0, 0},  // FourCC1
-    {{4296, 13}, TagType::int32u, 0, 0, 0, 0},  // AudioFileSize
-    {{4309, 8}, TagType::int16u, 0, 0, 0, 0},  // Version2
-    {{4317, 10}, TagType::int32u, 0, 0, 0, 0},  // HeaderSize
-    {{4327, 13}, TagType::int16u, 0, 0, 0, 0},  // CodecFlavorID
-    {{4340, 14}, TagType::int32u, 0, 0, 0, 0},  // CodedFrameSize
-    {{4354, 10}, TagType::int16u, 0, 0, 0, 0},  // SubPacketH
-    {{4364, 14}, TagType::int16u, 0, 0, 0, 0},  // AudioFrameSize
-    {{4378, 13}, TagType::int16u, 0, 0, 0, 0},  // SubPacketSize
-    {{4391, 10}, TagType::int16u, 0, 0, 0, 0},  // SampleRate
-    {{4401, 13}, TagType::int32s, 0, 0, 0, 0},  // BitsPerSample
-    {{4414, 10}, TagType::int8u, 0, 0, 0, 0},  // FourCC2Len
-    {{4424, 7}, TagType::string, 0, 4, 0, 0},  // FourCC2
-    {{4431, 10}, TagType::int8u, 0, 0, 0, 0},  // FourCC3Len
-    {{4441, 7}, TagType::string, 0, 4, 0, 0},  // FourCC3
-    {{4448, 9}, TagType::int16u, 0, 0, 0, 0},  // FrameSize
-    {{4457, 11}, TagType::int16u, 0, 0, 0, 0},  // SampleRate2
-    {{4468, 4}, TagType::int32u, 0, 0, 0, 0},  // Genr
-    {{4472, 9}, TagType::int16u, 0, 0, 0, 0},  // AuthorLen
-    {{0, 6}, TagType::string, 0, 0, 0, 0},  // Author
-    {{4481, 9}, TagType::string, 0, 0, 0, 0},  // Audiences
-    {{4490, 11}, TagType::string, 0, 0, 0, 0},  // AudioFormat
-    {{4501, 13}, TagType::string, 0, 0, 0, 7},  // ContentRating
-    {{47, 10}, TagType::string, 0, 0, 0, 0},  // CreateDate
-    {{4514, 11}, TagType::string, 0, 0, 0, 0},  // Description
-    {{4525, 6}, TagType::string, 0, 0, 0, 0},  // FileID
-    {{1787, 8}, TagType::string, 0, 0, 0, 0},  // Software
-    {{4531, 9}, TagType::string, 0, 0, 7, 2},  // Indexable
-    {{107, 8}, TagType::string, 0, 0, 0, 0},  // Keywords
-    {{187, 10}, TagType::string, 0, 0, 0, 0},  // ModifyDate
-    {{4540, 15}, TagType::string, 0, 0, 0, 0},  // TargetAudiences
-    {{4555, 12}, TagType::string, 0, 0, 0, 0},  // VideoQuality
-    {{4567, 9}, TagType::string, 0, 0, 0, 0},  // AudioMode
-    {{4576, 9}, TagType::string, 0, 0, 0, 0},  // VideoMode
-    {{4585, 12}, TagType::int16u, 0, 0, 0, 0},  // StreamNumber
-    {{4597, 16}, TagType::int32u, 0, 0, 0, 0},  // StreamMaxBitrate
-    {{4613, 16}, TagType::int32u, 0, 0, 0, 0},  // StreamAvgBitrate
-    {{4629, 19}, TagType::int32u, 0, 0, 0, 0},  // StreamMaxPacketSize
-    {{4648, 19}, TagType::int32u, 0, 0, 0, 0},  // StreamAvgPacketSize
-    {{4667, 15}, TagType::int32u, 0, 0, 0, 0},  // StreamStartTime
-    {{4682, 13}, TagType::int32u, 0, 0, 0, 0},  // StreamPreroll
-    {{4695, 14}, TagType::int32u, 0, 0, 0, 0},  // StreamDuration
-    {{4709, 13}, TagType::int8u, 0, 0, 0, 0},  // StreamNameLen
-    {{4722, 10}, TagType::string, 0, 0, 0, 0},  // StreamName
-    {{4732, 13}, TagType::int8u, 0, 0, 0, 0},  // StreamMimeLen
-    {{4745, 14}, TagType::string, 0, 0, 0, 0},  // StreamMimeType
-    {{4759, 11}, TagType::int32u, 0, 0, 0, 0},  // FileInfoLen
-    {{4770, 12}, TagType::int32u, 0, 0, 0, 0},  // FileInfoLen2
-    {{4782, 15}, TagType::int16u, 0, 0, 0, 0},  // FileInfoVersion
-    {{4797, 15}, TagType::int16u, 0, 0, 0, 0},  // PhysicalStreams
-    {{4812, 21}, TagType::int16u, 0, 0, 0, 0},  // PhysicalStreamNumbers
-    {{4833, 11}, TagType::int32u, 0, 0, 0, 0},  // DataOffsets
-    {{4844, 8}, TagType::int16u, 0, 0, 0, 0},  // NumRules
-    {{4852, 23}, TagType::int16u, 0, 0, 0, 0},  // PhysicalStreamNumberMap
-    {{4875, 13}, TagType::int16u, 0, 0, 0, 0},  // NumProperties
-    {{4888, 9}, TagType::string, 0, 0, 0, 0},  // AlbumName
-    {{4897, 13}, TagType::string, 0, 0, 0, 0},  // TrackCategory
-    {{4910, 13}, TagType::string, 0, 0, 0, 0},  // TrackComments
-    {{4923, 11}, TagType::string, 0, 0, 0, 0},  // TrackLyrics
-    {{4934, 4}, TagType::string, 0, 0, 0, 0},  // Text
-    {{4938, 3}, TagType::string, 0, 0, 0, 0},  // URL
-    {{4941, 10}, TagType::int32u, 0, 0, 0, 0},  // MaxBitrate
-    {{4951, 10}, TagType::int32u, 0, 0, 0, 0},  // AvgBitrate
-    {{4961, 13}, TagType::int32u, 0, 0, 0, 0},  // MaxPacketSize
-    {{4974, 13}, TagType::int32u, 0, 0, 0, 0},  // AvgPacketSize
-    {{4987, 10}, TagType::int32u, 0, 0, 0, 0},  // NumPackets
-    {{4997, 8}, TagType::int32u, 0, 0, 0, 0},  // Duration
-    {{5005, 7}, TagType::int32u, 0, 0, 0, 0},  // Preroll
-    {{5012, 11}, TagType::int32u, 0, 0, 0, 0},  // IndexOffset
-    {{5023, 10}, TagType::int32u, 0, 0, 0, 0},  // DataOffset
-    {{5033, 10}, TagType::int16u, 0, 0, 0, 0},  // NumStreams
-    {{5043, 5}, TagType::int16u, 0, 0, 9, 4},  // Flags
+    {{4205, 8}, TagType::int16u, none, 0, 0, 0},  // Channels
+    {{4213, 7}, TagType::int32s, none, 3, 0, 0},  // Unknown
+    {{4220, 14}, TagType::int32s, none, 0, 0, 0},  // BytesPerMinute
+    {{4234, 10}, TagType::int32u, none, 0, 0, 0},  // AudioBytes
+    {{4244, 8}, TagType::int32s, none, 0, 0, 0},  // TitleLen
+    {{204, 5}, TagType::string, none, 0, 0, 0},  // Title
+    {{4252, 9}, TagType::int8u, none, 0, 0, 0},  // ArtistLen
+    {{4261, 6}, TagType::string, none, 0, 0, 0},  // Artist
+    {{4267, 12}, TagType::int32s, none, 0, 0, 0},  // CopyrightLen
+    {{38, 9}, TagType::string, none, 0, 0, 0},  // Copyright
+    {{4279, 10}, TagType::int32s, none, 0, 0, 0},  // CommentLen
+    {{24, 7}, TagType::string, none, 0, 0, 0},  // Comment
+    {{4289, 7}, TagType::string, none, 4, 0, 0},  // FourCC1
+    {{4296, 13}, TagType::int32u, none, 0, 0, 0},  // AudioFileSize
+    {{4309, 8}, TagType::int16u, none, 0, 0, 0},  // Version2
+    {{4317, 10}, TagType::int32u, none, 0, 0, 0},  // HeaderSize
+    {{4327, 13}, TagType::int16u, none, 0, 0, 0},  // CodecFlavorID
+    {{4340, 14}, TagType::int32u, none, 0, 0, 0},  // CodedFrameSize
+    {{4354, 10}, TagType::int16u, none, 0, 0, 0},  // SubPacketH
+    {{4364, 14}, TagType::int16u, none, 0, 0, 0},  // AudioFrameSize
+    {{4378, 13}, TagType::int16u, none, 0, 0, 0},  // SubPacketSize
+    {{4391, 10}, TagType::int16u, none, 0, 0, 0},  // SampleRate
+    {{4401, 13}, TagType::int32s, none, 0, 0, 0},  // BitsPerSample
+    {{4414, 10}, TagType::int8u, none, 0, 0, 0},  // FourCC2Len
+    {{4424, 7}, TagType::string, none, 4, 0, 0},  // FourCC2
+    {{4431, 10}, TagType::int8u, none, 0, 0, 0},  // FourCC3Len
+    {{4441, 7}, TagType::string, none, 4, 0, 0},  // FourCC3
+    {{4448, 9}, TagType::int16u, none, 0, 0, 0},  // FrameSize
+    {{4457, 11}, TagType::int16u, none, 0, 0, 0},  // SampleRate2
+    {{4468, 4}, TagType::int32u, none, 0, 0, 0},  // Genr
+    {{4472, 9}, TagType::int16u, none, 0, 0, 0},  // AuthorLen
+    {{0, 6}, TagType::string, none, 0, 0, 0},  // Author
+    {{4481, 9}, TagType::string, none, 0, 0, 0},  // Audiences
+    {{4490, 11}, TagType::string, none, 0, 0, 0},  // AudioFormat
+    {{4501, 13}, TagType::string, none, 0, 0, 7},  // ContentRating
+    {{47, 10}, TagType::string, none, 0, 0, 0},  // CreateDate
+    {{4514, 11}, TagType::string, none, 0, 0, 0},  // Description
+    {{4525, 6}, TagType::string, none, 0, 0, 0},  // FileID
+    {{1787, 8}, TagType::string, none, 0, 0, 0},  // Software
+    {{4531, 9}, TagType::string, none, 0, 7, 2},  // Indexable
+    {{107, 8}, TagType::string, none, 0, 0, 0},  // Keywords
+    {{187, 10}, TagType::string, none, 0, 0, 0},  // ModifyDate
+    {{4540, 15}, TagType::string, none, 0, 0, 0},  // TargetAudiences
+    {{4555, 12}, TagType::string, none, 0, 0, 0},  // VideoQuality
+    {{4567, 9}, TagType::string, none, 0, 0, 0},  // AudioMode
+    {{4576, 9}, TagType::string, none, 0, 0, 0},  // VideoMode
+    {{4585, 12}, TagType::int16u, none, 0, 0, 0},  // StreamNumber
+    {{4597, 16}, TagType::int32u, none, 0, 0, 0},  // StreamMaxBitrate
+    {{4613, 16}, TagType::int32u, none, 0, 0, 0},  // StreamAvgBitrate
+    {{4629, 19}, TagType::int32u, none, 0, 0, 0},  // StreamMaxPacketSize
+    {{4648, 19}, TagType::int32u, none, 0, 0, 0},  // StreamAvgPacketSize
+    {{4667, 15}, TagType::int32u, none, 0, 0, 0},  // StreamStartTime
+    {{4682, 13}, TagType::int32u, none, 0, 0, 0},  // StreamPreroll
+    {{4695, 14}, TagType::int32u, none, 0, 0, 0},  // StreamDuration
+    {{4709, 13}, TagType::int8u, none, 0, 0, 0},  // StreamNameLen
+    {{4722, 10}, TagType::string, none, 0, 0, 0},  // StreamName
+    {{4732, 13}, TagType::int8u, none, 0, 0, 0},  // StreamMimeLen
+    {{4745, 14}, TagType::string, none, 0, 0, 0},  // StreamMimeType
+    {{4759, 11}, TagType::int32u, none, 0, 0, 0},  // FileInfoLen
+    {{4770, 12}, TagType::int32u, none, 0, 0, 0},  // FileInfoLen2
+    {{4782, 15}, TagType::int16u, none, 0, 0, 0},  // FileInfoVersion
+    {{4797, 15}, TagType::int16u, none, 0, 0, 0},  // PhysicalStreams
+    {{4812, 21}, TagType::int16u, none, 0, 0, 0},  // PhysicalStreamNumbers
+    {{4833, 11}, TagType::int32u, none, 0, 0, 0},  // DataOffsets
+    {{4844, 8}, TagType::int16u, none, 0, 0, 0},  // NumRules
+    {{4852, 23}, TagType::int16u, none, 0, 0, 0},  // PhysicalStreamNumberMap
+    {{4875, 13}, TagType::int16u, none, 0, 0, 0},  // NumProperties
+    {{4888, 9}, TagType::string, none, 0, 0, 0},  // AlbumName
+    {{4897, 13}, TagType::string, none, 0, 0, 0},  // TrackCategory
+    {{4910, 13}, TagType::string, none, 0, 0, 0},  // TrackComments
+    {{4923, 11}, TagType::string, none, 0, 0, 0},  // TrackLyrics
+    {{4934, 4}, TagType::string, none, 0, 0, 0},  // Text
+    {{4938, 3}, TagType::string, none, 0, 0, 0},  // URL
+    {{4941, 10}, TagType::int32u, none, 0, 0, 0},  // MaxBitrate
+    {{4951, 10}, TagType::int32u, none, 0, 0, 0},  // AvgBitrate
+    {{4961, 13}, TagType::int32u, none, 0, 0, 0},  // MaxPacketSize
+    {{4974, 13}, TagType::int32u, none, 0, 0, 0},  // AvgPacketSize
+    {{4987, 10}, TagType::int32u, none, 0, 0, 0},  // NumPackets
+    {{4997, 8}, TagType::int32u, none, 0, 0, 0},  // Duration
+    {{5005, 7}, TagType::int32u, none, 0, 0, 0},  // Preroll
+    {{5012, 11}, TagType::int32u, none, 0, 0, 0},  // IndexOffset
+    {{5023, 10}, TagType::int32u, none, 0, 0, 0},  // DataOffset
+    {{5033, 10}, TagType::int16u, none, 0, 0, 0},  // NumStreams
+    {{5043, 5}, TagType::int16u, none, 0, 9, 4},  // Flags
 };
 constexpr detail::TextRef kChoicesReal[] = {
     {5048, 1}, {5049, 1}, {5050, 1}, {5051, 1}, {5052, 1}, {5053, 1}, {5054, 1}, {5048, 1},
@@ -1745,43 +1744,42 @@ constexpr std::uint16_t kKeyOrderReal[] = {
     5, 4, 68, 69, 70, 72, 1, 14, 45, 43,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsReal[84];
-constinit detail::StreamTags gTagsReal("Real", kText, kTagsReal, kKeyOrderReal, kChoicesReal, gItemsReal, &TagStringsCatalogue::stringsReal);
 
 // Reconyx: 31 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsReconyx[] = {
-    {{8366, 16}, TagType::int16u, 2, 0, 0, 0},  // MakerNoteVersion
-    {{8382, 15}, TagType::int16u, 2, 7, 0, 0},  // FirmwareVersion
-    {{8397, 12}, TagType::int16u, 2, 2, 0, 0},  // FirmwareDate
-    {{8409, 11}, TagType::string, 2, 2, 0, 5},  // TriggerMode
-    {{8420, 8}, TagType::int32s, 2, 2, 0, 0},  // Sequence
-    {{8428, 11}, TagType::int32s, 2, 2, 0, 0},  // EventNumber
-    {{8439, 16}, TagType::int32s, 2, 7, 0, 0},  // DateTimeOriginal
-    {{8455, 9}, TagType::int32s, 2, 0, 5, 8},  // MoonPhase
-    {{8464, 28}, TagType::int16s, 2, 0, 0, 0},  // AmbientTemperatureFahrenheit
-    {{8492, 18}, TagType::int16s, 2, 0, 0, 0},  // AmbientTemperature
-    {{8510, 12}, TagType::string, 2, 30, 0, 0},  // SerialNumber
-    {{8522, 8}, TagType::int16u, 2, 0, 0, 0},  // Contrast
-    {{8530, 10}, TagType::int16u, 2, 0, 0, 0},  // Brightness
-    {{8540, 9}, TagType::int16u, 2, 0, 0, 0},  // Sharpness
-    {{8549, 10}, TagType::int16u, 2, 0, 0, 0},  // Saturation
-    {{8559, 19}, TagType::int16u, 2, 0, 13, 2},  // InfraredIlluminator
-    {{8578, 17}, TagType::int16u, 2, 0, 0, 0},  // MotionSensitivity
-    {{8595, 14}, TagType::int16u, 2, 0, 0, 0},  // BatteryVoltage
-    {{8609, 9}, TagType::string, 2, 22, 0, 0},  // UserLabel
-    {{8618, 13}, TagType::string, 2, 7, 0, 0},  // Micro1Version
-    {{8631, 17}, TagType::string, 2, 7, 0, 0},  // BootLoaderVersion
-    {{8648, 13}, TagType::string, 2, 7, 0, 0},  // Micro2Version
-    {{8661, 9}, TagType::int32s, 2, 0, 15, 7},  // DayOfWeek
-    {{8670, 12}, TagType::int8u, 2, 0, 13, 2},  // Illumination
-    {{8682, 10}, TagType::int16u, 2, 0, 0, 0},  // FileNumber
-    {{8692, 15}, TagType::int16u, 2, 0, 0, 0},  // DirectoryNumber
-    {{8707, 5}, TagType::int16u, 2, 0, 13, 2},  // Flash
-    {{8712, 15}, TagType::int16u, 2, 0, 0, 0},  // AmbientInfrared
-    {{8727, 12}, TagType::int16u, 2, 0, 0, 0},  // AmbientLight
-    {{8739, 17}, TagType::int16u, 2, 0, 0, 0},  // BatteryVoltageAvg
-    {{8756, 11}, TagType::int16u, 2, 0, 0, 0},  // BatteryType
+    {{8366, 16}, TagType::int16u, writable, 0, 0, 0},  // MakerNoteVersion
+    {{8382, 15}, TagType::int16u, writable, 7, 0, 0},  // FirmwareVersion
+    {{8397, 12}, TagType::int16u, writable, 2, 0, 0},  // FirmwareDate
+    {{8409, 11}, TagType::string, writable, 2, 0, 5},  // TriggerMode
+    {{8420, 8}, TagType::int32s, writable, 2, 0, 0},  // Sequence
+    {{8428, 11}, TagType::int32s, writable, 2, 0, 0},  // EventNumber
+    {{8439, 16}, TagType::int32s, writable, 7, 0, 0},  // DateTimeOriginal
+    {{8455, 9}, TagType::int32s, writable, 0, 5, 8},  // MoonPhase
+    {{8464, 28}, TagType::int16s, writable, 0, 0, 0},  // AmbientTemperatureFahrenheit
+    {{8492, 18}, TagType::int16s, writable, 0, 0, 0},  // AmbientTemperature
+    {{8510, 12}, TagType::string, writable, 30, 0, 0},  // SerialNumber
+    {{8522, 8}, TagType::int16u, writable, 0, 0, 0},  // Contrast
+    {{8530, 10}, TagType::int16u, writable, 0, 0, 0},  // Brightness
+    {{8540, 9}, TagType::int16u, writable, 0, 0, 0},  // Sharpness
+    {{8549, 10}, TagType::int16u, writable, 0, 0, 0},  // Saturation
+    {{8559, 19}, TagType::int16u, writable, 0, 13, 2},  // InfraredIlluminator
+    {{8578, 17}, TagType::int16u, writable, 0, 0, 0},  // MotionSensitivity
+    {{8595, 14}, TagType::int16u, writable, 0, 0, 0},  // BatteryVoltage
+    {{8609, 9}, TagType::string, writable, 22, 0, 0},  // UserLabel
+    {{8618, 13}, TagType::string, writable, 7, 0, 0},  // Micro1Version
+    {{8631, 17}, TagType::string, writable, 7, 0, 0},  // BootLoaderVersion
+    {{8648, 13}, TagType::string, writable, 7, 0, 0},  // Micro2Version
+    {{8661, 9}, TagType::int32s, writable, 0, 15, 7},  // DayOfWeek
+    {{8670, 12}, TagType::int8u, writable, 0, 13, 2},  // Illumination
+    {{8682, 10}, TagType::int16u, writable, 0, 0, 0},  // FileNumber
+    {{8692, 15}, TagType::int16u, writable, 0, 0, 0},  // DirectoryNumber
+    {{8707, 5}, TagType::int16u, writable, 0, 13, 2},  // Flash
+    {{8712, 15}, TagType::int16u, writable, 0, 0, 0},  // AmbientInfrared
+    {{8727, 12}, TagType::int16u, writable, 0, 0, 0},  // AmbientLight
+    {{8739, 17}, TagType::int16u, writable, 0, 0, 0},  // BatteryVoltageAvg
+    {{8756, 11}, TagType::int16u, writable, 0, 0, 0},  // BatteryType
 };
 constexpr detail::TextRef kChoicesReconyx[] = {
     {8767, 1}, {8768, 1}, {8769, 1}, {8770, 1}, {8771, 1}, {5048, 1}, {5049, 1}, {5050, 1},
@@ -1950,55 +1948,54 @@ constexpr std::uint16_t kKeyOrderReconyx[] = {
     4, 10, 13, 3, 18,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsReconyx[31];
-constinit detail::StreamTags gTagsReconyx("Reconyx", kText, kTagsReconyx, kKeyOrderReconyx, kChoicesReconyx, gItemsReconyx, &TagStringsCatalogue::stringsReconyx);
 
 // Red: 43 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsRed[] = {
-    {{11771, 13}, TagType::string, 0, 0, 0, 0},  // StartEdgeCode
-    {{11784, 13}, TagType::string, 0, 0, 0, 0},  // StartTimecode
-    {{11797, 10}, TagType::string, 0, 0, 0, 0},  // OtherDate1
-    {{11807, 10}, TagType::string, 0, 0, 0, 0},  // OtherDate2
-    {{11817, 10}, TagType::string, 0, 0, 0, 0},  // OtherDate3
-    {{8439, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
-    {{8510, 12}, TagType::string, 0, 0, 0, 0},  // SerialNumber
-    {{11827, 10}, TagType::string, 0, 0, 0, 0},  // CameraType
-    {{11837, 10}, TagType::string, 0, 0, 0, 0},  // ReelNumber
-    {{11847, 4}, TagType::string, 0, 0, 0, 0},  // Take
-    {{11851, 11}, TagType::string, 0, 0, 0, 0},  // DateCreated
-    {{11862, 11}, TagType::string, 0, 0, 0, 0},  // TimeCreated
-    {{8382, 15}, TagType::string, 0, 0, 0, 0},  // FirmwareVersion
-    {{11873, 12}, TagType::string, 0, 0, 0, 0},  // ReelTimecode
-    {{11885, 11}, TagType::string, 0, 0, 0, 0},  // StorageType
-    {{11896, 17}, TagType::string, 0, 0, 0, 0},  // StorageFormatDate
-    {{11913, 17}, TagType::string, 0, 0, 0, 0},  // StorageFormatTime
-    {{11930, 19}, TagType::string, 0, 0, 0, 0},  // StorageSerialNumber
-    {{11949, 12}, TagType::string, 0, 0, 0, 0},  // StorageModel
-    {{11961, 11}, TagType::string, 0, 0, 0, 0},  // AspectRatio
-    {{11972, 8}, TagType::string, 0, 0, 0, 0},  // Revision
-    {{11980, 16}, TagType::string, 0, 32, 0, 0},  // OriginalFileName
-    {{11996, 8}, TagType::string, 0, 0, 0, 0},  // LensMake
-    {{12004, 10}, TagType::string, 0, 0, 0, 0},  // LensNumber
-    {{12014, 9}, TagType::string, 0, 0, 0, 0},  // LensModel
-    {{12023, 5}, TagType::string, 0, 0, 0, 0},  // Model
-    {{12028, 14}, TagType::string, 0, 0, 0, 0},  // CameraOperator
-    {{12042, 11}, TagType::string, 0, 0, 0, 0},  // VideoFormat
-    {{12053, 6}, TagType::string, 0, 0, 0, 0},  // Filter
-    {{12059, 5}, TagType::string, 0, 0, 0, 0},  // Brain
-    {{12064, 6}, TagType::string, 0, 0, 0, 0},  // Sensor
-    {{12070, 16}, TagType::string, 0, 0, 0, 0},  // ColorTemperature
-    {{12086, 9}, TagType::string, 0, 0, 0, 0},  // RGBCurves
-    {{12095, 17}, TagType::string, 0, 0, 0, 0},  // OriginalFrameRate
-    {{12112, 8}, TagType::string, 0, 0, 0, 0},  // CropArea
-    {{12120, 3}, TagType::string, 0, 0, 0, 0},  // ISO
-    {{12123, 7}, TagType::string, 0, 0, 0, 0},  // FNumber
-    {{12130, 11}, TagType::string, 0, 0, 0, 0},  // FocalLength
-    {{12141, 13}, TagType::string, 0, 0, 0, 0},  // FocusDistance
-    {{12154, 14}, TagType::string, 0, 1, 0, 0},  // RedcodeVersion
-    {{12168, 10}, TagType::int32s, 0, 0, 0, 0},  // ImageWidth
-    {{12178, 11}, TagType::int32s, 0, 0, 0, 0},  // ImageHeight
-    {{12189, 9}, TagType::float_, 0, 3, 0, 0},  // FrameRate
+    {{11771, 13}, TagType::string, none, 0, 0, 0},  // StartEdgeCode
+    {{11784, 13}, TagType::string, none, 0, 0, 0},  // StartTimecode
+    {{11797, 10}, TagType::string, none, 0, 0, 0},  // OtherDate1
+    {{11807, 10}, TagType::string, none, 0, 0, 0},  // OtherDate2
+    {{11817, 10}, TagType::string, none, 0, 0, 0},  // OtherDate3
+    {{8439, 16}, TagType::string, none, 0, 0, 0},  // DateTimeOriginal
+    {{8510, 12}, TagType::string, none, 0, 0, 0},  // SerialNumber
+    {{11827, 10}, TagType::string, none, 0, 0, 0},  // CameraType
+    {{11837, 10}, TagType::string, none, 0, 0, 0},  // ReelNumber
+    {{11847, 4}, TagType::string, none, 0, 0, 0},  // Take
+    {{11851, 11}, TagType::string, none, 0, 0, 0},  // DateCreated
+    {{11862, 11}, TagType::string, none, 0, 0, 0},  // TimeCreated
+    {{8382, 15}, TagType::string, none, 0, 0, 0},  // FirmwareVersion
+    {{11873, 12}, TagType::string, none, 0, 0, 0},  // ReelTimecode
+    {{11885, 11}, TagType::string, none, 0, 0, 0},  // StorageType
+    {{11896, 17}, TagType::string, none, 0, 0, 0},  // StorageFormatDate
+    {{11913, 17}, TagType::string, none, 0, 0, 0},  // StorageFormatTime
+    {{11930, 19}, TagType::string, none, 0, 0, 0},  // StorageSerialNumber
+    {{11949, 12}, TagType::string, none, 0, 0, 0},  // StorageModel
+    {{11961, 11}, TagType::string, none, 0, 0, 0},  // AspectRatio
+    {{11972, 8}, TagType::string, none, 0, 0, 0},  // Revision
+    {{11980, 16}, TagType::string, none, 32, 0, 0},  // OriginalFileName
+    {{11996, 8}, TagType::string, none, 0, 0, 0},  // LensMake
+    {{12004, 10}, TagType::string, none, 0, 0, 0},  // LensNumber
+    {{12014, 9}, TagType::string, none, 0, 0, 0},  // LensModel
+    {{12023, 5}, TagType::string, none, 0, 0, 0},  // Model
+    {{12028, 14}, TagType::string, none, 0, 0, 0},  // CameraOperator
+    {{12042, 11}, TagType::string, none, 0, 0, 0},  // VideoFormat
+    {{12053, 6}, TagType::string, none, 0, 0, 0},  // Filter
+    {{12059, 5}, TagType::string, none, 0, 0, 0},  // Brain
+    {{12064, 6}, TagType::string, none, 0, 0, 0},  // Sensor
+    {{12070, 16}, TagType::string, none, 0, 0, 0},  // ColorTemperature
+    {{12086, 9}, TagType::string, none, 0, 0, 0},  // RGBCurves
+    {{12095, 17}, TagType::string, none, 0, 0, 0},  // OriginalFrameRate
+    {{12112, 8}, TagType::string, none, 0, 0, 0},  // CropArea
+    {{12120, 3}, TagType::string, none, 0, 0, 0},  // ISO
+    {{12123, 7}, TagType::string, none, 0, 0, 0},  // FNumber
+    {{12130, 11}, TagType::string, none, 0, 0, 0},  // FocalLength
+    {{12141, 13}, TagType::string, none, 0, 0, 0},  // FocusDistance
+    {{12154, 14}, TagType::string, none, 1, 0, 0},  // RedcodeVersion
+    {{12168, 10}, TagType::int32s, none, 0, 0, 0},  // ImageWidth
+    {{12178, 11}, TagType::int32s, none, 0, 0, 0},  // ImageHeight
+    {{12189, 9}, TagType::float_, none, 3, 0, 0},  // FrameRate
 };
 constexpr detail::StringRow kStringsEnglishRed[] = {
     {{12198, 15}, {12213, 12}},
@@ -2165,90 +2162,89 @@ constexpr std::uint16_t kKeyOrderRed[] = {
     4, 32, 39, 8, 13, 20, 30, 6, 0, 1, 15, 16, 18, 17, 14, 9, 11, 27,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsRed[43];
-constinit detail::StreamTags gTagsRed("Red", kText, kTagsRed, kKeyOrderRed, {}, gItemsRed, &TagStringsCatalogue::stringsRed);
 
 // Ricoh: 78 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsRicoh[] = {
-    {{14537, 9}, TagType::string, 0, 0, 0, 0},  // RicohRDC2
-    {{14546, 14}, TagType::string, 8, 0, 0, 0},  // ThumbnailImage
-    {{24, 7}, TagType::string, 0, 0, 0, 0},  // Comment
-    {{14560, 13}, TagType::int8u, 2, 0, 0, 0},  // FacesDetected
-    {{14573, 19}, TagType::int16u, 2, 2, 0, 0},  // FaceDetectFrameSize
-    {{14592, 13}, TagType::int16u, 2, 4, 0, 0},  // Face1Position
-    {{14605, 13}, TagType::int16u, 2, 4, 0, 0},  // Face2Position
-    {{14618, 13}, TagType::int16u, 2, 4, 0, 0},  // Face3Position
-    {{14631, 13}, TagType::int16u, 2, 4, 0, 0},  // Face4Position
-    {{14644, 13}, TagType::int16u, 2, 4, 0, 0},  // Face5Position
-    {{14657, 13}, TagType::int16u, 2, 4, 0, 0},  // Face6Position
-    {{14670, 13}, TagType::int16u, 2, 4, 0, 0},  // Face7Position
-    {{14683, 13}, TagType::int16u, 2, 4, 0, 0},  // Face8Position
-    {{14696, 16}, TagType::string, 2, 12, 0, 0},  // FirmwareRevision
-    {{14712, 17}, TagType::string, 2, 12, 0, 0},  // FirmwareRevision2
-    {{14729, 15}, TagType::int16u, 2, 0, 0, 0},  // RicohImageWidth
-    {{14744, 16}, TagType::int16u, 2, 0, 0, 0},  // RicohImageHeight
-    {{14760, 9}, TagType::int8u, 2, 7, 0, 0},  // RicohDate
-    {{14769, 17}, TagType::int16u, 2, 0, 0, 0},  // PreviewImageStart
-    {{14786, 18}, TagType::int16u, 2, 0, 0, 0},  // PreviewImageLength
-    {{14804, 9}, TagType::int32s, 2, 0, 0, 9},  // FlashMode
-    {{14813, 5}, TagType::int8u, 2, 0, 9, 2},  // Macro
-    {{8540, 9}, TagType::int32s, 2, 0, 11, 3},  // Sharpness
-    {{14818, 12}, TagType::int32s, 2, 0, 14, 13},  // WhiteBalance
-    {{14830, 10}, TagType::int8u, 2, 0, 27, 10},  // ISOSetting
-    {{8549, 10}, TagType::int32s, 2, 0, 37, 7},  // Saturation
-    {{14840, 13}, TagType::string, 2, 0, 0, 0},  // MakerNoteType
-    {{8382, 15}, TagType::string, 2, 0, 0, 0},  // FirmwareVersion
-    {{8510, 12}, TagType::string, 2, 16, 0, 0},  // SerialNumber
-    {{14853, 20}, TagType::string, 2, 16, 0, 0},  // InternalSerialNumber
-    {{14873, 15}, TagType::int16u, 2, 0, 44, 2},  // RecordingFormat
-    {{14888, 15}, TagType::int16u, 2, 0, 46, 7},  // ExposureProgram
-    {{14903, 9}, TagType::int16u, 2, 0, 53, 3},  // DriveMode
-    {{14912, 20}, TagType::int16u, 2, 0, 0, 0},  // WhiteBalanceFineTune
-    {{14932, 9}, TagType::int16u, 2, 0, 56, 9},  // FocusMode
-    {{14941, 14}, TagType::int16u, 2, 0, 65, 7},  // AutoBracketing
-    {{14955, 9}, TagType::int16u, 2, 0, 9, 2},  // MacroMode
-    {{14964, 17}, TagType::rational64s, 2, 0, 0, 0},  // FlashExposureComp
-    {{14981, 17}, TagType::rational64s, 2, 0, 72, 12},  // ManualFlashOutput
-    {{14998, 13}, TagType::int16u, 2, 0, 9, 2},  // FullPressSnap
-    {{15011, 21}, TagType::int16u, 2, 0, 84, 4},  // DynamicRangeExpansion
-    {{15032, 14}, TagType::int32s, 2, 0, 88, 4},  // NoiseReduction
-    {{15046, 12}, TagType::int16u, 2, 0, 92, 13},  // ImageEffects
-    {{15058, 10}, TagType::int16u, 2, 0, 88, 4},  // Vignetting
-    {{8522, 8}, TagType::int32u, 2, 0, 105, 1},  // Contrast
-    {{15068, 12}, TagType::int16u, 2, 0, 106, 8},  // ToningEffect
-    {{15080, 9}, TagType::int16u, 2, 0, 114, 7},  // HueAdjust
-    {{15089, 11}, TagType::int16u, 2, 0, 121, 2},  // WideAdapter
-    {{15100, 8}, TagType::int16u, 2, 0, 11, 3},  // CropMode
-    {{15108, 8}, TagType::int16u, 2, 0, 9, 2},  // NDFilter
-    {{15116, 19}, TagType::int16u, 2, 0, 0, 0},  // WBBracketShotNumber
-    {{15135, 8}, TagType::int16u, 2, 0, 9, 2},  // AFStatus
-    {{15143, 16}, TagType::int32u, 2, 0, 0, 0},  // AFAreaXPosition1
-    {{15159, 16}, TagType::int32u, 2, 0, 0, 0},  // AFAreaYPosition1
-    {{15175, 15}, TagType::int32u, 2, 0, 0, 0},  // AFAreaXPosition
-    {{15190, 15}, TagType::int32u, 2, 0, 0, 0},  // AFAreaYPosition
-    {{15205, 10}, TagType::int16u, 2, 0, 121, 2},  // AFAreaMode
-    {{15215, 15}, TagType::int32u, 2, 0, 0, 0},  // ColorTempKelvin
-    {{12070, 16}, TagType::int32u, 2, 0, 0, 0},  // ColorTemperature
-    {{12130, 11}, TagType::rational64u, 2, 0, 0, 0},  // FocalLength
-    {{15230, 11}, TagType::int32u, 2, 0, 0, 0},  // SensorWidth
-    {{15241, 12}, TagType::int32u, 2, 0, 0, 0},  // SensorHeight
-    {{15253, 17}, TagType::int32u, 2, 0, 0, 0},  // CroppedImageWidth
-    {{15270, 18}, TagType::int32u, 2, 0, 0, 0},  // CroppedImageHeight
-    {{15288, 12}, TagType::string, 2, 16, 0, 0},  // BodyFirmware
-    {{15300, 16}, TagType::string, 2, 16, 0, 0},  // BodySerialNumber
-    {{15316, 12}, TagType::string, 2, 16, 0, 0},  // LensFirmware
-    {{15328, 16}, TagType::string, 2, 16, 0, 0},  // LensSerialNumber
-    {{15344, 16}, TagType::string, 2, 20, 0, 0},  // ManufactureDate1
-    {{15360, 16}, TagType::string, 2, 20, 0, 0},  // ManufactureDate2
-    {{15376, 8}, TagType::string, 0, 0, 0, 0},  // BlueGain
-    {{15384, 9}, TagType::string, 0, 0, 0, 0},  // GreenGain
-    {{15393, 7}, TagType::string, 0, 0, 0, 0},  // RedGain
-    {{15400, 13}, TagType::rational64s, 2, 2, 0, 0},  // Accelerometer
-    {{15413, 7}, TagType::rational64u, 2, 0, 0, 0},  // Compass
-    {{15420, 8}, TagType::string, 2, 0, 0, 0},  // TimeZone
-    {{15428, 10}, TagType::string, 2, 0, 0, 0},  // RicohModel
-    {{15438, 9}, TagType::string, 0, 0, 0, 0},  // RicohMake
+    {{14537, 9}, TagType::string, none, 0, 0, 0},  // RicohRDC2
+    {{14546, 14}, TagType::string, binary, 0, 0, 0},  // ThumbnailImage
+    {{24, 7}, TagType::string, none, 0, 0, 0},  // Comment
+    {{14560, 13}, TagType::int8u, writable, 0, 0, 0},  // FacesDetected
+    {{14573, 19}, TagType::int16u, writable, 2, 0, 0},  // FaceDetectFrameSize
+    {{14592, 13}, TagType::int16u, writable, 4, 0, 0},  // Face1Position
+    {{14605, 13}, TagType::int16u, writable, 4, 0, 0},  // Face2Position
+    {{14618, 13}, TagType::int16u, writable, 4, 0, 0},  // Face3Position
+    {{14631, 13}, TagType::int16u, writable, 4, 0, 0},  // Face4Position
+    {{14644, 13}, TagType::int16u, writable, 4, 0, 0},  // Face5Position
+    {{14657, 13}, TagType::int16u, writable, 4, 0, 0},  // Face6Position
+    {{14670, 13}, TagType::int16u, writable, 4, 0, 0},  // Face7Position
+    {{14683, 13}, TagType::int16u, writable, 4, 0, 0},  // Face8Position
+    {{14696, 16}, TagType::string, writable, 12, 0, 0},  // FirmwareRevision
+    {{14712, 17}, TagType::string, writable, 12, 0, 0},  // FirmwareRevision2
+    {{14729, 15}, TagType::int16u, writable, 0, 0, 0},  // RicohImageWidth
+    {{14744, 16}, TagType::int16u, writable, 0, 0, 0},  // RicohImageHeight
+    {{14760, 9}, TagType::int8u, writable, 7, 0, 0},  // RicohDate
+    {{14769, 17}, TagType::int16u, writable, 0, 0, 0},  // PreviewImageStart
+    {{14786, 18}, TagType::int16u, writable, 0, 0, 0},  // PreviewImageLength
+    {{14804, 9}, TagType::int32s, writable, 0, 0, 9},  // FlashMode
+    {{14813, 5}, TagType::int8u, writable, 0, 9, 2},  // Macro
+    {{8540, 9}, TagType::int32s, writable, 0, 11, 3},  // Sharpness
+    {{14818, 12}, TagType::int32s, writable, 0, 14, 13},  // WhiteBalance
+    {{14830, 10}, TagType::int8u, writable, 0, 27, 10},  // ISOSetting
+    {{8549, 10}, TagType::int32s, writable, 0, 37, 7},  // Saturation
+    {{14840, 13}, TagType::string, writable, 0, 0, 0},  // MakerNoteType
+    {{8382, 15}, TagType::string, writable, 0, 0, 0},  // FirmwareVersion
+    {{8510, 12}, TagType::string, writable, 16, 0, 0},  // SerialNumber
+    {{14853, 20}, TagType::string, writable, 16, 0, 0},  // InternalSerialNumber
+    {{14873, 15}, TagType::int16u, writable, 0, 44, 2},  // RecordingFormat
+    {{14888, 15}, TagType::int16u, writable, 0, 46, 7},  // ExposureProgram
+    {{14903, 9}, TagType::int16u, writable, 0, 53, 3},  // DriveMode
+    {{14912, 20}, TagType::int16u, writable, 0, 0, 0},  // WhiteBalanceFineTune
+    {{14932, 9}, TagType::int16u, writable, 0, 56, 9},  // FocusMode
+    {{14941, 14}, TagType::int16u, writable, 0, 65, 7},  // AutoBracketing
+    {{14955, 9}, TagType::int16u, writable, 0, 9, 2},  // MacroMode
+    {{14964, 17}, TagType::rational64s, writable, 0, 0, 0},  // FlashExposureComp
+    {{14981, 17}, TagType::rational64s, writable, 0, 72, 12},  // ManualFlashOutput
+    {{14998, 13}, TagType::int16u, writable, 0, 9, 2},  // FullPressSnap
+    {{15011, 21}, TagType::int16u, writable, 0, 84, 4},  // DynamicRangeExpansion
+    {{15032, 14}, TagType::int32s, writable, 0, 88, 4},  // NoiseReduction
+    {{15046, 12}, TagType::int16u, writable, 0, 92, 13},  // ImageEffects
+    {{15058, 10}, TagType::int16u, writable, 0, 88, 4},  // Vignetting
+    {{8522, 8}, TagType::int32u, writable, 0, 105, 1},  // Contrast
+    {{15068, 12}, TagType::int16u, writable, 0, 106, 8},  // ToningEffect
+    {{15080, 9}, TagType::int16u, writable, 0, 114, 7},  // HueAdjust
+    {{15089, 11}, TagType::int16u, writable, 0, 121, 2},  // WideAdapter
+    {{15100, 8}, TagType::int16u, writable, 0, 11, 3},  // CropMode
+    {{15108, 8}, TagType::int16u, writable, 0, 9, 2},  // NDFilter
+    {{15116, 19}, TagType::int16u, writable, 0, 0, 0},  // WBBracketShotNumber
+    {{15135, 8}, TagType::int16u, writable, 0, 9, 2},  // AFStatus
+    {{15143, 16}, TagType::int32u, writable, 0, 0, 0},  // AFAreaXPosition1
+    {{15159, 16}, TagType::int32u, writable, 0, 0, 0},  // AFAreaYPosition1
+    {{15175, 15}, TagType::int32u, writable, 0, 0, 0},  // AFAreaXPosition
+    {{15190, 15}, TagType::int32u, writable, 0, 0, 0},  // AFAreaYPosition
+    {{15205, 10}, TagType::int16u, writable, 0, 121, 2},  // AFAreaMode
+    {{15215, 15}, TagType::int32u, writable, 0, 0, 0},  // ColorTempKelvin
+    {{12070, 16}, TagType::int32u, writable, 0, 0, 0},  // ColorTemperature
+    {{12130, 11}, TagType::rational64u, writable, 0, 0, 0},  // FocalLength
+    {{15230, 11}, TagType::int32u, writable, 0, 0, 0},  // SensorWidth
+    {{15241, 12}, TagType::int32u, writable, 0, 0, 0},  // SensorHeight
+    {{15253, 17}, TagType::int32u, writable, 0, 0, 0},  // CroppedImageWidth
+    {{15270, 18}, TagType::int32u, writable, 0, 0, 0},  // CroppedImageHeight
+    {{15288, 12}, TagType::string, writable, 16, 0, 0},  // BodyFirmware
+    {{15300, 16}, TagType::string, writable, 16, 0, 0},  // BodySerialNumber
+    {{15316, 12}, TagType::string, writable, 16, 0, 0},  // LensFirmware
+    {{15328, 16}, TagType::string, writable, 16, 0, 0},  // LensSerialNumber
+    {{15344, 16}, TagType::string, writable, 20, 0, 0},  // ManufactureDate1
+    {{15360, 16}, TagType::string, writable, 20, 0, 0},  // ManufactureDate2
+    {{15376, 8}, TagType::string, none, 0, 0, 0},  // BlueGain
+    {{15384, 9}, TagType::string, none, 0, 0, 0},  // GreenGain
+    {{15393, 7}, TagType::string, none, 0, 0, 0},  // RedGain
+    {{15400, 13}, TagType::rational64s, writable, 2, 0, 0},  // Accelerometer
+    {{15413, 7}, TagType::rational64u, writable, 0, 0, 0},  // Compass
+    {{15420, 8}, TagType::string, writable, 0, 0, 0},  // TimeZone
+    {{15428, 10}, TagType::string, writable, 0, 0, 0},  // RicohModel
+    {{15438, 9}, TagType::string, none, 0, 0, 0},  // RicohMake
 };
 constexpr detail::TextRef kChoicesRicoh[] = {
     {5048, 1}, {5049, 1}, {5050, 1}, {5051, 1}, {5052, 1}, {5053, 1}, {5054, 1}, {8772, 1},
@@ -3021,15 +3017,14 @@ constexpr std::uint16_t kKeyOrderRicoh[] = {
     50, 23, 33, 47,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsRicoh[78];
-constinit detail::StreamTags gTagsRicoh("Ricoh", kText, kTagsRicoh, kKeyOrderRicoh, kChoicesRicoh, gItemsRicoh, &TagStringsCatalogue::stringsRicoh);
 
 // SR2: 3 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsSR2[] = {
-    {{28049, 15}, TagType::string, 0, 0, 0, 0},  // SR2SubIFDOffset
-    {{28064, 15}, TagType::string, 0, 0, 0, 0},  // SR2SubIFDLength
-    {{28079, 12}, TagType::int32u, 0, 0, 0, 0},  // SR2SubIFDKey
+    {{28049, 15}, TagType::string, none, 0, 0, 0},  // SR2SubIFDOffset
+    {{28064, 15}, TagType::string, none, 0, 0, 0},  // SR2SubIFDLength
+    {{28079, 12}, TagType::int32u, none, 0, 0, 0},  // SR2SubIFDKey
 };
 constexpr detail::StringRow kStringsEnglishSR2[] = {
     {{28091, 16}, {28107, 15}},
@@ -3046,40 +3041,39 @@ constexpr std::uint16_t kKeyOrderSR2[] = {
     2, 1, 0,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsSR2[3];
-constinit detail::StreamTags gTagsSR2("SR2", kText, kTagsSR2, kKeyOrderSR2, {}, gItemsSR2, &TagStringsCatalogue::stringsSR2);
 
 // SRF#: 28 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsSRF_[] = {
-    {{28259, 7}, TagType::string, 0, 0, 0, 0},  // SRF2Key
-    {{28266, 7}, TagType::string, 0, 0, 0, 0},  // DataKey
-    {{28273, 10}, TagType::string, 0, 0, 0, 0},  // SRF6Offset
-    {{28283, 13}, TagType::string, 0, 0, 0, 0},  // SRFDataOffset
-    {{28296, 13}, TagType::string, 0, 0, 0, 0},  // RawDataOffset
-    {{28309, 13}, TagType::string, 0, 0, 0, 0},  // RawDataLength
-    {{28322, 21}, TagType::string, 0, 0, 0, 0},  // MaxApertureAtMaxFocal
-    {{28343, 21}, TagType::string, 0, 0, 0, 0},  // MaxApertureAtMinFocal
-    {{28364, 14}, TagType::string, 0, 0, 0, 0},  // MinFocalLength
-    {{28378, 14}, TagType::string, 0, 0, 0, 0},  // MaxFocalLength
-    {{28392, 13}, TagType::string, 0, 0, 0, 0},  // WBRedDaylight
-    {{28405, 15}, TagType::string, 0, 0, 0, 0},  // WBGreenDaylight
-    {{28420, 14}, TagType::string, 0, 0, 0, 0},  // WBBlueDaylight
-    {{28434, 11}, TagType::string, 0, 0, 0, 0},  // WBRedCloudy
-    {{28445, 13}, TagType::string, 0, 0, 0, 0},  // WBGreenCloudy
-    {{28458, 12}, TagType::string, 0, 0, 0, 0},  // WBBlueCloudy
-    {{28470, 16}, TagType::string, 0, 0, 0, 0},  // WBRedFluorescent
-    {{28486, 18}, TagType::string, 0, 0, 0, 0},  // WBGreenFluorescent
-    {{28504, 17}, TagType::string, 0, 0, 0, 0},  // WBBlueFluorescent
-    {{28521, 13}, TagType::string, 0, 0, 0, 0},  // WBRedTungsten
-    {{28534, 15}, TagType::string, 0, 0, 0, 0},  // WBGreenTungsten
-    {{28549, 14}, TagType::string, 0, 0, 0, 0},  // WBBlueTungsten
-    {{28563, 10}, TagType::string, 0, 0, 0, 0},  // WBRedFlash
-    {{28573, 12}, TagType::string, 0, 0, 0, 0},  // WBGreenFlash
-    {{28585, 11}, TagType::string, 0, 0, 0, 0},  // WBBlueFlash
-    {{28596, 11}, TagType::string, 0, 0, 0, 0},  // WBRedAsShot
-    {{28607, 13}, TagType::string, 0, 0, 0, 0},  // WBGreenAsShot
-    {{28620, 12}, TagType::string, 0, 0, 0, 0},  // WBBlueAsShot
+    {{28259, 7}, TagType::string, none, 0, 0, 0},  // SRF2Key
+    {{28266, 7}, TagType::string, none, 0, 0, 0},  // DataKey
+    {{28273, 10}, TagType::string, none, 0, 0, 0},  // SRF6Offset
+    {{28283, 13}, TagType::string, none, 0, 0, 0},  // SRFDataOffset
+    {{28296, 13}, TagType::string, none, 0, 0, 0},  // RawDataOffset
+    {{28309, 13}, TagType::string, none, 0, 0, 0},  // RawDataLength
+    {{28322, 21}, TagType::string, none, 0, 0, 0},  // MaxApertureAtMaxFocal
+    {{28343, 21}, TagType::string, none, 0, 0, 0},  // MaxApertureAtMinFocal
+    {{28364, 14}, TagType::string, none, 0, 0, 0},  // MinFocalLength
+    {{28378, 14}, TagType::string, none, 0, 0, 0},  // MaxFocalLength
+    {{28392, 13}, TagType::string, none, 0, 0, 0},  // WBRedDaylight
+    {{28405, 15}, TagType::string, none, 0, 0, 0},  // WBGreenDaylight
+    {{28420, 14}, TagType::string, none, 0, 0, 0},  // WBBlueDaylight
+    {{28434, 11}, TagType::string, none, 0, 0, 0},  // WBRedCloudy
+    {{28445, 13}, TagType::string, none, 0, 0, 0},  // WBGreenCloudy
+    {{28458, 12}, TagType::string, none, 0, 0, 0},  // WBBlueCloudy
+    {{28470, 16}, TagType::string, none, 0, 0, 0},  // WBRedFluorescent
+    {{28486, 18}, TagType::string, none, 0, 0, 0},  // WBGreenFluorescent
+    {{28504, 17}, TagType::string, none, 0, 0, 0},  // WBBlueFluorescent
+    {{28521, 13}, TagType::string, none, 0, 0, 0},  // WBRedTungsten
+    {{28534, 15}, TagType::string, none, 0, 0, 0},  // WBGreenTungsten
+    {{28549, 14}, TagType::string, none, 0, 0, 0},  // WBBlueTungsten
+    {{28563, 10}, TagType::string, none, 0, 0, 0},  // WBRedFlash
+    {{28573, 12}, TagType::string, none, 0, 0, 0},  // WBGreenFlash
+    {{28585, 11}, TagType::string, none, 0, 0, 0},  // WBBlueFlash
+    {{28596, 11}, TagType::string, none, 0, 0, 0},  // WBRedAsShot
+    {{28607, 13}, TagType::string, none, 0, 0, 0},  // WBGreenAsShot
+    {{28620, 12}, TagType::string, none, 0, 0, 0},  // WBBlueAsShot
 };
 constexpr detail::StringRow kStringsEnglishSRF_[] = {
     {{28632, 12}, {28644, 8}},
@@ -3152,17 +3146,16 @@ constexpr std::uint16_t kKeyOrderSRF_[] = {
     16, 19,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsSRF_[28];
-constinit detail::StreamTags gTagsSRF_("SRF#", kText, kTagsSRF_, kKeyOrderSRF_, {}, gItemsSRF_, &TagStringsCatalogue::stringsSRF_);
 
 // SVG: 5 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsSVG[] = {
-    {{12178, 11}, TagType::string, 0, 0, 0, 0},  // ImageHeight
-    {{30187, 2}, TagType::string, 0, 0, 0, 0},  // ID
-    {{30189, 10}, TagType::string, 0, 0, 0, 0},  // MetadataID
-    {{30199, 10}, TagType::string, 0, 0, 0, 0},  // SVGVersion
-    {{12168, 10}, TagType::string, 0, 0, 0, 0},  // ImageWidth
+    {{12178, 11}, TagType::string, none, 0, 0, 0},  // ImageHeight
+    {{30187, 2}, TagType::string, none, 0, 0, 0},  // ID
+    {{30189, 10}, TagType::string, none, 0, 0, 0},  // MetadataID
+    {{30199, 10}, TagType::string, none, 0, 0, 0},  // SVGVersion
+    {{12168, 10}, TagType::string, none, 0, 0, 0},  // ImageWidth
 };
 constexpr detail::StringRow kStringsEnglishSVG[] = {
     {{30209, 6}, {30187, 2}},
@@ -3206,135 +3199,134 @@ constexpr std::uint16_t kKeyOrderSVG[] = {
     1, 0, 4, 2, 3,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsSVG[5];
-constinit detail::StreamTags gTagsSVG("SVG", kText, kTagsSVG, kKeyOrderSVG, {}, gItemsSVG, &TagStringsCatalogue::stringsSVG);
 
 // Samsung: 123 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsSamsung[] = {
-    {{30368, 8}, TagType::string, 0, 0, 0, 0},  // UniqueID
-    {{30376, 13}, TagType::string, 0, 64, 0, 0},  // DualShotDummy
-    {{30389, 13}, TagType::int32u, 0, 0, 0, 0},  // DepthMapWidth
-    {{30402, 14}, TagType::int32u, 0, 0, 0, 0},  // DepthMapHeight
-    {{16025, 6}, TagType::string, 0, 0, 0, 0},  // Effect
-    {{30416, 7}, TagType::string, 0, 0, 0, 0},  // Quality
-    {{30423, 4}, TagType::string, 0, 32, 0, 0},  // Make
-    {{12023, 5}, TagType::string, 0, 32, 0, 0},  // Model
-    {{30427, 12}, TagType::float_, 2, 0, 0, 0},  // ExposureTime
-    {{12123, 7}, TagType::rational64u, 2, 0, 0, 0},  // FNumber
-    {{30439, 20}, TagType::rational64s, 2, 0, 0, 0},  // ExposureCompensation
-    {{12120, 3}, TagType::int32u, 2, 0, 0, 0},  // ISO
-    {{1787, 8}, TagType::string, 0, 32, 0, 0},  // Software
-    {{8366, 16}, TagType::string, 2, 8, 0, 0},  // MakerNoteVersion
-    {{14769, 17}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageStart
-    {{14786, 18}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageLength
-    {{30459, 8}, TagType::rational64s, 2, 0, 0, 0},  // YawAngle
-    {{30467, 10}, TagType::rational64s, 2, 0, 0, 0},  // PitchAngle
-    {{30477, 9}, TagType::rational64s, 2, 0, 0, 0},  // RollAngle
-    {{30486, 17}, TagType::int16u, 2, 0, 0, 13},  // PictureWizardMode
-    {{30503, 18}, TagType::int16u, 2, 0, 0, 0},  // PictureWizardColor
-    {{30521, 23}, TagType::int16u, 2, 0, 0, 0},  // PictureWizardSaturation
-    {{30544, 22}, TagType::int16u, 2, 0, 0, 0},  // PictureWizardSharpness
-    {{30566, 21}, TagType::int16u, 2, 0, 0, 0},  // PictureWizardContrast
-    {{30587, 16}, TagType::string, 0, 0, 0, 0},  // BeautyColorLevel
-    {{30603, 18}, TagType::string, 0, 0, 0, 0},  // BeautyRetouchLevel
-    {{30621, 12}, TagType::string, 0, 0, 0, 0},  // BlurStrength
-    {{30633, 10}, TagType::string, 0, 0, 0, 0},  // BokehShape
-    {{30643, 16}, TagType::string, 0, 0, 0, 0},  // ColorpopStrength
-    {{30659, 13}, TagType::string, 0, 0, 0, 0},  // DepthHWHeight
-    {{30672, 12}, TagType::string, 0, 0, 0, 0},  // DepthHWWidth
-    {{30684, 13}, TagType::string, 0, 0, 0, 0},  // DepthSWHeight
-    {{30697, 12}, TagType::string, 0, 0, 0, 0},  // DepthSWWidth
-    {{30709, 17}, TagType::string, 0, 0, 0, 0},  // DeviceOrientation
-    {{30726, 14}, TagType::string, 0, 0, 0, 0},  // EffectStrength
-    {{30740, 10}, TagType::string, 0, 0, 0, 0},  // EffectType
-    {{30750, 10}, TagType::string, 0, 0, 0, 0},  // FlipStatus
-    {{30760, 11}, TagType::string, 0, 0, 0, 0},  // InputHeight
-    {{30771, 10}, TagType::string, 0, 0, 0, 0},  // InputWidth
-    {{30781, 10}, TagType::string, 0, 0, 0, 0},  // IsArtBokeh
-    {{30791, 10}, TagType::string, 0, 0, 0, 0},  // LensFacing
-    {{30801, 12}, TagType::string, 0, 0, 0, 0},  // MonoStrength
-    {{30813, 17}, TagType::string, 0, 0, 0, 0},  // ObjectOrientation
-    {{30830, 12}, TagType::string, 0, 0, 0, 0},  // OutputHeight
-    {{30842, 11}, TagType::string, 0, 0, 0, 0},  // OutputWidth
-    {{30853, 8}, TagType::string, 0, 0, 0, 0},  // PerfMode
-    {{30861, 9}, TagType::string, 0, 0, 0, 0},  // SegHeight
-    {{30870, 8}, TagType::string, 0, 0, 0, 0},  // SegWidth
-    {{30878, 17}, TagType::string, 0, 0, 0, 0},  // SidelightStrength
-    {{30895, 12}, TagType::string, 0, 0, 0, 0},  // SpinStrength
-    {{30907, 15}, TagType::string, 0, 0, 0, 0},  // VintageStrength
-    {{30922, 12}, TagType::string, 0, 0, 0, 0},  // ZoomStrength
-    {{30934, 14}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailWidth
-    {{30948, 15}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailHeight
-    {{30963, 15}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailLength
-    {{30978, 15}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailOffset
-    {{30993, 13}, TagType::string, 8, 0, 0, 0},  // EmbeddedImage
-    {{31006, 14}, TagType::string, 8, 0, 0, 0},  // EmbeddedImage2
-    {{31020, 17}, TagType::string, 0, 0, 0, 0},  // EmbeddedImageName
-    {{31037, 17}, TagType::string, 8, 0, 0, 0},  // EmbeddedAudioFile
-    {{31054, 21}, TagType::string, 0, 0, 0, 0},  // EmbeddedAudioFileName
-    {{31075, 17}, TagType::string, 8, 0, 0, 0},  // SurroundShotVideo
-    {{31092, 21}, TagType::string, 0, 0, 0, 0},  // SurroundShotVideoName
-    {{31113, 9}, TagType::string, 0, 0, 0, 0},  // TimeStamp
-    {{31122, 15}, TagType::string, 8, 0, 0, 0},  // DualCameraImage
-    {{31137, 19}, TagType::string, 0, 0, 0, 0},  // DualCameraImageName
-    {{31156, 17}, TagType::string, 8, 0, 0, 0},  // EmbeddedVideoFile
-    {{31173, 17}, TagType::string, 0, 0, 0, 0},  // EmbeddedVideoType
-    {{31190, 7}, TagType::string, 0, 0, 13, 226},  // MCCData
-    {{31197, 12}, TagType::string, 8, 0, 0, 0},  // DepthMapData
-    {{31209, 13}, TagType::string, 8, 0, 0, 0},  // DepthMapData2
-    {{31222, 12}, TagType::string, 0, 0, 0, 0},  // DepthMapName
-    {{31234, 18}, TagType::string, 8, 0, 0, 0},  // SingleShotDepthMap
-    {{31252, 10}, TagType::int32u, 2, 0, 239, 5},  // DeviceType
-    {{31262, 14}, TagType::int32u, 2, 0, 244, 42},  // SamsungModelID
-    {{31276, 15}, TagType::int16u, 2, 2, 286, 9},  // SmartAlbumColor
-    {{31291, 13}, TagType::int16u, 2, 0, 0, 0},  // PictureWizard
-    {{31304, 17}, TagType::string, 2, 0, 0, 0},  // LocalLocationName
-    {{31321, 12}, TagType::string, 2, 0, 0, 0},  // LocationName
-    {{31333, 16}, TagType::string, 2, 0, 295, 2},  // RawDataByteOrder
-    {{31349, 17}, TagType::int32u, 2, 0, 295, 2},  // WhiteBalanceSetup
-    {{31366, 17}, TagType::rational64s, 2, 0, 0, 0},  // CameraTemperature
-    {{31383, 17}, TagType::string, 2, 0, 297, 3},  // RawDataCFAPattern
-    {{31400, 10}, TagType::int16u, 2, 0, 295, 2},  // FaceDetect
-    {{31410, 15}, TagType::int32u, 2, 0, 295, 2},  // FaceRecognition
-    {{31425, 8}, TagType::string, 2, 0, 0, 0},  // FaceName
-    {{31433, 12}, TagType::string, 2, 0, 0, 0},  // FirmwareName
-    {{8510, 12}, TagType::string, 2, 0, 0, 0},  // SerialNumber
-    {{31445, 8}, TagType::int16u, 2, 0, 300, 18},  // LensType
-    {{15316, 12}, TagType::string, 2, 0, 0, 0},  // LensFirmware
-    {{31453, 24}, TagType::string, 2, 0, 0, 0},  // InternalLensSerialNumber
-    {{31477, 11}, TagType::int32u, 2, 8, 0, 0},  // SensorAreas
-    {{31488, 10}, TagType::int16u, 2, 0, 295, 2},  // ColorSpace
-    {{31498, 10}, TagType::int16u, 2, 0, 295, 2},  // SmartRange
-    {{31508, 23}, TagType::int32u, 2, 0, 0, 0},  // FocalLengthIn35mmFormat
-    {{31531, 13}, TagType::int32u, 18, 11, 0, 0},  // EncryptionKey
-    {{31544, 24}, TagType::int32u, 2, 4, 0, 0},  // WB_RGGBLevelsUncorrected
-    {{31568, 17}, TagType::int32u, 2, 4, 0, 0},  // WB_RGGBLevelsAuto
-    {{31585, 25}, TagType::int32u, 2, 4, 0, 0},  // WB_RGGBLevelsIlluminator1
-    {{31610, 25}, TagType::int32u, 2, 4, 0, 0},  // WB_RGGBLevelsIlluminator2
-    {{31635, 23}, TagType::int32u, 2, 0, 0, 0},  // HighlightLinearityLimit
-    {{31658, 18}, TagType::int32s, 2, 4, 0, 0},  // WB_RGGBLevelsBlack
-    {{31676, 11}, TagType::int32s, 2, 9, 0, 0},  // ColorMatrix
-    {{31687, 15}, TagType::int32s, 2, 9, 0, 0},  // ColorMatrixSRGB
-    {{31702, 19}, TagType::int32s, 2, 9, 0, 0},  // ColorMatrixAdobeRGB
-    {{31721, 17}, TagType::int32s, 2, 4, 0, 0},  // CbCrMatrixDefault
-    {{31738, 10}, TagType::int32s, 2, 4, 0, 0},  // CbCrMatrix
-    {{31748, 15}, TagType::int32u, 2, 2, 0, 0},  // CbCrGainDefault
-    {{31763, 8}, TagType::int32u, 2, 2, 0, 0},  // CbCrGain
-    {{31771, 20}, TagType::int32u, 2, 23, 0, 0},  // ToneCurveSRGBDefault
-    {{31791, 24}, TagType::int32u, 2, 23, 0, 0},  // ToneCurveAdobeRGBDefault
-    {{31815, 13}, TagType::int32u, 2, 23, 0, 0},  // ToneCurveSRGB
-    {{31828, 17}, TagType::int32u, 2, 23, 0, 0},  // ToneCurveAdobeRGB
-    {{31845, 7}, TagType::int32s, 2, 12, 0, 0},  // RawData
-    {{31852, 10}, TagType::int32s, 2, 8, 0, 0},  // Distortion
-    {{31862, 19}, TagType::int16u, 2, 22, 0, 0},  // ChromaticAberration
-    {{15058, 10}, TagType::int16u, 2, 15, 0, 0},  // Vignetting
-    {{31881, 20}, TagType::int16u, 2, 15, 0, 0},  // VignettingCorrection
-    {{31901, 17}, TagType::int16u, 2, 15, 0, 0},  // VignettingSetting
-    {{31918, 20}, TagType::int32s, 2, 8, 0, 0},  // Samsung_Type2_0xa055
-    {{31938, 20}, TagType::int32s, 2, 8, 0, 0},  // Samsung_Type2_0xa056
-    {{31958, 20}, TagType::int32s, 2, 8, 0, 0},  // Samsung_Type2_0xa057
-    {{14546, 14}, TagType::string, 0, 0, 0, 0},  // ThumbnailImage
+    {{30368, 8}, TagType::string, none, 0, 0, 0},  // UniqueID
+    {{30376, 13}, TagType::string, none, 64, 0, 0},  // DualShotDummy
+    {{30389, 13}, TagType::int32u, none, 0, 0, 0},  // DepthMapWidth
+    {{30402, 14}, TagType::int32u, none, 0, 0, 0},  // DepthMapHeight
+    {{16025, 6}, TagType::string, none, 0, 0, 0},  // Effect
+    {{30416, 7}, TagType::string, none, 0, 0, 0},  // Quality
+    {{30423, 4}, TagType::string, none, 32, 0, 0},  // Make
+    {{12023, 5}, TagType::string, none, 32, 0, 0},  // Model
+    {{30427, 12}, TagType::float_, writable, 0, 0, 0},  // ExposureTime
+    {{12123, 7}, TagType::rational64u, writable, 0, 0, 0},  // FNumber
+    {{30439, 20}, TagType::rational64s, writable, 0, 0, 0},  // ExposureCompensation
+    {{12120, 3}, TagType::int32u, writable, 0, 0, 0},  // ISO
+    {{1787, 8}, TagType::string, none, 32, 0, 0},  // Software
+    {{8366, 16}, TagType::string, writable, 8, 0, 0},  // MakerNoteVersion
+    {{14769, 17}, TagType::int32u, writable, 0, 0, 0},  // PreviewImageStart
+    {{14786, 18}, TagType::int32u, writable, 0, 0, 0},  // PreviewImageLength
+    {{30459, 8}, TagType::rational64s, writable, 0, 0, 0},  // YawAngle
+    {{30467, 10}, TagType::rational64s, writable, 0, 0, 0},  // PitchAngle
+    {{30477, 9}, TagType::rational64s, writable, 0, 0, 0},  // RollAngle
+    {{30486, 17}, TagType::int16u, writable, 0, 0, 13},  // PictureWizardMode
+    {{30503, 18}, TagType::int16u, writable, 0, 0, 0},  // PictureWizardColor
+    {{30521, 23}, TagType::int16u, writable, 0, 0, 0},  // PictureWizardSaturation
+    {{30544, 22}, TagType::int16u, writable, 0, 0, 0},  // PictureWizardSharpness
+    {{30566, 21}, TagType::int16u, writable, 0, 0, 0},  // PictureWizardContrast
+    {{30587, 16}, TagType::string, none, 0, 0, 0},  // BeautyColorLevel
+    {{30603, 18}, TagType::string, none, 0, 0, 0},  // BeautyRetouchLevel
+    {{30621, 12}, TagType::string, none, 0, 0, 0},  // BlurStrength
+    {{30633, 10}, TagType::string, none, 0, 0, 0},  // BokehShape
+    {{30643, 16}, TagType::string, none, 0, 0, 0},  // ColorpopStrength
+    {{30659, 13}, TagType::string, none, 0, 0, 0},  // DepthHWHeight
+    {{30672, 12}, TagType::string, none, 0, 0, 0},  // DepthHWWidth
+    {{30684, 13}, TagType::string, none, 0, 0, 0},  // DepthSWHeight
+    {{30697, 12}, TagType::string, none, 0, 0, 0},  // DepthSWWidth
+    {{30709, 17}, TagType::string, none, 0, 0, 0},  // DeviceOrientation
+    {{30726, 14}, TagType::string, none, 0, 0, 0},  // EffectStrength
+    {{30740, 10}, TagType::string, none, 0, 0, 0},  // EffectType
+    {{30750, 10}, TagType::string, none, 0, 0, 0},  // FlipStatus
+    {{30760, 11}, TagType::string, none, 0, 0, 0},  // InputHeight
+    {{30771, 10}, TagType::string, none, 0, 0, 0},  // InputWidth
+    {{30781, 10}, TagType::string, none, 0, 0, 0},  // IsArtBokeh
+    {{30791, 10}, TagType::string, none, 0, 0, 0},  // LensFacing
+    {{30801, 12}, TagType::string, none, 0, 0, 0},  // MonoStrength
+    {{30813, 17}, TagType::string, none, 0, 0, 0},  // ObjectOrientation
+    {{30830, 12}, TagType::string, none, 0, 0, 0},  // OutputHeight
+    {{30842, 11}, TagType::string, none, 0, 0, 0},  // OutputWidth
+    {{30853, 8}, TagType::string, none, 0, 0, 0},  // PerfMode
+    {{30861, 9}, TagType::string, none, 0, 0, 0},  // SegHeight
+    {{30870, 8}, TagType::string, none, 0, 0, 0},  // SegWidth
+    {{30878, 17}, TagType::string, none, 0, 0, 0},  // SidelightStrength
+    {{30895, 12}, TagType::string, none, 0, 0, 0},  // SpinStrength
+    {{30907, 15}, TagType::string, none, 0, 0, 0},  // VintageStrength
+    {{30922, 12}, TagType::string, none, 0, 0, 0},  // ZoomStrength
+    {{30934, 14}, TagType::int32u, none, 0, 0, 0},  // ThumbnailWidth
+    {{30948, 15}, TagType::int32u, none, 0, 0, 0},  // ThumbnailHeight
+    {{30963, 15}, TagType::int32u, none, 0, 0, 0},  // ThumbnailLength
+    {{30978, 15}, TagType::int32u, none, 0, 0, 0},  // ThumbnailOffset
+    {{30993, 13}, TagType::string, binary, 0, 0, 0},  // EmbeddedImage
+    {{31006, 14}, TagType::string, binary, 0, 0, 0},  // EmbeddedImage2
+    {{31020, 17}, TagType::string, none, 0, 0, 0},  // EmbeddedImageName
+    {{31037, 17}, TagType::string, binary, 0, 0, 0},  // EmbeddedAudioFile
+    {{31054, 21}, TagType::string, none, 0, 0, 0},  // EmbeddedAudioFileName
+    {{31075, 17}, TagType::string, binary, 0, 0, 0},  // SurroundShotVideo
+    {{31092, 21}, TagType::string, none, 0, 0, 0},  // SurroundShotVideoName
+    {{31113, 9}, TagType::string, none, 0, 0, 0},  // TimeStamp
+    {{31122, 15}, TagType::string, binary, 0, 0, 0},  // DualCameraImage
+    {{31137, 19}, TagType::string, none, 0, 0, 0},  // DualCameraImageName
+    {{31156, 17}, TagType::string, binary, 0, 0, 0},  // EmbeddedVideoFile
+    {{31173, 17}, TagType::string, none, 0, 0, 0},  // EmbeddedVideoType
+    {{31190, 7}, TagType::string, none, 0, 13, 226},  // MCCData
+    {{31197, 12}, TagType::string, binary, 0, 0, 0},  // DepthMapData
+    {{31209, 13}, TagType::string, binary, 0, 0, 0},  // DepthMapData2
+    {{31222, 12}, TagType::string, none, 0, 0, 0},  // DepthMapName
+    {{31234, 18}, TagType::string, binary, 0, 0, 0},  // SingleShotDepthMap
+    {{31252, 10}, TagType::int32u, writable, 0, 239, 5},  // DeviceType
+    {{31262, 14}, TagType::int32u, writable, 0, 244, 42},  // SamsungModelID
+    {{31276, 15}, TagType::int16u, writable, 2, 286, 9},  // SmartAlbumColor
+    {{31291, 13}, TagType::int16u, writable, 0, 0, 0},  // PictureWizard
+    {{31304, 17}, TagType::string, writable, 0, 0, 0},  // LocalLocationName
+    {{31321, 12}, TagType::string, writable, 0, 0, 0},  // LocationName
+    {{31333, 16}, TagType::string, writable, 0, 295, 2},  // RawDataByteOrder
+    {{31349, 17}, TagType::int32u, writable, 0, 295, 2},  // WhiteBalanceSetup
+    {{31366, 17}, TagType::rational64s, writable, 0, 0, 0},  // CameraTemperature
+    {{31383, 17}, TagType::string, writable, 0, 297, 3},  // RawDataCFAPattern
+    {{31400, 10}, TagType::int16u, writable, 0, 295, 2},  // FaceDetect
+    {{31410, 15}, TagType::int32u, writable, 0, 295, 2},  // FaceRecognition
+    {{31425, 8}, TagType::string, writable, 0, 0, 0},  // FaceName
+    {{31433, 12}, TagType::string, writable, 0, 0, 0},  // FirmwareName
+    {{8510, 12}, TagType::string, writable, 0, 0, 0},  // SerialNumber
+    {{31445, 8}, TagType::int16u, writable, 0, 300, 18},  // LensType
+    {{15316, 12}, TagType::string, writable, 0, 0, 0},  // LensFirmware
+    {{31453, 24}, TagType::string, writable, 0, 0, 0},  // InternalLensSerialNumber
+    {{31477, 11}, TagType::int32u, writable, 8, 0, 0},  // SensorAreas
+    {{31488, 10}, TagType::int16u, writable, 0, 295, 2},  // ColorSpace
+    {{31498, 10}, TagType::int16u, writable, 0, 295, 2},  // SmartRange
+    {{31508, 23}, TagType::int32u, writable, 0, 0, 0},  // FocalLengthIn35mmFormat
+    {{31531, 13}, TagType::int32u, writable | unsafe, 11, 0, 0},  // EncryptionKey
+    {{31544, 24}, TagType::int32u, writable, 4, 0, 0},  // WB_RGGBLevelsUncorrected
+    {{31568, 17}, TagType::int32u, writable, 4, 0, 0},  // WB_RGGBLevelsAuto
+    {{31585, 25}, TagType::int32u, writable, 4, 0, 0},  // WB_RGGBLevelsIlluminator1
+    {{31610, 25}, TagType::int32u, writable, 4, 0, 0},  // WB_RGGBLevelsIlluminator2
+    {{31635, 23}, TagType::int32u, writable, 0, 0, 0},  // HighlightLinearityLimit
+    {{31658, 18}, TagType::int32s, writable, 4, 0, 0},  // WB_RGGBLevelsBlack
+    {{31676, 11}, TagType::int32s, writable, 9, 0, 0},  // ColorMatrix
+    {{31687, 15}, TagType::int32s, writable, 9, 0, 0},  // ColorMatrixSRGB
+    {{31702, 19}, TagType::int32s, writable, 9, 0, 0},  // ColorMatrixAdobeRGB
+    {{31721, 17}, TagType::int32s, writable, 4, 0, 0},  // CbCrMatrixDefault
+    {{31738, 10}, TagType::int32s, writable, 4, 0, 0},  // CbCrMatrix
+    {{31748, 15}, TagType::int32u, writable, 2, 0, 0},  // CbCrGainDefault
+    {{31763, 8}, TagType::int32u, writable, 2, 0, 0},  // CbCrGain
+    {{31771, 20}, TagType::int32u, writable, 23, 0, 0},  // ToneCurveSRGBDefault
+    {{31791, 24}, TagType::int32u, writable, 23, 0, 0},  // ToneCurveAdobeRGBDefault
+    {{31815, 13}, TagType::int32u, writable, 23, 0, 0},  // ToneCurveSRGB
+    {{31828, 17}, TagType::int32u, writable, 23, 0, 0},  // ToneCurveAdobeRGB
+    {{31845, 7}, TagType::int32s, writable, 12, 0, 0},  // RawData
+    {{31852, 10}, TagType::int32s, writable, 8, 0, 0},  // Distortion
+    {{31862, 19}, TagType::int16u, writable, 22, 0, 0},  // ChromaticAberration
+    {{15058, 10}, TagType::int16u, writable, 15, 0, 0},  // Vignetting
+    {{31881, 20}, TagType::int16u, writable, 15, 0, 0},  // VignettingCorrection
+    {{31901, 17}, TagType::int16u, writable, 15, 0, 0},  // VignettingSetting
+    {{31918, 20}, TagType::int32s, writable, 8, 0, 0},  // Samsung_Type2_0xa055
+    {{31938, 20}, TagType::int32s, writable, 8, 0, 0},  // Samsung_Type2_0xa056
+    {{31958, 20}, TagType::int32s, writable, 8, 0, 0},  // Samsung_Type2_0xa057
+    {{14546, 14}, TagType::string, none, 0, 0, 0},  // ThumbnailImage
 };
 constexpr detail::TextRef kChoicesSamsung[] = {
     {5048, 1}, {5049, 1}, {5050, 1}, {5051, 1}, {5052, 1}, {5053, 1}, {5054, 1}, {8772, 1},
@@ -4045,53 +4037,52 @@ constexpr std::uint16_t kKeyOrderSamsung[] = {
     101, 98, 99, 96, 80, 16, 51,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsSamsung[123];
-constinit detail::StreamTags gTagsSamsung("Samsung", kText, kTagsSamsung, kKeyOrderSamsung, kChoicesSamsung, gItemsSamsung, &TagStringsCatalogue::stringsSamsung);
 
 // Sanyo: 41 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsSanyo[] = {
-    {{14560, 13}, TagType::int32u, 2, 0, 0, 0},  // FacesDetected
-    {{51938, 12}, TagType::int32u, 2, 4, 0, 0},  // FacePosition
-    {{30423, 4}, TagType::string, 0, 24, 0, 0},  // Make
-    {{12023, 5}, TagType::string, 0, 8, 0, 0},  // Model
-    {{30427, 12}, TagType::int32u, 0, 0, 0, 0},  // ExposureTime
-    {{12123, 7}, TagType::float_, 0, 0, 0, 0},  // FNumber
-    {{30439, 20}, TagType::float_, 0, 0, 0, 0},  // ExposureCompensation
-    {{14818, 12}, TagType::int16u, 0, 0, 0, 6},  // WhiteBalance
-    {{12130, 11}, TagType::int32u, 0, 0, 0, 0},  // FocalLength
-    {{12120, 3}, TagType::int32u, 0, 0, 0, 0},  // ISO
-    {{1787, 8}, TagType::string, 0, 32, 0, 0},  // Software
-    {{51950, 15}, TagType::int32u, 2, 0, 0, 0},  // MakerNoteOffset
-    {{51965, 14}, TagType::string, 2, 0, 0, 0},  // SanyoThumbnail
-    {{51979, 11}, TagType::int32u, 2, 3, 0, 0},  // SpecialMode
-    {{51990, 12}, TagType::int16u, 2, 0, 6, 24},  // SanyoQuality
-    {{14813, 5}, TagType::int16u, 2, 0, 30, 4},  // Macro
-    {{52002, 11}, TagType::rational64u, 2, 0, 0, 0},  // DigitalZoom
-    {{52013, 15}, TagType::string, 2, 0, 0, 0},  // SoftwareVersion
-    {{52028, 8}, TagType::string, 2, 0, 0, 0},  // PictInfo
-    {{52036, 8}, TagType::string, 2, 0, 0, 0},  // CameraID
-    {{52044, 14}, TagType::int16u, 2, 0, 30, 4},  // SequentialShot
-    {{52058, 9}, TagType::int16u, 2, 0, 34, 2},  // WideRange
-    {{52067, 19}, TagType::int16u, 2, 0, 34, 2},  // ColorAdjustmentMode
-    {{52086, 9}, TagType::int16u, 2, 0, 34, 2},  // QuickShot
-    {{52095, 9}, TagType::int16u, 2, 0, 34, 2},  // SelfTimer
-    {{52104, 9}, TagType::int16u, 2, 0, 34, 2},  // VoiceMemo
-    {{52113, 20}, TagType::int16u, 2, 0, 34, 2},  // RecordShutterRelease
-    {{52133, 13}, TagType::int16u, 2, 0, 34, 2},  // FlickerReduce
-    {{52146, 13}, TagType::int16u, 2, 0, 34, 2},  // OpticalZoomOn
-    {{52159, 13}, TagType::int16u, 2, 0, 34, 2},  // DigitalZoomOn
-    {{52172, 18}, TagType::int16u, 2, 0, 34, 2},  // LightSourceSpecial
-    {{52190, 7}, TagType::int16u, 2, 0, 34, 2},  // Resaved
-    {{52197, 11}, TagType::int16u, 2, 0, 36, 7},  // SceneSelect
-    {{52208, 19}, TagType::rational64u, 2, 0, 0, 0},  // ManualFocusDistance
-    {{52227, 20}, TagType::int16u, 2, 0, 30, 4},  // SequenceShotInterval
-    {{14804, 9}, TagType::int16u, 2, 0, 30, 4},  // FlashMode
-    {{52247, 8}, TagType::string, 10, 0, 0, 0},  // DataDump
-    {{30934, 14}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailWidth
-    {{30948, 15}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailHeight
-    {{30963, 15}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailLength
-    {{30978, 15}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailOffset
+    {{14560, 13}, TagType::int32u, writable, 0, 0, 0},  // FacesDetected
+    {{51938, 12}, TagType::int32u, writable, 4, 0, 0},  // FacePosition
+    {{30423, 4}, TagType::string, none, 24, 0, 0},  // Make
+    {{12023, 5}, TagType::string, none, 8, 0, 0},  // Model
+    {{30427, 12}, TagType::int32u, none, 0, 0, 0},  // ExposureTime
+    {{12123, 7}, TagType::float_, none, 0, 0, 0},  // FNumber
+    {{30439, 20}, TagType::float_, none, 0, 0, 0},  // ExposureCompensation
+    {{14818, 12}, TagType::int16u, none, 0, 0, 6},  // WhiteBalance
+    {{12130, 11}, TagType::int32u, none, 0, 0, 0},  // FocalLength
+    {{12120, 3}, TagType::int32u, none, 0, 0, 0},  // ISO
+    {{1787, 8}, TagType::string, none, 32, 0, 0},  // Software
+    {{51950, 15}, TagType::int32u, writable, 0, 0, 0},  // MakerNoteOffset
+    {{51965, 14}, TagType::string, writable, 0, 0, 0},  // SanyoThumbnail
+    {{51979, 11}, TagType::int32u, writable, 3, 0, 0},  // SpecialMode
+    {{51990, 12}, TagType::int16u, writable, 0, 6, 24},  // SanyoQuality
+    {{14813, 5}, TagType::int16u, writable, 0, 30, 4},  // Macro
+    {{52002, 11}, TagType::rational64u, writable, 0, 0, 0},  // DigitalZoom
+    {{52013, 15}, TagType::string, writable, 0, 0, 0},  // SoftwareVersion
+    {{52028, 8}, TagType::string, writable, 0, 0, 0},  // PictInfo
+    {{52036, 8}, TagType::string, writable, 0, 0, 0},  // CameraID
+    {{52044, 14}, TagType::int16u, writable, 0, 30, 4},  // SequentialShot
+    {{52058, 9}, TagType::int16u, writable, 0, 34, 2},  // WideRange
+    {{52067, 19}, TagType::int16u, writable, 0, 34, 2},  // ColorAdjustmentMode
+    {{52086, 9}, TagType::int16u, writable, 0, 34, 2},  // QuickShot
+    {{52095, 9}, TagType::int16u, writable, 0, 34, 2},  // SelfTimer
+    {{52104, 9}, TagType::int16u, writable, 0, 34, 2},  // VoiceMemo
+    {{52113, 20}, TagType::int16u, writable, 0, 34, 2},  // RecordShutterRelease
+    {{52133, 13}, TagType::int16u, writable, 0, 34, 2},  // FlickerReduce
+    {{52146, 13}, TagType::int16u, writable, 0, 34, 2},  // OpticalZoomOn
+    {{52159, 13}, TagType::int16u, writable, 0, 34, 2},  // DigitalZoomOn
+    {{52172, 18}, TagType::int16u, writable, 0, 34, 2},  // LightSourceSpecial
+    {{52190, 7}, TagType::int16u, writable, 0, 34, 2},  // Resaved
+    {{52197, 11}, TagType::int16u, writable, 0, 36, 7},  // SceneSelect
+    {{52208, 19}, TagType::rational64u, writable, 0, 0, 0},  // ManualFocusDistance
+    {{52227, 20}, TagType::int16u, writable, 0, 30, 4},  // SequenceShotInterval
+    {{14804, 9}, TagType::int16u, writable, 0, 30, 4},  // FlashMode
+    {{52247, 8}, TagType::string, writable | binary, 0, 0, 0},  // DataDump
+    {{30934, 14}, TagType::int32u, none, 0, 0, 0},  // ThumbnailWidth
+    {{30948, 15}, TagType::int32u, none, 0, 0, 0},  // ThumbnailHeight
+    {{30963, 15}, TagType::int32u, none, 0, 0, 0},  // ThumbnailLength
+    {{30978, 15}, TagType::int32u, none, 0, 0, 0},  // ThumbnailOffset
 };
 constexpr detail::TextRef kChoicesSanyo[] = {
     {5048, 1}, {5049, 1}, {5050, 1}, {5051, 1}, {5052, 1}, {5053, 1}, {5048, 1}, {5049, 1},
@@ -4600,81 +4591,80 @@ constexpr std::uint16_t kKeyOrderSanyo[] = {
     12, 32, 24, 34, 20, 10, 17, 13, 38, 39, 40, 37, 25, 7, 21,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsSanyo[41];
-constinit detail::StreamTags gTagsSanyo("Sanyo", kText, kTagsSanyo, kKeyOrderSanyo, kChoicesSanyo, gItemsSanyo, &TagStringsCatalogue::stringsSanyo);
 
 // Sigma: 69 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsSigma[] = {
-    {{8510, 12}, TagType::string, 2, 0, 0, 0},  // SerialNumber
-    {{14903, 9}, TagType::string, 2, 0, 0, 0},  // DriveMode
-    {{57789, 14}, TagType::string, 2, 0, 0, 0},  // ResolutionMode
-    {{57803, 6}, TagType::string, 2, 0, 0, 0},  // AFMode
-    {{57809, 12}, TagType::string, 2, 0, 0, 0},  // FocusSetting
-    {{14818, 12}, TagType::string, 2, 0, 0, 0},  // WhiteBalance
-    {{57821, 12}, TagType::string, 2, 0, 0, 4},  // ExposureMode
-    {{57833, 12}, TagType::string, 2, 0, 4, 3},  // MeteringMode
-    {{57845, 14}, TagType::string, 2, 2, 0, 0},  // LensFocalRange
-    {{31488, 10}, TagType::string, 2, 0, 0, 0},  // ColorSpace
-    {{30439, 20}, TagType::string, 2, 0, 0, 0},  // ExposureCompensation
-    {{57859, 14}, TagType::rational64s, 2, 0, 0, 0},  // ExposureAdjust
-    {{8522, 8}, TagType::string, 2, 0, 0, 0},  // Contrast
-    {{57873, 6}, TagType::string, 2, 0, 0, 0},  // Shadow
-    {{57879, 9}, TagType::string, 2, 0, 0, 0},  // Highlight
-    {{8549, 10}, TagType::string, 2, 0, 0, 0},  // Saturation
-    {{8540, 9}, TagType::string, 2, 0, 0, 0},  // Sharpness
-    {{57888, 11}, TagType::string, 2, 0, 0, 0},  // X3FillLight
-    {{57899, 15}, TagType::string, 2, 3, 0, 0},  // ColorAdjustment
-    {{57914, 14}, TagType::string, 2, 0, 0, 0},  // AdjustmentMode
-    {{30416, 7}, TagType::string, 2, 0, 0, 0},  // Quality
-    {{57928, 8}, TagType::string, 2, 0, 0, 0},  // Firmware
-    {{1787, 8}, TagType::string, 2, 0, 0, 0},  // Software
-    {{57936, 11}, TagType::string, 2, 0, 0, 0},  // AutoBracket
-    {{14769, 17}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageStart
-    {{57947, 25}, TagType::string, 2, 0, 0, 0},  // ChrominanceNoiseReduction
-    {{14786, 18}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageLength
-    {{57972, 23}, TagType::string, 2, 0, 0, 0},  // LuminanceNoiseReduction
-    {{57995, 16}, TagType::int16u, 2, 2, 0, 0},  // PreviewImageSize
-    {{8366, 16}, TagType::string, 2, 0, 0, 0},  // MakerNoteVersion
-    {{58011, 7}, TagType::string, 2, 0, 0, 0},  // AFPoint
-    {{58018, 10}, TagType::string, 2, 0, 0, 0},  // FileFormat
-    {{58028, 11}, TagType::string, 2, 0, 0, 0},  // Calibration
-    {{31445, 8}, TagType::string, 2, 0, 7, 217},  // LensType
-    {{58039, 20}, TagType::rational64u, 2, 2, 0, 0},  // LensMaxApertureRange
-    {{58059, 9}, TagType::int32u, 2, 0, 224, 9},  // ColorMode
-    {{58068, 17}, TagType::string, 2, 0, 0, 0},  // LensApertureRange
-    {{12123, 7}, TagType::rational64u, 2, 0, 0, 0},  // FNumber
-    {{30427, 12}, TagType::rational64u, 2, 0, 0, 0},  // ExposureTime
-    {{58085, 13}, TagType::string, 2, 0, 0, 0},  // ExposureTime2
-    {{58098, 9}, TagType::int32u, 2, 0, 0, 0},  // BurstShot
-    {{58107, 17}, TagType::string, 2, 0, 0, 0},  // SensorTemperature
-    {{14964, 17}, TagType::rational64s, 2, 0, 0, 0},  // FlashExposureComp
-    {{58124, 11}, TagType::string, 2, 0, 0, 0},  // PictureMode
-    {{58135, 9}, TagType::string, 2, 0, 0, 0},  // Firmware2
-    {{58144, 13}, TagType::string, 2, 0, 0, 0},  // DigitalFilter
-    {{12023, 5}, TagType::string, 2, 0, 0, 0},  // Model
-    {{12120, 3}, TagType::int16u, 2, 0, 0, 0},  // ISO
-    {{58157, 17}, TagType::float_, 2, 9, 0, 0},  // CameraCalibration
-    {{58174, 16}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsAuto
-    {{58190, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsDaylight
-    {{58210, 17}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsShade
-    {{58227, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsOvercast
-    {{58247, 24}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsIncandescent
-    {{58271, 23}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsFluorescent
-    {{58294, 17}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsFlash
-    {{58311, 19}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsCustom1
-    {{58330, 19}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsCustom2
-    {{58349, 19}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsCustom3
-    {{58368, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsUnknown0
-    {{58388, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsUnknown1
-    {{58408, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsUnknown2
-    {{58428, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsUnknown3
-    {{58448, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsUnknown4
-    {{58468, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsUnknown5
-    {{58488, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsUnknown6
-    {{58508, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsUnknown7
-    {{58528, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsUnknown8
-    {{58548, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsUnknown9
+    {{8510, 12}, TagType::string, writable, 0, 0, 0},  // SerialNumber
+    {{14903, 9}, TagType::string, writable, 0, 0, 0},  // DriveMode
+    {{57789, 14}, TagType::string, writable, 0, 0, 0},  // ResolutionMode
+    {{57803, 6}, TagType::string, writable, 0, 0, 0},  // AFMode
+    {{57809, 12}, TagType::string, writable, 0, 0, 0},  // FocusSetting
+    {{14818, 12}, TagType::string, writable, 0, 0, 0},  // WhiteBalance
+    {{57821, 12}, TagType::string, writable, 0, 0, 4},  // ExposureMode
+    {{57833, 12}, TagType::string, writable, 0, 4, 3},  // MeteringMode
+    {{57845, 14}, TagType::string, writable, 2, 0, 0},  // LensFocalRange
+    {{31488, 10}, TagType::string, writable, 0, 0, 0},  // ColorSpace
+    {{30439, 20}, TagType::string, writable, 0, 0, 0},  // ExposureCompensation
+    {{57859, 14}, TagType::rational64s, writable, 0, 0, 0},  // ExposureAdjust
+    {{8522, 8}, TagType::string, writable, 0, 0, 0},  // Contrast
+    {{57873, 6}, TagType::string, writable, 0, 0, 0},  // Shadow
+    {{57879, 9}, TagType::string, writable, 0, 0, 0},  // Highlight
+    {{8549, 10}, TagType::string, writable, 0, 0, 0},  // Saturation
+    {{8540, 9}, TagType::string, writable, 0, 0, 0},  // Sharpness
+    {{57888, 11}, TagType::string, writable, 0, 0, 0},  // X3FillLight
+    {{57899, 15}, TagType::string, writable, 3, 0, 0},  // ColorAdjustment
+    {{57914, 14}, TagType::string, writable, 0, 0, 0},  // AdjustmentMode
+    {{30416, 7}, TagType::string, writable, 0, 0, 0},  // Quality
+    {{57928, 8}, TagType::string, writable, 0, 0, 0},  // Firmware
+    {{1787, 8}, TagType::string, writable, 0, 0, 0},  // Software
+    {{57936, 11}, TagType::string, writable, 0, 0, 0},  // AutoBracket
+    {{14769, 17}, TagType::int32u, writable, 0, 0, 0},  // PreviewImageStart
+    {{57947, 25}, TagType::string, writable, 0, 0, 0},  // ChrominanceNoiseReduction
+    {{14786, 18}, TagType::int32u, writable, 0, 0, 0},  // PreviewImageLength
+    {{57972, 23}, TagType::string, writable, 0, 0, 0},  // LuminanceNoiseReduction
+    {{57995, 16}, TagType::int16u, writable, 2, 0, 0},  // PreviewImageSize
+    {{8366, 16}, TagType::string, writable, 0, 0, 0},  // MakerNoteVersion
+    {{58011, 7}, TagType::string, writable, 0, 0, 0},  // AFPoint
+    {{58018, 10}, TagType::string, writable, 0, 0, 0},  // FileFormat
+    {{58028, 11}, TagType::string, writable, 0, 0, 0},  // Calibration
+    {{31445, 8}, TagType::string, writable, 0, 7, 217},  // LensType
+    {{58039, 20}, TagType::rational64u, writable, 2, 0, 0},  // LensMaxApertureRange
+    {{58059, 9}, TagType::int32u, writable, 0, 224, 9},  // ColorMode
+    {{58068, 17}, TagType::string, writable, 0, 0, 0},  // LensApertureRange
+    {{12123, 7}, TagType::rational64u, writable, 0, 0, 0},  // FNumber
+    {{30427, 12}, TagType::rational64u, writable, 0, 0, 0},  // ExposureTime
+    {{58085, 13}, TagType::string, writable, 0, 0, 0},  // ExposureTime2
+    {{58098, 9}, TagType::int32u, writable, 0, 0, 0},  // BurstShot
+    {{58107, 17}, TagType::string, writable, 0, 0, 0},  // SensorTemperature
+    {{14964, 17}, TagType::rational64s, writable, 0, 0, 0},  // FlashExposureComp
+    {{58124, 11}, TagType::string, writable, 0, 0, 0},  // PictureMode
+    {{58135, 9}, TagType::string, writable, 0, 0, 0},  // Firmware2
+    {{58144, 13}, TagType::string, writable, 0, 0, 0},  // DigitalFilter
+    {{12023, 5}, TagType::string, writable, 0, 0, 0},  // Model
+    {{12120, 3}, TagType::int16u, writable, 0, 0, 0},  // ISO
+    {{58157, 17}, TagType::float_, writable, 9, 0, 0},  // CameraCalibration
+    {{58174, 16}, TagType::float_, writable, 3, 0, 0},  // WB_RGBLevelsAuto
+    {{58190, 20}, TagType::float_, writable, 3, 0, 0},  // WB_RGBLevelsDaylight
+    {{58210, 17}, TagType::float_, writable, 3, 0, 0},  // WB_RGBLevelsShade
+    {{58227, 20}, TagType::float_, writable, 3, 0, 0},  // WB_RGBLevelsOvercast
+    {{58247, 24}, TagType::float_, writable, 3, 0, 0},  // WB_RGBLevelsIncandescent
+    {{58271, 23}, TagType::float_, writable, 3, 0, 0},  // WB_RGBLevelsFluorescent
+    {{58294, 17}, TagType::float_, writable, 3, 0, 0},  // WB_RGBLevelsFlash
+    {{58311, 19}, TagType::float_, writable, 3, 0, 0},  // WB_RGBLevelsCustom1
+    {{58330, 19}, TagType::float_, writable, 3, 0, 0},  // WB_RGBLevelsCustom2
+    {{58349, 19}, TagType::float_, writable, 3, 0, 0},  // WB_RGBLevelsCustom3
+    {{58368, 20}, TagType::float_, writable, 3, 0, 0},  // WB_RGBLevelsUnknown0
+    {{58388, 20}, TagType::float_, writable, 3, 0, 0},  // WB_RGBLevelsUnknown1
+    {{58408, 20}, TagType::float_, writable, 3, 0, 0},  // WB_RGBLevelsUnknown2
+    {{58428, 20}, TagType::float_, writable, 3, 0, 0},  // WB_RGBLevelsUnknown3
+    {{58448, 20}, TagType::float_, writable, 3, 0, 0},  // WB_RGBLevelsUnknown4
+    {{58468, 20}, TagType::float_, writable, 3, 0, 0},  // WB_RGBLevelsUnknown5
+    {{58488, 20}, TagType::float_, writable, 3, 0, 0},  // WB_RGBLevelsUnknown6
+    {{58508, 20}, TagType::float_, writable, 3, 0, 0},  // WB_RGBLevelsUnknown7
+    {{58528, 20}, TagType::float_, writable, 3, 0, 0},  // WB_RGBLevelsUnknown8
+    {{58548, 20}, TagType::float_, writable, 3, 0, 0},  // WB_RGBLevelsUnknown9
 };
 constexpr detail::TextRef kChoicesSigma[] = {
     {58568, 1}, {8769, 1}, {8770, 1}, {58569, 1}, {5055, 1}, {58568, 1}, {8767, 1}, {15454, 2},
@@ -5328,73 +5318,72 @@ constexpr std::uint16_t kKeyOrderSigma[] = {
     58, 50, 55, 54, 53, 52, 51, 59, 60, 61, 62, 63, 64, 65, 66, 67, 68, 5, 17,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsSigma[69];
-constinit detail::StreamTags gTagsSigma("Sigma", kText, kTagsSigma, kKeyOrderSigma, kChoicesSigma, gItemsSigma, &TagStringsCatalogue::stringsSigma);
 
 // SigmaRaw: 61 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsSigmaRaw[] = {
-    {{74783, 11}, TagType::int32u, 0, 0, 0, 0},  // FileVersion
-    {{74794, 8}, TagType::int32u, 0, 0, 0, 0},  // MarkBits
-    {{12168, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
-    {{12178, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
-    {{74802, 8}, TagType::int32u, 0, 0, 0, 0},  // Rotation
-    {{14818, 12}, TagType::string, 0, 32, 0, 0},  // WhiteBalance
-    {{74810, 16}, TagType::string, 0, 32, 0, 0},  // SceneCaptureType
-    {{74826, 6}, TagType::float_, 0, 0, 0, 0},  // Unused
-    {{57859, 14}, TagType::float_, 0, 0, 0, 0},  // ExposureAdjust
-    {{8522, 8}, TagType::float_, 0, 0, 0, 0},  // Contrast
-    {{57873, 6}, TagType::float_, 0, 0, 0, 0},  // Shadow
-    {{57879, 9}, TagType::float_, 0, 0, 0, 0},  // Highlight
-    {{8549, 10}, TagType::float_, 0, 0, 0, 0},  // Saturation
-    {{8540, 9}, TagType::float_, 0, 0, 0, 0},  // Sharpness
-    {{74832, 9}, TagType::float_, 0, 0, 0, 0},  // RedAdjust
-    {{74841, 11}, TagType::float_, 0, 0, 0, 0},  // GreenAdjust
-    {{74852, 10}, TagType::float_, 0, 0, 0, 0},  // BlueAdjust
-    {{57888, 11}, TagType::float_, 0, 0, 0, 0},  // X3FillLight
-    {{74862, 12}, TagType::string, 8, 0, 0, 0},  // PreviewImage
-    {{74874, 10}, TagType::string, 8, 0, 0, 0},  // JpgFromRaw
-    {{57833, 12}, TagType::string, 0, 0, 0, 3},  // MeteringMode
-    {{74884, 6}, TagType::string, 0, 0, 0, 0},  // AFArea
-    {{74890, 9}, TagType::string, 0, 0, 0, 0},  // AFInFocus
-    {{14932, 9}, TagType::string, 0, 0, 0, 0},  // FocusMode
-    {{12123, 7}, TagType::string, 0, 0, 0, 0},  // FNumber
-    {{74899, 17}, TagType::string, 0, 0, 0, 0},  // ApertureDisplayed
-    {{74916, 11}, TagType::string, 0, 0, 0, 0},  // BracketShot
-    {{58098, 9}, TagType::string, 0, 0, 0, 0},  // BurstShot
-    {{30423, 4}, TagType::string, 0, 0, 0, 0},  // Make
-    {{12023, 5}, TagType::string, 0, 0, 0, 0},  // Model
-    {{74927, 10}, TagType::string, 0, 0, 0, 0},  // CameraName
-    {{8510, 12}, TagType::string, 0, 0, 0, 0},  // SerialNumber
-    {{31488, 10}, TagType::string, 0, 0, 0, 0},  // ColorSpace
-    {{14903, 9}, TagType::string, 0, 0, 3, 7},  // DriveMode
-    {{74937, 9}, TagType::string, 0, 0, 0, 0},  // EvalState
-    {{30439, 20}, TagType::string, 0, 0, 0, 0},  // ExposureCompensation
-    {{74946, 23}, TagType::string, 0, 0, 0, 0},  // NetExposureCompensation
-    {{74969, 15}, TagType::string, 0, 0, 0, 0},  // IntegrationTime
-    {{8382, 15}, TagType::string, 0, 0, 0, 0},  // FirmwareVersion
-    {{14804, 9}, TagType::string, 0, 0, 0, 0},  // FlashMode
-    {{74984, 12}, TagType::string, 0, 0, 0, 0},  // FlashExpComp
-    {{74996, 10}, TagType::string, 0, 0, 0, 0},  // FlashPower
-    {{75006, 12}, TagType::string, 0, 0, 0, 0},  // FlashTTLMode
-    {{75018, 9}, TagType::string, 0, 0, 0, 0},  // FlashType
-    {{12130, 11}, TagType::string, 0, 0, 0, 0},  // FocalLength
-    {{31508, 23}, TagType::string, 0, 0, 0, 0},  // FocalLengthIn35mmFormat
-    {{75027, 5}, TagType::string, 0, 0, 10, 3},  // Focus
-    {{75032, 12}, TagType::string, 0, 0, 0, 0},  // ImageBoardID
-    {{75044, 13}, TagType::string, 0, 0, 0, 0},  // ImagerBoardID
-    {{58107, 17}, TagType::string, 0, 0, 0, 0},  // SensorTemperature
-    {{12120, 3}, TagType::string, 0, 0, 0, 0},  // ISO
-    {{58068, 17}, TagType::string, 0, 0, 0, 0},  // LensApertureRange
-    {{57845, 14}, TagType::string, 0, 0, 0, 0},  // LensFocalRange
-    {{31445, 8}, TagType::string, 0, 0, 13, 217},  // LensType
-    {{14888, 15}, TagType::string, 0, 0, 230, 4},  // ExposureProgram
-    {{30416, 7}, TagType::string, 0, 0, 234, 3},  // Quality
-    {{75057, 8}, TagType::string, 0, 0, 0, 0},  // SensorID
-    {{30427, 12}, TagType::string, 0, 0, 0, 0},  // ExposureTime
-    {{75065, 21}, TagType::string, 0, 0, 0, 0},  // ShutterSpeedDisplayed
-    {{8439, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
-    {{75086, 9}, TagType::string, 0, 0, 0, 0},  // VersionBF
+    {{74783, 11}, TagType::int32u, none, 0, 0, 0},  // FileVersion
+    {{74794, 8}, TagType::int32u, none, 0, 0, 0},  // MarkBits
+    {{12168, 10}, TagType::int32u, none, 0, 0, 0},  // ImageWidth
+    {{12178, 11}, TagType::int32u, none, 0, 0, 0},  // ImageHeight
+    {{74802, 8}, TagType::int32u, none, 0, 0, 0},  // Rotation
+    {{14818, 12}, TagType::string, none, 32, 0, 0},  // WhiteBalance
+    {{74810, 16}, TagType::string, none, 32, 0, 0},  // SceneCaptureType
+    {{74826, 6}, TagType::float_, none, 0, 0, 0},  // Unused
+    {{57859, 14}, TagType::float_, none, 0, 0, 0},  // ExposureAdjust
+    {{8522, 8}, TagType::float_, none, 0, 0, 0},  // Contrast
+    {{57873, 6}, TagType::float_, none, 0, 0, 0},  // Shadow
+    {{57879, 9}, TagType::float_, none, 0, 0, 0},  // Highlight
+    {{8549, 10}, TagType::float_, none, 0, 0, 0},  // Saturation
+    {{8540, 9}, TagType::float_, none, 0, 0, 0},  // Sharpness
+    {{74832, 9}, TagType::float_, none, 0, 0, 0},  // RedAdjust
+    {{74841, 11}, TagType::float_, none, 0, 0, 0},  // GreenAdjust
+    {{74852, 10}, TagType::float_, none, 0, 0, 0},  // BlueAdjust
+    {{57888, 11}, TagType::float_, none, 0, 0, 0},  // X3FillLight
+    {{74862, 12}, TagType::string, binary, 0, 0, 0},  // PreviewImage
+    {{74874, 10}, TagType::string, binary, 0, 0, 0},  // JpgFromRaw
+    {{57833, 12}, TagType::string, none, 0, 0, 3},  // MeteringMode
+    {{74884, 6}, TagType::string, none, 0, 0, 0},  // AFArea
+    {{74890, 9}, TagType::string, none, 0, 0, 0},  // AFInFocus
+    {{14932, 9}, TagType::string, none, 0, 0, 0},  // FocusMode
+    {{12123, 7}, TagType::string, none, 0, 0, 0},  // FNumber
+    {{74899, 17}, TagType::string, none, 0, 0, 0},  // ApertureDisplayed
+    {{74916, 11}, TagType::string, none, 0, 0, 0},  // BracketShot
+    {{58098, 9}, TagType::string, none, 0, 0, 0},  // BurstShot
+    {{30423, 4}, TagType::string, none, 0, 0, 0},  // Make
+    {{12023, 5}, TagType::string, none, 0, 0, 0},  // Model
+    {{74927, 10}, TagType::string, none, 0, 0, 0},  // CameraName
+    {{8510, 12}, TagType::string, none, 0, 0, 0},  // SerialNumber
+    {{31488, 10}, TagType::string, none, 0, 0, 0},  // ColorSpace
+    {{14903, 9}, TagType::string, none, 0, 3, 7},  // DriveMode
+    {{74937, 9}, TagType::string, none, 0, 0, 0},  // EvalState
+    {{30439, 20}, TagType::string, none, 0, 0, 0},  // ExposureCompensation
+    {{74946, 23}, TagType::string, none, 0, 0, 0},  // NetExposureCompensation
+    {{74969, 15}, TagType::string, none, 0, 0, 0},  // IntegrationTime
+    {{8382, 15}, TagType::string, none, 0, 0, 0},  // FirmwareVersion
+    {{14804, 9}, TagType::string, none, 0, 0, 0},  // FlashMode
+    {{74984, 12}, TagType::string, none, 0, 0, 0},  // FlashExpComp
+    {{74996, 10}, TagType::string, none, 0, 0, 0},  // FlashPower
+    {{75006, 12}, TagType::string, none, 0, 0, 0},  // FlashTTLMode
+    {{75018, 9}, TagType::string, none, 0, 0, 0},  // FlashType
+    {{12130, 11}, TagType::string, none, 0, 0, 0},  // FocalLength
+    {{31508, 23}, TagType::string, none, 0, 0, 0},  // FocalLengthIn35mmFormat
+    {{75027, 5}, TagType::string, none, 0, 10, 3},  // Focus
+    {{75032, 12}, TagType::string, none, 0, 0, 0},  // ImageBoardID
+    {{75044, 13}, TagType::string, none, 0, 0, 0},  // ImagerBoardID
+    {{58107, 17}, TagType::string, none, 0, 0, 0},  // SensorTemperature
+    {{12120, 3}, TagType::string, none, 0, 0, 0},  // ISO
+    {{58068, 17}, TagType::string, none, 0, 0, 0},  // LensApertureRange
+    {{57845, 14}, TagType::string, none, 0, 0, 0},  // LensFocalRange
+    {{31445, 8}, TagType::string, none, 0, 13, 217},  // LensType
+    {{14888, 15}, TagType::string, none, 0, 230, 4},  // ExposureProgram
+    {{30416, 7}, TagType::string, none, 0, 234, 3},  // Quality
+    {{75057, 8}, TagType::string, none, 0, 0, 0},  // SensorID
+    {{30427, 12}, TagType::string, none, 0, 0, 0},  // ExposureTime
+    {{75065, 21}, TagType::string, none, 0, 0, 0},  // ShutterSpeedDisplayed
+    {{8439, 16}, TagType::string, none, 0, 0, 0},  // DateTimeOriginal
+    {{75086, 9}, TagType::string, none, 0, 0, 0},  // VersionBF
 };
 constexpr detail::TextRef kChoicesSigmaRaw[] = {
     {5055, 1}, {58568, 1}, {8767, 1}, {75095, 3}, {75098, 2}, {75100, 2}, {75102, 5}, {75107, 3},
@@ -6043,9 +6032,26 @@ constexpr std::uint16_t kKeyOrderSigmaRaw[] = {
     6, 56, 49, 31, 10, 13, 58, 7, 60, 5, 17,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsSigmaRaw[61];
-constinit detail::StreamTags gTagsSigmaRaw("SigmaRaw", kText, kTagsSigmaRaw, kKeyOrderSigmaRaw, kChoicesSigmaRaw, gItemsSigmaRaw, &TagStringsCatalogue::stringsSigmaRaw);
 
 }  // namespace
+
+// Each stream's tags, which the catalogue's index finds them by.
+namespace detail {
+constinit StreamTags gTagsRTF("RTF", kText, kTagsRTF, kKeyOrderRTF, {}, gItemsRTF, &TagStringsCatalogue::stringsRTF);
+constinit StreamTags gTagsRadiance("Radiance", kText, kTagsRadiance, kKeyOrderRadiance, kChoicesRadiance, gItemsRadiance, &TagStringsCatalogue::stringsRadiance);
+constinit StreamTags gTagsRawzor("Rawzor", kText, kTagsRawzor, kKeyOrderRawzor, {}, gItemsRawzor, &TagStringsCatalogue::stringsRawzor);
+constinit StreamTags gTagsReal("Real", kText, kTagsReal, kKeyOrderReal, kChoicesReal, gItemsReal, &TagStringsCatalogue::stringsReal);
+constinit StreamTags gTagsReconyx("Reconyx", kText, kTagsReconyx, kKeyOrderReconyx, kChoicesReconyx, gItemsReconyx, &TagStringsCatalogue::stringsReconyx);
+constinit StreamTags gTagsRed("Red", kText, kTagsRed, kKeyOrderRed, {}, gItemsRed, &TagStringsCatalogue::stringsRed);
+constinit StreamTags gTagsRicoh("Ricoh", kText, kTagsRicoh, kKeyOrderRicoh, kChoicesRicoh, gItemsRicoh, &TagStringsCatalogue::stringsRicoh);
+constinit StreamTags gTagsSR2("SR2", kText, kTagsSR2, kKeyOrderSR2, {}, gItemsSR2, &TagStringsCatalogue::stringsSR2);
+constinit StreamTags gTagsSRF_("SRF#", kText, kTagsSRF_, kKeyOrderSRF_, {}, gItemsSRF_, &TagStringsCatalogue::stringsSRF_);
+constinit StreamTags gTagsSVG("SVG", kText, kTagsSVG, kKeyOrderSVG, {}, gItemsSVG, &TagStringsCatalogue::stringsSVG);
+constinit StreamTags gTagsSamsung("Samsung", kText, kTagsSamsung, kKeyOrderSamsung, kChoicesSamsung, gItemsSamsung, &TagStringsCatalogue::stringsSamsung);
+constinit StreamTags gTagsSanyo("Sanyo", kText, kTagsSanyo, kKeyOrderSanyo, kChoicesSanyo, gItemsSanyo, &TagStringsCatalogue::stringsSanyo);
+constinit StreamTags gTagsSigma("Sigma", kText, kTagsSigma, kKeyOrderSigma, kChoicesSigma, gItemsSigma, &TagStringsCatalogue::stringsSigma);
+constinit StreamTags gTagsSigmaRaw("SigmaRaw", kText, kTagsSigmaRaw, kKeyOrderSigmaRaw, kChoicesSigmaRaw, gItemsSigmaRaw, &TagStringsCatalogue::stringsSigmaRaw);
+}  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsRTF() {
   return gStringsRTF.strings(&TagStringsCatalogue::stringTableRTF);
@@ -6054,32 +6060,32 @@ TagStringTable TagStringsCatalogue::stringTableRTF(ETLanguage language) {
   return gStringsRTF.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue31::allStreamsRTF() {
-  return gTagsRTF.all();
+  return detail::gTagsRTF.all();
 }
-const TagItem& detail::TagItemCatalogue31::itemRTFAuthor() { return gTagsRTF.item(0); }
-const TagItem& detail::TagItemCatalogue31::itemRTFBackupTime() { return gTagsRTF.item(1); }
-const TagItem& detail::TagItemCatalogue31::itemRTFCategory() { return gTagsRTF.item(2); }
-const TagItem& detail::TagItemCatalogue31::itemRTFComment() { return gTagsRTF.item(3); }
-const TagItem& detail::TagItemCatalogue31::itemRTFCompany() { return gTagsRTF.item(4); }
-const TagItem& detail::TagItemCatalogue31::itemRTFCopyright() { return gTagsRTF.item(5); }
-const TagItem& detail::TagItemCatalogue31::itemRTFCreateDate() { return gTagsRTF.item(6); }
-const TagItem& detail::TagItemCatalogue31::itemRTFComments() { return gTagsRTF.item(7); }
-const TagItem& detail::TagItemCatalogue31::itemRTFTotalEditTime() { return gTagsRTF.item(8); }
-const TagItem& detail::TagItemCatalogue31::itemRTFHyperlinkBase() { return gTagsRTF.item(9); }
-const TagItem& detail::TagItemCatalogue31::itemRTFInternalIDNumber() { return gTagsRTF.item(10); }
-const TagItem& detail::TagItemCatalogue31::itemRTFKeywords() { return gTagsRTF.item(11); }
-const TagItem& detail::TagItemCatalogue31::itemRTFManager() { return gTagsRTF.item(12); }
-const TagItem& detail::TagItemCatalogue31::itemRTFCharacters() { return gTagsRTF.item(13); }
-const TagItem& detail::TagItemCatalogue31::itemRTFCharactersWithSpaces() { return gTagsRTF.item(14); }
-const TagItem& detail::TagItemCatalogue31::itemRTFPages() { return gTagsRTF.item(15); }
-const TagItem& detail::TagItemCatalogue31::itemRTFWords() { return gTagsRTF.item(16); }
-const TagItem& detail::TagItemCatalogue31::itemRTFLastModifiedBy() { return gTagsRTF.item(17); }
-const TagItem& detail::TagItemCatalogue31::itemRTFLastPrinted() { return gTagsRTF.item(18); }
-const TagItem& detail::TagItemCatalogue31::itemRTFModifyDate() { return gTagsRTF.item(19); }
-const TagItem& detail::TagItemCatalogue31::itemRTFSubject() { return gTagsRTF.item(20); }
-const TagItem& detail::TagItemCatalogue31::itemRTFTitle() { return gTagsRTF.item(21); }
-const TagItem& detail::TagItemCatalogue31::itemRTFInternalVersionNumber() { return gTagsRTF.item(22); }
-const TagItem& detail::TagItemCatalogue31::itemRTFRevisionNumber() { return gTagsRTF.item(23); }
+const TagItem& detail::TagItemCatalogue31::itemRTFAuthor() { return detail::gTagsRTF.item(0); }
+const TagItem& detail::TagItemCatalogue31::itemRTFBackupTime() { return detail::gTagsRTF.item(1); }
+const TagItem& detail::TagItemCatalogue31::itemRTFCategory() { return detail::gTagsRTF.item(2); }
+const TagItem& detail::TagItemCatalogue31::itemRTFComment() { return detail::gTagsRTF.item(3); }
+const TagItem& detail::TagItemCatalogue31::itemRTFCompany() { return detail::gTagsRTF.item(4); }
+const TagItem& detail::TagItemCatalogue31::itemRTFCopyright() { return detail::gTagsRTF.item(5); }
+const TagItem& detail::TagItemCatalogue31::itemRTFCreateDate() { return detail::gTagsRTF.item(6); }
+const TagItem& detail::TagItemCatalogue31::itemRTFComments() { return detail::gTagsRTF.item(7); }
+const TagItem& detail::TagItemCatalogue31::itemRTFTotalEditTime() { return detail::gTagsRTF.item(8); }
+const TagItem& detail::TagItemCatalogue31::itemRTFHyperlinkBase() { return detail::gTagsRTF.item(9); }
+const TagItem& detail::TagItemCatalogue31::itemRTFInternalIDNumber() { return detail::gTagsRTF.item(10); }
+const TagItem& detail::TagItemCatalogue31::itemRTFKeywords() { return detail::gTagsRTF.item(11); }
+const TagItem& detail::TagItemCatalogue31::itemRTFManager() { return detail::gTagsRTF.item(12); }
+const TagItem& detail::TagItemCatalogue31::itemRTFCharacters() { return detail::gTagsRTF.item(13); }
+const TagItem& detail::TagItemCatalogue31::itemRTFCharactersWithSpaces() { return detail::gTagsRTF.item(14); }
+const TagItem& detail::TagItemCatalogue31::itemRTFPages() { return detail::gTagsRTF.item(15); }
+const TagItem& detail::TagItemCatalogue31::itemRTFWords() { return detail::gTagsRTF.item(16); }
+const TagItem& detail::TagItemCatalogue31::itemRTFLastModifiedBy() { return detail::gTagsRTF.item(17); }
+const TagItem& detail::TagItemCatalogue31::itemRTFLastPrinted() { return detail::gTagsRTF.item(18); }
+const TagItem& detail::TagItemCatalogue31::itemRTFModifyDate() { return detail::gTagsRTF.item(19); }
+const TagItem& detail::TagItemCatalogue31::itemRTFSubject() { return detail::gTagsRTF.item(20); }
+const TagItem& detail::TagItemCatalogue31::itemRTFTitle() { return detail::gTagsRTF.item(21); }
+const TagItem& detail::TagItemCatalogue31::itemRTFInternalVersionNumber() { return detail::gTagsRTF.item(22); }
+const TagItem& detail::TagItemCatalogue31::itemRTFRevisionNumber() { return detail::gTagsRTF.item(23); }
 
 const TagStrings& TagStringsCatalogue::stringsRadiance() {
   return gStringsRadiance.strings(&TagStringsCatalogue::stringTableRadiance);
@@ -6088,19 +6094,19 @@ TagStringTable TagStringsCatalogue::stringTableRadiance(ETLanguage language) {
   return gStringsRadiance.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue31::allStreamsRadiance() {
-  return gTagsRadiance.all();
+  return detail::gTagsRadiance.all();
 }
-const TagItem& detail::TagItemCatalogue31::itemRadianceCommand() { return gTagsRadiance.item(0); }
-const TagItem& detail::TagItemCatalogue31::itemRadianceComment() { return gTagsRadiance.item(1); }
-const TagItem& detail::TagItemCatalogue31::itemRadianceOrientation() { return gTagsRadiance.item(2); }
-const TagItem& detail::TagItemCatalogue31::itemRadianceColorCorrection() { return gTagsRadiance.item(3); }
-const TagItem& detail::TagItemCatalogue31::itemRadianceExposure() { return gTagsRadiance.item(4); }
-const TagItem& detail::TagItemCatalogue31::itemRadianceFormat() { return gTagsRadiance.item(5); }
-const TagItem& detail::TagItemCatalogue31::itemRadianceGamma() { return gTagsRadiance.item(6); }
-const TagItem& detail::TagItemCatalogue31::itemRadiancePixelAspectRatio() { return gTagsRadiance.item(7); }
-const TagItem& detail::TagItemCatalogue31::itemRadianceColorPrimaries() { return gTagsRadiance.item(8); }
-const TagItem& detail::TagItemCatalogue31::itemRadianceSoftware() { return gTagsRadiance.item(9); }
-const TagItem& detail::TagItemCatalogue31::itemRadianceView() { return gTagsRadiance.item(10); }
+const TagItem& detail::TagItemCatalogue31::itemRadianceCommand() { return detail::gTagsRadiance.item(0); }
+const TagItem& detail::TagItemCatalogue31::itemRadianceComment() { return detail::gTagsRadiance.item(1); }
+const TagItem& detail::TagItemCatalogue31::itemRadianceOrientation() { return detail::gTagsRadiance.item(2); }
+const TagItem& detail::TagItemCatalogue31::itemRadianceColorCorrection() { return detail::gTagsRadiance.item(3); }
+const TagItem& detail::TagItemCatalogue31::itemRadianceExposure() { return detail::gTagsRadiance.item(4); }
+const TagItem& detail::TagItemCatalogue31::itemRadianceFormat() { return detail::gTagsRadiance.item(5); }
+const TagItem& detail::TagItemCatalogue31::itemRadianceGamma() { return detail::gTagsRadiance.item(6); }
+const TagItem& detail::TagItemCatalogue31::itemRadiancePixelAspectRatio() { return detail::gTagsRadiance.item(7); }
+const TagItem& detail::TagItemCatalogue31::itemRadianceColorPrimaries() { return detail::gTagsRadiance.item(8); }
+const TagItem& detail::TagItemCatalogue31::itemRadianceSoftware() { return detail::gTagsRadiance.item(9); }
+const TagItem& detail::TagItemCatalogue31::itemRadianceView() { return detail::gTagsRadiance.item(10); }
 
 const TagStrings& TagStringsCatalogue::stringsRawzor() {
   return gStringsRawzor.strings(&TagStringsCatalogue::stringTableRawzor);
@@ -6109,13 +6115,13 @@ TagStringTable TagStringsCatalogue::stringTableRawzor(ETLanguage language) {
   return gStringsRawzor.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue31::allStreamsRawzor() {
-  return gTagsRawzor.all();
+  return detail::gTagsRawzor.all();
 }
-const TagItem& detail::TagItemCatalogue31::itemRawzorCompressionFactor() { return gTagsRawzor.item(0); }
-const TagItem& detail::TagItemCatalogue31::itemRawzorOriginalFileSize() { return gTagsRawzor.item(1); }
-const TagItem& detail::TagItemCatalogue31::itemRawzorOriginalFileType() { return gTagsRawzor.item(2); }
-const TagItem& detail::TagItemCatalogue31::itemRawzorRawzorCreatorVersion() { return gTagsRawzor.item(3); }
-const TagItem& detail::TagItemCatalogue31::itemRawzorRawzorRequiredVersion() { return gTagsRawzor.item(4); }
+const TagItem& detail::TagItemCatalogue31::itemRawzorCompressionFactor() { return detail::gTagsRawzor.item(0); }
+const TagItem& detail::TagItemCatalogue31::itemRawzorOriginalFileSize() { return detail::gTagsRawzor.item(1); }
+const TagItem& detail::TagItemCatalogue31::itemRawzorOriginalFileType() { return detail::gTagsRawzor.item(2); }
+const TagItem& detail::TagItemCatalogue31::itemRawzorRawzorCreatorVersion() { return detail::gTagsRawzor.item(3); }
+const TagItem& detail::TagItemCatalogue31::itemRawzorRawzorRequiredVersion() { return detail::gTagsRawzor.item(4); }
 
 const TagStrings& TagStringsCatalogue::stringsReal() {
   return gStringsReal.strings(&TagStringsCatalogue::stringTableReal);
@@ -6124,92 +6130,92 @@ TagStringTable TagStringsCatalogue::stringTableReal(ETLanguage language) {
   return gStringsReal.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue31::allStreamsReal() {
-  return gTagsReal.all();
+  return detail::gTagsReal.all();
 }
-const TagItem& detail::TagItemCatalogue31::itemRealChannels() { return gTagsReal.item(0); }
-const TagItem& detail::TagItemCatalogue31::itemRealUnknown() { return gTagsReal.item(1); }
-const TagItem& detail::TagItemCatalogue31::itemRealBytesPerMinute() { return gTagsReal.item(2); }
-const TagItem& detail::TagItemCatalogue31::itemRealAudioBytes() { return gTagsReal.item(3); }
-const TagItem& detail::TagItemCatalogue31::itemRealTitleLen() { return gTagsReal.item(4); }
-const TagItem& detail::TagItemCatalogue31::itemRealTitle() { return gTagsReal.item(5); }
-const TagItem& detail::TagItemCatalogue31::itemRealArtistLen() { return gTagsReal.item(6); }
-const TagItem& detail::TagItemCatalogue31::itemRealArtist() { return gTagsReal.item(7); }
-const TagItem& detail::TagItemCatalogue31::itemRealCopyrightLen() { return gTagsReal.item(8); }
-const TagItem& detail::TagItemCatalogue31::itemRealCopyright() { return gTagsReal.item(9); }
-const TagItem& detail::TagItemCatalogue31::itemRealCommentLen() { return gTagsReal.item(10); }
-const TagItem& detail::TagItemCatalogue31::itemRealComment() { return gTagsReal.item(11); }
-const TagItem& detail::TagItemCatalogue31::itemRealFourCC1() { return gTagsReal.item(12); }
-const TagItem& detail::TagItemCatalogue31::itemRealAudioFileSize() { return gTagsReal.item(13); }
-const TagItem& detail::TagItemCatalogue31::itemRealVersion2() { return gTagsReal.item(14); }
-const TagItem& detail::TagItemCatalogue31::itemRealHeaderSize() { return gTagsReal.item(15); }
-const TagItem& detail::TagItemCatalogue31::itemRealCodecFlavorID() { return gTagsReal.item(16); }
-const TagItem& detail::TagItemCatalogue31::itemRealCodedFrameSize() { return gTagsReal.item(17); }
-const TagItem& detail::TagItemCatalogue31::itemRealSubPacketH() { return gTagsReal.item(18); }
-const TagItem& detail::TagItemCatalogue31::itemRealAudioFrameSize() { return gTagsReal.item(19); }
-const TagItem& detail::TagItemCatalogue31::itemRealSubPacketSize() { return gTagsReal.item(20); }
-const TagItem& detail::TagItemCatalogue31::itemRealSampleRate() { return gTagsReal.item(21); }
-const TagItem& detail::TagItemCatalogue31::itemRealBitsPerSample() { return gTagsReal.item(22); }
-const TagItem& detail::TagItemCatalogue31::itemRealFourCC2Len() { return gTagsReal.item(23); }
-const TagItem& detail::TagItemCatalogue31::itemRealFourCC2() { return gTagsReal.item(24); }
-const TagItem& detail::TagItemCatalogue31::itemRealFourCC3Len() { return gTagsReal.item(25); }
-const TagItem& detail::TagItemCatalogue31::itemRealFourCC3() { return gTagsReal.item(26); }
-const TagItem& detail::TagItemCatalogue31::itemRealFrameSize() { return gTagsReal.item(27); }
-const TagItem& detail::TagItemCatalogue31::itemRealSampleRate2() { return gTagsReal.item(28); }
-const TagItem& detail::TagItemCatalogue31::itemRealGenr() { return gTagsReal.item(29); }
-const TagItem& detail::TagItemCatalogue31::itemRealAuthorLen() { return gTagsReal.item(30); }
-const TagItem& detail::TagItemCatalogue31::itemRealAuthor() { return gTagsReal.item(31); }
-const TagItem& detail::TagItemCatalogue31::itemRealAudiences() { return gTagsReal.item(32); }
-const TagItem& detail::TagItemCatalogue31::itemRealAudioFormat() { return gTagsReal.item(33); }
-const TagItem& detail::TagItemCatalogue31::itemRealContentRating() { return gTagsReal.item(34); }
-const TagItem& detail::TagItemCatalogue31::itemRealCreateDate() { return gTagsReal.item(35); }
-const TagItem& detail::TagItemCatalogue31::itemRealDescription() { return gTagsReal.item(36); }
-const TagItem& detail::TagItemCatalogue31::itemRealFileID() { return gTagsReal.item(37); }
-const TagItem& detail::TagItemCatalogue31::itemRealSoftware() { return gTagsReal.item(38); }
-const TagItem& detail::TagItemCatalogue31::itemRealIndexable() { return gTagsReal.item(39); }
-const TagItem& detail::TagItemCatalogue31::itemRealKeywords() { return gTagsReal.item(40); }
-const TagItem& detail::TagItemCatalogue31::itemRealModifyDate() { return gTagsReal.item(41); }
-const TagItem& detail::TagItemCatalogue31::itemRealTargetAudiences() { return gTagsReal.item(42); }
-const TagItem& detail::TagItemCatalogue31::itemRealVideoQuality() { return gTagsReal.item(43); }
-const TagItem& detail::TagItemCatalogue31::itemRealAudioMode() { return gTagsReal.item(44); }
-const TagItem& detail::TagItemCatalogue31::itemRealVideoMode() { return gTagsReal.item(45); }
-const TagItem& detail::TagItemCatalogue31::itemRealStreamNumber() { return gTagsReal.item(46); }
-const TagItem& detail::TagItemCatalogue31::itemRealStreamMaxBitrate() { return gTagsReal.item(47); }
-const TagItem& detail::TagItemCatalogue31::itemRealStreamAvgBitrate() { return gTagsReal.item(48); }
-const TagItem& detail::TagItemCatalogue31::itemRealStreamMaxPacketSize() { return gTagsReal.item(49); }
-const TagItem& detail::TagItemCatalogue31::itemRealStreamAvgPacketSize() { return gTagsReal.item(50); }
-const TagItem& detail::TagItemCatalogue31::itemRealStreamStartTime() { return gTagsReal.item(51); }
-const TagItem& detail::TagItemCatalogue31::itemRealStreamPreroll() { return gTagsReal.item(52); }
-const TagItem& detail::TagItemCatalogue31::itemRealStreamDuration() { return gTagsReal.item(53); }
-const TagItem& detail::TagItemCatalogue31::itemRealStreamNameLen() { return gTagsReal.item(54); }
-const TagItem& detail::TagItemCatalogue31::itemRealStreamName() { return gTagsReal.item(55); }
-const TagItem& detail::TagItemCatalogue31::itemRealStreamMimeLen() { return gTagsReal.item(56); }
-const TagItem& detail::TagItemCatalogue31::itemRealStreamMimeType() { return gTagsReal.item(57); }
-const TagItem& detail::TagItemCatalogue31::itemRealFileInfoLen() { return gTagsReal.item(58); }
-const TagItem& detail::TagItemCatalogue31::itemRealFileInfoLen2() { return gTagsReal.item(59); }
-const TagItem& detail::TagItemCatalogue31::itemRealFileInfoVersion() { return gTagsReal.item(60); }
-const TagItem& detail::TagItemCatalogue31::itemRealPhysicalStreams() { return gTagsReal.item(61); }
-const TagItem& detail::TagItemCatalogue31::itemRealPhysicalStreamNumbers() { return gTagsReal.item(62); }
-const TagItem& detail::TagItemCatalogue31::itemRealDataOffsets() { return gTagsReal.item(63); }
-const TagItem& detail::TagItemCatalogue31::itemRealNumRules() { return gTagsReal.item(64); }
-const TagItem& detail::TagItemCatalogue31::itemRealPhysicalStreamNumberMap() { return gTagsReal.item(65); }
-const TagItem& detail::TagItemCatalogue31::itemRealNumProperties() { return gTagsReal.item(66); }
-const TagItem& detail::TagItemCatalogue31::itemRealAlbumName() { return gTagsReal.item(67); }
-const TagItem& detail::TagItemCatalogue31::itemRealTrackCategory() { return gTagsReal.item(68); }
-const TagItem& detail::TagItemCatalogue31::itemRealTrackComments() { return gTagsReal.item(69); }
-const TagItem& detail::TagItemCatalogue31::itemRealTrackLyrics() { return gTagsReal.item(70); }
-const TagItem& detail::TagItemCatalogue31::itemRealText() { return gTagsReal.item(71); }
-const TagItem& detail::TagItemCatalogue31::itemRealURL() { return gTagsReal.item(72); }
-const TagItem& detail::TagItemCatalogue31::itemRealMaxBitrate() { return gTagsReal.item(73); }
-const TagItem& detail::TagItemCatalogue31::itemRealAvgBitrate() { return gTagsReal.item(74); }
-const TagItem& detail::TagItemCatalogue31::itemRealMaxPacketSize() { return gTagsReal.item(75); }
-const TagItem& detail::TagItemCatalogue31::itemRealAvgPacketSize() { return gTagsReal.item(76); }
-const TagItem& detail::TagItemCatalogue31::itemRealNumPackets() { return gTagsReal.item(77); }
-const TagItem& detail::TagItemCatalogue31::itemRealDuration() { return gTagsReal.item(78); }
-const TagItem& detail::TagItemCatalogue31::itemRealPreroll() { return gTagsReal.item(79); }
-const TagItem& detail::TagItemCatalogue31::itemRealIndexOffset() { return gTagsReal.item(80); }
-const TagItem& detail::TagItemCatalogue31::itemRealDataOffset() { return gTagsReal.item(81); }
-const TagItem& detail::TagItemCatalogue31::itemRealNumStreams() { return gTagsReal.item(82); }
-const TagItem& detail::TagItemCatalogue31::itemRealFlags() { return gTagsReal.item(83); }
+const TagItem& detail::TagItemCatalogue31::itemRealChannels() { return detail::gTagsReal.item(0); }
+const TagItem& detail::TagItemCatalogue31::itemRealUnknown() { return detail::gTagsReal.item(1); }
+const TagItem& detail::TagItemCatalogue31::itemRealBytesPerMinute() { return detail::gTagsReal.item(2); }
+const TagItem& detail::TagItemCatalogue31::itemRealAudioBytes() { return detail::gTagsReal.item(3); }
+const TagItem& detail::TagItemCatalogue31::itemRealTitleLen() { return detail::gTagsReal.item(4); }
+const TagItem& detail::TagItemCatalogue31::itemRealTitle() { return detail::gTagsReal.item(5); }
+const TagItem& detail::TagItemCatalogue31::itemRealArtistLen() { return detail::gTagsReal.item(6); }
+const TagItem& detail::TagItemCatalogue31::itemRealArtist() { return detail::gTagsReal.item(7); }
+const TagItem& detail::TagItemCatalogue31::itemRealCopyrightLen() { return detail::gTagsReal.item(8); }
+const TagItem& detail::TagItemCatalogue31::itemRealCopyright() { return detail::gTagsReal.item(9); }
+const TagItem& detail::TagItemCatalogue31::itemRealCommentLen() { return detail::gTagsReal.item(10); }
+const TagItem& detail::TagItemCatalogue31::itemRealComment() { return detail::gTagsReal.item(11); }
+const TagItem& detail::TagItemCatalogue31::itemRealFourCC1() { return detail::gTagsReal.item(12); }
+const TagItem& detail::TagItemCatalogue31::itemRealAudioFileSize() { return detail::gTagsReal.item(13); }
+const TagItem& detail::TagItemCatalogue31::itemRealVersion2() { return detail::gTagsReal.item(14); }
+const TagItem& detail::TagItemCatalogue31::itemRealHeaderSize() { return detail::gTagsReal.item(15); }
+const TagItem& detail::TagItemCatalogue31::itemRealCodecFlavorID() { return detail::gTagsReal.item(16); }
+const TagItem& detail::TagItemCatalogue31::itemRealCodedFrameSize() { return detail::gTagsReal.item(17); }
+const TagItem& detail::TagItemCatalogue31::itemRealSubPacketH() { return detail::gTagsReal.item(18); }
+const TagItem& detail::TagItemCatalogue31::itemRealAudioFrameSize() { return detail::gTagsReal.item(19); }
+const TagItem& detail::TagItemCatalogue31::itemRealSubPacketSize() { return detail::gTagsReal.item(20); }
+const TagItem& detail::TagItemCatalogue31::itemRealSampleRate() { return detail::gTagsReal.item(21); }
+const TagItem& detail::TagItemCatalogue31::itemRealBitsPerSample() { return detail::gTagsReal.item(22); }
+const TagItem& detail::TagItemCatalogue31::itemRealFourCC2Len() { return detail::gTagsReal.item(23); }
+const TagItem& detail::TagItemCatalogue31::itemRealFourCC2() { return detail::gTagsReal.item(24); }
+const TagItem& detail::TagItemCatalogue31::itemRealFourCC3Len() { return detail::gTagsReal.item(25); }
+const TagItem& detail::TagItemCatalogue31::itemRealFourCC3() { return detail::gTagsReal.item(26); }
+const TagItem& detail::TagItemCatalogue31::itemRealFrameSize() { return detail::gTagsReal.item(27); }
+const TagItem& detail::TagItemCatalogue31::itemRealSampleRate2() { return detail::gTagsReal.item(28); }
+const TagItem& detail::TagItemCatalogue31::itemRealGenr() { return detail::gTagsReal.item(29); }
+const TagItem& detail::TagItemCatalogue31::itemRealAuthorLen() { return detail::gTagsReal.item(30); }
+const TagItem& detail::TagItemCatalogue31::itemRealAuthor() { return detail::gTagsReal.item(31); }
+const TagItem& detail::TagItemCatalogue31::itemRealAudiences() { return detail::gTagsReal.item(32); }
+const TagItem& detail::TagItemCatalogue31::itemRealAudioFormat() { return detail::gTagsReal.item(33); }
+const TagItem& detail::TagItemCatalogue31::itemRealContentRating() { return detail::gTagsReal.item(34); }
+const TagItem& detail::TagItemCatalogue31::itemRealCreateDate() { return detail::gTagsReal.item(35); }
+const TagItem& detail::TagItemCatalogue31::itemRealDescription() { return detail::gTagsReal.item(36); }
+const TagItem& detail::TagItemCatalogue31::itemRealFileID() { return detail::gTagsReal.item(37); }
+const TagItem& detail::TagItemCatalogue31::itemRealSoftware() { return detail::gTagsReal.item(38); }
+const TagItem& detail::TagItemCatalogue31::itemRealIndexable() { return detail::gTagsReal.item(39); }
+const TagItem& detail::TagItemCatalogue31::itemRealKeywords() { return detail::gTagsReal.item(40); }
+const TagItem& detail::TagItemCatalogue31::itemRealModifyDate() { return detail::gTagsReal.item(41); }
+const TagItem& detail::TagItemCatalogue31::itemRealTargetAudiences() { return detail::gTagsReal.item(42); }
+const TagItem& detail::TagItemCatalogue31::itemRealVideoQuality() { return detail::gTagsReal.item(43); }
+const TagItem& detail::TagItemCatalogue31::itemRealAudioMode() { return detail::gTagsReal.item(44); }
+const TagItem& detail::TagItemCatalogue31::itemRealVideoMode() { return detail::gTagsReal.item(45); }
+const TagItem& detail::TagItemCatalogue31::itemRealStreamNumber() { return detail::gTagsReal.item(46); }
+const TagItem& detail::TagItemCatalogue31::itemRealStreamMaxBitrate() { return detail::gTagsReal.item(47); }
+const TagItem& detail::TagItemCatalogue31::itemRealStreamAvgBitrate() { return detail::gTagsReal.item(48); }
+const TagItem& detail::TagItemCatalogue31::itemRealStreamMaxPacketSize() { return detail::gTagsReal.item(49); }
+const TagItem& detail::TagItemCatalogue31::itemRealStreamAvgPacketSize() { return detail::gTagsReal.item(50); }
+const TagItem& detail::TagItemCatalogue31::itemRealStreamStartTime() { return detail::gTagsReal.item(51); }
+const TagItem& detail::TagItemCatalogue31::itemRealStreamPreroll() { return detail::gTagsReal.item(52); }
+const TagItem& detail::TagItemCatalogue31::itemRealStreamDuration() { return detail::gTagsReal.item(53); }
+const TagItem& detail::TagItemCatalogue31::itemRealStreamNameLen() { return detail::gTagsReal.item(54); }
+const TagItem& detail::TagItemCatalogue31::itemRealStreamName() { return detail::gTagsReal.item(55); }
+const TagItem& detail::TagItemCatalogue31::itemRealStreamMimeLen() { return detail::gTagsReal.item(56); }
+const TagItem& detail::TagItemCatalogue31::itemRealStreamMimeType() { return detail::gTagsReal.item(57); }
+const TagItem& detail::TagItemCatalogue31::itemRealFileInfoLen() { return detail::gTagsReal.item(58); }
+const TagItem& detail::TagItemCatalogue31::itemRealFileInfoLen2() { return detail::gTagsReal.item(59); }
+const TagItem& detail::TagItemCatalogue31::itemRealFileInfoVersion() { return detail::gTagsReal.item(60); }
+const TagItem& detail::TagItemCatalogue31::itemRealPhysicalStreams() { return detail::gTagsReal.item(61); }
+const TagItem& detail::TagItemCatalogue31::itemRealPhysicalStreamNumbers() { return detail::gTagsReal.item(62); }
+const TagItem& detail::TagItemCatalogue31::itemRealDataOffsets() { return detail::gTagsReal.item(63); }
+const TagItem& detail::TagItemCatalogue31::itemRealNumRules() { return detail::gTagsReal.item(64); }
+const TagItem& detail::TagItemCatalogue31::itemRealPhysicalStreamNumberMap() { return detail::gTagsReal.item(65); }
+const TagItem& detail::TagItemCatalogue31::itemRealNumProperties() { return detail::gTagsReal.item(66); }
+const TagItem& detail::TagItemCatalogue31::itemRealAlbumName() { return detail::gTagsReal.item(67); }
+const TagItem& detail::TagItemCatalogue31::itemRealTrackCategory() { return detail::gTagsReal.item(68); }
+const TagItem& detail::TagItemCatalogue31::itemRealTrackComments() { return detail::gTagsReal.item(69); }
+const TagItem& detail::TagItemCatalogue31::itemRealTrackLyrics() { return detail::gTagsReal.item(70); }
+const TagItem& detail::TagItemCatalogue31::itemRealText() { return detail::gTagsReal.item(71); }
+const TagItem& detail::TagItemCatalogue31::itemRealURL() { return detail::gTagsReal.item(72); }
+const TagItem& detail::TagItemCatalogue31::itemRealMaxBitrate() { return detail::gTagsReal.item(73); }
+const TagItem& detail::TagItemCatalogue31::itemRealAvgBitrate() { return detail::gTagsReal.item(74); }
+const TagItem& detail::TagItemCatalogue31::itemRealMaxPacketSize() { return detail::gTagsReal.item(75); }
+const TagItem& detail::TagItemCatalogue31::itemRealAvgPacketSize() { return detail::gTagsReal.item(76); }
+const TagItem& detail::TagItemCatalogue31::itemRealNumPackets() { return detail::gTagsReal.item(77); }
+const TagItem& detail::TagItemCatalogue31::itemRealDuration() { return detail::gTagsReal.item(78); }
+const TagItem& detail::TagItemCatalogue31::itemRealPreroll() { return detail::gTagsReal.item(79); }
+const TagItem& detail::TagItemCatalogue31::itemRealIndexOffset() { return detail::gTagsReal.item(80); }
+const TagItem& detail::TagItemCatalogue31::itemRealDataOffset() { return detail::gTagsReal.item(81); }
+const TagItem& detail::TagItemCatalogue31::itemRealNumStreams() { return detail::gTagsReal.item(82); }
+const TagItem& detail::TagItemCatalogue31::itemRealFlags() { return detail::gTagsReal.item(83); }
 
 const TagStrings& TagStringsCatalogue::stringsReconyx() {
   return gStringsReconyx.strings(&TagStringsCatalogue::stringTableReconyx);
@@ -6218,39 +6224,39 @@ TagStringTable TagStringsCatalogue::stringTableReconyx(ETLanguage language) {
   return gStringsReconyx.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue31::allStreamsReconyx() {
-  return gTagsReconyx.all();
+  return detail::gTagsReconyx.all();
 }
-const TagItem& detail::TagItemCatalogue31::itemReconyxMakerNoteVersion() { return gTagsReconyx.item(0); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxFirmwareVersion() { return gTagsReconyx.item(1); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxFirmwareDate() { return gTagsReconyx.item(2); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxTriggerMode() { return gTagsReconyx.item(3); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxSequence() { return gTagsReconyx.item(4); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxEventNumber() { return gTagsReconyx.item(5); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxDateTimeOriginal() { return gTagsReconyx.item(6); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxMoonPhase() { return gTagsReconyx.item(7); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxAmbientTemperatureFahrenheit() { return gTagsReconyx.item(8); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxAmbientTemperature() { return gTagsReconyx.item(9); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxSerialNumber() { return gTagsReconyx.item(10); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxContrast() { return gTagsReconyx.item(11); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxBrightness() { return gTagsReconyx.item(12); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxSharpness() { return gTagsReconyx.item(13); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxSaturation() { return gTagsReconyx.item(14); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxInfraredIlluminator() { return gTagsReconyx.item(15); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxMotionSensitivity() { return gTagsReconyx.item(16); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxBatteryVoltage() { return gTagsReconyx.item(17); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxUserLabel() { return gTagsReconyx.item(18); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxMicro1Version() { return gTagsReconyx.item(19); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxBootLoaderVersion() { return gTagsReconyx.item(20); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxMicro2Version() { return gTagsReconyx.item(21); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxDayOfWeek() { return gTagsReconyx.item(22); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxIllumination() { return gTagsReconyx.item(23); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxFileNumber() { return gTagsReconyx.item(24); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxDirectoryNumber() { return gTagsReconyx.item(25); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxFlash() { return gTagsReconyx.item(26); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxAmbientInfrared() { return gTagsReconyx.item(27); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxAmbientLight() { return gTagsReconyx.item(28); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxBatteryVoltageAvg() { return gTagsReconyx.item(29); }
-const TagItem& detail::TagItemCatalogue31::itemReconyxBatteryType() { return gTagsReconyx.item(30); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxMakerNoteVersion() { return detail::gTagsReconyx.item(0); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxFirmwareVersion() { return detail::gTagsReconyx.item(1); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxFirmwareDate() { return detail::gTagsReconyx.item(2); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxTriggerMode() { return detail::gTagsReconyx.item(3); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxSequence() { return detail::gTagsReconyx.item(4); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxEventNumber() { return detail::gTagsReconyx.item(5); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxDateTimeOriginal() { return detail::gTagsReconyx.item(6); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxMoonPhase() { return detail::gTagsReconyx.item(7); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxAmbientTemperatureFahrenheit() { return detail::gTagsReconyx.item(8); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxAmbientTemperature() { return detail::gTagsReconyx.item(9); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxSerialNumber() { return detail::gTagsReconyx.item(10); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxContrast() { return detail::gTagsReconyx.item(11); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxBrightness() { return detail::gTagsReconyx.item(12); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxSharpness() { return detail::gTagsReconyx.item(13); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxSaturation() { return detail::gTagsReconyx.item(14); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxInfraredIlluminator() { return detail::gTagsReconyx.item(15); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxMotionSensitivity() { return detail::gTagsReconyx.item(16); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxBatteryVoltage() { return detail::gTagsReconyx.item(17); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxUserLabel() { return detail::gTagsReconyx.item(18); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxMicro1Version() { return detail::gTagsReconyx.item(19); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxBootLoaderVersion() { return detail::gTagsReconyx.item(20); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxMicro2Version() { return detail::gTagsReconyx.item(21); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxDayOfWeek() { return detail::gTagsReconyx.item(22); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxIllumination() { return detail::gTagsReconyx.item(23); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxFileNumber() { return detail::gTagsReconyx.item(24); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxDirectoryNumber() { return detail::gTagsReconyx.item(25); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxFlash() { return detail::gTagsReconyx.item(26); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxAmbientInfrared() { return detail::gTagsReconyx.item(27); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxAmbientLight() { return detail::gTagsReconyx.item(28); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxBatteryVoltageAvg() { return detail::gTagsReconyx.item(29); }
+const TagItem& detail::TagItemCatalogue31::itemReconyxBatteryType() { return detail::gTagsReconyx.item(30); }
 
 const TagStrings& TagStringsCatalogue::stringsRed() {
   return gStringsRed.strings(&TagStringsCatalogue::stringTableRed);
@@ -6259,51 +6265,51 @@ TagStringTable TagStringsCatalogue::stringTableRed(ETLanguage language) {
   return gStringsRed.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue31::allStreamsRed() {
-  return gTagsRed.all();
+  return detail::gTagsRed.all();
 }
-const TagItem& detail::TagItemCatalogue31::itemRedStartEdgeCode() { return gTagsRed.item(0); }
-const TagItem& detail::TagItemCatalogue31::itemRedStartTimecode() { return gTagsRed.item(1); }
-const TagItem& detail::TagItemCatalogue31::itemRedOtherDate1() { return gTagsRed.item(2); }
-const TagItem& detail::TagItemCatalogue31::itemRedOtherDate2() { return gTagsRed.item(3); }
-const TagItem& detail::TagItemCatalogue31::itemRedOtherDate3() { return gTagsRed.item(4); }
-const TagItem& detail::TagItemCatalogue31::itemRedDateTimeOriginal() { return gTagsRed.item(5); }
-const TagItem& detail::TagItemCatalogue31::itemRedSerialNumber() { return gTagsRed.item(6); }
-const TagItem& detail::TagItemCatalogue31::itemRedCameraType() { return gTagsRed.item(7); }
-const TagItem& detail::TagItemCatalogue31::itemRedReelNumber() { return gTagsRed.item(8); }
-const TagItem& detail::TagItemCatalogue31::itemRedTake() { return gTagsRed.item(9); }
-const TagItem& detail::TagItemCatalogue31::itemRedDateCreated() { return gTagsRed.item(10); }
-const TagItem& detail::TagItemCatalogue32::itemRedTimeCreated() { return gTagsRed.item(11); }
-const TagItem& detail::TagItemCatalogue32::itemRedFirmwareVersion() { return gTagsRed.item(12); }
-const TagItem& detail::TagItemCatalogue32::itemRedReelTimecode() { return gTagsRed.item(13); }
-const TagItem& detail::TagItemCatalogue32::itemRedStorageType() { return gTagsRed.item(14); }
-const TagItem& detail::TagItemCatalogue32::itemRedStorageFormatDate() { return gTagsRed.item(15); }
-const TagItem& detail::TagItemCatalogue32::itemRedStorageFormatTime() { return gTagsRed.item(16); }
-const TagItem& detail::TagItemCatalogue32::itemRedStorageSerialNumber() { return gTagsRed.item(17); }
-const TagItem& detail::TagItemCatalogue32::itemRedStorageModel() { return gTagsRed.item(18); }
-const TagItem& detail::TagItemCatalogue32::itemRedAspectRatio() { return gTagsRed.item(19); }
-const TagItem& detail::TagItemCatalogue32::itemRedRevision() { return gTagsRed.item(20); }
-const TagItem& detail::TagItemCatalogue32::itemRedOriginalFileName() { return gTagsRed.item(21); }
-const TagItem& detail::TagItemCatalogue32::itemRedLensMake() { return gTagsRed.item(22); }
-const TagItem& detail::TagItemCatalogue32::itemRedLensNumber() { return gTagsRed.item(23); }
-const TagItem& detail::TagItemCatalogue32::itemRedLensModel() { return gTagsRed.item(24); }
-const TagItem& detail::TagItemCatalogue32::itemRedModel() { return gTagsRed.item(25); }
-const TagItem& detail::TagItemCatalogue32::itemRedCameraOperator() { return gTagsRed.item(26); }
-const TagItem& detail::TagItemCatalogue32::itemRedVideoFormat() { return gTagsRed.item(27); }
-const TagItem& detail::TagItemCatalogue32::itemRedFilter() { return gTagsRed.item(28); }
-const TagItem& detail::TagItemCatalogue32::itemRedBrain() { return gTagsRed.item(29); }
-const TagItem& detail::TagItemCatalogue32::itemRedSensor() { return gTagsRed.item(30); }
-const TagItem& detail::TagItemCatalogue32::itemRedColorTemperature() { return gTagsRed.item(31); }
-const TagItem& detail::TagItemCatalogue32::itemRedRGBCurves() { return gTagsRed.item(32); }
-const TagItem& detail::TagItemCatalogue32::itemRedOriginalFrameRate() { return gTagsRed.item(33); }
-const TagItem& detail::TagItemCatalogue32::itemRedCropArea() { return gTagsRed.item(34); }
-const TagItem& detail::TagItemCatalogue32::itemRedISO() { return gTagsRed.item(35); }
-const TagItem& detail::TagItemCatalogue32::itemRedFNumber() { return gTagsRed.item(36); }
-const TagItem& detail::TagItemCatalogue32::itemRedFocalLength() { return gTagsRed.item(37); }
-const TagItem& detail::TagItemCatalogue32::itemRedFocusDistance() { return gTagsRed.item(38); }
-const TagItem& detail::TagItemCatalogue32::itemRedRedcodeVersion() { return gTagsRed.item(39); }
-const TagItem& detail::TagItemCatalogue32::itemRedImageWidth() { return gTagsRed.item(40); }
-const TagItem& detail::TagItemCatalogue32::itemRedImageHeight() { return gTagsRed.item(41); }
-const TagItem& detail::TagItemCatalogue32::itemRedFrameRate() { return gTagsRed.item(42); }
+const TagItem& detail::TagItemCatalogue31::itemRedStartEdgeCode() { return detail::gTagsRed.item(0); }
+const TagItem& detail::TagItemCatalogue31::itemRedStartTimecode() { return detail::gTagsRed.item(1); }
+const TagItem& detail::TagItemCatalogue31::itemRedOtherDate1() { return detail::gTagsRed.item(2); }
+const TagItem& detail::TagItemCatalogue31::itemRedOtherDate2() { return detail::gTagsRed.item(3); }
+const TagItem& detail::TagItemCatalogue31::itemRedOtherDate3() { return detail::gTagsRed.item(4); }
+const TagItem& detail::TagItemCatalogue31::itemRedDateTimeOriginal() { return detail::gTagsRed.item(5); }
+const TagItem& detail::TagItemCatalogue31::itemRedSerialNumber() { return detail::gTagsRed.item(6); }
+const TagItem& detail::TagItemCatalogue31::itemRedCameraType() { return detail::gTagsRed.item(7); }
+const TagItem& detail::TagItemCatalogue31::itemRedReelNumber() { return detail::gTagsRed.item(8); }
+const TagItem& detail::TagItemCatalogue31::itemRedTake() { return detail::gTagsRed.item(9); }
+const TagItem& detail::TagItemCatalogue31::itemRedDateCreated() { return detail::gTagsRed.item(10); }
+const TagItem& detail::TagItemCatalogue32::itemRedTimeCreated() { return detail::gTagsRed.item(11); }
+const TagItem& detail::TagItemCatalogue32::itemRedFirmwareVersion() { return detail::gTagsRed.item(12); }
+const TagItem& detail::TagItemCatalogue32::itemRedReelTimecode() { return detail::gTagsRed.item(13); }
+const TagItem& detail::TagItemCatalogue32::itemRedStorageType() { return detail::gTagsRed.item(14); }
+const TagItem& detail::TagItemCatalogue32::itemRedStorageFormatDate() { return detail::gTagsRed.item(15); }
+const TagItem& detail::TagItemCatalogue32::itemRedStorageFormatTime() { return detail::gTagsRed.item(16); }
+const TagItem& detail::TagItemCatalogue32::itemRedStorageSerialNumber() { return detail::gTagsRed.item(17); }
+const TagItem& detail::TagItemCatalogue32::itemRedStorageModel() { return detail::gTagsRed.item(18); }
+const TagItem& detail::TagItemCatalogue32::itemRedAspectRatio() { return detail::gTagsRed.item(19); }
+const TagItem& detail::TagItemCatalogue32::itemRedRevision() { return detail::gTagsRed.item(20); }
+const TagItem& detail::TagItemCatalogue32::itemRedOriginalFileName() { return detail::gTagsRed.item(21); }
+const TagItem& detail::TagItemCatalogue32::itemRedLensMake() { return detail::gTagsRed.item(22); }
+const TagItem& detail::TagItemCatalogue32::itemRedLensNumber() { return detail::gTagsRed.item(23); }
+const TagItem& detail::TagItemCatalogue32::itemRedLensModel() { return detail::gTagsRed.item(24); }
+const TagItem& detail::TagItemCatalogue32::itemRedModel() { return detail::gTagsRed.item(25); }
+const TagItem& detail::TagItemCatalogue32::itemRedCameraOperator() { return detail::gTagsRed.item(26); }
+const TagItem& detail::TagItemCatalogue32::itemRedVideoFormat() { return detail::gTagsRed.item(27); }
+const TagItem& detail::TagItemCatalogue32::itemRedFilter() { return detail::gTagsRed.item(28); }
+const TagItem& detail::TagItemCatalogue32::itemRedBrain() { return detail::gTagsRed.item(29); }
+const TagItem& detail::TagItemCatalogue32::itemRedSensor() { return detail::gTagsRed.item(30); }
+const TagItem& detail::TagItemCatalogue32::itemRedColorTemperature() { return detail::gTagsRed.item(31); }
+const TagItem& detail::TagItemCatalogue32::itemRedRGBCurves() { return detail::gTagsRed.item(32); }
+const TagItem& detail::TagItemCatalogue32::itemRedOriginalFrameRate() { return detail::gTagsRed.item(33); }
+const TagItem& detail::TagItemCatalogue32::itemRedCropArea() { return detail::gTagsRed.item(34); }
+const TagItem& detail::TagItemCatalogue32::itemRedISO() { return detail::gTagsRed.item(35); }
+const TagItem& detail::TagItemCatalogue32::itemRedFNumber() { return detail::gTagsRed.item(36); }
+const TagItem& detail::TagItemCatalogue32::itemRedFocalLength() { return detail::gTagsRed.item(37); }
+const TagItem& detail::TagItemCatalogue32::itemRedFocusDistance() { return detail::gTagsRed.item(38); }
+const TagItem& detail::TagItemCatalogue32::itemRedRedcodeVersion() { return detail::gTagsRed.item(39); }
+const TagItem& detail::TagItemCatalogue32::itemRedImageWidth() { return detail::gTagsRed.item(40); }
+const TagItem& detail::TagItemCatalogue32::itemRedImageHeight() { return detail::gTagsRed.item(41); }
+const TagItem& detail::TagItemCatalogue32::itemRedFrameRate() { return detail::gTagsRed.item(42); }
 
 const TagStrings& TagStringsCatalogue::stringsRicoh() {
   return gStringsRicoh.strings(&TagStringsCatalogue::stringTableRicoh);
@@ -6312,86 +6318,86 @@ TagStringTable TagStringsCatalogue::stringTableRicoh(ETLanguage language) {
   return gStringsRicoh.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue32::allStreamsRicoh() {
-  return gTagsRicoh.all();
+  return detail::gTagsRicoh.all();
 }
-const TagItem& detail::TagItemCatalogue32::itemRicohRicohRDC2() { return gTagsRicoh.item(0); }
-const TagItem& detail::TagItemCatalogue32::itemRicohThumbnailImage() { return gTagsRicoh.item(1); }
-const TagItem& detail::TagItemCatalogue32::itemRicohComment() { return gTagsRicoh.item(2); }
-const TagItem& detail::TagItemCatalogue32::itemRicohFacesDetected() { return gTagsRicoh.item(3); }
-const TagItem& detail::TagItemCatalogue32::itemRicohFaceDetectFrameSize() { return gTagsRicoh.item(4); }
-const TagItem& detail::TagItemCatalogue32::itemRicohFace1Position() { return gTagsRicoh.item(5); }
-const TagItem& detail::TagItemCatalogue32::itemRicohFace2Position() { return gTagsRicoh.item(6); }
-const TagItem& detail::TagItemCatalogue32::itemRicohFace3Position() { return gTagsRicoh.item(7); }
-const TagItem& detail::TagItemCatalogue32::itemRicohFace4Position() { return gTagsRicoh.item(8); }
-const TagItem& detail::TagItemCatalogue32::itemRicohFace5Position() { return gTagsRicoh.item(9); }
-const TagItem& detail::TagItemCatalogue32::itemRicohFace6Position() { return gTagsRicoh.item(10); }
-const TagItem& detail::TagItemCatalogue32::itemRicohFace7Position() { return gTagsRicoh.item(11); }
-const TagItem& detail::TagItemCatalogue32::itemRicohFace8Position() { return gTagsRicoh.item(12); }
-const TagItem& detail::TagItemCatalogue32::itemRicohFirmwareRevision() { return gTagsRicoh.item(13); }
-const TagItem& detail::TagItemCatalogue32::itemRicohFirmwareRevision2() { return gTagsRicoh.item(14); }
-const TagItem& detail::TagItemCatalogue32::itemRicohRicohImageWidth() { return gTagsRicoh.item(15); }
-const TagItem& detail::TagItemCatalogue32::itemRicohRicohImageHeight() { return gTagsRicoh.item(16); }
-const TagItem& detail::TagItemCatalogue32::itemRicohRicohDate() { return gTagsRicoh.item(17); }
-const TagItem& detail::TagItemCatalogue32::itemRicohPreviewImageStart() { return gTagsRicoh.item(18); }
-const TagItem& detail::TagItemCatalogue32::itemRicohPreviewImageLength() { return gTagsRicoh.item(19); }
-const TagItem& detail::TagItemCatalogue32::itemRicohFlashMode() { return gTagsRicoh.item(20); }
-const TagItem& detail::TagItemCatalogue32::itemRicohMacro() { return gTagsRicoh.item(21); }
-const TagItem& detail::TagItemCatalogue32::itemRicohSharpness() { return gTagsRicoh.item(22); }
-const TagItem& detail::TagItemCatalogue32::itemRicohWhiteBalance() { return gTagsRicoh.item(23); }
-const TagItem& detail::TagItemCatalogue32::itemRicohISOSetting() { return gTagsRicoh.item(24); }
-const TagItem& detail::TagItemCatalogue32::itemRicohSaturation() { return gTagsRicoh.item(25); }
-const TagItem& detail::TagItemCatalogue32::itemRicohMakerNoteType() { return gTagsRicoh.item(26); }
-const TagItem& detail::TagItemCatalogue32::itemRicohFirmwareVersion() { return gTagsRicoh.item(27); }
-const TagItem& detail::TagItemCatalogue32::itemRicohSerialNumber() { return gTagsRicoh.item(28); }
-const TagItem& detail::TagItemCatalogue32::itemRicohInternalSerialNumber() { return gTagsRicoh.item(29); }
-const TagItem& detail::TagItemCatalogue32::itemRicohRecordingFormat() { return gTagsRicoh.item(30); }
-const TagItem& detail::TagItemCatalogue32::itemRicohExposureProgram() { return gTagsRicoh.item(31); }
-const TagItem& detail::TagItemCatalogue32::itemRicohDriveMode() { return gTagsRicoh.item(32); }
-const TagItem& detail::TagItemCatalogue32::itemRicohWhiteBalanceFineTune() { return gTagsRicoh.item(33); }
-const TagItem& detail::TagItemCatalogue32::itemRicohFocusMode() { return gTagsRicoh.item(34); }
-const TagItem& detail::TagItemCatalogue32::itemRicohAutoBracketing() { return gTagsRicoh.item(35); }
-const TagItem& detail::TagItemCatalogue32::itemRicohMacroMode() { return gTagsRicoh.item(36); }
-const TagItem& detail::TagItemCatalogue32::itemRicohFlashExposureComp() { return gTagsRicoh.item(37); }
-const TagItem& detail::TagItemCatalogue32::itemRicohManualFlashOutput() { return gTagsRicoh.item(38); }
-const TagItem& detail::TagItemCatalogue32::itemRicohFullPressSnap() { return gTagsRicoh.item(39); }
-const TagItem& detail::TagItemCatalogue32::itemRicohDynamicRangeExpansion() { return gTagsRicoh.item(40); }
-const TagItem& detail::TagItemCatalogue32::itemRicohNoiseReduction() { return gTagsRicoh.item(41); }
-const TagItem& detail::TagItemCatalogue32::itemRicohImageEffects() { return gTagsRicoh.item(42); }
-const TagItem& detail::TagItemCatalogue32::itemRicohVignetting() { return gTagsRicoh.item(43); }
-const TagItem& detail::TagItemCatalogue32::itemRicohContrast() { return gTagsRicoh.item(44); }
-const TagItem& detail::TagItemCatalogue32::itemRicohToningEffect() { return gTagsRicoh.item(45); }
-const TagItem& detail::TagItemCatalogue32::itemRicohHueAdjust() { return gTagsRicoh.item(46); }
-const TagItem& detail::TagItemCatalogue32::itemRicohWideAdapter() { return gTagsRicoh.item(47); }
-const TagItem& detail::TagItemCatalogue32::itemRicohCropMode() { return gTagsRicoh.item(48); }
-const TagItem& detail::TagItemCatalogue32::itemRicohNDFilter() { return gTagsRicoh.item(49); }
-const TagItem& detail::TagItemCatalogue32::itemRicohWBBracketShotNumber() { return gTagsRicoh.item(50); }
-const TagItem& detail::TagItemCatalogue32::itemRicohAFStatus() { return gTagsRicoh.item(51); }
-const TagItem& detail::TagItemCatalogue32::itemRicohAFAreaXPosition1() { return gTagsRicoh.item(52); }
-const TagItem& detail::TagItemCatalogue32::itemRicohAFAreaYPosition1() { return gTagsRicoh.item(53); }
-const TagItem& detail::TagItemCatalogue32::itemRicohAFAreaXPosition() { return gTagsRicoh.item(54); }
-const TagItem& detail::TagItemCatalogue32::itemRicohAFAreaYPosition() { return gTagsRicoh.item(55); }
-const TagItem& detail::TagItemCatalogue32::itemRicohAFAreaMode() { return gTagsRicoh.item(56); }
-const TagItem& detail::TagItemCatalogue32::itemRicohColorTempKelvin() { return gTagsRicoh.item(57); }
-const TagItem& detail::TagItemCatalogue32::itemRicohColorTemperature() { return gTagsRicoh.item(58); }
-const TagItem& detail::TagItemCatalogue32::itemRicohFocalLength() { return gTagsRicoh.item(59); }
-const TagItem& detail::TagItemCatalogue32::itemRicohSensorWidth() { return gTagsRicoh.item(60); }
-const TagItem& detail::TagItemCatalogue32::itemRicohSensorHeight() { return gTagsRicoh.item(61); }
-const TagItem& detail::TagItemCatalogue32::itemRicohCroppedImageWidth() { return gTagsRicoh.item(62); }
-const TagItem& detail::TagItemCatalogue32::itemRicohCroppedImageHeight() { return gTagsRicoh.item(63); }
-const TagItem& detail::TagItemCatalogue32::itemRicohBodyFirmware() { return gTagsRicoh.item(64); }
-const TagItem& detail::TagItemCatalogue32::itemRicohBodySerialNumber() { return gTagsRicoh.item(65); }
-const TagItem& detail::TagItemCatalogue32::itemRicohLensFirmware() { return gTagsRicoh.item(66); }
-const TagItem& detail::TagItemCatalogue32::itemRicohLensSerialNumber() { return gTagsRicoh.item(67); }
-const TagItem& detail::TagItemCatalogue32::itemRicohManufactureDate1() { return gTagsRicoh.item(68); }
-const TagItem& detail::TagItemCatalogue32::itemRicohManufactureDate2() { return gTagsRicoh.item(69); }
-const TagItem& detail::TagItemCatalogue32::itemRicohBlueGain() { return gTagsRicoh.item(70); }
-const TagItem& detail::TagItemCatalogue32::itemRicohGreenGain() { return gTagsRicoh.item(71); }
-const TagItem& detail::TagItemCatalogue32::itemRicohRedGain() { return gTagsRicoh.item(72); }
-const TagItem& detail::TagItemCatalogue32::itemRicohAccelerometer() { return gTagsRicoh.item(73); }
-const TagItem& detail::TagItemCatalogue32::itemRicohCompass() { return gTagsRicoh.item(74); }
-const TagItem& detail::TagItemCatalogue32::itemRicohTimeZone() { return gTagsRicoh.item(75); }
-const TagItem& detail::TagItemCatalogue32::itemRicohRicohModel() { return gTagsRicoh.item(76); }
-const TagItem& detail::TagItemCatalogue32::itemRicohRicohMake() { return gTagsRicoh.item(77); }
+const TagItem& detail::TagItemCatalogue32::itemRicohRicohRDC2() { return detail::gTagsRicoh.item(0); }
+const TagItem& detail::TagItemCatalogue32::itemRicohThumbnailImage() { return detail::gTagsRicoh.item(1); }
+const TagItem& detail::TagItemCatalogue32::itemRicohComment() { return detail::gTagsRicoh.item(2); }
+const TagItem& detail::TagItemCatalogue32::itemRicohFacesDetected() { return detail::gTagsRicoh.item(3); }
+const TagItem& detail::TagItemCatalogue32::itemRicohFaceDetectFrameSize() { return detail::gTagsRicoh.item(4); }
+const TagItem& detail::TagItemCatalogue32::itemRicohFace1Position() { return detail::gTagsRicoh.item(5); }
+const TagItem& detail::TagItemCatalogue32::itemRicohFace2Position() { return detail::gTagsRicoh.item(6); }
+const TagItem& detail::TagItemCatalogue32::itemRicohFace3Position() { return detail::gTagsRicoh.item(7); }
+const TagItem& detail::TagItemCatalogue32::itemRicohFace4Position() { return detail::gTagsRicoh.item(8); }
+const TagItem& detail::TagItemCatalogue32::itemRicohFace5Position() { return detail::gTagsRicoh.item(9); }
+const TagItem& detail::TagItemCatalogue32::itemRicohFace6Position() { return detail::gTagsRicoh.item(10); }
+const TagItem& detail::TagItemCatalogue32::itemRicohFace7Position() { return detail::gTagsRicoh.item(11); }
+const TagItem& detail::TagItemCatalogue32::itemRicohFace8Position() { return detail::gTagsRicoh.item(12); }
+const TagItem& detail::TagItemCatalogue32::itemRicohFirmwareRevision() { return detail::gTagsRicoh.item(13); }
+const TagItem& detail::TagItemCatalogue32::itemRicohFirmwareRevision2() { return detail::gTagsRicoh.item(14); }
+const TagItem& detail::TagItemCatalogue32::itemRicohRicohImageWidth() { return detail::gTagsRicoh.item(15); }
+const TagItem& detail::TagItemCatalogue32::itemRicohRicohImageHeight() { return detail::gTagsRicoh.item(16); }
+const TagItem& detail::TagItemCatalogue32::itemRicohRicohDate() { return detail::gTagsRicoh.item(17); }
+const TagItem& detail::TagItemCatalogue32::itemRicohPreviewImageStart() { return detail::gTagsRicoh.item(18); }
+const TagItem& detail::TagItemCatalogue32::itemRicohPreviewImageLength() { return detail::gTagsRicoh.item(19); }
+const TagItem& detail::TagItemCatalogue32::itemRicohFlashMode() { return detail::gTagsRicoh.item(20); }
+const TagItem& detail::TagItemCatalogue32::itemRicohMacro() { return detail::gTagsRicoh.item(21); }
+const TagItem& detail::TagItemCatalogue32::itemRicohSharpness() { return detail::gTagsRicoh.item(22); }
+const TagItem& detail::TagItemCatalogue32::itemRicohWhiteBalance() { return detail::gTagsRicoh.item(23); }
+const TagItem& detail::TagItemCatalogue32::itemRicohISOSetting() { return detail::gTagsRicoh.item(24); }
+const TagItem& detail::TagItemCatalogue32::itemRicohSaturation() { return detail::gTagsRicoh.item(25); }
+const TagItem& detail::TagItemCatalogue32::itemRicohMakerNoteType() { return detail::gTagsRicoh.item(26); }
+const TagItem& detail::TagItemCatalogue32::itemRicohFirmwareVersion() { return detail::gTagsRicoh.item(27); }
+const TagItem& detail::TagItemCatalogue32::itemRicohSerialNumber() { return detail::gTagsRicoh.item(28); }
+const TagItem& detail::TagItemCatalogue32::itemRicohInternalSerialNumber() { return detail::gTagsRicoh.item(29); }
+const TagItem& detail::TagItemCatalogue32::itemRicohRecordingFormat() { return detail::gTagsRicoh.item(30); }
+const TagItem& detail::TagItemCatalogue32::itemRicohExposureProgram() { return detail::gTagsRicoh.item(31); }
+const TagItem& detail::TagItemCatalogue32::itemRicohDriveMode() { return detail::gTagsRicoh.item(32); }
+const TagItem& detail::TagItemCatalogue32::itemRicohWhiteBalanceFineTune() { return detail::gTagsRicoh.item(33); }
+const TagItem& detail::TagItemCatalogue32::itemRicohFocusMode() { return detail::gTagsRicoh.item(34); }
+const TagItem& detail::TagItemCatalogue32::itemRicohAutoBracketing() { return detail::gTagsRicoh.item(35); }
+const TagItem& detail::TagItemCatalogue32::itemRicohMacroMode() { return detail::gTagsRicoh.item(36); }
+const TagItem& detail::TagItemCatalogue32::itemRicohFlashExposureComp() { return detail::gTagsRicoh.item(37); }
+const TagItem& detail::TagItemCatalogue32::itemRicohManualFlashOutput() { return detail::gTagsRicoh.item(38); }
+const TagItem& detail::TagItemCatalogue32::itemRicohFullPressSnap() { return detail::gTagsRicoh.item(39); }
+const TagItem& detail::TagItemCatalogue32::itemRicohDynamicRangeExpansion() { return detail::gTagsRicoh.item(40); }
+const TagItem& detail::TagItemCatalogue32::itemRicohNoiseReduction() { return detail::gTagsRicoh.item(41); }
+const TagItem& detail::TagItemCatalogue32::itemRicohImageEffects() { return detail::gTagsRicoh.item(42); }
+const TagItem& detail::TagItemCatalogue32::itemRicohVignetting() { return detail::gTagsRicoh.item(43); }
+const TagItem& detail::TagItemCatalogue32::itemRicohContrast() { return detail::gTagsRicoh.item(44); }
+const TagItem& detail::TagItemCatalogue32::itemRicohToningEffect() { return detail::gTagsRicoh.item(45); }
+const TagItem& detail::TagItemCatalogue32::itemRicohHueAdjust() { return detail::gTagsRicoh.item(46); }
+const TagItem& detail::TagItemCatalogue32::itemRicohWideAdapter() { return detail::gTagsRicoh.item(47); }
+const TagItem& detail::TagItemCatalogue32::itemRicohCropMode() { return detail::gTagsRicoh.item(48); }
+const TagItem& detail::TagItemCatalogue32::itemRicohNDFilter() { return detail::gTagsRicoh.item(49); }
+const TagItem& detail::TagItemCatalogue32::itemRicohWBBracketShotNumber() { return detail::gTagsRicoh.item(50); }
+const TagItem& detail::TagItemCatalogue32::itemRicohAFStatus() { return detail::gTagsRicoh.item(51); }
+const TagItem& detail::TagItemCatalogue32::itemRicohAFAreaXPosition1() { return detail::gTagsRicoh.item(52); }
+const TagItem& detail::TagItemCatalogue32::itemRicohAFAreaYPosition1() { return detail::gTagsRicoh.item(53); }
+const TagItem& detail::TagItemCatalogue32::itemRicohAFAreaXPosition() { return detail::gTagsRicoh.item(54); }
+const TagItem& detail::TagItemCatalogue32::itemRicohAFAreaYPosition() { return detail::gTagsRicoh.item(55); }
+const TagItem& detail::TagItemCatalogue32::itemRicohAFAreaMode() { return detail::gTagsRicoh.item(56); }
+const TagItem& detail::TagItemCatalogue32::itemRicohColorTempKelvin() { return detail::gTagsRicoh.item(57); }
+const TagItem& detail::TagItemCatalogue32::itemRicohColorTemperature() { return detail::gTagsRicoh.item(58); }
+const TagItem& detail::TagItemCatalogue32::itemRicohFocalLength() { return detail::gTagsRicoh.item(59); }
+const TagItem& detail::TagItemCatalogue32::itemRicohSensorWidth() { return detail::gTagsRicoh.item(60); }
+const TagItem& detail::TagItemCatalogue32::itemRicohSensorHeight() { return detail::gTagsRicoh.item(61); }
+const TagItem& detail::TagItemCatalogue32::itemRicohCroppedImageWidth() { return detail::gTagsRicoh.item(62); }
+const TagItem& detail::TagItemCatalogue32::itemRicohCroppedImageHeight() { return detail::gTagsRicoh.item(63); }
+const TagItem& detail::TagItemCatalogue32::itemRicohBodyFirmware() { return detail::gTagsRicoh.item(64); }
+const TagItem& detail::TagItemCatalogue32::itemRicohBodySerialNumber() { return detail::gTagsRicoh.item(65); }
+const TagItem& detail::TagItemCatalogue32::itemRicohLensFirmware() { return detail::gTagsRicoh.item(66); }
+const TagItem& detail::TagItemCatalogue32::itemRicohLensSerialNumber() { return detail::gTagsRicoh.item(67); }
+const TagItem& detail::TagItemCatalogue32::itemRicohManufactureDate1() { return detail::gTagsRicoh.item(68); }
+const TagItem& detail::TagItemCatalogue32::itemRicohManufactureDate2() { return detail::gTagsRicoh.item(69); }
+const TagItem& detail::TagItemCatalogue32::itemRicohBlueGain() { return detail::gTagsRicoh.item(70); }
+const TagItem& detail::TagItemCatalogue32::itemRicohGreenGain() { return detail::gTagsRicoh.item(71); }
+const TagItem& detail::TagItemCatalogue32::itemRicohRedGain() { return detail::gTagsRicoh.item(72); }
+const TagItem& detail::TagItemCatalogue32::itemRicohAccelerometer() { return detail::gTagsRicoh.item(73); }
+const TagItem& detail::TagItemCatalogue32::itemRicohCompass() { return detail::gTagsRicoh.item(74); }
+const TagItem& detail::TagItemCatalogue32::itemRicohTimeZone() { return detail::gTagsRicoh.item(75); }
+const TagItem& detail::TagItemCatalogue32::itemRicohRicohModel() { return detail::gTagsRicoh.item(76); }
+const TagItem& detail::TagItemCatalogue32::itemRicohRicohMake() { return detail::gTagsRicoh.item(77); }
 
 const TagStrings& TagStringsCatalogue::stringsSR2() {
   return gStringsSR2.strings(&TagStringsCatalogue::stringTableSR2);
@@ -6400,11 +6406,11 @@ TagStringTable TagStringsCatalogue::stringTableSR2(ETLanguage language) {
   return gStringsSR2.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue32::allStreamsSR2() {
-  return gTagsSR2.all();
+  return detail::gTagsSR2.all();
 }
-const TagItem& detail::TagItemCatalogue32::itemSR2SR2SubIFDOffset() { return gTagsSR2.item(0); }
-const TagItem& detail::TagItemCatalogue32::itemSR2SR2SubIFDLength() { return gTagsSR2.item(1); }
-const TagItem& detail::TagItemCatalogue32::itemSR2SR2SubIFDKey() { return gTagsSR2.item(2); }
+const TagItem& detail::TagItemCatalogue32::itemSR2SR2SubIFDOffset() { return detail::gTagsSR2.item(0); }
+const TagItem& detail::TagItemCatalogue32::itemSR2SR2SubIFDLength() { return detail::gTagsSR2.item(1); }
+const TagItem& detail::TagItemCatalogue32::itemSR2SR2SubIFDKey() { return detail::gTagsSR2.item(2); }
 
 const TagStrings& TagStringsCatalogue::stringsSRF_() {
   return gStringsSRF_.strings(&TagStringsCatalogue::stringTableSRF_);
@@ -6413,36 +6419,36 @@ TagStringTable TagStringsCatalogue::stringTableSRF_(ETLanguage language) {
   return gStringsSRF_.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue32::allStreamsSRF_() {
-  return gTagsSRF_.all();
+  return detail::gTagsSRF_.all();
 }
-const TagItem& detail::TagItemCatalogue32::itemSRF_SRF2Key() { return gTagsSRF_.item(0); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_DataKey() { return gTagsSRF_.item(1); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_SRF6Offset() { return gTagsSRF_.item(2); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_SRFDataOffset() { return gTagsSRF_.item(3); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_RawDataOffset() { return gTagsSRF_.item(4); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_RawDataLength() { return gTagsSRF_.item(5); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_MaxApertureAtMaxFocal() { return gTagsSRF_.item(6); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_MaxApertureAtMinFocal() { return gTagsSRF_.item(7); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_MinFocalLength() { return gTagsSRF_.item(8); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_MaxFocalLength() { return gTagsSRF_.item(9); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_WBRedDaylight() { return gTagsSRF_.item(10); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_WBGreenDaylight() { return gTagsSRF_.item(11); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_WBBlueDaylight() { return gTagsSRF_.item(12); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_WBRedCloudy() { return gTagsSRF_.item(13); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_WBGreenCloudy() { return gTagsSRF_.item(14); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_WBBlueCloudy() { return gTagsSRF_.item(15); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_WBRedFluorescent() { return gTagsSRF_.item(16); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_WBGreenFluorescent() { return gTagsSRF_.item(17); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_WBBlueFluorescent() { return gTagsSRF_.item(18); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_WBRedTungsten() { return gTagsSRF_.item(19); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_WBGreenTungsten() { return gTagsSRF_.item(20); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_WBBlueTungsten() { return gTagsSRF_.item(21); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_WBRedFlash() { return gTagsSRF_.item(22); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_WBGreenFlash() { return gTagsSRF_.item(23); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_WBBlueFlash() { return gTagsSRF_.item(24); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_WBRedAsShot() { return gTagsSRF_.item(25); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_WBGreenAsShot() { return gTagsSRF_.item(26); }
-const TagItem& detail::TagItemCatalogue32::itemSRF_WBBlueAsShot() { return gTagsSRF_.item(27); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_SRF2Key() { return detail::gTagsSRF_.item(0); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_DataKey() { return detail::gTagsSRF_.item(1); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_SRF6Offset() { return detail::gTagsSRF_.item(2); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_SRFDataOffset() { return detail::gTagsSRF_.item(3); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_RawDataOffset() { return detail::gTagsSRF_.item(4); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_RawDataLength() { return detail::gTagsSRF_.item(5); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_MaxApertureAtMaxFocal() { return detail::gTagsSRF_.item(6); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_MaxApertureAtMinFocal() { return detail::gTagsSRF_.item(7); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_MinFocalLength() { return detail::gTagsSRF_.item(8); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_MaxFocalLength() { return detail::gTagsSRF_.item(9); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_WBRedDaylight() { return detail::gTagsSRF_.item(10); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_WBGreenDaylight() { return detail::gTagsSRF_.item(11); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_WBBlueDaylight() { return detail::gTagsSRF_.item(12); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_WBRedCloudy() { return detail::gTagsSRF_.item(13); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_WBGreenCloudy() { return detail::gTagsSRF_.item(14); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_WBBlueCloudy() { return detail::gTagsSRF_.item(15); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_WBRedFluorescent() { return detail::gTagsSRF_.item(16); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_WBGreenFluorescent() { return detail::gTagsSRF_.item(17); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_WBBlueFluorescent() { return detail::gTagsSRF_.item(18); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_WBRedTungsten() { return detail::gTagsSRF_.item(19); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_WBGreenTungsten() { return detail::gTagsSRF_.item(20); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_WBBlueTungsten() { return detail::gTagsSRF_.item(21); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_WBRedFlash() { return detail::gTagsSRF_.item(22); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_WBGreenFlash() { return detail::gTagsSRF_.item(23); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_WBBlueFlash() { return detail::gTagsSRF_.item(24); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_WBRedAsShot() { return detail::gTagsSRF_.item(25); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_WBGreenAsShot() { return detail::gTagsSRF_.item(26); }
+const TagItem& detail::TagItemCatalogue32::itemSRF_WBBlueAsShot() { return detail::gTagsSRF_.item(27); }
 
 const TagStrings& TagStringsCatalogue::stringsSVG() {
   return gStringsSVG.strings(&TagStringsCatalogue::stringTableSVG);
@@ -6451,13 +6457,13 @@ TagStringTable TagStringsCatalogue::stringTableSVG(ETLanguage language) {
   return gStringsSVG.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue32::allStreamsSVG() {
-  return gTagsSVG.all();
+  return detail::gTagsSVG.all();
 }
-const TagItem& detail::TagItemCatalogue32::itemSVGImageHeight() { return gTagsSVG.item(0); }
-const TagItem& detail::TagItemCatalogue32::itemSVGID() { return gTagsSVG.item(1); }
-const TagItem& detail::TagItemCatalogue32::itemSVGMetadataID() { return gTagsSVG.item(2); }
-const TagItem& detail::TagItemCatalogue32::itemSVGSVGVersion() { return gTagsSVG.item(3); }
-const TagItem& detail::TagItemCatalogue32::itemSVGImageWidth() { return gTagsSVG.item(4); }
+const TagItem& detail::TagItemCatalogue32::itemSVGImageHeight() { return detail::gTagsSVG.item(0); }
+const TagItem& detail::TagItemCatalogue32::itemSVGID() { return detail::gTagsSVG.item(1); }
+const TagItem& detail::TagItemCatalogue32::itemSVGMetadataID() { return detail::gTagsSVG.item(2); }
+const TagItem& detail::TagItemCatalogue32::itemSVGSVGVersion() { return detail::gTagsSVG.item(3); }
+const TagItem& detail::TagItemCatalogue32::itemSVGImageWidth() { return detail::gTagsSVG.item(4); }
 
 const TagStrings& TagStringsCatalogue::stringsSamsung() {
   return gStringsSamsung.strings(&TagStringsCatalogue::stringTableSamsung);
@@ -6466,131 +6472,131 @@ TagStringTable TagStringsCatalogue::stringTableSamsung(ETLanguage language) {
   return gStringsSamsung.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue32::allStreamsSamsung() {
-  return gTagsSamsung.all();
+  return detail::gTagsSamsung.all();
 }
-const TagItem& detail::TagItemCatalogue32::itemSamsungUniqueID() { return gTagsSamsung.item(0); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungDualShotDummy() { return gTagsSamsung.item(1); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungDepthMapWidth() { return gTagsSamsung.item(2); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungDepthMapHeight() { return gTagsSamsung.item(3); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungEffect() { return gTagsSamsung.item(4); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungQuality() { return gTagsSamsung.item(5); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungMake() { return gTagsSamsung.item(6); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungModel() { return gTagsSamsung.item(7); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungExposureTime() { return gTagsSamsung.item(8); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungFNumber() { return gTagsSamsung.item(9); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungExposureCompensation() { return gTagsSamsung.item(10); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungISO() { return gTagsSamsung.item(11); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungSoftware() { return gTagsSamsung.item(12); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungMakerNoteVersion() { return gTagsSamsung.item(13); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungPreviewImageStart() { return gTagsSamsung.item(14); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungPreviewImageLength() { return gTagsSamsung.item(15); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungYawAngle() { return gTagsSamsung.item(16); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungPitchAngle() { return gTagsSamsung.item(17); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungRollAngle() { return gTagsSamsung.item(18); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungPictureWizardMode() { return gTagsSamsung.item(19); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungPictureWizardColor() { return gTagsSamsung.item(20); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungPictureWizardSaturation() { return gTagsSamsung.item(21); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungPictureWizardSharpness() { return gTagsSamsung.item(22); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungPictureWizardContrast() { return gTagsSamsung.item(23); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungBeautyColorLevel() { return gTagsSamsung.item(24); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungBeautyRetouchLevel() { return gTagsSamsung.item(25); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungBlurStrength() { return gTagsSamsung.item(26); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungBokehShape() { return gTagsSamsung.item(27); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungColorpopStrength() { return gTagsSamsung.item(28); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungDepthHWHeight() { return gTagsSamsung.item(29); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungDepthHWWidth() { return gTagsSamsung.item(30); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungDepthSWHeight() { return gTagsSamsung.item(31); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungDepthSWWidth() { return gTagsSamsung.item(32); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungDeviceOrientation() { return gTagsSamsung.item(33); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungEffectStrength() { return gTagsSamsung.item(34); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungEffectType() { return gTagsSamsung.item(35); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungFlipStatus() { return gTagsSamsung.item(36); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungInputHeight() { return gTagsSamsung.item(37); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungInputWidth() { return gTagsSamsung.item(38); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungIsArtBokeh() { return gTagsSamsung.item(39); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungLensFacing() { return gTagsSamsung.item(40); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungMonoStrength() { return gTagsSamsung.item(41); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungObjectOrientation() { return gTagsSamsung.item(42); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungOutputHeight() { return gTagsSamsung.item(43); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungOutputWidth() { return gTagsSamsung.item(44); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungPerfMode() { return gTagsSamsung.item(45); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungSegHeight() { return gTagsSamsung.item(46); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungSegWidth() { return gTagsSamsung.item(47); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungSidelightStrength() { return gTagsSamsung.item(48); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungSpinStrength() { return gTagsSamsung.item(49); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungVintageStrength() { return gTagsSamsung.item(50); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungZoomStrength() { return gTagsSamsung.item(51); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungThumbnailWidth() { return gTagsSamsung.item(52); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungThumbnailHeight() { return gTagsSamsung.item(53); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungThumbnailLength() { return gTagsSamsung.item(54); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungThumbnailOffset() { return gTagsSamsung.item(55); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungEmbeddedImage() { return gTagsSamsung.item(56); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungEmbeddedImage2() { return gTagsSamsung.item(57); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungEmbeddedImageName() { return gTagsSamsung.item(58); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungEmbeddedAudioFile() { return gTagsSamsung.item(59); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungEmbeddedAudioFileName() { return gTagsSamsung.item(60); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungSurroundShotVideo() { return gTagsSamsung.item(61); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungSurroundShotVideoName() { return gTagsSamsung.item(62); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungTimeStamp() { return gTagsSamsung.item(63); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungDualCameraImage() { return gTagsSamsung.item(64); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungDualCameraImageName() { return gTagsSamsung.item(65); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungEmbeddedVideoFile() { return gTagsSamsung.item(66); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungEmbeddedVideoType() { return gTagsSamsung.item(67); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungMCCData() { return gTagsSamsung.item(68); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungDepthMapData() { return gTagsSamsung.item(69); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungDepthMapData2() { return gTagsSamsung.item(70); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungDepthMapName() { return gTagsSamsung.item(71); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungSingleShotDepthMap() { return gTagsSamsung.item(72); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungDeviceType() { return gTagsSamsung.item(73); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungSamsungModelID() { return gTagsSamsung.item(74); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungSmartAlbumColor() { return gTagsSamsung.item(75); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungPictureWizard() { return gTagsSamsung.item(76); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungLocalLocationName() { return gTagsSamsung.item(77); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungLocationName() { return gTagsSamsung.item(78); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungRawDataByteOrder() { return gTagsSamsung.item(79); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungWhiteBalanceSetup() { return gTagsSamsung.item(80); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungCameraTemperature() { return gTagsSamsung.item(81); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungRawDataCFAPattern() { return gTagsSamsung.item(82); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungFaceDetect() { return gTagsSamsung.item(83); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungFaceRecognition() { return gTagsSamsung.item(84); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungFaceName() { return gTagsSamsung.item(85); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungFirmwareName() { return gTagsSamsung.item(86); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungSerialNumber() { return gTagsSamsung.item(87); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungLensType() { return gTagsSamsung.item(88); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungLensFirmware() { return gTagsSamsung.item(89); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungInternalLensSerialNumber() { return gTagsSamsung.item(90); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungSensorAreas() { return gTagsSamsung.item(91); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungColorSpace() { return gTagsSamsung.item(92); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungSmartRange() { return gTagsSamsung.item(93); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungFocalLengthIn35mmFormat() { return gTagsSamsung.item(94); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungEncryptionKey() { return gTagsSamsung.item(95); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungWB_RGGBLevelsUncorrected() { return gTagsSamsung.item(96); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungWB_RGGBLevelsAuto() { return gTagsSamsung.item(97); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungWB_RGGBLevelsIlluminator1() { return gTagsSamsung.item(98); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungWB_RGGBLevelsIlluminator2() { return gTagsSamsung.item(99); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungHighlightLinearityLimit() { return gTagsSamsung.item(100); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungWB_RGGBLevelsBlack() { return gTagsSamsung.item(101); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungColorMatrix() { return gTagsSamsung.item(102); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungColorMatrixSRGB() { return gTagsSamsung.item(103); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungColorMatrixAdobeRGB() { return gTagsSamsung.item(104); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungCbCrMatrixDefault() { return gTagsSamsung.item(105); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungCbCrMatrix() { return gTagsSamsung.item(106); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungCbCrGainDefault() { return gTagsSamsung.item(107); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungCbCrGain() { return gTagsSamsung.item(108); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungToneCurveSRGBDefault() { return gTagsSamsung.item(109); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungToneCurveAdobeRGBDefault() { return gTagsSamsung.item(110); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungToneCurveSRGB() { return gTagsSamsung.item(111); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungToneCurveAdobeRGB() { return gTagsSamsung.item(112); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungRawData() { return gTagsSamsung.item(113); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungDistortion() { return gTagsSamsung.item(114); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungChromaticAberration() { return gTagsSamsung.item(115); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungVignetting() { return gTagsSamsung.item(116); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungVignettingCorrection() { return gTagsSamsung.item(117); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungVignettingSetting() { return gTagsSamsung.item(118); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungSamsung_Type2_0xa055() { return gTagsSamsung.item(119); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungSamsung_Type2_0xa056() { return gTagsSamsung.item(120); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungSamsung_Type2_0xa057() { return gTagsSamsung.item(121); }
-const TagItem& detail::TagItemCatalogue32::itemSamsungThumbnailImage() { return gTagsSamsung.item(122); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungUniqueID() { return detail::gTagsSamsung.item(0); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungDualShotDummy() { return detail::gTagsSamsung.item(1); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungDepthMapWidth() { return detail::gTagsSamsung.item(2); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungDepthMapHeight() { return detail::gTagsSamsung.item(3); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungEffect() { return detail::gTagsSamsung.item(4); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungQuality() { return detail::gTagsSamsung.item(5); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungMake() { return detail::gTagsSamsung.item(6); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungModel() { return detail::gTagsSamsung.item(7); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungExposureTime() { return detail::gTagsSamsung.item(8); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungFNumber() { return detail::gTagsSamsung.item(9); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungExposureCompensation() { return detail::gTagsSamsung.item(10); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungISO() { return detail::gTagsSamsung.item(11); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungSoftware() { return detail::gTagsSamsung.item(12); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungMakerNoteVersion() { return detail::gTagsSamsung.item(13); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungPreviewImageStart() { return detail::gTagsSamsung.item(14); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungPreviewImageLength() { return detail::gTagsSamsung.item(15); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungYawAngle() { return detail::gTagsSamsung.item(16); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungPitchAngle() { return detail::gTagsSamsung.item(17); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungRollAngle() { return detail::gTagsSamsung.item(18); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungPictureWizardMode() { return detail::gTagsSamsung.item(19); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungPictureWizardColor() { return detail::gTagsSamsung.item(20); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungPictureWizardSaturation() { return detail::gTagsSamsung.item(21); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungPictureWizardSharpness() { return detail::gTagsSamsung.item(22); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungPictureWizardContrast() { return detail::gTagsSamsung.item(23); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungBeautyColorLevel() { return detail::gTagsSamsung.item(24); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungBeautyRetouchLevel() { return detail::gTagsSamsung.item(25); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungBlurStrength() { return detail::gTagsSamsung.item(26); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungBokehShape() { return detail::gTagsSamsung.item(27); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungColorpopStrength() { return detail::gTagsSamsung.item(28); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungDepthHWHeight() { return detail::gTagsSamsung.item(29); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungDepthHWWidth() { return detail::gTagsSamsung.item(30); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungDepthSWHeight() { return detail::gTagsSamsung.item(31); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungDepthSWWidth() { return detail::gTagsSamsung.item(32); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungDeviceOrientation() { return detail::gTagsSamsung.item(33); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungEffectStrength() { return detail::gTagsSamsung.item(34); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungEffectType() { return detail::gTagsSamsung.item(35); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungFlipStatus() { return detail::gTagsSamsung.item(36); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungInputHeight() { return detail::gTagsSamsung.item(37); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungInputWidth() { return detail::gTagsSamsung.item(38); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungIsArtBokeh() { return detail::gTagsSamsung.item(39); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungLensFacing() { return detail::gTagsSamsung.item(40); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungMonoStrength() { return detail::gTagsSamsung.item(41); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungObjectOrientation() { return detail::gTagsSamsung.item(42); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungOutputHeight() { return detail::gTagsSamsung.item(43); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungOutputWidth() { return detail::gTagsSamsung.item(44); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungPerfMode() { return detail::gTagsSamsung.item(45); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungSegHeight() { return detail::gTagsSamsung.item(46); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungSegWidth() { return detail::gTagsSamsung.item(47); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungSidelightStrength() { return detail::gTagsSamsung.item(48); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungSpinStrength() { return detail::gTagsSamsung.item(49); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungVintageStrength() { return detail::gTagsSamsung.item(50); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungZoomStrength() { return detail::gTagsSamsung.item(51); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungThumbnailWidth() { return detail::gTagsSamsung.item(52); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungThumbnailHeight() { return detail::gTagsSamsung.item(53); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungThumbnailLength() { return detail::gTagsSamsung.item(54); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungThumbnailOffset() { return detail::gTagsSamsung.item(55); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungEmbeddedImage() { return detail::gTagsSamsung.item(56); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungEmbeddedImage2() { return detail::gTagsSamsung.item(57); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungEmbeddedImageName() { return detail::gTagsSamsung.item(58); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungEmbeddedAudioFile() { return detail::gTagsSamsung.item(59); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungEmbeddedAudioFileName() { return detail::gTagsSamsung.item(60); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungSurroundShotVideo() { return detail::gTagsSamsung.item(61); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungSurroundShotVideoName() { return detail::gTagsSamsung.item(62); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungTimeStamp() { return detail::gTagsSamsung.item(63); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungDualCameraImage() { return detail::gTagsSamsung.item(64); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungDualCameraImageName() { return detail::gTagsSamsung.item(65); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungEmbeddedVideoFile() { return detail::gTagsSamsung.item(66); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungEmbeddedVideoType() { return detail::gTagsSamsung.item(67); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungMCCData() { return detail::gTagsSamsung.item(68); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungDepthMapData() { return detail::gTagsSamsung.item(69); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungDepthMapData2() { return detail::gTagsSamsung.item(70); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungDepthMapName() { return detail::gTagsSamsung.item(71); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungSingleShotDepthMap() { return detail::gTagsSamsung.item(72); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungDeviceType() { return detail::gTagsSamsung.item(73); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungSamsungModelID() { return detail::gTagsSamsung.item(74); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungSmartAlbumColor() { return detail::gTagsSamsung.item(75); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungPictureWizard() { return detail::gTagsSamsung.item(76); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungLocalLocationName() { return detail::gTagsSamsung.item(77); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungLocationName() { return detail::gTagsSamsung.item(78); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungRawDataByteOrder() { return detail::gTagsSamsung.item(79); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungWhiteBalanceSetup() { return detail::gTagsSamsung.item(80); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungCameraTemperature() { return detail::gTagsSamsung.item(81); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungRawDataCFAPattern() { return detail::gTagsSamsung.item(82); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungFaceDetect() { return detail::gTagsSamsung.item(83); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungFaceRecognition() { return detail::gTagsSamsung.item(84); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungFaceName() { return detail::gTagsSamsung.item(85); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungFirmwareName() { return detail::gTagsSamsung.item(86); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungSerialNumber() { return detail::gTagsSamsung.item(87); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungLensType() { return detail::gTagsSamsung.item(88); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungLensFirmware() { return detail::gTagsSamsung.item(89); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungInternalLensSerialNumber() { return detail::gTagsSamsung.item(90); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungSensorAreas() { return detail::gTagsSamsung.item(91); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungColorSpace() { return detail::gTagsSamsung.item(92); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungSmartRange() { return detail::gTagsSamsung.item(93); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungFocalLengthIn35mmFormat() { return detail::gTagsSamsung.item(94); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungEncryptionKey() { return detail::gTagsSamsung.item(95); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungWB_RGGBLevelsUncorrected() { return detail::gTagsSamsung.item(96); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungWB_RGGBLevelsAuto() { return detail::gTagsSamsung.item(97); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungWB_RGGBLevelsIlluminator1() { return detail::gTagsSamsung.item(98); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungWB_RGGBLevelsIlluminator2() { return detail::gTagsSamsung.item(99); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungHighlightLinearityLimit() { return detail::gTagsSamsung.item(100); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungWB_RGGBLevelsBlack() { return detail::gTagsSamsung.item(101); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungColorMatrix() { return detail::gTagsSamsung.item(102); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungColorMatrixSRGB() { return detail::gTagsSamsung.item(103); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungColorMatrixAdobeRGB() { return detail::gTagsSamsung.item(104); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungCbCrMatrixDefault() { return detail::gTagsSamsung.item(105); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungCbCrMatrix() { return detail::gTagsSamsung.item(106); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungCbCrGainDefault() { return detail::gTagsSamsung.item(107); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungCbCrGain() { return detail::gTagsSamsung.item(108); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungToneCurveSRGBDefault() { return detail::gTagsSamsung.item(109); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungToneCurveAdobeRGBDefault() { return detail::gTagsSamsung.item(110); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungToneCurveSRGB() { return detail::gTagsSamsung.item(111); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungToneCurveAdobeRGB() { return detail::gTagsSamsung.item(112); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungRawData() { return detail::gTagsSamsung.item(113); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungDistortion() { return detail::gTagsSamsung.item(114); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungChromaticAberration() { return detail::gTagsSamsung.item(115); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungVignetting() { return detail::gTagsSamsung.item(116); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungVignettingCorrection() { return detail::gTagsSamsung.item(117); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungVignettingSetting() { return detail::gTagsSamsung.item(118); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungSamsung_Type2_0xa055() { return detail::gTagsSamsung.item(119); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungSamsung_Type2_0xa056() { return detail::gTagsSamsung.item(120); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungSamsung_Type2_0xa057() { return detail::gTagsSamsung.item(121); }
+const TagItem& detail::TagItemCatalogue32::itemSamsungThumbnailImage() { return detail::gTagsSamsung.item(122); }
 
 const TagStrings& TagStringsCatalogue::stringsSanyo() {
   return gStringsSanyo.strings(&TagStringsCatalogue::stringTableSanyo);
@@ -6599,49 +6605,49 @@ TagStringTable TagStringsCatalogue::stringTableSanyo(ETLanguage language) {
   return gStringsSanyo.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue32::allStreamsSanyo() {
-  return gTagsSanyo.all();
+  return detail::gTagsSanyo.all();
 }
-const TagItem& detail::TagItemCatalogue32::itemSanyoFacesDetected() { return gTagsSanyo.item(0); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoFacePosition() { return gTagsSanyo.item(1); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoMake() { return gTagsSanyo.item(2); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoModel() { return gTagsSanyo.item(3); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoExposureTime() { return gTagsSanyo.item(4); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoFNumber() { return gTagsSanyo.item(5); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoExposureCompensation() { return gTagsSanyo.item(6); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoWhiteBalance() { return gTagsSanyo.item(7); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoFocalLength() { return gTagsSanyo.item(8); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoISO() { return gTagsSanyo.item(9); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoSoftware() { return gTagsSanyo.item(10); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoMakerNoteOffset() { return gTagsSanyo.item(11); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoSanyoThumbnail() { return gTagsSanyo.item(12); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoSpecialMode() { return gTagsSanyo.item(13); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoSanyoQuality() { return gTagsSanyo.item(14); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoMacro() { return gTagsSanyo.item(15); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoDigitalZoom() { return gTagsSanyo.item(16); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoSoftwareVersion() { return gTagsSanyo.item(17); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoPictInfo() { return gTagsSanyo.item(18); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoCameraID() { return gTagsSanyo.item(19); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoSequentialShot() { return gTagsSanyo.item(20); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoWideRange() { return gTagsSanyo.item(21); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoColorAdjustmentMode() { return gTagsSanyo.item(22); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoQuickShot() { return gTagsSanyo.item(23); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoSelfTimer() { return gTagsSanyo.item(24); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoVoiceMemo() { return gTagsSanyo.item(25); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoRecordShutterRelease() { return gTagsSanyo.item(26); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoFlickerReduce() { return gTagsSanyo.item(27); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoOpticalZoomOn() { return gTagsSanyo.item(28); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoDigitalZoomOn() { return gTagsSanyo.item(29); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoLightSourceSpecial() { return gTagsSanyo.item(30); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoResaved() { return gTagsSanyo.item(31); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoSceneSelect() { return gTagsSanyo.item(32); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoManualFocusDistance() { return gTagsSanyo.item(33); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoSequenceShotInterval() { return gTagsSanyo.item(34); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoFlashMode() { return gTagsSanyo.item(35); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoDataDump() { return gTagsSanyo.item(36); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoThumbnailWidth() { return gTagsSanyo.item(37); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoThumbnailHeight() { return gTagsSanyo.item(38); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoThumbnailLength() { return gTagsSanyo.item(39); }
-const TagItem& detail::TagItemCatalogue32::itemSanyoThumbnailOffset() { return gTagsSanyo.item(40); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoFacesDetected() { return detail::gTagsSanyo.item(0); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoFacePosition() { return detail::gTagsSanyo.item(1); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoMake() { return detail::gTagsSanyo.item(2); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoModel() { return detail::gTagsSanyo.item(3); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoExposureTime() { return detail::gTagsSanyo.item(4); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoFNumber() { return detail::gTagsSanyo.item(5); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoExposureCompensation() { return detail::gTagsSanyo.item(6); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoWhiteBalance() { return detail::gTagsSanyo.item(7); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoFocalLength() { return detail::gTagsSanyo.item(8); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoISO() { return detail::gTagsSanyo.item(9); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoSoftware() { return detail::gTagsSanyo.item(10); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoMakerNoteOffset() { return detail::gTagsSanyo.item(11); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoSanyoThumbnail() { return detail::gTagsSanyo.item(12); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoSpecialMode() { return detail::gTagsSanyo.item(13); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoSanyoQuality() { return detail::gTagsSanyo.item(14); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoMacro() { return detail::gTagsSanyo.item(15); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoDigitalZoom() { return detail::gTagsSanyo.item(16); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoSoftwareVersion() { return detail::gTagsSanyo.item(17); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoPictInfo() { return detail::gTagsSanyo.item(18); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoCameraID() { return detail::gTagsSanyo.item(19); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoSequentialShot() { return detail::gTagsSanyo.item(20); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoWideRange() { return detail::gTagsSanyo.item(21); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoColorAdjustmentMode() { return detail::gTagsSanyo.item(22); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoQuickShot() { return detail::gTagsSanyo.item(23); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoSelfTimer() { return detail::gTagsSanyo.item(24); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoVoiceMemo() { return detail::gTagsSanyo.item(25); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoRecordShutterRelease() { return detail::gTagsSanyo.item(26); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoFlickerReduce() { return detail::gTagsSanyo.item(27); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoOpticalZoomOn() { return detail::gTagsSanyo.item(28); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoDigitalZoomOn() { return detail::gTagsSanyo.item(29); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoLightSourceSpecial() { return detail::gTagsSanyo.item(30); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoResaved() { return detail::gTagsSanyo.item(31); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoSceneSelect() { return detail::gTagsSanyo.item(32); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoManualFocusDistance() { return detail::gTagsSanyo.item(33); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoSequenceShotInterval() { return detail::gTagsSanyo.item(34); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoFlashMode() { return detail::gTagsSanyo.item(35); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoDataDump() { return detail::gTagsSanyo.item(36); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoThumbnailWidth() { return detail::gTagsSanyo.item(37); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoThumbnailHeight() { return detail::gTagsSanyo.item(38); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoThumbnailLength() { return detail::gTagsSanyo.item(39); }
+const TagItem& detail::TagItemCatalogue32::itemSanyoThumbnailOffset() { return detail::gTagsSanyo.item(40); }
 
 const TagStrings& TagStringsCatalogue::stringsSigma() {
   return gStringsSigma.strings(&TagStringsCatalogue::stringTableSigma);
@@ -6650,77 +6656,77 @@ TagStringTable TagStringsCatalogue::stringTableSigma(ETLanguage language) {
   return gStringsSigma.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue32::allStreamsSigma() {
-  return gTagsSigma.all();
+  return detail::gTagsSigma.all();
 }
-const TagItem& detail::TagItemCatalogue32::itemSigmaSerialNumber() { return gTagsSigma.item(0); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaDriveMode() { return gTagsSigma.item(1); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaResolutionMode() { return gTagsSigma.item(2); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaAFMode() { return gTagsSigma.item(3); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaFocusSetting() { return gTagsSigma.item(4); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaWhiteBalance() { return gTagsSigma.item(5); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaExposureMode() { return gTagsSigma.item(6); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaMeteringMode() { return gTagsSigma.item(7); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaLensFocalRange() { return gTagsSigma.item(8); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaColorSpace() { return gTagsSigma.item(9); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaExposureCompensation() { return gTagsSigma.item(10); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaExposureAdjust() { return gTagsSigma.item(11); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaContrast() { return gTagsSigma.item(12); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaShadow() { return gTagsSigma.item(13); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaHighlight() { return gTagsSigma.item(14); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaSaturation() { return gTagsSigma.item(15); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaSharpness() { return gTagsSigma.item(16); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaX3FillLight() { return gTagsSigma.item(17); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaColorAdjustment() { return gTagsSigma.item(18); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaAdjustmentMode() { return gTagsSigma.item(19); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaQuality() { return gTagsSigma.item(20); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaFirmware() { return gTagsSigma.item(21); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaSoftware() { return gTagsSigma.item(22); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaAutoBracket() { return gTagsSigma.item(23); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaPreviewImageStart() { return gTagsSigma.item(24); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaChrominanceNoiseReduction() { return gTagsSigma.item(25); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaPreviewImageLength() { return gTagsSigma.item(26); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaLuminanceNoiseReduction() { return gTagsSigma.item(27); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaPreviewImageSize() { return gTagsSigma.item(28); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaMakerNoteVersion() { return gTagsSigma.item(29); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaAFPoint() { return gTagsSigma.item(30); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaFileFormat() { return gTagsSigma.item(31); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaCalibration() { return gTagsSigma.item(32); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaLensType() { return gTagsSigma.item(33); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaLensMaxApertureRange() { return gTagsSigma.item(34); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaColorMode() { return gTagsSigma.item(35); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaLensApertureRange() { return gTagsSigma.item(36); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaFNumber() { return gTagsSigma.item(37); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaExposureTime() { return gTagsSigma.item(38); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaExposureTime2() { return gTagsSigma.item(39); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaBurstShot() { return gTagsSigma.item(40); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaSensorTemperature() { return gTagsSigma.item(41); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaFlashExposureComp() { return gTagsSigma.item(42); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaPictureMode() { return gTagsSigma.item(43); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaFirmware2() { return gTagsSigma.item(44); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaDigitalFilter() { return gTagsSigma.item(45); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaModel() { return gTagsSigma.item(46); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaISO() { return gTagsSigma.item(47); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaCameraCalibration() { return gTagsSigma.item(48); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsAuto() { return gTagsSigma.item(49); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsDaylight() { return gTagsSigma.item(50); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsShade() { return gTagsSigma.item(51); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsOvercast() { return gTagsSigma.item(52); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsIncandescent() { return gTagsSigma.item(53); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsFluorescent() { return gTagsSigma.item(54); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsFlash() { return gTagsSigma.item(55); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsCustom1() { return gTagsSigma.item(56); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsCustom2() { return gTagsSigma.item(57); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsCustom3() { return gTagsSigma.item(58); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsUnknown0() { return gTagsSigma.item(59); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsUnknown1() { return gTagsSigma.item(60); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsUnknown2() { return gTagsSigma.item(61); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsUnknown3() { return gTagsSigma.item(62); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsUnknown4() { return gTagsSigma.item(63); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsUnknown5() { return gTagsSigma.item(64); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsUnknown6() { return gTagsSigma.item(65); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsUnknown7() { return gTagsSigma.item(66); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsUnknown8() { return gTagsSigma.item(67); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsUnknown9() { return gTagsSigma.item(68); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaSerialNumber() { return detail::gTagsSigma.item(0); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaDriveMode() { return detail::gTagsSigma.item(1); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaResolutionMode() { return detail::gTagsSigma.item(2); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaAFMode() { return detail::gTagsSigma.item(3); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaFocusSetting() { return detail::gTagsSigma.item(4); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaWhiteBalance() { return detail::gTagsSigma.item(5); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaExposureMode() { return detail::gTagsSigma.item(6); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaMeteringMode() { return detail::gTagsSigma.item(7); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaLensFocalRange() { return detail::gTagsSigma.item(8); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaColorSpace() { return detail::gTagsSigma.item(9); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaExposureCompensation() { return detail::gTagsSigma.item(10); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaExposureAdjust() { return detail::gTagsSigma.item(11); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaContrast() { return detail::gTagsSigma.item(12); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaShadow() { return detail::gTagsSigma.item(13); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaHighlight() { return detail::gTagsSigma.item(14); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaSaturation() { return detail::gTagsSigma.item(15); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaSharpness() { return detail::gTagsSigma.item(16); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaX3FillLight() { return detail::gTagsSigma.item(17); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaColorAdjustment() { return detail::gTagsSigma.item(18); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaAdjustmentMode() { return detail::gTagsSigma.item(19); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaQuality() { return detail::gTagsSigma.item(20); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaFirmware() { return detail::gTagsSigma.item(21); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaSoftware() { return detail::gTagsSigma.item(22); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaAutoBracket() { return detail::gTagsSigma.item(23); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaPreviewImageStart() { return detail::gTagsSigma.item(24); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaChrominanceNoiseReduction() { return detail::gTagsSigma.item(25); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaPreviewImageLength() { return detail::gTagsSigma.item(26); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaLuminanceNoiseReduction() { return detail::gTagsSigma.item(27); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaPreviewImageSize() { return detail::gTagsSigma.item(28); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaMakerNoteVersion() { return detail::gTagsSigma.item(29); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaAFPoint() { return detail::gTagsSigma.item(30); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaFileFormat() { return detail::gTagsSigma.item(31); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaCalibration() { return detail::gTagsSigma.item(32); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaLensType() { return detail::gTagsSigma.item(33); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaLensMaxApertureRange() { return detail::gTagsSigma.item(34); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaColorMode() { return detail::gTagsSigma.item(35); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaLensApertureRange() { return detail::gTagsSigma.item(36); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaFNumber() { return detail::gTagsSigma.item(37); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaExposureTime() { return detail::gTagsSigma.item(38); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaExposureTime2() { return detail::gTagsSigma.item(39); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaBurstShot() { return detail::gTagsSigma.item(40); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaSensorTemperature() { return detail::gTagsSigma.item(41); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaFlashExposureComp() { return detail::gTagsSigma.item(42); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaPictureMode() { return detail::gTagsSigma.item(43); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaFirmware2() { return detail::gTagsSigma.item(44); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaDigitalFilter() { return detail::gTagsSigma.item(45); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaModel() { return detail::gTagsSigma.item(46); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaISO() { return detail::gTagsSigma.item(47); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaCameraCalibration() { return detail::gTagsSigma.item(48); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsAuto() { return detail::gTagsSigma.item(49); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsDaylight() { return detail::gTagsSigma.item(50); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsShade() { return detail::gTagsSigma.item(51); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsOvercast() { return detail::gTagsSigma.item(52); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsIncandescent() { return detail::gTagsSigma.item(53); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsFluorescent() { return detail::gTagsSigma.item(54); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsFlash() { return detail::gTagsSigma.item(55); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsCustom1() { return detail::gTagsSigma.item(56); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsCustom2() { return detail::gTagsSigma.item(57); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsCustom3() { return detail::gTagsSigma.item(58); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsUnknown0() { return detail::gTagsSigma.item(59); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsUnknown1() { return detail::gTagsSigma.item(60); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsUnknown2() { return detail::gTagsSigma.item(61); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsUnknown3() { return detail::gTagsSigma.item(62); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsUnknown4() { return detail::gTagsSigma.item(63); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsUnknown5() { return detail::gTagsSigma.item(64); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsUnknown6() { return detail::gTagsSigma.item(65); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsUnknown7() { return detail::gTagsSigma.item(66); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsUnknown8() { return detail::gTagsSigma.item(67); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaWB_RGBLevelsUnknown9() { return detail::gTagsSigma.item(68); }
 
 const TagStrings& TagStringsCatalogue::stringsSigmaRaw() {
   return gStringsSigmaRaw.strings(&TagStringsCatalogue::stringTableSigmaRaw);
@@ -6729,85 +6735,68 @@ TagStringTable TagStringsCatalogue::stringTableSigmaRaw(ETLanguage language) {
   return gStringsSigmaRaw.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue32::allStreamsSigmaRaw() {
-  return gTagsSigmaRaw.all();
+  return detail::gTagsSigmaRaw.all();
 }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawFileVersion() { return gTagsSigmaRaw.item(0); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawMarkBits() { return gTagsSigmaRaw.item(1); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawImageWidth() { return gTagsSigmaRaw.item(2); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawImageHeight() { return gTagsSigmaRaw.item(3); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawRotation() { return gTagsSigmaRaw.item(4); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawWhiteBalance() { return gTagsSigmaRaw.item(5); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawSceneCaptureType() { return gTagsSigmaRaw.item(6); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawUnused() { return gTagsSigmaRaw.item(7); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawExposureAdjust() { return gTagsSigmaRaw.item(8); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawContrast() { return gTagsSigmaRaw.item(9); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawShadow() { return gTagsSigmaRaw.item(10); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawHighlight() { return gTagsSigmaRaw.item(11); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawSaturation() { return gTagsSigmaRaw.item(12); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawSharpness() { return gTagsSigmaRaw.item(13); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawRedAdjust() { return gTagsSigmaRaw.item(14); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawGreenAdjust() { return gTagsSigmaRaw.item(15); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawBlueAdjust() { return gTagsSigmaRaw.item(16); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawX3FillLight() { return gTagsSigmaRaw.item(17); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawPreviewImage() { return gTagsSigmaRaw.item(18); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawJpgFromRaw() { return gTagsSigmaRaw.item(19); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawMeteringMode() { return gTagsSigmaRaw.item(20); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawAFArea() { return gTagsSigmaRaw.item(21); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawAFInFocus() { return gTagsSigmaRaw.item(22); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawFocusMode() { return gTagsSigmaRaw.item(23); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawFNumber() { return gTagsSigmaRaw.item(24); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawApertureDisplayed() { return gTagsSigmaRaw.item(25); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawBracketShot() { return gTagsSigmaRaw.item(26); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawBurstShot() { return gTagsSigmaRaw.item(27); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawMake() { return gTagsSigmaRaw.item(28); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawModel() { return gTagsSigmaRaw.item(29); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawCameraName() { return gTagsSigmaRaw.item(30); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawSerialNumber() { return gTagsSigmaRaw.item(31); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawColorSpace() { return gTagsSigmaRaw.item(32); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawDriveMode() { return gTagsSigmaRaw.item(33); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawEvalState() { return gTagsSigmaRaw.item(34); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawExposureCompensation() { return gTagsSigmaRaw.item(35); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawNetExposureCompensation() { return gTagsSigmaRaw.item(36); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawIntegrationTime() { return gTagsSigmaRaw.item(37); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawFirmwareVersion() { return gTagsSigmaRaw.item(38); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawFlashMode() { return gTagsSigmaRaw.item(39); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawFlashExpComp() { return gTagsSigmaRaw.item(40); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawFlashPower() { return gTagsSigmaRaw.item(41); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawFlashTTLMode() { return gTagsSigmaRaw.item(42); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawFlashType() { return gTagsSigmaRaw.item(43); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawFocalLength() { return gTagsSigmaRaw.item(44); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawFocalLengthIn35mmFormat() { return gTagsSigmaRaw.item(45); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawFocus() { return gTagsSigmaRaw.item(46); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawImageBoardID() { return gTagsSigmaRaw.item(47); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawImagerBoardID() { return gTagsSigmaRaw.item(48); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawSensorTemperature() { return gTagsSigmaRaw.item(49); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawISO() { return gTagsSigmaRaw.item(50); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawLensApertureRange() { return gTagsSigmaRaw.item(51); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawLensFocalRange() { return gTagsSigmaRaw.item(52); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawLensType() { return gTagsSigmaRaw.item(53); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawExposureProgram() { return gTagsSigmaRaw.item(54); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawQuality() { return gTagsSigmaRaw.item(55); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawSensorID() { return gTagsSigmaRaw.item(56); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawExposureTime() { return gTagsSigmaRaw.item(57); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawShutterSpeedDisplayed() { return gTagsSigmaRaw.item(58); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawDateTimeOriginal() { return gTagsSigmaRaw.item(59); }
-const TagItem& detail::TagItemCatalogue32::itemSigmaRawVersionBF() { return gTagsSigmaRaw.item(60); }
-
-namespace detail {
-const TagItem* findInRTF(std::string_view key) { return gTagsRTF.find(key); }
-const TagItem* findInRadiance(std::string_view key) { return gTagsRadiance.find(key); }
-const TagItem* findInRawzor(std::string_view key) { return gTagsRawzor.find(key); }
-const TagItem* findInReal(std::string_view key) { return gTagsReal.find(key); }
-const TagItem* findInReconyx(std::string_view key) { return gTagsReconyx.find(key); }
-const TagItem* findInRed(std::string_view key) { return gTagsRed.find(key); }
-const TagItem* findInRicoh(std::string_view key) { return gTagsRicoh.find(key); }
-const TagItem* findInSR2(std::string_view key) { return gTagsSR2.find(key); }
-const TagItem* findInSRF_(std::string_view key) { return gTagsSRF_.find(key); }
-const TagItem* findInSVG(std::string_view key) { return gTagsSVG.find(key); }
-const TagItem* findInSamsung(std::string_view key) { return gTagsSamsung.find(key); }
-const TagItem* findInSanyo(std::string_view key) { return gTagsSanyo.find(key); }
-const TagItem* findInSigma(std::string_view key) { return gTagsSigma.find(key); }
-const TagItem* findInSigmaRaw(std::string_view key) { return gTagsSigmaRaw.find(key); }
-}  // namespace detail
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawFileVersion() { return detail::gTagsSigmaRaw.item(0); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawMarkBits() { return detail::gTagsSigmaRaw.item(1); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawImageWidth() { return detail::gTagsSigmaRaw.item(2); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawImageHeight() { return detail::gTagsSigmaRaw.item(3); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawRotation() { return detail::gTagsSigmaRaw.item(4); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawWhiteBalance() { return detail::gTagsSigmaRaw.item(5); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawSceneCaptureType() { return detail::gTagsSigmaRaw.item(6); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawUnused() { return detail::gTagsSigmaRaw.item(7); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawExposureAdjust() { return detail::gTagsSigmaRaw.item(8); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawContrast() { return detail::gTagsSigmaRaw.item(9); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawShadow() { return detail::gTagsSigmaRaw.item(10); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawHighlight() { return detail::gTagsSigmaRaw.item(11); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawSaturation() { return detail::gTagsSigmaRaw.item(12); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawSharpness() { return detail::gTagsSigmaRaw.item(13); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawRedAdjust() { return detail::gTagsSigmaRaw.item(14); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawGreenAdjust() { return detail::gTagsSigmaRaw.item(15); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawBlueAdjust() { return detail::gTagsSigmaRaw.item(16); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawX3FillLight() { return detail::gTagsSigmaRaw.item(17); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawPreviewImage() { return detail::gTagsSigmaRaw.item(18); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawJpgFromRaw() { return detail::gTagsSigmaRaw.item(19); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawMeteringMode() { return detail::gTagsSigmaRaw.item(20); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawAFArea() { return detail::gTagsSigmaRaw.item(21); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawAFInFocus() { return detail::gTagsSigmaRaw.item(22); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawFocusMode() { return detail::gTagsSigmaRaw.item(23); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawFNumber() { return detail::gTagsSigmaRaw.item(24); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawApertureDisplayed() { return detail::gTagsSigmaRaw.item(25); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawBracketShot() { return detail::gTagsSigmaRaw.item(26); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawBurstShot() { return detail::gTagsSigmaRaw.item(27); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawMake() { return detail::gTagsSigmaRaw.item(28); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawModel() { return detail::gTagsSigmaRaw.item(29); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawCameraName() { return detail::gTagsSigmaRaw.item(30); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawSerialNumber() { return detail::gTagsSigmaRaw.item(31); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawColorSpace() { return detail::gTagsSigmaRaw.item(32); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawDriveMode() { return detail::gTagsSigmaRaw.item(33); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawEvalState() { return detail::gTagsSigmaRaw.item(34); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawExposureCompensation() { return detail::gTagsSigmaRaw.item(35); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawNetExposureCompensation() { return detail::gTagsSigmaRaw.item(36); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawIntegrationTime() { return detail::gTagsSigmaRaw.item(37); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawFirmwareVersion() { return detail::gTagsSigmaRaw.item(38); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawFlashMode() { return detail::gTagsSigmaRaw.item(39); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawFlashExpComp() { return detail::gTagsSigmaRaw.item(40); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawFlashPower() { return detail::gTagsSigmaRaw.item(41); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawFlashTTLMode() { return detail::gTagsSigmaRaw.item(42); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawFlashType() { return detail::gTagsSigmaRaw.item(43); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawFocalLength() { return detail::gTagsSigmaRaw.item(44); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawFocalLengthIn35mmFormat() { return detail::gTagsSigmaRaw.item(45); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawFocus() { return detail::gTagsSigmaRaw.item(46); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawImageBoardID() { return detail::gTagsSigmaRaw.item(47); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawImagerBoardID() { return detail::gTagsSigmaRaw.item(48); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawSensorTemperature() { return detail::gTagsSigmaRaw.item(49); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawISO() { return detail::gTagsSigmaRaw.item(50); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawLensApertureRange() { return detail::gTagsSigmaRaw.item(51); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawLensFocalRange() { return detail::gTagsSigmaRaw.item(52); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawLensType() { return detail::gTagsSigmaRaw.item(53); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawExposureProgram() { return detail::gTagsSigmaRaw.item(54); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawQuality() { return detail::gTagsSigmaRaw.item(55); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawSensorID() { return detail::gTagsSigmaRaw.item(56); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawExposureTime() { return detail::gTagsSigmaRaw.item(57); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawShutterSpeedDisplayed() { return detail::gTagsSigmaRaw.item(58); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawDateTimeOriginal() { return detail::gTagsSigmaRaw.item(59); }
+const TagItem& detail::TagItemCatalogue32::itemSigmaRawVersionBF() { return detail::gTagsSigmaRaw.item(60); }
 
 }  // namespace lorvane

@@ -6,6 +6,8 @@
 namespace lorvane {
 namespace {
 
+using enum detail::TagFlag;
+
 constexpr char kText[] =
     "AFType" "AFStatusActiveSensor" "FocusMode" "AFPoint" "AFPointInFocus" "AFPointAtShutterRelease"
     "AFAreaMode" "AFPointsUsed" "ExposureProgram" "AFMicroAdj" "AFStatusUpper-left" "AFStatusLeft"
@@ -2633,553 +2635,553 @@ constexpr char kText[] =
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsSony[] = {
-    {{0, 6}, TagType::int8u, 2, 0, 0, 3},  // AFType
-    {{6, 20}, TagType::int16s, 2, 0, 3, 2},  // AFStatusActiveSensor
-    {{26, 9}, TagType::int32s, 2, 0, 5, 14},  // FocusMode
-    {{35, 7}, TagType::int8u, 2, 0, 19, 96},  // AFPoint
-    {{42, 14}, TagType::int8u, 2, 0, 19, 96},  // AFPointInFocus
-    {{56, 23}, TagType::int8u, 2, 0, 115, 96},  // AFPointAtShutterRelease
-    {{79, 10}, TagType::int32s, 2, 0, 211, 15},  // AFAreaMode
-    {{89, 12}, TagType::int32s, 2, 10, 226, 65},  // AFPointsUsed
-    {{101, 15}, TagType::int32s, 2, 0, 291, 68},  // ExposureProgram
-    {{116, 10}, TagType::int8s, 2, 0, 0, 0},  // AFMicroAdj
-    {{126, 18}, TagType::int16s, 2, 0, 3, 2},  // AFStatusUpper-left
-    {{144, 12}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLeft
-    {{156, 18}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLower-left
-    {{174, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatusFarLeft
-    {{189, 21}, TagType::int16s, 2, 0, 3, 2},  // AFStatusTopHorizontal
-    {{210, 17}, TagType::int16s, 2, 0, 3, 2},  // AFStatusNearRight
-    {{227, 24}, TagType::int16s, 2, 0, 3, 2},  // AFStatusCenterHorizontal
-    {{251, 16}, TagType::int16s, 2, 0, 3, 2},  // AFStatusNearLeft
-    {{267, 24}, TagType::int16s, 2, 0, 3, 2},  // AFStatusBottomHorizontal
-    {{291, 19}, TagType::int16s, 2, 0, 3, 2},  // AFStatusTopVertical
-    {{310, 22}, TagType::int16s, 2, 0, 3, 2},  // AFStatusCenterVertical
-    {{332, 22}, TagType::int16s, 2, 0, 3, 2},  // AFStatusBottomVertical
-    {{354, 16}, TagType::int16s, 2, 0, 3, 2},  // AFStatusFarRight
-    {{370, 19}, TagType::int16s, 2, 0, 3, 2},  // AFStatusUpper-right
-    {{389, 13}, TagType::int16s, 2, 0, 3, 2},  // AFStatusRight
-    {{402, 19}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLower-right
-    {{421, 20}, TagType::int16s, 2, 0, 3, 2},  // AFStatusUpper-middle
-    {{441, 20}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLower-middle
-    {{461, 20}, TagType::int16s, 2, 0, 3, 2},  // AFStatusUpperFarLeft
-    {{481, 28}, TagType::int16s, 2, 0, 3, 2},  // AFStatusUpper-leftHorizontal
-    {{509, 25}, TagType::int16s, 2, 0, 3, 2},  // AFStatusFarLeftHorizontal
-    {{534, 22}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLeftHorizontal
-    {{556, 20}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLowerFarLeft
-    {{576, 28}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLower-leftHorizontal
-    {{604, 26}, TagType::int16s, 2, 0, 3, 2},  // AFStatusUpper-leftVertical
-    {{630, 20}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLeftVertical
-    {{650, 26}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLower-leftVertical
-    {{676, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatusFarLeftVertical
-    {{699, 21}, TagType::int16s, 2, 0, 3, 2},  // AFStatusUpperFarRight
-    {{720, 29}, TagType::int16s, 2, 0, 3, 2},  // AFStatusUpper-rightHorizontal
-    {{749, 26}, TagType::int16s, 2, 0, 3, 2},  // AFStatusFarRightHorizontal
-    {{775, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatusRightHorizontal
-    {{798, 21}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLowerFarRight
-    {{819, 29}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLower-rightHorizontal
-    {{848, 24}, TagType::int16s, 2, 0, 3, 2},  // AFStatusFarRightVertical
-    {{872, 27}, TagType::int16s, 2, 0, 3, 2},  // AFStatusUpper-rightVertical
-    {{899, 21}, TagType::int16s, 2, 0, 3, 2},  // AFStatusRightVertical
-    {{920, 27}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLower-rightVertical
-    {{947, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_00_B4
-    {{961, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_01_C4
-    {{975, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_02_D4
-    {{989, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_03_E4
-    {{1003, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_04_F4
-    {{1017, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_05_G4
-    {{1031, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_06_H4
-    {{1045, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_07_B3
-    {{1059, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_08_C3
-    {{1073, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_09_D3
-    {{1087, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_10_E3
-    {{1101, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_11_F3
-    {{1115, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_12_G3
-    {{1129, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_13_H3
-    {{1143, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_14_B2
-    {{1157, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_15_C2
-    {{1171, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_16_D2
-    {{1185, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_17_E2
-    {{1199, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_18_F2
-    {{1213, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_19_G2
-    {{1227, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_20_H2
-    {{1241, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_21_C1
-    {{1255, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_22_D1
-    {{1269, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_23_E1
-    {{1283, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_24_F1
-    {{1297, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_25_G1
-    {{1311, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_26_A7_Vertical
-    {{1334, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_27_A6_Vertical
-    {{1357, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_28_A5_Vertical
-    {{1380, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_29_C7_Vertical
-    {{1403, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_30_C6_Vertical
-    {{1426, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_31_C5_Vertical
-    {{1449, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_32_E7_Vertical
-    {{1472, 30}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_33_E6_Center_Vertical
-    {{1502, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_34_E5_Vertical
-    {{1525, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_35_G7_Vertical
-    {{1548, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_36_G6_Vertical
-    {{1571, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_37_G5_Vertical
-    {{1594, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_38_I7_Vertical
-    {{1617, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_39_I6_Vertical
-    {{1640, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_40_I5_Vertical
-    {{1663, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_41_A7
-    {{1677, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_42_B7
-    {{1691, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_43_C7
-    {{1705, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_44_D7
-    {{1719, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_45_E7
-    {{1733, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_46_F7
-    {{1747, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_47_G7
-    {{1761, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_48_H7
-    {{1775, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_49_I7
-    {{1789, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_50_A6
-    {{1803, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_51_B6
-    {{1817, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_52_C6
-    {{1831, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_53_D6
-    {{1845, 21}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_54_E6_Center
-    {{1866, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_55_F6
-    {{1880, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_56_G6
-    {{1894, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_57_H6
-    {{1908, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_58_I6
-    {{1922, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_59_A5
-    {{1936, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_60_B5
-    {{1950, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_61_C5
-    {{1964, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_62_D5
-    {{1978, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_63_E5
-    {{1992, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_64_F5
-    {{2006, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_65_G5
-    {{2020, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_66_H5
-    {{2034, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_67_I5
-    {{2048, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_68_C11
-    {{2063, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_69_D11
-    {{2078, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_70_E11
-    {{2093, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_71_F11
-    {{2108, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_72_G11
-    {{2123, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_73_B10
-    {{2138, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_74_C10
-    {{2153, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_75_D10
-    {{2168, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_76_E10
-    {{2183, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_77_F10
-    {{2198, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_78_G10
-    {{2213, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_79_H10
-    {{2228, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_80_B9
-    {{2242, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_81_C9
-    {{2256, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_82_D9
-    {{2270, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_83_E9
-    {{2284, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_84_F9
-    {{2298, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_85_G9
-    {{2312, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_86_H9
-    {{2326, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_87_B8
-    {{2340, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_88_C8
-    {{2354, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_89_D8
-    {{2368, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_90_E8
-    {{2382, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_91_F8
-    {{2396, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_92_G8
-    {{2410, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_93_H8
-    {{2424, 26}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_94_E6_Center_F2-8
-    {{2450, 8}, TagType::string, 2, 8, 0, 0},  // LensSpec
-    {{2458, 16}, TagType::int32s, 2, 0, 359, 10},  // FocusModeSetting
-    {{2474, 15}, TagType::int8u, 2, 0, 369, 159},  // AFPointSelected
-    {{2489, 25}, TagType::int16s, 2, 0, 3, 2},  // AFStatusBottomAssist-left
-    {{2514, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatusBottom
-    {{2528, 26}, TagType::int16s, 2, 0, 3, 2},  // AFStatusBottomAssist-right
-    {{2554, 16}, TagType::int16s, 2, 0, 3, 2},  // AFStatusCenter-7
-    {{2570, 25}, TagType::int16s, 2, 0, 3, 2},  // AFStatusCenter-horizontal
-    {{2595, 16}, TagType::int16s, 2, 0, 3, 2},  // AFStatusCenter-9
-    {{2611, 17}, TagType::int16s, 2, 0, 3, 2},  // AFStatusCenter-10
-    {{2628, 17}, TagType::int16s, 2, 0, 3, 2},  // AFStatusCenter-11
-    {{2645, 17}, TagType::int16s, 2, 0, 3, 2},  // AFStatusCenter-12
-    {{2662, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatusCenter-vertical
-    {{2685, 17}, TagType::int16s, 2, 0, 3, 2},  // AFStatusCenter-14
-    {{2702, 22}, TagType::int16s, 2, 0, 3, 2},  // AFStatusTopAssist-left
-    {{2724, 11}, TagType::int16s, 2, 0, 3, 2},  // AFStatusTop
-    {{2735, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatusTopAssist-right
-    {{2758, 18}, TagType::int16s, 2, 0, 3, 2},  // AFStatusCenterF2-8
-    {{2776, 15}, TagType::int8u, 2, 0, 0, 0},  // AFMicroAdjValue
-    {{2791, 14}, TagType::int8u, 2, 0, 528, 2},  // AFMicroAdjMode
-    {{2805, 26}, TagType::int8u, 2, 0, 0, 0},  // AFMicroAdjRegisteredLenses
-    {{2831, 17}, TagType::int16s, 2, 0, 3, 2},  // AFStatusTop-right
-    {{2848, 20}, TagType::int16s, 2, 0, 3, 2},  // AFStatusBottom-right
-    {{2868, 24}, TagType::int16s, 2, 0, 3, 2},  // AFStatusMiddleHorizontal
-    {{2892, 16}, TagType::int16s, 2, 0, 3, 2},  // AFStatusTop-left
-    {{2908, 19}, TagType::int16s, 2, 0, 3, 2},  // AFStatusBottom-left
-    {{2927, 11}, TagType::int32s, 2, 0, 0, 0},  // FocalLength
-    {{2938, 19}, TagType::int16u, 2, 0, 0, 0},  // FocalLengthTeleZoom
-    {{2957, 11}, TagType::int32s, 2, 0, 530, 7},  // FocusStatus
-    {{2968, 12}, TagType::float_, 2, 0, 0, 0},  // ExposureTime
-    {{2980, 7}, TagType::int32s, 2, 0, 0, 0},  // FNumber
-    {{2987, 13}, TagType::int16u, 2, 0, 528, 2},  // HighSpeedSync
-    {{3000, 23}, TagType::int32s, 2, 0, 0, 0},  // ExposureCompensationSet
-    {{3023, 9}, TagType::int32s, 2, 0, 537, 30},  // DriveMode
-    {{3032, 19}, TagType::int32s, 2, 0, 567, 56},  // WhiteBalanceSetting
-    {{3051, 20}, TagType::int32s, 2, 0, 0, 0},  // WhiteBalanceFineTune
-    {{3071, 19}, TagType::int16u, 2, 0, 0, 0},  // ColorTemperatureSet
-    {{3090, 26}, TagType::int32s, 2, 0, 0, 0},  // ColorCompensationFilterSet
-    {{3116, 22}, TagType::int16u, 2, 0, 0, 0},  // ColorTemperatureCustom
-    {{3138, 29}, TagType::int16u, 2, 0, 0, 0},  // ColorCompensationFilterCustom
-    {{3167, 12}, TagType::int32s, 2, 0, 623, 27},  // WhiteBalance
-    {{3179, 14}, TagType::int16u, 2, 0, 650, 11},  // AFPointSetting
-    {{3193, 9}, TagType::int32s, 2, 0, 661, 12},  // FlashMode
-    {{3202, 20}, TagType::int32s, 2, 0, 0, 0},  // FlashExposureCompSet
-    {{3222, 12}, TagType::int32s, 2, 0, 673, 6},  // MeteringMode
-    {{3234, 10}, TagType::int32s, 2, 0, 679, 2},  // ISOSetting
-    {{3244, 25}, TagType::int32s, 2, 0, 681, 4},  // DynamicRangeOptimizerMode
-    {{3269, 26}, TagType::int32s, 2, 0, 0, 0},  // DynamicRangeOptimizerLevel
-    {{3295, 13}, TagType::string, 2, 0, 685, 40},  // CreativeStyle
-    {{3308, 10}, TagType::int32s, 2, 0, 725, 5},  // ColorSpace
-    {{3318, 9}, TagType::int32s, 2, 0, 0, 0},  // Sharpness
-    {{3327, 8}, TagType::int32s, 2, 0, 0, 0},  // Contrast
-    {{3335, 10}, TagType::int32s, 2, 0, 0, 0},  // Saturation
-    {{3345, 17}, TagType::int16u, 2, 0, 0, 0},  // ZoneMatchingValue
-    {{3362, 10}, TagType::int32s, 2, 0, 0, 0},  // Brightness
-    {{3372, 12}, TagType::int32s, 2, 0, 730, 3},  // FlashControl
-    {{3384, 27}, TagType::int16u, 2, 0, 528, 2},  // PrioritySetupShutterRelease
-    {{3411, 13}, TagType::int16u, 2, 0, 733, 3},  // AFIlluminator
-    {{3424, 13}, TagType::int16u, 2, 0, 528, 2},  // AFWithShutter
-    {{3437, 26}, TagType::int32s, 2, 0, 736, 7},  // LongExposureNoiseReduction
-    {{3463, 21}, TagType::int32s, 2, 0, 743, 9},  // HighISONoiseReduction
-    {{3484, 10}, TagType::int16u, 2, 0, 752, 15},  // ImageStyle
-    {{3494, 15}, TagType::int16u, 2, 0, 528, 2},  // FocusModeSwitch
-    {{3509, 19}, TagType::int32s, 2, 0, 0, 0},  // ShutterSpeedSetting
-    {{3528, 15}, TagType::int32s, 2, 0, 0, 0},  // ApertureSetting
-    {{3543, 25}, TagType::int32s, 2, 0, 528, 2},  // ImageStabilizationSetting
-    {{3568, 11}, TagType::int32s, 2, 0, 681, 4},  // FlashAction
-    {{3579, 8}, TagType::int32s, 2, 0, 730, 3},  // Rotation
-    {{3587, 6}, TagType::int32s, 2, 0, 767, 2},  // AELock
-    {{3593, 12}, TagType::int32s, 2, 0, 769, 10},  // FlashAction2
-    {{3605, 12}, TagType::int32s, 2, 0, 779, 6},  // BatteryState
-    {{3617, 12}, TagType::int32s, 2, 0, 0, 0},  // BatteryLevel
-    {{3629, 13}, TagType::int32s, 2, 0, 785, 9},  // SonyImageSize
-    {{3642, 11}, TagType::int32s, 2, 0, 794, 7},  // AspectRatio
-    {{3653, 7}, TagType::int32s, 2, 2, 801, 30},  // Quality
-    {{3660, 23}, TagType::int16u, 2, 0, 831, 2},  // ExposureLevelIncrements
-    {{3683, 15}, TagType::int32s, 2, 0, 833, 3},  // RedEyeReduction
-    {{3698, 12}, TagType::int32s, 2, 0, 0, 0},  // FolderNumber
-    {{3710, 11}, TagType::int32s, 2, 0, 0, 0},  // ImageNumber
-    {{3721, 18}, TagType::int32s, 2, 3, 0, 0},  // CustomWB_RGBLevels
-    {{3739, 16}, TagType::int8u, 2, 0, 836, 11},  // DriveModeSetting
-    {{3755, 28}, TagType::int8u, 2, 0, 847, 3},  // DynamicRangeOptimizerSetting
-    {{3783, 20}, TagType::int8u, 2, 0, 850, 6},  // CreativeStyleSetting
-    {{3803, 15}, TagType::int8s, 2, 0, 0, 0},  // ContrastSetting
-    {{3818, 17}, TagType::int8s, 2, 0, 0, 0},  // SaturationSetting
-    {{3835, 16}, TagType::int8s, 2, 0, 0, 0},  // SharpnessSetting
-    {{3851, 23}, TagType::int8u, 2, 0, 0, 0},  // ColorTemperatureSetting
-    {{3874, 16}, TagType::int8u, 2, 0, 856, 3},  // SmileShutterMode
-    {{3890, 10}, TagType::int8u, 2, 0, 859, 10},  // HDRSetting
-    {{3900, 8}, TagType::int8u, 2, 0, 869, 9},  // HDRLevel
-    {{3908, 11}, TagType::int8u, 2, 0, 878, 3},  // ViewingMode
-    {{3919, 13}, TagType::int8u, 2, 0, 881, 4},  // FaceDetection
-    {{3932, 12}, TagType::int8u, 2, 0, 885, 2},  // SmileShutter
-    {{3944, 17}, TagType::int8u, 2, 0, 767, 2},  // SweepPanoramaSize
-    {{3961, 22}, TagType::int8u, 2, 0, 887, 4},  // SweepPanoramaDirection
-    {{3983, 24}, TagType::int32s, 2, 0, 891, 4},  // MultiFrameNoiseReduction
-    {{4007, 17}, TagType::int8u, 2, 0, 730, 3},  // LiveViewAFSetting
-    {{4024, 14}, TagType::int8u, 2, 0, 681, 4},  // PanoramaSize3D
-    {{4038, 15}, TagType::int8u, 2, 0, 885, 2},  // AFButtonPressed
-    {{4053, 16}, TagType::int8u, 2, 0, 895, 3},  // LiveViewMetering
-    {{4069, 12}, TagType::int8u, 2, 0, 898, 4},  // ViewingMode2
-    {{4081, 19}, TagType::int8u, 2, 0, 767, 2},  // FlashStatusBuilt-in
-    {{4100, 19}, TagType::int8u, 2, 0, 0, 3},  // FlashStatusExternal
-    {{4119, 17}, TagType::int8u, 2, 0, 833, 3},  // LiveViewFocusMode
-    {{4136, 9}, TagType::int8u, 2, 0, 902, 6},  // LensMount
-    {{4145, 14}, TagType::int32s, 2, 0, 908, 3},  // SequenceNumber
-    {{4159, 23}, TagType::int32u, 2, 0, 0, 0},  // ShotNumberSincePowerUp2
-    {{4182, 18}, TagType::int16u, 2, 0, 0, 0},  // LensE-mountVersion
-    {{4200, 19}, TagType::int16u, 0, 0, 0, 0},  // LensFirmwareVersion
-    {{4219, 9}, TagType::string, 2, 0, 911, 244},  // LensType2
-    {{4228, 17}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageStart
-    {{4245, 18}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageLength
-    {{4263, 18}, TagType::int8u, 2, 0, 0, 0},  // BatteryTemperature
-    {{4281, 14}, TagType::string, 2, 4, 0, 0},  // BatteryUnknown
-    {{4295, 14}, TagType::string, 0, 4, 0, 0},  // BatteryVoltage
-    {{4309, 19}, TagType::int8u, 2, 0, 1155, 5},  // ImageStabilization2
-    {{4328, 16}, TagType::int8u, 2, 4, 0, 0},  // ExtraInfoVersion
-    {{4344, 18}, TagType::int32s, 2, 0, 1160, 4},  // ImageStabilization
-    {{4362, 15}, TagType::int16u, 2, 0, 0, 0},  // BatteryVoltage1
-    {{4377, 15}, TagType::int16u, 2, 0, 0, 0},  // BatteryVoltage2
-    {{4392, 16}, TagType::int8u, 2, 0, 1164, 8},  // ModeDialPosition
-    {{4408, 23}, TagType::int8u, 2, 0, 1172, 4},  // MemoryCardConfiguration
-    {{4431, 17}, TagType::int8u, 2, 0, 1176, 6},  // CameraOrientation
-    {{4448, 13}, TagType::int32s, 2, 0, 1182, 10},  // FacesDetected
-    {{4461, 13}, TagType::int16u, 2, 4, 0, 0},  // Face1Position
-    {{4474, 13}, TagType::int16u, 2, 4, 0, 0},  // Face2Position
-    {{4487, 13}, TagType::int16u, 2, 4, 0, 0},  // Face3Position
-    {{4500, 13}, TagType::int16u, 2, 4, 0, 0},  // Face4Position
-    {{4513, 13}, TagType::int16u, 2, 4, 0, 0},  // Face5Position
-    {{4526, 13}, TagType::int16u, 2, 4, 0, 0},  // Face6Position
-    {{4539, 13}, TagType::int16u, 2, 4, 0, 0},  // Face7Position
-    {{4552, 13}, TagType::int16u, 2, 4, 0, 0},  // Face8Position
-    {{4565, 9}, TagType::int16u, 2, 0, 0, 0},  // FaceTest2
-    {{4574, 9}, TagType::int16u, 2, 0, 0, 0},  // FaceTest8
-    {{4583, 22}, TagType::int16u, 2, 4, 0, 0},  // PotentialFace1Position
-    {{4605, 22}, TagType::int16u, 2, 4, 0, 0},  // PotentialFace2Position
-    {{4627, 22}, TagType::int16u, 2, 4, 0, 0},  // PotentialFace3Position
-    {{4649, 22}, TagType::int16u, 2, 4, 0, 0},  // PotentialFace4Position
-    {{4671, 22}, TagType::int16u, 2, 4, 0, 0},  // PotentialFace5Position
-    {{4693, 22}, TagType::int16u, 2, 4, 0, 0},  // PotentialFace6Position
-    {{4715, 22}, TagType::int16u, 2, 4, 0, 0},  // PotentialFace7Position
-    {{4737, 22}, TagType::int16u, 2, 4, 0, 0},  // PotentialFace8Position
-    {{4759, 10}, TagType::int8u, 2, 0, 1192, 24},  // DriveMode2
-    {{4769, 17}, TagType::int8u, 2, 0, 0, 0},  // BracketShotNumber
-    {{4786, 22}, TagType::int8u, 2, 0, 730, 3},  // WhiteBalanceBracketing
-    {{4808, 18}, TagType::int8u, 2, 0, 0, 0},  // BracketShotNumber2
-    {{4826, 28}, TagType::int8u, 2, 0, 730, 3},  // DynamicRangeOptimizerBracket
-    {{4854, 25}, TagType::int8u, 2, 0, 0, 0},  // ExposureBracketShotNumber
-    {{4879, 3}, TagType::int32s, 2, 0, 0, 0},  // ISO
-    {{4882, 12}, TagType::int32u, 2, 0, 0, 0},  // ShutterCount
-    {{4894, 13}, TagType::int8u, 2, 0, 0, 0},  // FocusPosition
-    {{4907, 10}, TagType::int8u, 2, 0, 0, 0},  // ISOAutoMin
-    {{4917, 10}, TagType::int8u, 2, 0, 0, 0},  // ISOAutoMax
-    {{4927, 17}, TagType::rational64s, 2, 0, 0, 0},  // FlashExposureComp
-    {{4944, 13}, TagType::int32u, 2, 0, 1216, 9},  // Teleconverter
-    {{4957, 14}, TagType::string, 2, 0, 528, 2},  // MultiBurstMode
-    {{4971, 20}, TagType::int16u, 2, 0, 0, 0},  // MultiBurstImageWidth
-    {{4991, 21}, TagType::int16u, 2, 0, 0, 0},  // MultiBurstImageHeight
-    {{5012, 12}, TagType::imagedata, 2, 0, 0, 0},  // PreviewImage
-    {{5024, 6}, TagType::int32u, 2, 0, 0, 0},  // Rating
-    {{5030, 3}, TagType::int32u, 2, 2, 1225, 17},  // HDR
-    {{5033, 13}, TagType::int16u, 2, 0, 1242, 36},  // PictureEffect
-    {{5046, 14}, TagType::int32u, 2, 0, 1278, 5},  // SoftSkinEffect
-    {{5060, 10}, TagType::string, 0, 0, 0, 0},  // Tag_0x2010
-    {{5070, 20}, TagType::int32u, 2, 0, 1283, 3},  // VignettingCorrection
-    {{5090, 26}, TagType::int32u, 2, 0, 1283, 3},  // LateralChromaticAberration
-    {{5116, 27}, TagType::int32u, 2, 0, 1283, 3},  // DistortionCorrectionSetting
-    {{5143, 12}, TagType::int32s, 2, 2, 0, 0},  // WBShiftAB_GM
-    {{5155, 18}, TagType::int16u, 2, 0, 528, 2},  // AutoPortraitFramed
-    {{5173, 29}, TagType::int32u, 2, 0, 528, 2},  // ElectronicFrontCurtainShutter
-    {{5202, 17}, TagType::int8u, 2, 0, 1286, 8},  // AFAreaModeSetting
-    {{5219, 20}, TagType::int16u, 2, 2, 0, 0},  // FlexibleSpotPosition
-    {{5239, 10}, TagType::int8u, 2, 0, 730, 3},  // AFTracking
-    {{5249, 22}, TagType::int8u, 2, 0, 1294, 1},  // FocalPlaneAFPointsUsed
-    {{5271, 18}, TagType::int32u, 2, 0, 528, 2},  // MultiFrameNREffect
-    {{5289, 20}, TagType::int32s, 0, 2, 0, 0},  // WBShiftAB_GM_Precise
-    {{5309, 13}, TagType::int16u, 2, 4, 0, 0},  // FocusLocation
-    {{5322, 21}, TagType::int16u, 2, 2, 1295, 5},  // VariableLowPassFilter
-    {{5343, 11}, TagType::int16u, 2, 0, 1300, 4},  // RAWFileType
-    {{5354, 16}, TagType::int8u, 2, 0, 730, 3},  // PrioritySetInAWB
-    {{5370, 13}, TagType::int16u, 2, 0, 1304, 6},  // MeteringMode2
-    {{5383, 26}, TagType::rational64s, 2, 0, 0, 0},  // ExposureStandardAdjustment
-    {{5409, 14}, TagType::string, 2, 0, 1310, 1},  // PixelShiftInfo
-    {{5423, 12}, TagType::string, 2, 0, 0, 0},  // SerialNumber
-    {{5435, 7}, TagType::int32s, 2, 0, 0, 0},  // Shadows
-    {{5442, 10}, TagType::int32s, 2, 0, 0, 0},  // Highlights
-    {{5452, 4}, TagType::int32s, 2, 0, 0, 0},  // Fade
-    {{5456, 14}, TagType::int32s, 2, 0, 0, 0},  // SharpnessRange
-    {{5470, 7}, TagType::int32s, 2, 0, 0, 0},  // Clarity
-    {{5477, 14}, TagType::int16u, 0, 3, 0, 0},  // FocusFrameSize
-    {{5491, 15}, TagType::int16u, 2, 0, 733, 3},  // JPEG-HEIFSwitch
-    {{5506, 14}, TagType::int16u, 2, 4, 0, 0},  // FocusLocation2
-    {{5520, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x9050
-    {{5531, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x9400
-    {{5542, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x9402
-    {{5553, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x9404
-    {{5564, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x9405
-    {{5575, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x9406
-    {{5586, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x9407
-    {{5597, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x9408
-    {{5608, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x9409
-    {{5619, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x940a
-    {{5630, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x940b
-    {{5641, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x940c
-    {{5652, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x940d
-    {{5663, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x940e
-    {{5674, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x940f
-    {{5685, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x9411
-    {{5696, 10}, TagType::int8u, 2, 4, 1311, 14},  // FileFormat
-    {{5706, 11}, TagType::int16u, 2, 0, 1325, 102},  // SonyModelID
-    {{5717, 16}, TagType::int32u, 2, 0, 0, 0},  // ColorTemperature
-    {{5733, 23}, TagType::int32u, 2, 0, 0, 0},  // ColorCompensationFilter
-    {{5756, 9}, TagType::int32u, 2, 0, 1427, 25},  // SceneMode
-    {{5765, 12}, TagType::int32u, 2, 0, 730, 3},  // ZoneMatching
-    {{5777, 21}, TagType::int32s, 2, 0, 1452, 18},  // DynamicRangeOptimizer
-    {{5798, 8}, TagType::string, 2, 0, 1470, 431},  // LensType
-    {{5806, 9}, TagType::int32u, 2, 0, 1901, 26},  // ColorMode
-    {{5815, 13}, TagType::int32u, 2, 2, 0, 0},  // FullImageSize
-    {{5828, 16}, TagType::int32u, 2, 2, 0, 0},  // PreviewImageSize
-    {{5844, 5}, TagType::int16u, 2, 0, 1300, 4},  // Macro
-    {{5849, 12}, TagType::int16u, 2, 0, 1927, 31},  // ExposureMode
-    {{5861, 11}, TagType::int16u, 2, 0, 1300, 4},  // JPEGQuality
-    {{5872, 10}, TagType::int16s, 2, 0, 1958, 20},  // FlashLevel
-    {{5882, 11}, TagType::int16u, 2, 0, 1978, 6},  // ReleaseMode
-    {{5893, 9}, TagType::int16u, 2, 0, 1300, 4},  // Anti-Blur
-    {{5902, 22}, TagType::int16u, 2, 0, 1984, 5},  // HighISONoiseReduction2
-    {{5924, 15}, TagType::int32s, 2, 0, 730, 3},  // IntelligentAuto
-    {{5939, 14}, TagType::string, 2, 90, 0, 0},  // MeterInfo1Row1
-    {{5953, 14}, TagType::string, 2, 90, 0, 0},  // MeterInfo1Row2
-    {{5967, 14}, TagType::string, 2, 90, 0, 0},  // MeterInfo1Row3
-    {{5981, 14}, TagType::string, 2, 90, 0, 0},  // MeterInfo1Row4
-    {{5995, 14}, TagType::string, 2, 90, 0, 0},  // MeterInfo1Row5
-    {{6009, 14}, TagType::string, 2, 90, 0, 0},  // MeterInfo1Row6
-    {{6023, 14}, TagType::string, 2, 90, 0, 0},  // MeterInfo1Row7
-    {{6037, 14}, TagType::string, 2, 110, 0, 0},  // MeterInfo2Row1
-    {{6051, 14}, TagType::string, 2, 110, 0, 0},  // MeterInfo2Row2
-    {{6065, 14}, TagType::string, 2, 110, 0, 0},  // MeterInfo2Row3
-    {{6079, 14}, TagType::string, 2, 110, 0, 0},  // MeterInfo2Row4
-    {{6093, 14}, TagType::string, 2, 110, 0, 0},  // MeterInfo2Row5
-    {{6107, 14}, TagType::string, 2, 110, 0, 0},  // MeterInfo2Row6
-    {{6121, 14}, TagType::string, 2, 110, 0, 0},  // MeterInfo2Row7
-    {{6135, 14}, TagType::string, 2, 110, 0, 0},  // MeterInfo2Row8
-    {{6149, 14}, TagType::string, 2, 110, 0, 0},  // MeterInfo2Row9
-    {{6163, 10}, TagType::int32u, 2, 0, 0, 0},  // ImageCount
-    {{6173, 22}, TagType::int32u, 2, 0, 0, 0},  // ShotNumberSincePowerUp
-    {{6195, 17}, TagType::int16urev, 2, 2, 0, 0},  // CustomWB_RBLevels
-    {{6212, 15}, TagType::int32s, 2, 0, 0, 0},  // BrightnessValue
-    {{6227, 16}, TagType::int8u, 2, 0, 730, 3},  // LiveViewAFMethod
-    {{6243, 12}, TagType::int8u, 2, 0, 0, 0},  // FocalLength2
-    {{6255, 21}, TagType::int16s, 2, 0, 0, 0},  // ExposureCompensation2
-    {{6276, 21}, TagType::int16s, 2, 0, 0, 0},  // FlashExposureCompSet2
-    {{6297, 12}, TagType::int8u, 2, 0, 1989, 4},  // Orientation2
-    {{6309, 14}, TagType::int8u, 2, 0, 0, 0},  // FocusPosition2
-    {{6323, 10}, TagType::int8u, 2, 0, 528, 2},  // FocusMode2
-    {{6333, 19}, TagType::int8u, 2, 0, 1993, 5},  // FlashActionExternal
-    {{6352, 11}, TagType::int8u, 2, 0, 1998, 8},  // FlashStatus
-    {{6363, 7}, TagType::string, 0, 0, 0, 0},  // Barcode
-    {{6370, 17}, TagType::string, 0, 0, 0, 0},  // SensorTemperature
-    {{6387, 15}, TagType::string, 0, 0, 0, 0},  // FirmwareVersion
-    {{6402, 17}, TagType::int8s, 2, 0, 0, 0},  // CameraTemperature
-    {{6419, 16}, TagType::string, 0, 0, 0, 0},  // BoardTemperature
-    {{6435, 9}, TagType::string, 8, 0, 0, 0},  // TextInfo1
-    {{6444, 9}, TagType::string, 8, 0, 0, 0},  // TextInfo2
-    {{6453, 18}, TagType::string, 0, 0, 528, 2},  // VibrationReduction
-    {{6471, 15}, TagType::int32u, 0, 0, 0, 0},  // JpgFromRawStart
-    {{6486, 16}, TagType::int32u, 0, 0, 0, 0},  // JpgFromRawLength
-    {{6502, 14}, TagType::int16u, 2, 0, 0, 0},  // SonyImageWidth
-    {{6516, 15}, TagType::int16u, 2, 0, 0, 0},  // SonyImageHeight
-    {{6531, 11}, TagType::int8u, 0, 0, 681, 4},  // Orientation
-    {{6542, 12}, TagType::int8u, 0, 0, 2006, 3},  // ImageQuality
-    {{6554, 7}, TagType::string, 0, 19, 0, 0},  // Comment
-    {{6561, 16}, TagType::int8u, 0, 6, 0, 0},  // DateTimeOriginal
-    {{6577, 10}, TagType::int8u, 0, 6, 0, 0},  // ModifyDate
-    {{6587, 20}, TagType::int16s, 2, 0, 0, 0},  // ExposureCompensation
-    {{6607, 5}, TagType::int8u, 0, 0, 528, 2},  // Flash
-    {{6612, 17}, TagType::int32u, 2, 0, 0, 0},  // PanoramaFullWidth
-    {{6629, 18}, TagType::int32u, 2, 0, 0, 0},  // PanoramaFullHeight
-    {{6647, 17}, TagType::int32u, 2, 0, 528, 2},  // PanoramaDirection
-    {{6664, 16}, TagType::int32u, 2, 0, 0, 0},  // PanoramaCropLeft
-    {{6680, 15}, TagType::int32u, 2, 0, 0, 0},  // PanoramaCropTop
-    {{6695, 17}, TagType::int32u, 2, 0, 0, 0},  // PanoramaCropRight
-    {{6712, 18}, TagType::int32u, 2, 0, 0, 0},  // PanoramaCropBottom
-    {{6730, 18}, TagType::int32u, 2, 0, 0, 0},  // PanoramaFrameWidth
-    {{6748, 19}, TagType::int32u, 2, 0, 0, 0},  // PanoramaFrameHeight
-    {{6767, 19}, TagType::int32u, 2, 0, 0, 0},  // PanoramaSourceWidth
-    {{6786, 20}, TagType::int32u, 2, 0, 0, 0},  // PanoramaSourceHeight
-    {{6806, 14}, TagType::int16u, 2, 0, 0, 0},  // FaceInfoOffset
-    {{6820, 12}, TagType::string, 2, 20, 0, 0},  // SonyDateTime
-    {{6832, 14}, TagType::int16u, 2, 0, 0, 0},  // FaceInfoLength
-    {{6846, 11}, TagType::string, 2, 16, 0, 0},  // MetaVersion
-    {{6857, 12}, TagType::int8u, 2, 0, 2009, 7},  // ReleaseMode3
-    {{6869, 12}, TagType::int32s, 2, 0, 2016, 23},  // ReleaseMode2
-    {{6881, 9}, TagType::int8u, 2, 0, 730, 3},  // SelfTimer
-    {{6890, 17}, TagType::int16u, 2, 0, 0, 0},  // StopsAboveBaseISO
-    {{6907, 14}, TagType::int8u, 2, 0, 2039, 25},  // PictureProfile
-    {{6921, 14}, TagType::int8u, 2, 0, 2064, 14},  // PictureEffect2
-    {{6935, 8}, TagType::int8u, 2, 0, 2078, 6},  // Quality2
-    {{6943, 12}, TagType::int16u, 2, 3, 0, 0},  // WB_RGBLevels
-    {{6955, 19}, TagType::int32u, 2, 0, 0, 0},  // SequenceImageNumber
-    {{6974, 18}, TagType::int32u, 2, 0, 0, 0},  // SequenceFileNumber
-    {{6992, 7}, TagType::int16u, 2, 0, 0, 0},  // SonyISO
-    {{6999, 20}, TagType::int16s, 2, 16, 0, 0},  // DistortionCorrParams
-    {{7019, 16}, TagType::int8u, 2, 0, 0, 0},  // DigitalZoomRatio
-    {{7035, 14}, TagType::int16u, 2, 0, 0, 0},  // MinFocalLength
-    {{7049, 14}, TagType::int16u, 2, 0, 0, 0},  // MaxFocalLength
-    {{7063, 10}, TagType::int8u, 2, 0, 730, 3},  // LensFormat
-    {{7073, 27}, TagType::int8u, 2, 0, 528, 2},  // DistortionCorrParamsPresent
-    {{7100, 26}, TagType::int8u, 2, 0, 2084, 2},  // DistortionCorrParamsNumber
-    {{7126, 21}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointArea
-    {{7147, 26}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation1
-    {{7173, 26}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation2
-    {{7199, 26}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation3
-    {{7225, 26}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation4
-    {{7251, 26}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation5
-    {{7277, 26}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation6
-    {{7303, 26}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation7
-    {{7329, 26}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation8
-    {{7355, 26}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation9
-    {{7381, 27}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation10
-    {{7408, 27}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation11
-    {{7435, 27}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation12
-    {{7462, 27}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation13
-    {{7489, 27}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation14
-    {{7516, 27}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation15
-    {{7543, 15}, TagType::int8u, 2, 0, 0, 0},  // SonyMaxAperture
-    {{7558, 15}, TagType::int8u, 2, 0, 0, 0},  // SonyMinAperture
-    {{7573, 7}, TagType::int16u, 2, 3, 2086, 1},  // Shutter
-    {{7580, 16}, TagType::int16u, 2, 0, 0, 0},  // SonyExposureTime
-    {{7596, 11}, TagType::int16u, 2, 0, 0, 0},  // SonyFNumber
-    {{7607, 13}, TagType::int32u, 2, 0, 0, 0},  // ShutterCount2
-    {{7620, 13}, TagType::string, 2, 6, 0, 0},  // SonyDateTime2
-    {{7633, 20}, TagType::int8u, 2, 6, 0, 0},  // InternalSerialNumber
-    {{7653, 16}, TagType::int8u, 2, 0, 528, 2},  // APS-CSizeCapture
-    {{7669, 16}, TagType::string, 2, 2, 0, 0},  // LensSpecFeatures
-    {{7685, 13}, TagType::int32u, 2, 0, 0, 0},  // ShutterCount3
-    {{7698, 11}, TagType::int8u, 2, 0, 528, 2},  // DigitalZoom
-    {{7709, 14}, TagType::int8u, 2, 0, 2087, 14},  // SequenceLength
-    {{7723, 16}, TagType::int8u, 0, 0, 0, 0},  // ModelReleaseYear
-    {{7739, 11}, TagType::int8u, 2, 0, 2101, 2},  // ShutterType
-    {{7750, 7}, TagType::int8u, 2, 0, 0, 0},  // Ver9401
-    {{7757, 9}, TagType::int8u, 2, 0, 0, 0},  // TempTest1
-    {{7766, 18}, TagType::int8s, 2, 0, 0, 0},  // AmbientTemperature
-    {{7784, 9}, TagType::int8u, 2, 0, 0, 0},  // TempTest2
-    {{7793, 16}, TagType::int16u, 2, 0, 0, 0},  // LensZoomPosition
-    {{7809, 20}, TagType::int8u, 2, 0, 528, 2},  // DistortionCorrection
-    {{7829, 20}, TagType::int16s, 2, 32, 0, 0},  // VignettingCorrParams
-    {{7849, 29}, TagType::int16s, 2, 32, 0, 0},  // ChromaticAberrationCorrParams
-    {{7878, 7}, TagType::int16u, 2, 0, 0, 0},  // BaseISO
-    {{7885, 17}, TagType::int16u, 2, 0, 0, 0},  // SonyExposureTime2
-    {{7902, 20}, TagType::int16u, 2, 0, 0, 0},  // SonyMaxApertureValue
-    {{7922, 17}, TagType::int16u, 2, 0, 0, 0},  // SonyImageWidthMax
-    {{7939, 18}, TagType::int16u, 2, 0, 0, 0},  // SonyImageHeightMax
-    {{7957, 17}, TagType::int8u, 2, 0, 0, 0},  // BatteryLevelGrip1
-    {{7974, 17}, TagType::int8u, 2, 0, 0, 0},  // BatteryLevelGrip2
-    {{7991, 8}, TagType::int8u, 2, 0, 0, 0},  // Battery2
-    {{7999, 14}, TagType::int8u, 2, 0, 0, 0},  // BatteryStatus1
-    {{8013, 14}, TagType::int8u, 2, 0, 0, 0},  // BatteryStatus2
-    {{8027, 13}, TagType::int8u, 2, 0, 0, 0},  // BatteryLevel2
-    {{8040, 16}, TagType::int32u, 2, 0, 2103, 26},  // AFPointsSelected
-    {{8056, 10}, TagType::int8u, 2, 0, 2129, 4},  // LensMount2
-    {{8066, 9}, TagType::string, 2, 0, 911, 244},  // LensType3
-    {{8075, 20}, TagType::int16u, 2, 0, 0, 0},  // CameraE-mountVersion
-    {{8095, 22}, TagType::int8u, 0, 0, 0, 0},  // TiffMeteringImageWidth
-    {{8117, 23}, TagType::int8u, 0, 0, 0, 0},  // TiffMeteringImageHeight
-    {{8140, 12}, TagType::int8u, 0, 0, 0, 0},  // Tag9416_0000
-    {{8152, 12}, TagType::int16u, 0, 0, 0, 0},  // SonyFNumber2
-    {{8164, 16}, TagType::int8u, 0, 0, 0, 0},  // Sony_rtmd_0x060e
-    {{8180, 16}, TagType::int8u, 0, 0, 0, 0},  // Sony_rtmd_0x3210
-    {{8196, 16}, TagType::int8u, 0, 0, 0, 0},  // Sony_rtmd_0x3219
-    {{8212, 16}, TagType::int8u, 0, 0, 0, 0},  // Sony_rtmd_0x321a
-    {{8228, 16}, TagType::int16u, 0, 0, 0, 0},  // Sony_rtmd_0x8001
-    {{8244, 16}, TagType::int16u, 0, 0, 0, 0},  // Sony_rtmd_0x8004
-    {{8260, 16}, TagType::int16u, 0, 0, 0, 0},  // Sony_rtmd_0x8005
-    {{8276, 16}, TagType::int16u, 0, 0, 0, 0},  // Sony_rtmd_0x800a
-    {{8292, 16}, TagType::int16u, 0, 0, 0, 0},  // Sony_rtmd_0x800b
-    {{8308, 16}, TagType::int8u, 0, 0, 0, 0},  // Sony_rtmd_0x8100
-    {{8324, 16}, TagType::int8u, 0, 0, 0, 0},  // Sony_rtmd_0x8101
-    {{8340, 16}, TagType::int16u, 0, 0, 0, 0},  // Sony_rtmd_0x8104
-    {{8356, 16}, TagType::int16u, 0, 0, 0, 0},  // Sony_rtmd_0x8105
-    {{8372, 16}, TagType::int32u, 0, 0, 0, 0},  // Sony_rtmd_0x8106
-    {{8388, 20}, TagType::int16u, 0, 0, 0, 0},  // MasterGainAdjustment
-    {{8408, 31}, TagType::int16u, 0, 0, 0, 0},  // ElectricalExtenderMagnification
-    {{8439, 16}, TagType::int8u, 0, 0, 0, 0},  // Sony_rtmd_0x810d
-    {{8455, 16}, TagType::int16u, 0, 0, 0, 0},  // Sony_rtmd_0x8115
-    {{8471, 12}, TagType::int8u, 0, 0, 0, 0},  // GPSVersionID
-    {{8483, 14}, TagType::string, 0, 0, 2133, 2},  // GPSLatitudeRef
-    {{8497, 11}, TagType::rational64u, 0, 0, 0, 0},  // GPSLatitude
-    {{8508, 15}, TagType::string, 0, 0, 2135, 2},  // GPSLongitudeRef
-    {{8523, 12}, TagType::rational64u, 0, 0, 0, 0},  // GPSLongitude
-    {{8535, 12}, TagType::rational64u, 0, 0, 0, 0},  // GPSTimeStamp
-    {{8547, 9}, TagType::string, 0, 0, 2137, 2},  // GPSStatus
-    {{8556, 14}, TagType::string, 0, 0, 2139, 2},  // GPSMeasureMode
-    {{8570, 11}, TagType::string, 0, 0, 0, 0},  // GPSMapDatum
-    {{8581, 12}, TagType::string, 0, 0, 0, 0},  // GPSDateStamp
-    {{8593, 16}, TagType::int8u, 0, 0, 0, 0},  // Sony_rtmd_0xe000
-    {{8609, 16}, TagType::int8u, 0, 0, 0, 0},  // Sony_rtmd_0xe300
-    {{8625, 16}, TagType::int32u, 0, 0, 0, 0},  // Sony_rtmd_0xe301
-    {{8641, 16}, TagType::int8u, 0, 0, 0, 0},  // Sony_rtmd_0xe302
-    {{8657, 8}, TagType::datetime, 0, 0, 0, 0},  // DateTime
-    {{8665, 16}, TagType::int32u, 0, 0, 0, 0},  // Sony_rtmd_0xe435
-    {{8681, 16}, TagType::int32s, 0, 0, 0, 0},  // Sony_rtmd_0xe437
-    {{8697, 12}, TagType::int16s, 0, 0, 0, 0},  // PitchRollYaw
-    {{8709, 16}, TagType::int32u, 0, 0, 0, 0},  // Sony_rtmd_0xe445
-    {{8725, 13}, TagType::int16s, 0, 0, 0, 0},  // Accelerometer
+    {{0, 6}, TagType::int8u, writable, 0, 0, 3},  // AFType
+    {{6, 20}, TagType::int16s, writable, 0, 3, 2},  // AFStatusActiveSensor
+    {{26, 9}, TagType::int32s, writable, 0, 5, 14},  // FocusMode
+    {{35, 7}, TagType::int8u, writable, 0, 19, 96},  // AFPoint
+    {{42, 14}, TagType::int8u, writable, 0, 19, 96},  // AFPointInFocus
+    {{56, 23}, TagType::int8u, writable, 0, 115, 96},  // AFPointAtShutterRelease
+    {{79, 10}, TagType::int32s, writable, 0, 211, 15},  // AFAreaMode
+    {{89, 12}, TagType::int32s, writable, 10, 226, 65},  // AFPointsUsed
+    {{101, 15}, TagType::int32s, writable, 0, 291, 68},  // ExposureProgram
+    {{116, 10}, TagType::int8s, writable, 0, 0, 0},  // AFMicroAdj
+    {{126, 18}, TagType::int16s, writable, 0, 3, 2},  // AFStatusUpper-left
+    {{144, 12}, TagType::int16s, writable, 0, 3, 2},  // AFStatusLeft
+    {{156, 18}, TagType::int16s, writable, 0, 3, 2},  // AFStatusLower-left
+    {{174, 15}, TagType::int16s, writable, 0, 3, 2},  // AFStatusFarLeft
+    {{189, 21}, TagType::int16s, writable, 0, 3, 2},  // AFStatusTopHorizontal
+    {{210, 17}, TagType::int16s, writable, 0, 3, 2},  // AFStatusNearRight
+    {{227, 24}, TagType::int16s, writable, 0, 3, 2},  // AFStatusCenterHorizontal
+    {{251, 16}, TagType::int16s, writable, 0, 3, 2},  // AFStatusNearLeft
+    {{267, 24}, TagType::int16s, writable, 0, 3, 2},  // AFStatusBottomHorizontal
+    {{291, 19}, TagType::int16s, writable, 0, 3, 2},  // AFStatusTopVertical
+    {{310, 22}, TagType::int16s, writable, 0, 3, 2},  // AFStatusCenterVertical
+    {{332, 22}, TagType::int16s, writable, 0, 3, 2},  // AFStatusBottomVertical
+    {{354, 16}, TagType::int16s, writable, 0, 3, 2},  // AFStatusFarRight
+    {{370, 19}, TagType::int16s, writable, 0, 3, 2},  // AFStatusUpper-right
+    {{389, 13}, TagType::int16s, writable, 0, 3, 2},  // AFStatusRight
+    {{402, 19}, TagType::int16s, writable, 0, 3, 2},  // AFStatusLower-right
+    {{421, 20}, TagType::int16s, writable, 0, 3, 2},  // AFStatusUpper-middle
+    {{441, 20}, TagType::int16s, writable, 0, 3, 2},  // AFStatusLower-middle
+    {{461, 20}, TagType::int16s, writable, 0, 3, 2},  // AFStatusUpperFarLeft
+    {{481, 28}, TagType::int16s, writable, 0, 3, 2},  // AFStatusUpper-leftHorizontal
+    {{509, 25}, TagType::int16s, writable, 0, 3, 2},  // AFStatusFarLeftHorizontal
+    {{534, 22}, TagType::int16s, writable, 0, 3, 2},  // AFStatusLeftHorizontal
+    {{556, 20}, TagType::int16s, writable, 0, 3, 2},  // AFStatusLowerFarLeft
+    {{576, 28}, TagType::int16s, writable, 0, 3, 2},  // AFStatusLower-leftHorizontal
+    {{604, 26}, TagType::int16s, writable, 0, 3, 2},  // AFStatusUpper-leftVertical
+    {{630, 20}, TagType::int16s, writable, 0, 3, 2},  // AFStatusLeftVertical
+    {{650, 26}, TagType::int16s, writable, 0, 3, 2},  // AFStatusLower-leftVertical
+    {{676, 23}, TagType::int16s, writable, 0, 3, 2},  // AFStatusFarLeftVertical
+    {{699, 21}, TagType::int16s, writable, 0, 3, 2},  // AFStatusUpperFarRight
+    {{720, 29}, TagType::int16s, writable, 0, 3, 2},  // AFStatusUpper-rightHorizontal
+    {{749, 26}, TagType::int16s, writable, 0, 3, 2},  // AFStatusFarRightHorizontal
+    {{775, 23}, TagType::int16s, writable, 0, 3, 2},  // AFStatusRightHorizontal
+    {{798, 21}, TagType::int16s, writable, 0, 3, 2},  // AFStatusLowerFarRight
+    {{819, 29}, TagType::int16s, writable, 0, 3, 2},  // AFStatusLower-rightHorizontal
+    {{848, 24}, TagType::int16s, writable, 0, 3, 2},  // AFStatusFarRightVertical
+    {{872, 27}, TagType::int16s, writable, 0, 3, 2},  // AFStatusUpper-rightVertical
+    {{899, 21}, TagType::int16s, writable, 0, 3, 2},  // AFStatusRightVertical
+    {{920, 27}, TagType::int16s, writable, 0, 3, 2},  // AFStatusLower-rightVertical
+    {{947, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_00_B4
+    {{961, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_01_C4
+    {{975, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_02_D4
+    {{989, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_03_E4
+    {{1003, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_04_F4
+    {{1017, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_05_G4
+    {{1031, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_06_H4
+    {{1045, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_07_B3
+    {{1059, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_08_C3
+    {{1073, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_09_D3
+    {{1087, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_10_E3
+    {{1101, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_11_F3
+    {{1115, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_12_G3
+    {{1129, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_13_H3
+    {{1143, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_14_B2
+    {{1157, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_15_C2
+    {{1171, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_16_D2
+    {{1185, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_17_E2
+    {{1199, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_18_F2
+    {{1213, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_19_G2
+    {{1227, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_20_H2
+    {{1241, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_21_C1
+    {{1255, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_22_D1
+    {{1269, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_23_E1
+    {{1283, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_24_F1
+    {{1297, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_25_G1
+    {{1311, 23}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_26_A7_Vertical
+    {{1334, 23}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_27_A6_Vertical
+    {{1357, 23}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_28_A5_Vertical
+    {{1380, 23}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_29_C7_Vertical
+    {{1403, 23}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_30_C6_Vertical
+    {{1426, 23}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_31_C5_Vertical
+    {{1449, 23}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_32_E7_Vertical
+    {{1472, 30}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_33_E6_Center_Vertical
+    {{1502, 23}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_34_E5_Vertical
+    {{1525, 23}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_35_G7_Vertical
+    {{1548, 23}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_36_G6_Vertical
+    {{1571, 23}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_37_G5_Vertical
+    {{1594, 23}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_38_I7_Vertical
+    {{1617, 23}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_39_I6_Vertical
+    {{1640, 23}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_40_I5_Vertical
+    {{1663, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_41_A7
+    {{1677, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_42_B7
+    {{1691, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_43_C7
+    {{1705, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_44_D7
+    {{1719, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_45_E7
+    {{1733, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_46_F7
+    {{1747, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_47_G7
+    {{1761, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_48_H7
+    {{1775, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_49_I7
+    {{1789, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_50_A6
+    {{1803, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_51_B6
+    {{1817, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_52_C6
+    {{1831, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_53_D6
+    {{1845, 21}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_54_E6_Center
+    {{1866, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_55_F6
+    {{1880, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_56_G6
+    {{1894, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_57_H6
+    {{1908, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_58_I6
+    {{1922, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_59_A5
+    {{1936, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_60_B5
+    {{1950, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_61_C5
+    {{1964, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_62_D5
+    {{1978, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_63_E5
+    {{1992, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_64_F5
+    {{2006, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_65_G5
+    {{2020, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_66_H5
+    {{2034, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_67_I5
+    {{2048, 15}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_68_C11
+    {{2063, 15}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_69_D11
+    {{2078, 15}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_70_E11
+    {{2093, 15}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_71_F11
+    {{2108, 15}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_72_G11
+    {{2123, 15}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_73_B10
+    {{2138, 15}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_74_C10
+    {{2153, 15}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_75_D10
+    {{2168, 15}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_76_E10
+    {{2183, 15}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_77_F10
+    {{2198, 15}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_78_G10
+    {{2213, 15}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_79_H10
+    {{2228, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_80_B9
+    {{2242, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_81_C9
+    {{2256, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_82_D9
+    {{2270, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_83_E9
+    {{2284, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_84_F9
+    {{2298, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_85_G9
+    {{2312, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_86_H9
+    {{2326, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_87_B8
+    {{2340, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_88_C8
+    {{2354, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_89_D8
+    {{2368, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_90_E8
+    {{2382, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_91_F8
+    {{2396, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_92_G8
+    {{2410, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_93_H8
+    {{2424, 26}, TagType::int16s, writable, 0, 3, 2},  // AFStatus_94_E6_Center_F2-8
+    {{2450, 8}, TagType::string, writable, 8, 0, 0},  // LensSpec
+    {{2458, 16}, TagType::int32s, writable, 0, 359, 10},  // FocusModeSetting
+    {{2474, 15}, TagType::int8u, writable, 0, 369, 159},  // AFPointSelected
+    {{2489, 25}, TagType::int16s, writable, 0, 3, 2},  // AFStatusBottomAssist-left
+    {{2514, 14}, TagType::int16s, writable, 0, 3, 2},  // AFStatusBottom
+    {{2528, 26}, TagType::int16s, writable, 0, 3, 2},  // AFStatusBottomAssist-right
+    {{2554, 16}, TagType::int16s, writable, 0, 3, 2},  // AFStatusCenter-7
+    {{2570, 25}, TagType::int16s, writable, 0, 3, 2},  // AFStatusCenter-horizontal
+    {{2595, 16}, TagType::int16s, writable, 0, 3, 2},  // AFStatusCenter-9
+    {{2611, 17}, TagType::int16s, writable, 0, 3, 2},  // AFStatusCenter-10
+    {{2628, 17}, TagType::int16s, writable, 0, 3, 2},  // AFStatusCenter-11
+    {{2645, 17}, TagType::int16s, writable, 0, 3, 2},  // AFStatusCenter-12
+    {{2662, 23}, TagType::int16s, writable, 0, 3, 2},  // AFStatusCenter-vertical
+    {{2685, 17}, TagType::int16s, writable, 0, 3, 2},  // AFStatusCenter-14
+    {{2702, 22}, TagType::int16s, writable, 0, 3, 2},  // AFStatusTopAssist-left
+    {{2724, 11}, TagType::int16s, writable, 0, 3, 2},  // AFStatusTop
+    {{2735, 23}, TagType::int16s, writable, 0, 3, 2},  // AFStatusTopAssist-right
+    {{2758, 18}, TagType::int16s, writable, 0, 3, 2},  // AFStatusCenterF2-8
+    {{2776, 15}, TagType::int8u, writable, 0, 0, 0},  // AFMicroAdjValue
+    {{2791, 14}, TagType::int8u, writable, 0, 528, 2},  // AFMicroAdjMode
+    {{2805, 26}, TagType::int8u, writable, 0, 0, 0},  // AFMicroAdjRegisteredLenses
+    {{2831, 17}, TagType::int16s, writable, 0, 3, 2},  // AFStatusTop-right
+    {{2848, 20}, TagType::int16s, writable, 0, 3, 2},  // AFStatusBottom-right
+    {{2868, 24}, TagType::int16s, writable, 0, 3, 2},  // AFStatusMiddleHorizontal
+    {{2892, 16}, TagType::int16s, writable, 0, 3, 2},  // AFStatusTop-left
+    {{2908, 19}, TagType::int16s, writable, 0, 3, 2},  // AFStatusBottom-left
+    {{2927, 11}, TagType::int32s, writable, 0, 0, 0},  // FocalLength
+    {{2938, 19}, TagType::int16u, writable, 0, 0, 0},  // FocalLengthTeleZoom
+    {{2957, 11}, TagType::int32s, writable, 0, 530, 7},  // FocusStatus
+    {{2968, 12}, TagType::float_, writable, 0, 0, 0},  // ExposureTime
+    {{2980, 7}, TagType::int32s, writable, 0, 0, 0},  // FNumber
+    {{2987, 13}, TagType::int16u, writable, 0, 528, 2},  // HighSpeedSync
+    {{3000, 23}, TagType::int32s, writable, 0, 0, 0},  // ExposureCompensationSet
+    {{3023, 9}, TagType::int32s, writable, 0, 537, 30},  // DriveMode
+    {{3032, 19}, TagType::int32s, writable, 0, 567, 56},  // WhiteBalanceSetting
+    {{3051, 20}, TagType::int32s, writable, 0, 0, 0},  // WhiteBalanceFineTune
+    {{3071, 19}, TagType::int16u, writable, 0, 0, 0},  // ColorTemperatureSet
+    {{3090, 26}, TagType::int32s, writable, 0, 0, 0},  // ColorCompensationFilterSet
+    {{3116, 22}, TagType::int16u, writable, 0, 0, 0},  // ColorTemperatureCustom
+    {{3138, 29}, TagType::int16u, writable, 0, 0, 0},  // ColorCompensationFilterCustom
+    {{3167, 12}, TagType::int32s, writable, 0, 623, 27},  // WhiteBalance
+    {{3179, 14}, TagType::int16u, writable, 0, 650, 11},  // AFPointSetting
+    {{3193, 9}, TagType::int32s, writable, 0, 661, 12},  // FlashMode
+    {{3202, 20}, TagType::int32s, writable, 0, 0, 0},  // FlashExposureCompSet
+    {{3222, 12}, TagType::int32s, writable, 0, 673, 6},  // MeteringMode
+    {{3234, 10}, TagType::int32s, writable, 0, 679, 2},  // ISOSetting
+    {{3244, 25}, TagType::int32s, writable, 0, 681, 4},  // DynamicRangeOptimizerMode
+    {{3269, 26}, TagType::int32s, writable, 0, 0, 0},  // DynamicRangeOptimizerLevel
+    {{3295, 13}, TagType::string, writable, 0, 685, 40},  // CreativeStyle
+    {{3308, 10}, TagType::int32s, writable, 0, 725, 5},  // ColorSpace
+    {{3318, 9}, TagType::int32s, writable, 0, 0, 0},  // Sharpness
+    {{3327, 8}, TagType::int32s, writable, 0, 0, 0},  // Contrast
+    {{3335, 10}, TagType::int32s, writable, 0, 0, 0},  // Saturation
+    {{3345, 17}, TagType::int16u, writable, 0, 0, 0},  // ZoneMatchingValue
+    {{3362, 10}, TagType::int32s, writable, 0, 0, 0},  // Brightness
+    {{3372, 12}, TagType::int32s, writable, 0, 730, 3},  // FlashControl
+    {{3384, 27}, TagType::int16u, writable, 0, 528, 2},  // PrioritySetupShutterRelease
+    {{3411, 13}, TagType::int16u, writable, 0, 733, 3},  // AFIlluminator
+    {{3424, 13}, TagType::int16u, writable, 0, 528, 2},  // AFWithShutter
+    {{3437, 26}, TagType::int32s, writable, 0, 736, 7},  // LongExposureNoiseReduction
+    {{3463, 21}, TagType::int32s, writable, 0, 743, 9},  // HighISONoiseReduction
+    {{3484, 10}, TagType::int16u, writable, 0, 752, 15},  // ImageStyle
+    {{3494, 15}, TagType::int16u, writable, 0, 528, 2},  // FocusModeSwitch
+    {{3509, 19}, TagType::int32s, writable, 0, 0, 0},  // ShutterSpeedSetting
+    {{3528, 15}, TagType::int32s, writable, 0, 0, 0},  // ApertureSetting
+    {{3543, 25}, TagType::int32s, writable, 0, 528, 2},  // ImageStabilizationSetting
+    {{3568, 11}, TagType::int32s, writable, 0, 681, 4},  // FlashAction
+    {{3579, 8}, TagType::int32s, writable, 0, 730, 3},  // Rotation
+    {{3587, 6}, TagType::int32s, writable, 0, 767, 2},  // AELock
+    {{3593, 12}, TagType::int32s, writable, 0, 769, 10},  // FlashAction2
+    {{3605, 12}, TagType::int32s, writable, 0, 779, 6},  // BatteryState
+    {{3617, 12}, TagType::int32s, writable, 0, 0, 0},  // BatteryLevel
+    {{3629, 13}, TagType::int32s, writable, 0, 785, 9},  // SonyImageSize
+    {{3642, 11}, TagType::int32s, writable, 0, 794, 7},  // AspectRatio
+    {{3653, 7}, TagType::int32s, writable, 2, 801, 30},  // Quality
+    {{3660, 23}, TagType::int16u, writable, 0, 831, 2},  // ExposureLevelIncrements
+    {{3683, 15}, TagType::int32s, writable, 0, 833, 3},  // RedEyeReduction
+    {{3698, 12}, TagType::int32s, writable, 0, 0, 0},  // FolderNumber
+    {{3710, 11}, TagType::int32s, writable, 0, 0, 0},  // ImageNumber
+    {{3721, 18}, TagType::int32s, writable, 3, 0, 0},  // CustomWB_RGBLevels
+    {{3739, 16}, TagType::int8u, writable, 0, 836, 11},  // DriveModeSetting
+    {{3755, 28}, TagType::int8u, writable, 0, 847, 3},  // DynamicRangeOptimizerSetting
+    {{3783, 20}, TagType::int8u, writable, 0, 850, 6},  // CreativeStyleSetting
+    {{3803, 15}, TagType::int8s, writable, 0, 0, 0},  // ContrastSetting
+    {{3818, 17}, TagType::int8s, writable, 0, 0, 0},  // SaturationSetting
+    {{3835, 16}, TagType::int8s, writable, 0, 0, 0},  // SharpnessSetting
+    {{3851, 23}, TagType::int8u, writable, 0, 0, 0},  // ColorTemperatureSetting
+    {{3874, 16}, TagType::int8u, writable, 0, 856, 3},  // SmileShutterMode
+    {{3890, 10}, TagType::int8u, writable, 0, 859, 10},  // HDRSetting
+    {{3900, 8}, TagType::int8u, writable, 0, 869, 9},  // HDRLevel
+    {{3908, 11}, TagType::int8u, writable, 0, 878, 3},  // ViewingMode
+    {{3919, 13}, TagType::int8u, writable, 0, 881, 4},  // FaceDetection
+    {{3932, 12}, TagType::int8u, writable, 0, 885, 2},  // SmileShutter
+    {{3944, 17}, TagType::int8u, writable, 0, 767, 2},  // SweepPanoramaSize
+    {{3961, 22}, TagType::int8u, writable, 0, 887, 4},  // SweepPanoramaDirection
+    {{3983, 24}, TagType::int32s, writable, 0, 891, 4},  // MultiFrameNoiseReduction
+    {{4007, 17}, TagType::int8u, writable, 0, 730, 3},  // LiveViewAFSetting
+    {{4024, 14}, TagType::int8u, writable, 0, 681, 4},  // PanoramaSize3D
+    {{4038, 15}, TagType::int8u, writable, 0, 885, 2},  // AFButtonPressed
+    {{4053, 16}, TagType::int8u, writable, 0, 895, 3},  // LiveViewMetering
+    {{4069, 12}, TagType::int8u, writable, 0, 898, 4},  // ViewingMode2
+    {{4081, 19}, TagType::int8u, writable, 0, 767, 2},  // FlashStatusBuilt-in
+    {{4100, 19}, TagType::int8u, writable, 0, 0, 3},  // FlashStatusExternal
+    {{4119, 17}, TagType::int8u, writable, 0, 833, 3},  // LiveViewFocusMode
+    {{4136, 9}, TagType::int8u, writable, 0, 902, 6},  // LensMount
+    {{4145, 14}, TagType::int32s, writable, 0, 908, 3},  // SequenceNumber
+    {{4159, 23}, TagType::int32u, writable, 0, 0, 0},  // ShotNumberSincePowerUp2
+    {{4182, 18}, TagType::int16u, writable, 0, 0, 0},  // LensE-mountVersion
+    {{4200, 19}, TagType::int16u, none, 0, 0, 0},  // LensFirmwareVersion
+    {{4219, 9}, TagType::string, writable, 0, 911, 244},  // LensType2
+    {{4228, 17}, TagType::int32u, writable, 0, 0, 0},  // PreviewImageStart
+    {{4245, 18}, TagType::int32u, writable, 0, 0, 0},  // PreviewImageLength
+    {{4263, 18}, TagType::int8u, writable, 0, 0, 0},  // BatteryTemperature
+    {{4281, 14}, TagType::string, writable, 4, 0, 0},  // BatteryUnknown
+    {{4295, 14}, TagType::string, none, 4, 0, 0},  // BatteryVoltage
+    {{4309, 19}, TagType::int8u, writable, 0, 1155, 5},  // ImageStabilization2
+    {{4328, 16}, TagType::int8u, writable, 4, 0, 0},  // ExtraInfoVersion
+    {{4344, 18}, TagType::int32s, writable, 0, 1160, 4},  // ImageStabilization
+    {{4362, 15}, TagType::int16u, writable, 0, 0, 0},  // BatteryVoltage1
+    {{4377, 15}, TagType::int16u, writable, 0, 0, 0},  // BatteryVoltage2
+    {{4392, 16}, TagType::int8u, writable, 0, 1164, 8},  // ModeDialPosition
+    {{4408, 23}, TagType::int8u, writable, 0, 1172, 4},  // MemoryCardConfiguration
+    {{4431, 17}, TagType::int8u, writable, 0, 1176, 6},  // CameraOrientation
+    {{4448, 13}, TagType::int32s, writable, 0, 1182, 10},  // FacesDetected
+    {{4461, 13}, TagType::int16u, writable, 4, 0, 0},  // Face1Position
+    {{4474, 13}, TagType::int16u, writable, 4, 0, 0},  // Face2Position
+    {{4487, 13}, TagType::int16u, writable, 4, 0, 0},  // Face3Position
+    {{4500, 13}, TagType::int16u, writable, 4, 0, 0},  // Face4Position
+    {{4513, 13}, TagType::int16u, writable, 4, 0, 0},  // Face5Position
+    {{4526, 13}, TagType::int16u, writable, 4, 0, 0},  // Face6Position
+    {{4539, 13}, TagType::int16u, writable, 4, 0, 0},  // Face7Position
+    {{4552, 13}, TagType::int16u, writable, 4, 0, 0},  // Face8Position
+    {{4565, 9}, TagType::int16u, writable, 0, 0, 0},  // FaceTest2
+    {{4574, 9}, TagType::int16u, writable, 0, 0, 0},  // FaceTest8
+    {{4583, 22}, TagType::int16u, writable, 4, 0, 0},  // PotentialFace1Position
+    {{4605, 22}, TagType::int16u, writable, 4, 0, 0},  // PotentialFace2Position
+    {{4627, 22}, TagType::int16u, writable, 4, 0, 0},  // PotentialFace3Position
+    {{4649, 22}, TagType::int16u, writable, 4, 0, 0},  // PotentialFace4Position
+    {{4671, 22}, TagType::int16u, writable, 4, 0, 0},  // PotentialFace5Position
+    {{4693, 22}, TagType::int16u, writable, 4, 0, 0},  // PotentialFace6Position
+    {{4715, 22}, TagType::int16u, writable, 4, 0, 0},  // PotentialFace7Position
+    {{4737, 22}, TagType::int16u, writable, 4, 0, 0},  // PotentialFace8Position
+    {{4759, 10}, TagType::int8u, writable, 0, 1192, 24},  // DriveMode2
+    {{4769, 17}, TagType::int8u, writable, 0, 0, 0},  // BracketShotNumber
+    {{4786, 22}, TagType::int8u, writable, 0, 730, 3},  // WhiteBalanceBracketing
+    {{4808, 18}, TagType::int8u, writable, 0, 0, 0},  // BracketShotNumber2
+    {{4826, 28}, TagType::int8u, writable, 0, 730, 3},  // DynamicRangeOptimizerBracket
+    {{4854, 25}, TagType::int8u, writable, 0, 0, 0},  // ExposureBracketShotNumber
+    {{4879, 3}, TagType::int32s, writable, 0, 0, 0},  // ISO
+    {{4882, 12}, TagType::int32u, writable, 0, 0, 0},  // ShutterCount
+    {{4894, 13}, TagType::int8u, writable, 0, 0, 0},  // FocusPosition
+    {{4907, 10}, TagType::int8u, writable, 0, 0, 0},  // ISOAutoMin
+    {{4917, 10}, TagType::int8u, writable, 0, 0, 0},  // ISOAutoMax
+    {{4927, 17}, TagType::rational64s, writable, 0, 0, 0},  // FlashExposureComp
+    {{4944, 13}, TagType::int32u, writable, 0, 1216, 9},  // Teleconverter
+    {{4957, 14}, TagType::string, writable, 0, 528, 2},  // MultiBurstMode
+    {{4971, 20}, TagType::int16u, writable, 0, 0, 0},  // MultiBurstImageWidth
+    {{4991, 21}, TagType::int16u, writable, 0, 0, 0},  // MultiBurstImageHeight
+    {{5012, 12}, TagType::imagedata, writable, 0, 0, 0},  // PreviewImage
+    {{5024, 6}, TagType::int32u, writable, 0, 0, 0},  // Rating
+    {{5030, 3}, TagType::int32u, writable, 2, 1225, 17},  // HDR
+    {{5033, 13}, TagType::int16u, writable, 0, 1242, 36},  // PictureEffect
+    {{5046, 14}, TagType::int32u, writable, 0, 1278, 5},  // SoftSkinEffect
+    {{5060, 10}, TagType::string, none, 0, 0, 0},  // Tag_0x2010
+    {{5070, 20}, TagType::int32u, writable, 0, 1283, 3},  // VignettingCorrection
+    {{5090, 26}, TagType::int32u, writable, 0, 1283, 3},  // LateralChromaticAberration
+    {{5116, 27}, TagType::int32u, writable, 0, 1283, 3},  // DistortionCorrectionSetting
+    {{5143, 12}, TagType::int32s, writable, 2, 0, 0},  // WBShiftAB_GM
+    {{5155, 18}, TagType::int16u, writable, 0, 528, 2},  // AutoPortraitFramed
+    {{5173, 29}, TagType::int32u, writable, 0, 528, 2},  // ElectronicFrontCurtainShutter
+    {{5202, 17}, TagType::int8u, writable, 0, 1286, 8},  // AFAreaModeSetting
+    {{5219, 20}, TagType::int16u, writable, 2, 0, 0},  // FlexibleSpotPosition
+    {{5239, 10}, TagType::int8u, writable, 0, 730, 3},  // AFTracking
+    {{5249, 22}, TagType::int8u, writable, 0, 1294, 1},  // FocalPlaneAFPointsUsed
+    {{5271, 18}, TagType::int32u, writable, 0, 528, 2},  // MultiFrameNREffect
+    {{5289, 20}, TagType::int32s, none, 2, 0, 0},  // WBShiftAB_GM_Precise
+    {{5309, 13}, TagType::int16u, writable, 4, 0, 0},  // FocusLocation
+    {{5322, 21}, TagType::int16u, writable, 2, 1295, 5},  // VariableLowPassFilter
+    {{5343, 11}, TagType::int16u, writable, 0, 1300, 4},  // RAWFileType
+    {{5354, 16}, TagType::int8u, writable, 0, 730, 3},  // PrioritySetInAWB
+    {{5370, 13}, TagType::int16u, writable, 0, 1304, 6},  // MeteringMode2
+    {{5383, 26}, TagType::rational64s, writable, 0, 0, 0},  // ExposureStandardAdjustment
+    {{5409, 14}, TagType::string, writable, 0, 1310, 1},  // PixelShiftInfo
+    {{5423, 12}, TagType::string, writable, 0, 0, 0},  // SerialNumber
+    {{5435, 7}, TagType::int32s, writable, 0, 0, 0},  // Shadows
+    {{5442, 10}, TagType::int32s, writable, 0, 0, 0},  // Highlights
+    {{5452, 4}, TagType::int32s, writable, 0, 0, 0},  // Fade
+    {{5456, 14}, TagType::int32s, writable, 0, 0, 0},  // SharpnessRange
+    {{5470, 7}, TagType::int32s, writable, 0, 0, 0},  // Clarity
+    {{5477, 14}, TagType::int16u, none, 3, 0, 0},  // FocusFrameSize
+    {{5491, 15}, TagType::int16u, writable, 0, 733, 3},  // JPEG-HEIFSwitch
+    {{5506, 14}, TagType::int16u, writable, 4, 0, 0},  // FocusLocation2
+    {{5520, 11}, TagType::string, none, 0, 0, 0},  // Sony_0x9050
+    {{5531, 11}, TagType::string, none, 0, 0, 0},  // Sony_0x9400
+    {{5542, 11}, TagType::string, none, 0, 0, 0},  // Sony_0x9402
+    {{5553, 11}, TagType::string, none, 0, 0, 0},  // Sony_0x9404
+    {{5564, 11}, TagType::string, none, 0, 0, 0},  // Sony_0x9405
+    {{5575, 11}, TagType::string, none, 0, 0, 0},  // Sony_0x9406
+    {{5586, 11}, TagType::string, none, 0, 0, 0},  // Sony_0x9407
+    {{5597, 11}, TagType::string, none, 0, 0, 0},  // Sony_0x9408
+    {{5608, 11}, TagType::string, none, 0, 0, 0},  // Sony_0x9409
+    {{5619, 11}, TagType::string, none, 0, 0, 0},  // Sony_0x940a
+    {{5630, 11}, TagType::string, none, 0, 0, 0},  // Sony_0x940b
+    {{5641, 11}, TagType::string, none, 0, 0, 0},  // Sony_0x940c
+    {{5652, 11}, TagType::string, none, 0, 0, 0},  // Sony_0x940d
+    {{5663, 11}, TagType::string, none, 0, 0, 0},  // Sony_0x940e
+    {{5674, 11}, TagType::string, none, 0, 0, 0},  // Sony_0x940f
+    {{5685, 11}, TagType::string, none, 0, 0, 0},  // Sony_0x9411
+    {{5696, 10}, TagType::int8u, writable, 4, 1311, 14},  // FileFormat
+    {{5706, 11}, TagType::int16u, writable, 0, 1325, 102},  // SonyModelID
+    {{5717, 16}, TagType::int32u, writable, 0, 0, 0},  // ColorTemperature
+    {{5733, 23}, TagType::int32u, writable, 0, 0, 0},  // ColorCompensationFilter
+    {{5756, 9}, TagType::int32u, writable, 0, 1427, 25},  // SceneMode
+    {{5765, 12}, TagType::int32u, writable, 0, 730, 3},  // ZoneMatching
+    {{5777, 21}, TagType::int32s, writable, 0, 1452, 18},  // DynamicRangeOptimizer
+    {{5798, 8}, TagType::string, writable, 0, 1470, 431},  // LensType
+    {{5806, 9}, TagType::int32u, writable, 0, 1901, 26},  // ColorMode
+    {{5815, 13}, TagType::int32u, writable, 2, 0, 0},  // FullImageSize
+    {{5828, 16}, TagType::int32u, writable, 2, 0, 0},  // PreviewImageSize
+    {{5844, 5}, TagType::int16u, writable, 0, 1300, 4},  // Macro
+    {{5849, 12}, TagType::int16u, writable, 0, 1927, 31},  // ExposureMode
+    {{5861, 11}, TagType::int16u, writable, 0, 1300, 4},  // JPEGQuality
+    {{5872, 10}, TagType::int16s, writable, 0, 1958, 20},  // FlashLevel
+    {{5882, 11}, TagType::int16u, writable, 0, 1978, 6},  // ReleaseMode
+    {{5893, 9}, TagType::int16u, writable, 0, 1300, 4},  // Anti-Blur
+    {{5902, 22}, TagType::int16u, writable, 0, 1984, 5},  // HighISONoiseReduction2
+    {{5924, 15}, TagType::int32s, writable, 0, 730, 3},  // IntelligentAuto
+    {{5939, 14}, TagType::string, writable, 90, 0, 0},  // MeterInfo1Row1
+    {{5953, 14}, TagType::string, writable, 90, 0, 0},  // MeterInfo1Row2
+    {{5967, 14}, TagType::string, writable, 90, 0, 0},  // MeterInfo1Row3
+    {{5981, 14}, TagType::string, writable, 90, 0, 0},  // MeterInfo1Row4
+    {{5995, 14}, TagType::string, writable, 90, 0, 0},  // MeterInfo1Row5
+    {{6009, 14}, TagType::string, writable, 90, 0, 0},  // MeterInfo1Row6
+    {{6023, 14}, TagType::string, writable, 90, 0, 0},  // MeterInfo1Row7
+    {{6037, 14}, TagType::string, writable, 110, 0, 0},  // MeterInfo2Row1
+    {{6051, 14}, TagType::string, writable, 110, 0, 0},  // MeterInfo2Row2
+    {{6065, 14}, TagType::string, writable, 110, 0, 0},  // MeterInfo2Row3
+    {{6079, 14}, TagType::string, writable, 110, 0, 0},  // MeterInfo2Row4
+    {{6093, 14}, TagType::string, writable, 110, 0, 0},  // MeterInfo2Row5
+    {{6107, 14}, TagType::string, writable, 110, 0, 0},  // MeterInfo2Row6
+    {{6121, 14}, TagType::string, writable, 110, 0, 0},  // MeterInfo2Row7
+    {{6135, 14}, TagType::string, writable, 110, 0, 0},  // MeterInfo2Row8
+    {{6149, 14}, TagType::string, writable, 110, 0, 0},  // MeterInfo2Row9
+    {{6163, 10}, TagType::int32u, writable, 0, 0, 0},  // ImageCount
+    {{6173, 22}, TagType::int32u, writable, 0, 0, 0},  // ShotNumberSincePowerUp
+    {{6195, 17}, TagType::int16urev, writable, 2, 0, 0},  // CustomWB_RBLevels
+    {{6212, 15}, TagType::int32s, writable, 0, 0, 0},  // BrightnessValue
+    {{6227, 16}, TagType::int8u, writable, 0, 730, 3},  // LiveViewAFMethod
+    {{6243, 12}, TagType::int8u, writable, 0, 0, 0},  // FocalLength2
+    {{6255, 21}, TagType::int16s, writable, 0, 0, 0},  // ExposureCompensation2
+    {{6276, 21}, TagType::int16s, writable, 0, 0, 0},  // FlashExposureCompSet2
+    {{6297, 12}, TagType::int8u, writable, 0, 1989, 4},  // Orientation2
+    {{6309, 14}, TagType::int8u, writable, 0, 0, 0},  // FocusPosition2
+    {{6323, 10}, TagType::int8u, writable, 0, 528, 2},  // FocusMode2
+    {{6333, 19}, TagType::int8u, writable, 0, 1993, 5},  // FlashActionExternal
+    {{6352, 11}, TagType::int8u, writable, 0, 1998, 8},  // FlashStatus
+    {{6363, 7}, TagType::string, none, 0, 0, 0},  // Barcode
+    {{6370, 17}, TagType::string, none, 0, 0, 0},  // SensorTemperature
+    {{6387, 15}, TagType::string, none, 0, 0, 0},  // FirmwareVersion
+    {{6402, 17}, TagType::int8s, writable, 0, 0, 0},  // CameraTemperature
+    {{6419, 16}, TagType::string, none, 0, 0, 0},  // BoardTemperature
+    {{6435, 9}, TagType::string, binary, 0, 0, 0},  // TextInfo1
+    {{6444, 9}, TagType::string, binary, 0, 0, 0},  // TextInfo2
+    {{6453, 18}, TagType::string, none, 0, 528, 2},  // VibrationReduction
+    {{6471, 15}, TagType::int32u, none, 0, 0, 0},  // JpgFromRawStart
+    {{6486, 16}, TagType::int32u, none, 0, 0, 0},  // JpgFromRawLength
+    {{6502, 14}, TagType::int16u, writable, 0, 0, 0},  // SonyImageWidth
+    {{6516, 15}, TagType::int16u, writable, 0, 0, 0},  // SonyImageHeight
+    {{6531, 11}, TagType::int8u, none, 0, 681, 4},  // Orientation
+    {{6542, 12}, TagType::int8u, none, 0, 2006, 3},  // ImageQuality
+    {{6554, 7}, TagType::string, none, 19, 0, 0},  // Comment
+    {{6561, 16}, TagType::int8u, none, 6, 0, 0},  // DateTimeOriginal
+    {{6577, 10}, TagType::int8u, none, 6, 0, 0},  // ModifyDate
+    {{6587, 20}, TagType::int16s, writable, 0, 0, 0},  // ExposureCompensation
+    {{6607, 5}, TagType::int8u, none, 0, 528, 2},  // Flash
+    {{6612, 17}, TagType::int32u, writable, 0, 0, 0},  // PanoramaFullWidth
+    {{6629, 18}, TagType::int32u, writable, 0, 0, 0},  // PanoramaFullHeight
+    {{6647, 17}, TagType::int32u, writable, 0, 528, 2},  // PanoramaDirection
+    {{6664, 16}, TagType::int32u, writable, 0, 0, 0},  // PanoramaCropLeft
+    {{6680, 15}, TagType::int32u, writable, 0, 0, 0},  // PanoramaCropTop
+    {{6695, 17}, TagType::int32u, writable, 0, 0, 0},  // PanoramaCropRight
+    {{6712, 18}, TagType::int32u, writable, 0, 0, 0},  // PanoramaCropBottom
+    {{6730, 18}, TagType::int32u, writable, 0, 0, 0},  // PanoramaFrameWidth
+    {{6748, 19}, TagType::int32u, writable, 0, 0, 0},  // PanoramaFrameHeight
+    {{6767, 19}, TagType::int32u, writable, 0, 0, 0},  // PanoramaSourceWidth
+    {{6786, 20}, TagType::int32u, writable, 0, 0, 0},  // PanoramaSourceHeight
+    {{6806, 14}, TagType::int16u, writable, 0, 0, 0},  // FaceInfoOffset
+    {{6820, 12}, TagType::string, writable, 20, 0, 0},  // SonyDateTime
+    {{6832, 14}, TagType::int16u, writable, 0, 0, 0},  // FaceInfoLength
+    {{6846, 11}, TagType::string, writable, 16, 0, 0},  // MetaVersion
+    {{6857, 12}, TagType::int8u, writable, 0, 2009, 7},  // ReleaseMode3
+    {{6869, 12}, TagType::int32s, writable, 0, 2016, 23},  // ReleaseMode2
+    {{6881, 9}, TagType::int8u, writable, 0, 730, 3},  // SelfTimer
+    {{6890, 17}, TagType::int16u, writable, 0, 0, 0},  // StopsAboveBaseISO
+    {{6907, 14}, TagType::int8u, writable, 0, 2039, 25},  // PictureProfile
+    {{6921, 14}, TagType::int8u, writable, 0, 2064, 14},  // PictureEffect2
+    {{6935, 8}, TagType::int8u, writable, 0, 2078, 6},  // Quality2
+    {{6943, 12}, TagType::int16u, writable, 3, 0, 0},  // WB_RGBLevels
+    {{6955, 19}, TagType::int32u, writable, 0, 0, 0},  // SequenceImageNumber
+    {{6974, 18}, TagType::int32u, writable, 0, 0, 0},  // SequenceFileNumber
+    {{6992, 7}, TagType::int16u, writable, 0, 0, 0},  // SonyISO
+    {{6999, 20}, TagType::int16s, writable, 16, 0, 0},  // DistortionCorrParams
+    {{7019, 16}, TagType::int8u, writable, 0, 0, 0},  // DigitalZoomRatio
+    {{7035, 14}, TagType::int16u, writable, 0, 0, 0},  // MinFocalLength
+    {{7049, 14}, TagType::int16u, writable, 0, 0, 0},  // MaxFocalLength
+    {{7063, 10}, TagType::int8u, writable, 0, 730, 3},  // LensFormat
+    {{7073, 27}, TagType::int8u, writable, 0, 528, 2},  // DistortionCorrParamsPresent
+    {{7100, 26}, TagType::int8u, writable, 0, 2084, 2},  // DistortionCorrParamsNumber
+    {{7126, 21}, TagType::int16u, writable, 2, 0, 0},  // FocalPlaneAFPointArea
+    {{7147, 26}, TagType::int16u, writable, 2, 0, 0},  // FocalPlaneAFPointLocation1
+    {{7173, 26}, TagType::int16u, writable, 2, 0, 0},  // FocalPlaneAFPointLocation2
+    {{7199, 26}, TagType::int16u, writable, 2, 0, 0},  // FocalPlaneAFPointLocation3
+    {{7225, 26}, TagType::int16u, writable, 2, 0, 0},  // FocalPlaneAFPointLocation4
+    {{7251, 26}, TagType::int16u, writable, 2, 0, 0},  // FocalPlaneAFPointLocation5
+    {{7277, 26}, TagType::int16u, writable, 2, 0, 0},  // FocalPlaneAFPointLocation6
+    {{7303, 26}, TagType::int16u, writable, 2, 0, 0},  // FocalPlaneAFPointLocation7
+    {{7329, 26}, TagType::int16u, writable, 2, 0, 0},  // FocalPlaneAFPointLocation8
+    {{7355, 26}, TagType::int16u, writable, 2, 0, 0},  // FocalPlaneAFPointLocation9
+    {{7381, 27}, TagType::int16u, writable, 2, 0, 0},  // FocalPlaneAFPointLocation10
+    {{7408, 27}, TagType::int16u, writable, 2, 0, 0},  // FocalPlaneAFPointLocation11
+    {{7435, 27}, TagType::int16u, writable, 2, 0, 0},  // FocalPlaneAFPointLocation12
+    {{7462, 27}, TagType::int16u, writable, 2, 0, 0},  // FocalPlaneAFPointLocation13
+    {{7489, 27}, TagType::int16u, writable, 2, 0, 0},  // FocalPlaneAFPointLocation14
+    {{7516, 27}, TagType::int16u, writable, 2, 0, 0},  // FocalPlaneAFPointLocation15
+    {{7543, 15}, TagType::int8u, writable, 0, 0, 0},  // SonyMaxAperture
+    {{7558, 15}, TagType::int8u, writable, 0, 0, 0},  // SonyMinAperture
+    {{7573, 7}, TagType::int16u, writable, 3, 2086, 1},  // Shutter
+    {{7580, 16}, TagType::int16u, writable, 0, 0, 0},  // SonyExposureTime
+    {{7596, 11}, TagType::int16u, writable, 0, 0, 0},  // SonyFNumber
+    {{7607, 13}, TagType::int32u, writable, 0, 0, 0},  // ShutterCount2
+    {{7620, 13}, TagType::string, writable, 6, 0, 0},  // SonyDateTime2
+    {{7633, 20}, TagType::int8u, writable, 6, 0, 0},  // InternalSerialNumber
+    {{7653, 16}, TagType::int8u, writable, 0, 528, 2},  // APS-CSizeCapture
+    {{7669, 16}, TagType::string, writable, 2, 0, 0},  // LensSpecFeatures
+    {{7685, 13}, TagType::int32u, writable, 0, 0, 0},  // ShutterCount3
+    {{7698, 11}, TagType::int8u, writable, 0, 528, 2},  // DigitalZoom
+    {{7709, 14}, TagType::int8u, writable, 0, 2087, 14},  // SequenceLength
+    {{7723, 16}, TagType::int8u, none, 0, 0, 0},  // ModelReleaseYear
+    {{7739, 11}, TagType::int8u, writable, 0, 2101, 2},  // ShutterType
+    {{7750, 7}, TagType::int8u, writable, 0, 0, 0},  // Ver9401
+    {{7757, 9}, TagType::int8u, writable, 0, 0, 0},  // TempTest1
+    {{7766, 18}, TagType::int8s, writable, 0, 0, 0},  // AmbientTemperature
+    {{7784, 9}, TagType::int8u, writable, 0, 0, 0},  // TempTest2
+    {{7793, 16}, TagType::int16u, writable, 0, 0, 0},  // LensZoomPosition
+    {{7809, 20}, TagType::int8u, writable, 0, 528, 2},  // DistortionCorrection
+    {{7829, 20}, TagType::int16s, writable, 32, 0, 0},  // VignettingCorrParams
+    {{7849, 29}, TagType::int16s, writable, 32, 0, 0},  // ChromaticAberrationCorrParams
+    {{7878, 7}, TagType::int16u, writable, 0, 0, 0},  // BaseISO
+    {{7885, 17}, TagType::int16u, writable, 0, 0, 0},  // SonyExposureTime2
+    {{7902, 20}, TagType::int16u, writable, 0, 0, 0},  // SonyMaxApertureValue
+    {{7922, 17}, TagType::int16u, writable, 0, 0, 0},  // SonyImageWidthMax
+    {{7939, 18}, TagType::int16u, writable, 0, 0, 0},  // SonyImageHeightMax
+    {{7957, 17}, TagType::int8u, writable, 0, 0, 0},  // BatteryLevelGrip1
+    {{7974, 17}, TagType::int8u, writable, 0, 0, 0},  // BatteryLevelGrip2
+    {{7991, 8}, TagType::int8u, writable, 0, 0, 0},  // Battery2
+    {{7999, 14}, TagType::int8u, writable, 0, 0, 0},  // BatteryStatus1
+    {{8013, 14}, TagType::int8u, writable, 0, 0, 0},  // BatteryStatus2
+    {{8027, 13}, TagType::int8u, writable, 0, 0, 0},  // BatteryLevel2
+    {{8040, 16}, TagType::int32u, writable, 0, 2103, 26},  // AFPointsSelected
+    {{8056, 10}, TagType::int8u, writable, 0, 2129, 4},  // LensMount2
+    {{8066, 9}, TagType::string, writable, 0, 911, 244},  // LensType3
+    {{8075, 20}, TagType::int16u, writable, 0, 0, 0},  // CameraE-mountVersion
+    {{8095, 22}, TagType::int8u, none, 0, 0, 0},  // TiffMeteringImageWidth
+    {{8117, 23}, TagType::int8u, none, 0, 0, 0},  // TiffMeteringImageHeight
+    {{8140, 12}, TagType::int8u, none, 0, 0, 0},  // Tag9416_0000
+    {{8152, 12}, TagType::int16u, none, 0, 0, 0},  // SonyFNumber2
+    {{8164, 16}, TagType::int8u, none, 0, 0, 0},  // Sony_rtmd_0x060e
+    {{8180, 16}, TagType::int8u, none, 0, 0, 0},  // Sony_rtmd_0x3210
+    {{8196, 16}, TagType::int8u, none, 0, 0, 0},  // Sony_rtmd_0x3219
+    {{8212, 16}, TagType::int8u, none, 0, 0, 0},  // Sony_rtmd_0x321a
+    {{8228, 16}, TagType::int16u, none, 0, 0, 0},  // Sony_rtmd_0x8001
+    {{8244, 16}, TagType::int16u, none, 0, 0, 0},  // Sony_rtmd_0x8004
+    {{8260, 16}, TagType::int16u, none, 0, 0, 0},  // Sony_rtmd_0x8005
+    {{8276, 16}, TagType::int16u, none, 0, 0, 0},  // Sony_rtmd_0x800a
+    {{8292, 16}, TagType::int16u, none, 0, 0, 0},  // Sony_rtmd_0x800b
+    {{8308, 16}, TagType::int8u, none, 0, 0, 0},  // Sony_rtmd_0x8100
+    {{8324, 16}, TagType::int8u, none, 0, 0, 0},  // Sony_rtmd_0x8101
+    {{8340, 16}, TagType::int16u, none, 0, 0, 0},  // Sony_rtmd_0x8104
+    {{8356, 16}, TagType::int16u, none, 0, 0, 0},  // Sony_rtmd_0x8105
+    {{8372, 16}, TagType::int32u, none, 0, 0, 0},  // Sony_rtmd_0x8106
+    {{8388, 20}, TagType::int16u, none, 0, 0, 0},  // MasterGainAdjustment
+    {{8408, 31}, TagType::int16u, none, 0, 0, 0},  // ElectricalExtenderMagnification
+    {{8439, 16}, TagType::int8u, none, 0, 0, 0},  // Sony_rtmd_0x810d
+    {{8455, 16}, TagType::int16u, none, 0, 0, 0},  // Sony_rtmd_0x8115
+    {{8471, 12}, TagType::int8u, none, 0, 0, 0},  // GPSVersionID
+    {{8483, 14}, TagType::string, none, 0, 2133, 2},  // GPSLatitudeRef
+    {{8497, 11}, TagType::rational64u, none, 0, 0, 0},  // GPSLatitude
+    {{8508, 15}, TagType::string, none, 0, 2135, 2},  // GPSLongitudeRef
+    {{8523, 12}, TagType::rational64u, none, 0, 0, 0},  // GPSLongitude
+    {{8535, 12}, TagType::rational64u, none, 0, 0, 0},  // GPSTimeStamp
+    {{8547, 9}, TagType::string, none, 0, 2137, 2},  // GPSStatus
+    {{8556, 14}, TagType::string, none, 0, 2139, 2},  // GPSMeasureMode
+    {{8570, 11}, TagType::string, none, 0, 0, 0},  // GPSMapDatum
+    {{8581, 12}, TagType::string, none, 0, 0, 0},  // GPSDateStamp
+    {{8593, 16}, TagType::int8u, none, 0, 0, 0},  // Sony_rtmd_0xe000
+    {{8609, 16}, TagType::int8u, none, 0, 0, 0},  // Sony_rtmd_0xe300
+    {{8625, 16}, TagType::int32u, none, 0, 0, 0},  // Sony_rtmd_0xe301
+    {{8641, 16}, TagType::int8u, none, 0, 0, 0},  // Sony_rtmd_0xe302
+    {{8657, 8}, TagType::datetime, none, 0, 0, 0},  // DateTime
+    {{8665, 16}, TagType::int32u, none, 0, 0, 0},  // Sony_rtmd_0xe435
+    {{8681, 16}, TagType::int32s, none, 0, 0, 0},  // Sony_rtmd_0xe437
+    {{8697, 12}, TagType::int16s, none, 0, 0, 0},  // PitchRollYaw
+    {{8709, 16}, TagType::int32u, none, 0, 0, 0},  // Sony_rtmd_0xe445
+    {{8725, 13}, TagType::int16s, none, 0, 0, 0},  // Accelerometer
 };
 constexpr detail::TextRef kChoicesSony[] = {
     {8738, 1}, {8739, 1}, {8740, 1}, {8741, 6}, {8747, 1}, {8747, 1}, {8738, 1}, {8748, 2},
@@ -9773,65 +9775,64 @@ constexpr std::uint16_t kKeyOrderSony[] = {
     243, 488, 307, 310, 318, 440, 183, 287, 178, 177, 356, 196,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsSony[547];
-constinit detail::StreamTags gTagsSony("Sony", kText, kTagsSony, kKeyOrderSony, kChoicesSony, gItemsSony, &TagStringsCatalogue::stringsSony);
 
 // SonyIDC: 53 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsSonyIDC[] = {
-    {{164425, 15}, TagType::int32u, 2, 0, 0, 0},  // IDCPreviewStart
-    {{164440, 16}, TagType::int32u, 2, 0, 0, 0},  // IDCPreviewLength
-    {{164456, 16}, TagType::int32u, 2, 0, 0, 17},  // IDCCreativeStyle
-    {{164472, 23}, TagType::int32u, 2, 0, 17, 2},  // CreativeStyleWasChanged
-    {{164495, 18}, TagType::int32u, 2, 0, 19, 13},  // PresetWhiteBalance
-    {{164513, 19}, TagType::int16u, 2, 0, 0, 0},  // ColorTemperatureAdj
-    {{164532, 21}, TagType::int32s, 2, 0, 0, 0},  // PresetWhiteBalanceAdj
-    {{164553, 15}, TagType::int32s, 2, 0, 0, 0},  // ColorCorrection
-    {{164568, 13}, TagType::int32s, 2, 0, 0, 0},  // SaturationAdj
-    {{164581, 11}, TagType::int32s, 2, 0, 0, 0},  // ContrastAdj
-    {{164592, 13}, TagType::int32s, 2, 0, 0, 0},  // BrightnessAdj
-    {{164605, 6}, TagType::int32s, 2, 0, 0, 0},  // HueAdj
-    {{164611, 12}, TagType::int32s, 2, 0, 0, 0},  // SharpnessAdj
-    {{164623, 18}, TagType::int32s, 2, 0, 0, 0},  // SharpnessOvershoot
-    {{164641, 19}, TagType::int32s, 2, 0, 0, 0},  // SharpnessUndershoot
-    {{164660, 18}, TagType::int32s, 2, 0, 0, 0},  // SharpnessThreshold
-    {{164678, 18}, TagType::int16u, 2, 0, 17, 2},  // NoiseReductionMode
-    {{164696, 9}, TagType::int16u, 2, 4, 0, 0},  // GrayPoint
-    {{164705, 20}, TagType::int16u, 2, 0, 32, 3},  // D-RangeOptimizerMode
-    {{164725, 21}, TagType::int32s, 2, 0, 0, 0},  // D-RangeOptimizerValue
-    {{164746, 25}, TagType::int32s, 2, 0, 0, 0},  // D-RangeOptimizerHighlight
-    {{164771, 27}, TagType::int16u, 2, 0, 17, 2},  // HighlightColorDistortReduct
-    {{164798, 19}, TagType::int32s, 2, 0, 0, 0},  // NoiseReductionValue
-    {{164817, 18}, TagType::int32s, 2, 0, 0, 0},  // EdgeNoiseReduction
-    {{164835, 19}, TagType::int32s, 2, 0, 0, 0},  // ColorNoiseReduction
-    {{164854, 22}, TagType::int32s, 2, 0, 0, 0},  // D-RangeOptimizerShadow
-    {{164876, 28}, TagType::int32s, 2, 0, 0, 0},  // PeripheralIllumCentralRadius
-    {{164904, 27}, TagType::int32s, 2, 0, 0, 0},  // PeripheralIllumCentralValue
-    {{164931, 26}, TagType::int32s, 2, 0, 0, 0},  // PeripheralIllumPeriphValue
-    {{164957, 22}, TagType::int32s, 2, 0, 35, 3},  // DistortionCompensation
-    {{164979, 20}, TagType::int16u, 2, 0, 0, 0},  // ToneCurveBrightnessX
-    {{164999, 13}, TagType::int16u, 2, 0, 0, 0},  // ToneCurveRedX
-    {{165012, 15}, TagType::int16u, 2, 0, 0, 0},  // ToneCurveGreenX
-    {{165027, 14}, TagType::int16u, 2, 0, 0, 0},  // ToneCurveBlueX
-    {{165041, 20}, TagType::int16u, 2, 0, 0, 0},  // ToneCurveBrightnessY
-    {{165061, 13}, TagType::int16u, 2, 0, 0, 0},  // ToneCurveRedY
-    {{165074, 15}, TagType::int16u, 2, 0, 0, 0},  // ToneCurveGreenY
-    {{165089, 14}, TagType::int16u, 2, 0, 0, 0},  // ToneCurveBlueY
-    {{165103, 29}, TagType::int32s, 2, 0, 38, 2},  // ChromaticAberrationCorrection
-    {{165132, 21}, TagType::int32u, 2, 0, 17, 2},  // InclinationCorrection
-    {{165153, 16}, TagType::int32s, 2, 0, 0, 0},  // InclinationAngle
-    {{165169, 8}, TagType::int32u, 2, 0, 17, 2},  // Cropping
-    {{165177, 8}, TagType::int32u, 2, 4, 0, 0},  // CropArea
-    {{5828, 16}, TagType::int32u, 2, 2, 0, 0},  // PreviewImageSize
-    {{165185, 19}, TagType::int32s, 2, 0, 17, 2},  // PxShiftPeriphEdgeNR
-    {{165204, 24}, TagType::int32s, 2, 0, 0, 0},  // PxShiftPeriphEdgeNRValue
-    {{165228, 9}, TagType::int32s, 2, 0, 0, 0},  // WhitesAdj
-    {{165237, 9}, TagType::int32s, 2, 0, 0, 0},  // BlacksAdj
-    {{165246, 13}, TagType::int32s, 2, 0, 0, 0},  // HighlightsAdj
-    {{165259, 10}, TagType::int32s, 2, 0, 0, 0},  // ShadowsAdj
-    {{165269, 14}, TagType::int32u, 2, 0, 0, 0},  // CurrentVersion
-    {{165283, 17}, TagType::string, 2, 0, 0, 0},  // VersionCreateDate
-    {{165300, 17}, TagType::string, 2, 0, 0, 0},  // VersionModifyDate
+    {{164425, 15}, TagType::int32u, writable, 0, 0, 0},  // IDCPreviewStart
+    {{164440, 16}, TagType::int32u, writable, 0, 0, 0},  // IDCPreviewLength
+    {{164456, 16}, TagType::int32u, writable, 0, 0, 17},  // IDCCreativeStyle
+    {{164472, 23}, TagType::int32u, writable, 0, 17, 2},  // CreativeStyleWasChanged
+    {{164495, 18}, TagType::int32u, writable, 0, 19, 13},  // PresetWhiteBalance
+    {{164513, 19}, TagType::int16u, writable, 0, 0, 0},  // ColorTemperatureAdj
+    {{164532, 21}, TagType::int32s, writable, 0, 0, 0},  // PresetWhiteBalanceAdj
+    {{164553, 15}, TagType::int32s, writable, 0, 0, 0},  // ColorCorrection
+    {{164568, 13}, TagType::int32s, writable, 0, 0, 0},  // SaturationAdj
+    {{164581, 11}, TagType::int32s, writable, 0, 0, 0},  // ContrastAdj
+    {{164592, 13}, TagType::int32s, writable, 0, 0, 0},  // BrightnessAdj
+    {{164605, 6}, TagType::int32s, writable, 0, 0, 0},  // HueAdj
+    {{164611, 12}, TagType::int32s, writable, 0, 0, 0},  // SharpnessAdj
+    {{164623, 18}, TagType::int32s, writable, 0, 0, 0},  // SharpnessOvershoot
+    {{164641, 19}, TagType::int32s, writable, 0, 0, 0},  // SharpnessUndershoot
+    {{164660, 18}, TagType::int32s, writable, 0, 0, 0},  // SharpnessThreshold
+    {{164678, 18}, TagType::int16u, writable, 0, 17, 2},  // NoiseReductionMode
+    {{164696, 9}, TagType::int16u, writable, 4, 0, 0},  // GrayPoint
+    {{164705, 20}, TagType::int16u, writable, 0, 32, 3},  // D-RangeOptimizerMode
+    {{164725, 21}, TagType::int32s, writable, 0, 0, 0},  // D-RangeOptimizerValue
+    {{164746, 25}, TagType::int32s, writable, 0, 0, 0},  // D-RangeOptimizerHighlight
+    {{164771, 27}, TagType::int16u, writable, 0, 17, 2},  // HighlightColorDistortReduct
+    {{164798, 19}, TagType::int32s, writable, 0, 0, 0},  // NoiseReductionValue
+    {{164817, 18}, TagType::int32s, writable, 0, 0, 0},  // EdgeNoiseReduction
+    {{164835, 19}, TagType::int32s, writable, 0, 0, 0},  // ColorNoiseReduction
+    {{164854, 22}, TagType::int32s, writable, 0, 0, 0},  // D-RangeOptimizerShadow
+    {{164876, 28}, TagType::int32s, writable, 0, 0, 0},  // PeripheralIllumCentralRadius
+    {{164904, 27}, TagType::int32s, writable, 0, 0, 0},  // PeripheralIllumCentralValue
+    {{164931, 26}, TagType::int32s, writable, 0, 0, 0},  // PeripheralIllumPeriphValue
+    {{164957, 22}, TagType::int32s, writable, 0, 35, 3},  // DistortionCompensation
+    {{164979, 20}, TagType::int16u, writable, 0, 0, 0},  // ToneCurveBrightnessX
+    {{164999, 13}, TagType::int16u, writable, 0, 0, 0},  // ToneCurveRedX
+    {{165012, 15}, TagType::int16u, writable, 0, 0, 0},  // ToneCurveGreenX
+    {{165027, 14}, TagType::int16u, writable, 0, 0, 0},  // ToneCurveBlueX
+    {{165041, 20}, TagType::int16u, writable, 0, 0, 0},  // ToneCurveBrightnessY
+    {{165061, 13}, TagType::int16u, writable, 0, 0, 0},  // ToneCurveRedY
+    {{165074, 15}, TagType::int16u, writable, 0, 0, 0},  // ToneCurveGreenY
+    {{165089, 14}, TagType::int16u, writable, 0, 0, 0},  // ToneCurveBlueY
+    {{165103, 29}, TagType::int32s, writable, 0, 38, 2},  // ChromaticAberrationCorrection
+    {{165132, 21}, TagType::int32u, writable, 0, 17, 2},  // InclinationCorrection
+    {{165153, 16}, TagType::int32s, writable, 0, 0, 0},  // InclinationAngle
+    {{165169, 8}, TagType::int32u, writable, 0, 17, 2},  // Cropping
+    {{165177, 8}, TagType::int32u, writable, 4, 0, 0},  // CropArea
+    {{5828, 16}, TagType::int32u, writable, 2, 0, 0},  // PreviewImageSize
+    {{165185, 19}, TagType::int32s, writable, 0, 17, 2},  // PxShiftPeriphEdgeNR
+    {{165204, 24}, TagType::int32s, writable, 0, 0, 0},  // PxShiftPeriphEdgeNRValue
+    {{165228, 9}, TagType::int32s, writable, 0, 0, 0},  // WhitesAdj
+    {{165237, 9}, TagType::int32s, writable, 0, 0, 0},  // BlacksAdj
+    {{165246, 13}, TagType::int32s, writable, 0, 0, 0},  // HighlightsAdj
+    {{165259, 10}, TagType::int32s, writable, 0, 0, 0},  // ShadowsAdj
+    {{165269, 14}, TagType::int32u, writable, 0, 0, 0},  // CurrentVersion
+    {{165283, 17}, TagType::string, writable, 0, 0, 0},  // VersionCreateDate
+    {{165300, 17}, TagType::string, writable, 0, 0, 0},  // VersionModifyDate
 };
 constexpr detail::TextRef kChoicesSonyIDC[] = {
     {8738, 1}, {8739, 1}, {8740, 1}, {8756, 1}, {8759, 1}, {8760, 1}, {8766, 1}, {8900, 1},
@@ -10066,40 +10067,39 @@ constexpr std::uint16_t kKeyOrderSonyIDC[] = {
     52, 46,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsSonyIDC[53];
-constinit detail::StreamTags gTagsSonyIDC("SonyIDC", kText, kTagsSonyIDC, kKeyOrderSonyIDC, kChoicesSonyIDC, gItemsSonyIDC, &TagStringsCatalogue::stringsSonyIDC);
 
 // Stim: 28 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsStim[] = {
-    {{170237, 17}, TagType::int16u, 0, 0, 0, 2},  // CropXCommonOffset
-    {{170254, 20}, TagType::int8u, 0, 0, 0, 0},  // CropXViewpointNumber
-    {{170274, 11}, TagType::int32s, 0, 0, 0, 0},  // CropXOffset
-    {{170285, 21}, TagType::int8u, 0, 0, 0, 0},  // CropXViewpointNumber2
-    {{170306, 12}, TagType::int32s, 0, 0, 0, 0},  // CropXOffset2
-    {{170318, 17}, TagType::int16u, 0, 0, 0, 2},  // CropYCommonOffset
-    {{170335, 20}, TagType::int8u, 0, 0, 0, 0},  // CropYViewpointNumber
-    {{170355, 11}, TagType::int32s, 0, 0, 0, 0},  // CropYOffset
-    {{170366, 21}, TagType::int8u, 0, 0, 0, 0},  // CropYViewpointNumber2
-    {{170387, 12}, TagType::int32s, 0, 0, 0, 0},  // CropYOffset2
-    {{170399, 11}, TagType::string, 0, 0, 0, 0},  // StimVersion
-    {{170410, 15}, TagType::string, 8, 0, 0, 0},  // ApplicationData
-    {{170425, 16}, TagType::string, 0, 0, 0, 2},  // ImageArrangement
-    {{170441, 13}, TagType::string, 0, 0, 2, 1},  // ImageRotation
-    {{170454, 13}, TagType::string, 0, 0, 0, 0},  // ScalingFactor
-    {{170467, 9}, TagType::string, 0, 0, 0, 0},  // CropXSize
-    {{170476, 9}, TagType::string, 0, 0, 0, 0},  // CropYSize
-    {{170485, 8}, TagType::string, 0, 0, 0, 2},  // ViewType
-    {{170493, 19}, TagType::string, 0, 0, 0, 2},  // RepresentativeImage
-    {{170512, 20}, TagType::string, 0, 0, 3, 3},  // ConvergenceBaseImage
-    {{170532, 18}, TagType::string, 0, 0, 0, 0},  // AssumedDisplaySize
-    {{170550, 19}, TagType::string, 0, 0, 0, 0},  // AssumedDistanceView
-    {{170569, 27}, TagType::string, 0, 0, 0, 0},  // RepresentativeDisparityNear
-    {{170596, 26}, TagType::string, 0, 0, 0, 0},  // RepresentativeDisparityFar
-    {{170622, 20}, TagType::string, 0, 0, 0, 2},  // InitialDisplayEffect
-    {{170642, 19}, TagType::string, 0, 0, 0, 0},  // ConvergenceDistance
-    {{170661, 25}, TagType::string, 0, 0, 0, 0},  // CameraArrangementInterval
-    {{170686, 13}, TagType::string, 0, 0, 0, 0},  // ShootingCount
+    {{170237, 17}, TagType::int16u, none, 0, 0, 2},  // CropXCommonOffset
+    {{170254, 20}, TagType::int8u, none, 0, 0, 0},  // CropXViewpointNumber
+    {{170274, 11}, TagType::int32s, none, 0, 0, 0},  // CropXOffset
+    {{170285, 21}, TagType::int8u, none, 0, 0, 0},  // CropXViewpointNumber2
+    {{170306, 12}, TagType::int32s, none, 0, 0, 0},  // CropXOffset2
+    {{170318, 17}, TagType::int16u, none, 0, 0, 2},  // CropYCommonOffset
+    {{170335, 20}, TagType::int8u, none, 0, 0, 0},  // CropYViewpointNumber
+    {{170355, 11}, TagType::int32s, none, 0, 0, 0},  // CropYOffset
+    {{170366, 21}, TagType::int8u, none, 0, 0, 0},  // CropYViewpointNumber2
+    {{170387, 12}, TagType::int32s, none, 0, 0, 0},  // CropYOffset2
+    {{170399, 11}, TagType::string, none, 0, 0, 0},  // StimVersion
+    {{170410, 15}, TagType::string, binary, 0, 0, 0},  // ApplicationData
+    {{170425, 16}, TagType::string, none, 0, 0, 2},  // ImageArrangement
+    {{170441, 13}, TagType::string, none, 0, 2, 1},  // ImageRotation
+    {{170454, 13}, TagType::string, none, 0, 0, 0},  // ScalingFactor
+    {{170467, 9}, TagType::string, none, 0, 0, 0},  // CropXSize
+    {{170476, 9}, TagType::string, none, 0, 0, 0},  // CropYSize
+    {{170485, 8}, TagType::string, none, 0, 0, 2},  // ViewType
+    {{170493, 19}, TagType::string, none, 0, 0, 2},  // RepresentativeImage
+    {{170512, 20}, TagType::string, none, 0, 3, 3},  // ConvergenceBaseImage
+    {{170532, 18}, TagType::string, none, 0, 0, 0},  // AssumedDisplaySize
+    {{170550, 19}, TagType::string, none, 0, 0, 0},  // AssumedDistanceView
+    {{170569, 27}, TagType::string, none, 0, 0, 0},  // RepresentativeDisparityNear
+    {{170596, 26}, TagType::string, none, 0, 0, 0},  // RepresentativeDisparityFar
+    {{170622, 20}, TagType::string, none, 0, 0, 2},  // InitialDisplayEffect
+    {{170642, 19}, TagType::string, none, 0, 0, 0},  // ConvergenceDistance
+    {{170661, 25}, TagType::string, none, 0, 0, 0},  // CameraArrangementInterval
+    {{170686, 13}, TagType::string, none, 0, 0, 0},  // ShootingCount
 };
 constexpr detail::TextRef kChoicesStim[] = {
     {8747, 1}, {8738, 1}, {8738, 1}, {8747, 1}, {8738, 1}, {8793, 3},
@@ -10167,23 +10167,22 @@ constexpr std::uint16_t kKeyOrderStim[] = {
     10, 17,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsStim[28];
-constinit detail::StreamTags gTagsStim("Stim", kText, kTagsStim, kKeyOrderStim, kChoicesStim, gItemsStim, &TagStringsCatalogue::stringsStim);
 
 // Theora: 11 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsTheora[] = {
-    {{172398, 13}, TagType::int8u, 0, 3, 0, 0},  // TheoraVersion
-    {{172411, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
-    {{172421, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
-    {{172432, 7}, TagType::int8u, 0, 0, 0, 0},  // XOffset
-    {{172439, 7}, TagType::int8u, 0, 0, 0, 0},  // YOffset
-    {{172446, 9}, TagType::rational64u, 0, 0, 0, 0},  // FrameRate
-    {{172455, 16}, TagType::int16u, 0, 3, 0, 0},  // PixelAspectRatio
-    {{3308, 10}, TagType::int8u, 0, 0, 0, 3},  // ColorSpace
-    {{172471, 19}, TagType::int32u, 0, 0, 3, 1},  // NominalVideoBitrate
-    {{3653, 7}, TagType::int8u, 0, 0, 0, 0},  // Quality
-    {{172490, 11}, TagType::int8u, 0, 0, 4, 3},  // PixelFormat
+    {{172398, 13}, TagType::int8u, none, 3, 0, 0},  // TheoraVersion
+    {{172411, 10}, TagType::int32u, none, 0, 0, 0},  // ImageWidth
+    {{172421, 11}, TagType::int32u, none, 0, 0, 0},  // ImageHeight
+    {{172432, 7}, TagType::int8u, none, 0, 0, 0},  // XOffset
+    {{172439, 7}, TagType::int8u, none, 0, 0, 0},  // YOffset
+    {{172446, 9}, TagType::rational64u, none, 0, 0, 0},  // FrameRate
+    {{172455, 16}, TagType::int16u, none, 3, 0, 0},  // PixelAspectRatio
+    {{3308, 10}, TagType::int8u, none, 0, 0, 3},  // ColorSpace
+    {{172471, 19}, TagType::int32u, none, 0, 3, 1},  // NominalVideoBitrate
+    {{3653, 7}, TagType::int8u, none, 0, 0, 0},  // Quality
+    {{172490, 11}, TagType::int8u, none, 0, 4, 3},  // PixelFormat
 };
 constexpr detail::TextRef kChoicesTheora[] = {
     {8747, 1}, {8738, 1}, {8739, 1}, {8747, 1}, {8747, 1}, {8739, 1}, {8740, 1},
@@ -10261,14 +10260,13 @@ constexpr std::uint16_t kKeyOrderTheora[] = {
     7, 5, 2, 1, 8, 6, 10, 9, 0, 3, 4,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsTheora[11];
-constinit detail::StreamTags gTagsTheora("Theora", kText, kTagsTheora, kKeyOrderTheora, kChoicesTheora, gItemsTheora, &TagStringsCatalogue::stringsTheora);
 
 // Trailer: 2 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsTrailer[] = {
-    {{173366, 13}, TagType::string, 0, 0, 0, 0},  // EmbeddedVideo
-    {{173379, 7}, TagType::string, 18, 0, 0, 0},  // Trailer
+    {{173366, 13}, TagType::string, none, 0, 0, 0},  // EmbeddedVideo
+    {{173379, 7}, TagType::string, writable | unsafe, 0, 0, 0},  // Trailer
 };
 constexpr detail::StringRow kStringsEnglishTrailer[] = {
     {{173386, 21}, {173407, 14}},
@@ -10279,107 +10277,106 @@ constexpr std::uint16_t kKeyOrderTrailer[] = {
     0, 1,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsTrailer[2];
-constinit detail::StreamTags gTagsTrailer("Trailer", kText, kTagsTrailer, kKeyOrderTrailer, {}, gItemsTrailer, &TagStringsCatalogue::stringsTrailer);
 
 // VCard: 95 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsVCard[] = {
-    {{173436, 7}, TagType::string, 0, 0, 0, 0},  // Address
-    {{173443, 11}, TagType::string, 0, 0, 0, 0},  // Anniversary
-    {{173454, 8}, TagType::string, 0, 0, 0, 0},  // Birthday
-    {{173462, 5}, TagType::string, 0, 0, 0, 0},  // Email
-    {{173467, 13}, TagType::string, 0, 0, 0, 0},  // FormattedName
-    {{173480, 6}, TagType::string, 0, 0, 0, 0},  // Gender
-    {{173486, 11}, TagType::string, 0, 0, 0, 0},  // Geolocation
-    {{173497, 4}, TagType::string, 0, 0, 0, 0},  // IMPP
-    {{173501, 8}, TagType::string, 0, 0, 0, 0},  // Language
-    {{173509, 4}, TagType::string, 0, 0, 0, 0},  // Logo
-    {{173513, 4}, TagType::string, 0, 0, 0, 0},  // Name
-    {{173517, 8}, TagType::string, 0, 0, 0, 0},  // Nickname
-    {{173525, 4}, TagType::string, 0, 0, 0, 0},  // Note
-    {{173529, 12}, TagType::string, 0, 0, 0, 0},  // Organization
-    {{173541, 5}, TagType::string, 0, 0, 0, 0},  // Photo
-    {{173546, 8}, TagType::string, 0, 0, 0, 0},  // Software
-    {{173554, 8}, TagType::string, 0, 0, 0, 0},  // Revision
-    {{173562, 5}, TagType::string, 0, 0, 0, 0},  // Sound
-    {{173567, 9}, TagType::string, 0, 0, 0, 0},  // Telephone
-    {{173576, 8}, TagType::string, 0, 0, 0, 0},  // JobTitle
-    {{173584, 8}, TagType::string, 0, 0, 0, 0},  // TimeZone
-    {{173592, 3}, TagType::string, 0, 0, 0, 0},  // UID
-    {{173595, 3}, TagType::string, 0, 0, 0, 0},  // URL
-    {{173598, 12}, TagType::string, 0, 0, 0, 0},  // VCardVersion
-    {{173610, 6}, TagType::string, 0, 0, 0, 0},  // ABDate
-    {{173616, 7}, TagType::string, 0, 0, 0, 0},  // ABLabel
-    {{173623, 14}, TagType::string, 0, 0, 0, 0},  // ABRelatedNames
-    {{173637, 6}, TagType::string, 0, 0, 0, 0},  // AB_UID
-    {{173643, 3}, TagType::string, 0, 0, 0, 0},  // AIM
-    {{173646, 3}, TagType::string, 0, 0, 0, 0},  // ICQ
-    {{173649, 13}, TagType::string, 0, 0, 0, 0},  // SocialProfile
-    {{173662, 12}, TagType::string, 0, 0, 0, 0},  // Acknowledged
-    {{173674, 6}, TagType::string, 0, 0, 0, 0},  // Action
-    {{173680, 10}, TagType::string, 0, 0, 0, 0},  // Attachment
-    {{173690, 8}, TagType::string, 0, 0, 0, 0},  // Attendee
-    {{173698, 13}, TagType::string, 0, 0, 0, 0},  // CalendarScale
-    {{173711, 10}, TagType::string, 0, 0, 0, 0},  // Categories
-    {{173721, 14}, TagType::string, 0, 0, 0, 0},  // Classification
-    {{6554, 7}, TagType::string, 0, 0, 0, 0},  // Comment
-    {{173735, 17}, TagType::string, 0, 0, 0, 0},  // DateTimeCompleted
-    {{173752, 7}, TagType::string, 0, 0, 0, 0},  // Contact
-    {{173759, 11}, TagType::string, 0, 0, 0, 0},  // DateCreated
-    {{173770, 11}, TagType::string, 0, 0, 0, 0},  // Description
-    {{173781, 11}, TagType::string, 0, 0, 0, 0},  // DateTimeEnd
-    {{173792, 13}, TagType::string, 0, 0, 0, 0},  // DateTimeStamp
-    {{173805, 13}, TagType::string, 0, 0, 0, 0},  // DateTimeStart
-    {{173818, 11}, TagType::string, 0, 0, 0, 0},  // DateTimeDue
-    {{173829, 8}, TagType::string, 0, 0, 0, 0},  // Duration
-    {{173837, 18}, TagType::string, 0, 0, 0, 0},  // ExceptionDateTimes
-    {{173855, 12}, TagType::string, 0, 0, 0, 0},  // FreeBusyTime
-    {{6577, 10}, TagType::string, 0, 0, 0, 0},  // ModifyDate
-    {{173867, 8}, TagType::string, 0, 0, 0, 0},  // Location
-    {{173875, 6}, TagType::string, 0, 0, 0, 0},  // Method
-    {{173881, 9}, TagType::string, 0, 0, 0, 0},  // Organizer
-    {{173890, 15}, TagType::string, 0, 0, 0, 0},  // PercentComplete
-    {{173905, 8}, TagType::string, 0, 0, 0, 0},  // Priority
-    {{173913, 19}, TagType::string, 0, 0, 0, 0},  // RecurrenceDateTimes
-    {{173932, 12}, TagType::string, 0, 0, 0, 0},  // RecurrenceID
-    {{173944, 9}, TagType::string, 0, 0, 0, 0},  // RelatedTo
-    {{173953, 6}, TagType::string, 0, 0, 0, 0},  // Repeat
-    {{173959, 13}, TagType::string, 0, 0, 0, 0},  // RequestStatus
-    {{173972, 9}, TagType::string, 0, 0, 0, 0},  // Resources
-    {{173981, 14}, TagType::string, 0, 0, 0, 0},  // RecurrenceRule
-    {{4145, 14}, TagType::string, 0, 0, 0, 0},  // SequenceNumber
-    {{173995, 6}, TagType::string, 0, 0, 0, 0},  // Status
-    {{174001, 7}, TagType::string, 0, 0, 0, 0},  // Summary
-    {{174008, 16}, TagType::string, 0, 0, 0, 0},  // TimeTransparency
-    {{174024, 7}, TagType::string, 0, 0, 0, 0},  // Trigger
-    {{174031, 10}, TagType::string, 0, 0, 0, 0},  // TimezoneID
-    {{174041, 12}, TagType::string, 0, 0, 0, 0},  // TimezoneName
-    {{174053, 18}, TagType::string, 0, 0, 0, 0},  // TimezoneOffsetFrom
-    {{174071, 16}, TagType::string, 0, 0, 0, 0},  // TimezoneOffsetTo
-    {{174087, 11}, TagType::string, 0, 0, 0, 0},  // TimeZoneURL
-    {{174098, 16}, TagType::string, 0, 0, 0, 0},  // VCalendarVersion
-    {{174114, 13}, TagType::string, 0, 0, 0, 0},  // CalendarColor
-    {{174127, 12}, TagType::string, 0, 0, 0, 0},  // DefaultAlarm
-    {{174139, 17}, TagType::string, 0, 0, 0, 0},  // LocalDefaultAlarm
-    {{174156, 11}, TagType::string, 0, 0, 0, 0},  // AllDayEvent
-    {{174167, 19}, TagType::string, 0, 0, 0, 0},  // AppointmentSequence
-    {{174186, 10}, TagType::string, 0, 0, 0, 0},  // BusyStatus
-    {{174196, 10}, TagType::string, 0, 0, 0, 3},  // Importance
-    {{174206, 12}, TagType::string, 0, 0, 3, 4},  // InstanceType
-    {{174218, 18}, TagType::string, 0, 0, 0, 0},  // IntendedBusyStatus
-    {{174236, 18}, TagType::string, 0, 0, 0, 0},  // OwnerAppointmentID
-    {{174254, 23}, TagType::string, 0, 0, 0, 0},  // DisallowCounterProposal
-    {{174277, 19}, TagType::string, 0, 0, 0, 0},  // DoNotForwardMeeting
-    {{174296, 16}, TagType::string, 0, 0, 0, 0},  // MeetingLocations
-    {{174312, 8}, TagType::string, 0, 0, 0, 0},  // AlarmUID
-    {{174320, 19}, TagType::string, 0, 0, 0, 0},  // CalendarDescription
-    {{174339, 12}, TagType::string, 0, 0, 0, 0},  // CalendarName
-    {{174351, 10}, TagType::string, 0, 0, 0, 0},  // CalendarID
-    {{174361, 9}, TagType::string, 0, 0, 0, 0},  // TimeZone2
-    {{174370, 4}, TagType::string, 0, 0, 0, 0},  // Body
-    {{174374, 10}, TagType::string, 0, 0, 0, 0},  // CreateDate
-    {{174384, 7}, TagType::string, 0, 0, 0, 0},  // Version
+    {{173436, 7}, TagType::string, none, 0, 0, 0},  // Address
+    {{173443, 11}, TagType::string, none, 0, 0, 0},  // Anniversary
+    {{173454, 8}, TagType::string, none, 0, 0, 0},  // Birthday
+    {{173462, 5}, TagType::string, none, 0, 0, 0},  // Email
+    {{173467, 13}, TagType::string, none, 0, 0, 0},  // FormattedName
+    {{173480, 6}, TagType::string, none, 0, 0, 0},  // Gender
+    {{173486, 11}, TagType::string, none, 0, 0, 0},  // Geolocation
+    {{173497, 4}, TagType::string, none, 0, 0, 0},  // IMPP
+    {{173501, 8}, TagType::string, none, 0, 0, 0},  // Language
+    {{173509, 4}, TagType::string, none, 0, 0, 0},  // Logo
+    {{173513, 4}, TagType::string, none, 0, 0, 0},  // Name
+    {{173517, 8}, TagType::string, none, 0, 0, 0},  // Nickname
+    {{173525, 4}, TagType::string, none, 0, 0, 0},  // Note
+    {{173529, 12}, TagType::string, none, 0, 0, 0},  // Organization
+    {{173541, 5}, TagType::string, none, 0, 0, 0},  // Photo
+    {{173546, 8}, TagType::string, none, 0, 0, 0},  // Software
+    {{173554, 8}, TagType::string, none, 0, 0, 0},  // Revision
+    {{173562, 5}, TagType::string, none, 0, 0, 0},  // Sound
+    {{173567, 9}, TagType::string, none, 0, 0, 0},  // Telephone
+    {{173576, 8}, TagType::string, none, 0, 0, 0},  // JobTitle
+    {{173584, 8}, TagType::string, none, 0, 0, 0},  // TimeZone
+    {{173592, 3}, TagType::string, none, 0, 0, 0},  // UID
+    {{173595, 3}, TagType::string, none, 0, 0, 0},  // URL
+    {{173598, 12}, TagType::string, none, 0, 0, 0},  // VCardVersion
+    {{173610, 6}, TagType::string, none, 0, 0, 0},  // ABDate
+    {{173616, 7}, TagType::string, none, 0, 0, 0},  // ABLabel
+    {{173623, 14}, TagType::string, none, 0, 0, 0},  // ABRelatedNames
+    {{173637, 6}, TagType::string, none, 0, 0, 0},  // AB_UID
+    {{173643, 3}, TagType::string, none, 0, 0, 0},  // AIM
+    {{173646, 3}, TagType::string, none, 0, 0, 0},  // ICQ
+    {{173649, 13}, TagType::string, none, 0, 0, 0},  // SocialProfile
+    {{173662, 12}, TagType::string, none, 0, 0, 0},  // Acknowledged
+    {{173674, 6}, TagType::string, none, 0, 0, 0},  // Action
+    {{173680, 10}, TagType::string, none, 0, 0, 0},  // Attachment
+    {{173690, 8}, TagType::string, none, 0, 0, 0},  // Attendee
+    {{173698, 13}, TagType::string, none, 0, 0, 0},  // CalendarScale
+    {{173711, 10}, TagType::string, none, 0, 0, 0},  // Categories
+    {{173721, 14}, TagType::string, none, 0, 0, 0},  // Classification
+    {{6554, 7}, TagType::string, none, 0, 0, 0},  // Comment
+    {{173735, 17}, TagType::string, none, 0, 0, 0},  // DateTimeCompleted
+    {{173752, 7}, TagType::string, none, 0, 0, 0},  // Contact
+    {{173759, 11}, TagType::string, none, 0, 0, 0},  // DateCreated
+    {{173770, 11}, TagType::string, none, 0, 0, 0},  // Description
+    {{173781, 11}, TagType::string, none, 0, 0, 0},  // DateTimeEnd
+    {{173792, 13}, TagType::string, none, 0, 0, 0},  // DateTimeStamp
+    {{173805, 13}, TagType::string, none, 0, 0, 0},  // DateTimeStart
+    {{173818, 11}, TagType::string, none, 0, 0, 0},  // DateTimeDue
+    {{173829, 8}, TagType::string, none, 0, 0, 0},  // Duration
+    {{173837, 18}, TagType::string, none, 0, 0, 0},  // ExceptionDateTimes
+    {{173855, 12}, TagType::string, none, 0, 0, 0},  // FreeBusyTime
+    {{6577, 10}, TagType::string, none, 0, 0, 0},  // ModifyDate
+    {{173867, 8}, TagType::string, none, 0, 0, 0},  // Location
+    {{173875, 6}, TagType::string, none, 0, 0, 0},  // Method
+    {{173881, 9}, TagType::string, none, 0, 0, 0},  // Organizer
+    {{173890, 15}, TagType::string, none, 0, 0, 0},  // PercentComplete
+    {{173905, 8}, TagType::string, none, 0, 0, 0},  // Priority
+    {{173913, 19}, TagType::string, none, 0, 0, 0},  // RecurrenceDateTimes
+    {{173932, 12}, TagType::string, none, 0, 0, 0},  // RecurrenceID
+    {{173944, 9}, TagType::string, none, 0, 0, 0},  // RelatedTo
+    {{173953, 6}, TagType::string, none, 0, 0, 0},  // Repeat
+    {{173959, 13}, TagType::string, none, 0, 0, 0},  // RequestStatus
+    {{173972, 9}, TagType::string, none, 0, 0, 0},  // Resources
+    {{173981, 14}, TagType::string, none, 0, 0, 0},  // RecurrenceRule
+    {{4145, 14}, TagType::string, none, 0, 0, 0},  // SequenceNumber
+    {{173995, 6}, TagType::string, none, 0, 0, 0},  // Status
+    {{174001, 7}, TagType::string, none, 0, 0, 0},  // Summary
+    {{174008, 16}, TagType::string, none, 0, 0, 0},  // TimeTransparency
+    {{174024, 7}, TagType::string, none, 0, 0, 0},  // Trigger
+    {{174031, 10}, TagType::string, none, 0, 0, 0},  // TimezoneID
+    {{174041, 12}, TagType::string, none, 0, 0, 0},  // TimezoneName
+    {{174053, 18}, TagType::string, none, 0, 0, 0},  // TimezoneOffsetFrom
+    {{174071, 16}, TagType::string, none, 0, 0, 0},  // TimezoneOffsetTo
+    {{174087, 11}, TagType::string, none, 0, 0, 0},  // TimeZoneURL
+    {{174098, 16}, TagType::string, none, 0, 0, 0},  // VCalendarVersion
+    {{174114, 13}, TagType::string, none, 0, 0, 0},  // CalendarColor
+    {{174127, 12}, TagType::string, none, 0, 0, 0},  // DefaultAlarm
+    {{174139, 17}, TagType::string, none, 0, 0, 0},  // LocalDefaultAlarm
+    {{174156, 11}, TagType::string, none, 0, 0, 0},  // AllDayEvent
+    {{174167, 19}, TagType::string, none, 0, 0, 0},  // AppointmentSequence
+    {{174186, 10}, TagType::string, none, 0, 0, 0},  // BusyStatus
+    {{174196, 10}, TagType::string, none, 0, 0, 3},  // Importance
+    {{174206, 12}, TagType::string, none, 0, 3, 4},  // InstanceType
+    {{174218, 18}, TagType::string, none, 0, 0, 0},  // IntendedBusyStatus
+    {{174236, 18}, TagType::string, none, 0, 0, 0},  // OwnerAppointmentID
+    {{174254, 23}, TagType::string, none, 0, 0, 0},  // DisallowCounterProposal
+    {{174277, 19}, TagType::string, none, 0, 0, 0},  // DoNotForwardMeeting
+    {{174296, 16}, TagType::string, none, 0, 0, 0},  // MeetingLocations
+    {{174312, 8}, TagType::string, none, 0, 0, 0},  // AlarmUID
+    {{174320, 19}, TagType::string, none, 0, 0, 0},  // CalendarDescription
+    {{174339, 12}, TagType::string, none, 0, 0, 0},  // CalendarName
+    {{174351, 10}, TagType::string, none, 0, 0, 0},  // CalendarID
+    {{174361, 9}, TagType::string, none, 0, 0, 0},  // TimeZone2
+    {{174370, 4}, TagType::string, none, 0, 0, 0},  // Body
+    {{174374, 10}, TagType::string, none, 0, 0, 0},  // CreateDate
+    {{174384, 7}, TagType::string, none, 0, 0, 0},  // Version
 };
 constexpr detail::TextRef kChoicesVCard[] = {
     {8747, 1}, {8738, 1}, {8739, 1}, {8747, 1}, {8738, 1}, {8739, 1}, {8740, 1},
@@ -10596,49 +10593,48 @@ constexpr std::uint16_t kKeyOrderVCard[] = {
     63, 30, 15, 17, 64, 65, 18, 66, 20, 91, 72, 68, 69, 70, 71, 67, 21, 22, 73, 23, 94,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsVCard[95];
-constinit detail::StreamTags gTagsVCard("VCard", kText, kTagsVCard, kKeyOrderVCard, kChoicesVCard, gItemsVCard, &TagStringsCatalogue::stringsVCard);
 
 // Vorbis: 37 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsVorbis[] = {
-    {{177773, 5}, TagType::string, 0, 0, 0, 0},  // Actor
-    {{177778, 5}, TagType::string, 0, 0, 0, 0},  // Album
-    {{177783, 6}, TagType::string, 1, 0, 0, 0},  // Artist
-    {{6554, 7}, TagType::string, 0, 0, 0, 0},  // Comment
-    {{177789, 8}, TagType::string, 0, 0, 0, 0},  // Composer
-    {{173752, 7}, TagType::string, 1, 0, 0, 0},  // Contact
-    {{177797, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
-    {{177806, 8}, TagType::string, 0, 0, 0, 0},  // CoverArt
-    {{177814, 16}, TagType::string, 0, 0, 0, 0},  // CoverArtMIMEType
-    {{177830, 4}, TagType::string, 0, 0, 0, 0},  // Date
-    {{173770, 11}, TagType::string, 0, 0, 0, 0},  // Description
-    {{177834, 8}, TagType::string, 0, 0, 0, 0},  // Director
-    {{177842, 9}, TagType::string, 0, 0, 0, 0},  // EncodedBy
-    {{177851, 12}, TagType::string, 0, 0, 0, 0},  // EncodedUsing
-    {{177863, 7}, TagType::string, 0, 0, 0, 0},  // Encoder
-    {{177870, 14}, TagType::string, 0, 0, 0, 0},  // EncoderOptions
-    {{177884, 5}, TagType::string, 0, 0, 0, 0},  // Genre
-    {{177889, 10}, TagType::string, 0, 0, 0, 0},  // ISRCNumber
-    {{177899, 7}, TagType::string, 0, 0, 0, 0},  // License
-    {{173867, 8}, TagType::string, 0, 0, 0, 0},  // Location
-    {{173529, 12}, TagType::string, 0, 0, 0, 0},  // Organization
-    {{177906, 9}, TagType::string, 1, 0, 0, 0},  // Performer
-    {{177915, 8}, TagType::string, 0, 0, 0, 0},  // Producer
-    {{177923, 19}, TagType::string, 0, 0, 0, 0},  // ReplayGainAlbumGain
-    {{177942, 19}, TagType::string, 0, 0, 0, 0},  // ReplayGainAlbumPeak
-    {{177961, 19}, TagType::string, 0, 0, 0, 0},  // ReplayGainTrackGain
-    {{177980, 19}, TagType::string, 0, 0, 0, 0},  // ReplayGainTrackPeak
-    {{177999, 5}, TagType::string, 0, 0, 0, 0},  // Title
-    {{178004, 11}, TagType::string, 0, 0, 0, 0},  // TrackNumber
-    {{174384, 7}, TagType::string, 0, 0, 0, 0},  // Version
-    {{178015, 6}, TagType::string, 0, 0, 0, 0},  // Vendor
-    {{178021, 13}, TagType::int32u, 0, 0, 0, 0},  // VorbisVersion
-    {{178034, 13}, TagType::int8u, 0, 0, 0, 0},  // AudioChannels
-    {{178047, 10}, TagType::int32u, 0, 0, 0, 0},  // SampleRate
-    {{178057, 14}, TagType::int32u, 0, 0, 0, 0},  // MaximumBitrate
-    {{178071, 14}, TagType::int32u, 0, 0, 0, 0},  // NominalBitrate
-    {{178085, 14}, TagType::int32u, 0, 0, 0, 0},  // MinimumBitrate
+    {{177773, 5}, TagType::string, none, 0, 0, 0},  // Actor
+    {{177778, 5}, TagType::string, none, 0, 0, 0},  // Album
+    {{177783, 6}, TagType::string, list, 0, 0, 0},  // Artist
+    {{6554, 7}, TagType::string, none, 0, 0, 0},  // Comment
+    {{177789, 8}, TagType::string, none, 0, 0, 0},  // Composer
+    {{173752, 7}, TagType::string, list, 0, 0, 0},  // Contact
+    {{177797, 9}, TagType::string, none, 0, 0, 0},  // Copyright
+    {{177806, 8}, TagType::string, none, 0, 0, 0},  // CoverArt
+    {{177814, 16}, TagType::string, none, 0, 0, 0},  // CoverArtMIMEType
+    {{177830, 4}, TagType::string, none, 0, 0, 0},  // Date
+    {{173770, 11}, TagType::string, none, 0, 0, 0},  // Description
+    {{177834, 8}, TagType::string, none, 0, 0, 0},  // Director
+    {{177842, 9}, TagType::string, none, 0, 0, 0},  // EncodedBy
+    {{177851, 12}, TagType::string, none, 0, 0, 0},  // EncodedUsing
+    {{177863, 7}, TagType::string, none, 0, 0, 0},  // Encoder
+    {{177870, 14}, TagType::string, none, 0, 0, 0},  // EncoderOptions
+    {{177884, 5}, TagType::string, none, 0, 0, 0},  // Genre
+    {{177889, 10}, TagType::string, none, 0, 0, 0},  // ISRCNumber
+    {{177899, 7}, TagType::string, none, 0, 0, 0},  // License
+    {{173867, 8}, TagType::string, none, 0, 0, 0},  // Location
+    {{173529, 12}, TagType::string, none, 0, 0, 0},  // Organization
+    {{177906, 9}, TagType::string, list, 0, 0, 0},  // Performer
+    {{177915, 8}, TagType::string, none, 0, 0, 0},  // Producer
+    {{177923, 19}, TagType::string, none, 0, 0, 0},  // ReplayGainAlbumGain
+    {{177942, 19}, TagType::string, none, 0, 0, 0},  // ReplayGainAlbumPeak
+    {{177961, 19}, TagType::string, none, 0, 0, 0},  // ReplayGainTrackGain
+    {{177980, 19}, TagType::string, none, 0, 0, 0},  // ReplayGainTrackPeak
+    {{177999, 5}, TagType::string, none, 0, 0, 0},  // Title
+    {{178004, 11}, TagType::string, none, 0, 0, 0},  // TrackNumber
+    {{174384, 7}, TagType::string, none, 0, 0, 0},  // Version
+    {{178015, 6}, TagType::string, none, 0, 0, 0},  // Vendor
+    {{178021, 13}, TagType::int32u, none, 0, 0, 0},  // VorbisVersion
+    {{178034, 13}, TagType::int8u, none, 0, 0, 0},  // AudioChannels
+    {{178047, 10}, TagType::int32u, none, 0, 0, 0},  // SampleRate
+    {{178057, 14}, TagType::int32u, none, 0, 0, 0},  // MaximumBitrate
+    {{178071, 14}, TagType::int32u, none, 0, 0, 0},  // NominalBitrate
+    {{178085, 14}, TagType::int32u, none, 0, 0, 0},  // MinimumBitrate
 };
 constexpr detail::StringRow kStringsEnglishVorbis[] = {
     {{178099, 12}, {177773, 5}},
@@ -10766,85 +10762,84 @@ constexpr std::uint16_t kKeyOrderVorbis[] = {
     22, 23, 24, 25, 26, 33, 27, 28, 30, 29, 31,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsVorbis[37];
-constinit detail::StreamTags gTagsVorbis("Vorbis", kText, kTagsVorbis, kKeyOrderVorbis, {}, gItemsVorbis, &TagStringsCatalogue::stringsVorbis);
 
 // WTV: 73 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsWTV[] = {
-    {{173829, 8}, TagType::string, 0, 0, 0, 0},  // Duration
-    {{177999, 5}, TagType::string, 0, 0, 0, 0},  // Title
-    {{177884, 5}, TagType::string, 0, 0, 0, 0},  // Genre
-    {{173501, 8}, TagType::string, 0, 0, 0, 0},  // Language
-    {{179504, 19}, TagType::string, 0, 0, 0, 0},  // MediaClassPrimaryID
-    {{179523, 21}, TagType::string, 0, 0, 0, 0},  // MediaClassSecondaryID
-    {{179544, 12}, TagType::string, 0, 0, 0, 0},  // MediaCredits
-    {{179556, 12}, TagType::string, 0, 0, 0, 2},  // MediaIsDelay
-    {{179568, 13}, TagType::string, 0, 0, 0, 2},  // MediaIsFinale
-    {{179581, 11}, TagType::string, 0, 0, 0, 2},  // MediaIsLive
-    {{179592, 12}, TagType::string, 0, 0, 0, 2},  // MediaIsMovie
-    {{179604, 15}, TagType::string, 0, 0, 0, 2},  // MediaIsPremiere
-    {{179619, 13}, TagType::string, 0, 0, 0, 2},  // MediaIsRepeat
-    {{179632, 10}, TagType::string, 0, 0, 0, 2},  // MediaIsSAP
-    {{179642, 12}, TagType::string, 0, 0, 0, 2},  // MediaIsSport
-    {{179654, 13}, TagType::string, 0, 0, 0, 2},  // MediaIsStereo
-    {{179667, 16}, TagType::string, 0, 0, 0, 2},  // MediaIsSubtitled
-    {{179683, 11}, TagType::string, 0, 0, 0, 2},  // MediaIsTape
-    {{179694, 23}, TagType::string, 0, 0, 0, 0},  // MediaNetworkAffiliation
-    {{179717, 30}, TagType::string, 0, 0, 0, 0},  // MediaOriginalBroadcastDateTime
-    {{179747, 20}, TagType::string, 0, 0, 0, 0},  // MediaOriginalChannel
-    {{179767, 29}, TagType::string, 0, 0, 0, 0},  // MediaOriginalChannelSubNumber
-    {{179796, 20}, TagType::string, 0, 0, 0, 0},  // MediaOriginalRunTime
-    {{179816, 20}, TagType::string, 0, 0, 0, 0},  // MediaStationCallSign
-    {{179836, 16}, TagType::string, 0, 0, 0, 0},  // MediaStationName
-    {{179852, 22}, TagType::string, 0, 0, 0, 0},  // MediaThumbAspectRatioX
-    {{179874, 22}, TagType::string, 0, 0, 0, 0},  // MediaThumbAspectRatioY
-    {{179896, 16}, TagType::string, 0, 0, 0, 0},  // MediaThumbHeight
-    {{179912, 26}, TagType::string, 0, 0, 0, 0},  // MediaThumbRatingAttributes
-    {{179938, 21}, TagType::string, 0, 0, 0, 0},  // MediaThumbRatingLevel
-    {{179959, 22}, TagType::string, 0, 0, 0, 0},  // MediaThumbRatingSystem
-    {{179981, 13}, TagType::string, 0, 0, 0, 0},  // MediaThumbRet
-    {{179994, 16}, TagType::string, 0, 0, 0, 0},  // MediaThumbStride
-    {{180010, 19}, TagType::string, 0, 0, 0, 0},  // MediaThumbTimeStamp
-    {{180029, 15}, TagType::string, 0, 0, 0, 0},  // MediaThumbWidth
-    {{180044, 19}, TagType::string, 0, 0, 0, 0},  // OriginalReleaseTime
-    {{180063, 14}, TagType::string, 0, 0, 0, 0},  // ParentalRating
-    {{180077, 20}, TagType::string, 0, 0, 0, 0},  // ParentalRatingReason
-    {{180097, 8}, TagType::string, 0, 0, 0, 0},  // Provider
-    {{180105, 17}, TagType::string, 0, 0, 0, 0},  // ProviderCopyright
-    {{180122, 14}, TagType::string, 0, 0, 0, 0},  // ProviderRating
-    {{180136, 8}, TagType::string, 0, 0, 0, 0},  // Subtitle
-    {{180144, 19}, TagType::string, 0, 0, 0, 0},  // SubtitleDescription
-    {{180163, 21}, TagType::string, 0, 0, 0, 2},  // VideoClosedCaptioning
-    {{180184, 11}, TagType::string, 0, 0, 0, 2},  // ATSCContent
-    {{180195, 21}, TagType::string, 0, 0, 0, 0},  // ActualSoftPostPadding
-    {{180216, 20}, TagType::string, 0, 0, 0, 0},  // ActualSoftPrePadding
-    {{180236, 7}, TagType::string, 0, 0, 0, 0},  // Bitrate
-    {{180243, 15}, TagType::string, 0, 0, 0, 0},  // BrandingImageID
-    {{180258, 12}, TagType::string, 0, 0, 0, 0},  // BrandingName
-    {{180270, 16}, TagType::string, 0, 0, 0, 2},  // ContentProtected
-    {{180286, 23}, TagType::string, 0, 0, 0, 0},  // ContentProtectedPercent
-    {{180309, 10}, TagType::string, 0, 0, 0, 2},  // DTVContent
-    {{180319, 10}, TagType::string, 0, 0, 0, 0},  // EncodeTime
-    {{180329, 7}, TagType::string, 0, 0, 0, 0},  // EndTime
-    {{180336, 14}, TagType::string, 0, 0, 0, 0},  // ExpirationDate
-    {{180350, 14}, TagType::string, 0, 0, 0, 0},  // ExpirationSpan
-    {{180364, 9}, TagType::string, 0, 0, 0, 2},  // HDContent
-    {{180373, 15}, TagType::string, 0, 0, 0, 0},  // HardPostPadding
-    {{180388, 14}, TagType::string, 0, 0, 0, 0},  // HardPrePadding
-    {{180402, 22}, TagType::string, 0, 0, 0, 0},  // InBandRatingAttributes
-    {{180424, 17}, TagType::string, 0, 0, 0, 0},  // InBandRatingLevel
-    {{180441, 18}, TagType::string, 0, 0, 0, 0},  // InBandRatingSystem
-    {{180459, 9}, TagType::string, 0, 0, 0, 0},  // KeepUntil
-    {{180468, 23}, TagType::string, 0, 0, 0, 0},  // OriginalSoftPostPadding
-    {{180491, 22}, TagType::string, 0, 0, 0, 0},  // OriginalSoftPrePadding
-    {{180513, 9}, TagType::string, 0, 0, 0, 0},  // ProgramID
-    {{3653, 7}, TagType::string, 0, 0, 0, 0},  // Quality
-    {{180522, 9}, TagType::string, 0, 0, 0, 0},  // RequestID
-    {{180531, 14}, TagType::string, 0, 0, 0, 0},  // ScheduleItemID
-    {{180545, 9}, TagType::string, 0, 0, 0, 0},  // SeriesUID
-    {{180554, 9}, TagType::string, 0, 0, 0, 0},  // ServiceID
-    {{180563, 7}, TagType::string, 0, 0, 0, 2},  // Watched
+    {{173829, 8}, TagType::string, none, 0, 0, 0},  // Duration
+    {{177999, 5}, TagType::string, none, 0, 0, 0},  // Title
+    {{177884, 5}, TagType::string, none, 0, 0, 0},  // Genre
+    {{173501, 8}, TagType::string, none, 0, 0, 0},  // Language
+    {{179504, 19}, TagType::string, none, 0, 0, 0},  // MediaClassPrimaryID
+    {{179523, 21}, TagType::string, none, 0, 0, 0},  // MediaClassSecondaryID
+    {{179544, 12}, TagType::string, none, 0, 0, 0},  // MediaCredits
+    {{179556, 12}, TagType::string, none, 0, 0, 2},  // MediaIsDelay
+    {{179568, 13}, TagType::string, none, 0, 0, 2},  // MediaIsFinale
+    {{179581, 11}, TagType::string, none, 0, 0, 2},  // MediaIsLive
+    {{179592, 12}, TagType::string, none, 0, 0, 2},  // MediaIsMovie
+    {{179604, 15}, TagType::string, none, 0, 0, 2},  // MediaIsPremiere
+    {{179619, 13}, TagType::string, none, 0, 0, 2},  // MediaIsRepeat
+    {{179632, 10}, TagType::string, none, 0, 0, 2},  // MediaIsSAP
+    {{179642, 12}, TagType::string, none, 0, 0, 2},  // MediaIsSport
+    {{179654, 13}, TagType::string, none, 0, 0, 2},  // MediaIsStereo
+    {{179667, 16}, TagType::string, none, 0, 0, 2},  // MediaIsSubtitled
+    {{179683, 11}, TagType::string, none, 0, 0, 2},  // MediaIsTape
+    {{179694, 23}, TagType::string, none, 0, 0, 0},  // MediaNetworkAffiliation
+    {{179717, 30}, TagType::string, none, 0, 0, 0},  // MediaOriginalBroadcastDateTime
+    {{179747, 20}, TagType::string, none, 0, 0, 0},  // MediaOriginalChannel
+    {{179767, 29}, TagType::string, none, 0, 0, 0},  // MediaOriginalChannelSubNumber
+    {{179796, 20}, TagType::string, none, 0, 0, 0},  // MediaOriginalRunTime
+    {{179816, 20}, TagType::string, none, 0, 0, 0},  // MediaStationCallSign
+    {{179836, 16}, TagType::string, none, 0, 0, 0},  // MediaStationName
+    {{179852, 22}, TagType::string, none, 0, 0, 0},  // MediaThumbAspectRatioX
+    {{179874, 22}, TagType::string, none, 0, 0, 0},  // MediaThumbAspectRatioY
+    {{179896, 16}, TagType::string, none, 0, 0, 0},  // MediaThumbHeight
+    {{179912, 26}, TagType::string, none, 0, 0, 0},  // MediaThumbRatingAttributes
+    {{179938, 21}, TagType::string, none, 0, 0, 0},  // MediaThumbRatingLevel
+    {{179959, 22}, TagType::string, none, 0, 0, 0},  // MediaThumbRatingSystem
+    {{179981, 13}, TagType::string, none, 0, 0, 0},  // MediaThumbRet
+    {{179994, 16}, TagType::string, none, 0, 0, 0},  // MediaThumbStride
+    {{180010, 19}, TagType::string, none, 0, 0, 0},  // MediaThumbTimeStamp
+    {{180029, 15}, TagType::string, none, 0, 0, 0},  // MediaThumbWidth
+    {{180044, 19}, TagType::string, none, 0, 0, 0},  // OriginalReleaseTime
+    {{180063, 14}, TagType::string, none, 0, 0, 0},  // ParentalRating
+    {{180077, 20}, TagType::string, none, 0, 0, 0},  // ParentalRatingReason
+    {{180097, 8}, TagType::string, none, 0, 0, 0},  // Provider
+    {{180105, 17}, TagType::string, none, 0, 0, 0},  // ProviderCopyright
+    {{180122, 14}, TagType::string, none, 0, 0, 0},  // ProviderRating
+    {{180136, 8}, TagType::string, none, 0, 0, 0},  // Subtitle
+    {{180144, 19}, TagType::string, none, 0, 0, 0},  // SubtitleDescription
+    {{180163, 21}, TagType::string, none, 0, 0, 2},  // VideoClosedCaptioning
+    {{180184, 11}, TagType::string, none, 0, 0, 2},  // ATSCContent
+    {{180195, 21}, TagType::string, none, 0, 0, 0},  // ActualSoftPostPadding
+    {{180216, 20}, TagType::string, none, 0, 0, 0},  // ActualSoftPrePadding
+    {{180236, 7}, TagType::string, none, 0, 0, 0},  // Bitrate
+    {{180243, 15}, TagType::string, none, 0, 0, 0},  // BrandingImageID
+    {{180258, 12}, TagType::string, none, 0, 0, 0},  // BrandingName
+    {{180270, 16}, TagType::string, none, 0, 0, 2},  // ContentProtected
+    {{180286, 23}, TagType::string, none, 0, 0, 0},  // ContentProtectedPercent
+    {{180309, 10}, TagType::string, none, 0, 0, 2},  // DTVContent
+    {{180319, 10}, TagType::string, none, 0, 0, 0},  // EncodeTime
+    {{180329, 7}, TagType::string, none, 0, 0, 0},  // EndTime
+    {{180336, 14}, TagType::string, none, 0, 0, 0},  // ExpirationDate
+    {{180350, 14}, TagType::string, none, 0, 0, 0},  // ExpirationSpan
+    {{180364, 9}, TagType::string, none, 0, 0, 2},  // HDContent
+    {{180373, 15}, TagType::string, none, 0, 0, 0},  // HardPostPadding
+    {{180388, 14}, TagType::string, none, 0, 0, 0},  // HardPrePadding
+    {{180402, 22}, TagType::string, none, 0, 0, 0},  // InBandRatingAttributes
+    {{180424, 17}, TagType::string, none, 0, 0, 0},  // InBandRatingLevel
+    {{180441, 18}, TagType::string, none, 0, 0, 0},  // InBandRatingSystem
+    {{180459, 9}, TagType::string, none, 0, 0, 0},  // KeepUntil
+    {{180468, 23}, TagType::string, none, 0, 0, 0},  // OriginalSoftPostPadding
+    {{180491, 22}, TagType::string, none, 0, 0, 0},  // OriginalSoftPrePadding
+    {{180513, 9}, TagType::string, none, 0, 0, 0},  // ProgramID
+    {{3653, 7}, TagType::string, none, 0, 0, 0},  // Quality
+    {{180522, 9}, TagType::string, none, 0, 0, 0},  // RequestID
+    {{180531, 14}, TagType::string, none, 0, 0, 0},  // ScheduleItemID
+    {{180545, 9}, TagType::string, none, 0, 0, 0},  // SeriesUID
+    {{180554, 9}, TagType::string, none, 0, 0, 0},  // ServiceID
+    {{180563, 7}, TagType::string, none, 0, 0, 2},  // Watched
 };
 constexpr detail::TextRef kChoicesWTV[] = {
     {8747, 1}, {8738, 1},
@@ -11014,136 +11009,135 @@ constexpr std::uint16_t kKeyOrderWTV[] = {
     31, 32, 33, 34, 35, 64, 65, 36, 37, 66, 38, 39, 40, 67, 68, 69, 70, 71, 41, 42, 1, 43, 72,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsWTV[73];
-constinit detail::StreamTags gTagsWTV("WTV", kText, kTagsWTV, kKeyOrderWTV, kChoicesWTV, gItemsWTV, &TagStringsCatalogue::stringsWTV);
 
 // XML: 124 tags
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsXML[] = {
-    {{183949, 3}, TagType::string, 8, 0, 0, 0},  // XML
-    {{177778, 5}, TagType::string, 0, 0, 0, 0},  // Album
-    {{183952, 7}, TagType::string, 0, 0, 0, 0},  // Caption
-    {{177830, 4}, TagType::string, 0, 0, 0, 0},  // Date
-    {{183959, 8}, TagType::string, 0, 0, 0, 0},  // Keywords
-    {{173513, 4}, TagType::string, 0, 0, 0, 0},  // Name
-    {{183967, 6}, TagType::string, 0, 0, 0, 0},  // People
-    {{183973, 6}, TagType::string, 0, 0, 0, 0},  // Places
-    {{183979, 9}, TagType::string, 0, 0, 0, 0},  // Tool_Name
-    {{183988, 12}, TagType::string, 0, 0, 0, 0},  // Tool_Version
-    {{184000, 13}, TagType::string, 0, 0, 0, 0},  // TimeStampList
-    {{184013, 22}, TagType::string, 0, 0, 0, 0},  // FilterParametersBinary
-    {{184035, 32}, TagType::string, 0, 0, 0, 0},  // FilterParametersCustomCustomData
-    {{184067, 32}, TagType::string, 0, 0, 0, 0},  // FilterParametersExportExportData
-    {{184099, 10}, TagType::string, 0, 0, 0, 0},  // AppVersion
-    {{184109, 11}, TagType::string, 0, 0, 0, 0},  // Application
-    {{184120, 10}, TagType::string, 0, 0, 0, 0},  // Characters
-    {{184130, 20}, TagType::string, 0, 0, 0, 0},  // CharactersWithSpaces
-    {{184150, 9}, TagType::string, 0, 0, 0, 0},  // CheckedBy
-    {{184159, 6}, TagType::string, 0, 0, 0, 0},  // Client
-    {{184165, 7}, TagType::string, 0, 0, 0, 0},  // Company
-    {{184172, 13}, TagType::date, 0, 0, 0, 0},  // DateCompleted
-    {{184185, 10}, TagType::string, 0, 0, 0, 0},  // Department
-    {{184195, 11}, TagType::string, 0, 0, 0, 0},  // Destination
-    {{184206, 11}, TagType::string, 0, 0, 0, 0},  // Disposition
-    {{184217, 8}, TagType::string, 0, 0, 0, 0},  // Division
-    {{184225, 11}, TagType::string, 0, 0, 0, 5},  // DocSecurity
-    {{184236, 14}, TagType::string, 0, 0, 0, 0},  // DocumentNumber
-    {{184250, 6}, TagType::string, 0, 0, 0, 0},  // Editor
-    {{184256, 9}, TagType::string, 0, 0, 0, 0},  // ForwardTo
-    {{184265, 5}, TagType::string, 0, 0, 0, 0},  // Group
-    {{184270, 12}, TagType::string, 0, 0, 0, 0},  // HeadingPairs
-    {{184282, 12}, TagType::string, 0, 0, 0, 0},  // HiddenSlides
-    {{184294, 13}, TagType::string, 0, 0, 0, 0},  // HyperlinkBase
-    {{184307, 17}, TagType::string, 0, 0, 5, 2},  // HyperlinksChanged
-    {{173501, 8}, TagType::string, 0, 0, 0, 0},  // Language
-    {{184324, 5}, TagType::string, 0, 0, 0, 0},  // Lines
-    {{184329, 13}, TagType::string, 0, 0, 5, 2},  // LinksUpToDate
-    {{184342, 7}, TagType::string, 0, 0, 0, 0},  // MMClips
-    {{184349, 8}, TagType::string, 0, 0, 0, 0},  // Mailstop
-    {{184357, 7}, TagType::string, 0, 0, 0, 0},  // Manager
-    {{184364, 6}, TagType::string, 0, 0, 0, 0},  // Matter
-    {{184370, 5}, TagType::string, 0, 0, 0, 0},  // Notes
-    {{184375, 6}, TagType::string, 0, 0, 0, 0},  // Office
-    {{184381, 5}, TagType::string, 0, 0, 0, 0},  // Owner
-    {{184386, 5}, TagType::string, 0, 0, 0, 0},  // Pages
-    {{184391, 10}, TagType::string, 0, 0, 0, 0},  // Paragraphs
-    {{184401, 18}, TagType::string, 0, 0, 0, 0},  // PresentationFormat
-    {{184419, 7}, TagType::string, 0, 0, 0, 0},  // Project
-    {{184426, 9}, TagType::string, 0, 0, 0, 0},  // Publisher
-    {{184435, 7}, TagType::string, 0, 0, 0, 0},  // Purpose
-    {{184442, 12}, TagType::string, 0, 0, 0, 0},  // ReceivedFrom
-    {{184454, 10}, TagType::string, 0, 0, 0, 0},  // RecordedBy
-    {{184464, 12}, TagType::date, 0, 0, 0, 0},  // RecordedDate
-    {{184476, 9}, TagType::string, 0, 0, 0, 0},  // Reference
-    {{184485, 9}, TagType::string, 0, 0, 5, 2},  // ScaleCrop
-    {{184494, 9}, TagType::string, 0, 0, 5, 2},  // SharedDoc
-    {{184503, 6}, TagType::string, 0, 0, 0, 0},  // Slides
-    {{184509, 6}, TagType::string, 0, 0, 0, 0},  // Source
-    {{173995, 6}, TagType::string, 0, 0, 0, 0},  // Status
-    {{184515, 15}, TagType::string, 0, 0, 0, 0},  // TelephoneNumber
-    {{184530, 8}, TagType::string, 0, 0, 0, 0},  // Template
-    {{184538, 13}, TagType::string, 0, 0, 0, 0},  // TitlesOfParts
-    {{184551, 13}, TagType::string, 0, 0, 0, 0},  // TotalEditTime
-    {{184564, 6}, TagType::string, 0, 0, 0, 0},  // Typist
-    {{184570, 5}, TagType::string, 0, 0, 0, 0},  // Words
-    {{184575, 8}, TagType::string, 0, 0, 0, 0},  // Category
-    {{174374, 10}, TagType::date, 0, 0, 0, 0},  // CreateDate
-    {{184583, 11}, TagType::string, 0, 0, 0, 0},  // CreatedType
-    {{184594, 14}, TagType::string, 0, 0, 0, 0},  // LastModifiedBy
-    {{184608, 11}, TagType::date, 0, 0, 0, 0},  // LastPrinted
-    {{6577, 10}, TagType::date, 0, 0, 0, 0},  // ModifyDate
-    {{184619, 12}, TagType::string, 0, 0, 0, 0},  // ModifiedType
-    {{184631, 14}, TagType::string, 0, 0, 0, 0},  // RevisionNumber
-    {{6561, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
-    {{173829, 8}, TagType::string, 0, 0, 0, 0},  // Duration
-    {{8497, 11}, TagType::string, 0, 0, 0, 0},  // GPSLatitude
-    {{8523, 12}, TagType::string, 0, 0, 0, 0},  // GPSLongitude
-    {{8570, 11}, TagType::string, 0, 0, 0, 0},  // GPSMapDatum
-    {{184645, 11}, TagType::string, 0, 0, 0, 0},  // XMLFileType
-    {{184656, 4}, TagType::string, 1, 0, 0, 0},  // Cast
-    {{184660, 11}, TagType::string, 1, 0, 0, 0},  // Codirectors
-    {{184671, 9}, TagType::string, 1, 0, 0, 0},  // Directors
-    {{184680, 9}, TagType::string, 1, 0, 0, 0},  // Producers
-    {{184689, 13}, TagType::string, 1, 0, 0, 0},  // Screenwriters
-    {{184702, 6}, TagType::string, 1, 0, 0, 0},  // Studio
-    {{184708, 8}, TagType::string, 0, 0, 0, 0},  // Abstract
-    {{184716, 12}, TagType::string, 0, 0, 0, 0},  // AccessRights
-    {{184728, 7}, TagType::string, 0, 0, 0, 0},  // Authors
-    {{184735, 23}, TagType::string, 0, 0, 0, 0},  // BibliographicReferences
-    {{184758, 16}, TagType::string, 0, 0, 0, 0},  // BriefDescription
-    {{184774, 17}, TagType::string, 0, 0, 0, 0},  // CompressionCodecs
-    {{184791, 16}, TagType::string, 0, 0, 0, 0},  // CompressionLevel
-    {{184807, 12}, TagType::string, 0, 0, 0, 0},  // Contributors
-    {{177797, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
-    {{184819, 18}, TagType::string, 0, 0, 0, 0},  // CreatorApplication
-    {{184837, 13}, TagType::string, 0, 0, 0, 0},  // CreatorModule
-    {{184850, 9}, TagType::string, 0, 0, 0, 0},  // CreatorOS
-    {{173770, 11}, TagType::string, 0, 0, 0, 0},  // Description
-    {{184859, 11}, TagType::string, 0, 0, 0, 0},  // ImageBounds
-    {{3308, 10}, TagType::string, 0, 0, 0, 0},  // ColorSpace
-    {{184870, 9}, TagType::string, 8, 0, 0, 0},  // ImageData
-    {{184879, 13}, TagType::string, 0, 0, 0, 0},  // ImageGeometry
-    {{184892, 11}, TagType::string, 8, 0, 0, 0},  // ICC_Profile
-    {{184903, 18}, TagType::string, 0, 0, 0, 0},  // ICCProfileLocation
-    {{184921, 7}, TagType::string, 0, 0, 0, 0},  // ImageID
-    {{184928, 9}, TagType::string, 0, 0, 0, 0},  // ImageType
-    {{184937, 13}, TagType::string, 0, 0, 0, 0},  // ImageLocation
-    {{184950, 16}, TagType::string, 0, 0, 0, 0},  // ImagePixelOffset
-    {{6531, 11}, TagType::string, 0, 0, 0, 0},  // Orientation
-    {{184966, 17}, TagType::string, 0, 0, 0, 0},  // ImagePixelStorage
-    {{184983, 11}, TagType::string, 0, 0, 0, 0},  // XResolution
-    {{184994, 14}, TagType::string, 0, 0, 0, 0},  // ResolutionUnit
-    {{185008, 11}, TagType::string, 0, 0, 0, 0},  // YResolution
-    {{185019, 17}, TagType::string, 0, 0, 0, 0},  // ImageSampleFormat
-    {{185036, 4}, TagType::string, 0, 0, 0, 0},  // UUID
-    {{185040, 9}, TagType::string, 0, 0, 0, 0},  // Languages
-    {{177899, 7}, TagType::string, 0, 0, 0, 0},  // License
-    {{185049, 16}, TagType::string, 0, 0, 0, 0},  // RelatedResources
-    {{177999, 5}, TagType::string, 0, 0, 0, 0},  // Title
-    {{185065, 10}, TagType::string, 0, 0, 0, 0},  // LastUpdate
-    {{185075, 6}, TagType::string, 0, 0, 0, 0},  // Author
-    {{6554, 7}, TagType::string, 0, 0, 0, 0},  // Comment
-    {{185081, 8}, TagType::string, 1, 0, 0, 0},  // Projects
+    {{183949, 3}, TagType::string, binary, 0, 0, 0},  // XML
+    {{177778, 5}, TagType::string, none, 0, 0, 0},  // Album
+    {{183952, 7}, TagType::string, none, 0, 0, 0},  // Caption
+    {{177830, 4}, TagType::string, none, 0, 0, 0},  // Date
+    {{183959, 8}, TagType::string, none, 0, 0, 0},  // Keywords
+    {{173513, 4}, TagType::string, none, 0, 0, 0},  // Name
+    {{183967, 6}, TagType::string, none, 0, 0, 0},  // People
+    {{183973, 6}, TagType::string, none, 0, 0, 0},  // Places
+    {{183979, 9}, TagType::string, none, 0, 0, 0},  // Tool_Name
+    {{183988, 12}, TagType::string, none, 0, 0, 0},  // Tool_Version
+    {{184000, 13}, TagType::string, none, 0, 0, 0},  // TimeStampList
+    {{184013, 22}, TagType::string, none, 0, 0, 0},  // FilterParametersBinary
+    {{184035, 32}, TagType::string, none, 0, 0, 0},  // FilterParametersCustomCustomData
+    {{184067, 32}, TagType::string, none, 0, 0, 0},  // FilterParametersExportExportData
+    {{184099, 10}, TagType::string, none, 0, 0, 0},  // AppVersion
+    {{184109, 11}, TagType::string, none, 0, 0, 0},  // Application
+    {{184120, 10}, TagType::string, none, 0, 0, 0},  // Characters
+    {{184130, 20}, TagType::string, none, 0, 0, 0},  // CharactersWithSpaces
+    {{184150, 9}, TagType::string, none, 0, 0, 0},  // CheckedBy
+    {{184159, 6}, TagType::string, none, 0, 0, 0},  // Client
+    {{184165, 7}, TagType::string, none, 0, 0, 0},  // Company
+    {{184172, 13}, TagType::date, none, 0, 0, 0},  // DateCompleted
+    {{184185, 10}, TagType::string, none, 0, 0, 0},  // Department
+    {{184195, 11}, TagType::string, none, 0, 0, 0},  // Destination
+    {{184206, 11}, TagType::string, none, 0, 0, 0},  // Disposition
+    {{184217, 8}, TagType::string, none, 0, 0, 0},  // Division
+    {{184225, 11}, TagType::string, none, 0, 0, 5},  // DocSecurity
+    {{184236, 14}, TagType::string, none, 0, 0, 0},  // DocumentNumber
+    {{184250, 6}, TagType::string, none, 0, 0, 0},  // Editor
+    {{184256, 9}, TagType::string, none, 0, 0, 0},  // ForwardTo
+    {{184265, 5}, TagType::string, none, 0, 0, 0},  // Group
+    {{184270, 12}, TagType::string, none, 0, 0, 0},  // HeadingPairs
+    {{184282, 12}, TagType::string, none, 0, 0, 0},  // HiddenSlides
+    {{184294, 13}, TagType::string, none, 0, 0, 0},  // HyperlinkBase
+    {{184307, 17}, TagType::string, none, 0, 5, 2},  // HyperlinksChanged
+    {{173501, 8}, TagType::string, none, 0, 0, 0},  // Language
+    {{184324, 5}, TagType::string, none, 0, 0, 0},  // Lines
+    {{184329, 13}, TagType::string, none, 0, 5, 2},  // LinksUpToDate
+    {{184342, 7}, TagType::string, none, 0, 0, 0},  // MMClips
+    {{184349, 8}, TagType::string, none, 0, 0, 0},  // Mailstop
+    {{184357, 7}, TagType::string, none, 0, 0, 0},  // Manager
+    {{184364, 6}, TagType::string, none, 0, 0, 0},  // Matter
+    {{184370, 5}, TagType::string, none, 0, 0, 0},  // Notes
+    {{184375, 6}, TagType::string, none, 0, 0, 0},  // Office
+    {{184381, 5}, TagType::string, none, 0, 0, 0},  // Owner
+    {{184386, 5}, TagType::string, none, 0, 0, 0},  // Pages
+    {{184391, 10}, TagType::string, none, 0, 0, 0},  // Paragraphs
+    {{184401, 18}, TagType::string, none, 0, 0, 0},  // PresentationFormat
+    {{184419, 7}, TagType::string, none, 0, 0, 0},  // Project
+    {{184426, 9}, TagType::string, none, 0, 0, 0},  // Publisher
+    {{184435, 7}, TagType::string, none, 0, 0, 0},  // Purpose
+    {{184442, 12}, TagType::string, none, 0, 0, 0},  // ReceivedFrom
+    {{184454, 10}, TagType::string, none, 0, 0, 0},  // RecordedBy
+    {{184464, 12}, TagType::date, none, 0, 0, 0},  // RecordedDate
+    {{184476, 9}, TagType::string, none, 0, 0, 0},  // Reference
+    {{184485, 9}, TagType::string, none, 0, 5, 2},  // ScaleCrop
+    {{184494, 9}, TagType::string, none, 0, 5, 2},  // SharedDoc
+    {{184503, 6}, TagType::string, none, 0, 0, 0},  // Slides
+    {{184509, 6}, TagType::string, none, 0, 0, 0},  // Source
+    {{173995, 6}, TagType::string, none, 0, 0, 0},  // Status
+    {{184515, 15}, TagType::string, none, 0, 0, 0},  // TelephoneNumber
+    {{184530, 8}, TagType::string, none, 0, 0, 0},  // Template
+    {{184538, 13}, TagType::string, none, 0, 0, 0},  // TitlesOfParts
+    {{184551, 13}, TagType::string, none, 0, 0, 0},  // TotalEditTime
+    {{184564, 6}, TagType::string, none, 0, 0, 0},  // Typist
+    {{184570, 5}, TagType::string, none, 0, 0, 0},  // Words
+    {{184575, 8}, TagType::string, none, 0, 0, 0},  // Category
+    {{174374, 10}, TagType::date, none, 0, 0, 0},  // CreateDate
+    {{184583, 11}, TagType::string, none, 0, 0, 0},  // CreatedType
+    {{184594, 14}, TagType::string, none, 0, 0, 0},  // LastModifiedBy
+    {{184608, 11}, TagType::date, none, 0, 0, 0},  // LastPrinted
+    {{6577, 10}, TagType::date, none, 0, 0, 0},  // ModifyDate
+    {{184619, 12}, TagType::string, none, 0, 0, 0},  // ModifiedType
+    {{184631, 14}, TagType::string, none, 0, 0, 0},  // RevisionNumber
+    {{6561, 16}, TagType::string, none, 0, 0, 0},  // DateTimeOriginal
+    {{173829, 8}, TagType::string, none, 0, 0, 0},  // Duration
+    {{8497, 11}, TagType::string, none, 0, 0, 0},  // GPSLatitude
+    {{8523, 12}, TagType::string, none, 0, 0, 0},  // GPSLongitude
+    {{8570, 11}, TagType::string, none, 0, 0, 0},  // GPSMapDatum
+    {{184645, 11}, TagType::string, none, 0, 0, 0},  // XMLFileType
+    {{184656, 4}, TagType::string, list, 0, 0, 0},  // Cast
+    {{184660, 11}, TagType::string, list, 0, 0, 0},  // Codirectors
+    {{184671, 9}, TagType::string, list, 0, 0, 0},  // Directors
+    {{184680, 9}, TagType::string, list, 0, 0, 0},  // Producers
+    {{184689, 13}, TagType::string, list, 0, 0, 0},  // Screenwriters
+    {{184702, 6}, TagType::string, list, 0, 0, 0},  // Studio
+    {{184708, 8}, TagType::string, none, 0, 0, 0},  // Abstract
+    {{184716, 12}, TagType::string, none, 0, 0, 0},  // AccessRights
+    {{184728, 7}, TagType::string, none, 0, 0, 0},  // Authors
+    {{184735, 23}, TagType::string, none, 0, 0, 0},  // BibliographicReferences
+    {{184758, 16}, TagType::string, none, 0, 0, 0},  // BriefDescription
+    {{184774, 17}, TagType::string, none, 0, 0, 0},  // CompressionCodecs
+    {{184791, 16}, TagType::string, none, 0, 0, 0},  // CompressionLevel
+    {{184807, 12}, TagType::string, none, 0, 0, 0},  // Contributors
+    {{177797, 9}, TagType::string, none, 0, 0, 0},  // Copyright
+    {{184819, 18}, TagType::string, none, 0, 0, 0},  // CreatorApplication
+    {{184837, 13}, TagType::string, none, 0, 0, 0},  // CreatorModule
+    {{184850, 9}, TagType::string, none, 0, 0, 0},  // CreatorOS
+    {{173770, 11}, TagType::string, none, 0, 0, 0},  // Description
+    {{184859, 11}, TagType::string, none, 0, 0, 0},  // ImageBounds
+    {{3308, 10}, TagType::string, none, 0, 0, 0},  // ColorSpace
+    {{184870, 9}, TagType::string, binary, 0, 0, 0},  // ImageData
+    {{184879, 13}, TagType::string, none, 0, 0, 0},  // ImageGeometry
+    {{184892, 11}, TagType::string, binary, 0, 0, 0},  // ICC_Profile
+    {{184903, 18}, TagType::string, none, 0, 0, 0},  // ICCProfileLocation
+    {{184921, 7}, TagType::string, none, 0, 0, 0},  // ImageID
+    {{184928, 9}, TagType::string, none, 0, 0, 0},  // ImageType
+    {{184937, 13}, TagType::string, none, 0, 0, 0},  // ImageLocation
+    {{184950, 16}, TagType::string, none, 0, 0, 0},  // ImagePixelOffset
+    {{6531, 11}, TagType::string, none, 0, 0, 0},  // Orientation
+    {{184966, 17}, TagType::string, none, 0, 0, 0},  // ImagePixelStorage
+    {{184983, 11}, TagType::string, none, 0, 0, 0},  // XResolution
+    {{184994, 14}, TagType::string, none, 0, 0, 0},  // ResolutionUnit
+    {{185008, 11}, TagType::string, none, 0, 0, 0},  // YResolution
+    {{185019, 17}, TagType::string, none, 0, 0, 0},  // ImageSampleFormat
+    {{185036, 4}, TagType::string, none, 0, 0, 0},  // UUID
+    {{185040, 9}, TagType::string, none, 0, 0, 0},  // Languages
+    {{177899, 7}, TagType::string, none, 0, 0, 0},  // License
+    {{185049, 16}, TagType::string, none, 0, 0, 0},  // RelatedResources
+    {{177999, 5}, TagType::string, none, 0, 0, 0},  // Title
+    {{185065, 10}, TagType::string, none, 0, 0, 0},  // LastUpdate
+    {{185075, 6}, TagType::string, none, 0, 0, 0},  // Author
+    {{6554, 7}, TagType::string, none, 0, 0, 0},  // Comment
+    {{185081, 8}, TagType::string, list, 0, 0, 0},  // Projects
 };
 constexpr detail::TextRef kChoicesXML[] = {
     {8747, 1}, {8738, 1}, {8739, 1}, {8756, 1}, {8900, 1}, {185089, 5}, {185094, 4},
@@ -11499,9 +11493,21 @@ constexpr std::uint16_t kKeyOrderXML[] = {
     64, 115, 65, 0, 79, 111, 113,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsXML[124];
-constinit detail::StreamTags gTagsXML("XML", kText, kTagsXML, kKeyOrderXML, kChoicesXML, gItemsXML, &TagStringsCatalogue::stringsXML);
 
 }  // namespace
+
+// Each stream's tags, which the catalogue's index finds them by.
+namespace detail {
+constinit StreamTags gTagsSony("Sony", kText, kTagsSony, kKeyOrderSony, kChoicesSony, gItemsSony, &TagStringsCatalogue::stringsSony);
+constinit StreamTags gTagsSonyIDC("SonyIDC", kText, kTagsSonyIDC, kKeyOrderSonyIDC, kChoicesSonyIDC, gItemsSonyIDC, &TagStringsCatalogue::stringsSonyIDC);
+constinit StreamTags gTagsStim("Stim", kText, kTagsStim, kKeyOrderStim, kChoicesStim, gItemsStim, &TagStringsCatalogue::stringsStim);
+constinit StreamTags gTagsTheora("Theora", kText, kTagsTheora, kKeyOrderTheora, kChoicesTheora, gItemsTheora, &TagStringsCatalogue::stringsTheora);
+constinit StreamTags gTagsTrailer("Trailer", kText, kTagsTrailer, kKeyOrderTrailer, {}, gItemsTrailer, &TagStringsCatalogue::stringsTrailer);
+constinit StreamTags gTagsVCard("VCard", kText, kTagsVCard, kKeyOrderVCard, kChoicesVCard, gItemsVCard, &TagStringsCatalogue::stringsVCard);
+constinit StreamTags gTagsVorbis("Vorbis", kText, kTagsVorbis, kKeyOrderVorbis, {}, gItemsVorbis, &TagStringsCatalogue::stringsVorbis);
+constinit StreamTags gTagsWTV("WTV", kText, kTagsWTV, kKeyOrderWTV, kChoicesWTV, gItemsWTV, &TagStringsCatalogue::stringsWTV);
+constinit StreamTags gTagsXML("XML", kText, kTagsXML, kKeyOrderXML, kChoicesXML, gItemsXML, &TagStringsCatalogue::stringsXML);
+}  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsSony() {
   return gStringsSony.strings(&TagStringsCatalogue::stringTableSony);
@@ -11510,555 +11516,555 @@ TagStringTable TagStringsCatalogue::stringTableSony(ETLanguage language) {
   return gStringsSony.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue32::allStreamsSony() {
-  return gTagsSony.all();
+  return detail::gTagsSony.all();
 }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFType() { return gTagsSony.item(0); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusActiveSensor() { return gTagsSony.item(1); }
-const TagItem& detail::TagItemCatalogue32::itemSonyFocusMode() { return gTagsSony.item(2); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFPoint() { return gTagsSony.item(3); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFPointInFocus() { return gTagsSony.item(4); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFPointAtShutterRelease() { return gTagsSony.item(5); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFAreaMode() { return gTagsSony.item(6); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFPointsUsed() { return gTagsSony.item(7); }
-const TagItem& detail::TagItemCatalogue32::itemSonyExposureProgram() { return gTagsSony.item(8); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFMicroAdj() { return gTagsSony.item(9); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusUpper_left() { return gTagsSony.item(10); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLeft() { return gTagsSony.item(11); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLower_left() { return gTagsSony.item(12); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusFarLeft() { return gTagsSony.item(13); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusTopHorizontal() { return gTagsSony.item(14); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusNearRight() { return gTagsSony.item(15); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusCenterHorizontal() { return gTagsSony.item(16); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusNearLeft() { return gTagsSony.item(17); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusBottomHorizontal() { return gTagsSony.item(18); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusTopVertical() { return gTagsSony.item(19); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusCenterVertical() { return gTagsSony.item(20); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusBottomVertical() { return gTagsSony.item(21); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusFarRight() { return gTagsSony.item(22); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusUpper_right() { return gTagsSony.item(23); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusRight() { return gTagsSony.item(24); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLower_right() { return gTagsSony.item(25); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusUpper_middle() { return gTagsSony.item(26); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLower_middle() { return gTagsSony.item(27); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusUpperFarLeft() { return gTagsSony.item(28); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusUpper_leftHorizontal() { return gTagsSony.item(29); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusFarLeftHorizontal() { return gTagsSony.item(30); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLeftHorizontal() { return gTagsSony.item(31); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLowerFarLeft() { return gTagsSony.item(32); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLower_leftHorizontal() { return gTagsSony.item(33); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusUpper_leftVertical() { return gTagsSony.item(34); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLeftVertical() { return gTagsSony.item(35); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLower_leftVertical() { return gTagsSony.item(36); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusFarLeftVertical() { return gTagsSony.item(37); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusUpperFarRight() { return gTagsSony.item(38); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusUpper_rightHorizontal() { return gTagsSony.item(39); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusFarRightHorizontal() { return gTagsSony.item(40); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusRightHorizontal() { return gTagsSony.item(41); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLowerFarRight() { return gTagsSony.item(42); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLower_rightHorizontal() { return gTagsSony.item(43); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusFarRightVertical() { return gTagsSony.item(44); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusUpper_rightVertical() { return gTagsSony.item(45); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusRightVertical() { return gTagsSony.item(46); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLower_rightVertical() { return gTagsSony.item(47); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_00_B4() { return gTagsSony.item(48); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_01_C4() { return gTagsSony.item(49); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_02_D4() { return gTagsSony.item(50); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_03_E4() { return gTagsSony.item(51); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_04_F4() { return gTagsSony.item(52); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_05_G4() { return gTagsSony.item(53); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_06_H4() { return gTagsSony.item(54); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_07_B3() { return gTagsSony.item(55); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_08_C3() { return gTagsSony.item(56); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_09_D3() { return gTagsSony.item(57); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_10_E3() { return gTagsSony.item(58); }
-const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_11_F3() { return gTagsSony.item(59); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_12_G3() { return gTagsSony.item(60); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_13_H3() { return gTagsSony.item(61); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_14_B2() { return gTagsSony.item(62); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_15_C2() { return gTagsSony.item(63); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_16_D2() { return gTagsSony.item(64); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_17_E2() { return gTagsSony.item(65); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_18_F2() { return gTagsSony.item(66); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_19_G2() { return gTagsSony.item(67); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_20_H2() { return gTagsSony.item(68); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_21_C1() { return gTagsSony.item(69); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_22_D1() { return gTagsSony.item(70); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_23_E1() { return gTagsSony.item(71); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_24_F1() { return gTagsSony.item(72); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_25_G1() { return gTagsSony.item(73); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_26_A7_Vertical() { return gTagsSony.item(74); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_27_A6_Vertical() { return gTagsSony.item(75); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_28_A5_Vertical() { return gTagsSony.item(76); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_29_C7_Vertical() { return gTagsSony.item(77); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_30_C6_Vertical() { return gTagsSony.item(78); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_31_C5_Vertical() { return gTagsSony.item(79); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_32_E7_Vertical() { return gTagsSony.item(80); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_33_E6_Center_Vertical() { return gTagsSony.item(81); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_34_E5_Vertical() { return gTagsSony.item(82); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_35_G7_Vertical() { return gTagsSony.item(83); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_36_G6_Vertical() { return gTagsSony.item(84); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_37_G5_Vertical() { return gTagsSony.item(85); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_38_I7_Vertical() { return gTagsSony.item(86); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_39_I6_Vertical() { return gTagsSony.item(87); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_40_I5_Vertical() { return gTagsSony.item(88); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_41_A7() { return gTagsSony.item(89); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_42_B7() { return gTagsSony.item(90); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_43_C7() { return gTagsSony.item(91); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_44_D7() { return gTagsSony.item(92); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_45_E7() { return gTagsSony.item(93); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_46_F7() { return gTagsSony.item(94); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_47_G7() { return gTagsSony.item(95); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_48_H7() { return gTagsSony.item(96); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_49_I7() { return gTagsSony.item(97); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_50_A6() { return gTagsSony.item(98); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_51_B6() { return gTagsSony.item(99); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_52_C6() { return gTagsSony.item(100); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_53_D6() { return gTagsSony.item(101); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_54_E6_Center() { return gTagsSony.item(102); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_55_F6() { return gTagsSony.item(103); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_56_G6() { return gTagsSony.item(104); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_57_H6() { return gTagsSony.item(105); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_58_I6() { return gTagsSony.item(106); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_59_A5() { return gTagsSony.item(107); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_60_B5() { return gTagsSony.item(108); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_61_C5() { return gTagsSony.item(109); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_62_D5() { return gTagsSony.item(110); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_63_E5() { return gTagsSony.item(111); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_64_F5() { return gTagsSony.item(112); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_65_G5() { return gTagsSony.item(113); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_66_H5() { return gTagsSony.item(114); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_67_I5() { return gTagsSony.item(115); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_68_C11() { return gTagsSony.item(116); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_69_D11() { return gTagsSony.item(117); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_70_E11() { return gTagsSony.item(118); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_71_F11() { return gTagsSony.item(119); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_72_G11() { return gTagsSony.item(120); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_73_B10() { return gTagsSony.item(121); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_74_C10() { return gTagsSony.item(122); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_75_D10() { return gTagsSony.item(123); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_76_E10() { return gTagsSony.item(124); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_77_F10() { return gTagsSony.item(125); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_78_G10() { return gTagsSony.item(126); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_79_H10() { return gTagsSony.item(127); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_80_B9() { return gTagsSony.item(128); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_81_C9() { return gTagsSony.item(129); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_82_D9() { return gTagsSony.item(130); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_83_E9() { return gTagsSony.item(131); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_84_F9() { return gTagsSony.item(132); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_85_G9() { return gTagsSony.item(133); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_86_H9() { return gTagsSony.item(134); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_87_B8() { return gTagsSony.item(135); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_88_C8() { return gTagsSony.item(136); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_89_D8() { return gTagsSony.item(137); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_90_E8() { return gTagsSony.item(138); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_91_F8() { return gTagsSony.item(139); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_92_G8() { return gTagsSony.item(140); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_93_H8() { return gTagsSony.item(141); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_94_E6_Center_F2_8() { return gTagsSony.item(142); }
-const TagItem& detail::TagItemCatalogue33::itemSonyLensSpec() { return gTagsSony.item(143); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocusModeSetting() { return gTagsSony.item(144); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFPointSelected() { return gTagsSony.item(145); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusBottomAssist_left() { return gTagsSony.item(146); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusBottom() { return gTagsSony.item(147); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusBottomAssist_right() { return gTagsSony.item(148); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusCenter_7() { return gTagsSony.item(149); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusCenter_horizontal() { return gTagsSony.item(150); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusCenter_9() { return gTagsSony.item(151); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusCenter_10() { return gTagsSony.item(152); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusCenter_11() { return gTagsSony.item(153); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusCenter_12() { return gTagsSony.item(154); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusCenter_vertical() { return gTagsSony.item(155); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusCenter_14() { return gTagsSony.item(156); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusTopAssist_left() { return gTagsSony.item(157); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusTop() { return gTagsSony.item(158); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusTopAssist_right() { return gTagsSony.item(159); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusCenterF2_8() { return gTagsSony.item(160); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFMicroAdjValue() { return gTagsSony.item(161); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFMicroAdjMode() { return gTagsSony.item(162); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFMicroAdjRegisteredLenses() { return gTagsSony.item(163); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusTop_right() { return gTagsSony.item(164); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusBottom_right() { return gTagsSony.item(165); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusMiddleHorizontal() { return gTagsSony.item(166); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusTop_left() { return gTagsSony.item(167); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusBottom_left() { return gTagsSony.item(168); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocalLength() { return gTagsSony.item(169); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocalLengthTeleZoom() { return gTagsSony.item(170); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocusStatus() { return gTagsSony.item(171); }
-const TagItem& detail::TagItemCatalogue33::itemSonyExposureTime() { return gTagsSony.item(172); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFNumber() { return gTagsSony.item(173); }
-const TagItem& detail::TagItemCatalogue33::itemSonyHighSpeedSync() { return gTagsSony.item(174); }
-const TagItem& detail::TagItemCatalogue33::itemSonyExposureCompensationSet() { return gTagsSony.item(175); }
-const TagItem& detail::TagItemCatalogue33::itemSonyDriveMode() { return gTagsSony.item(176); }
-const TagItem& detail::TagItemCatalogue33::itemSonyWhiteBalanceSetting() { return gTagsSony.item(177); }
-const TagItem& detail::TagItemCatalogue33::itemSonyWhiteBalanceFineTune() { return gTagsSony.item(178); }
-const TagItem& detail::TagItemCatalogue33::itemSonyColorTemperatureSet() { return gTagsSony.item(179); }
-const TagItem& detail::TagItemCatalogue33::itemSonyColorCompensationFilterSet() { return gTagsSony.item(180); }
-const TagItem& detail::TagItemCatalogue33::itemSonyColorTemperatureCustom() { return gTagsSony.item(181); }
-const TagItem& detail::TagItemCatalogue33::itemSonyColorCompensationFilterCustom() { return gTagsSony.item(182); }
-const TagItem& detail::TagItemCatalogue33::itemSonyWhiteBalance() { return gTagsSony.item(183); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFPointSetting() { return gTagsSony.item(184); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFlashMode() { return gTagsSony.item(185); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFlashExposureCompSet() { return gTagsSony.item(186); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMeteringMode() { return gTagsSony.item(187); }
-const TagItem& detail::TagItemCatalogue33::itemSonyISOSetting() { return gTagsSony.item(188); }
-const TagItem& detail::TagItemCatalogue33::itemSonyDynamicRangeOptimizerMode() { return gTagsSony.item(189); }
-const TagItem& detail::TagItemCatalogue33::itemSonyDynamicRangeOptimizerLevel() { return gTagsSony.item(190); }
-const TagItem& detail::TagItemCatalogue33::itemSonyCreativeStyle() { return gTagsSony.item(191); }
-const TagItem& detail::TagItemCatalogue33::itemSonyColorSpace() { return gTagsSony.item(192); }
-const TagItem& detail::TagItemCatalogue33::itemSonySharpness() { return gTagsSony.item(193); }
-const TagItem& detail::TagItemCatalogue33::itemSonyContrast() { return gTagsSony.item(194); }
-const TagItem& detail::TagItemCatalogue33::itemSonySaturation() { return gTagsSony.item(195); }
-const TagItem& detail::TagItemCatalogue33::itemSonyZoneMatchingValue() { return gTagsSony.item(196); }
-const TagItem& detail::TagItemCatalogue33::itemSonyBrightness() { return gTagsSony.item(197); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFlashControl() { return gTagsSony.item(198); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPrioritySetupShutterRelease() { return gTagsSony.item(199); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFIlluminator() { return gTagsSony.item(200); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFWithShutter() { return gTagsSony.item(201); }
-const TagItem& detail::TagItemCatalogue33::itemSonyLongExposureNoiseReduction() { return gTagsSony.item(202); }
-const TagItem& detail::TagItemCatalogue33::itemSonyHighISONoiseReduction() { return gTagsSony.item(203); }
-const TagItem& detail::TagItemCatalogue33::itemSonyImageStyle() { return gTagsSony.item(204); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocusModeSwitch() { return gTagsSony.item(205); }
-const TagItem& detail::TagItemCatalogue33::itemSonyShutterSpeedSetting() { return gTagsSony.item(206); }
-const TagItem& detail::TagItemCatalogue33::itemSonyApertureSetting() { return gTagsSony.item(207); }
-const TagItem& detail::TagItemCatalogue33::itemSonyImageStabilizationSetting() { return gTagsSony.item(208); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFlashAction() { return gTagsSony.item(209); }
-const TagItem& detail::TagItemCatalogue33::itemSonyRotation() { return gTagsSony.item(210); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAELock() { return gTagsSony.item(211); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFlashAction2() { return gTagsSony.item(212); }
-const TagItem& detail::TagItemCatalogue33::itemSonyBatteryState() { return gTagsSony.item(213); }
-const TagItem& detail::TagItemCatalogue33::itemSonyBatteryLevel() { return gTagsSony.item(214); }
-const TagItem& detail::TagItemCatalogue33::itemSonySonyImageSize() { return gTagsSony.item(215); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAspectRatio() { return gTagsSony.item(216); }
-const TagItem& detail::TagItemCatalogue33::itemSonyQuality() { return gTagsSony.item(217); }
-const TagItem& detail::TagItemCatalogue33::itemSonyExposureLevelIncrements() { return gTagsSony.item(218); }
-const TagItem& detail::TagItemCatalogue33::itemSonyRedEyeReduction() { return gTagsSony.item(219); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFolderNumber() { return gTagsSony.item(220); }
-const TagItem& detail::TagItemCatalogue33::itemSonyImageNumber() { return gTagsSony.item(221); }
-const TagItem& detail::TagItemCatalogue33::itemSonyCustomWB_RGBLevels() { return gTagsSony.item(222); }
-const TagItem& detail::TagItemCatalogue33::itemSonyDriveModeSetting() { return gTagsSony.item(223); }
-const TagItem& detail::TagItemCatalogue33::itemSonyDynamicRangeOptimizerSetting() { return gTagsSony.item(224); }
-const TagItem& detail::TagItemCatalogue33::itemSonyCreativeStyleSetting() { return gTagsSony.item(225); }
-const TagItem& detail::TagItemCatalogue33::itemSonyContrastSetting() { return gTagsSony.item(226); }
-const TagItem& detail::TagItemCatalogue33::itemSonySaturationSetting() { return gTagsSony.item(227); }
-const TagItem& detail::TagItemCatalogue33::itemSonySharpnessSetting() { return gTagsSony.item(228); }
-const TagItem& detail::TagItemCatalogue33::itemSonyColorTemperatureSetting() { return gTagsSony.item(229); }
-const TagItem& detail::TagItemCatalogue33::itemSonySmileShutterMode() { return gTagsSony.item(230); }
-const TagItem& detail::TagItemCatalogue33::itemSonyHDRSetting() { return gTagsSony.item(231); }
-const TagItem& detail::TagItemCatalogue33::itemSonyHDRLevel() { return gTagsSony.item(232); }
-const TagItem& detail::TagItemCatalogue33::itemSonyViewingMode() { return gTagsSony.item(233); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFaceDetection() { return gTagsSony.item(234); }
-const TagItem& detail::TagItemCatalogue33::itemSonySmileShutter() { return gTagsSony.item(235); }
-const TagItem& detail::TagItemCatalogue33::itemSonySweepPanoramaSize() { return gTagsSony.item(236); }
-const TagItem& detail::TagItemCatalogue33::itemSonySweepPanoramaDirection() { return gTagsSony.item(237); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMultiFrameNoiseReduction() { return gTagsSony.item(238); }
-const TagItem& detail::TagItemCatalogue33::itemSonyLiveViewAFSetting() { return gTagsSony.item(239); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaSize3D() { return gTagsSony.item(240); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFButtonPressed() { return gTagsSony.item(241); }
-const TagItem& detail::TagItemCatalogue33::itemSonyLiveViewMetering() { return gTagsSony.item(242); }
-const TagItem& detail::TagItemCatalogue33::itemSonyViewingMode2() { return gTagsSony.item(243); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFlashStatusBuilt_in() { return gTagsSony.item(244); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFlashStatusExternal() { return gTagsSony.item(245); }
-const TagItem& detail::TagItemCatalogue33::itemSonyLiveViewFocusMode() { return gTagsSony.item(246); }
-const TagItem& detail::TagItemCatalogue33::itemSonyLensMount() { return gTagsSony.item(247); }
-const TagItem& detail::TagItemCatalogue33::itemSonySequenceNumber() { return gTagsSony.item(248); }
-const TagItem& detail::TagItemCatalogue33::itemSonyShotNumberSincePowerUp2() { return gTagsSony.item(249); }
-const TagItem& detail::TagItemCatalogue33::itemSonyLensE_mountVersion() { return gTagsSony.item(250); }
-const TagItem& detail::TagItemCatalogue33::itemSonyLensFirmwareVersion() { return gTagsSony.item(251); }
-const TagItem& detail::TagItemCatalogue33::itemSonyLensType2() { return gTagsSony.item(252); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPreviewImageStart() { return gTagsSony.item(253); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPreviewImageLength() { return gTagsSony.item(254); }
-const TagItem& detail::TagItemCatalogue33::itemSonyBatteryTemperature() { return gTagsSony.item(255); }
-const TagItem& detail::TagItemCatalogue33::itemSonyBatteryUnknown() { return gTagsSony.item(256); }
-const TagItem& detail::TagItemCatalogue33::itemSonyBatteryVoltage() { return gTagsSony.item(257); }
-const TagItem& detail::TagItemCatalogue33::itemSonyImageStabilization2() { return gTagsSony.item(258); }
-const TagItem& detail::TagItemCatalogue33::itemSonyExtraInfoVersion() { return gTagsSony.item(259); }
-const TagItem& detail::TagItemCatalogue33::itemSonyImageStabilization() { return gTagsSony.item(260); }
-const TagItem& detail::TagItemCatalogue33::itemSonyBatteryVoltage1() { return gTagsSony.item(261); }
-const TagItem& detail::TagItemCatalogue33::itemSonyBatteryVoltage2() { return gTagsSony.item(262); }
-const TagItem& detail::TagItemCatalogue33::itemSonyModeDialPosition() { return gTagsSony.item(263); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMemoryCardConfiguration() { return gTagsSony.item(264); }
-const TagItem& detail::TagItemCatalogue33::itemSonyCameraOrientation() { return gTagsSony.item(265); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFacesDetected() { return gTagsSony.item(266); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFace1Position() { return gTagsSony.item(267); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFace2Position() { return gTagsSony.item(268); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFace3Position() { return gTagsSony.item(269); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFace4Position() { return gTagsSony.item(270); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFace5Position() { return gTagsSony.item(271); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFace6Position() { return gTagsSony.item(272); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFace7Position() { return gTagsSony.item(273); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFace8Position() { return gTagsSony.item(274); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFaceTest2() { return gTagsSony.item(275); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFaceTest8() { return gTagsSony.item(276); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPotentialFace1Position() { return gTagsSony.item(277); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPotentialFace2Position() { return gTagsSony.item(278); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPotentialFace3Position() { return gTagsSony.item(279); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPotentialFace4Position() { return gTagsSony.item(280); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPotentialFace5Position() { return gTagsSony.item(281); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPotentialFace6Position() { return gTagsSony.item(282); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPotentialFace7Position() { return gTagsSony.item(283); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPotentialFace8Position() { return gTagsSony.item(284); }
-const TagItem& detail::TagItemCatalogue33::itemSonyDriveMode2() { return gTagsSony.item(285); }
-const TagItem& detail::TagItemCatalogue33::itemSonyBracketShotNumber() { return gTagsSony.item(286); }
-const TagItem& detail::TagItemCatalogue33::itemSonyWhiteBalanceBracketing() { return gTagsSony.item(287); }
-const TagItem& detail::TagItemCatalogue33::itemSonyBracketShotNumber2() { return gTagsSony.item(288); }
-const TagItem& detail::TagItemCatalogue33::itemSonyDynamicRangeOptimizerBracket() { return gTagsSony.item(289); }
-const TagItem& detail::TagItemCatalogue33::itemSonyExposureBracketShotNumber() { return gTagsSony.item(290); }
-const TagItem& detail::TagItemCatalogue33::itemSonyISO() { return gTagsSony.item(291); }
-const TagItem& detail::TagItemCatalogue33::itemSonyShutterCount() { return gTagsSony.item(292); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocusPosition() { return gTagsSony.item(293); }
-const TagItem& detail::TagItemCatalogue33::itemSonyISOAutoMin() { return gTagsSony.item(294); }
-const TagItem& detail::TagItemCatalogue33::itemSonyISOAutoMax() { return gTagsSony.item(295); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFlashExposureComp() { return gTagsSony.item(296); }
-const TagItem& detail::TagItemCatalogue33::itemSonyTeleconverter() { return gTagsSony.item(297); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMultiBurstMode() { return gTagsSony.item(298); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMultiBurstImageWidth() { return gTagsSony.item(299); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMultiBurstImageHeight() { return gTagsSony.item(300); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPreviewImage() { return gTagsSony.item(301); }
-const TagItem& detail::TagItemCatalogue33::itemSonyRating() { return gTagsSony.item(302); }
-const TagItem& detail::TagItemCatalogue33::itemSonyHDR() { return gTagsSony.item(303); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPictureEffect() { return gTagsSony.item(304); }
-const TagItem& detail::TagItemCatalogue33::itemSonySoftSkinEffect() { return gTagsSony.item(305); }
-const TagItem& detail::TagItemCatalogue33::itemSonyTag_0x2010() { return gTagsSony.item(306); }
-const TagItem& detail::TagItemCatalogue33::itemSonyVignettingCorrection() { return gTagsSony.item(307); }
-const TagItem& detail::TagItemCatalogue33::itemSonyLateralChromaticAberration() { return gTagsSony.item(308); }
-const TagItem& detail::TagItemCatalogue33::itemSonyDistortionCorrectionSetting() { return gTagsSony.item(309); }
-const TagItem& detail::TagItemCatalogue33::itemSonyWBShiftAB_GM() { return gTagsSony.item(310); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAutoPortraitFramed() { return gTagsSony.item(311); }
-const TagItem& detail::TagItemCatalogue33::itemSonyElectronicFrontCurtainShutter() { return gTagsSony.item(312); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFAreaModeSetting() { return gTagsSony.item(313); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFlexibleSpotPosition() { return gTagsSony.item(314); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFTracking() { return gTagsSony.item(315); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointsUsed() { return gTagsSony.item(316); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMultiFrameNREffect() { return gTagsSony.item(317); }
-const TagItem& detail::TagItemCatalogue33::itemSonyWBShiftAB_GM_Precise() { return gTagsSony.item(318); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocusLocation() { return gTagsSony.item(319); }
-const TagItem& detail::TagItemCatalogue33::itemSonyVariableLowPassFilter() { return gTagsSony.item(320); }
-const TagItem& detail::TagItemCatalogue33::itemSonyRAWFileType() { return gTagsSony.item(321); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPrioritySetInAWB() { return gTagsSony.item(322); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMeteringMode2() { return gTagsSony.item(323); }
-const TagItem& detail::TagItemCatalogue33::itemSonyExposureStandardAdjustment() { return gTagsSony.item(324); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPixelShiftInfo() { return gTagsSony.item(325); }
-const TagItem& detail::TagItemCatalogue33::itemSonySerialNumber() { return gTagsSony.item(326); }
-const TagItem& detail::TagItemCatalogue33::itemSonyShadows() { return gTagsSony.item(327); }
-const TagItem& detail::TagItemCatalogue33::itemSonyHighlights() { return gTagsSony.item(328); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFade() { return gTagsSony.item(329); }
-const TagItem& detail::TagItemCatalogue33::itemSonySharpnessRange() { return gTagsSony.item(330); }
-const TagItem& detail::TagItemCatalogue33::itemSonyClarity() { return gTagsSony.item(331); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocusFrameSize() { return gTagsSony.item(332); }
-const TagItem& detail::TagItemCatalogue33::itemSonyJPEG_HEIFSwitch() { return gTagsSony.item(333); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocusLocation2() { return gTagsSony.item(334); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_0x9050() { return gTagsSony.item(335); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_0x9400() { return gTagsSony.item(336); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_0x9402() { return gTagsSony.item(337); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_0x9404() { return gTagsSony.item(338); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_0x9405() { return gTagsSony.item(339); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_0x9406() { return gTagsSony.item(340); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_0x9407() { return gTagsSony.item(341); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_0x9408() { return gTagsSony.item(342); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_0x9409() { return gTagsSony.item(343); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_0x940a() { return gTagsSony.item(344); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_0x940b() { return gTagsSony.item(345); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_0x940c() { return gTagsSony.item(346); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_0x940d() { return gTagsSony.item(347); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_0x940e() { return gTagsSony.item(348); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_0x940f() { return gTagsSony.item(349); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_0x9411() { return gTagsSony.item(350); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFileFormat() { return gTagsSony.item(351); }
-const TagItem& detail::TagItemCatalogue33::itemSonySonyModelID() { return gTagsSony.item(352); }
-const TagItem& detail::TagItemCatalogue33::itemSonyColorTemperature() { return gTagsSony.item(353); }
-const TagItem& detail::TagItemCatalogue33::itemSonyColorCompensationFilter() { return gTagsSony.item(354); }
-const TagItem& detail::TagItemCatalogue33::itemSonySceneMode() { return gTagsSony.item(355); }
-const TagItem& detail::TagItemCatalogue33::itemSonyZoneMatching() { return gTagsSony.item(356); }
-const TagItem& detail::TagItemCatalogue33::itemSonyDynamicRangeOptimizer() { return gTagsSony.item(357); }
-const TagItem& detail::TagItemCatalogue33::itemSonyLensType() { return gTagsSony.item(358); }
-const TagItem& detail::TagItemCatalogue33::itemSonyColorMode() { return gTagsSony.item(359); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFullImageSize() { return gTagsSony.item(360); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPreviewImageSize() { return gTagsSony.item(361); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMacro() { return gTagsSony.item(362); }
-const TagItem& detail::TagItemCatalogue33::itemSonyExposureMode() { return gTagsSony.item(363); }
-const TagItem& detail::TagItemCatalogue33::itemSonyJPEGQuality() { return gTagsSony.item(364); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFlashLevel() { return gTagsSony.item(365); }
-const TagItem& detail::TagItemCatalogue33::itemSonyReleaseMode() { return gTagsSony.item(366); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAnti_Blur() { return gTagsSony.item(367); }
-const TagItem& detail::TagItemCatalogue33::itemSonyHighISONoiseReduction2() { return gTagsSony.item(368); }
-const TagItem& detail::TagItemCatalogue33::itemSonyIntelligentAuto() { return gTagsSony.item(369); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo1Row1() { return gTagsSony.item(370); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo1Row2() { return gTagsSony.item(371); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo1Row3() { return gTagsSony.item(372); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo1Row4() { return gTagsSony.item(373); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo1Row5() { return gTagsSony.item(374); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo1Row6() { return gTagsSony.item(375); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo1Row7() { return gTagsSony.item(376); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo2Row1() { return gTagsSony.item(377); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo2Row2() { return gTagsSony.item(378); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo2Row3() { return gTagsSony.item(379); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo2Row4() { return gTagsSony.item(380); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo2Row5() { return gTagsSony.item(381); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo2Row6() { return gTagsSony.item(382); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo2Row7() { return gTagsSony.item(383); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo2Row8() { return gTagsSony.item(384); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo2Row9() { return gTagsSony.item(385); }
-const TagItem& detail::TagItemCatalogue33::itemSonyImageCount() { return gTagsSony.item(386); }
-const TagItem& detail::TagItemCatalogue33::itemSonyShotNumberSincePowerUp() { return gTagsSony.item(387); }
-const TagItem& detail::TagItemCatalogue33::itemSonyCustomWB_RBLevels() { return gTagsSony.item(388); }
-const TagItem& detail::TagItemCatalogue33::itemSonyBrightnessValue() { return gTagsSony.item(389); }
-const TagItem& detail::TagItemCatalogue33::itemSonyLiveViewAFMethod() { return gTagsSony.item(390); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocalLength2() { return gTagsSony.item(391); }
-const TagItem& detail::TagItemCatalogue33::itemSonyExposureCompensation2() { return gTagsSony.item(392); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFlashExposureCompSet2() { return gTagsSony.item(393); }
-const TagItem& detail::TagItemCatalogue33::itemSonyOrientation2() { return gTagsSony.item(394); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocusPosition2() { return gTagsSony.item(395); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocusMode2() { return gTagsSony.item(396); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFlashActionExternal() { return gTagsSony.item(397); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFlashStatus() { return gTagsSony.item(398); }
-const TagItem& detail::TagItemCatalogue33::itemSonyBarcode() { return gTagsSony.item(399); }
-const TagItem& detail::TagItemCatalogue33::itemSonySensorTemperature() { return gTagsSony.item(400); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFirmwareVersion() { return gTagsSony.item(401); }
-const TagItem& detail::TagItemCatalogue33::itemSonyCameraTemperature() { return gTagsSony.item(402); }
-const TagItem& detail::TagItemCatalogue33::itemSonyBoardTemperature() { return gTagsSony.item(403); }
-const TagItem& detail::TagItemCatalogue33::itemSonyTextInfo1() { return gTagsSony.item(404); }
-const TagItem& detail::TagItemCatalogue33::itemSonyTextInfo2() { return gTagsSony.item(405); }
-const TagItem& detail::TagItemCatalogue33::itemSonyVibrationReduction() { return gTagsSony.item(406); }
-const TagItem& detail::TagItemCatalogue33::itemSonyJpgFromRawStart() { return gTagsSony.item(407); }
-const TagItem& detail::TagItemCatalogue33::itemSonyJpgFromRawLength() { return gTagsSony.item(408); }
-const TagItem& detail::TagItemCatalogue33::itemSonySonyImageWidth() { return gTagsSony.item(409); }
-const TagItem& detail::TagItemCatalogue33::itemSonySonyImageHeight() { return gTagsSony.item(410); }
-const TagItem& detail::TagItemCatalogue33::itemSonyOrientation() { return gTagsSony.item(411); }
-const TagItem& detail::TagItemCatalogue33::itemSonyImageQuality() { return gTagsSony.item(412); }
-const TagItem& detail::TagItemCatalogue33::itemSonyComment() { return gTagsSony.item(413); }
-const TagItem& detail::TagItemCatalogue33::itemSonyDateTimeOriginal() { return gTagsSony.item(414); }
-const TagItem& detail::TagItemCatalogue33::itemSonyModifyDate() { return gTagsSony.item(415); }
-const TagItem& detail::TagItemCatalogue33::itemSonyExposureCompensation() { return gTagsSony.item(416); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFlash() { return gTagsSony.item(417); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaFullWidth() { return gTagsSony.item(418); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaFullHeight() { return gTagsSony.item(419); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaDirection() { return gTagsSony.item(420); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaCropLeft() { return gTagsSony.item(421); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaCropTop() { return gTagsSony.item(422); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaCropRight() { return gTagsSony.item(423); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaCropBottom() { return gTagsSony.item(424); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaFrameWidth() { return gTagsSony.item(425); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaFrameHeight() { return gTagsSony.item(426); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaSourceWidth() { return gTagsSony.item(427); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaSourceHeight() { return gTagsSony.item(428); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFaceInfoOffset() { return gTagsSony.item(429); }
-const TagItem& detail::TagItemCatalogue33::itemSonySonyDateTime() { return gTagsSony.item(430); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFaceInfoLength() { return gTagsSony.item(431); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMetaVersion() { return gTagsSony.item(432); }
-const TagItem& detail::TagItemCatalogue33::itemSonyReleaseMode3() { return gTagsSony.item(433); }
-const TagItem& detail::TagItemCatalogue33::itemSonyReleaseMode2() { return gTagsSony.item(434); }
-const TagItem& detail::TagItemCatalogue33::itemSonySelfTimer() { return gTagsSony.item(435); }
-const TagItem& detail::TagItemCatalogue33::itemSonyStopsAboveBaseISO() { return gTagsSony.item(436); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPictureProfile() { return gTagsSony.item(437); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPictureEffect2() { return gTagsSony.item(438); }
-const TagItem& detail::TagItemCatalogue33::itemSonyQuality2() { return gTagsSony.item(439); }
-const TagItem& detail::TagItemCatalogue33::itemSonyWB_RGBLevels() { return gTagsSony.item(440); }
-const TagItem& detail::TagItemCatalogue33::itemSonySequenceImageNumber() { return gTagsSony.item(441); }
-const TagItem& detail::TagItemCatalogue33::itemSonySequenceFileNumber() { return gTagsSony.item(442); }
-const TagItem& detail::TagItemCatalogue33::itemSonySonyISO() { return gTagsSony.item(443); }
-const TagItem& detail::TagItemCatalogue33::itemSonyDistortionCorrParams() { return gTagsSony.item(444); }
-const TagItem& detail::TagItemCatalogue33::itemSonyDigitalZoomRatio() { return gTagsSony.item(445); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMinFocalLength() { return gTagsSony.item(446); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMaxFocalLength() { return gTagsSony.item(447); }
-const TagItem& detail::TagItemCatalogue33::itemSonyLensFormat() { return gTagsSony.item(448); }
-const TagItem& detail::TagItemCatalogue33::itemSonyDistortionCorrParamsPresent() { return gTagsSony.item(449); }
-const TagItem& detail::TagItemCatalogue33::itemSonyDistortionCorrParamsNumber() { return gTagsSony.item(450); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointArea() { return gTagsSony.item(451); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation1() { return gTagsSony.item(452); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation2() { return gTagsSony.item(453); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation3() { return gTagsSony.item(454); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation4() { return gTagsSony.item(455); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation5() { return gTagsSony.item(456); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation6() { return gTagsSony.item(457); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation7() { return gTagsSony.item(458); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation8() { return gTagsSony.item(459); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation9() { return gTagsSony.item(460); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation10() { return gTagsSony.item(461); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation11() { return gTagsSony.item(462); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation12() { return gTagsSony.item(463); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation13() { return gTagsSony.item(464); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation14() { return gTagsSony.item(465); }
-const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation15() { return gTagsSony.item(466); }
-const TagItem& detail::TagItemCatalogue33::itemSonySonyMaxAperture() { return gTagsSony.item(467); }
-const TagItem& detail::TagItemCatalogue33::itemSonySonyMinAperture() { return gTagsSony.item(468); }
-const TagItem& detail::TagItemCatalogue33::itemSonyShutter() { return gTagsSony.item(469); }
-const TagItem& detail::TagItemCatalogue33::itemSonySonyExposureTime() { return gTagsSony.item(470); }
-const TagItem& detail::TagItemCatalogue33::itemSonySonyFNumber() { return gTagsSony.item(471); }
-const TagItem& detail::TagItemCatalogue33::itemSonyShutterCount2() { return gTagsSony.item(472); }
-const TagItem& detail::TagItemCatalogue33::itemSonySonyDateTime2() { return gTagsSony.item(473); }
-const TagItem& detail::TagItemCatalogue33::itemSonyInternalSerialNumber() { return gTagsSony.item(474); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAPS_CSizeCapture() { return gTagsSony.item(475); }
-const TagItem& detail::TagItemCatalogue33::itemSonyLensSpecFeatures() { return gTagsSony.item(476); }
-const TagItem& detail::TagItemCatalogue33::itemSonyShutterCount3() { return gTagsSony.item(477); }
-const TagItem& detail::TagItemCatalogue33::itemSonyDigitalZoom() { return gTagsSony.item(478); }
-const TagItem& detail::TagItemCatalogue33::itemSonySequenceLength() { return gTagsSony.item(479); }
-const TagItem& detail::TagItemCatalogue33::itemSonyModelReleaseYear() { return gTagsSony.item(480); }
-const TagItem& detail::TagItemCatalogue33::itemSonyShutterType() { return gTagsSony.item(481); }
-const TagItem& detail::TagItemCatalogue33::itemSonyVer9401() { return gTagsSony.item(482); }
-const TagItem& detail::TagItemCatalogue33::itemSonyTempTest1() { return gTagsSony.item(483); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAmbientTemperature() { return gTagsSony.item(484); }
-const TagItem& detail::TagItemCatalogue33::itemSonyTempTest2() { return gTagsSony.item(485); }
-const TagItem& detail::TagItemCatalogue33::itemSonyLensZoomPosition() { return gTagsSony.item(486); }
-const TagItem& detail::TagItemCatalogue33::itemSonyDistortionCorrection() { return gTagsSony.item(487); }
-const TagItem& detail::TagItemCatalogue33::itemSonyVignettingCorrParams() { return gTagsSony.item(488); }
-const TagItem& detail::TagItemCatalogue33::itemSonyChromaticAberrationCorrParams() { return gTagsSony.item(489); }
-const TagItem& detail::TagItemCatalogue33::itemSonyBaseISO() { return gTagsSony.item(490); }
-const TagItem& detail::TagItemCatalogue33::itemSonySonyExposureTime2() { return gTagsSony.item(491); }
-const TagItem& detail::TagItemCatalogue33::itemSonySonyMaxApertureValue() { return gTagsSony.item(492); }
-const TagItem& detail::TagItemCatalogue33::itemSonySonyImageWidthMax() { return gTagsSony.item(493); }
-const TagItem& detail::TagItemCatalogue33::itemSonySonyImageHeightMax() { return gTagsSony.item(494); }
-const TagItem& detail::TagItemCatalogue33::itemSonyBatteryLevelGrip1() { return gTagsSony.item(495); }
-const TagItem& detail::TagItemCatalogue33::itemSonyBatteryLevelGrip2() { return gTagsSony.item(496); }
-const TagItem& detail::TagItemCatalogue33::itemSonyBattery2() { return gTagsSony.item(497); }
-const TagItem& detail::TagItemCatalogue33::itemSonyBatteryStatus1() { return gTagsSony.item(498); }
-const TagItem& detail::TagItemCatalogue33::itemSonyBatteryStatus2() { return gTagsSony.item(499); }
-const TagItem& detail::TagItemCatalogue33::itemSonyBatteryLevel2() { return gTagsSony.item(500); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAFPointsSelected() { return gTagsSony.item(501); }
-const TagItem& detail::TagItemCatalogue33::itemSonyLensMount2() { return gTagsSony.item(502); }
-const TagItem& detail::TagItemCatalogue33::itemSonyLensType3() { return gTagsSony.item(503); }
-const TagItem& detail::TagItemCatalogue33::itemSonyCameraE_mountVersion() { return gTagsSony.item(504); }
-const TagItem& detail::TagItemCatalogue33::itemSonyTiffMeteringImageWidth() { return gTagsSony.item(505); }
-const TagItem& detail::TagItemCatalogue33::itemSonyTiffMeteringImageHeight() { return gTagsSony.item(506); }
-const TagItem& detail::TagItemCatalogue33::itemSonyTag9416_0000() { return gTagsSony.item(507); }
-const TagItem& detail::TagItemCatalogue33::itemSonySonyFNumber2() { return gTagsSony.item(508); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x060e() { return gTagsSony.item(509); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x3210() { return gTagsSony.item(510); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x3219() { return gTagsSony.item(511); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x321a() { return gTagsSony.item(512); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x8001() { return gTagsSony.item(513); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x8004() { return gTagsSony.item(514); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x8005() { return gTagsSony.item(515); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x800a() { return gTagsSony.item(516); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x800b() { return gTagsSony.item(517); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x8100() { return gTagsSony.item(518); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x8101() { return gTagsSony.item(519); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x8104() { return gTagsSony.item(520); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x8105() { return gTagsSony.item(521); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x8106() { return gTagsSony.item(522); }
-const TagItem& detail::TagItemCatalogue33::itemSonyMasterGainAdjustment() { return gTagsSony.item(523); }
-const TagItem& detail::TagItemCatalogue33::itemSonyElectricalExtenderMagnification() { return gTagsSony.item(524); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x810d() { return gTagsSony.item(525); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x8115() { return gTagsSony.item(526); }
-const TagItem& detail::TagItemCatalogue33::itemSonyGPSVersionID() { return gTagsSony.item(527); }
-const TagItem& detail::TagItemCatalogue33::itemSonyGPSLatitudeRef() { return gTagsSony.item(528); }
-const TagItem& detail::TagItemCatalogue33::itemSonyGPSLatitude() { return gTagsSony.item(529); }
-const TagItem& detail::TagItemCatalogue33::itemSonyGPSLongitudeRef() { return gTagsSony.item(530); }
-const TagItem& detail::TagItemCatalogue33::itemSonyGPSLongitude() { return gTagsSony.item(531); }
-const TagItem& detail::TagItemCatalogue33::itemSonyGPSTimeStamp() { return gTagsSony.item(532); }
-const TagItem& detail::TagItemCatalogue33::itemSonyGPSStatus() { return gTagsSony.item(533); }
-const TagItem& detail::TagItemCatalogue33::itemSonyGPSMeasureMode() { return gTagsSony.item(534); }
-const TagItem& detail::TagItemCatalogue33::itemSonyGPSMapDatum() { return gTagsSony.item(535); }
-const TagItem& detail::TagItemCatalogue33::itemSonyGPSDateStamp() { return gTagsSony.item(536); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0xe000() { return gTagsSony.item(537); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0xe300() { return gTagsSony.item(538); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0xe301() { return gTagsSony.item(539); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0xe302() { return gTagsSony.item(540); }
-const TagItem& detail::TagItemCatalogue33::itemSonyDateTime() { return gTagsSony.item(541); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0xe435() { return gTagsSony.item(542); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0xe437() { return gTagsSony.item(543); }
-const TagItem& detail::TagItemCatalogue33::itemSonyPitchRollYaw() { return gTagsSony.item(544); }
-const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0xe445() { return gTagsSony.item(545); }
-const TagItem& detail::TagItemCatalogue33::itemSonyAccelerometer() { return gTagsSony.item(546); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFType() { return detail::gTagsSony.item(0); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusActiveSensor() { return detail::gTagsSony.item(1); }
+const TagItem& detail::TagItemCatalogue32::itemSonyFocusMode() { return detail::gTagsSony.item(2); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFPoint() { return detail::gTagsSony.item(3); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFPointInFocus() { return detail::gTagsSony.item(4); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFPointAtShutterRelease() { return detail::gTagsSony.item(5); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFAreaMode() { return detail::gTagsSony.item(6); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFPointsUsed() { return detail::gTagsSony.item(7); }
+const TagItem& detail::TagItemCatalogue32::itemSonyExposureProgram() { return detail::gTagsSony.item(8); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFMicroAdj() { return detail::gTagsSony.item(9); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusUpper_left() { return detail::gTagsSony.item(10); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLeft() { return detail::gTagsSony.item(11); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLower_left() { return detail::gTagsSony.item(12); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusFarLeft() { return detail::gTagsSony.item(13); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusTopHorizontal() { return detail::gTagsSony.item(14); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusNearRight() { return detail::gTagsSony.item(15); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusCenterHorizontal() { return detail::gTagsSony.item(16); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusNearLeft() { return detail::gTagsSony.item(17); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusBottomHorizontal() { return detail::gTagsSony.item(18); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusTopVertical() { return detail::gTagsSony.item(19); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusCenterVertical() { return detail::gTagsSony.item(20); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusBottomVertical() { return detail::gTagsSony.item(21); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusFarRight() { return detail::gTagsSony.item(22); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusUpper_right() { return detail::gTagsSony.item(23); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusRight() { return detail::gTagsSony.item(24); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLower_right() { return detail::gTagsSony.item(25); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusUpper_middle() { return detail::gTagsSony.item(26); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLower_middle() { return detail::gTagsSony.item(27); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusUpperFarLeft() { return detail::gTagsSony.item(28); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusUpper_leftHorizontal() { return detail::gTagsSony.item(29); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusFarLeftHorizontal() { return detail::gTagsSony.item(30); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLeftHorizontal() { return detail::gTagsSony.item(31); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLowerFarLeft() { return detail::gTagsSony.item(32); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLower_leftHorizontal() { return detail::gTagsSony.item(33); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusUpper_leftVertical() { return detail::gTagsSony.item(34); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLeftVertical() { return detail::gTagsSony.item(35); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLower_leftVertical() { return detail::gTagsSony.item(36); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusFarLeftVertical() { return detail::gTagsSony.item(37); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusUpperFarRight() { return detail::gTagsSony.item(38); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusUpper_rightHorizontal() { return detail::gTagsSony.item(39); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusFarRightHorizontal() { return detail::gTagsSony.item(40); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusRightHorizontal() { return detail::gTagsSony.item(41); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLowerFarRight() { return detail::gTagsSony.item(42); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLower_rightHorizontal() { return detail::gTagsSony.item(43); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusFarRightVertical() { return detail::gTagsSony.item(44); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusUpper_rightVertical() { return detail::gTagsSony.item(45); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusRightVertical() { return detail::gTagsSony.item(46); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatusLower_rightVertical() { return detail::gTagsSony.item(47); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_00_B4() { return detail::gTagsSony.item(48); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_01_C4() { return detail::gTagsSony.item(49); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_02_D4() { return detail::gTagsSony.item(50); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_03_E4() { return detail::gTagsSony.item(51); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_04_F4() { return detail::gTagsSony.item(52); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_05_G4() { return detail::gTagsSony.item(53); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_06_H4() { return detail::gTagsSony.item(54); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_07_B3() { return detail::gTagsSony.item(55); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_08_C3() { return detail::gTagsSony.item(56); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_09_D3() { return detail::gTagsSony.item(57); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_10_E3() { return detail::gTagsSony.item(58); }
+const TagItem& detail::TagItemCatalogue32::itemSonyAFStatus_11_F3() { return detail::gTagsSony.item(59); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_12_G3() { return detail::gTagsSony.item(60); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_13_H3() { return detail::gTagsSony.item(61); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_14_B2() { return detail::gTagsSony.item(62); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_15_C2() { return detail::gTagsSony.item(63); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_16_D2() { return detail::gTagsSony.item(64); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_17_E2() { return detail::gTagsSony.item(65); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_18_F2() { return detail::gTagsSony.item(66); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_19_G2() { return detail::gTagsSony.item(67); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_20_H2() { return detail::gTagsSony.item(68); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_21_C1() { return detail::gTagsSony.item(69); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_22_D1() { return detail::gTagsSony.item(70); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_23_E1() { return detail::gTagsSony.item(71); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_24_F1() { return detail::gTagsSony.item(72); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_25_G1() { return detail::gTagsSony.item(73); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_26_A7_Vertical() { return detail::gTagsSony.item(74); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_27_A6_Vertical() { return detail::gTagsSony.item(75); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_28_A5_Vertical() { return detail::gTagsSony.item(76); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_29_C7_Vertical() { return detail::gTagsSony.item(77); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_30_C6_Vertical() { return detail::gTagsSony.item(78); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_31_C5_Vertical() { return detail::gTagsSony.item(79); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_32_E7_Vertical() { return detail::gTagsSony.item(80); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_33_E6_Center_Vertical() { return detail::gTagsSony.item(81); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_34_E5_Vertical() { return detail::gTagsSony.item(82); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_35_G7_Vertical() { return detail::gTagsSony.item(83); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_36_G6_Vertical() { return detail::gTagsSony.item(84); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_37_G5_Vertical() { return detail::gTagsSony.item(85); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_38_I7_Vertical() { return detail::gTagsSony.item(86); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_39_I6_Vertical() { return detail::gTagsSony.item(87); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_40_I5_Vertical() { return detail::gTagsSony.item(88); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_41_A7() { return detail::gTagsSony.item(89); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_42_B7() { return detail::gTagsSony.item(90); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_43_C7() { return detail::gTagsSony.item(91); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_44_D7() { return detail::gTagsSony.item(92); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_45_E7() { return detail::gTagsSony.item(93); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_46_F7() { return detail::gTagsSony.item(94); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_47_G7() { return detail::gTagsSony.item(95); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_48_H7() { return detail::gTagsSony.item(96); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_49_I7() { return detail::gTagsSony.item(97); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_50_A6() { return detail::gTagsSony.item(98); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_51_B6() { return detail::gTagsSony.item(99); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_52_C6() { return detail::gTagsSony.item(100); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_53_D6() { return detail::gTagsSony.item(101); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_54_E6_Center() { return detail::gTagsSony.item(102); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_55_F6() { return detail::gTagsSony.item(103); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_56_G6() { return detail::gTagsSony.item(104); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_57_H6() { return detail::gTagsSony.item(105); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_58_I6() { return detail::gTagsSony.item(106); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_59_A5() { return detail::gTagsSony.item(107); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_60_B5() { return detail::gTagsSony.item(108); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_61_C5() { return detail::gTagsSony.item(109); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_62_D5() { return detail::gTagsSony.item(110); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_63_E5() { return detail::gTagsSony.item(111); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_64_F5() { return detail::gTagsSony.item(112); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_65_G5() { return detail::gTagsSony.item(113); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_66_H5() { return detail::gTagsSony.item(114); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_67_I5() { return detail::gTagsSony.item(115); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_68_C11() { return detail::gTagsSony.item(116); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_69_D11() { return detail::gTagsSony.item(117); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_70_E11() { return detail::gTagsSony.item(118); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_71_F11() { return detail::gTagsSony.item(119); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_72_G11() { return detail::gTagsSony.item(120); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_73_B10() { return detail::gTagsSony.item(121); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_74_C10() { return detail::gTagsSony.item(122); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_75_D10() { return detail::gTagsSony.item(123); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_76_E10() { return detail::gTagsSony.item(124); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_77_F10() { return detail::gTagsSony.item(125); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_78_G10() { return detail::gTagsSony.item(126); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_79_H10() { return detail::gTagsSony.item(127); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_80_B9() { return detail::gTagsSony.item(128); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_81_C9() { return detail::gTagsSony.item(129); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_82_D9() { return detail::gTagsSony.item(130); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_83_E9() { return detail::gTagsSony.item(131); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_84_F9() { return detail::gTagsSony.item(132); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_85_G9() { return detail::gTagsSony.item(133); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_86_H9() { return detail::gTagsSony.item(134); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_87_B8() { return detail::gTagsSony.item(135); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_88_C8() { return detail::gTagsSony.item(136); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_89_D8() { return detail::gTagsSony.item(137); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_90_E8() { return detail::gTagsSony.item(138); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_91_F8() { return detail::gTagsSony.item(139); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_92_G8() { return detail::gTagsSony.item(140); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_93_H8() { return detail::gTagsSony.item(141); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatus_94_E6_Center_F2_8() { return detail::gTagsSony.item(142); }
+const TagItem& detail::TagItemCatalogue33::itemSonyLensSpec() { return detail::gTagsSony.item(143); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocusModeSetting() { return detail::gTagsSony.item(144); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFPointSelected() { return detail::gTagsSony.item(145); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusBottomAssist_left() { return detail::gTagsSony.item(146); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusBottom() { return detail::gTagsSony.item(147); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusBottomAssist_right() { return detail::gTagsSony.item(148); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusCenter_7() { return detail::gTagsSony.item(149); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusCenter_horizontal() { return detail::gTagsSony.item(150); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusCenter_9() { return detail::gTagsSony.item(151); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusCenter_10() { return detail::gTagsSony.item(152); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusCenter_11() { return detail::gTagsSony.item(153); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusCenter_12() { return detail::gTagsSony.item(154); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusCenter_vertical() { return detail::gTagsSony.item(155); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusCenter_14() { return detail::gTagsSony.item(156); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusTopAssist_left() { return detail::gTagsSony.item(157); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusTop() { return detail::gTagsSony.item(158); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusTopAssist_right() { return detail::gTagsSony.item(159); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusCenterF2_8() { return detail::gTagsSony.item(160); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFMicroAdjValue() { return detail::gTagsSony.item(161); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFMicroAdjMode() { return detail::gTagsSony.item(162); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFMicroAdjRegisteredLenses() { return detail::gTagsSony.item(163); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusTop_right() { return detail::gTagsSony.item(164); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusBottom_right() { return detail::gTagsSony.item(165); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusMiddleHorizontal() { return detail::gTagsSony.item(166); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusTop_left() { return detail::gTagsSony.item(167); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFStatusBottom_left() { return detail::gTagsSony.item(168); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocalLength() { return detail::gTagsSony.item(169); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocalLengthTeleZoom() { return detail::gTagsSony.item(170); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocusStatus() { return detail::gTagsSony.item(171); }
+const TagItem& detail::TagItemCatalogue33::itemSonyExposureTime() { return detail::gTagsSony.item(172); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFNumber() { return detail::gTagsSony.item(173); }
+const TagItem& detail::TagItemCatalogue33::itemSonyHighSpeedSync() { return detail::gTagsSony.item(174); }
+const TagItem& detail::TagItemCatalogue33::itemSonyExposureCompensationSet() { return detail::gTagsSony.item(175); }
+const TagItem& detail::TagItemCatalogue33::itemSonyDriveMode() { return detail::gTagsSony.item(176); }
+const TagItem& detail::TagItemCatalogue33::itemSonyWhiteBalanceSetting() { return detail::gTagsSony.item(177); }
+const TagItem& detail::TagItemCatalogue33::itemSonyWhiteBalanceFineTune() { return detail::gTagsSony.item(178); }
+const TagItem& detail::TagItemCatalogue33::itemSonyColorTemperatureSet() { return detail::gTagsSony.item(179); }
+const TagItem& detail::TagItemCatalogue33::itemSonyColorCompensationFilterSet() { return detail::gTagsSony.item(180); }
+const TagItem& detail::TagItemCatalogue33::itemSonyColorTemperatureCustom() { return detail::gTagsSony.item(181); }
+const TagItem& detail::TagItemCatalogue33::itemSonyColorCompensationFilterCustom() { return detail::gTagsSony.item(182); }
+const TagItem& detail::TagItemCatalogue33::itemSonyWhiteBalance() { return detail::gTagsSony.item(183); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFPointSetting() { return detail::gTagsSony.item(184); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFlashMode() { return detail::gTagsSony.item(185); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFlashExposureCompSet() { return detail::gTagsSony.item(186); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMeteringMode() { return detail::gTagsSony.item(187); }
+const TagItem& detail::TagItemCatalogue33::itemSonyISOSetting() { return detail::gTagsSony.item(188); }
+const TagItem& detail::TagItemCatalogue33::itemSonyDynamicRangeOptimizerMode() { return detail::gTagsSony.item(189); }
+const TagItem& detail::TagItemCatalogue33::itemSonyDynamicRangeOptimizerLevel() { return detail::gTagsSony.item(190); }
+const TagItem& detail::TagItemCatalogue33::itemSonyCreativeStyle() { return detail::gTagsSony.item(191); }
+const TagItem& detail::TagItemCatalogue33::itemSonyColorSpace() { return detail::gTagsSony.item(192); }
+const TagItem& detail::TagItemCatalogue33::itemSonySharpness() { return detail::gTagsSony.item(193); }
+const TagItem& detail::TagItemCatalogue33::itemSonyContrast() { return detail::gTagsSony.item(194); }
+const TagItem& detail::TagItemCatalogue33::itemSonySaturation() { return detail::gTagsSony.item(195); }
+const TagItem& detail::TagItemCatalogue33::itemSonyZoneMatchingValue() { return detail::gTagsSony.item(196); }
+const TagItem& detail::TagItemCatalogue33::itemSonyBrightness() { return detail::gTagsSony.item(197); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFlashControl() { return detail::gTagsSony.item(198); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPrioritySetupShutterRelease() { return detail::gTagsSony.item(199); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFIlluminator() { return detail::gTagsSony.item(200); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFWithShutter() { return detail::gTagsSony.item(201); }
+const TagItem& detail::TagItemCatalogue33::itemSonyLongExposureNoiseReduction() { return detail::gTagsSony.item(202); }
+const TagItem& detail::TagItemCatalogue33::itemSonyHighISONoiseReduction() { return detail::gTagsSony.item(203); }
+const TagItem& detail::TagItemCatalogue33::itemSonyImageStyle() { return detail::gTagsSony.item(204); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocusModeSwitch() { return detail::gTagsSony.item(205); }
+const TagItem& detail::TagItemCatalogue33::itemSonyShutterSpeedSetting() { return detail::gTagsSony.item(206); }
+const TagItem& detail::TagItemCatalogue33::itemSonyApertureSetting() { return detail::gTagsSony.item(207); }
+const TagItem& detail::TagItemCatalogue33::itemSonyImageStabilizationSetting() { return detail::gTagsSony.item(208); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFlashAction() { return detail::gTagsSony.item(209); }
+const TagItem& detail::TagItemCatalogue33::itemSonyRotation() { return detail::gTagsSony.item(210); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAELock() { return detail::gTagsSony.item(211); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFlashAction2() { return detail::gTagsSony.item(212); }
+const TagItem& detail::TagItemCatalogue33::itemSonyBatteryState() { return detail::gTagsSony.item(213); }
+const TagItem& detail::TagItemCatalogue33::itemSonyBatteryLevel() { return detail::gTagsSony.item(214); }
+const TagItem& detail::TagItemCatalogue33::itemSonySonyImageSize() { return detail::gTagsSony.item(215); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAspectRatio() { return detail::gTagsSony.item(216); }
+const TagItem& detail::TagItemCatalogue33::itemSonyQuality() { return detail::gTagsSony.item(217); }
+const TagItem& detail::TagItemCatalogue33::itemSonyExposureLevelIncrements() { return detail::gTagsSony.item(218); }
+const TagItem& detail::TagItemCatalogue33::itemSonyRedEyeReduction() { return detail::gTagsSony.item(219); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFolderNumber() { return detail::gTagsSony.item(220); }
+const TagItem& detail::TagItemCatalogue33::itemSonyImageNumber() { return detail::gTagsSony.item(221); }
+const TagItem& detail::TagItemCatalogue33::itemSonyCustomWB_RGBLevels() { return detail::gTagsSony.item(222); }
+const TagItem& detail::TagItemCatalogue33::itemSonyDriveModeSetting() { return detail::gTagsSony.item(223); }
+const TagItem& detail::TagItemCatalogue33::itemSonyDynamicRangeOptimizerSetting() { return detail::gTagsSony.item(224); }
+const TagItem& detail::TagItemCatalogue33::itemSonyCreativeStyleSetting() { return detail::gTagsSony.item(225); }
+const TagItem& detail::TagItemCatalogue33::itemSonyContrastSetting() { return detail::gTagsSony.item(226); }
+const TagItem& detail::TagItemCatalogue33::itemSonySaturationSetting() { return detail::gTagsSony.item(227); }
+const TagItem& detail::TagItemCatalogue33::itemSonySharpnessSetting() { return detail::gTagsSony.item(228); }
+const TagItem& detail::TagItemCatalogue33::itemSonyColorTemperatureSetting() { return detail::gTagsSony.item(229); }
+const TagItem& detail::TagItemCatalogue33::itemSonySmileShutterMode() { return detail::gTagsSony.item(230); }
+const TagItem& detail::TagItemCatalogue33::itemSonyHDRSetting() { return detail::gTagsSony.item(231); }
+const TagItem& detail::TagItemCatalogue33::itemSonyHDRLevel() { return detail::gTagsSony.item(232); }
+const TagItem& detail::TagItemCatalogue33::itemSonyViewingMode() { return detail::gTagsSony.item(233); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFaceDetection() { return detail::gTagsSony.item(234); }
+const TagItem& detail::TagItemCatalogue33::itemSonySmileShutter() { return detail::gTagsSony.item(235); }
+const TagItem& detail::TagItemCatalogue33::itemSonySweepPanoramaSize() { return detail::gTagsSony.item(236); }
+const TagItem& detail::TagItemCatalogue33::itemSonySweepPanoramaDirection() { return detail::gTagsSony.item(237); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMultiFrameNoiseReduction() { return detail::gTagsSony.item(238); }
+const TagItem& detail::TagItemCatalogue33::itemSonyLiveViewAFSetting() { return detail::gTagsSony.item(239); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaSize3D() { return detail::gTagsSony.item(240); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFButtonPressed() { return detail::gTagsSony.item(241); }
+const TagItem& detail::TagItemCatalogue33::itemSonyLiveViewMetering() { return detail::gTagsSony.item(242); }
+const TagItem& detail::TagItemCatalogue33::itemSonyViewingMode2() { return detail::gTagsSony.item(243); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFlashStatusBuilt_in() { return detail::gTagsSony.item(244); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFlashStatusExternal() { return detail::gTagsSony.item(245); }
+const TagItem& detail::TagItemCatalogue33::itemSonyLiveViewFocusMode() { return detail::gTagsSony.item(246); }
+const TagItem& detail::TagItemCatalogue33::itemSonyLensMount() { return detail::gTagsSony.item(247); }
+const TagItem& detail::TagItemCatalogue33::itemSonySequenceNumber() { return detail::gTagsSony.item(248); }
+const TagItem& detail::TagItemCatalogue33::itemSonyShotNumberSincePowerUp2() { return detail::gTagsSony.item(249); }
+const TagItem& detail::TagItemCatalogue33::itemSonyLensE_mountVersion() { return detail::gTagsSony.item(250); }
+const TagItem& detail::TagItemCatalogue33::itemSonyLensFirmwareVersion() { return detail::gTagsSony.item(251); }
+const TagItem& detail::TagItemCatalogue33::itemSonyLensType2() { return detail::gTagsSony.item(252); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPreviewImageStart() { return detail::gTagsSony.item(253); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPreviewImageLength() { return detail::gTagsSony.item(254); }
+const TagItem& detail::TagItemCatalogue33::itemSonyBatteryTemperature() { return detail::gTagsSony.item(255); }
+const TagItem& detail::TagItemCatalogue33::itemSonyBatteryUnknown() { return detail::gTagsSony.item(256); }
+const TagItem& detail::TagItemCatalogue33::itemSonyBatteryVoltage() { return detail::gTagsSony.item(257); }
+const TagItem& detail::TagItemCatalogue33::itemSonyImageStabilization2() { return detail::gTagsSony.item(258); }
+const TagItem& detail::TagItemCatalogue33::itemSonyExtraInfoVersion() { return detail::gTagsSony.item(259); }
+const TagItem& detail::TagItemCatalogue33::itemSonyImageStabilization() { return detail::gTagsSony.item(260); }
+const TagItem& detail::TagItemCatalogue33::itemSonyBatteryVoltage1() { return detail::gTagsSony.item(261); }
+const TagItem& detail::TagItemCatalogue33::itemSonyBatteryVoltage2() { return detail::gTagsSony.item(262); }
+const TagItem& detail::TagItemCatalogue33::itemSonyModeDialPosition() { return detail::gTagsSony.item(263); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMemoryCardConfiguration() { return detail::gTagsSony.item(264); }
+const TagItem& detail::TagItemCatalogue33::itemSonyCameraOrientation() { return detail::gTagsSony.item(265); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFacesDetected() { return detail::gTagsSony.item(266); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFace1Position() { return detail::gTagsSony.item(267); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFace2Position() { return detail::gTagsSony.item(268); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFace3Position() { return detail::gTagsSony.item(269); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFace4Position() { return detail::gTagsSony.item(270); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFace5Position() { return detail::gTagsSony.item(271); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFace6Position() { return detail::gTagsSony.item(272); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFace7Position() { return detail::gTagsSony.item(273); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFace8Position() { return detail::gTagsSony.item(274); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFaceTest2() { return detail::gTagsSony.item(275); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFaceTest8() { return detail::gTagsSony.item(276); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPotentialFace1Position() { return detail::gTagsSony.item(277); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPotentialFace2Position() { return detail::gTagsSony.item(278); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPotentialFace3Position() { return detail::gTagsSony.item(279); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPotentialFace4Position() { return detail::gTagsSony.item(280); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPotentialFace5Position() { return detail::gTagsSony.item(281); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPotentialFace6Position() { return detail::gTagsSony.item(282); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPotentialFace7Position() { return detail::gTagsSony.item(283); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPotentialFace8Position() { return detail::gTagsSony.item(284); }
+const TagItem& detail::TagItemCatalogue33::itemSonyDriveMode2() { return detail::gTagsSony.item(285); }
+const TagItem& detail::TagItemCatalogue33::itemSonyBracketShotNumber() { return detail::gTagsSony.item(286); }
+const TagItem& detail::TagItemCatalogue33::itemSonyWhiteBalanceBracketing() { return detail::gTagsSony.item(287); }
+const TagItem& detail::TagItemCatalogue33::itemSonyBracketShotNumber2() { return detail::gTagsSony.item(288); }
+const TagItem& detail::TagItemCatalogue33::itemSonyDynamicRangeOptimizerBracket() { return detail::gTagsSony.item(289); }
+const TagItem& detail::TagItemCatalogue33::itemSonyExposureBracketShotNumber() { return detail::gTagsSony.item(290); }
+const TagItem& detail::TagItemCatalogue33::itemSonyISO() { return detail::gTagsSony.item(291); }
+const TagItem& detail::TagItemCatalogue33::itemSonyShutterCount() { return detail::gTagsSony.item(292); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocusPosition() { return detail::gTagsSony.item(293); }
+const TagItem& detail::TagItemCatalogue33::itemSonyISOAutoMin() { return detail::gTagsSony.item(294); }
+const TagItem& detail::TagItemCatalogue33::itemSonyISOAutoMax() { return detail::gTagsSony.item(295); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFlashExposureComp() { return detail::gTagsSony.item(296); }
+const TagItem& detail::TagItemCatalogue33::itemSonyTeleconverter() { return detail::gTagsSony.item(297); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMultiBurstMode() { return detail::gTagsSony.item(298); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMultiBurstImageWidth() { return detail::gTagsSony.item(299); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMultiBurstImageHeight() { return detail::gTagsSony.item(300); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPreviewImage() { return detail::gTagsSony.item(301); }
+const TagItem& detail::TagItemCatalogue33::itemSonyRating() { return detail::gTagsSony.item(302); }
+const TagItem& detail::TagItemCatalogue33::itemSonyHDR() { return detail::gTagsSony.item(303); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPictureEffect() { return detail::gTagsSony.item(304); }
+const TagItem& detail::TagItemCatalogue33::itemSonySoftSkinEffect() { return detail::gTagsSony.item(305); }
+const TagItem& detail::TagItemCatalogue33::itemSonyTag_0x2010() { return detail::gTagsSony.item(306); }
+const TagItem& detail::TagItemCatalogue33::itemSonyVignettingCorrection() { return detail::gTagsSony.item(307); }
+const TagItem& detail::TagItemCatalogue33::itemSonyLateralChromaticAberration() { return detail::gTagsSony.item(308); }
+const TagItem& detail::TagItemCatalogue33::itemSonyDistortionCorrectionSetting() { return detail::gTagsSony.item(309); }
+const TagItem& detail::TagItemCatalogue33::itemSonyWBShiftAB_GM() { return detail::gTagsSony.item(310); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAutoPortraitFramed() { return detail::gTagsSony.item(311); }
+const TagItem& detail::TagItemCatalogue33::itemSonyElectronicFrontCurtainShutter() { return detail::gTagsSony.item(312); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFAreaModeSetting() { return detail::gTagsSony.item(313); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFlexibleSpotPosition() { return detail::gTagsSony.item(314); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFTracking() { return detail::gTagsSony.item(315); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointsUsed() { return detail::gTagsSony.item(316); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMultiFrameNREffect() { return detail::gTagsSony.item(317); }
+const TagItem& detail::TagItemCatalogue33::itemSonyWBShiftAB_GM_Precise() { return detail::gTagsSony.item(318); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocusLocation() { return detail::gTagsSony.item(319); }
+const TagItem& detail::TagItemCatalogue33::itemSonyVariableLowPassFilter() { return detail::gTagsSony.item(320); }
+const TagItem& detail::TagItemCatalogue33::itemSonyRAWFileType() { return detail::gTagsSony.item(321); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPrioritySetInAWB() { return detail::gTagsSony.item(322); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMeteringMode2() { return detail::gTagsSony.item(323); }
+const TagItem& detail::TagItemCatalogue33::itemSonyExposureStandardAdjustment() { return detail::gTagsSony.item(324); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPixelShiftInfo() { return detail::gTagsSony.item(325); }
+const TagItem& detail::TagItemCatalogue33::itemSonySerialNumber() { return detail::gTagsSony.item(326); }
+const TagItem& detail::TagItemCatalogue33::itemSonyShadows() { return detail::gTagsSony.item(327); }
+const TagItem& detail::TagItemCatalogue33::itemSonyHighlights() { return detail::gTagsSony.item(328); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFade() { return detail::gTagsSony.item(329); }
+const TagItem& detail::TagItemCatalogue33::itemSonySharpnessRange() { return detail::gTagsSony.item(330); }
+const TagItem& detail::TagItemCatalogue33::itemSonyClarity() { return detail::gTagsSony.item(331); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocusFrameSize() { return detail::gTagsSony.item(332); }
+const TagItem& detail::TagItemCatalogue33::itemSonyJPEG_HEIFSwitch() { return detail::gTagsSony.item(333); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocusLocation2() { return detail::gTagsSony.item(334); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_0x9050() { return detail::gTagsSony.item(335); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_0x9400() { return detail::gTagsSony.item(336); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_0x9402() { return detail::gTagsSony.item(337); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_0x9404() { return detail::gTagsSony.item(338); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_0x9405() { return detail::gTagsSony.item(339); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_0x9406() { return detail::gTagsSony.item(340); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_0x9407() { return detail::gTagsSony.item(341); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_0x9408() { return detail::gTagsSony.item(342); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_0x9409() { return detail::gTagsSony.item(343); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_0x940a() { return detail::gTagsSony.item(344); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_0x940b() { return detail::gTagsSony.item(345); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_0x940c() { return detail::gTagsSony.item(346); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_0x940d() { return detail::gTagsSony.item(347); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_0x940e() { return detail::gTagsSony.item(348); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_0x940f() { return detail::gTagsSony.item(349); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_0x9411() { return detail::gTagsSony.item(350); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFileFormat() { return detail::gTagsSony.item(351); }
+const TagItem& detail::TagItemCatalogue33::itemSonySonyModelID() { return detail::gTagsSony.item(352); }
+const TagItem& detail::TagItemCatalogue33::itemSonyColorTemperature() { return detail::gTagsSony.item(353); }
+const TagItem& detail::TagItemCatalogue33::itemSonyColorCompensationFilter() { return detail::gTagsSony.item(354); }
+const TagItem& detail::TagItemCatalogue33::itemSonySceneMode() { return detail::gTagsSony.item(355); }
+const TagItem& detail::TagItemCatalogue33::itemSonyZoneMatching() { return detail::gTagsSony.item(356); }
+const TagItem& detail::TagItemCatalogue33::itemSonyDynamicRangeOptimizer() { return detail::gTagsSony.item(357); }
+const TagItem& detail::TagItemCatalogue33::itemSonyLensType() { return detail::gTagsSony.item(358); }
+const TagItem& detail::TagItemCatalogue33::itemSonyColorMode() { return detail::gTagsSony.item(359); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFullImageSize() { return detail::gTagsSony.item(360); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPreviewImageSize() { return detail::gTagsSony.item(361); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMacro() { return detail::gTagsSony.item(362); }
+const TagItem& detail::TagItemCatalogue33::itemSonyExposureMode() { return detail::gTagsSony.item(363); }
+const TagItem& detail::TagItemCatalogue33::itemSonyJPEGQuality() { return detail::gTagsSony.item(364); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFlashLevel() { return detail::gTagsSony.item(365); }
+const TagItem& detail::TagItemCatalogue33::itemSonyReleaseMode() { return detail::gTagsSony.item(366); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAnti_Blur() { return detail::gTagsSony.item(367); }
+const TagItem& detail::TagItemCatalogue33::itemSonyHighISONoiseReduction2() { return detail::gTagsSony.item(368); }
+const TagItem& detail::TagItemCatalogue33::itemSonyIntelligentAuto() { return detail::gTagsSony.item(369); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo1Row1() { return detail::gTagsSony.item(370); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo1Row2() { return detail::gTagsSony.item(371); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo1Row3() { return detail::gTagsSony.item(372); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo1Row4() { return detail::gTagsSony.item(373); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo1Row5() { return detail::gTagsSony.item(374); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo1Row6() { return detail::gTagsSony.item(375); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo1Row7() { return detail::gTagsSony.item(376); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo2Row1() { return detail::gTagsSony.item(377); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo2Row2() { return detail::gTagsSony.item(378); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo2Row3() { return detail::gTagsSony.item(379); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo2Row4() { return detail::gTagsSony.item(380); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo2Row5() { return detail::gTagsSony.item(381); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo2Row6() { return detail::gTagsSony.item(382); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo2Row7() { return detail::gTagsSony.item(383); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo2Row8() { return detail::gTagsSony.item(384); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMeterInfo2Row9() { return detail::gTagsSony.item(385); }
+const TagItem& detail::TagItemCatalogue33::itemSonyImageCount() { return detail::gTagsSony.item(386); }
+const TagItem& detail::TagItemCatalogue33::itemSonyShotNumberSincePowerUp() { return detail::gTagsSony.item(387); }
+const TagItem& detail::TagItemCatalogue33::itemSonyCustomWB_RBLevels() { return detail::gTagsSony.item(388); }
+const TagItem& detail::TagItemCatalogue33::itemSonyBrightnessValue() { return detail::gTagsSony.item(389); }
+const TagItem& detail::TagItemCatalogue33::itemSonyLiveViewAFMethod() { return detail::gTagsSony.item(390); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocalLength2() { return detail::gTagsSony.item(391); }
+const TagItem& detail::TagItemCatalogue33::itemSonyExposureCompensation2() { return detail::gTagsSony.item(392); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFlashExposureCompSet2() { return detail::gTagsSony.item(393); }
+const TagItem& detail::TagItemCatalogue33::itemSonyOrientation2() { return detail::gTagsSony.item(394); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocusPosition2() { return detail::gTagsSony.item(395); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocusMode2() { return detail::gTagsSony.item(396); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFlashActionExternal() { return detail::gTagsSony.item(397); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFlashStatus() { return detail::gTagsSony.item(398); }
+const TagItem& detail::TagItemCatalogue33::itemSonyBarcode() { return detail::gTagsSony.item(399); }
+const TagItem& detail::TagItemCatalogue33::itemSonySensorTemperature() { return detail::gTagsSony.item(400); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFirmwareVersion() { return detail::gTagsSony.item(401); }
+const TagItem& detail::TagItemCatalogue33::itemSonyCameraTemperature() { return detail::gTagsSony.item(402); }
+const TagItem& detail::TagItemCatalogue33::itemSonyBoardTemperature() { return detail::gTagsSony.item(403); }
+const TagItem& detail::TagItemCatalogue33::itemSonyTextInfo1() { return detail::gTagsSony.item(404); }
+const TagItem& detail::TagItemCatalogue33::itemSonyTextInfo2() { return detail::gTagsSony.item(405); }
+const TagItem& detail::TagItemCatalogue33::itemSonyVibrationReduction() { return detail::gTagsSony.item(406); }
+const TagItem& detail::TagItemCatalogue33::itemSonyJpgFromRawStart() { return detail::gTagsSony.item(407); }
+const TagItem& detail::TagItemCatalogue33::itemSonyJpgFromRawLength() { return detail::gTagsSony.item(408); }
+const TagItem& detail::TagItemCatalogue33::itemSonySonyImageWidth() { return detail::gTagsSony.item(409); }
+const TagItem& detail::TagItemCatalogue33::itemSonySonyImageHeight() { return detail::gTagsSony.item(410); }
+const TagItem& detail::TagItemCatalogue33::itemSonyOrientation() { return detail::gTagsSony.item(411); }
+const TagItem& detail::TagItemCatalogue33::itemSonyImageQuality() { return detail::gTagsSony.item(412); }
+const TagItem& detail::TagItemCatalogue33::itemSonyComment() { return detail::gTagsSony.item(413); }
+const TagItem& detail::TagItemCatalogue33::itemSonyDateTimeOriginal() { return detail::gTagsSony.item(414); }
+const TagItem& detail::TagItemCatalogue33::itemSonyModifyDate() { return detail::gTagsSony.item(415); }
+const TagItem& detail::TagItemCatalogue33::itemSonyExposureCompensation() { return detail::gTagsSony.item(416); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFlash() { return detail::gTagsSony.item(417); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaFullWidth() { return detail::gTagsSony.item(418); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaFullHeight() { return detail::gTagsSony.item(419); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaDirection() { return detail::gTagsSony.item(420); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaCropLeft() { return detail::gTagsSony.item(421); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaCropTop() { return detail::gTagsSony.item(422); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaCropRight() { return detail::gTagsSony.item(423); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaCropBottom() { return detail::gTagsSony.item(424); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaFrameWidth() { return detail::gTagsSony.item(425); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaFrameHeight() { return detail::gTagsSony.item(426); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaSourceWidth() { return detail::gTagsSony.item(427); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPanoramaSourceHeight() { return detail::gTagsSony.item(428); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFaceInfoOffset() { return detail::gTagsSony.item(429); }
+const TagItem& detail::TagItemCatalogue33::itemSonySonyDateTime() { return detail::gTagsSony.item(430); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFaceInfoLength() { return detail::gTagsSony.item(431); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMetaVersion() { return detail::gTagsSony.item(432); }
+const TagItem& detail::TagItemCatalogue33::itemSonyReleaseMode3() { return detail::gTagsSony.item(433); }
+const TagItem& detail::TagItemCatalogue33::itemSonyReleaseMode2() { return detail::gTagsSony.item(434); }
+const TagItem& detail::TagItemCatalogue33::itemSonySelfTimer() { return detail::gTagsSony.item(435); }
+const TagItem& detail::TagItemCatalogue33::itemSonyStopsAboveBaseISO() { return detail::gTagsSony.item(436); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPictureProfile() { return detail::gTagsSony.item(437); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPictureEffect2() { return detail::gTagsSony.item(438); }
+const TagItem& detail::TagItemCatalogue33::itemSonyQuality2() { return detail::gTagsSony.item(439); }
+const TagItem& detail::TagItemCatalogue33::itemSonyWB_RGBLevels() { return detail::gTagsSony.item(440); }
+const TagItem& detail::TagItemCatalogue33::itemSonySequenceImageNumber() { return detail::gTagsSony.item(441); }
+const TagItem& detail::TagItemCatalogue33::itemSonySequenceFileNumber() { return detail::gTagsSony.item(442); }
+const TagItem& detail::TagItemCatalogue33::itemSonySonyISO() { return detail::gTagsSony.item(443); }
+const TagItem& detail::TagItemCatalogue33::itemSonyDistortionCorrParams() { return detail::gTagsSony.item(444); }
+const TagItem& detail::TagItemCatalogue33::itemSonyDigitalZoomRatio() { return detail::gTagsSony.item(445); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMinFocalLength() { return detail::gTagsSony.item(446); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMaxFocalLength() { return detail::gTagsSony.item(447); }
+const TagItem& detail::TagItemCatalogue33::itemSonyLensFormat() { return detail::gTagsSony.item(448); }
+const TagItem& detail::TagItemCatalogue33::itemSonyDistortionCorrParamsPresent() { return detail::gTagsSony.item(449); }
+const TagItem& detail::TagItemCatalogue33::itemSonyDistortionCorrParamsNumber() { return detail::gTagsSony.item(450); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointArea() { return detail::gTagsSony.item(451); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation1() { return detail::gTagsSony.item(452); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation2() { return detail::gTagsSony.item(453); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation3() { return detail::gTagsSony.item(454); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation4() { return detail::gTagsSony.item(455); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation5() { return detail::gTagsSony.item(456); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation6() { return detail::gTagsSony.item(457); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation7() { return detail::gTagsSony.item(458); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation8() { return detail::gTagsSony.item(459); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation9() { return detail::gTagsSony.item(460); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation10() { return detail::gTagsSony.item(461); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation11() { return detail::gTagsSony.item(462); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation12() { return detail::gTagsSony.item(463); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation13() { return detail::gTagsSony.item(464); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation14() { return detail::gTagsSony.item(465); }
+const TagItem& detail::TagItemCatalogue33::itemSonyFocalPlaneAFPointLocation15() { return detail::gTagsSony.item(466); }
+const TagItem& detail::TagItemCatalogue33::itemSonySonyMaxAperture() { return detail::gTagsSony.item(467); }
+const TagItem& detail::TagItemCatalogue33::itemSonySonyMinAperture() { return detail::gTagsSony.item(468); }
+const TagItem& detail::TagItemCatalogue33::itemSonyShutter() { return detail::gTagsSony.item(469); }
+const TagItem& detail::TagItemCatalogue33::itemSonySonyExposureTime() { return detail::gTagsSony.item(470); }
+const TagItem& detail::TagItemCatalogue33::itemSonySonyFNumber() { return detail::gTagsSony.item(471); }
+const TagItem& detail::TagItemCatalogue33::itemSonyShutterCount2() { return detail::gTagsSony.item(472); }
+const TagItem& detail::TagItemCatalogue33::itemSonySonyDateTime2() { return detail::gTagsSony.item(473); }
+const TagItem& detail::TagItemCatalogue33::itemSonyInternalSerialNumber() { return detail::gTagsSony.item(474); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAPS_CSizeCapture() { return detail::gTagsSony.item(475); }
+const TagItem& detail::TagItemCatalogue33::itemSonyLensSpecFeatures() { return detail::gTagsSony.item(476); }
+const TagItem& detail::TagItemCatalogue33::itemSonyShutterCount3() { return detail::gTagsSony.item(477); }
+const TagItem& detail::TagItemCatalogue33::itemSonyDigitalZoom() { return detail::gTagsSony.item(478); }
+const TagItem& detail::TagItemCatalogue33::itemSonySequenceLength() { return detail::gTagsSony.item(479); }
+const TagItem& detail::TagItemCatalogue33::itemSonyModelReleaseYear() { return detail::gTagsSony.item(480); }
+const TagItem& detail::TagItemCatalogue33::itemSonyShutterType() { return detail::gTagsSony.item(481); }
+const TagItem& detail::TagItemCatalogue33::itemSonyVer9401() { return detail::gTagsSony.item(482); }
+const TagItem& detail::TagItemCatalogue33::itemSonyTempTest1() { return detail::gTagsSony.item(483); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAmbientTemperature() { return detail::gTagsSony.item(484); }
+const TagItem& detail::TagItemCatalogue33::itemSonyTempTest2() { return detail::gTagsSony.item(485); }
+const TagItem& detail::TagItemCatalogue33::itemSonyLensZoomPosition() { return detail::gTagsSony.item(486); }
+const TagItem& detail::TagItemCatalogue33::itemSonyDistortionCorrection() { return detail::gTagsSony.item(487); }
+const TagItem& detail::TagItemCatalogue33::itemSonyVignettingCorrParams() { return detail::gTagsSony.item(488); }
+const TagItem& detail::TagItemCatalogue33::itemSonyChromaticAberrationCorrParams() { return detail::gTagsSony.item(489); }
+const TagItem& detail::TagItemCatalogue33::itemSonyBaseISO() { return detail::gTagsSony.item(490); }
+const TagItem& detail::TagItemCatalogue33::itemSonySonyExposureTime2() { return detail::gTagsSony.item(491); }
+const TagItem& detail::TagItemCatalogue33::itemSonySonyMaxApertureValue() { return detail::gTagsSony.item(492); }
+const TagItem& detail::TagItemCatalogue33::itemSonySonyImageWidthMax() { return detail::gTagsSony.item(493); }
+const TagItem& detail::TagItemCatalogue33::itemSonySonyImageHeightMax() { return detail::gTagsSony.item(494); }
+const TagItem& detail::TagItemCatalogue33::itemSonyBatteryLevelGrip1() { return detail::gTagsSony.item(495); }
+const TagItem& detail::TagItemCatalogue33::itemSonyBatteryLevelGrip2() { return detail::gTagsSony.item(496); }
+const TagItem& detail::TagItemCatalogue33::itemSonyBattery2() { return detail::gTagsSony.item(497); }
+const TagItem& detail::TagItemCatalogue33::itemSonyBatteryStatus1() { return detail::gTagsSony.item(498); }
+const TagItem& detail::TagItemCatalogue33::itemSonyBatteryStatus2() { return detail::gTagsSony.item(499); }
+const TagItem& detail::TagItemCatalogue33::itemSonyBatteryLevel2() { return detail::gTagsSony.item(500); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAFPointsSelected() { return detail::gTagsSony.item(501); }
+const TagItem& detail::TagItemCatalogue33::itemSonyLensMount2() { return detail::gTagsSony.item(502); }
+const TagItem& detail::TagItemCatalogue33::itemSonyLensType3() { return detail::gTagsSony.item(503); }
+const TagItem& detail::TagItemCatalogue33::itemSonyCameraE_mountVersion() { return detail::gTagsSony.item(504); }
+const TagItem& detail::TagItemCatalogue33::itemSonyTiffMeteringImageWidth() { return detail::gTagsSony.item(505); }
+const TagItem& detail::TagItemCatalogue33::itemSonyTiffMeteringImageHeight() { return detail::gTagsSony.item(506); }
+const TagItem& detail::TagItemCatalogue33::itemSonyTag9416_0000() { return detail::gTagsSony.item(507); }
+const TagItem& detail::TagItemCatalogue33::itemSonySonyFNumber2() { return detail::gTagsSony.item(508); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x060e() { return detail::gTagsSony.item(509); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x3210() { return detail::gTagsSony.item(510); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x3219() { return detail::gTagsSony.item(511); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x321a() { return detail::gTagsSony.item(512); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x8001() { return detail::gTagsSony.item(513); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x8004() { return detail::gTagsSony.item(514); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x8005() { return detail::gTagsSony.item(515); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x800a() { return detail::gTagsSony.item(516); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x800b() { return detail::gTagsSony.item(517); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x8100() { return detail::gTagsSony.item(518); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x8101() { return detail::gTagsSony.item(519); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x8104() { return detail::gTagsSony.item(520); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x8105() { return detail::gTagsSony.item(521); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x8106() { return detail::gTagsSony.item(522); }
+const TagItem& detail::TagItemCatalogue33::itemSonyMasterGainAdjustment() { return detail::gTagsSony.item(523); }
+const TagItem& detail::TagItemCatalogue33::itemSonyElectricalExtenderMagnification() { return detail::gTagsSony.item(524); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x810d() { return detail::gTagsSony.item(525); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0x8115() { return detail::gTagsSony.item(526); }
+const TagItem& detail::TagItemCatalogue33::itemSonyGPSVersionID() { return detail::gTagsSony.item(527); }
+const TagItem& detail::TagItemCatalogue33::itemSonyGPSLatitudeRef() { return detail::gTagsSony.item(528); }
+const TagItem& detail::TagItemCatalogue33::itemSonyGPSLatitude() { return detail::gTagsSony.item(529); }
+const TagItem& detail::TagItemCatalogue33::itemSonyGPSLongitudeRef() { return detail::gTagsSony.item(530); }
+const TagItem& detail::TagItemCatalogue33::itemSonyGPSLongitude() { return detail::gTagsSony.item(531); }
+const TagItem& detail::TagItemCatalogue33::itemSonyGPSTimeStamp() { return detail::gTagsSony.item(532); }
+const TagItem& detail::TagItemCatalogue33::itemSonyGPSStatus() { return detail::gTagsSony.item(533); }
+const TagItem& detail::TagItemCatalogue33::itemSonyGPSMeasureMode() { return detail::gTagsSony.item(534); }
+const TagItem& detail::TagItemCatalogue33::itemSonyGPSMapDatum() { return detail::gTagsSony.item(535); }
+const TagItem& detail::TagItemCatalogue33::itemSonyGPSDateStamp() { return detail::gTagsSony.item(536); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0xe000() { return detail::gTagsSony.item(537); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0xe300() { return detail::gTagsSony.item(538); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0xe301() { return detail::gTagsSony.item(539); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0xe302() { return detail::gTagsSony.item(540); }
+const TagItem& detail::TagItemCatalogue33::itemSonyDateTime() { return detail::gTagsSony.item(541); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0xe435() { return detail::gTagsSony.item(542); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0xe437() { return detail::gTagsSony.item(543); }
+const TagItem& detail::TagItemCatalogue33::itemSonyPitchRollYaw() { return detail::gTagsSony.item(544); }
+const TagItem& detail::TagItemCatalogue33::itemSonySony_rtmd_0xe445() { return detail::gTagsSony.item(545); }
+const TagItem& detail::TagItemCatalogue33::itemSonyAccelerometer() { return detail::gTagsSony.item(546); }
 
 const TagStrings& TagStringsCatalogue::stringsSonyIDC() {
   return gStringsSonyIDC.strings(&TagStringsCatalogue::stringTableSonyIDC);
@@ -12067,61 +12073,61 @@ TagStringTable TagStringsCatalogue::stringTableSonyIDC(ETLanguage language) {
   return gStringsSonyIDC.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue33::allStreamsSonyIDC() {
-  return gTagsSonyIDC.all();
+  return detail::gTagsSonyIDC.all();
 }
-const TagItem& detail::TagItemCatalogue33::itemSonyIDCIDCPreviewStart() { return gTagsSonyIDC.item(0); }
-const TagItem& detail::TagItemCatalogue33::itemSonyIDCIDCPreviewLength() { return gTagsSonyIDC.item(1); }
-const TagItem& detail::TagItemCatalogue33::itemSonyIDCIDCCreativeStyle() { return gTagsSonyIDC.item(2); }
-const TagItem& detail::TagItemCatalogue33::itemSonyIDCCreativeStyleWasChanged() { return gTagsSonyIDC.item(3); }
-const TagItem& detail::TagItemCatalogue33::itemSonyIDCPresetWhiteBalance() { return gTagsSonyIDC.item(4); }
-const TagItem& detail::TagItemCatalogue33::itemSonyIDCColorTemperatureAdj() { return gTagsSonyIDC.item(5); }
-const TagItem& detail::TagItemCatalogue33::itemSonyIDCPresetWhiteBalanceAdj() { return gTagsSonyIDC.item(6); }
-const TagItem& detail::TagItemCatalogue33::itemSonyIDCColorCorrection() { return gTagsSonyIDC.item(7); }
-const TagItem& detail::TagItemCatalogue33::itemSonyIDCSaturationAdj() { return gTagsSonyIDC.item(8); }
-const TagItem& detail::TagItemCatalogue33::itemSonyIDCContrastAdj() { return gTagsSonyIDC.item(9); }
-const TagItem& detail::TagItemCatalogue33::itemSonyIDCBrightnessAdj() { return gTagsSonyIDC.item(10); }
-const TagItem& detail::TagItemCatalogue33::itemSonyIDCHueAdj() { return gTagsSonyIDC.item(11); }
-const TagItem& detail::TagItemCatalogue33::itemSonyIDCSharpnessAdj() { return gTagsSonyIDC.item(12); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCSharpnessOvershoot() { return gTagsSonyIDC.item(13); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCSharpnessUndershoot() { return gTagsSonyIDC.item(14); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCSharpnessThreshold() { return gTagsSonyIDC.item(15); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCNoiseReductionMode() { return gTagsSonyIDC.item(16); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCGrayPoint() { return gTagsSonyIDC.item(17); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCD_RangeOptimizerMode() { return gTagsSonyIDC.item(18); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCD_RangeOptimizerValue() { return gTagsSonyIDC.item(19); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCD_RangeOptimizerHighlight() { return gTagsSonyIDC.item(20); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCHighlightColorDistortReduct() { return gTagsSonyIDC.item(21); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCNoiseReductionValue() { return gTagsSonyIDC.item(22); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCEdgeNoiseReduction() { return gTagsSonyIDC.item(23); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCColorNoiseReduction() { return gTagsSonyIDC.item(24); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCD_RangeOptimizerShadow() { return gTagsSonyIDC.item(25); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCPeripheralIllumCentralRadius() { return gTagsSonyIDC.item(26); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCPeripheralIllumCentralValue() { return gTagsSonyIDC.item(27); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCPeripheralIllumPeriphValue() { return gTagsSonyIDC.item(28); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCDistortionCompensation() { return gTagsSonyIDC.item(29); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCToneCurveBrightnessX() { return gTagsSonyIDC.item(30); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCToneCurveRedX() { return gTagsSonyIDC.item(31); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCToneCurveGreenX() { return gTagsSonyIDC.item(32); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCToneCurveBlueX() { return gTagsSonyIDC.item(33); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCToneCurveBrightnessY() { return gTagsSonyIDC.item(34); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCToneCurveRedY() { return gTagsSonyIDC.item(35); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCToneCurveGreenY() { return gTagsSonyIDC.item(36); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCToneCurveBlueY() { return gTagsSonyIDC.item(37); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCChromaticAberrationCorrection() { return gTagsSonyIDC.item(38); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCInclinationCorrection() { return gTagsSonyIDC.item(39); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCInclinationAngle() { return gTagsSonyIDC.item(40); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCCropping() { return gTagsSonyIDC.item(41); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCCropArea() { return gTagsSonyIDC.item(42); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCPreviewImageSize() { return gTagsSonyIDC.item(43); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCPxShiftPeriphEdgeNR() { return gTagsSonyIDC.item(44); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCPxShiftPeriphEdgeNRValue() { return gTagsSonyIDC.item(45); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCWhitesAdj() { return gTagsSonyIDC.item(46); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCBlacksAdj() { return gTagsSonyIDC.item(47); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCHighlightsAdj() { return gTagsSonyIDC.item(48); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCShadowsAdj() { return gTagsSonyIDC.item(49); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCCurrentVersion() { return gTagsSonyIDC.item(50); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCVersionCreateDate() { return gTagsSonyIDC.item(51); }
-const TagItem& detail::TagItemCatalogue34::itemSonyIDCVersionModifyDate() { return gTagsSonyIDC.item(52); }
+const TagItem& detail::TagItemCatalogue33::itemSonyIDCIDCPreviewStart() { return detail::gTagsSonyIDC.item(0); }
+const TagItem& detail::TagItemCatalogue33::itemSonyIDCIDCPreviewLength() { return detail::gTagsSonyIDC.item(1); }
+const TagItem& detail::TagItemCatalogue33::itemSonyIDCIDCCreativeStyle() { return detail::gTagsSonyIDC.item(2); }
+const TagItem& detail::TagItemCatalogue33::itemSonyIDCCreativeStyleWasChanged() { return detail::gTagsSonyIDC.item(3); }
+const TagItem& detail::TagItemCatalogue33::itemSonyIDCPresetWhiteBalance() { return detail::gTagsSonyIDC.item(4); }
+const TagItem& detail::TagItemCatalogue33::itemSonyIDCColorTemperatureAdj() { return detail::gTagsSonyIDC.item(5); }
+const TagItem& detail::TagItemCatalogue33::itemSonyIDCPresetWhiteBalanceAdj() { return detail::gTagsSonyIDC.item(6); }
+const TagItem& detail::TagItemCatalogue33::itemSonyIDCColorCorrection() { return detail::gTagsSonyIDC.item(7); }
+const TagItem& detail::TagItemCatalogue33::itemSonyIDCSaturationAdj() { return detail::gTagsSonyIDC.item(8); }
+const TagItem& detail::TagItemCatalogue33::itemSonyIDCContrastAdj() { return detail::gTagsSonyIDC.item(9); }
+const TagItem& detail::TagItemCatalogue33::itemSonyIDCBrightnessAdj() { return detail::gTagsSonyIDC.item(10); }
+const TagItem& detail::TagItemCatalogue33::itemSonyIDCHueAdj() { return detail::gTagsSonyIDC.item(11); }
+const TagItem& detail::TagItemCatalogue33::itemSonyIDCSharpnessAdj() { return detail::gTagsSonyIDC.item(12); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCSharpnessOvershoot() { return detail::gTagsSonyIDC.item(13); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCSharpnessUndershoot() { return detail::gTagsSonyIDC.item(14); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCSharpnessThreshold() { return detail::gTagsSonyIDC.item(15); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCNoiseReductionMode() { return detail::gTagsSonyIDC.item(16); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCGrayPoint() { return detail::gTagsSonyIDC.item(17); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCD_RangeOptimizerMode() { return detail::gTagsSonyIDC.item(18); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCD_RangeOptimizerValue() { return detail::gTagsSonyIDC.item(19); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCD_RangeOptimizerHighlight() { return detail::gTagsSonyIDC.item(20); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCHighlightColorDistortReduct() { return detail::gTagsSonyIDC.item(21); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCNoiseReductionValue() { return detail::gTagsSonyIDC.item(22); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCEdgeNoiseReduction() { return detail::gTagsSonyIDC.item(23); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCColorNoiseReduction() { return detail::gTagsSonyIDC.item(24); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCD_RangeOptimizerShadow() { return detail::gTagsSonyIDC.item(25); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCPeripheralIllumCentralRadius() { return detail::gTagsSonyIDC.item(26); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCPeripheralIllumCentralValue() { return detail::gTagsSonyIDC.item(27); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCPeripheralIllumPeriphValue() { return detail::gTagsSonyIDC.item(28); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCDistortionCompensation() { return detail::gTagsSonyIDC.item(29); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCToneCurveBrightnessX() { return detail::gTagsSonyIDC.item(30); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCToneCurveRedX() { return detail::gTagsSonyIDC.item(31); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCToneCurveGreenX() { return detail::gTagsSonyIDC.item(32); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCToneCurveBlueX() { return detail::gTagsSonyIDC.item(33); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCToneCurveBrightnessY() { return detail::gTagsSonyIDC.item(34); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCToneCurveRedY() { return detail::gTagsSonyIDC.item(35); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCToneCurveGreenY() { return detail::gTagsSonyIDC.item(36); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCToneCurveBlueY() { return detail::gTagsSonyIDC.item(37); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCChromaticAberrationCorrection() { return detail::gTagsSonyIDC.item(38); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCInclinationCorrection() { return detail::gTagsSonyIDC.item(39); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCInclinationAngle() { return detail::gTagsSonyIDC.item(40); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCCropping() { return detail::gTagsSonyIDC.item(41); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCCropArea() { return detail::gTagsSonyIDC.item(42); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCPreviewImageSize() { return detail::gTagsSonyIDC.item(43); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCPxShiftPeriphEdgeNR() { return detail::gTagsSonyIDC.item(44); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCPxShiftPeriphEdgeNRValue() { return detail::gTagsSonyIDC.item(45); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCWhitesAdj() { return detail::gTagsSonyIDC.item(46); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCBlacksAdj() { return detail::gTagsSonyIDC.item(47); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCHighlightsAdj() { return detail::gTagsSonyIDC.item(48); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCShadowsAdj() { return detail::gTagsSonyIDC.item(49); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCCurrentVersion() { return detail::gTagsSonyIDC.item(50); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCVersionCreateDate() { return detail::gTagsSonyIDC.item(51); }
+const TagItem& detail::TagItemCatalogue34::itemSonyIDCVersionModifyDate() { return detail::gTagsSonyIDC.item(52); }
 
 const TagStrings& TagStringsCatalogue::stringsStim() {
   return gStringsStim.strings(&TagStringsCatalogue::stringTableStim);
@@ -12130,36 +12136,36 @@ TagStringTable TagStringsCatalogue::stringTableStim(ETLanguage language) {
   return gStringsStim.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue34::allStreamsStim() {
-  return gTagsStim.all();
+  return detail::gTagsStim.all();
 }
-const TagItem& detail::TagItemCatalogue34::itemStimCropXCommonOffset() { return gTagsStim.item(0); }
-const TagItem& detail::TagItemCatalogue34::itemStimCropXViewpointNumber() { return gTagsStim.item(1); }
-const TagItem& detail::TagItemCatalogue34::itemStimCropXOffset() { return gTagsStim.item(2); }
-const TagItem& detail::TagItemCatalogue34::itemStimCropXViewpointNumber2() { return gTagsStim.item(3); }
-const TagItem& detail::TagItemCatalogue34::itemStimCropXOffset2() { return gTagsStim.item(4); }
-const TagItem& detail::TagItemCatalogue34::itemStimCropYCommonOffset() { return gTagsStim.item(5); }
-const TagItem& detail::TagItemCatalogue34::itemStimCropYViewpointNumber() { return gTagsStim.item(6); }
-const TagItem& detail::TagItemCatalogue34::itemStimCropYOffset() { return gTagsStim.item(7); }
-const TagItem& detail::TagItemCatalogue34::itemStimCropYViewpointNumber2() { return gTagsStim.item(8); }
-const TagItem& detail::TagItemCatalogue34::itemStimCropYOffset2() { return gTagsStim.item(9); }
-const TagItem& detail::TagItemCatalogue34::itemStimStimVersion() { return gTagsStim.item(10); }
-const TagItem& detail::TagItemCatalogue34::itemStimApplicationData() { return gTagsStim.item(11); }
-const TagItem& detail::TagItemCatalogue34::itemStimImageArrangement() { return gTagsStim.item(12); }
-const TagItem& detail::TagItemCatalogue34::itemStimImageRotation() { return gTagsStim.item(13); }
-const TagItem& detail::TagItemCatalogue34::itemStimScalingFactor() { return gTagsStim.item(14); }
-const TagItem& detail::TagItemCatalogue34::itemStimCropXSize() { return gTagsStim.item(15); }
-const TagItem& detail::TagItemCatalogue34::itemStimCropYSize() { return gTagsStim.item(16); }
-const TagItem& detail::TagItemCatalogue34::itemStimViewType() { return gTagsStim.item(17); }
-const TagItem& detail::TagItemCatalogue34::itemStimRepresentativeImage() { return gTagsStim.item(18); }
-const TagItem& detail::TagItemCatalogue34::itemStimConvergenceBaseImage() { return gTagsStim.item(19); }
-const TagItem& detail::TagItemCatalogue34::itemStimAssumedDisplaySize() { return gTagsStim.item(20); }
-const TagItem& detail::TagItemCatalogue34::itemStimAssumedDistanceView() { return gTagsStim.item(21); }
-const TagItem& detail::TagItemCatalogue34::itemStimRepresentativeDisparityNear() { return gTagsStim.item(22); }
-const TagItem& detail::TagItemCatalogue34::itemStimRepresentativeDisparityFar() { return gTagsStim.item(23); }
-const TagItem& detail::TagItemCatalogue34::itemStimInitialDisplayEffect() { return gTagsStim.item(24); }
-const TagItem& detail::TagItemCatalogue34::itemStimConvergenceDistance() { return gTagsStim.item(25); }
-const TagItem& detail::TagItemCatalogue34::itemStimCameraArrangementInterval() { return gTagsStim.item(26); }
-const TagItem& detail::TagItemCatalogue34::itemStimShootingCount() { return gTagsStim.item(27); }
+const TagItem& detail::TagItemCatalogue34::itemStimCropXCommonOffset() { return detail::gTagsStim.item(0); }
+const TagItem& detail::TagItemCatalogue34::itemStimCropXViewpointNumber() { return detail::gTagsStim.item(1); }
+const TagItem& detail::TagItemCatalogue34::itemStimCropXOffset() { return detail::gTagsStim.item(2); }
+const TagItem& detail::TagItemCatalogue34::itemStimCropXViewpointNumber2() { return detail::gTagsStim.item(3); }
+const TagItem& detail::TagItemCatalogue34::itemStimCropXOffset2() { return detail::gTagsStim.item(4); }
+const TagItem& detail::TagItemCatalogue34::itemStimCropYCommonOffset() { return detail::gTagsStim.item(5); }
+const TagItem& detail::TagItemCatalogue34::itemStimCropYViewpointNumber() { return detail::gTagsStim.item(6); }
+const TagItem& detail::TagItemCatalogue34::itemStimCropYOffset() { return detail::gTagsStim.item(7); }
+const TagItem& detail::TagItemCatalogue34::itemStimCropYViewpointNumber2() { return detail::gTagsStim.item(8); }
+const TagItem& detail::TagItemCatalogue34::itemStimCropYOffset2() { return detail::gTagsStim.item(9); }
+const TagItem& detail::TagItemCatalogue34::itemStimStimVersion() { return detail::gTagsStim.item(10); }
+const TagItem& detail::TagItemCatalogue34::itemStimApplicationData() { return detail::gTagsStim.item(11); }
+const TagItem& detail::TagItemCatalogue34::itemStimImageArrangement() { return detail::gTagsStim.item(12); }
+const TagItem& detail::TagItemCatalogue34::itemStimImageRotation() { return detail::gTagsStim.item(13); }
+const TagItem& detail::TagItemCatalogue34::itemStimScalingFactor() { return detail::gTagsStim.item(14); }
+const TagItem& detail::TagItemCatalogue34::itemStimCropXSize() { return detail::gTagsStim.item(15); }
+const TagItem& detail::TagItemCatalogue34::itemStimCropYSize() { return detail::gTagsStim.item(16); }
+const TagItem& detail::TagItemCatalogue34::itemStimViewType() { return detail::gTagsStim.item(17); }
+const TagItem& detail::TagItemCatalogue34::itemStimRepresentativeImage() { return detail::gTagsStim.item(18); }
+const TagItem& detail::TagItemCatalogue34::itemStimConvergenceBaseImage() { return detail::gTagsStim.item(19); }
+const TagItem& detail::TagItemCatalogue34::itemStimAssumedDisplaySize() { return detail::gTagsStim.item(20); }
+const TagItem& detail::TagItemCatalogue34::itemStimAssumedDistanceView() { return detail::gTagsStim.item(21); }
+const TagItem& detail::TagItemCatalogue34::itemStimRepresentativeDisparityNear() { return detail::gTagsStim.item(22); }
+const TagItem& detail::TagItemCatalogue34::itemStimRepresentativeDisparityFar() { return detail::gTagsStim.item(23); }
+const TagItem& detail::TagItemCatalogue34::itemStimInitialDisplayEffect() { return detail::gTagsStim.item(24); }
+const TagItem& detail::TagItemCatalogue34::itemStimConvergenceDistance() { return detail::gTagsStim.item(25); }
+const TagItem& detail::TagItemCatalogue34::itemStimCameraArrangementInterval() { return detail::gTagsStim.item(26); }
+const TagItem& detail::TagItemCatalogue34::itemStimShootingCount() { return detail::gTagsStim.item(27); }
 
 const TagStrings& TagStringsCatalogue::stringsTheora() {
   return gStringsTheora.strings(&TagStringsCatalogue::stringTableTheora);
@@ -12168,19 +12174,19 @@ TagStringTable TagStringsCatalogue::stringTableTheora(ETLanguage language) {
   return gStringsTheora.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue34::allStreamsTheora() {
-  return gTagsTheora.all();
+  return detail::gTagsTheora.all();
 }
-const TagItem& detail::TagItemCatalogue34::itemTheoraTheoraVersion() { return gTagsTheora.item(0); }
-const TagItem& detail::TagItemCatalogue34::itemTheoraImageWidth() { return gTagsTheora.item(1); }
-const TagItem& detail::TagItemCatalogue34::itemTheoraImageHeight() { return gTagsTheora.item(2); }
-const TagItem& detail::TagItemCatalogue34::itemTheoraXOffset() { return gTagsTheora.item(3); }
-const TagItem& detail::TagItemCatalogue34::itemTheoraYOffset() { return gTagsTheora.item(4); }
-const TagItem& detail::TagItemCatalogue34::itemTheoraFrameRate() { return gTagsTheora.item(5); }
-const TagItem& detail::TagItemCatalogue34::itemTheoraPixelAspectRatio() { return gTagsTheora.item(6); }
-const TagItem& detail::TagItemCatalogue34::itemTheoraColorSpace() { return gTagsTheora.item(7); }
-const TagItem& detail::TagItemCatalogue34::itemTheoraNominalVideoBitrate() { return gTagsTheora.item(8); }
-const TagItem& detail::TagItemCatalogue34::itemTheoraQuality() { return gTagsTheora.item(9); }
-const TagItem& detail::TagItemCatalogue34::itemTheoraPixelFormat() { return gTagsTheora.item(10); }
+const TagItem& detail::TagItemCatalogue34::itemTheoraTheoraVersion() { return detail::gTagsTheora.item(0); }
+const TagItem& detail::TagItemCatalogue34::itemTheoraImageWidth() { return detail::gTagsTheora.item(1); }
+const TagItem& detail::TagItemCatalogue34::itemTheoraImageHeight() { return detail::gTagsTheora.item(2); }
+const TagItem& detail::TagItemCatalogue34::itemTheoraXOffset() { return detail::gTagsTheora.item(3); }
+const TagItem& detail::TagItemCatalogue34::itemTheoraYOffset() { return detail::gTagsTheora.item(4); }
+const TagItem& detail::TagItemCatalogue34::itemTheoraFrameRate() { return detail::gTagsTheora.item(5); }
+const TagItem& detail::TagItemCatalogue34::itemTheoraPixelAspectRatio() { return detail::gTagsTheora.item(6); }
+const TagItem& detail::TagItemCatalogue34::itemTheoraColorSpace() { return detail::gTagsTheora.item(7); }
+const TagItem& detail::TagItemCatalogue34::itemTheoraNominalVideoBitrate() { return detail::gTagsTheora.item(8); }
+const TagItem& detail::TagItemCatalogue34::itemTheoraQuality() { return detail::gTagsTheora.item(9); }
+const TagItem& detail::TagItemCatalogue34::itemTheoraPixelFormat() { return detail::gTagsTheora.item(10); }
 
 const TagStrings& TagStringsCatalogue::stringsTrailer() {
   return gStringsTrailer.strings(&TagStringsCatalogue::stringTableTrailer);
@@ -12189,10 +12195,10 @@ TagStringTable TagStringsCatalogue::stringTableTrailer(ETLanguage language) {
   return gStringsTrailer.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue34::allStreamsTrailer() {
-  return gTagsTrailer.all();
+  return detail::gTagsTrailer.all();
 }
-const TagItem& detail::TagItemCatalogue34::itemTrailerEmbeddedVideo() { return gTagsTrailer.item(0); }
-const TagItem& detail::TagItemCatalogue34::itemTrailerTrailer() { return gTagsTrailer.item(1); }
+const TagItem& detail::TagItemCatalogue34::itemTrailerEmbeddedVideo() { return detail::gTagsTrailer.item(0); }
+const TagItem& detail::TagItemCatalogue34::itemTrailerTrailer() { return detail::gTagsTrailer.item(1); }
 
 const TagStrings& TagStringsCatalogue::stringsVCard() {
   return gStringsVCard.strings(&TagStringsCatalogue::stringTableVCard);
@@ -12201,103 +12207,103 @@ TagStringTable TagStringsCatalogue::stringTableVCard(ETLanguage language) {
   return gStringsVCard.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue34::allStreamsVCard() {
-  return gTagsVCard.all();
+  return detail::gTagsVCard.all();
 }
-const TagItem& detail::TagItemCatalogue34::itemVCardAddress() { return gTagsVCard.item(0); }
-const TagItem& detail::TagItemCatalogue34::itemVCardAnniversary() { return gTagsVCard.item(1); }
-const TagItem& detail::TagItemCatalogue34::itemVCardBirthday() { return gTagsVCard.item(2); }
-const TagItem& detail::TagItemCatalogue34::itemVCardEmail() { return gTagsVCard.item(3); }
-const TagItem& detail::TagItemCatalogue34::itemVCardFormattedName() { return gTagsVCard.item(4); }
-const TagItem& detail::TagItemCatalogue34::itemVCardGender() { return gTagsVCard.item(5); }
-const TagItem& detail::TagItemCatalogue34::itemVCardGeolocation() { return gTagsVCard.item(6); }
-const TagItem& detail::TagItemCatalogue34::itemVCardIMPP() { return gTagsVCard.item(7); }
-const TagItem& detail::TagItemCatalogue34::itemVCardLanguage() { return gTagsVCard.item(8); }
-const TagItem& detail::TagItemCatalogue34::itemVCardLogo() { return gTagsVCard.item(9); }
-const TagItem& detail::TagItemCatalogue34::itemVCardName() { return gTagsVCard.item(10); }
-const TagItem& detail::TagItemCatalogue34::itemVCardNickname() { return gTagsVCard.item(11); }
-const TagItem& detail::TagItemCatalogue34::itemVCardNote() { return gTagsVCard.item(12); }
-const TagItem& detail::TagItemCatalogue34::itemVCardOrganization() { return gTagsVCard.item(13); }
-const TagItem& detail::TagItemCatalogue34::itemVCardPhoto() { return gTagsVCard.item(14); }
-const TagItem& detail::TagItemCatalogue34::itemVCardSoftware() { return gTagsVCard.item(15); }
-const TagItem& detail::TagItemCatalogue34::itemVCardRevision() { return gTagsVCard.item(16); }
-const TagItem& detail::TagItemCatalogue34::itemVCardSound() { return gTagsVCard.item(17); }
-const TagItem& detail::TagItemCatalogue34::itemVCardTelephone() { return gTagsVCard.item(18); }
-const TagItem& detail::TagItemCatalogue34::itemVCardJobTitle() { return gTagsVCard.item(19); }
-const TagItem& detail::TagItemCatalogue34::itemVCardTimeZone() { return gTagsVCard.item(20); }
-const TagItem& detail::TagItemCatalogue34::itemVCardUID() { return gTagsVCard.item(21); }
-const TagItem& detail::TagItemCatalogue34::itemVCardURL() { return gTagsVCard.item(22); }
-const TagItem& detail::TagItemCatalogue34::itemVCardVCardVersion() { return gTagsVCard.item(23); }
-const TagItem& detail::TagItemCatalogue34::itemVCardABDate() { return gTagsVCard.item(24); }
-const TagItem& detail::TagItemCatalogue34::itemVCardABLabel() { return gTagsVCard.item(25); }
-const TagItem& detail::TagItemCatalogue34::itemVCardABRelatedNames() { return gTagsVCard.item(26); }
-const TagItem& detail::TagItemCatalogue34::itemVCardAB_UID() { return gTagsVCard.item(27); }
-const TagItem& detail::TagItemCatalogue34::itemVCardAIM() { return gTagsVCard.item(28); }
-const TagItem& detail::TagItemCatalogue34::itemVCardICQ() { return gTagsVCard.item(29); }
-const TagItem& detail::TagItemCatalogue34::itemVCardSocialProfile() { return gTagsVCard.item(30); }
-const TagItem& detail::TagItemCatalogue34::itemVCardAcknowledged() { return gTagsVCard.item(31); }
-const TagItem& detail::TagItemCatalogue34::itemVCardAction() { return gTagsVCard.item(32); }
-const TagItem& detail::TagItemCatalogue34::itemVCardAttachment() { return gTagsVCard.item(33); }
-const TagItem& detail::TagItemCatalogue34::itemVCardAttendee() { return gTagsVCard.item(34); }
-const TagItem& detail::TagItemCatalogue34::itemVCardCalendarScale() { return gTagsVCard.item(35); }
-const TagItem& detail::TagItemCatalogue34::itemVCardCategories() { return gTagsVCard.item(36); }
-const TagItem& detail::TagItemCatalogue34::itemVCardClassification() { return gTagsVCard.item(37); }
-const TagItem& detail::TagItemCatalogue34::itemVCardComment() { return gTagsVCard.item(38); }
-const TagItem& detail::TagItemCatalogue34::itemVCardDateTimeCompleted() { return gTagsVCard.item(39); }
-const TagItem& detail::TagItemCatalogue34::itemVCardContact() { return gTagsVCard.item(40); }
-const TagItem& detail::TagItemCatalogue34::itemVCardDateCreated() { return gTagsVCard.item(41); }
-const TagItem& detail::TagItemCatalogue34::itemVCardDescription() { return gTagsVCard.item(42); }
-const TagItem& detail::TagItemCatalogue34::itemVCardDateTimeEnd() { return gTagsVCard.item(43); }
-const TagItem& detail::TagItemCatalogue34::itemVCardDateTimeStamp() { return gTagsVCard.item(44); }
-const TagItem& detail::TagItemCatalogue34::itemVCardDateTimeStart() { return gTagsVCard.item(45); }
-const TagItem& detail::TagItemCatalogue34::itemVCardDateTimeDue() { return gTagsVCard.item(46); }
-const TagItem& detail::TagItemCatalogue34::itemVCardDuration() { return gTagsVCard.item(47); }
-const TagItem& detail::TagItemCatalogue34::itemVCardExceptionDateTimes() { return gTagsVCard.item(48); }
-const TagItem& detail::TagItemCatalogue34::itemVCardFreeBusyTime() { return gTagsVCard.item(49); }
-const TagItem& detail::TagItemCatalogue34::itemVCardModifyDate() { return gTagsVCard.item(50); }
-const TagItem& detail::TagItemCatalogue34::itemVCardLocation() { return gTagsVCard.item(51); }
-const TagItem& detail::TagItemCatalogue34::itemVCardMethod() { return gTagsVCard.item(52); }
-const TagItem& detail::TagItemCatalogue34::itemVCardOrganizer() { return gTagsVCard.item(53); }
-const TagItem& detail::TagItemCatalogue34::itemVCardPercentComplete() { return gTagsVCard.item(54); }
-const TagItem& detail::TagItemCatalogue34::itemVCardPriority() { return gTagsVCard.item(55); }
-const TagItem& detail::TagItemCatalogue34::itemVCardRecurrenceDateTimes() { return gTagsVCard.item(56); }
-const TagItem& detail::TagItemCatalogue34::itemVCardRecurrenceID() { return gTagsVCard.item(57); }
-const TagItem& detail::TagItemCatalogue34::itemVCardRelatedTo() { return gTagsVCard.item(58); }
-const TagItem& detail::TagItemCatalogue34::itemVCardRepeat() { return gTagsVCard.item(59); }
-const TagItem& detail::TagItemCatalogue34::itemVCardRequestStatus() { return gTagsVCard.item(60); }
-const TagItem& detail::TagItemCatalogue34::itemVCardResources() { return gTagsVCard.item(61); }
-const TagItem& detail::TagItemCatalogue34::itemVCardRecurrenceRule() { return gTagsVCard.item(62); }
-const TagItem& detail::TagItemCatalogue34::itemVCardSequenceNumber() { return gTagsVCard.item(63); }
-const TagItem& detail::TagItemCatalogue34::itemVCardStatus() { return gTagsVCard.item(64); }
-const TagItem& detail::TagItemCatalogue34::itemVCardSummary() { return gTagsVCard.item(65); }
-const TagItem& detail::TagItemCatalogue34::itemVCardTimeTransparency() { return gTagsVCard.item(66); }
-const TagItem& detail::TagItemCatalogue34::itemVCardTrigger() { return gTagsVCard.item(67); }
-const TagItem& detail::TagItemCatalogue34::itemVCardTimezoneID() { return gTagsVCard.item(68); }
-const TagItem& detail::TagItemCatalogue34::itemVCardTimezoneName() { return gTagsVCard.item(69); }
-const TagItem& detail::TagItemCatalogue34::itemVCardTimezoneOffsetFrom() { return gTagsVCard.item(70); }
-const TagItem& detail::TagItemCatalogue34::itemVCardTimezoneOffsetTo() { return gTagsVCard.item(71); }
-const TagItem& detail::TagItemCatalogue34::itemVCardTimeZoneURL() { return gTagsVCard.item(72); }
-const TagItem& detail::TagItemCatalogue34::itemVCardVCalendarVersion() { return gTagsVCard.item(73); }
-const TagItem& detail::TagItemCatalogue34::itemVCardCalendarColor() { return gTagsVCard.item(74); }
-const TagItem& detail::TagItemCatalogue34::itemVCardDefaultAlarm() { return gTagsVCard.item(75); }
-const TagItem& detail::TagItemCatalogue34::itemVCardLocalDefaultAlarm() { return gTagsVCard.item(76); }
-const TagItem& detail::TagItemCatalogue34::itemVCardAllDayEvent() { return gTagsVCard.item(77); }
-const TagItem& detail::TagItemCatalogue34::itemVCardAppointmentSequence() { return gTagsVCard.item(78); }
-const TagItem& detail::TagItemCatalogue34::itemVCardBusyStatus() { return gTagsVCard.item(79); }
-const TagItem& detail::TagItemCatalogue34::itemVCardImportance() { return gTagsVCard.item(80); }
-const TagItem& detail::TagItemCatalogue34::itemVCardInstanceType() { return gTagsVCard.item(81); }
-const TagItem& detail::TagItemCatalogue34::itemVCardIntendedBusyStatus() { return gTagsVCard.item(82); }
-const TagItem& detail::TagItemCatalogue34::itemVCardOwnerAppointmentID() { return gTagsVCard.item(83); }
-const TagItem& detail::TagItemCatalogue34::itemVCardDisallowCounterProposal() { return gTagsVCard.item(84); }
-const TagItem& detail::TagItemCatalogue34::itemVCardDoNotForwardMeeting() { return gTagsVCard.item(85); }
-const TagItem& detail::TagItemCatalogue34::itemVCardMeetingLocations() { return gTagsVCard.item(86); }
-const TagItem& detail::TagItemCatalogue34::itemVCardAlarmUID() { return gTagsVCard.item(87); }
-const TagItem& detail::TagItemCatalogue34::itemVCardCalendarDescription() { return gTagsVCard.item(88); }
-const TagItem& detail::TagItemCatalogue34::itemVCardCalendarName() { return gTagsVCard.item(89); }
-const TagItem& detail::TagItemCatalogue34::itemVCardCalendarID() { return gTagsVCard.item(90); }
-const TagItem& detail::TagItemCatalogue34::itemVCardTimeZone2() { return gTagsVCard.item(91); }
-const TagItem& detail::TagItemCatalogue34::itemVCardBody() { return gTagsVCard.item(92); }
-const TagItem& detail::TagItemCatalogue34::itemVCardCreateDate() { return gTagsVCard.item(93); }
-const TagItem& detail::TagItemCatalogue34::itemVCardVersion() { return gTagsVCard.item(94); }
+const TagItem& detail::TagItemCatalogue34::itemVCardAddress() { return detail::gTagsVCard.item(0); }
+const TagItem& detail::TagItemCatalogue34::itemVCardAnniversary() { return detail::gTagsVCard.item(1); }
+const TagItem& detail::TagItemCatalogue34::itemVCardBirthday() { return detail::gTagsVCard.item(2); }
+const TagItem& detail::TagItemCatalogue34::itemVCardEmail() { return detail::gTagsVCard.item(3); }
+const TagItem& detail::TagItemCatalogue34::itemVCardFormattedName() { return detail::gTagsVCard.item(4); }
+const TagItem& detail::TagItemCatalogue34::itemVCardGender() { return detail::gTagsVCard.item(5); }
+const TagItem& detail::TagItemCatalogue34::itemVCardGeolocation() { return detail::gTagsVCard.item(6); }
+const TagItem& detail::TagItemCatalogue34::itemVCardIMPP() { return detail::gTagsVCard.item(7); }
+const TagItem& detail::TagItemCatalogue34::itemVCardLanguage() { return detail::gTagsVCard.item(8); }
+const TagItem& detail::TagItemCatalogue34::itemVCardLogo() { return detail::gTagsVCard.item(9); }
+const TagItem& detail::TagItemCatalogue34::itemVCardName() { return detail::gTagsVCard.item(10); }
+const TagItem& detail::TagItemCatalogue34::itemVCardNickname() { return detail::gTagsVCard.item(11); }
+const TagItem& detail::TagItemCatalogue34::itemVCardNote() { return detail::gTagsVCard.item(12); }
+const TagItem& detail::TagItemCatalogue34::itemVCardOrganization() { return detail::gTagsVCard.item(13); }
+const TagItem& detail::TagItemCatalogue34::itemVCardPhoto() { return detail::gTagsVCard.item(14); }
+const TagItem& detail::TagItemCatalogue34::itemVCardSoftware() { return detail::gTagsVCard.item(15); }
+const TagItem& detail::TagItemCatalogue34::itemVCardRevision() { return detail::gTagsVCard.item(16); }
+const TagItem& detail::TagItemCatalogue34::itemVCardSound() { return detail::gTagsVCard.item(17); }
+const TagItem& detail::TagItemCatalogue34::itemVCardTelephone() { return detail::gTagsVCard.item(18); }
+const TagItem& detail::TagItemCatalogue34::itemVCardJobTitle() { return detail::gTagsVCard.item(19); }
+const TagItem& detail::TagItemCatalogue34::itemVCardTimeZone() { return detail::gTagsVCard.item(20); }
+const TagItem& detail::TagItemCatalogue34::itemVCardUID() { return detail::gTagsVCard.item(21); }
+const TagItem& detail::TagItemCatalogue34::itemVCardURL() { return detail::gTagsVCard.item(22); }
+const TagItem& detail::TagItemCatalogue34::itemVCardVCardVersion() { return detail::gTagsVCard.item(23); }
+const TagItem& detail::TagItemCatalogue34::itemVCardABDate() { return detail::gTagsVCard.item(24); }
+const TagItem& detail::TagItemCatalogue34::itemVCardABLabel() { return detail::gTagsVCard.item(25); }
+const TagItem& detail::TagItemCatalogue34::itemVCardABRelatedNames() { return detail::gTagsVCard.item(26); }
+const TagItem& detail::TagItemCatalogue34::itemVCardAB_UID() { return detail::gTagsVCard.item(27); }
+const TagItem& detail::TagItemCatalogue34::itemVCardAIM() { return detail::gTagsVCard.item(28); }
+const TagItem& detail::TagItemCatalogue34::itemVCardICQ() { return detail::gTagsVCard.item(29); }
+const TagItem& detail::TagItemCatalogue34::itemVCardSocialProfile() { return detail::gTagsVCard.item(30); }
+const TagItem& detail::TagItemCatalogue34::itemVCardAcknowledged() { return detail::gTagsVCard.item(31); }
+const TagItem& detail::TagItemCatalogue34::itemVCardAction() { return detail::gTagsVCard.item(32); }
+const TagItem& detail::TagItemCatalogue34::itemVCardAttachment() { return detail::gTagsVCard.item(33); }
+const TagItem& detail::TagItemCatalogue34::itemVCardAttendee() { return detail::gTagsVCard.item(34); }
+const TagItem& detail::TagItemCatalogue34::itemVCardCalendarScale() { return detail::gTagsVCard.item(35); }
+const TagItem& detail::TagItemCatalogue34::itemVCardCategories() { return detail::gTagsVCard.item(36); }
+const TagItem& detail::TagItemCatalogue34::itemVCardClassification() { return detail::gTagsVCard.item(37); }
+const TagItem& detail::TagItemCatalogue34::itemVCardComment() { return detail::gTagsVCard.item(38); }
+const TagItem& detail::TagItemCatalogue34::itemVCardDateTimeCompleted() { return detail::gTagsVCard.item(39); }
+const TagItem& detail::TagItemCatalogue34::itemVCardContact() { return detail::gTagsVCard.item(40); }
+const TagItem& detail::TagItemCatalogue34::itemVCardDateCreated() { return detail::gTagsVCard.item(41); }
+const TagItem& detail::TagItemCatalogue34::itemVCardDescription() { return detail::gTagsVCard.item(42); }
+const TagItem& detail::TagItemCatalogue34::itemVCardDateTimeEnd() { return detail::gTagsVCard.item(43); }
+const TagItem& detail::TagItemCatalogue34::itemVCardDateTimeStamp() { return detail::gTagsVCard.item(44); }
+const TagItem& detail::TagItemCatalogue34::itemVCardDateTimeStart() { return detail::gTagsVCard.item(45); }
+const TagItem& detail::TagItemCatalogue34::itemVCardDateTimeDue() { return detail::gTagsVCard.item(46); }
+const TagItem& detail::TagItemCatalogue34::itemVCardDuration() { return detail::gTagsVCard.item(47); }
+const TagItem& detail::TagItemCatalogue34::itemVCardExceptionDateTimes() { return detail::gTagsVCard.item(48); }
+const TagItem& detail::TagItemCatalogue34::itemVCardFreeBusyTime() { return detail::gTagsVCard.item(49); }
+const TagItem& detail::TagItemCatalogue34::itemVCardModifyDate() { return detail::gTagsVCard.item(50); }
+const TagItem& detail::TagItemCatalogue34::itemVCardLocation() { return detail::gTagsVCard.item(51); }
+const TagItem& detail::TagItemCatalogue34::itemVCardMethod() { return detail::gTagsVCard.item(52); }
+const TagItem& detail::TagItemCatalogue34::itemVCardOrganizer() { return detail::gTagsVCard.item(53); }
+const TagItem& detail::TagItemCatalogue34::itemVCardPercentComplete() { return detail::gTagsVCard.item(54); }
+const TagItem& detail::TagItemCatalogue34::itemVCardPriority() { return detail::gTagsVCard.item(55); }
+const TagItem& detail::TagItemCatalogue34::itemVCardRecurrenceDateTimes() { return detail::gTagsVCard.item(56); }
+const TagItem& detail::TagItemCatalogue34::itemVCardRecurrenceID() { return detail::gTagsVCard.item(57); }
+const TagItem& detail::TagItemCatalogue34::itemVCardRelatedTo() { return detail::gTagsVCard.item(58); }
+const TagItem& detail::TagItemCatalogue34::itemVCardRepeat() { return detail::gTagsVCard.item(59); }
+const TagItem& detail::TagItemCatalogue34::itemVCardRequestStatus() { return detail::gTagsVCard.item(60); }
+const TagItem& detail::TagItemCatalogue34::itemVCardResources() { return detail::gTagsVCard.item(61); }
+const TagItem& detail::TagItemCatalogue34::itemVCardRecurrenceRule() { return detail::gTagsVCard.item(62); }
+const TagItem& detail::TagItemCatalogue34::itemVCardSequenceNumber() { return detail::gTagsVCard.item(63); }
+const TagItem& detail::TagItemCatalogue34::itemVCardStatus() { return detail::gTagsVCard.item(64); }
+const TagItem& detail::TagItemCatalogue34::itemVCardSummary() { return detail::gTagsVCard.item(65); }
+const TagItem& detail::TagItemCatalogue34::itemVCardTimeTransparency() { return detail::gTagsVCard.item(66); }
+const TagItem& detail::TagItemCatalogue34::itemVCardTrigger() { return detail::gTagsVCard.item(67); }
+const TagItem& detail::TagItemCatalogue34::itemVCardTimezoneID() { return detail::gTagsVCard.item(68); }
+const TagItem& detail::TagItemCatalogue34::itemVCardTimezoneName() { return detail::gTagsVCard.item(69); }
+const TagItem& detail::TagItemCatalogue34::itemVCardTimezoneOffsetFrom() { return detail::gTagsVCard.item(70); }
+const TagItem& detail::TagItemCatalogue34::itemVCardTimezoneOffsetTo() { return detail::gTagsVCard.item(71); }
+const TagItem& detail::TagItemCatalogue34::itemVCardTimeZoneURL() { return detail::gTagsVCard.item(72); }
+const TagItem& detail::TagItemCatalogue34::itemVCardVCalendarVersion() { return detail::gTagsVCard.item(73); }
+const TagItem& detail::TagItemCatalogue34::itemVCardCalendarColor() { return detail::gTagsVCard.item(74); }
+const TagItem& detail::TagItemCatalogue34::itemVCardDefaultAlarm() { return detail::gTagsVCard.item(75); }
+const TagItem& detail::TagItemCatalogue34::itemVCardLocalDefaultAlarm() { return detail::gTagsVCard.item(76); }
+const TagItem& detail::TagItemCatalogue34::itemVCardAllDayEvent() { return detail::gTagsVCard.item(77); }
+const TagItem& detail::TagItemCatalogue34::itemVCardAppointmentSequence() { return detail::gTagsVCard.item(78); }
+const TagItem& detail::TagItemCatalogue34::itemVCardBusyStatus() { return detail::gTagsVCard.item(79); }
+const TagItem& detail::TagItemCatalogue34::itemVCardImportance() { return detail::gTagsVCard.item(80); }
+const TagItem& detail::TagItemCatalogue34::itemVCardInstanceType() { return detail::gTagsVCard.item(81); }
+const TagItem& detail::TagItemCatalogue34::itemVCardIntendedBusyStatus() { return detail::gTagsVCard.item(82); }
+const TagItem& detail::TagItemCatalogue34::itemVCardOwnerAppointmentID() { return detail::gTagsVCard.item(83); }
+const TagItem& detail::TagItemCatalogue34::itemVCardDisallowCounterProposal() { return detail::gTagsVCard.item(84); }
+const TagItem& detail::TagItemCatalogue34::itemVCardDoNotForwardMeeting() { return detail::gTagsVCard.item(85); }
+const TagItem& detail::TagItemCatalogue34::itemVCardMeetingLocations() { return detail::gTagsVCard.item(86); }
+const TagItem& detail::TagItemCatalogue34::itemVCardAlarmUID() { return detail::gTagsVCard.item(87); }
+const TagItem& detail::TagItemCatalogue34::itemVCardCalendarDescription() { return detail::gTagsVCard.item(88); }
+const TagItem& detail::TagItemCatalogue34::itemVCardCalendarName() { return detail::gTagsVCard.item(89); }
+const TagItem& detail::TagItemCatalogue34::itemVCardCalendarID() { return detail::gTagsVCard.item(90); }
+const TagItem& detail::TagItemCatalogue34::itemVCardTimeZone2() { return detail::gTagsVCard.item(91); }
+const TagItem& detail::TagItemCatalogue34::itemVCardBody() { return detail::gTagsVCard.item(92); }
+const TagItem& detail::TagItemCatalogue34::itemVCardCreateDate() { return detail::gTagsVCard.item(93); }
+const TagItem& detail::TagItemCatalogue34::itemVCardVersion() { return detail::gTagsVCard.item(94); }
 
 const TagStrings& TagStringsCatalogue::stringsVorbis() {
   return gStringsVorbis.strings(&TagStringsCatalogue::stringTableVorbis);
@@ -12306,45 +12312,45 @@ TagStringTable TagStringsCatalogue::stringTableVorbis(ETLanguage language) {
   return gStringsVorbis.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue34::allStreamsVorbis() {
-  return gTagsVorbis.all();
+  return detail::gTagsVorbis.all();
 }
-const TagItem& detail::TagItemCatalogue34::itemVorbisActor() { return gTagsVorbis.item(0); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisAlbum() { return gTagsVorbis.item(1); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisArtist() { return gTagsVorbis.item(2); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisComment() { return gTagsVorbis.item(3); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisComposer() { return gTagsVorbis.item(4); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisContact() { return gTagsVorbis.item(5); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisCopyright() { return gTagsVorbis.item(6); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisCoverArt() { return gTagsVorbis.item(7); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisCoverArtMIMEType() { return gTagsVorbis.item(8); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisDate() { return gTagsVorbis.item(9); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisDescription() { return gTagsVorbis.item(10); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisDirector() { return gTagsVorbis.item(11); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisEncodedBy() { return gTagsVorbis.item(12); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisEncodedUsing() { return gTagsVorbis.item(13); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisEncoder() { return gTagsVorbis.item(14); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisEncoderOptions() { return gTagsVorbis.item(15); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisGenre() { return gTagsVorbis.item(16); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisISRCNumber() { return gTagsVorbis.item(17); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisLicense() { return gTagsVorbis.item(18); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisLocation() { return gTagsVorbis.item(19); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisOrganization() { return gTagsVorbis.item(20); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisPerformer() { return gTagsVorbis.item(21); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisProducer() { return gTagsVorbis.item(22); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisReplayGainAlbumGain() { return gTagsVorbis.item(23); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisReplayGainAlbumPeak() { return gTagsVorbis.item(24); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisReplayGainTrackGain() { return gTagsVorbis.item(25); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisReplayGainTrackPeak() { return gTagsVorbis.item(26); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisTitle() { return gTagsVorbis.item(27); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisTrackNumber() { return gTagsVorbis.item(28); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisVersion() { return gTagsVorbis.item(29); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisVendor() { return gTagsVorbis.item(30); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisVorbisVersion() { return gTagsVorbis.item(31); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisAudioChannels() { return gTagsVorbis.item(32); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisSampleRate() { return gTagsVorbis.item(33); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisMaximumBitrate() { return gTagsVorbis.item(34); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisNominalBitrate() { return gTagsVorbis.item(35); }
-const TagItem& detail::TagItemCatalogue34::itemVorbisMinimumBitrate() { return gTagsVorbis.item(36); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisActor() { return detail::gTagsVorbis.item(0); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisAlbum() { return detail::gTagsVorbis.item(1); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisArtist() { return detail::gTagsVorbis.item(2); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisComment() { return detail::gTagsVorbis.item(3); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisComposer() { return detail::gTagsVorbis.item(4); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisContact() { return detail::gTagsVorbis.item(5); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisCopyright() { return detail::gTagsVorbis.item(6); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisCoverArt() { return detail::gTagsVorbis.item(7); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisCoverArtMIMEType() { return detail::gTagsVorbis.item(8); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisDate() { return detail::gTagsVorbis.item(9); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisDescription() { return detail::gTagsVorbis.item(10); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisDirector() { return detail::gTagsVorbis.item(11); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisEncodedBy() { return detail::gTagsVorbis.item(12); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisEncodedUsing() { return detail::gTagsVorbis.item(13); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisEncoder() { return detail::gTagsVorbis.item(14); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisEncoderOptions() { return detail::gTagsVorbis.item(15); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisGenre() { return detail::gTagsVorbis.item(16); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisISRCNumber() { return detail::gTagsVorbis.item(17); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisLicense() { return detail::gTagsVorbis.item(18); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisLocation() { return detail::gTagsVorbis.item(19); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisOrganization() { return detail::gTagsVorbis.item(20); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisPerformer() { return detail::gTagsVorbis.item(21); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisProducer() { return detail::gTagsVorbis.item(22); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisReplayGainAlbumGain() { return detail::gTagsVorbis.item(23); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisReplayGainAlbumPeak() { return detail::gTagsVorbis.item(24); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisReplayGainTrackGain() { return detail::gTagsVorbis.item(25); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisReplayGainTrackPeak() { return detail::gTagsVorbis.item(26); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisTitle() { return detail::gTagsVorbis.item(27); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisTrackNumber() { return detail::gTagsVorbis.item(28); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisVersion() { return detail::gTagsVorbis.item(29); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisVendor() { return detail::gTagsVorbis.item(30); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisVorbisVersion() { return detail::gTagsVorbis.item(31); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisAudioChannels() { return detail::gTagsVorbis.item(32); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisSampleRate() { return detail::gTagsVorbis.item(33); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisMaximumBitrate() { return detail::gTagsVorbis.item(34); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisNominalBitrate() { return detail::gTagsVorbis.item(35); }
+const TagItem& detail::TagItemCatalogue34::itemVorbisMinimumBitrate() { return detail::gTagsVorbis.item(36); }
 
 const TagStrings& TagStringsCatalogue::stringsWTV() {
   return gStringsWTV.strings(&TagStringsCatalogue::stringTableWTV);
@@ -12353,81 +12359,81 @@ TagStringTable TagStringsCatalogue::stringTableWTV(ETLanguage language) {
   return gStringsWTV.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue34::allStreamsWTV() {
-  return gTagsWTV.all();
+  return detail::gTagsWTV.all();
 }
-const TagItem& detail::TagItemCatalogue34::itemWTVDuration() { return gTagsWTV.item(0); }
-const TagItem& detail::TagItemCatalogue34::itemWTVTitle() { return gTagsWTV.item(1); }
-const TagItem& detail::TagItemCatalogue34::itemWTVGenre() { return gTagsWTV.item(2); }
-const TagItem& detail::TagItemCatalogue34::itemWTVLanguage() { return gTagsWTV.item(3); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaClassPrimaryID() { return gTagsWTV.item(4); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaClassSecondaryID() { return gTagsWTV.item(5); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaCredits() { return gTagsWTV.item(6); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaIsDelay() { return gTagsWTV.item(7); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaIsFinale() { return gTagsWTV.item(8); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaIsLive() { return gTagsWTV.item(9); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaIsMovie() { return gTagsWTV.item(10); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaIsPremiere() { return gTagsWTV.item(11); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaIsRepeat() { return gTagsWTV.item(12); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaIsSAP() { return gTagsWTV.item(13); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaIsSport() { return gTagsWTV.item(14); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaIsStereo() { return gTagsWTV.item(15); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaIsSubtitled() { return gTagsWTV.item(16); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaIsTape() { return gTagsWTV.item(17); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaNetworkAffiliation() { return gTagsWTV.item(18); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaOriginalBroadcastDateTime() { return gTagsWTV.item(19); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaOriginalChannel() { return gTagsWTV.item(20); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaOriginalChannelSubNumber() { return gTagsWTV.item(21); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaOriginalRunTime() { return gTagsWTV.item(22); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaStationCallSign() { return gTagsWTV.item(23); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaStationName() { return gTagsWTV.item(24); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaThumbAspectRatioX() { return gTagsWTV.item(25); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaThumbAspectRatioY() { return gTagsWTV.item(26); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaThumbHeight() { return gTagsWTV.item(27); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaThumbRatingAttributes() { return gTagsWTV.item(28); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaThumbRatingLevel() { return gTagsWTV.item(29); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaThumbRatingSystem() { return gTagsWTV.item(30); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaThumbRet() { return gTagsWTV.item(31); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaThumbStride() { return gTagsWTV.item(32); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaThumbTimeStamp() { return gTagsWTV.item(33); }
-const TagItem& detail::TagItemCatalogue34::itemWTVMediaThumbWidth() { return gTagsWTV.item(34); }
-const TagItem& detail::TagItemCatalogue34::itemWTVOriginalReleaseTime() { return gTagsWTV.item(35); }
-const TagItem& detail::TagItemCatalogue34::itemWTVParentalRating() { return gTagsWTV.item(36); }
-const TagItem& detail::TagItemCatalogue34::itemWTVParentalRatingReason() { return gTagsWTV.item(37); }
-const TagItem& detail::TagItemCatalogue34::itemWTVProvider() { return gTagsWTV.item(38); }
-const TagItem& detail::TagItemCatalogue34::itemWTVProviderCopyright() { return gTagsWTV.item(39); }
-const TagItem& detail::TagItemCatalogue34::itemWTVProviderRating() { return gTagsWTV.item(40); }
-const TagItem& detail::TagItemCatalogue34::itemWTVSubtitle() { return gTagsWTV.item(41); }
-const TagItem& detail::TagItemCatalogue34::itemWTVSubtitleDescription() { return gTagsWTV.item(42); }
-const TagItem& detail::TagItemCatalogue34::itemWTVVideoClosedCaptioning() { return gTagsWTV.item(43); }
-const TagItem& detail::TagItemCatalogue34::itemWTVATSCContent() { return gTagsWTV.item(44); }
-const TagItem& detail::TagItemCatalogue34::itemWTVActualSoftPostPadding() { return gTagsWTV.item(45); }
-const TagItem& detail::TagItemCatalogue34::itemWTVActualSoftPrePadding() { return gTagsWTV.item(46); }
-const TagItem& detail::TagItemCatalogue34::itemWTVBitrate() { return gTagsWTV.item(47); }
-const TagItem& detail::TagItemCatalogue34::itemWTVBrandingImageID() { return gTagsWTV.item(48); }
-const TagItem& detail::TagItemCatalogue34::itemWTVBrandingName() { return gTagsWTV.item(49); }
-const TagItem& detail::TagItemCatalogue34::itemWTVContentProtected() { return gTagsWTV.item(50); }
-const TagItem& detail::TagItemCatalogue34::itemWTVContentProtectedPercent() { return gTagsWTV.item(51); }
-const TagItem& detail::TagItemCatalogue34::itemWTVDTVContent() { return gTagsWTV.item(52); }
-const TagItem& detail::TagItemCatalogue34::itemWTVEncodeTime() { return gTagsWTV.item(53); }
-const TagItem& detail::TagItemCatalogue34::itemWTVEndTime() { return gTagsWTV.item(54); }
-const TagItem& detail::TagItemCatalogue34::itemWTVExpirationDate() { return gTagsWTV.item(55); }
-const TagItem& detail::TagItemCatalogue34::itemWTVExpirationSpan() { return gTagsWTV.item(56); }
-const TagItem& detail::TagItemCatalogue34::itemWTVHDContent() { return gTagsWTV.item(57); }
-const TagItem& detail::TagItemCatalogue34::itemWTVHardPostPadding() { return gTagsWTV.item(58); }
-const TagItem& detail::TagItemCatalogue34::itemWTVHardPrePadding() { return gTagsWTV.item(59); }
-const TagItem& detail::TagItemCatalogue34::itemWTVInBandRatingAttributes() { return gTagsWTV.item(60); }
-const TagItem& detail::TagItemCatalogue34::itemWTVInBandRatingLevel() { return gTagsWTV.item(61); }
-const TagItem& detail::TagItemCatalogue34::itemWTVInBandRatingSystem() { return gTagsWTV.item(62); }
-const TagItem& detail::TagItemCatalogue34::itemWTVKeepUntil() { return gTagsWTV.item(63); }
-const TagItem& detail::TagItemCatalogue34::itemWTVOriginalSoftPostPadding() { return gTagsWTV.item(64); }
-const TagItem& detail::TagItemCatalogue34::itemWTVOriginalSoftPrePadding() { return gTagsWTV.item(65); }
-const TagItem& detail::TagItemCatalogue34::itemWTVProgramID() { return gTagsWTV.item(66); }
-const TagItem& detail::TagItemCatalogue34::itemWTVQuality() { return gTagsWTV.item(67); }
-const TagItem& detail::TagItemCatalogue34::itemWTVRequestID() { return gTagsWTV.item(68); }
-const TagItem& detail::TagItemCatalogue34::itemWTVScheduleItemID() { return gTagsWTV.item(69); }
-const TagItem& detail::TagItemCatalogue34::itemWTVSeriesUID() { return gTagsWTV.item(70); }
-const TagItem& detail::TagItemCatalogue34::itemWTVServiceID() { return gTagsWTV.item(71); }
-const TagItem& detail::TagItemCatalogue34::itemWTVWatched() { return gTagsWTV.item(72); }
+const TagItem& detail::TagItemCatalogue34::itemWTVDuration() { return detail::gTagsWTV.item(0); }
+const TagItem& detail::TagItemCatalogue34::itemWTVTitle() { return detail::gTagsWTV.item(1); }
+const TagItem& detail::TagItemCatalogue34::itemWTVGenre() { return detail::gTagsWTV.item(2); }
+const TagItem& detail::TagItemCatalogue34::itemWTVLanguage() { return detail::gTagsWTV.item(3); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaClassPrimaryID() { return detail::gTagsWTV.item(4); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaClassSecondaryID() { return detail::gTagsWTV.item(5); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaCredits() { return detail::gTagsWTV.item(6); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaIsDelay() { return detail::gTagsWTV.item(7); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaIsFinale() { return detail::gTagsWTV.item(8); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaIsLive() { return detail::gTagsWTV.item(9); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaIsMovie() { return detail::gTagsWTV.item(10); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaIsPremiere() { return detail::gTagsWTV.item(11); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaIsRepeat() { return detail::gTagsWTV.item(12); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaIsSAP() { return detail::gTagsWTV.item(13); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaIsSport() { return detail::gTagsWTV.item(14); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaIsStereo() { return detail::gTagsWTV.item(15); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaIsSubtitled() { return detail::gTagsWTV.item(16); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaIsTape() { return detail::gTagsWTV.item(17); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaNetworkAffiliation() { return detail::gTagsWTV.item(18); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaOriginalBroadcastDateTime() { return detail::gTagsWTV.item(19); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaOriginalChannel() { return detail::gTagsWTV.item(20); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaOriginalChannelSubNumber() { return detail::gTagsWTV.item(21); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaOriginalRunTime() { return detail::gTagsWTV.item(22); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaStationCallSign() { return detail::gTagsWTV.item(23); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaStationName() { return detail::gTagsWTV.item(24); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaThumbAspectRatioX() { return detail::gTagsWTV.item(25); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaThumbAspectRatioY() { return detail::gTagsWTV.item(26); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaThumbHeight() { return detail::gTagsWTV.item(27); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaThumbRatingAttributes() { return detail::gTagsWTV.item(28); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaThumbRatingLevel() { return detail::gTagsWTV.item(29); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaThumbRatingSystem() { return detail::gTagsWTV.item(30); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaThumbRet() { return detail::gTagsWTV.item(31); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaThumbStride() { return detail::gTagsWTV.item(32); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaThumbTimeStamp() { return detail::gTagsWTV.item(33); }
+const TagItem& detail::TagItemCatalogue34::itemWTVMediaThumbWidth() { return detail::gTagsWTV.item(34); }
+const TagItem& detail::TagItemCatalogue34::itemWTVOriginalReleaseTime() { return detail::gTagsWTV.item(35); }
+const TagItem& detail::TagItemCatalogue34::itemWTVParentalRating() { return detail::gTagsWTV.item(36); }
+const TagItem& detail::TagItemCatalogue34::itemWTVParentalRatingReason() { return detail::gTagsWTV.item(37); }
+const TagItem& detail::TagItemCatalogue34::itemWTVProvider() { return detail::gTagsWTV.item(38); }
+const TagItem& detail::TagItemCatalogue34::itemWTVProviderCopyright() { return detail::gTagsWTV.item(39); }
+const TagItem& detail::TagItemCatalogue34::itemWTVProviderRating() { return detail::gTagsWTV.item(40); }
+const TagItem& detail::TagItemCatalogue34::itemWTVSubtitle() { return detail::gTagsWTV.item(41); }
+const TagItem& detail::TagItemCatalogue34::itemWTVSubtitleDescription() { return detail::gTagsWTV.item(42); }
+const TagItem& detail::TagItemCatalogue34::itemWTVVideoClosedCaptioning() { return detail::gTagsWTV.item(43); }
+const TagItem& detail::TagItemCatalogue34::itemWTVATSCContent() { return detail::gTagsWTV.item(44); }
+const TagItem& detail::TagItemCatalogue34::itemWTVActualSoftPostPadding() { return detail::gTagsWTV.item(45); }
+const TagItem& detail::TagItemCatalogue34::itemWTVActualSoftPrePadding() { return detail::gTagsWTV.item(46); }
+const TagItem& detail::TagItemCatalogue34::itemWTVBitrate() { return detail::gTagsWTV.item(47); }
+const TagItem& detail::TagItemCatalogue34::itemWTVBrandingImageID() { return detail::gTagsWTV.item(48); }
+const TagItem& detail::TagItemCatalogue34::itemWTVBrandingName() { return detail::gTagsWTV.item(49); }
+const TagItem& detail::TagItemCatalogue34::itemWTVContentProtected() { return detail::gTagsWTV.item(50); }
+const TagItem& detail::TagItemCatalogue34::itemWTVContentProtectedPercent() { return detail::gTagsWTV.item(51); }
+const TagItem& detail::TagItemCatalogue34::itemWTVDTVContent() { return detail::gTagsWTV.item(52); }
+const TagItem& detail::TagItemCatalogue34::itemWTVEncodeTime() { return detail::gTagsWTV.item(53); }
+const TagItem& detail::TagItemCatalogue34::itemWTVEndTime() { return detail::gTagsWTV.item(54); }
+const TagItem& detail::TagItemCatalogue34::itemWTVExpirationDate() { return detail::gTagsWTV.item(55); }
+const TagItem& detail::TagItemCatalogue34::itemWTVExpirationSpan() { return detail::gTagsWTV.item(56); }
+const TagItem& detail::TagItemCatalogue34::itemWTVHDContent() { return detail::gTagsWTV.item(57); }
+const TagItem& detail::TagItemCatalogue34::itemWTVHardPostPadding() { return detail::gTagsWTV.item(58); }
+const TagItem& detail::TagItemCatalogue34::itemWTVHardPrePadding() { return detail::gTagsWTV.item(59); }
+const TagItem& detail::TagItemCatalogue34::itemWTVInBandRatingAttributes() { return detail::gTagsWTV.item(60); }
+const TagItem& detail::TagItemCatalogue34::itemWTVInBandRatingLevel() { return detail::gTagsWTV.item(61); }
+const TagItem& detail::TagItemCatalogue34::itemWTVInBandRatingSystem() { return detail::gTagsWTV.item(62); }
+const TagItem& detail::TagItemCatalogue34::itemWTVKeepUntil() { return detail::gTagsWTV.item(63); }
+const TagItem& detail::TagItemCatalogue34::itemWTVOriginalSoftPostPadding() { return detail::gTagsWTV.item(64); }
+const TagItem& detail::TagItemCatalogue34::itemWTVOriginalSoftPrePadding() { return detail::gTagsWTV.item(65); }
+const TagItem& detail::TagItemCatalogue34::itemWTVProgramID() { return detail::gTagsWTV.item(66); }
+const TagItem& detail::TagItemCatalogue34::itemWTVQuality() { return detail::gTagsWTV.item(67); }
+const TagItem& detail::TagItemCatalogue34::itemWTVRequestID() { return detail::gTagsWTV.item(68); }
+const TagItem& detail::TagItemCatalogue34::itemWTVScheduleItemID() { return detail::gTagsWTV.item(69); }
+const TagItem& detail::TagItemCatalogue34::itemWTVSeriesUID() { return detail::gTagsWTV.item(70); }
+const TagItem& detail::TagItemCatalogue34::itemWTVServiceID() { return detail::gTagsWTV.item(71); }
+const TagItem& detail::TagItemCatalogue34::itemWTVWatched() { return detail::gTagsWTV.item(72); }
 
 const TagStrings& TagStringsCatalogue::stringsXML() {
   return gStringsXML.strings(&TagStringsCatalogue::stringTableXML);
@@ -12436,143 +12442,131 @@ TagStringTable TagStringsCatalogue::stringTableXML(ETLanguage language) {
   return gStringsXML.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue34::allStreamsXML() {
-  return gTagsXML.all();
+  return detail::gTagsXML.all();
 }
-const TagItem& detail::TagItemCatalogue34::itemXMLXML() { return gTagsXML.item(0); }
-const TagItem& detail::TagItemCatalogue34::itemXMLAlbum() { return gTagsXML.item(1); }
-const TagItem& detail::TagItemCatalogue34::itemXMLCaption() { return gTagsXML.item(2); }
-const TagItem& detail::TagItemCatalogue34::itemXMLDate() { return gTagsXML.item(3); }
-const TagItem& detail::TagItemCatalogue34::itemXMLKeywords() { return gTagsXML.item(4); }
-const TagItem& detail::TagItemCatalogue34::itemXMLName() { return gTagsXML.item(5); }
-const TagItem& detail::TagItemCatalogue34::itemXMLPeople() { return gTagsXML.item(6); }
-const TagItem& detail::TagItemCatalogue34::itemXMLPlaces() { return gTagsXML.item(7); }
-const TagItem& detail::TagItemCatalogue34::itemXMLTool_Name() { return gTagsXML.item(8); }
-const TagItem& detail::TagItemCatalogue34::itemXMLTool_Version() { return gTagsXML.item(9); }
-const TagItem& detail::TagItemCatalogue34::itemXMLTimeStampList() { return gTagsXML.item(10); }
-const TagItem& detail::TagItemCatalogue34::itemXMLFilterParametersBinary() { return gTagsXML.item(11); }
-const TagItem& detail::TagItemCatalogue34::itemXMLFilterParametersCustomCustomData() { return gTagsXML.item(12); }
-const TagItem& detail::TagItemCatalogue34::itemXMLFilterParametersExportExportData() { return gTagsXML.item(13); }
-const TagItem& detail::TagItemCatalogue34::itemXMLAppVersion() { return gTagsXML.item(14); }
-const TagItem& detail::TagItemCatalogue34::itemXMLApplication() { return gTagsXML.item(15); }
-const TagItem& detail::TagItemCatalogue34::itemXMLCharacters() { return gTagsXML.item(16); }
-const TagItem& detail::TagItemCatalogue34::itemXMLCharactersWithSpaces() { return gTagsXML.item(17); }
-const TagItem& detail::TagItemCatalogue34::itemXMLCheckedBy() { return gTagsXML.item(18); }
-const TagItem& detail::TagItemCatalogue34::itemXMLClient() { return gTagsXML.item(19); }
-const TagItem& detail::TagItemCatalogue34::itemXMLCompany() { return gTagsXML.item(20); }
-const TagItem& detail::TagItemCatalogue34::itemXMLDateCompleted() { return gTagsXML.item(21); }
-const TagItem& detail::TagItemCatalogue34::itemXMLDepartment() { return gTagsXML.item(22); }
-const TagItem& detail::TagItemCatalogue34::itemXMLDestination() { return gTagsXML.item(23); }
-const TagItem& detail::TagItemCatalogue34::itemXMLDisposition() { return gTagsXML.item(24); }
-const TagItem& detail::TagItemCatalogue34::itemXMLDivision() { return gTagsXML.item(25); }
-const TagItem& detail::TagItemCatalogue34::itemXMLDocSecurity() { return gTagsXML.item(26); }
-const TagItem& detail::TagItemCatalogue34::itemXMLDocumentNumber() { return gTagsXML.item(27); }
-const TagItem& detail::TagItemCatalogue34::itemXMLEditor() { return gTagsXML.item(28); }
-const TagItem& detail::TagItemCatalogue34::itemXMLForwardTo() { return gTagsXML.item(29); }
-const TagItem& detail::TagItemCatalogue34::itemXMLGroup() { return gTagsXML.item(30); }
-const TagItem& detail::TagItemCatalogue34::itemXMLHeadingPairs() { return gTagsXML.item(31); }
-const TagItem& detail::TagItemCatalogue34::itemXMLHiddenSlides() { return gTagsXML.item(32); }
-const TagItem& detail::TagItemCatalogue34::itemXMLHyperlinkBase() { return gTagsXML.item(33); }
-const TagItem& detail::TagItemCatalogue34::itemXMLHyperlinksChanged() { return gTagsXML.item(34); }
-const TagItem& detail::TagItemCatalogue34::itemXMLLanguage() { return gTagsXML.item(35); }
-const TagItem& detail::TagItemCatalogue34::itemXMLLines() { return gTagsXML.item(36); }
-const TagItem& detail::TagItemCatalogue34::itemXMLLinksUpToDate() { return gTagsXML.item(37); }
-const TagItem& detail::TagItemCatalogue34::itemXMLMMClips() { return gTagsXML.item(38); }
-const TagItem& detail::TagItemCatalogue34::itemXMLMailstop() { return gTagsXML.item(39); }
-const TagItem& detail::TagItemCatalogue34::itemXMLManager() { return gTagsXML.item(40); }
-const TagItem& detail::TagItemCatalogue34::itemXMLMatter() { return gTagsXML.item(41); }
-const TagItem& detail::TagItemCatalogue34::itemXMLNotes() { return gTagsXML.item(42); }
-const TagItem& detail::TagItemCatalogue34::itemXMLOffice() { return gTagsXML.item(43); }
-const TagItem& detail::TagItemCatalogue34::itemXMLOwner() { return gTagsXML.item(44); }
-const TagItem& detail::TagItemCatalogue34::itemXMLPages() { return gTagsXML.item(45); }
-const TagItem& detail::TagItemCatalogue34::itemXMLParagraphs() { return gTagsXML.item(46); }
-const TagItem& detail::TagItemCatalogue34::itemXMLPresentationFormat() { return gTagsXML.item(47); }
-const TagItem& detail::TagItemCatalogue34::itemXMLProject() { return gTagsXML.item(48); }
-const TagItem& detail::TagItemCatalogue34::itemXMLPublisher() { return gTagsXML.item(49); }
-const TagItem& detail::TagItemCatalogue34::itemXMLPurpose() { return gTagsXML.item(50); }
-const TagItem& detail::TagItemCatalogue34::itemXMLReceivedFrom() { return gTagsXML.item(51); }
-const TagItem& detail::TagItemCatalogue34::itemXMLRecordedBy() { return gTagsXML.item(52); }
-const TagItem& detail::TagItemCatalogue34::itemXMLRecordedDate() { return gTagsXML.item(53); }
-const TagItem& detail::TagItemCatalogue34::itemXMLReference() { return gTagsXML.item(54); }
-const TagItem& detail::TagItemCatalogue34::itemXMLScaleCrop() { return gTagsXML.item(55); }
-const TagItem& detail::TagItemCatalogue34::itemXMLSharedDoc() { return gTagsXML.item(56); }
-const TagItem& detail::TagItemCatalogue34::itemXMLSlides() { return gTagsXML.item(57); }
-const TagItem& detail::TagItemCatalogue34::itemXMLSource() { return gTagsXML.item(58); }
-const TagItem& detail::TagItemCatalogue34::itemXMLStatus() { return gTagsXML.item(59); }
-const TagItem& detail::TagItemCatalogue34::itemXMLTelephoneNumber() { return gTagsXML.item(60); }
-const TagItem& detail::TagItemCatalogue34::itemXMLTemplate() { return gTagsXML.item(61); }
-const TagItem& detail::TagItemCatalogue34::itemXMLTitlesOfParts() { return gTagsXML.item(62); }
-const TagItem& detail::TagItemCatalogue34::itemXMLTotalEditTime() { return gTagsXML.item(63); }
-const TagItem& detail::TagItemCatalogue34::itemXMLTypist() { return gTagsXML.item(64); }
-const TagItem& detail::TagItemCatalogue34::itemXMLWords() { return gTagsXML.item(65); }
-const TagItem& detail::TagItemCatalogue34::itemXMLCategory() { return gTagsXML.item(66); }
-const TagItem& detail::TagItemCatalogue34::itemXMLCreateDate() { return gTagsXML.item(67); }
-const TagItem& detail::TagItemCatalogue34::itemXMLCreatedType() { return gTagsXML.item(68); }
-const TagItem& detail::TagItemCatalogue34::itemXMLLastModifiedBy() { return gTagsXML.item(69); }
-const TagItem& detail::TagItemCatalogue34::itemXMLLastPrinted() { return gTagsXML.item(70); }
-const TagItem& detail::TagItemCatalogue34::itemXMLModifyDate() { return gTagsXML.item(71); }
-const TagItem& detail::TagItemCatalogue34::itemXMLModifiedType() { return gTagsXML.item(72); }
-const TagItem& detail::TagItemCatalogue34::itemXMLRevisionNumber() { return gTagsXML.item(73); }
-const TagItem& detail::TagItemCatalogue34::itemXMLDateTimeOriginal() { return gTagsXML.item(74); }
-const TagItem& detail::TagItemCatalogue34::itemXMLDuration() { return gTagsXML.item(75); }
-const TagItem& detail::TagItemCatalogue34::itemXMLGPSLatitude() { return gTagsXML.item(76); }
-const TagItem& detail::TagItemCatalogue34::itemXMLGPSLongitude() { return gTagsXML.item(77); }
-const TagItem& detail::TagItemCatalogue34::itemXMLGPSMapDatum() { return gTagsXML.item(78); }
-const TagItem& detail::TagItemCatalogue34::itemXMLXMLFileType() { return gTagsXML.item(79); }
-const TagItem& detail::TagItemCatalogue34::itemXMLCast() { return gTagsXML.item(80); }
-const TagItem& detail::TagItemCatalogue34::itemXMLCodirectors() { return gTagsXML.item(81); }
-const TagItem& detail::TagItemCatalogue34::itemXMLDirectors() { return gTagsXML.item(82); }
-const TagItem& detail::TagItemCatalogue34::itemXMLProducers() { return gTagsXML.item(83); }
-const TagItem& detail::TagItemCatalogue34::itemXMLScreenwriters() { return gTagsXML.item(84); }
-const TagItem& detail::TagItemCatalogue34::itemXMLStudio() { return gTagsXML.item(85); }
-const TagItem& detail::TagItemCatalogue34::itemXMLAbstract() { return gTagsXML.item(86); }
-const TagItem& detail::TagItemCatalogue34::itemXMLAccessRights() { return gTagsXML.item(87); }
-const TagItem& detail::TagItemCatalogue34::itemXMLAuthors() { return gTagsXML.item(88); }
-const TagItem& detail::TagItemCatalogue34::itemXMLBibliographicReferences() { return gTagsXML.item(89); }
-const TagItem& detail::TagItemCatalogue34::itemXMLBriefDescription() { return gTagsXML.item(90); }
-const TagItem& detail::TagItemCatalogue34::itemXMLCompressionCodecs() { return gTagsXML.item(91); }
-const TagItem& detail::TagItemCatalogue34::itemXMLCompressionLevel() { return gTagsXML.item(92); }
-const TagItem& detail::TagItemCatalogue34::itemXMLContributors() { return gTagsXML.item(93); }
-const TagItem& detail::TagItemCatalogue34::itemXMLCopyright() { return gTagsXML.item(94); }
-const TagItem& detail::TagItemCatalogue34::itemXMLCreatorApplication() { return gTagsXML.item(95); }
-const TagItem& detail::TagItemCatalogue34::itemXMLCreatorModule() { return gTagsXML.item(96); }
-const TagItem& detail::TagItemCatalogue34::itemXMLCreatorOS() { return gTagsXML.item(97); }
-const TagItem& detail::TagItemCatalogue34::itemXMLDescription() { return gTagsXML.item(98); }
-const TagItem& detail::TagItemCatalogue34::itemXMLImageBounds() { return gTagsXML.item(99); }
-const TagItem& detail::TagItemCatalogue34::itemXMLColorSpace() { return gTagsXML.item(100); }
-const TagItem& detail::TagItemCatalogue34::itemXMLImageData() { return gTagsXML.item(101); }
-const TagItem& detail::TagItemCatalogue34::itemXMLImageGeometry() { return gTagsXML.item(102); }
-const TagItem& detail::TagItemCatalogue34::itemXMLICC_Profile() { return gTagsXML.item(103); }
-const TagItem& detail::TagItemCatalogue34::itemXMLICCProfileLocation() { return gTagsXML.item(104); }
-const TagItem& detail::TagItemCatalogue34::itemXMLImageID() { return gTagsXML.item(105); }
-const TagItem& detail::TagItemCatalogue34::itemXMLImageType() { return gTagsXML.item(106); }
-const TagItem& detail::TagItemCatalogue34::itemXMLImageLocation() { return gTagsXML.item(107); }
-const TagItem& detail::TagItemCatalogue34::itemXMLImagePixelOffset() { return gTagsXML.item(108); }
-const TagItem& detail::TagItemCatalogue34::itemXMLOrientation() { return gTagsXML.item(109); }
-const TagItem& detail::TagItemCatalogue34::itemXMLImagePixelStorage() { return gTagsXML.item(110); }
-const TagItem& detail::TagItemCatalogue34::itemXMLXResolution() { return gTagsXML.item(111); }
-const TagItem& detail::TagItemCatalogue34::itemXMLResolutionUnit() { return gTagsXML.item(112); }
-const TagItem& detail::TagItemCatalogue34::itemXMLYResolution() { return gTagsXML.item(113); }
-const TagItem& detail::TagItemCatalogue34::itemXMLImageSampleFormat() { return gTagsXML.item(114); }
-const TagItem& detail::TagItemCatalogue34::itemXMLUUID() { return gTagsXML.item(115); }
-const TagItem& detail::TagItemCatalogue34::itemXMLLanguages() { return gTagsXML.item(116); }
-const TagItem& detail::TagItemCatalogue34::itemXMLLicense() { return gTagsXML.item(117); }
-const TagItem& detail::TagItemCatalogue34::itemXMLRelatedResources() { return gTagsXML.item(118); }
-const TagItem& detail::TagItemCatalogue34::itemXMLTitle() { return gTagsXML.item(119); }
-const TagItem& detail::TagItemCatalogue34::itemXMLLastUpdate() { return gTagsXML.item(120); }
-const TagItem& detail::TagItemCatalogue34::itemXMLAuthor() { return gTagsXML.item(121); }
-const TagItem& detail::TagItemCatalogue34::itemXMLComment() { return gTagsXML.item(122); }
-const TagItem& detail::TagItemCatalogue34::itemXMLProjects() { return gTagsXML.item(123); }
-
-namespace detail {
-const TagItem* findInSony(std::string_view key) { return gTagsSony.find(key); }
-const TagItem* findInSonyIDC(std::string_view key) { return gTagsSonyIDC.find(key); }
-const TagItem* findInStim(std::string_view key) { return gTagsStim.find(key); }
-const TagItem* findInTheora(std::string_view key) { return gTagsTheora.find(key); }
-const TagItem* findInTrailer(std::string_view key) { return gTagsTrailer.find(key); }
-const TagItem* findInVCard(std::string_view key) { return gTagsVCard.find(key); }
-const TagItem* findInVorbis(std::string_view key) { return gTagsVorbis.find(key); }
-const TagItem* findInWTV(std::string_view key) { return gTagsWTV.find(key); }
-const TagItem* findInXML(std::string_view key) { return gTagsXML.find(key); }
-}  // namespace detail
+const TagItem& detail::TagItemCatalogue34::itemXMLXML() { return detail::gTagsXML.item(0); }
+const TagItem& detail::TagItemCatalogue34::itemXMLAlbum() { return detail::gTagsXML.item(1); }
+const TagItem& detail::TagItemCatalogue34::itemXMLCaption() { return detail::gTagsXML.item(2); }
+const TagItem& detail::TagItemCatalogue34::itemXMLDate() { return detail::gTagsXML.item(3); }
+const TagItem& detail::TagItemCatalogue34::itemXMLKeywords() { return detail::gTagsXML.item(4); }
+const TagItem& detail::TagItemCatalogue34::itemXMLName() { return detail::gTagsXML.item(5); }
+const TagItem& detail::TagItemCatalogue34::itemXMLPeople() { return detail::gTagsXML.item(6); }
+const TagItem& detail::TagItemCatalogue34::itemXMLPlaces() { return detail::gTagsXML.item(7); }
+const TagItem& detail::TagItemCatalogue34::itemXMLTool_Name() { return detail::gTagsXML.item(8); }
+const TagItem& detail::TagItemCatalogue34::itemXMLTool_Version() { return detail::gTagsXML.item(9); }
+const TagItem& detail::TagItemCatalogue34::itemXMLTimeStampList() { return detail::gTagsXML.item(10); }
+const TagItem& detail::TagItemCatalogue34::itemXMLFilterParametersBinary() { return detail::gTagsXML.item(11); }
+const TagItem& detail::TagItemCatalogue34::itemXMLFilterParametersCustomCustomData() { return detail::gTagsXML.item(12); }
+const TagItem& detail::TagItemCatalogue34::itemXMLFilterParametersExportExportData() { return detail::gTagsXML.item(13); }
+const TagItem& detail::TagItemCatalogue34::itemXMLAppVersion() { return detail::gTagsXML.item(14); }
+const TagItem& detail::TagItemCatalogue34::itemXMLApplication() { return detail::gTagsXML.item(15); }
+const TagItem& detail::TagItemCatalogue34::itemXMLCharacters() { return detail::gTagsXML.item(16); }
+const TagItem& detail::TagItemCatalogue34::itemXMLCharactersWithSpaces() { return detail::gTagsXML.item(17); }
+const TagItem& detail::TagItemCatalogue34::itemXMLCheckedBy() { return detail::gTagsXML.item(18); }
+const TagItem& detail::TagItemCatalogue34::itemXMLClient() { return detail::gTagsXML.item(19); }
+const TagItem& detail::TagItemCatalogue34::itemXMLCompany() { return detail::gTagsXML.item(20); }
+const TagItem& detail::TagItemCatalogue34::itemXMLDateCompleted() { return detail::gTagsXML.item(21); }
+const TagItem& detail::TagItemCatalogue34::itemXMLDepartment() { return detail::gTagsXML.item(22); }
+const TagItem& detail::TagItemCatalogue34::itemXMLDestination() { return detail::gTagsXML.item(23); }
+const TagItem& detail::TagItemCatalogue34::itemXMLDisposition() { return detail::gTagsXML.item(24); }
+const TagItem& detail::TagItemCatalogue34::itemXMLDivision() { return detail::gTagsXML.item(25); }
+const TagItem& detail::TagItemCatalogue34::itemXMLDocSecurity() { return detail::gTagsXML.item(26); }
+const TagItem& detail::TagItemCatalogue34::itemXMLDocumentNumber() { return detail::gTagsXML.item(27); }
+const TagItem& detail::TagItemCatalogue34::itemXMLEditor() { return detail::gTagsXML.item(28); }
+const TagItem& detail::TagItemCatalogue34::itemXMLForwardTo() { return detail::gTagsXML.item(29); }
+const TagItem& detail::TagItemCatalogue34::itemXMLGroup() { return detail::gTagsXML.item(30); }
+const TagItem& detail::TagItemCatalogue34::itemXMLHeadingPairs() { return detail::gTagsXML.item(31); }
+const TagItem& detail::TagItemCatalogue34::itemXMLHiddenSlides() { return detail::gTagsXML.item(32); }
+const TagItem& detail::TagItemCatalogue34::itemXMLHyperlinkBase() { return detail::gTagsXML.item(33); }
+const TagItem& detail::TagItemCatalogue34::itemXMLHyperlinksChanged() { return detail::gTagsXML.item(34); }
+const TagItem& detail::TagItemCatalogue34::itemXMLLanguage() { return detail::gTagsXML.item(35); }
+const TagItem& detail::TagItemCatalogue34::itemXMLLines() { return detail::gTagsXML.item(36); }
+const TagItem& detail::TagItemCatalogue34::itemXMLLinksUpToDate() { return detail::gTagsXML.item(37); }
+const TagItem& detail::TagItemCatalogue34::itemXMLMMClips() { return detail::gTagsXML.item(38); }
+const TagItem& detail::TagItemCatalogue34::itemXMLMailstop() { return detail::gTagsXML.item(39); }
+const TagItem& detail::TagItemCatalogue34::itemXMLManager() { return detail::gTagsXML.item(40); }
+const TagItem& detail::TagItemCatalogue34::itemXMLMatter() { return detail::gTagsXML.item(41); }
+const TagItem& detail::TagItemCatalogue34::itemXMLNotes() { return detail::gTagsXML.item(42); }
+const TagItem& detail::TagItemCatalogue34::itemXMLOffice() { return detail::gTagsXML.item(43); }
+const TagItem& detail::TagItemCatalogue34::itemXMLOwner() { return detail::gTagsXML.item(44); }
+const TagItem& detail::TagItemCatalogue34::itemXMLPages() { return detail::gTagsXML.item(45); }
+const TagItem& detail::TagItemCatalogue34::itemXMLParagraphs() { return detail::gTagsXML.item(46); }
+const TagItem& detail::TagItemCatalogue34::itemXMLPresentationFormat() { return detail::gTagsXML.item(47); }
+const TagItem& detail::TagItemCatalogue34::itemXMLProject() { return detail::gTagsXML.item(48); }
+const TagItem& detail::TagItemCatalogue34::itemXMLPublisher() { return detail::gTagsXML.item(49); }
+const TagItem& detail::TagItemCatalogue34::itemXMLPurpose() { return detail::gTagsXML.item(50); }
+const TagItem& detail::TagItemCatalogue34::itemXMLReceivedFrom() { return detail::gTagsXML.item(51); }
+const TagItem& detail::TagItemCatalogue34::itemXMLRecordedBy() { return detail::gTagsXML.item(52); }
+const TagItem& detail::TagItemCatalogue34::itemXMLRecordedDate() { return detail::gTagsXML.item(53); }
+const TagItem& detail::TagItemCatalogue34::itemXMLReference() { return detail::gTagsXML.item(54); }
+const TagItem& detail::TagItemCatalogue34::itemXMLScaleCrop() { return detail::gTagsXML.item(55); }
+const TagItem& detail::TagItemCatalogue34::itemXMLSharedDoc() { return detail::gTagsXML.item(56); }
+const TagItem& detail::TagItemCatalogue34::itemXMLSlides() { return detail::gTagsXML.item(57); }
+const TagItem& detail::TagItemCatalogue34::itemXMLSource() { return detail::gTagsXML.item(58); }
+const TagItem& detail::TagItemCatalogue34::itemXMLStatus() { return detail::gTagsXML.item(59); }
+const TagItem& detail::TagItemCatalogue34::itemXMLTelephoneNumber() { return detail::gTagsXML.item(60); }
+const TagItem& detail::TagItemCatalogue34::itemXMLTemplate() { return detail::gTagsXML.item(61); }
+const TagItem& detail::TagItemCatalogue34::itemXMLTitlesOfParts() { return detail::gTagsXML.item(62); }
+const TagItem& detail::TagItemCatalogue34::itemXMLTotalEditTime() { return detail::gTagsXML.item(63); }
+const TagItem& detail::TagItemCatalogue34::itemXMLTypist() { return detail::gTagsXML.item(64); }
+const TagItem& detail::TagItemCatalogue34::itemXMLWords() { return detail::gTagsXML.item(65); }
+const TagItem& detail::TagItemCatalogue34::itemXMLCategory() { return detail::gTagsXML.item(66); }
+const TagItem& detail::TagItemCatalogue34::itemXMLCreateDate() { return detail::gTagsXML.item(67); }
+const TagItem& detail::TagItemCatalogue34::itemXMLCreatedType() { return detail::gTagsXML.item(68); }
+const TagItem& detail::TagItemCatalogue34::itemXMLLastModifiedBy() { return detail::gTagsXML.item(69); }
+const TagItem& detail::TagItemCatalogue34::itemXMLLastPrinted() { return detail::gTagsXML.item(70); }
+const TagItem& detail::TagItemCatalogue34::itemXMLModifyDate() { return detail::gTagsXML.item(71); }
+const TagItem& detail::TagItemCatalogue34::itemXMLModifiedType() { return detail::gTagsXML.item(72); }
+const TagItem& detail::TagItemCatalogue34::itemXMLRevisionNumber() { return detail::gTagsXML.item(73); }
+const TagItem& detail::TagItemCatalogue34::itemXMLDateTimeOriginal() { return detail::gTagsXML.item(74); }
+const TagItem& detail::TagItemCatalogue34::itemXMLDuration() { return detail::gTagsXML.item(75); }
+const TagItem& detail::TagItemCatalogue34::itemXMLGPSLatitude() { return detail::gTagsXML.item(76); }
+const TagItem& detail::TagItemCatalogue34::itemXMLGPSLongitude() { return detail::gTagsXML.item(77); }
+const TagItem& detail::TagItemCatalogue34::itemXMLGPSMapDatum() { return detail::gTagsXML.item(78); }
+const TagItem& detail::TagItemCatalogue34::itemXMLXMLFileType() { return detail::gTagsXML.item(79); }
+const TagItem& detail::TagItemCatalogue34::itemXMLCast() { return detail::gTagsXML.item(80); }
+const TagItem& detail::TagItemCatalogue34::itemXMLCodirectors() { return detail::gTagsXML.item(81); }
+const TagItem& detail::TagItemCatalogue34::itemXMLDirectors() { return detail::gTagsXML.item(82); }
+const TagItem& detail::TagItemCatalogue34::itemXMLProducers() { return detail::gTagsXML.item(83); }
+const TagItem& detail::TagItemCatalogue34::itemXMLScreenwriters() { return detail::gTagsXML.item(84); }
+const TagItem& detail::TagItemCatalogue34::itemXMLStudio() { return detail::gTagsXML.item(85); }
+const TagItem& detail::TagItemCatalogue34::itemXMLAbstract() { return detail::gTagsXML.item(86); }
+const TagItem& detail::TagItemCatalogue34::itemXMLAccessRights() { return detail::gTagsXML.item(87); }
+const TagItem& detail::TagItemCatalogue34::itemXMLAuthors() { return detail::gTagsXML.item(88); }
+const TagItem& detail::TagItemCatalogue34::itemXMLBibliographicReferences() { return detail::gTagsXML.item(89); }
+const TagItem& detail::TagItemCatalogue34::itemXMLBriefDescription() { return detail::gTagsXML.item(90); }
+const TagItem& detail::TagItemCatalogue34::itemXMLCompressionCodecs() { return detail::gTagsXML.item(91); }
+const TagItem& detail::TagItemCatalogue34::itemXMLCompressionLevel() { return detail::gTagsXML.item(92); }
+const TagItem& detail::TagItemCatalogue34::itemXMLContributors() { return detail::gTagsXML.item(93); }
+const TagItem& detail::TagItemCatalogue34::itemXMLCopyright() { return detail::gTagsXML.item(94); }
+const TagItem& detail::TagItemCatalogue34::itemXMLCreatorApplication() { return detail::gTagsXML.item(95); }
+const TagItem& detail::TagItemCatalogue34::itemXMLCreatorModule() { return detail::gTagsXML.item(96); }
+const TagItem& detail::TagItemCatalogue34::itemXMLCreatorOS() { return detail::gTagsXML.item(97); }
+const TagItem& detail::TagItemCatalogue34::itemXMLDescription() { return detail::gTagsXML.item(98); }
+const TagItem& detail::TagItemCatalogue34::itemXMLImageBounds() { return detail::gTagsXML.item(99); }
+const TagItem& detail::TagItemCatalogue34::itemXMLColorSpace() { return detail::gTagsXML.item(100); }
+const TagItem& detail::TagItemCatalogue34::itemXMLImageData() { return detail::gTagsXML.item(101); }
+const TagItem& detail::TagItemCatalogue34::itemXMLImageGeometry() { return detail::gTagsXML.item(102); }
+const TagItem& detail::TagItemCatalogue34::itemXMLICC_Profile() { return detail::gTagsXML.item(103); }
+const TagItem& detail::TagItemCatalogue34::itemXMLICCProfileLocation() { return detail::gTagsXML.item(104); }
+const TagItem& detail::TagItemCatalogue34::itemXMLImageID() { return detail::gTagsXML.item(105); }
+const TagItem& detail::TagItemCatalogue34::itemXMLImageType() { return detail::gTagsXML.item(106); }
+const TagItem& detail::TagItemCatalogue34::itemXMLImageLocation() { return detail::gTagsXML.item(107); }
+const TagItem& detail::TagItemCatalogue34::itemXMLImagePixelOffset() { return detail::gTagsXML.item(108); }
+const TagItem& detail::TagItemCatalogue34::itemXMLOrientation() { return detail::gTagsXML.item(109); }
+const TagItem& detail::TagItemCatalogue34::itemXMLImagePixelStorage() { return detail::gTagsXML.item(110); }
+const TagItem& detail::TagItemCatalogue34::itemXMLXResolution() { return detail::gTagsXML.item(111); }
+const TagItem& detail::TagItemCatalogue34::itemXMLResolutionUnit() { return detail::gTagsXML.item(112); }
+const TagItem& detail::TagItemCatalogue34::itemXMLYResolution() { return detail::gTagsXML.item(113); }
+const TagItem& detail::TagItemCatalogue34::itemXMLImageSampleFormat() { return detail::gTagsXML.item(114); }
+const TagItem& detail::TagItemCatalogue34::itemXMLUUID() { return detail::gTagsXML.item(115); }
+const TagItem& detail::TagItemCatalogue34::itemXMLLanguages() { return detail::gTagsXML.item(116); }
+const TagItem& detail::TagItemCatalogue34::itemXMLLicense() { return detail::gTagsXML.item(117); }
+const TagItem& detail::TagItemCatalogue34::itemXMLRelatedResources() { return detail::gTagsXML.item(118); }
+const TagItem& detail::TagItemCatalogue34::itemXMLTitle() { return detail::gTagsXML.item(119); }
+const TagItem& detail::TagItemCatalogue34::itemXMLLastUpdate() { return detail::gTagsXML.item(120); }
+const TagItem& detail::TagItemCatalogue34::itemXMLAuthor() { return detail::gTagsXML.item(121); }
+const TagItem& detail::TagItemCatalogue34::itemXMLComment() { return detail::gTagsXML.item(122); }
+const TagItem& detail::TagItemCatalogue34::itemXMLProjects() { return detail::gTagsXML.item(123); }
 
 }  // namespace lorvane

@@ -6,6 +6,8 @@
 namespace lorvane {
 namespace {
 
+using enum detail::TagFlag;
+
 constexpr char kText[] =
     "Compression" "Flags" "ModifyDate" "ExtraFlags" "OperatingSystem" "ArchivedFileName" "Comment"
     "ZipRequiredVersion" "ZipBitFlag" "ZipCompression" "ZipModifyDate" "ZipCRC" "ZipCompressedSize"
@@ -62,28 +64,28 @@ constexpr char kText[] =
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsZIP[] = {
-    {{0, 11}, TagType::int8u, 0, 0, 0, 1},  // Compression
-    {{11, 5}, TagType::int8u, 0, 0, 1, 5},  // Flags
-    {{16, 10}, TagType::int32u, 0, 0, 0, 0},  // ModifyDate
-    {{26, 10}, TagType::int8u, 0, 0, 6, 3},  // ExtraFlags
-    {{36, 15}, TagType::int8u, 0, 0, 9, 15},  // OperatingSystem
-    {{51, 16}, TagType::string, 0, 0, 0, 0},  // ArchivedFileName
-    {{67, 7}, TagType::int8u, 0, 0, 0, 0},  // Comment
-    {{74, 18}, TagType::int16u, 0, 0, 0, 0},  // ZipRequiredVersion
-    {{92, 10}, TagType::int16u, 0, 0, 0, 0},  // ZipBitFlag
-    {{102, 14}, TagType::int16u, 0, 0, 24, 18},  // ZipCompression
-    {{116, 13}, TagType::int32u, 0, 0, 0, 0},  // ZipModifyDate
-    {{129, 6}, TagType::int32u, 0, 0, 0, 0},  // ZipCRC
-    {{135, 17}, TagType::int32u, 0, 0, 0, 0},  // ZipCompressedSize
-    {{152, 19}, TagType::int32u, 0, 0, 0, 0},  // ZipUncompressedSize
-    {{171, 17}, TagType::int16u, 0, 0, 0, 0},  // ZipFileNameLength
-    {{188, 11}, TagType::string, 0, 0, 0, 0},  // ZipFileName
-    {{199, 14}, TagType::int16u, 0, 0, 0, 0},  // ZipFileComment
-    {{213, 14}, TagType::int32u, 0, 0, 0, 0},  // CompressedSize
-    {{227, 16}, TagType::int32u, 0, 0, 0, 0},  // UncompressedSize
-    {{243, 13}, TagType::int8u, 0, 0, 42, 6},  // PackingMethod
-    {{256, 14}, TagType::int16u, 0, 0, 0, 0},  // FileNameLength
-    {{270, 11}, TagType::string, 0, 0, 0, 0},  // FileVersion
+    {{0, 11}, TagType::int8u, none, 0, 0, 1},  // Compression
+    {{11, 5}, TagType::int8u, none, 0, 1, 5},  // Flags
+    {{16, 10}, TagType::int32u, none, 0, 0, 0},  // ModifyDate
+    {{26, 10}, TagType::int8u, none, 0, 6, 3},  // ExtraFlags
+    {{36, 15}, TagType::int8u, none, 0, 9, 15},  // OperatingSystem
+    {{51, 16}, TagType::string, none, 0, 0, 0},  // ArchivedFileName
+    {{67, 7}, TagType::int8u, none, 0, 0, 0},  // Comment
+    {{74, 18}, TagType::int16u, none, 0, 0, 0},  // ZipRequiredVersion
+    {{92, 10}, TagType::int16u, none, 0, 0, 0},  // ZipBitFlag
+    {{102, 14}, TagType::int16u, none, 0, 24, 18},  // ZipCompression
+    {{116, 13}, TagType::int32u, none, 0, 0, 0},  // ZipModifyDate
+    {{129, 6}, TagType::int32u, none, 0, 0, 0},  // ZipCRC
+    {{135, 17}, TagType::int32u, none, 0, 0, 0},  // ZipCompressedSize
+    {{152, 19}, TagType::int32u, none, 0, 0, 0},  // ZipUncompressedSize
+    {{171, 17}, TagType::int16u, none, 0, 0, 0},  // ZipFileNameLength
+    {{188, 11}, TagType::string, none, 0, 0, 0},  // ZipFileName
+    {{199, 14}, TagType::int16u, none, 0, 0, 0},  // ZipFileComment
+    {{213, 14}, TagType::int32u, none, 0, 0, 0},  // CompressedSize
+    {{227, 16}, TagType::int32u, none, 0, 0, 0},  // UncompressedSize
+    {{243, 13}, TagType::int8u, none, 0, 42, 6},  // PackingMethod
+    {{256, 14}, TagType::int16u, none, 0, 0, 0},  // FileNameLength
+    {{270, 11}, TagType::string, none, 0, 0, 0},  // FileVersion
 };
 constexpr detail::TextRef kChoicesZIP[] = {
     {281, 1}, {282, 1}, {283, 1}, {284, 1}, {281, 1}, {285, 2}, {287, 1}, {283, 1}, {284, 1},
@@ -243,9 +245,13 @@ constexpr std::uint16_t kKeyOrderZIP[] = {
     5, 6, 17, 0, 3, 20, 21, 1, 2, 4, 19, 18, 8, 11, 12, 9, 16, 15, 14, 10, 7, 13,
 };
 constinit detail::Lazy<detail::BuiltItem> gItemsZIP[22];
-constinit detail::StreamTags gTagsZIP("ZIP", kText, kTagsZIP, kKeyOrderZIP, kChoicesZIP, gItemsZIP, &TagStringsCatalogue::stringsZIP);
 
 }  // namespace
+
+// Each stream's tags, which the catalogue's index finds them by.
+namespace detail {
+constinit StreamTags gTagsZIP("ZIP", kText, kTagsZIP, kKeyOrderZIP, kChoicesZIP, gItemsZIP, &TagStringsCatalogue::stringsZIP);
+}  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsZIP() {
   return gStringsZIP.strings(&TagStringsCatalogue::stringTableZIP);
@@ -254,33 +260,29 @@ TagStringTable TagStringsCatalogue::stringTableZIP(ETLanguage language) {
   return gStringsZIP.table(language);
 }
 std::span<const TagItem* const> detail::TagItemCatalogue40::allStreamsZIP() {
-  return gTagsZIP.all();
+  return detail::gTagsZIP.all();
 }
-const TagItem& detail::TagItemCatalogue40::itemZIPCompression() { return gTagsZIP.item(0); }
-const TagItem& detail::TagItemCatalogue40::itemZIPFlags() { return gTagsZIP.item(1); }
-const TagItem& detail::TagItemCatalogue40::itemZIPModifyDate() { return gTagsZIP.item(2); }
-const TagItem& detail::TagItemCatalogue40::itemZIPExtraFlags() { return gTagsZIP.item(3); }
-const TagItem& detail::TagItemCatalogue40::itemZIPOperatingSystem() { return gTagsZIP.item(4); }
-const TagItem& detail::TagItemCatalogue40::itemZIPArchivedFileName() { return gTagsZIP.item(5); }
-const TagItem& detail::TagItemCatalogue40::itemZIPComment() { return gTagsZIP.item(6); }
-const TagItem& detail::TagItemCatalogue40::itemZIPZipRequiredVersion() { return gTagsZIP.item(7); }
-const TagItem& detail::TagItemCatalogue40::itemZIPZipBitFlag() { return gTagsZIP.item(8); }
-const TagItem& detail::TagItemCatalogue40::itemZIPZipCompression() { return gTagsZIP.item(9); }
-const TagItem& detail::TagItemCatalogue40::itemZIPZipModifyDate() { return gTagsZIP.item(10); }
-const TagItem& detail::TagItemCatalogue40::itemZIPZipCRC() { return gTagsZIP.item(11); }
-const TagItem& detail::TagItemCatalogue40::itemZIPZipCompressedSize() { return gTagsZIP.item(12); }
-const TagItem& detail::TagItemCatalogue40::itemZIPZipUncompressedSize() { return gTagsZIP.item(13); }
-const TagItem& detail::TagItemCatalogue40::itemZIPZipFileNameLength() { return gTagsZIP.item(14); }
-const TagItem& detail::TagItemCatalogue40::itemZIPZipFileName() { return gTagsZIP.item(15); }
-const TagItem& detail::TagItemCatalogue40::itemZIPZipFileComment() { return gTagsZIP.item(16); }
-const TagItem& detail::TagItemCatalogue40::itemZIPCompressedSize() { return gTagsZIP.item(17); }
-const TagItem& detail::TagItemCatalogue40::itemZIPUncompressedSize() { return gTagsZIP.item(18); }
-const TagItem& detail::TagItemCatalogue40::itemZIPPackingMethod() { return gTagsZIP.item(19); }
-const TagItem& detail::TagItemCatalogue40::itemZIPFileNameLength() { return gTagsZIP.item(20); }
-const TagItem& detail::TagItemCatalogue40::itemZIPFileVersion() { return gTagsZIP.item(21); }
-
-namespace detail {
-const TagItem* findInZIP(std::string_view key) { return gTagsZIP.find(key); }
-}  // namespace detail
+const TagItem& detail::TagItemCatalogue40::itemZIPCompression() { return detail::gTagsZIP.item(0); }
+const TagItem& detail::TagItemCatalogue40::itemZIPFlags() { return detail::gTagsZIP.item(1); }
+const TagItem& detail::TagItemCatalogue40::itemZIPModifyDate() { return detail::gTagsZIP.item(2); }
+const TagItem& detail::TagItemCatalogue40::itemZIPExtraFlags() { return detail::gTagsZIP.item(3); }
+const TagItem& detail::TagItemCatalogue40::itemZIPOperatingSystem() { return detail::gTagsZIP.item(4); }
+const TagItem& detail::TagItemCatalogue40::itemZIPArchivedFileName() { return detail::gTagsZIP.item(5); }
+const TagItem& detail::TagItemCatalogue40::itemZIPComment() { return detail::gTagsZIP.item(6); }
+const TagItem& detail::TagItemCatalogue40::itemZIPZipRequiredVersion() { return detail::gTagsZIP.item(7); }
+const TagItem& detail::TagItemCatalogue40::itemZIPZipBitFlag() { return detail::gTagsZIP.item(8); }
+const TagItem& detail::TagItemCatalogue40::itemZIPZipCompression() { return detail::gTagsZIP.item(9); }
+const TagItem& detail::TagItemCatalogue40::itemZIPZipModifyDate() { return detail::gTagsZIP.item(10); }
+const TagItem& detail::TagItemCatalogue40::itemZIPZipCRC() { return detail::gTagsZIP.item(11); }
+const TagItem& detail::TagItemCatalogue40::itemZIPZipCompressedSize() { return detail::gTagsZIP.item(12); }
+const TagItem& detail::TagItemCatalogue40::itemZIPZipUncompressedSize() { return detail::gTagsZIP.item(13); }
+const TagItem& detail::TagItemCatalogue40::itemZIPZipFileNameLength() { return detail::gTagsZIP.item(14); }
+const TagItem& detail::TagItemCatalogue40::itemZIPZipFileName() { return detail::gTagsZIP.item(15); }
+const TagItem& detail::TagItemCatalogue40::itemZIPZipFileComment() { return detail::gTagsZIP.item(16); }
+const TagItem& detail::TagItemCatalogue40::itemZIPCompressedSize() { return detail::gTagsZIP.item(17); }
+const TagItem& detail::TagItemCatalogue40::itemZIPUncompressedSize() { return detail::gTagsZIP.item(18); }
+const TagItem& detail::TagItemCatalogue40::itemZIPPackingMethod() { return detail::gTagsZIP.item(19); }
+const TagItem& detail::TagItemCatalogue40::itemZIPFileNameLength() { return detail::gTagsZIP.item(20); }
+const TagItem& detail::TagItemCatalogue40::itemZIPFileVersion() { return detail::gTagsZIP.item(21); }
 
 }  // namespace lorvane

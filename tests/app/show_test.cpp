@@ -122,15 +122,19 @@ TEST(FileTags, EveryFileGetsOneEntryInCommandLineOrder) {
   ToolReading reading;
   reading.objects = {parseToolJson(R"([{"SourceFile": "a.jpg"}])")[0],
                      parseToolJson(R"([{"SourceFile": "dir/b.jpg"}])")[0],
-                     parseToolJson(R"([{"SourceFile": "a.jpg"}])")[0]};
+                     parseToolJson(R"([{"SourceFile": "a.jpg"}])")[0],
+                     parseToolJson(R"([{"SourceFile": "b\ufffd.jpg"}])")[0]};
   reading.messages = {"Error: File not found - missing.jpg"};
-  const auto files = makeFileTags({"a.jpg", "missing.jpg", "dir", "a.jpg"}, reading);
-  ASSERT_EQ(files.size(), 4u);
+  const auto files = makeFileTags({"a.jpg", "missing.jpg", "dir", "a.jpg", "b\xff.jpg"}, reading);
+  ASSERT_EQ(files.size(), 5u);
   EXPECT_EQ(files[0].file, "a.jpg");
   EXPECT_EQ(files[1].error, "File not found");
   EXPECT_EQ(files[2].file, "dir/b.jpg");  // a folder's files come under their own names
   EXPECT_EQ(files[3].file, "a.jpg");
   EXPECT_FALSE(files[3].error);
+  // A name that isn't UTF-8 comes back mended, and still finds its file.
+  EXPECT_EQ(files[4].file, "b\xff.jpg");
+  EXPECT_FALSE(files[4].error);
 }
 
 TEST(TagTable, ColumnsAlignByDisplayWidthAndValuesStayInTheirRows) {

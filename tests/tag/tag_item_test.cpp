@@ -33,14 +33,17 @@ const TagStrings englishStrings{std::nullopt, TagStringTable(english)};
 
 TagItem makeItem(std::string_view rawName, TagItem::Choices choices,
                  const TagStrings& strings = germanStrings) {
-  return TagItemMaker::make(0, TagName::parse(rawName).value(), TagType::string, 0, false, false,
-                            false, false, false, choices, strings);
+  return TagItemMaker::make(
+      {.name = TagName::parse(rawName).value(), .choices = choices, .strings = &strings});
 }
 
 constexpr std::array<std::string_view, 8> orientationChoices{"1", "2", "3", "4", "5", "6", "7", "8"};
-const TagItem orientation =
-    TagItemMaker::make(26, TagName("EXIF", "Orientation"), TagType::int16u, 0, false, true, false,
-                       false, false, orientationChoices, germanStrings);
+const TagItem orientation = TagItemMaker::make({.index = 26,
+                                                .name = TagName("EXIF", "Orientation"),
+                                                .type = TagType::int16u,
+                                                .isWritable = true,
+                                                .choices = orientationChoices,
+                                                .strings = &germanStrings});
 
 }  // namespace
 
@@ -126,8 +129,13 @@ TEST(TagItem, FilteredChoicesPairEveryEntryWithItsLabel) {
 }
 
 TEST(TagItem, EqualityOrderAndHashGoByNameAlone) {
-  const TagItem sameName = TagItemMaker::make(0, TagName("EXIF", "Orientation"), TagType::string,
-                                              4, true, false, true, true, true, {}, englishStrings);
+  const TagItem sameName = TagItemMaker::make({.name = TagName("EXIF", "Orientation"),
+                                               .count = 4,
+                                               .isList = true,
+                                               .isFlatten = true,
+                                               .isBinary = true,
+                                               .isUnsafe = true,
+                                               .strings = &englishStrings});
   EXPECT_EQ(sameName, orientation);
   EXPECT_EQ(std::hash<TagItem>{}(orientation), std::hash<TagName>{}(orientation.name()));
   EXPECT_TRUE(std::unordered_set<TagItem>{orientation}.contains(sameName));

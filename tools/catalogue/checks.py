@@ -6,10 +6,8 @@ Each check prints one line; a failed check stops the generator.
 import re
 from collections import Counter
 
-from merge import LANGUAGES, TRANSLATED, ALTERNATIVE_SEPARATOR, byte_order
-
-LANGUAGE_NAMES = {"en": "English", "zh": "Chinese", "fr": "French", "de": "German",
-                  "it": "Italian", "ja": "Japanese", "es": "Spanish"}
+from merge import ALTERNATIVE_SEPARATOR, byte_order
+from vocabulary import CODES, FLAGS, NAMES, TRANSLATED, safe_value
 
 class CheckFailed(Exception):
     pass
@@ -100,8 +98,8 @@ def run_checks(catalogue, stated, out=print):
     c.check("keys are letters, digits, '_' and '-'",
             all(re.fullmatch(r"[A-Za-z0-9_-]+", t.key) for t in tags), True)
     c.check("safe names unique in each stream",
-            all(len({t.key.replace("-", "_") for t in s.tags}) == len(s.tags) for s in streams), True)
-    constants = {"item" + (t.stream + t.key).replace("#", "_").replace("-", "_") for t in tags}
+            all(len({safe_value(t.key) for t in s.tags}) == len(s.tags) for s in streams), True)
+    constants = {"item" + safe_value(t.stream) + safe_value(t.key) for t in tags}
     c.check("item constant names unique in the catalogue", len(constants), len(tags))
     streams_of_key = Counter(t.key for t in tags)
     c.check("distinct keys", len(streams_of_key), stated["distinct_keys"])
@@ -117,7 +115,7 @@ def run_checks(catalogue, stated, out=print):
 
     # Flags, counts and types.
     flags = stated["flags"]
-    for flag, name in [("L", "list"), ("W", "writable"), ("F", "flatten"), ("B", "binary"), ("U", "unsafe")]:
+    for flag, name in FLAGS.items():
         counts = _flag_counts(tags, flag)
         want = flags[name]
         c.check(f"{name} tags", sum(counts.values()), want["total"])
@@ -218,23 +216,23 @@ def run_checks(catalogue, stated, out=print):
 
     # String tables.
     for stream in streams:
-        got = {lang: len(stream.tables.get(lang, {})) for lang in LANGUAGES}
+        got = {lang: len(stream.tables.get(lang, {})) for lang in CODES}
         c.check(f"string entries {stream.name}", got, stream.stated_entries)
     strings = stated["strings"]
-    for lang in LANGUAGES:
+    for lang in CODES:
         totals = catalogue.language_totals[lang]
         want = (totals["tables"], totals["entries"], totals["titles"], totals["labels"])
         tables_of = [s.tables[lang] for s in streams if lang in s.tables]
         titles = sum(sum(key.count(":") == 1 for key in table) for table in tables_of)
         entries = sum(len(table) for table in tables_of)
-        c.check(f"{LANGUAGE_NAMES[lang]} tables, entries, titles, labels",
+        c.check(f"{NAMES[lang]} tables, entries, titles, labels",
                 (len(tables_of), entries, titles, entries - titles), want)
     c.check("string tables in all", sum(len(s.tables) for s in streams), strings["tables"])
     c.check("string entries in all", sum(len(t) for s in streams for t in s.tables.values()),
             strings["entries"])
     for lang in TRANSLATED:
-        article = "an" if LANGUAGE_NAMES[lang][0] in "AEIOU" else "a"
-        c.check(f"streams without {article} {LANGUAGE_NAMES[lang]} table",
+        article = "an" if NAMES[lang][0] in "AEIOU" else "a"
+        c.check(f"streams without {article} {NAMES[lang]} table",
                 [s.name for s in streams if lang not in s.tables], strings["streams_without_table"][lang])
     c.check("streams without an English table", [s.name for s in streams if "en" not in s.tables], [])
     english = [(key, text) for s in streams for key, text in s.tables["en"].items()]
@@ -252,7 +250,7 @@ def run_checks(catalogue, stated, out=print):
     c.check("translated samples, their texts in seven languages as a process shows them",
             (len(catalogue.string_samples),
              sum(localized(catalogue, key, lang) == text for key, lang, text in samples)),
-            (29, 29 * len(LANGUAGES)))
+            (29, 29 * len(CODES)))
     c.check("English tables hold one title per tag, one label per distinct value",
             all(len(s.tables["en"]) == len(s.tags) + sum(len(set(t.choices)) for t in s.tags)
                 for s in streams), True)

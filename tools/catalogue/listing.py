@@ -7,8 +7,10 @@ import lzma
 import xml.etree.ElementTree as ET
 from dataclasses import dataclass, field
 
+from vocabulary import LANGUAGES
+
 # ExifTool's language codes, mapped to the catalogue's seven languages.
-LISTING_LANGUAGES = {"en": "en", "zh_cn": "zh", "fr": "fr", "de": "de", "it": "it", "ja": "ja", "es": "es"}
+LISTING_LANGUAGES = {language.listing: language.code for language in LANGUAGES}
 
 
 @dataclass

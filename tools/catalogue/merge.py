@@ -6,8 +6,7 @@ choices the rows only sample, their English labels and all translations.
 """
 from dataclasses import dataclass, field
 
-LANGUAGES = ["en", "zh", "fr", "de", "it", "ja", "es"]
-TRANSLATED = LANGUAGES[1:]
+from vocabulary import CODES, TRANSLATED
 
 # Labels and titles that differ between listing entries of one row are kept side by side.
 ALTERNATIVE_SEPARATOR = " |\u00a0"
@@ -157,7 +156,7 @@ def _text_key(*parts):
 def _tag_texts(stream_name, row, entries, listed_labels):
     """{lang: {text key: text}} of one tag: its title and one label per distinct value.
     Fills listed_labels with the English labels the listing gives, for the checks."""
-    texts = {lang: {} for lang in LANGUAGES}
+    texts = {lang: {} for lang in CODES}
     title_key = _text_key(stream_name, row.key)
     texts["en"][title_key] = row.title
     if entries:
@@ -227,11 +226,11 @@ def build_catalogue(rows, entries):
     for stream_row in rows["streams"]:
         name = stream_row["name"]
         stream = Stream(name=name, tags=[], stated_entries=dict(stream_row["string_entries"]))
-        tables = {lang: {} for lang in LANGUAGES}
+        tables = {lang: {} for lang in CODES}
         for row in stream_row["tags"]:
             tag, texts = _make_tag(name, row, shared_tables, index)
             stream.tags.append(tag)
-            for lang in LANGUAGES:
+            for lang in CODES:
                 tables[lang].update(texts[lang])
         stream.tables = {lang: table for lang, table in tables.items() if table}
         streams.append(stream)

@@ -123,7 +123,7 @@ ETLanguage findLocal() {
   if (languages.empty()) {
     return ETLanguage::english;
   }
-  const std::string folder = (resourceFolder() / "Localizable/").native();
+  const std::string folder = resourceFolderName() + "/Localizable/";
   for (const std::string& language : languages) {
     for (const std::string& name : localisationNames(language)) {
       if (name.empty() || name.find('/') != std::string::npos) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 
 namespace lorvane {
 
@@ -10,5 +11,9 @@ namespace lorvane {
 // beside the library file so that a moved prefix still works, and last the compiled-in
 // install location. The folder is not checked for existence.
 std::filesystem::path resourceFolder();
+
+// The same as text. For a library in its build tree it comes without parsing a path, which
+// keeps the language lookup on the first touch of a catalogue tag cheap.
+std::string resourceFolderName();
 
 }  // namespace lorvane

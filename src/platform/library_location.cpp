@@ -55,15 +55,15 @@ std::optional<std::string> loadedFile(const void* address) {
 
 }  // namespace
 
-std::optional<std::filesystem::path> libraryLocation() {
+std::optional<std::string> libraryLocation() {
   // Any function of ours will do to name the loaded object we belong to.
   const auto file = loadedFile(reinterpret_cast<const void*>(&libraryLocation));
   if (!file || file->empty()) {
     return std::nullopt;
   }
-  // As the loader named it, which costs no system call; symbolic links are the caller's to
-  // resolve where it matters.
-  return std::filesystem::path(*file).lexically_normal();
+  // As the loader named it, which costs no system call; normalising it and resolving its
+  // symbolic links are the caller's to do where it matters.
+  return file;
 }
 
 }  // namespace lorvane::platform

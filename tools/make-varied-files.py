@@ -3,7 +3,7 @@
 
     tools/make-varied-files.py [FOLDER]      (default: build/varied-files)
 
-JPEGs with Canon and Nikon maker notes, the demo sample, a PNG, a TIFF, an MP4 (the test
+JPEGs with Canon and Nikon maker notes and a GoPro APP6 segment, the demo sample, a PNG, a TIFF, an MP4 (the test
 sample), a PDF and a WAV, each with a few tags: some in Japanese, a value over two lines with a
 tab, a list. Deterministic and offline: this script makes the raw files and the maker-note
 blocks with Python's standard library, ExifTool (from PATH) writes the tags.
@@ -126,6 +126,19 @@ def nikon_notes():
         ">", 8)
 
 
+def gopro_jpeg(path):
+    """A JPEG with the APP6 segment a GoPro writes: "GoPro", then GPMF key-length-value data."""
+    def klv(key, kind, size, repeat, payload):
+        return key + kind + struct.pack(">BH", size, repeat) + payload + b"\0" * (-len(payload) % 4)
+
+    name, firmware, serial = b"HERO9 Black", b"HD9.01.01.72.00", b"C3441325000000"
+    device = (klv(b"DVID", b"L", 4, 1, struct.pack(">I", 1)) + klv(b"DVNM", b"c", 1, len(name), name)
+              + klv(b"FIRM", b"c", 1, len(firmware), firmware) + klv(b"CASN", b"c", 1, len(serial), serial))
+    segment = b"GoPro\0" + klv(b"DEVC", b"\0", 1, len(device), device)
+    jpeg = (DATA / "plain.jpg").read_bytes()
+    path.write_bytes(jpeg[:2] + b"\xff\xe6" + struct.pack(">H", len(segment) + 2) + segment + jpeg[2:])
+
+
 def camera_jpeg(path, make, model, notes, *tags):
     shutil.copyfile(DATA / "plain.jpg", path)
     block = path.with_suffix(".bin")
@@ -152,6 +165,7 @@ def main():
     camera_jpeg(folder / "nikon.jpg", "NIKON CORPORATION", "NIKON D700", nikon_notes(),
                 "-XMP-dc:Title=日本語のタイトル", "-XMP-dc:Subject=山", "-XMP-dc:Subject=海",
                 "-IPTC:Caption-Abstract=Zwei Zeilen\nzweite Zeile")
+    gopro_jpeg(folder / "gopro.jpg")
     shutil.copyfile(DATA / "sample.jpg", folder / "sample.jpg")
     caption = folder / "caption.txt"
     caption.write_text("First line of the caption\nsecond line,\twith a tab")

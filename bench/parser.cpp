@@ -30,8 +30,10 @@ void parse(benchmark::State& state, const std::string& chunk, int linesPerChunk)
   const auto bytes = std::as_bytes(std::span(chunk));
   for (auto _ : state) {
     // A fresh run each time, so the stored messages don't pile up across iterations.
-    ETProcess process;
-    ETParserPipe parser(process);
+    AtomicQueue atomic;
+    ETOutput output;
+    RunState run(atomic, output);
+    ETParserPipe parser(run);
     for (int repeat = 0; repeat < 16; ++repeat) {
       parser.readAvailableData(bytes);
     }

@@ -1,11 +1,11 @@
 #include <lorvane/canonical_text.hpp>
 
 #include "ascii_text.hpp"
+#include "utf8.hpp"
 
 #include <unicode/bytestream.h>
 #include <unicode/normalizer2.h>
 #include <unicode/stringpiece.h>
-#include <unicode/utf8.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -13,30 +13,13 @@
 #include <limits>
 
 namespace lorvane {
-namespace {
 
 using detail::isAscii;
 
-bool isValidUtf8(std::string_view text) {
-  if (text.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
-    return false;
-  }
-  const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-  const auto length = static_cast<std::int32_t>(text.size());
-  for (std::int32_t offset = 0; offset < length;) {
-    UChar32 c = 0;
-    U8_NEXT(bytes, offset, length, c);
-    if (c < 0) {
-      return false;
-    }
-  }
-  return true;
-}
-
-}  // namespace
-
 std::string canonicalForm(std::string_view text) {
-  if (isAscii(text) || !isValidUtf8(text)) {
+  // ICU counts in 32-bit lengths; a longer text stays as it is.
+  if (isAscii(text) || text.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()) ||
+      !isValidUTF8(text)) {
     return std::string(text);
   }
   UErrorCode status = U_ZERO_ERROR;

@@ -219,15 +219,10 @@ bool ETParserPipe::decodeICCDeletedMayAffectColor(std::string_view line) {
   return true;
 }
 
-void ETParserPipe::setProgessChange(double progress) {
-  state([&](ETOutput& output) { output.progress = progress; });
-  if (const auto handler = progressHandler()) {
-    handler(process());
-  }
-}
+void ETParserPipe::setProgessChange(double progress) { run().setProgress(progress); }
 
 void ETParserPipe::appendProcessLog(ETOutput::ProcessLog log) {
-  state([&](ETOutput& output) { output.processLogs.push_back(std::move(log)); });
+  run().change([&](ETOutput& output) { output.processLogs.push_back(std::move(log)); });
 }
 
 }  // namespace lorvane

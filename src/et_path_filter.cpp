@@ -2,6 +2,9 @@
 
 #include <lorvane/canonical_text.hpp>
 
+#include "ascii_text.hpp"
+#include "utf8.hpp"
+
 #include <unicode/locid.h>
 #include <unicode/unistr.h>
 
@@ -17,19 +20,18 @@ namespace {
 // that are no valid UTF-8 (file names may be any bytes) stay as they are and match only
 // themselves.
 std::string matchingForm(std::string_view text) {
-  if (std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; })) {
+  if (detail::isAscii(text)) {
     std::string upper(text);
     std::ranges::transform(upper, upper.begin(), [](char c) {
       return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
     });
     return upper;
   }
-  icu::UnicodeString unicode = icu::UnicodeString::fromUTF8(
-      icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
-  std::string roundTrip;
-  if (unicode.toUTF8String(roundTrip) != text) {
+  if (!isValidUTF8(text)) {
     return std::string(text);
   }
+  icu::UnicodeString unicode = icu::UnicodeString::fromUTF8(
+      icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
   std::string upper;
   return canonicalForm(unicode.toUpper(icu::Locale::getRoot()).toUTF8String(upper));
 }

@@ -1,6 +1,8 @@
 #include "et_pipe.hpp"
 
 #include <algorithm>
+#include <exception>
+#include <string>
 
 #include "et_parser_pipe.hpp"
 #include "platform/memory.hpp"
@@ -19,25 +21,32 @@ constexpr std::size_t largestBlockCapacity = 64 * 1024 * 1024;
 
 }  // namespace
 
-std::unique_ptr<ETPipe> ETPipe::make(bool parses, ETProcess& process) {
+std::unique_ptr<ETPipe> ETPipe::make(bool parses, RunState& run) {
   std::unique_ptr<ETPipe> pipe;
   if (parses) {
-    pipe = std::make_unique<ETParserPipe>(process);
+    pipe = std::make_unique<ETParserPipe>(run);
   } else {
-    pipe = std::make_unique<ETBinaryPipe>(process);
+    pipe = std::make_unique<ETBinaryPipe>(run);
   }
   pipe->startListening();
   return pipe;
 }
 
-ETPipe::ETPipe(ETProcess& process) : process_(process), stdPipe_(platform::makePipe(pipeCapacity)) {}
+ETPipe::ETPipe(RunState& run) : run_(run), stdPipe_(platform::makePipe(pipeCapacity)) {}
 
 ETPipe::~ETPipe() { waitForEndOfStream(); }
 
 void ETPipe::startListening() {
   listener_.emplace(stdPipe_.readEnd.get(), [this](std::span<const std::byte> chunk) {
-    if (!chunk.empty()) {
+    if (chunk.empty()) {
+      run_.streamEnded();
+      return;
+    }
+    try {
       readAvailableData(chunk);
+    } catch (const std::exception& error) {
+      // Out of memory on this thread: the chunk is lost, the stream is still drained.
+      run_.appendUnknownLine(std::string("a chunk of the tool's output was lost: ") + error.what());
     }
   });
 }
@@ -87,7 +96,7 @@ void ETBinaryPipe::flushPendingData() {
   }
   blocks_.clear();
   size_ = 0;
-  state([&](ETOutput& output) { output.binaryData = std::move(binaryData); });
+  run().change([&](ETOutput& output) { output.binaryData = std::move(binaryData); });
 }
 
 }  // namespace lorvane

@@ -5,23 +5,23 @@
 #include <optional>
 #include <span>
 
-#include <lorvane/et_process.hpp>
-
 #include "platform/pipe.hpp"
 #include "platform/stream_reader.hpp"
+#include "run_state.hpp"
 
 namespace lorvane {
 
 // The reader of one standard stream of the tool. It owns the pipe that the child writes to;
 // from `startListening()` on, a thread of its own hands each chunk to `readAvailableData` in
-// order. The run waits for the end of the stream before it calls `flushPendingData()`, so
-// chunks and flush never overlap and the flush comes after the last chunk.
+// order, and tells the run state when the stream has ended. The run waits for that end before
+// it calls `flushPendingData()`, so chunks and flush never overlap and the flush comes after
+// the last chunk. All a reader gives the run goes through the run state.
 class ETPipe {
 public:
   // A listening reader: an ETParserPipe when `parses`, else an ETBinaryPipe.
-  static std::unique_ptr<ETPipe> make(bool parses, ETProcess& process);
+  static std::unique_ptr<ETPipe> make(bool parses, RunState& run);
 
-  explicit ETPipe(ETProcess& process);
+  explicit ETPipe(RunState& run);
   virtual ~ETPipe();
   ETPipe(const ETPipe&) = delete;
   ETPipe& operator=(const ETPipe&) = delete;
@@ -42,15 +42,10 @@ public:
   virtual void flushPendingData();
 
 protected:
-  template <class Change>
-  auto state(Change&& change) {
-    return process_.state(std::forward<Change>(change));
-  }
-  ETProcess& process() { return process_; }
-  ETInput::Handler progressHandler() const { return process_.progressHandler(); }
+  RunState& run() { return run_; }
 
 private:
-  ETProcess& process_;
+  RunState& run_;
   platform::Pipe stdPipe_;
   std::optional<platform::StreamReader> listener_;
 };

@@ -2,25 +2,10 @@
 
 #include <algorithm>
 #include <atomic>
-#include <exception>
-#include <string>
 #include <system_error>
 #include <thread>
 
 namespace lorvane {
-namespace {
-
-std::string describe(const std::exception_ptr& fault) {
-  try {
-    std::rethrow_exception(fault);
-  } catch (const std::exception& error) {
-    return error.what();
-  } catch (...) {
-    return "an exception that is no std::exception";
-  }
-}
-
-}  // namespace
 
 std::vector<ETOutput> ETProcess::runAll(std::span<const ETInput> inputs,
                                         std::size_t maxConcurrent) {
@@ -35,19 +20,8 @@ std::vector<ETOutput> ETProcess::runAll(std::span<const ETInput> inputs,
   std::atomic<std::size_t> next{0};
   const auto work = [&] {
     for (std::size_t i; (i = next.fetch_add(1, std::memory_order_relaxed)) < inputs.size();) {
-      ETProcess process;
-      try {
-        process.execute(inputs[i]);
-      } catch (...) {
-        // A handler threw, here on the thread that runs this input: only this input ends.
-        const std::string fault = describe(std::current_exception());
-        process.state([&](ETOutput& output) {
-          output.isRunning = false;
-          output.processLogs.emplace_back(ETOutput::UnknownLog{"a handler of the run threw: " +
-                                                               fault + "\n"});
-        });
-      }
-      outputs[i] = process.takeOutput();
+      // Never throws: what a handler throws stays in the output of its own input.
+      outputs[i] = ETProcess::run(inputs[i]);
     }
   };
 

@@ -1,9 +1,9 @@
 #include <lorvane/et_settings.hpp>
 
-#include <cstdlib>
 #include <optional>
 #include <system_error>
 
+#include "environment.hpp"
 #include "resource_folder.hpp"
 
 namespace lorvane {
@@ -15,21 +15,13 @@ std::filesystem::path temporaryFolder() {
   return error ? std::filesystem::path("/tmp") : folder;
 }
 
-std::optional<std::filesystem::path> environmentPath(const char* name) {
-  const char* value = std::getenv(name);
-  if (value == nullptr || value[0] == '\0') {
-    return std::nullopt;
-  }
-  return std::filesystem::path(value);
-}
-
 // Where an application keeps its data for this user, the XDG way; nothing when unknown.
 std::optional<std::filesystem::path> userDataFolder() {
-  if (auto folder = environmentPath("XDG_DATA_HOME")) {
-    return folder;
+  if (auto folder = environmentValue("XDG_DATA_HOME")) {
+    return std::filesystem::path(*folder);
   }
-  if (auto home = environmentPath("HOME")) {
-    return *home / ".local" / "share";
+  if (auto home = environmentValue("HOME")) {
+    return std::filesystem::path(*home) / ".local" / "share";
   }
   return std::nullopt;
 }
@@ -63,27 +55,27 @@ void ETSettings::setBackupFolderURL(std::filesystem::path url) {
   atomic.write([&] { nonAtomicBackupFolderURL = std::move(url); });
 }
 
-int ETSettings::quickTimeItemListLevel() const {
+std::int64_t ETSettings::quickTimeItemListLevel() const {
   return atomic.read([&] { return nonAtomicQuickTimeItemListLevel; });
 }
 
-void ETSettings::setQuickTimeItemListLevel(int level) {
+void ETSettings::setQuickTimeItemListLevel(std::int64_t level) {
   atomic.write([&] { nonAtomicQuickTimeItemListLevel = level; });
 }
 
-int ETSettings::quickTimeUserDataLevel() const {
+std::int64_t ETSettings::quickTimeUserDataLevel() const {
   return atomic.read([&] { return nonAtomicQuickTimeUserDataLevel; });
 }
 
-void ETSettings::setQuickTimeUserDataLevel(int level) {
+void ETSettings::setQuickTimeUserDataLevel(std::int64_t level) {
   atomic.write([&] { nonAtomicQuickTimeUserDataLevel = level; });
 }
 
-int ETSettings::quickTimeKeysLevel() const {
+std::int64_t ETSettings::quickTimeKeysLevel() const {
   return atomic.read([&] { return nonAtomicQuickTimeKeysLevel; });
 }
 
-void ETSettings::setQuickTimeKeysLevel(int level) {
+void ETSettings::setQuickTimeKeysLevel(std::int64_t level) {
   atomic.write([&] { nonAtomicQuickTimeKeysLevel = level; });
 }
 

@@ -1,9 +1,9 @@
 #include "resource_folder.hpp"
 
-#include <cstdlib>
 #include <optional>
 #include <string_view>
 
+#include "environment.hpp"
 #include "platform/library_location.hpp"
 
 namespace lorvane {
@@ -21,9 +21,8 @@ bool isInside(std::string_view file, std::string_view folder) {
 }  // namespace
 
 std::string resourceFolderName() {
-  if (const char* overridden = std::getenv("LORVANE_RESOURCE_DIR");
-      overridden != nullptr && overridden[0] != '\0') {
-    return overridden;
+  if (auto overridden = environmentValue("LORVANE_RESOURCE_DIR")) {
+    return *overridden;
   }
   const std::string buildFolder = LORVANE_BUILD_RESOURCE_DIR;
   // share/lorvane sits two levels below the build tree's root.

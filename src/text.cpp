@@ -1,7 +1,8 @@
 #include <lorvane/text.hpp>
 
 #include <unicode/uchar.h>
-#include <unicode/utf8.h>
+
+#include "utf8.hpp"
 
 namespace lorvane {
 namespace {
@@ -18,11 +19,8 @@ bool isWhitespaceOrNewline(UChar32 c) {
 }  // namespace
 
 std::optional<std::string> nonBlank(std::string_view text) {
-  const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-  const auto length = static_cast<std::int32_t>(text.size());
-  for (std::int32_t offset = 0; offset < length;) {
-    UChar32 c = 0;
-    U8_NEXT(bytes, offset, length, c);
+  for (std::size_t offset = 0; offset < text.size();) {
+    const UChar32 c = nextCodePoint(text, offset);
     // Invalid bytes are not white space, so such a text is never blank.
     if (c < 0 || !isWhitespaceOrNewline(c)) {
       return std::string(text);

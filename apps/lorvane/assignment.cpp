@@ -15,7 +15,12 @@ namespace {
 
 constexpr std::size_t listedLabels = 20;
 
-std::string quoted(std::string_view text) { return "'" + std::string(text) + "'"; }
+// Built by appends: GCC 12 at -O3 takes "'" + std::string(...) for an overlapping copy.
+std::string quoted(std::string_view text) {
+  std::string result = "'";
+  result.append(text).append("'");
+  return result;
+}
 
 std::vector<std::string> words(std::string_view text) {
   std::vector<std::string> result;

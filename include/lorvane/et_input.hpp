@@ -1,8 +1,10 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
-#include <string>
 #include <iterator>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace lorvane {
@@ -14,12 +16,16 @@ class ETProcess;
 struct ETInput {
   using Handler = std::function<void(ETProcess&)>;
 
-  // The tool's arguments in the order it receives them; one option or value per entry.
+  // The tool's arguments in the order it receives them; one option or value per entry. Each
+  // reaches the tool exactly as it is, line feeds, blanks and a leading "#" included.
   std::vector<std::string> arguments;
   // true: standard output is decoded into messages and progress; false: kept as bytes.
   bool parsesOutPipe = false;
   // The same choice for standard error, decoded by default.
   bool parsesErrPipe = true;
+  // How long the tool may take from its start; when that has passed, the run ends as if
+  // cancelled. Nothing: as long as the tool takes.
+  std::optional<std::chrono::milliseconds> timeLimit;
   // On the caller's thread, before the tool starts.
   Handler onStartHandler;
   // On the thread that read a progress line, after `progress` has changed.

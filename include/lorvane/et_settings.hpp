@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -35,16 +36,16 @@ public:
   void setBackupFolderURL(std::filesystem::path url);
 
   // Given to the tool in decimal as EXIFTOOL_QUICKTIME_ITEM_LIST_LEVEL.
-  int quickTimeItemListLevel() const;
-  void setQuickTimeItemListLevel(int level);
+  std::int64_t quickTimeItemListLevel() const;
+  void setQuickTimeItemListLevel(std::int64_t level);
 
   // Given to the tool in decimal as EXIFTOOL_QUICKTIME_USER_DATA_LEVEL.
-  int quickTimeUserDataLevel() const;
-  void setQuickTimeUserDataLevel(int level);
+  std::int64_t quickTimeUserDataLevel() const;
+  void setQuickTimeUserDataLevel(std::int64_t level);
 
   // Given to the tool in decimal as EXIFTOOL_QUICKTIME_KEYS_LEVEL.
-  int quickTimeKeysLevel() const;
-  void setQuickTimeKeysLevel(int level);
+  std::int64_t quickTimeKeysLevel() const;
+  void setQuickTimeKeysLevel(std::int64_t level);
 
   // Appended behind "-q" by every ArgumentsMaker that adds the default settings.
   std::vector<std::string> extraArguments() const;
@@ -56,9 +57,9 @@ private:
   mutable AtomicQueue atomic;
   std::filesystem::path nonAtomicBinariesFolderURL;
   std::filesystem::path nonAtomicBackupFolderURL;
-  int nonAtomicQuickTimeItemListLevel = 2;
-  int nonAtomicQuickTimeUserDataLevel = 1;
-  int nonAtomicQuickTimeKeysLevel = 0;
+  std::int64_t nonAtomicQuickTimeItemListLevel = 2;
+  std::int64_t nonAtomicQuickTimeUserDataLevel = 1;
+  std::int64_t nonAtomicQuickTimeKeysLevel = 0;
   std::vector<std::string> nonAtomicExtraArguments;
 };
 

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/pipe.hpp"
+
 namespace lorvane::platform {
 
 // What a child is started with.
@@ -23,6 +25,9 @@ struct LaunchOptions {
   int standardInput = -1;
   int standardOutput = -1;
   int standardError = -1;
+  // The child leads a process group of its own, so that stopping it reaches everything it
+  // started, which shares its group unless it leaves it.
+  bool ownProcessGroup = false;
 };
 
 // A child process, started at construction and reaped at the latest when dropped, so that
@@ -43,11 +48,27 @@ public:
   // `cannot start "/opt/tools/perl": No such file or directory`.
   const std::optional<std::string>& failure() const { return failure_; }
 
+  // Whether the child has exited. It stays unreaped until `waitForExit`, so neither its id nor
+  // that of its group can pass to another process before then.
+  bool hasExited() const;
+  // Readable once the child has exited; -1 where the system has no such descriptor (then ask
+  // `hasExited` from time to time).
+  int exitDescriptor() const { return exitDescriptor_.get(); }
+
+  // Asks the child (and its group, when it has its own) to end: SIGTERM.
+  void askToStop() const;
+  // Ends them at once: SIGKILL, which no one can refuse.
+  void forceStop() const;
+
   // Blocks until the child has exited and reaps it; the exit status is of no interest.
   void waitForExit();
 
 private:
+  void signal(int number) const;
+
   pid_t pid_ = -1;
+  bool ownsGroup_ = false;
+  FileDescriptor exitDescriptor_;
   std::optional<std::string> failure_;
 };
 

@@ -11,15 +11,14 @@ namespace lorvane::platform {
 namespace {
 
 // Moves a descriptor above the standard ones (closing the old one), keeping close-on-exec.
-FileDescriptor aboveStandardStreams(int fd) {
-  if (fd > STDERR_FILENO) {
-    return FileDescriptor(fd);
+// On failure the descriptor is closed with the object that holds it.
+FileDescriptor aboveStandardStreams(FileDescriptor fd) {
+  if (fd.get() > STDERR_FILENO) {
+    return fd;
   }
-  const int moved = fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-  const int error = errno;
-  ::close(fd);
+  const int moved = fcntl(fd.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
   if (moved < 0) {
-    throw std::system_error(error, std::generic_category(), "cannot move a pipe descriptor");
+    throw std::system_error(errno, std::generic_category(), "cannot move a pipe descriptor");
   }
   return FileDescriptor(moved);
 }
@@ -57,7 +56,12 @@ Pipe makePipe(std::size_t capacity) {
     throw std::system_error(errno, std::generic_category(), "cannot make a pipe");
   }
 #endif
-  Pipe pipe{aboveStandardStreams(ends[0]), aboveStandardStreams(ends[1])};
+  // Both ends are owned before either is moved, so a failing move leaks neither.
+  FileDescriptor readEnd(ends[0]);
+  FileDescriptor writeEnd(ends[1]);
+  Pipe pipe;
+  pipe.readEnd = aboveStandardStreams(std::move(readEnd));
+  pipe.writeEnd = aboveStandardStreams(std::move(writeEnd));
 #ifdef F_SETPIPE_SZ
   if (capacity > 0) {
     // Refused beyond the system's limit for unprivileged users; the default size works too.
@@ -69,7 +73,9 @@ Pipe makePipe(std::size_t capacity) {
   return pipe;
 }
 
-std::error_code writeAll(int fd, std::span<const std::byte> bytes) {
+void setNonBlocking(int fd) { fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | O_NONBLOCK); }
+
+std::error_code writeAvailable(int fd, std::span<const std::byte>& bytes) {
   // SIGPIPE is held back on this thread for the write. If the write raises it, it is taken off
   // again before the old mask returns, unless one was already waiting that isn't ours.
   sigset_t pipeSignal;
@@ -88,7 +94,9 @@ std::error_code writeAll(int fd, std::span<const std::byte> bytes) {
       if (errno == EINTR) {
         continue;
       }
-      error = errno;
+      if (errno != EAGAIN && errno != EWOULDBLOCK) {
+        error = errno;
+      }
       break;
     }
     bytes = bytes.subspan(static_cast<std::size_t>(written));

@@ -38,10 +38,13 @@ struct Pipe {
 // a larger buffer where it allows that (fewer, larger chunks for a fast writer); it is a hint.
 Pipe makePipe(std::size_t capacity = 0);
 
-// Writes every byte, however many calls that takes. A reader that has gone ends the write
-// quietly with EPIPE, never with the SIGPIPE that would kill the host. Gives the error that
-// stopped the write, or no error when all bytes are out.
-std::error_code writeAll(int fd, std::span<const std::byte> bytes);
+// Makes reads and writes on the descriptor return at once instead of blocking.
+void setNonBlocking(int fd);
+
+// Writes to a non-blocking descriptor what it takes now and drops that from the front of
+// `bytes`. A full pipe is no error. A reader that has gone ends the write quietly with EPIPE,
+// never with the SIGPIPE that would kill the host. Gives the error that stopped the write.
+std::error_code writeAvailable(int fd, std::span<const std::byte>& bytes);
 
 // Reads until end of stream. A failing read ends the reading; what came before it is kept.
 std::vector<std::byte> readToEnd(int fd);

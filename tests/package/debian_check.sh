@@ -28,7 +28,7 @@ cleanup() {
   if $installed; then
     echo "\$ apt-get remove --purge $packages"
     # shellcheck disable=SC2086
-    apt-get remove --purge -y -q $packages > "$work/remove.txt" 2>&1 ||
+    apt-get remove --purge -y -q -o DPkg::Lock::Timeout=120 $packages > "$work/remove.txt" 2>&1 ||
       { cat "$work/remove.txt"; status=1; }
   fi
   rm -rf "$work"
@@ -58,7 +58,7 @@ echo
 
 echo "\$ apt-get install ./*.deb"
 installed=true
-apt-get install -y -q --no-install-recommends ./*.deb > "$work/install.txt" 2>&1 ||
+apt-get install -y -q --no-install-recommends -o DPkg::Lock::Timeout=120 ./*.deb > "$work/install.txt" 2>&1 ||
   { cat "$work/install.txt"; exit 1; }
 for package in $packages; do
   dpkg-query -W -f '${Package} ${Version} ${Status}\n' "$package"

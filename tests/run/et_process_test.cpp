@@ -173,3 +173,42 @@ TEST(ETProcess, ARunStartedDuringARunReturnsAtOnceAndLeavesItAlone) {
   EXPECT_EQ(process.input().arguments, input.arguments);
   EXPECT_EQ(nlohmann::json::parse(process.output().decodeOutData().value()).size(), 2u);
 }
+
+TEST(ETProcess, ArgumentsReachTheToolExactlyAsGiven) {
+  // Names relative to the working folder, which the child shares, so that each starts with
+  // what the tool's reading of argument lines would otherwise change.
+  TemporaryFolder folder;
+  const auto home = std::filesystem::current_path();
+  std::filesystem::current_path(folder.path());
+  const std::vector<std::string> names = {"line\nbreak.jpg", " lead.jpg", "#hash.jpg", "trail .jpg"};
+  ETInput input;
+  input.arguments = {"-json", "-FileName"};
+  for (const auto& name : names) {
+    copyOfPlainJpeg(folder.path(), name);
+    input.arguments.push_back(name);
+  }
+  input.arguments.push_back("/x/none.jpg\n-ver");  // one missing file, not "-ver"
+  const ETOutput output = ETProcess::run(input);
+
+  // An entry that needs the tool's C-string form but holds "$", which that form can't carry.
+  input.arguments = {"-json", "#$x.jpg"};
+  const ETOutput refused = ETProcess::run(input);
+  std::filesystem::current_path(home);
+
+  const auto tags = nlohmann::json::parse(output.decodeOutData().value());  // no version text
+  ASSERT_EQ(tags.size(), names.size());
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    EXPECT_EQ(tags[i]["SourceFile"], names[i]);
+    EXPECT_EQ(tags[i]["FileName"], names[i]);
+  }
+  // The tool prints names as they are, so a line feed splits its progress line and message.
+  EXPECT_EQ(lorvane::test::unknownLines(output),
+            (std::vector<std::string>{"======== line\n", "break.jpg [1/5]\n",
+                                      "Error: File not found - /x/none.jpg\n", "-ver\n"}));
+
+  EXPECT_TRUE(refused.binaryData.empty());  // no tool was started
+  EXPECT_EQ(lorvane::test::unknownLines(refused),
+            (std::vector<std::string>{
+                "the argument \"#$x.jpg\" can't reach ExifTool unchanged: it needs the tool's "
+                "C-string form, which reads \"$\" and \"@\" with a backslash in front\n"}));
+}

@@ -54,13 +54,15 @@ TEST(FakeTool, TheChildGetsTheCommandLineTheBatchNineVariablesAndNoOtherDescript
   settings.setBackupFolderURL("/backups/my \"own\"");
   settings.setQuickTimeItemListLevel(-1);
   settings.setQuickTimeUserDataLevel(0);
-  settings.setQuickTimeKeysLevel(100);
+  settings.setQuickTimeKeysLevel(5'000'000'000);  // beyond 32 bits
   // A descriptor of the host that isn't close-on-exec must stay with the host all the same.
   const int hostDescriptor = ::open("/dev/null", O_RDONLY);
   ASSERT_GE(hostDescriptor, 0);
 
   ETInput input;
-  input.arguments = {"-json", "a b.jpg", ""};
+  // Ordinary entries go byte for byte; those the tool's reading would change go as C strings.
+  input.arguments = {"-json", "a b.jpg", "", "/x/none.jpg\n-ver", " lead", "#hash", "a\\b\r",
+                     "-Comment = x", "-Comment= x", "-Comment=x ", "trail "};
   const ETOutput output = ETProcess::run(input);
   ::close(hostDescriptor);
 
@@ -70,10 +72,13 @@ TEST(FakeTool, TheChildGetsTheCommandLineTheBatchNineVariablesAndNoOtherDescript
   EXPECT_EQ(linesOf(output.decodeOutData().value()), (Lines{
       "script: " + bin + "/exiftool", "argv: -progress", "argv: -v0", "argv: -stay_open",
       "argv: 1", "argv: -q", "argv: -@", "argv: -",
-      "batch: -json", "batch: a b.jpg", "batch: ", "batch: -stay_open", "batch: 0",
+      "batch: -json", "batch: a b.jpg", "batch: #[CSTR]", "batch: #[CSTR]/x/none.jpg\\n-ver",
+      "batch: #[CSTR] lead", "batch: #[CSTR]#hash", "batch: #[CSTR]a\\\\b\\r",
+      "batch: #[CSTR]-Comment = x", "batch: #[CSTR]-Comment= x", "batch: -Comment=x ",
+      "batch: trail ", "batch: -stay_open", "batch: 0",
       "batch: -execute",
       "env: EXIFTOOL_QUICKTIME_ITEM_LIST_LEVEL=-1",
-      "env: EXIFTOOL_QUICKTIME_KEYS_LEVEL=100",
+      "env: EXIFTOOL_QUICKTIME_KEYS_LEVEL=5000000000",
       "env: EXIFTOOL_QUICKTIME_USER_DATA_LEVEL=0",
       "env: EXIFTOOL_SANDBOX_DIRECTORY=/backups/my \"own\"/Writing",
       "env: LC_CTYPE=C.UTF-8",

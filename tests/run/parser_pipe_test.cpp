@@ -5,25 +5,30 @@
 
 #include "test_support.hpp"
 
+using lorvane::AtomicQueue;
 using lorvane::ETOutput;
 using lorvane::ETParserPipe;
-using lorvane::ETProcess;
+using lorvane::RunState;
 
 namespace {
 
-// A parser on its own, as a run would drive it: chunks, end of stream, flush.
+// A parser on its own, with a run state but no run: chunks, end of stream, flush.
 class ParserTest : public ::testing::Test {
 protected:
   void feed(std::string_view chunk) { parser.readAvailableData(std::as_bytes(std::span(chunk))); }
+  ETOutput output() const { return atomic.read([&] { return nonAtomicOutput; }); }
   ETOutput finish() {
     parser.waitForEndOfStream();
     parser.flushPendingData();
-    return process.output();
+    return output();
   }
-  std::vector<std::string> unknownLines() { return lorvane::test::unknownLines(process.output()); }
+  std::vector<std::string> unknownLines() const { return lorvane::test::unknownLines(output()); }
 
-  ETProcess process;
-  ETParserPipe parser{process};
+  mutable AtomicQueue atomic;
+  ETOutput nonAtomicOutput;
+  int progressCalls = 0;
+  RunState run{atomic, nonAtomicOutput, [this] { ++progressCalls; }};
+  ETParserPipe parser{run};
 };
 
 using Lines = std::vector<std::string>;
@@ -58,24 +63,25 @@ TEST_F(ParserTest, RecognisesTheToolsMessages) {
 
 TEST_F(ParserTest, ProgressLinesMoveProgressAndAreNotLogged) {
   feed("======== /path with blanks/file.jpg [3/10]\n");
-  EXPECT_DOUBLE_EQ(process.output().progress, 0.3);
+  EXPECT_DOUBLE_EQ(output().progress, 0.3);
+  EXPECT_EQ(progressCalls, 1);
   feed("======== /x.jpg [0/0]\n");
-  EXPECT_EQ(process.output().progress, 0);
+  EXPECT_EQ(output().progress, 0);
   feed("======== /x.jpg [12/10]\n");
-  EXPECT_DOUBLE_EQ(process.output().progress, 1.2);  // not clamped
-  EXPECT_TRUE(process.output().processLogs.empty());
+  EXPECT_DOUBLE_EQ(output().progress, 1.2);  // not clamped
+  EXPECT_TRUE(output().processLogs.empty());
 
   // Seven equal signs, and digits of another script, are no progress lines.
   feed("======= /x.jpg [1/2]\n"
        "======== /x.jpg [\xD9\xA1/\xD9\xA2]\n");
-  EXPECT_DOUBLE_EQ(process.output().progress, 1.2);
+  EXPECT_DOUBLE_EQ(output().progress, 1.2);
   EXPECT_EQ(unknownLines(), (Lines{"======= /x.jpg [1/2]\n", "======== /x.jpg [١/٢]\n"}));
 }
 
 TEST_F(ParserTest, LinesSplitAcrossChunksAreDecodedOnceAsAWhole) {
   feed("Nothing chan");
   feed("ged in /a.jpg");
-  EXPECT_TRUE(process.output().processLogs.empty());  // no line end yet
+  EXPECT_TRUE(output().processLogs.empty());  // no line end yet
   feed("\nfirst\nsec");
   feed("ond\n");
   feed("\n\n\n");  // only line feeds: nothing

@@ -41,9 +41,9 @@ public:
 private:
   std::filesystem::path binariesFolder_;
   std::filesystem::path backupFolder_;
-  int itemListLevel_;
-  int userDataLevel_;
-  int keysLevel_;
+  std::int64_t itemListLevel_;
+  std::int64_t userDataLevel_;
+  std::int64_t keysLevel_;
   std::vector<std::string> extraArguments_;
 };
 

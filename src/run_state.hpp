@@ -1,0 +1,62 @@
+#pragma once
+
+#include <lorvane/atomic_queue.hpp>
+#include <lorvane/et_output.hpp>
+
+#include <atomic>
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "platform/wait.hpp"
+
+namespace lorvane {
+
+// What one run shares between its threads: the instance's output behind its guard, the
+// progress handler, a request to stop and the count of streams that have ended. The run owns
+// it; the stream readers and `ETProcess::cancel` reach the run only through it.
+class RunState {
+public:
+  using Call = std::function<void()>;
+
+  // `output` is guarded by `atomic`; `onProgress` calls the caller's handler, if any.
+  RunState(AtomicQueue& atomic, ETOutput& output, Call onProgress = {});
+  RunState(const RunState&) = delete;
+  RunState& operator=(const RunState&) = delete;
+
+  // The only way to change the output during a run: one exclusive step. Never nest.
+  template <class Change>
+  auto change(Change&& change) {
+    return atomic_.write([&] { return change(output_); });
+  }
+  // Stores one line the tool didn't print (a failure of the run itself); a line feed follows.
+  void appendUnknownLine(std::string_view line);
+
+  // Stores the new progress, then calls the progress handler outside the guard.
+  void setProgress(double progress);
+  // Calls a handler of the caller. Whatever it throws stays here and becomes an unknown line
+  // that names the handler and says what it threw; of a progress handler, the first throw.
+  void callHandler(std::string_view name, const Call& handler);
+
+  // From any thread: the run should end its tool and finish.
+  void requestStop();
+  bool isStopRequested() const { return stopRequested_; }
+
+  // A reader's stream has ended; from the reader's own thread.
+  void streamEnded();
+  bool haveStreamsEnded() const { return endedStreams_ == 2; }
+
+  // Notified on a stop request and at each end of a stream.
+  const platform::Wakeup& wakeup() const { return wakeup_; }
+
+private:
+  AtomicQueue& atomic_;
+  ETOutput& output_;
+  Call onProgress_;
+  std::atomic<bool> progressHandlerFailed_ = false;
+  std::atomic<bool> stopRequested_ = false;
+  std::atomic<int> endedStreams_ = 0;
+  platform::Wakeup wakeup_;
+};
+
+}  // namespace lorvane

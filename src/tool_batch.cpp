@@ -1,0 +1,93 @@
+#include "tool_batch.hpp"
+
+#include <string_view>
+
+namespace lorvane {
+namespace {
+
+// Perl's \s of a byte string, plus the two Latin-1 spaces a Unicode reading would add.
+bool isPerlSpace(unsigned char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r') || c == 0x85 || c == 0xA0;
+}
+
+// Perl's \w, taking every non-ASCII byte to be a word character to stay on the safe side.
+bool isPerlWord(unsigned char c) {
+  return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' ||
+         c >= 0x80;
+}
+
+// Whether the tool's reading of "-TAG = VALUE" would take out blanks: white space before
+// "=", "+=", "-=" or "<=", or one blank after it.
+bool losesBlanksAroundAssignment(std::string_view argument) {
+  if (argument.size() < 2 || argument[0] != '-') {
+    return false;
+  }
+  std::size_t at = 1;
+  while (at < argument.size() &&
+         (argument[at] == '-' || argument[at] == ':' || isPerlWord(static_cast<unsigned char>(argument[at])))) {
+    ++at;
+  }
+  if (at == 1) {
+    return false;
+  }
+  if (at < argument.size() && argument[at] == '#') {
+    ++at;
+  }
+  const std::size_t spaceStart = at;
+  while (at < argument.size() && isPerlSpace(static_cast<unsigned char>(argument[at]))) {
+    ++at;
+  }
+  const bool spaceBefore = at > spaceStart;
+  if (at < argument.size() && (argument[at] == '-' || argument[at] == '+' || argument[at] == '<')) {
+    ++at;
+  }
+  if (at >= argument.size() || argument[at] != '=') {
+    return false;
+  }
+  return spaceBefore || (at + 1 < argument.size() && argument[at + 1] == ' ');
+}
+
+bool needsCString(std::string_view argument) {
+  return argument.empty() || argument.front() == '#' ||
+         isPerlSpace(static_cast<unsigned char>(argument.front())) ||
+         argument.find_first_of("\n\r") != std::string_view::npos ||
+         losesBlanksAroundAssignment(argument);
+}
+
+// The argument as the C-string line's escapes give it back; "$" and "@" have none.
+std::string escaped(std::string_view argument) {
+  std::string text;
+  for (const char c : argument) {
+    switch (c) {
+      case '\\': text += "\\\\"; break;
+      case '\n': text += "\\n"; break;
+      case '\r': text += "\\r"; break;
+      default: text += c;
+    }
+  }
+  return text;
+}
+
+}  // namespace
+
+ToolBatch makeToolBatch(const std::vector<std::string>& arguments) {
+  ToolBatch batch;
+  for (const auto& argument : arguments) {
+    if (!needsCString(argument)) {
+      batch.text += argument;
+    } else if (argument.find_first_of("$@") == std::string::npos) {
+      batch.text += "#[CSTR]" + escaped(argument);
+    } else {
+      batch.refusal = "the argument \"" + escaped(argument) +
+                      "\" can't reach ExifTool unchanged: it needs the tool's C-string form, "
+                      "which reads \"$\" and \"@\" with a backslash in front";
+      batch.text.clear();
+      return batch;
+    }
+    batch.text += '\n';
+  }
+  batch.text += "-stay_open\n0\n-execute";
+  return batch;
+}
+
+}  // namespace lorvane

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace lorvane {
+
+// The text a run sends to the tool's standard input: each argument on a line of its own, then
+// the lines that make the tool leave its stay-open mode and exit once the batch is done, with
+// no line end behind the last.
+//
+// The tool reads such a line as an argument only after changing some of them: it drops white
+// space in front, line ends behind, a line that starts with "#" (a comment) or is empty, and
+// blanks around the "=" of "-TAG=VALUE"; and a line feed inside an argument would end its line.
+// An argument that one of these would change goes as a C-string line instead ("#[CSTR]" and the
+// argument with "\\", "\n" and "\r" escaped), which the tool reads back unchanged. All others go
+// byte for byte.
+struct ToolBatch {
+  std::string text;
+  // Why an argument can't reach the tool unchanged, and so the batch must not be sent; empty
+  // when all can. The tool reads "$" and "@" of a C-string line with a backslash in front, so
+  // an argument that needs that form and holds either has no exact form at all.
+  std::string refusal;
+};
+
+ToolBatch makeToolBatch(const std::vector<std::string>& arguments);
+
+}  // namespace lorvane

@@ -184,6 +184,29 @@ TEST(RunAll, AThrowingHandlerOrAMissingToolTouchesOnlyItsOwnInputs) {
   }
 }
 
+TEST(RunAll, ACancelEndsOnlyItsOwnInput) {
+  // The second tool would sleep for a minute; its progress handler cancels it at once.
+  FakeTool tool(script(R"(
+    my ($id) = @arguments;
+    if ($id eq 'hang') { print STDERR "======== /a.jpg [1/2]\n"; sleep 60; }
+    print "id: $id\n";
+  )"));
+  std::vector<ETInput> inputs(3);
+  inputs[0].arguments = {"0"};
+  inputs[1].arguments = {"hang"};
+  inputs[2].arguments = {"2"};
+  inputs[1].onProgressHandler = [](ETProcess& process) { process.cancel(); };
+
+  const std::vector<ETOutput> outputs = ETProcess::runAll(inputs, 3);
+  ASSERT_EQ(outputs.size(), 3u);
+  EXPECT_EQ(outputs[0].decodeOutData(), "id: 0\n");
+  EXPECT_TRUE(outputs[0].processLogs.empty());
+  EXPECT_EQ(outputs[2].decodeOutData(), "id: 2\n");
+  EXPECT_TRUE(outputs[2].processLogs.empty());
+  EXPECT_EQ(outputs[1].decodeOutData(), "");
+  EXPECT_EQ(unknownLines(outputs[1]), (std::vector<std::string>{"the run was cancelled\n"}));
+}
+
 TEST(ETBatches, BigFilesGoApartEachInputKeepsItsFilesInOrderAndIsMadeAsAddArgumentsWould) {
   using Places = std::vector<std::vector<std::size_t>>;
   // The two heaviest apart, the third with one of them, the light ones filling up the other;

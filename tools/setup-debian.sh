@@ -9,4 +9,5 @@ apt-get update -q
 apt-get install -y -q --no-install-recommends \
   g++ cmake ninja-build pkg-config python3 \
   dpkg-dev libicu-dev nlohmann-json3-dev googletest libgtest-dev libbenchmark-dev \
-  perl libimage-exiftool-perl atomicparsley
+  perl libimage-exiftool-perl atomicparsley \
+  libjpeg-turbo-progs

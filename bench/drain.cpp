@@ -26,7 +26,8 @@ constexpr std::size_t dataSize = std::size_t{1} << 30;
 class FakeBinaries {
 public:
   FakeBinaries() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "lorvane-drain-XXXXXX").string();
+    std::string pattern =
+        (std::filesystem::temp_directory_path() / "lorvane-drain-XXXXXX").string();
     folder_ = mkdtemp(pattern.data());
     auto& settings = ETSettings::shared();
     realBinaries_ = settings.binariesFolderURL();
@@ -36,7 +37,8 @@ public:
       my $batch = '';
       while ($batch !~ /-execute\z/) { sysread(STDIN, $batch, 65536, length $batch) or last; }
       my $block = 'x' x (4 << 20);
-      for (1 .. )" << dataSize / (4 << 20) << R"() {
+      for (1 .. )" << dataSize / (4 << 20)
+                                        << R"() {
         my $offset = 0;
         while ($offset < length $block) {
           my $written = syswrite(STDOUT, $block, length($block) - $offset, $offset);
@@ -74,8 +76,8 @@ void drainOneGiB(benchmark::State& state) {
     benchmark::DoNotOptimize(output.binaryData.data());
   }
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * dataSize));
-  state.counters["MB/s"] = benchmark::Counter(static_cast<double>(state.iterations() * dataSize) / 1e6,
-                                              benchmark::Counter::kIsRate);
+  state.counters["MB/s"] = benchmark::Counter(
+      static_cast<double>(state.iterations() * dataSize) / 1e6, benchmark::Counter::kIsRate);
   state.counters["peak/data"] = peakResidentBytes() / static_cast<double>(dataSize);
 }
 

@@ -1,7 +1,8 @@
 // Many files on every core: `lorvane show --jobs 1` and `--jobs 2` against one ExifTool process
 // that reads the same files with the arguments the program sends, for 50, 200 and 800 files.
 // Each round times all of them back to back, in a rotating order; a ratio is taken within a
-// round and the median of the rounds is printed, of wall-clock time and of processor time. The same through the library alone
+// round and the median of the rounds is printed, of wall-clock time and of processor time. The same
+// through the library alone
 // (`ETProcess::runAll`, no catalogue, no printing) comes beside it.
 //
 //   lorvane-bench-many_files [rounds] [folder]
@@ -139,7 +140,8 @@ int main(int argc, char** argv) {
   const std::string program = quoted(LORVANE_PROGRAM) + " show --lang en";
   const bool hasJobs = statusOf(program + " --help 2>&1 | grep -q -- --jobs") == 0;
   std::printf("load average before: %s\n", loadAverage().c_str());
-  std::printf("%d rounds; ratios are of one round, median over rounds; times are medians\n", rounds);
+  std::printf("%d rounds; ratios are of one round, median over rounds; times are medians\n",
+              rounds);
   if (!hasJobs) {
     std::printf("(the program has no --jobs yet: only the library is measured)\n");
   }
@@ -196,16 +198,17 @@ int main(int argc, char** argv) {
     }
     fs::remove(argumentsFile);
 
-    const char* names[kinds] = {"exiftool alone", "lorvane show --jobs 1", "lorvane show --jobs 2",
-                                "library runAll, 1 input", "library runAll, 2 inputs",
-                                "exiftool without -v0"};
+    const char* names[kinds] = {"exiftool alone",           "lorvane show --jobs 1",
+                                "lorvane show --jobs 2",    "library runAll, 1 input",
+                                "library runAll, 2 inputs", "exiftool without -v0"};
     std::printf("\n%zu files             wall s   ratio (min-max)          processor s  ratio\n",
                 count);
     for (std::size_t kind = 0; kind < kinds; ++kind) {
       if (walls[kind].empty()) {
         continue;
       }
-      const auto [least, most] = std::minmax_element(wallRatios[kind].begin(), wallRatios[kind].end());
+      const auto [least, most] =
+          std::minmax_element(wallRatios[kind].begin(), wallRatios[kind].end());
       std::printf("  %-24s %6.3f   %.3f (%.3f-%.3f)   %6.3f       %.3f\n", names[kind],
                   median(walls[kind]), median(wallRatios[kind]), *least, *most,
                   median(processors[kind]), median(processorRatios[kind]));

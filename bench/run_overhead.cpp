@@ -32,10 +32,12 @@ constexpr int fileCount = 20;
 // A folder of tagged copies of the sample image and the batch that reads them.
 struct Sample {
   Sample() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "lorvane-overhead-XXXXXX").string();
+    std::string pattern =
+        (std::filesystem::temp_directory_path() / "lorvane-overhead-XXXXXX").string();
     folder = mkdtemp(pattern.data());
     const auto first = folder / "photo-0.jpg";
-    std::filesystem::copy_file(std::filesystem::path(LORVANE_SOURCE_DIR) / "tests/data/plain.jpg", first);
+    std::filesystem::copy_file(std::filesystem::path(LORVANE_SOURCE_DIR) / "tests/data/plain.jpg",
+                               first);
     // Tagged by the tool itself, run the plain way with the host's environment.
     platform::ChildProcess tagger(platform::LaunchOptions{
         .executable = ETSettings::shared().binariesFolderURL() / "exiftool",
@@ -86,13 +88,13 @@ double runDirectly(const std::map<std::string, std::string>& environment) {
   std::vector<std::byte> bytes;
   platform::StreamReader errorReader(errors.readEnd.get(), [](std::span<const std::byte>) {});
   {
-    platform::ChildProcess child(platform::LaunchOptions{
-        .executable = binaries / "perl",
-        .arguments = {(binaries / "exiftool").string(), "-progress", "-v0", "-q", "-@",
-                      sample().argfile.string()},
-        .environment = environment,
-        .standardOutput = output.writeEnd.get(),
-        .standardError = errors.writeEnd.get()});
+    platform::ChildProcess child(
+        platform::LaunchOptions{.executable = binaries / "perl",
+                                .arguments = {(binaries / "exiftool").string(), "-progress", "-v0",
+                                              "-q", "-@", sample().argfile.string()},
+                                .environment = environment,
+                                .standardOutput = output.writeEnd.get(),
+                                .standardError = errors.writeEnd.get()});
     output.writeEnd.close();
     errors.writeEnd.close();
     bytes = platform::readToEnd(output.readEnd.get());

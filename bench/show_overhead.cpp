@@ -51,8 +51,8 @@ int main(int argc, char** argv) {
 
   // The same reading the program asks the tool for: long JSON, group names, German, quiet.
   const std::string tool = "exiftool -q -json -long -G0:1 -lang de" + files + " > /dev/null";
-  const std::string show = std::string("'") + LORVANE_PROGRAM + "' show --jobs 1 --lang de" + files +
-                           " > /dev/null";
+  const std::string show =
+      std::string("'") + LORVANE_PROGRAM + "' show --jobs 1 --lang de" + files + " > /dev/null";
   std::vector<double> toolTimes;
   std::vector<double> showTimes;
   secondsOf(tool);  // warm the page cache and Perl's modules
@@ -65,8 +65,8 @@ int main(int argc, char** argv) {
   const double toolMedian = median(toolTimes);
   const double showMedian = median(showTimes);
   std::printf("%d files, %d runs each\n", fileCount, runs);
-  std::printf("exiftool -q -json -long -G0:1 -lang de: median %.3f s (min %.3f, max %.3f)\n", toolMedian,
-              *std::min_element(toolTimes.begin(), toolTimes.end()),
+  std::printf("exiftool -q -json -long -G0:1 -lang de: median %.3f s (min %.3f, max %.3f)\n",
+              toolMedian, *std::min_element(toolTimes.begin(), toolTimes.end()),
               *std::max_element(toolTimes.begin(), toolTimes.end()));
   std::printf("lorvane show --jobs 1 --lang de:  median %.3f s (min %.3f, max %.3f)\n", showMedian,
               *std::min_element(showTimes.begin(), showTimes.end()),

@@ -13,11 +13,11 @@ int main() {
     maker.sourcePath = "tests/data/sample.jpg";
   });
   ETOutput output = ETProcess::run(input);  // blocks until the tool has exited; never throws
-  output.throwIfErrors();                    // ETError with the lines the tool complained in
+  output.throwIfErrors();                   // ETError with the lines the tool complained in
   std::cout << output.decodeOutData().value_or("");
 
   // What the catalogue knows of one of them, in the user's language.
   const TagItem& orientation = TagItem::itemEXIFOrientation();
-  std::cout << orientation.localizedTitle() << ": "                    // "EXIF Orientation"
+  std::cout << orientation.localizedTitle() << ": "                           // "EXIF Orientation"
             << orientation.localizedChoice(*orientation.index("6")) << "\n";  // "Rotate 90 CW"
 }

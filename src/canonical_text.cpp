@@ -18,7 +18,8 @@ using detail::isAscii;
 
 std::string canonicalForm(std::string_view text) {
   // ICU counts in 32-bit lengths; a longer text stays as it is.
-  if (isAscii(text) || text.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()) ||
+  if (isAscii(text) ||
+      text.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()) ||
       !isValidUTF8(text)) {
     return std::string(text);
   }

@@ -26,29 +26,27 @@ const TagItem& StreamTags::item(std::size_t index) {
         }
         // The vector's elements stay where they are when it moves into place.
         const TagItem::Choices view(choices);
-        return BuiltItem{
-            std::move(choices),
-            TagItemMaker::make({.index = static_cast<int>(index),
-                                .name = TagName(stream_, textAt(text_, row.key)),
-                                .type = row.type,
-                                .count = row.count,
-                                .isList = (row.flags & list) != 0,
-                                .isWritable = (row.flags & writable) != 0,
-                                .isFlatten = (row.flags & flatten) != 0,
-                                .isBinary = (row.flags & binary) != 0,
-                                .isUnsafe = (row.flags & unsafe) != 0,
-                                .choices = view,
-                                .strings = &strings_()})};
+        return BuiltItem{std::move(choices),
+                         TagItemMaker::make({.index = static_cast<int>(index),
+                                             .name = TagName(stream_, textAt(text_, row.key)),
+                                             .type = row.type,
+                                             .count = row.count,
+                                             .isList = (row.flags & list) != 0,
+                                             .isWritable = (row.flags & writable) != 0,
+                                             .isFlatten = (row.flags & flatten) != 0,
+                                             .isBinary = (row.flags & binary) != 0,
+                                             .isUnsafe = (row.flags & unsafe) != 0,
+                                             .choices = view,
+                                             .strings = &strings_()})};
       })
       .item;
 }
 
 const TagItem* StreamTags::find(std::string_view key) {
-  const auto found = std::lower_bound(
-      keyOrder_.begin(), keyOrder_.end(), key,
-      [&](std::uint16_t index, std::string_view wanted) {
-        return textAt(text_, rows_[index].key) < wanted;
-      });
+  const auto found = std::lower_bound(keyOrder_.begin(), keyOrder_.end(), key,
+                                      [&](std::uint16_t index, std::string_view wanted) {
+                                        return textAt(text_, rows_[index].key) < wanted;
+                                      });
   if (found == keyOrder_.end() || textAt(text_, rows_[*found].key) != key) {
     return nullptr;
   }

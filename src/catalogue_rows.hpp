@@ -114,8 +114,13 @@ public:
   constexpr StreamTags(std::string_view stream, const char* text, std::span<const TagRow> rows,
                        std::span<const std::uint16_t> keyOrder, std::span<const TextRef> choices,
                        std::span<Lazy<BuiltItem>> items, const TagStrings& (*strings)())
-      : stream_(stream), text_(text), rows_(rows), keyOrder_(keyOrder), choiceRows_(choices),
-        items_(items), strings_(strings) {}
+      : stream_(stream),
+        text_(text),
+        rows_(rows),
+        keyOrder_(keyOrder),
+        choiceRows_(choices),
+        items_(items),
+        strings_(strings) {}
 
   const TagItem& item(std::size_t index);
   std::span<const TagItem* const> all();

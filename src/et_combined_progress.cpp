@@ -52,8 +52,8 @@ ETCombinedProgress::ETCombinedProgress(std::span<ETInput> inputs, std::span<cons
 
   for (std::size_t k = 0; k < inputs.size(); ++k) {
     ETInput& input = inputs[k];
-    input.onProgressHandler = [state = state_, k, before = std::move(input.onProgressHandler)](
-                                  ETProcess& process) {
+    input.onProgressHandler = [state = state_, k,
+                               before = std::move(input.onProgressHandler)](ETProcess& process) {
       if (before) {
         before(process);
       }

@@ -73,7 +73,8 @@ std::vector<std::string> localisationNames(const std::string& language) {
     const std::string_view rest = underscore == std::string::npos
                                       ? std::string_view()
                                       : std::string_view(name).substr(underscore + 1);
-    const bool traditional = rest == "TW" || rest == "HK" || rest == "MO" || rest.starts_with("Hant");
+    const bool traditional = rest == "TW" || rest == "HK" || rest == "MO" ||
+                             rest.starts_with("Hant");
     if (!traditional && name != "zh_CN") {
       names.push_back("zh_CN");
     }

@@ -49,7 +49,13 @@ std::map<std::string, std::string> makeProcessEnv() {
 // otherwise; nothing of the run's input goes on this command line.
 std::vector<std::string> makeProcessArgs() {
   return {(ETSettings::shared().binariesFolderURL() / "exiftool").string(),
-          "-progress", "-v0", "-stay_open", "1", "-q", "-@", "-"};
+          "-progress",
+          "-v0",
+          "-stay_open",
+          "1",
+          "-q",
+          "-@",
+          "-"};
 }
 
 // Long enough for the tool to remove its temporary files, short enough for someone waiting.
@@ -134,14 +140,14 @@ void talkToTool(const ETInput& input, RunState& run) {
 
   std::optional<std::string> failure;
   {
-    platform::ChildProcess child(platform::LaunchOptions{
-        .executable = ETSettings::shared().binariesFolderURL() / "perl",
-        .arguments = makeProcessArgs(),
-        .environment = makeProcessEnv(),
-        .standardInput = inputPipe.readEnd.get(),
-        .standardOutput = outputReader->stdPipe().writeEnd.get(),
-        .standardError = errorReader->stdPipe().writeEnd.get(),
-        .ownProcessGroup = true});
+    platform::ChildProcess child(
+        platform::LaunchOptions{.executable = ETSettings::shared().binariesFolderURL() / "perl",
+                                .arguments = makeProcessArgs(),
+                                .environment = makeProcessEnv(),
+                                .standardInput = inputPipe.readEnd.get(),
+                                .standardOutput = outputReader->stdPipe().writeEnd.get(),
+                                .standardError = errorReader->stdPipe().writeEnd.get(),
+                                .ownProcessGroup = true});
     // Only the child holds these now, so its exit ends the streams.
     inputPipe.readEnd.close();
     outputReader->stdPipe().writeEnd.close();
@@ -157,16 +163,17 @@ void talkToTool(const ETInput& input, RunState& run) {
       // The whole batch is offered at once; standard input stays open, the exit is the end.
       std::span<const std::byte> pending = std::as_bytes(std::span(batch.text));
       platform::setNonBlocking(inputPipe.writeEnd.get());
-      switch (superviseChild(child, inputPipe.writeEnd.get(), pending, run, deadline, true, failure)) {
-        case Ending::finished:
-          break;
+      switch (
+          superviseChild(child, inputPipe.writeEnd.get(), pending, run, deadline, true, failure)) {
+        case Ending::finished: break;
         case Ending::stopRequested:
           stopChild(child, run);
           failure = "the run was cancelled";
           break;
         case Ending::timeLimitPassed:
           stopChild(child, run);
-          failure = "the tool did not finish within " + std::to_string(input.timeLimit->count()) + " ms";
+          failure =
+              "the tool did not finish within " + std::to_string(input.timeLimit->count()) + " ms";
           break;
       }
       child.waitForExit();

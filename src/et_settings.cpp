@@ -33,10 +33,10 @@ ETSettings& ETSettings::shared() {
   return instance;
 }
 
-ETSettings::ETSettings()
-    : nonAtomicBinariesFolderURL(resourceFolder() / "binaries") {
+ETSettings::ETSettings() : nonAtomicBinariesFolderURL(resourceFolder() / "binaries") {
   const auto dataFolder = userDataFolder();
-  nonAtomicBackupFolderURL = dataFolder ? *dataFolder / "org.lorvane.tag/Backup" : temporaryFolder();
+  nonAtomicBackupFolderURL = dataFolder ? *dataFolder / "org.lorvane.tag/Backup"
+                                        : temporaryFolder();
 }
 
 std::filesystem::path ETSettings::binariesFolderURL() const {

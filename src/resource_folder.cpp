@@ -26,8 +26,8 @@ std::string resourceFolderName() {
   }
   const std::string buildFolder = LORVANE_BUILD_RESOURCE_DIR;
   // share/lorvane sits two levels below the build tree's root.
-  const std::string_view buildRoot = std::string_view(buildFolder).substr(
-      0, buildFolder.rfind('/', buildFolder.rfind('/') - 1));
+  const std::string_view buildRoot =
+      std::string_view(buildFolder).substr(0, buildFolder.rfind('/', buildFolder.rfind('/') - 1));
   const auto library = platform::libraryLocation();
   if (!library) {
     // Can't tell where we were loaded from: a build tree that still exists is the better guess.
@@ -57,7 +57,8 @@ std::string resourceFolderName() {
   if (auto folder = folderOf(std::filesystem::absolute(*library, error).lexically_normal())) {
     return *folder;
   }
-  if (auto folder = folderOf(std::filesystem::weakly_canonical(*library, error)); folder && !error) {
+  if (auto folder = folderOf(std::filesystem::weakly_canonical(*library, error));
+      folder && !error) {
     return *folder;
   }
   return LORVANE_INSTALL_RESOURCE_DIR;

@@ -24,7 +24,9 @@ RunState::RunState(AtomicQueue& atomic, ETOutput& output, Call onProgress)
 void RunState::appendUnknownLine(std::string_view line) {
   std::string whole(line);
   whole += '\n';
-  change([&](ETOutput& output) { output.processLogs.emplace_back(ETOutput::UnknownLog{std::move(whole)}); });
+  change([&](ETOutput& output) {
+    output.processLogs.emplace_back(ETOutput::UnknownLog{std::move(whole)});
+  });
 }
 
 void RunState::setProgress(double progress) {

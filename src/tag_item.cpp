@@ -12,7 +12,8 @@ std::optional<std::size_t> firstPosition(TagItem::Choices choices, std::string_v
   const std::string canonicalText = canonicalForm(text);
   for (std::size_t position = 0; position < choices.size(); ++position) {
     const std::string_view entry = choices[position];
-    if (entry == canonicalText || (!detail::isAscii(entry) && canonicalForm(entry) == canonicalText)) {
+    if (entry == canonicalText ||
+        (!detail::isAscii(entry) && canonicalForm(entry) == canonicalText)) {
       return position;
     }
   }

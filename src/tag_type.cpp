@@ -53,7 +53,9 @@ std::optional<TagType> TagType::fromRawValue(std::string_view rawValue) {
   return TagType(static_cast<Case>(found - rows_.begin()));
 }
 
-std::optional<TagType> TagType::parse(std::string_view text) { return fromRawValue(lowercased(text)); }
+std::optional<TagType> TagType::parse(std::string_view text) {
+  return fromRawValue(lowercased(text));
+}
 
 std::string TagType::swiftName() const {
   std::string name(rawValue());

@@ -23,8 +23,8 @@ bool losesBlanksAroundAssignment(std::string_view argument) {
     return false;
   }
   std::size_t at = 1;
-  while (at < argument.size() &&
-         (argument[at] == '-' || argument[at] == ':' || isPerlWord(static_cast<unsigned char>(argument[at])))) {
+  while (at < argument.size() && (argument[at] == '-' || argument[at] == ':' ||
+                                  isPerlWord(static_cast<unsigned char>(argument[at])))) {
     ++at;
   }
   if (at == 1) {

@@ -14,7 +14,8 @@ std::optional<ToolGroupedName> ToolGroupedName::parse(std::string_view groupedNa
     name.family1 = groupedName.substr(firstColon + 1, lastColon - firstColon - 1);
   }
   name.tag = groupedName.substr(lastColon + 1);
-  if (name.family0.empty() || name.tag.empty() || (firstColon != lastColon && name.family1.empty())) {
+  if (name.family0.empty() || name.tag.empty() ||
+      (firstColon != lastColon && name.family1.empty())) {
     return std::nullopt;
   }
   return name;

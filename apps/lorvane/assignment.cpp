@@ -56,8 +56,11 @@ std::string choiceList(const TagItem& item) {
     list.append("\n    ").append(choices[i]).append(" = ").append(item.localizedChoice(i));
   }
   if (choices.size() > listedLabels) {
-    list.append("\n    ... and ").append(std::to_string(choices.size() - listedLabels))
-        .append(" more (lorvane tags --choices ").append(item.name().rawValue()).append(")");
+    list.append("\n    ... and ")
+        .append(std::to_string(choices.size() - listedLabels))
+        .append(" more (lorvane tags --choices ")
+        .append(item.name().rawValue())
+        .append(")");
   }
   return list;
 }
@@ -77,11 +80,15 @@ std::optional<long double> parseNumber(std::string_view text, bool allowsFloats)
   if (text.starts_with('-')) {
     std::int64_t value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return error == std::errc() && end == text.data() + text.size() ? std::optional<long double>(value) : std::nullopt;
+    return error == std::errc() && end == text.data() + text.size()
+               ? std::optional<long double>(value)
+               : std::nullopt;
   }
   std::uint64_t value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  return error == std::errc() && end == text.data() + text.size() ? std::optional<long double>(value) : std::nullopt;
+  return error == std::errc() && end == text.data() + text.size()
+             ? std::optional<long double>(value)
+             : std::nullopt;
 }
 
 long double asLongDouble(const TagNumber& number) {
@@ -108,7 +115,8 @@ std::optional<std::string> checkNumber(const TagItem& item, std::string_view tex
   }
   const auto minimum = type.minimumNumberValue();
   const auto maximum = type.maximumNumberValue();
-  if ((minimum && *value < asLongDouble(*minimum)) || (maximum && *value > asLongDouble(*maximum))) {
+  if ((minimum && *value < asLongDouble(*minimum)) ||
+      (maximum && *value > asLongDouble(*maximum))) {
     return quoted(text) + " is outside the range of " + std::string(type.rawValue()) + ", " +
            minimum->description() + " to " + maximum->description();
   }
@@ -136,9 +144,13 @@ std::variant<Assignment, std::string> checkValue(const TagItem& item, std::strin
   }
   const auto numbers = words(text);
   const int count = item.count();
-  const std::size_t allowed = count < 0 ? numbers.size() : count == 0 ? 1 : static_cast<std::size_t>(count);
+  const std::size_t allowed = count < 0    ? numbers.size()
+                              : count == 0 ? 1
+                                           : static_cast<std::size_t>(count);
   if (numbers.empty() || numbers.size() > allowed) {
-    return "takes " + (allowed == 1 ? std::string("one value") : "at most " + std::to_string(allowed) + " values") +
+    return "takes " +
+           (allowed == 1 ? std::string("one value")
+                         : "at most " + std::to_string(allowed) + " values") +
            ", not " + std::to_string(numbers.size()) + " (" + quoted(text) + ")";
   }
   for (const auto& number : numbers) {
@@ -171,11 +183,14 @@ std::variant<std::vector<Assignment>, std::vector<Refusal>> checkAssignments(
   for (const auto& text : texts) {
     const auto equals = text.find('=');
     const std::string_view name = std::string_view(text).substr(0, equals);
-    const std::string_view value = equals == std::string::npos ? std::string_view() : std::string_view(text).substr(equals + 1);
+    const std::string_view value = equals == std::string::npos
+                                       ? std::string_view()
+                                       : std::string_view(text).substr(equals + 1);
     const auto parsed = TagName::parse(name);
     const TagItem* item = parsed ? TagItem::find(*parsed) : nullptr;
     if (item == nullptr) {
-      refusals.push_back({quoted(name) + " is no tag of the catalogue (lorvane tags " + std::string(name) + ")"});
+      refusals.push_back(
+          {quoted(name) + " is no tag of the catalogue (lorvane tags " + std::string(name) + ")"});
       continue;
     }
     if (!item->isWritable()) {
@@ -197,7 +212,8 @@ std::variant<std::vector<Assignment>, std::vector<Refusal>> checkAssignments(
     } else if (earlier->values.empty() || assignment.values.empty()) {
       refusals.push_back({quoted(name) + " can't be deleted and given values at once"});
     } else {
-      earlier->values.insert(earlier->values.end(), assignment.values.begin(), assignment.values.end());
+      earlier->values.insert(earlier->values.end(), assignment.values.begin(),
+                             assignment.values.end());
     }
   }
   if (!refusals.empty()) {

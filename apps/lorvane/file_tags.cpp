@@ -52,8 +52,9 @@ std::optional<FileTag> makeTag(const std::string& groupedName, const Json& entry
   tag.family1 = std::string(parts->family1);
   tag.name = std::string(parts->tag);
   tag.item = findToolTag(*parts);
-  tag.section = tag.item != nullptr ? std::string(tag.item->stream().rawValue())
-                                    : std::string(toolGroupStream(parts->family0, parts->family1).rawValue());
+  tag.section = tag.item != nullptr
+                    ? std::string(tag.item->stream().rawValue())
+                    : std::string(toolGroupStream(parts->family0, parts->family1).rawValue());
   if (const auto value = entry.find("val"); value != entry.end()) {
     tag.value = makeValue(*value);
   }
@@ -98,7 +99,8 @@ bool namesFile(std::string_view message, std::string_view file) {
          message.substr(message.size() - file.size() - 3, 3) == " - ";
 }
 
-std::optional<std::string> messageAbout(const std::vector<std::string>& messages, std::string_view file) {
+std::optional<std::string> messageAbout(const std::vector<std::string>& messages,
+                                        std::string_view file) {
   for (const auto& message : messages) {
     if (namesFile(message, file)) {
       auto text = message.substr(0, message.size() - file.size() - 3);
@@ -124,7 +126,8 @@ std::string TagValue::joined() const {
   return result;
 }
 
-std::vector<FileTags> makeFileTags(const std::vector<std::string>& files, const ToolReading& reading) {
+std::vector<FileTags> makeFileTags(const std::vector<std::string>& files,
+                                   const ToolReading& reading) {
   // Each object goes to the first argument that names it and has not had it yet: the same
   // file given twice is read twice; a folder takes every object inside it.
   std::map<std::string, std::vector<std::size_t>, std::less<>> argumentsOfPath;
@@ -142,7 +145,8 @@ std::vector<FileTags> makeFileTags(const std::vector<std::string>& files, const 
     const auto& path = source->get_ref<const std::string&>();
     if (const auto found = argumentsOfPath.find(path); found != argumentsOfPath.end()) {
       auto& taken = takenOfPath[path];
-      objectsOfArgument[found->second[std::min(taken, found->second.size() - 1)]].push_back(&object);
+      objectsOfArgument[found->second[std::min(taken, found->second.size() - 1)]].push_back(
+          &object);
       ++taken;
       continue;
     }
@@ -183,7 +187,8 @@ std::vector<std::string> messagesAboutNoFile(const std::vector<std::string>& fil
                                              const ToolReading& reading) {
   std::vector<std::string> messages;
   for (const auto& message : reading.messages) {
-    if (std::none_of(files.begin(), files.end(), [&](const std::string& file) { return namesFile(message, file); })) {
+    if (std::none_of(files.begin(), files.end(),
+                     [&](const std::string& file) { return namesFile(message, file); })) {
       messages.push_back(message);
     }
   }
@@ -210,13 +215,14 @@ nlohmann::ordered_json makeFileTagsJson(const std::vector<FileTags>& files) {
     }
     auto& tags = object["tags"] = nlohmann::ordered_json::array();
     for (const auto& tag : file.tags) {
-      tags.push_back({{"group", tag.group},
-                      {"name", tag.name},
-                      {"stream", tag.item != nullptr ? nlohmann::ordered_json(tag.item->stream().rawValue())
-                                                     : nlohmann::ordered_json(nullptr)},
-                      {"title", tag.title},
-                      {"value", valueJson(tag.value)},
-                      {"raw", valueJson(tag.raw)}});
+      tags.push_back(
+          {{"group", tag.group},
+           {"name", tag.name},
+           {"stream", tag.item != nullptr ? nlohmann::ordered_json(tag.item->stream().rawValue())
+                                          : nlohmann::ordered_json(nullptr)},
+           {"title", tag.title},
+           {"value", valueJson(tag.value)},
+           {"raw", valueJson(tag.raw)}});
     }
     json.push_back(std::move(object));
   }

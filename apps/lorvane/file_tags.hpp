@@ -25,15 +25,15 @@ struct TagValue {
 };
 
 struct FileTag {
-  std::string group;               // the tool's family 0 and 1 groups, "EXIF:IFD0"
-  std::string family1;             // "IFD0"; empty where the tool printed one group
-  std::string name;                // the tool's tag name, "Orientation"
-  const TagItem* item = nullptr;   // the catalogue's entry, if it has the tag
-  std::string section;             // the catalogue stream, or the group the tag belongs to
-  std::string title;               // the catalogue's title, else the tool's description
-  TagValue value;                  // the tool's printed value
-  TagValue raw;                    // the raw value; equal to value where the tool gave none
-  std::string label;               // the catalogue's label, only where the tool printed none
+  std::string group;              // the tool's family 0 and 1 groups, "EXIF:IFD0"
+  std::string family1;            // "IFD0"; empty where the tool printed one group
+  std::string name;               // the tool's tag name, "Orientation"
+  const TagItem* item = nullptr;  // the catalogue's entry, if it has the tag
+  std::string section;            // the catalogue stream, or the group the tag belongs to
+  std::string title;              // the catalogue's title, else the tool's description
+  TagValue value;                 // the tool's printed value
+  TagValue raw;                   // the raw value; equal to value where the tool gave none
+  std::string label;              // the catalogue's label, only where the tool printed none
 };
 
 struct FileTags {
@@ -52,7 +52,8 @@ struct ToolReading {
 
 // One entry per file of `files`, in that order: the objects whose SourceFile is that file (or
 // lies in it, for a folder), or the tool's message about it as its error.
-std::vector<FileTags> makeFileTags(const std::vector<std::string>& files, const ToolReading& reading);
+std::vector<FileTags> makeFileTags(const std::vector<std::string>& files,
+                                   const ToolReading& reading);
 
 // The tool's messages that name none of the files: makeFileTags has no place for them.
 std::vector<std::string> messagesAboutNoFile(const std::vector<std::string>& files,

@@ -77,7 +77,8 @@ void chooseCatalogueLanguage(ETLanguage language) {
   std::string localisation(language.exifToolValue());  // "de", "zh_cn"
   if (const auto underscore = localisation.find('_'); underscore != std::string::npos) {
     for (std::size_t i = underscore + 1; i < localisation.size(); ++i) {
-      localisation[i] = static_cast<char>(std::toupper(static_cast<unsigned char>(localisation[i])));
+      localisation[i] =
+          static_cast<char>(std::toupper(static_cast<unsigned char>(localisation[i])));
     }
   }
   ::setenv("LANGUAGE", localisation.c_str(), 1);
@@ -268,7 +269,8 @@ int main(int argc, char** argv) {
       std::cout << usage;
       return 0;
     }
-    throw UsageError(command.empty() ? "no command given" : "unknown command '" + std::string(command) + "'");
+    throw UsageError(command.empty() ? "no command given"
+                                     : "unknown command '" + std::string(command) + "'");
   } catch (const UsageError& error) {
     std::cerr << "lorvane: " << error.what() << "\n" << usage;
     return usageStatus;

@@ -56,7 +56,8 @@ ETInput makeWritingInput(const SetRequest& request, const std::vector<Assignment
 // "Error: Writing of TXT files is not yet supported - t.txt" names its file at the end.
 bool splitFileMessage(const std::string& line, std::string& text, std::string& path,
                       const std::map<std::string, std::string>& givenOfPath) {
-  for (auto at = line.rfind(" - "); at != std::string::npos && at > 0; at = line.rfind(" - ", at - 1)) {
+  for (auto at = line.rfind(" - "); at != std::string::npos && at > 0;
+       at = line.rfind(" - ", at - 1)) {
     if (givenOfPath.contains(line.substr(at + 3))) {
       text = line.substr(0, at);
       path = line.substr(at + 3);
@@ -107,7 +108,8 @@ int runSet(const SetRequest& request, std::ostream& out, std::ostream& err) {
     } else if (const auto* moved = std::get_if<ETOutput::FileMoved>(&log)) {
       reportOf(moved->from).movedTo = moved->to;
     } else if (const auto* deleted = std::get_if<ETOutput::IccDeletedMayAffectColor>(&log)) {
-      reportOf(deleted->path).notes.emplace_back("its ICC profile was deleted: the image's colours may change");
+      reportOf(deleted->path)
+          .notes.emplace_back("its ICC profile was deleted: the image's colours may change");
     } else if (const auto* noIcc = std::get_if<ETOutput::IccNoInformationToWrite>(&log)) {
       reportOf(noIcc->path).notes.emplace_back("it has no ICC information to write");
     } else if (const auto* unknown = std::get_if<ETOutput::UnknownLog>(&log)) {

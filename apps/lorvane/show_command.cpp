@@ -4,7 +4,6 @@
 #include <functional>
 #include <ostream>
 
-
 #include "file_tags.hpp"
 #include "tag_table.hpp"
 #include "tool_reading.hpp"
@@ -45,7 +44,8 @@ int runShow(const ShowRequest& request, std::ostream& out, std::ostream& err) {
   }
   const auto files = makeFileTags(request.files, reading);
   if (request.printsJson) {
-    out << makeFileTagsJson(files).dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace)
+    out << makeFileTagsJson(files).dump(2, ' ', false,
+                                        nlohmann::ordered_json::error_handler_t::replace)
         << "\n";
   }
   for (const auto& file : files) {

@@ -14,11 +14,11 @@ namespace lorvane::app {
 struct ShowRequest {
   std::vector<std::string> files;
   ETLanguage language = ETLanguage::english;  // of the tool's values and descriptions
-  std::size_t jobs = 0;          // tools side by side; 0: one per hardware thread
-  bool printsToolJson = false;  // the tool's JSON as it came (always one run)
+  std::size_t jobs = 0;                       // tools side by side; 0: one per hardware thread
+  bool printsToolJson = false;                // the tool's JSON as it came (always one run)
   bool printsJson = false;
-  bool drawsProgress = false;   // a bar on standard error while the tool reads
-  bool dimsRawValues = false;   // standard output is a terminal
+  bool drawsProgress = false;  // a bar on standard error while the tool reads
+  bool dimsRawValues = false;  // standard output is a terminal
 };
 
 // 0 when every file was read, 1 when the tool failed on one (the others are still shown).

@@ -99,7 +99,8 @@ std::size_t displayWidth(std::string_view text) {
       continue;
     }
     const auto category = u_charType(c);
-    if (category == U_NON_SPACING_MARK || category == U_ENCLOSING_MARK || category == U_FORMAT_CHAR) {
+    if (category == U_NON_SPACING_MARK || category == U_ENCLOSING_MARK ||
+        category == U_FORMAT_CHAR) {
       continue;
     }
     const auto eastAsian = u_getIntPropertyValue(c, UCHAR_EAST_ASIAN_WIDTH);
@@ -121,7 +122,8 @@ std::string escapeControls(std::string_view text) {
     } else if ((byte < 0x20 && byte != '\n') || byte == 0x7F) {
       std::snprintf(escape, sizeof escape, "\\x%02X", byte);
       result += escape;
-    } else if (byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) >= 0x80 &&
+    } else if (byte == 0xC2 && i + 1 < text.size() &&
+               static_cast<unsigned char>(text[i + 1]) >= 0x80 &&
                static_cast<unsigned char>(text[i + 1]) <= 0x9F) {
       // U+0080 to U+009F, the C1 controls, in UTF-8.
       std::snprintf(escape, sizeof escape, "\\u%04X", static_cast<unsigned char>(text[++i]));
@@ -161,7 +163,8 @@ void printTagTable(std::ostream& out, const FileTags& file, TableStyle style) {
       const auto& title = titles[s][t];
       out << "  " << title << std::string(titleWidth - displayWidth(title) + 2, ' ');
       for (std::size_t l = 0; l < row.lines.size(); ++l) {
-        out << (l == 0 ? "" : continuation) << row.lines[l] << (l + 1 < row.lines.size() ? "\n" : "");
+        out << (l == 0 ? "" : continuation) << row.lines[l]
+            << (l + 1 < row.lines.size() ? "\n" : "");
       }
       if (!row.raw.empty()) {
         if (style.dimsRawValues) {

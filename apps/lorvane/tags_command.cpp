@@ -40,7 +40,9 @@ std::string folded(std::string_view text) {
   return icu::UnicodeString::fromUTF8(text).foldCase().toUTF8String(result);
 }
 
-bool hasWildcard(std::string_view text) { return text.find_first_of("*?") != std::string_view::npos; }
+bool hasWildcard(std::string_view text) {
+  return text.find_first_of("*?") != std::string_view::npos;
+}
 
 std::vector<std::string> foldedWords(std::string_view text) {
   std::vector<std::string> words;
@@ -53,8 +55,10 @@ std::vector<std::string> foldedWords(std::string_view text) {
 
 std::vector<std::string_view> flagNames(const TagItem& item) {
   std::vector<std::string_view> names;
-  for (const auto& [isSet, name] : {std::pair{item.isList(), "list"}, {item.isWritable(), "writable"},
-                                    {item.isFlatten(), "flatten"}, {item.isBinary(), "binary"},
+  for (const auto& [isSet, name] : {std::pair{item.isList(), "list"},
+                                    {item.isWritable(), "writable"},
+                                    {item.isFlatten(), "flatten"},
+                                    {item.isBinary(), "binary"},
                                     {item.isUnsafe(), "unsafe"}}) {
     if (isSet) {
       names.emplace_back(name);
@@ -105,9 +109,10 @@ void printTags(std::ostream& out, const std::vector<const TagItem*>& items, bool
     const std::string flags = flagWords(*item);
     const std::string count = std::to_string(item->count());
     out << name << std::string(nameWidth - name.size() + 2, ' ') << type
-        << std::string(typeWidth - type.size() + 2, ' ') << std::string(count.size() < 5 ? 5 - count.size() : 0, ' ')
-        << count << "  " << flags << std::string(flagsWidth - flags.size() + 2, ' ')
-        << escapeControls(item->localizedKey()) << "\n";
+        << std::string(typeWidth - type.size() + 2, ' ')
+        << std::string(count.size() < 5 ? 5 - count.size() : 0, ' ') << count << "  " << flags
+        << std::string(flagsWidth - flags.size() + 2, ' ') << escapeControls(item->localizedKey())
+        << "\n";
     if (!withChoices) {
       continue;
     }
@@ -138,7 +143,8 @@ std::vector<const TagItem*> findTags(const std::string& pattern) {
       return found;
     }
     for (const TagItem* item : TagItem::allCases()) {
-      if (matchesGlob(stream, item->stream().rawValue()) && matchesGlob(key, item->key().rawValue())) {
+      if (matchesGlob(stream, item->stream().rawValue()) &&
+          matchesGlob(key, item->key().rawValue())) {
         found.push_back(item);
       }
     }
@@ -154,8 +160,9 @@ std::vector<const TagItem*> findTags(const std::string& pattern) {
       continue;
     }
     const std::string title = folded(item->localizedKey());
-    if (std::all_of(words.begin(), words.end(),
-                    [&](const std::string& word) { return title.find(word) != std::string::npos; })) {
+    if (std::all_of(words.begin(), words.end(), [&](const std::string& word) {
+          return title.find(word) != std::string::npos;
+        })) {
       found.push_back(item);
     }
   }

@@ -56,8 +56,8 @@ std::string quoteNegativeZeros(std::string_view text) {
     if (c == '"') {
       inString = true;
     } else if (c == '-' && text.substr(i, 2) == "-0" &&
-               (i + 2 == text.size() || std::string_view(",]} \t\r\n").find(text[i + 2]) !=
-                                            std::string_view::npos)) {
+               (i + 2 == text.size() ||
+                std::string_view(",]} \t\r\n").find(text[i + 2]) != std::string_view::npos)) {
       result += "\"-0\"";
       ++i;
       continue;

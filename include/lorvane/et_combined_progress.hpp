@@ -27,8 +27,7 @@ public:
 
   // Hooks into `inputs`, the k-th counting by weights[k] (as many weights as inputs; all 0
   // count alike).
-  ETCombinedProgress(std::span<ETInput> inputs, std::span<const double> weights,
-                     Handler onChange);
+  ETCombinedProgress(std::span<ETInput> inputs, std::span<const double> weights, Handler onChange);
   // Hooks into `batches.inputs`, each counting by its number of files.
   ETCombinedProgress(ETBatches& batches, Handler onChange);
 

@@ -21,7 +21,6 @@ struct nlohmann::adl_serializer<lorvane::ETCharset> {
   }
 };
 
-
 // ---- Tag model: TagStream, TagKey, TagName, TagType -------------------------------------
 
 // A TagStream, a TagKey, a TagName or a TagType is written as its raw value. Reading a TagName

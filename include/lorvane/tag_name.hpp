@@ -39,7 +39,8 @@ public:
   static const TagName empty;
 
   constexpr TagName() = default;
-  constexpr TagName(TagStream stream, TagKey key) : stream_(std::move(stream)), key_(std::move(key)) {}
+  constexpr TagName(TagStream stream, TagKey key)
+      : stream_(std::move(stream)), key_(std::move(key)) {}
   // Stores both texts unchanged, stream first: no trimming, no check for ":".
   constexpr TagName(std::string_view stream, std::string_view key) : stream_(stream), key_(key) {}
 

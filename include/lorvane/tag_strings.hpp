@@ -48,7 +48,8 @@ public:
   // The empty table.
   constexpr TagStringTable() = default;
   // The entries must be sorted by key in byte order, each key once (a debug build checks).
-  constexpr explicit TagStringTable(std::span<const Entry> sortedEntries) : entries_(sortedEntries) {
+  constexpr explicit TagStringTable(std::span<const Entry> sortedEntries)
+      : entries_(sortedEntries) {
     assert(std::ranges::adjacent_find(sortedEntries, std::ranges::greater_equal{}, &Entry::key) ==
                sortedEntries.end() &&
            "TagStringTable: entries not sorted by key, or a key twice");
@@ -64,7 +65,9 @@ public:
   explicit TagStringTable(Map map) : map_(std::make_shared<const Map>(std::move(map))) {}
 
   std::size_t size() const {
-    return map_ != nullptr ? map_->size() : text_ != nullptr ? textEntries_.size() : entries_.size();
+    return map_ != nullptr    ? map_->size()
+           : text_ != nullptr ? textEntries_.size()
+                              : entries_.size();
   }
   bool empty() const { return size() == 0; }
 
@@ -78,7 +81,7 @@ public:
       const auto found = std::ranges::lower_bound(
           textEntries_, key, {}, [&](const TextEntry& entry) { return in(entry.key); });
       return found != textEntries_.end() && in(found->key) == key ? std::optional(in(found->text))
-                                                                   : std::nullopt;
+                                                                  : std::nullopt;
     }
     const auto found = std::ranges::lower_bound(entries_, key, {}, &Entry::key);
     return found != entries_.end() && found->key == key ? std::optional(found->text) : std::nullopt;

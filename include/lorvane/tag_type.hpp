@@ -18,7 +18,18 @@ namespace lorvane {
 // that 255 as an unsigned 8-bit bound differs from 255 as a 32-bit one.
 class TagNumber {
 public:
-  enum class Kind : std::uint8_t { int8, uint8, int16, uint16, int32, uint32, int64, uint64, float32, float64 };
+  enum class Kind : std::uint8_t {
+    int8,
+    uint8,
+    int16,
+    uint16,
+    int32,
+    uint32,
+    int64,
+    uint64,
+    float32,
+    float64
+  };
   // Signed kinds hold an int64_t, unsigned kinds a uint64_t, float kinds a double.
   using Value = std::variant<std::int64_t, std::uint64_t, double>;
 
@@ -33,10 +44,16 @@ public:
       static_assert(std::is_integral_v<Number> && sizeof(Number) <= 8);
       constexpr auto size = sizeof(Number);
       if constexpr (std::is_signed_v<Number>) {
-        constexpr Kind kind = size == 1 ? Kind::int8 : size == 2 ? Kind::int16 : size == 4 ? Kind::int32 : Kind::int64;
+        constexpr Kind kind = size == 1   ? Kind::int8
+                              : size == 2 ? Kind::int16
+                              : size == 4 ? Kind::int32
+                                          : Kind::int64;
         return {kind, static_cast<std::int64_t>(value)};
       } else {
-        constexpr Kind kind = size == 1 ? Kind::uint8 : size == 2 ? Kind::uint16 : size == 4 ? Kind::uint32 : Kind::uint64;
+        constexpr Kind kind = size == 1   ? Kind::uint8
+                              : size == 2 ? Kind::uint16
+                              : size == 4 ? Kind::uint32
+                                          : Kind::uint64;
         return {kind, static_cast<std::uint64_t>(value)};
       }
     }
@@ -44,7 +61,9 @@ public:
 
   constexpr Kind kind() const { return kind_; }
   constexpr const Value& value() const { return value_; }
-  constexpr bool isFloatingPoint() const { return kind_ == Kind::float32 || kind_ == Kind::float64; }
+  constexpr bool isFloatingPoint() const {
+    return kind_ == Kind::float32 || kind_ == Kind::float64;
+  }
   // The value as a double, rounded where a 64-bit integer does not fit.
   constexpr double doubleValue() const {
     return std::visit([](auto number) { return static_cast<double>(number); }, value_);
@@ -102,7 +121,17 @@ class TagType {
 private:
   // At most one group for each format.
   enum class Group : std::uint8_t {
-    none, shortString, longString, integer, float_, rational, dateTime, dateOnly, timeOnly, forced, imageData
+    none,
+    shortString,
+    longString,
+    integer,
+    float_,
+    rational,
+    dateTime,
+    dateOnly,
+    timeOnly,
+    forced,
+    imageData
   };
   using Zero = detail::ZeroBound;
   using NoRange = detail::NoBound;
@@ -112,63 +141,63 @@ private:
 // Every format once, in declared order: case, raw value, group, isSupported, allowsFloats,
 // isSigned, and the kinds of its minimum and maximum. The cases, the constants and the rows
 // below are all made from this one list.
-#define LORVANE_TAG_TYPES(X) \
-  X(unknown,       "unknown",       none,        no,  yes, no,  NoRange,       NoRange) \
-  X(string,        "string",        shortString, yes, yes, no,  NoRange,       NoRange) \
-  X(pstring,       "pstring",       shortString, yes, yes, no,  NoRange,       NoRange) \
-  X(longstring,    "longstring",    longString,  yes, yes, no,  NoRange,       NoRange) \
-  X(note,          "note",          none,        no,  yes, no,  NoRange,       NoRange) \
-  X(date,          "date",          dateTime,    yes, yes, no,  NoRange,       NoRange) \
-  X(datetime,      "datetime",      dateTime,    yes, yes, no,  NoRange,       NoRange) \
-  X(datetimez,     "datetimez",     dateTime,    yes, yes, no,  NoRange,       NoRange) \
-  X(imagedata,     "imagedata",     forced,      no,  yes, no,  NoRange,       NoRange) \
-  X(int8u,         "int8u",         integer,     yes, no,  no,  std::uint8_t,  std::uint8_t) \
-  X(int8s,         "int8s",         integer,     yes, no,  yes, std::int8_t,   std::int8_t) \
-  X(int16u,        "int16u",        integer,     yes, no,  no,  std::uint16_t, std::uint16_t) \
-  X(int16urev,     "int16urev",     integer,     yes, no,  no,  std::uint16_t, std::uint16_t) \
-  X(int16s,        "int16s",        integer,     yes, no,  yes, std::int16_t,  std::int16_t) \
-  X(int32u,        "int32u",        integer,     yes, no,  no,  std::uint32_t, std::uint32_t) \
-  X(int32urev,     "int32urev",     integer,     yes, yes, no,  std::uint32_t, std::uint32_t) \
-  X(int32s,        "int32s",        integer,     yes, no,  yes, std::int32_t,  std::int32_t) \
-  X(int64u,        "int64u",        integer,     yes, no,  no,  std::uint64_t, std::uint64_t) \
-  X(int64s,        "int64s",        integer,     yes, no,  yes, std::int64_t,  std::int64_t) \
-  X(integer,       "integer",       integer,     yes, no,  yes, std::int64_t,  std::int32_t) \
-  X(float_,        "float",         float_,      yes, yes, yes, float,         float) \
-  X(double_,       "double",        float_,      yes, yes, yes, double,        double) \
-  X(fixed16s,      "fixed16s",      integer,     yes, yes, yes, std::int16_t,  std::int16_t) \
-  X(fixed32u,      "fixed32u",      integer,     yes, yes, no,  std::uint32_t, std::uint32_t) \
-  X(fixed32s,      "fixed32s",      integer,     yes, yes, yes, std::int32_t,  std::int32_t) \
-  X(var_ue7,       "var_ue7",       none,        no,  yes, no,  NoRange,       NoRange) \
-  X(var_int16u,    "var_int16u",    integer,     yes, yes, no,  std::uint16_t, std::uint16_t) \
-  X(var_string,    "var_string",    shortString, yes, yes, no,  NoRange,       NoRange) \
-  X(var_ustr32,    "var_ustr32",    shortString, yes, yes, no,  NoRange,       NoRange) \
-  X(var_pstr32,    "var_pstr32",    shortString, yes, yes, no,  NoRange,       NoRange) \
-  X(real,          "real",          float_,      yes, yes, yes, float,         float) \
-  X(rational,      "rational",      rational,    yes, yes, yes, float,         float) \
-  X(rational32u,   "rational32u",   rational,    yes, yes, no,  Zero,          float) \
-  X(rational32s,   "rational32s",   rational,    yes, yes, yes, float,         float) \
-  X(rational64u,   "rational64u",   rational,    yes, yes, no,  Zero,          double) \
-  X(rational64s,   "rational64s",   rational,    yes, yes, yes, double,        double) \
-  X(speed,         "speed",         rational,    yes, yes, no,  Zero,          double) \
-  X(digits,        "digits",        shortString, yes, yes, no,  NoRange,       NoRange) \
-  X(boolean,       "boolean",       none,        yes, yes, no,  NoRange,       NoRange) \
-  X(lang_alt,      "lang-alt",      shortString, yes, yes, no,  NoRange,       NoRange) \
-  X(country3166a3, "country3166a3", none,        yes, yes, no,  NoRange,       NoRange) \
-  X(partialdate,   "partialdate",   dateOnly,    yes, yes, no,  NoRange,       NoRange) \
-  X(partialtime,   "partialtime",   timeOnly,    yes, yes, no,  NoRange,       NoRange) \
-  X(digitstime,    "digitstime",    timeOnly,    yes, yes, no,  NoRange,       NoRange) \
-  X(digitsdate,    "digitsdate",    dateOnly,    yes, yes, no,  NoRange,       NoRange) \
-  X(extended,      "extended",      none,        no,  yes, no,  NoRange,       NoRange) \
-  X(binary,        "binary",        forced,      no,  yes, no,  NoRange,       NoRange) \
-  X(structure,     "struct",        none,        no,  yes, no,  NoRange,       NoRange) \
-  X(vt_filetime,   "vt_filetime",   none,        no,  yes, no,  NoRange,       NoRange) \
-  X(utf8,          "utf8",          none,        no,  yes, no,  NoRange,       NoRange) \
-  X(unsigned_,     "unsigned",      none,        no,  yes, no,  NoRange,       NoRange) \
-  X(signed_,       "signed",        none,        no,  yes, no,  NoRange,       NoRange) \
-  X(unicode,       "unicode",       none,        no,  yes, no,  NoRange,       NoRange) \
-  X(guid,          "guid",          none,        no,  yes, no,  NoRange,       NoRange) \
-  X(resize,        "resize",        none,        no,  yes, no,  NoRange,       NoRange) \
-  X(image_b64,     "image_b64",     imageData,   yes, yes, no,  NoRange,       NoRange)
+#define LORVANE_TAG_TYPES(X)                                                       \
+  X(unknown, "unknown", none, no, yes, no, NoRange, NoRange)                       \
+  X(string, "string", shortString, yes, yes, no, NoRange, NoRange)                 \
+  X(pstring, "pstring", shortString, yes, yes, no, NoRange, NoRange)               \
+  X(longstring, "longstring", longString, yes, yes, no, NoRange, NoRange)          \
+  X(note, "note", none, no, yes, no, NoRange, NoRange)                             \
+  X(date, "date", dateTime, yes, yes, no, NoRange, NoRange)                        \
+  X(datetime, "datetime", dateTime, yes, yes, no, NoRange, NoRange)                \
+  X(datetimez, "datetimez", dateTime, yes, yes, no, NoRange, NoRange)              \
+  X(imagedata, "imagedata", forced, no, yes, no, NoRange, NoRange)                 \
+  X(int8u, "int8u", integer, yes, no, no, std::uint8_t, std::uint8_t)              \
+  X(int8s, "int8s", integer, yes, no, yes, std::int8_t, std::int8_t)               \
+  X(int16u, "int16u", integer, yes, no, no, std::uint16_t, std::uint16_t)          \
+  X(int16urev, "int16urev", integer, yes, no, no, std::uint16_t, std::uint16_t)    \
+  X(int16s, "int16s", integer, yes, no, yes, std::int16_t, std::int16_t)           \
+  X(int32u, "int32u", integer, yes, no, no, std::uint32_t, std::uint32_t)          \
+  X(int32urev, "int32urev", integer, yes, yes, no, std::uint32_t, std::uint32_t)   \
+  X(int32s, "int32s", integer, yes, no, yes, std::int32_t, std::int32_t)           \
+  X(int64u, "int64u", integer, yes, no, no, std::uint64_t, std::uint64_t)          \
+  X(int64s, "int64s", integer, yes, no, yes, std::int64_t, std::int64_t)           \
+  X(integer, "integer", integer, yes, no, yes, std::int64_t, std::int32_t)         \
+  X(float_, "float", float_, yes, yes, yes, float, float)                          \
+  X(double_, "double", float_, yes, yes, yes, double, double)                      \
+  X(fixed16s, "fixed16s", integer, yes, yes, yes, std::int16_t, std::int16_t)      \
+  X(fixed32u, "fixed32u", integer, yes, yes, no, std::uint32_t, std::uint32_t)     \
+  X(fixed32s, "fixed32s", integer, yes, yes, yes, std::int32_t, std::int32_t)      \
+  X(var_ue7, "var_ue7", none, no, yes, no, NoRange, NoRange)                       \
+  X(var_int16u, "var_int16u", integer, yes, yes, no, std::uint16_t, std::uint16_t) \
+  X(var_string, "var_string", shortString, yes, yes, no, NoRange, NoRange)         \
+  X(var_ustr32, "var_ustr32", shortString, yes, yes, no, NoRange, NoRange)         \
+  X(var_pstr32, "var_pstr32", shortString, yes, yes, no, NoRange, NoRange)         \
+  X(real, "real", float_, yes, yes, yes, float, float)                             \
+  X(rational, "rational", rational, yes, yes, yes, float, float)                   \
+  X(rational32u, "rational32u", rational, yes, yes, no, Zero, float)               \
+  X(rational32s, "rational32s", rational, yes, yes, yes, float, float)             \
+  X(rational64u, "rational64u", rational, yes, yes, no, Zero, double)              \
+  X(rational64s, "rational64s", rational, yes, yes, yes, double, double)           \
+  X(speed, "speed", rational, yes, yes, no, Zero, double)                          \
+  X(digits, "digits", shortString, yes, yes, no, NoRange, NoRange)                 \
+  X(boolean, "boolean", none, yes, yes, no, NoRange, NoRange)                      \
+  X(lang_alt, "lang-alt", shortString, yes, yes, no, NoRange, NoRange)             \
+  X(country3166a3, "country3166a3", none, yes, yes, no, NoRange, NoRange)          \
+  X(partialdate, "partialdate", dateOnly, yes, yes, no, NoRange, NoRange)          \
+  X(partialtime, "partialtime", timeOnly, yes, yes, no, NoRange, NoRange)          \
+  X(digitstime, "digitstime", timeOnly, yes, yes, no, NoRange, NoRange)            \
+  X(digitsdate, "digitsdate", dateOnly, yes, yes, no, NoRange, NoRange)            \
+  X(extended, "extended", none, no, yes, no, NoRange, NoRange)                     \
+  X(binary, "binary", forced, no, yes, no, NoRange, NoRange)                       \
+  X(structure, "struct", none, no, yes, no, NoRange, NoRange)                      \
+  X(vt_filetime, "vt_filetime", none, no, yes, no, NoRange, NoRange)               \
+  X(utf8, "utf8", none, no, yes, no, NoRange, NoRange)                             \
+  X(unsigned_, "unsigned", none, no, yes, no, NoRange, NoRange)                    \
+  X(signed_, "signed", none, no, yes, no, NoRange, NoRange)                        \
+  X(unicode, "unicode", none, no, yes, no, NoRange, NoRange)                       \
+  X(guid, "guid", none, no, yes, no, NoRange, NoRange)                             \
+  X(resize, "resize", none, no, yes, no, NoRange, NoRange)                         \
+  X(image_b64, "image_b64", imageData, yes, yes, no, NoRange, NoRange)
 
 public:
   enum class Case : std::uint8_t {
@@ -205,7 +234,9 @@ public:
   constexpr bool isDateTime() const { return row().group == Group::dateTime; }
   constexpr bool isDateOnly() const { return row().group == Group::dateOnly; }
   constexpr bool isTimeOnly() const { return row().group == Group::timeOnly; }
-  constexpr bool isDateTimeOrPartial() const { return isDateTime() || isDateOnly() || isTimeOnly(); }
+  constexpr bool isDateTimeOrPartial() const {
+    return isDateTime() || isDateOnly() || isTimeOnly();
+  }
   // Only image_b64; imagedata is forced instead.
   constexpr bool isImageData() const { return row().group == Group::imageData; }
   // imagedata and binary.
@@ -233,7 +264,13 @@ private:
   };
   static constexpr std::array<Row, 56> rows_{{
 #define LORVANE_TAG_TYPE_ROW(name, raw, group, supported, floats, isSigned, minimum, maximum) \
-  {raw, Group::group, supported, floats, isSigned, detail::lowest<minimum>(), detail::highest<maximum>()},
+  {raw,                                                                                       \
+   Group::group,                                                                              \
+   supported,                                                                                 \
+   floats,                                                                                    \
+   isSigned,                                                                                  \
+   detail::lowest<minimum>(),                                                                 \
+   detail::highest<maximum>()},
       LORVANE_TAG_TYPES(LORVANE_TAG_TYPE_ROW)
 #undef LORVANE_TAG_TYPE_ROW
   }};

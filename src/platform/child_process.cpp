@@ -80,8 +80,7 @@ ChildProcess::ChildProcess(const LaunchOptions& options) {
   std::vector<std::string> argumentStrings;
   argumentStrings.reserve(options.arguments.size() + 1);
   argumentStrings.push_back(options.executable.string());
-  argumentStrings.insert(argumentStrings.end(), options.arguments.begin(),
-                         options.arguments.end());
+  argumentStrings.insert(argumentStrings.end(), options.arguments.begin(), options.arguments.end());
   auto argv = makeNullTerminated(argumentStrings);
 
   std::vector<std::string> environmentStrings;

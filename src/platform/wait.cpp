@@ -49,7 +49,8 @@ void waitUntilReady(std::span<Watch> watches, std::optional<Clock::time_point> u
   if (until) {
     // Rounded up, so the wait never ends before the deadline and spins on a zero timeout.
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(*until - Clock::now());
-    timeout = static_cast<int>(std::clamp<std::chrono::milliseconds::rep>(left.count(), 0, INT_MAX));
+    timeout =
+        static_cast<int>(std::clamp<std::chrono::milliseconds::rep>(left.count(), 0, INT_MAX));
   }
   const int count = ::poll(polled.data(), polled.size(), timeout);
   for (std::size_t i = 0; i < watches.size(); ++i) {

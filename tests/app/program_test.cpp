@@ -37,7 +37,8 @@ std::string quoted(const std::string& text) {
 }
 
 // Runs lorvane with these arguments, after `environment` (shell assignments).
-ProgramResult lorvane(const std::vector<std::string>& arguments, const std::string& environment = "") {
+ProgramResult lorvane(const std::vector<std::string>& arguments,
+                      const std::string& environment = "") {
   TemporaryFolder folder;
   // Appends only: GCC 12 warns falsely (-Wrestrict) on a literal + string at -O3.
   std::string command = environment;
@@ -143,7 +144,8 @@ TEST(ShowProgram, BadFilesAreReportedAndTheGoodOnesStillShown) {
 
   const auto result = lorvane({"show", "--lang", "en", sample(), missing.string(), junk.string()});
   EXPECT_EQ(result.status, 1);
-  EXPECT_NE(result.err.find(missing.string() + ": File not found"), std::string::npos) << result.err;
+  EXPECT_NE(result.err.find(missing.string() + ": File not found"), std::string::npos)
+      << result.err;
   EXPECT_NE(result.err.find(junk.string() + ": "), std::string::npos) << result.err;
   EXPECT_NE(result.out.find("Camera Model Name"), std::string::npos);
 }
@@ -153,9 +155,10 @@ TEST(SetProgram, WritesByALabelInTheChosenLanguageAndKeepsTheOriginal) {
   const auto file = copyOfSample(folder);
   const auto other = copyOfSample(folder, "other.jpg");
   const auto missing = folder.path() / "missing.jpg";
-  const auto result = lorvane({"set", "--lang", "de", "EXIF:Orientation=90° gegen den Uhrzeigersinn",
-                               "XMP:Subject=Berg", "XMP:Subject=See, Ufer", "EXIF:Artist=",
-                               "--", file.string(), missing.string(), other.string()});
+  const auto result =
+      lorvane({"set", "--lang", "de", "EXIF:Orientation=90° gegen den Uhrzeigersinn",
+               "XMP:Subject=Berg", "XMP:Subject=See, Ufer", "EXIF:Artist=", "--", file.string(),
+               missing.string(), other.string()});
   EXPECT_EQ(result.status, 1);  // the missing file
   EXPECT_NE(result.err.find(missing.string() + ": not written: File not found"), std::string::npos)
       << result.err;
@@ -172,7 +175,8 @@ TEST(SetProgram, WritesByALabelInTheChosenLanguageAndKeepsTheOriginal) {
   const auto again = lorvane({"set", "--overwrite-original", "EXIF:Artist=", "--", file.string()});
   EXPECT_EQ(again.status, 0) << again.err;
   EXPECT_NE(again.out.find(file.string() + ": unchanged"), std::string::npos) << again.out;
-  const auto overwritten = lorvane({"set", "--overwrite-original", "EXIF:Orientation=1", "--", other.string()});
+  const auto overwritten =
+      lorvane({"set", "--overwrite-original", "EXIF:Orientation=1", "--", other.string()});
   EXPECT_EQ(overwritten.status, 0) << overwritten.err;
   EXPECT_EQ(exifToolValue(other, "EXIF:Orientation"), "Horizontal (normal)");
   EXPECT_EQ(fileContents(other.string() + "_original"), fileContents(sample()));  // the first one
@@ -184,13 +188,16 @@ TEST(SetProgram, ARefusedAssignmentWritesNothingAndSaysWhy) {
   const std::vector<std::pair<std::string, std::string>> refusals = {
       {"EXIF:NoSuchTag=1", "'EXIF:NoSuchTag' is no tag of the catalogue"},
       {"File:MIMEType=image/png", "'File:MIMEType' is not writable"},
-      {"EXIF:Orientation=schief", "'schief' is not among its values:\n    1 = Horizontal (normal)\n    2 = Horizontal gespiegelt"},
+      {"EXIF:Orientation=schief",
+       "'schief' is not among its values:\n    1 = Horizontal (normal)\n    2 = Horizontal "
+       "gespiegelt"},
       {"EXIF:FNumber=weit", "'weit' is not a number"},
       {"EXIF:ISOSpeed=-1", "outside the range of int32u"},
       {"EXIF:LensInfo=1 2 3 4 5", "takes at most 4 values, not 5"},
       {"EXIF:Artist=b", "'EXIF:Artist' takes one value and is named more than once"}};
   for (const auto& [assignment, reason] : refusals) {
-    const auto result = lorvane({"set", "--lang", "de", "EXIF:Artist=a", assignment, "--", file.string()});
+    const auto result =
+        lorvane({"set", "--lang", "de", "EXIF:Artist=a", assignment, "--", file.string()});
     EXPECT_EQ(result.status, 1) << assignment;
     EXPECT_NE(result.err.find(reason), std::string::npos) << result.err;
     EXPECT_NE(result.err.find("nothing was written"), std::string::npos) << result.err;
@@ -202,20 +209,23 @@ TEST(SetProgram, ARefusedAssignmentWritesNothingAndSaysWhy) {
 TEST(TagsProgram, FindsTagsByNameWildcardAndTitle) {
   const auto one = lorvane({"tags", "--lang", "de", "EXIF:Orientation"});
   EXPECT_EQ(one.status, 0) << one.err;
-  EXPECT_NE(one.out.find("EXIF:Orientation  int16u      0  writable  Ausrichtung\n"), std::string::npos)
+  EXPECT_NE(one.out.find("EXIF:Orientation  int16u      0  writable  Ausrichtung\n"),
+            std::string::npos)
       << one.out;
   EXPECT_NE(one.out.find("    6  90° im Uhrzeigersinn\n"), std::string::npos) << one.out;
 
   const auto byTitle = lorvane({"tags", "--lang", "de", "--json", "Ausrichtung"});
   EXPECT_EQ(byTitle.status, 0);
   const auto json = nlohmann::json::parse(byTitle.out);
-  EXPECT_TRUE(std::any_of(json.begin(), json.end(), [](const auto& tag) { return tag["name"] == "EXIF:Orientation"; }));
+  EXPECT_TRUE(std::any_of(json.begin(), json.end(),
+                          [](const auto& tag) { return tag["name"] == "EXIF:Orientation"; }));
 
   const auto lenses = lorvane({"tags", "Canon:*Lens*"});
   EXPECT_EQ(lenses.status, 0);
   EXPECT_NE(lenses.out.find("Canon:LensType"), std::string::npos);
   EXPECT_EQ(lenses.out.find("Canon EF 50mm f/1.8"), std::string::npos);  // choices only when asked
-  EXPECT_NE(lorvane({"tags", "--choices", "Canon:*Lens*"}).out.find("Canon EF 50mm f/1.8"), std::string::npos);
+  EXPECT_NE(lorvane({"tags", "--choices", "Canon:*Lens*"}).out.find("Canon EF 50mm f/1.8"),
+            std::string::npos);
 
   EXPECT_EQ(lorvane({"tags", "EXIF:NoSuchTag"}).status, 1);
 }
@@ -227,16 +237,23 @@ TEST(Program, NoExifToolSaysWhereItLookedAndHowToSetTheFolder) {
            {"show", sample()}, {"set", "EXIF:Artist=x", "--", sample()}}) {
     const auto result = lorvane(arguments, environment);
     EXPECT_EQ(result.status, 3);
-    EXPECT_NE(result.err.find((resources.path() / "binaries").string()), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find((resources.path() / "binaries").string()), std::string::npos)
+        << result.err;
     EXPECT_NE(result.err.find("LORVANE_RESOURCE_DIR"), std::string::npos);
     EXPECT_TRUE(result.out.empty());
   }
 }
 
 TEST(Program, UsageMistakesExitWithStatusTwoAndHelpNamesTheStatuses) {
-  for (const auto& arguments : std::vector<std::vector<std::string>>{
-           {}, {"bogus"}, {"show"}, {"show", "--lang", "klingon", sample()}, {"show", "--bogus", sample()},
-           {"set", "EXIF:Artist=x", sample()}, {"set", "--", sample()}, {"tags"}}) {
+  for (const auto& arguments :
+       std::vector<std::vector<std::string>>{{},
+                                             {"bogus"},
+                                             {"show"},
+                                             {"show", "--lang", "klingon", sample()},
+                                             {"show", "--bogus", sample()},
+                                             {"set", "EXIF:Artist=x", sample()},
+                                             {"set", "--", sample()},
+                                             {"tags"}}) {
     EXPECT_EQ(lorvane(arguments).status, 2) << (arguments.empty() ? "" : arguments[0]);
   }
   const auto help = lorvane({"--help"});
@@ -253,7 +270,8 @@ namespace {
 // Several tools side by side give what one gives, in command-line order.
 TEST(ShowProgram, JobsKeepTheCommandLinesOrder) {
   const std::vector<std::string> files = {sample(), (dataFolder() / "plain.jpg").string(),
-                                          (dataFolder() / "sample.mp4").string(), "missing.jpg", sample()};
+                                          (dataFolder() / "sample.mp4").string(), "missing.jpg",
+                                          sample()};
   const auto withoutAccessDates = [](const std::string& text) {
     auto json = nlohmann::json::parse(text);
     for (auto& file : json) {

@@ -158,7 +158,8 @@ TEST(TagTable, ColumnsAlignByDisplayWidthAndValuesStayInTheirRows) {
   EXPECT_NE(table.find("  X Resolution (IFD1)  180\n"), std::string::npos) << table;
   // Every value starts in the same column, wide characters counted twice.
   EXPECT_NE(table.find("  Make                 日本語\n"), std::string::npos) << table;
-  EXPECT_NE(table.find("  Artist               one\n                       two\n"), std::string::npos)
+  EXPECT_NE(table.find("  Artist               one\n                       two\n"),
+            std::string::npos)
       << table;
   EXPECT_NE(table.find("bell\\x07\n"), std::string::npos) << table;
   EXPECT_NE(table.find("  (Binary data 5120 bytes)\n"), std::string::npos) << table;
@@ -166,9 +167,9 @@ TEST(TagTable, ColumnsAlignByDisplayWidthAndValuesStayInTheirRows) {
 }
 
 TEST(Assignments, TheCatalogueDecidesBeforeAnythingIsWritten) {
-  const auto accepted = checkAssignments({"EXIF:Orientation=Rotate 90 CW", "EXIF:SensingMethod=Not defined", "EXIF:FNumber=2.8",
-                                          "EXIF:ExposureTime=1/250", "XMP:Subject=a, b",
-                                          "XMP:Subject=c", "XMP:Title="});
+  const auto accepted = checkAssignments(
+      {"EXIF:Orientation=Rotate 90 CW", "EXIF:SensingMethod=Not defined", "EXIF:FNumber=2.8",
+       "EXIF:ExposureTime=1/250", "XMP:Subject=a, b", "XMP:Subject=c", "XMP:Title="});
   ASSERT_TRUE(std::holds_alternative<std::vector<Assignment>>(accepted));
   std::vector<std::string> arguments;
   for (const auto& assignment : std::get<std::vector<Assignment>>(accepted)) {
@@ -177,9 +178,10 @@ TEST(Assignments, TheCatalogueDecidesBeforeAnythingIsWritten) {
     }
   }
   // "Not defined" is one of the catalogue's alternative labels of the value 1.
-  EXPECT_EQ(arguments, (std::vector<std::string>{"-EXIF:Orientation#=6", "-EXIF:SensingMethod#=1", "-EXIF:FNumber#=2.8",
-                                                 "-EXIF:ExposureTime#=1/250", "-XMP:Subject=a, b",
-                                                 "-XMP:Subject=c", "-XMP:Title="}));
+  EXPECT_EQ(arguments,
+            (std::vector<std::string>{"-EXIF:Orientation#=6", "-EXIF:SensingMethod#=1",
+                                      "-EXIF:FNumber#=2.8", "-EXIF:ExposureTime#=1/250",
+                                      "-XMP:Subject=a, b", "-XMP:Subject=c", "-XMP:Title="}));
 
   const std::vector<std::pair<std::string, std::string>> refused = {
       {"EXIF:NoSuchTag=1", "is no tag of the catalogue"},
@@ -201,7 +203,8 @@ TEST(Assignments, TheCatalogueDecidesBeforeAnythingIsWritten) {
 }
 
 TEST(TagLookup, ByNameKeyWildcardOrTitleWords) {
-  EXPECT_EQ(findTags("EXIF:Orientation"), std::vector<const TagItem*>{&TagItem::itemEXIFOrientation()});
+  EXPECT_EQ(findTags("EXIF:Orientation"),
+            std::vector<const TagItem*>{&TagItem::itemEXIFOrientation()});
   const auto lenses = findTags("Canon:*Lens*");
   EXPECT_NE(std::find(lenses.begin(), lenses.end(), &TagItem::itemCanonLensType()), lenses.end());
   for (const TagItem* item : lenses) {

@@ -27,13 +27,27 @@ TEST(CatalogueAndExifTool, GermanTitlesAndLabelsAreTheCatalogues) {
   const test::TemporaryFolder folder;
   const auto file = folder.path() / "tagged.jpg";
   std::filesystem::copy_file(test::dataFolder() / "plain.jpg", file);
-  test::outsideToolOutput("exiftool", 
-      {"-q", "-overwrite_original", "-EXIF:Orientation#=6", "-EXIF:Make=Canon", "-EXIF:Model=EOS",
-       "-EXIF:ExposureTime=0.01", "-EXIF:FNumber=2.8", "-EXIF:ISO=100", "-EXIF:WhiteBalance#=1",
-       "-EXIF:Flash#=16", "-EXIF:ExposureProgram#=2", "-EXIF:MeteringMode#=5",
-       "-EXIF:ResolutionUnit#=2", "-XMP:Rating=3", "-XMP:Title=Titel", "-XMP:Creator=Jemand",
-       "-XMP:ColorMode#=3", "-IPTC:Keywords=Berg", "-IPTC:City=Bern", "-IPTC:Urgency#=5",
-       file.string()});
+  test::outsideToolOutput("exiftool", {"-q",
+                                       "-overwrite_original",
+                                       "-EXIF:Orientation#=6",
+                                       "-EXIF:Make=Canon",
+                                       "-EXIF:Model=EOS",
+                                       "-EXIF:ExposureTime=0.01",
+                                       "-EXIF:FNumber=2.8",
+                                       "-EXIF:ISO=100",
+                                       "-EXIF:WhiteBalance#=1",
+                                       "-EXIF:Flash#=16",
+                                       "-EXIF:ExposureProgram#=2",
+                                       "-EXIF:MeteringMode#=5",
+                                       "-EXIF:ResolutionUnit#=2",
+                                       "-XMP:Rating=3",
+                                       "-XMP:Title=Titel",
+                                       "-XMP:Creator=Jemand",
+                                       "-XMP:ColorMode#=3",
+                                       "-IPTC:Keywords=Berg",
+                                       "-IPTC:City=Bern",
+                                       "-IPTC:Urgency#=5",
+                                       file.string()});
   const std::string printed =
       test::outsideToolOutput("exiftool", {"-j", "-l", "-lang", "de", "-G0", file.string()});
   const auto tags = nlohmann::json::parse(printed).at(0);
@@ -42,14 +56,16 @@ TEST(CatalogueAndExifTool, GermanTitlesAndLabelsAreTheCatalogues) {
   int labels = 0;
   for (const auto& [name, tag] : tags.items()) {
     const auto found = test::itemsByName().find(name);
-    if (found == test::itemsByName().end() || !test::stringTableGetter(found->second->stream().rawValue())) {
+    if (found == test::itemsByName().end() ||
+        !test::stringTableGetter(found->second->stream().rawValue())) {
       continue;
     }
     const TagItem& item = *found->second;
     EXPECT_EQ(tag.at("desc").get<std::string>(), germanText(item, name)) << name;
     ++titles[item.stream().rawValue()];
     if (tag.contains("num") && !item.choices().empty()) {
-      const std::string raw = tag["num"].is_string() ? tag["num"].get<std::string>() : tag["num"].dump();
+      const std::string raw = tag["num"].is_string() ? tag["num"].get<std::string>()
+                                                     : tag["num"].dump();
       ASSERT_TRUE(item.index(raw)) << name << " " << raw;
       EXPECT_EQ(tag.at("val").get<std::string>(), germanText(item, name + ":" + raw)) << name;
       ++labels;

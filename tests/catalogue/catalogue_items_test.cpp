@@ -15,7 +15,8 @@ TEST(CatalogueItems, CanonVRDCropActiveInFourLanguages) {
   using Texts = std::vector<std::optional<std::string_view>>;
   const auto table = [](ETLanguage language) {
     Texts texts;
-    for (const char* key : {"CanonVRD:CropActive", "CanonVRD:CropActive:0", "CanonVRD:CropActive:1"}) {
+    for (const char* key :
+         {"CanonVRD:CropActive", "CanonVRD:CropActive:0", "CanonVRD:CropActive:1"}) {
       texts.push_back(TagStrings::stringTableCanonVRD(language).find(key));
     }
     return texts;
@@ -41,7 +42,8 @@ TEST(CatalogueItems, ChoicesWithTrailingBlanksColonsOrNothingKeepTheirLabels) {
 
 TEST(CatalogueItems, RowsThatTheListingNamesOtherwiseTakeItsTranslations) {
   // ExifTool calls them MetaImageSize; the catalogue's title is its own, the French one the tool's.
-  for (const TagItem* item : {&TagItem::itemMetaVesperineSize(), &TagItem::itemQuickTimeVesperineSize()}) {
+  for (const TagItem* item :
+       {&TagItem::itemMetaVesperineSize(), &TagItem::itemQuickTimeVesperineSize()}) {
     EXPECT_EQ(item->type(), TagType::int16u);
     const std::string key = item->name().rawValue();
     EXPECT_EQ(item->strings().defaultTable().find(key), "Vesperine Size");

@@ -19,9 +19,11 @@ constexpr const char* expectedLanguageVariable = "LORVANE_TEST_LANGUAGE";
 // Runs the tests matching `filter` in a child whose locale variables are exactly `locale`.
 void expectChildPasses(const std::string& filter, const test::EnvironmentChanges& locale,
                        ETLanguage expected) {
-  test::EnvironmentChanges changes{
-      {"LANGUAGE", std::nullopt}, {"LC_ALL", std::nullopt}, {"LC_MESSAGES", std::nullopt},
-      {"LANG", std::nullopt}, {expectedLanguageVariable, std::string(expected.rawValue())}};
+  test::EnvironmentChanges changes{{"LANGUAGE", std::nullopt},
+                                   {"LC_ALL", std::nullopt},
+                                   {"LC_MESSAGES", std::nullopt},
+                                   {"LANG", std::nullopt},
+                                   {expectedLanguageVariable, std::string(expected.rawValue())}};
   for (const auto& [name, value] : locale) {
     changes[name] = value;
   }
@@ -41,15 +43,17 @@ ETLanguage expectedLanguage() {
 
 TEST(CatalogueLanguages, LocalizesInTheProcessLanguage) {
   expectChildPasses("DISABLED_InGermanProcess.*", {{"LANG", "de_DE.UTF-8"}}, ETLanguage::german);
-  expectChildPasses("DISABLED_InJapaneseProcess.*", {{"LANG", "en_US.UTF-8"}, {"LANGUAGE", "ja:en"}},
-                    ETLanguage::japanese);
-  expectChildPasses("DISABLED_InEnglishProcess.*", {{"LC_ALL", "en_GB.UTF-8"}}, ETLanguage::english);
+  expectChildPasses("DISABLED_InJapaneseProcess.*",
+                    {{"LANG", "en_US.UTF-8"}, {"LANGUAGE", "ja:en"}}, ETLanguage::japanese);
+  expectChildPasses("DISABLED_InEnglishProcess.*", {{"LC_ALL", "en_GB.UTF-8"}},
+                    ETLanguage::english);
 }
 
 TEST(CatalogueLanguages, EveryLanguageHasItsStatedTables) {
   const std::map<ETLanguage, std::string> locales{
-      {ETLanguage::chinese, "zh_CN"}, {ETLanguage::french, "fr_FR"},   {ETLanguage::german, "de_DE"},
-      {ETLanguage::italian, "it_IT"}, {ETLanguage::japanese, "ja_JP"}, {ETLanguage::spanish, "es_ES"}};
+      {ETLanguage::chinese, "zh_CN"},  {ETLanguage::french, "fr_FR"},
+      {ETLanguage::german, "de_DE"},   {ETLanguage::italian, "it_IT"},
+      {ETLanguage::japanese, "ja_JP"}, {ETLanguage::spanish, "es_ES"}};
   for (const auto& [language, locale] : locales) {
     SCOPED_TRACE(language.rawValue());
     expectChildPasses("DISABLED_InAnyLanguageProcess.*", {{"LANG", locale + ".UTF-8"}}, language);

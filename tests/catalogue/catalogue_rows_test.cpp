@@ -17,8 +17,10 @@ namespace {
 
 std::string flagsOf(const TagItem& item) {
   std::string flags;
-  for (const auto& [flag, isSet] : {std::pair{'L', item.isList()}, {'W', item.isWritable()},
-                                    {'F', item.isFlatten()}, {'B', item.isBinary()},
+  for (const auto& [flag, isSet] : {std::pair{'L', item.isList()},
+                                    {'W', item.isWritable()},
+                                    {'F', item.isFlatten()},
+                                    {'B', item.isBinary()},
                                     {'U', item.isUnsafe()}}) {
     if (isSet) {
       flags += flag;
@@ -37,7 +39,8 @@ std::size_t expectShownChoices(const TagItem& item, const nlohmann::json& pairs,
   std::size_t from = 0;
   for (const auto& pair : pairs) {
     const std::string value = pair[0];
-    const auto found = std::find(choices.begin() + static_cast<std::ptrdiff_t>(from), choices.end(), value);
+    const auto found =
+        std::find(choices.begin() + static_cast<std::ptrdiff_t>(from), choices.end(), value);
     EXPECT_NE(found, choices.end()) << value;
     if (found == choices.end()) {
       return pairs.size();
@@ -82,9 +85,9 @@ TEST(CatalogueRows, EveryRowWithItsFlagsTitleAndTheChoicesItShows) {
         shownChoices += expectShownChoices(
             item, rows["shared_value_tables"][row["shared_table"].get<std::string>()], Shown::all);
       } else if (row.contains("choices")) {
-        const Shown shown = row["choices_complete"] ? Shown::all
+        const Shown shown = row["choices_complete"]               ? Shown::all
                             : row.value("choices_sampled", false) ? Shown::sample
-                                                                   : Shown::leading;
+                                                                  : Shown::leading;
         shownChoices += expectShownChoices(item, row["choices"], shown);
       }
     }
@@ -99,8 +102,9 @@ TEST(CatalogueRows, ListsShownInPartLeadWithTheShownValues) {
   const TagItem& pan = TagItem::itemMPFPanOrientation();
   EXPECT_EQ(pan.choices().size(), 13u);
   ASSERT_EQ(pan.index("16"), 5u);
-  EXPECT_EQ(pan.strings().defaultTable().find("MPF:PanOrientation:" + std::string(pan.choices()[5])),
-            "Clockwise");
+  EXPECT_EQ(
+      pan.strings().defaultTable().find("MPF:PanOrientation:" + std::string(pan.choices()[5])),
+      "Clockwise");
 }
 
 TEST(CatalogueRows, TranslatedSamplesInEveryLanguage) {

@@ -37,16 +37,25 @@ const std::map<std::string, const TagItem*, std::less<>>& itemsByName() {
 
 StringTableGetter stringTableGetter(std::string_view stream) {
   static const std::map<std::string_view, StringTableGetter> getters{
-      {"Canon", &TagStrings::stringTableCanon},     {"Composite", &TagStrings::stringTableComposite},
-      {"DICOM", &TagStrings::stringTableDICOM},     {"EXIF", &TagStrings::stringTableEXIF},
-      {"File", &TagStrings::stringTableFile},       {"GoPro", &TagStrings::stringTableGoPro},
-      {"ID3", &TagStrings::stringTableID3},         {"IPTC", &TagStrings::stringTableIPTC},
-      {"JFIF", &TagStrings::stringTableJFIF},       {"Jpeg2000", &TagStrings::stringTableJpeg2000},
-      {"Meta", &TagStrings::stringTableMeta},       {"MIE", &TagStrings::stringTableMIE},
+      {"Canon", &TagStrings::stringTableCanon},
+      {"Composite", &TagStrings::stringTableComposite},
+      {"DICOM", &TagStrings::stringTableDICOM},
+      {"EXIF", &TagStrings::stringTableEXIF},
+      {"File", &TagStrings::stringTableFile},
+      {"GoPro", &TagStrings::stringTableGoPro},
+      {"ID3", &TagStrings::stringTableID3},
+      {"IPTC", &TagStrings::stringTableIPTC},
+      {"JFIF", &TagStrings::stringTableJFIF},
+      {"Jpeg2000", &TagStrings::stringTableJpeg2000},
+      {"Meta", &TagStrings::stringTableMeta},
+      {"MIE", &TagStrings::stringTableMIE},
       {"MXF", &TagStrings::stringTableMXF},
-      {"Nikon", &TagStrings::stringTableNikon},     {"Olympus", &TagStrings::stringTableOlympus},
-      {"Photoshop", &TagStrings::stringTablePhotoshop}, {"QuickTime", &TagStrings::stringTableQuickTime},
-      {"Sony", &TagStrings::stringTableSony},       {"XMP", &TagStrings::stringTableXMP},
+      {"Nikon", &TagStrings::stringTableNikon},
+      {"Olympus", &TagStrings::stringTableOlympus},
+      {"Photoshop", &TagStrings::stringTablePhotoshop},
+      {"QuickTime", &TagStrings::stringTableQuickTime},
+      {"Sony", &TagStrings::stringTableSony},
+      {"XMP", &TagStrings::stringTableXMP},
   };
   const auto found = getters.find(stream);
   return found != getters.end() ? found->second : nullptr;

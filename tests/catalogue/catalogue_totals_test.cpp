@@ -71,8 +71,10 @@ TEST(CatalogueTotals, FlagsByStream) {
   const auto& flags = statedTotals()["flags"];
   // Writable tags are counted by stream above.
   const std::vector<std::pair<const char*, bool (TagItem::*)() const>> all{
-      {"list", &TagItem::isList}, {"flatten", &TagItem::isFlatten},
-      {"binary", &TagItem::isBinary}, {"unsafe", &TagItem::isUnsafe}};
+      {"list", &TagItem::isList},
+      {"flatten", &TagItem::isFlatten},
+      {"binary", &TagItem::isBinary},
+      {"unsafe", &TagItem::isUnsafe}};
   for (const auto& [name, flag] : all) {
     SCOPED_TRACE(name);
     const auto counts = countOf(flag);

@@ -46,7 +46,9 @@ TEST(ETOutput, DecodesItsBytesOnlyWhenTheyAreUTF8) {
   ETOutput output;
   EXPECT_EQ(output.decodeOutData(), "");  // no bytes: empty text, not nothing
 
-  output.binaryData = bytes("Gr\xC3\xBC\xC3\x9F" "e \xE2\x82\xAC \xF0\x9F\x98\x80");
+  output.binaryData = bytes(
+      "Gr\xC3\xBC\xC3\x9F"
+      "e \xE2\x82\xAC \xF0\x9F\x98\x80");
   EXPECT_EQ(output.decodeOutData(), "Grüße € 😀");
 
   // A cut character, a lone continuation byte, an overlong form and a surrogate.

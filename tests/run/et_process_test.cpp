@@ -138,7 +138,9 @@ TEST(ETProcess, AnEmbeddedPreviewComesBackByteExact) {
   TemporaryFolder folder;
   const auto photo = copyOfPlainJpeg(folder.path(), "with preview.jpg");
   const auto preview = lorvane::test::dataFolder() / "plain.jpg";
-  lorvane::test::outsideToolOutput("exiftool", {"-q", "-overwrite_original", "-ThumbnailImage<=" + preview.string(), photo.string()});
+  lorvane::test::outsideToolOutput(
+      "exiftool",
+      {"-q", "-overwrite_original", "-ThumbnailImage<=" + preview.string(), photo.string()});
 
   ETInput input;
   input.arguments = {"-b", "-ThumbnailImage", photo.string()};
@@ -160,7 +162,7 @@ TEST(ETProcess, ARunStartedDuringARunReturnsAtOnceAndLeavesItAlone) {
   int progressCalls = 0;
   input.onProgressHandler = [&](ETProcess& process) {
     ++progressCalls;
-    process.execute(intruder);  // from inside the run
+    process.execute(intruder);                               // from inside the run
     std::thread([&] { process.execute(intruder); }).join();  // and from another thread
     EXPECT_EQ(process.input().arguments, input.arguments);
     EXPECT_TRUE(process.output().isRunning);
@@ -180,7 +182,8 @@ TEST(ETProcess, ArgumentsReachTheToolExactlyAsGiven) {
   TemporaryFolder folder;
   const auto home = std::filesystem::current_path();
   std::filesystem::current_path(folder.path());
-  const std::vector<std::string> names = {"line\nbreak.jpg", " lead.jpg", "#hash.jpg", "trail .jpg"};
+  const std::vector<std::string> names = {"line\nbreak.jpg", " lead.jpg", "#hash.jpg",
+                                          "trail .jpg"};
   ETInput input;
   input.arguments = {"-json", "-FileName"};
   for (const auto& name : names) {

@@ -61,36 +61,55 @@ TEST(FakeTool, TheChildGetsTheCommandLineTheBatchNineVariablesAndNoOtherDescript
 
   ETInput input;
   // Ordinary entries go byte for byte; those the tool's reading would change go as C strings.
-  input.arguments = {"-json", "a b.jpg", "", "/x/none.jpg\n-ver", " lead", "#hash", "a\\b\r",
-                     "-Comment = x", "-Comment= x", "-Comment=x ", "trail "};
+  input.arguments = {"-json",       "a b.jpg",     "",       "/x/none.jpg\n-ver",
+                     " lead",       "#hash",       "a\\b\r", "-Comment = x",
+                     "-Comment= x", "-Comment=x ", "trail "};
   const ETOutput output = ETProcess::run(input);
   ::close(hostDescriptor);
 
   EXPECT_NO_THROW(output.throwIfErrors());
   const std::string bin = tool.folder().string();
   const std::string perllib = bin + "/perllib";
-  EXPECT_EQ(linesOf(output.decodeOutData().value()), (Lines{
-      "script: " + bin + "/exiftool", "argv: -progress", "argv: -v0", "argv: -stay_open",
-      "argv: 1", "argv: -q", "argv: -@", "argv: -",
-      "batch: -json", "batch: a b.jpg", "batch: #[CSTR]", "batch: #[CSTR]/x/none.jpg\\n-ver",
-      "batch: #[CSTR] lead", "batch: #[CSTR]#hash", "batch: #[CSTR]a\\\\b\\r",
-      "batch: #[CSTR]-Comment = x", "batch: #[CSTR]-Comment= x", "batch: -Comment=x ",
-      "batch: trail ", "batch: -stay_open", "batch: 0",
-      "batch: -execute",
-      "env: EXIFTOOL_QUICKTIME_ITEM_LIST_LEVEL=-1",
-      "env: EXIFTOOL_QUICKTIME_KEYS_LEVEL=5000000000",
-      "env: EXIFTOOL_QUICKTIME_USER_DATA_LEVEL=0",
-      "env: EXIFTOOL_SANDBOX_DIRECTORY=/backups/my \"own\"/Writing",
-      "env: LC_CTYPE=C.UTF-8",
-      "env: PERL5LIB=" + perllib,
-      "env: PERL_LOCAL_LIB_ROOT=" + perllib,
-      "env: PERL_MB_OPT=--install_base \"" + perllib + "\"",
-      "env: PERL_MM_OPT=INSTALL_BASE=\"" + perllib + "\"",
-      "fd: 0", "fd: 1", "fd: 2"}));
+  EXPECT_EQ(linesOf(output.decodeOutData().value()),
+            (Lines{"script: " + bin + "/exiftool",
+                   "argv: -progress",
+                   "argv: -v0",
+                   "argv: -stay_open",
+                   "argv: 1",
+                   "argv: -q",
+                   "argv: -@",
+                   "argv: -",
+                   "batch: -json",
+                   "batch: a b.jpg",
+                   "batch: #[CSTR]",
+                   "batch: #[CSTR]/x/none.jpg\\n-ver",
+                   "batch: #[CSTR] lead",
+                   "batch: #[CSTR]#hash",
+                   "batch: #[CSTR]a\\\\b\\r",
+                   "batch: #[CSTR]-Comment = x",
+                   "batch: #[CSTR]-Comment= x",
+                   "batch: -Comment=x ",
+                   "batch: trail ",
+                   "batch: -stay_open",
+                   "batch: 0",
+                   "batch: -execute",
+                   "env: EXIFTOOL_QUICKTIME_ITEM_LIST_LEVEL=-1",
+                   "env: EXIFTOOL_QUICKTIME_KEYS_LEVEL=5000000000",
+                   "env: EXIFTOOL_QUICKTIME_USER_DATA_LEVEL=0",
+                   "env: EXIFTOOL_SANDBOX_DIRECTORY=/backups/my \"own\"/Writing",
+                   "env: LC_CTYPE=C.UTF-8",
+                   "env: PERL5LIB=" + perllib,
+                   "env: PERL_LOCAL_LIB_ROOT=" + perllib,
+                   "env: PERL_MB_OPT=--install_base \"" + perllib + "\"",
+                   "env: PERL_MM_OPT=INSTALL_BASE=\"" + perllib + "\"",
+                   "fd: 0",
+                   "fd: 1",
+                   "fd: 2"}));
 }
 
 TEST(FakeTool, AnEmptyBatchIsOnlyTheClosingLinesAndASettingChangeShowsInTheNextRun) {
-  FakeTool tool(script(R"(print $batch; print STDERR "Nothing changed in $ENV{EXIFTOOL_QUICKTIME_KEYS_LEVEL}\n";)"));
+  FakeTool tool(script(
+      R"(print $batch; print STDERR "Nothing changed in $ENV{EXIFTOOL_QUICKTIME_KEYS_LEVEL}\n";)"));
   ETProcess process;
   process.execute(ETInput{});
   EXPECT_EQ(process.output().decodeOutData(), "-stay_open\n0\n-execute");
@@ -143,8 +162,9 @@ TEST(FakeTool, AChildThatClosesItsInputAtOnceNeitherKillsNorBlocksTheHost) {
   const auto lines = unknownLines(output);
   ASSERT_EQ(lines.size(), 2u);
   EXPECT_EQ(lines[0], "closed\n");
-  EXPECT_EQ(lines[1], "the tool stopped reading its arguments before the whole batch was "
-                      "written: Broken pipe\n");
+  EXPECT_EQ(lines[1],
+            "the tool stopped reading its arguments before the whole batch was "
+            "written: Broken pipe\n");
   EXPECT_FALSE(output.isRunning);
 }
 
@@ -187,7 +207,8 @@ TEST(FakeTool, BinaryOutputOfManyOddChunksArrivesWholeAndNoChildIsLeftBehind) {
   for (auto& byte : bytes) {
     byte = static_cast<char>(random());
   }
-  std::ofstream(source, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  std::ofstream(source, std::ios::binary)
+      .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   FakeTool tool(script(R"(
     open(my $file, '<:raw', $arguments[0]) or die;
     while (my $count = read($file, my $piece, 4093)) { syswrite(STDOUT, $piece); }

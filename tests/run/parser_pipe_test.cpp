@@ -16,7 +16,9 @@ namespace {
 class ParserTest : public ::testing::Test {
 protected:
   void feed(std::string_view chunk) { parser.readAvailableData(std::as_bytes(std::span(chunk))); }
-  ETOutput output() const { return atomic.read([&] { return nonAtomicOutput; }); }
+  ETOutput output() const {
+    return atomic.read([&] { return nonAtomicOutput; });
+  }
   ETOutput finish() {
     parser.waitForEndOfStream();
     parser.flushPendingData();
@@ -36,14 +38,15 @@ using Lines = std::vector<std::string>;
 }  // namespace
 
 TEST_F(ParserTest, RecognisesTheToolsMessages) {
-  feed("Nothing changed in /a b/one.jpg\n"
-       "Error: Nothing to write - /a/new.xmp\n"
-       "'/a/old name.jpg' --> '/a/new name.jpg'\n"
-       "Error: No ICC information to write - /a/three.jpg\n"
-       "Warning: ICC_Profile deleted. Image colors may be affected - /a/four.jpg\n"
-       "Error: File not found - /a/missing.jpg\n"
-       "Nothing changed in /a/trailing.jpg  \n"
-       "'/a --> b' --> '/c'\n");
+  feed(
+      "Nothing changed in /a b/one.jpg\n"
+      "Error: Nothing to write - /a/new.xmp\n"
+      "'/a/old name.jpg' --> '/a/new name.jpg'\n"
+      "Error: No ICC information to write - /a/three.jpg\n"
+      "Warning: ICC_Profile deleted. Image colors may be affected - /a/four.jpg\n"
+      "Error: File not found - /a/missing.jpg\n"
+      "Nothing changed in /a/trailing.jpg  \n"
+      "'/a --> b' --> '/c'\n");
   const auto logs = finish().processLogs;
   ASSERT_EQ(logs.size(), 8u);
   EXPECT_EQ(std::get<ETOutput::NoChanges>(logs[0]).path, "/a b/one.jpg");
@@ -53,7 +56,8 @@ TEST_F(ParserTest, RecognisesTheToolsMessages) {
   EXPECT_EQ(std::get<ETOutput::IccNoInformationToWrite>(logs[3]).path, "/a/three.jpg");
   EXPECT_EQ(std::get<ETOutput::IccDeletedMayAffectColor>(logs[4]).path, "/a/four.jpg");
   // An "Error:" line of another form is unknown, and so an error.
-  EXPECT_EQ(std::get<ETOutput::UnknownLog>(logs[5]).line, "Error: File not found - /a/missing.jpg\n");
+  EXPECT_EQ(std::get<ETOutput::UnknownLog>(logs[5]).line,
+            "Error: File not found - /a/missing.jpg\n");
   // The greedy capture takes trailing blanks into the path.
   EXPECT_EQ(std::get<ETOutput::NoChanges>(logs[6]).path, "/a/trailing.jpg  ");
   // A move with two arrows splits at the last one.
@@ -72,8 +76,9 @@ TEST_F(ParserTest, ProgressLinesMoveProgressAndAreNotLogged) {
   EXPECT_TRUE(output().processLogs.empty());
 
   // Seven equal signs, and digits of another script, are no progress lines.
-  feed("======= /x.jpg [1/2]\n"
-       "======== /x.jpg [\xD9\xA1/\xD9\xA2]\n");
+  feed(
+      "======= /x.jpg [1/2]\n"
+      "======== /x.jpg [\xD9\xA1/\xD9\xA2]\n");
   EXPECT_DOUBLE_EQ(output().progress, 1.2);
   EXPECT_EQ(unknownLines(), (Lines{"======= /x.jpg [1/2]\n", "======== /x.jpg [١/٢]\n"}));
 }

@@ -244,13 +244,16 @@ TEST(ETBatches, BigFilesGoApartEachInputKeepsItsFilesInOrderAndIsMadeAsAddArgume
     EXPECT_EQ(batches.inputs[k].arguments, expected.arguments);
   }
   // Weights of the caller's own; no input for no element.
-  EXPECT_EQ(ETBatches::spread(files, 2, [](const auto&) { return 1; }, block).places,
+  EXPECT_EQ(ETBatches::spread(
+                files, 2, [](const auto&) { return 1; }, block)
+                .places,
             (Places{{0, 2, 4}, {1, 3}}));
   EXPECT_TRUE(ETBatches::spread(std::vector<std::string>{}, 2, readAsJson).inputs.empty());
 }
 
 TEST(ETCombinedProgress, WeighsEachRunsProgressCountsAnEndedRunAsDoneAndKeepsOtherHandlers) {
-  FakeTool tool(script(R"(print STDERR "======== /f.jpg [$_/$arguments[0]]\n" for 1 .. $arguments[0];)"));
+  FakeTool tool(
+      script(R"(print STDERR "======== /f.jpg [$_/$arguments[0]]\n" for 1 .. $arguments[0];)"));
   std::vector<ETInput> inputs(3);
   inputs[0].arguments = {"1"};
   inputs[1].arguments = {"3"};

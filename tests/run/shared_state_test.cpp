@@ -63,8 +63,8 @@ TEST(ETSettings, DefaultsPointAtTheBuildResourcesAndTheUserDataFolder) {
   }
   const auto backup = settings.backupFolderURL();
   if (std::getenv("XDG_DATA_HOME") == nullptr && std::getenv("HOME") != nullptr) {
-    EXPECT_EQ(backup, std::filesystem::path(std::getenv("HOME")) /
-                          ".local/share/org.lorvane.tag/Backup");
+    EXPECT_EQ(backup,
+              std::filesystem::path(std::getenv("HOME")) / ".local/share/org.lorvane.tag/Backup");
   }
   EXPECT_EQ(settings.quickTimeItemListLevel(), 2);
   EXPECT_EQ(settings.quickTimeUserDataLevel(), 1);

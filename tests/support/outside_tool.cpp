@@ -11,7 +11,8 @@ extern char** environ;
 
 namespace lorvane::test {
 
-std::string programOutput(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+std::string programOutput(const std::filesystem::path& program,
+                          const std::vector<std::string>& arguments,
                           const EnvironmentChanges& changes) {
   std::map<std::string, std::string> environment;
   for (char** entry = environ; *entry != nullptr; ++entry) {

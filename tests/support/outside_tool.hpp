@@ -14,7 +14,8 @@ using EnvironmentChanges = std::map<std::string, std::optional<std::string>>;
 // Runs a program to its end, with this process's environment plus `changes` and its standard
 // error, and gives what it wrote to standard output. Throws std::runtime_error when the
 // program can't be started.
-std::string programOutput(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+std::string programOutput(const std::filesystem::path& program,
+                          const std::vector<std::string>& arguments,
                           const EnvironmentChanges& changes = {});
 
 // programOutput for a program of ETSettings' binaries folder ("exiftool", "atomicparsley"):

@@ -63,7 +63,8 @@ std::vector<std::string> unknownLines(const ETOutput& output) {
   return lines;
 }
 
-std::filesystem::path copyOfPlainJpeg(const std::filesystem::path& folder, const std::string& name) {
+std::filesystem::path copyOfPlainJpeg(const std::filesystem::path& folder,
+                                      const std::string& name) {
   const auto path = folder / name;
   std::filesystem::copy_file(dataFolder() / "plain.jpg", path);
   return path;

@@ -37,7 +37,8 @@ TagItem makeItem(std::string_view rawName, TagItem::Choices choices,
       {.name = TagName::parse(rawName).value(), .choices = choices, .strings = &strings});
 }
 
-constexpr std::array<std::string_view, 8> orientationChoices{"1", "2", "3", "4", "5", "6", "7", "8"};
+constexpr std::array<std::string_view, 8> orientationChoices{"1", "2", "3", "4",
+                                                             "5", "6", "7", "8"};
 const TagItem orientation = TagItemMaker::make({.index = 26,
                                                 .name = TagName("EXIF", "Orientation"),
                                                 .type = TagType::int16u,
@@ -104,7 +105,7 @@ TEST(TagItem, IndexCutsTheTextBackAtBlankPointAndComma) {
   const TagItem lensType = makeItem("Canon:LensType", lensTypes);
   EXPECT_EQ(lensType.index("2.1"), 2u);
   EXPECT_EQ(lensType.index("2.7"), 1u);
-  EXPECT_EQ(lensType.index("2.1.9"), 2u);  // the longest front wins
+  EXPECT_EQ(lensType.index("2.1.9"), 2u);         // the longest front wins
   EXPECT_EQ(lensType.index("4.1 mm f/2.8"), 4u);  // the blank is tried before the point
 
   // Every separator cuts the whole text, never what an earlier one left of it.
@@ -124,7 +125,8 @@ TEST(TagItem, FilteredChoicesPairEveryEntryWithItsLabel) {
   constexpr std::array<std::string_view, 3> sampleFormat{"2", "1", "2"};
   const auto pairs = makeItem("EXIF:SampleFormat", sampleFormat).makeFilteredChoices();
   using Pairs = std::vector<std::pair<std::string, std::string>>;
-  EXPECT_EQ(pairs, (Pairs{{"2", "Vorzeichenbehaftet"}, {"1", "Unsigned"}, {"2", "Vorzeichenbehaftet"}}));
+  EXPECT_EQ(pairs,
+            (Pairs{{"2", "Vorzeichenbehaftet"}, {"1", "Unsigned"}, {"2", "Vorzeichenbehaftet"}}));
   EXPECT_TRUE(makeItem("EXIF:Nothing", {}).makeFilteredChoices().empty());
 }
 

@@ -47,9 +47,14 @@ TEST(TagName, SafeValuesMendHashAndHyphen) {
 }
 
 TEST(TagName, SortsByStreamThenKeyInCodePointOrder) {
-  std::vector<TagName> names{parsed("QuickTime:iTunSMPB"), parsed("EXIF:Orientation"),
-                             parsed("QuickTime:GPSCoordinates"), parsed("Audible:iTunesMediaType"),
-                             parsed("APP2:X"), parsed("APP15:X"), parsed("AdobeDNG:X"), TagName::empty};
+  std::vector<TagName> names{parsed("QuickTime:iTunSMPB"),
+                             parsed("EXIF:Orientation"),
+                             parsed("QuickTime:GPSCoordinates"),
+                             parsed("Audible:iTunesMediaType"),
+                             parsed("APP2:X"),
+                             parsed("APP15:X"),
+                             parsed("AdobeDNG:X"),
+                             TagName::empty};
   std::ranges::sort(names);
   std::vector<std::string> raw;
   std::ranges::transform(names, std::back_inserter(raw), &TagName::rawValue);

@@ -32,8 +32,9 @@ constexpr std::array<TagStringTable::Entry, 4> englishEntries{{
     {"ICC_Profile:ProfileCMMType:", ""},
 }};
 // The same slice with its strings as places in one text, as the generated catalogue holds it.
-constexpr char englishText[] = "EXIF:OrientationOrientationEXIF:Orientation:1Horizontal (normal)"
-                               "EXIF:Orientation:2Mirror horizontalICC_Profile:ProfileCMMType:";
+constexpr char englishText[] =
+    "EXIF:OrientationOrientationEXIF:Orientation:1Horizontal (normal)"
+    "EXIF:Orientation:2Mirror horizontalICC_Profile:ProfileCMMType:";
 constexpr std::array<TagStringTable::TextEntry, 4> englishTextEntries{{
     {{0, 16}, {16, 11}},
     {{27, 18}, {45, 19}},
@@ -55,7 +56,6 @@ TEST(TagStringTable, ConstantEntriesAndMapsAnswerAlike) {
     }
   }
   EXPECT_TRUE(TagStringTable().empty());
-
 }
 
 TEST(TagStrings, KeepTheirOwnCopyOfACallersMap) {
@@ -72,7 +72,8 @@ TEST(TagStrings, KeepTheirOwnCopyOfACallersMap) {
 TEST(TagStringTableDeathTest, DebugBuildsRefuseUnsortedEntries) {
   constexpr std::array<TagStringTable::Entry, 2> unsorted{{{"b", "1"}, {"a", "2"}}};
   EXPECT_DEBUG_DEATH(TagStringTable{unsorted}, "not sorted");
-  constexpr std::array<TagStringTable::TextEntry, 2> unsortedText{{{{1, 1}, {0, 1}}, {{0, 1}, {1, 1}}}};
+  constexpr std::array<TagStringTable::TextEntry, 2> unsortedText{
+      {{{1, 1}, {0, 1}}, {{0, 1}, {1, 1}}}};
   EXPECT_DEBUG_DEATH(TagStringTable("ab", unsortedText), "not sorted");
 }
 
@@ -131,6 +132,7 @@ TEST(TagStringsDeathTest, TableGetterIsAskedForTheLocalLanguageFirst) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(makeStringsAndExit("en_GB.UTF-8", {ETLanguage::english}, "Orientation"),
               testing::ExitedWithCode(0), "");
-  EXPECT_EXIT(makeStringsAndExit("de_DE.UTF-8", {ETLanguage::german, ETLanguage::english}, "Ausrichtung"),
-              testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(
+      makeStringsAndExit("de_DE.UTF-8", {ETLanguage::german, ETLanguage::english}, "Ausrichtung"),
+      testing::ExitedWithCode(0), "");
 }

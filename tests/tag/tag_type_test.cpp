@@ -54,7 +54,8 @@ TEST(TagType, RangesKeepTheirNumberKinds) {
   EXPECT_EQ(TagType::int64u.maximumNumberValue()->description(), "18446744073709551615");
 
   // integer reaches 64-bit values downwards but stops at the 32-bit maximum.
-  EXPECT_EQ(TagType::integer.minimumNumberValue(), TagNumber::make(std::numeric_limits<std::int64_t>::min()));
+  EXPECT_EQ(TagType::integer.minimumNumberValue(),
+            TagNumber::make(std::numeric_limits<std::int64_t>::min()));
   EXPECT_EQ(TagType::integer.maximumNumberValue()->kind(), Kind::int32);
   EXPECT_EQ(TagType::integer.maximumNumberValue()->description(), "2147483647");
 

@@ -2,13 +2,14 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "environment.hpp"
 #include "resource_folder.hpp"
 
 // ETLanguage::local(): the library's "Localizable" resources hold one small file per
@@ -24,11 +25,6 @@ namespace {
 
 constexpr std::string_view localKey = "ETLanguageLocal";
 
-std::string environment(const char* name) {
-  const char* value = std::getenv(name);
-  return value == nullptr ? std::string() : std::string(value);
-}
-
 bool isPlainCLocale(std::string_view locale) {
   return locale.empty() || locale == "C" || locale == "POSIX" || locale.starts_with("C.");
 }
@@ -38,7 +34,7 @@ bool isPlainCLocale(std::string_view locale) {
 // LANGUAGE counts in the C locale too: a user who sets it asks for it.
 std::vector<std::string> preferredLanguages() {
   std::vector<std::string> languages;
-  const std::string list = environment("LANGUAGE");
+  const std::string list = environmentValue("LANGUAGE").value_or("");
   for (std::size_t start = 0; start <= list.size();) {
     const std::size_t end = std::min(list.find(':', start), list.size());
     if (end > start) {
@@ -49,12 +45,12 @@ std::vector<std::string> preferredLanguages() {
   if (!languages.empty()) {
     return languages;
   }
-  std::string locale = environment("LC_ALL");
-  if (locale.empty()) {
-    locale = environment("LC_MESSAGES");
-  }
-  if (locale.empty()) {
-    locale = environment("LANG");
+  std::string locale;
+  for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+    if (auto value = environmentValue(name)) {
+      locale = std::move(*value);
+      break;
+    }
   }
   if (!isPlainCLocale(locale)) {
     languages.push_back(locale);

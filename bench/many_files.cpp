@@ -1,9 +1,8 @@
 // Many files on every core: `lorvane show --jobs 1` and `--jobs 2` against one ExifTool process
 // that reads the same files with the arguments the program sends, for 50, 200 and 800 files.
 // Each round times all of them back to back, in a rotating order; a ratio is taken within a
-// round and the median of the rounds is printed, of wall-clock time and of processor time. The same
-// through the library alone
-// (`ETProcess::runAll`, no catalogue, no printing) comes beside it.
+// round and the median of the rounds is printed, of wall-clock time and of processor time. The
+// same through the library alone (`ETProcess::runAll`, no catalogue, no printing) comes beside it.
 //
 //   lorvane-bench-many_files [rounds] [folder]
 //

@@ -3,13 +3,22 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <memory>
+#include <thread>
 
 namespace lorvane::platform {
 namespace {
 
 // Large enough that a fast writer filling an enlarged pipe is drained in few calls.
 constexpr std::size_t chunkCapacity = 1024 * 1024;
+
+// The tool flushes every line it prints, so a reader that takes each line as it comes wakes up,
+// and wakes the writer's side of the pipe, tens of thousands of times a second. After a short
+// chunk the reader lets the pipe fill for a moment instead: the lines wait at most this long,
+// and the tool writes into a pipe that nobody is waiting on.
+constexpr auto shortChunkPause = std::chrono::microseconds(500);
+constexpr std::size_t shortChunk = 16 * 1024;
 
 void readUntilEnd(int fd, const StreamReader::ChunkHandler& handler) {
   const auto buffer = std::make_unique_for_overwrite<std::byte[]>(chunkCapacity);
@@ -23,6 +32,9 @@ void readUntilEnd(int fd, const StreamReader::ChunkHandler& handler) {
       return;
     }
     handler(std::span<const std::byte>(buffer.get(), static_cast<std::size_t>(count)));
+    if (static_cast<std::size_t>(count) < shortChunk) {
+      std::this_thread::sleep_for(shortChunkPause);
+    }
   }
 }
 

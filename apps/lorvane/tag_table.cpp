@@ -44,12 +44,8 @@ Row makeRow(const FileTag& tag) {
   const std::string value = tag.value.joined();
   row.lines = splitLines(escapeControls(shortened(tag.label.empty() ? value : tag.label)));
   if (tag.raw != tag.value || !tag.label.empty()) {
-    std::string raw = escapeControls(shortened(tag.raw.joined()));
     // The raw value stays on one line: its line feeds show as escapes.
-    for (std::size_t at; (at = raw.find('\n')) != std::string::npos;) {
-      raw.replace(at, 1, "\\n");
-    }
-    row.raw = std::move(raw);
+    row.raw = escapeControls(shortened(tag.raw.joined()), LineFeeds::escaped);
   }
   return row;
 }
@@ -109,7 +105,7 @@ std::size_t displayWidth(std::string_view text) {
   return width;
 }
 
-std::string escapeControls(std::string_view text) {
+std::string escapeControls(std::string_view text, LineFeeds lineFeeds) {
   std::string result;
   result.reserve(text.size());
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -117,9 +113,11 @@ std::string escapeControls(std::string_view text) {
     char escape[8];
     if (byte == '\t') {
       result += "\\t";
+    } else if (byte == '\n') {
+      result += lineFeeds == LineFeeds::kept ? "\n" : "\\n";
     } else if (byte == '\r') {
       result += "\\r";
-    } else if ((byte < 0x20 && byte != '\n') || byte == 0x7F) {
+    } else if (byte < 0x20 || byte == 0x7F) {
       std::snprintf(escape, sizeof escape, "\\x%02X", byte);
       result += escape;
     } else if (byte == 0xC2 && i + 1 < text.size() &&
@@ -154,7 +152,8 @@ void printTagTable(std::ostream& out, const FileTags& file, TableStyle style) {
     }
   }
 
-  out << "== " << escapeControls(file.file) << "\n";
+  // A file name may hold a line feed, and the header stays one line.
+  out << "== " << escapeControls(file.file, LineFeeds::escaped) << "\n";
   const std::string continuation(2 + titleWidth + 2, ' ');
   for (std::size_t s = 0; s < sections.size(); ++s) {
     out << sections[s].name << "\n";

@@ -21,7 +21,9 @@ void printTagTable(std::ostream& out, const FileTags& file, TableStyle style);
 // combining marks and format characters none, all others one.
 std::size_t displayWidth(std::string_view text);
 
-// Control characters (but the line feed) as C escapes ("\t", "\r", "\x1B", "\u0085").
-std::string escapeControls(std::string_view text);
+// Control characters as C escapes ("\t", "\r", "\x1B", "\u0085"); line feeds as they are
+// or as "\n".
+enum class LineFeeds { kept, escaped };
+std::string escapeControls(std::string_view text, LineFeeds lineFeeds = LineFeeds::kept);
 
 }  // namespace lorvane::app

@@ -164,6 +164,13 @@ TEST(TagTable, ColumnsAlignByDisplayWidthAndValuesStayInTheirRows) {
   EXPECT_NE(table.find("bell\\x07\n"), std::string::npos) << table;
   EXPECT_NE(table.find("  (Binary data 5120 bytes)\n"), std::string::npos) << table;
   EXPECT_NE(table.find("Rotate 90 CW  [6]\n"), std::string::npos) << table;
+
+  // A line feed in a file's name stays inside the header's one line.
+  FileTags named = file;
+  named.file = "line\nbreak.jpg";
+  std::ostringstream header;
+  printTagTable(header, named, TableStyle{});
+  EXPECT_TRUE(header.str().starts_with("== line\\nbreak.jpg\n")) << header.str();
 }
 
 TEST(Assignments, TheCatalogueDecidesBeforeAnythingIsWritten) {

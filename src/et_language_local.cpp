@@ -1,8 +1,6 @@
 #include <lorvane/et_language.hpp>
 
 #include <algorithm>
-#include <cstdio>
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,6 +8,7 @@
 #include <vector>
 
 #include "environment.hpp"
+#include "platform/small_file.hpp"
 #include "resource_folder.hpp"
 
 // ETLanguage::local(): the library's "Localizable" resources hold one small file per
@@ -89,28 +88,24 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-// The value of `key` in a file of "key = value" lines: "" when the file has no such line,
-// nothing when it can't be opened. Reading stops at the key, and the buffer is ours, so a
-// small file costs an open, one read and a close.
+// The value of `key` in a small file of "key = value" lines, looked for in its first 4 KiB:
+// "" when it has no such line, nothing when it can't be opened.
 std::optional<std::string> valueInFile(const std::string& file, std::string_view key) {
-  std::FILE* stream = std::fopen(file.c_str(), "rb");
-  if (stream == nullptr) {
+  const auto contents = platform::readFileStart(file, 4096);
+  if (!contents) {
     return std::nullopt;
   }
-  char buffer[4096];
-  std::setvbuf(stream, buffer, _IOFBF, sizeof buffer);
-  std::string value;
-  char line[512];
-  while (std::fgets(line, sizeof line, stream) != nullptr) {
-    const std::string_view text(line);
-    const std::size_t equals = text.find('=');
-    if (equals != std::string_view::npos && trimmed(text.substr(0, equals)) == key) {
-      value = trimmed(text.substr(equals + 1));
-      break;
+  std::string_view text = *contents;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    const std::string_view line = text.substr(0, end);
+    const std::size_t equals = line.find('=');
+    if (equals != std::string_view::npos && trimmed(line.substr(0, equals)) == key) {
+      return std::string(trimmed(line.substr(equals + 1)));
     }
+    text.remove_prefix(std::min(end + 1, text.size()));
   }
-  std::fclose(stream);
-  return value;
+  return std::string();
 }
 
 // The first localisation the user wants that the resources have, as in a bundle lookup; the

@@ -11,24 +11,6 @@
 
 using namespace lorvane;
 
-TEST(CatalogueFrame, AllCasesRunsFromAFCPToZIPWithEachStreamFromIndexZero) {
-  const auto all = TagItem::allCases();
-  EXPECT_EQ(all.front()->stream(), TagStream::streamAFCP());
-  EXPECT_EQ(all.back()->stream(), TagStream::streamZIP());
-  const auto streams = TagStream::allCases();
-  std::size_t position = 0;
-  for (const TagStream& stream : streams) {
-    SCOPED_TRACE(stream.rawValue());
-    ASSERT_LT(position, all.size());
-    EXPECT_EQ(all[position]->stream(), stream);
-    for (int index = 0; position < all.size() && all[position]->stream() == stream; ++index) {
-      EXPECT_EQ(all[position]->index(), index);
-      ++position;
-    }
-  }
-  EXPECT_EQ(position, all.size());
-}
-
 TEST(CatalogueFrame, StreamListsAreSlicesOfAllCasesAndHoldTheNamedConstants) {
   const auto exif = TagItem::allStreamsEXIF();
   EXPECT_EQ(exif[26], &TagItem::itemEXIFOrientation());

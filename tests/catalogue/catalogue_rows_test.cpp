@@ -97,16 +97,6 @@ TEST(CatalogueRows, EveryRowWithItsFlagsTitleAndTheChoicesItShows) {
   EXPECT_EQ(shownChoices, 4639u);
 }
 
-TEST(CatalogueRows, ListsShownInPartLeadWithTheShownValues) {
-  // The rows show 0, 1, 2, 3, 4, 16, 32 of 13 values; the listing has 0-4 and then 1-4 again.
-  const TagItem& pan = TagItem::itemMPFPanOrientation();
-  EXPECT_EQ(pan.choices().size(), 13u);
-  ASSERT_EQ(pan.index("16"), 5u);
-  EXPECT_EQ(
-      pan.strings().defaultTable().find("MPF:PanOrientation:" + std::string(pan.choices()[5])),
-      "Clockwise");
-}
-
 TEST(CatalogueRows, TranslatedSamplesInEveryLanguage) {
   std::size_t texts = 0;
   for (const auto& sample : catalogueRows()["string_samples"]) {

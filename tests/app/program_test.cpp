@@ -194,6 +194,7 @@ TEST(SetProgram, ARefusedAssignmentWritesNothingAndSaysWhy) {
       {"EXIF:FNumber=weit", "'weit' is not a number"},
       {"EXIF:ISOSpeed=-1", "outside the range of int32u"},
       {"EXIF:LensInfo=1 2 3 4 5", "takes at most 4 values, not 5"},
+      {"EXIF:XResolution=72 72", "takes one value, not 2"},
       {"EXIF:Artist=b", "'EXIF:Artist' takes one value and is named more than once"}};
   for (const auto& [assignment, reason] : refusals) {
     const auto result =
@@ -262,10 +263,6 @@ TEST(Program, UsageMistakesExitWithStatusTwoAndHelpNamesTheStatuses) {
     EXPECT_NE(help.out.find(status), std::string::npos) << status;
   }
 }
-
-}  // namespace
-
-namespace {
 
 // Several tools side by side give what one gives, in command-line order.
 TEST(ShowProgram, JobsKeepTheCommandLinesOrder) {

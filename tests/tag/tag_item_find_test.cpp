@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <utility>
+#include <vector>
+
 namespace {
 
 using namespace lorvane;
@@ -34,6 +38,23 @@ TEST(FindingTags, ByNameGivesTheCatalogueConstant) {
   EXPECT_EQ(TagItem::find(TagName("IFD0", "Orientation")), nullptr);  // a stream without tags
   EXPECT_EQ(TagItem::find(TagName::empty), nullptr);
   EXPECT_EQ(TagItem::find(TagName("exif", "orientation")), nullptr);  // names are case-exact
+}
+
+TEST(FindingTags, ByToolGroupsInTheStreamThatHasTheTag) {
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {"MakerNotes:Canon:LensType", "Canon"},        // maker notes go to their maker
+      {"APP6:GoPro:DeviceName", "GoPro"},            // a segment named by a maker
+      {"QuickTime:Canon:CanonModelID", "Canon"},     // Canon tags in a CR3's boxes
+      {"APP0:CanonRaw:CanonModelID", "CanonRaw"},    // CIFF inside a JPEG
+      {"QuickTime:Track1:ImageWidth", "QuickTime"},  // a family-1 group that is no stream
+      {"EXIF:IFD0:Orientation", "EXIF"}};            // nor one with tags
+  for (const auto& [groupedName, stream] : cases) {
+    const TagItem* item = findToolTag(groupedName);
+    ASSERT_NE(item, nullptr) << groupedName;
+    EXPECT_EQ(item->stream().rawValue(), stream) << groupedName;
+  }
+  EXPECT_EQ(findToolTag("MakerNotes:NoSuchMaker:LensType"), nullptr);
+  EXPECT_EQ(findToolTag("SourceFile"), nullptr);
 }
 
 TEST(FindingTags, EveryCatalogueItemIsFoundAsItself) {

@@ -14,7 +14,6 @@
 #include <fstream>
 #include <mutex>
 #include <set>
-#include <stdexcept>
 #include <thread>
 
 #include "outside_tool.hpp"
@@ -145,43 +144,6 @@ TEST(RunAll, AtMostNChildrenRunAtOnceOutputsKeepTheInputsOrderAndNothingIsLeftBe
   EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
   EXPECT_EQ(errno, ECHILD);
   EXPECT_TRUE(ETProcess::runAll({}).empty());
-}
-
-TEST(RunAll, AThrowingHandlerOrAMissingToolTouchesOnlyItsOwnInputs) {
-  TemporaryFolder folder;
-  const std::string photo = copyOfPlainJpeg(folder.path(), "a.jpg").string();
-  std::vector<ETInput> inputs(3);
-  for (auto& input : inputs) {
-    input.addArguments([&](ETInput::ArgumentsMaker& maker) { readAsJson(photo, maker); });
-  }
-  inputs[1].onStartHandler = [](ETProcess&) { throw std::runtime_error("no start today"); };
-  inputs[2].onEndHandler = [](ETProcess&) { throw 42; };
-
-  std::vector<ETOutput> outputs = ETProcess::runAll(inputs, 3);
-  ASSERT_EQ(outputs.size(), 3u);
-  EXPECT_NO_THROW(outputs[0].throwIfErrors());
-  EXPECT_EQ(nlohmann::json::parse(outputs[0].decodeOutData().value())[0]["SourceFile"], photo);
-  // A throwing handler skips no step of its run: the tool still reads the file.
-  for (std::size_t k : {1u, 2u}) {
-    EXPECT_FALSE(outputs[k].isRunning);
-    EXPECT_EQ(nlohmann::json::parse(outputs[k].decodeOutData().value())[0]["SourceFile"], photo);
-  }
-  EXPECT_EQ(unknownLines(outputs[1]),
-            (std::vector<std::string>{"the start handler threw: no start today\n"}));
-  EXPECT_EQ(unknownLines(outputs[2]),
-            (std::vector<std::string>{
-                "the end handler threw: an exception that is no std::exception\n"}));
-
-  // A tool that can't start fails every input that needs it, each on its own, and the call
-  // still returns.
-  FakeTool missing("", FakeTool::Interpreter::missing);
-  inputs[1].onStartHandler = nullptr;
-  inputs[2].onEndHandler = nullptr;
-  outputs = ETProcess::runAll(inputs, 2);
-  for (const auto& output : outputs) {
-    EXPECT_FALSE(output.isRunning);
-    EXPECT_EQ(unknownLines(output).size(), 1u);
-  }
 }
 
 TEST(RunAll, ACancelEndsOnlyItsOwnInput) {

@@ -2,12 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <stdlib.h>
-
 #include <array>
-#include <iostream>
 #include <memory>
-#include <vector>
 
 using namespace lorvane;
 
@@ -97,42 +93,4 @@ TEST(TagStrings, LocalizesFromTheLocalTableThenEnglishThenTheId) {
   // Ids are joined with colons and escape nothing.
   EXPECT_EQ(TagStrings::makeID({"XMP", "Permits", "cc:Sharing"}),
             TagStrings::makeID({"XMP", "Permits", "cc", "Sharing"}));
-}
-
-// ETLanguage::local() is settled once per process from the language settings, so each
-// language runs in a child process of its own, started afresh with only these settings.
-namespace {
-
-[[noreturn]] void makeStringsAndExit(const char* locale, const std::vector<ETLanguage>& expected,
-                                     std::string_view expectedTitle) {
-  unsetenv("LANGUAGE");
-  unsetenv("LC_MESSAGES");
-  unsetenv("LANG");
-  setenv("LC_ALL", locale, 1);
-  std::vector<ETLanguage> asked;
-  const TagStrings strings([&](ETLanguage language) {
-    asked.push_back(language);
-    return language == ETLanguage::german    ? TagStringTable(germanExif)
-           : language == ETLanguage::english ? TagStringTable(englishExif)
-                                             : TagStringTable();
-  });
-  const std::string title = strings.localize({"EXIF", "Orientation"});
-  const std::string label = strings.localize({"EXIF", "Orientation", "1"});
-  if (asked != expected || strings.localTable().has_value() != (expected.size() == 2) ||
-      title != expectedTitle || label != "Horizontal (normal)") {
-    std::cerr << "asked " << asked.size() << " times; \"" << title << "\", \"" << label << "\"\n";
-    std::exit(1);
-  }
-  std::exit(0);
-}
-
-}  // namespace
-
-TEST(TagStringsDeathTest, TableGetterIsAskedForTheLocalLanguageFirst) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_EXIT(makeStringsAndExit("en_GB.UTF-8", {ETLanguage::english}, "Orientation"),
-              testing::ExitedWithCode(0), "");
-  EXPECT_EXIT(
-      makeStringsAndExit("de_DE.UTF-8", {ETLanguage::german, ETLanguage::english}, "Ausrichtung"),
-      testing::ExitedWithCode(0), "");
 }

@@ -25,8 +25,7 @@ std::string germanText(const TagItem& item, std::string_view key) {
 
 TEST(CatalogueAndExifTool, GermanTitlesAndLabelsAreTheCatalogues) {
   const test::TemporaryFolder folder;
-  const auto file = folder.path() / "tagged.jpg";
-  std::filesystem::copy_file(test::dataFolder() / "plain.jpg", file);
+  const auto file = test::copyOfPlainJpeg(folder.path(), "tagged.jpg");
   test::outsideToolOutput("exiftool", {"-q",
                                        "-overwrite_original",
                                        "-EXIF:Orientation#=6",

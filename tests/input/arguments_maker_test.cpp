@@ -71,37 +71,13 @@ TEST_F(ArgumentsMakerTest, EveryFieldSetFollowsTheFixedOrder) {
   maker.password = "secret";
   maker.sourceURL = std::filesystem::path("/dir with blank/a%20.jpg");
   maker.sourcePath = "/p.jpg";
-  EXPECT_EQ(maker.make(), (Strings{"-json",
-                                   "-q",
-                                   "-x1",
-                                   "-x2",
-                                   "-lang",
-                                   "de",
-                                   "-charset",
-                                   "MacHebrew",
-                                   "-sep",
-                                   ",",
-                                   "-s",
-                                   "-n",
-                                   "-e",
-                                   "-F",
-                                   "-m",
-                                   "-overwrite_original_in_place",
-                                   "-P",
-                                   "-c",
-                                   "%.6f",
-                                   "-r",
-                                   "-ee",
-                                   "-b",
-                                   "-ext",
-                                   "jpg",
-                                   "-ext",
-                                   "HEIC",
-                                   "-password",
-                                   "secret",
-                                   "/dir with blank/a%20.jpg",
-                                   "/p.jpg",
-                                   "-execute"}));
+  EXPECT_EQ(maker.make(),
+            (Strings{"-json", "-q", "-x1", "-x2"} +
+             Strings{"-lang", "de", "-charset", "MacHebrew", "-sep", ","} +
+             Strings{"-s", "-n", "-e", "-F", "-m"} +
+             Strings{"-overwrite_original_in_place", "-P", "-c", "%.6f"} +
+             Strings{"-r", "-ee", "-b", "-ext", "jpg", "-ext", "HEIC"} +
+             Strings{"-password", "secret", "/dir with blank/a%20.jpg", "/p.jpg", "-execute"}));
 
   // Without the defaults, "-q" and the extra arguments go and nothing else does.
   const Strings all = maker.make();

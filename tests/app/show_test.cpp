@@ -1,5 +1,6 @@
 // The program's reading of ExifTool's long JSON, its table and its catalogue checks, driven
-// through the program's own pieces (the whole program runs in show_program_test.cpp).
+// through the program's own pieces with input of our choosing. The whole program, with its
+// refusals, lookups and JSON form, runs in program_test.cpp.
 
 #include <lorvane/lorvane.hpp>
 

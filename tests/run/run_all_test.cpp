@@ -214,12 +214,14 @@ TEST(ETBatches, BigFilesGoApartEachInputKeepsItsFilesInOrderAndIsMadeAsAddArgume
 }
 
 TEST(ETCombinedProgress, WeighsEachRunsProgressCountsAnEndedRunAsDoneAndKeepsOtherHandlers) {
-  FakeTool tool(
-      script(R"(print STDERR "======== /f.jpg [$_/$arguments[0]]\n" for 1 .. $arguments[0];)"));
+  TemporaryFolder folder;
+  const auto photo = [&](const char* name) {
+    return copyOfPlainJpeg(folder.path(), name).string();
+  };
   std::vector<ETInput> inputs(3);
-  inputs[0].arguments = {"1"};
-  inputs[1].arguments = {"3"};
-  inputs[2].arguments = {"0"};  // no progress line at all
+  inputs[0].arguments = {"-json", photo("a.jpg")};
+  inputs[1].arguments = {"-json", photo("b.jpg"), photo("c.jpg"), photo("d.jpg")};
+  inputs[2].arguments = {"-ver"};  // no progress line at all
   int ownCalls = 0;
   inputs[1].onProgressHandler = [&](ETProcess&) { ++ownCalls; };
   std::vector<double> totals;

@@ -1,3 +1,5 @@
+// String tables and their lookup. The tables a process picks by its language are seen at work
+// in the catalogue's language tests, which start children in several languages.
 #include <lorvane/lorvane.hpp>
 
 #include <gtest/gtest.h>

@@ -303,6 +303,7 @@ TEST(ShowProgram, JobsKeepTheCommandLinesOrder) {
   const auto spread = lorvane(three);
   EXPECT_EQ(single.status, 1);
   EXPECT_EQ(spread.status, 1);
+  EXPECT_EQ(spread.err, single.err);  // the missing file's message, once, in its place
   const auto json = withoutAccessDates(spread.out);
   EXPECT_EQ(json, withoutAccessDates(single.out));
   ASSERT_EQ(json.size(), files.size());

@@ -27,19 +27,18 @@ public:
     }
   }
 
+  // Whether the pattern matches somewhere in `line`.
+  bool matches(std::string_view line) const { return findIn(utf16(line)) != nullptr; }
+
   // The capture groups (from group 1 on) of the first match in `line`; a group that took no
   // part in the match is left out. Nothing when there is no match or it captured nothing.
   std::optional<std::vector<std::string>> firstMatchCaptures(std::string_view line) const {
-    if (!pattern_) {
+    const auto text = utf16(line);
+    const auto matcher = findIn(text);
+    if (!matcher) {
       return std::nullopt;
     }
-    const auto text = icu::UnicodeString::fromUTF8(
-        icu::StringPiece(line.data(), static_cast<std::int32_t>(line.size())));
     UErrorCode status = U_ZERO_ERROR;
-    const std::unique_ptr<icu::RegexMatcher> matcher(pattern_->matcher(text, status));
-    if (U_FAILURE(status) || !matcher->find(status) || U_FAILURE(status)) {
-      return std::nullopt;
-    }
     std::vector<std::string> captures;
     for (std::int32_t group = 1; group <= matcher->groupCount(); ++group) {
       const std::int32_t start = matcher->start(group, status);
@@ -59,6 +58,25 @@ public:
   }
 
 private:
+  static icu::UnicodeString utf16(std::string_view line) {
+    return icu::UnicodeString::fromUTF8(
+        icu::StringPiece(line.data(), static_cast<std::int32_t>(line.size())));
+  }
+
+  // A matcher that stands on the first match in `text`, which must outlive it; none when
+  // nothing matches.
+  std::unique_ptr<icu::RegexMatcher> findIn(const icu::UnicodeString& text) const {
+    if (!pattern_) {
+      return nullptr;
+    }
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::RegexMatcher> matcher(pattern_->matcher(text, status));
+    if (U_FAILURE(status) || !matcher->find(status) || U_FAILURE(status)) {
+      return nullptr;
+    }
+    return matcher;
+  }
+
   std::unique_ptr<icu::RegexPattern> pattern_;
 };
 
@@ -70,6 +88,24 @@ std::optional<std::vector<std::string>> capturesIfGated(std::string_view line, c
     return std::nullopt;
   }
   return pattern.firstMatchCaptures(line);
+}
+
+// The ending of a progress line, " [n/m]".
+bool endsLikeProgress(std::string_view line) {
+  static const MessagePattern pattern(uR"(\s\[\d+\/\d+\]$)");
+  return pattern.matches(line);
+}
+
+// The start of a progress line: eight equal signs and white space.
+bool startsLikeProgress(std::string_view line) {
+  static const MessagePattern pattern(uR"(^={8}\s)");
+  return line.starts_with("========") && pattern.matches(line);
+}
+
+// A line that can't belong to a file's name that came before it: the progress line of
+// another file, or a message of the tool.
+bool isOwnLine(std::string_view line) {
+  return startsLikeProgress(line) || line.starts_with("Warning:") || line.starts_with("Error:");
 }
 
 // A decimal number of ASCII digits as a whole, independent of any locale.
@@ -108,13 +144,11 @@ void ETParserPipe::readAvailableData(std::span<const std::byte> data) {
         pendingLine_ += line;
         const std::string joined = std::move(pendingLine_);
         pendingLine_.clear();
-        decodeData(joined, true);
+        takeLine(joined, true);
         continue;
       }
     }
-    if (!line.empty()) {
-      decodeData(line, true);
-    }
+    takeLine(line, true);
   }
   const auto remaining = text->substr(lineStart);
   if (isFirstLine) {
@@ -132,7 +166,51 @@ void ETParserPipe::flushPendingData() {
   if (!pendingLine_.empty()) {
     const std::string line = std::move(pendingLine_);
     pendingLine_.clear();
-    decodeData(line, false);
+    takeLine(line, false);
+  }
+  releaseHeldLines();
+}
+
+void ETParserPipe::takeLine(std::string_view line, bool append) {
+  if (!heldLines_.empty()) {
+    if (isOwnLine(line) || decodeMessage(line)) {
+      releaseHeldLines();
+    } else if (endsLikeProgress(line)) {
+      std::string joined;
+      for (const auto& held : heldLines_) {
+        joined.append(held).append("\n");
+      }
+      joined.append(line);
+      if (decodeFileProgress(joined)) {
+        heldLines_.clear();
+        return;
+      }
+      releaseHeldLines();
+    } else if (append) {
+      heldLines_.emplace_back(line);  // more of the name, even an empty line
+      return;
+    } else {
+      releaseHeldLines();
+    }
+  }
+  // A whole progress line is taken at once; only a line that only starts like one costs more.
+  if (append && line.starts_with("========")) {
+    if (decodeFileProgress(line)) {
+      return;
+    }
+    if (startsLikeProgress(line) && !endsLikeProgress(line)) {
+      heldLines_.emplace_back(line);
+      return;
+    }
+  }
+  decodeData(line, append);
+}
+
+void ETParserPipe::releaseHeldLines() {
+  const auto held = std::move(heldLines_);
+  heldLines_.clear();
+  for (const auto& line : held) {
+    decodeData(line, true);
   }
 }
 
@@ -140,9 +218,11 @@ void ETParserPipe::decodeData(std::string_view line, bool append) {
   if (line.empty()) {
     return;
   }
-  if (decodeFileProgress(line) || decodeNoChangesInFile(line) || decodeNothingToWrite(line) ||
-      decodeFileMovedChange(line) || decodeICCNoInformationToWrite(line) ||
-      decodeICCDeletedMayAffectColor(line)) {
+  if (decodeFileProgress(line)) {
+    return;
+  }
+  if (auto log = decodeMessage(line)) {
+    appendProcessLog(std::move(*log));
     return;
   }
   std::string whole(line);
@@ -154,7 +234,11 @@ void ETParserPipe::decodeData(std::string_view line, bool append) {
 
 bool ETParserPipe::decodeFileProgress(std::string_view line) {
   static const MessagePattern pattern(uR"(^={8}\s+(.+)\s+\[(\d+)\/(\d+)\]$)");
-  const auto captures = capturesIfGated(line, '=', pattern);
+  // A line that holds a line feed is a joined one, or one whose carriage return and line feed
+  // came in one chunk: its file name may hold line feeds, alone or behind a carriage return.
+  static const MessagePattern withLineFeeds(uR"(^={8}\s+((?:.|\r?\n)+)\s+\[(\d+)\/(\d+)\]$)");
+  const auto captures = capturesIfGated(
+      line, '=', line.find('\n') == std::string_view::npos ? pattern : withLineFeeds);
   // The file name, then file n of m.
   if (!captures || captures->size() != 3) {
     return false;
@@ -168,55 +252,62 @@ bool ETParserPipe::decodeFileProgress(std::string_view line) {
   return true;
 }
 
-bool ETParserPipe::decodeNoChangesInFile(std::string_view line) {
+std::optional<ETOutput::ProcessLog> ETParserPipe::decodeMessage(std::string_view line) {
+  for (const auto decode : {decodeNoChangesInFile, decodeNothingToWrite, decodeFileMovedChange,
+                            decodeICCNoInformationToWrite, decodeICCDeletedMayAffectColor}) {
+    if (auto log = decode(line)) {
+      return log;
+    }
+  }
+  return std::nullopt;
+}
+
+std::optional<ETOutput::ProcessLog> ETParserPipe::decodeNoChangesInFile(std::string_view line) {
   static const MessagePattern pattern(uR"(^Nothing\schanged\sin\s+(.+)\s*$)");
   const auto captures = capturesIfGated(line, 'N', pattern);
   if (!captures) {
-    return false;
+    return std::nullopt;
   }
-  appendProcessLog(ETOutput::NoChanges{captures->front()});
-  return true;
+  return ETOutput::NoChanges{captures->front()};
 }
 
-bool ETParserPipe::decodeNothingToWrite(std::string_view line) {
+std::optional<ETOutput::ProcessLog> ETParserPipe::decodeNothingToWrite(std::string_view line) {
   static const MessagePattern pattern(uR"(^Error:\sNothing\sto\swrite\s-\s(.+)\s*$)");
   const auto captures = capturesIfGated(line, 'E', pattern);
   if (!captures) {
-    return false;
+    return std::nullopt;
   }
-  appendProcessLog(ETOutput::NothingToWrite{captures->front()});
-  return true;
+  return ETOutput::NothingToWrite{captures->front()};
 }
 
-bool ETParserPipe::decodeFileMovedChange(std::string_view line) {
+std::optional<ETOutput::ProcessLog> ETParserPipe::decodeFileMovedChange(std::string_view line) {
   static const MessagePattern pattern(uR"(^\'(.*)\'\s+-->\s+\'(.*)\'\s*$)");
   const auto captures = capturesIfGated(line, '\'', pattern);
   if (!captures) {
-    return false;
+    return std::nullopt;
   }
-  appendProcessLog(ETOutput::FileMoved{captures->front(), captures->back()});
-  return true;
+  return ETOutput::FileMoved{captures->front(), captures->back()};
 }
 
-bool ETParserPipe::decodeICCNoInformationToWrite(std::string_view line) {
+std::optional<ETOutput::ProcessLog> ETParserPipe::decodeICCNoInformationToWrite(
+    std::string_view line) {
   static const MessagePattern pattern(uR"(^Error:\sNo\sICC\sinformation\sto\swrite\s-\s(.+)\s*$)");
   const auto captures = capturesIfGated(line, 'E', pattern);
   if (!captures) {
-    return false;
+    return std::nullopt;
   }
-  appendProcessLog(ETOutput::IccNoInformationToWrite{captures->front()});
-  return true;
+  return ETOutput::IccNoInformationToWrite{captures->front()};
 }
 
-bool ETParserPipe::decodeICCDeletedMayAffectColor(std::string_view line) {
+std::optional<ETOutput::ProcessLog> ETParserPipe::decodeICCDeletedMayAffectColor(
+    std::string_view line) {
   static const MessagePattern pattern(
       uR"(^Warning:\sICC_Profile\sdeleted\.\sImage\scolors\smay\sbe\saffected\s-\s(.+)\s*$)");
   const auto captures = capturesIfGated(line, 'W', pattern);
   if (!captures) {
-    return false;
+    return std::nullopt;
   }
-  appendProcessLog(ETOutput::IccDeletedMayAffectColor{captures->front()});
-  return true;
+  return ETOutput::IccDeletedMayAffectColor{captures->front()};
 }
 
 void ETParserPipe::setProgessChange(double progress) { run().setProgress(progress); }

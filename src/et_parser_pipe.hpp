@@ -1,7 +1,9 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "et_pipe.hpp"
 
@@ -14,6 +16,14 @@ namespace lorvane {
 // Each chunk is decoded by itself: a chunk that isn't valid UTF-8 is dropped whole (a
 // character split across two chunks thus loses both). A line ends at a line feed that doesn't
 // directly follow a carriage return within the same chunk.
+//
+// A file's name may hold line feeds, and the tool prints it as it is, so the progress line of
+// such a file reaches us cut into several lines. A line that starts like a progress line but
+// lacks its "[n/m]" ending is therefore held back and joined with the lines behind it until one
+// has that ending; the whole then counts as one progress line. When another progress line, a
+// message of the tool or the end of the stream comes first, the ending isn't coming: the held
+// lines are decoded as any other line, in their place. Lines that hold no such name are read as
+// they always were.
 class ETParserPipe final : public ETPipe {
 public:
   using ETPipe::ETPipe;
@@ -24,20 +34,29 @@ public:
   void flushPendingData() override;
 
 private:
+  // One finished line, or the last one without a line end when not `append`: joined to the
+  // held lines, held itself, or decoded.
+  void takeLine(std::string_view line, bool append);
+  // Decodes the held lines one by one, as lines of their own.
+  void releaseHeldLines();
   // Tries the recognisers in order; a line none takes is stored whole, with a line feed
   // behind it when `append`.
   void decodeData(std::string_view line, bool append);
   bool decodeFileProgress(std::string_view line);
-  bool decodeNoChangesInFile(std::string_view line);
-  bool decodeNothingToWrite(std::string_view line);
-  bool decodeFileMovedChange(std::string_view line);
-  bool decodeICCNoInformationToWrite(std::string_view line);
-  bool decodeICCDeletedMayAffectColor(std::string_view line);
+  // The entry of the known message other than progress that takes the line, if one does.
+  static std::optional<ETOutput::ProcessLog> decodeMessage(std::string_view line);
+  static std::optional<ETOutput::ProcessLog> decodeNoChangesInFile(std::string_view line);
+  static std::optional<ETOutput::ProcessLog> decodeNothingToWrite(std::string_view line);
+  static std::optional<ETOutput::ProcessLog> decodeFileMovedChange(std::string_view line);
+  static std::optional<ETOutput::ProcessLog> decodeICCNoInformationToWrite(std::string_view line);
+  static std::optional<ETOutput::ProcessLog> decodeICCDeletedMayAffectColor(std::string_view line);
   void setProgessChange(double progress);
   void appendProcessLog(ETOutput::ProcessLog log);
 
   // The text of the unfinished last line of the chunks read so far.
   std::string pendingLine_;
+  // The lines of a progress line still waiting for its ending, the first one in front.
+  std::vector<std::string> heldLines_;
 };
 
 }  // namespace lorvane

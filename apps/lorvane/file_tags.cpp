@@ -1,6 +1,7 @@
 #include "file_tags.hpp"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 
 #include <lorvane/tool_groups.hpp>
@@ -126,8 +127,8 @@ std::string TagValue::joined() const {
   return result;
 }
 
-std::vector<FileTags> makeFileTags(const std::vector<std::string>& files,
-                                   const ToolReading& reading) {
+std::vector<std::vector<FileTags>> makeFileTagsPerArgument(const std::vector<std::string>& files,
+                                                           const ToolReading& reading) {
   // Each object goes to the first argument that names it and has not had it yet: the same
   // file given twice is read twice; a folder takes every object inside it.
   std::map<std::string, std::vector<std::size_t>, std::less<>> argumentsOfPath;
@@ -165,20 +166,29 @@ std::vector<FileTags> makeFileTags(const std::vector<std::string>& files,
       objectsOfArgument[i].push_back(unnamed[next++]);
     }
   }
-  std::vector<FileTags> result;
+  std::vector<std::vector<FileTags>> result(files.size());
   for (std::size_t i = 0; i < files.size(); ++i) {
     if (objectsOfArgument[i].empty()) {
       FileTags missing{files[i], messageAbout(reading.messages, files[i]), {}};
       if (!missing.error) {
         missing.error = "not read";
       }
-      result.push_back(std::move(missing));
+      result[i].push_back(std::move(missing));
       continue;
     }
     for (const Json* object : objectsOfArgument[i]) {
       const auto& source = (*object)["SourceFile"].get_ref<const std::string&>();
-      result.push_back(makeFile(liesIn(source, files[i]) ? source : files[i], *object));
+      result[i].push_back(makeFile(liesIn(source, files[i]) ? source : files[i], *object));
     }
+  }
+  return result;
+}
+
+std::vector<FileTags> makeFileTags(const std::vector<std::string>& files,
+                                   const ToolReading& reading) {
+  std::vector<FileTags> result;
+  for (auto& group : makeFileTagsPerArgument(files, reading)) {
+    std::move(group.begin(), group.end(), std::back_inserter(result));
   }
   return result;
 }

@@ -55,6 +55,10 @@ struct ToolReading {
 std::vector<FileTags> makeFileTags(const std::vector<std::string>& files,
                                    const ToolReading& reading);
 
+// The same grouped by argument: entry i holds what files[i] gave (several for a folder).
+std::vector<std::vector<FileTags>> makeFileTagsPerArgument(const std::vector<std::string>& files,
+                                                           const ToolReading& reading);
+
 // The tool's messages that name none of the files: makeFileTags has no place for them.
 std::vector<std::string> messagesAboutNoFile(const std::vector<std::string>& files,
                                              const ToolReading& reading);

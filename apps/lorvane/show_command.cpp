@@ -26,23 +26,30 @@ int runShow(const ShowRequest& request, std::ostream& out, std::ostream& err) {
   if (request.drawsProgress && request.files.size() > 1) {
     onProgress = [&err](double progress) { drawProgress(err, progress); };
   }
-  // The tool's own JSON of several runs would be several arrays: it comes from one run.
-  const ToolReading reading = readWithTool(request.files, request.language,
-                                           request.printsToolJson ? 1 : request.jobs, onProgress);
-  if (onProgress) {
-    err << "\r" << std::string(48, ' ') << "\r" << std::flush;
-  }
-
-  int status = 0;
-  for (const auto& message : messagesAboutNoFile(request.files, reading)) {
-    err << "lorvane: " << message << "\n";
-    status = 1;
-  }
+  const auto clearProgress = [&] {
+    if (onProgress) {
+      err << "\r" << std::string(48, ' ') << "\r" << std::flush;
+    }
+  };
   if (request.printsToolJson) {
+    const ToolReading reading = readWithTool(request.files, request.language, onProgress);
+    clearProgress();
+    int status = 0;
+    for (const auto& message : messagesAboutNoFile(request.files, reading)) {
+      err << "lorvane: " << message << "\n";
+      status = 1;
+    }
     out << reading.text;
     return reading.messages.empty() ? status : 1;
   }
-  const auto files = makeFileTags(request.files, reading);
+  const FilesRead read = readFileTags(request.files, request.language, request.jobs, onProgress);
+  clearProgress();
+  int status = 0;
+  for (const auto& message : read.messages) {
+    err << "lorvane: " << message << "\n";
+    status = 1;
+  }
+  const auto& files = read.files;
   if (request.printsJson) {
     out << makeFileTagsJson(files).dump(2, ' ', false,
                                         nlohmann::ordered_json::error_handler_t::replace)

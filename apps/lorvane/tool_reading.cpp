@@ -1,5 +1,8 @@
 #include "tool_reading.hpp"
 
+#include <exception>
+#include <iterator>
+#include <optional>
 #include <variant>
 
 #include <lorvane/et_batches.hpp>
@@ -25,7 +28,8 @@ auto readingOptions(ETLanguage language) {
   };
 }
 
-void takeOutput(const ETOutput& output, ToolReading& reading) {
+ToolReading takeOutput(const ETOutput& output) {
+  ToolReading reading;
   for (const auto& log : output.processLogs) {
     if (const auto* unknown = std::get_if<ETOutput::UnknownLog>(&log)) {
       if (const auto line = nonBlank(unknown->line)) {
@@ -33,14 +37,21 @@ void takeOutput(const ETOutput& output, ToolReading& reading) {
       }
     }
   }
-  std::string text = output.decodeOutData().value_or("");
-  if (nonBlank(text)) {
-    for (auto& object : parseToolJson(text)) {
+  reading.text = output.decodeOutData().value_or("");
+  if (nonBlank(reading.text)) {
+    for (auto& object : parseToolJson(reading.text)) {
       reading.objects.push_back(std::move(object));
     }
   }
-  reading.text += text;
+  return reading;
 }
+
+// One run's share of the files, made into tags by the run's end handler.
+struct BatchResult {
+  std::vector<std::vector<FileTags>> perArgument;
+  std::vector<std::string> messages;
+  std::exception_ptr failure;  // the run machinery would keep it as a line: it goes to the caller
+};
 
 }  // namespace
 
@@ -51,25 +62,55 @@ ETInput makeReadingInput(const std::vector<std::string>& files, ETLanguage langu
 }
 
 ToolReading readWithTool(const std::vector<std::string>& files, ETLanguage language,
-                         std::size_t jobs, const std::function<void(double)>& onProgress) {
-  ToolReading reading;
-  if (jobs == 1) {
-    ETInput input = makeReadingInput(files, language);
-    if (onProgress) {
-      input.onProgressHandler = [&](ETProcess& process) { onProgress(process.output().progress); };
-    }
-    takeOutput(ETProcess::run(input), reading);
-    return reading;
+                         const std::function<void(double)>& onProgress) {
+  ETInput input = makeReadingInput(files, language);
+  if (onProgress) {
+    input.onProgressHandler = [&](ETProcess& process) { onProgress(process.output().progress); };
   }
+  return takeOutput(ETProcess::run(input));
+}
+
+FilesRead readFileTags(const std::vector<std::string>& files, ETLanguage language, std::size_t jobs,
+                       const std::function<void(double)>& onProgress) {
   ETBatches batches = ETBatches::spread(files, jobs, readingOptions(language));
+  std::vector<BatchResult> results(batches.inputs.size());
+  for (std::size_t k = 0; k < batches.inputs.size(); ++k) {
+    batches.inputs[k].onEndHandler = [&files, &batches, &results, k](ETProcess& process) {
+      try {
+        std::vector<std::string> batchFiles;
+        for (const std::size_t place : batches.places[k]) {
+          batchFiles.push_back(files[place]);
+        }
+        const ToolReading reading = takeOutput(process.output());
+        results[k].perArgument = makeFileTagsPerArgument(batchFiles, reading);
+        results[k].messages = messagesAboutNoFile(batchFiles, reading);
+      } catch (...) {
+        results[k].failure = std::current_exception();
+      }
+    };
+  }
   std::optional<ETCombinedProgress> progress;
   if (onProgress) {
     progress.emplace(batches, onProgress);
   }
-  for (const auto& output : ETProcess::runAll(batches.inputs, jobs)) {
-    takeOutput(output, reading);
+  ETProcess::runAll(batches.inputs, jobs);
+
+  std::vector<std::vector<FileTags>> perArgument(files.size());
+  FilesRead read;
+  for (std::size_t k = 0; k < results.size(); ++k) {
+    if (results[k].failure) {
+      std::rethrow_exception(results[k].failure);
+    }
+    for (std::size_t j = 0; j < batches.places[k].size(); ++j) {
+      perArgument[batches.places[k][j]] = std::move(results[k].perArgument[j]);
+    }
+    std::move(results[k].messages.begin(), results[k].messages.end(),
+              std::back_inserter(read.messages));
   }
-  return reading;
+  for (auto& group : perArgument) {
+    std::move(group.begin(), group.end(), std::back_inserter(read.files));
+  }
+  return read;
 }
 
 }  // namespace lorvane::app

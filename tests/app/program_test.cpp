@@ -142,6 +142,19 @@ TEST(ShowProgram, JsonHoldsEveryTagWithTheToolsExactValues) {
   EXPECT_TRUE(shown["ExifTool:ExifToolVersion"]["stream"].is_null());
 }
 
+// The tool prints a line feed of a name inside its progress line, which is no message.
+TEST(ShowProgram, NamesWithLineFeedsAreShownWithoutComplaint) {
+  TemporaryFolder folder;
+  const auto lineFeed = copyOfSample(folder, "line\nbreak.jpg");
+  const auto carriageReturn = copyOfSample(folder, "crlf\r\nname.jpg");
+  const auto result = lorvane({"show", "--lang", "en", lineFeed.string(), carriageReturn.string()});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(result.err, "");
+  const auto model = result.out.find("Camera Model Name");
+  ASSERT_NE(model, std::string::npos) << result.out;
+  EXPECT_NE(result.out.find("Camera Model Name", model + 1), std::string::npos) << result.out;
+}
+
 TEST(SetProgram, WritesByALabelInTheChosenLanguageAndKeepsTheOriginal) {
   TemporaryFolder folder;
   const auto file = copyOfSample(folder);
@@ -279,6 +292,7 @@ TEST(ShowProgram, JobsKeepTheCommandLinesOrder) {
   const auto spread = lorvane(three);
   EXPECT_EQ(single.status, 1);
   EXPECT_EQ(spread.status, 1);
+  EXPECT_EQ(spread.err, single.err);  // the missing file's message, once, in its place
   const auto json = withoutAccessDates(spread.out);
   EXPECT_EQ(json, withoutAccessDates(single.out));
   ASSERT_EQ(json.size(), files.size());

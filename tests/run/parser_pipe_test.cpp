@@ -13,8 +13,7 @@ using lorvane::RunState;
 namespace {
 
 // A parser on its own, with a run state but no run: chunks, end of stream, flush.
-class ParserTest : public ::testing::Test {
-protected:
+struct Parser {
   void feed(std::string_view chunk) { parser.readAvailableData(std::as_bytes(std::span(chunk))); }
   ETOutput output() const {
     return atomic.read([&] { return nonAtomicOutput; });
@@ -28,12 +27,30 @@ protected:
 
   mutable AtomicQueue atomic;
   ETOutput nonAtomicOutput;
-  int progressCalls = 0;
-  RunState run{atomic, nonAtomicOutput, [this] { ++progressCalls; }};
+  std::vector<double> progress;  // at each call of the handler
+  RunState run{atomic, nonAtomicOutput, [this] { progress.push_back(output().progress); }};
   ETParserPipe parser{run};
 };
 
+class ParserTest : public ::testing::Test, public Parser {};
+
 using Lines = std::vector<std::string>;
+
+// The progress values and the log entries, known ones by kind and path, of a stream fed in
+// these chunks.
+std::pair<std::vector<double>, Lines> parsed(const std::vector<std::string_view>& chunks) {
+  Parser test;
+  for (const auto chunk : chunks) {
+    test.feed(chunk);
+  }
+  Lines logs;
+  for (const auto& log : test.finish().processLogs) {
+    const auto* unknown = std::get_if<ETOutput::UnknownLog>(&log);
+    logs.push_back(unknown ? unknown->line
+                           : "no changes: " + std::get<ETOutput::NoChanges>(log).path);
+  }
+  return {test.progress, logs};
+}
 
 }  // namespace
 
@@ -68,7 +85,7 @@ TEST_F(ParserTest, RecognisesTheToolsMessages) {
 TEST_F(ParserTest, ProgressLinesMoveProgressAndAreNotLogged) {
   feed("======== /path with blanks/file.jpg [3/10]\n");
   EXPECT_DOUBLE_EQ(output().progress, 0.3);
-  EXPECT_EQ(progressCalls, 1);
+  EXPECT_EQ(progress.size(), 1u);
   feed("======== /x.jpg [0/0]\n");
   EXPECT_EQ(output().progress, 0);
   feed("======== /x.jpg [12/10]\n");
@@ -115,4 +132,53 @@ TEST_F(ParserTest, AChunkThatIsNotUTF8IsDroppedWhole) {
   feed("last\n");
   finish();
   EXPECT_EQ(unknownLines(), (Lines{"kept\n", "pending part\n", "last\n"}));
+}
+
+// The tool prints a file's name as it is, line feeds and all: the progress line comes cut.
+TEST(ParserJoin, AProgressLineCutByLineFeedsInTheNameIsOneProgressLine) {
+  struct Case {
+    std::string_view stream;
+    std::vector<double> progress;
+    Lines logs;
+  };
+  const std::vector<Case> cases = {
+      {"======== line\nbreak.jpg [1/2]\nnext\n", {0.5}, {"next\n"}},
+      {"======== \n\ntwo.jpg [2/2]\n", {1}, {}},  // a name that starts with two line feeds
+      {"======== crlf\r\nname.jpg [1/4]\n", {0.25}, {}},
+      {"======== last\nline.jpg [1/1]", {1}, {}},  // no line end at the end of the stream
+      // The ending never comes: the held lines are unknown, in their place.
+      {"======== a\n======== b.jpg [1/2]\n", {0.5}, {"======== a\n"}},
+      {"======== a\nWarning: w\nb.jpg [1/2]\n",
+       {},
+       {"======== a\n", "Warning: w\n", "b.jpg [1/2]\n"}},
+      {"======== a\nError: e [1/2]\n", {}, {"======== a\n", "Error: e [1/2]\n"}},
+      {"======== a\n\nNothing changed in /b.jpg\n", {}, {"======== a\n", "no changes: /b.jpg"}},
+      {"======== a\nb\n\n", {}, {"======== a\n", "b\n"}},
+      {"======== a\nb", {}, {"======== a\n", "b"}},
+      {"======== a\nb.jpg [\u0661/2]\n", {}, {"======== a\n", "b.jpg [\u0661/2]\n"}},
+      // A lone carriage return in a name keeps its line unknown, joined or not.
+      {"======== a\rb\nc.jpg [1/2]\n", {}, {"======== a\rb\n", "c.jpg [1/2]\n"}},
+  };
+  for (const auto& [stream, progress, logs] : cases) {
+    const auto expected = std::pair(progress, logs);
+    EXPECT_EQ(parsed({stream}), expected) << stream;
+    for (std::size_t border = 1; border < stream.size(); ++border) {
+      if ((stream[border] & 0xC0) == 0x80) {
+        continue;  // inside a character, which spoils both chunks
+      }
+      EXPECT_EQ(parsed({stream.substr(0, border), stream.substr(border)}), expected)
+          << stream << " cut at " << border;
+    }
+  }
+}
+
+TEST_F(ParserTest, HeldLinesLeaveAsSoonAsTheirEndingComesOrCannotCome) {
+  feed("======== a\nb");
+  EXPECT_TRUE(output().processLogs.empty());
+  feed(".jpg [1/2]\n");
+  EXPECT_EQ(progress, std::vector<double>{0.5});  // at once, not at the end
+  feed("======== c\n");
+  feed("Nothing changed in /d.jpg\n");
+  EXPECT_EQ(unknownLines(), Lines{"======== c\n"});
+  EXPECT_EQ(output().processLogs.size(), 2u);
 }

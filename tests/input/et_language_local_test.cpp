@@ -82,7 +82,6 @@ TEST_F(ETLanguageLocal, SettingsAreReadInGettextOrder) {
       {{{"LANGUAGE", "ja"}}, "japanese"},
       {{{"LANG", "C"}, {"LANGUAGE", ":"}}, "english"},
       // Chinese is the Simplified kind unless the region writes it Traditional.
-      {{{"LANG", "zh_CN.UTF-8"}}, "chinese"},
       {{{"LANGUAGE", "zh"}}, "chinese"},
       {{{"LANG", "zh_SG.UTF-8"}}, "chinese"},
       {{{"LANG", "zh_TW.UTF-8"}}, "english"},

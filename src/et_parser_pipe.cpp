@@ -102,6 +102,10 @@ bool startsLikeProgress(std::string_view line) {
   return line.starts_with("========") && pattern.matches(line);
 }
 
+// Holding stops here, so that a line that only looks cut can't keep the lines behind it back
+// for long: a path has at most 4096 bytes, and the frame of a progress line fits in the rest.
+constexpr std::size_t longestCutProgressLine = 4096 + 64;
+
 // A line that can't belong to a file's name that came before it: the progress line of
 // another file, or a message of the tool.
 bool isOwnLine(std::string_view line) {
@@ -186,7 +190,7 @@ void ETParserPipe::takeLine(std::string_view line, bool append) {
         return;
       }
       releaseHeldLines();
-    } else if (append) {
+    } else if (append && heldSize() + line.size() < longestCutProgressLine) {
       heldLines_.emplace_back(line);  // more of the name, even an empty line
       return;
     } else {
@@ -204,6 +208,14 @@ void ETParserPipe::takeLine(std::string_view line, bool append) {
     }
   }
   decodeData(line, append);
+}
+
+std::size_t ETParserPipe::heldSize() const {
+  std::size_t size = 0;
+  for (const auto& line : heldLines_) {
+    size += line.size() + 1;
+  }
+  return size;
 }
 
 void ETParserPipe::releaseHeldLines() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -39,6 +40,8 @@ private:
   void takeLine(std::string_view line, bool append);
   // Decodes the held lines one by one, as lines of their own.
   void releaseHeldLines();
+  // The bytes held, with a line feed after each line.
+  std::size_t heldSize() const;
   // Tries the recognisers in order; a line none takes is stored whole, with a line feed
   // behind it when `append`.
   void decodeData(std::string_view line, bool append);

@@ -181,4 +181,8 @@ TEST_F(ParserTest, HeldLinesLeaveAsSoonAsTheirEndingComesOrCannotCome) {
   feed("Nothing changed in /d.jpg\n");
   EXPECT_EQ(unknownLines(), Lines{"======== c\n"});
   EXPECT_EQ(output().processLogs.size(), 2u);
+  // No path is this long: the held line goes before the flush, and the long one behind it.
+  const std::string longLine(5000, 'x');
+  feed("======== e\n" + longLine + "\n");
+  EXPECT_EQ(unknownLines(), (Lines{"======== c\n", "======== e\n", longLine + "\n"}));
 }

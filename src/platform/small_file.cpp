@@ -5,22 +5,23 @@
 
 #include <cerrno>
 
+#include "platform/pipe.hpp"
+
 namespace lorvane::platform {
 
 std::optional<std::string> readFileStart(const std::string& path, std::size_t limit) {
-  const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (descriptor < 0) {
+  const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!file.isOpen()) {
     return std::nullopt;
   }
   std::string contents(limit, '\0');
   std::size_t filled = 0;
   while (filled < limit) {
-    const ssize_t count = ::read(descriptor, contents.data() + filled, limit - filled);
+    const ssize_t count = ::read(file.get(), contents.data() + filled, limit - filled);
     if (count < 0 && errno == EINTR) {
       continue;
     }
     if (count < 0) {
-      ::close(descriptor);
       return std::nullopt;
     }
     if (count == 0) {
@@ -28,7 +29,6 @@ std::optional<std::string> readFileStart(const std::string& path, std::size_t li
     }
     filled += static_cast<std::size_t>(count);
   }
-  ::close(descriptor);
   contents.resize(filled);
   return contents;
 }

@@ -21,10 +21,10 @@ constexpr std::size_t largestBlockCapacity = 64 * 1024 * 1024;
 
 }  // namespace
 
-std::unique_ptr<ETPipe> ETPipe::make(bool parses, RunState& run) {
+std::unique_ptr<ETPipe> ETPipe::make(bool parses, RunState& run, bool keepsInvalidText) {
   std::unique_ptr<ETPipe> pipe;
   if (parses) {
-    pipe = std::make_unique<ETParserPipe>(run);
+    pipe = std::make_unique<ETParserPipe>(run, keepsInvalidText);
   } else {
     pipe = std::make_unique<ETBinaryPipe>(run);
   }

@@ -18,8 +18,9 @@ namespace lorvane {
 // the last chunk. All a reader gives the run goes through the run state.
 class ETPipe {
 public:
-  // A listening reader: an ETParserPipe when `parses`, else an ETBinaryPipe.
-  static std::unique_ptr<ETPipe> make(bool parses, RunState& run);
+  // A listening reader: an ETParserPipe when `parses` (which keeps text that isn't UTF-8 when
+  // `keepsInvalidText`), else an ETBinaryPipe.
+  static std::unique_ptr<ETPipe> make(bool parses, RunState& run, bool keepsInvalidText = false);
 
   explicit ETPipe(RunState& run);
   virtual ~ETPipe();

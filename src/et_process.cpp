@@ -134,8 +134,8 @@ void talkToTool(const ETInput& input, RunState& run) {
   }
   // The readers listen before the launch, so the child never blocks on a full pipe while we
   // are still writing the batch.
-  const auto outputReader = ETPipe::make(input.parsesOutPipe, run);
-  const auto errorReader = ETPipe::make(input.parsesErrPipe, run);
+  const auto outputReader = ETPipe::make(input.parsesOutPipe, run, input.keepsInvalidText);
+  const auto errorReader = ETPipe::make(input.parsesErrPipe, run, input.keepsInvalidText);
   platform::Pipe inputPipe = platform::makePipe();
 
   std::optional<std::string> failure;

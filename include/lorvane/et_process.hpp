@@ -13,7 +13,8 @@ namespace lorvane {
 // One run of ExifTool: a child process started from the binaries folder with a fixed command
 // line and an environment of its own, the batch of arguments sent over its standard input, both
 // output streams read until the child exits. One run is one child; the exit is the end of the
-// batch. Nothing here throws: what goes wrong is in the output's messages.
+// batch. Nothing here throws: what goes wrong is in the output's messages. On Linux the tool
+// dies with the thread that runs it, and so with the host process, even one killed outright.
 //
 //   ETOutput out = ETProcess::run(input);   // blocks until the tool has exited
 //   out.throwIfErrors();

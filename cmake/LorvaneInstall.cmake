@@ -13,6 +13,8 @@ install(TARGETS lorvane EXPORT LorvaneTargets
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/lorvane" DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
   COMPONENT dev)
+install(FILES "${PROJECT_BINARY_DIR}/include/lorvane/version.hpp"
+  DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/lorvane" COMPONENT dev)
 # The binaries folder holds links to the tools of the machine; they are installed as links.
 install(DIRECTORY "${LORVANE_BUILD_RESOURCE_DIR}/" DESTINATION "${CMAKE_INSTALL_DATADIR}/lorvane"
   COMPONENT runtime)
@@ -23,6 +25,11 @@ if(LORVANE_BUILD_PROGRAM)
   file(RELATIVE_PATH LORVANE_BIN_TO_LIB "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
   set_target_properties(lorvane-cli PROPERTIES INSTALL_RPATH "$ORIGIN/${LORVANE_BIN_TO_LIB}")
   install(TARGETS lorvane-cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
+  install(FILES "${PROJECT_BINARY_DIR}/apps/lorvane.1.gz" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1"
+    COMPONENT program)
+  # Where bash-completion loads it from when "lorvane" is first completed.
+  install(FILES "${PROJECT_SOURCE_DIR}/apps/lorvane/lorvane.bash-completion" RENAME lorvane
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT program)
 endif()
 
 install(EXPORT LorvaneTargets NAMESPACE lorvane:: DESTINATION ${LORVANE_CMAKE_DIR} COMPONENT dev)

@@ -17,6 +17,7 @@
 #include <lorvane/et_process.hpp>
 #include <lorvane/et_settings.hpp>
 #include <lorvane/text.hpp>
+#include <lorvane/version.hpp>
 
 #include <lorvane/canonical_text.hpp>
 #include <lorvane/tag_item.hpp>

@@ -10,6 +10,8 @@
 #include <string>
 #include <sys/wait.h>
 
+#include <lorvane/version.hpp>
+
 #include "outside_tool.hpp"
 #include "test_support.hpp"
 
@@ -240,7 +242,7 @@ TEST(Program, NoExifToolSaysWhereItLookedAndHowToSetTheFolder) {
   TemporaryFolder resources;
   const std::string environment = "LORVANE_RESOURCE_DIR=" + quoted(resources.path().string());
   for (const auto& arguments : std::vector<std::vector<std::string>>{
-           {"show", sample()}, {"set", "EXIF:Artist=x", "--", sample()}}) {
+           {"show", sample()}, {"set", "EXIF:Artist=x", "--", sample()}, {"--version"}}) {
     const auto result = lorvane(arguments, environment);
     EXPECT_EQ(result.status, 3);
     EXPECT_NE(result.err.find((resources.path() / "binaries").string()), std::string::npos)
@@ -267,6 +269,15 @@ TEST(Program, UsageMistakesExitWithStatusTwoAndHelpNamesTheStatuses) {
   for (const char* status : {"0  ", "1  ", "2  ", "3  "}) {
     EXPECT_NE(help.out.find(status), std::string::npos) << status;
   }
+}
+
+TEST(Program, VersionNamesLorvaneAndTheExifToolItRuns) {
+  const auto result = lorvane({"--version"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  std::string tool = outsideToolOutput("exiftool", {"-ver"});
+  tool.erase(tool.find_last_not_of('\n') + 1);
+  EXPECT_TRUE(result.out.starts_with("lorvane " LORVANE_VERSION_STRING "\nExifTool " + tool + " ("))
+      << result.out;
 }
 
 // Several tools side by side give what one gives, in command-line order.

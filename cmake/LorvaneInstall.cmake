@@ -15,8 +15,14 @@ install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/lorvane" DESTINATION ${CMAKE_IN
   COMPONENT dev)
 install(FILES "${PROJECT_BINARY_DIR}/include/lorvane/version.hpp"
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/lorvane" COMPONENT dev)
-# The binaries folder holds links to the tools of the machine; they are installed as links.
+# The binaries folder holds links to the tools of the machine, made anew where it is installed.
 install(DIRECTORY "${LORVANE_BUILD_RESOURCE_DIR}/" DESTINATION "${CMAKE_INSTALL_DATADIR}/lorvane"
+  COMPONENT runtime PATTERN binaries EXCLUDE)
+install(CODE "
+  set(LORVANE_LINKS \"${LORVANE_BINARIES_LINKS}\")
+  set(LORVANE_LINK_FOLDER \"${CMAKE_INSTALL_DATADIR}/lorvane/binaries\")
+  set(LORVANE_CONFIGURED_PREFIX \"${CMAKE_INSTALL_PREFIX}\")
+  include(\"${PROJECT_SOURCE_DIR}/cmake/LorvaneInstallLinks.cmake\")"
   COMPONENT runtime)
 
 # The program finds the library relative to itself, so any prefix works without

@@ -60,8 +60,8 @@ if(NOT latest MATCHES "^lorvane \\(${PROJECT_VERSION}\\) ")
 endif()
 configure_file(cmake/changelog.in "${PROJECT_BINARY_DIR}/debian/changelog" @ONLY)
 find_program(LORVANE_GZIP gzip REQUIRED)
-execute_process(COMMAND "${LORVANE_GZIP}" -9nf "${PROJECT_BINARY_DIR}/debian/changelog"
-  COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND "${LORVANE_GZIP}" -9nc "${PROJECT_BINARY_DIR}/debian/changelog"
+  OUTPUT_FILE "${PROJECT_BINARY_DIR}/debian/changelog.gz" COMMAND_ERROR_IS_FATAL ANY)
 
 # Each Debian package carries the license as its copyright file, and the changelog; the
 # packages are native (no separate upstream), so it is changelog.gz.

@@ -46,12 +46,24 @@ Names optionsIn(const std::string& text) {
 }
 
 // What each usage line of --help offers: its first word (a command, or an option such as
-// --version) to the options the line names.
+// --version) to the options the line names, with the lines it goes on in.
 std::map<std::string, Names> helpSynopsis(const std::string& help) {
-  static const std::regex line(R"((?:^|\n)(?:usage:)? +lorvane (\S+)([^\n]*))");
+  static const std::regex start(R"((?:usage:)? +lorvane (\S+).*)");
+  std::istringstream lines(help.substr(0, help.find("\n\n")));
+  std::map<std::string, std::string> usage;
+  std::string* current = nullptr;
+  for (std::string line; std::getline(lines, line);) {
+    std::smatch match;
+    if (std::regex_match(line, match, start)) {
+      current = &usage[match[1]];
+    }
+    if (current != nullptr) {
+      current->append(line).append("\n");
+    }
+  }
   std::map<std::string, Names> synopsis;
-  for (std::sregex_iterator it(help.begin(), help.end(), line), end; it != end; ++it) {
-    synopsis[(*it)[1]] = optionsIn((*it)[0]);
+  for (const auto& [first, text] : usage) {
+    synopsis[first] = optionsIn(text);
   }
   return synopsis;
 }

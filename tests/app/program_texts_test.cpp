@@ -187,6 +187,8 @@ TEST(ProgramTexts, BashCompletionOffersFilesOnlyWhereTheyGo) {
   const std::vector<std::string> picture = {"holiday picture.jpg"};
   EXPECT_EQ(completions({"show", "--lang", "de", "hol"}, folder.path()), picture);
   EXPECT_EQ(completions({"set", "EXIF:Artist=x", "--", "hol"}, folder.path()), picture);
+  EXPECT_EQ(completions({"show", "--files-from", "hol"}, folder.path()), picture);
+  EXPECT_TRUE(completions({"show", "--timeout", "hol"}, folder.path()).empty());
   EXPECT_TRUE(completions({"set", "hol"}, folder.path()).empty());
   EXPECT_TRUE(completions({"tags", "hol"}, folder.path()).empty());
 }

@@ -81,8 +81,7 @@ ETOutput ETSession::run(const ETInput& input) {
     std::lock_guard guard(shared_->currentGuard);
     shared_->current = &process;
   }
-  process.executeWith(input,
-                      [&](const ETInput& own, RunState& run) { shared_->talk(own, run); });
+  process.executeWith(input, [&](const ETInput& own, RunState& run) { shared_->talk(own, run); });
   {
     std::lock_guard guard(shared_->currentGuard);
     shared_->current = nullptr;

@@ -94,9 +94,7 @@ std::size_t startOfTextAtEnd(std::string_view data, std::string_view text) {
 }  // namespace
 
 KeptTool::KeptTool(bool withProgress, std::chrono::milliseconds idleTimeout)
-    : withProgress_(withProgress),
-      idleTimeout_(idleTimeout),
-      numberPrefix_(makeNumberPrefix()) {
+    : withProgress_(withProgress), idleTimeout_(idleTimeout), numberPrefix_(makeNumberPrefix()) {
   std::unique_lock lock(mutex_);
   watcher_ = std::thread([this] { watch(); });
   changed_.wait(lock, [&] { return state_ != State::starting; });
@@ -317,8 +315,8 @@ void KeptTool::takeChunk(std::size_t stream, std::span<const std::byte> chunk) {
 void KeptTool::scanFrame(std::size_t stream, std::string_view data, KeptCommand& command) {
   const std::string_view marker = command.endMarker;
   // Every number of this tool starts so; nothing else plausibly holds it.
-  const std::string_view numbered = marker.substr(0, std::string_view("{ready").size() +
-                                                         numberPrefix_.size());
+  const std::string_view numbered =
+      marker.substr(0, std::string_view("{ready").size() + numberPrefix_.size());
   const std::size_t at = data.find(numbered);
   if (at == std::string_view::npos) {
     const std::size_t kept = startOfTextAtEnd(data, numbered);

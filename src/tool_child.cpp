@@ -46,7 +46,8 @@ std::map<std::string, std::string> makeProcessEnv() {
 
 // Nothing of a run's input goes on this command line.
 std::vector<std::string> makeProcessArgs(bool withProgress) {
-  std::vector<std::string> arguments{(ETSettings::shared().binariesFolderURL() / "exiftool").string()};
+  std::vector<std::string> arguments{
+      (ETSettings::shared().binariesFolderURL() / "exiftool").string()};
   if (withProgress) {
     arguments.insert(arguments.end(), {"-progress", "-v0"});
   }
@@ -56,14 +57,13 @@ std::vector<std::string> makeProcessArgs(bool withProgress) {
 
 platform::LaunchOptions makeToolLaunch(int standardInput, int standardOutput, int standardError,
                                        bool withProgress) {
-  return platform::LaunchOptions{
-      .executable = ETSettings::shared().binariesFolderURL() / "perl",
-      .arguments = makeProcessArgs(withProgress),
-      .environment = makeProcessEnv(),
-      .standardInput = standardInput,
-      .standardOutput = standardOutput,
-      .standardError = standardError,
-      .ownProcessGroup = true};
+  return platform::LaunchOptions{.executable = ETSettings::shared().binariesFolderURL() / "perl",
+                                 .arguments = makeProcessArgs(withProgress),
+                                 .environment = makeProcessEnv(),
+                                 .standardInput = standardInput,
+                                 .standardOutput = standardOutput,
+                                 .standardError = standardError,
+                                 .ownProcessGroup = true};
 }
 
 Ending superviseChild(const platform::ChildProcess& child, int standardInput,

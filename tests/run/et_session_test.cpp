@@ -92,15 +92,17 @@ std::string described(const ETOutput& output) {
                      "]";
   for (const auto& log : output.processLogs) {
     text += "\n" + std::to_string(log.index()) + ": ";
-    std::visit([&](const auto& entry) {
-      if constexpr (requires { entry.path; }) {
-        text += entry.path;
-      } else if constexpr (requires { entry.line; }) {
-        text += entry.line;
-      } else {
-        text += entry.from + " -> " + entry.to;
-      }
-    }, log);
+    std::visit(
+        [&](const auto& entry) {
+          if constexpr (requires { entry.path; }) {
+            text += entry.path;
+          } else if constexpr (requires { entry.line; }) {
+            text += entry.line;
+          } else {
+            text += entry.from + " -> " + entry.to;
+          }
+        },
+        log);
   }
   return text;
 }
@@ -151,7 +153,8 @@ TEST(Session, HundredsOfRunsAnswerAsRunsDoWithOneTool) {
   const std::vector<ETInput> inputs{
       reading({"-s", "-G1", "--System:all", "--Composite:all", sample}),
       reading({"-j", "-l", "-G0:1", "--System:all", "--Composite:all", sample}),
-      reading({"-lang", "de", "-j", "-l", "--System:all", "--Composite:all", sample}),  // and English again after it
+      reading({"-lang", "de", "-j", "-l", "--System:all", "--Composite:all",
+               sample}),  // and English again after it
       reading({"-b", "-Comment", binary}),
       reading({"-j", (folder.path() / "missing.jpg").string()}),
       reading({"-overwrite_original", "-XMP-dc:Title=Same title", "-BogusTag=1", written}),
@@ -195,8 +198,8 @@ TEST(Session, CallersOnSeveralThreadsAndThePoolEachGetTheirOwnFile) {
   std::vector<ETInput> inputs;
   std::vector<std::string> expected;  // what a run gives, the file's own name in it
   for (const char* name : {"a.jpg", "b.jpg", "c.jpg", "d.jpg"}) {
-    inputs.push_back(reading(
-        {"-j", "-FileName", lorvane::test::copyOfPlainJpeg(folder.path(), name).string()}));
+    inputs.push_back(
+        reading({"-j", "-FileName", lorvane::test::copyOfPlainJpeg(folder.path(), name).string()}));
     expected.push_back(described(ETProcess::run(inputs.back())));
     EXPECT_NE(expected.back().find("\"FileName\": \"" + std::string(name)), std::string::npos);
   }
@@ -264,8 +267,7 @@ TEST(Session, ATimeLimitOrACancelEndsAHangingToolAndTheNextRunHasAFreshOne) {
     ETInput limited = hang.input();
     limited.timeLimit = std::chrono::milliseconds(300);
     const int tool = theLivingTool();
-    EXPECT_EQ(unknownLines(session.run(limited)),
-              Lines{"the tool did not finish within 300 ms\n"});
+    EXPECT_EQ(unknownLines(session.run(limited)), Lines{"the tool did not finish within 300 ms\n"});
     EXPECT_TRUE(isReaped(tool));
   }
   {
@@ -332,7 +334,8 @@ TEST(Session, NothingIsLeftAfterTheSessionAndCloseTakesUpNewSettings) {
   session.close();
   const ETOutput noTool = session.run(reading({"-ver"}));
   EXPECT_EQ(described(noTool), described(ETProcess::run(reading({"-ver"}))));
-  EXPECT_EQ(unknownLines(noTool), Lines{"cannot start \"/nowhere/perl\": No such file or directory\n"});
+  EXPECT_EQ(unknownLines(noTool),
+            Lines{"cannot start \"/nowhere/perl\": No such file or directory\n"});
   EXPECT_EQ(session.toolStarts(), 1u);
 }
 

@@ -74,7 +74,27 @@ ETSession::ETSession(Options options) : shared_(std::make_unique<Shared>(options
 
 ETSession::~ETSession() { close(); }
 
+namespace {
+
+// The session whose run this thread is inside, so that a start or end handler's run on that
+// same session is refused instead of waiting for the run it is part of.
+thread_local const ETSession* sessionOfThisThread = nullptr;
+
+}  // namespace
+
 ETOutput ETSession::run(const ETInput& input) {
+  if (sessionOfThisThread == this) {
+    ETOutput refused;
+    refused.processLogs.emplace_back(
+        ETOutput::UnknownLog{"a session's run can't start inside a run of the same session\n"});
+    return refused;
+  }
+  const ETSession* const outer = sessionOfThisThread;
+  sessionOfThisThread = this;
+  struct Restore {
+    const ETSession* outer;
+    ~Restore() { sessionOfThisThread = outer; }
+  } restore{outer};
   std::lock_guard turn(shared_->turn);
   ETProcess process;
   {

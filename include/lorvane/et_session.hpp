@@ -49,7 +49,9 @@ public:
 
   // Runs `input` as one command of the kept tool, starting a tool first when there is none.
   // Blocks until the command is done; the start and end handlers run on the caller's thread,
-  // the progress handler on the thread that read the progress line.
+  // the progress handler on the thread that read the progress line. Called from a start or end
+  // handler of this session's own run, it returns at once with an unknown line saying so; a
+  // progress handler must not call it (it would wait for the run it is part of).
   ETOutput run(const ETInput& input);
 
   // Ends the run under way from any thread, a handler's too, as `ETProcess::cancel` does: the

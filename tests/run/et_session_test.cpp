@@ -328,7 +328,13 @@ TEST(Session, NothingIsLeftAfterTheSessionAndCloseTakesUpNewSettings) {
   const ETInput refused = reading({"#$HOME"});
   EXPECT_EQ(described(session.run(refused)), described(ETProcess::run(refused)));
   EXPECT_EQ(session.toolStarts(), 0u);
-  EXPECT_TRUE(session.run(reading({"-ver"})).processLogs.empty());
+  // A handler's run on its own session would wait for itself: refused at once.
+  ETInput nested = reading({"-ver"});
+  ETOutput inner;
+  nested.onEndHandler = [&](ETProcess&) { inner = session.run(reading({"-ver"})); };
+  EXPECT_TRUE(session.run(nested).processLogs.empty());
+  EXPECT_EQ(unknownLines(inner),
+            Lines{"a session's run can't start inside a run of the same session\n"});
   ETSettings::shared().setBinariesFolderURL("/nowhere");
   EXPECT_TRUE(session.run(reading({"-ver"})).processLogs.empty());  // the kept tool
   session.close();

@@ -17,6 +17,9 @@
 #include <lorvane/et_process.hpp>
 #include <lorvane/et_session.hpp>
 #include <lorvane/et_settings.hpp>
+#include <lorvane/file_tags.hpp>
+#include <lorvane/metadata_reader.hpp>
+#include <lorvane/metadata_writer.hpp>
 #include <lorvane/text.hpp>
 
 #include <lorvane/canonical_text.hpp>
@@ -25,5 +28,6 @@
 #include <lorvane/tag_name.hpp>
 #include <lorvane/tag_stream.hpp>
 #include <lorvane/tag_strings.hpp>
+#include <lorvane/tag_assignment.hpp>
 #include <lorvane/tag_type.hpp>
 #include <lorvane/tool_groups.hpp>

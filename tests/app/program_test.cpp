@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <sys/wait.h>
 
@@ -300,6 +301,54 @@ TEST(ShowProgram, JobsKeepTheCommandLinesOrder) {
     EXPECT_EQ(json[i]["file"], files[i]);
   }
   EXPECT_EQ(lorvane({"show", "--jobs", "0", sample()}).status, 2);
+}
+
+// Names from a list (NUL-ended, or lines on standard input), one JSON object per line, and a
+// file the tool hangs on that gets its own error while the others are shown.
+TEST(ShowProgram, FilesFromAListAsJsonLinesWithATimeLimitPerFile) {
+  TemporaryFolder folder;
+  const auto lineFeed = copyOfSample(folder, "line\nbreak.jpg");
+  const auto list = folder.path() / "list";
+  {
+    std::ofstream out(list, std::ios::binary);
+    for (const std::string& name : {sample(), std::string("/dev/zero"), lineFeed.string()}) {
+      out << name << '\0';
+    }
+  }
+  const auto result =
+      lorvane({"show", "--json-lines", "--timeout", "5", "--files-from", list.string(), "--null"});
+  EXPECT_EQ(result.status, 1);
+  std::vector<nlohmann::json> lines;
+  std::istringstream in(result.out);
+  for (std::string line; std::getline(in, line);) {
+    lines.push_back(nlohmann::json::parse(line));
+  }
+  ASSERT_EQ(lines.size(), 3u) << result.out;
+  EXPECT_EQ(lines[0]["file"], sample());
+  EXPECT_FALSE(lines[0].contains("error"));
+  EXPECT_EQ(lines[1]["file"], "/dev/zero");
+  EXPECT_NE(lines[1]["error"].get<std::string>().find("did not finish"), std::string::npos);
+  EXPECT_EQ(lines[2]["file"], lineFeed.string());
+  EXPECT_FALSE(lines[2]["tags"].empty());
+
+  const auto fromInput = lorvane({"show", "--json", "--files-from", "-"},
+                                 "printf '%s\\n\\n' " + quoted(sample()) + " |");
+  EXPECT_EQ(fromInput.status, 0) << fromInput.err;
+  EXPECT_EQ(nlohmann::json::parse(fromInput.out).size(), 1u);
+  EXPECT_EQ(lorvane({"show", "--null", sample()}).status, 2);
+  EXPECT_EQ(lorvane({"show", "--json", "--json-lines", sample()}).status, 2);
+}
+
+// A folder is never written in place of its files, and never reported as updated.
+TEST(SetProgram, AFolderIsNotWritten) {
+  TemporaryFolder folder;
+  const auto file = copyOfSample(folder);
+  const std::string before = fileContents(file);
+  const auto result = lorvane({"set", "EXIF:Orientation=1", "--", folder.path().string()});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.out, "");
+  EXPECT_NE(result.err.find("not written"), std::string::npos) << result.err;
+  EXPECT_EQ(fileContents(file), before);
 }
 
 }  // namespace

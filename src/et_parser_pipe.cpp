@@ -162,11 +162,7 @@ void ETParserPipe::readAvailableData(std::span<const std::byte> data) {
   }
 }
 
-void ETParserPipe::flushPendingData() {
-  const auto rest = platform::readToEnd(stdPipe().readEnd.get());
-  if (!rest.empty()) {
-    readAvailableData(rest);
-  }
+void ETParserPipe::finishData() {
   if (!pendingLine_.empty()) {
     const std::string line = std::move(pendingLine_);
     pendingLine_.clear();

@@ -32,7 +32,7 @@ public:
 
   void readAvailableData(std::span<const std::byte> data) override;
   // Decodes the last line when the stream ended without a line end; stored without one.
-  void flushPendingData() override;
+  void finishData() override;
 
 private:
   // One finished line, or the last one without a line end when not `append`: joined to the

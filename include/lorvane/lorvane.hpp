@@ -15,6 +15,7 @@
 #include <lorvane/et_output.hpp>
 #include <lorvane/et_path_filter.hpp>
 #include <lorvane/et_process.hpp>
+#include <lorvane/et_session.hpp>
 #include <lorvane/et_settings.hpp>
 #include <lorvane/file_tags.hpp>
 #include <lorvane/metadata_reader.hpp>

@@ -153,6 +153,12 @@ void runInOrder(ToolSlots& tools, std::size_t count,
   for (auto& worker : workers) {
     worker.join();
   }
+  // A cancelled reader or writer keeps no tool, not even an idle one.
+  if (tools.isCancelled()) {
+    for (ToolSlot* slot : slots) {
+      slot->close();
+    }
+  }
   if (failure) {
     std::rethrow_exception(failure);
   }

@@ -183,11 +183,7 @@ void ETParserPipe::takeText(std::string_view text) {
   }
 }
 
-void ETParserPipe::flushPendingData() {
-  const auto rest = platform::readToEnd(stdPipe().readEnd.get());
-  if (!rest.empty()) {
-    readAvailableData(rest);
-  }
+void ETParserPipe::finishData() {
   if (!cutCharacter_.empty()) {
     // The rest of the character never came: its bytes are invalid.
     takeText(mendUTF8(cutCharacter_));

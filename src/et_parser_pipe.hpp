@@ -35,7 +35,7 @@ public:
 
   void readAvailableData(std::span<const std::byte> data) override;
   // Decodes the last line when the stream ended without a line end; stored without one.
-  void flushPendingData() override;
+  void finishData() override;
 
 private:
   // Cuts decoded text into lines, the first joined to the pending line.

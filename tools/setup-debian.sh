@@ -9,5 +9,6 @@ apt-get update -q
 apt-get install -y -q --no-install-recommends \
   g++ cmake ninja-build pkg-config python3 \
   dpkg-dev libicu-dev nlohmann-json3-dev googletest libgtest-dev libbenchmark-dev \
+  lintian man-db bash-completion file binutils \
   perl libimage-exiftool-perl atomicparsley \
   libjpeg-turbo-progs

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <span>
 #include <vector>
@@ -9,6 +10,9 @@
 #include <lorvane/et_output.hpp>
 
 namespace lorvane {
+
+class ETSession;
+class RunState;
 
 // One run of ExifTool: a child process started from the binaries folder with a fixed command
 // line and an environment of its own, the batch of arguments sent over its standard input, both
@@ -66,6 +70,16 @@ public:
   ETOutput output() const;
 
 private:
+  friend class ETSession;
+
+  // What a run does between its start and its end: start the tool, send it the input's
+  // arguments, read what comes back into the run's state.
+  using Talk = std::function<void(const ETInput&, RunState&)>;
+  // `execute` with another way of talking to the tool; the steps around it stay the same.
+  void executeWith(const ETInput& input, const Talk& talk);
+  // The output as it stands, moved out of this instance.
+  ETOutput takeOutput();
+
   // The guarded input and output, and the state of the run under way.
   struct Shared;
   std::unique_ptr<Shared> shared_;

@@ -58,7 +58,8 @@ std::optional<std::size_t> countOf(std::string_view line, std::string_view what)
 // "Error: Temporary file already exists: a.jpg_exiftool_tmp" as "Temporary file already
 // exists: a.jpg_exiftool_tmp"; "Error: Nothing to write - a.jpg" as "Nothing to write".
 std::string messageText(std::string line, std::string_view toolPath) {
-  const std::string tail = " - " + std::string(toolPath);
+  // The line shows the name as a run that keeps invalid text shows it.
+  const std::string tail = " - " + mendUTF8(toolPath);
   if (line.size() > tail.size() && line.ends_with(tail)) {
     line.resize(line.size() - tail.size());
   }
@@ -90,6 +91,7 @@ struct MetadataWriter::State {
       maker.extractsEmbedded = false;
       maker.sourcePath = file;
     });
+    input.keepsInvalidText = true;  // a name that isn't UTF-8 keeps its messages
     if (options.timeout.count() > 0) {
       input.timeLimit = options.timeout;
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include <lorvane/text.hpp>
 #include <lorvane/tool_groups.hpp>
 
 #include "alternatives.hpp"
@@ -110,7 +111,8 @@ bool liesIn(std::string_view path, std::string_view folder) {
 
 // "Error: File not found - x.jpg" about x.jpg is "File not found".
 std::string withoutFile(std::string message, std::string_view path) {
-  const std::string tail = " - " + std::string(path);
+  // The message shows the name as a run that keeps invalid text shows it.
+  const std::string tail = " - " + mendUTF8(path);
   if (message.size() > tail.size() && message.ends_with(tail)) {
     message.resize(message.size() - tail.size());
   }

@@ -3,8 +3,9 @@
 // `exiftool -stay_open True -@ -` that sends the same arguments with `-execute<N>` and reads
 // standard output up to `{ready<N>}`. Beside them, in the same rounds: one ETProcess::run per
 // file, the first read of a fresh session (with its tool start), and a pool of 2 over all files
-// against two bare drivers side by side. Each round runs every kind once, in a rotating order;
-// ratios are taken within a round, and the median of the rounds is printed.
+// (with and without the tool's progress lines) against two bare drivers side by side. Each round
+// runs every kind once, in a rotating order; ratios are taken within a round, and the median of the
+// rounds is printed.
 //
 //   lorvane-bench-session [rounds] [folder]
 //
@@ -141,6 +142,7 @@ struct Round {
   double bareSingleRead = 0;  // a bare read per file, for the first read and the plain runs
   double barePair = 0;
   double pool = 0;
+  double poolWithoutProgress = 0;
 };
 
 Round measureRound(const std::vector<std::string>& files, std::size_t rotation) {
@@ -212,6 +214,14 @@ Round measureRound(const std::vector<std::string>& files, std::size_t rotation) 
           }
         });
       },
+      [&] {
+        ETSessionPool pool(2, {.toolProgress = false});
+        round.poolWithoutProgress = secondsOf([&] {
+          for (const auto& output : pool.runAll(inputs)) {
+            mustBeRead(output);
+          }
+        });
+      },
   };
   std::rotate(kinds.begin(), kinds.begin() + static_cast<std::ptrdiff_t>(rotation % kinds.size()),
               kinds.end());
@@ -269,6 +279,9 @@ int main(int argc, char** argv) {
         {"i  two bare drivers, all files, s", round.barePair},
         {"j  pool of 2, all files, s", round.pool},
         {"k  pool of 2 / two bare drivers", round.pool / round.barePair},
+        {"l  pool of 2 without tool progress, all files, s", round.poolWithoutProgress},
+        {"m  pool of 2 without tool progress / two bare drivers",
+         round.poolWithoutProgress / round.barePair},
     };
     std::printf("round %d:", r + 1);
     for (const auto& [name, value] : these) {
@@ -279,7 +292,7 @@ int main(int argc, char** argv) {
   }
   std::printf("medians of %d rounds (min - max):\n", rounds);
   for (const auto& [name, values] : figures) {
-    std::printf("  %-48s %8.3f  (%.3f - %.3f)\n", name.c_str(), median(values),
+    std::printf("  %-56s %8.3f  (%.3f - %.3f)\n", name.c_str(), median(values),
                 *std::min_element(values.begin(), values.end()),
                 *std::max_element(values.begin(), values.end()));
   }

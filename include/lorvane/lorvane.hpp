@@ -23,6 +23,7 @@
 #include <lorvane/tag_key.hpp>
 #include <lorvane/tag_name.hpp>
 #include <lorvane/tag_stream.hpp>
+#include <lorvane/string_constinit.hpp>
 #include <lorvane/tag_strings.hpp>
 #include <lorvane/tag_type.hpp>
 #include <lorvane/tool_groups.hpp>

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include <lorvane/canonical_text.hpp>
+#include <lorvane/string_constinit.hpp>
 
 namespace lorvane {
 
@@ -42,7 +43,7 @@ private:
   std::string rawValue_;
 };
 
-inline constinit const TagKey TagKey::empty{};
+inline LORVANE_STRING_CONSTINIT const TagKey TagKey::empty{};
 
 inline std::ostream& operator<<(std::ostream& out, const TagKey& key) {
   return out << key.rawValue();

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include <lorvane/tag_key.hpp>
+#include <lorvane/string_constinit.hpp>
 #include <lorvane/tag_stream.hpp>
 
 namespace lorvane {
@@ -73,7 +74,7 @@ private:
   TagKey key_;
 };
 
-inline constinit const TagName TagName::empty{};
+inline LORVANE_STRING_CONSTINIT const TagName TagName::empty{};
 
 inline std::ostream& operator<<(std::ostream& out, const TagName& name) {
   return out << name.stream() << ':' << name.key();

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include <lorvane/canonical_text.hpp>
+#include <lorvane/string_constinit.hpp>
 #include <lorvane/generated/tag_stream_catalogue.hpp>
 
 namespace lorvane {
@@ -45,7 +46,7 @@ private:
   std::string rawValue_;
 };
 
-inline constinit const TagStream TagStream::empty{};
+inline LORVANE_STRING_CONSTINIT const TagStream TagStream::empty{};
 
 inline std::ostream& operator<<(std::ostream& out, const TagStream& stream) {
   return out << stream.rawValue();

@@ -26,7 +26,6 @@
 
 #include <lorvane/lorvane.hpp>
 
-#include "tool_reading.hpp"
 
 namespace {
 
@@ -96,6 +95,20 @@ std::string loadAverage() {
   return one + " " + five + " " + fifteen;
 }
 
+// One run that reads all files as the program reads each: long JSON, family 0 and 1 groups.
+ETInput makeReadingInput(const std::vector<std::string>& files, ETLanguage language) {
+  ETInput input;
+  input.addArguments(files, [language](const std::string& file, ETInput::ArgumentsMaker& maker) {
+    maker.additional = {"-json", "-long", "-G0:1"};
+    maker.enableSeparator = false;
+    maker.extractsBinaries = false;
+    maker.extractsEmbedded = false;
+    maker.language = language;
+    maker.sourcePath = file;
+  });
+  return input;
+}
+
 // The library alone: the files spread by size over `jobs` inputs of the program's reading.
 void readThroughLibrary(const std::vector<std::string>& files, std::size_t jobs) {
   std::vector<std::uint64_t> weights;
@@ -108,7 +121,7 @@ void readThroughLibrary(const std::vector<std::string>& files, std::size_t jobs)
     for (const std::size_t place : places) {
       batch.push_back(files[place]);
     }
-    inputs.push_back(app::makeReadingInput(batch, ETLanguage::english));
+    inputs.push_back(makeReadingInput(batch, ETLanguage::english));
   }
   for (const auto& output : ETProcess::runAll(inputs, jobs)) {
     if (output.binaryData.empty()) {
@@ -155,7 +168,7 @@ int main(int argc, char** argv) {
     const fs::path argumentsFile = fs::temp_directory_path() / "lorvane-bench-many-files.args";
     {
       std::ofstream out(argumentsFile);
-      for (const auto& argument : app::makeReadingInput(files, ETLanguage::english).arguments) {
+      for (const auto& argument : makeReadingInput(files, ETLanguage::english).arguments) {
         out << argument << "\n";
       }
     }

@@ -101,13 +101,23 @@ std::span<const TagItem* const> CatalogueIndex::allItems() {
   });
 }
 
-const TagItem* CatalogueIndex::find(std::string_view stream, std::string_view key) {
+StreamTags* CatalogueIndex::tagsOf(std::string_view stream) {
   const auto streams = names_.first(tags_.size());
   const auto found = std::lower_bound(streams.begin(), streams.end(), stream);
   if (found == streams.end() || *found != stream) {
     return nullptr;
   }
-  return tags_[static_cast<std::size_t>(found - streams.begin())]->find(key);
+  return tags_[static_cast<std::size_t>(found - streams.begin())];
+}
+
+const TagItem* CatalogueIndex::find(std::string_view stream, std::string_view key) {
+  StreamTags* tags = tagsOf(stream);
+  return tags != nullptr ? tags->find(key) : nullptr;
+}
+
+TagStringTable CatalogueIndex::table(std::string_view stream, ETLanguage language) {
+  const StreamTags* tags = tagsOf(stream);
+  return tags != nullptr ? tags->table(language) : TagStringTable();
 }
 
 }  // namespace lorvane::detail

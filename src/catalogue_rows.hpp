@@ -113,19 +113,23 @@ public:
   // `keyOrder` holds the positions of `rows` in byte order of their keys.
   constexpr StreamTags(std::string_view stream, const char* text, std::span<const TagRow> rows,
                        std::span<const std::uint16_t> keyOrder, std::span<const TextRef> choices,
-                       std::span<Lazy<BuiltItem>> items, const TagStrings& (*strings)())
+                       std::span<Lazy<BuiltItem>> items, const TagStrings& (*strings)(),
+                       TagStringTable (*table)(ETLanguage))
       : stream_(stream),
         text_(text),
         rows_(rows),
         keyOrder_(keyOrder),
         choiceRows_(choices),
         items_(items),
-        strings_(strings) {}
+        strings_(strings),
+        table_(table) {}
 
   const TagItem& item(std::size_t index);
   std::span<const TagItem* const> all();
   // The item with this key (bytes compared), built if need be; nothing when there is none.
   const TagItem* find(std::string_view key);
+  // The stream's texts in one language, whatever the user's.
+  TagStringTable table(ETLanguage language) const { return table_(language); }
 
 private:
   std::string_view stream_;
@@ -135,6 +139,7 @@ private:
   std::span<const TextRef> choiceRows_;
   std::span<Lazy<BuiltItem>> items_;
   const TagStrings& (*strings_)();
+  TagStringTable (*table_)(ETLanguage);
   Lazy<std::vector<const TagItem*>> all_;
 };
 
@@ -158,8 +163,12 @@ public:
   // The item of this stream and key (bytes compared), built if need be; nothing when there is
   // none. A binary search over the stream names, then over the stream's keys.
   const TagItem* find(std::string_view stream, std::string_view key);
+  // The texts of a stream with tags in one language; the empty table for any other stream.
+  TagStringTable table(std::string_view stream, ETLanguage language);
 
 private:
+  StreamTags* tagsOf(std::string_view stream);
+
   std::span<const std::string_view> names_;
   std::span<const std::uint8_t> makers_;
   std::span<Lazy<TagStream>> streams_;

@@ -1,14 +1,18 @@
 // lorvane: shows and edits the metadata of files with ExifTool, in the words of Lorvane's tag
 // catalogue.
 //
-//   lorvane show [--lang L] [--raw] [--json] [--jobs N] FILE...
-//   lorvane set [--lang L] [--overwrite-original] NAME=VALUE... -- FILE...
+//   lorvane show [--lang L] [--raw] [--json | --json-lines] [--jobs N] [--timeout SECONDS]
+//                [--files-from FILE [--null]] FILE...
+//   lorvane set [--lang L] [--overwrite-original] [--timeout SECONDS] NAME=VALUE... -- FILE...
 //   lorvane tags [--lang L] [--choices] [--json] PATTERN...
 
 #include <unistd.h>
 
 #include <cctype>
 #include <charconv>
+#include <chrono>
+#include <fstream>
+#include <iterator>
 #include <cstdlib>
 #include <iostream>
 #include <optional>
@@ -16,8 +20,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include <nlohmann/json.hpp>
 
 #include <lorvane/et_language.hpp>
 #include <lorvane/et_settings.hpp>
@@ -34,15 +36,21 @@ constexpr int usageStatus = 2;
 constexpr int noExifToolStatus = 3;
 
 constexpr const char* usage =
-    "usage: lorvane show [--lang L] [--raw] [--json] [--jobs N] FILE...\n"
-    "       lorvane set [--lang L] [--overwrite-original] NAME=VALUE... -- FILE...\n"
+    "usage: lorvane show [--lang L] [--raw] [--json | --json-lines] [--jobs N]\n"
+    "                    [--timeout SECONDS] [--files-from FILE [--null]] FILE...\n"
+    "       lorvane set [--lang L] [--overwrite-original] [--timeout SECONDS]\n"
+    "                   NAME=VALUE... -- FILE...\n"
     "       lorvane tags [--lang L] [--choices] [--json] PATTERN...\n"
     "\n"
     "show   every tag ExifTool reads from the files, by stream, with the catalogue's titles;\n"
-    "       values as ExifTool prints them, the raw value after them where it differs\n"
-    "       --raw   ExifTool's JSON as it came     --json  one JSON object per file\n"
+    "       values as ExifTool prints them, the raw value after them where it differs; each\n"
+    "       file as soon as it and the files before it are read\n"
+    "       --raw   ExifTool's JSON as it came     --json  one JSON array, an object per file\n"
+    "       --json-lines  one JSON object per file, one per line\n"
     "       --jobs N  N ExifTools side by side (default: one per hardware thread)\n"
-    "set    writes tags, all files in one ExifTool run, after checking every assignment\n"
+    "       --files-from FILE  the files named in FILE, one per line ('-': standard input)\n"
+    "       --null  names in --files-from end with a NUL character (find -print0)\n"
+    "set    writes tags, file by file on one ExifTool, after checking every assignment\n"
     "       against the catalogue (nothing is written if one fails). NAME is a catalogue\n"
     "       name (EXIF:Orientation), VALUE a raw value or a label in the chosen language;\n"
     "       an empty VALUE deletes the tag; a list tag takes several NAME=VALUE.\n"
@@ -51,6 +59,8 @@ constexpr const char* usage =
     "       (Orientation), wildcards (Canon:*Lens*) or words of the title\n"
     "       --choices  every value with its label (always for a single tag)\n"
     "\n"
+    "--timeout SECONDS  longest time for one file (default 60): the file gets an error,\n"
+    "           the others go on\n"
     "--lang L   titles and labels in L: en, de, fr, it, es, ja, zh_cn (or english, german,\n"
     "           ...); default: the user's language settings (LANGUAGE, LC_ALL, LANG)\n"
     "\n"
@@ -163,8 +173,43 @@ std::optional<ETLanguage> walkCommand(Arguments& arguments, Option&& option, Ope
   return language;
 }
 
+std::size_t wholeNumber(const std::string& option, const std::string& text) {
+  std::size_t number = 0;
+  const auto end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || stop != end || number == 0) {
+    throw UsageError(option + " needs a whole number from 1 up, not '" + text + "'");
+  }
+  return number;
+}
+
+std::chrono::milliseconds timeout(const std::string& text) {
+  return std::chrono::seconds(wholeNumber("--timeout", text));
+}
+
+// The names of --files-from: one per line, or each ended by NUL; an empty line names nothing.
+std::vector<std::string> namesFrom(const std::string& source, bool nullEnded) {
+  std::ifstream file;
+  if (source != "-") {
+    file.open(source, std::ios::binary);
+    if (!file) {
+      throw UsageError("can't read --files-from '" + source + "'");
+    }
+  }
+  std::istream& in = source == "-" ? std::cin : file;
+  std::vector<std::string> names;
+  for (std::string name; std::getline(in, name, nullEnded ? '\0' : '\n');) {
+    if (!name.empty()) {
+      names.push_back(std::move(name));
+    }
+  }
+  return names;
+}
+
 int show(Arguments& arguments) {
   app::ShowRequest request;
+  std::optional<std::string> filesFrom;
+  bool nullEnded = false;
   const auto language = walkCommand(
       arguments,
       [&](const std::string& word) {
@@ -172,19 +217,35 @@ int show(Arguments& arguments) {
           request.printsToolJson = true;
         } else if (word == "--json") {
           request.printsJson = true;
+        } else if (word == "--json-lines") {
+          request.printsJsonLines = true;
         } else if (word == "--jobs") {
-          const std::string text = arguments.value(word);
-          const auto end = text.data() + text.size();
-          const auto [stop, error] = std::from_chars(text.data(), end, request.jobs);
-          if (error != std::errc() || stop != end || request.jobs == 0) {
-            throw UsageError("--jobs needs a whole number from 1 up, not '" + text + "'");
-          }
+          request.jobs = wholeNumber(word, arguments.value(word));
+        } else if (word == "--timeout") {
+          request.timeout = timeout(arguments.value(word));
+        } else if (word == "--files-from") {
+          filesFrom = arguments.value(word);
+        } else if (word == "--null") {
+          nullEnded = true;
+        } else {
+          return word == "--";
         }
-        return word == "--raw" || word == "--json" || word == "--jobs" || word == "--";
+        return true;
       },
       [&](const std::string& word) { request.files.push_back(word); });
+  if (request.printsJson && request.printsJsonLines) {
+    throw UsageError("--json and --json-lines exclude each other");
+  }
+  if (nullEnded && !filesFrom) {
+    throw UsageError("--null goes with --files-from");
+  }
+  if (filesFrom) {
+    auto named = namesFrom(*filesFrom, nullEnded);
+    request.files.insert(request.files.end(), std::make_move_iterator(named.begin()),
+                         std::make_move_iterator(named.end()));
+  }
   if (request.files.empty()) {
-    throw UsageError("no file given");
+    throw UsageError(filesFrom ? "no file named in --files-from" : "no file given");
   }
   if (const auto missing = missingExifTool()) {
     std::cerr << "lorvane: " << *missing << "\n";
@@ -199,15 +260,19 @@ int show(Arguments& arguments) {
 int set(Arguments& arguments) {
   app::SetRequest request;
   bool sawSeparator = false;
-  walkCommand(
+  const auto language = walkCommand(
       arguments,
       [&](const std::string& word) {
         if (word == "--") {
           sawSeparator = true;
         } else if (word == "--overwrite-original") {
           request.overwritesOriginal = true;
+        } else if (word == "--timeout") {
+          request.timeout = timeout(arguments.value(word));
+        } else {
+          return false;
         }
-        return word == "--" || word == "--overwrite-original";
+        return true;
       },
       [&](const std::string& word) {
         if (sawSeparator) {
@@ -228,6 +293,7 @@ int set(Arguments& arguments) {
     std::cerr << "lorvane: " << *missing << "\n";
     return noExifToolStatus;
   }
+  request.language = language.value_or(ETLanguage::local());
   return app::runSet(request, std::cout, std::cerr);
 }
 
@@ -274,8 +340,5 @@ int main(int argc, char** argv) {
   } catch (const UsageError& error) {
     std::cerr << "lorvane: " << error.what() << "\n" << usage;
     return usageStatus;
-  } catch (const nlohmann::json::exception& error) {
-    std::cerr << "lorvane: ExifTool's output is not the JSON expected: " << error.what() << "\n";
-    return 1;
   }
 }

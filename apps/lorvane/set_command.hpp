@@ -1,18 +1,22 @@
 #pragma once
 
-// `lorvane set`: writes checked assignments to files in one tool run and tells per file what
-// became of it.
+// `lorvane set`: writes checked assignments to files and tells per file what became of it.
 
+#include <chrono>
 #include <iosfwd>
 #include <string>
 #include <vector>
+
+#include <lorvane/et_language.hpp>
 
 namespace lorvane::app {
 
 struct SetRequest {
   std::vector<std::string> assignments;  // "NAME=VALUE", as given
   std::vector<std::string> files;
-  bool overwritesOriginal = false;  // no FILE_original beside a written file
+  ETLanguage language = ETLanguage::english;  // of the labels a VALUE may be given as
+  bool overwritesOriginal = false;            // no FILE_original beside a written file
+  std::chrono::milliseconds timeout{60'000};  // per file
 };
 
 // 0 when every file was written as asked (or already was as asked), 1 otherwise; a refused

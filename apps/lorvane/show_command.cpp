@@ -3,13 +3,22 @@
 #include <algorithm>
 #include <functional>
 #include <ostream>
+#include <variant>
 
-#include "file_tags.hpp"
+#include <nlohmann/json.hpp>
+
+#include <lorvane/arguments_maker.hpp>
+#include <lorvane/et_output.hpp>
+#include <lorvane/et_process.hpp>
+#include <lorvane/metadata_reader.hpp>
+#include <lorvane/text.hpp>
+
 #include "tag_table.hpp"
-#include "tool_reading.hpp"
 
 namespace lorvane::app {
 namespace {
+
+using Json = nlohmann::ordered_json;
 
 void drawProgress(std::ostream& err, double progress) {
   constexpr int width = 40;
@@ -19,6 +28,68 @@ void drawProgress(std::ostream& err, double progress) {
       << static_cast<int>(progress * 100 + 0.5) << "%" << std::flush;
 }
 
+Json valueJson(const TagValue& value) {
+  if (value.isList) {
+    return value.texts;
+  }
+  return value.texts.empty() ? std::string() : value.texts.front();
+}
+
+// {"file", "error" (only when there is one), "tags": [{"group", "name", "stream" (or null),
+// "title", "value", "raw"}]}; a list value is an array of texts, every other value one text.
+Json fileJson(const FileTags& file) {
+  Json object = {{"file", file.file}};
+  if (file.error) {
+    object["error"] = *file.error;
+  }
+  auto& tags = object["tags"] = Json::array();
+  for (const auto& tag : file.tags) {
+    tags.push_back({{"group", tag.group},
+                    {"name", tag.name},
+                    {"stream", tag.item != nullptr ? Json(tag.item->stream().rawValue())
+                                                   : Json(nullptr)},
+                    {"title", tag.title},
+                    {"value", valueJson(tag.value)},
+                    {"raw", valueJson(tag.raw)}});
+  }
+  return object;
+}
+
+// A name that isn't UTF-8 comes out mended rather than stopping the output.
+std::string dumped(const Json& json, int indent) {
+  return json.dump(indent, ' ', false, Json::error_handler_t::replace);
+}
+
+// The tool's JSON of all files as it came, from one run (several runs would print several
+// arrays), and its messages.
+int printToolJson(const ShowRequest& request, std::ostream& out, std::ostream& err,
+                  const std::function<void(double)>& onProgress) {
+  ETInput input;
+  input.addArguments(request.files, [&](const std::string& file, ETInput::ArgumentsMaker& maker) {
+    maker.additional = {"-json", "-long", "-G0:1"};
+    maker.enableSeparator = false;
+    maker.extractsBinaries = false;
+    maker.extractsEmbedded = false;
+    maker.language = request.language;
+    maker.sourcePath = file;
+  });
+  if (onProgress) {
+    input.onProgressHandler = [&](ETProcess& process) { onProgress(process.output().progress); };
+  }
+  const ETOutput output = ETProcess::run(input);
+  int status = 0;
+  for (const auto& log : output.processLogs) {
+    if (const auto* unknown = std::get_if<ETOutput::UnknownLog>(&log)) {
+      if (const auto line = nonBlank(unknown->line)) {
+        err << "lorvane: " << line->substr(0, line->find_last_not_of("\r\n") + 1) << "\n";
+        status = 1;
+      }
+    }
+  }
+  out << output.decodeOutData().value_or("");
+  return status;
+}
+
 }  // namespace
 
 int runShow(const ShowRequest& request, std::ostream& out, std::ostream& err) {
@@ -26,43 +97,65 @@ int runShow(const ShowRequest& request, std::ostream& out, std::ostream& err) {
   if (request.drawsProgress && request.files.size() > 1) {
     onProgress = [&err](double progress) { drawProgress(err, progress); };
   }
+  // The bar stands on its own line of standard error; a message or a table goes after it.
+  bool barShown = false;
   const auto clearProgress = [&] {
-    if (onProgress) {
+    if (barShown) {
       err << "\r" << std::string(48, ' ') << "\r" << std::flush;
+      barShown = false;
     }
   };
+  std::function<void(double)> drawing;
+  if (onProgress) {
+    drawing = [&](double progress) {
+      onProgress(progress);
+      barShown = true;
+    };
+  }
   if (request.printsToolJson) {
-    const ToolReading reading = readWithTool(request.files, request.language, onProgress);
+    const int status = printToolJson(request, out, err, drawing);
     clearProgress();
-    int status = 0;
-    for (const auto& message : messagesAboutNoFile(request.files, reading)) {
-      err << "lorvane: " << message << "\n";
-      status = 1;
-    }
-    out << reading.text;
-    return reading.messages.empty() ? status : 1;
+    return status;
   }
-  const FilesRead read = readFileTags(request.files, request.language, request.jobs, onProgress);
-  clearProgress();
+
   int status = 0;
-  for (const auto& message : read.messages) {
-    err << "lorvane: " << message << "\n";
-    status = 1;
-  }
-  const auto& files = read.files;
+  bool isFirst = true;
   if (request.printsJson) {
-    out << makeFileTagsJson(files).dump(2, ' ', false,
-                                        nlohmann::ordered_json::error_handler_t::replace)
-        << "\n";
+    out << "[";
   }
-  for (const auto& file : files) {
-    if (!request.printsJson && !(file.error && file.tags.empty())) {
-      printTagTable(out, file, TableStyle{request.dimsRawValues});
-    }
-    if (file.error) {
-      err << "lorvane: " << file.file << ": " << *file.error << "\n";
-      status = 1;
-    }
+  MetadataReader reader({.language = request.language,
+                         .jobs = request.jobs,
+                         .timeout = request.timeout});
+  reader.readEach(
+      request.files,
+      [&](FileTags&& file) {
+        clearProgress();
+        if (request.printsJson) {
+          // As one dump of the whole array would indent it.
+          std::string text = dumped(fileJson(file), 2);
+          out << (isFirst ? "\n  " : ",\n  ");
+          for (const char c : text) {
+            out << c;
+            if (c == '\n') {
+              out << "  ";
+            }
+          }
+        } else if (request.printsJsonLines) {
+          out << dumped(fileJson(file), -1) << "\n";
+        } else if (!(file.error && file.tags.empty())) {
+          printTagTable(out, file, TableStyle{request.dimsRawValues});
+        }
+        isFirst = false;
+        out.flush();
+        if (file.error) {
+          err << "lorvane: " << file.file << ": " << *file.error << "\n";
+          status = 1;
+        }
+      },
+      drawing);
+  clearProgress();
+  if (request.printsJson) {
+    out << (isFirst ? "]\n" : "\n]\n");
   }
   return status;
 }

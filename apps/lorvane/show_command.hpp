@@ -1,7 +1,9 @@
 #pragma once
 
-// `lorvane show`: the tags of files as a table per file, or as JSON.
+// `lorvane show`: the tags of files as a table per file, or as JSON, each file printed as soon
+// as it and all before it are read.
 
+#include <chrono>
 #include <cstddef>
 #include <iosfwd>
 #include <string>
@@ -15,8 +17,10 @@ struct ShowRequest {
   std::vector<std::string> files;
   ETLanguage language = ETLanguage::english;  // of the tool's values and descriptions
   std::size_t jobs = 0;                       // tools side by side; 0: one per hardware thread
+  std::chrono::milliseconds timeout{60'000};  // per file
   bool printsToolJson = false;                // the tool's JSON as it came (always one run)
-  bool printsJson = false;
+  bool printsJson = false;                    // one array, element by element
+  bool printsJsonLines = false;               // one object per line
   bool drawsProgress = false;  // a bar on standard error while the tool reads
   bool dimsRawValues = false;  // standard output is a terminal
 };

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "file_tags.hpp"
+#include <lorvane/file_tags.hpp>
 
 namespace lorvane::app {
 

@@ -16,6 +16,9 @@
 #include <lorvane/et_path_filter.hpp>
 #include <lorvane/et_process.hpp>
 #include <lorvane/et_settings.hpp>
+#include <lorvane/file_tags.hpp>
+#include <lorvane/metadata_reader.hpp>
+#include <lorvane/metadata_writer.hpp>
 #include <lorvane/text.hpp>
 
 #include <lorvane/canonical_text.hpp>
@@ -25,5 +28,6 @@
 #include <lorvane/tag_stream.hpp>
 #include <lorvane/string_constinit.hpp>
 #include <lorvane/tag_strings.hpp>
+#include <lorvane/tag_assignment.hpp>
 #include <lorvane/tag_type.hpp>
 #include <lorvane/tool_groups.hpp>

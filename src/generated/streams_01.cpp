@@ -12463,29 +12463,29 @@ constinit detail::Lazy<detail::BuiltItem> gItemsCanon[492];
 
 // Each stream's tags, which the catalogue's index finds them by.
 namespace detail {
-constinit StreamTags gTagsAFCP("AFCP", kText, kTagsAFCP, kKeyOrderAFCP, {}, gItemsAFCP, &TagStringsCatalogue::stringsAFCP);
-constinit StreamTags gTagsAIFF("AIFF", kText, kTagsAIFF, kKeyOrderAIFF, kChoicesAIFF, gItemsAIFF, &TagStringsCatalogue::stringsAIFF);
-constinit StreamTags gTagsAPE("APE", kText, kTagsAPE, kKeyOrderAPE, {}, gItemsAPE, &TagStringsCatalogue::stringsAPE);
-constinit StreamTags gTagsAPP0("APP0", kText, kTagsAPP0, kKeyOrderAPP0, kChoicesAPP0, gItemsAPP0, &TagStringsCatalogue::stringsAPP0);
-constinit StreamTags gTagsAPP1("APP1", kText, kTagsAPP1, kKeyOrderAPP1, kChoicesAPP1, gItemsAPP1, &TagStringsCatalogue::stringsAPP1);
-constinit StreamTags gTagsAPP11("APP11", kText, kTagsAPP11, kKeyOrderAPP11, {}, gItemsAPP11, &TagStringsCatalogue::stringsAPP11);
-constinit StreamTags gTagsAPP12("APP12", kText, kTagsAPP12, kKeyOrderAPP12, kChoicesAPP12, gItemsAPP12, &TagStringsCatalogue::stringsAPP12);
-constinit StreamTags gTagsAPP13("APP13", kText, kTagsAPP13, kKeyOrderAPP13, {}, gItemsAPP13, &TagStringsCatalogue::stringsAPP13);
-constinit StreamTags gTagsAPP14("APP14", kText, kTagsAPP14, kKeyOrderAPP14, kChoicesAPP14, gItemsAPP14, &TagStringsCatalogue::stringsAPP14);
-constinit StreamTags gTagsAPP15("APP15", kText, kTagsAPP15, kKeyOrderAPP15, {}, gItemsAPP15, &TagStringsCatalogue::stringsAPP15);
-constinit StreamTags gTagsAPP2("APP2", kText, kTagsAPP2, kKeyOrderAPP2, {}, gItemsAPP2, &TagStringsCatalogue::stringsAPP2);
-constinit StreamTags gTagsAPP3("APP3", kText, kTagsAPP3, kKeyOrderAPP3, kChoicesAPP3, gItemsAPP3, &TagStringsCatalogue::stringsAPP3);
-constinit StreamTags gTagsAPP4("APP4", kText, kTagsAPP4, kKeyOrderAPP4, {}, gItemsAPP4, &TagStringsCatalogue::stringsAPP4);
-constinit StreamTags gTagsAPP5("APP5", kText, kTagsAPP5, kKeyOrderAPP5, kChoicesAPP5, gItemsAPP5, &TagStringsCatalogue::stringsAPP5);
-constinit StreamTags gTagsAPP6("APP6", kText, kTagsAPP6, kKeyOrderAPP6, kChoicesAPP6, gItemsAPP6, &TagStringsCatalogue::stringsAPP6);
-constinit StreamTags gTagsAPP7("APP7", kText, kTagsAPP7, kKeyOrderAPP7, {}, gItemsAPP7, &TagStringsCatalogue::stringsAPP7);
-constinit StreamTags gTagsAPP8("APP8", kText, kTagsAPP8, kKeyOrderAPP8, kChoicesAPP8, gItemsAPP8, &TagStringsCatalogue::stringsAPP8);
-constinit StreamTags gTagsAPP9("APP9", kText, kTagsAPP9, kKeyOrderAPP9, {}, gItemsAPP9, &TagStringsCatalogue::stringsAPP9);
-constinit StreamTags gTagsASF("ASF", kText, kTagsASF, kKeyOrderASF, kChoicesASF, gItemsASF, &TagStringsCatalogue::stringsASF);
-constinit StreamTags gTagsAdobeDNG("AdobeDNG", kText, kTagsAdobeDNG, kKeyOrderAdobeDNG, {}, gItemsAdobeDNG, &TagStringsCatalogue::stringsAdobeDNG);
-constinit StreamTags gTagsApple("Apple", kText, kTagsApple, kKeyOrderApple, kChoicesApple, gItemsApple, &TagStringsCatalogue::stringsApple);
-constinit StreamTags gTagsAudible("Audible", kText, kTagsAudible, kKeyOrderAudible, {}, gItemsAudible, &TagStringsCatalogue::stringsAudible);
-constinit StreamTags gTagsCanon("Canon", kText, kTagsCanon, kKeyOrderCanon, kChoicesCanon, gItemsCanon, &TagStringsCatalogue::stringsCanon);
+constinit StreamTags gTagsAFCP("AFCP", kText, kTagsAFCP, kKeyOrderAFCP, {}, gItemsAFCP, &TagStringsCatalogue::stringsAFCP, &TagStringsCatalogue::stringTableAFCP);
+constinit StreamTags gTagsAIFF("AIFF", kText, kTagsAIFF, kKeyOrderAIFF, kChoicesAIFF, gItemsAIFF, &TagStringsCatalogue::stringsAIFF, &TagStringsCatalogue::stringTableAIFF);
+constinit StreamTags gTagsAPE("APE", kText, kTagsAPE, kKeyOrderAPE, {}, gItemsAPE, &TagStringsCatalogue::stringsAPE, &TagStringsCatalogue::stringTableAPE);
+constinit StreamTags gTagsAPP0("APP0", kText, kTagsAPP0, kKeyOrderAPP0, kChoicesAPP0, gItemsAPP0, &TagStringsCatalogue::stringsAPP0, &TagStringsCatalogue::stringTableAPP0);
+constinit StreamTags gTagsAPP1("APP1", kText, kTagsAPP1, kKeyOrderAPP1, kChoicesAPP1, gItemsAPP1, &TagStringsCatalogue::stringsAPP1, &TagStringsCatalogue::stringTableAPP1);
+constinit StreamTags gTagsAPP11("APP11", kText, kTagsAPP11, kKeyOrderAPP11, {}, gItemsAPP11, &TagStringsCatalogue::stringsAPP11, &TagStringsCatalogue::stringTableAPP11);
+constinit StreamTags gTagsAPP12("APP12", kText, kTagsAPP12, kKeyOrderAPP12, kChoicesAPP12, gItemsAPP12, &TagStringsCatalogue::stringsAPP12, &TagStringsCatalogue::stringTableAPP12);
+constinit StreamTags gTagsAPP13("APP13", kText, kTagsAPP13, kKeyOrderAPP13, {}, gItemsAPP13, &TagStringsCatalogue::stringsAPP13, &TagStringsCatalogue::stringTableAPP13);
+constinit StreamTags gTagsAPP14("APP14", kText, kTagsAPP14, kKeyOrderAPP14, kChoicesAPP14, gItemsAPP14, &TagStringsCatalogue::stringsAPP14, &TagStringsCatalogue::stringTableAPP14);
+constinit StreamTags gTagsAPP15("APP15", kText, kTagsAPP15, kKeyOrderAPP15, {}, gItemsAPP15, &TagStringsCatalogue::stringsAPP15, &TagStringsCatalogue::stringTableAPP15);
+constinit StreamTags gTagsAPP2("APP2", kText, kTagsAPP2, kKeyOrderAPP2, {}, gItemsAPP2, &TagStringsCatalogue::stringsAPP2, &TagStringsCatalogue::stringTableAPP2);
+constinit StreamTags gTagsAPP3("APP3", kText, kTagsAPP3, kKeyOrderAPP3, kChoicesAPP3, gItemsAPP3, &TagStringsCatalogue::stringsAPP3, &TagStringsCatalogue::stringTableAPP3);
+constinit StreamTags gTagsAPP4("APP4", kText, kTagsAPP4, kKeyOrderAPP4, {}, gItemsAPP4, &TagStringsCatalogue::stringsAPP4, &TagStringsCatalogue::stringTableAPP4);
+constinit StreamTags gTagsAPP5("APP5", kText, kTagsAPP5, kKeyOrderAPP5, kChoicesAPP5, gItemsAPP5, &TagStringsCatalogue::stringsAPP5, &TagStringsCatalogue::stringTableAPP5);
+constinit StreamTags gTagsAPP6("APP6", kText, kTagsAPP6, kKeyOrderAPP6, kChoicesAPP6, gItemsAPP6, &TagStringsCatalogue::stringsAPP6, &TagStringsCatalogue::stringTableAPP6);
+constinit StreamTags gTagsAPP7("APP7", kText, kTagsAPP7, kKeyOrderAPP7, {}, gItemsAPP7, &TagStringsCatalogue::stringsAPP7, &TagStringsCatalogue::stringTableAPP7);
+constinit StreamTags gTagsAPP8("APP8", kText, kTagsAPP8, kKeyOrderAPP8, kChoicesAPP8, gItemsAPP8, &TagStringsCatalogue::stringsAPP8, &TagStringsCatalogue::stringTableAPP8);
+constinit StreamTags gTagsAPP9("APP9", kText, kTagsAPP9, kKeyOrderAPP9, {}, gItemsAPP9, &TagStringsCatalogue::stringsAPP9, &TagStringsCatalogue::stringTableAPP9);
+constinit StreamTags gTagsASF("ASF", kText, kTagsASF, kKeyOrderASF, kChoicesASF, gItemsASF, &TagStringsCatalogue::stringsASF, &TagStringsCatalogue::stringTableASF);
+constinit StreamTags gTagsAdobeDNG("AdobeDNG", kText, kTagsAdobeDNG, kKeyOrderAdobeDNG, {}, gItemsAdobeDNG, &TagStringsCatalogue::stringsAdobeDNG, &TagStringsCatalogue::stringTableAdobeDNG);
+constinit StreamTags gTagsApple("Apple", kText, kTagsApple, kKeyOrderApple, kChoicesApple, gItemsApple, &TagStringsCatalogue::stringsApple, &TagStringsCatalogue::stringTableApple);
+constinit StreamTags gTagsAudible("Audible", kText, kTagsAudible, kKeyOrderAudible, {}, gItemsAudible, &TagStringsCatalogue::stringsAudible, &TagStringsCatalogue::stringTableAudible);
+constinit StreamTags gTagsCanon("Canon", kText, kTagsCanon, kKeyOrderCanon, kChoicesCanon, gItemsCanon, &TagStringsCatalogue::stringsCanon, &TagStringsCatalogue::stringTableCanon);
 }  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsAFCP() {

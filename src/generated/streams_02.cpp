@@ -10917,11 +10917,11 @@ constinit detail::Lazy<detail::BuiltItem> gItemsComposite[77];
 
 // Each stream's tags, which the catalogue's index finds them by.
 namespace detail {
-constinit StreamTags gTagsCanonCustom("CanonCustom", kText, kTagsCanonCustom, kKeyOrderCanonCustom, kChoicesCanonCustom, gItemsCanonCustom, &TagStringsCatalogue::stringsCanonCustom);
-constinit StreamTags gTagsCanonRaw("CanonRaw", kText, kTagsCanonRaw, kKeyOrderCanonRaw, kChoicesCanonRaw, gItemsCanonRaw, &TagStringsCatalogue::stringsCanonRaw);
-constinit StreamTags gTagsCanonVRD("CanonVRD", kText, kTagsCanonVRD, kKeyOrderCanonVRD, kChoicesCanonVRD, gItemsCanonVRD, &TagStringsCatalogue::stringsCanonVRD);
-constinit StreamTags gTagsCasio("Casio", kText, kTagsCasio, kKeyOrderCasio, kChoicesCasio, gItemsCasio, &TagStringsCatalogue::stringsCasio);
-constinit StreamTags gTagsComposite("Composite", kText, kTagsComposite, kKeyOrderComposite, kChoicesComposite, gItemsComposite, &TagStringsCatalogue::stringsComposite);
+constinit StreamTags gTagsCanonCustom("CanonCustom", kText, kTagsCanonCustom, kKeyOrderCanonCustom, kChoicesCanonCustom, gItemsCanonCustom, &TagStringsCatalogue::stringsCanonCustom, &TagStringsCatalogue::stringTableCanonCustom);
+constinit StreamTags gTagsCanonRaw("CanonRaw", kText, kTagsCanonRaw, kKeyOrderCanonRaw, kChoicesCanonRaw, gItemsCanonRaw, &TagStringsCatalogue::stringsCanonRaw, &TagStringsCatalogue::stringTableCanonRaw);
+constinit StreamTags gTagsCanonVRD("CanonVRD", kText, kTagsCanonVRD, kKeyOrderCanonVRD, kChoicesCanonVRD, gItemsCanonVRD, &TagStringsCatalogue::stringsCanonVRD, &TagStringsCatalogue::stringTableCanonVRD);
+constinit StreamTags gTagsCasio("Casio", kText, kTagsCasio, kKeyOrderCasio, kChoicesCasio, gItemsCasio, &TagStringsCatalogue::stringsCasio, &TagStringsCatalogue::stringTableCasio);
+constinit StreamTags gTagsComposite("Composite", kText, kTagsComposite, kKeyOrderComposite, kChoicesComposite, gItemsComposite, &TagStringsCatalogue::stringsComposite, &TagStringsCatalogue::stringTableComposite);
 }  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsCanonCustom() {

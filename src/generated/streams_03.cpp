@@ -9813,7 +9813,7 @@ constinit detail::Lazy<detail::BuiltItem> gItemsDICOM[3113];
 
 // Each stream's tags, which the catalogue's index finds them by.
 namespace detail {
-constinit StreamTags gTagsDICOM("DICOM", kText, kTagsDICOM, kKeyOrderDICOM, kChoicesDICOM, gItemsDICOM, &TagStringsCatalogue::stringsDICOM);
+constinit StreamTags gTagsDICOM("DICOM", kText, kTagsDICOM, kKeyOrderDICOM, kChoicesDICOM, gItemsDICOM, &TagStringsCatalogue::stringsDICOM, &TagStringsCatalogue::stringTableDICOM);
 }  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsDICOM() {

@@ -12704,21 +12704,21 @@ constinit detail::Lazy<detail::BuiltItem> gItemsFotoStation[12];
 
 // Each stream's tags, which the catalogue's index finds them by.
 namespace detail {
-constinit StreamTags gTagsDJI("DJI", kText, kTagsDJI, kKeyOrderDJI, {}, gItemsDJI, &TagStringsCatalogue::stringsDJI);
-constinit StreamTags gTagsDNG("DNG", kText, kTagsDNG, kKeyOrderDNG, kChoicesDNG, gItemsDNG, &TagStringsCatalogue::stringsDNG);
-constinit StreamTags gTagsDV("DV", kText, kTagsDV, kKeyOrderDV, {}, gItemsDV, &TagStringsCatalogue::stringsDV);
-constinit StreamTags gTagsDjVu("DjVu", kText, kTagsDjVu, kKeyOrderDjVu, kChoicesDjVu, gItemsDjVu, &TagStringsCatalogue::stringsDjVu);
-constinit StreamTags gTagsDucky("Ducky", kText, kTagsDucky, kKeyOrderDucky, {}, gItemsDucky, &TagStringsCatalogue::stringsDucky);
-constinit StreamTags gTagsEXE("EXE", kText, kTagsEXE, kKeyOrderEXE, kChoicesEXE, gItemsEXE, &TagStringsCatalogue::stringsEXE);
-constinit StreamTags gTagsEXIF("EXIF", kText, kTagsEXIF, kKeyOrderEXIF, kChoicesEXIF, gItemsEXIF, &TagStringsCatalogue::stringsEXIF);
-constinit StreamTags gTagsFITS("FITS", kText, kTagsFITS, kKeyOrderFITS, {}, gItemsFITS, &TagStringsCatalogue::stringsFITS);
-constinit StreamTags gTagsFLAC("FLAC", kText, kTagsFLAC, kKeyOrderFLAC, kChoicesFLAC, gItemsFLAC, &TagStringsCatalogue::stringsFLAC);
-constinit StreamTags gTagsFLIR("FLIR", kText, kTagsFLIR, kKeyOrderFLIR, kChoicesFLIR, gItemsFLIR, &TagStringsCatalogue::stringsFLIR);
-constinit StreamTags gTagsFile("File", kText, kTagsFile, kKeyOrderFile, {}, gItemsFile, &TagStringsCatalogue::stringsFile);
-constinit StreamTags gTagsFlash("Flash", kText, kTagsFlash, kKeyOrderFlash, kChoicesFlash, gItemsFlash, &TagStringsCatalogue::stringsFlash);
-constinit StreamTags gTagsFlashPix("FlashPix", kText, kTagsFlashPix, kKeyOrderFlashPix, kChoicesFlashPix, gItemsFlashPix, &TagStringsCatalogue::stringsFlashPix);
-constinit StreamTags gTagsFont("Font", kText, kTagsFont, kKeyOrderFont, {}, gItemsFont, &TagStringsCatalogue::stringsFont);
-constinit StreamTags gTagsFotoStation("FotoStation", kText, kTagsFotoStation, kKeyOrderFotoStation, {}, gItemsFotoStation, &TagStringsCatalogue::stringsFotoStation);
+constinit StreamTags gTagsDJI("DJI", kText, kTagsDJI, kKeyOrderDJI, {}, gItemsDJI, &TagStringsCatalogue::stringsDJI, &TagStringsCatalogue::stringTableDJI);
+constinit StreamTags gTagsDNG("DNG", kText, kTagsDNG, kKeyOrderDNG, kChoicesDNG, gItemsDNG, &TagStringsCatalogue::stringsDNG, &TagStringsCatalogue::stringTableDNG);
+constinit StreamTags gTagsDV("DV", kText, kTagsDV, kKeyOrderDV, {}, gItemsDV, &TagStringsCatalogue::stringsDV, &TagStringsCatalogue::stringTableDV);
+constinit StreamTags gTagsDjVu("DjVu", kText, kTagsDjVu, kKeyOrderDjVu, kChoicesDjVu, gItemsDjVu, &TagStringsCatalogue::stringsDjVu, &TagStringsCatalogue::stringTableDjVu);
+constinit StreamTags gTagsDucky("Ducky", kText, kTagsDucky, kKeyOrderDucky, {}, gItemsDucky, &TagStringsCatalogue::stringsDucky, &TagStringsCatalogue::stringTableDucky);
+constinit StreamTags gTagsEXE("EXE", kText, kTagsEXE, kKeyOrderEXE, kChoicesEXE, gItemsEXE, &TagStringsCatalogue::stringsEXE, &TagStringsCatalogue::stringTableEXE);
+constinit StreamTags gTagsEXIF("EXIF", kText, kTagsEXIF, kKeyOrderEXIF, kChoicesEXIF, gItemsEXIF, &TagStringsCatalogue::stringsEXIF, &TagStringsCatalogue::stringTableEXIF);
+constinit StreamTags gTagsFITS("FITS", kText, kTagsFITS, kKeyOrderFITS, {}, gItemsFITS, &TagStringsCatalogue::stringsFITS, &TagStringsCatalogue::stringTableFITS);
+constinit StreamTags gTagsFLAC("FLAC", kText, kTagsFLAC, kKeyOrderFLAC, kChoicesFLAC, gItemsFLAC, &TagStringsCatalogue::stringsFLAC, &TagStringsCatalogue::stringTableFLAC);
+constinit StreamTags gTagsFLIR("FLIR", kText, kTagsFLIR, kKeyOrderFLIR, kChoicesFLIR, gItemsFLIR, &TagStringsCatalogue::stringsFLIR, &TagStringsCatalogue::stringTableFLIR);
+constinit StreamTags gTagsFile("File", kText, kTagsFile, kKeyOrderFile, {}, gItemsFile, &TagStringsCatalogue::stringsFile, &TagStringsCatalogue::stringTableFile);
+constinit StreamTags gTagsFlash("Flash", kText, kTagsFlash, kKeyOrderFlash, kChoicesFlash, gItemsFlash, &TagStringsCatalogue::stringsFlash, &TagStringsCatalogue::stringTableFlash);
+constinit StreamTags gTagsFlashPix("FlashPix", kText, kTagsFlashPix, kKeyOrderFlashPix, kChoicesFlashPix, gItemsFlashPix, &TagStringsCatalogue::stringsFlashPix, &TagStringsCatalogue::stringTableFlashPix);
+constinit StreamTags gTagsFont("Font", kText, kTagsFont, kKeyOrderFont, {}, gItemsFont, &TagStringsCatalogue::stringsFont, &TagStringsCatalogue::stringTableFont);
+constinit StreamTags gTagsFotoStation("FotoStation", kText, kTagsFotoStation, kKeyOrderFotoStation, {}, gItemsFotoStation, &TagStringsCatalogue::stringsFotoStation, &TagStringsCatalogue::stringTableFotoStation);
 }  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsDJI() {

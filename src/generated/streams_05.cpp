@@ -13619,23 +13619,23 @@ constinit detail::Lazy<detail::BuiltItem> gItemsJSON[7];
 
 // Each stream's tags, which the catalogue's index finds them by.
 namespace detail {
-constinit StreamTags gTagsFujiFilm("FujiFilm", kText, kTagsFujiFilm, kKeyOrderFujiFilm, kChoicesFujiFilm, gItemsFujiFilm, &TagStringsCatalogue::stringsFujiFilm);
-constinit StreamTags gTagsGE("GE", kText, kTagsGE, kKeyOrderGE, kChoicesGE, gItemsGE, &TagStringsCatalogue::stringsGE);
-constinit StreamTags gTagsGIF("GIF", kText, kTagsGIF, kKeyOrderGIF, kChoicesGIF, gItemsGIF, &TagStringsCatalogue::stringsGIF);
-constinit StreamTags gTagsGIMP("GIMP", kText, kTagsGIMP, kKeyOrderGIMP, kChoicesGIMP, gItemsGIMP, &TagStringsCatalogue::stringsGIMP);
-constinit StreamTags gTagsGeoTiff("GeoTiff", kText, kTagsGeoTiff, kKeyOrderGeoTiff, kChoicesGeoTiff, gItemsGeoTiff, &TagStringsCatalogue::stringsGeoTiff);
-constinit StreamTags gTagsGoPro("GoPro", kText, kTagsGoPro, kKeyOrderGoPro, kChoicesGoPro, gItemsGoPro, &TagStringsCatalogue::stringsGoPro);
-constinit StreamTags gTagsH264("H264", kText, kTagsH264, kKeyOrderH264, kChoicesH264, gItemsH264, &TagStringsCatalogue::stringsH264);
-constinit StreamTags gTagsHP("HP", kText, kTagsHP, kKeyOrderHP, {}, gItemsHP, &TagStringsCatalogue::stringsHP);
-constinit StreamTags gTagsHTML("HTML", kText, kTagsHTML, kKeyOrderHTML, {}, gItemsHTML, &TagStringsCatalogue::stringsHTML);
-constinit StreamTags gTagsICC_Profile("ICC_Profile", kText, kTagsICC_Profile, kKeyOrderICC_Profile, kChoicesICC_Profile, gItemsICC_Profile, &TagStringsCatalogue::stringsICC_Profile);
-constinit StreamTags gTagsID3("ID3", kText, kTagsID3, kKeyOrderID3, kChoicesID3, gItemsID3, &TagStringsCatalogue::stringsID3);
-constinit StreamTags gTagsIPTC("IPTC", kText, kTagsIPTC, kKeyOrderIPTC, kChoicesIPTC, gItemsIPTC, &TagStringsCatalogue::stringsIPTC);
-constinit StreamTags gTagsISO("ISO", kText, kTagsISO, kKeyOrderISO, {}, gItemsISO, &TagStringsCatalogue::stringsISO);
-constinit StreamTags gTagsITC("ITC", kText, kTagsITC, kKeyOrderITC, kChoicesITC, gItemsITC, &TagStringsCatalogue::stringsITC);
-constinit StreamTags gTagsJFIF("JFIF", kText, kTagsJFIF, kKeyOrderJFIF, kChoicesJFIF, gItemsJFIF, &TagStringsCatalogue::stringsJFIF);
-constinit StreamTags gTagsJPEG("JPEG", kText, kTagsJPEG, kKeyOrderJPEG, {}, gItemsJPEG, &TagStringsCatalogue::stringsJPEG);
-constinit StreamTags gTagsJSON("JSON", kText, kTagsJSON, kKeyOrderJSON, {}, gItemsJSON, &TagStringsCatalogue::stringsJSON);
+constinit StreamTags gTagsFujiFilm("FujiFilm", kText, kTagsFujiFilm, kKeyOrderFujiFilm, kChoicesFujiFilm, gItemsFujiFilm, &TagStringsCatalogue::stringsFujiFilm, &TagStringsCatalogue::stringTableFujiFilm);
+constinit StreamTags gTagsGE("GE", kText, kTagsGE, kKeyOrderGE, kChoicesGE, gItemsGE, &TagStringsCatalogue::stringsGE, &TagStringsCatalogue::stringTableGE);
+constinit StreamTags gTagsGIF("GIF", kText, kTagsGIF, kKeyOrderGIF, kChoicesGIF, gItemsGIF, &TagStringsCatalogue::stringsGIF, &TagStringsCatalogue::stringTableGIF);
+constinit StreamTags gTagsGIMP("GIMP", kText, kTagsGIMP, kKeyOrderGIMP, kChoicesGIMP, gItemsGIMP, &TagStringsCatalogue::stringsGIMP, &TagStringsCatalogue::stringTableGIMP);
+constinit StreamTags gTagsGeoTiff("GeoTiff", kText, kTagsGeoTiff, kKeyOrderGeoTiff, kChoicesGeoTiff, gItemsGeoTiff, &TagStringsCatalogue::stringsGeoTiff, &TagStringsCatalogue::stringTableGeoTiff);
+constinit StreamTags gTagsGoPro("GoPro", kText, kTagsGoPro, kKeyOrderGoPro, kChoicesGoPro, gItemsGoPro, &TagStringsCatalogue::stringsGoPro, &TagStringsCatalogue::stringTableGoPro);
+constinit StreamTags gTagsH264("H264", kText, kTagsH264, kKeyOrderH264, kChoicesH264, gItemsH264, &TagStringsCatalogue::stringsH264, &TagStringsCatalogue::stringTableH264);
+constinit StreamTags gTagsHP("HP", kText, kTagsHP, kKeyOrderHP, {}, gItemsHP, &TagStringsCatalogue::stringsHP, &TagStringsCatalogue::stringTableHP);
+constinit StreamTags gTagsHTML("HTML", kText, kTagsHTML, kKeyOrderHTML, {}, gItemsHTML, &TagStringsCatalogue::stringsHTML, &TagStringsCatalogue::stringTableHTML);
+constinit StreamTags gTagsICC_Profile("ICC_Profile", kText, kTagsICC_Profile, kKeyOrderICC_Profile, kChoicesICC_Profile, gItemsICC_Profile, &TagStringsCatalogue::stringsICC_Profile, &TagStringsCatalogue::stringTableICC_Profile);
+constinit StreamTags gTagsID3("ID3", kText, kTagsID3, kKeyOrderID3, kChoicesID3, gItemsID3, &TagStringsCatalogue::stringsID3, &TagStringsCatalogue::stringTableID3);
+constinit StreamTags gTagsIPTC("IPTC", kText, kTagsIPTC, kKeyOrderIPTC, kChoicesIPTC, gItemsIPTC, &TagStringsCatalogue::stringsIPTC, &TagStringsCatalogue::stringTableIPTC);
+constinit StreamTags gTagsISO("ISO", kText, kTagsISO, kKeyOrderISO, {}, gItemsISO, &TagStringsCatalogue::stringsISO, &TagStringsCatalogue::stringTableISO);
+constinit StreamTags gTagsITC("ITC", kText, kTagsITC, kKeyOrderITC, kChoicesITC, gItemsITC, &TagStringsCatalogue::stringsITC, &TagStringsCatalogue::stringTableITC);
+constinit StreamTags gTagsJFIF("JFIF", kText, kTagsJFIF, kKeyOrderJFIF, kChoicesJFIF, gItemsJFIF, &TagStringsCatalogue::stringsJFIF, &TagStringsCatalogue::stringTableJFIF);
+constinit StreamTags gTagsJPEG("JPEG", kText, kTagsJPEG, kKeyOrderJPEG, {}, gItemsJPEG, &TagStringsCatalogue::stringsJPEG, &TagStringsCatalogue::stringTableJPEG);
+constinit StreamTags gTagsJSON("JSON", kText, kTagsJSON, kKeyOrderJSON, {}, gItemsJSON, &TagStringsCatalogue::stringsJSON, &TagStringsCatalogue::stringTableJSON);
 }  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsFujiFilm() {

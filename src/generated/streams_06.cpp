@@ -10516,25 +10516,25 @@ constinit detail::Lazy<detail::BuiltItem> gItemsMXF[1297];
 
 // Each stream's tags, which the catalogue's index finds them by.
 namespace detail {
-constinit StreamTags gTagsJUMBF("JUMBF", kText, kTagsJUMBF, kKeyOrderJUMBF, kChoicesJUMBF, gItemsJUMBF, &TagStringsCatalogue::stringsJUMBF);
-constinit StreamTags gTagsJVC("JVC", kText, kTagsJVC, kKeyOrderJVC, kChoicesJVC, gItemsJVC, &TagStringsCatalogue::stringsJVC);
-constinit StreamTags gTagsJpeg2000("Jpeg2000", kText, kTagsJpeg2000, kKeyOrderJpeg2000, kChoicesJpeg2000, gItemsJpeg2000, &TagStringsCatalogue::stringsJpeg2000);
-constinit StreamTags gTagsKodak("Kodak", kText, kTagsKodak, kKeyOrderKodak, kChoicesKodak, gItemsKodak, &TagStringsCatalogue::stringsKodak);
-constinit StreamTags gTagsKyoceraRaw("KyoceraRaw", kText, kTagsKyoceraRaw, kKeyOrderKyoceraRaw, kChoicesKyoceraRaw, gItemsKyoceraRaw, &TagStringsCatalogue::stringsKyoceraRaw);
-constinit StreamTags gTagsLNK("LNK", kText, kTagsLNK, kKeyOrderLNK, kChoicesLNK, gItemsLNK, &TagStringsCatalogue::stringsLNK);
-constinit StreamTags gTagsLeaf("Leaf", kText, kTagsLeaf, kKeyOrderLeaf, {}, gItemsLeaf, &TagStringsCatalogue::stringsLeaf);
-constinit StreamTags gTagsLeica("Leica", kText, kTagsLeica, kKeyOrderLeica, kChoicesLeica, gItemsLeica, &TagStringsCatalogue::stringsLeica);
-constinit StreamTags gTagsLytro("Lytro", kText, kTagsLytro, kKeyOrderLytro, kChoicesLytro, gItemsLytro, &TagStringsCatalogue::stringsLytro);
-constinit StreamTags gTagsM2TS("M2TS", kText, kTagsM2TS, kKeyOrderM2TS, kChoicesM2TS, gItemsM2TS, &TagStringsCatalogue::stringsM2TS);
-constinit StreamTags gTagsMIE("MIE", kText, kTagsMIE, kKeyOrderMIE, kChoicesMIE, gItemsMIE, &TagStringsCatalogue::stringsMIE);
-constinit StreamTags gTagsMIFF("MIFF", kText, kTagsMIFF, kKeyOrderMIFF, {}, gItemsMIFF, &TagStringsCatalogue::stringsMIFF);
-constinit StreamTags gTagsMISB("MISB", kText, kTagsMISB, kKeyOrderMISB, kChoicesMISB, gItemsMISB, &TagStringsCatalogue::stringsMISB);
-constinit StreamTags gTagsMNG("MNG", kText, kTagsMNG, kKeyOrderMNG, kChoicesMNG, gItemsMNG, &TagStringsCatalogue::stringsMNG);
-constinit StreamTags gTagsMOI("MOI", kText, kTagsMOI, kKeyOrderMOI, kChoicesMOI, gItemsMOI, &TagStringsCatalogue::stringsMOI);
-constinit StreamTags gTagsMPC("MPC", kText, kTagsMPC, kKeyOrderMPC, kChoicesMPC, gItemsMPC, &TagStringsCatalogue::stringsMPC);
-constinit StreamTags gTagsMPEG("MPEG", kText, kTagsMPEG, kKeyOrderMPEG, kChoicesMPEG, gItemsMPEG, &TagStringsCatalogue::stringsMPEG);
-constinit StreamTags gTagsMPF("MPF", kText, kTagsMPF, kKeyOrderMPF, kChoicesMPF, gItemsMPF, &TagStringsCatalogue::stringsMPF);
-constinit StreamTags gTagsMXF("MXF", kText, kTagsMXF, kKeyOrderMXF, kChoicesMXF, gItemsMXF, &TagStringsCatalogue::stringsMXF);
+constinit StreamTags gTagsJUMBF("JUMBF", kText, kTagsJUMBF, kKeyOrderJUMBF, kChoicesJUMBF, gItemsJUMBF, &TagStringsCatalogue::stringsJUMBF, &TagStringsCatalogue::stringTableJUMBF);
+constinit StreamTags gTagsJVC("JVC", kText, kTagsJVC, kKeyOrderJVC, kChoicesJVC, gItemsJVC, &TagStringsCatalogue::stringsJVC, &TagStringsCatalogue::stringTableJVC);
+constinit StreamTags gTagsJpeg2000("Jpeg2000", kText, kTagsJpeg2000, kKeyOrderJpeg2000, kChoicesJpeg2000, gItemsJpeg2000, &TagStringsCatalogue::stringsJpeg2000, &TagStringsCatalogue::stringTableJpeg2000);
+constinit StreamTags gTagsKodak("Kodak", kText, kTagsKodak, kKeyOrderKodak, kChoicesKodak, gItemsKodak, &TagStringsCatalogue::stringsKodak, &TagStringsCatalogue::stringTableKodak);
+constinit StreamTags gTagsKyoceraRaw("KyoceraRaw", kText, kTagsKyoceraRaw, kKeyOrderKyoceraRaw, kChoicesKyoceraRaw, gItemsKyoceraRaw, &TagStringsCatalogue::stringsKyoceraRaw, &TagStringsCatalogue::stringTableKyoceraRaw);
+constinit StreamTags gTagsLNK("LNK", kText, kTagsLNK, kKeyOrderLNK, kChoicesLNK, gItemsLNK, &TagStringsCatalogue::stringsLNK, &TagStringsCatalogue::stringTableLNK);
+constinit StreamTags gTagsLeaf("Leaf", kText, kTagsLeaf, kKeyOrderLeaf, {}, gItemsLeaf, &TagStringsCatalogue::stringsLeaf, &TagStringsCatalogue::stringTableLeaf);
+constinit StreamTags gTagsLeica("Leica", kText, kTagsLeica, kKeyOrderLeica, kChoicesLeica, gItemsLeica, &TagStringsCatalogue::stringsLeica, &TagStringsCatalogue::stringTableLeica);
+constinit StreamTags gTagsLytro("Lytro", kText, kTagsLytro, kKeyOrderLytro, kChoicesLytro, gItemsLytro, &TagStringsCatalogue::stringsLytro, &TagStringsCatalogue::stringTableLytro);
+constinit StreamTags gTagsM2TS("M2TS", kText, kTagsM2TS, kKeyOrderM2TS, kChoicesM2TS, gItemsM2TS, &TagStringsCatalogue::stringsM2TS, &TagStringsCatalogue::stringTableM2TS);
+constinit StreamTags gTagsMIE("MIE", kText, kTagsMIE, kKeyOrderMIE, kChoicesMIE, gItemsMIE, &TagStringsCatalogue::stringsMIE, &TagStringsCatalogue::stringTableMIE);
+constinit StreamTags gTagsMIFF("MIFF", kText, kTagsMIFF, kKeyOrderMIFF, {}, gItemsMIFF, &TagStringsCatalogue::stringsMIFF, &TagStringsCatalogue::stringTableMIFF);
+constinit StreamTags gTagsMISB("MISB", kText, kTagsMISB, kKeyOrderMISB, kChoicesMISB, gItemsMISB, &TagStringsCatalogue::stringsMISB, &TagStringsCatalogue::stringTableMISB);
+constinit StreamTags gTagsMNG("MNG", kText, kTagsMNG, kKeyOrderMNG, kChoicesMNG, gItemsMNG, &TagStringsCatalogue::stringsMNG, &TagStringsCatalogue::stringTableMNG);
+constinit StreamTags gTagsMOI("MOI", kText, kTagsMOI, kKeyOrderMOI, kChoicesMOI, gItemsMOI, &TagStringsCatalogue::stringsMOI, &TagStringsCatalogue::stringTableMOI);
+constinit StreamTags gTagsMPC("MPC", kText, kTagsMPC, kKeyOrderMPC, kChoicesMPC, gItemsMPC, &TagStringsCatalogue::stringsMPC, &TagStringsCatalogue::stringTableMPC);
+constinit StreamTags gTagsMPEG("MPEG", kText, kTagsMPEG, kKeyOrderMPEG, kChoicesMPEG, gItemsMPEG, &TagStringsCatalogue::stringsMPEG, &TagStringsCatalogue::stringTableMPEG);
+constinit StreamTags gTagsMPF("MPF", kText, kTagsMPF, kKeyOrderMPF, kChoicesMPF, gItemsMPF, &TagStringsCatalogue::stringsMPF, &TagStringsCatalogue::stringTableMPF);
+constinit StreamTags gTagsMXF("MXF", kText, kTagsMXF, kKeyOrderMXF, kChoicesMXF, gItemsMXF, &TagStringsCatalogue::stringsMXF, &TagStringsCatalogue::stringTableMXF);
 }  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsJUMBF() {

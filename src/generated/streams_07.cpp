@@ -6513,12 +6513,12 @@ constinit detail::Lazy<detail::BuiltItem> gItemsMotorola[6];
 
 // Each stream's tags, which the catalogue's index finds them by.
 namespace detail {
-constinit StreamTags gTagsMatroska("Matroska", kText, kTagsMatroska, kKeyOrderMatroska, {}, gItemsMatroska, &TagStringsCatalogue::stringsMatroska);
-constinit StreamTags gTagsMeta("Meta", kText, kTagsMeta, kKeyOrderMeta, {}, gItemsMeta, &TagStringsCatalogue::stringsMeta);
-constinit StreamTags gTagsMicrosoft("Microsoft", kText, kTagsMicrosoft, kKeyOrderMicrosoft, kChoicesMicrosoft, gItemsMicrosoft, &TagStringsCatalogue::stringsMicrosoft);
-constinit StreamTags gTagsMinolta("Minolta", kText, kTagsMinolta, kKeyOrderMinolta, kChoicesMinolta, gItemsMinolta, &TagStringsCatalogue::stringsMinolta);
-constinit StreamTags gTagsMinoltaRaw("MinoltaRaw", kText, kTagsMinoltaRaw, kKeyOrderMinoltaRaw, kChoicesMinoltaRaw, gItemsMinoltaRaw, &TagStringsCatalogue::stringsMinoltaRaw);
-constinit StreamTags gTagsMotorola("Motorola", kText, kTagsMotorola, kKeyOrderMotorola, {}, gItemsMotorola, &TagStringsCatalogue::stringsMotorola);
+constinit StreamTags gTagsMatroska("Matroska", kText, kTagsMatroska, kKeyOrderMatroska, {}, gItemsMatroska, &TagStringsCatalogue::stringsMatroska, &TagStringsCatalogue::stringTableMatroska);
+constinit StreamTags gTagsMeta("Meta", kText, kTagsMeta, kKeyOrderMeta, {}, gItemsMeta, &TagStringsCatalogue::stringsMeta, &TagStringsCatalogue::stringTableMeta);
+constinit StreamTags gTagsMicrosoft("Microsoft", kText, kTagsMicrosoft, kKeyOrderMicrosoft, kChoicesMicrosoft, gItemsMicrosoft, &TagStringsCatalogue::stringsMicrosoft, &TagStringsCatalogue::stringTableMicrosoft);
+constinit StreamTags gTagsMinolta("Minolta", kText, kTagsMinolta, kKeyOrderMinolta, kChoicesMinolta, gItemsMinolta, &TagStringsCatalogue::stringsMinolta, &TagStringsCatalogue::stringTableMinolta);
+constinit StreamTags gTagsMinoltaRaw("MinoltaRaw", kText, kTagsMinoltaRaw, kKeyOrderMinoltaRaw, kChoicesMinoltaRaw, gItemsMinoltaRaw, &TagStringsCatalogue::stringsMinoltaRaw, &TagStringsCatalogue::stringTableMinoltaRaw);
+constinit StreamTags gTagsMotorola("Motorola", kText, kTagsMotorola, kKeyOrderMotorola, {}, gItemsMotorola, &TagStringsCatalogue::stringsMotorola, &TagStringsCatalogue::stringTableMotorola);
 }  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsMatroska() {

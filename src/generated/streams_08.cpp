@@ -9365,8 +9365,8 @@ constinit detail::Lazy<detail::BuiltItem> gItemsNikonCapture[96];
 
 // Each stream's tags, which the catalogue's index finds them by.
 namespace detail {
-constinit StreamTags gTagsNikon("Nikon", kText, kTagsNikon, kKeyOrderNikon, kChoicesNikon, gItemsNikon, &TagStringsCatalogue::stringsNikon);
-constinit StreamTags gTagsNikonCapture("NikonCapture", kText, kTagsNikonCapture, kKeyOrderNikonCapture, kChoicesNikonCapture, gItemsNikonCapture, &TagStringsCatalogue::stringsNikonCapture);
+constinit StreamTags gTagsNikon("Nikon", kText, kTagsNikon, kKeyOrderNikon, kChoicesNikon, gItemsNikon, &TagStringsCatalogue::stringsNikon, &TagStringsCatalogue::stringTableNikon);
+constinit StreamTags gTagsNikonCapture("NikonCapture", kText, kTagsNikonCapture, kKeyOrderNikonCapture, kChoicesNikonCapture, gItemsNikonCapture, &TagStringsCatalogue::stringsNikonCapture, &TagStringsCatalogue::stringTableNikonCapture);
 }  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsNikon() {

@@ -11394,10 +11394,10 @@ constinit detail::Lazy<detail::BuiltItem> gItemsNintendo[5];
 
 // Each stream's tags, which the catalogue's index finds them by.
 namespace detail {
-constinit StreamTags gTagsNikonCustom("NikonCustom", kText, kTagsNikonCustom, kKeyOrderNikonCustom, kChoicesNikonCustom, gItemsNikonCustom, &TagStringsCatalogue::stringsNikonCustom);
-constinit StreamTags gTagsNikonScan("NikonScan", kText, kTagsNikonScan, kKeyOrderNikonScan, kChoicesNikonScan, gItemsNikonScan, &TagStringsCatalogue::stringsNikonScan);
-constinit StreamTags gTagsNikonSettings("NikonSettings", kText, kTagsNikonSettings, kKeyOrderNikonSettings, kChoicesNikonSettings, gItemsNikonSettings, &TagStringsCatalogue::stringsNikonSettings);
-constinit StreamTags gTagsNintendo("Nintendo", kText, kTagsNintendo, kKeyOrderNintendo, kChoicesNintendo, gItemsNintendo, &TagStringsCatalogue::stringsNintendo);
+constinit StreamTags gTagsNikonCustom("NikonCustom", kText, kTagsNikonCustom, kKeyOrderNikonCustom, kChoicesNikonCustom, gItemsNikonCustom, &TagStringsCatalogue::stringsNikonCustom, &TagStringsCatalogue::stringTableNikonCustom);
+constinit StreamTags gTagsNikonScan("NikonScan", kText, kTagsNikonScan, kKeyOrderNikonScan, kChoicesNikonScan, gItemsNikonScan, &TagStringsCatalogue::stringsNikonScan, &TagStringsCatalogue::stringTableNikonScan);
+constinit StreamTags gTagsNikonSettings("NikonSettings", kText, kTagsNikonSettings, kKeyOrderNikonSettings, kChoicesNikonSettings, gItemsNikonSettings, &TagStringsCatalogue::stringsNikonSettings, &TagStringsCatalogue::stringTableNikonSettings);
+constinit StreamTags gTagsNintendo("Nintendo", kText, kTagsNintendo, kKeyOrderNintendo, kChoicesNintendo, gItemsNintendo, &TagStringsCatalogue::stringsNintendo, &TagStringsCatalogue::stringTableNintendo);
 }  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsNikonCustom() {

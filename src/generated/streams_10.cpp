@@ -11167,18 +11167,18 @@ constinit detail::Lazy<detail::BuiltItem> gItemsParrot[55];
 
 // Each stream's tags, which the catalogue's index finds them by.
 namespace detail {
-constinit StreamTags gTagsOlympus("Olympus", kText, kTagsOlympus, kKeyOrderOlympus, kChoicesOlympus, gItemsOlympus, &TagStringsCatalogue::stringsOlympus);
-constinit StreamTags gTagsOpenEXR("OpenEXR", kText, kTagsOpenEXR, kKeyOrderOpenEXR, kChoicesOpenEXR, gItemsOpenEXR, &TagStringsCatalogue::stringsOpenEXR);
-constinit StreamTags gTagsOpus("Opus", kText, kTagsOpus, kKeyOrderOpus, {}, gItemsOpus, &TagStringsCatalogue::stringsOpus);
-constinit StreamTags gTagsPDF("PDF", kText, kTagsPDF, kKeyOrderPDF, kChoicesPDF, gItemsPDF, &TagStringsCatalogue::stringsPDF);
-constinit StreamTags gTagsPICT("PICT", kText, kTagsPICT, kKeyOrderPICT, {}, gItemsPICT, &TagStringsCatalogue::stringsPICT);
-constinit StreamTags gTagsPLIST("PLIST", kText, kTagsPLIST, kKeyOrderPLIST, {}, gItemsPLIST, &TagStringsCatalogue::stringsPLIST);
-constinit StreamTags gTagsPNG("PNG", kText, kTagsPNG, kKeyOrderPNG, kChoicesPNG, gItemsPNG, &TagStringsCatalogue::stringsPNG);
-constinit StreamTags gTagsPSP("PSP", kText, kTagsPSP, kKeyOrderPSP, kChoicesPSP, gItemsPSP, &TagStringsCatalogue::stringsPSP);
-constinit StreamTags gTagsPalm("Palm", kText, kTagsPalm, kKeyOrderPalm, kChoicesPalm, gItemsPalm, &TagStringsCatalogue::stringsPalm);
-constinit StreamTags gTagsPanasonic("Panasonic", kText, kTagsPanasonic, kKeyOrderPanasonic, kChoicesPanasonic, gItemsPanasonic, &TagStringsCatalogue::stringsPanasonic);
-constinit StreamTags gTagsPanasonicRaw("PanasonicRaw", kText, kTagsPanasonicRaw, kKeyOrderPanasonicRaw, kChoicesPanasonicRaw, gItemsPanasonicRaw, &TagStringsCatalogue::stringsPanasonicRaw);
-constinit StreamTags gTagsParrot("Parrot", kText, kTagsParrot, kKeyOrderParrot, kChoicesParrot, gItemsParrot, &TagStringsCatalogue::stringsParrot);
+constinit StreamTags gTagsOlympus("Olympus", kText, kTagsOlympus, kKeyOrderOlympus, kChoicesOlympus, gItemsOlympus, &TagStringsCatalogue::stringsOlympus, &TagStringsCatalogue::stringTableOlympus);
+constinit StreamTags gTagsOpenEXR("OpenEXR", kText, kTagsOpenEXR, kKeyOrderOpenEXR, kChoicesOpenEXR, gItemsOpenEXR, &TagStringsCatalogue::stringsOpenEXR, &TagStringsCatalogue::stringTableOpenEXR);
+constinit StreamTags gTagsOpus("Opus", kText, kTagsOpus, kKeyOrderOpus, {}, gItemsOpus, &TagStringsCatalogue::stringsOpus, &TagStringsCatalogue::stringTableOpus);
+constinit StreamTags gTagsPDF("PDF", kText, kTagsPDF, kKeyOrderPDF, kChoicesPDF, gItemsPDF, &TagStringsCatalogue::stringsPDF, &TagStringsCatalogue::stringTablePDF);
+constinit StreamTags gTagsPICT("PICT", kText, kTagsPICT, kKeyOrderPICT, {}, gItemsPICT, &TagStringsCatalogue::stringsPICT, &TagStringsCatalogue::stringTablePICT);
+constinit StreamTags gTagsPLIST("PLIST", kText, kTagsPLIST, kKeyOrderPLIST, {}, gItemsPLIST, &TagStringsCatalogue::stringsPLIST, &TagStringsCatalogue::stringTablePLIST);
+constinit StreamTags gTagsPNG("PNG", kText, kTagsPNG, kKeyOrderPNG, kChoicesPNG, gItemsPNG, &TagStringsCatalogue::stringsPNG, &TagStringsCatalogue::stringTablePNG);
+constinit StreamTags gTagsPSP("PSP", kText, kTagsPSP, kKeyOrderPSP, kChoicesPSP, gItemsPSP, &TagStringsCatalogue::stringsPSP, &TagStringsCatalogue::stringTablePSP);
+constinit StreamTags gTagsPalm("Palm", kText, kTagsPalm, kKeyOrderPalm, kChoicesPalm, gItemsPalm, &TagStringsCatalogue::stringsPalm, &TagStringsCatalogue::stringTablePalm);
+constinit StreamTags gTagsPanasonic("Panasonic", kText, kTagsPanasonic, kKeyOrderPanasonic, kChoicesPanasonic, gItemsPanasonic, &TagStringsCatalogue::stringsPanasonic, &TagStringsCatalogue::stringTablePanasonic);
+constinit StreamTags gTagsPanasonicRaw("PanasonicRaw", kText, kTagsPanasonicRaw, kKeyOrderPanasonicRaw, kChoicesPanasonicRaw, gItemsPanasonicRaw, &TagStringsCatalogue::stringsPanasonicRaw, &TagStringsCatalogue::stringTablePanasonicRaw);
+constinit StreamTags gTagsParrot("Parrot", kText, kTagsParrot, kKeyOrderParrot, kChoicesParrot, gItemsParrot, &TagStringsCatalogue::stringsParrot, &TagStringsCatalogue::stringTableParrot);
 }  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsOlympus() {

@@ -10540,13 +10540,13 @@ constinit detail::Lazy<detail::BuiltItem> gItemsPrintIM[1];
 
 // Each stream's tags, which the catalogue's index finds them by.
 namespace detail {
-constinit StreamTags gTagsPentax("Pentax", kText, kTagsPentax, kKeyOrderPentax, kChoicesPentax, gItemsPentax, &TagStringsCatalogue::stringsPentax);
-constinit StreamTags gTagsPhaseOne("PhaseOne", kText, kTagsPhaseOne, kKeyOrderPhaseOne, kChoicesPhaseOne, gItemsPhaseOne, &TagStringsCatalogue::stringsPhaseOne);
-constinit StreamTags gTagsPhotoCD("PhotoCD", kText, kTagsPhotoCD, kKeyOrderPhotoCD, kChoicesPhotoCD, gItemsPhotoCD, &TagStringsCatalogue::stringsPhotoCD);
-constinit StreamTags gTagsPhotoMechanic("PhotoMechanic", kText, kTagsPhotoMechanic, kKeyOrderPhotoMechanic, kChoicesPhotoMechanic, gItemsPhotoMechanic, &TagStringsCatalogue::stringsPhotoMechanic);
-constinit StreamTags gTagsPhotoshop("Photoshop", kText, kTagsPhotoshop, kKeyOrderPhotoshop, kChoicesPhotoshop, gItemsPhotoshop, &TagStringsCatalogue::stringsPhotoshop);
-constinit StreamTags gTagsPostScript("PostScript", kText, kTagsPostScript, kKeyOrderPostScript, kChoicesPostScript, gItemsPostScript, &TagStringsCatalogue::stringsPostScript);
-constinit StreamTags gTagsPrintIM("PrintIM", kText, kTagsPrintIM, kKeyOrderPrintIM, {}, gItemsPrintIM, &TagStringsCatalogue::stringsPrintIM);
+constinit StreamTags gTagsPentax("Pentax", kText, kTagsPentax, kKeyOrderPentax, kChoicesPentax, gItemsPentax, &TagStringsCatalogue::stringsPentax, &TagStringsCatalogue::stringTablePentax);
+constinit StreamTags gTagsPhaseOne("PhaseOne", kText, kTagsPhaseOne, kKeyOrderPhaseOne, kChoicesPhaseOne, gItemsPhaseOne, &TagStringsCatalogue::stringsPhaseOne, &TagStringsCatalogue::stringTablePhaseOne);
+constinit StreamTags gTagsPhotoCD("PhotoCD", kText, kTagsPhotoCD, kKeyOrderPhotoCD, kChoicesPhotoCD, gItemsPhotoCD, &TagStringsCatalogue::stringsPhotoCD, &TagStringsCatalogue::stringTablePhotoCD);
+constinit StreamTags gTagsPhotoMechanic("PhotoMechanic", kText, kTagsPhotoMechanic, kKeyOrderPhotoMechanic, kChoicesPhotoMechanic, gItemsPhotoMechanic, &TagStringsCatalogue::stringsPhotoMechanic, &TagStringsCatalogue::stringTablePhotoMechanic);
+constinit StreamTags gTagsPhotoshop("Photoshop", kText, kTagsPhotoshop, kKeyOrderPhotoshop, kChoicesPhotoshop, gItemsPhotoshop, &TagStringsCatalogue::stringsPhotoshop, &TagStringsCatalogue::stringTablePhotoshop);
+constinit StreamTags gTagsPostScript("PostScript", kText, kTagsPostScript, kKeyOrderPostScript, kChoicesPostScript, gItemsPostScript, &TagStringsCatalogue::stringsPostScript, &TagStringsCatalogue::stringTablePostScript);
+constinit StreamTags gTagsPrintIM("PrintIM", kText, kTagsPrintIM, kKeyOrderPrintIM, {}, gItemsPrintIM, &TagStringsCatalogue::stringsPrintIM, &TagStringsCatalogue::stringTablePrintIM);
 }  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsPentax() {

@@ -4123,7 +4123,7 @@ constinit detail::Lazy<detail::BuiltItem> gItemsQualcomm[1188];
 
 // Each stream's tags, which the catalogue's index finds them by.
 namespace detail {
-constinit StreamTags gTagsQualcomm("Qualcomm", kText, kTagsQualcomm, kKeyOrderQualcomm, {}, gItemsQualcomm, &TagStringsCatalogue::stringsQualcomm);
+constinit StreamTags gTagsQualcomm("Qualcomm", kText, kTagsQualcomm, kKeyOrderQualcomm, {}, gItemsQualcomm, &TagStringsCatalogue::stringsQualcomm, &TagStringsCatalogue::stringTableQualcomm);
 }  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsQualcomm() {

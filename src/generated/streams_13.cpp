@@ -12696,10 +12696,10 @@ constinit detail::Lazy<detail::BuiltItem> gItemsRSRC[6];
 
 // Each stream's tags, which the catalogue's index finds them by.
 namespace detail {
-constinit StreamTags gTagsQuickTime("QuickTime", kText, kTagsQuickTime, kKeyOrderQuickTime, kChoicesQuickTime, gItemsQuickTime, &TagStringsCatalogue::stringsQuickTime);
-constinit StreamTags gTagsRAF("RAF", kText, kTagsRAF, kKeyOrderRAF, {}, gItemsRAF, &TagStringsCatalogue::stringsRAF);
-constinit StreamTags gTagsRIFF("RIFF", kText, kTagsRIFF, kKeyOrderRIFF, kChoicesRIFF, gItemsRIFF, &TagStringsCatalogue::stringsRIFF);
-constinit StreamTags gTagsRSRC("RSRC", kText, kTagsRSRC, kKeyOrderRSRC, {}, gItemsRSRC, &TagStringsCatalogue::stringsRSRC);
+constinit StreamTags gTagsQuickTime("QuickTime", kText, kTagsQuickTime, kKeyOrderQuickTime, kChoicesQuickTime, gItemsQuickTime, &TagStringsCatalogue::stringsQuickTime, &TagStringsCatalogue::stringTableQuickTime);
+constinit StreamTags gTagsRAF("RAF", kText, kTagsRAF, kKeyOrderRAF, {}, gItemsRAF, &TagStringsCatalogue::stringsRAF, &TagStringsCatalogue::stringTableRAF);
+constinit StreamTags gTagsRIFF("RIFF", kText, kTagsRIFF, kKeyOrderRIFF, kChoicesRIFF, gItemsRIFF, &TagStringsCatalogue::stringsRIFF, &TagStringsCatalogue::stringTableRIFF);
+constinit StreamTags gTagsRSRC("RSRC", kText, kTagsRSRC, kKeyOrderRSRC, {}, gItemsRSRC, &TagStringsCatalogue::stringsRSRC, &TagStringsCatalogue::stringTableRSRC);
 }  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsQuickTime() {

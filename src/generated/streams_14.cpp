@@ -6037,20 +6037,20 @@ constinit detail::Lazy<detail::BuiltItem> gItemsSigmaRaw[61];
 
 // Each stream's tags, which the catalogue's index finds them by.
 namespace detail {
-constinit StreamTags gTagsRTF("RTF", kText, kTagsRTF, kKeyOrderRTF, {}, gItemsRTF, &TagStringsCatalogue::stringsRTF);
-constinit StreamTags gTagsRadiance("Radiance", kText, kTagsRadiance, kKeyOrderRadiance, kChoicesRadiance, gItemsRadiance, &TagStringsCatalogue::stringsRadiance);
-constinit StreamTags gTagsRawzor("Rawzor", kText, kTagsRawzor, kKeyOrderRawzor, {}, gItemsRawzor, &TagStringsCatalogue::stringsRawzor);
-constinit StreamTags gTagsReal("Real", kText, kTagsReal, kKeyOrderReal, kChoicesReal, gItemsReal, &TagStringsCatalogue::stringsReal);
-constinit StreamTags gTagsReconyx("Reconyx", kText, kTagsReconyx, kKeyOrderReconyx, kChoicesReconyx, gItemsReconyx, &TagStringsCatalogue::stringsReconyx);
-constinit StreamTags gTagsRed("Red", kText, kTagsRed, kKeyOrderRed, {}, gItemsRed, &TagStringsCatalogue::stringsRed);
-constinit StreamTags gTagsRicoh("Ricoh", kText, kTagsRicoh, kKeyOrderRicoh, kChoicesRicoh, gItemsRicoh, &TagStringsCatalogue::stringsRicoh);
-constinit StreamTags gTagsSR2("SR2", kText, kTagsSR2, kKeyOrderSR2, {}, gItemsSR2, &TagStringsCatalogue::stringsSR2);
-constinit StreamTags gTagsSRF_("SRF#", kText, kTagsSRF_, kKeyOrderSRF_, {}, gItemsSRF_, &TagStringsCatalogue::stringsSRF_);
-constinit StreamTags gTagsSVG("SVG", kText, kTagsSVG, kKeyOrderSVG, {}, gItemsSVG, &TagStringsCatalogue::stringsSVG);
-constinit StreamTags gTagsSamsung("Samsung", kText, kTagsSamsung, kKeyOrderSamsung, kChoicesSamsung, gItemsSamsung, &TagStringsCatalogue::stringsSamsung);
-constinit StreamTags gTagsSanyo("Sanyo", kText, kTagsSanyo, kKeyOrderSanyo, kChoicesSanyo, gItemsSanyo, &TagStringsCatalogue::stringsSanyo);
-constinit StreamTags gTagsSigma("Sigma", kText, kTagsSigma, kKeyOrderSigma, kChoicesSigma, gItemsSigma, &TagStringsCatalogue::stringsSigma);
-constinit StreamTags gTagsSigmaRaw("SigmaRaw", kText, kTagsSigmaRaw, kKeyOrderSigmaRaw, kChoicesSigmaRaw, gItemsSigmaRaw, &TagStringsCatalogue::stringsSigmaRaw);
+constinit StreamTags gTagsRTF("RTF", kText, kTagsRTF, kKeyOrderRTF, {}, gItemsRTF, &TagStringsCatalogue::stringsRTF, &TagStringsCatalogue::stringTableRTF);
+constinit StreamTags gTagsRadiance("Radiance", kText, kTagsRadiance, kKeyOrderRadiance, kChoicesRadiance, gItemsRadiance, &TagStringsCatalogue::stringsRadiance, &TagStringsCatalogue::stringTableRadiance);
+constinit StreamTags gTagsRawzor("Rawzor", kText, kTagsRawzor, kKeyOrderRawzor, {}, gItemsRawzor, &TagStringsCatalogue::stringsRawzor, &TagStringsCatalogue::stringTableRawzor);
+constinit StreamTags gTagsReal("Real", kText, kTagsReal, kKeyOrderReal, kChoicesReal, gItemsReal, &TagStringsCatalogue::stringsReal, &TagStringsCatalogue::stringTableReal);
+constinit StreamTags gTagsReconyx("Reconyx", kText, kTagsReconyx, kKeyOrderReconyx, kChoicesReconyx, gItemsReconyx, &TagStringsCatalogue::stringsReconyx, &TagStringsCatalogue::stringTableReconyx);
+constinit StreamTags gTagsRed("Red", kText, kTagsRed, kKeyOrderRed, {}, gItemsRed, &TagStringsCatalogue::stringsRed, &TagStringsCatalogue::stringTableRed);
+constinit StreamTags gTagsRicoh("Ricoh", kText, kTagsRicoh, kKeyOrderRicoh, kChoicesRicoh, gItemsRicoh, &TagStringsCatalogue::stringsRicoh, &TagStringsCatalogue::stringTableRicoh);
+constinit StreamTags gTagsSR2("SR2", kText, kTagsSR2, kKeyOrderSR2, {}, gItemsSR2, &TagStringsCatalogue::stringsSR2, &TagStringsCatalogue::stringTableSR2);
+constinit StreamTags gTagsSRF_("SRF#", kText, kTagsSRF_, kKeyOrderSRF_, {}, gItemsSRF_, &TagStringsCatalogue::stringsSRF_, &TagStringsCatalogue::stringTableSRF_);
+constinit StreamTags gTagsSVG("SVG", kText, kTagsSVG, kKeyOrderSVG, {}, gItemsSVG, &TagStringsCatalogue::stringsSVG, &TagStringsCatalogue::stringTableSVG);
+constinit StreamTags gTagsSamsung("Samsung", kText, kTagsSamsung, kKeyOrderSamsung, kChoicesSamsung, gItemsSamsung, &TagStringsCatalogue::stringsSamsung, &TagStringsCatalogue::stringTableSamsung);
+constinit StreamTags gTagsSanyo("Sanyo", kText, kTagsSanyo, kKeyOrderSanyo, kChoicesSanyo, gItemsSanyo, &TagStringsCatalogue::stringsSanyo, &TagStringsCatalogue::stringTableSanyo);
+constinit StreamTags gTagsSigma("Sigma", kText, kTagsSigma, kKeyOrderSigma, kChoicesSigma, gItemsSigma, &TagStringsCatalogue::stringsSigma, &TagStringsCatalogue::stringTableSigma);
+constinit StreamTags gTagsSigmaRaw("SigmaRaw", kText, kTagsSigmaRaw, kKeyOrderSigmaRaw, kChoicesSigmaRaw, gItemsSigmaRaw, &TagStringsCatalogue::stringsSigmaRaw, &TagStringsCatalogue::stringTableSigmaRaw);
 }  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsRTF() {

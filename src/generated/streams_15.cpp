@@ -11498,15 +11498,15 @@ constinit detail::Lazy<detail::BuiltItem> gItemsXML[124];
 
 // Each stream's tags, which the catalogue's index finds them by.
 namespace detail {
-constinit StreamTags gTagsSony("Sony", kText, kTagsSony, kKeyOrderSony, kChoicesSony, gItemsSony, &TagStringsCatalogue::stringsSony);
-constinit StreamTags gTagsSonyIDC("SonyIDC", kText, kTagsSonyIDC, kKeyOrderSonyIDC, kChoicesSonyIDC, gItemsSonyIDC, &TagStringsCatalogue::stringsSonyIDC);
-constinit StreamTags gTagsStim("Stim", kText, kTagsStim, kKeyOrderStim, kChoicesStim, gItemsStim, &TagStringsCatalogue::stringsStim);
-constinit StreamTags gTagsTheora("Theora", kText, kTagsTheora, kKeyOrderTheora, kChoicesTheora, gItemsTheora, &TagStringsCatalogue::stringsTheora);
-constinit StreamTags gTagsTrailer("Trailer", kText, kTagsTrailer, kKeyOrderTrailer, {}, gItemsTrailer, &TagStringsCatalogue::stringsTrailer);
-constinit StreamTags gTagsVCard("VCard", kText, kTagsVCard, kKeyOrderVCard, kChoicesVCard, gItemsVCard, &TagStringsCatalogue::stringsVCard);
-constinit StreamTags gTagsVorbis("Vorbis", kText, kTagsVorbis, kKeyOrderVorbis, {}, gItemsVorbis, &TagStringsCatalogue::stringsVorbis);
-constinit StreamTags gTagsWTV("WTV", kText, kTagsWTV, kKeyOrderWTV, kChoicesWTV, gItemsWTV, &TagStringsCatalogue::stringsWTV);
-constinit StreamTags gTagsXML("XML", kText, kTagsXML, kKeyOrderXML, kChoicesXML, gItemsXML, &TagStringsCatalogue::stringsXML);
+constinit StreamTags gTagsSony("Sony", kText, kTagsSony, kKeyOrderSony, kChoicesSony, gItemsSony, &TagStringsCatalogue::stringsSony, &TagStringsCatalogue::stringTableSony);
+constinit StreamTags gTagsSonyIDC("SonyIDC", kText, kTagsSonyIDC, kKeyOrderSonyIDC, kChoicesSonyIDC, gItemsSonyIDC, &TagStringsCatalogue::stringsSonyIDC, &TagStringsCatalogue::stringTableSonyIDC);
+constinit StreamTags gTagsStim("Stim", kText, kTagsStim, kKeyOrderStim, kChoicesStim, gItemsStim, &TagStringsCatalogue::stringsStim, &TagStringsCatalogue::stringTableStim);
+constinit StreamTags gTagsTheora("Theora", kText, kTagsTheora, kKeyOrderTheora, kChoicesTheora, gItemsTheora, &TagStringsCatalogue::stringsTheora, &TagStringsCatalogue::stringTableTheora);
+constinit StreamTags gTagsTrailer("Trailer", kText, kTagsTrailer, kKeyOrderTrailer, {}, gItemsTrailer, &TagStringsCatalogue::stringsTrailer, &TagStringsCatalogue::stringTableTrailer);
+constinit StreamTags gTagsVCard("VCard", kText, kTagsVCard, kKeyOrderVCard, kChoicesVCard, gItemsVCard, &TagStringsCatalogue::stringsVCard, &TagStringsCatalogue::stringTableVCard);
+constinit StreamTags gTagsVorbis("Vorbis", kText, kTagsVorbis, kKeyOrderVorbis, {}, gItemsVorbis, &TagStringsCatalogue::stringsVorbis, &TagStringsCatalogue::stringTableVorbis);
+constinit StreamTags gTagsWTV("WTV", kText, kTagsWTV, kKeyOrderWTV, kChoicesWTV, gItemsWTV, &TagStringsCatalogue::stringsWTV, &TagStringsCatalogue::stringTableWTV);
+constinit StreamTags gTagsXML("XML", kText, kTagsXML, kKeyOrderXML, kChoicesXML, gItemsXML, &TagStringsCatalogue::stringsXML, &TagStringsCatalogue::stringTableXML);
 }  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsSony() {

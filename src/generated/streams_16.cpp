@@ -17117,7 +17117,7 @@ constinit detail::Lazy<detail::BuiltItem> gItemsXMP[2755];
 
 // Each stream's tags, which the catalogue's index finds them by.
 namespace detail {
-constinit StreamTags gTagsXMP("XMP", kText, kTagsXMP, kKeyOrderXMP, kChoicesXMP, gItemsXMP, &TagStringsCatalogue::stringsXMP);
+constinit StreamTags gTagsXMP("XMP", kText, kTagsXMP, kKeyOrderXMP, kChoicesXMP, gItemsXMP, &TagStringsCatalogue::stringsXMP, &TagStringsCatalogue::stringTableXMP);
 }  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsXMP() {

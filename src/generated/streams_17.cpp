@@ -250,7 +250,7 @@ constinit detail::Lazy<detail::BuiltItem> gItemsZIP[22];
 
 // Each stream's tags, which the catalogue's index finds them by.
 namespace detail {
-constinit StreamTags gTagsZIP("ZIP", kText, kTagsZIP, kKeyOrderZIP, kChoicesZIP, gItemsZIP, &TagStringsCatalogue::stringsZIP);
+constinit StreamTags gTagsZIP("ZIP", kText, kTagsZIP, kKeyOrderZIP, kChoicesZIP, gItemsZIP, &TagStringsCatalogue::stringsZIP, &TagStringsCatalogue::stringTableZIP);
 }  // namespace detail
 
 const TagStrings& TagStringsCatalogue::stringsZIP() {

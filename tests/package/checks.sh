@@ -30,6 +30,13 @@ check_examples_with_cmake() {
   expect "Orientation: Rotate 90 CW"
   run "$work/cmake-build/lorvane-example-tag-names-as-json"
   expect '\["EXIF:Orientation","XMP:Title"\]'
+  run "$work/cmake-build/lorvane-example-read-files" tests/data/sample.jpg
+  expect "Orientation: Rotate 90 CW"
+  cp tests/data/sample.jpg "$work/written.jpg"
+  run "$work/cmake-build/lorvane-example-write-tag" "EXIF:Orientation=Rotate 180" "$work/written.jpg"
+  expect "written.jpg: written"
+  run "$work/cmake-build/lorvane-example-read-files" "$work/written.jpg"
+  expect "Orientation: Rotate 180"
 }
 
 # The README's example built by hand with the flags pkg-config gives.
@@ -39,6 +46,12 @@ check_example_with_pkg_config() {
   c++ -std=c++20 -o "$work/pkg-config-example" examples/read_sample.cpp \
     $(pkg-config --cflags --libs lorvane)
   run "$work/pkg-config-example"
+  expect "Orientation: Rotate 90 CW"
+  echo "\$ c++ examples/read_files.cpp \$(pkg-config --cflags --libs lorvane)"
+  # shellcheck disable=SC2046
+  c++ -std=c++20 -o "$work/pkg-config-reader" examples/read_files.cpp \
+    $(pkg-config --cflags --libs lorvane)
+  run "$work/pkg-config-reader" tests/data/sample.jpg
   expect "Orientation: Rotate 90 CW"
 }
 

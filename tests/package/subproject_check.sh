@@ -1,7 +1,8 @@
 #!/bin/sh
-# Configures a project that takes Lorvane in with add_subdirectory, with GoogleTest, Google
-# Benchmark and nlohmann/json out of reach and the folders that hold perl, ExifTool and
-# AtomicParsley ignored: it must configure, and warn that the binaries folder lacks the tools.
+# Configures a project that takes Lorvane in with add_subdirectory, with GoogleTest and Google
+# Benchmark out of reach (nlohmann/json stays: the library needs it to build) and the folders
+# that hold perl, ExifTool and AtomicParsley ignored: it must configure, and warn that the
+# binaries folder lacks the tools.
 #   subproject_check.sh SOURCE_DIR CXX_COMPILER MAKE_PROGRAM
 set -eu
 source_dir=$1
@@ -12,7 +13,6 @@ cmake -S "$source_dir/tests/package/subproject" -B "$work" -G Ninja --no-warn-un
   -DLORVANE_SOURCE_DIR="$source_dir" \
   -DCMAKE_CXX_COMPILER="$2" -DCMAKE_MAKE_PROGRAM="$3" \
   -DCMAKE_DISABLE_FIND_PACKAGE_GTest=ON -DCMAKE_DISABLE_FIND_PACKAGE_benchmark=ON \
-  -DCMAKE_DISABLE_FIND_PACKAGE_nlohmann_json=ON \
   -DCMAKE_IGNORE_PATH="/usr/local/bin;/usr/bin;/bin;/usr/local/share/perl5;/usr/share/perl5" \
   > "$work/configure.txt" 2>&1 || { cat "$work/configure.txt"; exit 1; }
 cat "$work/configure.txt"

@@ -125,7 +125,8 @@ def _stream_source(stream, pool):
     out.append(f"constinit detail::Lazy<detail::BuiltItem> gItems{s}[{len(stream.tags)}];")
     choices = f"kChoices{s}" if choice_rows else "{}"
     return out, (f"constinit StreamTags gTags{s}({cpp_string(stream.name)}, kText, kTags{s}, "
-                 f"kKeyOrder{s}, {choices}, gItems{s}, &TagStringsCatalogue::strings{s});")
+                 f"kKeyOrder{s}, {choices}, gItems{s}, &TagStringsCatalogue::strings{s}, "
+                 f"&TagStringsCatalogue::stringTable{s});")
 
 
 def _wrapped(items, width=96, separator=","):

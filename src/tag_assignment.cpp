@@ -1,26 +1,21 @@
-#include "assignment.hpp"
+#include <lorvane/tag_assignment.hpp>
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <optional>
 #include <sstream>
+#include <string_view>
 
 #include <lorvane/tag_name.hpp>
 
 #include "alternatives.hpp"
+#include "catalogue_texts.hpp"
 
-namespace lorvane::app {
+namespace lorvane {
 namespace {
 
-constexpr std::size_t listedLabels = 20;
-
-// Built by appends: GCC 12 at -O3 takes "'" + std::string(...) for an overlapping copy.
-std::string quoted(std::string_view text) {
-  std::string result = "'";
-  result.append(text).append("'");
-  return result;
-}
+using Reason = AssignmentRefusal::Reason;
 
 std::vector<std::string> words(std::string_view text) {
   std::vector<std::string> result;
@@ -33,13 +28,14 @@ std::vector<std::string> words(std::string_view text) {
 
 // The raw choice a text names: the entry itself, the label of one in the catalogue's language
 // (or one alternative of a joined label), or, cut back by the catalogue's rule, the front of it.
-std::optional<std::string> findChoice(const TagItem& item, std::string_view text) {
+std::optional<std::string> findChoice(const TagItem& item, std::string_view text,
+                                      const detail::CatalogueTexts& texts) {
   const auto choices = item.choices();
   if (std::find(choices.begin(), choices.end(), text) != choices.end()) {
     return std::string(text);
   }
   for (std::size_t i = 0; i < choices.size(); ++i) {
-    if (isAlternative(item.localizedChoice(i), text)) {
+    if (detail::isAlternative(texts.label(item, i), text)) {
       return std::string(choices[i]);
     }
   }
@@ -47,22 +43,6 @@ std::optional<std::string> findChoice(const TagItem& item, std::string_view text
     return std::string(choices[*position]);
   }
   return std::nullopt;
-}
-
-std::string choiceList(const TagItem& item) {
-  std::string list;
-  const auto choices = item.choices();
-  for (std::size_t i = 0; i < choices.size() && i < listedLabels; ++i) {
-    list.append("\n    ").append(choices[i]).append(" = ").append(item.localizedChoice(i));
-  }
-  if (choices.size() > listedLabels) {
-    list.append("\n    ... and ")
-        .append(std::to_string(choices.size() - listedLabels))
-        .append(" more (lorvane tags --choices ")
-        .append(item.name().rawValue())
-        .append(")");
-  }
-  return list;
 }
 
 std::optional<long double> parseNumber(std::string_view text, bool allowsFloats) {
@@ -97,7 +77,7 @@ long double asLongDouble(const TagNumber& number) {
 
 // Why one number doesn't fit the tag's type, or nothing when it does. A rational also takes
 // the form "1/250".
-std::optional<std::string> checkNumber(const TagItem& item, std::string_view text) {
+std::optional<Reason> checkNumber(const TagItem& item, std::string_view text) {
   const TagType type = item.type();
   std::optional<long double> value;
   if (const auto slash = text.find('/'); type.isRational() && slash != std::string_view::npos) {
@@ -110,31 +90,35 @@ std::optional<std::string> checkNumber(const TagItem& item, std::string_view tex
     value = parseNumber(text, type.allowsFloats());
   }
   if (!value) {
-    return quoted(text) + " is not " + (type.allowsFloats() ? "a number" : "a whole number") +
-           " (" + std::string(type.rawValue()) + ")";
+    return Reason::notANumber;
   }
   const auto minimum = type.minimumNumberValue();
   const auto maximum = type.maximumNumberValue();
   if ((minimum && *value < asLongDouble(*minimum)) ||
       (maximum && *value > asLongDouble(*maximum))) {
-    return quoted(text) + " is outside the range of " + std::string(type.rawValue()) + ", " +
-           minimum->description() + " to " + maximum->description();
+    return Reason::outOfRange;
   }
   return std::nullopt;
 }
 
 // The values of one NAME=VALUE for its tag, or why they don't fit.
-std::variant<Assignment, std::string> checkValue(const TagItem& item, std::string_view text) {
-  Assignment assignment{&item, {}, true};
+std::variant<TagAssignment, AssignmentRefusal> checkValue(const TagItem& item,
+                                                          std::string_view name,
+                                                          std::string_view text,
+                                                          const detail::CatalogueTexts& texts) {
+  TagAssignment assignment{&item, {}, true};
+  const auto refusal = [&](Reason reason, std::string_view value) {
+    return AssignmentRefusal{reason, std::string(name), std::string(value), &item, 0, 0};
+  };
   if (text.empty()) {
     return assignment;
   }
   if (!item.choices().empty()) {
-    if (const auto choice = findChoice(item, text)) {
+    if (const auto choice = findChoice(item, text, texts)) {
       assignment.values.push_back(*choice);
       return assignment;
     }
-    return quoted(text) + " is not among its values:" + choiceList(item);
+    return refusal(Reason::notAChoice, text);
   }
   const TagType type = item.type();
   if (!type.isNumber()) {
@@ -148,14 +132,14 @@ std::variant<Assignment, std::string> checkValue(const TagItem& item, std::strin
                               : count == 0 ? 1
                                            : static_cast<std::size_t>(count);
   if (numbers.empty() || numbers.size() > allowed) {
-    return "takes " +
-           (allowed == 1 ? std::string("one value")
-                         : "at most " + std::to_string(allowed) + " values") +
-           ", not " + std::to_string(numbers.size()) + " (" + quoted(text) + ")";
+    auto tooMany = refusal(Reason::tooManyValues, text);
+    tooMany.allowedValues = allowed;
+    tooMany.givenValues = numbers.size();
+    return tooMany;
   }
   for (const auto& number : numbers) {
-    if (auto why = checkNumber(item, number)) {
-      return *why;
+    if (const auto why = checkNumber(item, number)) {
+      return refusal(*why, number);
     }
   }
   assignment.values.emplace_back(text);
@@ -164,7 +148,7 @@ std::variant<Assignment, std::string> checkValue(const TagItem& item, std::strin
 
 }  // namespace
 
-std::vector<std::string> Assignment::toolArguments() const {
+std::vector<std::string> TagAssignment::toolArguments() const {
   const std::string name(item->name().rawValue());
   if (values.empty()) {
     return {"-" + name + "="};
@@ -176,41 +160,44 @@ std::vector<std::string> Assignment::toolArguments() const {
   return arguments;
 }
 
-std::variant<std::vector<Assignment>, std::vector<Refusal>> checkAssignments(
-    const std::vector<std::string>& texts) {
-  std::vector<Assignment> assignments;
-  std::vector<Refusal> refusals;
+std::variant<std::vector<TagAssignment>, std::vector<AssignmentRefusal>> checkAssignments(
+    std::span<const std::string> texts, ETLanguage language) {
+  const detail::CatalogueTexts catalogueTexts(language);
+  std::vector<TagAssignment> assignments;
+  std::vector<AssignmentRefusal> refusals;
   for (const auto& text : texts) {
     const auto equals = text.find('=');
     const std::string_view name = std::string_view(text).substr(0, equals);
     const std::string_view value = equals == std::string::npos
                                        ? std::string_view()
                                        : std::string_view(text).substr(equals + 1);
+    const auto refuse = [&](Reason reason, const TagItem* item) {
+      refusals.push_back({reason, std::string(name), std::string(value), item, 0, 0});
+    };
     const auto parsed = TagName::parse(name);
     const TagItem* item = parsed ? TagItem::find(*parsed) : nullptr;
     if (item == nullptr) {
-      refusals.push_back(
-          {quoted(name) + " is no tag of the catalogue (lorvane tags " + std::string(name) + ")"});
+      refuse(Reason::unknownTag, nullptr);
       continue;
     }
     if (!item->isWritable()) {
-      refusals.push_back({quoted(name) + " is not writable"});
+      refuse(Reason::notWritable, item);
       continue;
     }
-    auto checked = checkValue(*item, value);
-    if (auto* why = std::get_if<std::string>(&checked)) {
-      refusals.push_back({std::string(name) + ": " + *why});
+    auto checked = checkValue(*item, name, value, catalogueTexts);
+    if (auto* refusal = std::get_if<AssignmentRefusal>(&checked)) {
+      refusals.push_back(std::move(*refusal));
       continue;
     }
-    auto& assignment = std::get<Assignment>(checked);
+    auto& assignment = std::get<TagAssignment>(checked);
     const auto earlier = std::find_if(assignments.begin(), assignments.end(),
-                                      [&](const Assignment& a) { return a.item == item; });
+                                      [&](const TagAssignment& a) { return a.item == item; });
     if (earlier == assignments.end()) {
       assignments.push_back(std::move(assignment));
     } else if (!item->isList()) {
-      refusals.push_back({quoted(name) + " takes one value and is named more than once"});
+      refuse(Reason::namedTwice, item);
     } else if (earlier->values.empty() || assignment.values.empty()) {
-      refusals.push_back({quoted(name) + " can't be deleted and given values at once"});
+      refuse(Reason::deleteAndValues, item);
     } else {
       earlier->values.insert(earlier->values.end(), assignment.values.begin(),
                              assignment.values.end());
@@ -222,4 +209,4 @@ std::variant<std::vector<Assignment>, std::vector<Refusal>> checkAssignments(
   return assignments;
 }
 
-}  // namespace lorvane::app
+}  // namespace lorvane

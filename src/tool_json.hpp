@@ -4,11 +4,12 @@
 // "val": 5.00000), and a double would give them back as "0.024140000000000002" or "5.0". Here
 // every number arrives as a JSON string holding exactly the text the tool wrote.
 
+#include <string>
 #include <string_view>
 
 #include <nlohmann/json.hpp>
 
-namespace lorvane::app {
+namespace lorvane::detail {
 
 // Throws nlohmann::json::exception when the text is no JSON.
 nlohmann::ordered_json parseToolJson(std::string_view text);
@@ -17,4 +18,4 @@ nlohmann::ordered_json parseToolJson(std::string_view text);
 // (after parseToolJson), "true"/"false"; anything else in JSON notation.
 std::string scalarText(const nlohmann::ordered_json& value);
 
-}  // namespace lorvane::app
+}  // namespace lorvane::detail

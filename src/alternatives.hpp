@@ -5,7 +5,7 @@
 
 #include <string_view>
 
-namespace lorvane::app {
+namespace lorvane::detail {
 
 inline constexpr std::string_view alternativeSeparator = " |\u00a0";
 
@@ -27,4 +27,4 @@ inline bool isAlternative(std::string_view catalogueText, std::string_view text)
   }
 }
 
-}  // namespace lorvane::app
+}  // namespace lorvane::detail

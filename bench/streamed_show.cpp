@@ -1,0 +1,201 @@
+// `lorvane show` over many files as it streams them: its peak memory, how soon the first file
+// is on standard output, and its wall time against plain ExifTool reading the same files
+// (`exiftool -j -l -G0:1`, without the runs' `-progress -v0`): `--jobs 1` against one such
+// command, `--jobs 2` against two over the halves side by side. Each round times every kind
+// back to back in a rotating order; ratios are taken within a round, medians over the rounds.
+//
+//   lorvane-bench-streamed_show ROUNDS FOLDER [COUNT...]
+//
+// FOLDER holds the files (tools/make-many-files.py FOLDER --count 10000); the first COUNT files
+// in name order make each set (default 200 2000 10000).
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+
+struct Outcome {
+  double wall = 0;         // seconds until the last process ended
+  double firstOutput = 0;  // seconds until the first byte on standard output
+  double peakMegabytes = 0;
+};
+
+// Runs the commands side by side, their standard output read (and dropped) here.
+Outcome runSideBySide(const std::vector<std::vector<std::string>>& commands) {
+  const auto start = Clock::now();
+  std::vector<pid_t> children;
+  std::vector<int> outputs;
+  for (const auto& command : commands) {
+    int pipeEnds[2];
+    if (::pipe(pipeEnds) != 0) {
+      std::perror("pipe");
+      std::exit(1);
+    }
+    const pid_t child = ::fork();
+    if (child == 0) {
+      ::dup2(pipeEnds[1], STDOUT_FILENO);
+      const int null = ::open("/dev/null", O_WRONLY);
+      ::dup2(null, STDERR_FILENO);
+      ::close(pipeEnds[0]);
+      ::close(pipeEnds[1]);
+      std::vector<char*> argv;
+      for (const auto& word : command) {
+        argv.push_back(const_cast<char*>(word.c_str()));
+      }
+      argv.push_back(nullptr);
+      ::execvp(argv[0], argv.data());
+      ::_exit(127);
+    }
+    ::close(pipeEnds[1]);
+    children.push_back(child);
+    outputs.push_back(pipeEnds[0]);
+  }
+  Outcome outcome;
+  char buffer[1 << 16];
+  for (const int output : outputs) {
+    for (ssize_t got; (got = ::read(output, buffer, sizeof buffer)) > 0;) {
+      if (outcome.firstOutput == 0) {
+        outcome.firstOutput = std::chrono::duration<double>(Clock::now() - start).count();
+      }
+    }
+    ::close(output);
+  }
+  for (const pid_t child : children) {
+    int status = 0;
+    rusage usage{};
+    ::wait4(child, &status, 0, &usage);
+    if (!WIFEXITED(status) || WEXITSTATUS(status) > 1) {
+      std::fprintf(stderr, "a command failed: %s ...\n", commands.front().front().c_str());
+      std::exit(1);
+    }
+    // The process itself, or the largest of its waited-for children (kilobytes on Linux).
+    outcome.peakMegabytes = std::max(outcome.peakMegabytes, static_cast<double>(usage.ru_maxrss) / 1024.0);
+  }
+  outcome.wall = std::chrono::duration<double>(Clock::now() - start).count();
+  return outcome;
+}
+
+double median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  return values[values.size() / 2];
+}
+
+std::string loadAverage() {
+  std::ifstream in("/proc/loadavg");
+  std::string one, five, fifteen;
+  in >> one >> five >> fifteen;
+  return one + " " + five + " " + fifteen;
+}
+
+// An argument file for `exiftool -@`: one file per line.
+std::string argumentFile(const std::vector<std::string>& files, const std::string& name) {
+  const fs::path path = fs::temp_directory_path() / name;
+  std::ofstream out(path);
+  for (const auto& file : files) {
+    out << file << "\n";
+  }
+  return path.string();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 3) {
+    std::fprintf(stderr, "usage: %s ROUNDS FOLDER [COUNT...]\n", argv[0]);
+    return 2;
+  }
+  const int rounds = std::max(1, std::atoi(argv[1]));
+  std::vector<std::string> all;
+  for (const auto& entry : fs::directory_iterator(argv[2])) {
+    all.push_back(entry.path().string());
+  }
+  std::sort(all.begin(), all.end());
+  std::vector<std::size_t> counts;
+  for (int i = 3; i < argc; ++i) {
+    counts.push_back(static_cast<std::size_t>(std::atol(argv[i])));
+  }
+  if (counts.empty()) {
+    counts = {200, 2000, 10000};
+  }
+  const std::string program = LORVANE_PROGRAM;
+  std::printf("load average before: %s\n", loadAverage().c_str());
+  std::printf("%d rounds; medians over rounds, ratios taken within a round\n", rounds);
+  std::printf("%6s %-22s %9s %9s %9s %13s %13s\n", "files", "", "wall s", "first s", "peak MB",
+              "/ 1 exiftool", "/ 2 exiftools");
+  for (const std::size_t count : counts) {
+    if (count > all.size()) {
+      std::printf("%zu files: only %zu in the folder, skipped\n", count, all.size());
+      continue;
+    }
+    const std::vector<std::string> files(all.begin(), all.begin() + static_cast<long>(count));
+    const auto half = files.begin() + static_cast<long>(count / 2);
+    const std::string allFiles = argumentFile(files, "lorvane-bench-all.txt");
+    const std::string firstHalf =
+        argumentFile(std::vector<std::string>(files.begin(), half), "lorvane-bench-first.txt");
+    const std::string secondHalf =
+        argumentFile(std::vector<std::string>(half, files.end()), "lorvane-bench-second.txt");
+    const std::vector<std::string> exiftool = {"exiftool", "-j", "-l", "-G0:1", "-@"};
+    const auto tool = [&](const std::string& list) {
+      auto command = exiftool;
+      command.push_back(list);
+      return command;
+    };
+    const auto show = [&](const char* jobs) {
+      return std::vector<std::string>{program, "show", "--lang", "en", "--jobs", jobs,
+                                      "--files-from", allFiles};
+    };
+    const std::vector<std::vector<std::vector<std::string>>> kinds = {
+        {tool(allFiles)},
+        {tool(firstHalf), tool(secondHalf)},
+        {show("1")},
+        {show("2")},
+    };
+    std::vector<std::vector<Outcome>> outcomes(kinds.size());
+    runSideBySide(kinds[0]);  // warm the page cache
+    for (int round = 0; round < rounds; ++round) {
+      std::vector<Outcome> now(kinds.size());
+      for (std::size_t step = 0; step < kinds.size(); ++step) {
+        const std::size_t kind = (step + static_cast<std::size_t>(round)) % kinds.size();
+        now[kind] = runSideBySide(kinds[kind]);
+      }
+      for (std::size_t kind = 0; kind < kinds.size(); ++kind) {
+        outcomes[kind].push_back(now[kind]);
+      }
+    }
+    const char* names[] = {"exiftool -j -l -G0:1", "2 exiftools, halves", "show --jobs 1",
+                           "show --jobs 2"};
+    for (std::size_t kind = 0; kind < kinds.size(); ++kind) {
+      std::vector<double> walls, firsts, peaks, toOne, toTwo;
+      for (std::size_t round = 0; round < outcomes[kind].size(); ++round) {
+        const Outcome& outcome = outcomes[kind][round];
+        walls.push_back(outcome.wall);
+        firsts.push_back(outcome.firstOutput);
+        peaks.push_back(outcome.peakMegabytes);
+        toOne.push_back(outcome.wall / outcomes[0][round].wall);
+        toTwo.push_back(outcome.wall / outcomes[1][round].wall);
+      }
+      std::printf("%6zu %-22s %9.2f %9.3f %9.1f %13.3f %13.3f  (wall %.2f-%.2f)\n", count,
+                  names[kind], median(walls), median(firsts), median(peaks), median(toOne),
+                  median(toTwo), *std::min_element(walls.begin(), walls.end()),
+                  *std::max_element(walls.begin(), walls.end()));
+    }
+    for (const auto& list : {allFiles, firstHalf, secondHalf}) {
+      fs::remove(list);
+    }
+  }
+  std::printf("load average after: %s\n", loadAverage().c_str());
+}

@@ -1,0 +1,63 @@
+#pragma once
+
+// Reads files' tags with kept ExifTools side by side and hands each file over as soon as it and
+// every file before it are read.
+//
+//   MetadataReader reader({.language = ETLanguage::german, .jobs = 2});
+//   reader.readEach(files, [](FileTags&& file) { show(file); });
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+
+#include <lorvane/et_language.hpp>
+#include <lorvane/file_tags.hpp>
+
+namespace lorvane {
+
+class MetadataReader {
+public:
+  struct Options {
+    // Of the tool's printed values and descriptions, and of the catalogue's titles and labels
+    // (read from this language's tables, whatever the process's own language).
+    ETLanguage language = ETLanguage::local();
+    // Tools side by side; 0: one per hardware thread.
+    std::size_t jobs = 0;
+    // Longest time the tool may take over one file before that file gets an error and the
+    // others go on with a fresh tool; zero: no limit.
+    std::chrono::milliseconds timeout{60'000};
+  };
+
+  MetadataReader();
+  explicit MetadataReader(Options options);
+  ~MetadataReader();
+  MetadataReader(const MetadataReader&) = delete;
+  MetadataReader& operator=(const MetadataReader&) = delete;
+
+  // One file's tags; a file the tool could not read comes back with its error. A folder is
+  // not one file: it comes back with an error that says so (readEach reads its files).
+  FileTags read(const std::string& file);
+
+  // Calls onFile once per file of `files`, in their order, each as soon as it and all before it
+  // are read; a folder gives the files the tool reads in it, by their paths. onProgress (if
+  // any) gets the share of files done. Both are called on the caller's thread, one call at a
+  // time; memory holds the files in flight, never the whole list. Returns when every file is
+  // delivered, or once cancel() was called (the files before the cancel are delivered, the
+  // others never). What onFile or onProgress throws ends the reading and comes out here.
+  void readEach(std::span<const std::string> files,
+                const std::function<void(FileTags&&)>& onFile,
+                const std::function<void(double)>& onProgress = {});
+
+  // From any thread: ends the tools at work; readEach returns soon after. A cancelled reader
+  // stays cancelled.
+  void cancel();
+
+private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace lorvane

@@ -1,0 +1,161 @@
+#pragma once
+
+// One tool command per item, on kept tools side by side: each item goes to whichever tool is
+// free, and the results come back on the caller's thread in the items' order, each as soon as
+// it and all before it are done. Only a bounded window of items runs ahead of the one the
+// caller waits for, so memory depends on the tools, never on the number of items.
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <exception>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <vector>
+
+#include <lorvane/et_input.hpp>
+#include <lorvane/et_output.hpp>
+#include <lorvane/et_process.hpp>
+
+#include "tool_slot.hpp"
+
+namespace lorvane::detail {
+
+// The tools of a reader or writer, made as they are first needed and kept between calls, and
+// its cancel, which stays once given.
+class ToolSlots {
+public:
+  explicit ToolSlots(std::size_t count);
+
+  // The first `count` tools, made if need be.
+  std::vector<ToolSlot*> take(std::size_t count);
+  void cancel();
+  bool isCancelled() const { return cancelled_.load(); }
+
+private:
+  std::size_t size_;
+  std::mutex mutex_;
+  std::vector<std::unique_ptr<ToolSlot>> slots_;
+  std::atomic<bool> cancelled_{false};
+};
+
+// makeResult (with the input that ran) runs on the tool's thread, deliver and onProgress (the share delivered) on the
+// caller's. Stops early on a cancel (nothing more is delivered) or on a throw of any of them,
+// which comes out of here once every tool has stopped.
+template <class Result>
+void runInOrder(ToolSlots& tools, std::size_t count,
+                const std::function<ETInput(std::size_t)>& makeInput,
+                const std::function<Result(std::size_t, const ETInput&, ETOutput&&)>& makeResult,
+                const std::function<void(Result&&)>& deliver,
+                const std::function<void(double)>& onProgress) {
+  if (count == 0 || tools.isCancelled()) {
+    return;
+  }
+  const std::vector<ToolSlot*> slots = tools.take(count);
+  const std::size_t window = 4 * slots.size() + 8;
+  // A cancel from another thread can't wake the waits below; they look again this often.
+  constexpr auto recheck = std::chrono::milliseconds(50);
+  std::mutex mutex;
+  std::condition_variable changed;
+  std::map<std::size_t, Result> done;
+  std::size_t next = 0;
+  std::size_t delivered = 0;
+  bool stopping = false;
+  std::exception_ptr failure;
+  const auto fail = [&](std::exception_ptr error) {
+    std::lock_guard lock(mutex);
+    if (!failure) {
+      failure = std::move(error);
+    }
+    stopping = true;
+  };
+
+  const auto work = [&](ToolSlot& slot) {
+    for (;;) {
+      std::size_t index = 0;
+      {
+        std::unique_lock lock(mutex);
+        while (!stopping && next < count && next >= delivered + window && !tools.isCancelled()) {
+          changed.wait_for(lock, recheck);
+        }
+        if (stopping || next >= count || tools.isCancelled()) {
+          return;
+        }
+        index = next++;
+      }
+      try {
+        ETInput input = makeInput(index);
+        // A cancel given after the last look above and before the tool starts stops it here.
+        input.onStartHandler = [&tools](ETProcess& process) {
+          if (tools.isCancelled()) {
+            process.cancel();
+          }
+        };
+        Result result = makeResult(index, input, slot.run(input));
+        {
+          std::lock_guard lock(mutex);
+          done.emplace(index, std::move(result));
+        }
+      } catch (...) {
+        fail(std::current_exception());
+      }
+      changed.notify_all();
+    }
+  };
+  std::vector<std::thread> workers;
+  workers.reserve(slots.size());
+  for (ToolSlot* slot : slots) {
+    workers.emplace_back([&work, slot] { work(*slot); });
+  }
+
+  try {
+    while (delivered < count) {
+      std::optional<Result> ready;
+      {
+        std::unique_lock lock(mutex);
+        while (!stopping && !tools.isCancelled() && !done.contains(delivered)) {
+          changed.wait_for(lock, recheck);
+        }
+        if (stopping || tools.isCancelled()) {
+          break;
+        }
+        auto found = done.find(delivered);
+        ready.emplace(std::move(found->second));
+        done.erase(found);
+      }
+      deliver(std::move(*ready));
+      ++delivered;
+      changed.notify_all();
+      if (onProgress) {
+        onProgress(static_cast<double>(delivered) / static_cast<double>(count));
+      }
+    }
+  } catch (...) {
+    fail(std::current_exception());
+  }
+  {
+    std::lock_guard lock(mutex);
+    stopping = true;
+  }
+  changed.notify_all();
+  if (failure) {
+    // The commands under way are of no more use.
+    for (ToolSlot* slot : slots) {
+      slot->cancel();
+    }
+  }
+  for (auto& worker : workers) {
+    worker.join();
+  }
+  if (failure) {
+    std::rethrow_exception(failure);
+  }
+}
+
+}  // namespace lorvane::detail

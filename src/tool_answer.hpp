@@ -1,0 +1,29 @@
+#pragma once
+
+// From one tool command that read one argument (a file, or a folder) with "-j -l -G0:1" to the
+// FileTags of the files it read.
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <lorvane/file_tags.hpp>
+
+#include "catalogue_texts.hpp"
+
+namespace lorvane::detail {
+
+// What the tool said in one command: its JSON, and its messages one per entry, without their
+// line ends (a message cut by a line feed in a file name comes in two entries, in order).
+struct ToolAnswer {
+  std::string json;
+  std::vector<std::string> messages;
+};
+
+// One entry for a file, one per file read for a folder, named as `given` names them (the tool
+// was given `toolPath` for it, which may differ: "./-a.jpg" for "-a.jpg"). A file the tool
+// couldn't read, or whose JSON is no JSON, comes back as one entry with its error.
+std::vector<FileTags> makeFileTags(const std::string& given, std::string_view toolPath,
+                                   const ToolAnswer& answer, const CatalogueTexts& texts);
+
+}  // namespace lorvane::detail

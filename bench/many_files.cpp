@@ -26,7 +26,6 @@
 
 #include <lorvane/lorvane.hpp>
 
-
 namespace {
 
 namespace fs = std::filesystem;

@@ -83,7 +83,8 @@ Outcome runSideBySide(const std::vector<std::vector<std::string>>& commands) {
       std::exit(1);
     }
     // The process itself, or the largest of its waited-for children (kilobytes on Linux).
-    outcome.peakMegabytes = std::max(outcome.peakMegabytes, static_cast<double>(usage.ru_maxrss) / 1024.0);
+    outcome.peakMegabytes =
+        std::max(outcome.peakMegabytes, static_cast<double>(usage.ru_maxrss) / 1024.0);
   }
   outcome.wall = std::chrono::duration<double>(Clock::now() - start).count();
   return outcome;
@@ -155,8 +156,8 @@ int main(int argc, char** argv) {
       return command;
     };
     const auto show = [&](const char* jobs) {
-      return std::vector<std::string>{program, "show", "--lang", "en", "--jobs", jobs,
-                                      "--files-from", allFiles};
+      return std::vector<std::string>{program,  "show", "--lang",       "en",
+                                      "--jobs", jobs,   "--files-from", allFiles};
     };
     const std::vector<std::vector<std::vector<std::string>>> kinds = {
         {tool(allFiles)},

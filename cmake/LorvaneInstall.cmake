@@ -13,8 +13,15 @@ install(TARGETS lorvane EXPORT LorvaneTargets
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/lorvane" DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
   COMPONENT dev)
-# The binaries folder holds links to the tools of the machine; they are installed as links.
+install(FILES "${PROJECT_BINARY_DIR}/include/lorvane/version.hpp"
+  DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/lorvane" COMPONENT dev)
+# The binaries folder holds links to the tools of the machine, made anew where it is installed.
 install(DIRECTORY "${LORVANE_BUILD_RESOURCE_DIR}/" DESTINATION "${CMAKE_INSTALL_DATADIR}/lorvane"
+  COMPONENT runtime PATTERN binaries EXCLUDE)
+install(CODE "
+  set(LORVANE_LINKS \"${LORVANE_BINARIES_LINKS}\")
+  set(LORVANE_LINK_FOLDER \"${CMAKE_INSTALL_DATADIR}/lorvane/binaries\")
+  include(\"${PROJECT_SOURCE_DIR}/cmake/LorvaneInstallLinks.cmake\")"
   COMPONENT runtime)
 
 # The program finds the library relative to itself, so any prefix works without
@@ -23,6 +30,11 @@ if(LORVANE_BUILD_PROGRAM)
   file(RELATIVE_PATH LORVANE_BIN_TO_LIB "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
   set_target_properties(lorvane-cli PROPERTIES INSTALL_RPATH "$ORIGIN/${LORVANE_BIN_TO_LIB}")
   install(TARGETS lorvane-cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
+  install(FILES "${PROJECT_BINARY_DIR}/apps/lorvane.1.gz" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1"
+    COMPONENT program)
+  # Where bash-completion loads it from when "lorvane" is first completed.
+  install(FILES "${PROJECT_SOURCE_DIR}/apps/lorvane/lorvane.bash-completion" RENAME lorvane
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT program)
 endif()
 
 install(EXPORT LorvaneTargets NAMESPACE lorvane:: DESTINATION ${LORVANE_CMAKE_DIR} COMPONENT dev)

@@ -13,8 +13,8 @@ int main(int argc, char** argv) {
     for (const FileTag& tag : file.tags) {
       if (tag.item != nullptr && tag.item->stream() == TagStream::streamEXIF()) {
         // The tool's printed value, or the catalogue's label where the tool printed a number.
-        std::cout << "  " << tag.title << ": " << (tag.label.empty() ? tag.value.joined() : tag.label)
-                  << "\n";
+        std::cout << "  " << tag.title << ": "
+                  << (tag.label.empty() ? tag.value.joined() : tag.label) << "\n";
       }
     }
   });

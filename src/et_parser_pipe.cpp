@@ -9,6 +9,8 @@
 #include <optional>
 #include <vector>
 
+#include <lorvane/text.hpp>
+
 #include "utf8.hpp"
 
 namespace lorvane {
@@ -128,19 +130,38 @@ void ETParserPipe::readAvailableData(std::span<const std::byte> data) {
   if (data.empty()) {
     return;
   }
-  const auto text = decodeUTF8(data);
-  if (!text) {
+  if (!keepsInvalidText_) {
+    if (const auto text = decodeUTF8(data)) {
+      takeText(*text);
+    }
     return;
   }
+  std::string_view bytes(reinterpret_cast<const char*>(data.data()), data.size());
+  std::string joined;
+  if (!cutCharacter_.empty()) {
+    joined.assign(cutCharacter_).append(bytes);
+    bytes = joined;
+  }
+  const std::size_t cut = cutCharacterLength(bytes);
+  cutCharacter_.assign(bytes.substr(bytes.size() - cut));
+  bytes.remove_suffix(cut);
+  if (isValidUTF8(bytes)) {
+    takeText(bytes);
+  } else {
+    takeText(mendUTF8(bytes));
+  }
+}
+
+void ETParserPipe::takeText(std::string_view text) {
   bool isFirstLine = true;
   std::size_t lineStart = 0;
-  for (std::size_t end = text->find('\n'); end != std::string_view::npos;
-       end = text->find('\n', end + 1)) {
+  for (std::size_t end = text.find('\n'); end != std::string_view::npos;
+       end = text.find('\n', end + 1)) {
     // A carriage return and a line feed make one character that is no line end.
-    if (end > 0 && (*text)[end - 1] == '\r') {
+    if (end > 0 && text[end - 1] == '\r') {
       continue;
     }
-    std::string_view line = text->substr(lineStart, end - lineStart);
+    std::string_view line = text.substr(lineStart, end - lineStart);
     lineStart = end + 1;
     if (isFirstLine) {
       isFirstLine = false;
@@ -154,7 +175,7 @@ void ETParserPipe::readAvailableData(std::span<const std::byte> data) {
     }
     takeLine(line, true);
   }
-  const auto remaining = text->substr(lineStart);
+  const auto remaining = text.substr(lineStart);
   if (isFirstLine) {
     pendingLine_ += remaining;
   } else {
@@ -162,10 +183,11 @@ void ETParserPipe::readAvailableData(std::span<const std::byte> data) {
   }
 }
 
-void ETParserPipe::flushPendingData() {
-  const auto rest = platform::readToEnd(stdPipe().readEnd.get());
-  if (!rest.empty()) {
-    readAvailableData(rest);
+void ETParserPipe::finishData() {
+  if (!cutCharacter_.empty()) {
+    // The rest of the character never came: its bytes are invalid.
+    takeText(mendUTF8(cutCharacter_));
+    cutCharacter_.clear();
   }
   if (!pendingLine_.empty()) {
     const std::string line = std::move(pendingLine_);

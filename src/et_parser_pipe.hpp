@@ -14,9 +14,11 @@ namespace lorvane {
 // complete: a progress line moves `progress` and calls the progress handler, five known
 // message forms become typed log entries, and any other line becomes an unknown line.
 //
-// Each chunk is decoded by itself: a chunk that isn't valid UTF-8 is dropped whole (a
-// character split across two chunks thus loses both). A line ends at a line feed that doesn't
-// directly follow a carriage return within the same chunk.
+// By default each chunk is decoded by itself: a chunk that isn't valid UTF-8 is dropped whole
+// (a character split across two chunks thus loses both). A reader that keeps invalid text loses
+// nothing: a character cut by a chunk border waits for the rest of it, and each byte that isn't
+// UTF-8 becomes U+FFFD, so such a line still reaches the recognisers. A line ends at a line feed
+// that doesn't directly follow a carriage return within the same chunk.
 //
 // A file's name may hold line feeds, and the tool prints it as it is, so the progress line of
 // such a file reaches us cut into several lines. A line that starts like a progress line but
@@ -27,14 +29,17 @@ namespace lorvane {
 // they always were.
 class ETParserPipe final : public ETPipe {
 public:
-  using ETPipe::ETPipe;
+  explicit ETParserPipe(RunState& run, bool keepsInvalidText = false)
+      : ETPipe(run), keepsInvalidText_(keepsInvalidText) {}
   ~ETParserPipe() override { waitForEndOfStream(); }
 
   void readAvailableData(std::span<const std::byte> data) override;
   // Decodes the last line when the stream ended without a line end; stored without one.
-  void flushPendingData() override;
+  void finishData() override;
 
 private:
+  // Cuts decoded text into lines, the first joined to the pending line.
+  void takeText(std::string_view text);
   // One finished line, or the last one without a line end when not `append`: joined to the
   // held lines, held itself, or decoded.
   void takeLine(std::string_view line, bool append);
@@ -56,6 +61,9 @@ private:
   void setProgessChange(double progress);
   void appendProcessLog(ETOutput::ProcessLog log);
 
+  const bool keepsInvalidText_;
+  // The bytes of a character cut off at the end of the last chunk, when invalid text is kept.
+  std::string cutCharacter_;
   // The text of the unfinished last line of the chunks read so far.
   std::string pendingLine_;
   // The lines of a progress line still waiting for its ending, the first one in front.

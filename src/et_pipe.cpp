@@ -21,22 +21,25 @@ constexpr std::size_t largestBlockCapacity = 64 * 1024 * 1024;
 
 }  // namespace
 
-std::unique_ptr<ETPipe> ETPipe::make(bool parses, RunState& run) {
-  std::unique_ptr<ETPipe> pipe;
-  if (parses) {
-    pipe = std::make_unique<ETParserPipe>(run);
-  } else {
-    pipe = std::make_unique<ETBinaryPipe>(run);
-  }
+std::unique_ptr<ETPipe> ETPipe::make(bool parses, RunState& run, bool keepsInvalidText) {
+  auto pipe = makeDecoder(parses, run, keepsInvalidText);
   pipe->startListening();
   return pipe;
 }
 
-ETPipe::ETPipe(RunState& run) : run_(run), stdPipe_(platform::makePipe(pipeCapacity)) {}
+std::unique_ptr<ETPipe> ETPipe::makeDecoder(bool parses, RunState& run, bool keepsInvalidText) {
+  if (parses) {
+    return std::make_unique<ETParserPipe>(run, keepsInvalidText);
+  }
+  return std::make_unique<ETBinaryPipe>(run);
+}
+
+ETPipe::ETPipe(RunState& run) : run_(run) {}
 
 ETPipe::~ETPipe() { waitForEndOfStream(); }
 
 void ETPipe::startListening() {
+  stdPipe_ = platform::makePipe(pipeCapacity);
   listener_.emplace(stdPipe_.readEnd.get(), [this](std::span<const std::byte> chunk) {
     if (chunk.empty()) {
       run_.streamEnded();
@@ -58,7 +61,17 @@ void ETPipe::waitForEndOfStream() {
 
 void ETPipe::readAvailableData(std::span<const std::byte>) {}
 
-void ETPipe::flushPendingData() {}
+void ETPipe::flushPendingData() {
+  if (stdPipe_.readEnd.isOpen()) {
+    const auto rest = platform::readToEnd(stdPipe_.readEnd.get());
+    if (!rest.empty()) {
+      readAvailableData(rest);
+    }
+  }
+  finishData();
+}
+
+void ETPipe::finishData() {}
 
 void ETBinaryPipe::readAvailableData(std::span<const std::byte> data) {
   size_ += data.size();
@@ -78,11 +91,7 @@ void ETBinaryPipe::readAvailableData(std::span<const std::byte> data) {
   }
 }
 
-void ETBinaryPipe::flushPendingData() {
-  const auto rest = platform::readToEnd(stdPipe().readEnd.get());
-  if (!rest.empty()) {
-    readAvailableData(rest);
-  }
+void ETBinaryPipe::finishData() {
   std::vector<std::byte> binaryData;
   if (blocks_.size() == 1) {
     binaryData = std::move(blocks_.front());

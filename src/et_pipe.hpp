@@ -11,23 +11,31 @@
 
 namespace lorvane {
 
-// The reader of one standard stream of the tool. It owns the pipe that the child writes to;
-// from `startListening()` on, a thread of its own hands each chunk to `readAvailableData` in
-// order, and tells the run state when the stream has ended. The run waits for that end before
+// The reader of one standard stream of the tool. From `startListening()` on, it owns the pipe
+// that the child writes to, and a thread of its own hands each chunk to `readAvailableData` in
+// order and tells the run state when the stream has ended. The run waits for that end before
 // it calls `flushPendingData()`, so chunks and flush never overlap and the flush comes after
 // the last chunk. All a reader gives the run goes through the run state.
+//
+// A reader that never listens decodes what it is handed: a kept tool's stream carries many
+// commands, and the part of one command goes to a reader of that command alone.
 class ETPipe {
 public:
-  // A listening reader: an ETParserPipe when `parses`, else an ETBinaryPipe.
-  static std::unique_ptr<ETPipe> make(bool parses, RunState& run);
+  // A listening reader: an ETParserPipe when `parses` (which keeps text that isn't UTF-8 when
+  // `keepsInvalidText`), else an ETBinaryPipe.
+  static std::unique_ptr<ETPipe> make(bool parses, RunState& run, bool keepsInvalidText = false);
+  // The same reader without a pipe: chunks come through `readAvailableData`, and
+  // `finishData()` ends them.
+  static std::unique_ptr<ETPipe> makeDecoder(bool parses, RunState& run,
+                                             bool keepsInvalidText = false);
 
   explicit ETPipe(RunState& run);
   virtual ~ETPipe();
   ETPipe(const ETPipe&) = delete;
   ETPipe& operator=(const ETPipe&) = delete;
 
-  // The pipe whose write end becomes the child's stream; the run closes its own copy of that
-  // end once the child has it.
+  // The pipe whose write end becomes the child's stream, made by `startListening()`; the run
+  // closes its own copy of that end once the child has it.
   platform::Pipe& stdPipe() { return stdPipe_; }
 
   void startListening();
@@ -38,8 +46,10 @@ public:
   // One chunk of the stream, never called for the empty chunk at its end. A bare ETPipe
   // discards it.
   virtual void readAvailableData(std::span<const std::byte> data);
-  // Once, after the end of the stream: takes what is left and hands the result on.
-  virtual void flushPendingData();
+  // Once, after the end of the stream: takes what is left in the pipe, then `finishData()`.
+  void flushPendingData();
+  // Once, after the last chunk: hands on what is held back and the result.
+  virtual void finishData();
 
 protected:
   RunState& run() { return run_; }
@@ -59,7 +69,7 @@ public:
   ~ETBinaryPipe() override { waitForEndOfStream(); }
 
   void readAvailableData(std::span<const std::byte> data) override;
-  void flushPendingData() override;
+  void finishData() override;
 
 private:
   std::vector<std::vector<std::byte>> blocks_;

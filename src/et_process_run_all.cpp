@@ -5,28 +5,21 @@
 #include <system_error>
 #include <thread>
 
+#include "run_each.hpp"
+
 namespace lorvane {
 
-std::vector<ETOutput> ETProcess::runAll(std::span<const ETInput> inputs,
-                                        std::size_t maxConcurrent) {
+std::vector<ETOutput> runEach(std::span<const ETInput> inputs, std::size_t workerCount,
+                              const std::function<ETOutput(const ETInput&)>& runOne) {
   std::vector<ETOutput> outputs(inputs.size());
-  if (maxConcurrent == 0) {
-    maxConcurrent = std::max(1u, std::thread::hardware_concurrency());
-  }
-  const std::size_t workerCount = std::min(maxConcurrent, inputs.size());
-
-  // A worker takes the next input not yet taken until none is left, so a long run doesn't
-  // hold back the inputs behind it; each output lands in its input's place.
+  workerCount = std::min(workerCount, inputs.size());
   std::atomic<std::size_t> next{0};
   const auto work = [&] {
     for (std::size_t i; (i = next.fetch_add(1, std::memory_order_relaxed)) < inputs.size();) {
-      // Never throws: what a handler throws stays in the output of its own input.
-      outputs[i] = ETProcess::run(inputs[i]);
+      outputs[i] = runOne(inputs[i]);
     }
   };
-
   {
-    // The caller's thread is one of the workers.
     std::vector<std::jthread> helpers;
     helpers.reserve(workerCount > 0 ? workerCount - 1 : 0);
     for (std::size_t n = 1; n < workerCount; ++n) {
@@ -39,6 +32,15 @@ std::vector<ETOutput> ETProcess::runAll(std::span<const ETInput> inputs,
     work();
   }  // joins the helpers
   return outputs;
+}
+
+std::vector<ETOutput> ETProcess::runAll(std::span<const ETInput> inputs,
+                                        std::size_t maxConcurrent) {
+  if (maxConcurrent == 0) {
+    maxConcurrent = std::max(1u, std::thread::hardware_concurrency());
+  }
+  // Never throws: what a handler throws stays in the output of its own input.
+  return runEach(inputs, maxConcurrent, [](const ETInput& input) { return ETProcess::run(input); });
 }
 
 }  // namespace lorvane

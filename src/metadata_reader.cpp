@@ -60,8 +60,8 @@ struct MetadataReader::State {
     detail::ToolAnswer answer{output.decodeOutData().value_or(""), detail::toolMessages(output)};
     for (const auto& message : answer.messages) {
       if (message.starts_with(detail::timeLimitLine)) {
-        return {{file, "ExifTool did not finish reading it within " +
-                           detail::seconds(options.timeout),
+        return {{file,
+                 "ExifTool did not finish reading it within " + detail::seconds(options.timeout),
                  {}}};
       }
     }

@@ -230,7 +230,8 @@ std::vector<FileWriteResult> MetadataWriter::write(
         deliver, {});
     toWrite.clear();
     if (i < files.size() && !state_->tools.isCancelled()) {
-      deliver({files[i], Outcome::refused, {"is a folder: name the files in it"}, {}, std::nullopt});
+      deliver(
+          {files[i], Outcome::refused, {"is a folder: name the files in it"}, {}, std::nullopt});
     }
   }
   return results;

@@ -45,9 +45,9 @@ private:
   std::atomic<bool> cancelled_{false};
 };
 
-// makeResult (with the input that ran) runs on the tool's thread, deliver and onProgress (the share delivered) on the
-// caller's. Stops early on a cancel (nothing more is delivered) or on a throw of any of them,
-// which comes out of here once every tool has stopped.
+// makeResult (with the input that ran) runs on the tool's thread, deliver and onProgress (the share
+// delivered) on the caller's. Stops early on a cancel (nothing more is delivered) or on a throw of
+// any of them, which comes out of here once every tool has stopped.
 template <class Result>
 void runInOrder(ToolSlots& tools, std::size_t count,
                 const std::function<ETInput(std::size_t)>& makeInput,
@@ -152,6 +152,12 @@ void runInOrder(ToolSlots& tools, std::size_t count,
   }
   for (auto& worker : workers) {
     worker.join();
+  }
+  // A cancelled reader or writer keeps no tool, not even an idle one.
+  if (tools.isCancelled()) {
+    for (ToolSlot* slot : slots) {
+      slot->close();
+    }
   }
   if (failure) {
     std::rethrow_exception(failure);

@@ -52,12 +52,12 @@ void RunState::callHandler(std::string_view name, const Call& handler) {
   }
 }
 
-void RunState::requestStop() {
+void ChildSignals::requestStop() {
   stopRequested_ = true;
   wakeup_.notify();
 }
 
-void RunState::streamEnded() {
+void ChildSignals::streamEnded() {
   ++endedStreams_;
   wakeup_.notify();
 }

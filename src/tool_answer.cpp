@@ -142,7 +142,8 @@ std::vector<FileTags> makeFileTags(const std::string& given, std::string_view to
       objects = parseToolJson(answer.json);
     }
   } catch (const nlohmann::json::exception& error) {
-    return {{given, "ExifTool's output is not the JSON expected: " + std::string(error.what()), {}}};
+    return {
+        {given, "ExifTool's output is not the JSON expected: " + std::string(error.what()), {}}};
   }
   if (!objects.is_array() || objects.empty()) {
     return {{given, messages.empty() ? "not read" : withoutFile(messages, toolPath), {}}};

@@ -70,7 +70,7 @@ std::string escaped(std::string_view argument) {
 
 }  // namespace
 
-ToolBatch makeToolBatch(const std::vector<std::string>& arguments) {
+ToolBatch encodeArguments(const std::vector<std::string>& arguments) {
   ToolBatch batch;
   for (const auto& argument : arguments) {
     if (!needsCString(argument)) {
@@ -86,7 +86,14 @@ ToolBatch makeToolBatch(const std::vector<std::string>& arguments) {
     }
     batch.text += '\n';
   }
-  batch.text += "-stay_open\n0\n-execute";
+  return batch;
+}
+
+ToolBatch makeToolBatch(const std::vector<std::string>& arguments) {
+  ToolBatch batch = encodeArguments(arguments);
+  if (batch.refusal.empty()) {
+    batch.text += "-stay_open\n0\n-execute";
+  }
   return batch;
 }
 

@@ -5,9 +5,9 @@
 
 namespace lorvane {
 
-// The text a run sends to the tool's standard input: each argument on a line of its own, then
-// the lines that make the tool leave its stay-open mode and exit once the batch is done, with
-// no line end behind the last.
+// The text sent to the tool's standard input: each argument on a line of its own. A run adds
+// the lines that make the tool leave its stay-open mode and exit once the batch is done; a kept
+// tool gets the lines that end one command instead.
 //
 // The tool reads such a line as an argument only after changing some of them: it drops white
 // space in front, line ends behind, a line that starts with "#" (a comment) or is empty, and
@@ -23,6 +23,11 @@ struct ToolBatch {
   std::string refusal;
 };
 
+// Each argument on a line of its own, each line ended by a line feed.
+ToolBatch encodeArguments(const std::vector<std::string>& arguments);
+
+// A run's whole batch: the arguments, then "-stay_open", "0", "-execute", with no line end
+// behind the last.
 ToolBatch makeToolBatch(const std::vector<std::string>& arguments);
 
 }  // namespace lorvane

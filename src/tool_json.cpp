@@ -31,7 +31,8 @@ public:
   bool end_object() override { return close(); }
   bool start_array(std::size_t) override { return open(Json::array()); }
   bool end_array() override { return close(); }
-  bool parse_error(std::size_t, const std::string&, const nlohmann::json::exception& error) override {
+  bool parse_error(std::size_t, const std::string&,
+                   const nlohmann::json::exception& error) override {
     throw error;
   }
 

@@ -1,25 +1,28 @@
 #pragma once
 
-// One tool that runs one command at a time for the reader and the writer, and that another
-// thread may cancel.
-
-#include <mutex>
+// One kept tool that runs one command at a time for the reader and the writer, and that
+// another thread may cancel.
 
 #include <lorvane/et_input.hpp>
 #include <lorvane/et_output.hpp>
-#include <lorvane/et_process.hpp>
+#include <lorvane/et_session.hpp>
 
 namespace lorvane::detail {
 
 class ToolSlot {
 public:
-  ETOutput run(const ETInput& input);
-  // Ends the command under way, if any.
-  void cancel();
+  // Without the tool's own progress lines: they slow it down by a third or more, and the
+  // reader and writer count progress by files done.
+  ToolSlot() : session_(ETSession::Options{.toolProgress = false}) {}
+
+  ETOutput run(const ETInput& input) { return session_.run(input); }
+  // Ends the command under way, if any; the next one starts a fresh tool.
+  void cancel() { session_.cancel(); }
+  // Ends the kept tool, after the command under way.
+  void close() { session_.close(); }
 
 private:
-  std::mutex mutex_;
-  ETProcess* running_ = nullptr;
+  ETSession session_;
 };
 
 }  // namespace lorvane::detail

@@ -1,5 +1,7 @@
 #include "utf8.hpp"
 
+#include <lorvane/text.hpp>
+
 #include <unicode/utf8.h>
 
 #include <algorithm>
@@ -40,6 +42,50 @@ std::optional<std::string_view> decodeUTF8(std::span<const std::byte> bytes) {
     }
   }
   return text;
+}
+
+std::size_t cutCharacterLength(std::string_view text) {
+  // A character has at most four bytes, so only the last three can start a cut one.
+  for (std::size_t length = 1; length <= std::min<std::size_t>(3, text.size()); ++length) {
+    const auto tail = text.substr(text.size() - length);
+    const auto lead = static_cast<std::uint8_t>(tail[0]);
+    if (U8_IS_TRAIL(lead)) {
+      continue;
+    }
+    if (!U8_IS_LEAD(lead) || 1 + static_cast<std::size_t>(U8_COUNT_TRAIL_BYTES(lead)) <= length) {
+      return 0;
+    }
+    // The bytes so far must be a beginning that more bytes can complete.
+    if (length >= 2) {
+      const auto second = static_cast<std::uint8_t>(tail[1]);
+      const bool fits = lead < 0xE0   ? U8_IS_TRAIL(second)
+                        : lead < 0xF0 ? U8_IS_VALID_LEAD3_AND_T1(lead, second)
+                                      : U8_IS_VALID_LEAD4_AND_T1(lead, second);
+      if (!fits || (length == 3 && !U8_IS_TRAIL(static_cast<std::uint8_t>(tail[2])))) {
+        return 0;
+      }
+    }
+    return length;
+  }
+  return 0;
+}
+
+std::string mendUTF8(std::string_view text) {
+  static constexpr std::string_view replacement = "\xEF\xBF\xBD";
+  std::string mended;
+  mended.reserve(text.size());
+  std::size_t offset = 0;
+  while (offset < text.size()) {
+    const std::size_t start = offset;
+    if (nextCodePoint(text, offset) < 0) {
+      for (std::size_t byte = start; byte < offset; ++byte) {
+        mended += replacement;
+      }
+    } else {
+      mended.append(text.substr(start, offset - start));
+    }
+  }
+  return mended;
 }
 
 }  // namespace lorvane

@@ -21,4 +21,8 @@ inline bool isValidUTF8(std::string_view text) {
   return decodeUTF8(std::as_bytes(std::span(text.data(), text.size()))).has_value();
 }
 
+// The length of a character cut off at the end of `text`: the bytes behind its last complete
+// character that begin one and could still be completed by more; 0 when there are none.
+std::size_t cutCharacterLength(std::string_view text);
+
 }  // namespace lorvane

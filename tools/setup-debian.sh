@@ -11,5 +11,6 @@ apt-get install -y -q --no-install-recommends \
   g++ cmake ninja-build pkg-config python3 \
   clang libclang-rt-14-dev \
   dpkg-dev libicu-dev nlohmann-json3-dev googletest libgtest-dev libbenchmark-dev \
+  lintian man-db bash-completion file binutils \
   perl libimage-exiftool-perl atomicparsley \
   libjpeg-turbo-progs

@@ -5,6 +5,7 @@
 //                [--files-from FILE [--null]] FILE...
 //   lorvane set [--lang L] [--overwrite-original] [--timeout SECONDS] NAME=VALUE... -- FILE...
 //   lorvane tags [--lang L] [--choices] [--json] PATTERN...
+//   lorvane --version | --help
 
 #include <unistd.h>
 
@@ -27,6 +28,7 @@
 #include "set_command.hpp"
 #include "show_command.hpp"
 #include "tags_command.hpp"
+#include "version_command.hpp"
 
 namespace {
 
@@ -35,12 +37,13 @@ using namespace lorvane;
 constexpr int usageStatus = 2;
 constexpr int noExifToolStatus = 3;
 
-constexpr const char* usage =
+constexpr const char* usageStart =
     "usage: lorvane show [--lang L] [--raw] [--json | --json-lines] [--jobs N]\n"
     "                    [--timeout SECONDS] [--files-from FILE [--null]] FILE...\n"
     "       lorvane set [--lang L] [--overwrite-original] [--timeout SECONDS]\n"
     "                   NAME=VALUE... -- FILE...\n"
     "       lorvane tags [--lang L] [--choices] [--json] PATTERN...\n"
+    "       lorvane --version | --help\n"
     "\n"
     "show   every tag ExifTool reads from the files, by stream, with the catalogue's titles;\n"
     "       values as ExifTool prints them, the raw value after them where it differs; each\n"
@@ -60,15 +63,37 @@ constexpr const char* usage =
     "       --choices  every value with its label (always for a single tag)\n"
     "\n"
     "--timeout SECONDS  longest time for one file (default 60): the file gets an error,\n"
-    "           the others go on\n"
-    "--lang L   titles and labels in L: en, de, fr, it, es, ja, zh_cn (or english, german,\n"
-    "           ...); default: the user's language settings (LANGUAGE, LC_ALL, LANG)\n"
+    "           the others go on\n";
+
+constexpr const char* usageEnd =
+    "--version  Lorvane's version and that of the ExifTool it finds\n"
+    "--help     this text (also after a command)\n"
     "\n"
     "exit status: 0  done as asked\n"
     "             1  a file or tool error (the other files are still done), a refused\n"
     "                assignment, or no tag matched\n"
     "             2  a usage mistake\n"
-    "             3  ExifTool not found (the message names where it looked)\n";
+    "             3  ExifTool not found (the message names where it looked)\n"
+    "\n"
+    "More in the manual page: man lorvane\n";
+
+// The usage's languages come from the library, so that it (and the shell completion, which
+// reads them from it) never lists one the program doesn't take.
+const std::string& usage() {
+  static const std::string text = [] {
+    std::string codes;
+    std::string names;
+    for (const ETLanguage language : ETLanguage::allCases()) {
+      codes.append(codes.empty() ? "" : ", ").append(language.exifToolValue());
+      names.append(names.empty() ? "" : ", ").append(language.rawValue());
+    }
+    return usageStart + ("--lang L   titles and labels in L: " + codes) +
+           ("\n           or by name: " + names) +
+           ";\n           default: the user's language settings (LANGUAGE, LC_ALL, LANG)\n" +
+           usageEnd;
+  }();
+  return text;
+}
 
 struct UsageError : std::runtime_error {
   using std::runtime_error::runtime_error;
@@ -157,7 +182,7 @@ std::optional<ETLanguage> walkCommand(Arguments& arguments, Option&& option, Ope
             throw UsageError("unknown language '" + text + "'");
           }
         } else if (word == "--help") {
-          std::cout << usage;
+          std::cout << usage();
           std::exit(0);
         } else if (word == "--") {
           arguments.endOptions();
@@ -331,14 +356,21 @@ int main(int argc, char** argv) {
     if (command == "tags") {
       return tags(arguments);
     }
+    if (command == "--version") {
+      if (const auto missing = missingExifTool()) {
+        std::cerr << "lorvane: " << *missing << "\n";
+        return noExifToolStatus;
+      }
+      return app::runVersion(std::cout, std::cerr);
+    }
     if (command == "--help" || command == "-h" || command == "help") {
-      std::cout << usage;
+      std::cout << usage();
       return 0;
     }
     throw UsageError(command.empty() ? "no command given"
                                      : "unknown command '" + std::string(command) + "'");
   } catch (const UsageError& error) {
-    std::cerr << "lorvane: " << error.what() << "\n" << usage;
+    std::cerr << "lorvane: " << error.what() << "\n" << usage();
     return usageStatus;
   }
 }

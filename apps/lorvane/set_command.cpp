@@ -40,8 +40,7 @@ std::string sentence(const AssignmentRefusal& refusal) {
   switch (refusal.reason) {
     case Reason::unknownTag:
       return quoted(name) + " is no tag of the catalogue (lorvane tags " + name + ")";
-    case Reason::notWritable:
-      return quoted(name) + " is not writable";
+    case Reason::notWritable: return quoted(name) + " is not writable";
     case Reason::notAChoice:
       return name + ": " + quoted(refusal.value) +
              " is not among its values:" + choiceList(*refusal.item);
@@ -63,8 +62,7 @@ std::string sentence(const AssignmentRefusal& refusal) {
                   ? std::string("one value")
                   : "at most " + std::to_string(refusal.allowedValues) + " values") +
              ", not " + std::to_string(refusal.givenValues) + " (" + quoted(refusal.value) + ")";
-    case Reason::namedTwice:
-      return quoted(name) + " takes one value and is named more than once";
+    case Reason::namedTwice: return quoted(name) + " takes one value and is named more than once";
     case Reason::deleteAndValues:
       return quoted(name) + " can't be deleted and given values at once";
   }
@@ -82,9 +80,8 @@ int runSet(const SetRequest& request, std::ostream& out, std::ostream& err) {
     err << "lorvane: nothing was written\n";
     return 1;
   }
-  MetadataWriter writer({.overwritesOriginal = request.overwritesOriginal,
-                         .jobs = 1,
-                         .timeout = request.timeout});
+  MetadataWriter writer(
+      {.overwritesOriginal = request.overwritesOriginal, .jobs = 1, .timeout = request.timeout});
   int status = 0;
   writer.write(std::get<std::vector<TagAssignment>>(checked), request.files,
                [&](const FileWriteResult& result) {

@@ -44,13 +44,13 @@ Json fileJson(const FileTags& file) {
   }
   auto& tags = object["tags"] = Json::array();
   for (const auto& tag : file.tags) {
-    tags.push_back({{"group", tag.group},
-                    {"name", tag.name},
-                    {"stream", tag.item != nullptr ? Json(tag.item->stream().rawValue())
-                                                   : Json(nullptr)},
-                    {"title", tag.title},
-                    {"value", valueJson(tag.value)},
-                    {"raw", valueJson(tag.raw)}});
+    tags.push_back(
+        {{"group", tag.group},
+         {"name", tag.name},
+         {"stream", tag.item != nullptr ? Json(tag.item->stream().rawValue()) : Json(nullptr)},
+         {"title", tag.title},
+         {"value", valueJson(tag.value)},
+         {"raw", valueJson(tag.raw)}});
   }
   return object;
 }
@@ -123,9 +123,8 @@ int runShow(const ShowRequest& request, std::ostream& out, std::ostream& err) {
   if (request.printsJson) {
     out << "[";
   }
-  MetadataReader reader({.language = request.language,
-                         .jobs = request.jobs,
-                         .timeout = request.timeout});
+  MetadataReader reader(
+      {.language = request.language, .jobs = request.jobs, .timeout = request.timeout});
   reader.readEach(
       request.files,
       [&](FileTags&& file) {

@@ -21,8 +21,8 @@ struct ShowRequest {
   bool printsToolJson = false;                // the tool's JSON as it came (always one run)
   bool printsJson = false;                    // one array, element by element
   bool printsJsonLines = false;               // one object per line
-  bool drawsProgress = false;  // a bar on standard error while the tool reads
-  bool dimsRawValues = false;  // standard output is a terminal
+  bool drawsProgress = false;                 // a bar on standard error while the tool reads
+  bool dimsRawValues = false;                 // standard output is a terminal
 };
 
 // 0 when every file was read, 1 when the tool failed on one (the others are still shown).

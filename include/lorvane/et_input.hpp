@@ -23,6 +23,12 @@ struct ETInput {
   bool parsesOutPipe = false;
   // The same choice for standard error, decoded by default.
   bool parsesErrPipe = true;
+  // How a decoded stream treats text that isn't UTF-8. false (the default): a chunk of the
+  // stream that isn't valid UTF-8 is dropped with every line in it, and a character cut by the
+  // border of two chunks drops both. true: nothing is lost; a cut character is joined again,
+  // and a line holding bytes that aren't UTF-8 (a file name in a message, say) is decoded as
+  // any other, each such byte shown as U+FFFD.
+  bool keepsInvalidText = false;
   // How long the tool may take from its start; when that has passed, the run ends as if
   // cancelled. Nothing: as long as the tool takes.
   std::optional<std::chrono::milliseconds> timeLimit;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <span>
 #include <vector>
@@ -10,10 +11,14 @@
 
 namespace lorvane {
 
+class ETSession;
+class RunState;
+
 // One run of ExifTool: a child process started from the binaries folder with a fixed command
 // line and an environment of its own, the batch of arguments sent over its standard input, both
 // output streams read until the child exits. One run is one child; the exit is the end of the
-// batch. Nothing here throws: what goes wrong is in the output's messages.
+// batch. Nothing here throws: what goes wrong is in the output's messages. On Linux the tool
+// dies with the thread that runs it, and so with the host process, even one killed outright.
 //
 //   ETOutput out = ETProcess::run(input);   // blocks until the tool has exited
 //   out.throwIfErrors();
@@ -65,6 +70,16 @@ public:
   ETOutput output() const;
 
 private:
+  friend class ETSession;
+
+  // What a run does between its start and its end: start the tool, send it the input's
+  // arguments, read what comes back into the run's state.
+  using Talk = std::function<void(const ETInput&, RunState&)>;
+  // `execute` with another way of talking to the tool; the steps around it stay the same.
+  void executeWith(const ETInput& input, const Talk& talk);
+  // The output as it stands, moved out of this instance.
+  ETOutput takeOutput();
+
   // The guarded input and output, and the state of the run under way.
   struct Shared;
   std::unique_ptr<Shared> shared_;

@@ -15,11 +15,13 @@
 #include <lorvane/et_output.hpp>
 #include <lorvane/et_path_filter.hpp>
 #include <lorvane/et_process.hpp>
+#include <lorvane/et_session.hpp>
 #include <lorvane/et_settings.hpp>
 #include <lorvane/file_tags.hpp>
 #include <lorvane/metadata_reader.hpp>
 #include <lorvane/metadata_writer.hpp>
 #include <lorvane/text.hpp>
+#include <lorvane/version.hpp>
 
 #include <lorvane/canonical_text.hpp>
 #include <lorvane/tag_item.hpp>

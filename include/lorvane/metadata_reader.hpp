@@ -47,8 +47,7 @@ public:
   // time; memory holds the files in flight, never the whole list. Returns when every file is
   // delivered, or once cancel() was called (the files before the cancel are delivered, the
   // others never). What onFile or onProgress throws ends the reading and comes out here.
-  void readEach(std::span<const std::string> files,
-                const std::function<void(FileTags&&)>& onFile,
+  void readEach(std::span<const std::string> files, const std::function<void(FileTags&&)>& onFile,
                 const std::function<void(double)>& onProgress = {});
 
   // From any thread: ends the tools at work; readEach returns soon after. A cancelled reader

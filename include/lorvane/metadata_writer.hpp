@@ -55,9 +55,9 @@ public:
   // Writes every assignment to each file; onFile (if any) gets each result in the files' order
   // as soon as it and those before it are known, on the caller's thread. A folder is refused
   // (name its files). After cancel() the files not yet written are left out of the result.
-  std::vector<FileWriteResult> write(std::span<const TagAssignment> assignments,
-                                     std::span<const std::string> files,
-                                     const std::function<void(const FileWriteResult&)>& onFile = {});
+  std::vector<FileWriteResult> write(
+      std::span<const TagAssignment> assignments, std::span<const std::string> files,
+      const std::function<void(const FileWriteResult&)>& onFile = {});
 
   // From any thread: ends the tools at work; write returns soon after.
   void cancel();

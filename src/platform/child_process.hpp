@@ -34,6 +34,12 @@ struct LaunchOptions {
 // none is left behind as a zombie. No other descriptor of the host reaches the child, its
 // signal mask is empty and SIGPIPE has its default action, whatever the host had set.
 // The working folder is the host's.
+//
+// On Linux the kernel kills the child (SIGKILL) when the host dies, so no child outlives a
+// host that is killed. It does so when the *thread* that started the child ends, not only the
+// process: start a child from a thread that lives at least as long as the child. A run does,
+// since it ends its child before its thread goes on; a tool kept beyond one call must be
+// started from a thread kept as long. Elsewhere a killed host leaves its child running.
 class ChildProcess {
 public:
   // Starts the child. A program that can't be started is no exception: the object then

@@ -7,8 +7,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <sys/wait.h>
+
+#include <lorvane/version.hpp>
 
 #include "outside_tool.hpp"
 #include "test_support.hpp"
@@ -240,7 +243,7 @@ TEST(Program, NoExifToolSaysWhereItLookedAndHowToSetTheFolder) {
   TemporaryFolder resources;
   const std::string environment = "LORVANE_RESOURCE_DIR=" + quoted(resources.path().string());
   for (const auto& arguments : std::vector<std::vector<std::string>>{
-           {"show", sample()}, {"set", "EXIF:Artist=x", "--", sample()}}) {
+           {"show", sample()}, {"set", "EXIF:Artist=x", "--", sample()}, {"--version"}}) {
     const auto result = lorvane(arguments, environment);
     EXPECT_EQ(result.status, 3);
     EXPECT_NE(result.err.find((resources.path() / "binaries").string()), std::string::npos)
@@ -267,6 +270,15 @@ TEST(Program, UsageMistakesExitWithStatusTwoAndHelpNamesTheStatuses) {
   for (const char* status : {"0  ", "1  ", "2  ", "3  "}) {
     EXPECT_NE(help.out.find(status), std::string::npos) << status;
   }
+}
+
+TEST(Program, VersionNamesLorvaneAndTheExifToolItRuns) {
+  const auto result = lorvane({"--version"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  std::string tool = outsideToolOutput("exiftool", {"-ver"});
+  tool.erase(tool.find_last_not_of('\n') + 1);
+  EXPECT_TRUE(result.out.starts_with("lorvane " LORVANE_VERSION_STRING "\nExifTool " + tool + " ("))
+      << result.out;
 }
 
 // Several tools side by side give what one gives, in command-line order.
@@ -300,6 +312,54 @@ TEST(ShowProgram, JobsKeepTheCommandLinesOrder) {
     EXPECT_EQ(json[i]["file"], files[i]);
   }
   EXPECT_EQ(lorvane({"show", "--jobs", "0", sample()}).status, 2);
+}
+
+// Names from a list (NUL-ended, or lines on standard input), one JSON object per line, and a
+// file the tool hangs on that gets its own error while the others are shown.
+TEST(ShowProgram, FilesFromAListAsJsonLinesWithATimeLimitPerFile) {
+  TemporaryFolder folder;
+  const auto lineFeed = copyOfSample(folder, "line\nbreak.jpg");
+  const auto list = folder.path() / "list";
+  {
+    std::ofstream out(list, std::ios::binary);
+    for (const std::string& name : {sample(), std::string("/dev/zero"), lineFeed.string()}) {
+      out << name << '\0';
+    }
+  }
+  const auto result =
+      lorvane({"show", "--json-lines", "--timeout", "5", "--files-from", list.string(), "--null"});
+  EXPECT_EQ(result.status, 1);
+  std::vector<nlohmann::json> lines;
+  std::istringstream in(result.out);
+  for (std::string line; std::getline(in, line);) {
+    lines.push_back(nlohmann::json::parse(line));
+  }
+  ASSERT_EQ(lines.size(), 3u) << result.out;
+  EXPECT_EQ(lines[0]["file"], sample());
+  EXPECT_FALSE(lines[0].contains("error"));
+  EXPECT_EQ(lines[1]["file"], "/dev/zero");
+  EXPECT_NE(lines[1]["error"].get<std::string>().find("did not finish"), std::string::npos);
+  EXPECT_EQ(lines[2]["file"], lineFeed.string());
+  EXPECT_FALSE(lines[2]["tags"].empty());
+
+  const auto fromInput = lorvane({"show", "--json", "--files-from", "-"},
+                                 "printf '%s\\n\\n' " + quoted(sample()) + " |");
+  EXPECT_EQ(fromInput.status, 0) << fromInput.err;
+  EXPECT_EQ(nlohmann::json::parse(fromInput.out).size(), 1u);
+  EXPECT_EQ(lorvane({"show", "--null", sample()}).status, 2);
+  EXPECT_EQ(lorvane({"show", "--json", "--json-lines", sample()}).status, 2);
+}
+
+// A folder is never written in place of its files, and never reported as updated.
+TEST(SetProgram, AFolderIsNotWritten) {
+  TemporaryFolder folder;
+  const auto file = copyOfSample(folder);
+  const std::string before = fileContents(file);
+  const auto result = lorvane({"set", "EXIF:Orientation=1", "--", folder.path().string()});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.out, "");
+  EXPECT_NE(result.err.find("not written"), std::string::npos) << result.err;
+  EXPECT_EQ(fileContents(file), before);
 }
 
 }  // namespace

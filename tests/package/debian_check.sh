@@ -1,8 +1,10 @@
 #!/bin/sh
-# Makes the Debian packages of a release build, installs them with apt-get, uses them as a
-# person and as another project would (the program on the sample picture; the examples built
-# against /usr through find_package and pkg-config) and removes them again, also when a step
-# fails. It changes the machine, so it needs root and skips (status 77) without.
+# Makes the Debian packages of a release build, checks them with lintian (no error, no
+# warning), installs them with apt-get, uses them as a person and as another project would
+# (the program's version, manual page and completion, the program on the sample picture; the
+# examples built against /usr through find_package and pkg-config; a program built against the
+# library gets liblorvane0 from dpkg-shlibdeps) and removes them again, also when a step fails.
+# It changes the machine, so it needs root and skips (status 77) without.
 #   debian_check.sh BUILD_DIR SOURCE_DIR
 set -eu
 build_dir=$1
@@ -42,6 +44,9 @@ echo "\$ cpack -G DEB"
 (cd "$build_dir" && cpack -G DEB -B "$work/debs") > "$work/cpack.txt" 2>&1 ||
   { cat "$work/cpack.txt"; exit 1; }
 cd "$work/debs"
+# Only errors and warnings fail; informational tags may stay.
+echo "\$ lintian --fail-on error,warning *.deb"
+lintian --fail-on error,warning ./*.deb
 for deb in *.deb; do
   echo
   echo "\$ dpkg -c $deb"
@@ -65,8 +70,41 @@ for package in $packages; do
 done
 
 cd "$source_dir"
+run lorvane --version
+expect "^lorvane $(dpkg-query -W -f '${Version}' lorvane)\$"
+expect "^ExifTool [0-9][0-9.]* (/usr/share/lorvane/binaries)\$"
+run man -w lorvane
+expect "^/usr/share/man/man1/lorvane.1.gz\$"
+man lorvane | grep -q "EXIT STATUS" || { echo "man lorvane shows no manual page"; exit 1; }
+# bash-completion loads the completion from its folder the first time "lorvane" is completed.
+echo "\$ bash: lorvane sh<TAB>"
+# (The loader says 124 when it loaded one.)
+bash -c '. /usr/share/bash-completion/bash_completion; _completion_loader lorvane
+  complete -p lorvane && COMP_WORDS=(lorvane sh) COMP_CWORD=1 && _lorvane lorvane sh lorvane &&
+  echo "${COMPREPLY[*]}"' \
+  > "$work/out"
+cat "$work/out"
+expect "^show\$"
 check_program /usr/bin/lorvane
 check_examples_with_cmake
 grep "^Lorvane_DIR:" "$work/cmake-build/CMakeCache.txt"
 grep -q "^Lorvane_DIR:PATH=/usr/lib/" "$work/cmake-build/CMakeCache.txt"
 check_example_with_pkg_config
+
+# A package of a program built against liblorvane-dev depends on liblorvane0, as its shlibs
+# file says, and <lorvane/version.hpp> is the packages' version.
+echo "\$ dpkg-shlibdeps -O consumer"
+mkdir -p "$work/consumer/debian"
+printf 'Source: consumer\n\nPackage: consumer\nArchitecture: any\n' > "$work/consumer/debian/control"
+cat > "$work/consumer/consumer.cpp" <<'EOF2'
+#include <lorvane/lorvane.hpp>
+#include <iostream>
+int main() { std::cout << LORVANE_VERSION_STRING << " " << lorvane::ETLanguage::local() << "\n"; }
+EOF2
+# shellcheck disable=SC2046
+c++ -std=c++20 -o "$work/consumer/consumer" "$work/consumer/consumer.cpp" $(pkg-config --cflags --libs lorvane)
+run "$work/consumer/consumer"
+expect "^$(dpkg-query -W -f '${Version}' liblorvane-dev) english\$"
+(cd "$work/consumer" && dpkg-shlibdeps -O consumer) > "$work/out"
+cat "$work/out"
+expect "^shlibs:Depends=.*liblorvane0 (>= "

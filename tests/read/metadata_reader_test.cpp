@@ -88,8 +88,8 @@ TEST(MetadataReader, ReadsFilesFoldersAndOddNamesEachWithItsOwnError) {
   // A folder gives its files by their paths, in the tool's order.
   std::vector<std::string> folderFiles = {read[2].file, read[3].file};
   std::sort(folderFiles.begin(), folderFiles.end());
-  EXPECT_EQ(folderFiles, (std::vector<std::string>{(inside / "a.jpg").string(),
-                                                   (inside / "b.jpg").string()}));
+  EXPECT_EQ(folderFiles,
+            (std::vector<std::string>{(inside / "a.jpg").string(), (inside / "b.jpg").string()}));
   EXPECT_FALSE(read[2].error);
   EXPECT_EQ(read[4].file, lineFeed);
   EXPECT_FALSE(read[4].error);

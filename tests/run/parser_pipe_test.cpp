@@ -14,6 +14,7 @@ namespace {
 
 // A parser on its own, with a run state but no run: chunks, end of stream, flush.
 struct Parser {
+  explicit Parser(bool keepsInvalidText = false) : parser{run, keepsInvalidText} {}
   void feed(std::string_view chunk) { parser.readAvailableData(std::as_bytes(std::span(chunk))); }
   ETOutput output() const {
     return atomic.read([&] { return nonAtomicOutput; });
@@ -29,7 +30,7 @@ struct Parser {
   ETOutput nonAtomicOutput;
   std::vector<double> progress;  // at each call of the handler
   RunState run{atomic, nonAtomicOutput, [this] { progress.push_back(output().progress); }};
-  ETParserPipe parser{run};
+  ETParserPipe parser;
 };
 
 class ParserTest : public ::testing::Test, public Parser {};
@@ -38,18 +39,39 @@ using Lines = std::vector<std::string>;
 
 // The progress values and the log entries, known ones by kind and path, of a stream fed in
 // these chunks.
-std::pair<std::vector<double>, Lines> parsed(const std::vector<std::string_view>& chunks) {
-  Parser test;
+std::pair<std::vector<double>, Lines> parsed(const std::vector<std::string_view>& chunks,
+                                             bool keepsInvalidText = false) {
+  Parser test(keepsInvalidText);
   for (const auto chunk : chunks) {
     test.feed(chunk);
   }
   Lines logs;
   for (const auto& log : test.finish().processLogs) {
-    const auto* unknown = std::get_if<ETOutput::UnknownLog>(&log);
-    logs.push_back(unknown ? unknown->line
-                           : "no changes: " + std::get<ETOutput::NoChanges>(log).path);
+    if (const auto* unknown = std::get_if<ETOutput::UnknownLog>(&log)) {
+      logs.push_back(unknown->line);
+    } else if (const auto* nothing = std::get_if<ETOutput::NothingToWrite>(&log)) {
+      logs.push_back("nothing to write: " + nothing->path);
+    } else {
+      logs.push_back("no changes: " + std::get<ETOutput::NoChanges>(log).path);
+    }
   }
   return {test.progress, logs};
+}
+
+// The stream whole, cut once at `border`, and (when `border` is 0) one byte per chunk.
+std::vector<std::string_view> cut(std::string_view stream, std::size_t border) {
+  if (border > 0) {
+    return {stream.substr(0, border), stream.substr(border)};
+  }
+  std::vector<std::string_view> bytes;
+  for (std::size_t i = 0; i < stream.size(); ++i) {
+    bytes.push_back(stream.substr(i, 1));
+  }
+  return bytes;
+}
+
+bool isInsideCharacter(std::string_view text, std::size_t border) {
+  return border < text.size() && (text[border] & 0xC0) == 0x80;
 }
 
 }  // namespace
@@ -162,14 +184,50 @@ TEST(ParserJoin, AProgressLineCutByLineFeedsInTheNameIsOneProgressLine) {
   for (const auto& [stream, progress, logs] : cases) {
     const auto expected = std::pair(progress, logs);
     EXPECT_EQ(parsed({stream}), expected) << stream;
-    for (std::size_t border = 1; border < stream.size(); ++border) {
-      if ((stream[border] & 0xC0) == 0x80) {
-        continue;  // inside a character, which spoils both chunks
+    for (const bool keepsInvalidText : {false, true}) {
+      for (std::size_t border = 1; border < stream.size(); ++border) {
+        if (!keepsInvalidText && isInsideCharacter(stream, border)) {
+          continue;  // spoils both chunks
+        }
+        EXPECT_EQ(parsed(cut(stream, border), keepsInvalidText), expected)
+            << stream << " cut at " << border;
       }
-      EXPECT_EQ(parsed({stream.substr(0, border), stream.substr(border)}), expected)
-          << stream << " cut at " << border;
     }
   }
+}
+
+TEST(ParserText, ACharacterCutByAChunkBorderIsJoinedOnlyWhenInvalidTextIsKept) {
+  const std::string_view stream = "caf\xC3\xA9\n\xE2\x82\xAC \xF0\x9F\x93\xB7\n";
+  const auto whole = std::pair(std::vector<double>{}, Lines{"café\n", "€ 📷\n"});
+  for (std::size_t border = 0; border < stream.size(); ++border) {
+    EXPECT_EQ(parsed(cut(stream, border), true), whole) << "cut at " << border;
+    if (border > 0) {
+      // By default a character cut in two loses both chunks, with their lines.
+      const auto expected = isInsideCharacter(stream, border) ? decltype(whole){} : whole;
+      EXPECT_EQ(parsed(cut(stream, border)), expected) << "cut at " << border;
+    }
+  }
+}
+
+TEST(ParserText, KeptInvalidBytesShowAsReplacementsAndTheirLinesAreDecoded) {
+  const std::string_view stream =
+      "bad \xFF byte \xC3(\n"
+      "======== gone\xFF.jpg [1/2]\n"
+      "Error: Nothing to write - n\xC3\xA9\xFF.xmp\n"
+      "Error: File not found - \xE2\x82.jpg\n"
+      "\xED\xA0\x80 is a surrogate, \xC0\xAF an overlong slash\n"
+      "cut at the end \xF0\x9F\x93";
+  const auto expected =
+      std::pair(std::vector<double>{0.5},
+                Lines{"bad \uFFFD byte \uFFFD(\n", "nothing to write: n\u00E9\uFFFD.xmp",
+                      "Error: File not found - \uFFFD\uFFFD.jpg\n",
+                      "\uFFFD\uFFFD\uFFFD is a surrogate, \uFFFD\uFFFD an overlong slash\n",
+                      "cut at the end \uFFFD\uFFFD\uFFFD"});
+  for (std::size_t border = 0; border < stream.size(); ++border) {
+    EXPECT_EQ(parsed(cut(stream, border), true), expected) << "cut at " << border;
+  }
+  // By default no line survives: the stream is one chunk that isn't UTF-8.
+  EXPECT_EQ(parsed({stream}), decltype(expected){});
 }
 
 TEST_F(ParserTest, HeldLinesLeaveAsSoonAsTheirEndingComesOrCannotCome) {

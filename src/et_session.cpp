@@ -1,0 +1,126 @@
+#include <lorvane/et_process.hpp>
+#include <lorvane/et_session.hpp>
+
+#include <atomic>
+#include <mutex>
+
+#include "kept_tool.hpp"
+#include "run_state.hpp"
+#include "tool_batch.hpp"
+
+namespace lorvane {
+
+struct ETSession::Shared {
+  explicit Shared(Options options) : options(options) {}
+
+  const Options options;
+  // Held for a whole run, and by `close`: one run at a time.
+  std::mutex turn;
+  // Guarded by `turn`.
+  std::unique_ptr<KeptTool> tool;
+  std::size_t runsOnTool = 0;
+  std::atomic<std::size_t> toolStarts = 0;
+  // The run under way, for `cancel`.
+  std::mutex currentGuard;
+  ETProcess* current = nullptr;
+
+  // The kept tool for the next command, started when there is none or the last one is gone;
+  // nothing when it can't be started, with the reason in the run's output.
+  KeptTool* toolForCommand(RunState& run) {
+    if (tool && !tool->take()) {
+      tool.reset();  // ends what is left of it and waits for that
+    }
+    if (!tool) {
+      auto fresh = std::make_unique<KeptTool>(options.toolProgress, options.idleTimeout);
+      if (fresh->failure()) {
+        run.appendUnknownLine(*fresh->failure());
+        return nullptr;
+      }
+      ++toolStarts;
+      runsOnTool = 0;
+      tool = std::move(fresh);
+      if (!tool->take()) {
+        run.appendUnknownLine("the kept tool ended as soon as it started");
+        tool.reset();
+        return nullptr;
+      }
+    }
+    return tool.get();
+  }
+
+  void talk(const ETInput& input, RunState& run) {
+    // A refused argument never reaches the tool, so it costs the tool nothing.
+    if (const ToolBatch check = encodeArguments(input.arguments); !check.refusal.empty()) {
+      run.appendUnknownLine(check.refusal);
+      return;
+    }
+    KeptTool* kept = toolForCommand(run);
+    if (kept == nullptr) {
+      return;
+    }
+    const auto failure = kept->runCommand(input, run);
+    if (failure) {
+      run.appendUnknownLine(*failure);
+      tool.reset();
+    } else if (options.maxRunsPerTool > 0 && ++runsOnTool >= options.maxRunsPerTool) {
+      kept->requestEnd(true);  // leaves while the caller goes on; the next run starts another
+    }
+  }
+};
+
+ETSession::ETSession() : ETSession(Options{}) {}
+
+ETSession::ETSession(Options options) : shared_(std::make_unique<Shared>(options)) {}
+
+ETSession::~ETSession() { close(); }
+
+namespace {
+
+// The session whose run this thread is inside, so that a start or end handler's run on that
+// same session is refused instead of waiting for the run it is part of.
+thread_local const ETSession* sessionOfThisThread = nullptr;
+
+}  // namespace
+
+ETOutput ETSession::run(const ETInput& input) {
+  if (sessionOfThisThread == this) {
+    ETOutput refused;
+    refused.processLogs.emplace_back(
+        ETOutput::UnknownLog{"a session's run can't start inside a run of the same session\n"});
+    return refused;
+  }
+  const ETSession* const outer = sessionOfThisThread;
+  sessionOfThisThread = this;
+  struct Restore {
+    const ETSession* outer;
+    ~Restore() { sessionOfThisThread = outer; }
+  } restore{outer};
+  std::lock_guard turn(shared_->turn);
+  ETProcess process;
+  {
+    std::lock_guard guard(shared_->currentGuard);
+    shared_->current = &process;
+  }
+  process.executeWith(input, [&](const ETInput& own, RunState& run) { shared_->talk(own, run); });
+  {
+    std::lock_guard guard(shared_->currentGuard);
+    shared_->current = nullptr;
+  }
+  return process.takeOutput();
+}
+
+void ETSession::cancel() {
+  std::lock_guard guard(shared_->currentGuard);
+  if (shared_->current != nullptr) {
+    shared_->current->cancel();
+  }
+}
+
+void ETSession::close() {
+  std::lock_guard turn(shared_->turn);
+  shared_->tool.reset();
+}
+
+std::size_t ETSession::toolStarts() const { return shared_->toolStarts; }
+
+}  // namespace lorvane

@@ -1,0 +1,374 @@
+// Kept sessions with the real ExifTool: the same answers as runs, one tool for many runs, and a
+// tool that hangs, dies or idles replaced without anything left behind. A fake tool only for a
+// tool that falls out of step.
+#include <lorvane/lorvane.hpp>
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "outside_tool.hpp"
+#include "test_support.hpp"
+
+using namespace lorvane;
+using lorvane::test::TemporaryFolder;
+using lorvane::test::unknownLines;
+
+namespace {
+
+namespace fs = std::filesystem;
+using Lines = std::vector<std::string>;
+
+// "pid (name) state ppid ...": the state and the parent, or nothing when the process is gone.
+std::optional<std::pair<char, int>> processState(int pid) {
+  const fs::path stat = fs::path("/proc") / std::to_string(pid) / "stat";
+  std::error_code error;
+  if (!fs::exists(stat, error)) {
+    return std::nullopt;
+  }
+  const std::string text = lorvane::test::fileContents(stat);
+  const auto nameEnd = text.rfind(')');
+  if (nameEnd == std::string::npos || nameEnd + 4 >= text.size()) {
+    return std::nullopt;
+  }
+  return std::pair{text[nameEnd + 2], std::atoi(text.c_str() + nameEnd + 4)};
+}
+
+// Our children that run ExifTool and haven't exited.
+std::set<int> livingTools() {
+  std::set<int> tools;
+  for (const auto& entry : fs::directory_iterator("/proc")) {
+    const std::string id = entry.path().filename().string();
+    if (id.find_first_not_of("0123456789") != std::string::npos) {
+      continue;
+    }
+    const auto state = processState(std::stoi(id));
+    if (state && state->second == getpid() && state->first != 'Z' &&
+        lorvane::test::fileContents(entry.path() / "cmdline").find("exiftool") !=
+            std::string::npos) {
+      tools.insert(std::stoi(id));
+    }
+  }
+  return tools;
+}
+
+int theLivingTool() {
+  const auto tools = livingTools();
+  EXPECT_EQ(tools.size(), 1u);
+  return tools.empty() ? -1 : *tools.begin();
+}
+
+// Waits up to ten seconds for the process to be gone altogether: neither running nor a zombie.
+bool isReaped(int pid) {
+  for (int attempt = 0; attempt < 1000 && processState(pid); ++attempt) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return !processState(pid);
+}
+
+std::size_t entriesIn(const fs::path& folder) {
+  return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder), {}));
+}
+
+// Everything a caller can see of an output, as text, so that two outputs compare at once.
+std::string described(const ETOutput& output) {
+  std::string text = "running " + std::to_string(output.isRunning) + ", progress " +
+                     std::to_string(output.progress) + ", bytes [" +
+                     std::string(reinterpret_cast<const char*>(output.binaryData.data()),
+                                 output.binaryData.size()) +
+                     "]";
+  for (const auto& log : output.processLogs) {
+    text += "\n" + std::to_string(log.index()) + ": ";
+    std::visit(
+        [&](const auto& entry) {
+          if constexpr (requires { entry.path; }) {
+            text += entry.path;
+          } else if constexpr (requires { entry.line; }) {
+            text += entry.line;
+          } else {
+            text += entry.from + " -> " + entry.to;
+          }
+        },
+        log);
+  }
+  return text;
+}
+
+ETInput reading(const std::vector<std::string>& arguments, bool parsesOut = false) {
+  ETInput input;
+  input.arguments = arguments;
+  input.parsesOutPipe = parsesOut;
+  return input;
+}
+
+// A FIFO that nobody writes: the tool told `-@` it blocks there, a real hang.
+struct Hang {
+  Hang() { mkfifo(fifo.c_str(), 0600); }
+  ETInput input() const { return reading({"-@", fifo.string()}); }
+  // Blocks until the tool has opened the FIFO, so that it is surely inside the command.
+  void waitUntilTheToolHangs() {
+    while ((writer = ::open(fifo.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC)) < 0) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+  }
+  ~Hang() {
+    if (writer >= 0) {
+      ::close(writer);
+    }
+  }
+  TemporaryFolder folder;
+  fs::path fifo = folder.path() / "nobody writes";
+  int writer = -1;
+};
+
+}  // namespace
+
+TEST(Session, HundredsOfRunsAnswerAsRunsDoWithOneTool) {
+  TemporaryFolder folder;
+  const auto sample = (folder.path() / "sample.jpg").string();
+  fs::copy_file(lorvane::test::dataFolder() / "sample.jpg", sample);
+  // A comment of bytes that hold the tool's own end-of-command text, a NUL and no line end.
+  const auto binary = lorvane::test::copyOfPlainJpeg(folder.path(), "binary.jpg").string();
+  constexpr char raw[] = "{ready}\n{ready12}\n\0\xff\xfe{ready";
+  const std::string bytes(raw, sizeof raw - 1);
+  std::ofstream(folder.path() / "bytes.bin", std::ios::binary) << bytes;
+  lorvane::test::outsideToolOutput(
+      "exiftool",
+      {"-q", "-overwrite_original", "-Comment<=" + (folder.path() / "bytes.bin").string(), binary});
+  const auto written = lorvane::test::copyOfPlainJpeg(folder.path(), "written.jpg").string();
+
+  const std::vector<ETInput> inputs{
+      reading({"-s", "-G1", "--System:all", "--Composite:all", sample}),
+      reading({"-j", "-l", "-G0:1", "--System:all", "--Composite:all", sample}),
+      reading({"-lang", "de", "-j", "-l", "--System:all", "--Composite:all",
+               sample}),  // and English again after it
+      reading({"-b", "-Comment", binary}),
+      reading({"-j", (folder.path() / "missing.jpg").string()}),
+      reading({"-overwrite_original", "-XMP-dc:Title=Same title", "-BogusTag=1", written}),
+      reading({"-s3", "-FileName", sample, binary}, true),  // progress on standard output
+  };
+  std::vector<std::string> expected;
+  for (const auto& input : inputs) {
+    expected.push_back(described(ETProcess::run(input)));
+  }
+  EXPECT_NE(expected[3].find(bytes), std::string::npos);
+  EXPECT_NE(expected[4].find("Error: File not found"), std::string::npos);
+  EXPECT_NE(expected[5].find("BogusTag"), std::string::npos);
+
+  ETSession session;
+  const auto caller = std::this_thread::get_id();
+  int starts = 0;
+  int ends = 0;
+  for (int round = 0; round < 40; ++round) {
+    for (std::size_t i = 0; i < inputs.size(); ++i) {
+      ETInput input = inputs[i];
+      input.onStartHandler = [&](ETProcess& process) {
+        EXPECT_EQ(std::this_thread::get_id(), caller);
+        EXPECT_TRUE(process.output().isRunning);
+        EXPECT_EQ(process.input().arguments, inputs[i].arguments);
+        ++starts;
+      };
+      input.onEndHandler = [&](ETProcess& process) {
+        EXPECT_FALSE(process.output().isRunning);
+        ++ends;
+      };
+      ASSERT_EQ(described(session.run(input)), expected[i]) << "round " << round << ", input " << i;
+    }
+  }
+  EXPECT_EQ(starts, 40 * 7);
+  EXPECT_EQ(ends, 40 * 7);
+  EXPECT_EQ(session.toolStarts(), 1u);
+}
+
+TEST(Session, CallersOnSeveralThreadsAndThePoolEachGetTheirOwnFile) {
+  TemporaryFolder folder;
+  std::vector<ETInput> inputs;
+  std::vector<std::string> expected;  // what a run gives, the file's own name in it
+  for (const char* name : {"a.jpg", "b.jpg", "c.jpg", "d.jpg"}) {
+    inputs.push_back(
+        reading({"-j", "-FileName", lorvane::test::copyOfPlainJpeg(folder.path(), name).string()}));
+    expected.push_back(described(ETProcess::run(inputs.back())));
+    EXPECT_NE(expected.back().find("\"FileName\": \"" + std::string(name)), std::string::npos);
+  }
+  ETSession session;
+  std::vector<std::thread> callers;
+  for (std::size_t i = 0; i < inputs.size(); ++i) {
+    callers.emplace_back([&, i] {
+      for (int n = 0; n < 15; ++n) {
+        EXPECT_EQ(described(session.run(inputs[i])), expected[i]);
+      }
+    });
+  }
+  for (auto& caller : callers) {
+    caller.join();
+  }
+  EXPECT_EQ(session.toolStarts(), 1u);
+
+  std::vector<ETInput> many;
+  for (std::size_t i = 0; i < 40; ++i) {
+    many.push_back(inputs[i % inputs.size()]);
+  }
+  ETSessionPool pool(2);
+  EXPECT_EQ(livingTools().size(), 1u);  // the session's; the pool starts none before a run
+  const auto outputs = pool.runAll(many);
+  ASSERT_EQ(outputs.size(), many.size());
+  for (std::size_t i = 0; i < many.size(); ++i) {
+    EXPECT_EQ(described(outputs[i]), expected[i % inputs.size()]) << i;
+  }
+  EXPECT_LE(livingTools().size(), 3u);
+}
+
+TEST(Session, AToolKilledBetweenOrDuringRunsIsReplaced) {
+  const ETInput version = reading({"-ver"});
+  ETSession session;
+  ASSERT_TRUE(session.run(version).processLogs.empty());
+  const int first = theLivingTool();
+  ::kill(first, SIGKILL);
+  EXPECT_TRUE(isReaped(first));  // by the session, before any run asks
+  const ETOutput after = session.run(version);
+  EXPECT_TRUE(after.processLogs.empty());
+  EXPECT_FALSE(after.binaryData.empty());
+  EXPECT_EQ(session.toolStarts(), 2u);
+
+  Hang hang;
+  std::thread killer([&] {
+    hang.waitUntilTheToolHangs();
+    ::kill(theLivingTool(), SIGKILL);
+  });
+  const ETOutput killed = session.run(hang.input());
+  killer.join();
+  EXPECT_EQ(unknownLines(killed), Lines{"the kept tool ended during the run\n"});
+  EXPECT_FALSE(killed.isRunning);
+  EXPECT_EQ(killed.progress, 1);
+  EXPECT_TRUE(session.run(version).processLogs.empty());
+  EXPECT_EQ(session.toolStarts(), 3u);
+}
+
+TEST(Session, ATimeLimitOrACancelEndsAHangingToolAndTheNextRunHasAFreshOne) {
+  ETSession session;
+  session.cancel();  // outside a run: nothing
+  const ETInput version = reading({"-ver"});
+  ASSERT_TRUE(session.run(version).processLogs.empty());
+  {
+    Hang hang;
+    ETInput limited = hang.input();
+    limited.timeLimit = std::chrono::milliseconds(300);
+    const int tool = theLivingTool();
+    EXPECT_EQ(unknownLines(session.run(limited)), Lines{"the tool did not finish within 300 ms\n"});
+    EXPECT_TRUE(isReaped(tool));
+  }
+  {
+    Hang hang;
+    int tool = -1;
+    std::thread canceller([&] {
+      hang.waitUntilTheToolHangs();
+      tool = theLivingTool();
+      session.cancel();
+    });
+    const ETOutput cancelled = session.run(hang.input());
+    canceller.join();
+    EXPECT_EQ(unknownLines(cancelled), Lines{"the run was cancelled\n"});
+    EXPECT_TRUE(isReaped(tool));
+  }
+  EXPECT_TRUE(session.run(version).processLogs.empty());
+  EXPECT_EQ(session.toolStarts(), 3u);
+}
+
+TEST(Session, MaxRunsPerToolAndIdleTimeoutReplaceTheToolAsProcShows) {
+  const ETInput version = reading({"-ver"});
+  {
+    ETSession session({.maxRunsPerTool = 2});
+    std::set<int> tools;
+    for (int run = 0; run < 5; ++run) {
+      EXPECT_TRUE(session.run(version).processLogs.empty());
+      const auto living = livingTools();
+      EXPECT_LE(living.size(), 1u);
+      tools.insert(living.begin(), living.end());
+    }
+    EXPECT_EQ(tools.size(), 3u);
+    EXPECT_EQ(session.toolStarts(), 3u);
+  }
+  ETSession session({.idleTimeout = std::chrono::milliseconds(200)});
+  EXPECT_TRUE(session.run(version).processLogs.empty());
+  EXPECT_TRUE(isReaped(theLivingTool()));
+  EXPECT_TRUE(livingTools().empty());
+  EXPECT_TRUE(session.run(version).processLogs.empty());
+  EXPECT_EQ(session.toolStarts(), 2u);
+}
+
+TEST(Session, NothingIsLeftAfterTheSessionAndCloseTakesUpNewSettings) {
+  std::thread([] {}).join();  // a sanitizer's own thread, started with the first one, counts before
+  const std::size_t descriptors = entriesIn("/proc/self/fd");
+  const std::size_t threads = entriesIn("/proc/self/task");
+  int tool = -1;
+  {
+    ETSession session;
+    EXPECT_TRUE(session.run(reading({"-ver"})).processLogs.empty());
+    tool = theLivingTool();
+  }
+  EXPECT_FALSE(processState(tool));  // not even a zombie, at once
+  EXPECT_EQ(entriesIn("/proc/self/fd"), descriptors);
+  EXPECT_EQ(entriesIn("/proc/self/task"), threads);
+
+  lorvane::test::SettingsGuard settings;
+  ETSession session;
+  // A refused argument and a tool that can't start read as in a run.
+  const ETInput refused = reading({"#$HOME"});
+  EXPECT_EQ(described(session.run(refused)), described(ETProcess::run(refused)));
+  EXPECT_EQ(session.toolStarts(), 0u);
+  // A handler's run on its own session would wait for itself: refused at once.
+  ETInput nested = reading({"-ver"});
+  ETOutput inner;
+  nested.onEndHandler = [&](ETProcess&) { inner = session.run(reading({"-ver"})); };
+  EXPECT_TRUE(session.run(nested).processLogs.empty());
+  EXPECT_EQ(unknownLines(inner),
+            Lines{"a session's run can't start inside a run of the same session\n"});
+  ETSettings::shared().setBinariesFolderURL("/nowhere");
+  EXPECT_TRUE(session.run(reading({"-ver"})).processLogs.empty());  // the kept tool
+  session.close();
+  const ETOutput noTool = session.run(reading({"-ver"}));
+  EXPECT_EQ(described(noTool), described(ETProcess::run(reading({"-ver"}))));
+  EXPECT_EQ(unknownLines(noTool),
+            Lines{"cannot start \"/nowhere/perl\": No such file or directory\n"});
+  EXPECT_EQ(session.toolStarts(), 1u);
+}
+
+TEST(Session, AToolOutOfStepIsNeverTrustedAgain) {
+  // Answers each command with the wrong number, or with output behind its end.
+  for (const std::string answer : {R"("{ready${1}9}\n")", R"("{ready$1}\nstray\n")"}) {
+    SCOPED_TRACE(answer);
+    lorvane::test::FakeTool tool(R"(
+      $| = 1;
+      my $line = '';
+      while (sysread(STDIN, my $chunk, 1) > 0) {
+        $line .= $chunk;
+        next unless $chunk eq "\n";
+        if ($line =~ /^-execute(\d+)$/) {
+          print STDERR "{ready$1}\n";
+          print )" + answer + R"(;
+        }
+        $line = '';
+      }
+    )");
+    ETSession session;
+    for (const std::size_t starts : {1u, 2u}) {
+      const ETOutput output = session.run(reading({"-ver"}));
+      ASSERT_EQ(unknownLines(output).size(), 1u);
+      EXPECT_TRUE(unknownLines(output)[0].starts_with("the kept tool fell out of step")) << starts;
+      EXPECT_EQ(session.toolStarts(), starts);
+    }
+  }
+}

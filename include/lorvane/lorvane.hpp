@@ -28,7 +28,6 @@
 #include <lorvane/tag_key.hpp>
 #include <lorvane/tag_name.hpp>
 #include <lorvane/tag_stream.hpp>
-#include <lorvane/string_constinit.hpp>
 #include <lorvane/tag_strings.hpp>
 #include <lorvane/tag_assignment.hpp>
 #include <lorvane/tag_type.hpp>

@@ -48,7 +48,7 @@ bool losesBlanksAroundAssignment(std::string_view argument) {
 bool needsCString(std::string_view argument) {
   return argument.empty() || argument.front() == '#' ||
          isPerlSpace(static_cast<unsigned char>(argument.front())) ||
-         argument.find_first_of("\n\r") != std::string_view::npos ||
+         argument.find('\n') != std::string_view::npos || argument.back() == '\r' ||
          losesBlanksAroundAssignment(argument);
 }
 

@@ -200,9 +200,9 @@ TEST(ETProcess, ArgumentsReachTheToolExactlyAsGiven) {
   // An entry that needs the tool's C-string form but holds "$", which that form can't carry.
   input.arguments = {"-json", "#$x.jpg"};
   const ETOutput refused = ETProcess::run(input);
-  // Bytes above ASCII are neither blanks nor name letters to the tool, so these need no C-string
-  // form and keep their "$" and "@".
-  input.arguments = {"-echo", "\xA0$x.jpg", "-echo", "-X\xAB= @y"};
+  // Bytes above ASCII are neither blanks nor name letters to the tool, and a carriage return
+  // only goes at the end of a line, so these need no C-string form and keep their "$" and "@".
+  input.arguments = {"-echo", "\xA0$x.jpg", "-echo", "-X\xAB= @y", "-echo", "a\r$b"};
   const ETOutput echoed = ETProcess::run(input);
   std::filesystem::current_path(home);
 
@@ -220,7 +220,7 @@ TEST(ETProcess, ArgumentsReachTheToolExactlyAsGiven) {
 
   const std::string echoedText(reinterpret_cast<const char*>(echoed.binaryData.data()),
                                echoed.binaryData.size());
-  EXPECT_EQ(echoedText, "\xA0$x.jpg\n-X\xAB= @y\n");
+  EXPECT_EQ(echoedText, "\xA0$x.jpg\n-X\xAB= @y\na\r$b\n");
 
   EXPECT_TRUE(refused.binaryData.empty());  // no tool was started
   EXPECT_EQ(lorvane::test::unknownLines(refused),

@@ -1,21 +1,21 @@
 #!/bin/sh
-# Runs each fuzz target of the fuzz preset for SECONDS (default 60), two at a time, each
+# Runs each fuzz target of the asan preset for SECONDS (default 60), two at a time, each
 # starting from its checked-in seeds; new inputs go to a temporary folder, so the seeds stay as
 # they are. Fails when a target finds a crash, a leak or a broken property: the input that did
-# it is kept in build/fuzz/findings/. Usage: tools/fuzz.sh [SECONDS]
+# it is kept in build/asan/findings/. Usage: tools/fuzz.sh [SECONDS]
 set -eu
 cd "$(dirname "$0")/.."
 seconds=${1:-60}
-build=build/fuzz/tests/fuzz
+build=build/asan/tests/fuzz
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-mkdir -p build/fuzz/findings
+mkdir -p build/asan/findings
 
 run() {
   name=$1
   mkdir -p "$work/$name"
   if "$build/lorvane-fuzz-$name" -max_total_time="$seconds" -print_final_stats=1 \
-      -artifact_prefix="build/fuzz/findings/$name-" "$work/$name" "tests/fuzz/corpus/$name" \
+      -artifact_prefix="build/asan/findings/$name-" "$work/$name" "tests/fuzz/corpus/$name" \
       >"$work/$name.log" 2>&1; then
     runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$work/$name.log")
     echo "fuzz $name: no finding in ${seconds} s, $runs runs ($((runs / seconds)) per second)"
@@ -32,7 +32,7 @@ for program in "$build"/lorvane-fuzz-*; do
   set -- "$@" "${program##*/lorvane-fuzz-}"
 done
 if [ ! -x "$build/lorvane-fuzz-$1" ]; then
-  echo "no fuzz targets in $build: build the fuzz preset first" >&2
+  echo "no fuzz targets in $build: build the asan preset first" >&2
   exit 1
 fi
 while [ $# -gt 0 ]; do

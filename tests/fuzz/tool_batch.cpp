@@ -41,8 +41,8 @@ void dropBlanksAroundAssignment(std::string& line) {
     return;
   }
   std::size_t nameEnd = 1;
-  while (nameEnd < line.size() && (line[nameEnd] == '-' || line[nameEnd] == ':' ||
-                                   isWord(line[nameEnd]))) {
+  while (nameEnd < line.size() &&
+         (line[nameEnd] == '-' || line[nameEnd] == ':' || isWord(line[nameEnd]))) {
     ++nameEnd;
   }
   for (; nameEnd > 1; --nameEnd) {

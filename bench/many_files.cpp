@@ -26,7 +26,12 @@
 
 #include <lorvane/lorvane.hpp>
 
+#include "bench_support.hpp"
+
 namespace {
+
+using lorvane::bench::loadAverage;
+using lorvane::bench::median;
 
 namespace fs = std::filesystem;
 using namespace lorvane;
@@ -80,18 +85,6 @@ void mustSucceed(const std::string& command) {
     std::fprintf(stderr, "failed: %s\n", command.substr(0, 300).c_str());
     std::exit(1);
   }
-}
-
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values[values.size() / 2];
-}
-
-std::string loadAverage() {
-  std::ifstream in("/proc/loadavg");
-  std::string one, five, fifteen;
-  in >> one >> five >> fifteen;
-  return one + " " + five + " " + fifteen;
 }
 
 // One run that reads all files as the program reads each: long JSON, family 0 and 1 groups.

@@ -23,7 +23,11 @@
 #include "platform/pipe.hpp"
 #include "platform/stream_reader.hpp"
 
+#include "bench_support.hpp"
+
 namespace {
+
+using lorvane::bench::median;
 
 using namespace lorvane;
 
@@ -106,12 +110,6 @@ double runDirectly(const std::map<std::string, std::string>& environment) {
     throw std::runtime_error("the direct run failed");
   }
   return std::chrono::duration<double>(end - start).count();
-}
-
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  const std::size_t middle = values.size() / 2;
-  return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
 }
 
 // The two kinds of run take turns (and swap who goes first), so that a change in the load of

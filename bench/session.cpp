@@ -35,7 +35,12 @@
 #include "platform/child_process.hpp"
 #include "platform/pipe.hpp"
 
+#include "bench_support.hpp"
+
 namespace {
+
+using lorvane::bench::loadAverage;
+using lorvane::bench::median;
 
 namespace fs = std::filesystem;
 using namespace lorvane;
@@ -120,23 +125,10 @@ double secondsOf(const std::function<void()>& work) {
   return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  const std::size_t middle = values.size() / 2;
-  return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
-}
-
 void mustBeRead(const ETOutput& output) {
   if (output.binaryData.empty()) {
     throw std::runtime_error("a read through the library gave nothing");
   }
-}
-
-std::string loadAverage() {
-  std::ifstream in("/proc/loadavg");
-  std::string line;
-  std::getline(in, line);
-  return line;
 }
 
 // Seconds of each kind in one round.

@@ -13,7 +13,11 @@
 #include <string>
 #include <vector>
 
+#include "bench_support.hpp"
+
 namespace {
+
+using lorvane::bench::median;
 
 namespace fs = std::filesystem;
 
@@ -26,11 +30,6 @@ double secondsOf(const std::string& command) {
     std::exit(1);
   }
   return std::chrono::duration<double>(end - start).count();
-}
-
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values[values.size() / 2];
 }
 
 }  // namespace

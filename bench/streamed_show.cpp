@@ -23,7 +23,12 @@
 #include <string>
 #include <vector>
 
+#include "bench_support.hpp"
+
 namespace {
+
+using lorvane::bench::loadAverage;
+using lorvane::bench::median;
 
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
@@ -88,18 +93,6 @@ Outcome runSideBySide(const std::vector<std::vector<std::string>>& commands) {
   }
   outcome.wall = std::chrono::duration<double>(Clock::now() - start).count();
   return outcome;
-}
-
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values[values.size() / 2];
-}
-
-std::string loadAverage() {
-  std::ifstream in("/proc/loadavg");
-  std::string one, five, fifteen;
-  in >> one >> five >> fifteen;
-  return one + " " + five + " " + fifteen;
 }
 
 // An argument file for `exiftool -@`: one file per line.

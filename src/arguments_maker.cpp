@@ -66,15 +66,22 @@ std::vector<std::string> ETInput::ArgumentsMaker::make() const {
     append(list, {"-password", *password});
   }
   if (sourceURL) {
-    list.push_back(sourceURL->string());
+    list.push_back(sourceArgument(sourceURL->string()));
   }
   if (sourcePath) {
-    list.push_back(*sourcePath);
+    list.push_back(sourceArgument(*sourcePath));
   }
   if (forceExecute) {
     list.emplace_back("-execute");
   }
   return list;
+}
+
+std::string ETInput::ArgumentsMaker::sourceArgument(std::string_view path) {
+  if (path.starts_with('-')) {
+    return "./" + std::string(path);
+  }
+  return std::string(path);
 }
 
 void detail::appendMade(std::vector<std::string>& list,

@@ -49,6 +49,7 @@ struct MetadataReader::State {
       maker.language = options.language;
       maker.sourcePath = file;
     });
+    input.keepsInvalidText = true;  // a name that isn't UTF-8 keeps its messages
     if (options.timeout.count() > 0) {
       input.timeLimit = options.timeout;
     }

@@ -55,21 +55,6 @@ std::optional<std::size_t> countOf(std::string_view line, std::string_view what)
   return error == std::errc() && stop == end ? std::optional(count) : std::nullopt;
 }
 
-// "Error: Temporary file already exists: a.jpg_exiftool_tmp" as "Temporary file already
-// exists: a.jpg_exiftool_tmp"; "Error: Nothing to write - a.jpg" as "Nothing to write".
-std::string messageText(std::string line, std::string_view toolPath) {
-  const std::string tail = " - " + std::string(toolPath);
-  if (line.size() > tail.size() && line.ends_with(tail)) {
-    line.resize(line.size() - tail.size());
-  }
-  for (std::string_view prefix : {"Error: ", "Warning: "}) {
-    if (line.starts_with(prefix)) {
-      return line.substr(prefix.size());
-    }
-  }
-  return line;
-}
-
 }  // namespace
 
 struct MetadataWriter::State {
@@ -90,6 +75,7 @@ struct MetadataWriter::State {
       maker.extractsEmbedded = false;
       maker.sourcePath = file;
     });
+    input.keepsInvalidText = true;  // a name that isn't UTF-8 keeps its messages
     if (options.timeout.count() > 0) {
       input.timeLimit = options.timeout;
     }
@@ -139,7 +125,7 @@ struct MetadataWriter::State {
         } else if (!countOf(line, " directories scanned") &&
                    !countOf(line, " image files created")) {
           refused = refused || line.starts_with("Error: ");
-          result.messages.push_back(messageText(line, toolPath));
+          result.messages.push_back(detail::messageAbout(line, toolPath));
         }
       }
     }

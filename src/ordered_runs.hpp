@@ -130,7 +130,10 @@ void runInOrder(ToolSlots& tools, std::size_t count,
         done.erase(found);
       }
       deliver(std::move(*ready));
-      ++delivered;
+      {
+        std::lock_guard lock(mutex);
+        ++delivered;
+      }
       changed.notify_all();
       if (onProgress) {
         onProgress(static_cast<double>(delivered) / static_cast<double>(count));
@@ -139,12 +142,14 @@ void runInOrder(ToolSlots& tools, std::size_t count,
   } catch (...) {
     fail(std::current_exception());
   }
+  bool failed = false;
   {
     std::lock_guard lock(mutex);
     stopping = true;
+    failed = failure != nullptr;
   }
   changed.notify_all();
-  if (failure) {
+  if (failed) {
     // The commands under way are of no more use.
     for (ToolSlot* slot : slots) {
       slot->cancel();

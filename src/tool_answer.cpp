@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include <lorvane/text.hpp>
 #include <lorvane/tool_groups.hpp>
 
 #include "alternatives.hpp"
@@ -108,9 +109,19 @@ bool liesIn(std::string_view path, std::string_view folder) {
          (folder.ends_with('/') || path[folder.size()] == '/');
 }
 
-// "Error: File not found - x.jpg" about x.jpg is "File not found".
-std::string withoutFile(std::string message, std::string_view path) {
-  const std::string tail = " - " + std::string(path);
+std::string joinedLines(const std::vector<std::string>& lines) {
+  std::string text;
+  for (const auto& line : lines) {
+    text.append(text.empty() ? "" : "\n").append(line);
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string messageAbout(std::string message, std::string_view toolPath) {
+  // The message shows the name as a run that keeps invalid text shows it.
+  const std::string tail = " - " + mendUTF8(toolPath);
   if (message.size() > tail.size() && message.ends_with(tail)) {
     message.resize(message.size() - tail.size());
   }
@@ -121,16 +132,6 @@ std::string withoutFile(std::string message, std::string_view path) {
   }
   return message;
 }
-
-std::string joinedLines(const std::vector<std::string>& lines) {
-  std::string text;
-  for (const auto& line : lines) {
-    text.append(text.empty() ? "" : "\n").append(line);
-  }
-  return text;
-}
-
-}  // namespace
 
 std::vector<FileTags> makeFileTags(const std::string& given, std::string_view toolPath,
                                    const ToolAnswer& answer, const CatalogueTexts& texts) {
@@ -146,7 +147,7 @@ std::vector<FileTags> makeFileTags(const std::string& given, std::string_view to
         {given, "ExifTool's output is not the JSON expected: " + std::string(error.what()), {}}};
   }
   if (!objects.is_array() || objects.empty()) {
-    return {{given, messages.empty() ? "not read" : withoutFile(messages, toolPath), {}}};
+    return {{given, messages.empty() ? "not read" : messageAbout(messages, toolPath), {}}};
   }
   std::vector<FileTags> files;
   for (const auto& object : objects) {
@@ -164,9 +165,9 @@ std::vector<FileTags> makeFileTags(const std::string& given, std::string_view to
   // name the folder.
   if (!messages.empty()) {
     if (files.size() == 1 && !files.front().error) {
-      files.front().error = withoutFile(messages, toolPath);
+      files.front().error = messageAbout(messages, toolPath);
     } else if (files.size() > 1) {
-      files.push_back({given, withoutFile(messages, toolPath), {}});
+      files.push_back({given, messageAbout(messages, toolPath), {}});
     }
   }
   return files;

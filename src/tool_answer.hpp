@@ -26,4 +26,9 @@ struct ToolAnswer {
 std::vector<FileTags> makeFileTags(const std::string& given, std::string_view toolPath,
                                    const ToolAnswer& answer, const CatalogueTexts& texts);
 
+// A message of the tool about the file it was given as `toolPath`, in the words a user reads:
+// "Error: File not found - x.jpg" about x.jpg is "File not found", "Warning: [minor] ..." is
+// "[minor] ...".
+std::string messageAbout(std::string line, std::string_view toolPath);
+
 }  // namespace lorvane::detail

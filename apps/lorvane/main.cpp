@@ -9,6 +9,8 @@
 
 #include <unistd.h>
 
+#include <cstring>
+
 #include <cctype>
 #include <charconv>
 #include <chrono>
@@ -25,6 +27,7 @@
 #include <lorvane/et_language.hpp>
 #include <lorvane/et_settings.hpp>
 
+#include "interruption.hpp"
 #include "set_command.hpp"
 #include "show_command.hpp"
 #include "tags_command.hpp"
@@ -74,6 +77,7 @@ constexpr const char* usageEnd =
     "                assignment, or no tag matched\n"
     "             2  a usage mistake\n"
     "             3  ExifTool not found (the message names where it looked)\n"
+    "       128 + N  stopped by signal N (130 for Ctrl-C): its tools ended, its output whole\n"
     "\n"
     "More in the manual page: man lorvane\n";
 
@@ -279,6 +283,7 @@ int show(Arguments& arguments) {
   request.language = language.value_or(ETLanguage::local());
   request.drawsProgress = ::isatty(STDERR_FILENO) != 0;
   request.dimsRawValues = ::isatty(STDOUT_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr;
+  app::interruption::watch();  // no thread has started yet
   return app::runShow(request, std::cout, std::cerr);
 }
 
@@ -319,6 +324,7 @@ int set(Arguments& arguments) {
     return noExifToolStatus;
   }
   request.language = language.value_or(ETLanguage::local());
+  app::interruption::watch();  // no thread has started yet
   return app::runSet(request, std::cout, std::cerr);
 }
 
@@ -341,9 +347,7 @@ int tags(Arguments& arguments) {
   return app::runTags(request, std::cout, std::cerr);
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int runCommand(int argc, char** argv) {
   const std::string_view command = argc > 1 ? argv[1] : "";
   try {
     Arguments arguments(std::max(argc, 2), argv);
@@ -373,4 +377,16 @@ int main(int argc, char** argv) {
     std::cerr << "lorvane: " << error.what() << "\n" << usage();
     return usageStatus;
   }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const int status = runCommand(argc, argv);
+  if (const int signal = app::interruption::signalNumber(); signal != 0) {
+    // What was printed is whole: the tools were stopped between files.
+    std::cerr << "lorvane: stopped by a signal (" << ::strsignal(signal) << ")\n";
+    return 128 + signal;
+  }
+  return status;
 }

@@ -6,13 +6,16 @@
 #include <lorvane/metadata_writer.hpp>
 #include <lorvane/tag_assignment.hpp>
 
+#include "interruption.hpp"
+#include "tag_table.hpp"
+
 namespace lorvane::app {
 namespace {
 
 constexpr std::size_t listedLabels = 20;
 
 // Built by appends: GCC 12 at -O3 takes "'" + std::string(...) for an overlapping copy.
-std::string quoted(std::string_view text) {
+std::string singleQuoted(std::string_view text) {
   std::string result = "'";
   result.append(text).append("'");
   return result;
@@ -39,20 +42,20 @@ std::string sentence(const AssignmentRefusal& refusal) {
   const std::string& name = refusal.name;
   switch (refusal.reason) {
     case Reason::unknownTag:
-      return quoted(name) + " is no tag of the catalogue (lorvane tags " + name + ")";
-    case Reason::notWritable: return quoted(name) + " is not writable";
+      return singleQuoted(name) + " is no tag of the catalogue (lorvane tags " + name + ")";
+    case Reason::notWritable: return singleQuoted(name) + " is not writable";
     case Reason::notAChoice:
-      return name + ": " + quoted(refusal.value) +
+      return name + ": " + singleQuoted(refusal.value) +
              " is not among its values:" + choiceList(*refusal.item);
     case Reason::notANumber: {
       const TagType type = refusal.item->type();
-      return name + ": " + quoted(refusal.value) + " is not " +
+      return name + ": " + singleQuoted(refusal.value) + " is not " +
              (type.allowsFloats() ? "a number" : "a whole number") + " (" +
              std::string(type.rawValue()) + ")";
     }
     case Reason::outOfRange: {
       const TagType type = refusal.item->type();
-      return name + ": " + quoted(refusal.value) + " is outside the range of " +
+      return name + ": " + singleQuoted(refusal.value) + " is outside the range of " +
              std::string(type.rawValue()) + ", " + type.minimumNumberValue()->description() +
              " to " + type.maximumNumberValue()->description();
     }
@@ -61,12 +64,14 @@ std::string sentence(const AssignmentRefusal& refusal) {
              (refusal.allowedValues == 1
                   ? std::string("one value")
                   : "at most " + std::to_string(refusal.allowedValues) + " values") +
-             ", not " + std::to_string(refusal.givenValues) + " (" + quoted(refusal.value) + ")";
-    case Reason::namedTwice: return quoted(name) + " takes one value and is named more than once";
+             ", not " + std::to_string(refusal.givenValues) + " (" + singleQuoted(refusal.value) +
+             ")";
+    case Reason::namedTwice:
+      return singleQuoted(name) + " takes one value and is named more than once";
     case Reason::deleteAndValues:
-      return quoted(name) + " can't be deleted and given values at once";
+      return singleQuoted(name) + " can't be deleted and given values at once";
   }
-  return quoted(name) + " was refused";
+  return singleQuoted(name) + " was refused";
 }
 
 }  // namespace
@@ -82,11 +87,13 @@ int runSet(const SetRequest& request, std::ostream& out, std::ostream& err) {
   }
   MetadataWriter writer(
       {.overwritesOriginal = request.overwritesOriginal, .jobs = 1, .timeout = request.timeout});
+  // The files written before a signal are reported; the others are left as they were.
+  const interruption::CancelRegistration cancelOnSignal([&writer] { writer.cancel(); });
   int status = 0;
   writer.write(std::get<std::vector<TagAssignment>>(checked), request.files,
                [&](const FileWriteResult& result) {
                  using Outcome = FileWriteResult::Outcome;
-                 const std::string& file = result.file;
+                 const std::string file = escapeControls(result.file, LineFeeds::escaped);
                  switch (result.outcome) {
                    case Outcome::updated:
                      for (const auto& note : result.messages) {
@@ -97,7 +104,8 @@ int runSet(const SetRequest& request, std::ostream& out, std::ostream& err) {
                        out << ", moved to " << result.movedTo;
                      }
                      if (result.original) {
-                       out << " (the original is kept as " << *result.original << ")";
+                       out << " (the original is kept as "
+                           << escapeControls(*result.original, LineFeeds::escaped) << ")";
                      }
                      out << "\n";
                      break;

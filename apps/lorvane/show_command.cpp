@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <functional>
+#include <map>
+#include <optional>
 #include <ostream>
 #include <variant>
 
@@ -13,6 +15,7 @@
 #include <lorvane/metadata_reader.hpp>
 #include <lorvane/text.hpp>
 
+#include "interruption.hpp"
 #include "tag_table.hpp"
 
 namespace lorvane::app {
@@ -55,6 +58,54 @@ Json fileJson(const FileTags& file) {
   return object;
 }
 
+// The tool's JSON with each "SourceFile" named as the user gave the file: the tool was given
+// a name that starts with "-" as "./NAME", and names the file so. All else stays as it came.
+std::string withGivenNames(std::string_view toolJson, const std::vector<std::string>& files) {
+  // The given names of each spelling, in order: the same file given twice is read twice.
+  std::map<std::string, std::vector<std::string>, std::less<>> givenOfName;
+  for (const auto& file : files) {
+    givenOfName[ETInput::ArgumentsMaker::sourceArgument(file)].push_back(file);
+  }
+  std::map<std::string, std::size_t, std::less<>> taken;
+  constexpr std::string_view key = "\"SourceFile\": ";
+  std::string result;
+  std::size_t copied = 0;
+  for (auto at = toolJson.find(key); at != std::string_view::npos; at = toolJson.find(key, at)) {
+    at += key.size();
+    // The JSON string behind the key, up to its closing quote.
+    std::size_t end = at + 1;
+    while (end < toolJson.size() && toolJson[end] != '"') {
+      end += toolJson[end] == '\\' ? 2 : 1;
+    }
+    if (at >= toolJson.size() || toolJson[at] != '"' || end >= toolJson.size()) {
+      break;
+    }
+    ++end;
+    const auto source = Json::parse(toolJson.substr(at, end - at)).get<std::string>();
+    std::optional<std::string> given;
+    if (const auto found = givenOfName.find(source); found != givenOfName.end()) {
+      given = found->second[std::min(taken[source]++, found->second.size() - 1)];
+    } else {
+      // A file in a folder: the folder as given, then the rest of the path.
+      for (const auto& [name, givens] : givenOfName) {
+        if (source.size() > name.size() && source.starts_with(name) &&
+            (name.ends_with('/') || source[name.size()] == '/')) {
+          given = givens.front() + source.substr(name.size());
+          break;
+        }
+      }
+    }
+    if (given && *given != source) {
+      result.append(toolJson.substr(copied, at - copied));
+      result += Json(*given).dump(-1, ' ', false, Json::error_handler_t::replace);
+      copied = end;
+    }
+    at = end;
+  }
+  result.append(toolJson.substr(copied));
+  return result;
+}
+
 // A name that isn't UTF-8 comes out mended rather than stopping the output.
 std::string dumped(const Json& json, int indent) {
   return json.dump(indent, ' ', false, Json::error_handler_t::replace);
@@ -73,10 +124,15 @@ int printToolJson(const ShowRequest& request, std::ostream& out, std::ostream& e
     maker.language = request.language;
     maker.sourcePath = file;
   });
+  input.keepsInvalidText = true;
   if (onProgress) {
     input.onProgressHandler = [&](ETProcess& process) { onProgress(process.output().progress); };
   }
+  interruption::cancelsOnInterruption(input);
   const ETOutput output = ETProcess::run(input);
+  if (interruption::signalNumber() != 0) {
+    return 1;  // the tool was stopped: its JSON may end halfway
+  }
   int status = 0;
   for (const auto& log : output.processLogs) {
     if (const auto* unknown = std::get_if<ETOutput::UnknownLog>(&log)) {
@@ -86,7 +142,7 @@ int printToolJson(const ShowRequest& request, std::ostream& out, std::ostream& e
       }
     }
   }
-  out << output.decodeOutData().value_or("");
+  out << withGivenNames(output.decodeOutData().value_or(""), request.files);
   return status;
 }
 
@@ -125,6 +181,8 @@ int runShow(const ShowRequest& request, std::ostream& out, std::ostream& err) {
   }
   MetadataReader reader(
       {.language = request.language, .jobs = request.jobs, .timeout = request.timeout});
+  // The files read before a signal are printed whole, the array closed; no more come.
+  const interruption::CancelRegistration cancelOnSignal([&reader] { reader.cancel(); });
   reader.readEach(
       request.files,
       [&](FileTags&& file) {
@@ -147,7 +205,8 @@ int runShow(const ShowRequest& request, std::ostream& out, std::ostream& err) {
         isFirst = false;
         out.flush();
         if (file.error) {
-          err << "lorvane: " << file.file << ": " << *file.error << "\n";
+          err << "lorvane: " << escapeControls(file.file, LineFeeds::escaped) << ": " << *file.error
+              << "\n";
           status = 1;
         }
       },

@@ -120,14 +120,28 @@ std::string escapeControls(std::string_view text, LineFeeds lineFeeds) {
     } else if (byte < 0x20 || byte == 0x7F) {
       std::snprintf(escape, sizeof escape, "\\x%02X", byte);
       result += escape;
-    } else if (byte == 0xC2 && i + 1 < text.size() &&
-               static_cast<unsigned char>(text[i + 1]) >= 0x80 &&
-               static_cast<unsigned char>(text[i + 1]) <= 0x9F) {
-      // U+0080 to U+009F, the C1 controls, in UTF-8.
-      std::snprintf(escape, sizeof escape, "\\u%04X", static_cast<unsigned char>(text[++i]));
-      result += escape;
-    } else {
+    } else if (byte < 0x80) {
       result += text[i];
+    } else {
+      // ICU counts in 32-bit offsets: a window of one character at most.
+      const auto window = static_cast<std::int32_t>(std::min<std::size_t>(text.size() - i, 4));
+      std::int32_t length = 0;
+      UChar32 c = 0;
+      U8_NEXT(reinterpret_cast<const std::uint8_t*>(text.data() + i), length, window, c);
+      if (c < 0) {
+        for (std::int32_t k = 0; k < length; ++k) {
+          std::snprintf(escape, sizeof escape, "\\x%02X",
+                        static_cast<unsigned char>(text[i + static_cast<std::size_t>(k)]));
+          result += escape;
+        }
+      } else if (c <= 0x9F) {
+        // U+0080 to U+009F, the C1 controls.
+        std::snprintf(escape, sizeof escape, "\\u%04X", static_cast<unsigned>(c));
+        result += escape;
+      } else {
+        result.append(text.substr(i, static_cast<std::size_t>(length)));
+      }
+      i += static_cast<std::size_t>(length) - 1;
     }
   }
   return result;

@@ -21,8 +21,8 @@ void printTagTable(std::ostream& out, const FileTags& file, TableStyle style);
 // combining marks and format characters none, all others one.
 std::size_t displayWidth(std::string_view text);
 
-// Control characters as C escapes ("\t", "\r", "\x1B", "\u0085"); line feeds as they are
-// or as "\n".
+// Control characters as C escapes ("\t", "\r", "\x1B", "\u0085"), and each byte that isn't
+// part of valid UTF-8 as "\xFF"; line feeds as they are or as "\n".
 enum class LineFeeds { kept, escaped };
 std::string escapeControls(std::string_view text, LineFeeds lineFeeds = LineFeeds::kept);
 

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <lorvane/et_charset.hpp>
@@ -22,6 +23,12 @@ namespace lorvane {
 //   "-sep" ","; "-s"; "-n"; "-e"; "-F"; "-m"; "-overwrite_original_in_place" "-P";
 //   "-c" "%.6f"; "-r"; "-ee"; "-b"; the "-ext" pairs; "-password" password; sourceURL;
 //   sourcePath; "-execute".
+//
+// The tool reads an argument that starts with "-" as an option, whatever stands before it: a
+// file named "-all=" would strip the other files of their metadata, "-@" would read arguments
+// from the next file. So a source path that is relative and starts with "-" (the name "-" too)
+// goes to the tool as "./" and the path, which names the same file and can't be an option.
+// The tool then names the file that way in its output; sourceArgument gives that spelling.
 struct ETInput::ArgumentsMaker {
   // The caller's own tool arguments; always the first entries.
   std::vector<std::string> additional;
@@ -59,14 +66,18 @@ struct ETInput::ArgumentsMaker {
   bool forceExecute = false;
   // "-password"; the empty string adds nothing.
   std::optional<std::string> password;
-  // Its plain file-system path, ahead of sourcePath.
+  // Its plain file-system path, ahead of sourcePath; as sourceArgument gives it.
   std::optional<std::filesystem::path> sourceURL;
-  // Passed on unchanged, even when empty.
+  // Passed on unchanged, even when empty, but for a leading "-" (sourceArgument).
   std::optional<std::string> sourcePath;
 
   // The arguments of this command. Reads ETSettings::shared() (only when addDefaultSettings
   // is set), so a later change of the extra arguments shows in the next call.
   std::vector<std::string> make() const;
+
+  // The entry that make() gives for a source path: "./" in front of a relative path that
+  // starts with "-", any other path as it is. The tool prints the file's name so spelt.
+  static std::string sourceArgument(std::string_view path);
 };
 
 }  // namespace lorvane

@@ -52,6 +52,32 @@ TEST_F(ArgumentsMakerTest, DefaultsAndSingleFields) {
   EXPECT_EQ(bare.make(), (Strings{"-lang", "zh_cn", "-execute"}));
 }
 
+TEST_F(ArgumentsMakerTest, ASourceThatTheToolWouldReadAsAnOptionGoesAsARelativePath) {
+  const auto source = [](const std::string& path) {
+    Maker maker;
+    maker.addDefaultSettings = false;
+    maker.charset = std::nullopt;
+    maker.enableSeparator = false;
+    maker.extractsEmbedded = false;
+    maker.extractsBinaries = false;
+    maker.sourceURL = std::filesystem::path(path);
+    maker.sourcePath = path;
+    return maker.make();
+  };
+  for (const std::string name : {"-all=", "-", "-@", "--", "-execute", "-stay_open"}) {
+    EXPECT_EQ(source(name), (Strings{"./" + name, "./" + name})) << name;
+    EXPECT_EQ(Maker::sourceArgument(name), "./" + name);
+  }
+  for (const std::string path : {"/-abs", "a/-b", "./-c", "", " -d", "\n-e"}) {
+    EXPECT_EQ(source(path), (Strings{path, path})) << path;
+  }
+  // What the caller writes into the arguments itself stays as it is.
+  ETInput input;
+  input.arguments = {"-ver"};
+  input.addArguments([](Maker& maker) { maker.additional = {"-json"}; });
+  EXPECT_EQ(input.arguments, (Strings{"-ver", "-json"} + defaults));
+}
+
 TEST_F(ArgumentsMakerTest, EveryFieldSetFollowsTheFixedOrder) {
   ETSettings::shared().setExtraArguments({"-x1", "-x2"});
   Maker maker;

@@ -5,15 +5,13 @@
 namespace lorvane {
 namespace {
 
-// Perl's \s of a byte string, plus the two Latin-1 spaces a Unicode reading would add.
-bool isPerlSpace(unsigned char c) {
-  return c == ' ' || (c >= '\t' && c <= '\r') || c == 0x85 || c == 0xA0;
-}
+// Perl's \s and \w as the tool matches them: on the line's bytes, with neither a locale nor
+// Unicode rules, so no byte above ASCII is either. Taking such bytes for one or the other would
+// refuse arguments with "$" or "@" that go through as they are.
+bool isPerlSpace(unsigned char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
-// Perl's \w, taking every non-ASCII byte to be a word character to stay on the safe side.
 bool isPerlWord(unsigned char c) {
-  return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' ||
-         c >= 0x80;
+  return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
 }
 
 // Whether the tool's reading of "-TAG = VALUE" would take out blanks: white space before
@@ -50,7 +48,7 @@ bool losesBlanksAroundAssignment(std::string_view argument) {
 bool needsCString(std::string_view argument) {
   return argument.empty() || argument.front() == '#' ||
          isPerlSpace(static_cast<unsigned char>(argument.front())) ||
-         argument.find_first_of("\n\r") != std::string_view::npos ||
+         argument.find('\n') != std::string_view::npos || argument.back() == '\r' ||
          losesBlanksAroundAssignment(argument);
 }
 

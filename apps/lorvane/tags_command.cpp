@@ -15,6 +15,8 @@
 namespace lorvane::app {
 namespace {
 
+// `pattern` must hold no run of several "*" (see Glob): each star then costs one step, and the
+// walk never reaches further into the pattern than about twice the text's length.
 bool matchesGlob(std::string_view pattern, std::string_view text) {
   // The classic backtracking walk: remember the last "*" and how much of the text it took.
   std::size_t p = 0, t = 0, star = std::string_view::npos, taken = 0;
@@ -35,6 +37,24 @@ bool matchesGlob(std::string_view pattern, std::string_view text) {
   return p == pattern.size();
 }
 
+// A pattern with "*" and "?", made once and matched against every tag: a run of stars
+// matches what one star does, so it becomes one, else a long run would be walked again for
+// each of the catalogue's tags.
+class Glob {
+public:
+  explicit Glob(std::string_view pattern) {
+    for (const char c : pattern) {
+      if (c != '*' || pattern_.empty() || pattern_.back() != '*') {
+        pattern_ += c;
+      }
+    }
+  }
+  bool matches(std::string_view text) const { return matchesGlob(pattern_, text); }
+
+private:
+  std::string pattern_;
+};
+
 std::string folded(std::string_view text) {
   std::string result;
   return icu::UnicodeString::fromUTF8(text).foldCase().toUTF8String(result);
@@ -44,12 +64,19 @@ bool hasWildcard(std::string_view text) {
   return text.find_first_of("*?") != std::string_view::npos;
 }
 
+// The distinct words, longest first: a title must hold them all, and a long word is the one
+// most likely to be missing, so a title is mostly turned down after one search whatever the
+// number of words.
 std::vector<std::string> foldedWords(std::string_view text) {
   std::vector<std::string> words;
   std::istringstream in(folded(text));
   for (std::string word; in >> word;) {
     words.push_back(word);
   }
+  std::sort(words.begin(), words.end(), [](const std::string& a, const std::string& b) {
+    return a.size() != b.size() ? a.size() > b.size() : a < b;
+  });
+  words.erase(std::unique(words.begin(), words.end()), words.end());
   return words;
 }
 
@@ -133,30 +160,35 @@ void printTags(std::ostream& out, const std::vector<const TagItem*>& items, bool
 
 std::vector<const TagItem*> findTags(const std::string& pattern) {
   std::vector<const TagItem*> found;
+  const bool wildcard = hasWildcard(pattern);
   if (const auto colon = pattern.find(':'); colon != std::string::npos) {
     const std::string_view stream = std::string_view(pattern).substr(0, colon);
     const std::string_view key = std::string_view(pattern).substr(colon + 1);
-    if (!hasWildcard(pattern)) {
+    if (!wildcard) {
       if (const TagItem* item = TagItem::find(TagName(stream, key))) {
         found.push_back(item);
       }
       return found;
     }
+    const Glob streamGlob(stream);
+    const Glob keyGlob(key);
     for (const TagItem* item : TagItem::allCases()) {
-      if (matchesGlob(stream, item->stream().rawValue()) &&
-          matchesGlob(key, item->key().rawValue())) {
+      if (streamGlob.matches(item->stream().rawValue()) &&
+          keyGlob.matches(item->key().rawValue())) {
         found.push_back(item);
       }
     }
     return found;
   }
-  const auto words = foldedWords(pattern);
+  const Glob keyGlob(pattern);
+  // Wildcards make a pattern a name, never words of a title.
+  const auto words = wildcard ? std::vector<std::string>() : foldedWords(pattern);
   for (const TagItem* item : TagItem::allCases()) {
-    if (matchesGlob(pattern, item->key().rawValue())) {
+    if (keyGlob.matches(item->key().rawValue())) {
       found.push_back(item);
       continue;
     }
-    if (words.empty() || hasWildcard(pattern)) {
+    if (words.empty()) {
       continue;
     }
     const std::string title = folded(item->localizedKey());

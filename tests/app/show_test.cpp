@@ -73,4 +73,17 @@ TEST(TagLookup, WildcardsMatchOnlyTheirTagsAndBareWordsFindKeysOrTitles) {
   EXPECT_TRUE(findTags("nothing titled like this").empty());
 }
 
+// However long a pattern, runs of stars and repeated words find what their short form finds.
+TEST(TagLookup, LongPatternsFindWhatTheirShortFormsFind) {
+  const std::string stars(100000, '*');
+  EXPECT_EQ(findTags("Canon:" + stars + "Lens" + stars), findTags("Canon:*Lens*"));
+  EXPECT_EQ(findTags(stars + "Orientation"), findTags("*Orientation"));
+  std::string words;
+  for (int i = 0; i < 20000; ++i) {
+    words += "model camera ";
+  }
+  EXPECT_EQ(findTags(words + "name"), findTags("camera model name"));
+  EXPECT_TRUE(findTags(std::string(131000, 'a')).empty());
+}
+
 }  // namespace

@@ -33,7 +33,8 @@ const FileTag& tagNamed(const FileTags& file, std::string_view group, std::strin
 
 TEST(ToolJson, NumbersKeepTheToolsText) {
   const auto object = parseToolJson(
-      R"([{"a": 0.02414, "b": 5.00000, "c": -0, "d": [1e5, -0.0, 12345678901234], "f": true}])")[0];
+      R"([{"a": 0.02414, "b": 5.00000, "c": -0, "d": [1e5, -0.0, 12345678901234, 1e400],)"
+      R"( "e": -1E-400, "f": true}])")[0];
   for (const auto& [value, text] : std::vector<std::pair<nlohmann::ordered_json, std::string>>{
            {object["a"], "0.02414"},
            {object["b"], "5.00000"},
@@ -41,10 +42,14 @@ TEST(ToolJson, NumbersKeepTheToolsText) {
            {object["d"][0], "1e5"},
            {object["d"][1], "-0.0"},
            {object["d"][2], "12345678901234"},
+           {object["d"][3], "1e400"},  // beyond a double, as the tool prints a text tag "1e400"
+           {object["e"], "-1E-400"},
            {object["f"], "true"}}) {
     EXPECT_EQ(scalarText(value), text);
   }
-  EXPECT_THROW(parseToolJson("[{\"a\": 1"), nlohmann::json::exception);
+  for (const char* broken : {"[{\"a\": 1", "[01]", "[1.]", "[-]", "[1.2.3]", "[1e]"}) {
+    EXPECT_THROW(parseToolJson(broken), nlohmann::json::exception) << broken;
+  }
   // A whole answer that is no JSON is that file's error, never a throw.
   const auto broken = makeFileTags("a.jpg", "a.jpg", {"[{\"a\": 1", {}}, english);
   ASSERT_EQ(broken.size(), 1u);

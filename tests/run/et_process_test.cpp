@@ -200,6 +200,10 @@ TEST(ETProcess, ArgumentsReachTheToolExactlyAsGiven) {
   // An entry that needs the tool's C-string form but holds "$", which that form can't carry.
   input.arguments = {"-json", "#$x.jpg"};
   const ETOutput refused = ETProcess::run(input);
+  // Bytes above ASCII are neither blanks nor name letters to the tool, and a carriage return
+  // only goes at the end of a line, so these need no C-string form and keep their "$" and "@".
+  input.arguments = {"-echo", "\xA0$x.jpg", "-echo", "-X\xAB= @y", "-echo", "a\r$b"};
+  const ETOutput echoed = ETProcess::run(input);
   std::filesystem::current_path(home);
 
   const auto tags = nlohmann::json::parse(output.decodeOutData().value());  // no version text
@@ -213,6 +217,10 @@ TEST(ETProcess, ArgumentsReachTheToolExactlyAsGiven) {
   EXPECT_EQ(progress, (std::vector<double>{0.2, 0.4, 0.6, 0.8}));
   EXPECT_EQ(lorvane::test::unknownLines(output),
             (std::vector<std::string>{"Error: File not found - /x/none.jpg\n", "-ver\n"}));
+
+  const std::string echoedText(reinterpret_cast<const char*>(echoed.binaryData.data()),
+                               echoed.binaryData.size());
+  EXPECT_EQ(echoedText, "\xA0$x.jpg\n-X\xAB= @y\na\r$b\n");
 
   EXPECT_TRUE(refused.binaryData.empty());  // no tool was started
   EXPECT_EQ(lorvane::test::unknownLines(refused),

@@ -12,10 +12,10 @@
 #include <cstddef>
 #include <exception>
 #include <functional>
-#include <future>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -45,10 +45,9 @@ private:
   std::atomic<bool> cancelled_{false};
 };
 
-// makeResult (with the input that ran) runs on a thread of its own, so that the tool goes on with
-// the next item meanwhile instead of waiting for a file's JSON to be read; deliver and onProgress
-// (the share delivered) run on the caller's. Stops early on a cancel (nothing more is delivered)
-// or on a throw of any of them, which comes out of here once every tool has stopped.
+// makeResult (with the input that ran) runs on the tool's thread, deliver and onProgress (the share
+// delivered) on the caller's. Stops early on a cancel (nothing more is delivered) or on a throw of
+// any of them, which comes out of here once every tool has stopped.
 template <class Result>
 void runInOrder(ToolSlots& tools, std::size_t count,
                 const std::function<ETInput(std::size_t)>& makeInput,
@@ -64,7 +63,7 @@ void runInOrder(ToolSlots& tools, std::size_t count,
   constexpr auto recheck = std::chrono::milliseconds(50);
   std::mutex mutex;
   std::condition_variable changed;
-  std::map<std::size_t, std::future<Result>> done;
+  std::map<std::size_t, Result> done;
   std::size_t next = 0;
   std::size_t delivered = 0;
   bool stopping = false;
@@ -98,11 +97,7 @@ void runInOrder(ToolSlots& tools, std::size_t count,
             process.cancel();
           }
         };
-        ETOutput output = slot.run(input);
-        auto result = std::async(std::launch::async, [&makeResult, index, input = std::move(input),
-                                                      output = std::move(output)]() mutable {
-          return makeResult(index, input, std::move(output));
-        });
+        Result result = makeResult(index, input, slot.run(input));
         {
           std::lock_guard lock(mutex);
           done.emplace(index, std::move(result));
@@ -121,7 +116,7 @@ void runInOrder(ToolSlots& tools, std::size_t count,
 
   try {
     while (delivered < count) {
-      std::future<Result> ready;
+      std::optional<Result> ready;
       {
         std::unique_lock lock(mutex);
         while (!stopping && !tools.isCancelled() && !done.contains(delivered)) {
@@ -131,10 +126,10 @@ void runInOrder(ToolSlots& tools, std::size_t count,
           break;
         }
         auto found = done.find(delivered);
-        ready = std::move(found->second);
+        ready.emplace(std::move(found->second));
         done.erase(found);
       }
-      deliver(ready.get());
+      deliver(std::move(*ready));
       {
         std::lock_guard lock(mutex);
         ++delivered;

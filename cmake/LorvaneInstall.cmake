@@ -13,8 +13,6 @@ install(TARGETS lorvane EXPORT LorvaneTargets
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/lorvane" DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
   COMPONENT dev)
-install(FILES "${PROJECT_BINARY_DIR}/include/lorvane/version.hpp"
-  DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/lorvane" COMPONENT dev)
 # The binaries folder holds links to the tools of the machine, made anew where it is installed.
 install(DIRECTORY "${LORVANE_BUILD_RESOURCE_DIR}/" DESTINATION "${CMAKE_INSTALL_DATADIR}/lorvane"
   COMPONENT runtime PATTERN binaries EXCLUDE)

@@ -28,6 +28,17 @@ protected:
   lorvane::test::SettingsGuard settings;
 };
 
+// A maker that adds nothing of its own: every default that adds an argument turned off.
+Maker bareMaker() {
+  Maker maker;
+  maker.addDefaultSettings = false;
+  maker.charset = std::nullopt;
+  maker.enableSeparator = false;
+  maker.extractsEmbedded = false;
+  maker.extractsBinaries = false;
+  return maker;
+}
+
 }  // namespace
 
 TEST_F(ArgumentsMakerTest, DefaultsAndSingleFields) {
@@ -40,12 +51,7 @@ TEST_F(ArgumentsMakerTest, DefaultsAndSingleFields) {
   maker.filePathFilter = lorvane::ETPathFilter::suffix({});
   EXPECT_EQ(maker.make(), (defaults + Strings{"-password", "p w", ""}));
 
-  Maker bare;
-  bare.addDefaultSettings = false;
-  bare.charset = std::nullopt;
-  bare.enableSeparator = false;
-  bare.extractsEmbedded = false;
-  bare.extractsBinaries = false;
+  Maker bare = bareMaker();
   EXPECT_EQ(bare.make(), Strings{});
   bare.language = lorvane::ETLanguage::chinese;
   bare.forceExecute = true;
@@ -54,12 +60,7 @@ TEST_F(ArgumentsMakerTest, DefaultsAndSingleFields) {
 
 TEST_F(ArgumentsMakerTest, ASourceThatTheToolWouldReadAsAnOptionGoesAsARelativePath) {
   const auto source = [](const std::string& path) {
-    Maker maker;
-    maker.addDefaultSettings = false;
-    maker.charset = std::nullopt;
-    maker.enableSeparator = false;
-    maker.extractsEmbedded = false;
-    maker.extractsBinaries = false;
+    Maker maker = bareMaker();
     maker.sourceURL = std::filesystem::path(path);
     maker.sourcePath = path;
     return maker.make();

@@ -1,6 +1,7 @@
 #include <lorvane/et_process.hpp>
 #include <lorvane/et_session.hpp>
 
+#include <algorithm>
 #include <atomic>
 #include <mutex>
 
@@ -19,6 +20,10 @@ struct ETSession::Shared {
   // Guarded by `turn`.
   std::unique_ptr<KeptTool> tool;
   std::size_t runsOnTool = 0;
+  // The tool that takes over when `tool` has done its runs, started some runs ahead so that
+  // ExifTool's start (about 0.2 s of Perl) overlaps the last runs instead of waiting before
+  // the next.
+  std::unique_ptr<KeptTool> successor;
   std::atomic<std::size_t> toolStarts = 0;
   // The run under way, for `cancel`.
   std::mutex currentGuard;
@@ -29,6 +34,13 @@ struct ETSession::Shared {
   KeptTool* toolForCommand(RunState& run) {
     if (tool && !tool->take()) {
       tool.reset();  // ends what is left of it and waits for that
+    }
+    if (!tool && successor) {
+      tool = std::move(successor);
+      runsOnTool = 0;
+      if (!tool->take()) {
+        tool.reset();  // idle too long or gone: a fresh one follows
+      }
     }
     if (!tool) {
       auto fresh = std::make_unique<KeptTool>(options.toolProgress, options.idleTimeout);
@@ -63,7 +75,24 @@ struct ETSession::Shared {
       run.appendUnknownLine(*failure);
       tool.reset();
     } else if (options.maxRunsPerTool > 0 && ++runsOnTool >= options.maxRunsPerTool) {
-      kept->requestEnd(true);  // leaves while the caller goes on; the next run starts another
+      kept->requestEnd(true);  // leaves while the caller goes on; the next run takes another
+    } else if (!successor && options.maxRunsPerTool - runsOnTool == successorLead()) {
+      startSuccessor();
+    }
+  }
+
+  // Runs before the end of a tool at which its successor starts: none for a short-lived tool,
+  // whose replacement is no rare cost worth a second process.
+  std::size_t successorLead() const {
+    return options.maxRunsPerTool >= 100 ? std::min<std::size_t>(options.maxRunsPerTool / 10, 32)
+                                         : 0;
+  }
+
+  void startSuccessor() {
+    auto fresh = std::make_unique<KeptTool>(options.toolProgress, options.idleTimeout);
+    if (!fresh->failure()) {  // else the next run starts one and says why it can't
+      ++toolStarts;
+      successor = std::move(fresh);
     }
   }
 };
@@ -119,6 +148,7 @@ void ETSession::cancel() {
 void ETSession::close() {
   std::lock_guard turn(shared_->turn);
   shared_->tool.reset();
+  shared_->successor.reset();
 }
 
 std::size_t ETSession::toolStarts() const { return shared_->toolStarts; }

@@ -17,6 +17,7 @@
 #include <mutex>
 #include <optional>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <lorvane/et_input.hpp>
@@ -45,8 +46,9 @@ private:
   std::atomic<bool> cancelled_{false};
 };
 
-// makeResult (with the input that ran) runs on the tool's thread, deliver and onProgress (the share
-// delivered) on the caller's. Stops early on a cancel (nothing more is delivered) or on a throw of
+// makeResult (with the input that ran), deliver and onProgress (the share delivered) run on the
+// caller's thread, which would otherwise only wait: a tool's thread sends its next command as soon
+// as the last one is answered, so the tool never waits for what is made of an answer. Stops early on a cancel (nothing more is delivered) or on a throw of
 // any of them, which comes out of here once every tool has stopped.
 template <class Result>
 void runInOrder(ToolSlots& tools, std::size_t count,
@@ -63,7 +65,8 @@ void runInOrder(ToolSlots& tools, std::size_t count,
   constexpr auto recheck = std::chrono::milliseconds(50);
   std::mutex mutex;
   std::condition_variable changed;
-  std::map<std::size_t, Result> done;
+  // The answers not yet delivered, with the inputs that asked for them.
+  std::map<std::size_t, std::pair<ETInput, ETOutput>> done;
   std::size_t next = 0;
   std::size_t delivered = 0;
   bool stopping = false;
@@ -97,10 +100,10 @@ void runInOrder(ToolSlots& tools, std::size_t count,
             process.cancel();
           }
         };
-        Result result = makeResult(index, input, slot.run(input));
+        ETOutput output = slot.run(input);
         {
           std::lock_guard lock(mutex);
-          done.emplace(index, std::move(result));
+          done.emplace(index, std::pair(std::move(input), std::move(output)));
         }
       } catch (...) {
         fail(std::current_exception());
@@ -116,7 +119,7 @@ void runInOrder(ToolSlots& tools, std::size_t count,
 
   try {
     while (delivered < count) {
-      std::optional<Result> ready;
+      std::optional<std::pair<ETInput, ETOutput>> answer;
       {
         std::unique_lock lock(mutex);
         while (!stopping && !tools.isCancelled() && !done.contains(delivered)) {
@@ -126,10 +129,10 @@ void runInOrder(ToolSlots& tools, std::size_t count,
           break;
         }
         auto found = done.find(delivered);
-        ready.emplace(std::move(found->second));
+        answer.emplace(std::move(found->second));
         done.erase(found);
       }
-      deliver(std::move(*ready));
+      deliver(makeResult(delivered, answer->first, std::move(answer->second)));
       {
         std::lock_guard lock(mutex);
         ++delivered;

@@ -189,14 +189,14 @@ int runShow(const ShowRequest& request, std::ostream& out, std::ostream& err) {
         clearProgress();
         if (request.printsJson) {
           // As one dump of the whole array would indent it.
-          std::string text = dumped(fileJson(file), 2);
-          out << (isFirst ? "\n  " : ",\n  ");
-          for (const char c : text) {
-            out << c;
+          std::string text(isFirst ? "\n  " : ",\n  ");
+          for (const char c : dumped(fileJson(file), 2)) {
+            text += c;
             if (c == '\n') {
-              out << "  ";
+              text += "  ";
             }
           }
+          out << text;
         } else if (request.printsJsonLines) {
           out << dumped(fileJson(file), -1) << "\n";
         } else if (!(file.error && file.tags.empty())) {

@@ -30,7 +30,9 @@ namespace lorvane {
 class ETSession {
 public:
   struct Options {
-    // Runs after which the tool is replaced by a fresh one; 0: never for this reason.
+    // Runs after which the tool is replaced by a fresh one; 0: never for this reason. From 100
+    // on, the fresh one starts a tenth of them (at most 32) ahead, so two tools live for those
+    // runs and the next run never waits for a start.
     std::size_t maxRunsPerTool = 500;
     // A tool that got no run for this long is ended; 0: never for this reason.
     std::chrono::milliseconds idleTimeout = std::chrono::seconds(60);

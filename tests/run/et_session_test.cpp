@@ -301,6 +301,21 @@ TEST(Session, MaxRunsPerToolAndIdleTimeoutReplaceTheToolAsProcShows) {
     EXPECT_EQ(tools.size(), 3u);
     EXPECT_EQ(session.toolStarts(), 3u);
   }
+  {
+    // A long-lived tool's successor starts ten runs ahead and takes over at the limit.
+    ETSession session({.maxRunsPerTool = 100});
+    std::set<int> tools;
+    for (int run = 1; run <= 101; ++run) {
+      EXPECT_TRUE(session.run(version).processLogs.empty());
+      const auto living = livingTools();
+      if (run == 89 || run == 90) {
+        EXPECT_EQ(living.size(), static_cast<std::size_t>(run - 88)) << "after run " << run;
+      }
+      tools.insert(living.begin(), living.end());
+    }
+    EXPECT_EQ(tools.size(), 2u);
+    EXPECT_EQ(session.toolStarts(), 2u);
+  }
   ETSession session({.idleTimeout = std::chrono::milliseconds(200)});
   EXPECT_TRUE(session.run(version).processLogs.empty());
   EXPECT_TRUE(isReaped(theLivingTool()));

@@ -10,6 +10,7 @@
 // in name order make each set (default 200 2000 10000).
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -70,14 +71,27 @@ Outcome runSideBySide(const std::vector<std::vector<std::string>>& commands) {
     outputs.push_back(pipeEnds[0]);
   }
   Outcome outcome;
-  char buffer[1 << 16];
+  // All outputs at once: a command whose pipe nobody reads stops at a full pipe, and the
+  // commands would run one after the other.
+  std::vector<pollfd> open;
   for (const int output : outputs) {
-    for (ssize_t got; (got = ::read(output, buffer, sizeof buffer)) > 0;) {
-      if (outcome.firstOutput == 0) {
+    open.push_back({output, POLLIN, 0});
+  }
+  char buffer[1 << 16];
+  while (!open.empty()) {
+    ::poll(open.data(), open.size(), -1);
+    for (auto it = open.begin(); it != open.end();) {
+      const ssize_t got = it->revents != 0 ? ::read(it->fd, buffer, sizeof buffer) : 1;
+      if (got > 0 && it->revents != 0 && outcome.firstOutput == 0) {
         outcome.firstOutput = std::chrono::duration<double>(Clock::now() - start).count();
       }
+      if (got <= 0) {
+        ::close(it->fd);
+        it = open.erase(it);
+      } else {
+        ++it;
+      }
     }
-    ::close(output);
   }
   for (const pid_t child : children) {
     int status = 0;

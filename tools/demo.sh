@@ -8,7 +8,8 @@ set -eu
 cd "$(dirname "$0")/.."
 [ -n "${LORVANE_DEMO_SKIP_SETUP:-}" ] || tools/setup-debian.sh
 cmake --preset release -DLORVANE_BUILD_TESTS=OFF -DLORVANE_BUILD_BENCHMARKS=OFF
-cmake --build --preset release --target lorvane-cli
+# All of it, so that `cmake --install build/release` can follow (the man page is a target too).
+cmake --build --preset release
 lorvane=build/release/apps/lorvane
 if [ "$#" -gt 0 ]; then
   exec "$lorvane" show "$@" tests/data/sample.jpg

@@ -67,7 +67,13 @@ struct MetadataReader::State {
       }
     }
     // The last argument is the path the tool got for the file.
-    return detail::makeFileTags(file, input.arguments.back(), answer, texts);
+    auto files = detail::makeFileTags(file, input.arguments.back(), answer, texts);
+    std::error_code error;
+    if (files.size() == 1 && files.front().error == "not read" &&
+        std::filesystem::is_directory(file, error)) {
+      files.front().error = "a folder without a file ExifTool reads (folders in it are not searched)";
+    }
+    return files;
   }
 
   Options options;

@@ -100,6 +100,16 @@ TEST(MetadataReader, ReadsFilesFoldersAndOddNamesEachWithItsOwnError) {
   const FileTags missingLineFeed = reader.read(folder.path().string() + "/gone\nnow.jpg");
   EXPECT_EQ(missingLineFeed.error, "File not found");
   EXPECT_TRUE(reader.read(inside.string()).error);
+  // A folder whose files all lie deeper down gives itself, with an error that says why.
+  std::vector<FileTags> fromOuter;
+  const std::vector<std::string> outer = {(folder.path() / "outer").string()};
+  fs::create_directories(outer.front() + "/deeper");
+  copyOfPlainJpeg(outer.front() + "/deeper", "c.jpg");
+  reader.readEach(outer, [&](FileTags&& file) { fromOuter.push_back(std::move(file)); });
+  ASSERT_EQ(fromOuter.size(), 1u);
+  EXPECT_EQ(fromOuter[0].file, outer.front());
+  EXPECT_EQ(fromOuter[0].error,
+            "a folder without a file ExifTool reads (folders in it are not searched)");
 }
 
 TEST(MetadataReader, FiftyFilesOnThreeToolsComeInTheGivenOrder) {

@@ -32,6 +32,15 @@ namespace {
 namespace fs = std::filesystem;
 using Lines = std::vector<std::string>;
 
+// A process that exits while its /proc files are read leaves them empty, and the read fails.
+std::string procFile(const fs::path& file) {
+  try {
+    return lorvane::test::fileContents(file);
+  } catch (const std::ios_base::failure&) {
+    return {};
+  }
+}
+
 // "pid (name) state ppid ...": the state and the parent, or nothing when the process is gone.
 std::optional<std::pair<char, int>> processState(int pid) {
   const fs::path stat = fs::path("/proc") / std::to_string(pid) / "stat";
@@ -39,7 +48,7 @@ std::optional<std::pair<char, int>> processState(int pid) {
   if (!fs::exists(stat, error)) {
     return std::nullopt;
   }
-  const std::string text = lorvane::test::fileContents(stat);
+  const std::string text = procFile(stat);
   const auto nameEnd = text.rfind(')');
   if (nameEnd == std::string::npos || nameEnd + 4 >= text.size()) {
     return std::nullopt;
@@ -57,7 +66,7 @@ std::set<int> livingTools() {
     }
     const auto state = processState(std::stoi(id));
     if (state && state->second == getpid() && state->first != 'Z' &&
-        lorvane::test::fileContents(entry.path() / "cmdline").find("exiftool") !=
+        procFile(entry.path() / "cmdline").find("exiftool") !=
             std::string::npos) {
       tools.insert(std::stoi(id));
     }

@@ -71,7 +71,8 @@ struct MetadataReader::State {
     std::error_code error;
     if (files.size() == 1 && files.front().error == "not read" &&
         std::filesystem::is_directory(file, error)) {
-      files.front().error = "a folder without a file ExifTool reads (folders in it are not searched)";
+      files.front().error =
+          "a folder without a file ExifTool reads (folders in it are not searched)";
     }
     return files;
   }

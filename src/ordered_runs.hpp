@@ -47,9 +47,10 @@ private:
 };
 
 // makeResult (with the input that ran), deliver and onProgress (the share delivered) run on the
-// caller's thread, which would otherwise only wait: a tool's thread sends its next command as soon
-// as the last one is answered, so the tool never waits for what is made of an answer. Stops early on a cancel (nothing more is delivered) or on a throw of
-// any of them, which comes out of here once every tool has stopped.
+// caller's thread, which would otherwise only wait: a tool's thread sends its next command as
+// soon as the last one is answered, so the tool never waits for what is made of an answer.
+// Stops early on a cancel (nothing more is delivered) or on a throw of any of them, which comes
+// out of here once every tool has stopped.
 template <class Result>
 void runInOrder(ToolSlots& tools, std::size_t count,
                 const std::function<ETInput(std::size_t)>& makeInput,

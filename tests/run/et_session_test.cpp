@@ -66,8 +66,7 @@ std::set<int> livingTools() {
     }
     const auto state = processState(std::stoi(id));
     if (state && state->second == getpid() && state->first != 'Z' &&
-        procFile(entry.path() / "cmdline").find("exiftool") !=
-            std::string::npos) {
+        procFile(entry.path() / "cmdline").find("exiftool") != std::string::npos) {
       tools.insert(std::stoi(id));
     }
   }

@@ -66,15 +66,15 @@ struct MetadataReader::State {
                  {}}};
       }
     }
-    // The last argument is the path the tool got for the file.
-    auto files = detail::makeFileTags(file, input.arguments.back(), answer, texts);
+    // The tool is silent about a folder it finds nothing to read in.
     std::error_code error;
-    if (files.size() == 1 && files.front().error == "not read" &&
+    if (answer.messages.empty() && answer.json.find_first_not_of(" \t\r\n") == std::string::npos &&
         std::filesystem::is_directory(file, error)) {
-      files.front().error =
-          "a folder without a file ExifTool reads (folders in it are not searched)";
+      return {
+          {file, "a folder without a file ExifTool reads (folders in it are not searched)", {}}};
     }
-    return files;
+    // The last argument is the path the tool got for the file.
+    return detail::makeFileTags(file, input.arguments.back(), answer, texts);
   }
 
   Options options;

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <atomic>
 #include <mutex>
+#include <optional>
+#include <utility>
 
 #include "kept_tool.hpp"
 #include "run_state.hpp"
@@ -24,6 +26,8 @@ struct ETSession::Shared {
   // ExifTool's start (about 0.2 s of Perl) overlaps the last runs instead of waiting before
   // the next.
   std::unique_ptr<KeptTool> successor;
+  // The input whose command `tool` has been sent ahead of its run.
+  std::optional<ETInput> ahead;
   std::atomic<std::size_t> toolStarts = 0;
   // The run under way, for `cancel`.
   std::mutex currentGuard;
@@ -34,6 +38,7 @@ struct ETSession::Shared {
   KeptTool* toolForCommand(RunState& run) {
     if (tool && !tool->take()) {
       tool.reset();  // ends what is left of it and waits for that
+      ahead.reset();
     }
     if (!tool && successor) {
       tool = std::move(successor);
@@ -60,17 +65,28 @@ struct ETSession::Shared {
     return tool.get();
   }
 
-  void talk(const ETInput& input, RunState& run) {
+  void talk(const ETInput& input, RunState& run, const ETInput* next) {
     // A refused argument never reaches the tool, so it costs the tool nothing.
     if (const ToolBatch check = encodeArguments(input.arguments); !check.refusal.empty()) {
       run.appendUnknownLine(check.refusal);
       return;
     }
     KeptTool* kept = toolForCommand(run);
+    if (kept != nullptr && ahead && ahead->arguments != input.arguments) {
+      kept = dropAhead(run);
+    }
     if (kept == nullptr) {
       return;
     }
-    const auto failure = kept->runCommand(input, run);
+    // The last run of a tool sends nothing ahead: the tool leaves after it.
+    const bool lastOnTool =
+        options.maxRunsPerTool > 0 && runsOnTool + 1 >= options.maxRunsPerTool;
+    const auto failure =
+        kept->runCommand(input, run, next && !lastOnTool ? &next->arguments : nullptr);
+    ahead.reset();
+    if (!failure && kept->hasCommandAhead()) {
+      ahead = *next;
+    }
     if (failure) {
       run.appendUnknownLine(*failure);
       tool.reset();
@@ -79,6 +95,20 @@ struct ETSession::Shared {
     } else if (!successor && options.maxRunsPerTool - runsOnTool == successorLead()) {
       startSuccessor();
     }
+  }
+
+  // The tool has a command ahead that this run is not: it is let finish and its answer
+  // dropped, so that what it does (it may write) is never cut short. Gives the tool to go on
+  // with, as toolForCommand does.
+  KeptTool* dropAhead(RunState& run) {
+    AtomicQueue guard;
+    ETOutput dropped;
+    RunState droppedRun(guard, dropped);
+    const ETInput input = *std::exchange(ahead, std::nullopt);
+    if (tool->runCommand(input, droppedRun)) {
+      tool.reset();
+    }
+    return toolForCommand(run);
   }
 
   // Runs before the end of a tool at which its successor starts: none for a short-lived tool,
@@ -111,7 +141,13 @@ thread_local const ETSession* sessionOfThisThread = nullptr;
 
 }  // namespace
 
-ETOutput ETSession::run(const ETInput& input) {
+ETOutput ETSession::run(const ETInput& input) { return runBefore(input, nullptr); }
+
+ETOutput ETSession::run(const ETInput& input, const ETInput& next) {
+  return runBefore(input, &next);
+}
+
+ETOutput ETSession::runBefore(const ETInput& input, const ETInput* next) {
   if (sessionOfThisThread == this) {
     ETOutput refused;
     refused.processLogs.emplace_back(
@@ -130,7 +166,7 @@ ETOutput ETSession::run(const ETInput& input) {
     std::lock_guard guard(shared_->currentGuard);
     shared_->current = &process;
   }
-  process.executeWith(input, [&](const ETInput& own, RunState& run) { shared_->talk(own, run); });
+  process.executeWith(input, [&](const ETInput& own, RunState& run) { shared_->talk(own, run, next); });
   {
     std::lock_guard guard(shared_->currentGuard);
     shared_->current = nullptr;
@@ -149,6 +185,7 @@ void ETSession::close() {
   std::lock_guard turn(shared_->turn);
   shared_->tool.reset();
   shared_->successor.reset();
+  shared_->ahead.reset();
 }
 
 std::size_t ETSession::toolStarts() const { return shared_->toolStarts; }

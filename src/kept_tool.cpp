@@ -13,14 +13,25 @@
 
 namespace lorvane {
 
-// A command under way: its readers, the text that ends it on both streams, what has ended.
+// A command sent to the tool: the text that ends it on both streams, what has ended, and the
+// run that takes its answer, with that run's readers. A command sent ahead has no run yet;
+// what comes for it meanwhile waits in `early`.
 struct KeptCommand {
-  RunState& run;
-  std::array<std::unique_ptr<ETPipe>, 2> readers;
+  explicit KeptCommand(std::string marker) : endMarker(std::move(marker)) {}
+
   std::string endMarker;
+  // Each reader is set, and `early` read, only under the tool's `feeding_` of its stream.
+  std::array<std::unique_ptr<ETPipe>, 2> readers;
+  std::array<std::string, 2> early;
   // Guarded by the tool's mutex.
+  RunState* run = nullptr;
   std::array<bool, 2> frameEnded{false, false};
   std::optional<std::string> fault;
+};
+
+struct KeptTool::Sending {
+  ToolBatch batch;
+  std::unique_ptr<KeptCommand> command;
 };
 
 namespace {
@@ -41,25 +52,41 @@ std::string makeNumberPrefix() {
   return std::to_string(digits(source));
 }
 
-// Whether the tool takes `argument` as the end of a command ("-execute", "-execute12", in any
-// case, also with the minus sign U+2212 in front).
+// The option `argument` names, without its minus sign ("-", or U+2212 in front); nothing when
+// it isn't an option.
+std::optional<std::string_view> optionName(std::string_view argument) {
+  for (const std::string_view minus : {"-", "\xe2\x88\x92"}) {
+    if (argument.starts_with(minus)) {
+      return argument.substr(minus.size());
+    }
+  }
+  return std::nullopt;
+}
+
+// Whether `name` starts with `word` (lower case) in any case, as the tool reads options.
+bool startsWithWord(std::string_view name, std::string_view word) {
+  return name.size() >= word.size() &&
+         std::equal(word.begin(), word.end(), name.begin(), [](char a, char b) {
+           return a == std::tolower(static_cast<unsigned char>(b));
+         });
+}
+
+// Whether the tool takes `argument` as the end of a command ("-execute", "-execute12").
 bool isExecute(std::string_view argument) {
-  if (argument.starts_with("-")) {
-    argument.remove_prefix(1);
-  } else if (argument.starts_with("\xe2\x88\x92")) {
-    argument.remove_prefix(3);
-  } else {
-    return false;
-  }
   constexpr std::string_view word = "execute";
-  if (argument.size() < word.size() ||
-      !std::equal(word.begin(), word.end(), argument.begin(), [](char a, char b) {
-        return a == std::tolower(static_cast<unsigned char>(b));
-      })) {
-    return false;
-  }
-  return std::all_of(argument.begin() + word.size(), argument.end(),
+  const auto name = optionName(argument);
+  return name && startsWithWord(*name, word) &&
+         std::all_of(name->begin() + word.size(), name->end(),
                      [](char c) { return c >= '0' && c <= '9'; });
+}
+
+// Whether the tool prints echoes of `arguments` after the command's output ("-echo3",
+// "-echo4"); any "-echo" counts, to be safe.
+bool printsEchoes(const std::vector<std::string>& arguments) {
+  return std::any_of(arguments.begin(), arguments.end(), [](std::string_view argument) {
+    const auto name = optionName(argument);
+    return name && startsWithWord(*name, "echo");
+  });
 }
 
 // One command of a kept tool: `leading` options, then the arguments with "-echo4 <marker>" at
@@ -217,7 +244,7 @@ void KeptTool::end(bool graceful) {
   }
 }
 
-std::optional<std::string> KeptTool::runCommand(const ETInput& input, RunState& run) {
+KeptTool::Sending KeptTool::prepare(const std::vector<std::string>& arguments) {
   // Options of the launch line hold for the first command only, so the others bring them.
   std::vector<std::string> leading;
   if (commandsSent_ > 0) {
@@ -228,62 +255,107 @@ std::optional<std::string> KeptTool::runCommand(const ETInput& input, RunState& 
   }
   const std::string number = numberPrefix_ + std::to_string(++commandsSent_);
   const std::string marker = "{ready" + number + "}";
-  const ToolBatch batch = makeKeptCommand(std::move(leading), input.arguments, marker, number);
-  if (!batch.refusal.empty()) {
-    std::lock_guard lock(mutex_);
-    busy_ = false;
-    return batch.refusal;
-  }
+  return {makeKeptCommand(std::move(leading), arguments, marker, number),
+          std::make_unique<KeptCommand>(marker + "\n")};
+}
 
-  KeptCommand command{.run = run,
-                      .readers = {ETPipe::makeDecoder(input.parsesOutPipe, run, input.keepsInvalidText),
-                                  ETPipe::makeDecoder(input.parsesErrPipe, run, input.keepsInvalidText)},
-                      .endMarker = marker + "\n",
-                      .frameEnded = {false, false},
-                      .fault = std::nullopt};
+bool KeptTool::hasCommandAhead() {
+  std::lock_guard lock(mutex_);
+  return ahead_ != nullptr;
+}
+
+std::optional<std::string> KeptTool::runCommand(const ETInput& input, RunState& run,
+                                                const std::vector<std::string>* next) {
+  std::string text;
+  std::unique_ptr<KeptCommand> owned;
+  KeptCommand* command = nullptr;
   {
     std::lock_guard lock(mutex_);
-    current_ = &command;
+    command = ahead_.get();
   }
+  if (command == nullptr) {
+    Sending sending = prepare(input.arguments);
+    if (!sending.batch.refusal.empty()) {
+      std::lock_guard lock(mutex_);
+      busy_ = false;
+      return sending.batch.refusal;
+    }
+    text = std::move(sending.batch.text);
+    owned = std::move(sending.command);
+    command = owned.get();
+  }
+  std::unique_ptr<KeptCommand> following;
+  if (next != nullptr && !printsEchoes(input.arguments)) {
+    Sending sending = prepare(*next);
+    if (sending.batch.refusal.empty()) {
+      text += sending.batch.text;
+      following = std::move(sending.command);
+    }
+  }
+  for (const std::size_t stream : {outputStream, errorStream}) {
+    std::lock_guard feeding(feeding_[stream]);
+    const bool parses = stream == outputStream ? input.parsesOutPipe : input.parsesErrPipe;
+    command->readers[stream] = ETPipe::makeDecoder(parses, run, input.keepsInvalidText);
+    const std::string early = std::move(command->early[stream]);
+    feed(*command, stream, early);
+  }
+  {
+    std::lock_guard lock(mutex_);
+    command->run = &run;
+    current_ = owned ? std::move(owned) : std::move(ahead_);
+    // Known before its text goes, so that no byte of its answer finds no command.
+    ahead_ = std::move(following);
+    for (const std::size_t stream : {outputStream, errorStream}) {
+      if (command->frameEnded[stream]) {
+        run.streamEnded();
+      }
+    }
+  }
+
   std::optional<platform::Clock::time_point> deadline;
   if (input.timeLimit) {
     deadline = platform::Clock::now() + *input.timeLimit;
   }
   const auto hasFailed = [&] {
     std::lock_guard lock(mutex_);
-    return command.fault.has_value();
+    return command->fault.has_value();
   };
-  std::span<const std::byte> pending = std::as_bytes(std::span(batch.text));
+  std::span<const std::byte> pending = std::as_bytes(std::span(text));
   std::optional<std::string> writeFailure;
-  const Ending ending =
-      superviseChild(*child_, input_.writeEnd.get(), pending, run, deadline, true, writeFailure,
-                     [&](bool exited) { return exited || run.haveStreamsEnded() || hasFailed(); });
+  // The command ahead may still be on its way when this one is answered; it goes whole.
+  const Ending ending = superviseChild(
+      *child_, input_.writeEnd.get(), pending, run, deadline, true, writeFailure,
+      [&](bool exited) {
+        return exited || (run.haveStreamsEnded() && pending.empty()) || hasFailed();
+      });
 
   std::optional<std::string> failure;
   if (ending != Ending::finished || !run.haveStreamsEnded() || hasFailed()) {
     // The tool goes with its group; when this returns, all it wrote has been read.
     end(false);
     std::lock_guard lock(mutex_);
+    ahead_.reset();
     if (ending == Ending::stopRequested) {
       failure = "the run was cancelled";
     } else if (ending == Ending::timeLimitPassed) {
       failure =
           "the tool did not finish within " + std::to_string(input.timeLimit->count()) + " ms";
-    } else if (command.fault) {
-      failure = command.fault;
+    } else if (command->fault) {
+      failure = command->fault;
     } else if (!run.haveStreamsEnded()) {
       failure = writeFailure.value_or("the kept tool ended during the run");
     }
   }
+  std::unique_ptr<KeptCommand> finished;
   {
     std::lock_guard lock(mutex_);
-    current_ = nullptr;
+    finished = std::move(current_);
     busy_ = false;
     lastUse_ = std::chrono::steady_clock::now();
     changed_.notify_all();
   }
-  command.readers[outputStream]->finishData();
-  command.readers[errorStream]->finishData();
+  finished->readers[outputStream]->finishData();
+  finished->readers[errorStream]->finishData();
   return failure;
 }
 
@@ -293,26 +365,41 @@ void KeptTool::takeChunk(std::size_t stream, std::span<const std::byte> chunk) {
     fault("the kept tool ended during the run", false);
     return;
   }
-  KeptCommand* command = nullptr;
-  {
-    std::lock_guard lock(mutex_);
-    if (current_ == nullptr || current_->frameEnded[stream]) {
-      faultLocked("the kept tool fell out of step: it wrote after the end of a command", true);
+  std::lock_guard feeding(feeding_[stream]);
+  std::string_view text(reinterpret_cast<const char*>(chunk.data()), chunk.size());
+  std::string joined;
+  if (!held_[stream].empty()) {
+    joined = std::move(held_[stream]) + std::string(text);
+    held_[stream].clear();
+    text = joined;
+  }
+  // A chunk may end one command and hold the start of the one ahead.
+  while (!text.empty()) {
+    KeptCommand* command = commandFor(stream);
+    if (command == nullptr) {
+      fault("the kept tool fell out of step: it wrote after the end of a command", true);
       return;
     }
-    command = current_;
-  }
-  const std::string_view text(reinterpret_cast<const char*>(chunk.data()), chunk.size());
-  if (held_[stream].empty()) {
-    scanFrame(stream, text, *command);
-  } else {
-    const std::string joined = std::move(held_[stream]) + std::string(text);
-    held_[stream].clear();
-    scanFrame(stream, joined, *command);
+    text = scanFrame(stream, text, *command);
   }
 }
 
-void KeptTool::scanFrame(std::size_t stream, std::string_view data, KeptCommand& command) {
+KeptCommand* KeptTool::commandFor(std::size_t stream) {
+  std::lock_guard lock(mutex_);
+  return openCommandLocked(stream);
+}
+
+KeptCommand* KeptTool::openCommandLocked(std::size_t stream) {
+  for (KeptCommand* command : {current_.get(), ahead_.get()}) {
+    if (command != nullptr && !command->frameEnded[stream]) {
+      return command;
+    }
+  }
+  return nullptr;
+}
+
+std::string_view KeptTool::scanFrame(std::size_t stream, std::string_view data,
+                                     KeptCommand& command) {
   const std::string_view marker = command.endMarker;
   // Every number of this tool starts so; nothing else plausibly holds it.
   const std::string_view numbered =
@@ -322,43 +409,58 @@ void KeptTool::scanFrame(std::size_t stream, std::string_view data, KeptCommand&
     const std::size_t kept = startOfTextAtEnd(data, numbered);
     feed(command, stream, data.substr(0, data.size() - kept));
     held_[stream] = data.substr(data.size() - kept);
-    return;
+    return {};
   }
   feed(command, stream, data.substr(0, at));
   std::string_view rest = data.substr(at);
   if (rest.size() < marker.size() && marker.starts_with(rest)) {
     held_[stream] = rest;
-    return;
+    return {};
   }
   if (!rest.starts_with(marker)) {
     fault("the kept tool fell out of step: it answered another command than the one sent", true);
-    return;
+    return {};
   }
   rest.remove_prefix(marker.size());
   // The tool prints all echoes of a command at once, so what follows the marker in the same
-  // chunk of standard error is the rest of them: the command's own.
-  if (stream == errorStream) {
+  // chunk of standard error is the rest of them: the command's own, unless a command follows
+  // it (which a command with echoes never has).
+  bool followed = false;
+  {
+    std::lock_guard lock(mutex_);
+    followed = &command == current_.get() && ahead_ != nullptr;
+  }
+  if (stream == errorStream && !followed) {
     feed(command, stream, rest);
     rest = {};
   }
   std::lock_guard lock(mutex_);
   command.frameEnded[stream] = true;
-  command.run.streamEnded();
-  if (!rest.empty()) {
+  // Known before the run hears of the end, so that it never takes a tool out of step for done.
+  if (!rest.empty() && openCommandLocked(stream) == nullptr) {
     faultLocked("the kept tool fell out of step: it wrote after the end of a command", true);
+    rest = {};
   }
+  if (command.run != nullptr) {
+    command.run->streamEnded();
+  }
+  return rest;
 }
 
 void KeptTool::feed(KeptCommand& command, std::size_t stream, std::string_view data) {
   if (data.empty()) {
     return;
   }
+  if (!command.readers[stream]) {
+    command.early[stream] += data;
+    return;
+  }
   try {
     command.readers[stream]->readAvailableData(std::as_bytes(std::span(data)));
   } catch (const std::exception& error) {
     // Out of memory on this thread: the chunk is lost, the stream is still drained.
-    command.run.appendUnknownLine(std::string("a chunk of the tool's output was lost: ") +
-                                  error.what());
+    command.run->appendUnknownLine(std::string("a chunk of the tool's output was lost: ") +
+                                   error.what());
   }
 }
 
@@ -371,12 +473,17 @@ void KeptTool::faultLocked(const std::string& why, bool evenAfterFrames) {
   if (!fault_) {
     fault_ = why;
   }
-  if (current_ != nullptr) {
-    const bool framesEnded = current_->frameEnded[0] && current_->frameEnded[1];
-    if (!current_->fault && (evenAfterFrames || !framesEnded)) {
-      current_->fault = why;
+  for (KeptCommand* command : {current_.get(), ahead_.get()}) {
+    if (command == nullptr) {
+      continue;
     }
-    current_->run.wakeup().notify();
+    const bool framesEnded = command->frameEnded[0] && command->frameEnded[1];
+    if (!command->fault && (evenAfterFrames || !framesEnded)) {
+      command->fault = why;
+    }
+    if (command->run != nullptr) {
+      command->run->wakeup().notify();
+    }
   }
   changed_.notify_all();
 }

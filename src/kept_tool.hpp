@@ -4,6 +4,7 @@
 
 #include <array>
 #include <chrono>
+#include <memory>
 #include <condition_variable>
 #include <cstddef>
 #include <mutex>
@@ -12,6 +13,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <vector>
 
 #include "platform/child_process.hpp"
 #include "platform/pipe.hpp"
@@ -53,7 +55,16 @@ public:
   // its end. A stop request or the input's time limit (counted from now) ends the tool; so does
   // a tool that dies or falls out of step. Gives the run's own failure, if any; the tool must be
   // taken. Afterwards it is free again, and its idle time starts.
-  std::optional<std::string> runCommand(const ETInput& input, RunState& run);
+  //
+  // `next`, when given, goes to the tool right behind `input`, so that the tool starts on it
+  // without waiting for the caller; the tool then has a command ahead, and the next
+  // `runCommand` must be of those very arguments: it only takes the answer, including what
+  // came of it before the call. Not behind a command with echoes of its own (they would follow
+  // its end marker on standard error, where the next command's messages then come too).
+  std::optional<std::string> runCommand(const ETInput& input, RunState& run,
+                                        const std::vector<std::string>* next = nullptr);
+  // Whether a command sent as `next` waits for its `runCommand`.
+  bool hasCommandAhead();
   // Asks for the tool's end without waiting: `graceful` asks the tool to leave first, else it
   // and its group are stopped at once. Whichever is asked first counts.
   void requestEnd(bool graceful);
@@ -68,9 +79,18 @@ private:
   void launch();
   void retire(bool graceful);
 
+  // The text of one command with a number of its own, and the command that waits for its end.
+  struct Sending;
+  Sending prepare(const std::vector<std::string>& arguments);
+
   // On a reader's thread: one chunk of stream 0 (output) or 1 (errors), empty at its end.
   void takeChunk(std::size_t stream, std::span<const std::byte> chunk);
-  void scanFrame(std::size_t stream, std::string_view data, KeptCommand& command);
+  // The command whose frame on `stream` is open: the one under way, else the one ahead.
+  KeptCommand* commandFor(std::size_t stream);
+  KeptCommand* openCommandLocked(std::size_t stream);
+  // Feeds `data` to `command` up to its end marker; gives what follows the marker, which is
+  // the next command's.
+  std::string_view scanFrame(std::size_t stream, std::string_view data, KeptCommand& command);
   void feed(KeptCommand& command, std::size_t stream, std::string_view data);
   // The tool can't be trusted any more; the command under way, if its frames aren't both
   // ended, fails with `why`.
@@ -93,7 +113,11 @@ private:
   bool retiring_ = false;
   std::optional<std::string> fault_;
   std::chrono::steady_clock::time_point lastUse_;
-  KeptCommand* current_ = nullptr;
+  std::unique_ptr<KeptCommand> current_;
+  std::unique_ptr<KeptCommand> ahead_;
+  // Held by a reader's thread while it feeds a chunk, and while a run takes a command that was
+  // ahead, so that what came before the run and what comes after reach its readers in order.
+  std::array<std::mutex, 2> feeding_;
 
   // Written by the watcher before the tool runs and after it ended; read in between.
   std::optional<std::string> failure_;

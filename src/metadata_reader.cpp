@@ -102,7 +102,7 @@ void MetadataReader::readEach(std::span<const std::string> files,
                               const std::function<void(FileTags&&)>& onFile,
                               const std::function<void(double)>& onProgress) {
   detail::runInOrder<std::vector<FileTags>>(
-      state_->tools, files.size(),
+      state_->tools, true, files.size(),
       [&](std::size_t index) { return state_->makeInput(files[index]); },
       [&](std::size_t index, const ETInput& input, ETOutput&& output) {
         return state_->makeFiles(files[index], input, std::move(output));

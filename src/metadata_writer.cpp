@@ -204,7 +204,7 @@ std::vector<FileWriteResult> MetadataWriter::write(
     }
     // The files before a folder are written first, so the results keep the files' order.
     detail::runInOrder<FileWriteResult>(
-        state_->tools, toWrite.size(),
+        state_->tools, false, toWrite.size(),
         [&](std::size_t k) {
           before[toWrite[k]] = fileState(files[toWrite[k]]);
           return state_->makeInput(arguments, files[toWrite[k]]);

@@ -51,8 +51,12 @@ private:
 // soon as the last one is answered, so the tool never waits for what is made of an answer.
 // Stops early on a cancel (nothing more is delivered) or on a throw of any of them, which comes
 // out of here once every tool has stopped.
+//
+// With `sendsAhead`, each tool gets its next item behind the one it runs, so it never waits
+// for its thread between items. Only for commands that may be repeated: one ahead of a tool
+// that fails or is cancelled is run again on a fresh tool.
 template <class Result>
-void runInOrder(ToolSlots& tools, std::size_t count,
+void runInOrder(ToolSlots& tools, bool sendsAhead, std::size_t count,
                 const std::function<ETInput(std::size_t)>& makeInput,
                 const std::function<Result(std::size_t, const ETInput&, ETOutput&&)>& makeResult,
                 const std::function<void(Result&&)>& deliver,
@@ -81,27 +85,40 @@ void runInOrder(ToolSlots& tools, std::size_t count,
   };
 
   const auto work = [&](ToolSlot& slot) {
+    // The item this tool has been sent ahead, with its input.
+    std::optional<std::pair<std::size_t, ETInput>> ahead;
     for (;;) {
       std::size_t index = 0;
       {
         std::unique_lock lock(mutex);
-        while (!stopping && next < count && next >= delivered + window && !tools.isCancelled()) {
+        while (!ahead && !stopping && next < count && next >= delivered + window &&
+               !tools.isCancelled()) {
           changed.wait_for(lock, recheck);
         }
-        if (stopping || next >= count || tools.isCancelled()) {
+        if (stopping || tools.isCancelled() || (!ahead && next >= count)) {
           return;
         }
-        index = next++;
+        index = ahead ? ahead->first : next++;
       }
       try {
-        ETInput input = makeInput(index);
+        ETInput input = ahead ? std::move(ahead->second) : makeInput(index);
+        ahead.reset();
+        {
+          std::lock_guard lock(mutex);
+          if (sendsAhead && next < count && next < delivered + window) {
+            ahead.emplace(next++, ETInput{});
+          }
+        }
+        if (ahead) {
+          ahead->second = makeInput(ahead->first);
+        }
         // A cancel given after the last look above and before the tool starts stops it here.
         input.onStartHandler = [&tools](ETProcess& process) {
           if (tools.isCancelled()) {
             process.cancel();
           }
         };
-        ETOutput output = slot.run(input);
+        ETOutput output = ahead ? slot.run(input, ahead->second) : slot.run(input);
         {
           std::lock_guard lock(mutex);
           done.emplace(index, std::pair(std::move(input), std::move(output)));

@@ -16,6 +16,8 @@ public:
   ToolSlot() : session_(ETSession::Options{.toolProgress = false}) {}
 
   ETOutput run(const ETInput& input) { return session_.run(input); }
+  // With `next` sent right behind, for the tool to start on as soon as `input` is done.
+  ETOutput run(const ETInput& input, const ETInput& next) { return session_.run(input, next); }
   // Ends the command under way, if any; the next one starts a fresh tool.
   void cancel() { session_.cancel(); }
   // Ends the kept tool, after the command under way.

@@ -167,6 +167,7 @@ TEST(Session, HundredsOfRunsAnswerAsRunsDoWithOneTool) {
       reading({"-j", (folder.path() / "missing.jpg").string()}),
       reading({"-overwrite_original", "-XMP-dc:Title=Same title", "-BogusTag=1", written}),
       reading({"-s3", "-FileName", sample, binary}, true),  // progress on standard output
+      reading({"-echo4", "echoed on standard error", "-ver"}),
   };
   std::vector<std::string> expected;
   for (const auto& input : inputs) {
@@ -175,6 +176,7 @@ TEST(Session, HundredsOfRunsAnswerAsRunsDoWithOneTool) {
   EXPECT_NE(expected[3].find(bytes), std::string::npos);
   EXPECT_NE(expected[4].find("Error: File not found"), std::string::npos);
   EXPECT_NE(expected[5].find("BogusTag"), std::string::npos);
+  EXPECT_NE(expected[7].find("echoed on standard error"), std::string::npos);
 
   ETSession session;
   const auto caller = std::this_thread::get_id();
@@ -193,11 +195,29 @@ TEST(Session, HundredsOfRunsAnswerAsRunsDoWithOneTool) {
         EXPECT_FALSE(process.output().isRunning);
         ++ends;
       };
-      ASSERT_EQ(described(session.run(input)), expected[i]) << "round " << round << ", input " << i;
+      // Every other round each run sends the next input ahead, which the next run then is.
+      const ETOutput output = round % 2 == 1
+                                  ? session.run(input, inputs[(i + 1) % inputs.size()])
+                                  : session.run(input);
+      ASSERT_EQ(described(output), expected[i]) << "round " << round << ", input " << i;
     }
   }
-  EXPECT_EQ(starts, 40 * 7);
-  EXPECT_EQ(ends, 40 * 7);
+  EXPECT_EQ(starts, 40 * inputs.size());
+  EXPECT_EQ(ends, 40 * inputs.size());
+  EXPECT_EQ(session.toolStarts(), 1u);
+}
+
+TEST(Session, ACommandSentAheadButNotRunIsDoneAndItsAnswerDropped) {
+  TemporaryFolder folder;
+  const auto file = lorvane::test::copyOfPlainJpeg(folder.path(), "file.jpg").string();
+  const ETInput titleOf = reading({"-s3", "-XMP-dc:Title", file}, true);
+  const ETInput write = reading({"-overwrite_original", "-XMP-dc:Title=Written ahead", file});
+  ETSession session;
+  session.run(reading({"-ver"}), write);
+  // Not the write: it is done first, and this run gets its own answer only.
+  const ETOutput title = session.run(titleOf);
+  EXPECT_EQ(described(title), described(ETProcess::run(titleOf)));
+  EXPECT_NE(described(title).find("Written ahead"), std::string::npos);
   EXPECT_EQ(session.toolStarts(), 1u);
 }
 

@@ -79,8 +79,7 @@ struct ETSession::Shared {
       return;
     }
     // The last run of a tool sends nothing ahead: the tool leaves after it.
-    const bool lastOnTool =
-        options.maxRunsPerTool > 0 && runsOnTool + 1 >= options.maxRunsPerTool;
+    const bool lastOnTool = options.maxRunsPerTool > 0 && runsOnTool + 1 >= options.maxRunsPerTool;
     const auto failure =
         kept->runCommand(input, run, next && !lastOnTool ? &next->arguments : nullptr);
     ahead.reset();
@@ -166,7 +165,8 @@ ETOutput ETSession::runBefore(const ETInput& input, const ETInput* next) {
     std::lock_guard guard(shared_->currentGuard);
     shared_->current = &process;
   }
-  process.executeWith(input, [&](const ETInput& own, RunState& run) { shared_->talk(own, run, next); });
+  process.executeWith(input,
+                      [&](const ETInput& own, RunState& run) { shared_->talk(own, run, next); });
   {
     std::lock_guard guard(shared_->currentGuard);
     shared_->current = nullptr;

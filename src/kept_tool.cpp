@@ -324,8 +324,7 @@ std::optional<std::string> KeptTool::runCommand(const ETInput& input, RunState& 
   std::optional<std::string> writeFailure;
   // The command ahead may still be on its way when this one is answered; it goes whole.
   const Ending ending = superviseChild(
-      *child_, input_.writeEnd.get(), pending, run, deadline, true, writeFailure,
-      [&](bool exited) {
+      *child_, input_.writeEnd.get(), pending, run, deadline, true, writeFailure, [&](bool exited) {
         return exited || (run.haveStreamsEnded() && pending.empty()) || hasFailed();
       });
 

@@ -59,8 +59,10 @@ public:
   // them as soon as `input` is done instead of waiting for the caller's next run: over many
   // short commands in a row that wait is a few percent of the tool's time. The session's next
   // run should be of `next` (its arguments); when it is another, the tool first finishes `next`
-  // and its answer is dropped. Nothing is sent ahead behind a command with echoes ("-echo3",
-  // "-echo4") or on a tool's last run.
+  // and its answer is dropped; a tool that ends before that run (`close`, idle, replaced)
+  // gets a second to finish `next` and is then stopped, so a write is best not sent ahead.
+  // Nothing is sent ahead behind a command with echoes ("-echo3", "-echo4") or on a tool's
+  // last run.
   ETOutput run(const ETInput& input, const ETInput& next);
 
   // Ends the run under way from any thread, a handler's too, as `ETProcess::cancel` does: the
@@ -98,8 +100,10 @@ public:
   // them as soon as `input` is done instead of waiting for the caller's next run: over many
   // short commands in a row that wait is a few percent of the tool's time. The session's next
   // run should be of `next` (its arguments); when it is another, the tool first finishes `next`
-  // and its answer is dropped. Nothing is sent ahead behind a command with echoes ("-echo3",
-  // "-echo4") or on a tool's last run.
+  // and its answer is dropped; a tool that ends before that run (`close`, idle, replaced)
+  // gets a second to finish `next` and is then stopped, so a write is best not sent ahead.
+  // Nothing is sent ahead behind a command with echoes ("-echo3", "-echo4") or on a tool's
+  // last run.
   ETOutput run(const ETInput& input, const ETInput& next);
 
   // Runs every input, each on the next free session, and gives the outputs in the inputs'

@@ -196,9 +196,8 @@ TEST(Session, HundredsOfRunsAnswerAsRunsDoWithOneTool) {
         ++ends;
       };
       // Every other round each run sends the next input ahead, which the next run then is.
-      const ETOutput output = round % 2 == 1
-                                  ? session.run(input, inputs[(i + 1) % inputs.size()])
-                                  : session.run(input);
+      const ETOutput output = round % 2 == 1 ? session.run(input, inputs[(i + 1) % inputs.size()])
+                                             : session.run(input);
       ASSERT_EQ(described(output), expected[i]) << "round " << round << ", input " << i;
     }
   }

@@ -53,8 +53,8 @@ private:
 // out of here once every tool has stopped.
 //
 // With `sendsAhead`, each tool gets its next item behind the one it runs, so it never waits
-// for its thread between items. Only for commands that may be repeated: one ahead of a tool
-// that fails or is cancelled is run again on a fresh tool.
+// for its thread between items. Only for commands that may be repeated: an item sent ahead to
+// a tool that then fails (a time limit, a crash) is sent again to a fresh one.
 template <class Result>
 void runInOrder(ToolSlots& tools, bool sendsAhead, std::size_t count,
                 const std::function<ETInput(std::size_t)>& makeInput,

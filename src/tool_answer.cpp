@@ -27,15 +27,21 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-TagValue makeValue(const Json& value) {
+// The parsed answer is read once: its strings move into the value instead of being copied.
+std::string takeText(Json& value) {
+  return value.is_string() ? std::move(value.get_ref<std::string&>()) : scalarText(value);
+}
+
+TagValue makeValue(Json& value) {
   TagValue result;
   if (value.is_array()) {
     result.isList = true;
-    for (const auto& element : value) {
-      result.texts.push_back(scalarText(element));
+    result.texts.reserve(value.size());
+    for (auto& element : value) {
+      result.texts.push_back(takeText(element));
     }
   } else {
-    result.texts.push_back(scalarText(value));
+    result.texts.push_back(takeText(value));
   }
   return result;
 }
@@ -54,7 +60,7 @@ std::string catalogueLabel(const TagItem& item, const TagValue& value,
   return texts.label(item, *position);
 }
 
-std::optional<FileTag> makeTag(const std::string& groupedName, const Json& entry,
+std::optional<FileTag> makeTag(const std::string& groupedName, Json& entry,
                                const CatalogueTexts& texts) {
   const auto parts = ToolGroupedName::parse(groupedName);
   if (!parts || !entry.is_object()) {
@@ -86,14 +92,15 @@ std::optional<FileTag> makeTag(const std::string& groupedName, const Json& entry
   }
   // The tool knows which of the catalogue's alternative titles this file's tag has.
   if (tag.item == nullptr || (hasAlternatives(tag.title) && hasDescription)) {
-    tag.title = hasDescription ? description->get<std::string>() : tag.name;
+    tag.title = hasDescription ? takeText(*description) : tag.name;
   }
   return tag;
 }
 
-FileTags makeFile(std::string file, const Json& object, const CatalogueTexts& texts) {
+FileTags makeFile(std::string file, Json& object, const CatalogueTexts& texts) {
   FileTags result{std::move(file), std::nullopt, {}};
-  for (const auto& [groupedName, entry] : object.items()) {
+  result.tags.reserve(object.size());
+  for (auto& [groupedName, entry] : object.items()) {
     if (auto tag = makeTag(groupedName, entry, texts)) {
       if (tag->group == "ExifTool" && tag->name == "Error") {
         result.error = tag->value.joined();
@@ -150,7 +157,7 @@ std::vector<FileTags> makeFileTags(const std::string& given, std::string_view to
     return {{given, messages.empty() ? "not read" : messageAbout(messages, toolPath), {}}};
   }
   std::vector<FileTags> files;
-  for (const auto& object : objects) {
+  for (auto& object : objects) {
     std::string name = given;
     if (const auto source = object.find("SourceFile");
         source != object.end() && source->is_string()) {

@@ -53,28 +53,38 @@ std::size_t numberLength(std::string_view text) {
 std::string quoteNumbers(std::string_view text) {
   std::string result;
   result.reserve(text.size() + text.size() / 8);
-  bool inString = false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
+  std::size_t copied = 0;  // text before this is in `result`
+  std::size_t i = 0;
+  while (i < text.size()) {
     const char c = text[i];
-    if (inString) {
-      result += c;
-      if (c == '\\' && i + 1 < text.size()) {
-        result += text[++i];
-      } else if (c == '"') {
-        inString = false;
+    if (c == '"') {
+      // To the closing quote: the next quote that no backslash escapes.
+      std::size_t end = i + 1;
+      for (;;) {
+        const std::size_t quote = text.find('"', end);
+        const std::size_t escape = text.substr(0, quote).find('\\', end);
+        if (escape == std::string_view::npos) {
+          end = quote;
+          break;
+        }
+        end = escape + 2;
       }
-      continue;
-    }
-    if (c == '-' || isDigit(c)) {
-      if (const std::size_t length = numberLength(text.substr(i)); length > 0) {
-        result.append("\"").append(text.substr(i, length)).append("\"");
-        i += length - 1;
+      i = end == std::string_view::npos ? text.size() : end + 1;
+    } else if (c == '-' || isDigit(c)) {
+      const std::size_t length = numberLength(text.substr(i));
+      if (length == 0) {
+        ++i;
         continue;
       }
+      result.append(text.substr(copied, i - copied)).append("\"");
+      result.append(text.substr(i, length)).append("\"");
+      i += length;
+      copied = i;
+    } else {
+      ++i;
     }
-    inString = c == '"';
-    result += c;
   }
+  result.append(text.substr(std::min(copied, text.size())));
   return result;
 }
 

@@ -53,63 +53,226 @@ std::string catalogueLabel(const TagItem& item, const TagValue& value,
   if (value.isList || value.texts.size() != 1) {
     return {};
   }
-  const auto position = item.index(value.texts.front());
-  if (!position || item.choices()[*position] != value.texts.front()) {
+  const auto choices = item.choices();
+  const auto entry = std::find(choices.begin(), choices.end(), value.texts.front());
+  if (entry == choices.end()) {
     return {};
   }
-  return texts.label(item, *position);
+  return texts.label(item, static_cast<std::size_t>(entry - choices.begin()));
 }
 
-std::optional<FileTag> makeTag(const std::string& groupedName, Json& entry,
-                               const CatalogueTexts& texts) {
-  const auto parts = ToolGroupedName::parse(groupedName);
-  if (!parts || !entry.is_object()) {
-    return std::nullopt;
-  }
+// What the tool wrote of one tag: {"desc": ..., "num": ..., "val": ...}.
+struct TagEntry {
+  ToolGroupedName parts;
+  TagValue value;
+  std::optional<TagValue> raw;
+  std::optional<std::string> description;  // only a text counts
+};
+
+FileTag makeTag(TagEntry&& entry, const CatalogueTexts& texts) {
+  const ToolGroupedName& parts = entry.parts;
   FileTag tag;
-  tag.group = std::string(parts->family0);
-  if (!parts->family1.empty()) {
-    tag.group.append(":").append(parts->family1);
+  tag.group = std::string(parts.family0);
+  if (!parts.family1.empty()) {
+    tag.group.append(":").append(parts.family1);
   }
-  tag.family1 = std::string(parts->family1);
-  tag.name = std::string(parts->tag);
-  tag.item = findToolTag(*parts);
+  tag.family1 = std::string(parts.family1);
+  tag.name = std::string(parts.tag);
+  tag.item = findToolTag(parts);
   tag.section = tag.item != nullptr
                     ? std::string(tag.item->stream().rawValue())
-                    : std::string(toolGroupStream(parts->family0, parts->family1).rawValue());
-  if (const auto value = entry.find("val"); value != entry.end()) {
-    tag.value = makeValue(*value);
-  }
-  const auto raw = entry.find("num");
-  tag.raw = raw != entry.end() ? makeValue(*raw) : tag.value;
-  const auto description = entry.find("desc");
-  const bool hasDescription = description != entry.end() && description->is_string();
+                    : std::string(toolGroupStream(parts.family0, parts.family1).rawValue());
+  tag.value = std::move(entry.value);
+  tag.raw = entry.raw ? std::move(*entry.raw) : tag.value;
   if (tag.item != nullptr) {
     tag.title = texts.title(*tag.item);
-    if (raw == entry.end()) {
+    if (!entry.raw) {
       tag.label = catalogueLabel(*tag.item, tag.value, texts);
     }
   }
   // The tool knows which of the catalogue's alternative titles this file's tag has.
-  if (tag.item == nullptr || (hasAlternatives(tag.title) && hasDescription)) {
-    tag.title = hasDescription ? takeText(*description) : tag.name;
+  if (tag.item == nullptr || (hasAlternatives(tag.title) && entry.description)) {
+    tag.title = entry.description ? std::move(*entry.description) : tag.name;
   }
   return tag;
 }
 
-FileTags makeFile(std::string file, Json& object, const CatalogueTexts& texts) {
-  FileTags result{std::move(file), std::nullopt, {}};
-  result.tags.reserve(object.size());
-  for (auto& [groupedName, entry] : object.items()) {
-    if (auto tag = makeTag(groupedName, entry, texts)) {
-      if (tag->group == "ExifTool" && tag->name == "Error") {
-        result.error = tag->value.joined();
+// A file of the answer, with the path the tool named it by.
+struct ReadFile {
+  FileTags tags;
+  std::string source;
+};
+
+// The tool's answer, [{"SourceFile": ..., "Group:Tag": {"desc", "num", "val"}, ...}, ...], read
+// into tags as it is parsed (nlohmann's SAX interface) instead of through a whole document:
+// most of a document's cost is its objects, whose keys are copied each time one grows, and a
+// file's answer is read as often as files are. Only a tag's value that holds a list or an
+// object is made into JSON on its own. What has another shape is passed over, as it would be
+// in a document: an entry of the list that is no object is a file without tags, a name that
+// is no tool name or whose entry is no object is no tag.
+class AnswerReader {
+public:
+  explicit AnswerReader(const CatalogueTexts& texts) : texts_(texts) {}
+
+  // The files in order; nothing when the answer is no list.
+  std::optional<std::vector<ReadFile>> files;
+  // Why the text is no JSON.
+  std::optional<std::string> error;
+
+  bool null() { return scalar(Json(nullptr)); }
+  bool boolean(bool value) { return scalar(Json(value)); }
+  // Numbers come as texts (withQuotedNumbers); any other is taken as its text all the same.
+  bool number_integer(Json::number_integer_t value) { return scalar(Json(std::to_string(value))); }
+  bool number_unsigned(Json::number_unsigned_t value) {
+    return scalar(Json(std::to_string(value)));
+  }
+  bool number_float(Json::number_float_t, const std::string& text) { return scalar(Json(text)); }
+  bool binary(Json::binary_t&) { return scalar(Json(nullptr)); }
+  bool string(std::string& text) {
+    if (skipped_ > 0 || !building_.empty()) {
+      return scalar(Json(std::move(text)));
+    }
+    if (level_ == Level::file && key_ == "SourceFile") {
+      files->back().source = std::move(text);
+    } else if (level_ == Level::entry && field_ != Field::none) {
+      if (field_ == Field::description) {
+        entry_.description = std::move(text);
+      } else {
+        (field_ == Field::value ? entry_.value : entry_.raw.emplace()) = {{std::move(text)}, false};
       }
-      result.tags.push_back(std::move(*tag));
+    } else if (level_ == Level::files) {
+      files->push_back({});
+    }
+    return true;
+  }
+
+  bool start_object(std::size_t) { return open(Json::object()); }
+  bool start_array(std::size_t) { return open(Json::array()); }
+  bool key(std::string& name) {
+    if (skipped_ > 0) {
+    } else if (!building_.empty()) {
+      building_.back().key = std::move(name);
+    } else if (level_ == Level::file) {
+      key_ = std::move(name);
+    } else if (level_ == Level::entry) {
+      field_ = name == "val"    ? Field::value
+               : name == "num"  ? Field::raw
+               : name == "desc" ? Field::description
+                                : Field::none;
+    }
+    return true;
+  }
+  bool end_object() { return close(); }
+  bool end_array() { return close(); }
+
+  bool parse_error(std::size_t, const std::string&, const nlohmann::json::exception& problem) {
+    error = problem.what();
+    return false;
+  }
+
+private:
+  // Where the parser is: outside everything, in the list of files, in a file, in a tag's entry.
+  enum class Level { top, files, file, entry };
+  enum class Field { none, value, raw, description };
+  // A list or object within a tag's value, made as it comes.
+  struct Building {
+    Json container;
+    std::string key;  // of the next member, in an object
+  };
+
+  // A value that is no text, or any value within a container that is made or passed over.
+  bool scalar(Json value) {
+    if (skipped_ > 0) {
+    } else if (!building_.empty()) {
+      add(std::move(value));
+    } else if (level_ == Level::entry && field_ != Field::none) {
+      take(std::move(value));
+    } else if (level_ == Level::files) {
+      files->push_back({});
+    }
+    return true;
+  }
+
+  bool open(Json container) {
+    const bool isObject = container.is_object();
+    if (skipped_ > 0) {
+      ++skipped_;
+    } else if (!building_.empty() || (level_ == Level::entry && field_ != Field::none)) {
+      building_.push_back({std::move(container), {}});
+    } else if (level_ == Level::top && !isObject) {
+      files.emplace();
+      level_ = Level::files;
+    } else if (level_ == Level::files && isObject) {
+      files->push_back({});
+      level_ = Level::file;
+    } else if (const auto parts = level_ == Level::file && isObject
+                                      ? ToolGroupedName::parse(key_)
+                                      : std::nullopt) {
+      entry_ = {*parts, {}, std::nullopt, std::nullopt};  // views into key_, kept until its end
+      field_ = Field::none;
+      level_ = Level::entry;
+    } else {
+      if (level_ == Level::files) {
+        files->push_back({});
+      }
+      skipped_ = 1;
+    }
+    return true;
+  }
+
+  bool close() {
+    if (skipped_ > 0) {
+      --skipped_;
+    } else if (!building_.empty()) {
+      Json done = std::move(building_.back().container);
+      building_.pop_back();
+      if (building_.empty()) {
+        take(std::move(done));
+      } else {
+        add(std::move(done));
+      }
+    } else if (level_ == Level::entry) {
+      auto tag = makeTag(std::move(entry_), texts_);
+      FileTags& file = files->back().tags;
+      if (tag.group == "ExifTool" && tag.name == "Error") {
+        file.error = tag.value.joined();
+      }
+      file.tags.push_back(std::move(tag));
+      level_ = Level::file;
+    } else if (level_ == Level::file) {
+      level_ = Level::files;
+    } else if (level_ == Level::files) {
+      level_ = Level::top;
+    }
+    return true;
+  }
+
+  void add(Json value) {
+    Building& parent = building_.back();
+    if (parent.container.is_object()) {
+      parent.container[std::move(parent.key)] = std::move(value);
+    } else {
+      parent.container.push_back(std::move(value));
     }
   }
-  return result;
-}
+
+  // A whole value of the entry's field.
+  void take(Json value) {
+    if (field_ == Field::description) {
+      entry_.description = value.is_string() ? std::optional(takeText(value)) : std::nullopt;
+    } else {
+      (field_ == Field::value ? entry_.value : entry_.raw.emplace()) = makeValue(value);
+    }
+  }
+
+  const CatalogueTexts& texts_;
+  Level level_ = Level::top;
+  std::size_t skipped_ = 0;  // containers open within one that is passed over
+  std::vector<Building> building_;
+  std::string key_;  // a file's member being read
+  Field field_ = Field::none;
+  TagEntry entry_;
+};
 
 bool liesIn(std::string_view path, std::string_view folder) {
   return path.size() > folder.size() && path.starts_with(folder) &&
@@ -144,29 +307,24 @@ std::vector<FileTags> makeFileTags(const std::string& given, std::string_view to
                                    const ToolAnswer& answer, const CatalogueTexts& texts) {
   // A line feed in a file name cuts the tool's message about it: its lines join again first.
   const std::string messages = joinedLines(answer.messages);
-  Json objects = Json::array();
-  try {
-    if (answer.json.find_first_not_of(" \t\r\n") != std::string::npos) {
-      objects = parseToolJson(answer.json);
-    }
-  } catch (const nlohmann::json::exception& error) {
-    return {
-        {given, "ExifTool's output is not the JSON expected: " + std::string(error.what()), {}}};
+  AnswerReader reader(texts);
+  if (answer.json.find_first_not_of(" \t\r\n") != std::string::npos) {
+    Json::sax_parse(withQuotedNumbers(answer.json), &reader);
   }
-  if (!objects.is_array() || objects.empty()) {
+  if (reader.error) {
+    return {{given, "ExifTool's output is not the JSON expected: " + *reader.error, {}}};
+  }
+  if (!reader.files || reader.files->empty()) {
     return {{given, messages.empty() ? "not read" : messageAbout(messages, toolPath), {}}};
   }
   std::vector<FileTags> files;
-  for (auto& object : objects) {
-    std::string name = given;
-    if (const auto source = object.find("SourceFile");
-        source != object.end() && source->is_string()) {
-      const auto& path = source->get_ref<const std::string&>();
-      if (liesIn(path, toolPath)) {
-        name.append(path, toolPath.size());
-      }
+  files.reserve(reader.files->size());
+  for (auto& [file, source] : *reader.files) {
+    file.file = given;
+    if (liesIn(source, toolPath)) {
+      file.file.append(source, toolPath.size());
     }
-    files.push_back(makeFile(std::move(name), object, texts));
+    files.push_back(std::move(file));
   }
   // Messages beside a file's JSON say what went wrong with it; beside a folder's files they
   // name the folder.

@@ -47,10 +47,9 @@ std::size_t numberLength(std::string_view text) {
   return at;
 }
 
-// Every number token outside the strings made a string of its own text, so the parser never
-// reads one as a number: a double would lose digits, the sign of "-0" and any value past its
-// range, which the tool prints bare all the same ("1e400" of a text tag).
-std::string quoteNumbers(std::string_view text) {
+}  // namespace
+
+std::string withQuotedNumbers(std::string_view text) {
   std::string result;
   result.reserve(text.size() + text.size() / 8);
   std::size_t copied = 0;  // text before this is in `result`
@@ -88,9 +87,6 @@ std::string quoteNumbers(std::string_view text) {
   return result;
 }
 
-}  // namespace
-
-Json parseToolJson(std::string_view text) { return Json::parse(quoteNumbers(text)); }
 
 std::string scalarText(const Json& value) {
   if (value.is_string()) {

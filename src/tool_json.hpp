@@ -11,11 +11,13 @@
 
 namespace lorvane::detail {
 
-// Throws nlohmann::json::exception when the text is no JSON.
-nlohmann::ordered_json parseToolJson(std::string_view text);
+// The text with every number token outside the strings made a string of its own text, so a
+// parser never reads one as a number: a double would lose digits, the sign of "-0" and any
+// value past its range, which the tool prints bare all the same ("1e400" of a text tag).
+std::string withQuotedNumbers(std::string_view text);
 
 // A scalar as the tool meant it: strings as they stand, numbers in the tool's own notation
-// (after parseToolJson), "true"/"false"; anything else in JSON notation.
+// (after withQuotedNumbers), "true"/"false"; anything else in JSON notation.
 std::string scalarText(const nlohmann::ordered_json& value);
 
 }  // namespace lorvane::detail

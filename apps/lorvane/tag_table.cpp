@@ -88,6 +88,11 @@ std::size_t displayWidth(std::string_view text) {
   const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
   const auto length = static_cast<int32_t>(text.size());
   for (int32_t i = 0; i < length;) {
+    if (bytes[i] < 0x80) {  // every ASCII character is one column wide, controls too
+      ++width;
+      ++i;
+      continue;
+    }
     UChar32 c;
     U8_NEXT(bytes, i, length, c);
     if (c < 0) {
@@ -166,29 +171,32 @@ void printTagTable(std::ostream& out, const FileTags& file, TableStyle style) {
     }
   }
 
-  // A file name may hold a line feed, and the header stays one line.
-  out << "== " << escapeControls(file.file, LineFeeds::escaped) << "\n";
+  // A file name may hold a line feed, and the header stays one line. The table goes out in one
+  // write: a stream's many small insertions cost more than the table's making.
+  std::string text = "== " + escapeControls(file.file, LineFeeds::escaped) + "\n";
   const std::string continuation(2 + titleWidth + 2, ' ');
   for (std::size_t s = 0; s < sections.size(); ++s) {
-    out << sections[s].name << "\n";
+    text.append(sections[s].name).append("\n");
     for (std::size_t t = 0; t < sections[s].tags.size(); ++t) {
       const Row row = makeRow(*sections[s].tags[t]);
       const auto& title = titles[s][t];
-      out << "  " << title << std::string(titleWidth - displayWidth(title) + 2, ' ');
+      text.append("  ").append(title).append(titleWidth - displayWidth(title) + 2, ' ');
       for (std::size_t l = 0; l < row.lines.size(); ++l) {
-        out << (l == 0 ? "" : continuation) << row.lines[l]
-            << (l + 1 < row.lines.size() ? "\n" : "");
+        text.append(l == 0 ? "" : continuation)
+            .append(row.lines[l])
+            .append(l + 1 < row.lines.size() ? "\n" : "");
       }
       if (!row.raw.empty()) {
         if (style.dimsRawValues) {
-          out << "  \x1b[2m" << row.raw << "\x1b[22m";
+          text.append("  \x1b[2m").append(row.raw).append("\x1b[22m");
         } else {
-          out << "  [" << row.raw << "]";
+          text.append("  [").append(row.raw).append("]");
         }
       }
-      out << "\n";
+      text.append("\n");
     }
   }
+  out << text;
 }
 
 }  // namespace lorvane::app

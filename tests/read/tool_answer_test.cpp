@@ -4,12 +4,9 @@
 #include <lorvane/lorvane.hpp>
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-
 #include <stdexcept>
 
 #include "tool_answer.hpp"
-#include "tool_json.hpp"
 
 namespace {
 
@@ -32,28 +29,55 @@ const FileTag& tagNamed(const FileTags& file, std::string_view group, std::strin
 }
 
 TEST(ToolJson, NumbersKeepTheToolsText) {
-  const auto object = parseToolJson(
-      R"([{"a": 0.02414, "b": 5.00000, "c": -0, "d": [1e5, -0.0, 12345678901234, 1e400],)"
-      R"( "e": -1E-400, "f": true}])")[0];
-  for (const auto& [value, text] : std::vector<std::pair<nlohmann::ordered_json, std::string>>{
-           {object["a"], "0.02414"},
-           {object["b"], "5.00000"},
-           {object["c"], "-0"},
-           {object["d"][0], "1e5"},
-           {object["d"][1], "-0.0"},
-           {object["d"][2], "12345678901234"},
-           {object["d"][3], "1e400"},  // beyond a double, as the tool prints a text tag "1e400"
-           {object["e"], "-1E-400"},
-           {object["f"], "true"}}) {
-    EXPECT_EQ(scalarText(value), text);
+  const auto file = fileOf(
+      R"([{"X:A": {"val": 0.02414}, "X:B": {"val": 5.00000}, "X:C": {"val": -0},)"
+      R"( "X:D": {"val": [1e5, -0.0, 12345678901234, 1e400]}, "X:E": {"val": -1E-400, "num": true},)"
+      R"( "X:F": {"val": {"k": "v"}}, "X:G": {"val": null}}])");
+  const std::vector<std::pair<std::string, TagValue>> expected = {
+      {"A", {{"0.02414"}, false}},
+      {"B", {{"5.00000"}, false}},
+      {"C", {{"-0"}, false}},
+      // 1e400 lies beyond a double, as the tool prints a text tag "1e400".
+      {"D", {{"1e5", "-0.0", "12345678901234", "1e400"}, true}},
+      {"E", {{"-1E-400"}, false}},
+      {"F", {{R"({"k":"v"})"}, false}},  // a value with members stays JSON
+      {"G", {{"null"}, false}}};
+  for (const auto& [name, value] : expected) {
+    EXPECT_EQ(tagNamed(file, "X", name).value, value) << name;
   }
-  for (const char* broken : {"[{\"a\": 1", "[01]", "[1.]", "[-]", "[1.2.3]", "[1e]"}) {
-    EXPECT_THROW(parseToolJson(broken), nlohmann::json::exception) << broken;
-  }
+  EXPECT_EQ(tagNamed(file, "X", "E").raw.joined(), "true");
+
   // A whole answer that is no JSON is that file's error, never a throw.
-  const auto broken = makeFileTags("a.jpg", "a.jpg", {"[{\"a\": 1", {}}, english);
-  ASSERT_EQ(broken.size(), 1u);
-  EXPECT_TRUE(broken[0].error);
+  for (const char* broken : {"[{\"a\": 1", "[01]", "[1.]", "[-]", "[1.2.3]", "[1e]"}) {
+    const auto read = makeFileTags("a.jpg", "a.jpg", {broken, {}}, english);
+    ASSERT_EQ(read.size(), 1u) << broken;
+    EXPECT_TRUE(read[0].error && read[0].error->starts_with("ExifTool's output is not the JSON"))
+        << broken;
+  }
+}
+
+// What isn't shaped as the tool's answer is passed over, never taken for a tag.
+TEST(ToolJson, OtherShapesAreNoTags) {
+  const auto read = makeFileTags(
+      "folder", "folder",
+      {R"([{"SourceFile": "folder/a.jpg", "X:Bare": "text", "NoGroup": {"val": "x"},)"
+       R"( "X:List": [1], "X:Kept": {"val": "y", "other": {"deep": [1, {"a": 2}]}}},)"
+       R"( "text", [1, 2], {"SourceFile": "elsewhere/b.jpg"}])",
+       {}},
+      english);
+  ASSERT_EQ(read.size(), 4u);
+  EXPECT_EQ(read[0].file, "folder/a.jpg");
+  ASSERT_EQ(read[0].tags.size(), 1u);
+  EXPECT_EQ(read[0].tags[0].value.joined(), "y");
+  for (std::size_t i = 1; i < read.size(); ++i) {
+    EXPECT_EQ(read[i].file, "folder");  // no path within the folder given: the folder's name
+    EXPECT_TRUE(read[i].tags.empty());
+  }
+  for (const char* other : {"{}", "\"text\"", "[]", "  "}) {
+    const auto none = makeFileTags("a.jpg", "a.jpg", {other, {}}, english);
+    ASSERT_EQ(none.size(), 1u);
+    EXPECT_EQ(none[0].error, "not read") << other;
+  }
 }
 
 TEST(FileTags, ValuesTitlesAndLabelsFollowTheToolWhereItSpoke) {

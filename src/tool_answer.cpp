@@ -150,7 +150,9 @@ public:
   bool start_array(std::size_t) { return open(Json::array()); }
   bool key(std::string& name) {
     if (skipped_ > 0) {
-    } else if (!building_.empty()) {
+      return true;
+    }
+    if (!building_.empty()) {
       building_.back().key = std::move(name);
     } else if (level_ == Level::file) {
       key_ = std::move(name);
@@ -183,7 +185,9 @@ private:
   // A value that is no text, or any value within a container that is made or passed over.
   bool scalar(Json value) {
     if (skipped_ > 0) {
-    } else if (!building_.empty()) {
+      return true;
+    }
+    if (!building_.empty()) {
       add(std::move(value));
     } else if (level_ == Level::entry && field_ != Field::none) {
       take(std::move(value));

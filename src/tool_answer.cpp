@@ -209,9 +209,8 @@ private:
     } else if (level_ == Level::files && isObject) {
       files->push_back({});
       level_ = Level::file;
-    } else if (const auto parts = level_ == Level::file && isObject
-                                      ? ToolGroupedName::parse(key_)
-                                      : std::nullopt) {
+    } else if (const auto parts = level_ == Level::file && isObject ? ToolGroupedName::parse(key_)
+                                                                    : std::nullopt) {
       entry_ = {*parts, {}, std::nullopt, std::nullopt};  // views into key_, kept until its end
       field_ = Field::none;
       level_ = Level::entry;

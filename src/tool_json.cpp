@@ -87,7 +87,6 @@ std::string withQuotedNumbers(std::string_view text) {
   return result;
 }
 
-
 std::string scalarText(const Json& value) {
   if (value.is_string()) {
     return value.get<std::string>();

@@ -58,13 +58,13 @@ TEST(ToolJson, NumbersKeepTheToolsText) {
 
 // What isn't shaped as the tool's answer is passed over, never taken for a tag.
 TEST(ToolJson, OtherShapesAreNoTags) {
-  const auto read = makeFileTags(
-      "folder", "folder",
-      {R"([{"SourceFile": "folder/a.jpg", "X:Bare": "text", "NoGroup": {"val": "x"},)"
-       R"( "X:List": [1], "X:Kept": {"val": "y", "other": {"deep": [1, {"a": 2}]}}},)"
-       R"( "text", [1, 2], {"SourceFile": "elsewhere/b.jpg"}])",
-       {}},
-      english);
+  const auto read =
+      makeFileTags("folder", "folder",
+                   {R"([{"SourceFile": "folder/a.jpg", "X:Bare": "text", "NoGroup": {"val": "x"},)"
+                    R"( "X:List": [1], "X:Kept": {"val": "y", "other": {"deep": [1, {"a": 2}]}}},)"
+                    R"( "text", [1, 2], {"SourceFile": "elsewhere/b.jpg"}])",
+                    {}},
+                   english);
   ASSERT_EQ(read.size(), 4u);
   EXPECT_EQ(read[0].file, "folder/a.jpg");
   ASSERT_EQ(read[0].tags.size(), 1u);

@@ -4,13 +4,13 @@
 //
 //   lorvane-bench-file_tags [FILE] [--benchmark_repetitions=5]
 //
-// FILE (default the sample picture) is read once by `exiftool -j -l -G0:1` for the answer.
+// FILE (default the sample picture) is read once, with the reader's arguments, for the answer.
 
 #include <benchmark/benchmark.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <string>
+
+#include <lorvane/lorvane.hpp>
 
 #include "catalogue_texts.hpp"
 #include "tool_answer.hpp"
@@ -20,19 +20,16 @@ namespace {
 using namespace lorvane;
 
 std::string toolJson(const std::string& file) {
-  const std::string command = "exiftool -j -l -G0:1 '" + file + "'";
-  std::FILE* pipe = ::popen(command.c_str(), "r");
-  if (pipe == nullptr) {
-    std::perror("popen");
-    std::exit(1);
-  }
-  std::string json;
-  char buffer[1 << 16];
-  for (std::size_t got; (got = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) {
-    json.append(buffer, got);
-  }
-  ::pclose(pipe);
-  return json;
+  ETInput input;
+  input.addArguments([&](ETInput::ArgumentsMaker& maker) {
+    maker.additional = {"-json", "-long", "-G0:1"};
+    maker.enableSeparator = false;
+    maker.extractsBinaries = false;
+    maker.sourcePath = file;
+  });
+  const ETOutput output = ETProcess::run(input);
+  output.throwIfErrors();
+  return output.decodeOutData().value_or("");
 }
 
 std::string file = LORVANE_SOURCE_DIR "/tests/data/sample.jpg";

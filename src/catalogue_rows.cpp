@@ -115,9 +115,4 @@ const TagItem* CatalogueIndex::find(std::string_view stream, std::string_view ke
   return tags != nullptr ? tags->find(key) : nullptr;
 }
 
-TagStringTable CatalogueIndex::table(std::string_view stream, ETLanguage language) {
-  const StreamTags* tags = tagsOf(stream);
-  return tags != nullptr ? tags->table(language) : TagStringTable();
-}
-
 }  // namespace lorvane::detail

@@ -163,12 +163,10 @@ public:
   // The item of this stream and key (bytes compared), built if need be; nothing when there is
   // none. A binary search over the stream names, then over the stream's keys.
   const TagItem* find(std::string_view stream, std::string_view key);
-  // The texts of a stream with tags in one language; the empty table for any other stream.
-  TagStringTable table(std::string_view stream, ETLanguage language);
-
-private:
+  // The tags of a stream (bytes compared); nothing for a stream without tags.
   StreamTags* tagsOf(std::string_view stream);
 
+private:
   std::span<const std::string_view> names_;
   std::span<const std::uint8_t> makers_;
   std::span<Lazy<TagStream>> streams_;

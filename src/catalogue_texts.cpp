@@ -1,22 +1,27 @@
 #include "catalogue_texts.hpp"
 
-#include <optional>
-
 #include "catalogue_rows.hpp"
 
 namespace lorvane::detail {
 
-TagStrings CatalogueTexts::stringsOf(const TagItem& item) const {
-  const std::string& stream = item.stream().rawValue();
-  std::optional<TagStringTable> local;
-  if (language_ != ETLanguage::english) {
-    local = catalogueIndex.table(stream, language_);
+std::string CatalogueTexts::localize(const TagItem& item,
+                                     std::initializer_list<std::string_view> parts) const {
+  std::string id = TagStrings::makeID(parts);
+  if (const StreamTags* tags = catalogueIndex.tagsOf(item.stream().rawValue())) {
+    if (language_ != ETLanguage::english) {
+      if (const auto text = tags->table(language_).find(id)) {
+        return std::string(*text);
+      }
+    }
+    if (const auto text = tags->table(ETLanguage::english).find(id)) {
+      return std::string(*text);
+    }
   }
-  return TagStrings(local, catalogueIndex.table(stream, ETLanguage::english));
+  return id;
 }
 
 std::string CatalogueTexts::title(const TagItem& item) const {
-  return stringsOf(item).localize({item.stream().rawValue(), item.key().rawValue()});
+  return localize(item, {item.stream().rawValue(), item.key().rawValue()});
 }
 
 std::string CatalogueTexts::label(const TagItem& item, std::size_t position) const {
@@ -24,8 +29,7 @@ std::string CatalogueTexts::label(const TagItem& item, std::size_t position) con
   if (position >= choices.size()) {
     return {};
   }
-  return stringsOf(item).localize(
-      {item.stream().rawValue(), item.key().rawValue(), choices[position]});
+  return localize(item, {item.stream().rawValue(), item.key().rawValue(), choices[position]});
 }
 
 }  // namespace lorvane::detail

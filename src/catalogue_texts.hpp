@@ -4,7 +4,9 @@
 // whatever language the process itself has: items localise into the user's language only.
 
 #include <cstddef>
+#include <initializer_list>
 #include <string>
+#include <string_view>
 
 #include <lorvane/et_language.hpp>
 #include <lorvane/tag_item.hpp>
@@ -21,7 +23,9 @@ public:
   std::string label(const TagItem& item, std::size_t position) const;
 
 private:
-  TagStrings stringsOf(const TagItem& item) const;
+  // The text of the parts' id, from the user's table of the item's stream, else from the English
+  // one, else the id itself: what TagStrings::localize gives, without making a TagStrings.
+  std::string localize(const TagItem& item, std::initializer_list<std::string_view> parts) const;
 
   ETLanguage language_;
 };

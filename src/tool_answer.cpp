@@ -7,6 +7,7 @@
 #include <lorvane/tool_groups.hpp>
 
 #include "alternatives.hpp"
+#include "tool_group_streams.hpp"
 #include "tool_json.hpp"
 
 namespace lorvane {
@@ -69,7 +70,7 @@ struct TagEntry {
   std::optional<std::string> description;  // only a text counts
 };
 
-FileTag makeTag(TagEntry&& entry, const CatalogueTexts& texts) {
+FileTag makeTag(TagEntry&& entry, const ToolGroupStreams& streams, const CatalogueTexts& texts) {
   const ToolGroupedName& parts = entry.parts;
   FileTag tag;
   tag.group = std::string(parts.family0);
@@ -78,7 +79,7 @@ FileTag makeTag(TagEntry&& entry, const CatalogueTexts& texts) {
   }
   tag.family1 = std::string(parts.family1);
   tag.name = std::string(parts.tag);
-  tag.item = findToolTag(parts);
+  tag.item = streams.find(parts.tag);
   tag.section = tag.item != nullptr
                     ? std::string(tag.item->stream().rawValue())
                     : std::string(toolGroupStream(parts.family0, parts.family1).rawValue());
@@ -235,7 +236,8 @@ private:
         add(std::move(done));
       }
     } else if (level_ == Level::entry) {
-      auto tag = makeTag(std::move(entry_), texts_);
+      const ToolGroupStreams& streams = streamsOf(entry_.parts);
+      auto tag = makeTag(std::move(entry_), streams, texts_);
       FileTags& file = files->back().tags;
       if (tag.group == "ExifTool" && tag.name == "Error") {
         file.error = tag.value.joined();
@@ -248,6 +250,16 @@ private:
       level_ = Level::top;
     }
     return true;
+  }
+
+  // The catalogue streams of the tag's groups, looked for again only when they change.
+  const ToolGroupStreams& streamsOf(const ToolGroupedName& parts) {
+    if (!streams_ || parts.family0 != family0_ || parts.family1 != family1_) {
+      family0_ = parts.family0;
+      family1_ = parts.family1;
+      streams_.emplace(family0_, family1_);
+    }
+    return *streams_;
   }
 
   void add(Json value) {
@@ -275,6 +287,9 @@ private:
   std::string key_;  // a file's member being read
   Field field_ = Field::none;
   TagEntry entry_;
+  std::string family0_;
+  std::string family1_;
+  std::optional<ToolGroupStreams> streams_;
 };
 
 bool liesIn(std::string_view path, std::string_view folder) {

@@ -1,5 +1,10 @@
 #include <lorvane/tool_groups.hpp>
 
+#include <lorvane/canonical_text.hpp>
+
+#include "ascii_text.hpp"
+#include "tool_group_streams.hpp"
+
 namespace lorvane {
 
 std::optional<ToolGroupedName> ToolGroupedName::parse(std::string_view groupedName) {
@@ -37,16 +42,7 @@ std::optional<TagName> toolTagName(std::string_view groupedName) {
 }
 
 const TagItem* findToolTag(const ToolGroupedName& name) {
-  const TagKey key(name.tag);
-  if (!name.family1.empty() && name.family1 != name.family0) {
-    if (const TagItem* item = TagItem::find(TagName(TagStream(name.family1), key))) {
-      return item;
-    }
-  }
-  if (name.family0 == "MakerNotes") {
-    return nullptr;
-  }
-  return TagItem::find(TagName(TagStream(name.family0), key));
+  return detail::ToolGroupStreams(name.family0, name.family1).find(name.tag);
 }
 
 const TagItem* findToolTag(std::string_view groupedName) {
@@ -54,4 +50,37 @@ const TagItem* findToolTag(std::string_view groupedName) {
   return name ? findToolTag(*name) : nullptr;
 }
 
+namespace detail {
+namespace {
+
+// The catalogue's names are ASCII, hence in NFC: a name in any other form is looked up once it
+// is in NFC too, as TagItem::find does.
+template <class Lookup>
+auto inCanonicalForm(std::string_view name, Lookup lookup) {
+  return isAscii(name) ? lookup(name) : lookup(canonicalForm(name));
+}
+
+StreamTags* catalogueStream(std::string_view stream) {
+  return inCanonicalForm(stream, [](std::string_view name) { return catalogueIndex.tagsOf(name); });
+}
+
+}  // namespace
+
+ToolGroupStreams::ToolGroupStreams(std::string_view family0, std::string_view family1) {
+  if (!family1.empty() && family1 != family0) {
+    specific_ = catalogueStream(family1);
+  }
+  if (family0 != "MakerNotes") {
+    general_ = catalogueStream(family0);
+  }
+}
+
+const TagItem* ToolGroupStreams::find(std::string_view key) const {
+  return inCanonicalForm(key, [this](std::string_view name) {
+    const TagItem* item = specific_ != nullptr ? specific_->find(name) : nullptr;
+    return item != nullptr || general_ == nullptr ? item : general_->find(name);
+  });
+}
+
+}  // namespace detail
 }  // namespace lorvane

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <map>
 #include <ostream>
 #include <vector>
 
@@ -24,27 +23,14 @@ std::string shortened(std::string text) {
 }
 
 struct Row {
-  std::string title;
-  std::vector<std::string> lines;  // the value, cut at its line feeds
-  std::string raw;                 // empty when the raw value says nothing more
+  std::string value;  // with its line feeds
+  std::string raw;    // on one line; empty when the raw value says nothing more
 };
-
-std::vector<std::string> splitLines(const std::string& text) {
-  std::vector<std::string> lines;
-  std::size_t start = 0;
-  for (std::size_t end; (end = text.find('\n', start)) != std::string::npos; start = end + 1) {
-    lines.push_back(text.substr(start, end - start));
-  }
-  lines.push_back(text.substr(start));
-  return lines;
-}
 
 Row makeRow(const FileTag& tag) {
   Row row;
-  const std::string value = tag.value.joined();
-  row.lines = splitLines(escapeControls(shortened(tag.label.empty() ? value : tag.label)));
+  row.value = escapeControls(shortened(tag.label.empty() ? tag.value.joined() : tag.label));
   if (tag.raw != tag.value || !tag.label.empty()) {
-    // The raw value stays on one line: its line feeds show as escapes.
     row.raw = escapeControls(shortened(tag.raw.joined()), LineFeeds::escaped);
   }
   return row;
@@ -58,25 +44,24 @@ struct Section {
 // Titles that stand twice in a section get the tool's family-1 group (IFD0 / IFD1), or its tag
 // name where the groups are the same too.
 std::vector<std::string> distinctTitles(const std::vector<const FileTag*>& tags) {
-  std::map<std::string_view, int> uses;
-  for (const FileTag* tag : tags) {
-    ++uses[tag->title];
-  }
-  std::map<std::pair<std::string_view, std::string_view>, int> usesInGroup;
-  for (const FileTag* tag : tags) {
-    ++usesInGroup[{tag->title, tag->family1}];
-  }
+  const auto byTitle = [](const FileTag* a, const FileTag* b) { return a->title < b->title; };
+  std::vector<const FileTag*> sorted = tags;
+  std::sort(sorted.begin(), sorted.end(), byTitle);
   std::vector<std::string> titles;
+  titles.reserve(tags.size());
   for (const FileTag* tag : tags) {
-    std::string title = tag->title;
-    if (uses[tag->title] > 1) {
+    std::string shown = tag->title;
+    const auto [first, last] = std::equal_range(sorted.begin(), sorted.end(), tag, byTitle);
+    if (last - first > 1) {
       std::string telling = tag->family1;
-      if (telling.empty() || usesInGroup[{tag->title, tag->family1}] > 1) {
+      if (telling.empty() || std::count_if(first, last, [&](const FileTag* other) {
+                               return other->family1 == tag->family1;
+                             }) > 1) {
         telling.append(telling.empty() ? "" : " ").append(tag->name);
       }
-      title.append(" (").append(telling).append(")");
+      shown.append(" (").append(telling).append(")");
     }
-    titles.push_back(escapeControls(title));
+    titles.push_back(escapeControls(shown));
   }
   return titles;
 }
@@ -111,9 +96,18 @@ std::size_t displayWidth(std::string_view text) {
 }
 
 std::string escapeControls(std::string_view text, LineFeeds lineFeeds) {
+  // Printable ASCII, nearly all of a value, goes over in runs.
+  const auto isPlain = [](char c) { return c >= 0x20 && c < 0x7F; };
   std::string result;
   result.reserve(text.size());
   for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto run =
+        std::find_if_not(text.begin() + static_cast<std::ptrdiff_t>(i), text.end(), isPlain);
+    const auto runEnd = static_cast<std::size_t>(run - text.begin());
+    result.append(text.substr(i, runEnd - i));
+    if ((i = runEnd) == text.size()) {
+      break;
+    }
     const auto byte = static_cast<unsigned char>(text[i]);
     char escape[8];
     if (byte == '\t') {
@@ -122,11 +116,9 @@ std::string escapeControls(std::string_view text, LineFeeds lineFeeds) {
       result += lineFeeds == LineFeeds::kept ? "\n" : "\\n";
     } else if (byte == '\r') {
       result += "\\r";
-    } else if (byte < 0x20 || byte == 0x7F) {
+    } else if (byte < 0x80) {
       std::snprintf(escape, sizeof escape, "\\x%02X", byte);
       result += escape;
-    } else if (byte < 0x80) {
-      result += text[i];
     } else {
       // ICU counts in 32-bit offsets: a window of one character at most.
       const auto window = static_cast<std::int32_t>(std::min<std::size_t>(text.size() - i, 4));
@@ -181,11 +173,13 @@ void printTagTable(std::ostream& out, const FileTags& file, TableStyle style) {
       const Row row = makeRow(*sections[s].tags[t]);
       const auto& title = titles[s][t];
       text.append("  ").append(title).append(titleWidth - displayWidth(title) + 2, ' ');
-      for (std::size_t l = 0; l < row.lines.size(); ++l) {
-        text.append(l == 0 ? "" : continuation)
-            .append(row.lines[l])
-            .append(l + 1 < row.lines.size() ? "\n" : "");
+      // The lines of a value after its first stand under it.
+      std::size_t start = 0;
+      for (std::size_t end; (end = row.value.find('\n', start)) != std::string::npos;
+           start = end + 1) {
+        text.append(row.value, start, end + 1 - start).append(continuation);
       }
+      text.append(row.value, start);
       if (!row.raw.empty()) {
         if (style.dimsRawValues) {
           text.append("  \x1b[2m").append(row.raw).append("\x1b[22m");

@@ -150,6 +150,10 @@ def camera_jpeg(path, make, model, notes, *tags):
 
 
 def main():
+    # An option is no folder: "--help" once became a folder of samples beside the sources.
+    if len(sys.argv) > 1 and sys.argv[1].startswith("-"):
+        print(__doc__.strip())
+        sys.exit(0 if sys.argv[1] in ("-h", "--help") else 2)
     folder = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else ROOT / "build" / "varied-files")
     folder.mkdir(parents=True, exist_ok=True)
     for old in folder.iterdir():

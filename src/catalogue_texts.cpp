@@ -1,23 +1,23 @@
 #include "catalogue_texts.hpp"
 
+#include <optional>
+
 #include "catalogue_rows.hpp"
 
 namespace lorvane::detail {
 
 std::string CatalogueTexts::localize(const TagItem& item,
                                      std::initializer_list<std::string_view> parts) const {
-  std::string id = TagStrings::makeID(parts);
-  if (const StreamTags* tags = catalogueIndex.tagsOf(item.stream().rawValue())) {
-    if (language_ != ETLanguage::english) {
-      if (const auto text = tags->table(language_).find(id)) {
-        return std::string(*text);
-      }
-    }
-    if (const auto text = tags->table(ETLanguage::english).find(id)) {
-      return std::string(*text);
-    }
+  // The stream is looked for once, for both of its tables.
+  const StreamTags* tags = catalogueIndex.tagsOf(item.stream().rawValue());
+  const auto table = [&](ETLanguage language) {
+    return tags != nullptr ? tags->table(language) : TagStringTable();
+  };
+  std::optional<TagStringTable> local;
+  if (language_ != ETLanguage::english) {
+    local = table(language_);
   }
-  return id;
+  return TagStrings(local, table(ETLanguage::english)).localize(parts);
 }
 
 std::string CatalogueTexts::title(const TagItem& item) const {

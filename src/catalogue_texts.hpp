@@ -23,8 +23,8 @@ public:
   std::string label(const TagItem& item, std::size_t position) const;
 
 private:
-  // The text of the parts' id, from the user's table of the item's stream, else from the English
-  // one, else the id itself: what TagStrings::localize gives, without making a TagStrings.
+  // TagStrings::localize of the parts with the user's table of the item's stream and the English
+  // one.
   std::string localize(const TagItem& item, std::initializer_list<std::string_view> parts) const;
 
   ETLanguage language_;

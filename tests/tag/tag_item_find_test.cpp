@@ -47,7 +47,8 @@ TEST(FindingTags, ByToolGroupsInTheStreamThatHasTheTag) {
       {"QuickTime:Canon:CanonModelID", "Canon"},     // Canon tags in a CR3's boxes
       {"APP0:CanonRaw:CanonModelID", "CanonRaw"},    // CIFF inside a JPEG
       {"QuickTime:Track1:ImageWidth", "QuickTime"},  // a family-1 group that is no stream
-      {"EXIF:IFD0:Orientation", "EXIF"}};            // nor one with tags
+      {"EXIF:IFD0:Orientation", "EXIF"},             // nor one with tags
+      {"IPTC:\u212Aeywords", "IPTC"}};               // a Kelvin sign is a "K" here too
   for (const auto& [groupedName, stream] : cases) {
     const TagItem* item = findToolTag(groupedName);
     ASSERT_NE(item, nullptr) << groupedName;

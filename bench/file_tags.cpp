@@ -12,8 +12,8 @@
 
 #include <lorvane/lorvane.hpp>
 
-#include "catalogue_texts.hpp"
-#include "tool_answer.hpp"
+#include "catalogue/catalogue_texts.hpp"
+#include "read/tool_answer.hpp"
 
 namespace {
 

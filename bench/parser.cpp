@@ -9,7 +9,7 @@
 #include <span>
 #include <string>
 
-#include "et_parser_pipe.hpp"
+#include "run/et_parser_pipe.hpp"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <lorvane/lorvane.hpp>
 
-#include "tag_item_maker.hpp"
+#include "catalogue/tag_item_maker.hpp"
 
 #include <benchmark/benchmark.h>
 

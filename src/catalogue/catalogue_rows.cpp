@@ -1,8 +1,8 @@
-#include "catalogue_rows.hpp"
+#include "catalogue/catalogue_rows.hpp"
 
 #include <algorithm>
 
-#include "tag_item_maker.hpp"
+#include "catalogue/tag_item_maker.hpp"
 
 namespace lorvane::detail {
 

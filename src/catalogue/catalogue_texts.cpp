@@ -1,8 +1,8 @@
-#include "catalogue_texts.hpp"
+#include "catalogue/catalogue_texts.hpp"
 
 #include <optional>
 
-#include "catalogue_rows.hpp"
+#include "catalogue/catalogue_rows.hpp"
 
 namespace lorvane::detail {
 

@@ -1,7 +1,7 @@
 #include <lorvane/canonical_text.hpp>
 #include <lorvane/tag_item.hpp>
 
-#include "catalogue_rows.hpp"
+#include "catalogue/catalogue_rows.hpp"
 
 namespace lorvane {
 

@@ -4,7 +4,7 @@
 
 #include <lorvane/tag_item.hpp>
 
-#include "catalogue_rows.hpp"
+#include "catalogue/catalogue_rows.hpp"
 
 namespace lorvane::detail {
 

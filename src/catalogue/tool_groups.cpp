@@ -2,8 +2,8 @@
 
 #include <lorvane/canonical_text.hpp>
 
-#include "ascii_text.hpp"
-#include "tool_group_streams.hpp"
+#include "text/ascii_text.hpp"
+#include "catalogue/tool_group_streams.hpp"
 
 namespace lorvane {
 

@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "environment.hpp"
+#include "platform/environment.hpp"
 #include "platform/small_file.hpp"
-#include "resource_folder.hpp"
+#include "input/resource_folder.hpp"
 
 // ETLanguage::local(): the library's "Localizable" resources hold one small file per
 // localisation (Localizable/de.strings, zh_CN.strings, ...) with the line

@@ -2,8 +2,8 @@
 
 #include <lorvane/canonical_text.hpp>
 
-#include "ascii_text.hpp"
-#include "utf8.hpp"
+#include "text/ascii_text.hpp"
+#include "text/utf8.hpp"
 
 #include <unicode/locid.h>
 #include <unicode/unistr.h>

@@ -3,8 +3,8 @@
 #include <optional>
 #include <system_error>
 
-#include "environment.hpp"
-#include "resource_folder.hpp"
+#include "platform/environment.hpp"
+#include "input/resource_folder.hpp"
 
 namespace lorvane {
 namespace {

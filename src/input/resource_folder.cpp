@@ -1,9 +1,9 @@
-#include "resource_folder.hpp"
+#include "input/resource_folder.hpp"
 
 #include <optional>
 #include <string_view>
 
-#include "environment.hpp"
+#include "platform/environment.hpp"
 #include "platform/library_location.hpp"
 
 namespace lorvane {

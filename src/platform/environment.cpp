@@ -1,4 +1,4 @@
-#include "environment.hpp"
+#include "platform/environment.hpp"
 
 #include <cstdlib>
 

@@ -6,9 +6,9 @@
 #include <lorvane/arguments_maker.hpp>
 #include <lorvane/text.hpp>
 
-#include "catalogue_texts.hpp"
-#include "ordered_runs.hpp"
-#include "tool_answer.hpp"
+#include "catalogue/catalogue_texts.hpp"
+#include "read/ordered_runs.hpp"
+#include "read/tool_answer.hpp"
 
 namespace lorvane {
 namespace detail {

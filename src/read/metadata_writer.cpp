@@ -10,8 +10,8 @@
 #include <lorvane/et_settings.hpp>
 #include <lorvane/text.hpp>
 
-#include "ordered_runs.hpp"
-#include "tool_answer.hpp"
+#include "read/ordered_runs.hpp"
+#include "read/tool_answer.hpp"
 
 namespace lorvane {
 namespace {

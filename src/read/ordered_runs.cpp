@@ -1,4 +1,4 @@
-#include "ordered_runs.hpp"
+#include "read/ordered_runs.hpp"
 
 namespace lorvane::detail {
 

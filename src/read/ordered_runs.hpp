@@ -24,7 +24,7 @@
 #include <lorvane/et_output.hpp>
 #include <lorvane/et_process.hpp>
 
-#include "tool_slot.hpp"
+#include "read/tool_slot.hpp"
 
 namespace lorvane::detail {
 

@@ -9,8 +9,8 @@
 
 #include <lorvane/tag_name.hpp>
 
-#include "alternatives.hpp"
-#include "catalogue_texts.hpp"
+#include "catalogue/alternatives.hpp"
+#include "catalogue/catalogue_texts.hpp"
 
 namespace lorvane {
 namespace {

@@ -1,4 +1,4 @@
-#include "tool_answer.hpp"
+#include "read/tool_answer.hpp"
 
 #include <algorithm>
 #include <optional>
@@ -6,9 +6,9 @@
 #include <lorvane/text.hpp>
 #include <lorvane/tool_groups.hpp>
 
-#include "alternatives.hpp"
-#include "tool_group_streams.hpp"
-#include "tool_json.hpp"
+#include "catalogue/alternatives.hpp"
+#include "catalogue/tool_group_streams.hpp"
+#include "read/tool_json.hpp"
 
 namespace lorvane {
 

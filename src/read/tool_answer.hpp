@@ -9,7 +9,7 @@
 
 #include <lorvane/file_tags.hpp>
 
-#include "catalogue_texts.hpp"
+#include "catalogue/catalogue_texts.hpp"
 
 namespace lorvane::detail {
 

@@ -1,4 +1,4 @@
-#include "tool_json.hpp"
+#include "read/tool_json.hpp"
 
 #include <string>
 

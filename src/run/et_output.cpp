@@ -2,7 +2,7 @@
 #include <lorvane/et_output.hpp>
 #include <lorvane/text.hpp>
 
-#include "utf8.hpp"
+#include "text/utf8.hpp"
 
 namespace lorvane {
 

@@ -1,4 +1,4 @@
-#include "et_parser_pipe.hpp"
+#include "run/et_parser_pipe.hpp"
 
 #include <unicode/regex.h>
 #include <unicode/unistr.h>
@@ -11,7 +11,7 @@
 
 #include <lorvane/text.hpp>
 
-#include "utf8.hpp"
+#include "text/utf8.hpp"
 
 namespace lorvane {
 namespace {

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "et_pipe.hpp"
+#include "run/et_pipe.hpp"
 
 namespace lorvane {
 

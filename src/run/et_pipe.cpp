@@ -1,10 +1,10 @@
-#include "et_pipe.hpp"
+#include "run/et_pipe.hpp"
 
 #include <algorithm>
 #include <exception>
 #include <string>
 
-#include "et_parser_pipe.hpp"
+#include "run/et_parser_pipe.hpp"
 #include "platform/memory.hpp"
 
 namespace lorvane {

@@ -5,13 +5,13 @@
 #include <span>
 #include <string>
 
-#include "et_pipe.hpp"
+#include "run/et_pipe.hpp"
 #include "platform/child_process.hpp"
 #include "platform/pipe.hpp"
 #include "platform/wait.hpp"
-#include "run_state.hpp"
-#include "tool_batch.hpp"
-#include "tool_child.hpp"
+#include "run/run_state.hpp"
+#include "run/tool_batch.hpp"
+#include "run/tool_child.hpp"
 
 namespace lorvane {
 namespace {

@@ -7,9 +7,9 @@
 #include <optional>
 #include <utility>
 
-#include "kept_tool.hpp"
-#include "run_state.hpp"
-#include "tool_batch.hpp"
+#include "run/kept_tool.hpp"
+#include "run/run_state.hpp"
+#include "run/tool_batch.hpp"
 
 namespace lorvane {
 

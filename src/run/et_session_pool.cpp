@@ -5,7 +5,7 @@
 #include <mutex>
 #include <thread>
 
-#include "run_each.hpp"
+#include "run/run_each.hpp"
 
 namespace lorvane {
 

@@ -1,4 +1,4 @@
-#include "kept_tool.hpp"
+#include "run/kept_tool.hpp"
 
 #include <algorithm>
 #include <cctype>
@@ -7,9 +7,9 @@
 #include <random>
 #include <vector>
 
-#include "et_pipe.hpp"
-#include "tool_batch.hpp"
-#include "tool_child.hpp"
+#include "run/et_pipe.hpp"
+#include "run/tool_batch.hpp"
+#include "run/tool_child.hpp"
 
 namespace lorvane {
 

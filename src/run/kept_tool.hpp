@@ -19,7 +19,7 @@
 #include "platform/pipe.hpp"
 #include "platform/stream_reader.hpp"
 #include "platform/wait.hpp"
-#include "run_state.hpp"
+#include "run/run_state.hpp"
 
 namespace lorvane {
 

@@ -1,4 +1,4 @@
-#include "run_state.hpp"
+#include "run/run_state.hpp"
 
 #include <exception>
 

@@ -1,4 +1,4 @@
-#include "tool_batch.hpp"
+#include "run/tool_batch.hpp"
 
 #include <string_view>
 

@@ -1,4 +1,4 @@
-#include "tool_child.hpp"
+#include "run/tool_child.hpp"
 
 #include <lorvane/et_settings.hpp>
 

@@ -10,7 +10,7 @@
 
 #include "platform/child_process.hpp"
 #include "platform/wait.hpp"
-#include "run_state.hpp"
+#include "run/run_state.hpp"
 
 namespace lorvane {
 

@@ -2,7 +2,7 @@
 
 #include <cassert>
 
-#include "ascii_text.hpp"
+#include "text/ascii_text.hpp"
 
 namespace lorvane {
 namespace {

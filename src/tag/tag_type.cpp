@@ -1,6 +1,6 @@
 #include <lorvane/tag_type.hpp>
 
-#include "ascii_text.hpp"
+#include "text/ascii_text.hpp"
 
 #include <unicode/locid.h>
 #include <unicode/unistr.h>

@@ -1,7 +1,7 @@
 #include <lorvane/canonical_text.hpp>
 
-#include "ascii_text.hpp"
-#include "utf8.hpp"
+#include "text/ascii_text.hpp"
+#include "text/utf8.hpp"
 
 #include <unicode/bytestream.h>
 #include <unicode/normalizer2.h>

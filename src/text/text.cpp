@@ -2,7 +2,7 @@
 
 #include <unicode/uchar.h>
 
-#include "utf8.hpp"
+#include "text/utf8.hpp"
 
 namespace lorvane {
 namespace {

@@ -10,7 +10,7 @@
 
 #include "tag_table.hpp"
 #include "tags_command.hpp"
-#include "tool_answer.hpp"
+#include "read/tool_answer.hpp"
 
 namespace {
 

@@ -22,10 +22,10 @@
 #include <lorvane/et_output.hpp>
 #include <lorvane/text.hpp>
 
-#include "et_parser_pipe.hpp"
+#include "run/et_parser_pipe.hpp"
 #include "fuzz_check.hpp"
-#include "run_state.hpp"
-#include "utf8.hpp"
+#include "run/run_state.hpp"
+#include "text/utf8.hpp"
 
 namespace {
 

@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "fuzz_check.hpp"
-#include "tool_batch.hpp"
+#include "run/tool_batch.hpp"
 
 namespace {
 

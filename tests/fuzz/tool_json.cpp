@@ -16,10 +16,10 @@
 
 #include <lorvane/file_tags.hpp>
 
-#include "catalogue_texts.hpp"
+#include "catalogue/catalogue_texts.hpp"
 #include "fuzz_check.hpp"
-#include "tool_answer.hpp"
-#include "utf8.hpp"
+#include "read/tool_answer.hpp"
+#include "text/utf8.hpp"
 
 namespace {
 

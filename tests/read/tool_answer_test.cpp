@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <stdexcept>
 
-#include "tool_answer.hpp"
+#include "read/tool_answer.hpp"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // The message parser fed with chunks of our choosing, which a real pipe can't guarantee.
-#include "et_parser_pipe.hpp"
+#include "run/et_parser_pipe.hpp"
 
 #include <gtest/gtest.h>
 

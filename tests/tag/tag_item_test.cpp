@@ -1,6 +1,6 @@
 #include <lorvane/lorvane.hpp>
 
-#include "tag_item_maker.hpp"
+#include "catalogue/tag_item_maker.hpp"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@ constant rows and the named constants' definitions.
 
 Each source holds a group of whole streams, in catalogue order, sized so that the sources
 compile in similar time. All strings of a source stand once in one character array; rows
-refer to them by offset and size (see src/catalogue_rows.hpp for why).
+refer to them by offset and size (see src/catalogue/catalogue_rows.hpp for why).
 """
 import unicodedata
 from pathlib import Path
@@ -180,7 +180,7 @@ def group_source(streams, part_of, list_part_of):
         f"// {GENERATED_NOTE}",
         *[f"// {line.strip()}" for line in _wrapped(["The streams"] + names, 90, "")],
         "",
-        '#include "catalogue_rows.hpp"',
+        '#include "catalogue/catalogue_rows.hpp"',
         "",
         "namespace lorvane {",
         "namespace {",
@@ -218,7 +218,7 @@ def index_source(catalogue):
         "// The index of the catalogue: its streams, their tags, and the texts of the streams that",
         "// have no tags.",
         "",
-        '#include "catalogue_rows.hpp"',
+        '#include "catalogue/catalogue_rows.hpp"',
         "",
         "namespace lorvane {",
         "namespace detail {",
@@ -422,15 +422,15 @@ def render_catalogue(catalogue):
         "include/lorvane/generated/tag_item_catalogue.hpp": item_header(catalogue),
         "include/lorvane/generated/tag_stream_catalogue.hpp": stream_header(catalogue),
         "include/lorvane/generated/tag_strings_catalogue.hpp": strings_header(catalogue),
-        "src/generated/stream_index.cpp": index_source(catalogue),
+        "src/catalogue/generated/stream_index.cpp": index_source(catalogue),
     }
     part_of, list_part_of = item_part_of(catalogue)
     for number, streams in enumerate(group_streams(catalogue.streams), start=1):
-        files[f"src/generated/streams_{number:02d}.cpp"] = group_source(streams, part_of, list_part_of)
+        files[f"src/catalogue/generated/streams_{number:02d}.cpp"] = group_source(streams, part_of, list_part_of)
     return files
 
 
-GENERATED_FOLDERS = ["src/generated"]
+GENERATED_FOLDERS = ["src/catalogue/generated"]
 
 
 def stale_files(files, root):

@@ -8,7 +8,7 @@
 
 Reads data/catalogue/ (rows.json, exiftool-12.70-listx.xml.xz, stated-totals.json), merges
 and checks the catalogue (one line per check; a failed check stops it), then writes
-src/generated/*.cpp and include/lorvane/generated/*.hpp. Standard library only.
+src/catalogue/generated/*.cpp and include/lorvane/generated/*.hpp. Standard library only.
 """
 import argparse
 import json

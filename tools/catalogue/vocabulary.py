@@ -1,6 +1,6 @@
 """The catalogue's vocabulary, each fact once: its languages, its flags, the C++ names of its
 value types and the rule that makes identifiers of stream and key names. The C++ side has
-each of them once too (ETLanguage, detail::TagFlag in src/catalogue_rows.hpp, TagType,
+each of them once too (ETLanguage, detail::TagFlag in src/catalogue/catalogue_rows.hpp, TagType,
 TagStream and TagKey's safeValue()); the generated sources only name them.
 """
 from dataclasses import dataclass

@@ -2,7 +2,7 @@
 // The index of the catalogue: its streams, their tags, and the texts of the streams that
 // have no tags.
 
-#include "catalogue_rows.hpp"
+#include "catalogue/catalogue_rows.hpp"
 
 namespace lorvane {
 namespace detail {

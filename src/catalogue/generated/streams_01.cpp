@@ -2,7 +2,7 @@
 // The streams AFCP, AIFF, APE, APP0, APP1, APP11, APP12, APP13, APP14, APP15, APP2, APP3,
 // APP4, APP5, APP6, APP7, APP8, APP9, ASF, AdobeDNG, Apple, Audible, Canon.
 
-#include "catalogue_rows.hpp"
+#include "catalogue/catalogue_rows.hpp"
 
 namespace lorvane {
 namespace {

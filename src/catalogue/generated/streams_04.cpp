@@ -2,7 +2,7 @@
 // The streams DJI, DNG, DV, DjVu, Ducky, EXE, EXIF, FITS, FLAC, FLIR, File, Flash, FlashPix,
 // Font, FotoStation.
 
-#include "catalogue_rows.hpp"
+#include "catalogue/catalogue_rows.hpp"
 
 namespace lorvane {
 namespace {

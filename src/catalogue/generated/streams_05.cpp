@@ -2,7 +2,7 @@
 // The streams FujiFilm, GE, GIF, GIMP, GeoTiff, GoPro, H264, HP, HTML, ICC_Profile, ID3,
 // IPTC, ISO, ITC, JFIF, JPEG, JSON.
 
-#include "catalogue_rows.hpp"
+#include "catalogue/catalogue_rows.hpp"
 
 namespace lorvane {
 namespace {

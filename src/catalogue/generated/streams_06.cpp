@@ -2,7 +2,7 @@
 // The streams JUMBF, JVC, Jpeg2000, Kodak, KyoceraRaw, LNK, Leaf, Leica, Lytro, M2TS, MIE,
 // MIFF, MISB, MNG, MOI, MPC, MPEG, MPF, MXF.
 
-#include "catalogue_rows.hpp"
+#include "catalogue/catalogue_rows.hpp"
 
 namespace lorvane {
 namespace {

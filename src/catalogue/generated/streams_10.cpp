@@ -2,7 +2,7 @@
 // The streams Olympus, OpenEXR, Opus, PDF, PICT, PLIST, PNG, PSP, Palm, Panasonic,
 // PanasonicRaw, Parrot.
 
-#include "catalogue_rows.hpp"
+#include "catalogue/catalogue_rows.hpp"
 
 namespace lorvane {
 namespace {

@@ -2,7 +2,7 @@
 // The streams RTF, Radiance, Rawzor, Real, Reconyx, Red, Ricoh, SR2, SRF#, SVG, Samsung,
 // Sanyo, Sigma, SigmaRaw.
 
-#include "catalogue_rows.hpp"
+#include "catalogue/catalogue_rows.hpp"
 
 namespace lorvane {
 namespace {

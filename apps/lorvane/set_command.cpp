@@ -5,6 +5,7 @@
 
 #include <lorvane/metadata_writer.hpp>
 #include <lorvane/tag_assignment.hpp>
+#include <lorvane/tag_item.hpp>
 
 #include "interruption.hpp"
 #include "tag_table.hpp"

@@ -13,6 +13,7 @@
 #include <lorvane/et_output.hpp>
 #include <lorvane/et_process.hpp>
 #include <lorvane/metadata_reader.hpp>
+#include <lorvane/tag_item.hpp>
 #include <lorvane/text.hpp>
 
 #include "interruption.hpp"

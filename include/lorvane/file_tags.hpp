@@ -9,9 +9,11 @@
 #include <string>
 #include <vector>
 
-#include <lorvane/tag_item.hpp>
-
 namespace lorvane {
+
+// Only pointed to here: its header pulls in the whole generated catalogue, which a unit that
+// only reads or writes files needn't compile.
+class TagItem;
 
 // A value as text: one text, or the elements of a list.
 struct TagValue {

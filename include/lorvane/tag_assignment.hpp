@@ -14,9 +14,11 @@
 #include <vector>
 
 #include <lorvane/et_language.hpp>
-#include <lorvane/tag_item.hpp>
-
 namespace lorvane {
+
+// Only pointed to here: its header pulls in the whole generated catalogue, which a unit that
+// only reads or writes files needn't compile.
+class TagItem;
 
 // One tag to write: its values (raw values of the tool) or, with none, its deletion.
 struct TagAssignment {

@@ -55,6 +55,15 @@ Json fileJson(const FileTags& file) {
          {"title", tag.title},
          {"value", valueJson(tag.value)},
          {"raw", valueJson(tag.raw)}});
+    if (!tag.origin.empty()) {
+      tags.back()["origin"] = tag.origin;
+    }
+  }
+  if (!file.sidecars.empty()) {
+    object["sidecars"] = file.sidecars;
+  }
+  if (!file.warnings.empty()) {
+    object["warnings"] = file.warnings;
   }
   return object;
 }
@@ -180,13 +189,14 @@ int runShow(const ShowRequest& request, std::ostream& out, std::ostream& err) {
   if (request.printsJson) {
     out << "[";
   }
-  MetadataReader reader(
-      {.language = request.language, .jobs = request.jobs, .timeout = request.timeout});
+  MetadataReader reader({.language = request.language,
+                         .jobs = request.jobs,
+                         .timeout = request.timeout,
+                         .sidecars = request.readsSidecars ? SidecarPolicy::merge
+                                                           : SidecarPolicy::ignore});
   // The files read before a signal are printed whole, the array closed; no more come.
   const interruption::CancelRegistration cancelOnSignal([&reader] { reader.cancel(); });
-  reader.readEach(
-      request.files,
-      [&](FileTags&& file) {
+  const auto print = [&](FileTags&& file) {
         clearProgress();
         if (request.printsJson) {
           // As one dump of the whole array would indent it.
@@ -205,13 +215,21 @@ int runShow(const ShowRequest& request, std::ostream& out, std::ostream& err) {
         }
         isFirst = false;
         out.flush();
+        for (const auto& warning : file.warnings) {
+          err << "lorvane: " << escapeControls(file.file, LineFeeds::escaped) << ": "
+              << escapeControls(warning, LineFeeds::escaped) << "\n";
+        }
         if (file.error) {
           err << "lorvane: " << escapeControls(file.file, LineFeeds::escaped) << ": " << *file.error
               << "\n";
           status = 1;
         }
-      },
-      drawing);
+  };
+  if (request.standardInput) {
+    print(reader.readBytes(*request.standardInput, request.nameHint));
+  } else {
+    reader.readEach(request.files, print, drawing);
+  }
   clearProgress();
   if (request.printsJson) {
     out << (isFirst ? "]\n" : "\n]\n");

@@ -81,8 +81,7 @@ std::string sentence(const AssignmentRefusal& refusal) {
 // it was not written.
 int report(std::ostream& out, std::ostream& err, const std::string& what,
            FileWriteResult::Outcome outcome, const std::vector<std::string>& messages,
-           const std::string& movedTo, const std::optional<std::string>& original,
-           bool created) {
+           const std::string& movedTo, const std::optional<std::string>& original, bool created) {
   using Outcome = FileWriteResult::Outcome;
   switch (outcome) {
     case Outcome::updated:
@@ -94,8 +93,7 @@ int report(std::ostream& out, std::ostream& err, const std::string& what,
         out << ", moved to " << movedTo;
       }
       if (original) {
-        out << " (the original is kept as " << escapeControls(*original, LineFeeds::escaped)
-            << ")";
+        out << " (the original is kept as " << escapeControls(*original, LineFeeds::escaped) << ")";
       }
       out << "\n";
       return 0;
@@ -133,24 +131,23 @@ int runSet(const SetRequest& request, std::ostream& out, std::ostream& err) {
   // The files written before a signal are reported; the others are left as they were.
   const interruption::CancelRegistration cancelOnSignal([&writer] { writer.cancel(); });
   int status = 0;
-  writer.write(std::get<std::vector<TagAssignment>>(checked), request.files,
-               [&](const FileWriteResult& result) {
-                 const std::string file = escapeControls(result.file, LineFeeds::escaped);
-                 if (request.target != WriteTarget::sidecar || !result.sidecar) {
-                   status = std::max(status, report(out, err, file, result.outcome,
-                                                     result.messages, result.movedTo,
-                                                     result.original, false));
-                 }
-                 if (result.sidecar) {
-                   const auto& sidecar = *result.sidecar;
-                   status = std::max(
-                       status, report(out, err,
-                                      file + ": sidecar " +
-                                          escapeControls(sidecar.path, LineFeeds::escaped),
-                                      sidecar.outcome, sidecar.messages, {}, sidecar.original,
-                                      sidecar.created));
-                 }
-               });
+  writer.write(
+      std::get<std::vector<TagAssignment>>(checked), request.files,
+      [&](const FileWriteResult& result) {
+        const std::string file = escapeControls(result.file, LineFeeds::escaped);
+        if (request.target != WriteTarget::sidecar || !result.sidecar) {
+          status = std::max(status, report(out, err, file, result.outcome, result.messages,
+                                           result.movedTo, result.original, false));
+        }
+        if (result.sidecar) {
+          const auto& sidecar = *result.sidecar;
+          status = std::max(
+              status,
+              report(out, err,
+                     file + ": sidecar " + escapeControls(sidecar.path, LineFeeds::escaped),
+                     sidecar.outcome, sidecar.messages, {}, sidecar.original, sidecar.created));
+        }
+      });
   return status;
 }
 

@@ -72,7 +72,7 @@ public:
     // they are, EXIF and IPTC ones to the catalogue's XMP counterpart (a file is refused when
     // one has none); a missing sidecar is first made from the file's own metadata.
     WriteTarget target = WriteTarget::file;
-    std::size_t jobs = 1;             // tools side by side; 0: one per hardware thread
+    std::size_t jobs = 1;  // tools side by side; 0: one per hardware thread
     // Longest time the tool may take over one file; zero: no limit.
     std::chrono::milliseconds timeout{60'000};
   };
@@ -83,9 +83,9 @@ public:
   MetadataWriter(const MetadataWriter&) = delete;
   MetadataWriter& operator=(const MetadataWriter&) = delete;
 
-  // Writes every assignment to each file (or its sidecar); onFile (if any) gets each result in the files' order
-  // as soon as it and those before it are known, on the caller's thread. A folder is refused
-  // (name its files). After cancel() the files not yet written are left out of the result.
+  // Writes every assignment to each file (or its sidecar); onFile (if any) gets each result in the
+  // files' order as soon as it and those before it are known, on the caller's thread. A folder is
+  // refused (name its files). After cancel() the files not yet written are left out of the result.
   std::vector<FileWriteResult> write(
       std::span<const TagAssignment> assignments, std::span<const std::string> files,
       const std::function<void(const FileWriteResult&)>& onFile = {});

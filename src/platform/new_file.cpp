@@ -24,7 +24,8 @@ bool copyBytes(int from, int to) {
     }
     ssize_t written = 0;
     while (written < count) {
-      const ssize_t step = ::write(to, buffer.data() + written, static_cast<std::size_t>(count - written));
+      const ssize_t step =
+          ::write(to, buffer.data() + written, static_cast<std::size_t>(count - written));
       if (step < 0 && errno == EINTR) {
         continue;
       }
@@ -50,8 +51,8 @@ NewCopy copyToNewFile(const std::string& from, const std::string& to) {
     return errno == EEXIST ? NewCopy::exists : NewCopy::failed;
   }
   const struct timespec times[2] = {status.st_atim, status.st_mtim};
-  if (!copyBytes(source.get(), target.get()) || ::fchmod(target.get(), status.st_mode & 07777) != 0 ||
-      ::futimens(target.get(), times) != 0) {
+  if (!copyBytes(source.get(), target.get()) ||
+      ::fchmod(target.get(), status.st_mode & 07777) != 0 || ::futimens(target.get(), times) != 0) {
     target.close();
     ::unlink(to.c_str());
     return NewCopy::failed;

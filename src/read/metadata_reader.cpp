@@ -67,8 +67,8 @@ struct MetadataReader::State {
     return input;
   }
 
-  std::vector<FileTags> makeFiles(const std::string& file, const ETInput& input,
-                                  ETOutput&& output, bool sidecars) const {
+  std::vector<FileTags> makeFiles(const std::string& file, const ETInput& input, ETOutput&& output,
+                                  bool sidecars) const {
     detail::ToolAnswer answer{output.decodeOutData().value_or(""), detail::toolMessages(output)};
     for (const auto& message : answer.messages) {
       if (message.starts_with(detail::timeLimitLine)) {

@@ -71,8 +71,8 @@ struct Preparation {
   bool hadOriginal = false;
   bool hadTemporary = false;
   std::optional<FileState> before;
-  std::optional<std::string> backup;       // made in the backup folder
-  std::optional<std::string> refusal;      // why the file must not be written
+  std::optional<std::string> backup;   // made in the backup folder
+  std::optional<std::string> refusal;  // why the file must not be written
 };
 
 FileWriteResult makeFileResult(const std::string& file, Outcome outcome,
@@ -107,8 +107,8 @@ struct MetadataWriter::State {
     if (policy != BackupPolicy::folder || !preparation.before) {
       return preparation;  // a missing file: the tool says so
     }
-    const std::string name = std::filesystem::path(file).filename().string() +
-                             std::string(originalSuffix);
+    const std::string name =
+        std::filesystem::path(file).filename().string() + std::string(originalSuffix);
     for (int number = 1; number < 100'000; ++number) {
       const std::string backup =
           (options.backupFolder / (number == 1 ? name : name + "_" + std::to_string(number)))
@@ -293,16 +293,15 @@ struct MetadataWriter::State {
       sidecar.created = true;
     }
     // A sidecar made just now has nothing to keep.
-    FileWriteResult written = writeOne(tool, arguments, sidecar.path,
-                                       sidecar.created ? BackupPolicy::none : backups);
-    if (sidecar.created && (written.outcome == Outcome::refused ||
-                            written.outcome == Outcome::failed)) {
+    FileWriteResult written =
+        writeOne(tool, arguments, sidecar.path, sidecar.created ? BackupPolicy::none : backups);
+    if (sidecar.created &&
+        (written.outcome == Outcome::refused || written.outcome == Outcome::failed)) {
       std::filesystem::remove(sidecar.path);
       sidecar.created = false;
     }
-    sidecar.outcome = sidecar.created && written.outcome == Outcome::unchanged
-                          ? Outcome::updated
-                          : written.outcome;
+    sidecar.outcome = sidecar.created && written.outcome == Outcome::unchanged ? Outcome::updated
+                                                                               : written.outcome;
     sidecar.messages = std::move(written.messages);
     sidecar.original = std::move(written.original);
     return sidecar;

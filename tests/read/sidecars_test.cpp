@@ -27,8 +27,8 @@ using lorvane::test::TemporaryFolder;
 using Outcome = FileWriteResult::Outcome;
 
 void makeSidecar(const fs::path& path, const std::string& title) {
-  test::outsideToolOutput("exiftool", {"-q", "-o", path.string(), "-XMP-dc:Title=" + title,
-                                       "-XMP-xmp:Label=" + title});
+  test::outsideToolOutput(
+      "exiftool", {"-q", "-o", path.string(), "-XMP-dc:Title=" + title, "-XMP-xmp:Label=" + title});
 }
 
 // Each XMP-dc:Title of the file with where it came from, in order.
@@ -144,8 +144,8 @@ TEST(Sidecars, WritingToTheSidecarMakesItFromTheFileAndMapsEXIFAndIPTCToXMP) {
 
   // A tag without an XMP counterpart refuses the file: nothing is written anywhere.
   const std::string sidecarBefore = fileContents(sidecar);
-  const auto offset = checkAssignments(std::vector<std::string>{"EXIF:OffsetTime=+01:00"},
-                                       ETLanguage::english);
+  const auto offset =
+      checkAssignments(std::vector<std::string>{"EXIF:OffsetTime=+01:00"}, ETLanguage::english);
   results = toSidecar.write(std::get<std::vector<TagAssignment>>(offset), files);
   ASSERT_EQ(results.size(), 1u);
   EXPECT_EQ(results[0].outcome, Outcome::refused);
@@ -156,8 +156,8 @@ TEST(Sidecars, WritingToTheSidecarMakesItFromTheFileAndMapsEXIFAndIPTCToXMP) {
 
   // Both: the file and the sidecar that is there, each with its own result.
   MetadataWriter toBoth({.backups = BackupPolicy::none, .target = WriteTarget::both});
-  const auto title = checkAssignments(std::vector<std::string>{"XMP:Title=Both"},
-                                      ETLanguage::english);
+  const auto title =
+      checkAssignments(std::vector<std::string>{"XMP:Title=Both"}, ETLanguage::english);
   results = toBoth.write(std::get<std::vector<TagAssignment>>(title), files);
   ASSERT_EQ(results.size(), 1u);
   EXPECT_EQ(results[0].outcome, Outcome::updated);

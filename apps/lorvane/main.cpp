@@ -12,7 +12,6 @@
 
 #include <cstring>
 
-#include <algorithm>
 #include <cctype>
 #include <charconv>
 #include <chrono>
@@ -62,8 +61,8 @@ constexpr const char* usageStart =
     "       --null  names in --files-from end with a NUL character (find -print0)\n"
     "       --sidecars  each file's XMP sidecars (FILE.xmp, then the name with .xmp for\n"
     "               its extension) with it; their tags stand before the file's own\n"
-    "       -      the bytes of standard input; --name HINT names them (its extension\n"
-    "               tells ExifTool the format)\n"
+    "       -      alone: the bytes of standard input; --name HINT names them (its\n"
+    "               extension tells ExifTool the format)\n"
     "set    writes tags, file by file on one ExifTool, after checking every assignment\n"
     "       against the catalogue (nothing is written if one fails). NAME is a catalogue\n"
     "       name (EXIF:Orientation), VALUE a raw value or a label in the chosen language;\n"
@@ -280,8 +279,8 @@ int show(Arguments& arguments) {
         return true;
       },
       [&](const std::string& word) { request.files.push_back(word); });
-  const bool readsInput = std::find(request.files.begin(), request.files.end(), "-") !=
-                          request.files.end();
+  // "-" alone; among other files, or named by --files-from, it is the file of that name.
+  const bool readsInput = request.files.size() == 1 && request.files.front() == "-" && !filesFrom;
   if (request.printsJson && request.printsJsonLines) {
     throw UsageError("--json and --json-lines exclude each other");
   }
@@ -295,9 +294,6 @@ int show(Arguments& arguments) {
   }
   if (request.files.empty()) {
     throw UsageError(filesFrom ? "no file named in --files-from" : "no file given");
-  }
-  if (readsInput && (request.files.size() > 1 || filesFrom)) {
-    throw UsageError("'-' (standard input) is the only file of its command");
   }
   if (readsInput && request.printsToolJson) {
     throw UsageError("--raw reads files, not standard input");

@@ -229,7 +229,6 @@ TEST(ShowProgram, ReadsStandardInputUnderAHintAndSidecarsWithTheirFile) {
   const auto merged = lorvane({"show", "--sidecars", file.string()});
   EXPECT_EQ(merged.status, 0) << merged.err;
   EXPECT_NE(merged.out.find("Title [photo.jpg.xmp]"), std::string::npos) << merged.out;
-  EXPECT_EQ(lorvane({"show", "-", sample()}).status, 2);
   EXPECT_EQ(lorvane({"show", "--name", "x.jpg", sample()}).status, 2);
 }
 

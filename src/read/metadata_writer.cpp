@@ -113,10 +113,13 @@ struct MetadataWriter::State {
       const std::string backup =
           (options.backupFolder / (number == 1 ? name : name + "_" + std::to_string(number)))
               .string();
-      switch (platform::copyToNewFile(file, backup)) {
-        case platform::NewCopy::made: preparation.backup = backup; return preparation;
-        case platform::NewCopy::exists: continue;
-        case platform::NewCopy::failed: number = 100'000; break;
+      const platform::NewCopy copy = platform::copyToNewFile(file, backup);
+      if (copy == platform::NewCopy::made) {
+        preparation.backup = backup;
+        return preparation;
+      }
+      if (copy == platform::NewCopy::failed) {
+        break;
       }
     }
     preparation.refusal = "no backup of it could be made in " + options.backupFolder.string();

@@ -48,8 +48,9 @@ struct MetadataReader::State {
     ETInput input;
     input.addArguments([&](ETInput::ArgumentsMaker& maker) {
       maker.additional = {"-json", "-long", "-G0:1"};
-      if (sidecars) {
-        // Read by the same command, one more small file each.
+      std::error_code error;
+      if (sidecars && !std::filesystem::is_directory(file, error)) {
+        // Read by the same command, one more small file each; a folder's come with its files.
         for (const auto& sidecar : detail::existingSidecars(file)) {
           maker.additional.push_back(ETInput::ArgumentsMaker::sourceArgument(sidecar));
         }

@@ -100,6 +100,12 @@ TEST(Sidecars, AFolderGivesItsFilesWithTheirSidecarsAndNoSidecarOnItsOwn) {
   makeSidecar(folder.path() / "a.jpg.xmp", "for a");
   makeSidecar(folder.path() / "b.xmp", "for b");
   makeSidecar(folder.path() / "lone.xmp", "no file of its own");
+  // Named as a sidecar of the folder would be: a folder has none.
+  makeSidecar(folder.path().string() + ".xmp", "beside the folder");
+  const struct Removal {
+    std::string path;
+    ~Removal() { fs::remove(path); }
+  } removal{folder.path().string() + ".xmp"};
   MetadataReader reader({.jobs = 1, .sidecars = SidecarPolicy::merge});
   std::set<std::string> names;
   reader.readEach(std::vector<std::string>{folder.path().string()}, [&](FileTags&& file) {

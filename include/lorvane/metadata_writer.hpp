@@ -49,7 +49,8 @@ struct FileWriteResult {
   // (the tool leaves that one as it is).
   std::optional<std::string> original;
 
-  // What became of the file's XMP sidecar, with WriteTarget::sidecar or both.
+  // What became of the file's XMP sidecar, with WriteTarget::sidecar or both. With sidecar,
+  // `outcome` and `messages` above are the sidecar's too: the file itself is never written.
   struct Sidecar {
     std::string path;
     Outcome outcome = Outcome::failed;
@@ -72,7 +73,8 @@ public:
     // they are, EXIF and IPTC ones to the catalogue's XMP counterpart (a file is refused when
     // one has none); a missing sidecar is first made from the file's own metadata.
     WriteTarget target = WriteTarget::file;
-    std::size_t jobs = 1;  // tools side by side; 0: one per hardware thread
+    // Tools side by side; 0: one per hardware thread. Writes to sidecars take one tool.
+    std::size_t jobs = 1;
     // Longest time the tool may take over one file; zero: no limit.
     std::chrono::milliseconds timeout{60'000};
   };

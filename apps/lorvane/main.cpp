@@ -5,6 +5,7 @@
 //                [--files-from FILE [--null]] FILE...
 //   lorvane set [--lang L] [--overwrite-original] [--timeout SECONDS] NAME=VALUE... -- FILE...
 //   lorvane tags [--lang L] [--choices] [--json] PATTERN...
+//   lorvane extract [--tag NAME | --preview] [--out DIR] [--timeout SECONDS] FILE...
 //   lorvane --version | --help
 
 #include <unistd.h>
@@ -27,6 +28,7 @@
 #include <lorvane/et_language.hpp>
 #include <lorvane/et_settings.hpp>
 
+#include "extract_command.hpp"
 #include "interruption.hpp"
 #include "set_command.hpp"
 #include "show_command.hpp"
@@ -46,6 +48,7 @@ constexpr const char* usageStart =
     "       lorvane set [--lang L] [--overwrite-original] [--timeout SECONDS]\n"
     "                   NAME=VALUE... -- FILE...\n"
     "       lorvane tags [--lang L] [--choices] [--json] PATTERN...\n"
+    "       lorvane extract [--tag NAME | --preview] [--out DIR] [--timeout SECONDS] FILE...\n"
     "       lorvane --version | --help\n"
     "\n"
     "show   every tag ExifTool reads from the files, by stream, with the catalogue's titles;\n"
@@ -64,6 +67,9 @@ constexpr const char* usageStart =
     "tags   looks tags up in the catalogue: a name (EXIF:Orientation), a key in any stream\n"
     "       (Orientation), wildcards (Canon:*Lens*) or words of the title\n"
     "       --choices  every value with its label (always for a single tag)\n"
+    "extract  writes a binary tag of each file (--tag ThumbnailImage) or its largest\n"
+    "       preview (--preview, the default) as DIR/NAME_TAG.jpg (.png, .tif or .bin by\n"
+    "       what it holds); --out DIR (default: the current folder)\n"
     "\n"
     "--timeout SECONDS  longest time for one file (default 60): the file gets an error,\n"
     "           the others go on\n";
@@ -347,6 +353,40 @@ int tags(Arguments& arguments) {
   return app::runTags(request, std::cout, std::cerr);
 }
 
+int extract(Arguments& arguments) {
+  app::ExtractRequest request;
+  bool preview = false;
+  walkCommand(
+      arguments,
+      [&](const std::string& word) {
+        if (word == "--tag") {
+          request.tag = arguments.value(word);
+        } else if (word == "--preview") {
+          preview = true;
+        } else if (word == "--out") {
+          request.folder = arguments.value(word);
+        } else if (word == "--timeout") {
+          request.timeout = timeout(arguments.value(word));
+        } else {
+          return word == "--";
+        }
+        return true;
+      },
+      [&](const std::string& word) { request.files.push_back(word); });
+  if (preview && request.tag) {
+    throw UsageError("--tag and --preview exclude each other");
+  }
+  if (request.files.empty()) {
+    throw UsageError("no file given");
+  }
+  if (const auto missing = missingExifTool()) {
+    std::cerr << "lorvane: " << *missing << "\n";
+    return noExifToolStatus;
+  }
+  app::interruption::watch();  // no thread has started yet
+  return app::runExtract(request, std::cout, std::cerr);
+}
+
 int runCommand(int argc, char** argv) {
   const std::string_view command = argc > 1 ? argv[1] : "";
   try {
@@ -359,6 +399,9 @@ int runCommand(int argc, char** argv) {
     }
     if (command == "tags") {
       return tags(arguments);
+    }
+    if (command == "extract") {
+      return extract(arguments);
     }
     if (command == "--version") {
       if (const auto missing = missingExifTool()) {

@@ -3,7 +3,8 @@
 //
 //   lorvane show [--lang L] [--raw] [--json | --json-lines] [--jobs N] [--timeout SECONDS]
 //                [--files-from FILE [--null]] FILE...
-//   lorvane set [--lang L] [--overwrite-original] [--timeout SECONDS] NAME=VALUE... -- FILE...
+//   lorvane set [--lang L] [--overwrite-original] [--timeout SECONDS] [--capture-time TIME]
+//               [--location LAT,LON[,ALT]] NAME=VALUE... -- FILE...
 //   lorvane tags [--lang L] [--choices] [--json] PATTERN...
 //   lorvane extract [--tag NAME | --preview] [--out DIR] [--timeout SECONDS] FILE...
 //   lorvane --version | --help
@@ -46,6 +47,7 @@ constexpr const char* usageStart =
     "usage: lorvane show [--lang L] [--raw] [--json | --json-lines] [--jobs N]\n"
     "                    [--timeout SECONDS] [--files-from FILE [--null]] FILE...\n"
     "       lorvane set [--lang L] [--overwrite-original] [--timeout SECONDS]\n"
+    "                   [--capture-time TIME] [--location LAT,LON[,ALT]]\n"
     "                   NAME=VALUE... -- FILE...\n"
     "       lorvane tags [--lang L] [--choices] [--json] PATTERN...\n"
     "       lorvane extract [--tag NAME | --preview] [--out DIR] [--timeout SECONDS] FILE...\n"
@@ -64,6 +66,8 @@ constexpr const char* usageStart =
     "       name (EXIF:Orientation), VALUE a raw value or a label in the chosen language;\n"
     "       an empty VALUE deletes the tag; a list tag takes several NAME=VALUE.\n"
     "       Each written FILE keeps its original as FILE_original unless --overwrite-original\n"
+    "       --capture-time 2026-11-01T10:30:00+02:00  EXIF's and XMP's dates, sub-seconds, zone\n"
+    "       --location 48.8584,2.2945[,35]  EXIF's GPS position (south, west, below sea: -)\n"
     "tags   looks tags up in the catalogue: a name (EXIF:Orientation), a key in any stream\n"
     "       (Orientation), wildcards (Canon:*Lens*) or words of the title\n"
     "       --choices  every value with its label (always for a single tag)\n"
@@ -303,6 +307,10 @@ int set(Arguments& arguments) {
           sawSeparator = true;
         } else if (word == "--overwrite-original") {
           request.overwritesOriginal = true;
+        } else if (word == "--capture-time") {
+          request.captureTime = arguments.value(word);
+        } else if (word == "--location") {
+          request.location = arguments.value(word);
         } else if (word == "--timeout") {
           request.timeout = timeout(arguments.value(word));
         } else {
@@ -319,8 +327,8 @@ int set(Arguments& arguments) {
           request.assignments.push_back(word);
         }
       });
-  if (request.assignments.empty()) {
-    throw UsageError("no NAME=VALUE given");
+  if (request.assignments.empty() && !request.captureTime && !request.location) {
+    throw UsageError("no NAME=VALUE, --capture-time or --location given");
   }
   if (request.files.empty()) {
     throw UsageError("no file given (files follow a '--')");

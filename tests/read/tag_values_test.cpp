@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cinttypes>
 #include <cmath>
 #include <cstdio>
@@ -352,6 +353,46 @@ TEST(FileTags, AgreeWithTheToolOverVariedFiles) {
   }
   EXPECT_GE(dates, 20u);
   EXPECT_GE(places, 2u);
+}
+
+}  // namespace
+
+namespace {
+
+// The reader's tools get the user's zone; a run's tool keeps only its own variables.
+TEST(MetadataReader, DatesComeInTheUsersZoneAsTheToolPrintsThemForThatUser) {
+  const char* before = std::getenv("TZ");
+  const std::optional<std::string> saved = before ? std::optional<std::string>(before) : std::nullopt;
+  const std::string file = (dataFolder() / "sample.mp4").string();
+  for (const char* zone : {"Europe/Berlin", "America/St_Johns", "UTC"}) {
+    SCOPED_TRACE(zone);
+    ::setenv("TZ", zone, 1);
+    const FileTags read = MetadataReader().read(file);
+    const FileTag* modified = tagNamed(read, "File:System", "FileModifyDate");
+    ASSERT_NE(modified, nullptr);
+    std::string expected = lorvane::test::programOutput(
+        "/usr/bin/exiftool", {"-s3", "-FileModifyDate", file}, {{"TZ", zone}});
+    expected.erase(expected.find_last_not_of('\n') + 1);
+    EXPECT_EQ(modified->value.joined(), expected);
+  }
+  // A run's tool, under a TZ, is as a tool that has none.
+  ::setenv("TZ", "Europe/Berlin", 1);
+  ETInput input;
+  input.addArguments([&](ETInput::ArgumentsMaker& maker) {
+    maker.additional = {"-s3", "-FileModifyDate"};
+    maker.sourcePath = file;
+  });
+  auto run = ETProcess::run(input).decodeOutData().value_or("");
+  auto withoutZone = lorvane::test::programOutput(
+      "/usr/bin/exiftool", {"-s3", "-FileModifyDate", file}, {{"TZ", std::nullopt}});
+  run.erase(run.find_last_not_of('\n') + 1);
+  withoutZone.erase(withoutZone.find_last_not_of('\n') + 1);
+  EXPECT_EQ(run, withoutZone);
+  if (saved) {
+    ::setenv("TZ", saved->c_str(), 1);
+  } else {
+    ::unsetenv("TZ");
+  }
 }
 
 }  // namespace

@@ -63,42 +63,41 @@ std::vector<std::pair<std::string, std::string>> toolValues(
     ToolSlots& tools, std::chrono::milliseconds timeout, const std::string& file,
     const std::vector<std::string>& tagArguments, bool binary) {
   std::vector<std::pair<std::string, std::string>> values;
-  runInOrder<std::vector<std::pair<std::string, std::string>>>(
-      tools, false, 1,
-      [&](std::size_t) {
-        ETInput input;
-        input.addArguments([&](ETInput::ArgumentsMaker& maker) {
-          // In JSON a binary comes as "base64:..." text, so no byte of it can be mistaken for
-          // the end of the command's output.
-          maker.additional = {"-json"};
-          maker.additional.insert(maker.additional.end(), tagArguments.begin(),
-                                  tagArguments.end());
-          maker.extractsBinaries = binary;
-          maker.enableSeparator = false;
-          maker.extractsEmbedded = false;
-          maker.sourcePath = file;
-        });
-        input.keepsInvalidText = true;
-        if (timeout.count() > 0) {
-          input.timeLimit = timeout;
-        }
-        return input;
-      },
-      [&](std::size_t, const ETInput&, ETOutput&& output) {
-        std::vector<std::pair<std::string, std::string>> found;
-        const auto json = nlohmann::ordered_json::parse(
-            withQuotedNumbers(output.decodeOutData().value_or("")), nullptr, false);
-        if (json.is_array() && !json.empty() && json.front().is_object()) {
-          for (const auto& [key, value] : json.front().items()) {
-            if (key != "SourceFile") {
-              found.emplace_back(key, scalarText(value));
-            }
-          }
-        }
-        return found;
-      },
-      [&](std::vector<std::pair<std::string, std::string>>&& found) { values = std::move(found); },
-      {});
+  if (tools.isCancelled()) {
+    return values;
+  }
+  ETInput input;
+  input.addArguments([&](ETInput::ArgumentsMaker& maker) {
+    // In JSON a binary comes as "base64:..." text, so no byte of it can be mistaken for the
+    // end of the command's output.
+    maker.additional = {"-json"};
+    maker.additional.insert(maker.additional.end(), tagArguments.begin(), tagArguments.end());
+    maker.extractsBinaries = binary;
+    maker.enableSeparator = false;
+    maker.extractsEmbedded = false;
+    maker.sourcePath = file;
+  });
+  input.keepsInvalidText = true;
+  if (timeout.count() > 0) {
+    input.timeLimit = timeout;
+  }
+  // A cancel given after the look above and before the tool starts stops it here. One command
+  // needs no thread of its own: the caller's runs it on the reader's first tool.
+  input.onStartHandler = [&tools](ETProcess& process) {
+    if (tools.isCancelled()) {
+      process.cancel();
+    }
+  };
+  const ETOutput output = tools.take(1).front()->run(input);
+  const auto json = nlohmann::ordered_json::parse(
+      withQuotedNumbers(output.decodeOutData().value_or("")), nullptr, false);
+  if (json.is_array() && !json.empty() && json.front().is_object()) {
+    for (const auto& [key, value] : json.front().items()) {
+      if (key != "SourceFile") {
+        values.emplace_back(key, scalarText(value));
+      }
+    }
+  }
   return values;
 }
 

@@ -87,8 +87,8 @@ cat "$work/out"
 expect "^show\$"
 check_program /usr/bin/lorvane
 check_examples_with_cmake
-grep "^Lorvane_DIR:" "$work/cmake-build/CMakeCache.txt"
-grep -q "^Lorvane_DIR:PATH=/usr/lib/" "$work/cmake-build/CMakeCache.txt"
+grep "^lorvane_DIR:" "$work/cmake-build/CMakeCache.txt"
+grep -q "^lorvane_DIR:PATH=/usr/lib/" "$work/cmake-build/CMakeCache.txt"
 check_example_with_pkg_config
 
 # A package of a program built against liblorvane-dev depends on liblorvane0, as its shlibs

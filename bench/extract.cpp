@@ -92,11 +92,13 @@ int main(int argc, char** argv) {
     std::fflush(stdout);
   }
   fs::remove_all(out);
-  const auto [lowest, highest] = std::minmax_element(processorRatios.begin(), processorRatios.end());
-  std::printf("processor time, lorvane extract / exiftool -w: median %.3f (from %.3f to %.3f over "
-              "%d pairs); medians %.2f s and %.2f s\n",
-              median(processorRatios), *lowest, *highest, pairs, median(programSeconds),
-              median(toolSeconds));
+  const auto [lowest, highest] =
+      std::minmax_element(processorRatios.begin(), processorRatios.end());
+  std::printf(
+      "processor time, lorvane extract / exiftool -w: median %.3f (from %.3f to %.3f over "
+      "%d pairs); medians %.2f s and %.2f s\n",
+      median(processorRatios), *lowest, *highest, pairs, median(programSeconds),
+      median(toolSeconds));
   std::printf("wall time ratio: median %.3f\n", median(wallRatios));
   std::printf("load average after: %s\n", loadAverage().c_str());
 }

@@ -75,13 +75,14 @@ int main(int argc, char** argv) {
     }
     const double values = (threadSeconds() - start) / passes;
     ratios.push_back(values / reading.processor);
-    std::printf("round %2d: reading %.3f s processor, values %.2f ms (%zu found per pass), "
-                "ratio %.5f\n",
-                round + 1, reading.processor, values * 1e3, found / passes, ratios.back());
+    std::printf(
+        "round %2d: reading %.3f s processor, values %.2f ms (%zu found per pass), "
+        "ratio %.5f\n",
+        round + 1, reading.processor, values * 1e3, found / passes, ratios.back());
     std::fflush(stdout);
   }
   const auto [lowest, highest] = std::minmax_element(ratios.begin(), ratios.end());
-  std::printf("values / reading: median %.5f (from %.5f to %.5f over %d rounds)\n",
-              median(ratios), *lowest, *highest, rounds);
+  std::printf("values / reading: median %.5f (from %.5f to %.5f over %d rounds)\n", median(ratios),
+              *lowest, *highest, rounds);
   std::printf("load average after: %s\n", loadAverage().c_str());
 }

@@ -13,10 +13,10 @@ int main(int argc, char** argv) {
   MetadataReader reader;
   FileTags file = reader.read(argv[1]);
   if (auto taken = file.captureTime()) {
-    std::cout << taken->time.iso8601()        // "2026-11-01T10:30:00.123+02:00"
-              << " from " << taken->source     // "Composite:SubSecDateTimeOriginal"
+    std::cout << taken->time.iso8601()                     // "2026-11-01T10:30:00.123+02:00"
+              << " from " << taken->source                 // "Composite:SubSecDateTimeOriginal"
               << ", zone: " << taken->zoneSource << "\n";  // "EXIF:OffsetTimeOriginal"
-    if (auto utc = taken->time.utc()) {        // where the zone is known
+    if (auto utc = taken->time.utc()) {                    // where the zone is known
       std::cout << utc->time_since_epoch().count() << " microseconds since 1970\n";
     }
   }

@@ -61,10 +61,9 @@ int runExtract(const ExtractRequest& request, std::ostream& out, std::ostream& e
       status = 1;
       continue;
     }
-    const std::filesystem::path target =
-        std::filesystem::path(request.folder) /
-        (std::filesystem::path(file).stem().string() + "_" + image->tag +
-         std::string(extensionOf(image->bytes)));
+    const std::filesystem::path target = std::filesystem::path(request.folder) /
+                                         (std::filesystem::path(file).stem().string() + "_" +
+                                          image->tag + std::string(extensionOf(image->bytes)));
     std::ofstream stream(target, std::ios::binary | std::ios::trunc);
     stream.write(reinterpret_cast<const char*>(image->bytes.data()),
                  static_cast<std::streamsize>(image->bytes.size()));

@@ -46,10 +46,10 @@ struct TagDateTime {
 
 // Where a file says it was taken.
 struct GeoLocation {
-  double latitude = 0;              // decimal degrees, south negative
-  double longitude = 0;             // decimal degrees, west negative
-  std::optional<double> altitude;   // metres, below sea level negative
-  std::string source;               // the tool group the position came from: "Composite", "XMP"
+  double latitude = 0;             // decimal degrees, south negative
+  double longitude = 0;            // decimal degrees, west negative
+  std::optional<double> altitude;  // metres, below sea level negative
+  std::string source;              // the tool group the position came from: "Composite", "XMP"
 };
 
 // When a picture or recording was taken, with the tags it was found in.

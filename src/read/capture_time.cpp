@@ -87,13 +87,12 @@ std::optional<CaptureTime> readSource(const FileTags& file, const DateSource& so
     }
   }
   // The offset tag that the tool's composite joined, or that belongs to the EXIF date.
-  const FileTag* offsetTag =
-      source.offset.empty() ? nullptr : findTag(file, "EXIF", source.offset);
+  const FileTag* offsetTag = source.offset.empty() ? nullptr : findTag(file, "EXIF", source.offset);
   if (time.offsetMinutes) {
-    result.zoneSource =
-        source.family0 == "Composite" && offsetTag != nullptr && offsetOf(offsetTag) == time.offsetMinutes
-            ? nameOf(*offsetTag)
-            : "in the value";
+    result.zoneSource = source.family0 == "Composite" && offsetTag != nullptr &&
+                                offsetOf(offsetTag) == time.offsetMinutes
+                            ? nameOf(*offsetTag)
+                            : "in the value";
   } else if (time.hour) {
     if (const auto offset = offsetOf(offsetTag)) {
       time.offsetMinutes = offset;

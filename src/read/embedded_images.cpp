@@ -130,8 +130,8 @@ std::vector<std::string> previewTags(ToolSlots& tools, std::chrono::milliseconds
                                      const std::string& file) {
   // Some previews come with "-b" only when named ("PhotoshopThumbnail"), some show only when
   // named at all (a RAW file's "JpgFromRaw"): the first command finds their names, by group.
-  std::vector<std::string> arguments = {"-a", "-G1", "-Preview:all", "-JpgFromRaw",
-                                        "-PreviewImage", "-OtherImage", "-Picture"};
+  std::vector<std::string> arguments = {
+      "-a", "-G1", "-Preview:all", "-JpgFromRaw", "-PreviewImage", "-OtherImage", "-Picture"};
   std::vector<std::string> names = {"-a", "-G1"};
   for (const auto& [key, text] : toolValues(tools, timeout, file, arguments, false)) {
     if (text.starts_with("(Binary data ")) {

@@ -13,8 +13,8 @@
 namespace lorvane::detail {
 
 // Every tag the tool extracts of one file for these arguments ("-ThumbnailImage", or
-// "-Preview:all"), by its name without groups (the arguments may ask for them, "-G1"), with the bytes "exiftool -b" writes of it; a
-// tag that extracts nothing is left out.
+// "-Preview:all"), by its name without groups (the arguments may ask for them, "-G1"), with the
+// bytes "exiftool -b" writes of it; a tag that extracts nothing is left out.
 std::vector<EmbeddedImage> extractBinaries(ToolSlots& tools, std::chrono::milliseconds timeout,
                                            const std::string& file,
                                            const std::vector<std::string>& tagArguments);

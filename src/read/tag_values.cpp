@@ -56,11 +56,10 @@ private:
 };
 
 unsigned daysIn(int year, unsigned month) {
-  return static_cast<unsigned>(
-      static_cast<unsigned>(std::chrono::year_month_day_last(
-                                std::chrono::year(year) / std::chrono::month(month) /
-                                std::chrono::last)
-                                .day()));
+  return static_cast<unsigned>(static_cast<unsigned>(
+      std::chrono::year_month_day_last(std::chrono::year(year) / std::chrono::month(month) /
+                                       std::chrono::last)
+          .day()));
 }
 
 // "Z", "+02:00", "+0200" or "+02": minutes east of UTC.
@@ -194,7 +193,8 @@ std::string TagDateTime::iso8601() const {
       result += 'Z';
     } else {
       const unsigned size = static_cast<unsigned>(std::abs(*offsetMinutes));
-      result += (*offsetMinutes < 0 ? '-' : '+') + twoDigits(size / 60) + ':' + twoDigits(size % 60);
+      result +=
+          (*offsetMinutes < 0 ? '-' : '+') + twoDigits(size / 60) + ':' + twoDigits(size % 60);
     }
   }
   return result;
@@ -208,8 +208,8 @@ std::optional<std::chrono::sys_time<std::chrono::microseconds>> TagDateTime::utc
   // The first six digits of the fraction are microseconds; more are beyond what this keeps.
   std::string micro = subseconds.substr(0, 6);
   micro.append(6 - micro.size(), '0');
-  const sys_days date = year_month_day(std::chrono::year(year), std::chrono::month(month),
-                                       std::chrono::day(day));
+  const sys_days date =
+      year_month_day(std::chrono::year(year), std::chrono::month(month), std::chrono::day(day));
   return time_point_cast<microseconds>(date) + hours(*hour) + minutes(minute.value_or(0)) +
          seconds(second.value_or(0)) + microseconds(std::stol(micro)) - minutes(*offsetMinutes);
 }

@@ -51,8 +51,8 @@ TEST(MetadataReader, BinaryTagsAndTheLargestPreviewAsTheToolExtractsThem) {
                                 "c(b'IDAT',zlib.compress(b'\\0'*14))+c(b'IEND',b''))",
                                 png});
   const std::string thumbnail = made("plain.jpg", "thumbnail.jpg", {"-ThumbnailImage<=" + plain});
-  const std::string both = made("plain.jpg", "both.jpg", {"-ThumbnailImage<=" + plain,
-                                                          "-PhotoshopThumbnail<=" + sample});
+  const std::string both = made("plain.jpg", "both.jpg",
+                                {"-ThumbnailImage<=" + plain, "-PhotoshopThumbnail<=" + sample});
   const std::string movie = made("sample.mp4", "cover.mp4", {"-CoverArt<=" + png});
 
   struct Case {

@@ -108,16 +108,16 @@ TEST(TagDateTime, ParsesTheToolsFormsAndIso8601) {
 
 TEST(FileTag, DatesAndNumbersOfEveryFormTheToolWrites) {
   TemporaryFolder folder;
-  const std::string jpeg = madeWith(
-      folder, "plain.jpg",
-      {"-EXIF:DateTimeOriginal=2026:11:01 10:30:00", "-EXIF:SubSecTimeOriginal=123",
-       "-EXIF:OffsetTimeOriginal=+02:00", "-EXIF:ModifyDate#=0000:00:00 00:00:00",
-       "-EXIF:GPSTimeStamp=08:30:00", "-XMP-photoshop:DateCreated=2026:11",
-       "-XMP-xmp:CreateDate=2026", "-XMP-xmp:MetadataDate=2026:11:01",
-       "-XMP-exif:DateTimeOriginal=2026:11:01 10:30:00.5Z",
-       "-XMP-dc:Description=taken 2026:11:01 10:30:00", "-XMP-dc:Title=2026",
-       "-EXIF:ISO=64000", "-EXIF:ExposureCompensation=-2/3", "-XMP-dc:Subject=1",
-       "-XMP-dc:Subject=2", "-EXIF:FNumber#=1/0", "-EXIF:ExposureTime#=0/0"});
+  const std::string jpeg =
+      madeWith(folder, "plain.jpg",
+               {"-EXIF:DateTimeOriginal=2026:11:01 10:30:00", "-EXIF:SubSecTimeOriginal=123",
+                "-EXIF:OffsetTimeOriginal=+02:00", "-EXIF:ModifyDate#=0000:00:00 00:00:00",
+                "-EXIF:GPSTimeStamp=08:30:00", "-XMP-photoshop:DateCreated=2026:11",
+                "-XMP-xmp:CreateDate=2026", "-XMP-xmp:MetadataDate=2026:11:01",
+                "-XMP-exif:DateTimeOriginal=2026:11:01 10:30:00.5Z",
+                "-XMP-dc:Description=taken 2026:11:01 10:30:00", "-XMP-dc:Title=2026",
+                "-EXIF:ISO=64000", "-EXIF:ExposureCompensation=-2/3", "-XMP-dc:Subject=1",
+                "-XMP-dc:Subject=2", "-EXIF:FNumber#=1/0", "-EXIF:ExposureTime#=0/0"});
   const FileTags file = MetadataReader().read(jpeg);
   ASSERT_FALSE(file.error) << *file.error;
 
@@ -158,8 +158,9 @@ TEST(FileTag, DatesAndNumbersOfEveryFormTheToolWrites) {
     EXPECT_EQ(printed.str(), c.number);
   }
   // Integers stay exact past a double's 53 bits.
-  const std::string large = madeWith(folder, "plain.jpg", {"-XMP-dc:Source=18446744073709551615",
-                                                             "-XMP-dc:Rights=-9223372036854775808"});
+  const std::string large =
+      madeWith(folder, "plain.jpg",
+               {"-XMP-dc:Source=18446744073709551615", "-XMP-dc:Rights=-9223372036854775808"});
   const FileTags read = MetadataReader().read(large);
   ASSERT_NE(tagNamed(read, "XMP:XMP-dc", "Source"), nullptr);
   EXPECT_EQ(tagNamed(read, "XMP:XMP-dc", "Source")->number(),
@@ -178,50 +179,86 @@ TEST(FileTags, CaptureTimeByItsOrderWithItsZone) {
     std::string zoneSource;
   };
   const std::vector<Case> cases = {
-      {"offset tag", "plain.jpg",
+      {"offset tag",
+       "plain.jpg",
        {"-EXIF:DateTimeOriginal=2026:11:01 10:30:00", "-EXIF:OffsetTimeOriginal=+02:00"},
-       "2026-11-01T10:30:00+02:00", "Composite:SubSecDateTimeOriginal",
+       "2026-11-01T10:30:00+02:00",
+       "Composite:SubSecDateTimeOriginal",
        "EXIF:OffsetTimeOriginal"},
-      {"sub-seconds and offset", "plain.jpg",
+      {"sub-seconds and offset",
+       "plain.jpg",
        {"-EXIF:DateTimeOriginal=2026:11:01 10:30:00", "-EXIF:SubSecTimeOriginal=05",
         "-EXIF:OffsetTimeOriginal=-03:30", "-XMP-exif:DateTimeOriginal=2020:01:01 00:00:00"},
-       "2026-11-01T10:30:00.05-03:30", "Composite:SubSecDateTimeOriginal",
+       "2026-11-01T10:30:00.05-03:30",
+       "Composite:SubSecDateTimeOriginal",
        "EXIF:OffsetTimeOriginal"},
-      {"no zone", "plain.jpg", {"-EXIF:DateTimeOriginal=2026:11:01 10:30:00"},
-       "2026-11-01T10:30:00", "EXIF:DateTimeOriginal", ""},
-      {"GPS time the same day", "plain.jpg",
+      {"no zone",
+       "plain.jpg",
+       {"-EXIF:DateTimeOriginal=2026:11:01 10:30:00"},
+       "2026-11-01T10:30:00",
+       "EXIF:DateTimeOriginal",
+       ""},
+      {"GPS time the same day",
+       "plain.jpg",
        {"-EXIF:DateTimeOriginal=2026:11:01 10:30:10", "-GPSDateStamp=2026:11:01",
         "-GPSTimeStamp=04:45:00"},
-       "2026-11-01T10:30:10+05:45", "EXIF:DateTimeOriginal", "GPS time"},
-      {"GPS time the day before", "plain.jpg",
+       "2026-11-01T10:30:10+05:45",
+       "EXIF:DateTimeOriginal",
+       "GPS time"},
+      {"GPS time the day before",
+       "plain.jpg",
        {"-EXIF:DateTimeOriginal=2026:11:01 00:30:00", "-GPSDateStamp=2026:10:31",
         "-GPSTimeStamp=22:30:00"},
-       "2026-11-01T00:30:00+02:00", "EXIF:DateTimeOriginal", "GPS time"},
-      {"GPS time the day after", "plain.jpg",
+       "2026-11-01T00:30:00+02:00",
+       "EXIF:DateTimeOriginal",
+       "GPS time"},
+      {"GPS time the day after",
+       "plain.jpg",
        {"-EXIF:DateTimeOriginal=2026:10:31 20:00:00", "-GPSDateStamp=2026:11:01",
         "-GPSTimeStamp=06:00:00"},
-       "2026-10-31T20:00:00-10:00", "EXIF:DateTimeOriginal", "GPS time"},
-      {"GPS time east of the date line", "plain.jpg",
+       "2026-10-31T20:00:00-10:00",
+       "EXIF:DateTimeOriginal",
+       "GPS time"},
+      {"GPS time east of the date line",
+       "plain.jpg",
        {"-EXIF:DateTimeOriginal=2026:11:01 11:00:00", "-GPSDateStamp=2026:10:31",
         "-GPSTimeStamp=21:00:00"},
-       "2026-11-01T11:00:00+14:00", "EXIF:DateTimeOriginal", "GPS time"},
-      {"GPS time too far off", "plain.jpg",
+       "2026-11-01T11:00:00+14:00",
+       "EXIF:DateTimeOriginal",
+       "GPS time"},
+      {"GPS time too far off",
+       "plain.jpg",
        {"-EXIF:DateTimeOriginal=2026:11:01 11:00:00", "-GPSDateStamp=2026:10:31",
         "-GPSTimeStamp=20:00:00"},
-       "2026-11-01T11:00:00", "EXIF:DateTimeOriginal", ""},
-      {"XMP before EXIF's creation date", "plain.jpg",
+       "2026-11-01T11:00:00",
+       "EXIF:DateTimeOriginal",
+       ""},
+      {"XMP before EXIF's creation date",
+       "plain.jpg",
        {"-EXIF:CreateDate=2026:11:01 10:30:00", "-XMP-photoshop:DateCreated=2026:10:01"},
-       "2026-10-01", "XMP:DateCreated", ""},
-      {"EXIF's creation date with its offset", "plain.jpg",
+       "2026-10-01",
+       "XMP:DateCreated",
+       ""},
+      {"EXIF's creation date with its offset",
+       "plain.jpg",
        {"-EXIF:CreateDate=2026:11:01 10:30:00", "-EXIF:OffsetTimeDigitized=+01:00",
         "-EXIF:SubSecTimeDigitized=7"},
-       "2026-11-01T10:30:00.7+01:00", "EXIF:CreateDate", "EXIF:OffsetTimeDigitized"},
-      {"zone in the value", "sample.mp4",
+       "2026-11-01T10:30:00.7+01:00",
+       "EXIF:CreateDate",
+       "EXIF:OffsetTimeDigitized"},
+      {"zone in the value",
+       "sample.mp4",
        {"-QuickTime:CreateDate=2026:11:01 08:00:00",
         "-Keys:CreationDate=2026:11:01 10:30:00+02:00"},
-       "2026-11-01T10:30:00+02:00", "QuickTime:CreationDate", "in the value"},
-      {"QuickTime's UTC", "sample.mp4", {"-QuickTime:CreateDate=2026:11:01 08:00:00"},
-       "2026-11-01T08:00:00Z", "QuickTime:CreateDate", "UTC by the format"},
+       "2026-11-01T10:30:00+02:00",
+       "QuickTime:CreationDate",
+       "in the value"},
+      {"QuickTime's UTC",
+       "sample.mp4",
+       {"-QuickTime:CreateDate=2026:11:01 08:00:00"},
+       "2026-11-01T08:00:00Z",
+       "QuickTime:CreateDate",
+       "UTC by the format"},
       {"a file's own dates are none", "plain.jpg", {}, "", "", ""},
   };
   TemporaryFolder folder;
@@ -248,37 +285,83 @@ TEST(FileTags, LocationsInEveryQuadrantAndBelowTheSea) {
     std::string source;
   };
   const std::vector<Case> cases = {
-      {"EXIF north east", "plain.jpg",
-       {"-GPSLatitude=48.8584", "-GPSLatitudeRef=N", "-GPSLongitude=2.2945",
-        "-GPSLongitudeRef=E", "-GPSAltitude=35", "-GPSAltitudeRef#=0"},
-       true, 48.8584, 2.2945, 35, "Composite"},
-      {"EXIF south west below the sea", "plain.jpg",
+      {"EXIF north east",
+       "plain.jpg",
+       {"-GPSLatitude=48.8584", "-GPSLatitudeRef=N", "-GPSLongitude=2.2945", "-GPSLongitudeRef=E",
+        "-GPSAltitude=35", "-GPSAltitudeRef#=0"},
+       true,
+       48.8584,
+       2.2945,
+       35,
+       "Composite"},
+      {"EXIF south west below the sea",
+       "plain.jpg",
        {"-GPSLatitude=33.5", "-GPSLatitudeRef=S", "-GPSLongitude=70.25", "-GPSLongitudeRef=W",
         "-GPSAltitude=12.5", "-GPSAltitudeRef#=1"},
-       true, -33.5, -70.25, -12.5, "Composite"},
-      {"EXIF north west", "plain.jpg",
-       {"-GPSLatitude=40.6892", "-GPSLatitudeRef=N", "-GPSLongitude=74.0445",
-        "-GPSLongitudeRef=W"},
-       true, 40.6892, -74.0445, std::nullopt, "Composite"},
-      {"EXIF south east", "plain.jpg",
+       true,
+       -33.5,
+       -70.25,
+       -12.5,
+       "Composite"},
+      {"EXIF north west",
+       "plain.jpg",
+       {"-GPSLatitude=40.6892", "-GPSLatitudeRef=N", "-GPSLongitude=74.0445", "-GPSLongitudeRef=W"},
+       true,
+       40.6892,
+       -74.0445,
+       std::nullopt,
+       "Composite"},
+      {"EXIF south east",
+       "plain.jpg",
        {"-GPSLatitude=33.8568", "-GPSLatitudeRef=S", "-GPSLongitude=151.2153",
         "-GPSLongitudeRef=E"},
-       true, -33.8568, 151.2153, std::nullopt, "Composite"},
-      {"XMP below the sea", "plain.jpg",
+       true,
+       -33.8568,
+       151.2153,
+       std::nullopt,
+       "Composite"},
+      {"XMP below the sea",
+       "plain.jpg",
        {"-XMP:GPSLatitude=48,51.504N", "-XMP:GPSLongitude=2,17.67W", "-XMP:GPSAltitude=35",
         "-XMP:GPSAltitudeRef#=1"},
-       true, 48.8584, -2.2945, -35, "XMP"},
-      {"QuickTime south west below the sea", "sample.mp4",
-       {"-Keys:GPSCoordinates#=-33.5 -70.25 -12"}, true, -33.5, -70.25, -12, "Composite"},
-      {"QuickTime user data north east", "sample.mp4",
-       {"-UserData:GPSCoordinates#=48.8584 2.2945 35"}, true, 48.8584, 2.2945, 35, "Composite"},
-      {"0,0 alone is no place", "plain.jpg",
+       true,
+       48.8584,
+       -2.2945,
+       -35,
+       "XMP"},
+      {"QuickTime south west below the sea",
+       "sample.mp4",
+       {"-Keys:GPSCoordinates#=-33.5 -70.25 -12"},
+       true,
+       -33.5,
+       -70.25,
+       -12,
+       "Composite"},
+      {"QuickTime user data north east",
+       "sample.mp4",
+       {"-UserData:GPSCoordinates#=48.8584 2.2945 35"},
+       true,
+       48.8584,
+       2.2945,
+       35,
+       "Composite"},
+      {"0,0 alone is no place",
+       "plain.jpg",
        {"-GPSLatitude=0", "-GPSLatitudeRef=N", "-GPSLongitude=0", "-GPSLongitudeRef=E"},
-       false, 0, 0, std::nullopt, ""},
-      {"0,0 with an altitude is one", "plain.jpg",
+       false,
+       0,
+       0,
+       std::nullopt,
+       ""},
+      {"0,0 with an altitude is one",
+       "plain.jpg",
        {"-GPSLatitude=0", "-GPSLatitudeRef=N", "-GPSLongitude=0", "-GPSLongitudeRef=E",
         "-GPSAltitude=3", "-GPSAltitudeRef#=0"},
-       true, 0, 0, 3, "Composite"},
+       true,
+       0,
+       0,
+       3,
+       "Composite"},
       {"none", "plain.jpg", {"-EXIF:Make=DemoCam"}, false, 0, 0, std::nullopt, ""},
   };
   TemporaryFolder folder;
@@ -303,20 +386,22 @@ TEST(FileTags, LocationsInEveryQuadrantAndBelowTheSea) {
 // position is the tool's own composite one.
 TEST(FileTags, AgreeWithTheToolOverVariedFiles) {
   TemporaryFolder folder;
-  lorvane::test::programOutput("/usr/bin/python3", {LORVANE_SOURCE_DIR "/tools/make-varied-files.py",
-                                                     folder.path().string()});
-  madeWith(folder, "sample.mp4", {"-Keys:GPSCoordinates#=-33.5 -70.25 -12",
-                                  "-Keys:CreationDate=2026:11:01 10:30:00+02:00"});
-  madeWith(folder, "plain.jpg", {"-XMP:DateTimeOriginal=2026:11:01 10:30:00.5Z",
-                                 "-GPSLatitude=33.5", "-GPSLatitudeRef=S",
-                                 "-GPSLongitude=70.25", "-GPSLongitudeRef=W"});
+  lorvane::test::programOutput(
+      "/usr/bin/python3",
+      {LORVANE_SOURCE_DIR "/tools/make-varied-files.py", folder.path().string()});
+  madeWith(
+      folder, "sample.mp4",
+      {"-Keys:GPSCoordinates#=-33.5 -70.25 -12", "-Keys:CreationDate=2026:11:01 10:30:00+02:00"});
+  madeWith(folder, "plain.jpg",
+           {"-XMP:DateTimeOriginal=2026:11:01 10:30:00.5Z", "-GPSLatitude=33.5",
+            "-GPSLatitudeRef=S", "-GPSLongitude=70.25", "-GPSLongitudeRef=W"});
   std::vector<std::string> files;
   for (const auto& entry : fs::directory_iterator(folder.path())) {
     files.push_back(entry.path().string());
   }
   std::sort(files.begin(), files.end());
-  std::vector<std::string> arguments = {"-q", "-j", "-n", "-G0:1", "-time:all", "-Composite:GPSLatitude",
-                                        "-Composite:GPSLongitude"};
+  std::vector<std::string> arguments = {
+      "-q", "-j", "-n", "-G0:1", "-time:all", "-Composite:GPSLatitude", "-Composite:GPSLongitude"};
   arguments.insert(arguments.end(), files.begin(), files.end());
   const auto expected = nlohmann::json::parse(outsideToolOutput("exiftool", arguments));
   std::size_t dates = 0;
@@ -362,7 +447,8 @@ namespace {
 // The reader's tools get the user's zone; a run's tool keeps only its own variables.
 TEST(MetadataReader, DatesComeInTheUsersZoneAsTheToolPrintsThemForThatUser) {
   const char* before = std::getenv("TZ");
-  const std::optional<std::string> saved = before ? std::optional<std::string>(before) : std::nullopt;
+  const std::optional<std::string> saved = before ? std::optional<std::string>(before)
+                                                  : std::nullopt;
   const std::string file = (dataFolder() / "sample.mp4").string();
   for (const char* zone : {"Europe/Berlin", "America/St_Johns", "UTC"}) {
     SCOPED_TRACE(zone);

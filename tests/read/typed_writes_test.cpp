@@ -39,7 +39,8 @@ TEST(CheckAssignments, TakesTheReadersNamesAndDatesInEveryFormOfTheTool) {
   };
   const std::vector<Case> cases = {
       {"EXIF:ExifIFD:DateTimeOriginal=2026:11:01 10:30:00",
-       {"-EXIF:ExifIFD:DateTimeOriginal=2026:11:01 10:30:00"}, {}},
+       {"-EXIF:ExifIFD:DateTimeOriginal=2026:11:01 10:30:00"},
+       {}},
       {"DateTimeOriginal=2026-11-01T10:30:00", {"-DateTimeOriginal=2026:11:01 10:30:00"}, {}},
       {"Orientation=6", {"-Orientation#=6"}, {}},
       {"EXIF:DateTimeOriginal=2026:11:01 10:30:00.25+02:00",
@@ -47,10 +48,12 @@ TEST(CheckAssignments, TakesTheReadersNamesAndDatesInEveryFormOfTheTool) {
         "-EXIF:OffsetTimeOriginal=+02:00"},
        {}},
       {"EXIF:CreateDate=2026-11-01T10:30:00Z",
-       {"-EXIF:CreateDate=2026:11:01 10:30:00", "-EXIF:OffsetTimeDigitized=+00:00"}, {}},
+       {"-EXIF:CreateDate=2026:11:01 10:30:00", "-EXIF:OffsetTimeDigitized=+00:00"},
+       {}},
       {"XMP:XMP-photoshop:DateCreated=2026-11", {"-XMP:XMP-photoshop:DateCreated=2026:11"}, {}},
       {"XMP:DateCreated=2026-11-01T10:30:00-05:30",
-       {"-XMP:DateCreated=2026:11:01 10:30:00-05:30"}, {}},
+       {"-XMP:DateCreated=2026:11:01 10:30:00-05:30"},
+       {}},
       {"EXIF:DateTimeOriginal=", {"-EXIF:DateTimeOriginal="}, {}},
       {"EXIF:DateTimeOriginal=yesterday", {}, Reason::notADate},
       {"EXIF:DateTimeOriginal=2026:11:01", {}, Reason::notADate},
@@ -76,10 +79,10 @@ TEST(CheckAssignments, TakesTheReadersNamesAndDatesInEveryFormOfTheTool) {
     }
   }
   // The reader's name and the catalogue's are the same tag.
-  const auto twice = checkAssignments(
-      std::vector<std::string>{"EXIF:ExifIFD:DateTimeOriginal=2026:11:01 10:30:00",
-                               "EXIF:DateTimeOriginal=2026:11:01 10:30:00"},
-      ETLanguage::english);
+  const auto twice =
+      checkAssignments(std::vector<std::string>{"EXIF:ExifIFD:DateTimeOriginal=2026:11:01 10:30:00",
+                                                "EXIF:DateTimeOriginal=2026:11:01 10:30:00"},
+                       ETLanguage::english);
   ASSERT_TRUE(std::holds_alternative<std::vector<AssignmentRefusal>>(twice));
   EXPECT_EQ(std::get<std::vector<AssignmentRefusal>>(twice).front().reason, Reason::namedTwice);
 }
@@ -92,8 +95,8 @@ TEST(MetadataWriter, ATagAsTheReaderNamedItIsWrittenBackWithItsZone) {
       ETLanguage::english);
   ASSERT_TRUE(std::holds_alternative<std::vector<TagAssignment>>(checked));
   MetadataWriter writer({.overwritesOriginal = true});
-  const auto results = writer.write(std::get<std::vector<TagAssignment>>(checked),
-                                    std::vector{file});
+  const auto results =
+      writer.write(std::get<std::vector<TagAssignment>>(checked), std::vector{file});
   ASSERT_EQ(results.size(), 1u);
   EXPECT_EQ(results[0].outcome, FileWriteResult::Outcome::updated) << results[0].outcome;
   const auto taken = MetadataReader().read(file).captureTime();

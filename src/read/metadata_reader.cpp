@@ -118,8 +118,8 @@ void MetadataReader::readEach(std::span<const std::string> files,
 
 std::optional<std::vector<std::byte>> MetadataReader::readBinary(const std::string& file,
                                                                  const std::string& tag) {
-  auto found = detail::extractBinaries(state_->tools, state_->options.timeout, file,
-                                       {"-G1", "-" + tag});
+  auto found =
+      detail::extractBinaries(state_->tools, state_->options.timeout, file, {"-G1", "-" + tag});
   if (found.empty()) {
     return std::nullopt;
   }

@@ -120,7 +120,7 @@ struct ETSession::Shared {
 
   void startSuccessor() {
     auto fresh = std::make_unique<KeptTool>(options.toolProgress, options.idleTimeout,
-                                              options.passesTimeZone);
+                                            options.passesTimeZone);
     if (!fresh->failure()) {  // else the next run starts one and says why it can't
       ++toolStarts;
       successor = std::move(fresh);

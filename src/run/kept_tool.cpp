@@ -120,11 +120,11 @@ std::size_t startOfTextAtEnd(std::string_view data, std::string_view text) {
 
 }  // namespace
 
-KeptTool::KeptTool(bool withProgress, std::chrono::milliseconds idleTimeout,
-                   bool passesTimeZone)
+KeptTool::KeptTool(bool withProgress, std::chrono::milliseconds idleTimeout, bool passesTimeZone)
     : withProgress_(withProgress),
       passesTimeZone_(passesTimeZone),
-      idleTimeout_(idleTimeout), numberPrefix_(makeNumberPrefix()) {
+      idleTimeout_(idleTimeout),
+      numberPrefix_(makeNumberPrefix()) {
   std::unique_lock lock(mutex_);
   watcher_ = std::thread([this] { watch(); });
   changed_.wait(lock, [&] { return state_ != State::starting; });

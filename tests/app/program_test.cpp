@@ -367,17 +367,19 @@ TEST(SetProgram, ACaptureTimeAndAPlaceAreWrittenAndShown) {
   TemporaryFolder folder;
   const std::string file = lorvane::test::copyOfPlainJpeg(folder.path(), "a.jpg").string();
   const std::string before = fileContents(file);
-  for (const auto& [option, value] : std::vector<std::pair<std::string, std::string>>{
-           {"--capture-time", "soon"}, {"--capture-time", "2026-11-31"},
-           {"--location", "48.8,east"}, {"--location", "91,0"}}) {
+  for (const auto& [option, value] :
+       std::vector<std::pair<std::string, std::string>>{{"--capture-time", "soon"},
+                                                        {"--capture-time", "2026-11-31"},
+                                                        {"--location", "48.8,east"},
+                                                        {"--location", "91,0"}}) {
     const auto refused = lorvane({"set", option, value, "--", file});
     EXPECT_EQ(refused.status, 1) << value;
     EXPECT_NE(refused.err.find("nothing was written"), std::string::npos) << refused.err;
     EXPECT_EQ(fileContents(file), before);
   }
-  const auto written = lorvane({"set", "--overwrite-original", "--capture-time",
-                                "2026-11-01T10:30:00.5-03:00", "--location", "-33.5,-70.25,-12",
-                                "--", file});
+  const auto written =
+      lorvane({"set", "--overwrite-original", "--capture-time", "2026-11-01T10:30:00.5-03:00",
+               "--location", "-33.5,-70.25,-12", "--", file});
   EXPECT_EQ(written.status, 0) << written.err;
   const auto shown = lorvane({"show", "--json-lines", file});
   const auto json = nlohmann::json::parse(shown.out);
@@ -401,8 +403,8 @@ TEST(ExtractProgram, WritesEachFilesPictureAsTheToolExtractsItAndGoesOnPastAFile
   outsideToolOutput("exiftool", {"-q", "-overwrite_original", "-ThumbnailImage<=" + plain.string(),
                                  withThumbnail});
   const fs::path out = folder.path() / "out";
-  const auto result = lorvane({"extract", "--tag", "ThumbnailImage", "--out", out.string(),
-                               plain.string(), withThumbnail});
+  const auto result = lorvane(
+      {"extract", "--tag", "ThumbnailImage", "--out", out.string(), plain.string(), withThumbnail});
   EXPECT_EQ(result.status, 1);
   EXPECT_NE(result.err.find("plain.jpg: no ThumbnailImage"), std::string::npos) << result.err;
   EXPECT_EQ(fileContents(out / "with_ThumbnailImage.jpg"),

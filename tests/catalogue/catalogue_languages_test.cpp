@@ -78,13 +78,12 @@ TEST(DISABLED_InGermanProcess, LocalTextsWithEnglishBehindThem) {
     ETLanguage language;
     std::string key, title, choice0, choice1;
   };
-  for (const auto& c : std::vector<Case>{
-           {ETLanguage::english, "Orientation", "EXIF Orientation", "Horizontal (normal)",
-            "Mirror horizontal"},
-           {ETLanguage::japanese, "画像の向き", "EXIF 画像の向き", "水平（標準）",
-            "Mirror horizontal"},
-           {ETLanguage::german, "Ausrichtung", "EXIF Ausrichtung", "Horizontal (normal)",
-            "Horizontal gespiegelt"}}) {
+  for (const auto& c : std::vector<Case>{{ETLanguage::english, "Orientation", "EXIF Orientation",
+                                          "Horizontal (normal)", "Mirror horizontal"},
+                                         {ETLanguage::japanese, "画像の向き", "EXIF 画像の向き",
+                                          "水平（標準）", "Mirror horizontal"},
+                                         {ETLanguage::german, "Ausrichtung", "EXIF Ausrichtung",
+                                          "Horizontal (normal)", "Horizontal gespiegelt"}}) {
     SCOPED_TRACE(c.language.rawValue());
     EXPECT_EQ(orientation.localizedKey(c.language), c.key);
     EXPECT_EQ(orientation.localizedTitle(c.language), c.title);

@@ -240,7 +240,7 @@ TEST(Program, NoExifToolSaysWhereItLookedAndHowToSetTheFolder) {
   }
 }
 
-TEST(Program, UsageMistakesExitWithStatusTwoAndHelpNamesTheStatuses) {
+TEST(Program, UsageMistakesExitWithStatusTwo) {
   for (const auto& arguments :
        std::vector<std::vector<std::string>>{{},
                                              {"bogus"},
@@ -252,11 +252,7 @@ TEST(Program, UsageMistakesExitWithStatusTwoAndHelpNamesTheStatuses) {
                                              {"tags"}}) {
     EXPECT_EQ(lorvane(arguments).status, 2) << (arguments.empty() ? "" : arguments[0]);
   }
-  const auto help = lorvane({"--help"});
-  EXPECT_EQ(help.status, 0);
-  for (const char* status : {"0  ", "1  ", "2  ", "3  "}) {
-    EXPECT_NE(help.out.find(status), std::string::npos) << status;
-  }
+  EXPECT_EQ(lorvane({"--help"}).status, 0);  // its statuses: program_texts_test.cpp
 }
 
 TEST(Program, VersionNamesLorvaneAndTheExifToolItRuns) {

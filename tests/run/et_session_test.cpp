@@ -248,26 +248,26 @@ TEST(Session, AToolKilledTimedOutOrCancelledIsEndedAndTheNextRunHasAFreshOne) {
     std::optional<std::chrono::milliseconds> timeLimit;
     std::function<void(int tool)> stop;
   };
-  for (const auto& [line, timeLimit, stop] : {
+  for (const Case& ending : {
            Case{
                "the kept tool ended during the run\n", {}, [](int tool) { ::kill(tool, SIGKILL); }},
            Case{"the tool did not finish within 300 ms\n", std::chrono::milliseconds(300), {}},
            Case{"the run was cancelled\n", {}, [&](int) { session.cancel(); }},
        }) {
-    SCOPED_TRACE(line);
+    SCOPED_TRACE(ending.line);
     Hang hang;
     ETInput input = hang.input();
-    input.timeLimit = timeLimit;
+    input.timeLimit = ending.timeLimit;
     const int tool = theLivingTool();
     std::thread stopper([&] {
-      if (stop) {
+      if (ending.stop) {
         hang.waitUntilTheToolHangs();
-        stop(tool);
+        ending.stop(tool);
       }
     });
     const ETOutput stopped = session.run(input);
     stopper.join();
-    EXPECT_EQ(unknownLines(stopped), Lines{line});
+    EXPECT_EQ(unknownLines(stopped), Lines{ending.line});
     EXPECT_FALSE(stopped.isRunning);
     EXPECT_EQ(stopped.progress, 1);
     EXPECT_TRUE(isReaped(tool));

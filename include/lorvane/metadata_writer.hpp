@@ -11,10 +11,12 @@
 #include <cstddef>
 #include <filesystem>
 #include <functional>
+#include <iosfwd>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <lorvane/tag_assignment.hpp>
@@ -60,6 +62,10 @@ struct FileWriteResult {
   };
   std::optional<Sidecar> sidecar;
 };
+
+// "updated", "unchanged", "refused", "failed".
+std::string_view to_string(FileWriteResult::Outcome outcome);
+std::ostream& operator<<(std::ostream& out, FileWriteResult::Outcome outcome);
 
 class MetadataWriter {
 public:

@@ -10,6 +10,7 @@
 
 #include "catalogue/catalogue_texts.hpp"
 #include "platform/private_file.hpp"
+#include "read/embedded_images.hpp"
 #include "read/ordered_runs.hpp"
 #include "read/sidecars.hpp"
 #include "read/tool_answer.hpp"
@@ -176,6 +177,25 @@ void MetadataReader::readEach(std::span<const std::string> files,
                               const std::function<void(FileTags&&)>& onFile,
                               const std::function<void(double)>& onProgress) {
   state_->readEach(files, onFile, onProgress, state_->options.sidecars == SidecarPolicy::merge);
+}
+
+std::optional<std::vector<std::byte>> MetadataReader::readBinary(const std::string& file,
+                                                                 const std::string& tag) {
+  auto found =
+      detail::extractBinaries(state_->tools, state_->options.timeout, file, {"-G1", "-" + tag});
+  if (found.empty()) {
+    return std::nullopt;
+  }
+  return std::move(found.front().bytes);
+}
+
+std::optional<EmbeddedImage> MetadataReader::readLargestPreview(const std::string& file) {
+  const auto tags = detail::previewTags(state_->tools, state_->options.timeout, file);
+  if (tags.empty()) {
+    return std::nullopt;
+  }
+  return detail::largestPicture(
+      detail::extractBinaries(state_->tools, state_->options.timeout, file, tags));
 }
 
 void MetadataReader::cancel() { state_->tools.cancel(); }

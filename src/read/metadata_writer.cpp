@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cstdint>
 #include <filesystem>
+#include <ostream>
 #include <string_view>
 #include <variant>
 
@@ -82,6 +83,20 @@ FileWriteResult makeFileResult(const std::string& file, Outcome outcome,
 
 }  // namespace
 
+std::string_view to_string(FileWriteResult::Outcome outcome) {
+  switch (outcome) {
+    case Outcome::updated: return "updated";
+    case Outcome::unchanged: return "unchanged";
+    case Outcome::refused: return "refused";
+    case Outcome::failed: return "failed";
+  }
+  return "unknown";
+}
+
+std::ostream& operator<<(std::ostream& out, FileWriteResult::Outcome outcome) {
+  return out << to_string(outcome);
+}
+
 struct MetadataWriter::State {
   explicit State(Options chosen)
       : options(std::move(chosen)),
@@ -132,7 +147,6 @@ struct MetadataWriter::State {
     input.addArguments([&](ETInput::ArgumentsMaker& maker) {
       maker.additional = arguments;
       maker.additional.insert(maker.additional.end(), {"-echo3", std::string(commandDone)});
-      // Without "-q", which would silence the count that says the file was written.
       maker.addDefaultSettings = false;
       const auto extra = ETSettings::shared().extraArguments();
       maker.additional.insert(maker.additional.end(), extra.begin(), extra.end());
@@ -220,8 +234,6 @@ struct MetadataWriter::State {
           updated += *count;
         } else if (const auto count = countOf(line, " image files created")) {
           updated += *count;
-        } else if (const auto count = countOf(line, " image files unchanged")) {
-          unchanged += *count;
         } else if (const auto count = countOf(line, " files weren't updated due to errors")) {
           refused = refused || *count > 0;
         } else if (line == "Nothing to do.") {
@@ -284,7 +296,8 @@ struct MetadataWriter::State {
     sidecar.path = existing.empty() ? detail::sidecarNames(file).front() : existing.front();
     if (existing.empty()) {
       const ETInput input = makeInput({"-o", sidecar.path}, file);
-      FileWriteResult made = judge(file, Preparation{}, input, run(tool, input));
+      // Made where none was: a quiet tool prints no count of files created.
+      FileWriteResult made = judge(sidecar.path, Preparation{}, input, run(tool, input));
       if (made.outcome != Outcome::updated || !exists(sidecar.path)) {
         if (exists(sidecar.path) && made.outcome == Outcome::failed) {
           std::filesystem::remove(sidecar.path);

@@ -38,7 +38,9 @@ std::string choiceList(const TagItem& item) {
   return list;
 }
 
-std::string sentence(const AssignmentRefusal& refusal) {
+}  // namespace
+
+std::string refusalSentence(const AssignmentRefusal& refusal) {
   using Reason = AssignmentRefusal::Reason;
   const std::string& name = refusal.name;
   switch (refusal.reason) {
@@ -75,13 +77,11 @@ std::string sentence(const AssignmentRefusal& refusal) {
   return singleQuoted(name) + " was refused";
 }
 
-}  // namespace
-
 int runSet(const SetRequest& request, std::ostream& out, std::ostream& err) {
   const auto checked = checkAssignments(request.assignments, request.language);
   if (const auto* refusals = std::get_if<std::vector<AssignmentRefusal>>(&checked)) {
     for (const auto& refusal : *refusals) {
-      err << "lorvane: " << sentence(refusal) << "\n";
+      err << "lorvane: " << refusalSentence(refusal) << "\n";
     }
     err << "lorvane: nothing was written\n";
     return 1;

@@ -1,0 +1,480 @@
+// Reading: Reader, its read_each iterator, FileTags and FileTag.
+
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <vector>
+
+#include <lorvane/metadata_reader.hpp>
+#include <lorvane/tag_item.hpp>
+
+#include "common.hpp"
+
+namespace lorvane::python {
+namespace {
+
+// "value" and "raw": one text, or a list of texts.
+py::object valueObject(const TagValue& value) {
+  if (value.isList) {
+    py::list texts;
+    for (const auto& each : value.texts) {
+      texts.append(text(each));
+    }
+    return texts;
+  }
+  return text(value.texts.empty() ? std::string() : value.texts.front());
+}
+
+std::string_view family0(const FileTag& tag) {
+  return std::string_view(tag.group).substr(0, tag.group.find(':'));
+}
+
+// The first tag of this catalogue name ("EXIF:Orientation"), tool groups and name
+// ("EXIF:IFD0:Orientation") or family 0 group and name.
+const FileTag* findTag(const FileTags& file, std::string_view name) {
+  for (const FileTag& tag : file.tags) {
+    if (tag.item != nullptr && tag.item->name().rawValue() == name) {
+      return &tag;
+    }
+    const auto colon = name.rfind(':');
+    if (colon != std::string_view::npos && name.substr(colon + 1) == tag.name &&
+        (name.substr(0, colon) == tag.group || name.substr(0, colon) == family0(tag))) {
+      return &tag;
+    }
+  }
+  return nullptr;
+}
+
+// The object `lorvane show --json-lines` writes for the file.
+py::dict toDict(const FileTags& file) {
+  py::dict object;
+  object["file"] = pathText(file.file);
+  if (file.error) {
+    object["error"] = text(*file.error);
+  }
+  py::list tags;
+  for (const FileTag& tag : file.tags) {
+    py::dict entry;
+    entry["group"] = text(tag.group);
+    entry["name"] = text(tag.name);
+    entry["stream"] = tag.item != nullptr ? py::object(text(tag.item->stream().rawValue()))
+                                          : py::object(py::none());
+    entry["title"] = text(tag.title);
+    entry["value"] = valueObject(tag.value);
+    entry["raw"] = valueObject(tag.raw);
+    tags.append(std::move(entry));
+  }
+  object["tags"] = std::move(tags);
+  return object;
+}
+
+// The library's reader behind a lorvane.Reader. A cancel stays, so a read that the caller
+// interrupts (Ctrl-C, an abandoned read_each) ends its tools through a cancel and leaves a
+// fresh reader for what comes next.
+class Reader {
+public:
+  Reader(const std::string& language, std::size_t jobs, double timeout)
+      : options_{.language = python::language(language),
+                 .jobs = jobs,
+                 .timeout = std::chrono::milliseconds(static_cast<long long>(timeout * 1000))} {
+    if (timeout < 0) {
+      throw py::value_error("timeout must not be negative (0: no limit)");
+    }
+    requireTool();
+    reader_ = std::make_shared<MetadataReader>(options_);
+  }
+
+  // The reader for one read; a ValueError when closed, a RuntimeError while another read of
+  // this Reader is under way.
+  std::shared_ptr<MetadataReader> begin() {
+    std::lock_guard lock(mutex_);
+    if (!reader_) {
+      throw py::value_error("the Reader is closed");
+    }
+    if (busy_) {
+      throw std::runtime_error(
+          "the Reader is already reading (one read at a time; use one Reader per thread)");
+    }
+    busy_ = true;
+    return reader_;
+  }
+
+  // The end of a read; `interrupted`: it was cut short, and its reader cancelled.
+  void end(bool interrupted) {
+    std::lock_guard lock(mutex_);
+    busy_ = false;
+    if (interrupted && reader_ && !cancelled_) {
+      reader_ = std::make_shared<MetadataReader>(options_);
+    }
+  }
+
+  void cancel() {
+    std::lock_guard lock(mutex_);
+    cancelled_ = true;
+    if (reader_) {
+      reader_->cancel();
+    }
+  }
+  bool isCancelled() const { return cancelled_; }
+
+  // Ends the tools; a read under way is cancelled.
+  void close() {
+    std::shared_ptr<MetadataReader> closing;
+    {
+      std::lock_guard lock(mutex_);
+      closing = std::move(reader_);
+      if (closing && busy_) {
+        closing->cancel();
+      }
+    }
+    py::gil_scoped_release released;
+    closing.reset();
+  }
+
+  FileTags read(const std::string& file) {
+    const auto reader = begin();
+    std::optional<FileTags> result;
+    bool interrupted = true;
+    try {
+      runWithoutGil([&] { result = reader->read(file); }, [&] { reader->cancel(); });
+      interrupted = false;
+    } catch (...) {
+      end(interrupted);
+      throw;
+    }
+    end(false);
+    return std::move(*result);
+  }
+
+private:
+  MetadataReader::Options options_;
+  std::mutex mutex_;
+  std::shared_ptr<MetadataReader> reader_;
+  bool busy_ = false;
+  std::atomic<bool> cancelled_{false};
+};
+
+// read_each: the paths go to the library's reader in chunks, on a thread of its own, while the
+// caller takes the files one by one. The caller's thread pulls the next chunk from the iterable
+// as soon as the thread has taken the last one, so the tools never wait for Python; the files
+// read and not yet taken are bounded too, so memory stays flat however many paths come.
+class ReadEach {
+public:
+  ReadEach(std::shared_ptr<Reader> owner, py::iterable paths)
+      : owner_(std::move(owner)), paths_(py::iter(paths)) {}
+  ReadEach(const ReadEach&) = delete;
+  ReadEach& operator=(const ReadEach&) = delete;
+  ~ReadEach() {
+    if (worker_.joinable()) {
+      stop();
+    }
+  }
+
+  FileTags next() {
+    if (state_ == State::ended) {
+      throw py::stop_iteration();
+    }
+    if (state_ == State::unstarted) {
+      reader_ = owner_->begin();
+      state_ = State::running;
+      worker_ = std::thread([this] { work(); });
+    }
+    for (;;) {
+      feed();
+      {
+        py::gil_scoped_release released;
+        std::unique_lock lock(mutex_);
+        changed_.wait_for(lock, std::chrono::milliseconds(50), [&] {
+          return !results_.empty() || finished_ || wantsChunk();
+        });
+        if (!results_.empty()) {
+          FileTags file = std::move(results_.front());
+          results_.pop_front();
+          changed_.notify_all();
+          return file;
+        }
+        if (finished_) {
+          break;
+        }
+      }
+      if (PyErr_CheckSignals() != 0) {
+        stop();
+        throw py::error_already_set();
+      }
+    }
+    worker_.join();
+    state_ = State::ended;
+    owner_->end(false);
+    if (failure_) {
+      std::rethrow_exception(failure_);
+    }
+    if (pathError_) {
+      py::error_already_set error = std::move(*pathError_);
+      pathError_.reset();
+      throw error;
+    }
+    throw py::stop_iteration();
+  }
+
+  // Ends the reading before its end: the tools at work are stopped.
+  void close() {
+    if (state_ == State::running) {
+      stop();
+    }
+    state_ = State::ended;
+  }
+
+private:
+  enum class State { unstarted, running, ended };
+  static constexpr std::size_t firstChunk = 16;
+  static constexpr std::size_t largestChunk = 512;
+
+  bool wantsChunk() const { return chunks_.empty() && !pathsEnded_; }
+
+  // Pulls the next chunk of paths while the thread has none waiting; an error of the iterable
+  // ends the paths and comes out after the files before it.
+  void feed() {
+    {
+      std::lock_guard lock(mutex_);
+      if (!wantsChunk()) {
+        return;
+      }
+    }
+    std::vector<std::string> chunk;
+    bool ended = false;
+    try {
+      while (chunk.size() < chunkSize_) {
+        PyObject* item = PyIter_Next(paths_.ptr());
+        if (item == nullptr) {
+          if (PyErr_Occurred() != nullptr) {
+            throw py::error_already_set();
+          }
+          ended = true;
+          break;
+        }
+        chunk.push_back(path(py::reinterpret_steal<py::object>(item)));
+      }
+    } catch (py::error_already_set& error) {
+      pathError_.emplace(std::move(error));
+      ended = true;
+    }
+    // Small at first, so the first file comes at once; larger later, so the tools seldom run
+    // out of work at a chunk's end.
+    chunkSize_ = std::min(chunkSize_ * 2, largestChunk);
+    std::lock_guard lock(mutex_);
+    if (!chunk.empty()) {
+      chunks_.push_back(std::move(chunk));
+    }
+    pathsEnded_ = pathsEnded_ || ended;
+    changed_.notify_all();
+  }
+
+  struct Stopped {};
+
+  void work() {
+    try {
+      for (;;) {
+        std::vector<std::string> chunk;
+        {
+          std::unique_lock lock(mutex_);
+          changed_.wait(lock, [&] { return stopped_ || !chunks_.empty() || pathsEnded_; });
+          if (stopped_ || chunks_.empty() || owner_->isCancelled()) {
+            break;
+          }
+          chunk = std::move(chunks_.front());
+          chunks_.pop_front();
+          changed_.notify_all();
+        }
+        reader_->readEach(chunk, [&](FileTags&& file) {
+          std::unique_lock lock(mutex_);
+          changed_.wait(lock, [&] { return stopped_ || results_.size() < resultLimit_; });
+          if (stopped_) {
+            throw Stopped{};
+          }
+          results_.push_back(std::move(file));
+          changed_.notify_all();
+        });
+      }
+    } catch (const Stopped&) {
+    } catch (...) {
+      failure_ = std::current_exception();
+    }
+    std::lock_guard lock(mutex_);
+    finished_ = true;
+    changed_.notify_all();
+  }
+
+  // The tools are stopped and the thread waited for; the Reader gets a fresh reader.
+  void stop() {
+    reader_->cancel();
+    {
+      std::lock_guard lock(mutex_);
+      stopped_ = true;
+      changed_.notify_all();
+    }
+    {
+      py::gil_scoped_release released;
+      worker_.join();
+    }
+    state_ = State::ended;
+    owner_->end(true);
+  }
+
+  std::shared_ptr<Reader> owner_;
+  py::iterator paths_;
+  std::shared_ptr<MetadataReader> reader_;
+  State state_ = State::unstarted;
+  std::size_t chunkSize_ = firstChunk;
+  std::thread worker_;
+  std::optional<py::error_already_set> pathError_;
+
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::deque<std::vector<std::string>> chunks_;
+  bool pathsEnded_ = false;
+  std::deque<FileTags> results_;
+  std::size_t resultLimit_ = 64;
+  bool stopped_ = false;
+  bool finished_ = false;
+  std::exception_ptr failure_;
+};
+
+}  // namespace
+
+void addReading(py::module_& module) {
+  py::class_<FileTag>(module, "FileTag", "One tag of a file as the tool read it.")
+      .def_property_readonly(
+          "group", [](const FileTag& tag) { return text(tag.group); },
+          "The tool's family 0 and 1 groups: \"EXIF:IFD0\".")
+      .def_property_readonly(
+          "name", [](const FileTag& tag) { return text(tag.name); },
+          "The tool's tag name: \"Orientation\".")
+      .def_property_readonly(
+          "title", [](const FileTag& tag) { return text(tag.title); },
+          "The catalogue's title in the reader's language, else the tool's description.")
+      .def_property_readonly(
+          "value", [](const FileTag& tag) { return valueObject(tag.value); },
+          "The tool's printed value: a str, or a list of str for a list.")
+      .def_property_readonly(
+          "raw", [](const FileTag& tag) { return valueObject(tag.raw); },
+          "The raw value (as the tool's -n gives it): a str, or a list of str for a list.")
+      .def_property_readonly(
+          "label",
+          [](const FileTag& tag) -> py::object {
+            return tag.label.empty() ? py::object(py::none()) : py::object(text(tag.label));
+          },
+          "The catalogue's label of the value where the tool printed none, else None.")
+      .def_property_readonly(
+          "tag", [](const FileTag& tag) { return tag.item; }, py::return_value_policy::reference,
+          "The catalogue's Tag, or None where the catalogue doesn't know the tag.")
+      .def("__repr__", [](const FileTag& tag) {
+        return py::str("<lorvane.FileTag {}:{} = {!r}>")
+            .format(text(tag.group), text(tag.name), valueObject(tag.value));
+      });
+
+  py::class_<FileTags>(module, "FileTags", "What the tool read of one file.")
+      .def_property_readonly(
+          "file", [](const FileTags& file) { return pathText(file.file); },
+          "The path as it was given (a folder's files by their path).")
+      .def_property_readonly(
+          "error",
+          [](const FileTags& file) -> py::object {
+            return file.error ? py::object(text(*file.error)) : py::object(py::none());
+          },
+          "Why the file could not be read, or the tool's error; None when all went well.")
+      .def_property_readonly(
+          "tags",
+          [](const FileTags& file) {
+            py::list tags;
+            for (const FileTag& tag : file.tags) {
+              tags.append(py::cast(tag));
+            }
+            return tags;
+          },
+          "The tags (FileTag), in the tool's order.")
+      .def(
+          "__getitem__",
+          [](const FileTags& file, const std::string& name) {
+            if (const FileTag* tag = findTag(file, name)) {
+              return *tag;
+            }
+            throw py::key_error(name);
+          },
+          py::arg("name"),
+          "The first tag of this catalogue name (\"EXIF:Orientation\") or tool group and name "
+          "(\"EXIF:IFD0:Orientation\"); KeyError if there is none.")
+      .def(
+          "get",
+          [](const FileTags& file, const std::string& name, py::object fallback) -> py::object {
+            const FileTag* tag = findTag(file, name);
+            return tag != nullptr ? py::cast(*tag) : fallback;
+          },
+          py::arg("name"), py::arg("default") = py::none(),
+          "As file_tags[name], with `default` where there is no such tag.")
+      .def("__contains__",
+           [](const FileTags& file, const std::string& name) {
+             return findTag(file, name) != nullptr;
+           })
+      .def("__len__", [](const FileTags& file) { return file.tags.size(); })
+      .def("to_dict", &toDict,
+           "The object `lorvane show --json-lines` writes for the file: file, error (only with "
+           "one) and tags, each with group, name, stream (None outside the catalogue), title, "
+           "value and raw.")
+      .def("__repr__", [](const FileTags& file) {
+        return py::str("<lorvane.FileTags {!r}: {} tags{}>")
+            .format(pathText(file.file), file.tags.size(),
+                    file.error ? text(", error: " + *file.error) : py::str(""));
+      });
+
+  py::class_<ReadEach>(module, "ReadEach",
+                       "The iterator of Reader.read_each: FileTags in the paths' order.")
+      .def("__iter__", [](py::object self) { return self; })
+      .def("__next__", &ReadEach::next)
+      .def("close", &ReadEach::close, "Stops the reading here; the tools at work are ended.")
+      .def("__enter__", [](py::object self) { return self; })
+      .def("__exit__",
+           [](ReadEach& each, const py::args&) {
+             each.close();
+             return false;
+           });
+
+  py::class_<Reader, std::shared_ptr<Reader>>(
+      module, "Reader",
+      "Reads files' tags with ExifTools kept running side by side. A context manager: leaving "
+      "it ends the tools. One read at a time; use a Reader per thread.")
+      .def(py::init<const std::string&, std::size_t, double>(), py::arg("language") = "en",
+           py::arg("jobs") = 0, py::arg("timeout") = 60.0,
+           "language: of the tool's printed values and descriptions and of the catalogue's "
+           "titles and labels (lorvane.languages()). jobs: tools side by side, 0 for one per "
+           "core. timeout: the longest the tool may take over one file, in seconds (then that "
+           "file gets an error and the others go on with a fresh tool); 0 for no limit. Raises "
+           "ToolNotFoundError without an ExifTool.")
+      .def("read", &Reader::read, py::arg("path"),
+           "The tags of one file; a file the tool could not read has its error in .error.")
+      .def(
+          "read_each",
+          [](std::shared_ptr<Reader> reader, py::iterable paths) {
+            return std::make_unique<ReadEach>(std::move(reader), std::move(paths));
+          },
+          py::arg("paths"),
+          "An iterator of FileTags, one per path of `paths` (any iterable of str or "
+          "os.PathLike, a generator too) in their order, each as soon as it and all before it "
+          "are read; a folder gives the files the tool reads in it. Memory stays flat in the "
+          "number of paths. A file that can't be read has its .error; Ctrl-C ends the tools.")
+      .def("cancel", &Reader::cancel,
+           "From any thread: ends the tools at work; read_each ends soon after. A cancelled "
+           "Reader stays cancelled.")
+      .def("close", &Reader::close, "Ends the tools; the Reader can't read any more.")
+      .def("__enter__", [](py::object self) { return self; })
+      .def("__exit__", [](Reader& reader, const py::args&) {
+        reader.close();
+        return false;
+      });
+}
+
+}  // namespace lorvane::python

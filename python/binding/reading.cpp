@@ -136,7 +136,8 @@ public:
     closing.reset();
   }
 
-  FileTags read(const std::string& file) {
+  FileTags read(py::handle path) {
+    const std::string file = python::path(path);
     const auto reader = begin();
     std::optional<FileTags> result;
     bool interrupted = true;

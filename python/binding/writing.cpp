@@ -99,7 +99,7 @@ public:
     writer_ = std::make_shared<MetadataWriter>(options_);
   }
 
-  std::vector<FileWriteResult> write(py::handle assignments, py::handle paths,
+  py::list write(py::handle assignments, py::handle paths,
                                      const std::string& languageName) {
     const auto texts = assignmentTexts(assignments);
     const auto checked = checkAssignments(texts, language(languageName));
@@ -142,9 +142,15 @@ public:
       }
       throw;
     }
-    std::lock_guard lock(mutex_);
-    busy_ = false;
-    return results;
+    {
+      std::lock_guard lock(mutex_);
+      busy_ = false;
+    }
+    py::list written;
+    for (auto& result : results) {
+      written.append(py::cast(std::move(result)));
+    }
+    return written;
   }
 
   void cancel() {

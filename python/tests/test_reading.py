@@ -12,7 +12,7 @@ import threading
 import pytest
 
 import lorvane
-from conftest import SAMPLE, program, tool_children
+from conftest import SAMPLE, program, same_reading, tool_children
 
 
 def tool_json(path):
@@ -29,7 +29,7 @@ def test_values_equal_the_tools_and_the_programs(varied):
     with lorvane.Reader(jobs=2) as reader:
         files = list(reader.read_each(varied))
     shown = [json.loads(line) for line in program("show", "--json-lines", "--jobs", "1", *varied).splitlines()]
-    assert [file.to_dict() for file in files] == shown
+    assert [same_reading(file.to_dict()) for file in files] == [same_reading(file) for file in shown]
     for path, file in zip(varied, files):
         assert file.file == path and file.error is None
         expected = tool_json(path)
@@ -111,7 +111,7 @@ def test_a_name_like_an_option_and_a_missing_file(tmp_path, monkeypatch):
     with lorvane.Reader(jobs=1) as reader:
         file = reader.read("-ver")
         assert file.error is None and file.file == "-ver"
-        assert file["System:FileName"].value == "-ver"
+        assert file["File:System:FileName"].value == "-ver"
         missing = reader.read(tmp_path / "nothing.jpg")
         assert missing.tags == [] and "not found" in missing.error
 

@@ -4,7 +4,9 @@
 # and its resources), dev (what building against it needs) and program.
 include(CMakePackageConfigHelpers)
 
-set(LORVANE_CMAKE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/Lorvane")
+# In the lower-case spelling of the target and the pkg-config name: find_package matches the
+# folder in any case and this file name for both "lorvane" and "Lorvane".
+set(LORVANE_CMAKE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/lorvane")
 
 install(TARGETS lorvane EXPORT LorvaneTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev
@@ -42,10 +44,11 @@ if(TARGET lorvane_json)
     COMPONENT dev)
 endif()
 configure_package_config_file(cmake/LorvaneConfig.cmake.in
-  "${PROJECT_BINARY_DIR}/LorvaneConfig.cmake" INSTALL_DESTINATION ${LORVANE_CMAKE_DIR})
-write_basic_package_version_file("${PROJECT_BINARY_DIR}/LorvaneConfigVersion.cmake"
+  "${PROJECT_BINARY_DIR}/lorvane-config.cmake" INSTALL_DESTINATION ${LORVANE_CMAKE_DIR})
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/lorvane-config-version.cmake"
   COMPATIBILITY SameMinorVersion)
-install(FILES "${PROJECT_BINARY_DIR}/LorvaneConfig.cmake" "${PROJECT_BINARY_DIR}/LorvaneConfigVersion.cmake"
+install(FILES "${PROJECT_BINARY_DIR}/lorvane-config.cmake"
+  "${PROJECT_BINARY_DIR}/lorvane-config-version.cmake"
   DESTINATION ${LORVANE_CMAKE_DIR} COMPONENT dev)
 
 # The .pc file finds its prefix from where it lies, so an installed tree can move.

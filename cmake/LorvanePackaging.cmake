@@ -102,7 +102,7 @@ cpack_add_component(dev DISPLAY_NAME "Lorvane development files" DEPENDS runtime
 ${about}
 
 This package holds what building against the library needs: the C++
-headers, a CMake package for find_package(Lorvane) and a pkg-config file.")
+headers, a CMake package for find_package(lorvane) and a pkg-config file.")
 if(LORVANE_BUILD_PROGRAM)
   cpack_add_component(program DISPLAY_NAME "lorvane program" DEPENDS runtime
     DESCRIPTION "show and edit the metadata of files in localised words

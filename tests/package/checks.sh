@@ -50,6 +50,18 @@ check_examples_with_cmake() {
   expect "Orientation: Rotate 180"
 }
 
+# examples/ finds the package as find_package(lorvane), the spelling of its target and of
+# pkg-config's name; the project's own spelling finds it too, with its json component.
+check_package_capitalised() {
+  mkdir -p "$work/capitalised"
+  printf '%s\n' 'cmake_minimum_required(VERSION 3.25)' 'project(Capitalised LANGUAGES CXX)' \
+    'find_package(Lorvane CONFIG REQUIRED COMPONENTS json)' \
+    'message(STATUS "found ${Lorvane_DIR} json ${Lorvane_json_FOUND}")' \
+    > "$work/capitalised/CMakeLists.txt"
+  run cmake -S "$work/capitalised" -B "$work/capitalised/build" "$@"
+  expect "found .*/cmake/lorvane json TRUE"
+}
+
 # The README's example built by hand with the flags pkg-config gives.
 check_example_with_pkg_config() {
   echo "\$ c++ examples/read_sample.cpp \$(pkg-config --cflags --libs lorvane)"

@@ -97,8 +97,8 @@ case " $packages " in
   *" python3-lorvane "*) check_python /usr/lib/python3/dist-packages ;;
 esac
 check_examples_with_cmake
-grep "^Lorvane_DIR:" "$work/cmake-build/CMakeCache.txt"
-grep -q "^Lorvane_DIR:PATH=/usr/lib/" "$work/cmake-build/CMakeCache.txt"
+grep "^lorvane_DIR:" "$work/cmake-build/CMakeCache.txt"
+grep -q "^lorvane_DIR:PATH=/usr/lib/" "$work/cmake-build/CMakeCache.txt"
 check_example_with_pkg_config
 
 # A package of a program built against liblorvane-dev depends on liblorvane0, as its shlibs

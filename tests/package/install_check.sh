@@ -27,5 +27,6 @@ if [ -n "$python_dir" ]; then
 fi
 
 check_examples_with_cmake -DCMAKE_PREFIX_PATH="$prefix"
+check_package_capitalised -DCMAKE_PREFIX_PATH="$prefix"
 export PKG_CONFIG_PATH="$prefix/$libdir/pkgconfig" LD_LIBRARY_PATH="$prefix/$libdir"
 check_example_with_pkg_config

@@ -219,4 +219,6 @@ int runShow(const ShowRequest& request, std::ostream& out, std::ostream& err) {
   return status;
 }
 
+nlohmann::ordered_json fileObject(const FileTags& file) { return fileJson(file); }
+
 }  // namespace lorvane::app

@@ -9,7 +9,10 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 #include <lorvane/et_language.hpp>
+#include <lorvane/file_tags.hpp>
 
 namespace lorvane::app {
 
@@ -24,6 +27,9 @@ struct ShowRequest {
   bool drawsProgress = false;                 // a bar on standard error while the tool reads
   bool dimsRawValues = false;                 // standard output is a terminal
 };
+
+// The object `--json` and `--json-lines` print for the file.
+nlohmann::ordered_json fileObject(const FileTags& file);
 
 // 0 when every file was read, 1 when the tool failed on one (the others are still shown).
 int runShow(const ShowRequest& request, std::ostream& out, std::ostream& err);

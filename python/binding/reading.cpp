@@ -14,6 +14,7 @@
 #include <lorvane/tag_item.hpp>
 
 #include "common.hpp"
+#include "show_command.hpp"
 
 namespace lorvane::python {
 namespace {
@@ -50,26 +51,38 @@ const FileTag* findTag(const FileTags& file, std::string_view name) {
   return nullptr;
 }
 
-// The object `lorvane show --json-lines` writes for the file.
+// A JSON value as Python's json module reads it.
+py::object pythonObject(const nlohmann::ordered_json& value) {
+  using Type = nlohmann::ordered_json::value_t;
+  switch (value.type()) {
+    case Type::object: {
+      py::dict object;
+      for (const auto& [key, element] : value.items()) {
+        object[text(key)] = pythonObject(element);
+      }
+      return object;
+    }
+    case Type::array: {
+      py::list array;
+      for (const auto& element : value) {
+        array.append(pythonObject(element));
+      }
+      return array;
+    }
+    case Type::string: return text(value.get_ref<const std::string&>());
+    case Type::boolean: return py::bool_(value.get<bool>());
+    case Type::number_integer: return py::int_(value.get<std::int64_t>());
+    case Type::number_unsigned: return py::int_(value.get<std::uint64_t>());
+    case Type::number_float: return py::float_(value.get<double>());
+    default: return py::none();
+  }
+}
+
+// The object `lorvane show --json-lines` writes for the file, made by the program's own code;
+// only the file's name is Python's (os.fsdecode), so that it names the file given.
 py::dict toDict(const FileTags& file) {
-  py::dict object;
+  py::dict object(pythonObject(app::fileObject(file)));
   object["file"] = pathText(file.file);
-  if (file.error) {
-    object["error"] = text(*file.error);
-  }
-  py::list tags;
-  for (const FileTag& tag : file.tags) {
-    py::dict entry;
-    entry["group"] = text(tag.group);
-    entry["name"] = text(tag.name);
-    entry["stream"] = tag.item != nullptr ? py::object(text(tag.item->stream().rawValue()))
-                                          : py::object(py::none());
-    entry["title"] = text(tag.title);
-    entry["value"] = valueObject(tag.value);
-    entry["raw"] = valueObject(tag.raw);
-    tags.append(std::move(entry));
-  }
-  object["tags"] = std::move(tags);
   return object;
 }
 

@@ -221,4 +221,6 @@ int runShow(const ShowRequest& request, std::ostream& out, std::ostream& err) {
 
 nlohmann::ordered_json fileObject(const FileTags& file) { return fileJson(file); }
 
+std::string fileLine(const FileTags& file) { return dumped(fileJson(file), -1); }
+
 }  // namespace lorvane::app

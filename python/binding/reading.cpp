@@ -439,6 +439,10 @@ void addReading(py::module_& module) {
            "The object `lorvane show --json-lines` writes for the file: file, error (only with "
            "one) and tags, each with group, name, stream (None outside the catalogue), title, "
            "value and raw.")
+      .def(
+          "to_json", [](const FileTags& file) { return text(app::fileLine(file)); },
+          "to_dict() as the JSON text `lorvane show --json-lines` writes for the file (without "
+          "the line end): cheaper than json.dumps(to_dict()) for a JSON Lines index.")
       .def("__repr__", [](const FileTags& file) {
         return py::str("<lorvane.FileTags {!r}: {} tags{}>")
             .format(pathText(file.file), file.tags.size(),

@@ -30,6 +30,7 @@ def test_values_equal_the_tools_and_the_programs(varied):
         files = list(reader.read_each(varied))
     shown = [json.loads(line) for line in program("show", "--json-lines", "--jobs", "1", *varied).splitlines()]
     assert [same_reading(file.to_dict()) for file in files] == [same_reading(file) for file in shown]
+    assert [json.loads(file.to_json()) for file in files] == [file.to_dict() for file in files]
     for path, file in zip(varied, files):
         assert file.file == path and file.error is None
         expected = tool_json(path)

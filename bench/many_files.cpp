@@ -30,6 +30,8 @@
 
 namespace {
 
+using lorvane::bench::Cost;
+using lorvane::bench::costOf;
 using lorvane::bench::loadAverage;
 using lorvane::bench::median;
 
@@ -51,33 +53,6 @@ std::string quoted(const std::string& text) {
 int statusOf(const std::string& command) {
   const int status = std::system(command.c_str());
   return status != -1 && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-// Wall-clock and processor seconds (this process's and its waited-for children's, the tools
-// included) of one piece of work. Processor time hardly depends on the machine's load.
-struct Cost {
-  double wall = 0;
-  double processor = 0;
-};
-
-double processorSeconds() {
-  double total = 0;
-  for (const int who : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
-    rusage usage{};
-    getrusage(who, &usage);
-    for (const timeval& time : {usage.ru_utime, usage.ru_stime}) {
-      total += static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
-    }
-  }
-  return total;
-}
-
-Cost costOf(const std::function<void()>& work) {
-  const double processorBefore = processorSeconds();
-  const auto start = std::chrono::steady_clock::now();
-  work();
-  return {std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(),
-          processorSeconds() - processorBefore};
 }
 
 void mustSucceed(const std::string& command) {

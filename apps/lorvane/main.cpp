@@ -3,8 +3,10 @@
 //
 //   lorvane show [--lang L] [--raw] [--json | --json-lines] [--jobs N] [--timeout SECONDS]
 //                [--files-from FILE [--null]] FILE...
-//   lorvane set [--lang L] [--overwrite-original] [--timeout SECONDS] NAME=VALUE... -- FILE...
+//   lorvane set [--lang L] [--overwrite-original] [--timeout SECONDS] [--capture-time TIME]
+//               [--location LAT,LON[,ALT]] NAME=VALUE... -- FILE...
 //   lorvane tags [--lang L] [--choices] [--json] PATTERN...
+//   lorvane extract [--tag NAME | --preview] [--out DIR] [--timeout SECONDS] FILE...
 //   lorvane --version | --help
 
 #include <unistd.h>
@@ -27,6 +29,7 @@
 #include <lorvane/et_language.hpp>
 #include <lorvane/et_settings.hpp>
 
+#include "extract_command.hpp"
 #include "interruption.hpp"
 #include "set_command.hpp"
 #include "show_command.hpp"
@@ -44,8 +47,10 @@ constexpr const char* usageStart =
     "usage: lorvane show [--lang L] [--raw] [--json | --json-lines] [--jobs N]\n"
     "                    [--timeout SECONDS] [--files-from FILE [--null]] FILE...\n"
     "       lorvane set [--lang L] [--overwrite-original] [--timeout SECONDS]\n"
+    "                   [--capture-time TIME] [--location LAT,LON[,ALT]]\n"
     "                   NAME=VALUE... -- FILE...\n"
     "       lorvane tags [--lang L] [--choices] [--json] PATTERN...\n"
+    "       lorvane extract [--tag NAME | --preview] [--out DIR] [--timeout SECONDS] FILE...\n"
     "       lorvane --version | --help\n"
     "\n"
     "show   every tag ExifTool reads from the files, by stream, with the catalogue's titles;\n"
@@ -61,9 +66,14 @@ constexpr const char* usageStart =
     "       name (EXIF:Orientation), VALUE a raw value or a label in the chosen language;\n"
     "       an empty VALUE deletes the tag; a list tag takes several NAME=VALUE.\n"
     "       Each written FILE keeps its original as FILE_original unless --overwrite-original\n"
+    "       --capture-time 2026-11-01T10:30:00+02:00  EXIF's and XMP's dates, sub-seconds, zone\n"
+    "       --location 48.8584,2.2945[,35]  EXIF's GPS position (south, west, below sea: -)\n"
     "tags   looks tags up in the catalogue: a name (EXIF:Orientation), a key in any stream\n"
     "       (Orientation), wildcards (Canon:*Lens*) or words of the title\n"
     "       --choices  every value with its label (always for a single tag)\n"
+    "extract  writes a binary tag of each file (--tag ThumbnailImage) or its largest\n"
+    "       preview (--preview, the default) as DIR/NAME_TAG.jpg (.png, .tif or .bin by\n"
+    "       what it holds); --out DIR (default: the current folder)\n"
     "\n"
     "--timeout SECONDS  longest time for one file (default 60): the file gets an error,\n"
     "           the others go on\n";
@@ -297,6 +307,10 @@ int set(Arguments& arguments) {
           sawSeparator = true;
         } else if (word == "--overwrite-original") {
           request.overwritesOriginal = true;
+        } else if (word == "--capture-time") {
+          request.captureTime = arguments.value(word);
+        } else if (word == "--location") {
+          request.location = arguments.value(word);
         } else if (word == "--timeout") {
           request.timeout = timeout(arguments.value(word));
         } else {
@@ -313,8 +327,8 @@ int set(Arguments& arguments) {
           request.assignments.push_back(word);
         }
       });
-  if (request.assignments.empty()) {
-    throw UsageError("no NAME=VALUE given");
+  if (request.assignments.empty() && !request.captureTime && !request.location) {
+    throw UsageError("no NAME=VALUE, --capture-time or --location given");
   }
   if (request.files.empty()) {
     throw UsageError("no file given (files follow a '--')");
@@ -347,6 +361,40 @@ int tags(Arguments& arguments) {
   return app::runTags(request, std::cout, std::cerr);
 }
 
+int extract(Arguments& arguments) {
+  app::ExtractRequest request;
+  bool preview = false;
+  walkCommand(
+      arguments,
+      [&](const std::string& word) {
+        if (word == "--tag") {
+          request.tag = arguments.value(word);
+        } else if (word == "--preview") {
+          preview = true;
+        } else if (word == "--out") {
+          request.folder = arguments.value(word);
+        } else if (word == "--timeout") {
+          request.timeout = timeout(arguments.value(word));
+        } else {
+          return word == "--";
+        }
+        return true;
+      },
+      [&](const std::string& word) { request.files.push_back(word); });
+  if (preview && request.tag) {
+    throw UsageError("--tag and --preview exclude each other");
+  }
+  if (request.files.empty()) {
+    throw UsageError("no file given");
+  }
+  if (const auto missing = missingExifTool()) {
+    std::cerr << "lorvane: " << *missing << "\n";
+    return noExifToolStatus;
+  }
+  app::interruption::watch();  // no thread has started yet
+  return app::runExtract(request, std::cout, std::cerr);
+}
+
 int runCommand(int argc, char** argv) {
   const std::string_view command = argc > 1 ? argv[1] : "";
   try {
@@ -359,6 +407,9 @@ int runCommand(int argc, char** argv) {
     }
     if (command == "tags") {
       return tags(arguments);
+    }
+    if (command == "extract") {
+      return extract(arguments);
     }
     if (command == "--version") {
       if (const auto missing = missingExifTool()) {

@@ -1,5 +1,7 @@
 #include "set_command.hpp"
 
+#include <charconv>
+#include <cmath>
 #include <ostream>
 #include <variant>
 
@@ -73,25 +75,95 @@ std::string refusalSentence(const AssignmentRefusal& refusal) {
       return singleQuoted(name) + " takes one value and is named more than once";
     case Reason::deleteAndValues:
       return singleQuoted(name) + " can't be deleted and given values at once";
+    case Reason::notADate:
+      return name + ": " + singleQuoted(refusal.value) +
+             " is no date (YYYY:MM:DD HH:MM:SS[.sss][+HH:MM], or ISO 8601 such as "
+             "2026-11-01T10:30:00+02:00)";
   }
   return singleQuoted(name) + " was refused";
 }
 
+namespace {
+
+// "48.8584,2.2945" or "48.8584,2.2945,35": degrees (south and west negative), metres.
+std::optional<GeoLocation> parseLocation(std::string_view text) {
+  std::vector<double> numbers;
+  for (std::size_t start = 0; start <= text.size();) {
+    const auto end = std::min(text.find(',', start), text.size());
+    const auto part = text.substr(start, end - start);
+    const char* first = part.data() + (part.starts_with('+') ? 1 : 0);
+    double number = 0;
+    const auto [stop, error] = std::from_chars(first, part.data() + part.size(), number);
+    if (part.empty() || error != std::errc() || stop != part.data() + part.size() ||
+        !std::isfinite(number)) {
+      return std::nullopt;
+    }
+    numbers.push_back(number);
+    start = end + 1;
+  }
+  if (numbers.size() < 2 || numbers.size() > 3 || std::abs(numbers[0]) > 90 ||
+      std::abs(numbers[1]) > 180) {
+    return std::nullopt;
+  }
+  GeoLocation place{numbers[0], numbers[1], std::nullopt, {}};
+  if (numbers.size() == 3) {
+    place.altitude = numbers[2];
+  }
+  return place;
+}
+
+// The assignments of --capture-time and --location, or nothing after saying what is wrong.
+std::optional<std::vector<TagAssignment>> typedAssignments(const SetRequest& request,
+                                                           std::ostream& err) {
+  std::vector<TagAssignment> assignments;
+  bool valid = true;
+  if (request.captureTime) {
+    const auto time = TagDateTime::parse(*request.captureTime);
+    if (time && time->day != 0) {
+      assignments = assignCaptureTime(*time);
+    } else {
+      err << "lorvane: --capture-time: " << singleQuoted(*request.captureTime)
+          << " is no date (2026-11-01T10:30:00+02:00, 2026:11:01 10:30:00.123, 2026-11-01)\n";
+      valid = false;
+    }
+  }
+  if (request.location) {
+    if (const auto place = parseLocation(*request.location)) {
+      const auto more = assignLocation(*place);
+      assignments.insert(assignments.end(), more.begin(), more.end());
+    } else {
+      err << "lorvane: --location: " << singleQuoted(*request.location)
+          << " is no place (LATITUDE,LONGITUDE[,ALTITUDE] in degrees and metres, south and "
+             "west negative: -33.5,-70.25,12)\n";
+      valid = false;
+    }
+  }
+  return valid ? std::optional(std::move(assignments)) : std::nullopt;
+}
+
+}  // namespace
+
 int runSet(const SetRequest& request, std::ostream& out, std::ostream& err) {
   const auto checked = checkAssignments(request.assignments, request.language);
-  if (const auto* refusals = std::get_if<std::vector<AssignmentRefusal>>(&checked)) {
+  const auto* refusals = std::get_if<std::vector<AssignmentRefusal>>(&checked);
+  if (refusals != nullptr) {
     for (const auto& refusal : *refusals) {
       err << "lorvane: " << refusalSentence(refusal) << "\n";
     }
+  }
+  const auto typed = typedAssignments(request, err);
+  if (refusals != nullptr || !typed) {
     err << "lorvane: nothing was written\n";
     return 1;
   }
+  auto assignments = std::get<std::vector<TagAssignment>>(checked);
+  assignments.insert(assignments.end(), typed->begin(), typed->end());
   MetadataWriter writer(
       {.overwritesOriginal = request.overwritesOriginal, .jobs = 1, .timeout = request.timeout});
   // The files written before a signal are reported; the others are left as they were.
   const interruption::CancelRegistration cancelOnSignal([&writer] { writer.cancel(); });
   int status = 0;
-  writer.write(std::get<std::vector<TagAssignment>>(checked), request.files,
+  writer.write(assignments, request.files,
                [&](const FileWriteResult& result) {
                  using Outcome = FileWriteResult::Outcome;
                  const std::string file = escapeControls(result.file, LineFeeds::escaped);

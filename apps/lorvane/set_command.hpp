@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <iosfwd>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,8 @@ namespace lorvane::app {
 
 struct SetRequest {
   std::vector<std::string> assignments;  // "NAME=VALUE", as given
+  std::optional<std::string> captureTime;  // "2026-11-01T10:30:00+02:00", as given
+  std::optional<std::string> location;     // "48.8584,2.2945[,35]", as given
   std::vector<std::string> files;
   ETLanguage language = ETLanguage::english;  // of the labels a VALUE may be given as
   bool overwritesOriginal = false;            // no FILE_original beside a written file

@@ -39,12 +39,40 @@ Json valueJson(const TagValue& value) {
   return value.texts.empty() ? std::string() : value.texts.front();
 }
 
-// {"file", "error" (only when there is one), "tags": [{"group", "name", "stream" (or null),
-// "title", "value", "raw"}]}; a list value is an array of texts, every other value one text.
+// {"time", "utc" (where the zone is known), "source", "zoneSource"}.
+Json captureTimeJson(const CaptureTime& taken) {
+  Json object = {{"time", taken.time.iso8601()}};
+  if (const auto utc = taken.time.utc()) {
+    object["utc"] = utcText(*utc, taken.time.subseconds);
+  }
+  object["source"] = taken.source;
+  object["zoneSource"] = taken.zoneSource;
+  return object;
+}
+
+// {"latitude", "longitude", "altitude" (where known), "source"}.
+Json locationJson(const GeoLocation& place) {
+  Json object = {{"latitude", place.latitude}, {"longitude", place.longitude}};
+  if (place.altitude) {
+    object["altitude"] = *place.altitude;
+  }
+  object["source"] = place.source;
+  return object;
+}
+
+// {"file", "error" (only when there is one), "captureTime" and "location" (where the file has
+// them), "tags": [{"group", "name", "stream" (or null), "title", "value", "raw"}]}; a list value
+// is an array of texts, every other value one text.
 Json fileJson(const FileTags& file) {
   Json object = {{"file", file.file}};
   if (file.error) {
     object["error"] = *file.error;
+  }
+  if (const auto taken = file.captureTime()) {
+    object["captureTime"] = captureTimeJson(*taken);
+  }
+  if (const auto place = file.location()) {
+    object["location"] = locationJson(*place);
   }
   auto& tags = object["tags"] = Json::array();
   for (const auto& tag : file.tags) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <ostream>
+#include <sstream>
 #include <vector>
 
 #include <unicode/uchar.h>
@@ -144,6 +145,62 @@ std::string escapeControls(std::string_view text, LineFeeds lineFeeds) {
   return result;
 }
 
+namespace {
+
+// "Date/Time Original: 2026-11-01T10:30:00+02:00   GPS Position: 48.8584, 2.2945, 35 m", with
+// the titles of the file's own tags; empty where the file says neither.
+std::string takenLine(const FileTags& file) {
+  const auto titleOf = [&](std::string_view group, std::initializer_list<std::string_view> names) {
+    for (const std::string_view name : names) {
+      for (const auto& tag : file.tags) {
+        if (tag.name == name && tag.group.starts_with(group)) {
+          return tag.title;
+        }
+      }
+    }
+    return std::string(names.begin()[0]);
+  };
+  std::string line;
+  if (const auto taken = file.captureTime()) {
+    const auto colon = taken->source.find(':');
+    line.append(titleOf(taken->source.substr(0, colon), {taken->source.substr(colon + 1)}))
+        .append(": ")
+        .append(taken->time.iso8601());
+  }
+  if (const auto place = file.location()) {
+    std::ostringstream where;
+    where.precision(10);
+    where << place->latitude << ", " << place->longitude;
+    if (place->altitude) {
+      where << ", " << *place->altitude << " m";
+    }
+    line.append(line.empty() ? "" : "   ")
+        .append(titleOf("", {"GPSPosition", "GPSCoordinates", "GPSLatitude"}))
+        .append(": ")
+        .append(where.str());
+  }
+  return line;
+}
+
+}  // namespace
+
+std::string utcText(std::chrono::sys_time<std::chrono::microseconds> instant,
+                    const std::string& subseconds) {
+  using namespace std::chrono;
+  const auto day = floor<days>(instant);
+  const year_month_day date(day);
+  const hh_mm_ss time(floor<seconds>(instant) - day);
+  TagDateTime utc{static_cast<int>(date.year()),
+                  static_cast<unsigned>(date.month()),
+                  static_cast<unsigned>(date.day()),
+                  static_cast<int>(time.hours().count()),
+                  static_cast<int>(time.minutes().count()),
+                  static_cast<int>(time.seconds().count()),
+                  subseconds,
+                  0};
+  return utc.iso8601();
+}
+
 void printTagTable(std::ostream& out, const FileTags& file, TableStyle style) {
   std::vector<Section> sections;
   for (const auto& tag : file.tags) {
@@ -166,6 +223,9 @@ void printTagTable(std::ostream& out, const FileTags& file, TableStyle style) {
   // A file name may hold a line feed, and the header stays one line. The table goes out in one
   // write: a stream's many small insertions cost more than the table's making.
   std::string text = "== " + escapeControls(file.file, LineFeeds::escaped) + "\n";
+  if (const auto taken = takenLine(file); !taken.empty()) {
+    text.append(escapeControls(taken, LineFeeds::escaped)).append("\n");
+  }
   const std::string continuation(2 + titleWidth + 2, ' ');
   for (std::size_t s = 0; s < sections.size(); ++s) {
     text.append(sections[s].name).append("\n");

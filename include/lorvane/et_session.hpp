@@ -40,6 +40,10 @@ public:
     // false leaves both out, which saves the tool a third of its time on small files; progress
     // then moves only at the end of each run.
     bool toolProgress = true;
+    // The tool also gets the host's TZ, where it is set, beside a run's own variables: its
+    // file-system dates and converted QuickTime dates are then in the user's zone, as the
+    // user's own "exiftool" prints them.
+    bool passesTimeZone = false;
   };
 
   ETSession();

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include <lorvane/tag_values.hpp>
+
 namespace lorvane {
 
 // Only pointed to here: its header pulls in the whole generated catalogue, which a unit that
@@ -35,12 +37,39 @@ struct FileTag {
   TagValue value;                 // the tool's printed value
   TagValue raw;                   // the raw value; equal to value where the tool gave none
   std::string label;              // the catalogue's label, only where the tool printed none
+
+  // The raw value as a date, for every value the tool writes as one, whatever the catalogue
+  // says of the tag (TagDateTime::parse); a year or a month alone only where the catalogue
+  // says the tag holds a date. Nothing for a list, a time alone or an empty date.
+  std::optional<TagDateTime> dateTime() const;
+  // The raw value where it is one number: an integer exactly (an int64 kind, a uint64 one
+  // beyond it), anything else as a float64. Nothing for a list, text, "inf" or "undef".
+  std::optional<TagNumber> number() const;
 };
 
 struct FileTags {
   std::string file;                  // as the caller named it (a folder's files by their path)
   std::optional<std::string> error;  // why the file could not be read, or the tool's error
   std::vector<FileTag> tags;         // in the tool's order
+
+  // When the picture or recording was taken: the first of these that holds a whole day,
+  // never a file system's date.
+  //   1. Composite:SubSecDateTimeOriginal (the tool's join of the three below)
+  //   2. EXIF:DateTimeOriginal with EXIF:SubSecTimeOriginal and EXIF:OffsetTimeOriginal
+  //   3. XMP:DateTimeOriginal, then XMP:DateCreated
+  //   4. QuickTime:CreationDate (Apple's, with its zone in the value)
+  //   5. QuickTime:CreateDate, which the format keeps in UTC (zoneSource "UTC by the format")
+  //   6. EXIF:CreateDate with EXIF:SubSecTimeDigitized and EXIF:OffsetTimeDigitized, then
+  //      XMP:CreateDate, XMP:DateTimeDigitized
+  // The zone is the one of the value, or of its offset tag; where none says it, the GPS date
+  // and time (UTC) against the local time gives it when the two lie within 14 hours, rounded
+  // to 15 minutes (zoneSource "GPS time"); otherwise it stays unknown.
+  std::optional<CaptureTime> captureTime() const;
+  // Where it was taken: the tool's composite GPS position (with the altitude's reference where
+  // the composite altitude has no sign), else EXIF's GPS tags with their references, XMP's
+  // ("48,51.504N" or degrees), QuickTime's GPSCoordinates ("-33.5 -70.25 -12" or ISO 6709
+  // "+48.8584+002.2945+035.000/"). A position of 0,0 with no other GPS tag is none.
+  std::optional<GeoLocation> location() const;
 };
 
 }  // namespace lorvane

@@ -31,4 +31,5 @@
 #include <lorvane/tag_strings.hpp>
 #include <lorvane/tag_assignment.hpp>
 #include <lorvane/tag_type.hpp>
+#include <lorvane/tag_values.hpp>
 #include <lorvane/tool_groups.hpp>

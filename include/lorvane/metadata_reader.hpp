@@ -10,11 +10,14 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include <lorvane/et_language.hpp>
 #include <lorvane/file_tags.hpp>
+#include <lorvane/tag_values.hpp>
 
 namespace lorvane {
 
@@ -49,6 +52,15 @@ public:
   // others never). What onFile or onProgress throws ends the reading and comes out here.
   void readEach(std::span<const std::string> files, const std::function<void(FileTags&&)>& onFile,
                 const std::function<void(double)>& onProgress = {});
+
+  // The bytes of one binary tag ("ThumbnailImage", "PreviewImage", "JpgFromRaw", "Picture",
+  // "ICC_Profile", also with its groups), exactly what "exiftool -b -TAG FILE" writes; nothing
+  // where the tool extracts nothing (no such tag, or one listed that holds no data).
+  std::optional<std::vector<std::byte>> readBinary(const std::string& file, const std::string& tag);
+
+  // The largest JPEG or PNG picture the tool extracts from the file (previews, thumbnails, a
+  // RAW file's JpgFromRaw, cover art), for an application that wants something to show.
+  std::optional<EmbeddedImage> readLargestPreview(const std::string& file);
 
   // From any thread: ends the tools at work; readEach returns soon after. A cancelled reader
   // stays cancelled.

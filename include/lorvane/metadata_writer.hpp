@@ -10,10 +10,12 @@
 #include <chrono>
 #include <cstddef>
 #include <functional>
+#include <iosfwd>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <lorvane/tag_assignment.hpp>
@@ -36,6 +38,10 @@ struct FileWriteResult {
   // an older FILE_original was already there (the tool leaves that one as it is).
   std::optional<std::string> original;
 };
+
+// "updated", "unchanged", "refused", "failed".
+std::string_view to_string(FileWriteResult::Outcome outcome);
+std::ostream& operator<<(std::ostream& out, FileWriteResult::Outcome outcome);
 
 class MetadataWriter {
 public:

@@ -55,6 +55,12 @@ public:
   // The label of the choice at this position, which must lie in choices(): a position outside
   // stops a debug build and gives the empty string otherwise.
   std::string localizedChoice(std::size_t position) const;
+  // The same three in a language of the caller's choice, whatever the process's own (from that
+  // language's table, else the English one, else the raw name), as a MetadataReader of that
+  // language has them; no process-wide state is touched.
+  std::string localizedKey(ETLanguage language) const;
+  std::string localizedTitle(ETLanguage language) const;
+  std::string localizedChoice(std::size_t position, ETLanguage language) const;
 
   // The position of the first entry of choices() equal to the choice. Failing that, a text
   // such as "6 rotated" or "2.x" is cut back at its last blank, then point, then comma, one

@@ -11,6 +11,7 @@
 #include <pybind11/pybind11.h>
 
 #include <lorvane/et_language.hpp>
+#include <lorvane/tag_values.hpp>
 
 namespace lorvane::python {
 
@@ -36,6 +37,13 @@ void requireTool();
 // `cancel` is called, the work is waited for and the exception comes out here. What `work`
 // throws comes out here too.
 void runWithoutGil(const std::function<void()>& work, const std::function<void()>& cancel);
+
+// A date as datetime.datetime (aware where its offset is known) or, without a time of day,
+// datetime.date, or as datetime.datetime at midnight with `wholeDateTime`; None for a year
+// or a month alone, and for what Python's datetime can't hold (a leap second).
+py::object dateTimeObject(const TagDateTime& date, bool wholeDateTime = false);
+// A datetime.datetime or datetime.date as the library's date.
+TagDateTime tagDateTime(py::handle date);
 
 // The parts of the module, each adding its names.
 void addErrors(py::module_& module);

@@ -116,6 +116,60 @@ void runWithoutGil(const std::function<void()>& work, const std::function<void()
   }
 }
 
+py::object dateTimeObject(const TagDateTime& date, bool wholeDateTime) {
+  if (date.month == 0 || date.day == 0) {
+    return py::none();
+  }
+  const py::module_ datetime = py::module_::import("datetime");
+  if (!date.hour && !wholeDateTime) {
+    return datetime.attr("date")(date.year, date.month, date.day);
+  }
+  // The digits after the point as microseconds: "5" is 500000, "1234567" is 123456.
+  std::string digits = date.subseconds.substr(0, 6);
+  digits.resize(6, '0');
+  py::object zone = py::none();
+  if (date.offsetMinutes) {
+    zone = datetime.attr("timezone")(
+        datetime.attr("timedelta")(py::arg("minutes") = *date.offsetMinutes));
+  }
+  try {
+    return datetime.attr("datetime")(date.year, date.month, date.day, date.hour.value_or(0),
+                                     date.minute.value_or(0), date.second.value_or(0),
+                                     std::stoi(digits), zone);
+  } catch (py::error_already_set& error) {
+    if (!error.matches(PyExc_ValueError)) {
+      throw;
+    }
+    return py::none();
+  }
+}
+
+TagDateTime tagDateTime(py::handle date) {
+  const py::module_ datetime = py::module_::import("datetime");
+  if (!py::isinstance(date, datetime.attr("date"))) {
+    throw py::type_error("capture_time: a datetime.datetime or datetime.date");
+  }
+  TagDateTime result;
+  result.year = date.attr("year").cast<int>();
+  result.month = date.attr("month").cast<unsigned>();
+  result.day = date.attr("day").cast<unsigned>();
+  if (py::isinstance(date, datetime.attr("datetime"))) {
+    result.hour = date.attr("hour").cast<int>();
+    result.minute = date.attr("minute").cast<int>();
+    result.second = date.attr("second").cast<int>();
+    if (const int micro = date.attr("microsecond").cast<int>(); micro != 0) {
+      std::string digits = std::to_string(1'000'000 + micro).substr(1);
+      result.subseconds = digits.substr(0, digits.find_last_not_of('0') + 1);
+    }
+    const py::object offset = date.attr("utcoffset")();
+    if (!offset.is_none()) {
+      result.offsetMinutes =
+          static_cast<int>(offset.attr("total_seconds")().cast<double>() / 60);
+    }
+  }
+  return result;
+}
+
 py::object toolNotFoundError() { return py::reinterpret_borrow<py::object>(toolNotFoundType); }
 py::object assignmentError() { return py::reinterpret_borrow<py::object>(assignmentType); }
 

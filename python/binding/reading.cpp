@@ -8,10 +8,13 @@
 #include <mutex>
 #include <optional>
 #include <thread>
+#include <variant>
 #include <vector>
 
 #include <lorvane/metadata_reader.hpp>
 #include <lorvane/tag_item.hpp>
+
+#include <pybind11/stl.h>
 
 #include "common.hpp"
 #include "show_command.hpp"
@@ -29,6 +32,10 @@ py::object valueObject(const TagValue& value) {
     return texts;
   }
   return text(value.texts.empty() ? std::string() : value.texts.front());
+}
+
+py::object numberObject(const TagNumber& number) {
+  return std::visit([](auto value) -> py::object { return py::cast(value); }, number.value());
 }
 
 std::string_view family0(const FileTag& tag) {
@@ -151,21 +158,39 @@ public:
 
   FileTags read(py::handle path) {
     const std::string file = python::path(path);
+    return run([&](MetadataReader& reader) { return reader.read(file); });
+  }
+
+  py::object readBinary(py::handle path, const std::string& tag) {
+    const std::string file = python::path(path);
+    const auto bytes = run([&](MetadataReader& reader) { return reader.readBinary(file, tag); });
+    if (!bytes) {
+      return py::none();
+    }
+    return py::bytes(reinterpret_cast<const char*>(bytes->data()), bytes->size());
+  }
+
+  std::optional<EmbeddedImage> readLargestPreview(py::handle path) {
+    const std::string file = python::path(path);
+    return run([&](MetadataReader& reader) { return reader.readLargestPreview(file); });
+  }
+
+private:
+  // One call of the library's reader, on a thread of its own while this one waits.
+  template <class Work>
+  auto run(const Work& work) {
     const auto reader = begin();
-    std::optional<FileTags> result;
-    bool interrupted = true;
+    std::optional<decltype(work(*reader))> result;
     try {
-      runWithoutGil([&] { result = reader->read(file); }, [&] { reader->cancel(); });
-      interrupted = false;
+      runWithoutGil([&] { result.emplace(work(*reader)); }, [&] { reader->cancel(); });
     } catch (...) {
-      end(interrupted);
+      end(true);
       throw;
     }
     end(false);
     return std::move(*result);
   }
 
-private:
   MetadataReader::Options options_;
   std::mutex mutex_;
   std::shared_ptr<MetadataReader> reader_;
@@ -361,6 +386,40 @@ private:
 }  // namespace
 
 void addReading(py::module_& module) {
+  py::class_<GeoLocation>(module, "GeoLocation", "Where a file says it was taken.")
+      .def_readonly("latitude", &GeoLocation::latitude, "Decimal degrees, south negative.")
+      .def_readonly("longitude", &GeoLocation::longitude, "Decimal degrees, west negative.")
+      .def_property_readonly(
+          "altitude",
+          [](const GeoLocation& place) -> py::object {
+            return place.altitude ? py::object(py::float_(*place.altitude))
+                                  : py::object(py::none());
+          },
+          "Metres, below sea level negative; None where unknown.")
+      .def_property_readonly(
+          "source", [](const GeoLocation& place) { return text(place.source); },
+          "The tool group the position came from: \"Composite\", \"XMP\", ...")
+      .def("__repr__", [](const GeoLocation& place) {
+        return py::str("<lorvane.GeoLocation {}, {}{} from {}>")
+            .format(place.latitude, place.longitude,
+                    place.altitude ? py::str(", {} m").format(*place.altitude) : py::str(""),
+                    text(place.source));
+      });
+
+  py::class_<EmbeddedImage>(module, "EmbeddedImage", "A picture inside a file.")
+      .def_property_readonly(
+          "tag", [](const EmbeddedImage& image) { return text(image.tag); },
+          "The tag it was extracted from: \"PreviewImage\", \"ThumbnailImage\", ...")
+      .def_property_readonly(
+          "data",
+          [](const EmbeddedImage& image) {
+            return py::bytes(reinterpret_cast<const char*>(image.bytes.data()), image.bytes.size());
+          },
+          "The picture's bytes (JPEG or PNG).")
+      .def("__repr__", [](const EmbeddedImage& image) {
+        return py::str("<lorvane.EmbeddedImage {}: {} bytes>").format(text(image.tag), image.bytes.size());
+      });
+
   py::class_<FileTag>(module, "FileTag", "One tag of a file as the tool read it.")
       .def_property_readonly(
           "group", [](const FileTag& tag) { return text(tag.group); },
@@ -386,6 +445,23 @@ void addReading(py::module_& module) {
       .def_property_readonly(
           "tag", [](const FileTag& tag) { return tag.item; }, py::return_value_policy::reference,
           "The catalogue's Tag, or None where the catalogue doesn't know the tag.")
+      .def_property_readonly(
+          "number",
+          [](const FileTag& tag) -> py::object {
+            const auto number = tag.number();
+            return number ? numberObject(*number) : py::object(py::none());
+          },
+          "The raw value where it is one number: an int exactly, else a float; None for a "
+          "list, text, \"inf\" or \"undef\".")
+      .def_property_readonly(
+          "datetime",
+          [](const FileTag& tag) -> py::object {
+            const auto date = tag.dateTime();
+            return date ? dateTimeObject(*date) : py::object(py::none());
+          },
+          "The raw value as a date: datetime.datetime (aware where the value or the tool says "
+          "its offset), datetime.date for a day alone; None for anything else (also a year or "
+          "a month alone).")
       .def("__repr__", [](const FileTag& tag) {
         return py::str("<lorvane.FileTag {}:{} = {!r}>")
             .format(text(tag.group), text(tag.name), valueObject(tag.value));
@@ -411,6 +487,34 @@ void addReading(py::module_& module) {
             return tags;
           },
           "The tags (FileTag), in the tool's order.")
+      .def_property_readonly(
+          "capture_time",
+          [](const FileTags& file) -> py::object {
+            const auto taken = file.captureTime();
+            return taken ? dateTimeObject(taken->time, true) : py::object(py::none());
+          },
+          "When the picture or recording was taken, as a datetime.datetime: aware where its "
+          "offset is known (the value's, its offset tag's, or from the GPS time), naive "
+          "otherwise; None without one. Never a file system's date.")
+      .def_property_readonly(
+          "capture_time_source",
+          [](const FileTags& file) -> py::object {
+            const auto taken = file.captureTime();
+            return taken ? py::object(text(taken->source)) : py::object(py::none());
+          },
+          "The tag capture_time comes from (\"EXIF:DateTimeOriginal\"), or None.")
+      .def_property_readonly(
+          "capture_time_zone_source",
+          [](const FileTags& file) -> py::object {
+            const auto taken = file.captureTime();
+            return taken && !taken->zoneSource.empty() ? py::object(text(taken->zoneSource))
+                                                       : py::object(py::none());
+          },
+          "What gave capture_time its offset (\"EXIF:OffsetTimeOriginal\", \"GPS time\", ...), "
+          "or None.")
+      .def_property_readonly(
+          "location", [](const FileTags& file) { return file.location(); },
+          "Where it was taken (GeoLocation), or None.")
       .def(
           "__getitem__",
           [](const FileTags& file, const std::string& name) {
@@ -484,6 +588,13 @@ void addReading(py::module_& module) {
           "os.PathLike, a generator too) in their order, each as soon as it and all before it "
           "are read; a folder gives the files the tool reads in it. Memory stays flat in the "
           "number of paths. A file that can't be read has its .error; Ctrl-C ends the tools.")
+      .def("read_binary", &Reader::readBinary, py::arg("path"), py::arg("tag"),
+           "The bytes of one binary tag (\"ThumbnailImage\", \"PreviewImage\", \"JpgFromRaw\", "
+           "\"ICC_Profile\", also with its groups), exactly what `exiftool -b -TAG FILE` writes; "
+           "None where the tool extracts nothing.")
+      .def("read_largest_preview", &Reader::readLargestPreview, py::arg("path"),
+           "The largest JPEG or PNG picture the tool extracts from the file (previews, "
+           "thumbnails, a RAW file's JpgFromRaw, cover art) as an EmbeddedImage, or None.")
       .def("cancel", &Reader::cancel,
            "From any thread: ends the tools at work; read_each ends soon after. A cancelled "
            "Reader stays cancelled.")

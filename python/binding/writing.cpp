@@ -1,5 +1,6 @@
 // Writing: Writer, WriteResult and Refusal.
 
+#include <cmath>
 #include <memory>
 #include <mutex>
 #include <variant>
@@ -7,6 +8,8 @@
 
 #include <lorvane/metadata_writer.hpp>
 #include <lorvane/tag_assignment.hpp>
+
+#include <pybind11/stl.h>
 
 #include "common.hpp"
 #include "set_command.hpp"
@@ -25,6 +28,7 @@ std::string_view reasonName(AssignmentRefusal::Reason reason) {
     case Reason::tooManyValues: return "too_many_values";
     case Reason::namedTwice: return "named_twice";
     case Reason::deleteAndValues: return "delete_and_values";
+    case Reason::notADate: return "not_a_date";
   }
   return "refused";
 }
@@ -86,6 +90,22 @@ std::vector<std::string> pathList(py::handle paths) {
   return files;
 }
 
+// (latitude, longitude) or (latitude, longitude, altitude): degrees, south and west negative;
+// metres.
+GeoLocation geoLocation(py::handle location) {
+  const auto numbers = location.cast<std::vector<double>>();
+  if (numbers.size() < 2 || numbers.size() > 3 || !(std::abs(numbers[0]) <= 90) ||
+      !(std::abs(numbers[1]) <= 180)) {
+    throw py::value_error(
+        "location: (latitude, longitude[, altitude]), degrees within ±90 and ±180, metres");
+  }
+  GeoLocation place{numbers[0], numbers[1], std::nullopt, {}};
+  if (numbers.size() == 3) {
+    place.altitude = numbers[2];
+  }
+  return place;
+}
+
 class Writer {
 public:
   Writer(bool overwriteOriginal, std::size_t jobs, double timeout)
@@ -99,8 +119,8 @@ public:
     writer_ = std::make_shared<MetadataWriter>(options_);
   }
 
-  py::list write(py::handle assignments, py::handle paths,
-                                     const std::string& languageName) {
+  py::list write(py::handle assignments, py::handle paths, const std::string& languageName,
+                 py::handle captureTime, py::handle location) {
     const auto texts = assignmentTexts(assignments);
     const auto checked = checkAssignments(texts, language(languageName));
     if (const auto* refusals = std::get_if<std::vector<AssignmentRefusal>>(&checked)) {
@@ -115,7 +135,15 @@ public:
       PyErr_SetObject(assignmentError().ptr(), error.ptr());
       throw py::error_already_set();
     }
-    const auto& checkedAssignments = std::get<std::vector<TagAssignment>>(checked);
+    auto checkedAssignments = std::get<std::vector<TagAssignment>>(checked);
+    if (!captureTime.is_none()) {
+      const auto typed = assignCaptureTime(tagDateTime(captureTime));
+      checkedAssignments.insert(checkedAssignments.end(), typed.begin(), typed.end());
+    }
+    if (!location.is_none()) {
+      const auto typed = assignLocation(geoLocation(location));
+      checkedAssignments.insert(checkedAssignments.end(), typed.begin(), typed.end());
+    }
     const auto files = pathList(paths);
     std::shared_ptr<MetadataWriter> writer;
     {
@@ -255,12 +283,16 @@ void addWriting(py::module_& module) {
            "side, 0 for one per core. timeout: the longest the tool may take over one file, in "
            "seconds; 0 for no limit. Raises ToolNotFoundError without an ExifTool.")
       .def("write", &Writer::write, py::arg("assignments"), py::arg("paths"),
-           py::arg("language") = "en",
+           py::arg("language") = "en", py::kw_only(), py::arg("capture_time") = py::none(),
+           py::arg("location") = py::none(),
            "Writes every assignment to each file: `assignments` a dict {\"EXIF:Orientation\": "
            "\"Rotate 90 CW\", \"XMP:Subject\": [\"a\", \"b\"], \"XMP:Title\": None} (None "
            "deletes) or a list of \"NAME=VALUE\" texts; a value is a raw value, a label in "
            "`language`, or a number of the tag's type. Any refused assignment raises "
-           "AssignmentError and nothing is written. Returns a WriteResult per file, in order.")
+           "AssignmentError and nothing is written. capture_time (a datetime.datetime, its "
+           "offset written where it is aware, or a datetime.date) and location ((latitude, "
+           "longitude[, altitude]) in degrees and metres) write typed values to the tags that "
+           "hold them. Returns a WriteResult per file, in order.")
       .def("cancel", &Writer::cancel,
            "From any thread: ends the tools at work; write returns soon after, without the "
            "files not yet written. A cancelled Writer stays cancelled.")

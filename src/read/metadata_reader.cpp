@@ -7,6 +7,7 @@
 #include <lorvane/text.hpp>
 
 #include "catalogue/catalogue_texts.hpp"
+#include "read/embedded_images.hpp"
 #include "read/ordered_runs.hpp"
 #include "read/tool_answer.hpp"
 
@@ -113,6 +114,25 @@ void MetadataReader::readEach(std::span<const std::string> files,
         }
       },
       onProgress);
+}
+
+std::optional<std::vector<std::byte>> MetadataReader::readBinary(const std::string& file,
+                                                                 const std::string& tag) {
+  auto found =
+      detail::extractBinaries(state_->tools, state_->options.timeout, file, {"-G1", "-" + tag});
+  if (found.empty()) {
+    return std::nullopt;
+  }
+  return std::move(found.front().bytes);
+}
+
+std::optional<EmbeddedImage> MetadataReader::readLargestPreview(const std::string& file) {
+  const auto tags = detail::previewTags(state_->tools, state_->options.timeout, file);
+  if (tags.empty()) {
+    return std::nullopt;
+  }
+  return detail::largestPicture(
+      detail::extractBinaries(state_->tools, state_->options.timeout, file, tags));
 }
 
 void MetadataReader::cancel() { state_->tools.cancel(); }

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cstdint>
 #include <filesystem>
+#include <ostream>
 #include <string_view>
 #include <variant>
 
@@ -56,6 +57,20 @@ std::optional<std::size_t> countOf(std::string_view line, std::string_view what)
 }
 
 }  // namespace
+
+std::string_view to_string(FileWriteResult::Outcome outcome) {
+  switch (outcome) {
+    case Outcome::updated: return "updated";
+    case Outcome::unchanged: return "unchanged";
+    case Outcome::refused: return "refused";
+    case Outcome::failed: return "failed";
+  }
+  return "unknown";
+}
+
+std::ostream& operator<<(std::ostream& out, FileWriteResult::Outcome outcome) {
+  return out << to_string(outcome);
+}
 
 struct MetadataWriter::State {
   explicit State(Options chosen) : options(chosen), tools(chosen.jobs) {}

@@ -4,13 +4,17 @@
 #include <charconv>
 #include <cmath>
 #include <optional>
+#include <ostream>
 #include <sstream>
 #include <string_view>
 
 #include <lorvane/tag_name.hpp>
+#include <lorvane/tag_stream.hpp>
+#include <lorvane/tool_groups.hpp>
 
 #include "catalogue/alternatives.hpp"
 #include "catalogue/catalogue_texts.hpp"
+#include "read/tool_dates.hpp"
 
 namespace lorvane {
 namespace {
@@ -106,7 +110,7 @@ std::variant<TagAssignment, AssignmentRefusal> checkValue(const TagItem& item,
                                                           std::string_view name,
                                                           std::string_view text,
                                                           const detail::CatalogueTexts& texts) {
-  TagAssignment assignment{&item, {}, true};
+  TagAssignment assignment{&item, {}, true, {}};
   const auto refusal = [&](Reason reason, std::string_view value) {
     return AssignmentRefusal{reason, std::string(name), std::string(value), &item, 0, 0};
   };
@@ -121,6 +125,18 @@ std::variant<TagAssignment, AssignmentRefusal> checkValue(const TagItem& item,
     return refusal(Reason::notAChoice, text);
   }
   const TagType type = item.type();
+  if (type.isDateTime() || type.isDateOnly()) {
+    // An EXIF date holds a day and its time; its zone and sub-seconds go to tags of their own.
+    const auto date = TagDateTime::parse(text);
+    const bool isExif = item.stream().rawValue() == "EXIF";
+    if (!date || (isExif && type.isDateTime() && !date->hour)) {
+      return refusal(Reason::notADate, text);
+    }
+    const auto companions = detail::dateCompanions(item);
+    assignment.values.push_back(detail::toolDateText(*date, companions.offset == nullptr));
+    assignment.isRaw = false;  // the tool reads dates in their printed form
+    return assignment;
+  }
   if (!type.isNumber()) {
     assignment.values.emplace_back(text);
     assignment.isRaw = false;  // the tool reads dates and such in their printed form
@@ -146,10 +162,69 @@ std::variant<TagAssignment, AssignmentRefusal> checkValue(const TagItem& item,
   return assignment;
 }
 
+// The tag a name means: a catalogue name, a name with the tool's groups as the reader reports
+// it, or a bare name, found where the tool would write it (EXIF, IPTC, XMP, then any stream).
+const TagItem* findTag(std::string_view name) {
+  if (const auto parsed = TagName::parse(name)) {
+    if (const TagItem* item = TagItem::find(*parsed)) {
+      return item;
+    }
+  }
+  if (name.find(':') != std::string_view::npos) {
+    return findToolTag(name);
+  }
+  for (std::string_view stream : {"EXIF", "IPTC", "XMP"}) {
+    if (const TagItem* item = TagItem::find(TagName(stream, name))) {
+      return item;
+    }
+  }
+  for (const TagStream& stream : TagStream::allCases()) {
+    if (const TagItem* item = TagItem::find(TagName(stream.rawValue(), name))) {
+      return item;
+    }
+  }
+  return nullptr;
+}
+
+// The assignments of the sub-seconds and the zone given with an EXIF date, which the date's
+// own tag can't hold.
+std::vector<TagAssignment> dateCompanionAssignments(const TagItem& item, std::string_view text) {
+  const auto companions = detail::dateCompanions(item);
+  const auto date = companions.offset != nullptr ? TagDateTime::parse(text) : std::nullopt;
+  std::vector<TagAssignment> assignments;
+  if (date && !date->subseconds.empty()) {
+    assignments.push_back({companions.subseconds, {date->subseconds}, false, {}});
+  }
+  if (date && date->offsetMinutes) {
+    assignments.push_back(
+        {companions.offset, {detail::offsetText(*date->offsetMinutes)}, false, {}});
+  }
+  return assignments;
+}
+
 }  // namespace
 
+std::string_view to_string(AssignmentRefusal::Reason reason) {
+  switch (reason) {
+    case Reason::unknownTag: return "unknownTag";
+    case Reason::notWritable: return "notWritable";
+    case Reason::notAChoice: return "notAChoice";
+    case Reason::notANumber: return "notANumber";
+    case Reason::outOfRange: return "outOfRange";
+    case Reason::tooManyValues: return "tooManyValues";
+    case Reason::namedTwice: return "namedTwice";
+    case Reason::deleteAndValues: return "deleteAndValues";
+    case Reason::notADate: return "notADate";
+  }
+  return "unknown";
+}
+
+std::ostream& operator<<(std::ostream& out, AssignmentRefusal::Reason reason) {
+  return out << to_string(reason);
+}
+
 std::vector<std::string> TagAssignment::toolArguments() const {
-  const std::string name(item->name().rawValue());
+  const std::string name = toolName.empty() ? std::string(item->name().rawValue()) : toolName;
   if (values.empty()) {
     return {"-" + name + "="};
   }
@@ -174,8 +249,7 @@ std::variant<std::vector<TagAssignment>, std::vector<AssignmentRefusal>> checkAs
     const auto refuse = [&](Reason reason, const TagItem* item) {
       refusals.push_back({reason, std::string(name), std::string(value), item, 0, 0});
     };
-    const auto parsed = TagName::parse(name);
-    const TagItem* item = parsed ? TagItem::find(*parsed) : nullptr;
+    const TagItem* item = findTag(name);
     if (item == nullptr) {
       refuse(Reason::unknownTag, nullptr);
       continue;
@@ -190,17 +264,25 @@ std::variant<std::vector<TagAssignment>, std::vector<AssignmentRefusal>> checkAs
       continue;
     }
     auto& assignment = std::get<TagAssignment>(checked);
-    const auto earlier = std::find_if(assignments.begin(), assignments.end(),
-                                      [&](const TagAssignment& a) { return a.item == item; });
-    if (earlier == assignments.end()) {
-      assignments.push_back(std::move(assignment));
-    } else if (!item->isList()) {
-      refuse(Reason::namedTwice, item);
-    } else if (earlier->values.empty() || assignment.values.empty()) {
-      refuse(Reason::deleteAndValues, item);
-    } else {
-      earlier->values.insert(earlier->values.end(), assignment.values.begin(),
-                             assignment.values.end());
+    // A name with the tool's groups, or a bare one, goes to the tool as it was given.
+    if (name != item->name().rawValue()) {
+      assignment.toolName = std::string(name);
+    }
+    std::vector<TagAssignment> group = dateCompanionAssignments(*item, value);
+    group.insert(group.begin(), std::move(assignment));
+    for (auto& one : group) {
+      const TagItem* tag = one.item;
+      const auto earlier = std::find_if(assignments.begin(), assignments.end(),
+                                        [&](const TagAssignment& a) { return a.item == tag; });
+      if (earlier == assignments.end()) {
+        assignments.push_back(std::move(one));
+      } else if (!tag->isList()) {
+        refuse(Reason::namedTwice, tag);
+      } else if (earlier->values.empty() || one.values.empty()) {
+        refuse(Reason::deleteAndValues, tag);
+      } else {
+        earlier->values.insert(earlier->values.end(), one.values.begin(), one.values.end());
+      }
     }
   }
   if (!refusals.empty()) {

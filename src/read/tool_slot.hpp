@@ -16,8 +16,11 @@ public:
   // instead of a session's 500: its memory stays flat over thousands of commands of every
   // kind of file (29.8 MB from the 1,000th to the 8,000th), while each fresh tool costs its
   // start and the first reading of each format again, a few percent of a reading of 2,000
-  // files when two tools share two cores.
-  ToolSlot() : session_(ETSession::Options{.maxRunsPerTool = 10'000, .toolProgress = false}) {}
+  // files when two tools share two cores. Dates come in the user's zone, as the user's own
+  // "exiftool" prints them.
+  ToolSlot()
+      : session_(ETSession::Options{
+            .maxRunsPerTool = 10'000, .toolProgress = false, .passesTimeZone = true}) {}
 
   ETOutput run(const ETInput& input) { return session_.run(input); }
   // With `next` sent right behind, for the tool to start on as soon as `input` is done.

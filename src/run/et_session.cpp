@@ -48,7 +48,8 @@ struct ETSession::Shared {
       }
     }
     if (!tool) {
-      auto fresh = std::make_unique<KeptTool>(options.toolProgress, options.idleTimeout);
+      auto fresh = std::make_unique<KeptTool>(options.toolProgress, options.idleTimeout,
+                                              options.passesTimeZone);
       if (fresh->failure()) {
         run.appendUnknownLine(*fresh->failure());
         return nullptr;
@@ -118,7 +119,8 @@ struct ETSession::Shared {
   }
 
   void startSuccessor() {
-    auto fresh = std::make_unique<KeptTool>(options.toolProgress, options.idleTimeout);
+    auto fresh = std::make_unique<KeptTool>(options.toolProgress, options.idleTimeout,
+                                            options.passesTimeZone);
     if (!fresh->failure()) {  // else the next run starts one and says why it can't
       ++toolStarts;
       successor = std::move(fresh);

@@ -120,8 +120,11 @@ std::size_t startOfTextAtEnd(std::string_view data, std::string_view text) {
 
 }  // namespace
 
-KeptTool::KeptTool(bool withProgress, std::chrono::milliseconds idleTimeout)
-    : withProgress_(withProgress), idleTimeout_(idleTimeout), numberPrefix_(makeNumberPrefix()) {
+KeptTool::KeptTool(bool withProgress, std::chrono::milliseconds idleTimeout, bool passesTimeZone)
+    : withProgress_(withProgress),
+      passesTimeZone_(passesTimeZone),
+      idleTimeout_(idleTimeout),
+      numberPrefix_(makeNumberPrefix()) {
   std::unique_lock lock(mutex_);
   watcher_ = std::thread([this] { watch(); });
   changed_.wait(lock, [&] { return state_ != State::starting; });
@@ -175,7 +178,7 @@ void KeptTool::launch() {
   output_ = platform::makePipe(pipeCapacity);
   errors_ = platform::makePipe();
   child_.emplace(makeToolLaunch(input_.readEnd.get(), output_.writeEnd.get(),
-                                errors_.writeEnd.get(), withProgress_));
+                                errors_.writeEnd.get(), withProgress_, passesTimeZone_));
   // Only the child holds these now, so its end ends the streams.
   input_.readEnd.close();
   output_.writeEnd.close();

@@ -39,7 +39,7 @@ class KeptTool {
 public:
   // Starts the tool and waits until it runs or has failed to start. Throws only when the
   // system has no thread, pipe or memory to give.
-  KeptTool(bool withProgress, std::chrono::milliseconds idleTimeout);
+  KeptTool(bool withProgress, std::chrono::milliseconds idleTimeout, bool passesTimeZone = false);
   // Ends the tool as `end(true)` does.
   ~KeptTool();
   KeptTool(const KeptTool&) = delete;
@@ -98,6 +98,7 @@ private:
   void faultLocked(const std::string& why, bool evenAfterFrames);
 
   const bool withProgress_;
+  const bool passesTimeZone_;
   const std::chrono::milliseconds idleTimeout_;
   // The random part of every command number of this tool, so that no text of a file or of
   // another tool's commands is ever taken for an end of a command.

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 
+#include "platform/environment.hpp"
 #include "platform/pipe.hpp"
 
 namespace lorvane {
@@ -27,11 +28,11 @@ constexpr auto pollingSlice = std::chrono::milliseconds(10);
 
 }  // namespace
 
-// Nothing of the host's reaches the child, not even a search path.
-std::map<std::string, std::string> makeProcessEnv() {
+// Nothing of the host's reaches the child, not even a search path; only the zone, where asked.
+std::map<std::string, std::string> makeProcessEnv(bool passesTimeZone) {
   const auto& settings = ETSettings::shared();
   const std::string perlLibrary = (settings.binariesFolderURL() / "perllib").string();
-  return {
+  std::map<std::string, std::string> environment{
       {"LC_CTYPE", childCharacterType},
       {"EXIFTOOL_SANDBOX_DIRECTORY", (settings.backupFolderURL() / "Writing").string()},
       {"EXIFTOOL_QUICKTIME_ITEM_LIST_LEVEL", std::to_string(settings.quickTimeItemListLevel())},
@@ -42,6 +43,10 @@ std::map<std::string, std::string> makeProcessEnv() {
       {"PERL_MB_OPT", "--install_base \"" + perlLibrary + "\""},
       {"PERL_MM_OPT", "INSTALL_BASE=\"" + perlLibrary + "\""},
   };
+  if (const auto zone = passesTimeZone ? environmentValue("TZ") : std::nullopt) {
+    environment.emplace("TZ", *zone);
+  }
+  return environment;
 }
 
 // Nothing of a run's input goes on this command line.
@@ -56,10 +61,10 @@ std::vector<std::string> makeProcessArgs(bool withProgress) {
 }
 
 platform::LaunchOptions makeToolLaunch(int standardInput, int standardOutput, int standardError,
-                                       bool withProgress) {
+                                       bool withProgress, bool passesTimeZone) {
   return platform::LaunchOptions{.executable = ETSettings::shared().binariesFolderURL() / "perl",
                                  .arguments = makeProcessArgs(withProgress),
-                                 .environment = makeProcessEnv(),
+                                 .environment = makeProcessEnv(passesTimeZone),
                                  .standardInput = standardInput,
                                  .standardOutput = standardOutput,
                                  .standardError = standardError,

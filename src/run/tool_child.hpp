@@ -16,8 +16,9 @@ namespace lorvane {
 
 // The tool's child as a run and a kept session both start, watch and stop it.
 
-// The child's whole environment, from ETSettings as they are now.
-std::map<std::string, std::string> makeProcessEnv();
+// The child's whole environment, from ETSettings as they are now; with `passesTimeZone` also
+// the host's TZ, where it is set.
+std::map<std::string, std::string> makeProcessEnv(bool passesTimeZone = false);
 
 // The child's arguments after the interpreter: the script and the options that keep it reading
 // arguments from standard input. Without progress, "-progress" and "-v0" are left out.
@@ -26,7 +27,7 @@ std::vector<std::string> makeProcessArgs(bool withProgress = true);
 // The tool's launch from the binaries folder, in a process group of its own, with its standard
 // streams wired to these descriptors.
 platform::LaunchOptions makeToolLaunch(int standardInput, int standardOutput, int standardError,
-                                       bool withProgress = true);
+                                       bool withProgress = true, bool passesTimeZone = false);
 
 enum class Ending { finished, stopRequested, timeLimitPassed };
 

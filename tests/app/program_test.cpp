@@ -203,7 +203,8 @@ TEST(SetProgram, ARefusedAssignmentWritesNothingAndSaysWhy) {
       {"EXIF:ISOSpeed=-1", "outside the range of int32u"},
       {"EXIF:LensInfo=1 2 3 4 5", "takes at most 4 values, not 5"},
       {"EXIF:XResolution=72 72", "takes one value, not 2"},
-      {"EXIF:Artist=b", "'EXIF:Artist' takes one value and is named more than once"}};
+      {"EXIF:Artist=b", "'EXIF:Artist' takes one value and is named more than once"},
+      {"EXIF:ExifIFD:DateTimeOriginal=gestern", "'gestern' is no date"}};
   for (const auto& [assignment, reason] : refusals) {
     const auto result =
         lorvane({"set", "--lang", "de", "EXIF:Artist=a", assignment, "--", file.string()});
@@ -360,6 +361,58 @@ TEST(SetProgram, AFolderIsNotWritten) {
   EXPECT_EQ(result.out, "");
   EXPECT_NE(result.err.find("not written"), std::string::npos) << result.err;
   EXPECT_EQ(fileContents(file), before);
+}
+
+TEST(SetProgram, ACaptureTimeAndAPlaceAreWrittenAndShown) {
+  TemporaryFolder folder;
+  const std::string file = lorvane::test::copyOfPlainJpeg(folder.path(), "a.jpg").string();
+  const std::string before = fileContents(file);
+  for (const auto& [option, value] :
+       std::vector<std::pair<std::string, std::string>>{{"--capture-time", "soon"},
+                                                        {"--capture-time", "2026-11-31"},
+                                                        {"--location", "48.8,east"},
+                                                        {"--location", "91,0"}}) {
+    const auto refused = lorvane({"set", option, value, "--", file});
+    EXPECT_EQ(refused.status, 1) << value;
+    EXPECT_NE(refused.err.find("nothing was written"), std::string::npos) << refused.err;
+    EXPECT_EQ(fileContents(file), before);
+  }
+  const auto written =
+      lorvane({"set", "--overwrite-original", "--capture-time", "2026-11-01T10:30:00.5-03:00",
+               "--location", "-33.5,-70.25,-12", "--", file});
+  EXPECT_EQ(written.status, 0) << written.err;
+  const auto shown = lorvane({"show", "--json-lines", file});
+  const auto json = nlohmann::json::parse(shown.out);
+  EXPECT_EQ(json["captureTime"], nlohmann::json::parse(R"({"time": "2026-11-01T10:30:00.5-03:00",
+      "utc": "2026-11-01T13:30:00.5Z", "source": "Composite:SubSecDateTimeOriginal",
+      "zoneSource": "EXIF:OffsetTimeOriginal"})"));
+  EXPECT_EQ(json["location"], nlohmann::json::parse(
+                                  R"({"latitude": -33.5, "longitude": -70.25, "altitude": -12.0,
+                                      "source": "Composite"})"));
+  const auto table = lorvane({"show", "--lang", "de", file});
+  EXPECT_NE(table.out.find("\nErstellungsdatum/-uhrzeit: 2026-11-01T10:30:00.5-03:00   "),
+            std::string::npos)
+      << table.out;
+}
+
+TEST(ExtractProgram, WritesEachFilesPictureAsTheToolExtractsItAndGoesOnPastAFileWithout) {
+  TemporaryFolder folder;
+  const fs::path plain = dataFolder() / "plain.jpg";
+  const std::string withThumbnail = (folder.path() / "with.jpg").string();
+  fs::copy_file(plain, withThumbnail);
+  outsideToolOutput("exiftool", {"-q", "-overwrite_original", "-ThumbnailImage<=" + plain.string(),
+                                 withThumbnail});
+  const fs::path out = folder.path() / "out";
+  const auto result = lorvane(
+      {"extract", "--tag", "ThumbnailImage", "--out", out.string(), plain.string(), withThumbnail});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_NE(result.err.find("plain.jpg: no ThumbnailImage"), std::string::npos) << result.err;
+  EXPECT_EQ(fileContents(out / "with_ThumbnailImage.jpg"),
+            outsideToolOutput("exiftool", {"-b", "-ThumbnailImage", withThumbnail}));
+  EXPECT_FALSE(fs::exists(out / "plain_ThumbnailImage.jpg"));
+  const auto preview = lorvane({"extract", "--out", out.string(), withThumbnail});
+  EXPECT_EQ(preview.status, 0) << preview.err;
+  EXPECT_EQ(fileContents(out / "with_ThumbnailImage.jpg"), fileContents(plain));
 }
 
 }  // namespace

@@ -72,6 +72,26 @@ TEST(DISABLED_InGermanProcess, LocalTextsWithEnglishBehindThem) {
   EXPECT_EQ(crop.localizedKey(), "Ausschnitt aktiviert");
   EXPECT_EQ(crop.makeFilteredChoices(),
             (std::vector<std::pair<std::string, std::string>>{{"0", "Nein"}, {"1", "Ja"}}));
+
+  // Any other language on request, the process's own staying as it is.
+  struct Case {
+    ETLanguage language;
+    std::string key, title, choice0, choice1;
+  };
+  for (const auto& c : std::vector<Case>{{ETLanguage::english, "Orientation", "EXIF Orientation",
+                                          "Horizontal (normal)", "Mirror horizontal"},
+                                         {ETLanguage::japanese, "画像の向き", "EXIF 画像の向き",
+                                          "水平（標準）", "Mirror horizontal"},
+                                         {ETLanguage::german, "Ausrichtung", "EXIF Ausrichtung",
+                                          "Horizontal (normal)", "Horizontal gespiegelt"}}) {
+    SCOPED_TRACE(c.language.rawValue());
+    EXPECT_EQ(orientation.localizedKey(c.language), c.key);
+    EXPECT_EQ(orientation.localizedTitle(c.language), c.title);
+    EXPECT_EQ(orientation.localizedChoice(0, c.language), c.choice0);
+    EXPECT_EQ(orientation.localizedChoice(1, c.language), c.choice1);
+  }
+  EXPECT_EQ(crop.localizedChoice(1, ETLanguage::english), "Yes");
+  EXPECT_EQ(orientation.localizedKey(), "Ausrichtung");
 }
 
 TEST(DISABLED_InJapaneseProcess, StreamsWithoutAJapaneseTableShowEnglish) {

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <optional>
 #include <thread>
+#include <type_traits>
 #include <variant>
 #include <vector>
 
@@ -178,9 +179,9 @@ public:
 private:
   // One call of the library's reader, on a thread of its own while this one waits.
   template <class Work>
-  auto run(const Work& work) {
+  auto run(const Work& work) -> std::invoke_result_t<const Work&, MetadataReader&> {
     const auto reader = begin();
-    std::optional<decltype(work(*reader))> result;
+    std::optional<std::invoke_result_t<const Work&, MetadataReader&>> result;
     try {
       runWithoutGil([&] { result.emplace(work(*reader)); }, [&] { reader->cancel(); });
     } catch (...) {

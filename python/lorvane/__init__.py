@@ -13,8 +13,10 @@ catalogue; lorvane.dask reads on a Dask cluster.
 
 from lorvane._lorvane import (
     AssignmentError,
+    EmbeddedImage,
     FileTag,
     FileTags,
+    GeoLocation,
     ReadEach,
     Reader,
     Refusal,
@@ -31,8 +33,10 @@ from lorvane._lorvane import (
 
 __all__ = [
     "AssignmentError",
+    "EmbeddedImage",
     "FileTag",
     "FileTags",
+    "GeoLocation",
     "ReadEach",
     "Reader",
     "Refusal",

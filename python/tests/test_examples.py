@@ -12,7 +12,9 @@ def test_read_write_example(sample):
                             capture_output=True, text=True, check=True, cwd=sample.parent)
     assert result.stdout.splitlines() == [
         "Orientation: Rotate 90 CW [6]",
-        f"{sample} {result.stdout.splitlines()[1].split()[-2]} tags",
+        "taken 2026-11-01T10:30:00 by EXIF:DateTimeOriginal",
+        "at 48.8584 2.2945",
+        f"{sample} {result.stdout.splitlines()[3].split()[-2]} tags",
         "missing.jpg File not found",
         "refused: EXIF:Orientation Sideways not_a_choice",
         f"{sample}: updated, the original kept as {sample}_original",

@@ -1,6 +1,7 @@
 """Reading through the installed module with the real ExifTool."""
 
 import _thread
+import datetime
 import json
 import os
 import pathlib
@@ -159,3 +160,35 @@ def test_no_exiftool_is_a_tool_not_found_error(tmp_path):
     output = subprocess.run([sys.executable, "-c", script], env=environment, capture_output=True,
                             text=True, check=True).stdout
     assert output.startswith(str(tmp_path / "binaries") + " | no ExifTool found in " + str(tmp_path / "binaries"))
+
+
+def test_typed_values_and_pictures_equal_the_tools(varied, sample, tmp_path):
+    with_thumbnail = tmp_path / "with-thumbnail.jpg"
+    shutil.copyfile(sample, with_thumbnail)
+    subprocess.run(["exiftool", "-q", "-overwrite_original", f"-ThumbnailImage<={SAMPLE}", str(with_thumbnail)], check=True)
+    with lorvane.Reader(jobs=1) as reader:
+        for path in varied + [str(with_thumbnail)]:
+            thumbnail = subprocess.run(["exiftool", "-b", "-ThumbnailImage", path], capture_output=True).stdout
+            assert reader.read_binary(path, "ThumbnailImage") == (thumbnail or None), path
+        assert reader.read_binary(with_thumbnail, "EXIF:IFD1:ThumbnailImage") == SAMPLE.read_bytes()
+        preview = reader.read_largest_preview(with_thumbnail)
+        assert (preview.tag, preview.data) == ("ThumbnailImage", SAMPLE.read_bytes())
+        assert reader.read_largest_preview(sample) is None
+        file = reader.read(sample)
+    numbers = tool_json_n(sample)
+    for name in ("EXIF:IFD0:Orientation", "EXIF:ExifIFD:ISO", "Composite:GPSLatitude", "Composite:LightValue"):
+        assert file[name].number == numbers[name]
+        assert type(file[name].number) is type(numbers[name])
+    taken = file["EXIF:ExifIFD:DateTimeOriginal"].datetime
+    assert taken == datetime.datetime.strptime(numbers["EXIF:ExifIFD:DateTimeOriginal"], "%Y:%m:%d %H:%M:%S")
+    assert (file.capture_time, file.capture_time_source) == (taken, "EXIF:DateTimeOriginal")
+    assert taken.tzinfo is None and file.capture_time_zone_source is None
+    place = file.location
+    assert (place.latitude, place.longitude, place.altitude) == (
+        numbers["Composite:GPSLatitude"], numbers["Composite:GPSLongitude"], None)
+    assert file["File:System:FileName"].number is None and file["File:System:FileName"].datetime is None
+
+
+def tool_json_n(path):
+    output = subprocess.run(["exiftool", "-j", "-n", "-G0:1", path], capture_output=True, check=True).stdout
+    return json.loads(output)[0]

@@ -1,5 +1,6 @@
 """Writing through the installed module with the real ExifTool."""
 
+import datetime
 import json
 import subprocess
 
@@ -54,3 +55,16 @@ def test_a_refusal_writes_nothing(sample):
         ("EXIF:ISO", "70000", "out_of_range")]
     assert "nothing was written" in str(raised.value)
     assert sample.read_bytes() == before
+
+
+def test_typed_values_are_read_back_as_written(sample):
+    taken = datetime.datetime(2025, 5, 6, 7, 8, 9, 120000, tzinfo=datetime.timezone(datetime.timedelta(hours=-3)))
+    with lorvane.Writer(overwrite_original=True) as writer:
+        [result] = writer.write({}, [sample], capture_time=taken, location=(-33.5, -70.25, 12.0))
+        assert result.outcome == "updated"
+        with pytest.raises(ValueError):
+            writer.write({}, [sample], location=(91, 0))
+    with lorvane.Reader(jobs=1) as reader:
+        file = reader.read(sample)
+    assert file.capture_time == taken and file.capture_time.utcoffset() == taken.utcoffset()
+    assert (file.location.latitude, file.location.longitude, file.location.altitude) == (-33.5, -70.25, 12.0)

@@ -81,7 +81,6 @@ struct MetadataWriter::State {
     input.addArguments([&](ETInput::ArgumentsMaker& maker) {
       maker.additional = arguments;
       maker.additional.insert(maker.additional.end(), {"-echo3", std::string(commandDone)});
-      // Without "-q", which would silence the count that says the file was written.
       maker.addDefaultSettings = false;
       const auto extra = ETSettings::shared().extraArguments();
       maker.additional.insert(maker.additional.end(), extra.begin(), extra.end());
@@ -131,8 +130,6 @@ struct MetadataWriter::State {
           return {file, Outcome::failed, {"ExifTool did not finish writing it in time"}, {}, {}};
         } else if (const auto count = countOf(line, " image files updated")) {
           updated += *count;
-        } else if (const auto count = countOf(line, " image files unchanged")) {
-          unchanged += *count;
         } else if (const auto count = countOf(line, " files weren't updated due to errors")) {
           refused = refused || *count > 0;
         } else if (line == "Nothing to do.") {

@@ -13,6 +13,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <optional>
 #include <sstream>
@@ -20,6 +21,7 @@
 #include <thread>
 #include <vector>
 
+#include "processes.hpp"
 #include "test_support.hpp"
 
 namespace {
@@ -109,25 +111,15 @@ Result runProgram(const fs::path& folder, const std::vector<std::string>& argume
 // The children of `parent` that have /dev/zero open, from /proc.
 std::vector<pid_t> readersOfZero(pid_t parent) {
   std::vector<pid_t> tools;
-  for (const auto& entry : fs::directory_iterator("/proc")) {
-    const auto name = entry.path().filename().string();
-    if (name.find_first_not_of("0123456789") != std::string::npos) {
-      continue;
-    }
-    const std::string stat = fileContents(entry.path() / "stat");
-    const auto afterName = stat.rfind(") ");
-    if (afterName == std::string::npos) {
-      continue;
-    }
-    char state = 0;
-    int ppid = 0;
-    if (std::sscanf(stat.c_str() + afterName + 2, "%c %d", &state, &ppid) != 2 || ppid != parent) {
+  for (const auto& process : lorvane::test::allProcesses()) {
+    if (process.parent != parent) {
       continue;
     }
     std::error_code error;
-    for (const auto& fd : fs::directory_iterator(entry.path() / "fd", error)) {
+    const fs::path descriptors = "/proc/" + std::to_string(process.pid) + "/fd";
+    for (const auto& fd : fs::directory_iterator(descriptors, error)) {
       if (fs::read_symlink(fd.path(), error) == "/dev/zero") {
-        tools.push_back(std::stoi(name));
+        tools.push_back(process.pid);
         break;
       }
     }
@@ -179,57 +171,56 @@ TEST(HostileNames, FileNamesThatLookLikeOptionsAreFilesToEveryCommand) {
     fs::copy_file(dataFolder() / "sample.jpg", folder.path() / name);
   }
   const auto before = snapshot(folder.path());
-  std::vector<std::string> files;  // as the shell's "*" gives them
+  std::vector<std::string> files;
   for (const auto& [name, bytes] : before) {
     files.push_back(name);
   }
 
-  auto table = std::vector<std::string>{"show", "--jobs", "1"};
-  table.insert(table.end(), files.begin(), files.end());
-  const auto shown = runProgram(folder.path(), table);
-  EXPECT_EQ(snapshot(folder.path()), before) << "show";
-  EXPECT_EQ(shown.status, 0) << shown.err;
-  for (const auto& name : files) {
-    EXPECT_TRUE(contains(shown.out, "== " + name + "\n")) << name << "\n" << shown.out;
-  }
-
-  auto json = std::vector<std::string>{"show", "--json"};
-  json.insert(json.end(), files.begin(), files.end());
-  const auto asJson = runProgram(folder.path(), json);
-  EXPECT_EQ(snapshot(folder.path()), before) << "show --json";
-  const auto objects = nlohmann::json::parse(asJson.out);
-  ASSERT_EQ(objects.size(), files.size()) << asJson.out;
-  for (std::size_t i = 0; i < files.size(); ++i) {
-    EXPECT_EQ(objects[i]["file"], files[i]);
-    EXPECT_FALSE(objects[i].contains("error")) << files[i];
-  }
-
-  auto raw = std::vector<std::string>{"show", "--raw"};
-  raw.insert(raw.end(), files.begin(), files.end());
-  const auto asRaw = runProgram(folder.path(), raw);
-  EXPECT_EQ(snapshot(folder.path()), before) << "show --raw";
-  std::vector<std::string> sources;
-  for (const auto& object : nlohmann::json::parse(asRaw.out)) {
-    sources.push_back(object["SourceFile"]);
-  }
-  EXPECT_EQ(sources, files);
-
-  // Deleting a tag the pictures lack: the tool changes nothing, and says so per file.
-  auto set = std::vector<std::string>{"set", "XMP:Label=", "--"};
-  set.insert(set.end(), files.begin(), files.end());
-  const auto written = runProgram(folder.path(), set);
-  EXPECT_EQ(snapshot(folder.path()), before) << "set";
-  EXPECT_EQ(written.status, 1);  // the tool writes no text file
-  for (const auto& name : files) {
-    if (name == "-json") {
-      EXPECT_TRUE(contains(written.err, "\n-json: not written: ") ||
-                  written.err.starts_with("-json: not written: "))
-          << written.err;
-    } else {
-      EXPECT_TRUE(contains("\n" + written.out, "\n" + name + ": unchanged"))
-          << name << "\n"
-          << written.out << written.err;
-    }
+  // Each command over all the files, as the shell's "*" gives them: the folder stays as it was.
+  using Check = std::function<void(const Result&)>;
+  const std::vector<std::pair<std::vector<std::string>, Check>> commands = {
+      {{"show", "--jobs", "1"},
+       [&](const Result& shown) {
+         EXPECT_EQ(shown.status, 0) << shown.err;
+         for (const auto& name : files) {
+           EXPECT_TRUE(contains(shown.out, "== " + name + "\n")) << name << "\n" << shown.out;
+         }
+       }},
+      {{"show", "--json"},
+       [&](const Result& shown) {
+         const auto objects = nlohmann::json::parse(shown.out);
+         ASSERT_EQ(objects.size(), files.size()) << shown.out;
+         for (std::size_t i = 0; i < files.size(); ++i) {
+           EXPECT_EQ(objects[i]["file"], files[i]);
+           EXPECT_FALSE(objects[i].contains("error")) << files[i];
+         }
+       }},
+      {{"show", "--raw"},
+       [&](const Result& shown) {
+         std::vector<std::string> sources;
+         for (const auto& object : nlohmann::json::parse(shown.out)) {
+           sources.push_back(object["SourceFile"]);
+         }
+         EXPECT_EQ(sources, files);
+       }},
+      // Deleting a tag the pictures lack: the tool changes nothing, and says so per file.
+      {{"set", "XMP:Label=", "--"},
+       [&](const Result& written) {
+         EXPECT_EQ(written.status, 1);  // the tool writes no text file
+         for (const auto& name : files) {
+           const std::string said = name == "-json" ? "\n-json: not written: "
+                                                    : "\n" + name + ": unchanged";
+           EXPECT_TRUE(contains("\n" + written.out + "\n" + written.err, said))
+               << name << "\n"
+               << written.out << written.err;
+         }
+       }},
+  };
+  for (auto [arguments, check] : commands) {
+    SCOPED_TRACE(arguments[0] + " " + arguments[1]);
+    arguments.insert(arguments.end(), files.begin(), files.end());
+    check(runProgram(folder.path(), arguments));
+    EXPECT_EQ(snapshot(folder.path()), before);
   }
 }
 

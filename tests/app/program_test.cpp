@@ -145,19 +145,6 @@ TEST(ShowProgram, JsonHoldsEveryTagWithTheToolsExactValues) {
   EXPECT_TRUE(shown["ExifTool:ExifToolVersion"]["stream"].is_null());
 }
 
-// The tool prints a line feed of a name inside its progress line, which is no message.
-TEST(ShowProgram, NamesWithLineFeedsAreShownWithoutComplaint) {
-  TemporaryFolder folder;
-  const auto lineFeed = copyOfSample(folder, "line\nbreak.jpg");
-  const auto carriageReturn = copyOfSample(folder, "crlf\r\nname.jpg");
-  const auto result = lorvane({"show", "--lang", "en", lineFeed.string(), carriageReturn.string()});
-  EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_EQ(result.err, "");
-  const auto model = result.out.find("Camera Model Name");
-  ASSERT_NE(model, std::string::npos) << result.out;
-  EXPECT_NE(result.out.find("Camera Model Name", model + 1), std::string::npos) << result.out;
-}
-
 TEST(SetProgram, WritesByALabelInTheChosenLanguageAndKeepsTheOriginal) {
   TemporaryFolder folder;
   const auto file = copyOfSample(folder);
@@ -254,7 +241,7 @@ TEST(Program, NoExifToolSaysWhereItLookedAndHowToSetTheFolder) {
   }
 }
 
-TEST(Program, UsageMistakesExitWithStatusTwoAndHelpNamesTheStatuses) {
+TEST(Program, UsageMistakesExitWithStatusTwo) {
   for (const auto& arguments :
        std::vector<std::vector<std::string>>{{},
                                              {"bogus"},
@@ -266,11 +253,7 @@ TEST(Program, UsageMistakesExitWithStatusTwoAndHelpNamesTheStatuses) {
                                              {"tags"}}) {
     EXPECT_EQ(lorvane(arguments).status, 2) << (arguments.empty() ? "" : arguments[0]);
   }
-  const auto help = lorvane({"--help"});
-  EXPECT_EQ(help.status, 0);
-  for (const char* status : {"0  ", "1  ", "2  ", "3  "}) {
-    EXPECT_NE(help.out.find(status), std::string::npos) << status;
-  }
+  EXPECT_EQ(lorvane({"--help"}).status, 0);  // its statuses: program_texts_test.cpp
 }
 
 TEST(Program, VersionNamesLorvaneAndTheExifToolItRuns) {

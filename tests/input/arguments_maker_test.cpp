@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -41,23 +42,6 @@ Maker bareMaker() {
 
 }  // namespace
 
-TEST_F(ArgumentsMakerTest, DefaultsAndSingleFields) {
-  Maker maker;
-  EXPECT_EQ(maker.make(), defaults);
-  maker.sourcePath = "";  // kept even when empty, unlike an empty password
-  maker.password = "";
-  EXPECT_EQ(maker.make(), defaults + Strings{""});
-  maker.password = "p w";
-  maker.filePathFilter = lorvane::ETPathFilter::suffix({});
-  EXPECT_EQ(maker.make(), (defaults + Strings{"-password", "p w", ""}));
-
-  Maker bare = bareMaker();
-  EXPECT_EQ(bare.make(), Strings{});
-  bare.language = lorvane::ETLanguage::chinese;
-  bare.forceExecute = true;
-  EXPECT_EQ(bare.make(), (Strings{"-lang", "zh_cn", "-execute"}));
-}
-
 TEST_F(ArgumentsMakerTest, ASourceThatTheToolWouldReadAsAnOptionGoesAsARelativePath) {
   const auto source = [](const std::string& path) {
     Maker maker = bareMaker();
@@ -79,37 +63,56 @@ TEST_F(ArgumentsMakerTest, ASourceThatTheToolWouldReadAsAnOptionGoesAsARelativeP
   EXPECT_EQ(input.arguments, (Strings{"-ver", "-json"} + defaults));
 }
 
+TEST_F(ArgumentsMakerTest, DefaultsAndSingleFields) {
+  Maker maker;
+  EXPECT_EQ(maker.make(), defaults);
+  maker.sourcePath = "";  // kept even when empty, unlike an empty password
+  maker.password = "";
+  EXPECT_EQ(maker.make(), defaults + Strings{""});
+  maker.filePathFilter = lorvane::ETPathFilter::suffix({});
+  EXPECT_EQ(maker.make(), defaults + Strings{""});
+}
+
+// Each field alone gives its own arguments; all together give them in this order.
 TEST_F(ArgumentsMakerTest, EveryFieldSetFollowsTheFixedOrder) {
   ETSettings::shared().setExtraArguments({"-x1", "-x2"});
-  Maker maker;
-  maker.additional = {"-json"};
-  maker.language = lorvane::ETLanguage::german;
-  maker.charset = lorvane::ETCharset::macBrew;
-  maker.recurseSubfolders = true;
-  maker.filePathFilter = lorvane::ETPathFilter::suffix({"jpg", "HEIC"});
-  maker.enableShortTags = true;
-  maker.enableRawValues = true;
-  maker.disableComposite = true;
-  maker.enableCorrection = true;
-  maker.ignoreMinorErrors = true;
-  maker.overwriteInPlace = true;
-  maker.forceRawLocation = true;
-  maker.forceExecute = true;
-  maker.password = "secret";
-  maker.sourceURL = std::filesystem::path("/dir with blank/a%20.jpg");
-  maker.sourcePath = "/p.jpg";
-  EXPECT_EQ(maker.make(),
-            (Strings{"-json", "-q", "-x1", "-x2"} +
-             Strings{"-lang", "de", "-charset", "MacHebrew", "-sep", ","} +
-             Strings{"-s", "-n", "-e", "-F", "-m"} +
-             Strings{"-overwrite_original_in_place", "-P", "-c", "%.6f"} +
-             Strings{"-r", "-ee", "-b", "-ext", "jpg", "-ext", "HEIC"} +
-             Strings{"-password", "secret", "/dir with blank/a%20.jpg", "/p.jpg", "-execute"}));
-
-  // Without the defaults, "-q" and the extra arguments go and nothing else does.
-  const Strings all = maker.make();
-  maker.addDefaultSettings = false;
-  EXPECT_EQ(maker.make(), (Strings{all[0]} + Strings(all.begin() + 4, all.end())));
+  const std::vector<std::pair<std::function<void(Maker&)>, Strings>> fields = {
+      {[](Maker& m) { m.additional = {"-json"}; }, {"-json"}},
+      {[](Maker& m) { m.addDefaultSettings = true; }, {"-q", "-x1", "-x2"}},
+      {[](Maker& m) { m.language = lorvane::ETLanguage::german; }, {"-lang", "de"}},
+      {[](Maker& m) { m.charset = lorvane::ETCharset::macBrew; }, {"-charset", "MacHebrew"}},
+      {[](Maker& m) { m.enableSeparator = true; }, {"-sep", ","}},
+      {[](Maker& m) { m.enableShortTags = true; }, {"-s"}},
+      {[](Maker& m) { m.enableRawValues = true; }, {"-n"}},
+      {[](Maker& m) { m.disableComposite = true; }, {"-e"}},
+      {[](Maker& m) { m.enableCorrection = true; }, {"-F"}},
+      {[](Maker& m) { m.ignoreMinorErrors = true; }, {"-m"}},
+      {[](Maker& m) { m.overwriteInPlace = true; }, {"-overwrite_original_in_place", "-P"}},
+      {[](Maker& m) { m.forceRawLocation = true; }, {"-c", "%.6f"}},
+      {[](Maker& m) { m.recurseSubfolders = true; }, {"-r"}},
+      {[](Maker& m) { m.extractsEmbedded = true; }, {"-ee"}},
+      {[](Maker& m) { m.extractsBinaries = true; }, {"-b"}},
+      {[](Maker& m) {
+         m.filePathFilter = lorvane::ETPathFilter::suffix({"jpg", "HEIC"});
+       },
+       {"-ext", "jpg", "-ext", "HEIC"}},
+      {[](Maker& m) { m.password = "p w"; }, {"-password", "p w"}},
+      {[](Maker& m) { m.sourceURL = std::filesystem::path("/dir with blank/a%20.jpg"); },
+       {"/dir with blank/a%20.jpg"}},
+      {[](Maker& m) { m.sourcePath = "/p.jpg"; }, {"/p.jpg"}},
+      {[](Maker& m) { m.forceExecute = true; }, {"-execute"}},
+  };
+  Maker all = bareMaker();
+  EXPECT_EQ(all.make(), Strings{});
+  Strings expected;
+  for (const auto& [set, arguments] : fields) {
+    Maker one = bareMaker();
+    set(one);
+    EXPECT_EQ(one.make(), arguments);
+    set(all);
+    expected = expected + arguments;
+  }
+  EXPECT_EQ(all.make(), expected);
 }
 
 TEST_F(ArgumentsMakerTest, ExtraArgumentsAreReadAtEachMake) {

@@ -16,33 +16,30 @@ TEST(ETPathFilter, ArgumentsPassEverySuffixOnAsWritten) {
   EXPECT_TRUE(ETPathFilter::suffix({}).arguments().empty());
 }
 
-TEST(ETPathFilter, FilterComparesExtensionsIgnoringLetterCaseAndKeepsOrderAndRepeats) {
-  const Paths paths{"/x/a.JPG", "/x/b.jpg", "/x/c.png", "/x/jpg", "/x/b.jpg"};
-  EXPECT_EQ(ETPathFilter::suffix({}).filter(paths), paths);  // an empty list lets all through
-  EXPECT_EQ(ETPathFilter::suffix({"jpg"}).filter(paths),
-            (Paths{"/x/a.JPG", "/x/b.jpg", "/x/b.jpg"}));
-  EXPECT_EQ(ETPathFilter::suffix({"png", "jpg", "JPG"}).filter(paths),
-            (Paths{"/x/a.JPG", "/x/b.jpg", "/x/c.png", "/x/b.jpg"}));
-}
-
-TEST(ETPathFilter, OnlyTheTextBehindTheLastDotCounts) {
-  const Paths paths{"/d/a.tar.gz", "/d/.bashrc", "/d/noext", "/d/trailing.", "/d.dir/file"};
-  EXPECT_EQ(ETPathFilter::suffix({"gz", "tar.gz"}).filter(paths), (Paths{"/d/a.tar.gz"}));
-  EXPECT_EQ(ETPathFilter::suffix({"bashrc"}).filter(paths), Paths{});
-  EXPECT_EQ(ETPathFilter::suffix({""}).filter(paths),
-            (Paths{"/d/.bashrc", "/d/noext", "/d/trailing.", "/d.dir/file"}));
-  EXPECT_EQ(ETPathFilter::suffix({".gz"}).filter(paths), Paths{});
-}
-
-TEST(ETPathFilter, FilterUsesFullUnicodeUpperCasing) {
-  // "ß" upper-cases to "SS"; "é" written decomposed equals the composed one.
-  const Paths paths{"/m/a.maß", "/m/b.MASS", "/m/c.caf\u00e9", "/m/d.CAFE\u0301", "/m/e.\xff"};
-  EXPECT_EQ(ETPathFilter::suffix({"mass"}).filter(paths), (Paths{"/m/a.maß", "/m/b.MASS"}));
-  EXPECT_EQ(ETPathFilter::suffix({"cafe\u0301"}).filter(paths),
-            (Paths{"/m/c.caf\u00e9", "/m/d.CAFE\u0301"}));
-  // Bytes that are no UTF-8 match only themselves.
-  EXPECT_EQ(ETPathFilter::suffix({"\xff"}).filter(paths), (Paths{"/m/e.\xff"}));
-  EXPECT_EQ(ETPathFilter::suffix({"\xfe"}).filter(paths), Paths{});
+// The text behind the last dot of the name, compared after full Unicode upper-casing ("ß" is
+// "SS", a decomposed "é" the composed one); bytes that are no UTF-8 match only themselves.
+// The paths keep their order and repeats.
+TEST(ETPathFilter, FilterKeepsThePathsWhoseExtensionIsOneOfTheSuffixes) {
+  const Paths paths{"/x/a.JPG",    "/x/b.jpg",       "/x/c.png",        "/x/jpg",      "/x/b.jpg",
+                    "/d/a.tar.gz", "/d/.bashrc",     "/d/trailing.",    "/d.dir/file", "/m/a.maß",
+                    "/m/b.MASS",   "/m/c.caf\u00e9", "/m/d.CAFE\u0301", "/m/e.\xff"};
+  const std::vector<std::pair<Strings, Paths>> cases = {
+      {{}, paths},  // an empty list lets all through
+      {{"jpg"}, {"/x/a.JPG", "/x/b.jpg", "/x/b.jpg"}},
+      {{"png", "jpg", "JPG"}, {"/x/a.JPG", "/x/b.jpg", "/x/c.png", "/x/b.jpg"}},
+      {{"gz", "tar.gz"}, {"/d/a.tar.gz"}},
+      {{"bashrc"}, {}},
+      {{".gz"}, {}},
+      {{""}, {"/x/jpg", "/d/.bashrc", "/d/trailing.", "/d.dir/file"}},
+      {{"mass"}, {"/m/a.maß", "/m/b.MASS"}},
+      {{"cafe\u0301"}, {"/m/c.caf\u00e9", "/m/d.CAFE\u0301"}},
+      {{"\xff"}, {"/m/e.\xff"}},
+      {{"\xfe"}, {}},
+  };
+  for (const auto& [suffixes, kept] : cases) {
+    SCOPED_TRACE(suffixes.empty() ? "(none)" : suffixes.front());
+    EXPECT_EQ(ETPathFilter::suffix(suffixes).filter(paths), kept);
+  }
 }
 
 TEST(ETPathFilter, EqualityIsByPositionAndLetterCase) {

@@ -14,6 +14,7 @@
 #include <thread>
 #include <vector>
 
+#include "processes.hpp"
 #include "test_support.hpp"
 
 namespace {
@@ -32,25 +33,6 @@ const FileTag* tagNamed(const FileTags& file, std::string_view group, std::strin
     }
   }
   return nullptr;
-}
-
-// The tool's processes in this process's group: its children, which must all be gone.
-std::size_t childProcesses() {
-  std::size_t count = 0;
-  const std::string self = std::to_string(::getpid());
-  for (const auto& entry : fs::directory_iterator("/proc")) {
-    const std::string name = entry.path().filename().string();
-    if (name.find_first_not_of("0123456789") != std::string::npos) {
-      continue;
-    }
-    const std::string stat = fileContents(entry.path() / "stat");
-    // "pid (name) state ppid ...": the parent follows the name's closing parenthesis.
-    const auto close = stat.rfind(')');
-    if (close != std::string::npos && stat.compare(close + 4, self.size() + 1, self + " ") == 0) {
-      ++count;
-    }
-  }
-  return count;
 }
 
 TEST(MetadataReader, ReadsFilesFoldersAndOddNamesEachWithItsOwnError) {
@@ -149,7 +131,9 @@ TEST(MetadataReader, ACancelPartWayKeepsWhatWasDeliveredAndLeavesNoTool) {
   ASSERT_GE(names.size(), 5u);
   EXPECT_LT(names.size(), files.size());
   EXPECT_EQ(names, std::vector<std::string>(files.begin(), files.begin() + names.size()));
-  EXPECT_EQ(childProcesses(), 0u);
+  for (const auto& process : lorvane::test::allProcesses()) {
+    EXPECT_NE(process.parent, ::getpid()) << "a tool left behind, or its zombie";
+  }
   // A cancelled reader reads nothing more.
   std::size_t more = 0;
   reader.readEach(files, [&](FileTags&&) { ++more; });
@@ -177,8 +161,10 @@ TEST(MetadataWriter, ARefusedAssignmentNeverReachesTheFileAndAGoodOneIsWrittenAn
   fs::copy_file(dataFolder() / "sample.jpg", file);
   const std::string before = fileContents(file);
 
+  // One above the type's maximum (the program's test has one below the minimum).
   const std::vector<std::string> bad = {"EXIF:Orientation=sideways", "EXIF:FNumber=abc",
-                                        "EXIF:Nothing=1", "EXIF:ExposureTime=1 2"};
+                                        "EXIF:Nothing=1", "EXIF:ExposureTime=1 2",
+                                        "EXIF:ISOSpeed=4294967296"};
   const auto refused = checkAssignments(bad, ETLanguage::english);
   ASSERT_TRUE(std::holds_alternative<std::vector<AssignmentRefusal>>(refused));
   using Reason = AssignmentRefusal::Reason;
@@ -186,8 +172,9 @@ TEST(MetadataWriter, ARefusedAssignmentNeverReachesTheFileAndAGoodOneIsWrittenAn
   for (const auto& refusal : std::get<std::vector<AssignmentRefusal>>(refused)) {
     reasons.push_back(refusal.reason);
   }
-  EXPECT_EQ(reasons, (std::vector<Reason>{Reason::notAChoice, Reason::notANumber,
-                                          Reason::unknownTag, Reason::tooManyValues}));
+  EXPECT_EQ(reasons,
+            (std::vector<Reason>{Reason::notAChoice, Reason::notANumber, Reason::unknownTag,
+                                 Reason::tooManyValues, Reason::outOfRange}));
   EXPECT_EQ(fileContents(file), before);
 
   // A label in the language asked for, whatever the process's own.

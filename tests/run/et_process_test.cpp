@@ -16,20 +16,30 @@ using namespace lorvane;
 using lorvane::test::copyOfPlainJpeg;
 using lorvane::test::TemporaryFolder;
 
-TEST(ETProcess, ReadsARealJpegAsJsonAndCallsStartAndEndOnTheCallersThread) {
+// Start and end on the caller's thread, progress on the reading thread, once per file.
+TEST(ETProcess, ReadsRealJpegsAsJsonAndCallsEachHandlerOnItsThread) {
   TemporaryFolder folder;
-  const auto photo = copyOfPlainJpeg(folder.path(), "a photo.jpg");
-
   ETInput input;
-  input.arguments = {"-json", "-G1", photo.string()};
+  input.arguments = {"-json", "-G1"};
+  for (int i = 1; i <= 4; ++i) {
+    input.arguments.push_back(
+        copyOfPlainJpeg(folder.path(), "photo " + std::to_string(i) + ".jpg").string());
+  }
   const auto caller = std::this_thread::get_id();
+  std::mutex mutex;
   std::vector<std::string> seen;
+  std::atomic<bool> progressOnCallerThread = false;
   input.onStartHandler = [&](ETProcess& process) {
     EXPECT_EQ(std::this_thread::get_id(), caller);
     EXPECT_EQ(process.input().arguments, input.arguments);  // already this run's input
     EXPECT_TRUE(process.output().isRunning);
     EXPECT_EQ(process.output().progress, 0);
     seen.push_back("start");
+  };
+  input.onProgressHandler = [&](ETProcess& process) {
+    progressOnCallerThread = progressOnCallerThread || std::this_thread::get_id() == caller;
+    const std::lock_guard lock(mutex);
+    seen.push_back(std::to_string(process.output().progress));
   };
   input.onEndHandler = [&](ETProcess& process) {
     EXPECT_EQ(std::this_thread::get_id(), caller);
@@ -40,14 +50,17 @@ TEST(ETProcess, ReadsARealJpegAsJsonAndCallsStartAndEndOnTheCallersThread) {
   };
 
   const ETOutput output = ETProcess::run(input);
-  EXPECT_EQ(seen, (std::vector<std::string>{"start", "end"}));
+  EXPECT_EQ(seen, (std::vector<std::string>{"start", std::to_string(0.25), std::to_string(0.5),
+                                            std::to_string(0.75), std::to_string(1.0), "end"}));
+  EXPECT_FALSE(progressOnCallerThread);
   EXPECT_FALSE(output.isRunning);
   EXPECT_EQ(output.progress, 1);
+  EXPECT_TRUE(output.processLogs.empty());
   EXPECT_NO_THROW(output.throwIfErrors());
   const auto tags = nlohmann::json::parse(output.decodeOutData().value());
-  ASSERT_EQ(tags.size(), 1u);
-  EXPECT_EQ(tags[0]["SourceFile"], photo.string());
-  EXPECT_EQ(tags[0]["Composite:ImageSize"], "64x48");
+  ASSERT_EQ(tags.size(), 4u);
+  EXPECT_EQ(tags[3]["SourceFile"], input.arguments.back());
+  EXPECT_EQ(tags[3]["Composite:ImageSize"], "64x48");
 }
 
 TEST(ETProcess, WritingRunsOnOneInstanceGiveNoChangesNothingToWriteAndMovesInOrder) {
@@ -93,30 +106,6 @@ TEST(ETProcess, WritingRunsOnOneInstanceGiveNoChangesNothingToWriteAndMovesInOrd
   EXPECT_EQ(move.from, moving.string());
   EXPECT_EQ(move.to, renamed.string());
   EXPECT_TRUE(std::filesystem::exists(renamed));
-}
-
-TEST(ETProcess, ProgressOverSeveralFilesCallsTheHandlerOnTheReadingThread) {
-  TemporaryFolder folder;
-  ETInput input;
-  input.arguments = {"-json"};
-  for (int i = 1; i <= 4; ++i) {
-    input.arguments.push_back(copyOfPlainJpeg(folder.path(), std::to_string(i) + ".jpg").string());
-  }
-  std::mutex mutex;
-  std::vector<double> progress;
-  std::atomic<bool> onCallerThread = false;
-  const auto caller = std::this_thread::get_id();
-  input.onProgressHandler = [&](ETProcess& process) {
-    onCallerThread = onCallerThread || std::this_thread::get_id() == caller;
-    std::lock_guard lock(mutex);
-    progress.push_back(process.output().progress);
-  };
-
-  const ETOutput output = ETProcess::run(input);
-  EXPECT_EQ(progress, (std::vector<double>{0.25, 0.5, 0.75, 1.0}));
-  EXPECT_FALSE(onCallerThread);
-  EXPECT_TRUE(output.processLogs.empty());
-  EXPECT_EQ(nlohmann::json::parse(output.decodeOutData().value()).size(), 4u);
 }
 
 TEST(ETProcess, ARejectedOptionEndsInAnErrorWithTheToolsText) {

@@ -15,15 +15,19 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <set>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "outside_tool.hpp"
+#include "processes.hpp"
 #include "test_support.hpp"
 
 using namespace lorvane;
+using lorvane::test::entriesIn;
+using lorvane::test::processStatus;
 using lorvane::test::TemporaryFolder;
 using lorvane::test::unknownLines;
 
@@ -32,42 +36,14 @@ namespace {
 namespace fs = std::filesystem;
 using Lines = std::vector<std::string>;
 
-// A process that exits while its /proc files are read leaves them empty, and the read fails.
-std::string procFile(const fs::path& file) {
-  try {
-    return lorvane::test::fileContents(file);
-  } catch (const std::ios_base::failure&) {
-    return {};
-  }
-}
-
-// "pid (name) state ppid ...": the state and the parent, or nothing when the process is gone.
-std::optional<std::pair<char, int>> processState(int pid) {
-  const fs::path stat = fs::path("/proc") / std::to_string(pid) / "stat";
-  std::error_code error;
-  if (!fs::exists(stat, error)) {
-    return std::nullopt;
-  }
-  const std::string text = procFile(stat);
-  const auto nameEnd = text.rfind(')');
-  if (nameEnd == std::string::npos || nameEnd + 4 >= text.size()) {
-    return std::nullopt;
-  }
-  return std::pair{text[nameEnd + 2], std::atoi(text.c_str() + nameEnd + 4)};
-}
-
 // Our children that run ExifTool and haven't exited.
 std::set<int> livingTools() {
   std::set<int> tools;
-  for (const auto& entry : fs::directory_iterator("/proc")) {
-    const std::string id = entry.path().filename().string();
-    if (id.find_first_not_of("0123456789") != std::string::npos) {
-      continue;
-    }
-    const auto state = processState(std::stoi(id));
-    if (state && state->second == getpid() && state->first != 'Z' &&
-        procFile(entry.path() / "cmdline").find("exiftool") != std::string::npos) {
-      tools.insert(std::stoi(id));
+  for (const auto& process : lorvane::test::allProcesses()) {
+    const auto commandLine = "/proc/" + std::to_string(process.pid) + "/cmdline";
+    if (process.parent == getpid() && process.state != 'Z' &&
+        lorvane::test::procFile(commandLine).find("exiftool") != std::string::npos) {
+      tools.insert(process.pid);
     }
   }
   return tools;
@@ -81,14 +57,10 @@ int theLivingTool() {
 
 // Waits up to ten seconds for the process to be gone altogether: neither running nor a zombie.
 bool isReaped(int pid) {
-  for (int attempt = 0; attempt < 1000 && processState(pid); ++attempt) {
+  for (int attempt = 0; attempt < 1000 && processStatus(pid); ++attempt) {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
-  return !processState(pid);
-}
-
-std::size_t entriesIn(const fs::path& folder) {
-  return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder), {}));
+  return !processStatus(pid);
 }
 
 // Everything a caller can see of an output, as text, so that two outputs compare at once.
@@ -258,9 +230,10 @@ TEST(Session, CallersOnSeveralThreadsAndThePoolEachGetTheirOwnFile) {
   EXPECT_LE(livingTools().size(), 3u);
 }
 
-TEST(Session, AToolKilledBetweenOrDuringRunsIsReplaced) {
+TEST(Session, AToolKilledTimedOutOrCancelledIsEndedAndTheNextRunHasAFreshOne) {
   const ETInput version = reading({"-ver"});
   ETSession session;
+  session.cancel();  // outside a run: nothing
   ASSERT_TRUE(session.run(version).processLogs.empty());
   const int first = theLivingTool();
   ::kill(first, SIGKILL);
@@ -268,50 +241,39 @@ TEST(Session, AToolKilledBetweenOrDuringRunsIsReplaced) {
   const ETOutput after = session.run(version);
   EXPECT_TRUE(after.processLogs.empty());
   EXPECT_FALSE(after.binaryData.empty());
-  EXPECT_EQ(session.toolStarts(), 2u);
 
-  Hang hang;
-  std::thread killer([&] {
-    hang.waitUntilTheToolHangs();
-    ::kill(theLivingTool(), SIGKILL);
-  });
-  const ETOutput killed = session.run(hang.input());
-  killer.join();
-  EXPECT_EQ(unknownLines(killed), Lines{"the kept tool ended during the run\n"});
-  EXPECT_FALSE(killed.isRunning);
-  EXPECT_EQ(killed.progress, 1);
-  EXPECT_TRUE(session.run(version).processLogs.empty());
-  EXPECT_EQ(session.toolStarts(), 3u);
-}
-
-TEST(Session, ATimeLimitOrACancelEndsAHangingToolAndTheNextRunHasAFreshOne) {
-  ETSession session;
-  session.cancel();  // outside a run: nothing
-  const ETInput version = reading({"-ver"});
-  ASSERT_TRUE(session.run(version).processLogs.empty());
-  {
+  // During a run that hangs: the tool killed, the time limit passed, the run cancelled.
+  struct Case {
+    std::string line;
+    std::optional<std::chrono::milliseconds> timeLimit;
+    std::function<void(int tool)> stop;
+  };
+  for (const Case& ending : {
+           Case{
+               "the kept tool ended during the run\n", {}, [](int tool) { ::kill(tool, SIGKILL); }},
+           Case{"the tool did not finish within 300 ms\n", std::chrono::milliseconds(300), {}},
+           Case{"the run was cancelled\n", {}, [&](int) { session.cancel(); }},
+       }) {
+    SCOPED_TRACE(ending.line);
     Hang hang;
-    ETInput limited = hang.input();
-    limited.timeLimit = std::chrono::milliseconds(300);
+    ETInput input = hang.input();
+    input.timeLimit = ending.timeLimit;
     const int tool = theLivingTool();
-    EXPECT_EQ(unknownLines(session.run(limited)), Lines{"the tool did not finish within 300 ms\n"});
-    EXPECT_TRUE(isReaped(tool));
-  }
-  {
-    Hang hang;
-    int tool = -1;
-    std::thread canceller([&] {
-      hang.waitUntilTheToolHangs();
-      tool = theLivingTool();
-      session.cancel();
+    std::thread stopper([&] {
+      if (ending.stop) {
+        hang.waitUntilTheToolHangs();
+        ending.stop(tool);
+      }
     });
-    const ETOutput cancelled = session.run(hang.input());
-    canceller.join();
-    EXPECT_EQ(unknownLines(cancelled), Lines{"the run was cancelled\n"});
+    const ETOutput stopped = session.run(input);
+    stopper.join();
+    EXPECT_EQ(unknownLines(stopped), Lines{ending.line});
+    EXPECT_FALSE(stopped.isRunning);
+    EXPECT_EQ(stopped.progress, 1);
     EXPECT_TRUE(isReaped(tool));
+    EXPECT_TRUE(session.run(version).processLogs.empty());
   }
-  EXPECT_TRUE(session.run(version).processLogs.empty());
-  EXPECT_EQ(session.toolStarts(), 3u);
+  EXPECT_EQ(session.toolStarts(), 5u);
 }
 
 TEST(Session, MaxRunsPerToolAndIdleTimeoutReplaceTheToolAsProcShows) {
@@ -361,7 +323,7 @@ TEST(Session, NothingIsLeftAfterTheSessionAndCloseTakesUpNewSettings) {
     EXPECT_TRUE(session.run(reading({"-ver"})).processLogs.empty());
     tool = theLivingTool();
   }
-  EXPECT_FALSE(processState(tool));  // not even a zombie, at once
+  EXPECT_FALSE(processStatus(tool));  // not even a zombie, at once
   EXPECT_EQ(entriesIn("/proc/self/fd"), descriptors);
   EXPECT_EQ(entriesIn("/proc/self/task"), threads);
 

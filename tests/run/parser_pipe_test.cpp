@@ -51,6 +51,12 @@ std::pair<std::vector<double>, Lines> parsed(const std::vector<std::string_view>
       logs.push_back(unknown->line);
     } else if (const auto* nothing = std::get_if<ETOutput::NothingToWrite>(&log)) {
       logs.push_back("nothing to write: " + nothing->path);
+    } else if (const auto* moved = std::get_if<ETOutput::FileMoved>(&log)) {
+      logs.push_back("moved: " + moved->from + " to " + moved->to);
+    } else if (const auto* icc = std::get_if<ETOutput::IccNoInformationToWrite>(&log)) {
+      logs.push_back("no ICC information: " + icc->path);
+    } else if (const auto* icc = std::get_if<ETOutput::IccDeletedMayAffectColor>(&log)) {
+      logs.push_back("ICC deleted: " + icc->path);
     } else {
       logs.push_back("no changes: " + std::get<ETOutput::NoChanges>(log).path);
     }
@@ -76,50 +82,33 @@ bool isInsideCharacter(std::string_view text, std::size_t border) {
 
 }  // namespace
 
-TEST_F(ParserTest, RecognisesTheToolsMessages) {
-  feed(
-      "Nothing changed in /a b/one.jpg\n"
-      "Error: Nothing to write - /a/new.xmp\n"
-      "'/a/old name.jpg' --> '/a/new name.jpg'\n"
-      "Error: No ICC information to write - /a/three.jpg\n"
-      "Warning: ICC_Profile deleted. Image colors may be affected - /a/four.jpg\n"
-      "Error: File not found - /a/missing.jpg\n"
-      "Nothing changed in /a/trailing.jpg  \n"
-      "'/a --> b' --> '/c'\n");
-  const auto logs = finish().processLogs;
-  ASSERT_EQ(logs.size(), 8u);
-  EXPECT_EQ(std::get<ETOutput::NoChanges>(logs[0]).path, "/a b/one.jpg");
-  EXPECT_EQ(std::get<ETOutput::NothingToWrite>(logs[1]).path, "/a/new.xmp");
-  EXPECT_EQ(std::get<ETOutput::FileMoved>(logs[2]).from, "/a/old name.jpg");
-  EXPECT_EQ(std::get<ETOutput::FileMoved>(logs[2]).to, "/a/new name.jpg");
-  EXPECT_EQ(std::get<ETOutput::IccNoInformationToWrite>(logs[3]).path, "/a/three.jpg");
-  EXPECT_EQ(std::get<ETOutput::IccDeletedMayAffectColor>(logs[4]).path, "/a/four.jpg");
-  // An "Error:" line of another form is unknown, and so an error.
-  EXPECT_EQ(std::get<ETOutput::UnknownLog>(logs[5]).line,
-            "Error: File not found - /a/missing.jpg\n");
-  // The greedy capture takes trailing blanks into the path.
-  EXPECT_EQ(std::get<ETOutput::NoChanges>(logs[6]).path, "/a/trailing.jpg  ");
-  // A move with two arrows splits at the last one.
-  EXPECT_EQ(std::get<ETOutput::FileMoved>(logs[7]).from, "/a --> b");
-  EXPECT_EQ(std::get<ETOutput::FileMoved>(logs[7]).to, "/c");
-}
-
-TEST_F(ParserTest, ProgressLinesMoveProgressAndAreNotLogged) {
-  feed("======== /path with blanks/file.jpg [3/10]\n");
-  EXPECT_DOUBLE_EQ(output().progress, 0.3);
-  EXPECT_EQ(progress.size(), 1u);
-  feed("======== /x.jpg [0/0]\n");
-  EXPECT_EQ(output().progress, 0);
-  feed("======== /x.jpg [12/10]\n");
-  EXPECT_DOUBLE_EQ(output().progress, 1.2);  // not clamped
-  EXPECT_TRUE(output().processLogs.empty());
-
-  // Seven equal signs, and digits of another script, are no progress lines.
-  feed(
-      "======= /x.jpg [1/2]\n"
-      "======== /x.jpg [\xD9\xA1/\xD9\xA2]\n");
-  EXPECT_DOUBLE_EQ(output().progress, 1.2);
-  EXPECT_EQ(unknownLines(), (Lines{"======= /x.jpg [1/2]\n", "======== /x.jpg [١/٢]\n"}));
+TEST(ParserMessages, RecognisesTheToolsMessagesAndProgressLines) {
+  const auto logs =
+      parsed({"Nothing changed in /a b/one.jpg\n"
+              "Error: Nothing to write - /a/new.xmp\n"
+              "'/a/old name.jpg' --> '/a/new name.jpg'\n"
+              "======== /path with blanks/file.jpg [3/10]\n"
+              "Error: No ICC information to write - /a/three.jpg\n"
+              "Warning: ICC_Profile deleted. Image colors may be affected - /a/four.jpg\n"
+              "======== /x.jpg [0/0]\n"
+              "Error: File not found - /a/missing.jpg\n"
+              "Nothing changed in /a/trailing.jpg  \n"
+              "'/a --> b' --> '/c'\n"
+              "======== /x.jpg [12/10]\n"
+              // Seven equal signs, and digits of another script, are no progress lines.
+              "======= /x.jpg [1/2]\n"
+              "======== /x.jpg [\xD9\xA1/\xD9\xA2]\n"});
+  EXPECT_EQ(logs.first, (std::vector<double>{0.3, 0, 1.2}));  // not clamped
+  EXPECT_EQ(logs.second,
+            (Lines{"no changes: /a b/one.jpg", "nothing to write: /a/new.xmp",
+                   "moved: /a/old name.jpg to /a/new name.jpg", "no ICC information: /a/three.jpg",
+                   "ICC deleted: /a/four.jpg",
+                   // An "Error:" line of another form is unknown, and so an error.
+                   "Error: File not found - /a/missing.jpg\n",
+                   // The greedy capture takes trailing blanks into the path.
+                   "no changes: /a/trailing.jpg  ",
+                   // A move with two arrows splits at the last one.
+                   "moved: /a --> b to /c", "======= /x.jpg [1/2]\n", "======== /x.jpg [١/٢]\n"}));
 }
 
 TEST_F(ParserTest, LinesSplitAcrossChunksAreDecodedOnceAsAWhole) {

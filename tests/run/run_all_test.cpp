@@ -17,21 +17,18 @@
 #include <thread>
 
 #include "outside_tool.hpp"
+#include "processes.hpp"
 #include "test_support.hpp"
 
 using namespace lorvane;
 using lorvane::test::copyOfPlainJpeg;
+using lorvane::test::entriesIn;
 using lorvane::test::FakeTool;
 using lorvane::test::script;
 using lorvane::test::TemporaryFolder;
 using lorvane::test::unknownLines;
 
 namespace {
-
-std::size_t entriesOf(const std::filesystem::path& folder) {
-  return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder),
-                                                std::filesystem::directory_iterator()));
-}
 
 // Reading JSON, as an application that shows many files asks for it.
 void readAsJson(const std::string& file, ETInput::ArgumentsMaker& maker) {
@@ -111,8 +108,8 @@ TEST(RunAll, AtMostNChildrenRunAtOnceOutputsKeepTheInputsOrderAndNothingIsLeftBe
     }
   )"));
   std::thread([] {}).join();  // ThreadSanitizer starts a thread of its own with the first one
-  const auto threadsBefore = entriesOf("/proc/self/task");
-  const auto descriptorsBefore = entriesOf("/proc/self/fd");
+  const auto threadsBefore = entriesIn("/proc/self/task");
+  const auto descriptorsBefore = entriesIn("/proc/self/fd");
 
   for (const std::size_t limit : {1u, 3u}) {
     std::filesystem::remove(counter.path() / "most");
@@ -138,8 +135,8 @@ TEST(RunAll, AtMostNChildrenRunAtOnceOutputsKeepTheInputsOrderAndNothingIsLeftBe
     EXPECT_EQ(lorvane::test::fileContents(counter.path() / "most"), std::to_string(limit));
     EXPECT_EQ(threads.size(), limit);
   }
-  EXPECT_EQ(entriesOf("/proc/self/task"), threadsBefore);
-  EXPECT_EQ(entriesOf("/proc/self/fd"), descriptorsBefore);
+  EXPECT_EQ(entriesIn("/proc/self/task"), threadsBefore);
+  EXPECT_EQ(entriesIn("/proc/self/fd"), descriptorsBefore);
   errno = 0;
   EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
   EXPECT_EQ(errno, ECHILD);
@@ -232,4 +229,17 @@ TEST(ETCombinedProgress, WeighsEachRunsProgressCountsAnEndedRunAsDoneAndKeepsOth
   EXPECT_EQ(totals, (std::vector<double>{0.125, 0.25, 0.375, 0.5, 1}));
   EXPECT_EQ(ownCalls, 3);
   EXPECT_EQ(total.progress(), 1);
+}
+
+// Two readers of one run may report its progress out of order; a share once reached stays.
+TEST(ETCombinedProgress, ARunsProgressThatStepsBackKeepsItsShareForTheOtherRuns) {
+  FakeTool tool(script(R"(print STDERR "======== /a.jpg [2/2]\n======== /b.jpg [1/2]\n";)"));
+  std::vector<ETInput> inputs(2);
+  // The second run goes while the first stands stepped back, before its end counts it done.
+  inputs[0].onEndHandler = [&](ETProcess&) { ETProcess::run(inputs[1]); };
+  std::vector<double> totals;
+  ETCombinedProgress total(inputs, std::vector<double>{1, 1},
+                           [&](double progress) { totals.push_back(progress); });
+  ETProcess::run(inputs[0]);
+  EXPECT_EQ(totals, (std::vector<double>{0.5, 1}));
 }

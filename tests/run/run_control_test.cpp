@@ -12,6 +12,7 @@
 #include <string>
 #include <thread>
 
+#include "processes.hpp"
 #include "test_support.hpp"
 
 using namespace lorvane;
@@ -23,30 +24,15 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-// Processes of the group that are still alive (not yet zombies), from /proc. A killed process
-// may take a moment to finish dying after it closed its streams, so this waits up to two
-// seconds for the group to go before it reports what is left.
+// Processes of the group that are still alive. A killed process may take a moment to finish
+// dying after it closed its streams, so this waits up to two seconds for the group to go.
 std::vector<int> livingMembersOfGroup(int group) {
   std::vector<int> living;
   for (int attempt = 0; attempt < 200; ++attempt) {
     living.clear();
-    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-      const std::string id = entry.path().filename().string();
-      if (id.find_first_not_of("0123456789") != std::string::npos) {
-        continue;
-      }
-      const std::string stat = lorvane::test::fileContents(entry.path() / "stat");
-      // "pid (name) state ppid pgrp ...", where the name may hold blanks and parentheses.
-      const auto nameEnd = stat.rfind(')');
-      if (nameEnd == std::string::npos || nameEnd + 2 >= stat.size()) {
-        continue;
-      }
-      const char state = stat[nameEnd + 2];
-      int ppid = 0;
-      int pgrp = 0;
-      if (std::sscanf(stat.c_str() + nameEnd + 3, "%d %d", &ppid, &pgrp) == 2 && pgrp == group &&
-          state != 'Z' && state != 'X') {
-        living.push_back(std::stoi(id));
+    for (const auto& process : lorvane::test::allProcesses()) {
+      if (process.group == group && process.state != 'Z' && process.state != 'X') {
+        living.push_back(process.pid);
       }
     }
     if (living.empty()) {

@@ -46,8 +46,7 @@ void addCatalogue(py::module_& module) {
           [](const TagItem& item, const std::string& language) {
             return text(detail::CatalogueTexts(python::language(language)).title(item));
           },
-          py::arg("language") = "en",
-          "The title in this language, else in English, else the key.")
+          py::arg("language") = "en", "The title in this language, else in English, else the key.")
       .def(
           "choices",
           [](const TagItem& item, const std::string& language) {

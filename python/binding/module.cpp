@@ -68,7 +68,8 @@ void requireTool() {
   std::error_code error;
   for (const char* name : {"perl", "exiftool"}) {
     if (!std::filesystem::is_regular_file(folder / name, error)) {
-      py::object exception = py::handle(toolNotFoundType)("no ExifTool found in " + folder.string() + " (no " + name + ")");
+      py::object exception = py::handle(toolNotFoundType)("no ExifTool found in " +
+                                                          folder.string() + " (no " + name + ")");
       exception.attr("folder") = pathText(folder.string());
       PyErr_SetObject(toolNotFoundType, exception.ptr());
       throw py::error_already_set();
@@ -163,8 +164,7 @@ TagDateTime tagDateTime(py::handle date) {
     }
     const py::object offset = date.attr("utcoffset")();
     if (!offset.is_none()) {
-      result.offsetMinutes =
-          static_cast<int>(offset.attr("total_seconds")().cast<double>() / 60);
+      result.offsetMinutes = static_cast<int>(offset.attr("total_seconds")().cast<double>() / 60);
     }
   }
   return result;

@@ -229,9 +229,8 @@ public:
       {
         py::gil_scoped_release released;
         std::unique_lock lock(mutex_);
-        changed_.wait_for(lock, std::chrono::milliseconds(50), [&] {
-          return !results_.empty() || finished_ || wantsChunk();
-        });
+        changed_.wait_for(lock, std::chrono::milliseconds(50),
+                          [&] { return !results_.empty() || finished_ || wantsChunk(); });
         if (!results_.empty()) {
           FileTags file = std::move(results_.front());
           results_.pop_front();
@@ -418,7 +417,8 @@ void addReading(py::module_& module) {
           },
           "The picture's bytes (JPEG or PNG).")
       .def("__repr__", [](const EmbeddedImage& image) {
-        return py::str("<lorvane.EmbeddedImage {}: {} bytes>").format(text(image.tag), image.bytes.size());
+        return py::str("<lorvane.EmbeddedImage {}: {} bytes>")
+            .format(text(image.tag), image.bytes.size());
       });
 
   py::class_<FileTag>(module, "FileTag", "One tag of a file as the tool read it.")
@@ -535,10 +535,8 @@ void addReading(py::module_& module) {
           },
           py::arg("name"), py::arg("default") = py::none(),
           "As file_tags[name], with `default` where there is no such tag.")
-      .def("__contains__",
-           [](const FileTags& file, const std::string& name) {
-             return findTag(file, name) != nullptr;
-           })
+      .def("__contains__", [](const FileTags& file,
+                              const std::string& name) { return findTag(file, name) != nullptr; })
       .def("__len__", [](const FileTags& file) { return file.tags.size(); })
       .def("to_dict", &toDict,
            "The object `lorvane show --json-lines` writes for the file: file, error (only with "
@@ -560,11 +558,10 @@ void addReading(py::module_& module) {
       .def("__next__", &ReadEach::next)
       .def("close", &ReadEach::close, "Stops the reading here; the tools at work are ended.")
       .def("__enter__", [](py::object self) { return self; })
-      .def("__exit__",
-           [](ReadEach& each, const py::args&) {
-             each.close();
-             return false;
-           });
+      .def("__exit__", [](ReadEach& each, const py::args&) {
+        each.close();
+        return false;
+      });
 
   py::class_<Reader, std::shared_ptr<Reader>>(
       module, "Reader",

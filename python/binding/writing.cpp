@@ -221,7 +221,8 @@ void addWriting(py::module_& module) {
           "value", [](const AssignmentRefusal& refusal) { return text(refusal.value); },
           "The value as given, or the number in it that was refused.")
       .def_property_readonly(
-          "reason", [](const AssignmentRefusal& refusal) { return text(reasonName(refusal.reason)); },
+          "reason",
+          [](const AssignmentRefusal& refusal) { return text(reasonName(refusal.reason)); },
           "One of \"unknown_tag\", \"not_writable\", \"not_a_choice\", \"not_a_number\", "
           "\"out_of_range\", \"too_many_values\", \"named_twice\", \"delete_and_values\".")
       .def_property_readonly(
@@ -242,7 +243,8 @@ void addWriting(py::module_& module) {
           "file", [](const FileWriteResult& result) { return pathText(result.file); },
           "The path as given.")
       .def_property_readonly(
-          "outcome", [](const FileWriteResult& result) { return text(outcomeName(result.outcome)); },
+          "outcome",
+          [](const FileWriteResult& result) { return text(outcomeName(result.outcome)); },
           "\"updated\", \"unchanged\" (it already was as asked), \"refused\" (see messages) or "
           "\"failed\" (no answer about the file: the tool died, hung or was cancelled).")
       .def_property_readonly(

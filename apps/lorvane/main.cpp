@@ -2,8 +2,9 @@
 // catalogue.
 //
 //   lorvane show [--lang L] [--raw] [--json | --json-lines] [--jobs N] [--timeout SECONDS]
-//                [--files-from FILE [--null]] FILE...
-//   lorvane set [--lang L] [--overwrite-original] [--timeout SECONDS] [--capture-time TIME]
+//                [--sidecars] [--files-from FILE [--null]] FILE... | - [--name HINT]
+//   lorvane set [--lang L] [--overwrite-original] [--backup none|beside|DIR]
+//               [--to file|sidecar|both] [--timeout SECONDS] [--capture-time TIME]
 //               [--location LAT,LON[,ALT]] NAME=VALUE... -- FILE...
 //   lorvane tags [--lang L] [--choices] [--json] PATTERN...
 //   lorvane extract [--tag NAME | --preview] [--out DIR] [--timeout SECONDS] FILE...
@@ -45,8 +46,10 @@ constexpr int noExifToolStatus = 3;
 
 constexpr const char* usageStart =
     "usage: lorvane show [--lang L] [--raw] [--json | --json-lines] [--jobs N]\n"
-    "                    [--timeout SECONDS] [--files-from FILE [--null]] FILE...\n"
-    "       lorvane set [--lang L] [--overwrite-original] [--timeout SECONDS]\n"
+    "                    [--timeout SECONDS] [--sidecars] [--files-from FILE [--null]]\n"
+    "                    FILE... | - [--name HINT]\n"
+    "       lorvane set [--lang L] [--overwrite-original] [--backup none|beside|DIR]\n"
+    "                   [--to file|sidecar|both] [--timeout SECONDS]\n"
     "                   [--capture-time TIME] [--location LAT,LON[,ALT]]\n"
     "                   NAME=VALUE... -- FILE...\n"
     "       lorvane tags [--lang L] [--choices] [--json] PATTERN...\n"
@@ -61,11 +64,20 @@ constexpr const char* usageStart =
     "       --jobs N  N ExifTools side by side (default: one per hardware thread)\n"
     "       --files-from FILE  the files named in FILE, one per line ('-': standard input)\n"
     "       --null  names in --files-from end with a NUL character (find -print0)\n"
+    "       --sidecars  each file's XMP sidecars (FILE.xmp, then the name with .xmp for\n"
+    "               its extension) with it; their tags stand before the file's own\n"
+    "       -      alone: the bytes of standard input; --name HINT names them (its\n"
+    "               extension tells ExifTool the format)\n"
     "set    writes tags, file by file on one ExifTool, after checking every assignment\n"
     "       against the catalogue (nothing is written if one fails). NAME is a catalogue\n"
     "       name (EXIF:Orientation), VALUE a raw value or a label in the chosen language;\n"
     "       an empty VALUE deletes the tag; a list tag takes several NAME=VALUE.\n"
     "       Each written FILE keeps its original as FILE_original unless --overwrite-original\n"
+    "       --backup none  no backup (the file is replaced)  --backup DIR  into folder DIR,\n"
+    "               never over an older backup  --backup beside  FILE_original (default)\n"
+    "       --to sidecar  into the file's XMP sidecar (made from the file's metadata if\n"
+    "               missing; EXIF and IPTC tags go to their XMP counterparts), the file\n"
+    "               untouched  --to both  the file and its sidecar  --to file  (default)\n"
     "       --capture-time 2026-11-01T10:30:00+02:00  EXIF's and XMP's dates, sub-seconds, zone\n"
     "       --location 48.8584,2.2945[,35]  EXIF's GPS position (south, west, below sea: -)\n"
     "tags   looks tags up in the catalogue: a name (EXIF:Orientation), a key in any stream\n"
@@ -248,6 +260,7 @@ std::vector<std::string> namesFrom(const std::string& source, bool nullEnded) {
 int show(Arguments& arguments) {
   app::ShowRequest request;
   std::optional<std::string> filesFrom;
+  std::optional<std::string> nameHint;
   bool nullEnded = false;
   const auto language = walkCommand(
       arguments,
@@ -266,12 +279,18 @@ int show(Arguments& arguments) {
           filesFrom = arguments.value(word);
         } else if (word == "--null") {
           nullEnded = true;
+        } else if (word == "--sidecars") {
+          request.readsSidecars = true;
+        } else if (word == "--name") {
+          nameHint = arguments.value(word);
         } else {
           return word == "--";
         }
         return true;
       },
       [&](const std::string& word) { request.files.push_back(word); });
+  // "-" alone; among other files, or named by --files-from, it is the file of that name.
+  const bool readsInput = request.files.size() == 1 && request.files.front() == "-" && !filesFrom;
   if (request.printsJson && request.printsJsonLines) {
     throw UsageError("--json and --json-lines exclude each other");
   }
@@ -285,6 +304,18 @@ int show(Arguments& arguments) {
   }
   if (request.files.empty()) {
     throw UsageError(filesFrom ? "no file named in --files-from" : "no file given");
+  }
+  if (readsInput && request.printsToolJson) {
+    throw UsageError("--raw reads files, not standard input");
+  }
+  if (nameHint && !readsInput) {
+    throw UsageError("--name goes with '-' (standard input)");
+  }
+  if (readsInput) {
+    const std::string bytes(std::istreambuf_iterator<char>(std::cin), {});
+    const auto* data = reinterpret_cast<const std::byte*>(bytes.data());
+    request.standardInput.emplace(data, data + bytes.size());
+    request.nameHint = nameHint.value_or("-");
   }
   if (const auto missing = missingExifTool()) {
     std::cerr << "lorvane: " << *missing << "\n";
@@ -307,6 +338,27 @@ int set(Arguments& arguments) {
           sawSeparator = true;
         } else if (word == "--overwrite-original") {
           request.overwritesOriginal = true;
+        } else if (word == "--backup") {
+          const std::string where = arguments.value(word);
+          if (where == "none") {
+            request.backups = BackupPolicy::none;
+          } else if (where == "beside") {
+            request.backups = BackupPolicy::besideFile;
+          } else {
+            request.backups = BackupPolicy::folder;
+            request.backupFolder = where;
+          }
+        } else if (word == "--to") {
+          const std::string target = arguments.value(word);
+          if (target == "file") {
+            request.target = WriteTarget::file;
+          } else if (target == "sidecar") {
+            request.target = WriteTarget::sidecar;
+          } else if (target == "both") {
+            request.target = WriteTarget::both;
+          } else {
+            throw UsageError("--to takes file, sidecar or both, not '" + target + "'");
+          }
         } else if (word == "--capture-time") {
           request.captureTime = arguments.value(word);
         } else if (word == "--location") {

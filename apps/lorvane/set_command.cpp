@@ -1,7 +1,9 @@
 #include "set_command.hpp"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <optional>
 #include <ostream>
 #include <variant>
 
@@ -85,6 +87,40 @@ std::string refusalSentence(const AssignmentRefusal& refusal) {
 
 namespace {
 
+// One line per note and one for what became of a file (or its sidecar, under `what`); 1 when
+// it was not written.
+int report(std::ostream& out, std::ostream& err, const std::string& what,
+           FileWriteResult::Outcome outcome, const std::vector<std::string>& messages,
+           const std::string& movedTo, const std::optional<std::string>& original, bool created) {
+  using Outcome = FileWriteResult::Outcome;
+  switch (outcome) {
+    case Outcome::updated:
+      for (const auto& note : messages) {
+        out << what << ": " << note << "\n";
+      }
+      out << what << (created ? ": created" : ": updated");
+      if (!movedTo.empty()) {
+        out << ", moved to " << movedTo;
+      }
+      if (original) {
+        out << " (the original is kept as " << escapeControls(*original, LineFeeds::escaped) << ")";
+      }
+      out << "\n";
+      return 0;
+    case Outcome::unchanged: out << what << ": unchanged, it already was as asked\n"; return 0;
+    case Outcome::refused:
+    case Outcome::failed:
+      for (const auto& message : messages) {
+        err << what << ": not written: " << message << "\n";
+      }
+      if (messages.empty()) {
+        err << what << ": not written\n";
+      }
+      return 1;
+  }
+  return 1;
+}
+
 // "48.8584,2.2945" or "48.8584,2.2945,35": degrees (south and west negative), metres.
 std::optional<GeoLocation> parseLocation(std::string_view text) {
   std::vector<double> numbers;
@@ -158,45 +194,29 @@ int runSet(const SetRequest& request, std::ostream& out, std::ostream& err) {
   }
   auto assignments = std::get<std::vector<TagAssignment>>(checked);
   assignments.insert(assignments.end(), typed->begin(), typed->end());
-  MetadataWriter writer(
-      {.overwritesOriginal = request.overwritesOriginal, .jobs = 1, .timeout = request.timeout});
+  MetadataWriter writer({.overwritesOriginal = request.overwritesOriginal,
+                         .backups = request.backups,
+                         .backupFolder = request.backupFolder,
+                         .target = request.target,
+                         .jobs = 1,
+                         .timeout = request.timeout});
   // The files written before a signal are reported; the others are left as they were.
   const interruption::CancelRegistration cancelOnSignal([&writer] { writer.cancel(); });
   int status = 0;
-  writer.write(assignments, request.files,
-               [&](const FileWriteResult& result) {
-                 using Outcome = FileWriteResult::Outcome;
-                 const std::string file = escapeControls(result.file, LineFeeds::escaped);
-                 switch (result.outcome) {
-                   case Outcome::updated:
-                     for (const auto& note : result.messages) {
-                       out << file << ": " << note << "\n";
-                     }
-                     out << file << ": updated";
-                     if (!result.movedTo.empty()) {
-                       out << ", moved to " << result.movedTo;
-                     }
-                     if (result.original) {
-                       out << " (the original is kept as "
-                           << escapeControls(*result.original, LineFeeds::escaped) << ")";
-                     }
-                     out << "\n";
-                     break;
-                   case Outcome::unchanged:
-                     out << file << ": unchanged, it already was as asked\n";
-                     break;
-                   case Outcome::refused:
-                   case Outcome::failed:
-                     for (const auto& message : result.messages) {
-                       err << file << ": not written: " << message << "\n";
-                     }
-                     if (result.messages.empty()) {
-                       err << file << ": not written\n";
-                     }
-                     status = 1;
-                     break;
-                 }
-               });
+  writer.write(assignments, request.files, [&](const FileWriteResult& result) {
+    const std::string file = escapeControls(result.file, LineFeeds::escaped);
+    if (request.target != WriteTarget::sidecar || !result.sidecar) {
+      status = std::max(status, report(out, err, file, result.outcome, result.messages,
+                                       result.movedTo, result.original, false));
+    }
+    if (result.sidecar) {
+      const auto& sidecar = *result.sidecar;
+      status = std::max(
+          status,
+          report(out, err, file + ": sidecar " + escapeControls(sidecar.path, LineFeeds::escaped),
+                 sidecar.outcome, sidecar.messages, {}, sidecar.original, sidecar.created));
+    }
+  });
   return status;
 }
 

@@ -3,12 +3,14 @@
 // `lorvane set`: writes checked assignments to files and tells per file what became of it.
 
 #include <chrono>
+#include <filesystem>
 #include <iosfwd>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include <lorvane/et_language.hpp>
+#include <lorvane/metadata_writer.hpp>
 #include <lorvane/tag_assignment.hpp>
 
 namespace lorvane::app {
@@ -20,6 +22,9 @@ struct SetRequest {
   std::vector<std::string> files;
   ETLanguage language = ETLanguage::english;  // of the labels a VALUE may be given as
   bool overwritesOriginal = false;            // no FILE_original beside a written file
+  BackupPolicy backups = BackupPolicy::besideFile;
+  std::filesystem::path backupFolder;  // with BackupPolicy::folder
+  WriteTarget target = WriteTarget::file;
   std::chrono::milliseconds timeout{60'000};  // per file
 };
 

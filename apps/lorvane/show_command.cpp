@@ -83,6 +83,15 @@ Json fileJson(const FileTags& file) {
          {"title", tag.title},
          {"value", valueJson(tag.value)},
          {"raw", valueJson(tag.raw)}});
+    if (!tag.origin.empty()) {
+      tags.back()["origin"] = tag.origin;
+    }
+  }
+  if (!file.sidecars.empty()) {
+    object["sidecars"] = file.sidecars;
+  }
+  if (!file.warnings.empty()) {
+    object["warnings"] = file.warnings;
   }
   return object;
 }
@@ -209,37 +218,46 @@ int runShow(const ShowRequest& request, std::ostream& out, std::ostream& err) {
     out << "[";
   }
   MetadataReader reader(
-      {.language = request.language, .jobs = request.jobs, .timeout = request.timeout});
+      {.language = request.language,
+       .jobs = request.jobs,
+       .timeout = request.timeout,
+       .sidecars = request.readsSidecars ? SidecarPolicy::merge : SidecarPolicy::ignore});
   // The files read before a signal are printed whole, the array closed; no more come.
   const interruption::CancelRegistration cancelOnSignal([&reader] { reader.cancel(); });
-  reader.readEach(
-      request.files,
-      [&](FileTags&& file) {
-        clearProgress();
-        if (request.printsJson) {
-          // As one dump of the whole array would indent it.
-          std::string text(isFirst ? "\n  " : ",\n  ");
-          for (const char c : dumped(fileJson(file), 2)) {
-            text += c;
-            if (c == '\n') {
-              text += "  ";
-            }
-          }
-          out << text;
-        } else if (request.printsJsonLines) {
-          out << dumped(fileJson(file), -1) << "\n";
-        } else if (!(file.error && file.tags.empty())) {
-          printTagTable(out, file, TableStyle{request.dimsRawValues});
+  const auto print = [&](FileTags&& file) {
+    clearProgress();
+    if (request.printsJson) {
+      // As one dump of the whole array would indent it.
+      std::string text(isFirst ? "\n  " : ",\n  ");
+      for (const char c : dumped(fileJson(file), 2)) {
+        text += c;
+        if (c == '\n') {
+          text += "  ";
         }
-        isFirst = false;
-        out.flush();
-        if (file.error) {
-          err << "lorvane: " << escapeControls(file.file, LineFeeds::escaped) << ": " << *file.error
-              << "\n";
-          status = 1;
-        }
-      },
-      drawing);
+      }
+      out << text;
+    } else if (request.printsJsonLines) {
+      out << dumped(fileJson(file), -1) << "\n";
+    } else if (!(file.error && file.tags.empty())) {
+      printTagTable(out, file, TableStyle{request.dimsRawValues});
+    }
+    isFirst = false;
+    out.flush();
+    for (const auto& warning : file.warnings) {
+      err << "lorvane: " << escapeControls(file.file, LineFeeds::escaped) << ": "
+          << escapeControls(warning, LineFeeds::escaped) << "\n";
+    }
+    if (file.error) {
+      err << "lorvane: " << escapeControls(file.file, LineFeeds::escaped) << ": " << *file.error
+          << "\n";
+      status = 1;
+    }
+  };
+  if (request.standardInput) {
+    print(reader.readBytes(*request.standardInput, request.nameHint));
+  } else {
+    reader.readEach(request.files, print, drawing);
+  }
   clearProgress();
   if (request.printsJson) {
     out << (isFirst ? "]\n" : "\n]\n");

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <optional>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -26,6 +27,10 @@ struct ShowRequest {
   bool printsJsonLines = false;               // one object per line
   bool drawsProgress = false;                 // a bar on standard error while the tool reads
   bool dimsRawValues = false;                 // standard output is a terminal
+  bool readsSidecars = false;                 // the files' XMP sidecars with them
+  // The bytes read instead of files ("-"), with the name that stands for them.
+  std::optional<std::vector<std::byte>> standardInput;
+  std::string nameHint = "-";
 };
 
 // The object `--json` and `--json-lines` print for the file.

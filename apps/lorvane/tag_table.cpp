@@ -1,6 +1,8 @@
 #include "tag_table.hpp"
 
 #include <algorithm>
+#include <filesystem>
+#include <tuple>
 #include <cstdio>
 #include <ostream>
 #include <sstream>
@@ -45,7 +47,10 @@ struct Section {
 // Titles that stand twice in a section get the tool's family-1 group (IFD0 / IFD1), or its tag
 // name where the groups are the same too.
 std::vector<std::string> distinctTitles(const std::vector<const FileTag*>& tags) {
-  const auto byTitle = [](const FileTag* a, const FileTag* b) { return a->title < b->title; };
+  // A sidecar's tag is told apart by its sidecar, not by its groups.
+  const auto byTitle = [](const FileTag* a, const FileTag* b) {
+    return std::tie(a->title, a->origin) < std::tie(b->title, b->origin);
+  };
   std::vector<const FileTag*> sorted = tags;
   std::sort(sorted.begin(), sorted.end(), byTitle);
   std::vector<std::string> titles;
@@ -61,6 +66,9 @@ std::vector<std::string> distinctTitles(const std::vector<const FileTag*>& tags)
         telling.append(telling.empty() ? "" : " ").append(tag->name);
       }
       shown.append(" (").append(telling).append(")");
+    }
+    if (!tag->origin.empty()) {
+      shown.append(" [").append(std::filesystem::path(tag->origin).filename().string()).append("]");
     }
     titles.push_back(escapeControls(shown));
   }

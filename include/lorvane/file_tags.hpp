@@ -37,6 +37,7 @@ struct FileTag {
   TagValue value;                 // the tool's printed value
   TagValue raw;                   // the raw value; equal to value where the tool gave none
   std::string label;              // the catalogue's label, only where the tool printed none
+  std::string origin = {};        // empty for the file itself, else the sidecar it came from
 
   // The raw value as a date, for every value the tool writes as one, whatever the catalogue
   // says of the tag (TagDateTime::parse); a year or a month alone only where the catalogue
@@ -51,6 +52,10 @@ struct FileTags {
   std::string file;                  // as the caller named it (a folder's files by their path)
   std::optional<std::string> error;  // why the file could not be read, or the tool's error
   std::vector<FileTag> tags;         // in the tool's order
+  // The sidecars whose XMP tags were read with the file (MetadataReader::Options::sidecars),
+  // and what went wrong beside the file's own reading, such as a sidecar that could not be read.
+  std::vector<std::string> sidecars = {};
+  std::vector<std::string> warnings = {};
 
   // When the picture or recording was taken: the first of these that holds a whole day,
   // never a file system's date.

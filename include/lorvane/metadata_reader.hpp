@@ -21,6 +21,14 @@
 
 namespace lorvane {
 
+// Whether reading a file also reads the XMP sidecars beside it.
+enum class SidecarPolicy {
+  ignore,  // the file alone
+  // FILE.xmp and then FILE's name with .xmp for its extension, where they exist: their XMP tags
+  // stand with the file's (FileTag::origin), each before the file's own tag of the same name
+  merge,
+};
+
 class MetadataReader {
 public:
   struct Options {
@@ -32,6 +40,8 @@ public:
     // Longest time the tool may take over one file before that file gets an error and the
     // others go on with a fresh tool; zero: no limit.
     std::chrono::milliseconds timeout{60'000};
+    // A folder's sidecars are then read with their files, never as files of their own.
+    SidecarPolicy sidecars = SidecarPolicy::ignore;
   };
 
   MetadataReader();
@@ -43,6 +53,14 @@ public:
   // One file's tags; a file the tool could not read comes back with its error. A folder is
   // not one file: it comes back with an error that says so (readEach reads its files).
   FileTags read(const std::string& file);
+
+  // Tags of data that has no file of its own (an upload, a part of an archive): the bytes are
+  // put in a file readable by this user alone (in a memory-backed folder where the system has
+  // one), named with the extension of `nameHint` for the tool to know the format by where the
+  // bytes alone don't tell, read with the same tools, time limit and cancel as read(), and
+  // removed whatever happens. FileTags::file is `nameHint`; the tool's File:System tags that
+  // describe that file (folder, dates, permissions) are left out, its FileName is the hint's.
+  FileTags readBytes(std::span<const std::byte> bytes, const std::string& nameHint);
 
   // Calls onFile once per file of `files`, in their order, each as soon as it and all before it
   // are read; a folder gives the files the tool reads in it, by their paths. onProgress (if

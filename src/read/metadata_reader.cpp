@@ -1,14 +1,18 @@
 #include <lorvane/metadata_reader.hpp>
 
+#include <algorithm>
 #include <filesystem>
+#include <system_error>
 #include <variant>
 
 #include <lorvane/arguments_maker.hpp>
 #include <lorvane/text.hpp>
 
 #include "catalogue/catalogue_texts.hpp"
+#include "platform/private_file.hpp"
 #include "read/embedded_images.hpp"
 #include "read/ordered_runs.hpp"
+#include "read/sidecars.hpp"
 #include "read/tool_answer.hpp"
 
 namespace lorvane {
@@ -40,10 +44,18 @@ std::string seconds(std::chrono::milliseconds time) {
 struct MetadataReader::State {
   explicit State(Options chosen) : options(chosen), texts(chosen.language), tools(chosen.jobs) {}
 
-  ETInput makeInput(const std::string& file) const {
+  // `sidecars`: those of the file are read with it, a folder's with their files.
+  ETInput makeInput(const std::string& file, bool sidecars) const {
     ETInput input;
     input.addArguments([&](ETInput::ArgumentsMaker& maker) {
       maker.additional = {"-json", "-long", "-G0:1"};
+      std::error_code error;
+      if (sidecars && !std::filesystem::is_directory(file, error)) {
+        // Read by the same command, one more small file each; a folder's come with its files.
+        for (const auto& sidecar : detail::existingSidecars(file)) {
+          maker.additional.push_back(ETInput::ArgumentsMaker::sourceArgument(sidecar));
+        }
+      }
       maker.enableSeparator = false;  // lists stay JSON arrays
       maker.extractsBinaries = false;
       maker.extractsEmbedded = false;
@@ -57,8 +69,8 @@ struct MetadataReader::State {
     return input;
   }
 
-  std::vector<FileTags> makeFiles(const std::string& file, const ETInput& input,
-                                  ETOutput&& output) const {
+  std::vector<FileTags> makeFiles(const std::string& file, const ETInput& input, ETOutput&& output,
+                                  bool sidecars) const {
     detail::ToolAnswer answer{output.decodeOutData().value_or(""), detail::toolMessages(output)};
     for (const auto& message : answer.messages) {
       if (message.starts_with(detail::timeLimitLine)) {
@@ -75,7 +87,35 @@ struct MetadataReader::State {
           {file, "a folder without a file ExifTool reads (folders in it are not searched)", {}}};
     }
     // The last argument is the path the tool got for the file.
-    return detail::makeFileTags(file, input.arguments.back(), answer, texts);
+    const std::string& toolPath = input.arguments.back();
+    if (sidecars) {
+      std::vector<std::string> read = detail::sidecarNames(file);
+      std::erase_if(read, [&](const std::string& name) {
+        return std::find(input.arguments.begin(), input.arguments.end(),
+                         ETInput::ArgumentsMaker::sourceArgument(name)) == input.arguments.end();
+      });
+      if (!read.empty()) {
+        return {detail::makeFileWithSidecars(file, toolPath, read, answer, texts)};
+      }
+      return detail::mergeFolderSidecars(detail::makeFileTags(file, toolPath, answer, texts));
+    }
+    return detail::makeFileTags(file, toolPath, answer, texts);
+  }
+
+  void readEach(std::span<const std::string> files, const std::function<void(FileTags&&)>& onFile,
+                const std::function<void(double)>& onProgress, bool sidecars) {
+    detail::runInOrder<std::vector<FileTags>>(
+        tools, true, files.size(),
+        [&](std::size_t index) { return makeInput(files[index], sidecars); },
+        [&](std::size_t index, const ETInput& input, ETOutput&& output) {
+          return makeFiles(files[index], input, std::move(output), sidecars);
+        },
+        [&](std::vector<FileTags>&& read) {
+          for (auto& file : read) {
+            onFile(std::move(file));
+          }
+        },
+        onProgress);
   }
 
   Options options;
@@ -99,21 +139,44 @@ FileTags MetadataReader::read(const std::string& file) {
   return result;
 }
 
+FileTags MetadataReader::readBytes(std::span<const std::byte> bytes, const std::string& nameHint) {
+  // Only a plain extension goes into the file's name.
+  std::string extension = std::filesystem::path(nameHint).extension().string();
+  extension.erase(0, 1);
+  if (extension.size() > 16 || !std::all_of(extension.begin(), extension.end(), [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+      })) {
+    extension.clear();
+  }
+  std::optional<platform::PrivateFile> file;
+  try {
+    file.emplace(bytes, extension);
+  } catch (const std::system_error& error) {
+    return {nameHint, error.what(), {}};
+  }
+  // The file has no sidecars.
+  FileTags result{nameHint, "cancelled", {}};
+  state_->readEach(
+      std::span(&file->path(), 1), [&](FileTags&& read) { result = std::move(read); }, {}, false);
+  result.file = nameHint;
+  const std::string name = std::filesystem::path(nameHint).filename().string();
+  std::erase_if(result.tags, [&](FileTag& tag) {
+    if (tag.group != "File:System") {
+      return false;
+    }
+    if (tag.name == "FileName") {
+      tag.value = tag.raw = {{name}, false};
+      return false;
+    }
+    return tag.name != "FileSize";
+  });
+  return result;
+}
+
 void MetadataReader::readEach(std::span<const std::string> files,
                               const std::function<void(FileTags&&)>& onFile,
                               const std::function<void(double)>& onProgress) {
-  detail::runInOrder<std::vector<FileTags>>(
-      state_->tools, true, files.size(),
-      [&](std::size_t index) { return state_->makeInput(files[index]); },
-      [&](std::size_t index, const ETInput& input, ETOutput&& output) {
-        return state_->makeFiles(files[index], input, std::move(output));
-      },
-      [&](std::vector<FileTags>&& read) {
-        for (auto& file : read) {
-          onFile(std::move(file));
-        }
-      },
-      onProgress);
+  state_->readEach(files, onFile, onProgress, state_->options.sidecars == SidecarPolicy::merge);
 }
 
 std::optional<std::vector<std::byte>> MetadataReader::readBinary(const std::string& file,

@@ -118,7 +118,10 @@ void runInOrder(ToolSlots& tools, bool sendsAhead, std::size_t count,
             process.cancel();
           }
         };
-        ETOutput output = ahead ? slot.run(input, ahead->second) : slot.run(input);
+        // An input without arguments is nothing to run (a writer's file refused before it).
+        ETOutput output = input.arguments.empty() && !ahead ? ETOutput{}
+                          : ahead                           ? slot.run(input, ahead->second)
+                                                            : slot.run(input);
         {
           std::lock_guard lock(mutex);
           done.emplace(index, std::pair(std::move(input), std::move(output)));

@@ -321,6 +321,21 @@ std::string messageAbout(std::string message, std::string_view toolPath) {
   return message;
 }
 
+std::vector<FileTags> makeToolFileTags(const std::string& json, const CatalogueTexts& texts) {
+  AnswerReader reader(texts);
+  if (json.find_first_not_of(" \t\r\n") != std::string::npos) {
+    Json::sax_parse(withQuotedNumbers(json), &reader);
+  }
+  std::vector<FileTags> files;
+  if (!reader.error && reader.files) {
+    for (auto& [file, source] : *reader.files) {
+      file.file = std::move(source);
+      files.push_back(std::move(file));
+    }
+  }
+  return files;
+}
+
 std::vector<FileTags> makeFileTags(const std::string& given, std::string_view toolPath,
                                    const ToolAnswer& answer, const CatalogueTexts& texts) {
   // A line feed in a file name cuts the tool's message about it: its lines join again first.

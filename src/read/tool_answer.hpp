@@ -26,6 +26,10 @@ struct ToolAnswer {
 std::vector<FileTags> makeFileTags(const std::string& given, std::string_view toolPath,
                                    const ToolAnswer& answer, const CatalogueTexts& texts);
 
+// Every file of an answer that read several files, each named as the tool named it; nothing
+// when the answer is no JSON list.
+std::vector<FileTags> makeToolFileTags(const std::string& json, const CatalogueTexts& texts);
+
 // A message of the tool about the file it was given as `toolPath`, in the words a user reads:
 // "Error: File not found - x.jpg" about x.jpg is "File not found", "Warning: [minor] ..." is
 // "[minor] ...".

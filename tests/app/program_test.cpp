@@ -203,6 +203,46 @@ TEST(SetProgram, ARefusedAssignmentWritesNothingAndSaysWhy) {
   }
 }
 
+TEST(ShowProgram, ReadsStandardInputUnderAHintAndSidecarsWithTheirFile) {
+  TemporaryFolder folder;
+  const auto file = copyOfSample(folder, "photo.jpg");
+  outsideToolOutput("exiftool", {"-q", "-o", file.string() + ".xmp", "-XMP-dc:Title=Sidecar"});
+  const auto piped =
+      lorvane({"show", "--json", "-", "--name", "upload.jpg"}, "cat " + quoted(sample()) + " |");
+  EXPECT_EQ(piped.status, 0) << piped.err;
+  const auto json = nlohmann::json::parse(piped.out);
+  EXPECT_EQ(json[0]["file"], "upload.jpg");
+  EXPECT_FALSE(json[0]["tags"].empty());
+
+  const auto merged = lorvane({"show", "--sidecars", file.string()});
+  EXPECT_EQ(merged.status, 0) << merged.err;
+  EXPECT_NE(merged.out.find("Title [photo.jpg.xmp]"), std::string::npos) << merged.out;
+  EXPECT_EQ(lorvane({"show", "--name", "x.jpg", sample()}).status, 2);
+}
+
+TEST(SetProgram, WritesTheSidecarOrKeepsBackupsInAFolder) {
+  TemporaryFolder folder;
+  TemporaryFolder backups;
+  const auto file = copyOfSample(folder, "photo.jpg");
+  const auto toSidecar =
+      lorvane({"set", "--to", "sidecar", "EXIF:Artist=Someone", "--", file.string()});
+  EXPECT_EQ(toSidecar.status, 0) << toSidecar.err;
+  EXPECT_NE(toSidecar.out.find("sidecar " + file.string() + ".xmp: created"), std::string::npos)
+      << toSidecar.out;
+  EXPECT_EQ(fileContents(file), fileContents(sample()));
+  EXPECT_EQ(exifToolValue(file.string() + ".xmp", "XMP-tiff:Artist"), "Someone");
+
+  for (int round = 0; round < 2; ++round) {
+    const auto kept = lorvane(
+        {"set", "--backup", backups.path().string(), "EXIF:Artist=Other", "--", file.string()});
+    EXPECT_EQ(kept.status, 0) << kept.err;
+  }
+  EXPECT_TRUE(fs::exists(backups.path() / "photo.jpg_original"));
+  EXPECT_TRUE(fs::exists(backups.path() / "photo.jpg_original_2"));
+  EXPECT_FALSE(fs::exists(file.string() + "_original"));
+  EXPECT_EQ(lorvane({"set", "--to", "elsewhere", "EXIF:Artist=x", "--", file.string()}).status, 2);
+}
+
 TEST(TagsProgram, FindsTagsByNameWildcardAndTitle) {
   const auto one = lorvane({"tags", "--lang", "de", "EXIF:Orientation"});
   EXPECT_EQ(one.status, 0) << one.err;

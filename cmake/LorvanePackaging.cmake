@@ -1,6 +1,6 @@
 # `cpack -G DEB` in a release build makes three Debian packages from the install components:
 # liblorvane0 (the library and its resource folder), liblorvane-dev (headers, CMake package,
-# pkg-config file) and lorvane (the program). Configure with CMAKE_INSTALL_PREFIX=/usr (the
+# pkg-config file), lorvane (the program) and python3-lorvane (the Python package). Configure with CMAKE_INSTALL_PREFIX=/usr (the
 # deb preset does) so that the library lands in Debian's multiarch folder.
 set(CPACK_PACKAGE_NAME lorvane)
 set(CPACK_PACKAGE_VENDOR "The Lorvane developers")
@@ -13,6 +13,9 @@ set(CPACK_RESOURCE_FILE_LICENSE "${PROJECT_SOURCE_DIR}/LICENSE")
 set(CPACK_COMPONENTS_ALL runtime dev)
 if(LORVANE_BUILD_PROGRAM)
   list(APPEND CPACK_COMPONENTS_ALL program)
+endif()
+if(LORVANE_BUILD_PYTHON)
+  list(APPEND CPACK_COMPONENTS_ALL python)
 endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
@@ -51,6 +54,15 @@ set(CPACK_DEBIAN_DEV_PACKAGE_RECOMMENDS nlohmann-json3-dev)
 
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME lorvane)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION graphics)
+
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-lorvane)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+# The module is built for this one Python version, as Debian's python3-* packages of extension
+# modules are.
+math(EXPR lorvane_python_next "${Python3_VERSION_MINOR} + 1")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+  "python3 (>= ${Python3_VERSION_MAJOR}.${Python3_VERSION_MINOR}), python3 (<< ${Python3_VERSION_MAJOR}.${lorvane_python_next})")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-dask, python3-distributed")
 
 # The changelog's latest entry is this version's: a version bump needs an entry.
 file(STRINGS cmake/changelog.in latest LIMIT_COUNT 1)
@@ -98,4 +110,15 @@ The lorvane command reads and writes the metadata of image, video, audio
 and document files with ExifTool, and shows every tag with its title and
 value labels in English, German, French, Italian, Spanish, Japanese or
 Simplified Chinese.")
+endif()
+if(LORVANE_BUILD_PYTHON)
+  # It depends on the library of this very build: it uses the library's own catalogue texts.
+  cpack_add_component(python DISPLAY_NAME "Lorvane for Python" DEPENDS runtime
+    DESCRIPTION "ExifTool runs and a localised catalogue of its tags (Python 3)
+${about}
+
+This package holds the Python 3 module lorvane: a Reader that streams
+files' tags with kept ExifTools side by side, a Writer with checked
+assignments, the catalogue, and lorvane.dask for reading on a Dask
+cluster.")
 endif()

@@ -1,6 +1,7 @@
 #!/bin/sh
 # Installs what Lorvane needs to build, test and run on Debian 12, with GCC and with Clang (whose
-# sanitizer and libFuzzer runtimes come in a package of their own). Run as root (or with sudo).
+# sanitizer and libFuzzer runtimes come in a package of their own), and the Python package for
+# Debian's /usr/bin/python3 with its tests and Dask. Run as root (or with sudo).
 set -eu
 if [ "$(id -u)" -ne 0 ]; then
   exec sudo "$0" "$@"
@@ -13,4 +14,5 @@ apt-get install -y -q --no-install-recommends \
   dpkg-dev libicu-dev nlohmann-json3-dev googletest libgtest-dev libbenchmark-dev \
   lintian man-db bash-completion file binutils \
   perl libimage-exiftool-perl atomicparsley \
-  libjpeg-turbo-progs
+  libjpeg-turbo-progs \
+  python3-dev pybind11-dev python3-pybind11 python3-pytest python3-dask python3-distributed

@@ -42,7 +42,9 @@ std::string choiceList(const TagItem& item) {
   return list;
 }
 
-std::string sentence(const AssignmentRefusal& refusal) {
+}  // namespace
+
+std::string refusalSentence(const AssignmentRefusal& refusal) {
   using Reason = AssignmentRefusal::Reason;
   const std::string& name = refusal.name;
   switch (refusal.reason) {
@@ -82,6 +84,8 @@ std::string sentence(const AssignmentRefusal& refusal) {
   }
   return singleQuoted(name) + " was refused";
 }
+
+namespace {
 
 // One line per note and one for what became of a file (or its sidecar, under `what`); 1 when
 // it was not written.
@@ -180,7 +184,7 @@ int runSet(const SetRequest& request, std::ostream& out, std::ostream& err) {
   const auto* refusals = std::get_if<std::vector<AssignmentRefusal>>(&checked);
   if (refusals != nullptr) {
     for (const auto& refusal : *refusals) {
-      err << "lorvane: " << sentence(refusal) << "\n";
+      err << "lorvane: " << refusalSentence(refusal) << "\n";
     }
   }
   const auto typed = typedAssignments(request, err);

@@ -11,6 +11,7 @@
 
 #include <lorvane/et_language.hpp>
 #include <lorvane/metadata_writer.hpp>
+#include <lorvane/tag_assignment.hpp>
 
 namespace lorvane::app {
 
@@ -26,6 +27,10 @@ struct SetRequest {
   WriteTarget target = WriteTarget::file;
   std::chrono::milliseconds timeout{60'000};  // per file
 };
+
+// Why the assignment was refused, in a sentence for the user (the tag's first values and
+// labels, in the user's language, where the value is none of them).
+std::string refusalSentence(const AssignmentRefusal& refusal);
 
 // 0 when every file was written as asked (or already was as asked), 1 otherwise; a refused
 // assignment writes nothing at all and gives 1.

@@ -265,4 +265,8 @@ int runShow(const ShowRequest& request, std::ostream& out, std::ostream& err) {
   return status;
 }
 
+nlohmann::ordered_json fileObject(const FileTags& file) { return fileJson(file); }
+
+std::string fileLine(const FileTags& file) { return dumped(fileJson(file), -1); }
+
 }  // namespace lorvane::app

@@ -10,7 +10,10 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 #include <lorvane/et_language.hpp>
+#include <lorvane/file_tags.hpp>
 
 namespace lorvane::app {
 
@@ -29,6 +32,11 @@ struct ShowRequest {
   std::optional<std::vector<std::byte>> standardInput;
   std::string nameHint = "-";
 };
+
+// The object `--json` and `--json-lines` print for the file.
+nlohmann::ordered_json fileObject(const FileTags& file);
+// That object as one line of `--json-lines`, without its line end.
+std::string fileLine(const FileTags& file);
 
 // 0 when every file was read, 1 when the tool failed on one (the others are still shown).
 int runShow(const ShowRequest& request, std::ostream& out, std::ostream& err);

@@ -80,23 +80,9 @@ std::vector<std::string> foldedWords(std::string_view text) {
   return words;
 }
 
-std::vector<std::string_view> flagNames(const TagItem& item) {
-  std::vector<std::string_view> names;
-  for (const auto& [isSet, name] : {std::pair{item.isList(), "list"},
-                                    {item.isWritable(), "writable"},
-                                    {item.isFlatten(), "flatten"},
-                                    {item.isBinary(), "binary"},
-                                    {item.isUnsafe(), "unsafe"}}) {
-    if (isSet) {
-      names.emplace_back(name);
-    }
-  }
-  return names;
-}
-
 std::string flagWords(const TagItem& item) {
   std::string flags;
-  for (const auto name : flagNames(item)) {
+  for (const auto name : tagFlagNames(item)) {
     flags.append(flags.empty() ? "" : ",").append(name);
   }
   return flags.empty() ? "-" : flags;
@@ -104,7 +90,7 @@ std::string flagWords(const TagItem& item) {
 
 nlohmann::ordered_json tagJson(const TagItem& item, bool withChoices) {
   nlohmann::ordered_json flags = nlohmann::ordered_json::array();
-  for (const auto name : flagNames(item)) {
+  for (const auto name : tagFlagNames(item)) {
     flags.push_back(name);
   }
   nlohmann::ordered_json json = {{"name", item.name().rawValue()},
@@ -157,6 +143,20 @@ void printTags(std::ostream& out, const std::vector<const TagItem*>& items, bool
 }
 
 }  // namespace
+
+std::vector<std::string_view> tagFlagNames(const TagItem& item) {
+  std::vector<std::string_view> names;
+  for (const auto& [isSet, name] : {std::pair{item.isList(), "list"},
+                                    {item.isWritable(), "writable"},
+                                    {item.isFlatten(), "flatten"},
+                                    {item.isBinary(), "binary"},
+                                    {item.isUnsafe(), "unsafe"}}) {
+    if (isSet) {
+      names.emplace_back(name);
+    }
+  }
+  return names;
+}
 
 std::vector<const TagItem*> findTags(const std::string& pattern) {
   std::vector<const TagItem*> found;

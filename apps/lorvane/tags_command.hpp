@@ -4,6 +4,7 @@
 
 #include <iosfwd>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <lorvane/tag_item.hpp>
@@ -20,6 +21,10 @@ struct TagsRequest {
 // a key in any stream ("Orientation"), either with the wildcards "*" and "?" ("Canon:*Lens*"),
 // or words that all stand in the tag's localised title ("Ausrichtung").
 std::vector<const TagItem*> findTags(const std::string& pattern);
+
+// The names of the item's flags that are set, of "list", "writable", "flatten", "binary" and
+// "unsafe", in that order.
+std::vector<std::string_view> tagFlagNames(const TagItem& item);
 
 // 0 when something matched, 1 when nothing did.
 int runTags(const TagsRequest& request, std::ostream& out, std::ostream& err);

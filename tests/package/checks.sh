@@ -19,6 +19,17 @@ check_program() {
   expect "Rotate 90 CW  \\[6\\]"
 }
 
+# Debian's Python reads the sample picture with the installed package and finds a tag in the
+# catalogue (PYTHONPATH names the package's folder where it isn't Python's own).
+check_python() {
+  run /usr/bin/python3 -c 'import lorvane
+with lorvane.Reader(jobs=1) as reader:
+    print("Orientation:", reader.read("tests/data/sample.jpg")["EXIF:Orientation"].value)
+print(lorvane.tag("EXIF:Orientation").title("de"), lorvane.__file__)'
+  expect "Orientation: Rotate 90 CW"
+  expect "^Ausrichtung $1/lorvane/__init__.py\$"
+}
+
 # examples/ as a project of its own, finding Lorvane with find_package; extra arguments go to
 # its configure step.
 check_examples_with_cmake() {

@@ -1,15 +1,19 @@
 #!/bin/sh
 # Makes the Debian packages of a release build, checks them with lintian (no error, no
 # warning), installs them with apt-get, uses them as a person and as another project would
-# (the program's version, manual page and completion, the program on the sample picture; the
-# examples built against /usr through find_package and pkg-config; a program built against the
-# library gets liblorvane0 from dpkg-shlibdeps) and removes them again, also when a step fails.
+# (the program's version, manual page and completion, the program and the Python package on the
+# sample picture; the examples built against /usr through find_package and pkg-config; a program
+# built against the library gets liblorvane0 from dpkg-shlibdeps) and removes them again, also
+# when a step fails.
 # It changes the machine, so it needs root and skips (status 77) without.
 #   debian_check.sh BUILD_DIR SOURCE_DIR
 set -eu
 build_dir=$1
 source_dir=$2
 packages="liblorvane0 liblorvane-dev lorvane"
+if [ -n "$(find "$build_dir/python" -maxdepth 2 -name '_lorvane*.so' 2>/dev/null)" ]; then
+  packages="$packages python3-lorvane"
+fi
 
 if [ "$(id -u)" -ne 0 ]; then
   echo "skipped: installing Debian packages needs root (run this test as root, as CI does)"
@@ -51,11 +55,14 @@ for deb in *.deb; do
   echo
   echo "\$ dpkg -c $deb"
   dpkg -c "$deb"
-  run dpkg-deb --field "$deb" Package Version Depends Recommends
+  run dpkg-deb --field "$deb" Package Version Depends Recommends Suggests
   case $deb in
     liblorvane0_*)
       expect "Depends: libimage-exiftool-perl, perl, .*libicu72"
       expect "Recommends: atomicparsley" ;;
+    python3-lorvane_*)
+      expect "Depends: liblorvane0 (= .*python3 (>= 3\.[0-9]*), python3 (<< 3\.[0-9]*)"
+      expect "Suggests: python3-dask, python3-distributed" ;;
     *) expect "Depends: liblorvane0 (= " ;;
   esac
 done
@@ -86,6 +93,9 @@ bash -c '. /usr/share/bash-completion/bash_completion; _completion_loader lorvan
 cat "$work/out"
 expect "^show\$"
 check_program /usr/bin/lorvane
+case " $packages " in
+  *" python3-lorvane "*) check_python /usr/lib/python3/dist-packages ;;
+esac
 check_examples_with_cmake
 grep "^lorvane_DIR:" "$work/cmake-build/CMakeCache.txt"
 grep -q "^lorvane_DIR:PATH=/usr/lib/" "$work/cmake-build/CMakeCache.txt"

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Every C++ block of the README and of docs/ is compiled: a whole program of examples/, or lines
-that stand letter for letter, in a row and indented alike, in one of them. The README's first
-program is run too.
+that stand letter for letter, in a row and indented alike, in one of them; every Python block
+stands so in a program of examples/python/, which the Python package's tests run. The README's
+first program is run too.
 
    docs_examples_check.py SOURCE_DIR FIRST_PROGRAM
 """
@@ -11,6 +12,7 @@ import subprocess
 import sys
 
 BLOCK = re.compile(r"^```cpp\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+PYTHON_BLOCK = re.compile(r"^```python\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 
 
 def stands_in(block, text):
@@ -27,6 +29,7 @@ def stands_in(block, text):
 def main():
     source = pathlib.Path(sys.argv[1])
     examples = {p: p.read_text(encoding="utf-8") for p in sorted(source.glob("examples/**/*.cpp"))}
+    python_examples = [p.read_text(encoding="utf-8") for p in sorted(source.glob("examples/python/*.py"))]
     documents = [source / "README.md", *sorted(source.glob("docs/*.md"))]
     failures = []
     for document in documents:
@@ -34,6 +37,10 @@ def main():
             if not any(stands_in(block, text) for text in examples.values()):
                 failures.append(f"{document.relative_to(source)}: C++ block {number} stands in no"
                                 f" example:\n{block}")
+        for number, block in enumerate(PYTHON_BLOCK.findall(document.read_text(encoding="utf-8")), 1):
+            if not any(stands_in(block, text) for text in python_examples):
+                failures.append(f"{document.relative_to(source)}: Python block {number} stands in"
+                                f" no example:\n{block}")
     for failure in failures:
         print(failure)
 

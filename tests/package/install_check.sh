@@ -1,13 +1,14 @@
 #!/bin/sh
 # Installs the build tree into a temporary prefix and then moves it, since an installed tree
 # must not depend on where it was put. There it is used as a person and as another project
-# would: the installed program runs without LD_LIBRARY_PATH, and the examples build through the
-# CMake package and through pkg-config, and run.
-#   install_check.sh BUILD_DIR SOURCE_DIR LIBDIR
+# would: the installed program and Python package run without LD_LIBRARY_PATH, and the examples
+# build through the CMake package and through pkg-config, and run.
+#   install_check.sh BUILD_DIR SOURCE_DIR LIBDIR [PYTHON_DIR]   (PYTHON_DIR: with the package)
 set -eu
 build_dir=$1
 source_dir=$2
 libdir=$3
+python_dir=${4:-}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 . "$source_dir/tests/package/checks.sh"
@@ -21,6 +22,9 @@ mv "$work/staged" "$prefix"
 run ldd "$prefix/bin/lorvane"
 expect "liblorvane.so.0 => $prefix/bin/../$libdir/liblorvane.so.0"
 check_program "$prefix/bin/lorvane"
+if [ -n "$python_dir" ]; then
+  PYTHONPATH="$prefix/$python_dir" check_python "$prefix/$python_dir"
+fi
 
 check_examples_with_cmake -DCMAKE_PREFIX_PATH="$prefix"
 check_package_capitalised -DCMAKE_PREFIX_PATH="$prefix"

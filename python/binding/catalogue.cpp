@@ -3,7 +3,6 @@
 #include <lorvane/tag_item.hpp>
 #include <lorvane/tag_stream.hpp>
 
-#include "catalogue/catalogue_texts.hpp"
 #include "common.hpp"
 #include "tags_command.hpp"
 
@@ -44,20 +43,20 @@ void addCatalogue(py::module_& module) {
       .def(
           "title",
           [](const TagItem& item, const std::string& language) {
-            return text(detail::CatalogueTexts(python::language(language)).title(item));
+            return text(item.localizedKey(python::language(language)));
           },
           py::arg("language") = "en", "The title in this language, else in English, else the key.")
       .def(
           "choices",
           [](const TagItem& item, const std::string& language) {
-            const detail::CatalogueTexts texts(python::language(language));
+            const ETLanguage chosen = python::language(language);
             py::dict choices;
             const auto raws = item.choices();
             for (std::size_t position = 0; position < raws.size(); ++position) {
               // A raw value listed twice keeps its first label, and its first place.
               const py::str raw = text(raws[position]);
               if (!choices.contains(raw)) {
-                choices[raw] = text(texts.label(item, position));
+                choices[raw] = text(item.localizedChoice(position, chosen));
               }
             }
             return choices;

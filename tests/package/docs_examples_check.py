@@ -11,8 +11,10 @@ import re
 import subprocess
 import sys
 
-BLOCK = re.compile(r"^```cpp\n(.*?)^```$", re.MULTILINE | re.DOTALL)
-PYTHON_BLOCK = re.compile(r"^```python\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+
+
+def blocks(language, text):
+    return re.findall(rf"^```{language}\n(.*?)^```$", text, re.MULTILINE | re.DOTALL)
 
 
 def stands_in(block, text):
@@ -29,22 +31,23 @@ def stands_in(block, text):
 def main():
     source = pathlib.Path(sys.argv[1])
     examples = {p: p.read_text(encoding="utf-8") for p in sorted(source.glob("examples/**/*.cpp"))}
-    python_examples = [p.read_text(encoding="utf-8") for p in sorted(source.glob("examples/python/*.py"))]
+    examples_of = {
+        "cpp": examples.values(),
+        "python": [p.read_text(encoding="utf-8") for p in sorted(source.glob("examples/python/*.py"))],
+    }
     documents = [source / "README.md", *sorted(source.glob("docs/*.md"))]
     failures = []
     for document in documents:
-        for number, block in enumerate(BLOCK.findall(document.read_text(encoding="utf-8")), 1):
-            if not any(stands_in(block, text) for text in examples.values()):
-                failures.append(f"{document.relative_to(source)}: C++ block {number} stands in no"
-                                f" example:\n{block}")
-        for number, block in enumerate(PYTHON_BLOCK.findall(document.read_text(encoding="utf-8")), 1):
-            if not any(stands_in(block, text) for text in python_examples):
-                failures.append(f"{document.relative_to(source)}: Python block {number} stands in"
-                                f" no example:\n{block}")
+        text = document.read_text(encoding="utf-8")
+        for language, programs in examples_of.items():
+            for number, block in enumerate(blocks(language, text), 1):
+                if not any(stands_in(block, program) for program in programs):
+                    failures.append(f"{document.relative_to(source)}: {language} block {number}"
+                                    f" stands in no example:\n{block}")
     for failure in failures:
         print(failure)
 
-    first = BLOCK.findall((source / "README.md").read_text(encoding="utf-8"))[0]
+    first = blocks("cpp", (source / "README.md").read_text(encoding="utf-8"))[0]
     if first != examples.get(source / "examples" / "read_files.cpp"):
         failures.append("the README's first program is no longer examples/read_files.cpp")
         print(failures[-1])

@@ -33,7 +33,8 @@ def main():
     examples = {p: p.read_text(encoding="utf-8") for p in sorted(source.glob("examples/**/*.cpp"))}
     examples_of = {
         "cpp": examples.values(),
-        "python": [p.read_text(encoding="utf-8") for p in sorted(source.glob("examples/python/*.py"))],
+        "python": [p.read_text(encoding="utf-8")
+                   for p in sorted(source.glob("examples/python/*.py"))],
     }
     documents = [source / "README.md", *sorted(source.glob("docs/*.md"))]
     failures = []

@@ -24,12 +24,6 @@ def test_tags_equal_the_programs(name, language):
     assert list(tag.choices(language)) == list(labels)
 
 
-@pytest.mark.parametrize("pattern", ["Orientation", "Canon:*Lens*", "X?P:Sub*", "lens type"])
-def test_tags_finds_what_lorvane_tags_finds(pattern):
-    shown = [tag["name"] for tag in json.loads(program("tags", "--lang", "en", "--json", pattern))]
-    assert [tag.name for tag in lorvane.tags(pattern)] == shown
-
-
 def test_names_streams_and_languages():
     assert lorvane.tag("EXIF:NoSuchTag") is None and lorvane.tag("no colon") is None
     assert lorvane.tags("NoSuchTagAnywhere") == []

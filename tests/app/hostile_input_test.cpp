@@ -179,13 +179,6 @@ TEST(HostileNames, FileNamesThatLookLikeOptionsAreFilesToEveryCommand) {
   // Each command over all the files, as the shell's "*" gives them: the folder stays as it was.
   using Check = std::function<void(const Result&)>;
   const std::vector<std::pair<std::vector<std::string>, Check>> commands = {
-      {{"show", "--jobs", "1"},
-       [&](const Result& shown) {
-         EXPECT_EQ(shown.status, 0) << shown.err;
-         for (const auto& name : files) {
-           EXPECT_TRUE(contains(shown.out, "== " + name + "\n")) << name << "\n" << shown.out;
-         }
-       }},
       {{"show", "--json"},
        [&](const Result& shown) {
          const auto objects = nlohmann::json::parse(shown.out);

@@ -35,15 +35,17 @@ std::string manual() {
   return std::regex_replace(source, std::regex(R"(\\-)"), "-");
 }
 
-// The long options a text names; a lone "--" is none.
-Names optionsIn(const std::string& text) {
-  static const std::regex option("--[a-z][a-z-]*");
+// Each match's `group` in the text.
+Names allMatches(const std::string& text, const std::regex& pattern, int group = 0) {
   Names found;
-  for (std::sregex_iterator it(text.begin(), text.end(), option), end; it != end; ++it) {
-    found.insert(it->str());
+  for (std::sregex_iterator it(text.begin(), text.end(), pattern), end; it != end; ++it) {
+    found.insert((*it)[group]);
   }
   return found;
 }
+
+// The long options a text names; a lone "--" is none.
+Names optionsIn(const std::string& text) { return allMatches(text, std::regex("--[a-z][a-z-]*")); }
 
 // What each usage line of --help offers: its first word (a command, or an option such as
 // --version) to the options the line names, with the lines it goes on in.
@@ -79,27 +81,6 @@ std::map<std::string, Names> manualSynopsis(const std::string& manual) {
   return synopsis;
 }
 
-// The exit statuses --help lists ("exit status: 0  done as asked", then "  1  ...").
-Names helpStatuses(const std::string& help) {
-  static const std::regex status(R"(\n(?:exit status:)? +([0-9])  )");
-  Names found;
-  for (std::sregex_iterator it(help.begin(), help.end(), status), end; it != end; ++it) {
-    found.insert((*it)[1]);
-  }
-  return found;
-}
-
-Names manualStatuses(const std::string& manual) {
-  const auto start = manual.find("\n.SH EXIT STATUS\n");
-  const auto section = manual.substr(start, manual.find("\n.SH ", start + 1) - start);
-  static const std::regex status(R"(\n\.TP\n\.B ([0-9])\n)");
-  Names found;
-  for (std::sregex_iterator it(section.begin(), section.end(), status), end; it != end; ++it) {
-    found.insert((*it)[1]);
-  }
-  return found;
-}
-
 TEST(ProgramTexts, ManualPageNamesTheCommandsOptionsAndStatusesOfHelp) {
   const std::string helpText = help();
   const std::string manualText = manual();
@@ -113,9 +94,13 @@ TEST(ProgramTexts, ManualPageNamesTheCommandsOptionsAndStatusesOfHelp) {
     const std::regex entry("\n\\.TP\n\\.BI? " + option + "[ \n]");
     EXPECT_TRUE(std::regex_search(manualText, entry)) << option << " has no .TP entry";
   }
-  const auto statuses = helpStatuses(helpText);
+  // The exit statuses --help lists ("exit status: 0  done as asked", then "  1  ..."), and the
+  // manual's section of them.
+  const auto statuses = allMatches(helpText, std::regex(R"(\n(?:exit status:)? +([0-9])  )"), 1);
   EXPECT_EQ(statuses, (Names{"0", "1", "2", "3"}));
-  EXPECT_EQ(manualStatuses(manualText), statuses);
+  const auto start = manualText.find("\n.SH EXIT STATUS\n");
+  const auto section = manualText.substr(start, manualText.find("\n.SH ", start + 1) - start);
+  EXPECT_EQ(allMatches(section, std::regex(R"(\n\.TP\n\.B ([0-9])\n)"), 1), statuses);
 
   // The languages the manual lists for --lang are all the library's.
   const auto lang = manualText.find("\n.BI --lang \" L\"\n");

@@ -1,5 +1,5 @@
-// The reading of ExifTool's long JSON and the catalogue checks of a write, with input of our
-// choosing: numbers kept as the tool wrote them, titles and labels where the tool gave none.
+// The reading of ExifTool's long JSON, with input of our choosing: numbers kept as the tool
+// wrote them, titles and labels where the tool gave none.
 
 #include <lorvane/lorvane.hpp>
 
@@ -116,24 +116,6 @@ TEST(FileTags, ValuesTitlesAndLabelsFollowTheToolWhereItSpoke) {
   EXPECT_EQ(version.item, nullptr);
   EXPECT_EQ(version.title, "ExifTool Version Number");
   EXPECT_EQ(version.section, "ExifTool");
-}
-
-// The refusals are checked with a write in metadata_reader_test.cpp, the sentences through the
-// program.
-TEST(Assignments, AlternativeLabelsAndNumbersBecomeRawValues) {
-  const std::vector<std::string> texts = {"EXIF:SensingMethod=Not defined", "EXIF:FNumber=2.8",
-                                          "EXIF:ExposureTime=1/250"};
-  const auto accepted = checkAssignments(texts, ETLanguage::english);
-  ASSERT_TRUE(std::holds_alternative<std::vector<TagAssignment>>(accepted));
-  std::vector<std::string> arguments;
-  for (const auto& assignment : std::get<std::vector<TagAssignment>>(accepted)) {
-    for (const auto& argument : assignment.toolArguments()) {
-      arguments.push_back(argument);
-    }
-  }
-  // "Not defined" is one of the catalogue's alternative labels of the value 1.
-  EXPECT_EQ(arguments, (std::vector<std::string>{"-EXIF:SensingMethod#=1", "-EXIF:FNumber#=2.8",
-                                                 "-EXIF:ExposureTime#=1/250"}));
 }
 
 }  // namespace

@@ -1,12 +1,12 @@
-// Writing back what was read: names as the reader reports them, dates checked and split as
-// EXIF keeps them, and a capture time and a place written and read back with the real tool.
+// Writing back what was read: names as the reader reports them, labels and numbers as raw
+// values, dates checked and split as EXIF keeps them, and a capture time and a place written
+// and read back with the real tool.
 
 #include <lorvane/lorvane.hpp>
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -38,11 +38,15 @@ TEST(CheckAssignments, TakesTheReadersNamesAndDatesInEveryFormOfTheTool) {
     std::optional<Reason> reason;
   };
   const std::vector<Case> cases = {
-      {"EXIF:ExifIFD:DateTimeOriginal=2026:11:01 10:30:00",
-       {"-EXIF:ExifIFD:DateTimeOriginal=2026:11:01 10:30:00"},
+      {"EXIF:ExifIFD:DateTimeOriginal=2026:11:01 10:30:00+02:00",
+       {"-EXIF:ExifIFD:DateTimeOriginal=2026:11:01 10:30:00", "-EXIF:OffsetTimeOriginal=+02:00"},
        {}},
       {"DateTimeOriginal=2026-11-01T10:30:00", {"-DateTimeOriginal=2026:11:01 10:30:00"}, {}},
       {"Orientation=6", {"-Orientation#=6"}, {}},
+      // "Not defined" is one of the catalogue's alternative labels of the value 1.
+      {"EXIF:SensingMethod=Not defined", {"-EXIF:SensingMethod#=1"}, {}},
+      {"EXIF:FNumber=2.8", {"-EXIF:FNumber#=2.8"}, {}},
+      {"EXIF:ExposureTime=1/250", {"-EXIF:ExposureTime#=1/250"}, {}},
       {"EXIF:DateTimeOriginal=2026:11:01 10:30:00.25+02:00",
        {"-EXIF:DateTimeOriginal=2026:11:01 10:30:00", "-EXIF:SubSecTimeOriginal=25",
         "-EXIF:OffsetTimeOriginal=+02:00"},
@@ -69,9 +73,6 @@ TEST(CheckAssignments, TakesTheReadersNamesAndDatesInEveryFormOfTheTool) {
       ASSERT_NE(refusals, nullptr);
       ASSERT_EQ(refusals->size(), 1u);
       EXPECT_EQ(refusals->front().reason, *c.reason);
-      std::ostringstream said;
-      said << refusals->front().reason;
-      EXPECT_EQ(said.str(), to_string(*c.reason));
     } else {
       const auto* assignments = std::get_if<std::vector<TagAssignment>>(&checked);
       ASSERT_NE(assignments, nullptr);
@@ -85,24 +86,6 @@ TEST(CheckAssignments, TakesTheReadersNamesAndDatesInEveryFormOfTheTool) {
                        ETLanguage::english);
   ASSERT_TRUE(std::holds_alternative<std::vector<AssignmentRefusal>>(twice));
   EXPECT_EQ(std::get<std::vector<AssignmentRefusal>>(twice).front().reason, Reason::namedTwice);
-}
-
-TEST(MetadataWriter, ATagAsTheReaderNamedItIsWrittenBackWithItsZone) {
-  TemporaryFolder folder;
-  const std::string file = copyOfPlainJpeg(folder.path(), "a.jpg").string();
-  const auto checked = checkAssignments(
-      std::vector<std::string>{"EXIF:ExifIFD:DateTimeOriginal=2026:11:01 10:30:00+02:00"},
-      ETLanguage::english);
-  ASSERT_TRUE(std::holds_alternative<std::vector<TagAssignment>>(checked));
-  MetadataWriter writer({.overwritesOriginal = true});
-  const auto results =
-      writer.write(std::get<std::vector<TagAssignment>>(checked), std::vector{file});
-  ASSERT_EQ(results.size(), 1u);
-  EXPECT_EQ(results[0].outcome, FileWriteResult::Outcome::updated) << results[0].outcome;
-  const auto taken = MetadataReader().read(file).captureTime();
-  ASSERT_TRUE(taken);
-  EXPECT_EQ(taken->time.iso8601(), "2026-11-01T10:30:00+02:00");
-  EXPECT_EQ(taken->zoneSource, "EXIF:OffsetTimeOriginal");
 }
 
 TEST(MetadataWriter, ACaptureTimeAndAPlaceReadBackAsWritten) {

@@ -1,62 +1,137 @@
 // The lorvane program as a user runs it, with the real ExifTool: show, set and tags, their
-// refusals and exit statuses.
+// refusals and exit statuses; and against what a hostile or careless user gives it: file names
+// the tool could read as options or that aren't UTF-8, and signals, down to SIGKILL.
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <cstdlib>
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <map>
 #include <sstream>
 #include <string>
-#include <sys/wait.h>
+#include <thread>
+#include <vector>
 
 #include <lorvane/version.hpp>
 
 #include "outside_tool.hpp"
+#include "processes.hpp"
 #include "test_support.hpp"
+
+extern char** environ;
 
 namespace {
 
 namespace fs = std::filesystem;
 using lorvane::test::dataFolder;
+using lorvane::test::EnvironmentChanges;
 using lorvane::test::exifToolValue;
 using lorvane::test::fileContents;
 using lorvane::test::outsideToolOutput;
 using lorvane::test::TemporaryFolder;
 
 struct ProgramResult {
-  int status = -1;
+  int status = -1;  // the exit status; -1 when a signal ended the program
   std::string out;
   std::string err;
 };
 
-std::string quoted(const std::string& text) {
-  std::string result = "'";
-  for (char c : text) {
-    result += c == '\'' ? std::string("'\\''") : std::string(1, c);
+// The program started in `folder` with these arguments, this process's environment with
+// `changes` and `input` as its standard input.
+class Program {
+public:
+  Program(const fs::path& folder, const std::vector<std::string>& arguments,
+          const EnvironmentChanges& changes = {}, const fs::path& input = "/dev/null") {
+    std::vector<std::string> words{LORVANE_PROGRAM};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<std::string> variables;
+    for (char** entry = environ; *entry != nullptr; ++entry) {
+      const std::string text(*entry);
+      if (!changes.contains(text.substr(0, text.find('=')))) {
+        variables.push_back(text);
+      }
+    }
+    for (const auto& [name, value] : changes) {
+      if (value) {
+        variables.push_back(name + "=" + *value);
+      }
+    }
+    std::vector<char*> argv;
+    std::vector<char*> envp;
+    for (auto& word : words) {
+      argv.push_back(word.data());
+    }
+    for (auto& variable : variables) {
+      envp.push_back(variable.data());
+    }
+    argv.push_back(nullptr);
+    envp.push_back(nullptr);
+    const std::string out = (output_.path() / "out").string();
+    const std::string err = (output_.path() / "err").string();
+    pid_ = ::fork();
+    if (pid_ == 0) {
+      const int in = ::open(input.c_str(), O_RDONLY);
+      const int outFile = ::open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+      const int errFile = ::open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+      if (::chdir(folder.c_str()) != 0 || ::dup2(in, 0) < 0 || ::dup2(outFile, 1) < 0 ||
+          ::dup2(errFile, 2) < 0) {
+        ::_exit(126);
+      }
+      ::execve(argv[0], argv.data(), envp.data());
+      ::_exit(127);
+    }
   }
-  return result + "'";
-}
+  ~Program() {
+    if (pid_ > 0) {
+      ::kill(pid_, SIGKILL);
+      wait();
+    }
+  }
 
-// Runs lorvane with these arguments, after `environment` (shell assignments).
-ProgramResult lorvane(const std::vector<std::string>& arguments,
-                      const std::string& environment = "") {
-  TemporaryFolder folder;
-  // Appends only: GCC 12 warns falsely (-Wrestrict) on a literal + string at -O3.
-  std::string command = environment;
-  command.append(" ").append(quoted(LORVANE_PROGRAM));
-  for (const auto& word : arguments) {
-    command.append(" ").append(quoted(word));
+  pid_t pid() const { return pid_; }
+  // Waits for the end, at most a minute (then SIGKILL: a hang fails the test, not the suite).
+  ProgramResult wait() {
+    int raw = 0;
+    if (!waitFor(pid_, std::chrono::seconds(60), raw)) {
+      ::kill(pid_, SIGKILL);
+      ::waitpid(pid_, &raw, 0);
+    }
+    pid_ = -1;
+    return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, fileContents(output_.path() / "out"),
+            fileContents(output_.path() / "err")};
   }
-  command.append(" > ").append(quoted((folder.path() / "out").string()));
-  command.append(" 2> ").append(quoted((folder.path() / "err").string()));
-  const int raw = std::system(command.c_str());
-  ProgramResult result;
-  result.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-  result.out = fileContents(folder.path() / "out");
-  result.err = fileContents(folder.path() / "err");
-  return result;
+
+  // Reaps `pid` once it ends within `limit`; false when it is still there then.
+  static bool waitFor(pid_t pid, std::chrono::milliseconds limit, int& raw) {
+    const auto until = std::chrono::steady_clock::now() + limit;
+    // Not ours yet (an orphan on its way to us) counts as still there.
+    while (::waitpid(pid, &raw, WNOHANG) != pid) {
+      if (std::chrono::steady_clock::now() > until) {
+        return false;
+      }
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return true;
+  }
+
+private:
+  TemporaryFolder output_;
+  pid_t pid_ = -1;
+};
+
+// Runs lorvane to its end with these arguments, here.
+ProgramResult lorvane(const std::vector<std::string>& arguments,
+                      const EnvironmentChanges& changes = {}, const fs::path& input = "/dev/null") {
+  return Program(fs::current_path(), arguments, changes, input).wait();
 }
 
 std::string sample() { return (dataFolder() / "sample.jpg").string(); }
@@ -89,7 +164,7 @@ TEST(ShowProgram, PrintsTitlesAndValuesInTheChosenLanguageAndReportsBadFiles) {
   EXPECT_NE(german.out.find("90° im Uhrzeigersinn  [6]\n"), std::string::npos) << german.out;
   EXPECT_NE(german.out.find("\nEXIF\n"), std::string::npos);  // stream names stay
 
-  const auto byDefault = lorvane({"show", sample()}, "LANGUAGE= LC_ALL=de_DE.UTF-8");
+  const auto byDefault = lorvane({"show", sample()}, {{"LANGUAGE", ""}, {"LC_ALL", "de_DE.UTF-8"}});
   EXPECT_EQ(byDefault.status, 0) << byDefault.err;
   EXPECT_NE(byDefault.out.find("90° im Uhrzeigersinn  [6]\n"), std::string::npos);
 }
@@ -156,8 +231,7 @@ TEST(ShowProgram, ReadsStandardInputUnderAHintAndSidecarsWithTheirFile) {
   TemporaryFolder folder;
   const auto file = copyOfSample(folder, "photo.jpg");
   outsideToolOutput("exiftool", {"-q", "-o", file.string() + ".xmp", "-XMP-dc:Title=Sidecar"});
-  const auto piped =
-      lorvane({"show", "--json", "-", "--name", "upload.jpg"}, "cat " + quoted(sample()) + " |");
+  const auto piped = lorvane({"show", "--json", "-", "--name", "upload.jpg"}, {}, sample());
   EXPECT_EQ(piped.status, 0) << piped.err;
   const auto json = nlohmann::json::parse(piped.out);
   EXPECT_EQ(json[0]["file"], "upload.jpg");
@@ -215,7 +289,7 @@ TEST(TagsProgram, FindsTagsByNameWildcardAndTitle) {
 
 TEST(Program, NoExifToolSaysWhereItLookedAndHowToSetTheFolder) {
   TemporaryFolder resources;
-  const std::string environment = "LORVANE_RESOURCE_DIR=" + quoted(resources.path().string());
+  const EnvironmentChanges environment = {{"LORVANE_RESOURCE_DIR", resources.path().string()}};
   for (const auto& arguments : std::vector<std::vector<std::string>>{
            {"show", sample()}, {"set", "EXIF:Artist=x", "--", sample()}, {"--version"}}) {
     const auto result = lorvane(arguments, environment);
@@ -281,8 +355,9 @@ TEST(ShowProgram, FilesFromAListAsJsonLinesWithATimeLimitPerFile) {
   EXPECT_FALSE(lines[2]["tags"].empty());
 
   // Lines on standard input; an empty one names no file.
-  const auto fromInput = lorvane({"show", "--json", "--files-from", "-"},
-                                 "printf '%s\\n\\n%s\\n' " + quoted(sample()) + " missing.jpg |");
+  std::ofstream(folder.path() / "lines") << sample() << "\n\nmissing.jpg\n";
+  const auto fromInput =
+      lorvane({"show", "--json", "--files-from", "-"}, {}, folder.path() / "lines");
   EXPECT_EQ(fromInput.status, 1);
   const auto json = nlohmann::json::parse(fromInput.out);
   ASSERT_EQ(json.size(), 2u) << fromInput.out;
@@ -344,4 +419,194 @@ TEST(ExtractProgram, WritesEachFilesPictureAsTheToolExtractsItAndGoesOnPastAFile
   EXPECT_EQ(fileContents(out / "with_ThumbnailImage.jpg"), fileContents(plain));
 }
 
+// The children of `parent` that have /dev/zero open, from /proc.
+std::vector<pid_t> readersOfZero(pid_t parent) {
+  std::vector<pid_t> tools;
+  for (const auto& process : lorvane::test::allProcesses()) {
+    if (process.parent != parent) {
+      continue;
+    }
+    std::error_code error;
+    const fs::path descriptors = "/proc/" + std::to_string(process.pid) + "/fd";
+    for (const auto& fd : fs::directory_iterator(descriptors, error)) {
+      if (fs::read_symlink(fd.path(), error) == "/dev/zero") {
+        tools.push_back(process.pid);
+        break;
+      }
+    }
+  }
+  return tools;
+}
+
+// The tool of `program` that reads /dev/zero, once it does.
+pid_t toolOf(const Program& program) {
+  for (int attempt = 0; attempt < 3000; ++attempt) {
+    if (const auto tools = readersOfZero(program.pid()); tools.size() == 1) {
+      return tools.front();
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return -1;
+}
+
+// Every file of the folder with its size and a hash of its bytes, short enough to read in a
+// failure.
+std::map<std::string, std::string> snapshot(const fs::path& folder) {
+  std::map<std::string, std::string> files;
+  for (const auto& entry : fs::directory_iterator(folder)) {
+    const std::string bytes = fileContents(entry.path());
+    files[entry.path().filename().string()] = std::to_string(bytes.size()) + " bytes, hash " +
+                                              std::to_string(std::hash<std::string>{}(bytes));
+  }
+  return files;
+}
+
+bool contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
 }  // namespace
+
+// A name the tool reads as an option would strip, delete, write, run commands or hang; each
+// reaches it as a file, and the user reads of it under the name given.
+TEST(HostileNames, FileNamesThatLookLikeOptionsAreFilesToEveryCommand) {
+  TemporaryFolder folder;
+  const std::vector<std::string> dashNames = {
+      "-all=", "-overwrite_original", "-@", "-delete_original!", "-o", "-stay_open", "-ver", "-"};
+  for (const auto& name : dashNames) {
+    fs::copy_file(dataFolder() / "sample.jpg", folder.path() / name);
+  }
+  // Read as the file of "-@", it would run a command of the user's choosing.
+  std::ofstream(folder.path() / "-json") << "-if\nsystem(\"touch pwned\")\n";
+  for (const std::string name : {"a.jpg", "b.jpg", "b.jpg_original"}) {
+    fs::copy_file(dataFolder() / "sample.jpg", folder.path() / name);
+  }
+  const auto before = snapshot(folder.path());
+  std::vector<std::string> files;
+  for (const auto& [name, bytes] : before) {
+    files.push_back(name);
+  }
+
+  // Each command over all the files, as the shell's "*" gives them: the folder stays as it was.
+  using Check = std::function<void(const ProgramResult&)>;
+  const std::vector<std::pair<std::vector<std::string>, Check>> commands = {
+      {{"show", "--json"},
+       [&](const ProgramResult& shown) {
+         const auto objects = nlohmann::json::parse(shown.out);
+         ASSERT_EQ(objects.size(), files.size()) << shown.out;
+         for (std::size_t i = 0; i < files.size(); ++i) {
+           EXPECT_EQ(objects[i]["file"], files[i]);
+           EXPECT_FALSE(objects[i].contains("error")) << files[i];
+         }
+       }},
+      {{"show", "--raw"},
+       [&](const ProgramResult& shown) {
+         std::vector<std::string> sources;
+         for (const auto& object : nlohmann::json::parse(shown.out)) {
+           sources.push_back(object["SourceFile"]);
+         }
+         EXPECT_EQ(sources, files);
+       }},
+      // Deleting a tag the pictures lack: the tool changes nothing, and says so per file.
+      {{"set", "XMP:Label=", "--"},
+       [&](const ProgramResult& written) {
+         EXPECT_EQ(written.status, 1);  // the tool writes no text file
+         for (const auto& name : files) {
+           const std::string said = name == "-json" ? "\n-json: not written: "
+                                                    : "\n" + name + ": unchanged";
+           EXPECT_TRUE(contains("\n" + written.out + "\n" + written.err, said))
+               << name << "\n"
+               << written.out << written.err;
+         }
+       }},
+  };
+  for (auto [arguments, check] : commands) {
+    SCOPED_TRACE(arguments[0] + " " + arguments[1]);
+    arguments.insert(arguments.end(), files.begin(), files.end());
+    check(Program(folder.path(), arguments).wait());
+    EXPECT_EQ(snapshot(folder.path()), before);
+  }
+}
+
+// ExifTool prints a file's name as its bytes are; a name that isn't UTF-8 must not take the
+// tool's messages about it, or about the files next to it, away.
+TEST(HostileNames, NamesThatAreNotUTF8KeepTheirMessagesAndShowEscaped) {
+  TemporaryFolder folder;
+  const std::vector<std::string> missing = {"gone1.jpg", "gone\xFF.jpg", "gone2.jpg"};
+  const std::vector<std::string> shownNames = {"gone1.jpg", "gone\\xFF.jpg", "gone2.jpg"};
+
+  auto set = std::vector<std::string>{"set", "XMP:Title=x", "--"};
+  set.insert(set.end(), missing.begin(), missing.end());
+  const auto written = Program(folder.path(), set).wait();
+  EXPECT_EQ(written.status, 1);
+  EXPECT_FALSE(contains(written.out, "updated")) << written.out;
+  for (const auto& name : shownNames) {
+    EXPECT_TRUE(contains(written.err, name + ": not written: File not found\n")) << name << "\n"
+                                                                                 << written.err;
+  }
+
+  fs::copy_file(dataFolder() / "sample.jpg", folder.path() / "pic\xFE.jpg");
+  auto show = std::vector<std::string>{"show", "--jobs", "1", "pic\xFE.jpg"};
+  show.insert(show.end(), missing.begin(), missing.end());
+  const auto shown = Program(folder.path(), show).wait();
+  EXPECT_EQ(shown.status, 1);
+  EXPECT_TRUE(contains(shown.out, "== pic\\xFE.jpg\n")) << shown.out;
+  EXPECT_TRUE(contains(shown.out, "Demo title")) << shown.out;
+  for (const auto& name : shownNames) {
+    EXPECT_TRUE(contains(shown.err, "lorvane: " + name + ": File not found\n")) << name << "\n"
+                                                                                << shown.err;
+  }
+}
+
+// ExifTool reads /dev/zero for ever: the program's tool hangs until someone stops it. The
+// program ends with 128 + the signal, what it printed whole, its tools gone.
+TEST(HostileSignals, ASignalStopsTheToolsAndLeavesWellFormedOutput) {
+  TemporaryFolder folder;
+  fs::copy_file(dataFolder() / "sample.jpg", folder.path() / "good.jpg");
+  const std::vector<std::pair<int, std::string>> cases = {
+      {SIGINT, "--json"}, {SIGTERM, "--raw"}, {SIGHUP, "--json-lines"}};
+  for (const auto& [number, form] : cases) {
+    Program program(folder.path(), {"show", "--jobs", "1", form, "good.jpg", "/dev/zero"});
+    const pid_t tool = toolOf(program);
+    ASSERT_GT(tool, 0);
+    ::kill(program.pid(), number);
+    const auto result = program.wait();
+    EXPECT_EQ(result.status, 128 + number) << strsignal(number) << "\n" << result.err;
+    // Nothing, or whole JSON (a line of it per file): never half of it.
+    std::istringstream lines(result.out);
+    const bool byLine = form == "--json-lines";
+    for (std::string line; byLine && std::getline(lines, line);) {
+      EXPECT_TRUE(nlohmann::json::accept(line)) << line;
+    }
+    if (!byLine && !result.out.empty()) {
+      EXPECT_TRUE(nlohmann::json::accept(result.out)) << result.out;
+    }
+    // The tool and its group are gone with the program.
+    EXPECT_NE(::kill(-tool, 0), 0) << strsignal(number);
+    if (::kill(-tool, 0) == 0) {
+      ::kill(-tool, SIGKILL);
+    }
+  }
+}
+
+// SIGKILL leaves the program no say: the kernel must end its tool.
+TEST(HostileSignals, AToolDoesNotOutliveAProgramKilledOutright) {
+  TemporaryFolder folder;
+  fs::copy_file(dataFolder() / "sample.jpg", folder.path() / "good.jpg");
+  // The orphaned tool comes to us, so that we can see it end (a container's init may not reap).
+  ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+  Program program(folder.path(), {"show", "--jobs", "1", "good.jpg", "/dev/zero"});
+  const pid_t tool = toolOf(program);
+  ASSERT_GT(tool, 0);
+  ::kill(program.pid(), SIGKILL);
+  program.wait();
+  int raw = 0;
+  const bool ended = Program::waitFor(tool, std::chrono::seconds(10), raw);
+  if (!ended) {
+    ::kill(-tool, SIGKILL);
+    ::waitpid(tool, &raw, 0);
+  }
+  ::prctl(PR_SET_CHILD_SUBREAPER, 0);
+  EXPECT_TRUE(ended) << "the tool was still running";
+  EXPECT_TRUE(WIFSIGNALED(raw) && WTERMSIG(raw) == SIGKILL);
+}

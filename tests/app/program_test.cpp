@@ -169,6 +169,53 @@ TEST(ShowProgram, PrintsTitlesAndValuesInTheChosenLanguageAndReportsBadFiles) {
   EXPECT_NE(byDefault.out.find("90° im Uhrzeigersinn  [6]\n"), std::string::npos);
 }
 
+// Every tag the tool reports comes back in the JSON with the tool's very text.
+TEST(ShowProgram, JsonHoldsEveryTagWithTheToolsExactValues) {
+  TemporaryFolder folder;
+  const auto file = copyOfSample(folder);
+  outsideToolOutput("exiftool", {"-q", "-overwrite_original", "-XMP-dc:Title=5.00000",
+                                 "-XMP-dc:Description=0.02414", "-XMP-dc:Subject=a, b",
+                                 "-XMP-dc:Subject=c", file.string()});
+  const auto tool = nlohmann::json::parse(
+      outsideToolOutput("exiftool", {"-j", "-l", "-G0:1", "-lang", "de", file.string()}), nullptr,
+      true)[0];
+  const auto result = lorvane({"show", "--json", "--lang", "de", file.string()});
+  EXPECT_EQ(result.status, 0) << result.err;
+  const auto json = nlohmann::json::parse(result.out);
+  ASSERT_EQ(json.size(), 1u);
+  EXPECT_EQ(json[0]["file"], file.string());
+  const auto& tags = json[0]["tags"];
+  ASSERT_EQ(tags.size(), tool.size() - 1);  // all but SourceFile
+  // The tool's numbers, read by a plain parser, may only differ from our text by notation.
+  std::map<std::string, nlohmann::json> shown;
+  for (const auto& tag : tags) {
+    shown[tag["group"].get<std::string>() + ":" + tag["name"].get<std::string>()] = tag;
+    EXPECT_FALSE(tag["title"].get<std::string>().empty());
+  }
+  for (const auto& [name, entry] : tool.items()) {
+    if (name == "SourceFile" || name == "File:System:FileAccessDate") {
+      continue;
+    }
+    ASSERT_TRUE(shown.contains(name)) << name;
+    const auto& tag = shown[name];
+    const auto& value = entry["val"];
+    if (value.is_string()) {
+      EXPECT_EQ(tag["value"], value) << name;
+    } else if (value.is_number()) {
+      EXPECT_EQ(nlohmann::json::parse(tag["value"].get<std::string>()), value) << name;
+    }
+    if (entry.contains("num") && entry["num"].is_string()) {
+      EXPECT_EQ(tag["raw"], entry["num"]) << name;
+    }
+  }
+  EXPECT_EQ(shown["XMP:XMP-dc:Title"]["value"], "5.00000");
+  EXPECT_EQ(shown["XMP:XMP-dc:Description"]["value"], "0.02414");
+  EXPECT_EQ(shown["XMP:XMP-dc:Subject"]["value"], nlohmann::json::array({"a, b", "c"}));
+  EXPECT_EQ(shown["EXIF:IFD0:Orientation"]["raw"], "6");
+  EXPECT_EQ(shown["EXIF:IFD0:Orientation"]["stream"], "EXIF");
+  EXPECT_TRUE(shown["ExifTool:ExifToolVersion"]["stream"].is_null());
+}
+
 TEST(SetProgram, WritesByALabelInTheChosenLanguageAndKeepsTheOriginal) {
   TemporaryFolder folder;
   const auto file = copyOfSample(folder);

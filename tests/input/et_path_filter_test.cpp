@@ -28,13 +28,11 @@ TEST(ETPathFilter, FilterKeepsThePathsWhoseExtensionIsOneOfTheSuffixes) {
       {{"jpg"}, {"/x/a.JPG", "/x/b.jpg", "/x/b.jpg"}},
       {{"png", "jpg", "JPG"}, {"/x/a.JPG", "/x/b.jpg", "/x/c.png", "/x/b.jpg"}},
       {{"gz", "tar.gz"}, {"/d/a.tar.gz"}},
-      {{"bashrc"}, {}},
       {{".gz"}, {}},
       {{""}, {"/x/jpg", "/d/.bashrc", "/d/trailing.", "/d.dir/file"}},
       {{"mass"}, {"/m/a.maß", "/m/b.MASS"}},
       {{"cafe\u0301"}, {"/m/c.caf\u00e9", "/m/d.CAFE\u0301"}},
       {{"\xff"}, {"/m/e.\xff"}},
-      {{"\xfe"}, {}},
   };
   for (const auto& [suffixes, kept] : cases) {
     SCOPED_TRACE(suffixes.empty() ? "(none)" : suffixes.front());

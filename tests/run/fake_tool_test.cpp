@@ -8,8 +8,10 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <fstream>
 #include <random>
+#include <span>
 #include <sstream>
 #include <thread>
 
@@ -114,12 +116,9 @@ TEST(FakeTool, AChildThatClosesItsInputAtOnceNeitherKillsNorBlocksTheHost) {
   ETInput input;
   input.arguments.assign(200'000, "-argument");
   const ETOutput output = ETProcess::run(input);
-  const auto lines = unknownLines(output);
-  ASSERT_EQ(lines.size(), 2u);
-  EXPECT_EQ(lines[0], "closed\n");
-  EXPECT_EQ(lines[1],
-            "the tool stopped reading its arguments before the whole batch was "
-            "written: Broken pipe\n");
+  EXPECT_EQ(unknownLines(output), (Lines{"closed\n",
+                                         "the tool stopped reading its arguments before the whole "
+                                         "batch was written: Broken pipe\n"}));
   EXPECT_FALSE(output.isRunning);
 }
 
@@ -141,7 +140,5 @@ TEST(FakeTool, BinaryOutputOfManyOddChunksArrivesWhole) {
   ETInput input;
   input.arguments = {source.string()};
   const ETOutput output = ETProcess::run(input);
-  ASSERT_EQ(output.binaryData.size(), bytes.size());
-  EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(),
-                         reinterpret_cast<const char*>(output.binaryData.data())));
+  EXPECT_TRUE(std::ranges::equal(output.binaryData, std::as_bytes(std::span(bytes))));
 }

@@ -33,6 +33,7 @@ TEST(ETPathFilter, FilterKeepsThePathsWhoseExtensionIsOneOfTheSuffixes) {
       {{"mass"}, {"/m/a.maß", "/m/b.MASS"}},
       {{"cafe\u0301"}, {"/m/c.caf\u00e9", "/m/d.CAFE\u0301"}},
       {{"\xff"}, {"/m/e.\xff"}},
+      {{"\xfe"}, {}},
   };
   for (const auto& [suffixes, kept] : cases) {
     SCOPED_TRACE(suffixes.empty() ? "(none)" : suffixes.front());

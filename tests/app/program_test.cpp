@@ -414,6 +414,18 @@ TEST(ShowProgram, FilesFromAListAsJsonLinesWithATimeLimitPerFile) {
   EXPECT_EQ(lorvane({"show", "--json", "--json-lines", sample()}).status, 2);
 }
 
+// A folder is never written in place of its files, and never reported as updated.
+TEST(SetProgram, AFolderIsNotWritten) {
+  TemporaryFolder folder;
+  const auto file = copyOfSample(folder);
+  const std::string before = fileContents(file);
+  const auto result = lorvane({"set", "EXIF:Orientation=1", "--", folder.path().string()});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.out, "");
+  EXPECT_NE(result.err.find("not written"), std::string::npos) << result.err;
+  EXPECT_EQ(fileContents(file), before);
+}
+
 TEST(SetProgram, ACaptureTimeAndAPlaceAreWrittenAndShown) {
   TemporaryFolder folder;
   const std::string file = lorvane::test::copyOfPlainJpeg(folder.path(), "a.jpg").string();

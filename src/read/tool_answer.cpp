@@ -321,6 +321,37 @@ std::string messageAbout(std::string message, std::string_view toolPath) {
   return message;
 }
 
+bool namesFilesInOrder(std::string_view json, std::span<const std::string> sources) {
+  // Each file's object starts so; a line feed within a JSON string is escaped, so nothing else
+  // does.
+  constexpr std::string_view key = "{\n  \"SourceFile\": \"";
+  std::size_t found = 0;
+  for (auto at = json.find(key); at != std::string_view::npos; at = json.find(key, at)) {
+    const std::size_t start = at + key.size();
+    bool escaped = false;
+    std::size_t end = start;
+    while (end < json.size() && json[end] != '"') {
+      escaped = escaped || json[end] == '\\';
+      end += json[end] == '\\' ? 2 : 1;
+    }
+    if (end >= json.size() || found == sources.size()) {
+      return false;
+    }
+    const std::string_view name = json.substr(start, end - start);
+    if (escaped) {
+      const auto text = Json::parse(json.substr(start - 1, end - start + 2), nullptr, false);
+      if (!text.is_string() || text.get_ref<const std::string&>() != sources[found]) {
+        return false;
+      }
+    } else if (name != sources[found]) {
+      return false;
+    }
+    ++found;
+    at = end;
+  }
+  return found == sources.size();
+}
+
 std::vector<FileTags> makeToolFileTags(const std::string& json, const CatalogueTexts& texts) {
   AnswerReader reader(texts);
   if (json.find_first_not_of(" \t\r\n") != std::string::npos) {

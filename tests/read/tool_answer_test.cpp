@@ -80,6 +80,40 @@ TEST(ToolJson, OtherShapesAreNoTags) {
   }
 }
 
+// An answer to several files stands for them only when it names each, in order, as sent.
+TEST(ToolJson, AnAnswerToSeveralFilesNamesEachAsSent) {
+  // Each file with a value that reads as the start of a file once unescaped.
+  const auto answer = [](std::initializer_list<std::string_view> names) {
+    std::string json = "[";
+    for (const auto name : names) {
+      json.append(json.size() > 1 ? ",\n" : "").append("{\n  \"SourceFile\": \"").append(name);
+      json.append(R"(",
+  "X:A": {
+    "val": "{\n  \"SourceFile\": \""
+  }
+})");
+    }
+    return json + "]";
+  };
+  const std::vector<std::string> sent = {"a.jpg", "./-b \"q\".jpg", "c\nd.jpg"};
+  const struct {
+    std::string json;
+    bool stands;
+  } cases[] = {
+      {answer({"a.jpg", R"(./-b \"q\".jpg)", R"(c\nd.jpg)"}), true},
+      {answer({"a.jpg", R"(./-b \"q\".jpg)", R"(c\u000ad.jpg)"}), true},
+      {answer({"a.jpg", R"(./-b \"q\".jpg)"}), false},
+      {answer({"a.jpg", R"(./-b \"q\".jpg)", R"(c\nd.jpg)", "a.jpg"}), false},
+      {answer({R"(./-b \"q\".jpg)", "a.jpg", R"(c\nd.jpg)"}), false},
+      {answer({"a.jpg", R"(./-b \"q\".jpg)", "c?d.jpg"}), false},
+      {answer({"a.jpg", R"(./-b \"q\".jpg)", R"(c\nd.jpg)"}).substr(0, 60), false},
+      {"", false},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(namesFilesInOrder(c.json, sent), c.stands) << c.json;
+  }
+}
+
 TEST(FileTags, ValuesTitlesAndLabelsFollowTheToolWhereItSpoke) {
   const auto file = fileOf(R"([{"SourceFile": "a.jpg",
       "EXIF:IFD0:Orientation": {"desc": "Orientierung", "num": 8, "val": "Rotate 270 CW"},

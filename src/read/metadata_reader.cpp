@@ -167,11 +167,12 @@ struct MetadataReader::State {
       auto files =
           detail::makeToolFileTags(answers.front().output.decodeOutData().value_or(""), texts);
       for (std::size_t i = 0; i < batch.size(); ++i) {
+        auto& given = read.emplace_back();
         if (i < files.size()) {
           files[i].file = batch[i];
-          read.push_back({std::move(files[i])});
+          given.push_back(std::move(files[i]));
         } else {
-          read.push_back({{batch[i], "ExifTool's output is not the JSON expected", {}}});
+          given.push_back({batch[i], "ExifTool's output is not the JSON expected", {}});
         }
       }
       return read;

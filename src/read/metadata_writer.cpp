@@ -422,8 +422,8 @@ std::vector<FileWriteResult> MetadataWriter::write(
         },
         [&](std::size_t k, std::vector<detail::CommandAnswer>&& answers) {
           const std::size_t i = toWrite[k];
-          return state.makeResult(files[i], state.backups, preparations[i],
-                                  answers.front().input, answers.front().output);
+          return state.makeResult(files[i], state.backups, preparations[i], answers.front().input,
+                                  answers.front().output);
         },
         deliver, {});
     toWrite.clear();

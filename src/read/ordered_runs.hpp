@@ -72,14 +72,13 @@ struct CommandAnswer {
 // `window`: the items that may be done or under way ahead of the one the caller waits for;
 // 0: four per tool and eight more.
 template <class Result>
-void runInOrder(ToolSlots& tools, bool sendsAhead, std::size_t count,
-                const std::function<ETInput(std::size_t)>& makeInput,
-                const std::function<Result(std::size_t, std::vector<CommandAnswer>&&)>& makeResult,
-                const std::function<void(Result&&)>& deliver,
-                const std::function<void(double)>& onProgress,
-                const std::function<std::vector<ETInput>(std::size_t, const CommandAnswer&)>& redo =
-                    {},
-                std::size_t window = 0) {
+void runInOrder(
+    ToolSlots& tools, bool sendsAhead, std::size_t count,
+    const std::function<ETInput(std::size_t)>& makeInput,
+    const std::function<Result(std::size_t, std::vector<CommandAnswer>&&)>& makeResult,
+    const std::function<void(Result&&)>& deliver, const std::function<void(double)>& onProgress,
+    const std::function<std::vector<ETInput>(std::size_t, const CommandAnswer&)>& redo = {},
+    std::size_t window = 0) {
   if (count == 0 || tools.isCancelled()) {
     return;
   }

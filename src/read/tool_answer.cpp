@@ -111,7 +111,7 @@ struct ReadFile {
 // object is made into JSON on its own. What has another shape is passed over, as it would be
 // in a document: an entry of the list that is no object is a file without tags, a name that
 // is no tool name or whose entry is no object is no tag.
-class AnswerReader {
+class AnswerReader : public nlohmann::json_sax<Json> {
 public:
   explicit AnswerReader(const CatalogueTexts& texts) : texts_(texts) {}
 
@@ -120,16 +120,20 @@ public:
   // Why the text is no JSON.
   std::optional<std::string> error;
 
-  bool null() { return scalar(Json(nullptr)); }
-  bool boolean(bool value) { return scalar(Json(value)); }
+  bool null() override { return scalar(Json(nullptr)); }
+  bool boolean(bool value) override { return scalar(Json(value)); }
   // Numbers come as texts (withQuotedNumbers); any other is taken as its text all the same.
-  bool number_integer(Json::number_integer_t value) { return scalar(Json(std::to_string(value))); }
-  bool number_unsigned(Json::number_unsigned_t value) {
+  bool number_integer(Json::number_integer_t value) override {
     return scalar(Json(std::to_string(value)));
   }
-  bool number_float(Json::number_float_t, const std::string& text) { return scalar(Json(text)); }
-  bool binary(Json::binary_t&) { return scalar(Json(nullptr)); }
-  bool string(std::string& text) {
+  bool number_unsigned(Json::number_unsigned_t value) override {
+    return scalar(Json(std::to_string(value)));
+  }
+  bool number_float(Json::number_float_t, const std::string& text) override {
+    return scalar(Json(text));
+  }
+  bool binary(Json::binary_t&) override { return scalar(Json(nullptr)); }
+  bool string(std::string& text) override {
     if (skipped_ > 0 || !building_.empty()) {
       return scalar(Json(std::move(text)));
     }
@@ -147,9 +151,9 @@ public:
     return true;
   }
 
-  bool start_object(std::size_t) { return open(Json::object()); }
-  bool start_array(std::size_t) { return open(Json::array()); }
-  bool key(std::string& name) {
+  bool start_object(std::size_t) override { return open(Json::object()); }
+  bool start_array(std::size_t) override { return open(Json::array()); }
+  bool key(std::string& name) override {
     if (skipped_ > 0) {
       return true;
     }
@@ -165,10 +169,11 @@ public:
     }
     return true;
   }
-  bool end_object() { return close(); }
-  bool end_array() { return close(); }
+  bool end_object() override { return close(); }
+  bool end_array() override { return close(); }
 
-  bool parse_error(std::size_t, const std::string&, const nlohmann::json::exception& problem) {
+  bool parse_error(std::size_t, const std::string&,
+                   const nlohmann::json::exception& problem) override {
     error = problem.what();
     return false;
   }
@@ -352,11 +357,20 @@ bool namesFilesInOrder(std::string_view json, std::span<const std::string> sourc
   return found == sources.size();
 }
 
-std::vector<FileTags> makeToolFileTags(const std::string& json, const CatalogueTexts& texts) {
-  AnswerReader reader(texts);
-  if (json.find_first_not_of(" \t\r\n") != std::string::npos) {
-    Json::sax_parse(withQuotedNumbers(json), &reader);
+// The answer read into tags, by nlohmann's parser only where the quick one is unsure.
+void readAnswer(const std::string& json, std::optional<AnswerReader>& reader,
+                const CatalogueTexts& texts) {
+  reader.emplace(texts);
+  if (json.find_first_not_of(" \t\r\n") != std::string::npos && !readToolJson(json, *reader)) {
+    reader.emplace(texts);
+    Json::sax_parse(withQuotedNumbers(json), &*reader);
   }
+}
+
+std::vector<FileTags> makeToolFileTags(const std::string& json, const CatalogueTexts& texts) {
+  std::optional<AnswerReader> answer;
+  readAnswer(json, answer, texts);
+  AnswerReader& reader = *answer;
   std::vector<FileTags> files;
   if (!reader.error && reader.files) {
     for (auto& [file, source] : *reader.files) {
@@ -371,10 +385,9 @@ std::vector<FileTags> makeFileTags(const std::string& given, std::string_view to
                                    const ToolAnswer& answer, const CatalogueTexts& texts) {
   // A line feed in a file name cuts the tool's message about it: its lines join again first.
   const std::string messages = joinedLines(answer.messages);
-  AnswerReader reader(texts);
-  if (answer.json.find_first_not_of(" \t\r\n") != std::string::npos) {
-    Json::sax_parse(withQuotedNumbers(answer.json), &reader);
-  }
+  std::optional<AnswerReader> read;
+  readAnswer(answer.json, read, texts);
+  AnswerReader& reader = *read;
   if (reader.error) {
     return {{given, "ExifTool's output is not the JSON expected: " + *reader.error, {}}};
   }

@@ -58,7 +58,8 @@ private:
 TEST(BatchedReads, EachFileComesAsWhenReadAloneInTheGivenOrder) {
   TemporaryFolder folder;
   lorvane::test::programOutput(
-      "/usr/bin/python3", {LORVANE_SOURCE_DIR "/tools/make-varied-files.py", folder.path().string()});
+      "/usr/bin/python3",
+      {LORVANE_SOURCE_DIR "/tools/make-varied-files.py", folder.path().string()});
   std::vector<std::string> varied;
   for (const auto& entry : fs::directory_iterator(folder.path())) {
     varied.push_back(entry.path().filename().string());
@@ -75,8 +76,9 @@ TEST(BatchedReads, EachFileComesAsWhenReadAloneInTheGivenOrder) {
 
   // The odd ones among the others, twice over, so that they fall into the middle of commands
   // of several files (the reader sends 1, 2, 4, ... at once).
-  const std::vector<std::string> odd = {"missing.jpg", "empty.jpg", locked, "-dash.jpg",
-                                        "not-utf8-\xff.jpg", "inside", varied.front()};
+  const std::vector<std::string> odd = {"missing.jpg", "empty.jpg",         locked,
+                                        "-dash.jpg",   "not-utf8-\xff.jpg", "inside",
+                                        varied.front()};
   std::vector<std::string> files;
   for (int round = 0; round < 2; ++round) {
     for (std::size_t i = 0; i < varied.size(); ++i) {
@@ -91,7 +93,8 @@ TEST(BatchedReads, EachFileComesAsWhenReadAloneInTheGivenOrder) {
   MetadataReader alone({.jobs = 1});
   std::vector<std::string> expected;
   for (const auto& file : files) {
-    alone.readEach(std::vector{file}, [&](FileTags&& read) { expected.push_back(described(read)); });
+    alone.readEach(std::vector{file},
+                   [&](FileTags&& read) { expected.push_back(described(read)); });
   }
   for (const std::size_t jobs : {1, 3}) {
     SCOPED_TRACE(jobs);

@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "read/tool_answer.hpp"
+#include "read/tool_json.hpp"
 
 namespace {
 
@@ -77,6 +78,77 @@ TEST(ToolJson, OtherShapesAreNoTags) {
     const auto none = makeFileTags("a.jpg", "a.jpg", {other, {}}, english);
     ASSERT_EQ(none.size(), 1u);
     EXPECT_EQ(none[0].error, "not read") << other;
+  }
+}
+
+// The events a parser gives, as one text.
+class Recorder : public nlohmann::json_sax<nlohmann::ordered_json> {
+public:
+  std::string events;
+  bool null() override { return add("null"); }
+  bool boolean(bool value) override { return add(value ? "true" : "false"); }
+  bool number_integer(number_integer_t) override { return add("integer"); }
+  bool number_unsigned(number_unsigned_t) override { return add("unsigned"); }
+  bool number_float(number_float_t, const string_t&) override { return add("float"); }
+  bool string(string_t& text) override { return add("s:" + text); }
+  bool binary(binary_t&) override { return add("binary"); }
+  bool start_object(std::size_t) override { return add("{"); }
+  bool key(string_t& name) override { return add("k:" + name); }
+  bool end_object() override { return add("}"); }
+  bool start_array(std::size_t) override { return add("["); }
+  bool end_array() override { return add("]"); }
+  bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) override {
+    return add("error");
+  }
+
+private:
+  bool add(const std::string& event) {
+    events += event + "|";
+    return true;
+  }
+};
+
+// The quick reading gives what nlohmann's parser gives of the text with its numbers quoted, and
+// leaves to it whatever isn't well-formed.
+TEST(ToolJson, TheQuickReadingAgreesWithTheFullParser) {
+  const struct {
+    std::string json;
+    bool wellFormed;
+  } cases[] = {
+      {R"([{"SourceFile": "a.jpg", "X:A": {"val": [1, -0, 2.50, 1e400, true, false, null]}}])",
+       true},
+      {R"( [ {} , [] , { "k" : { "n" : [ [ ] ] } } ] )", true},
+      {R"(["q\"b\\s\/\b\f\n\r\t", "\u00e9\u20ac\ud83d\ude00\u0000", "\u00C9", "ü€😀"])", true},
+      {R"("top")", true},
+      {"-12.5e-3", true},
+      {R"(["a" "b"])", false},
+      {R"([1,])", false},
+      {R"({"a" 1})", false},
+      {R"([01])", false},
+      {R"([1.])", false},
+      {R"([-])", false},
+      {R"(["\ud83d"])", false},
+      {R"(["\ude00"])", false},
+      {R"(["\x"])", false},
+      {"[\"a\tb\"]", false},
+      {R"(["\u12"])", false},
+      {R"([tru])", false},
+      {R"([] [])", false},
+      {R"([{"a": 1])", false},
+      {R"(["cut)", false},
+      {"[\"\xff\"]", false},
+      {"\xef\xbb\xbf[1]", false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.json);
+    Recorder quick;
+    Recorder full;
+    nlohmann::ordered_json::sax_parse(withQuotedNumbers(c.json), &full);
+    ASSERT_EQ(readToolJson(c.json, quick), c.wellFormed);
+    if (c.wellFormed) {
+      EXPECT_EQ(quick.events, full.events);
+      EXPECT_EQ(full.events.find("error"), std::string::npos);
+    }
   }
 }
 

@@ -6,6 +6,7 @@ pairs' ratios.
 
     bench/python/compare_show.py FOLDER [--pairs N] [--build DIR] [--jobs J]
                                  [--consumer dict|json] [--dask | --dask-cold]
+                                 [--dask-output gather|files] [--dask-profiler on|off]
 
 Every file of FOLDER is read (tools/make-many-files.py makes such a folder), against
 `lorvane show --json-lines --jobs J`; everything writes to /dev/null.
@@ -13,7 +14,11 @@ Every file of FOLDER is read (tools/make-many-files.py makes such a folder), aga
   json.dumps(file.to_dict()) (--consumer dict) or file.to_json() (--consumer json).
 - --dask: lorvane.dask.read_bag on a LocalCluster of J single-threaded worker processes started
   once and warmed (lorvane imported, its tools running), as a cluster that indexes an archive
-  is; the results are gathered here and written as JSON lines.
+  is. --dask-output gather (the default): the results are gathered here and written as JSON
+  lines; files: each worker writes its partitions' JSON lines itself
+  (read_bag(paths, as_json=True).to_textfiles), as an archive's index is written. --dask-profiler off:
+  the workers' statistical profiler (Dask's distributed.worker.profile.enabled, on by default,
+  sampling each worker's threads every 10 ms) is off, as a cluster that only indexes may run.
 - --dask-cold: the same in a program of its own that starts and ends the cluster each time.
 BUILD is the build tree (default build/default), whose package is used uninstalled.
 """
@@ -24,6 +29,7 @@ import pathlib
 import statistics
 import subprocess
 import sys
+import tempfile
 import time
 
 READ_EACH = """
@@ -100,6 +106,8 @@ def main():
     parser.add_argument("--consumer", choices=["dict", "json"], default="dict")
     parser.add_argument("--dask", action="store_true")
     parser.add_argument("--dask-cold", action="store_true")
+    parser.add_argument("--dask-output", choices=["gather", "files"], default="gather")
+    parser.add_argument("--dask-profiler", choices=["on", "off"], default="on")
     options = parser.parse_args()
 
     build = pathlib.Path(options.build).resolve()
@@ -117,19 +125,29 @@ def main():
     if options.dask:
         import json
 
+        import dask
         from distributed import Client, LocalCluster
 
         import lorvane.dask
+        dask.config.set({"distributed.worker.profile.enabled": options.dask_profiler == "on"})
         cluster = LocalCluster(n_workers=options.jobs, threads_per_worker=1, processes=True,
                                dashboard_address=None)
         client = Client(cluster)
 
-        def python():
+        def gathered():
             with open("/dev/null", "w") as out:
                 for partition in client.compute(lorvane.dask.read_bag(paths).to_delayed()):
                     for file in partition.result():
                         out.write(json.dumps(file, ensure_ascii=False) + "\n")
-        name = f"read_bag on a warm LocalCluster of {options.jobs} workers"
+
+        def written_by_workers():
+            with tempfile.TemporaryDirectory() as folder:
+                lorvane.dask.read_bag(paths, as_json=True).to_textfiles(os.path.join(folder, "*.jsonl"))
+
+        python = gathered if options.dask_output == "gather" else written_by_workers
+        name = (f"read_bag on a warm LocalCluster of {options.jobs} workers, "
+                f"{'gathered here' if options.dask_output == 'gather' else 'JSON lines written by the workers'}, "
+                f"Dask's profiler {options.dask_profiler}")
     elif options.dask_cold:
         python = command(["/usr/bin/python3", "-c", DASK_COLD, str(options.jobs), "", *paths])
         name = f"read_bag on a LocalCluster of {options.jobs} workers started and ended each time"

@@ -8,7 +8,8 @@
         bag.map(json.dumps).to_textfiles("out/*.jsonl")
 
 Each element is the object FileTags.to_dict() gives, the one `lorvane show --json-lines`
-writes: a file that can't be read is its element's "error", never a failed task. Scheduling,
+writes, or with as_json=True that line itself, made without Python objects for an index that
+only stores it. A file that can't be read is its element's "error", never a failed task. Scheduling,
 retries and a worker that dies (its partitions are run again) are Dask's.
 """
 
@@ -54,9 +55,12 @@ def _reader(language: str, jobs: int) -> lorvane.Reader:
         return reader
 
 
-def read_partition(paths: Iterable[str], language: str = "en", jobs: int = 1) -> list[dict[str, Any]]:
-    """The to_dict() objects of the files of one partition, in order, read by this worker's Reader."""
-    return [file.to_dict() for file in _reader(language, jobs).read_each(paths)]
+def read_partition(paths: Iterable[str], language: str = "en", jobs: int = 1,
+                   as_json: bool = False) -> list[Union[dict[str, Any], str]]:
+    """The to_dict() objects (or to_json() lines) of the files of one partition, in order, read
+    by this worker's Reader."""
+    files = _reader(language, jobs).read_each(paths)
+    return [file.to_json() for file in files] if as_json else [file.to_dict() for file in files]
 
 
 def read_bag(
@@ -64,17 +68,19 @@ def read_bag(
     language: str = "en",
     npartitions: int | None = None,
     jobs: int = 1,
+    as_json: bool = False,
 ) -> dask.bag.Bag:
     """A dask.bag.Bag of the files' to_dict() objects, in the paths' order.
 
     paths: a sequence of paths (str or os.PathLike), or a Bag of them (for more paths than fit
     in one process). npartitions: for a sequence, the number of partitions (default: one per
     about 100 files). language: as Reader's. jobs: tools side by side in each partition's
-    Reader; 1 fits a single-threaded worker.
+    Reader; 1 fits a single-threaded worker. as_json: elements are the files' to_json() lines
+    instead of their to_dict() objects, for read_bag(paths, as_json=True).to_textfiles(...).
     """
     if not isinstance(paths, dask.bag.Bag):
         names = [os.fspath(path) for path in paths]
         if npartitions is None:
             npartitions = max(1, math.ceil(len(names) / _FILES_PER_PARTITION))
         paths = dask.bag.from_sequence(names, npartitions=max(1, min(npartitions, len(names) or 1)))
-    return paths.map_partitions(read_partition, language=language, jobs=jobs)
+    return paths.map_partitions(read_partition, language=language, jobs=jobs, as_json=as_json)

@@ -100,12 +100,7 @@ public:
   bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) override {
     return add("error");
   }
-
-private:
-  bool add(const std::string& event) {
-    events += event + "|";
-    return true;
-  }
+  bool add(const std::string& event) { return !(events += event + "|").empty(); }
 };
 
 // The quick reading gives what nlohmann's parser gives of the text with its numbers quoted, and
@@ -178,7 +173,6 @@ TEST(ToolJson, AnAnswerToSeveralFilesNamesEachAsSent) {
       {answer({"a.jpg", R"(./-b \"q\".jpg)", R"(c\nd.jpg)", "a.jpg"}), false},
       {answer({R"(./-b \"q\".jpg)", "a.jpg", R"(c\nd.jpg)"}), false},
       {answer({"a.jpg", R"(./-b \"q\".jpg)", "c?d.jpg"}), false},
-      {answer({"a.jpg", R"(./-b \"q\".jpg)", R"(c\nd.jpg)"}).substr(0, 60), false},
       {"", false},
   };
   for (const auto& c : cases) {

@@ -10,11 +10,11 @@
 
 #include "catalogue/catalogue_texts.hpp"
 #include "platform/private_file.hpp"
-#include "text/utf8.hpp"
 #include "read/embedded_images.hpp"
 #include "read/ordered_runs.hpp"
 #include "read/sidecars.hpp"
 #include "read/tool_answer.hpp"
+#include "text/utf8.hpp"
 
 namespace lorvane {
 namespace detail {

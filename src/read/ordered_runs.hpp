@@ -158,8 +158,9 @@ void runInOrder(
           if (!again.empty()) {
             answers.clear();
             for (auto& part : again) {
+              // Part of an item is never delivered.
               if (tools.isCancelled()) {
-                break;
+                return;
               }
               answers.push_back({std::move(part), {}});
               answers.back().output = run(slot, answers.back().input, std::nullopt);

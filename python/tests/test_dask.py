@@ -35,8 +35,7 @@ def test_a_bag_equals_a_local_read_and_a_bad_file_is_its_error(client, varied, t
     assert [same_reading(file) for file in read] == local(paths)
     assert [("error" in file) for file in read] == [path == str(bad) for path in paths]
     lines = lorvane.dask.read_bag(paths, npartitions=2, as_json=True).compute()
-    assert ([same_reading(json.loads(line)) for line in lines]
-            == [same_reading(file) for file in read])
+    assert [same_reading(json.loads(line)) for line in lines] == [same_reading(file) for file in read]
 
 
 def test_the_archive_example_indexes_a_tree(client, varied, tmp_path):

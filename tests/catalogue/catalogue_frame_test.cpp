@@ -26,23 +26,12 @@ TEST(CatalogueFrame, StreamsInByteOrderWithMakerStreamsApart) {
   ASSERT_EQ(streams.size(), 141u);
   EXPECT_TRUE(std::ranges::is_sorted(streams, {}, &TagStream::rawValue));  // "APP15" < "APP2"
   EXPECT_EQ(std::ranges::count(streams, TagStream::streamIFD0()), 0);
+  EXPECT_EQ(TagStream::streamSRF_().rawValue(), "SRF#");  // named by its safe value
 
   const auto makers = TagStream::makerStreams();
   ASSERT_EQ(makers.size(), 45u);
   EXPECT_EQ(makers.front(), TagStream::streamAdobeDNG());
   EXPECT_EQ(std::ranges::count(makers, TagStream::streamIFD0()), 1);
-}
-
-TEST(CatalogueFrame, StreamsWithoutTagsHaveEmptyTablesInEveryLanguage) {
-  for (ETLanguage language : ETLanguage::allCases()) {
-    EXPECT_TRUE(TagStrings::stringTableIFD0(language).empty()) << language;
-    EXPECT_TRUE(TagStrings::stringTableOgg(language).empty()) << language;
-  }
-  // Constants are named by safe values; keys and texts keep the raw stream name.
-  EXPECT_EQ(TagStream::streamSRF_().rawValue(), "SRF#");
-  for (const TagItem* item : TagItem::allStreamsSRF_()) {
-    EXPECT_TRUE(item->strings().defaultTable().find("SRF#:" + item->key().rawValue()));
-  }
 }
 
 TEST(CatalogueFrame, FirstUsesThatRaceGetOneObject) {

@@ -1,6 +1,5 @@
 // The built catalogue, row by row, against the rows it was made from (data/catalogue/rows.json)
-// and the translated texts they give: totals alone would let a wrong text or a wrong order of
-// choices through.
+// and the translated texts they give.
 
 #include "catalogue_support.hpp"
 

@@ -14,11 +14,6 @@ nlohmann::json readData(const char* name) {
 
 }  // namespace
 
-const nlohmann::json& statedTotals() {
-  static const nlohmann::json totals = readData("stated-totals.json");
-  return totals;
-}
-
 const nlohmann::json& catalogueRows() {
   static const nlohmann::json rows = readData("rows.json");
   return rows;

@@ -10,12 +10,7 @@
 
 namespace lorvane::test {
 
-// The totals the catalogue states about itself (data/catalogue/stated-totals.json): a
-// transcription of its own statements, which the generator checks its input against and
-// these tests check the built library against.
-const nlohmann::json& statedTotals();
-
-// The catalogue's rows as given (data/catalogue/rows.json), for the shared value tables.
+// The catalogue's rows as given (data/catalogue/rows.json).
 const nlohmann::json& catalogueRows();
 
 // Every item of the catalogue by its raw name ("EXIF:Orientation").

@@ -115,15 +115,6 @@ TEST_F(ArgumentsMakerTest, EveryFieldSetFollowsTheFixedOrder) {
   EXPECT_EQ(all.make(), expected);
 }
 
-TEST_F(ArgumentsMakerTest, ExtraArgumentsAreReadAtEachMake) {
-  ETInput input;
-  input.addArguments([](Maker&) {});
-  ETSettings::shared().setExtraArguments({"-fast"});
-  EXPECT_EQ(input.arguments, defaults) << "lists already built stay as they are";
-  EXPECT_EQ(Maker().make(),
-            (Strings{"-q", "-fast"} + Strings(defaults.begin() + 1, defaults.end())));
-}
-
 TEST_F(ArgumentsMakerTest, ListFormMakesOneMakerPerElement) {
   const std::vector<std::string> files{"/1.jpg", "/2.jpg", "/3.jpg"};
   ETInput input;

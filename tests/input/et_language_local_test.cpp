@@ -69,8 +69,8 @@ protected:
 }  // namespace
 
 TEST_F(ETLanguageLocal, SettingsAreReadInGettextOrder) {
-  // Every language is shipped (the catalogue's language tests start the others); a region
-  // or a missing codeset falls back to the language.
+  // Every language is shipped (the catalogue's language tests start a Japanese process); a
+  // region or a missing codeset falls back to the language.
   const std::vector<std::pair<Settings, std::string_view>> cases{
       {{{"LANG", "fr_CA.UTF-8"}}, "french"},
       {{{"LANG", "es_MX.UTF-8"}}, "spanish"},
@@ -79,16 +79,13 @@ TEST_F(ETLanguageLocal, SettingsAreReadInGettextOrder) {
       {{}, "english"},
       // LANGUAGE counts in the C locale too: whoever sets it asks for it.
       {{{"LANG", "de_DE.UTF-8"}, {"LC_ALL", "C.UTF-8"}, {"LANGUAGE", "de"}}, "german"},
-      {{{"LANGUAGE", "ja"}}, "japanese"},
       {{{"LANG", "C"}, {"LANGUAGE", ":"}}, "english"},
       // Chinese is the Simplified kind unless the region writes it Traditional.
-      {{{"LANGUAGE", "zh"}}, "chinese"},
       {{{"LANG", "zh_SG.UTF-8"}}, "chinese"},
       {{{"LANG", "zh_TW.UTF-8"}}, "english"},
       {{{"LANGUAGE", "zh_HK:de"}}, "german"},
       {{{"LANG", "de_DE.UTF-8"}, {"LANGUAGE", "pt_BR:fr:de"}}, "french"},
       {{{"LANG", "de_AT.UTF-8@euro"}, {"LC_MESSAGES", "it_IT.UTF-8"}}, "italian"},
-      {{{"LANG", "pt_BR.UTF-8"}}, "english"},
   };
   for (const auto& [settings, language] : cases) {
     SCOPED_TRACE(language);

@@ -111,20 +111,6 @@ TEST(ParserMessages, RecognisesTheToolsMessagesAndProgressLines) {
                    "moved: /a --> b to /c", "======= /x.jpg [1/2]\n", "======== /x.jpg [١/٢]\n"}));
 }
 
-TEST_F(ParserTest, LinesSplitAcrossChunksAreDecodedOnceAsAWhole) {
-  feed("Nothing chan");
-  feed("ged in /a.jpg");
-  EXPECT_TRUE(output().processLogs.empty());  // no line end yet
-  feed("\nfirst\nsec");
-  feed("ond\n");
-  feed("\n\n\n");  // only line feeds: nothing
-  feed("third without line end");
-  const auto output = finish();
-  ASSERT_EQ(output.processLogs.size(), 4u);
-  EXPECT_EQ(std::get<ETOutput::NoChanges>(output.processLogs[0]).path, "/a.jpg");
-  EXPECT_EQ(unknownLines(), (Lines{"first\n", "second\n", "third without line end"}));
-}
-
 TEST_F(ParserTest, ACarriageReturnBeforeALineFeedKeepsTheLineOpenWithinAChunk) {
   feed("one\r\ntwo\nthree\r");
   feed("\nfour\n");

@@ -67,14 +67,6 @@ TEST(TagStrings, KeepTheirOwnCopyOfACallersMap) {
   EXPECT_EQ(strings.localize({"EXIF", "Orientation", "1"}), "Horizontal (normal)");
 }
 
-TEST(TagStringTableDeathTest, DebugBuildsRefuseUnsortedEntries) {
-  constexpr std::array<TagStringTable::Entry, 2> unsorted{{{"b", "1"}, {"a", "2"}}};
-  EXPECT_DEBUG_DEATH(TagStringTable{unsorted}, "not sorted");
-  constexpr std::array<TagStringTable::TextEntry, 2> unsortedText{
-      {{{1, 1}, {0, 1}}, {{0, 1}, {1, 1}}}};
-  EXPECT_DEBUG_DEATH(TagStringTable("ab", unsortedText), "not sorted");
-}
-
 TEST(TagStrings, LocalizesFromTheLocalTableThenEnglishThenTheId) {
   const TagStrings strings{TagStringTable(germanExif), TagStringTable(englishExif)};
   EXPECT_EQ(strings.localize({"EXIF", "Orientation"}), "Ausrichtung");

@@ -1,8 +1,10 @@
 // `lorvane show` over many files as it streams them: its peak memory, how soon the first file
-// is on standard output, and its wall time against plain ExifTool reading the same files
-// (`exiftool -j -l -G0:1`, without the runs' `-progress -v0`): `--jobs 1` against one such
-// command, `--jobs 2` against two over the halves side by side. Each round times every kind
-// back to back in a rotating order; ratios are taken within a round, medians over the rounds.
+// is on standard output, and its processor and wall time against plain ExifTool reading the
+// same files (`exiftool -j -l -G0:1`, without the runs' `-progress -v0`): `--jobs 1` against
+// one such command, `--jobs 2` against two over the halves side by side. Processor time is that
+// of the whole process tree (user and system, the tools included): other work on the machine
+// changes it far less than wall time. Each round times every kind back to back in a rotating
+// order; ratios are taken within a round, medians over the rounds, with their range.
 //
 //   lorvane-bench-streamed_show ROUNDS FOLDER [COUNT...]
 //
@@ -36,6 +38,7 @@ using Clock = std::chrono::steady_clock;
 
 struct Outcome {
   double wall = 0;         // seconds until the last process ended
+  double processor = 0;    // user and system seconds of the processes and their children
   double firstOutput = 0;  // seconds until the first byte on standard output
   double peakMegabytes = 0;
 };
@@ -101,6 +104,11 @@ Outcome runSideBySide(const std::vector<std::vector<std::string>>& commands) {
       std::fprintf(stderr, "a command failed: %s ...\n", commands.front().front().c_str());
       std::exit(1);
     }
+    // Its waited-for children count in: the kept tools of the program.
+    for (const timeval& time : {usage.ru_utime, usage.ru_stime}) {
+      outcome.processor +=
+          static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+    }
     // The process itself, or the largest of its waited-for children (kilobytes on Linux).
     outcome.peakMegabytes =
         std::max(outcome.peakMegabytes, static_cast<double>(usage.ru_maxrss) / 1024.0);
@@ -142,8 +150,8 @@ int main(int argc, char** argv) {
   const std::string program = LORVANE_PROGRAM;
   std::printf("load average before: %s\n", loadAverage().c_str());
   std::printf("%d rounds; medians over rounds, ratios taken within a round\n", rounds);
-  std::printf("%6s %-22s %9s %9s %9s %13s %13s\n", "files", "", "wall s", "first s", "peak MB",
-              "/ 1 exiftool", "/ 2 exiftools");
+  std::printf("%6s %-21s %6s %7s %6s %21s %21s %7s %7s %8s\n", "files", "", "cpu s", "wall s",
+              "peak MB", "cpu / 1 exiftool", "cpu / 2 exiftools", "wall/1", "wall/2", "first s");
   for (const std::size_t count : counts) {
     if (count > all.size()) {
       std::printf("%zu files: only %zu in the folder, skipped\n", count, all.size());
@@ -187,19 +195,28 @@ int main(int argc, char** argv) {
     const char* names[] = {"exiftool -j -l -G0:1", "2 exiftools, halves", "show --jobs 1",
                            "show --jobs 2"};
     for (std::size_t kind = 0; kind < kinds.size(); ++kind) {
-      std::vector<double> walls, firsts, peaks, toOne, toTwo;
+      std::vector<double> processors, walls, firsts, peaks, cpuToOne, cpuToTwo, toOne, toTwo;
       for (std::size_t round = 0; round < outcomes[kind].size(); ++round) {
         const Outcome& outcome = outcomes[kind][round];
+        processors.push_back(outcome.processor);
         walls.push_back(outcome.wall);
         firsts.push_back(outcome.firstOutput);
         peaks.push_back(outcome.peakMegabytes);
+        cpuToOne.push_back(outcome.processor / outcomes[0][round].processor);
+        cpuToTwo.push_back(outcome.processor / outcomes[1][round].processor);
         toOne.push_back(outcome.wall / outcomes[0][round].wall);
         toTwo.push_back(outcome.wall / outcomes[1][round].wall);
       }
-      std::printf("%6zu %-22s %9.2f %9.3f %9.1f %13.3f %13.3f  (wall %.2f-%.2f)\n", count,
-                  names[kind], median(walls), median(firsts), median(peaks), median(toOne),
-                  median(toTwo), *std::min_element(walls.begin(), walls.end()),
-                  *std::max_element(walls.begin(), walls.end()));
+      const auto range = [](const std::vector<double>& values) {
+        char text[64];
+        std::snprintf(text, sizeof text, "%.3f (%.3f-%.3f)", median(values),
+                      *std::min_element(values.begin(), values.end()),
+                      *std::max_element(values.begin(), values.end()));
+        return std::string(text);
+      };
+      std::printf("%6zu %-21s %6.2f %7.2f %7.1f %21s %21s %7.3f %7.3f %8.3f\n", count, names[kind],
+                  median(processors), median(walls), median(peaks), range(cpuToOne).c_str(),
+                  range(cpuToTwo).c_str(), median(toOne), median(toTwo), median(firsts));
     }
     for (const auto& list : {allFiles, firstHalf, secondHalf}) {
       fs::remove(list);

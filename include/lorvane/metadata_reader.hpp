@@ -38,7 +38,8 @@ public:
     // Tools side by side; 0: one per hardware thread.
     std::size_t jobs = 0;
     // Longest time the tool may take over one file before that file gets an error and the
-    // others go on with a fresh tool; zero: no limit.
+    // others go on with a fresh tool; zero: no limit. Files read by one command share their
+    // limits; one that passes them is read again file by file, each with its own.
     std::chrono::milliseconds timeout{60'000};
     // A folder's sidecars are then read with their files, never as files of their own.
     SidecarPolicy sidecars = SidecarPolicy::ignore;

@@ -14,6 +14,7 @@
 #include "read/ordered_runs.hpp"
 #include "read/sidecars.hpp"
 #include "read/tool_answer.hpp"
+#include "text/utf8.hpp"
 
 namespace lorvane {
 namespace detail {
@@ -32,6 +33,23 @@ std::vector<std::string> toolMessages(const ETOutput& output) {
     }
   }
   return messages;
+}
+
+// The first file of each command and, last, the end: one file first, so that it comes at once,
+// then twice as many each time up to `largest`; towards the end no more than a share of what is
+// left, so that the tools side by side finish together. A kept tool builds its state anew for
+// every command, which one command per file pays for every file.
+std::vector<std::size_t> batchStarts(std::size_t count, std::size_t tools, std::size_t largest) {
+  std::vector<std::size_t> starts;
+  std::size_t size = 1;
+  for (std::size_t start = 0; start < count;) {
+    starts.push_back(start);
+    const std::size_t share = std::max<std::size_t>(1, (count - start) / (2 * tools));
+    start += std::min({size, share, count - start});
+    size = std::min(2 * size, largest);
+  }
+  starts.push_back(count);
+  return starts;
 }
 
 std::string seconds(std::chrono::milliseconds time) {
@@ -102,21 +120,113 @@ struct MetadataReader::State {
     return detail::makeFileTags(file, toolPath, answer, texts);
   }
 
+  // One command for the files of `batch`, when each is a regular file and they are several;
+  // else nothing to run, and each goes alone.
+  ETInput makeBatchInput(std::span<const std::string> batch, bool sidecars) const {
+    if (batch.size() == 1) {
+      return makeInput(batch.front(), sidecars);
+    }
+    for (const auto& file : batch) {
+      std::error_code error;
+      if (!std::filesystem::is_regular_file(file, error)) {
+        return {};
+      }
+    }
+    ETInput input = makeInput(batch.front(), false);
+    for (const auto& file : batch.subspan(1)) {
+      input.arguments.push_back(ETInput::ArgumentsMaker::sourceArgument(file));
+    }
+    if (input.timeLimit) {
+      *input.timeLimit *= static_cast<long>(batch.size());
+    }
+    return input;
+  }
+
+  // Whether the answer to a batch's command gives each file its own part and nothing else: no
+  // message (a file gone meanwhile, a time limit, a lost tool), each file named as it was sent.
+  static bool answersEachFile(std::span<const std::string> batch,
+                              const detail::CommandAnswer& answer) {
+    if (answer.input.arguments.empty() || !detail::toolMessages(answer.output).empty()) {
+      return false;
+    }
+    std::vector<std::string> sent;
+    sent.reserve(batch.size());
+    for (const auto& file : batch) {
+      sent.push_back(ETInput::ArgumentsMaker::sourceArgument(file));
+    }
+    const auto json = decodeUTF8(answer.output.binaryData);
+    return json && detail::namesFilesInOrder(*json, sent);
+  }
+
+  // Each file's tags, from one command for the whole batch or one for each file.
+  std::vector<std::vector<FileTags>> makeBatchFiles(std::span<const std::string> batch,
+                                                    std::vector<detail::CommandAnswer>&& answers,
+                                                    bool sidecars) const {
+    std::vector<std::vector<FileTags>> read;
+    if (batch.size() > 1 && answers.size() == 1) {
+      auto files =
+          detail::makeToolFileTags(answers.front().output.decodeOutData().value_or(""), texts);
+      for (std::size_t i = 0; i < batch.size(); ++i) {
+        auto& given = read.emplace_back();
+        if (i < files.size()) {
+          files[i].file = batch[i];
+          given.push_back(std::move(files[i]));
+        } else {
+          given.push_back({batch[i], "ExifTool's output is not the JSON expected", {}});
+        }
+      }
+      return read;
+    }
+    for (std::size_t i = 0; i < answers.size(); ++i) {
+      read.push_back(makeFiles(batch[i], answers[i].input, std::move(answers[i].output), sidecars));
+    }
+    return read;
+  }
+
   void readEach(std::span<const std::string> files, const std::function<void(FileTags&&)>& onFile,
                 const std::function<void(double)>& onProgress, bool sidecars) {
-    detail::runInOrder<std::vector<FileTags>>(
-        tools, true, files.size(),
-        [&](std::size_t index) { return makeInput(files[index], sidecars); },
-        [&](std::size_t index, const ETInput& input, ETOutput&& output) {
-          return makeFiles(files[index], input, std::move(output), sidecars);
+    // A file's sidecars are read by a command of its own.
+    const std::vector<std::size_t> starts =
+        detail::batchStarts(files.size(), tools.size(), sidecars ? 1 : largestBatch);
+    const auto batchOf = [&](std::size_t index) {
+      return files.subspan(starts[index], starts[index + 1] - starts[index]);
+    };
+    std::size_t delivered = 0;
+    detail::runInOrder<std::vector<std::vector<FileTags>>>(
+        tools, true, starts.size() - 1,
+        [&](std::size_t index) { return makeBatchInput(batchOf(index), sidecars); },
+        [&](std::size_t index, std::vector<detail::CommandAnswer>&& answers) {
+          return makeBatchFiles(batchOf(index), std::move(answers), sidecars);
         },
-        [&](std::vector<FileTags>&& read) {
-          for (auto& file : read) {
-            onFile(std::move(file));
+        [&](std::vector<std::vector<FileTags>>&& read) {
+          for (auto& given : read) {
+            for (auto& file : given) {
+              onFile(std::move(file));
+            }
+            ++delivered;
+            if (onProgress) {
+              onProgress(static_cast<double>(delivered) / static_cast<double>(files.size()));
+            }
           }
         },
-        onProgress);
+        {},
+        [&](std::size_t index, const detail::CommandAnswer& answer) {
+          const auto batch = batchOf(index);
+          std::vector<ETInput> alone;
+          if (batch.size() > 1 && !answersEachFile(batch, answer)) {
+            for (const auto& file : batch) {
+              alone.push_back(makeInput(file, sidecars));
+            }
+          }
+          return alone;
+        },
+        // Each tool's command under way and the one sent behind it, and the one delivered.
+        3 * tools.size() + 2);
   }
+
+  // Files in one command at most: past some ten the tool's set-up per command is lost in its
+  // reading, while the caller waits for a whole command's files at once.
+  static constexpr std::size_t largestBatch = 16;
 
   Options options;
   detail::CatalogueTexts texts;

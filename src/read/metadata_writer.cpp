@@ -420,9 +420,10 @@ std::vector<FileWriteResult> MetadataWriter::write(
           // An input without arguments is not run.
           return preparations[i].refusal ? ETInput{} : state.makeInput(arguments, files[i]);
         },
-        [&](std::size_t k, const ETInput& input, ETOutput&& output) {
+        [&](std::size_t k, std::vector<detail::CommandAnswer>&& answers) {
           const std::size_t i = toWrite[k];
-          return state.makeResult(files[i], state.backups, preparations[i], input, output);
+          return state.makeResult(files[i], state.backups, preparations[i], answers.front().input,
+                                  answers.front().output);
         },
         deliver, {});
     toWrite.clear();

@@ -111,7 +111,7 @@ struct ReadFile {
 // object is made into JSON on its own. What has another shape is passed over, as it would be
 // in a document: an entry of the list that is no object is a file without tags, a name that
 // is no tool name or whose entry is no object is no tag.
-class AnswerReader {
+class AnswerReader : public nlohmann::json_sax<Json> {
 public:
   explicit AnswerReader(const CatalogueTexts& texts) : texts_(texts) {}
 
@@ -120,16 +120,20 @@ public:
   // Why the text is no JSON.
   std::optional<std::string> error;
 
-  bool null() { return scalar(Json(nullptr)); }
-  bool boolean(bool value) { return scalar(Json(value)); }
+  bool null() override { return scalar(Json(nullptr)); }
+  bool boolean(bool value) override { return scalar(Json(value)); }
   // Numbers come as texts (withQuotedNumbers); any other is taken as its text all the same.
-  bool number_integer(Json::number_integer_t value) { return scalar(Json(std::to_string(value))); }
-  bool number_unsigned(Json::number_unsigned_t value) {
+  bool number_integer(Json::number_integer_t value) override {
     return scalar(Json(std::to_string(value)));
   }
-  bool number_float(Json::number_float_t, const std::string& text) { return scalar(Json(text)); }
-  bool binary(Json::binary_t&) { return scalar(Json(nullptr)); }
-  bool string(std::string& text) {
+  bool number_unsigned(Json::number_unsigned_t value) override {
+    return scalar(Json(std::to_string(value)));
+  }
+  bool number_float(Json::number_float_t, const std::string& text) override {
+    return scalar(Json(text));
+  }
+  bool binary(Json::binary_t&) override { return scalar(Json(nullptr)); }
+  bool string(std::string& text) override {
     if (skipped_ > 0 || !building_.empty()) {
       return scalar(Json(std::move(text)));
     }
@@ -147,9 +151,9 @@ public:
     return true;
   }
 
-  bool start_object(std::size_t) { return open(Json::object()); }
-  bool start_array(std::size_t) { return open(Json::array()); }
-  bool key(std::string& name) {
+  bool start_object(std::size_t) override { return open(Json::object()); }
+  bool start_array(std::size_t) override { return open(Json::array()); }
+  bool key(std::string& name) override {
     if (skipped_ > 0) {
       return true;
     }
@@ -165,10 +169,11 @@ public:
     }
     return true;
   }
-  bool end_object() { return close(); }
-  bool end_array() { return close(); }
+  bool end_object() override { return close(); }
+  bool end_array() override { return close(); }
 
-  bool parse_error(std::size_t, const std::string&, const nlohmann::json::exception& problem) {
+  bool parse_error(std::size_t, const std::string&,
+                   const nlohmann::json::exception& problem) override {
     error = problem.what();
     return false;
   }
@@ -321,11 +326,51 @@ std::string messageAbout(std::string message, std::string_view toolPath) {
   return message;
 }
 
-std::vector<FileTags> makeToolFileTags(const std::string& json, const CatalogueTexts& texts) {
-  AnswerReader reader(texts);
-  if (json.find_first_not_of(" \t\r\n") != std::string::npos) {
-    Json::sax_parse(withQuotedNumbers(json), &reader);
+bool namesFilesInOrder(std::string_view json, std::span<const std::string> sources) {
+  // Each file's object starts so; a line feed within a JSON string is escaped, so nothing else
+  // does.
+  constexpr std::string_view key = "{\n  \"SourceFile\": \"";
+  std::size_t found = 0;
+  for (auto at = json.find(key); at != std::string_view::npos; at = json.find(key, at)) {
+    const std::size_t start = at + key.size();
+    bool escaped = false;
+    std::size_t end = start;
+    while (end < json.size() && json[end] != '"') {
+      escaped = escaped || json[end] == '\\';
+      end += json[end] == '\\' ? 2 : 1;
+    }
+    if (end >= json.size() || found == sources.size()) {
+      return false;
+    }
+    const std::string_view name = json.substr(start, end - start);
+    if (escaped) {
+      const auto text = Json::parse(json.substr(start - 1, end - start + 2), nullptr, false);
+      if (!text.is_string() || text.get_ref<const std::string&>() != sources[found]) {
+        return false;
+      }
+    } else if (name != sources[found]) {
+      return false;
+    }
+    ++found;
+    at = end;
   }
+  return found == sources.size();
+}
+
+// The answer read into tags, by nlohmann's parser only where the quick one is unsure.
+void readAnswer(const std::string& json, std::optional<AnswerReader>& reader,
+                const CatalogueTexts& texts) {
+  reader.emplace(texts);
+  if (json.find_first_not_of(" \t\r\n") != std::string::npos && !readToolJson(json, *reader)) {
+    reader.emplace(texts);
+    Json::sax_parse(withQuotedNumbers(json), &*reader);
+  }
+}
+
+std::vector<FileTags> makeToolFileTags(const std::string& json, const CatalogueTexts& texts) {
+  std::optional<AnswerReader> answer;
+  readAnswer(json, answer, texts);
+  AnswerReader& reader = *answer;
   std::vector<FileTags> files;
   if (!reader.error && reader.files) {
     for (auto& [file, source] : *reader.files) {
@@ -340,10 +385,9 @@ std::vector<FileTags> makeFileTags(const std::string& given, std::string_view to
                                    const ToolAnswer& answer, const CatalogueTexts& texts) {
   // A line feed in a file name cuts the tool's message about it: its lines join again first.
   const std::string messages = joinedLines(answer.messages);
-  AnswerReader reader(texts);
-  if (answer.json.find_first_not_of(" \t\r\n") != std::string::npos) {
-    Json::sax_parse(withQuotedNumbers(answer.json), &reader);
-  }
+  std::optional<AnswerReader> read;
+  readAnswer(answer.json, read, texts);
+  AnswerReader& reader = *read;
   if (reader.error) {
     return {{given, "ExifTool's output is not the JSON expected: " + *reader.error, {}}};
   }

@@ -3,6 +3,7 @@
 // From one tool command that read one argument (a file, or a folder) with "-j -l -G0:1" to the
 // FileTags of the files it read.
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,6 +30,10 @@ std::vector<FileTags> makeFileTags(const std::string& given, std::string_view to
 // Every file of an answer that read several files, each named as the tool named it; nothing
 // when the answer is no JSON list.
 std::vector<FileTags> makeToolFileTags(const std::string& json, const CatalogueTexts& texts);
+
+// Whether the tool's JSON holds a file for each of `sources` and no other, in their order, each
+// with that very text as its "SourceFile" (the tool rewrites a name that isn't UTF-8).
+bool namesFilesInOrder(std::string_view json, std::span<const std::string> sources);
 
 // A message of the tool about the file it was given as `toolPath`, in the words a user reads:
 // "Error: File not found - x.jpg" about x.jpg is "File not found", "Warning: [minor] ..." is

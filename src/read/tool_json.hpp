@@ -16,6 +16,14 @@ namespace lorvane::detail {
 // value past its range, which the tool prints bare all the same ("1e400" of a text tag).
 std::string withQuotedNumbers(std::string_view text);
 
+// Reads `text` into `sax` as nlohmann's sax_parse reads withQuotedNumbers(text), each number a
+// string of its own text, for a fraction of the cost: nothing is copied first, and a string's
+// plain bytes are taken in runs rather than one at a time. Gives false, after some of the
+// events, for anything but well-formed JSON in valid UTF-8 (a raw control character in a
+// string, half a surrogate pair, text behind the end): nlohmann's parser then says what is
+// wrong with it, with a fresh `sax`.
+bool readToolJson(std::string_view text, nlohmann::json_sax<nlohmann::ordered_json>& sax);
+
 // A scalar as the tool meant it: strings as they stand, numbers in the tool's own notation
 // (after withQuotedNumbers), "true"/"false"; anything else in JSON notation.
 std::string scalarText(const nlohmann::ordered_json& value);

@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "read/tool_answer.hpp"
+#include "read/tool_json.hpp"
 
 namespace {
 
@@ -77,6 +78,105 @@ TEST(ToolJson, OtherShapesAreNoTags) {
     const auto none = makeFileTags("a.jpg", "a.jpg", {other, {}}, english);
     ASSERT_EQ(none.size(), 1u);
     EXPECT_EQ(none[0].error, "not read") << other;
+  }
+}
+
+// The events a parser gives, as one text.
+class Recorder : public nlohmann::json_sax<nlohmann::ordered_json> {
+public:
+  std::string events;
+  bool null() override { return add("null"); }
+  bool boolean(bool value) override { return add(value ? "true" : "false"); }
+  bool number_integer(number_integer_t) override { return add("integer"); }
+  bool number_unsigned(number_unsigned_t) override { return add("unsigned"); }
+  bool number_float(number_float_t, const string_t&) override { return add("float"); }
+  bool string(string_t& text) override { return add("s:" + text); }
+  bool binary(binary_t&) override { return add("binary"); }
+  bool start_object(std::size_t) override { return add("{"); }
+  bool key(string_t& name) override { return add("k:" + name); }
+  bool end_object() override { return add("}"); }
+  bool start_array(std::size_t) override { return add("["); }
+  bool end_array() override { return add("]"); }
+  bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) override {
+    return add("error");
+  }
+  bool add(const std::string& event) { return !(events += event + "|").empty(); }
+};
+
+// The quick reading gives what nlohmann's parser gives of the text with its numbers quoted, and
+// leaves to it whatever isn't well-formed.
+TEST(ToolJson, TheQuickReadingAgreesWithTheFullParser) {
+  const struct {
+    std::string json;
+    bool wellFormed;
+  } cases[] = {
+      {R"([{"SourceFile": "a.jpg", "X:A": {"val": [1, -0, 2.50, 1e400, true, false, null]}}])",
+       true},
+      {R"( [ {} , [] , { "k" : { "n" : [ [ ] ] } } ] )", true},
+      {R"(["q\"b\\s\/\b\f\n\r\t", "\u00e9\u20ac\ud83d\ude00\u0000", "\u00C9", "ü€😀"])", true},
+      {R"("top")", true},
+      {"-12.5e-3", true},
+      {R"(["a" "b"])", false},
+      {R"([1,])", false},
+      {R"({"a" 1})", false},
+      {R"([01])", false},
+      {R"([1.])", false},
+      {R"([-])", false},
+      {R"(["\ud83d"])", false},
+      {R"(["\ude00"])", false},
+      {R"(["\x"])", false},
+      {"[\"a\tb\"]", false},
+      {R"(["\u12"])", false},
+      {R"([tru])", false},
+      {R"([] [])", false},
+      {R"([{"a": 1])", false},
+      {R"(["cut)", false},
+      {"[\"\xff\"]", false},
+      {"\xef\xbb\xbf[1]", false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.json);
+    Recorder quick;
+    Recorder full;
+    nlohmann::ordered_json::sax_parse(withQuotedNumbers(c.json), &full);
+    ASSERT_EQ(readToolJson(c.json, quick), c.wellFormed);
+    if (c.wellFormed) {
+      EXPECT_EQ(quick.events, full.events);
+      EXPECT_EQ(full.events.find("error"), std::string::npos);
+    }
+  }
+}
+
+// An answer to several files stands for them only when it names each, in order, as sent.
+TEST(ToolJson, AnAnswerToSeveralFilesNamesEachAsSent) {
+  // Each file with a value that reads as the start of a file once unescaped.
+  const auto answer = [](std::initializer_list<std::string_view> names) {
+    std::string json = "[";
+    for (const auto name : names) {
+      json.append(json.size() > 1 ? ",\n" : "").append("{\n  \"SourceFile\": \"").append(name);
+      json.append(R"(",
+  "X:A": {
+    "val": "{\n  \"SourceFile\": \""
+  }
+})");
+    }
+    return json + "]";
+  };
+  const std::vector<std::string> sent = {"a.jpg", "./-b \"q\".jpg", "c\nd.jpg"};
+  const struct {
+    std::string json;
+    bool stands;
+  } cases[] = {
+      {answer({"a.jpg", R"(./-b \"q\".jpg)", R"(c\nd.jpg)"}), true},
+      {answer({"a.jpg", R"(./-b \"q\".jpg)", R"(c\u000ad.jpg)"}), true},
+      {answer({"a.jpg", R"(./-b \"q\".jpg)"}), false},
+      {answer({"a.jpg", R"(./-b \"q\".jpg)", R"(c\nd.jpg)", "a.jpg"}), false},
+      {answer({R"(./-b \"q\".jpg)", "a.jpg", R"(c\nd.jpg)"}), false},
+      {answer({"a.jpg", R"(./-b \"q\".jpg)", "c?d.jpg"}), false},
+      {"", false},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(namesFilesInOrder(c.json, sent), c.stands) << c.json;
   }
 }
 
